@@ -1,0 +1,74 @@
+# How this house makes libraries, tests and benchmarks, in one place.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(WIN32)
+  set(DAVO_PLATFORM windows)
+else()
+  set(DAVO_PLATFORM linux)
+endif()
+
+# All compiler flags of our own code: warnings are errors.
+add_library(davo_flags INTERFACE)
+target_compile_options(davo_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+target_compile_definitions(davo_flags INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_include_directories(davo_flags INTERFACE "${CMAKE_SOURCE_DIR}/src")
+
+option(DAVO_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
+option(DAVO_COVERAGE "Coverage counters" OFF)
+if(DAVO_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(DAVO_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
+
+# davo_library(<name> SOURCES ... [PLATFORM ...] [LINKS ...] [MOC])
+# PLATFORM names files without "_<platform>.cpp": the one for the target is chosen here.
+function(davo_library name)
+  cmake_parse_arguments(ARG "MOC" "" "SOURCES;PLATFORM;LINKS" ${ARGN})
+  foreach(stem IN LISTS ARG_PLATFORM)
+    list(APPEND ARG_SOURCES "${stem}_${DAVO_PLATFORM}.cpp")
+  endforeach()
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC davo_flags ${ARG_LINKS})
+  set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC} POSITION_INDEPENDENT_CODE ON)
+endfunction()
+
+# davo_test(<name> SOURCES ... [LINKS ...] [WIDGETS] [LABELS ...] [TIMEOUT seconds] [SERIAL])
+# One executable, one CTest entry. Each runs offscreen with a home and configuration folder of
+# its own, so that no test reads or writes the user's settings.
+function(davo_test name)
+  cmake_parse_arguments(ARG "WIDGETS;SERIAL" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  if(ARG_WIDGETS)
+    set(main davo_test_main_widgets)
+  else()
+    set(main davo_test_main_core)
+  endif()
+  target_link_libraries(${name} PRIVATE davo_flags ${ARG_LINKS} ${main} GTest::gmock GTest::gtest)
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_compile_definitions(${name} PRIVATE DAVO_TESTS_FOLDER="${CMAKE_SOURCE_DIR}/tests")
+  add_test(NAME ${name} COMMAND ${name})
+  set(home "${CMAKE_BINARY_DIR}/homes/${name}")
+  file(MAKE_DIRECTORY "${home}")
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT ${ARG_TIMEOUT}
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_RUNTIME_DIR=${home}")
+  if(ARG_LABELS)
+    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
+  endif()
+  if(ARG_SERIAL)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+  endif()
+endfunction()

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace davo {
+
+// Every function here throws RunTimeError with the number of what the system said: 53 no such
+// file, 76 no such folder, 70 permission denied, 61 disk full, 57 any other device error.
+
+bool FileExists(const QString& path);
+bool FolderExists(const QString& path);
+
+// Makes the folder and the ones above it that are missing.
+void CreateFolder(const QString& path);
+
+// Deletes a file; one that is not there is error 53.
+void DeleteFile(const QString& path);
+
+// The whole content of a file as bytes.
+std::string ReadWholeFile(const QString& path);
+
+// The lines of bytes without their line ends: CR LF or a bare LF; a last line without one counts.
+std::vector<std::string> SplitLines(std::string_view bytes);
+
+std::vector<std::string> ReadLines(const QString& path);
+
+// lines joined, each ended by CR LF.
+std::string JoinLines(const std::vector<std::string>& lines);
+
+// Replaces path by bytes: written beside it, flushed to the disk, renamed over it. A kill or an
+// error at any instant leaves the old file or the new one, never a part.
+void ReplaceFile(const QString& path, std::string_view bytes);
+
+}  // namespace davo

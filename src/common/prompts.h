@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+namespace davo {
+
+enum class Answer { Ok, Yes, No, Cancel };
+
+// Every question and message to the operator goes through here, so that windows and rules can be
+// tested without a dialog. Texts are shown exactly as given, blanks and line ends included.
+class Prompts {
+ public:
+    virtual ~Prompts() = default;
+
+    // A message with an OK button; no title unless given.
+    virtual void Message(const QString& text, const QString& title = {}) = 0;
+
+    // Yes/No. preset is the default button: never the one that destroys.
+    virtual Answer YesNo(const QString& text, Answer preset, const QString& title = {}) = 0;
+
+    virtual Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) = 0;
+
+    // A line of text; nothing when the operator cancels.
+    virtual std::optional<QString> Input(const QString& title, const QString& prompt,
+                                         const QString& initial = {}) = 0;
+
+    // A save dialog that starts in folder with a filter such as "*.txt"; the full path chosen,
+    // empty when cancelled. It asks nothing about an existing file: the caller does.
+    virtual QString SaveFile(const QString& folder, const QString& filter) = 0;
+
+    // A folder-choice dialog; empty when cancelled.
+    virtual QString ChooseFolder(const QString& prompt, const QString& start) = 0;
+};
+
+}  // namespace davo

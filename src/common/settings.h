@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "common/places.h"
+
+namespace davo {
+
+inline constexpr const char* kKneeAsa = "ASA 10/50 Marker";
+inline constexpr const char* kKneeIeee30 = "IEEE 30 Degree Marker";
+inline constexpr const char* kKneeIeee45 = "IEEE 45 Degree Marker";
+
+inline constexpr std::int16_t kNoPortChosen = -99;
+
+// The settings that survive from one run to the next.
+struct Settings {
+    QString kneepointType = QString::fromLatin1(kKneeAsa);  // any unknown text is kept as it is
+    std::int16_t comPort = 1;                               // 1 = COM1; kNoPortChosen = none
+    bool showImpedance = false;
+    std::int16_t sortOrder = -1;    // 0 ascending, 1 descending
+    std::int16_t sortDisplay = -1;  // 1 Date, 2 Filename, 3 Station
+    QString dataPath;               // ends with "\Shots_Data\"
+    QString excelPath;              // ends with "\Shots_Excel\"
+};
+
+// The per-user store of application settings, addressed by application name, section and value
+// name; all values are texts.
+class SettingsStore {
+ public:
+    virtual ~SettingsStore() = default;
+    // The stored text; empty when there is none.
+    virtual QString Read(const QString& application, const QString& section,
+                         const QString& value) const = 0;
+    virtual void Write(const QString& application, const QString& section, const QString& value,
+                       const QString& text) = 0;
+};
+
+// Reads the five values in their order. A first run (no data path stored) takes the folders from
+// the application folder and creates the two that are missing; a stored path creates nothing.
+// Throws RunTimeError 6 when the port's number does not fit 16 bits, 13 when it is no number, and
+// the errors of CreateFolder.
+Settings ReadSettings(const SettingsStore& store, const Places& places);
+
+// Writes the five values in the order of the key table.
+void WriteSettings(SettingsStore& store, const Settings& settings);
+
+// excelPath that belongs to dataPath: the part before the first "\Shots_Data\" and
+// "\Shots_Excel\". A path without it has no such part; the report folder then lies in it.
+QString ExcelPathOf(const QString& dataPath);
+
+}  // namespace davo

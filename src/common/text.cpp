@@ -1,0 +1,80 @@
+#include "common/text.h"
+
+#include <array>
+
+namespace davo {
+
+namespace {
+
+// The codes 80 to 9F (hexadecimal) of Windows-1252; the five open ones stand for themselves.
+constexpr std::array<char16_t, 32> kUpperControls = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+}  // namespace
+
+std::string TrimBlanks(std::string_view text) {
+    const auto first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos) return {};
+    const auto last = text.find_last_not_of(' ');
+    return std::string(text.substr(first, last - first + 1));
+}
+
+std::string PadRight(std::string_view text, std::size_t width) {
+    std::string padded(text);
+    if (padded.size() < width) padded.resize(width, ' ');
+    return padded;
+}
+
+std::string RemoveBlanksAndLineEnds(std::string_view text) {
+    std::string kept;
+    kept.reserve(text.size());
+    for (const char c : text) {
+        if (c != ' ' && c != '\r' && c != '\n') kept.push_back(c);
+    }
+    return kept;
+}
+
+bool Contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+std::string_view Middle(std::string_view text, std::size_t start, std::size_t length) {
+    if (start >= text.size()) return {};
+    return text.substr(start, length);
+}
+
+QString FromPage(std::string_view bytes) {
+    QString text;
+    text.reserve(static_cast<qsizetype>(bytes.size()));
+    for (const char c : bytes) {
+        const auto code = static_cast<unsigned char>(c);
+        const bool upperControl = code >= 0x80 && code <= 0x9F;
+        text.append(QChar(upperControl ? kUpperControls.at(code - 0x80U)
+                                       : static_cast<char16_t>(code)));
+    }
+    return text;
+}
+
+std::optional<std::string> ToPage(const QString& text) {
+    std::string bytes;
+    bytes.reserve(static_cast<std::size_t>(text.size()));
+    for (const QChar character : text) {
+        const char16_t code = character.unicode();
+        if (code < 0x80 || (code >= 0xA0 && code <= 0xFF)) {
+            bytes.push_back(static_cast<char>(code));
+            continue;
+        }
+        bool found = false;
+        for (std::size_t i = 0; i < kUpperControls.size() && !found; ++i) {
+            if (kUpperControls.at(i) != code) continue;
+            bytes.push_back(static_cast<char>(0x80 + i));
+            found = true;
+        }
+        if (!found) return std::nullopt;
+    }
+    return bytes;
+}
+
+}  // namespace davo

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace davo {
+
+// On the wire and in files a character is one byte of Windows-1252; positions and widths count
+// bytes. Text becomes a QString at the widget's edge only.
+
+// The line end of files and of the instrument.
+inline constexpr std::string_view kLineEnd = "\r\n";
+
+// text without the blanks (code 32 only) at both ends.
+std::string TrimBlanks(std::string_view text);
+
+// text filled on the right with blanks to width bytes; never cut.
+std::string PadRight(std::string_view text, std::size_t width);
+
+// text without any blank, CR or LF.
+std::string RemoveBlanksAndLineEnds(std::string_view text);
+
+bool Contains(std::string_view text, std::string_view part);
+
+// text[start, start + length) in 0-based bytes, as far as it exists: a start past the end gives
+// an empty text, never an error.
+std::string_view Middle(std::string_view text, std::size_t start,
+                        std::size_t length = std::string_view::npos);
+
+// Windows-1252 bytes as a QString. The five codes that the page leaves open (81, 8D, 8F, 90, 9D
+// hexadecimal) become the control characters of the same code, so that every byte comes back.
+QString FromPage(std::string_view bytes);
+
+// The Windows-1252 bytes of text; nothing when a character cannot be written in that page.
+std::optional<std::string> ToPage(const QString& text);
+
+}  // namespace davo

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "common/prompts.h"
+#include "link/serial_port.h"
+
+class QEventLoop;
+
+namespace davo {
+
+struct LinkState {
+    bool portOpen = false;
+    std::string instrumentModel;
+    std::string receiveBuffer;  // everything the receive event gathered since it was last cleared
+    std::string receiveChunk;   // the text of the most recent receive event
+};
+
+// Brackets every exchange: the hourglass, and back.
+class BusyPointer {
+ public:
+    virtual ~BusyPointer() = default;
+    virtual void ShowBusyPointer() {}
+    virtual void RestoreMousePointer() {}
+};
+
+// What an exchange under way waits for.
+struct WaitUnderWay {
+    std::string command;
+    std::string expectedReply;
+    std::chrono::steady_clock::time_point since;
+};
+
+inline constexpr int kHandshakePolls = 30001;
+
+inline constexpr const char* kNotAvailableMessage =
+    "DAVO is not available\r\nor\r\nnot under computer control.";
+
+// The instrument's line: opening, and the two exchanges that everything else is made of. One
+// exchange at a time; a second that starts inside a wait is refused with an empty reply. A wait
+// runs other events and uses no processor; it ends when the reply is there, when EndWait is
+// called, or when the port is lost (then with an empty reply).
+class Link {
+ public:
+    // All must outlive the link.
+    Link(SerialPort& port, LinkState& state, Prompts& prompts, BusyPointer& pointer);
+    ~Link();
+    Link(const Link&) = delete;
+    Link& operator=(const Link&) = delete;
+
+    // Closes the port when it is open, sets it up for "19200,N,8,1" and opens it. False without a
+    // message when it does not open. The result is also in State().portOpen.
+    bool OpenComPort(std::int16_t port);
+    void CloseComPort();
+
+    // Sends command and polls until the reply contains expectedReply; "B" makes at most
+    // kHandshakePolls polls of about 0.1 ms, anything else waits without limit; "X" returns "" at
+    // once. Returns the whole reply, whether or not the awaited text is in it; "" when the port
+    // is closed, the wait was ended or the port was lost.
+    std::string SendCommand(std::string_view command, std::string_view expectedReply);
+
+    // Sends command and gathers by receive events until "DONE" is there; without limit.
+    std::string SendCommandAwaitDone(std::string_view command, std::string_view expectedReply);
+
+    // The model text from "DAVO" up to its line end. Shows the not-available message when "B" is
+    // not answered. False when there is none; model then holds the whole trimmed reply.
+    bool ReadInstrumentModel(std::string& model);
+
+    // Ends the wait under way at once, with an empty reply. Nothing happens without one.
+    void EndWait();
+    std::optional<WaitUnderWay> CurrentWait() const { return wait_; }
+
+    // For the test session, which polls by itself: what is sent and what is waiting. An Output
+    // while an exchange waits is sent all the same.
+    void Output(std::string_view bytes);
+    std::string Input();
+
+    LinkState& State() { return state_; }
+    const LinkState& State() const { return state_; }
+
+    // Text has arrived while no exchange waits for it.
+    std::function<void()> OnTextWaiting;
+    // The port was lost (State().portOpen is already false). Called before the message is shown.
+    std::function<void()> OnLost;
+    // A wait has begun or ended, see CurrentWait.
+    std::function<void()> OnWaitChanged;
+
+    // What the operator reads, once, when the cable or the adapter goes away.
+    static QString LostMessage();
+
+ private:
+    void PortEvent(CommEvent event);
+    void PortLost(const QString& reason);
+    // Sleeps in an event loop until text has arrived or the wait is to end.
+    void SleepUntilText();
+
+    SerialPort& port_;
+    LinkState& state_;
+    Prompts& prompts_;
+    BusyPointer& pointer_;
+    std::optional<WaitUnderWay> wait_;
+    bool endWait_ = false;
+    QEventLoop* loop_ = nullptr;
+};
+
+}  // namespace davo

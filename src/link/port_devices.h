@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "common/settings.h"
+
+namespace davo {
+
+// A serial port that is plugged in now.
+struct PresentPort {
+    QString device;  // what is opened: "COM3", "/dev/ttyUSB0"
+    QString name;    // the adapter's description
+    QString maker;
+    QString serialNumber;
+    bool usb = false;
+};
+
+// Which device each of COM1 to COM4 stands for.
+class PortDevices {
+ public:
+    virtual ~PortDevices() = default;
+
+    // The device of COM<port>; empty when there is none. On Windows the port of that name.
+    // Elsewhere the device that the user gave that number; without one, the port-th USB serial
+    // adapter in name order; never a built-in port that the user did not choose.
+    virtual QString DeviceOf(std::int16_t port) const = 0;
+
+    // What is plugged in now, in name order.
+    virtual std::vector<PresentPort> Present() const = 0;
+
+    // Gives the number to a device (empty takes it back). Nothing on Windows.
+    virtual void Assign(std::int16_t port, const QString& device) = 0;
+
+    // Whether this platform needs Assign because it has no COM names.
+    virtual bool NeedsAssignment() const = 0;
+};
+
+// The platform's devices; what Assign gives is kept in store under application "DAVO", section
+// "PORTDEVICES", value "COM1" to "COM4". store must outlive it.
+std::unique_ptr<PortDevices> MakePortDevices(SettingsStore& store);
+
+}  // namespace davo

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <string>
+
+#include "records/header_table.h"
+
+namespace davo {
+
+// What a record file is made of besides the capture file.
+struct RecordFileContent {
+    std::string testNumber;    // file name without its last four characters
+    std::int16_t shotCount = 0;
+    std::string testNotes;     // empty: no "NOTES:" line
+};
+
+// The bytes of the record file that a capture file's bytes convert to. A capture without a
+// complete shot yields no header lines. Conversion stops after shotCount shots.
+std::string ConvertCapture(std::string_view capture, const HeaderTable& header,
+                           const RecordFileContent& content);
+
+// Converts the capture file into dataPath + fileName, replacing any file there atomically. Throws
+// the errors of ReadWholeFile and ReplaceFile; an earlier file of that name is then untouched.
+void WriteTestRecordFile(const QString& fileName, const QString& dataPath,
+                         const QString& capturePath, const HeaderTable& header,
+                         std::int16_t shotCount, const std::string& testNotes);
+
+}  // namespace davo

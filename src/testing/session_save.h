@@ -1,0 +1,23 @@
+#pragma once
+
+#include "common/settings.h"
+#include "testing/test_sequence.h"
+
+namespace davo {
+
+// How an exit from the test window ended.
+struct SaveOutcome {
+    bool closeWindow = false;
+    QString savedFile;         // full path of the record file; empty when none was written
+    bool viewResults = false;  // the operator wants the report
+};
+
+// cmdExit_Click: writes the pending shot, asks, saves. A failed save says so and leads back to
+// the question, so that the session can be saved elsewhere.
+SaveOutcome ExitAndSave(TestSequence& sequence, Settings& settings);
+
+// Asks, for each session set aside and not yet answered for, whether to save it as a record file
+// now, and saves it by the same dialogue. Called before a new capture file is created.
+void OfferUnsavedSessions(const TestSurroundings& around, Settings& settings);
+
+}  // namespace davo

@@ -1,0 +1,52 @@
+#include "tests/support/fake_prompts.h"
+
+#include <stdexcept>
+
+namespace davo::test {
+
+namespace {
+
+template <class T>
+T TakeScripted(std::deque<T>& script, const QString& text) {
+    if (script.empty()) throw std::logic_error("unscripted prompt: " + text.toStdString());
+    T first = script.front();
+    script.pop_front();
+    return first;
+}
+
+}  // namespace
+
+void FakePrompts::Message(const QString& text, const QString& title) {
+    shown.push_back(title.isEmpty() ? text : title + QLatin1Char('|') + text);
+    if (onMessage) onMessage(text);
+}
+
+Answer FakePrompts::YesNo(const QString& text, Answer preset, const QString&) {
+    shown.push_back(text);
+    presets.push_back(preset);
+    return TakeScripted(answers, text);
+}
+
+Answer FakePrompts::YesNoCancel(const QString& text, Answer preset, const QString&) {
+    shown.push_back(text);
+    presets.push_back(preset);
+    return TakeScripted(answers, text);
+}
+
+std::optional<QString> FakePrompts::Input(const QString& title, const QString& prompt,
+                                          const QString&) {
+    shown.push_back(title + QLatin1Char('|') + prompt);
+    return TakeScripted(inputs, prompt);
+}
+
+QString FakePrompts::SaveFile(const QString& folder, const QString& filter) {
+    shown.push_back(folder + QLatin1Char('|') + filter);
+    return TakeScripted(files, folder);
+}
+
+QString FakePrompts::ChooseFolder(const QString& prompt, const QString& start) {
+    shown.push_back(prompt + QLatin1Char('|') + start);
+    return TakeScripted(folders, prompt);
+}
+
+}  // namespace davo::test
