@@ -7,7 +7,7 @@ namespace davo {
 
 // The time of day, handed in so that tests have their own.
 class Clock {
- public:
+  public:
     virtual ~Clock() = default;
     virtual QDateTime Now() const { return QDateTime::currentDateTime(); }
 };

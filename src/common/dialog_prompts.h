@@ -10,7 +10,7 @@ namespace davo {
 // "msgBox" (buttons by their standard role), the input box "inputBox", the file dialog "cdFile",
 // the folder dialog "folderBrowser".
 class DialogPrompts : public Prompts {
- public:
+  public:
     void Message(const QString& text, const QString& title = {}) override;
     Answer YesNo(const QString& text, Answer preset, const QString& title = {}) override;
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;

@@ -10,7 +10,7 @@ namespace davo {
 // dropped; a field that starts with a double quote runs to the next double quote and loses both,
 // and what stands between that quote and the next comma or line end is passed over.
 class FieldReader {
- public:
+  public:
     // bytes must live as long as the reader.
     explicit FieldReader(std::string_view bytes) : bytes_(bytes) {}
 
@@ -19,7 +19,7 @@ class FieldReader {
     // The next field. Throws RunTimeError 62 (Input past end of file) at the end.
     std::string Next();
 
- private:
+  private:
     std::string_view bytes_;
     std::size_t at_ = 0;
 };

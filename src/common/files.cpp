@@ -1,0 +1,136 @@
+#include "common/files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <filesystem>
+#include <system_error>
+
+#include "common/file_system.h"
+#include "common/places.h"
+#include "common/run_time_error.h"
+#include "common/text.h"
+
+namespace davo {
+
+namespace {
+
+std::filesystem::path SystemPath(const QString& path) {
+    return std::filesystem::path(path.toStdU16String());
+}
+
+// 76 when the folder that would hold path is missing, else 53.
+ErrorNumber MissingNumber(const QString& path) {
+    return FolderExists(QFileInfo(path).path()) ? ErrorNumber::FileNotFound
+                                                : ErrorNumber::PathNotFound;
+}
+
+ErrorNumber NumberOf(const std::error_code& error, const QString& path) {
+    const auto said = error.default_error_condition();
+    for (const auto missing : {std::errc::no_such_file_or_directory, std::errc::not_a_directory}) {
+        if (said == missing) return MissingNumber(path);
+    }
+    for (const auto denied :
+         {std::errc::permission_denied, std::errc::operation_not_permitted,
+          std::errc::read_only_file_system, std::errc::is_a_directory, std::errc::text_file_busy,
+          std::errc::device_or_resource_busy, std::errc::file_exists}) {
+        if (said == denied) return ErrorNumber::PermissionDenied;
+    }
+    for (const auto full : {std::errc::no_space_on_device, std::errc::file_too_large}) {
+        if (said == full) return ErrorNumber::DiskFull;
+    }
+    return ErrorNumber::DeviceInputOutput;
+}
+
+[[noreturn]] void Throw(ErrorNumber number, const QString& path) {
+    throw RunTimeError(number, ShownPath(path).toStdString());
+}
+
+void ThrowIf(const std::error_code& error, const QString& path) {
+    if (error) Throw(NumberOf(error, path), path);
+}
+
+// The name under which the new content of path is written before it takes the place of the old.
+// It is the same each time, so that one left over from a kill is overwritten by the next, and
+// holds no ".txt", so that a listing of the records never shows it.
+QString NameWhileWriting(const QString& path) {
+    const QFileInfo info(path);
+    return info.path() + QStringLiteral("/~") +
+           info.fileName().replace(QLatin1Char('.'), QLatin1Char('_')) + QStringLiteral(".new");
+}
+
+}  // namespace
+
+bool FileExists(const QString& path) {
+    return QFileInfo(path).isFile();
+}
+
+bool FolderExists(const QString& path) {
+    return QFileInfo(path).isDir();
+}
+
+void CreateFolder(const QString& path) {
+    std::error_code error;
+    std::filesystem::create_directories(SystemPath(QDir::cleanPath(path)), error);
+    ThrowIf(error, path);
+}
+
+void DeleteFile(const QString& path) {
+    if (FolderExists(path)) Throw(ErrorNumber::PermissionDenied, path);
+    std::error_code error;
+    const bool removed = std::filesystem::remove(SystemPath(path), error);
+    ThrowIf(error, path);
+    if (!removed) Throw(MissingNumber(path), path);
+}
+
+std::string ReadWholeFile(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (!QFileInfo::exists(path)) Throw(MissingNumber(path), path);
+        const bool denied = FolderExists(path) || file.error() == QFileDevice::PermissionsError;
+        Throw(denied ? ErrorNumber::PermissionDenied : ErrorNumber::DeviceInputOutput, path);
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) Throw(ErrorNumber::DeviceInputOutput, path);
+    return bytes.toStdString();
+}
+
+std::vector<std::string> SplitLines(std::string_view bytes) {
+    std::vector<std::string> lines;
+    while (!bytes.empty()) {
+        const auto end = bytes.find('\n');
+        std::string_view line = bytes.substr(0, end);
+        bytes.remove_prefix(end == std::string_view::npos ? bytes.size() : end + 1);
+        if (end != std::string_view::npos && line.ends_with('\r')) line.remove_suffix(1);
+        lines.emplace_back(line);
+    }
+    return lines;
+}
+
+std::vector<std::string> ReadLines(const QString& path) {
+    return SplitLines(ReadWholeFile(path));
+}
+
+std::string JoinLines(const std::vector<std::string>& lines) {
+    std::string bytes;
+    for (const std::string& line : lines) {
+        bytes += line;
+        bytes += kLineEnd;
+    }
+    return bytes;
+}
+
+void ReplaceFile(const QString& path, std::string_view bytes) {
+    const QFileInfo old(path);
+    const bool mayReplace = !old.exists() || (old.isFile() && old.isWritable());
+    if (!mayReplace) Throw(ErrorNumber::PermissionDenied, path);
+    const QString written = NameWhileWriting(path);
+    std::error_code error = WriteFlushed(written, bytes);
+    if (!error) error = MoveOver(written, path);
+    if (error) {
+        QFile::remove(written);
+        Throw(NumberOf(error, path), path);
+    }
+}
+
+}  // namespace davo

@@ -10,7 +10,7 @@ enum class Answer { Ok, Yes, No, Cancel };
 // Every question and message to the operator goes through here, so that windows and rules can be
 // tested without a dialog. Texts are shown exactly as given, blanks and line ends included.
 class Prompts {
- public:
+  public:
     virtual ~Prompts() = default;
 
     // A message with an OK button; no title unless given.

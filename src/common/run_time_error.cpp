@@ -43,8 +43,8 @@ std::string ErrorText(ErrorNumber number) {
 }
 
 RunTimeError::RunTimeError(ErrorNumber number, const std::string& detail)
-    : std::runtime_error("Run-time error '" + std::to_string(static_cast<int>(number)) + "': " +
-                         ErrorText(number) + (detail.empty() ? "" : ": " + detail)),
+    : std::runtime_error("Run-time error '" + std::to_string(static_cast<int>(number)) +
+                         "': " + ErrorText(number) + (detail.empty() ? "" : ": " + detail)),
       number_(number) {}
 
 }  // namespace davo

@@ -32,13 +32,13 @@ std::string ErrorText(ErrorNumber number);
 // What stops an operation. It is thrown where it happens and caught once, at the event handler,
 // which shows it; nothing on disk is half-written when it arrives there.
 class RunTimeError : public std::runtime_error {
- public:
+  public:
     // detail (a path, a port) is appended to the number's own text; UTF-8.
     explicit RunTimeError(ErrorNumber number, const std::string& detail = {});
 
     ErrorNumber Number() const { return number_; }
 
- private:
+  private:
     ErrorNumber number_;
 };
 

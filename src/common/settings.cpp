@@ -1,0 +1,118 @@
+#include "common/settings.h"
+
+#include "common/files.h"
+#include "common/numbers.h"
+#include "common/run_time_error.h"
+
+namespace davo {
+
+namespace {
+
+// Where a value stands in the store. Three of the five have an application name of their own:
+// settings that exist are found only so.
+struct Key {
+    const char* application;
+    const char* section;
+    const char* value;
+};
+
+constexpr Key kKneepointType = {"DAVO", "KPTYPE", "KPTYPEVAL"};
+constexpr Key kComPort = {"DAVO", "COMPORT", "COMPORTVAL"};
+constexpr Key kImpedance = {"IMPEDANCE", "IMP", "IMPVAL"};
+constexpr Key kSortValues = {"SORTVALUES", "SORT", "SORTVAL"};
+constexpr Key kDataPath = {"DATAPATH", "PATH", "PATHVAL"};
+
+constexpr const char* kDataRule = R"(\Shots_Data\)";
+constexpr const char* kExcelRule = R"(\Shots_Excel\)";
+
+QString ReadText(const SettingsStore& store, const Key& key) {
+    return store.Read(QString::fromLatin1(key.application), QString::fromLatin1(key.section),
+                      QString::fromLatin1(key.value));
+}
+
+void WriteText(SettingsStore& store, const Key& key, const QString& text) {
+    store.Write(QString::fromLatin1(key.application), QString::fromLatin1(key.section),
+                QString::fromLatin1(key.value), text);
+}
+
+bool IsOneOf(const QString& text, std::initializer_list<const char*> texts) {
+    for (const char* one : texts) {
+        if (text == QLatin1String(one)) return true;
+    }
+    return false;
+}
+
+// The spellings that end in "Mode" are older ones: read, never written.
+QString KneepointTypeOf(const QString& text) {
+    if (IsOneOf(text, {"", kKneeAsa, "ASA 10% V -->50% I Degree Mode"})) {
+        return QString::fromLatin1(kKneeAsa);
+    }
+    if (IsOneOf(text, {"IEEE 30 Degree Mode", kKneeIeee30}))
+        return QString::fromLatin1(kKneeIeee30);
+    if (IsOneOf(text, {"IEEE 45 Degree Mode", kKneeIeee45}))
+        return QString::fromLatin1(kKneeIeee45);
+    return text;
+}
+
+std::int16_t ComPortOf(const QString& text) {
+    if (text.isEmpty()) return 1;
+    const auto value = WholeNumericValue(text.toStdString());
+    if (!value) throw RunTimeError(ErrorNumber::TypeMismatch, text.toStdString());
+    return ToInteger16(*value);
+}
+
+// One character only is read: a minus sign gives 0.
+std::int16_t SortValueOf(QChar character) {
+    return ToInteger16(NumericValue(QString(character).toStdString()));
+}
+
+QString Below(QString folder, const char* rule) {
+    const QString text = FolderText(rule);
+    if (folder.endsWith(text.front())) folder.chop(1);
+    return folder + text;
+}
+
+void SetPaths(Settings& settings, const QString& stored, const Places& places) {
+    if (!stored.isEmpty()) {
+        settings.dataPath = stored;
+        settings.excelPath = ExcelPathOf(stored);
+        return;
+    }
+    settings.dataPath = Below(places.applicationFolder, kDataRule);
+    settings.excelPath = Below(places.applicationFolder, kExcelRule);
+    for (const QString& folder : {settings.dataPath, settings.excelPath}) {
+        if (!FolderExists(folder)) CreateFolder(folder);
+    }
+}
+
+}  // namespace
+
+Settings ReadSettings(const SettingsStore& store, const Places& places) {
+    Settings settings;
+    settings.kneepointType = KneepointTypeOf(ReadText(store, kKneepointType));
+    settings.comPort = ComPortOf(ReadText(store, kComPort));
+    settings.showImpedance = ReadText(store, kImpedance) == QLatin1String("Y");
+    const QString sort = ReadText(store, kSortValues);
+    if (!sort.isEmpty()) {
+        settings.sortOrder = SortValueOf(sort.front());
+        settings.sortDisplay = SortValueOf(sort.back());
+    }
+    SetPaths(settings, ReadText(store, kDataPath), places);
+    return settings;
+}
+
+void WriteSettings(SettingsStore& store, const Settings& settings) {
+    WriteText(store, kKneepointType, settings.kneepointType);
+    WriteText(store, kComPort, QString::fromStdString(SignedText(settings.comPort)));
+    WriteText(store, kImpedance, QLatin1String(settings.showImpedance ? "Y" : "N"));
+    WriteText(store, kSortValues,
+              QStringLiteral("%1 %2").arg(settings.sortOrder).arg(settings.sortDisplay));
+    WriteText(store, kDataPath, settings.dataPath);
+}
+
+QString ExcelPathOf(const QString& dataPath) {
+    const auto marker = dataPath.indexOf(FolderText(kDataRule));
+    return Below(marker < 0 ? dataPath : dataPath.left(marker), kExcelRule);
+}
+
+}  // namespace davo

@@ -29,7 +29,7 @@ struct Settings {
 // The per-user store of application settings, addressed by application name, section and value
 // name; all values are texts.
 class SettingsStore {
- public:
+  public:
     virtual ~SettingsStore() = default;
     // The stored text; empty when there is none.
     virtual QString Read(const QString& application, const QString& section,

@@ -51,8 +51,8 @@ QString FromPage(std::string_view bytes) {
     for (const char c : bytes) {
         const auto code = static_cast<unsigned char>(c);
         const bool upperControl = code >= 0x80 && code <= 0x9F;
-        text.append(QChar(upperControl ? kUpperControls.at(code - 0x80U)
-                                       : static_cast<char16_t>(code)));
+        text.append(
+            QChar(upperControl ? kUpperControls.at(code - 0x80U) : static_cast<char16_t>(code)));
     }
     return text;
 }

@@ -1,0 +1,61 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstdio>
+
+#include "common/file_system.h"
+
+namespace davo {
+
+namespace {
+
+std::error_code LastError() {
+    return {errno, std::system_category()};
+}
+
+std::error_code WriteAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return LastError();
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return {};
+}
+
+std::error_code FlushFolder(const QString& path) {
+    const QByteArray folder = QFile::encodeName(path);
+    const int handle = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0) return LastError();
+    std::error_code error;
+    // Some network file systems cannot flush a folder and say so by EINVAL.
+    if (::fsync(handle) != 0 && errno != EINVAL) error = LastError();
+    ::close(handle);
+    return error;
+}
+
+}  // namespace
+
+std::error_code WriteFlushed(const QString& path, std::string_view bytes) {
+    const int file =
+        ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0) return LastError();
+    std::error_code error = WriteAll(file, bytes);
+    if (!error && ::fsync(file) != 0) error = LastError();
+    if (::close(file) != 0 && !error) error = LastError();
+    return error;
+}
+
+std::error_code MoveOver(const QString& from, const QString& to) {
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
+        return LastError();
+    }
+    return FlushFolder(QFileInfo(to).path());
+}
+
+}  // namespace davo

@@ -1,0 +1,15 @@
+#include "common/places.h"
+
+#include <QDir>
+
+namespace davo {
+
+QString FolderText(const char* rule) {
+    return QString::fromLatin1(rule).replace(QLatin1Char('\\'), QDir::separator());
+}
+
+QString ShownPath(const QString& path) {
+    return QDir::toNativeSeparators(path);
+}
+
+}  // namespace davo
