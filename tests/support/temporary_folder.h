@@ -1,0 +1,32 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include "common/places.h"
+
+namespace davo::test {
+
+// A folder that lasts as long as the test, with places of its own in it. Paths end with '/'.
+class TemporaryFolder {
+  public:
+    TemporaryFolder() { EXPECT_TRUE(folder_.isValid()) << folder_.errorString().toStdString(); }
+
+    QString Path() const { return folder_.path() + QLatin1Char('/'); }
+    QString Path(const char* name) const { return Path() + QLatin1String(name); }
+
+    // Three folders in it, made when they are asked for.
+    Places MakePlaces() const {
+        for (const char* name : {"scratch", "application", "configuration"}) {
+            EXPECT_TRUE(QDir().mkpath(Path(name)));
+        }
+        return {Path("scratch/"), Path("application/"), Path("configuration/")};
+    }
+
+  private:
+    QTemporaryDir folder_;
+};
+
+}  // namespace davo::test
