@@ -8,7 +8,8 @@ namespace davo {
 
 // Prompts as real dialogs over the active window. Object names for tests: the message boxes are
 // "msgBox" (buttons by their standard role), the input box "inputBox", the file dialog "cdFile",
-// the folder dialog "folderBrowser".
+// the folder dialog "folderBrowser". The text of each stands in its property "exactText" as it was
+// given. Escape and the window's close button answer Cancel, or the preset where there is none.
 class DialogPrompts : public Prompts {
   public:
     void Message(const QString& text, const QString& title = {}) override;
