@@ -6,7 +6,7 @@
 
 namespace davo {
 
-inline constexpr int kHeaderFirstField = 4;   // headerFields(4) to (11): COMPANY to OPERATOR
+inline constexpr int kHeaderFirstField = 4;  // headerFields(4) to (11): COMPANY to OPERATOR
 inline constexpr int kHeaderFieldCount = 8;
 inline constexpr std::size_t kHeaderFieldWidth = 20;
 inline constexpr int kHeaderDate = 1;  // "MM/DD/YY" of a session's first shot
@@ -20,26 +20,32 @@ struct HeaderTable {
     std::array<std::string, 100> headerFields;
 
     // Field i (0 company to 7 operator).
-    std::string& Field(int i) { return headerFields.at(static_cast<std::size_t>(kHeaderFirstField + i)); }
+    std::string& Field(int i) {
+        return headerFields.at(static_cast<std::size_t>(kHeaderFirstField + i));
+    }
     const std::string& Field(int i) const {
         return headerFields.at(static_cast<std::size_t>(kHeaderFirstField + i));
     }
 };
 
 // Fills the eight fields from "Davo.ini" in dataPath (each 20 blanks when the file is missing):
-// the first key found anywhere in a line, in the order of kHeaderKeys, decides the field; every
-// field is filled to 20, a longer one is kept as it is.
+// the first key found anywhere in a line, in the order of kHeaderKeys, decides the field, and
+// what stands behind that key is its value. A line without a key is passed over, a later line for
+// the same key wins. Every field is filled to 20; a longer one is kept as it is. Throws the errors
+// of ReadLines.
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath);
 
 // Writes the eight lines of "Davo.ini" in dataPath, atomically. Throws the errors of ReplaceFile.
 void SaveHeaderFile(const HeaderTable& table, const QString& dataPath);
 
-// The width rule of the header window: the stored form of a box's text (trimmed, cut to 20,
-// filled to 20; an empty one stays empty). text is changed to its first 20 characters when its
-// trimmed form is longer than 20, so that the user sees the cut.
+// The width rule of the header window: the stored form of a box's text, trimmed and filled to 20;
+// an empty one stays empty. When the trimmed text is longer than 20, text itself is cut to its
+// first 20 characters, so that the user sees the cut, and the stored form is that text trimmed,
+// without filling.
 std::string TakeHeaderField(std::string& text);
 
-// The text between two keys of a line, filled with blanks to 20, never cut.
+// The text between two keys of a line, filled with blanks to 20, never cut. Without the start key
+// it is 20 blanks, without the end key it runs to the end of the line.
 std::string FieldBetweenKeys(const std::string& line, const std::string& startKey,
                              const std::string& endKey);
 
