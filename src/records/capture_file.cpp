@@ -1,0 +1,114 @@
+#include "records/capture_file.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStorageInfo>
+
+#include "common/run_time_error.h"
+#include "common/text.h"
+#include "records/flush_to_disk.h"
+#include "records/line_cursor.h"
+
+namespace davo {
+
+namespace {
+
+[[noreturn]] void ThrowError(ErrorNumber number, const QString& path) {
+    throw RunTimeError(number, QDir::toNativeSeparators(path).toStdString());
+}
+
+ErrorNumber OpeningError(const QFile& file) {
+    if (!QFileInfo(file.fileName()).dir().exists()) return ErrorNumber::PathNotFound;
+    if (file.error() == QFileDevice::PermissionsError) return ErrorNumber::PermissionDenied;
+    return ErrorNumber::DeviceInputOutput;
+}
+
+// Not every system names a full disk as the reason of a failed write, hence the look at the room.
+ErrorNumber WritingError(const QFile& file, std::size_t wanted) {
+    const bool full = file.error() == QFileDevice::ResourceError ||
+                      QStorageInfo(QFileInfo(file.fileName()).path()).bytesAvailable() <
+                          static_cast<qint64>(wanted);
+    return full ? ErrorNumber::DiskFull : ErrorNumber::DeviceInputOutput;
+}
+
+// A write may take a part only; the next one then takes the rest or tells the reason.
+bool WriteAll(QFile& file, std::string_view block) {
+    while (!block.empty()) {
+        const qint64 written = file.write(block.data(), static_cast<qint64>(block.size()));
+        if (written <= 0) return false;
+        block.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+// The three lines behind a record; what is missing there reads as "no value".
+void TakeTrailer(LineCursor& lines, CapturedShot& shot) {
+    constexpr std::size_t kMeasuredAt = 16;   // behind "MEASURED RATIO: "
+    constexpr std::size_t kNameplateAt = 17;  // behind "NAMEPLATE RATIO: "
+    constexpr std::size_t kPercentAt = 15;    // behind "PERCENT ERROR: "
+    std::string_view line;
+    lines.Next(line);
+    shot.measuredRatio = Middle(line, kMeasuredAt);
+    shot.nameplateRatio = lines.Next(line) ? TrimBlanks(Middle(line, kNameplateAt)) : "N/A";
+    shot.percentError = lines.Next(line) ? TrimBlanks(Middle(line, kPercentAt)) : "N/A";
+    shot.trailerWhole = lines.LineEnded();
+    shot.end = lines.Offset();
+}
+
+}  // namespace
+
+void CaptureFile::Create(const QString& path) {
+    Close();
+    file_.setFileName(path);
+    length_ = 0;
+    // Unbuffered, so that nothing of a block that failed waits for a later flush.
+    if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        ThrowError(OpeningError(file_), path);
+    }
+}
+
+void CaptureFile::Append(std::string_view block) {
+    if (!IsOpen()) throw RunTimeError(ErrorNumber::BadFileNameOrNumber);
+    file_.unsetError();
+    const auto cutBack = [this] { return file_.resize(length_) && file_.seek(length_); };
+    // A part that an earlier failure could not cut off is cut off now.
+    const bool whole = (file_.size() == length_ || cutBack()) && WriteAll(file_, block) &&
+                       FlushToDisk(file_.handle());
+    if (!whole) {
+        const ErrorNumber number = WritingError(file_, block.size());
+        cutBack();
+        ThrowError(number, Path());
+    }
+    length_ += static_cast<qint64>(block.size());
+}
+
+void CaptureFile::Close() {
+    if (file_.isOpen()) file_.close();
+}
+
+std::vector<CapturedShot> CapturedShots(std::string_view bytes) {
+    constexpr std::string_view kStart = "DATA";
+    constexpr std::string_view kStop = "DONE";
+    std::vector<CapturedShot> shots;
+    std::string hexText;
+    bool accumulating = false;
+    LineCursor lines(bytes);
+    for (std::string_view line; lines.Next(line);) {
+        if (!accumulating) {
+            if (!Contains(line, kStart)) continue;
+            line = Middle(line, kStart.size());
+            accumulating = true;
+        }
+        const std::size_t stop = line.find(kStop);
+        hexText += RemoveBlanksAndLineEnds(line.substr(0, stop));
+        if (stop == std::string_view::npos) continue;
+        CapturedShot& shot = shots.emplace_back();
+        shot.hexText = std::move(hexText);
+        TakeTrailer(lines, shot);
+        hexText.clear();
+        accumulating = false;
+    }
+    return shots;
+}
+
+}  // namespace davo

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QString>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,31 +13,38 @@ namespace davo {
 inline constexpr const char* kCaptureFileName = "TESTFILE.txt";
 
 // The raw file that a running session appends its shots to. Every Append is on the disk (flushed)
-// when it returns. All functions throw RunTimeError with the number of what the system said.
+// when it returns. All functions throw RunTimeError: 76 no such folder, 70 permission denied, 61
+// disk full, 57 any other device error.
 class CaptureFile {
- public:
-    // Creates path empty and keeps it open for writing.
+  public:
+    // Creates path empty (an earlier file there is emptied) and keeps it open for writing.
     void Create(const QString& path);
     bool IsOpen() const { return file_.isOpen(); }
     // Appends block whole and flushes it to the disk. When it fails, the file is cut back to the
-    // length it had, so that a later try does not follow a part.
+    // length it had, so that a later try does not follow a part. Throws 52 when it is not open.
     void Append(std::string_view block);
     void Close();
     QString Path() const { return file_.fileName(); }
 
- private:
+  private:
     QFile file_;
+    qint64 length_ = 0;  // bytes of the blocks that were appended whole
 };
 
 // One shot as the capture file holds it.
 struct CapturedShot {
     std::string hexText;         // between DATA and DONE, blanks and line ends removed
-    std::string measuredRatio;   // text after "MEASURED RATIO: " from character 17 on
-    std::string nameplateRatio;  // from character 18 on, trimmed; "N/A" when there is none
-    std::string percentError;    // from character 16 on, trimmed
+    std::string measuredRatio;   // line after DONE from character 17 on, as it stands
+    std::string nameplateRatio;  // next line from character 18 on, trimmed; "N/A" without one
+    std::string percentError;    // next line from character 16 on, trimmed; "N/A" without one
+    bool trailerWhole = false;   // the three lines are there, each with its line end
+    std::size_t end = 0;         // offset behind the shot's last line, in bytes of the file
 };
 
-// The complete shots of a capture file's bytes, by the rules of WriteTestRecordFile.
+// The complete shots of a capture file's bytes, by the rules of WriteTestRecordFile: a line that
+// contains "DATA" opens a shot and loses its first four characters, wherever the word stands in
+// it; "DONE" on that line or a later one ends the record; the three lines that follow are taken by
+// their position. A record without its "DONE" is no shot.
 std::vector<CapturedShot> CapturedShots(std::string_view bytes);
 
 }  // namespace davo

@@ -1,0 +1,16 @@
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "records/flush_to_disk.h"
+
+namespace davo {
+
+bool FlushToDisk(int descriptor) {
+    while (fdatasync(descriptor) != 0) {
+        if (errno != EINTR) return false;
+    }
+    return true;
+}
+
+}  // namespace davo

@@ -1,0 +1,15 @@
+#include <io.h>
+#include <windows.h>
+
+#include <cstdint>
+
+#include "records/flush_to_disk.h"
+
+namespace davo {
+
+bool FlushToDisk(int descriptor) {
+    const std::intptr_t handle = _get_osfhandle(descriptor);
+    return handle != -1 && FlushFileBuffers(reinterpret_cast<HANDLE>(handle)) != 0;
+}
+
+}  // namespace davo
