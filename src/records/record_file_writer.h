@@ -10,9 +10,9 @@ namespace davo {
 
 // What a record file is made of besides the capture file.
 struct RecordFileContent {
-    std::string testNumber;    // file name without its last four characters
+    std::string testNumber;  // file name without its last four characters
     std::int16_t shotCount = 0;
-    std::string testNotes;     // empty: no "NOTES:" line
+    std::string testNotes;  // empty: no "NOTES:" line
 };
 
 // The bytes of the record file that a capture file's bytes convert to. A capture without a
