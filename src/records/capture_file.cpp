@@ -52,6 +52,8 @@ void TakeTrailer(LineCursor& lines, CapturedShot& shot) {
     shot.nameplateRatio = lines.Next(line) ? TrimBlanks(Middle(line, kNameplateAt)) : "N/A";
     shot.percentError = lines.Next(line) ? TrimBlanks(Middle(line, kPercentAt)) : "N/A";
     shot.trailerWhole = lines.LineEnded();
+    LineCursor ahead = lines;
+    if (ahead.Next(line) && line.empty()) lines = ahead;
     shot.end = lines.Offset();
 }
 

@@ -38,7 +38,7 @@ struct CapturedShot {
     std::string nameplateRatio;  // next line from character 18 on, trimmed; "N/A" without one
     std::string percentError;    // next line from character 16 on, trimmed; "N/A" without one
     bool trailerWhole = false;   // the three lines are there, each with its line end
-    std::size_t end = 0;         // offset behind the shot's last line, in bytes of the file
+    std::size_t end = 0;  // offset behind the shot and an empty line after it, in bytes of the file
 };
 
 // The complete shots of a capture file's bytes, by the rules of WriteTestRecordFile: a line that

@@ -1,0 +1,146 @@
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+#include <optional>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "common/text.h"
+#include "records/capture_file.h"
+#include "records/session_journal.h"
+
+namespace davo {
+
+namespace {
+
+// What an earlier run left under the names of the running session.
+struct EarlierSession {
+    std::string capture;
+    std::string journalBytes;               // empty when there is none
+    std::optional<SessionJournal> journal;  // nothing when there is none or it is damaged
+    QDateTime time;                         // of the last shot: when the capture file was changed
+};
+
+std::optional<SessionJournal> ReadableJournal(const QString& path) {
+    try {
+        return SessionJournal::Read(path);
+    } catch (const RunTimeError&) {
+        return std::nullopt;
+    }
+}
+
+EarlierSession ReadEarlierSession(const QString& capturePath, const QString& journalPath) {
+    EarlierSession session;
+    if (FileExists(journalPath)) {
+        session.journalBytes = ReadWholeFile(journalPath);
+        session.journal = ReadableJournal(journalPath);
+        session.time = QFileInfo(journalPath).lastModified();
+    }
+    if (FileExists(capturePath)) {
+        session.capture = ReadWholeFile(capturePath);
+        session.time = QFileInfo(capturePath).lastModified();
+    }
+    return session;
+}
+
+// capture with the journal's pending shot behind the shots that were in it. The kill may have
+// come while that shot was being appended: a part of it gives way to the whole, and one that is
+// there already is not appended again.
+std::string WithPendingShot(std::string capture, const SessionJournal& journal) {
+    if (journal.pendingShot.empty()) return capture;
+    const std::vector<CapturedShot> shots = CapturedShots(capture);
+    const auto before = static_cast<std::size_t>(std::max(journal.shotsInCapture, 0));
+    if (shots.size() > before && shots[before].trailerWhole) return capture;
+    const std::size_t kept = std::min(shots.size(), before);
+    capture.resize(kept == 0 ? 0 : shots[kept - 1].end);
+    if (!capture.empty() && !capture.ends_with('\n')) capture += kLineEnd;
+    return capture + journal.pendingShot;
+}
+
+struct DatedNames {
+    QString capturePath;
+    QString journalPath;
+};
+
+// Names that belong to this very session: a repetition after a kill finds its own file again,
+// while another session of the same second keeps its own.
+DatedNames NamesFor(const QDir& folder, const QDateTime& time, const std::string& capture) {
+    const QString stem =
+        QStringLiteral("TESTFILE-") + time.toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    for (int number = 1;; ++number) {
+        const QString name = number == 1 ? stem : QStringLiteral("%1-%2").arg(stem).arg(number);
+        const QString path = folder.filePath(name + QStringLiteral(".txt"));
+        if (!FileExists(path) || ReadWholeFile(path) == capture) {
+            return {path, folder.filePath(name + QStringLiteral(".jnl"))};
+        }
+    }
+}
+
+void DeleteIfThere(const QString& path) {
+    if (FileExists(path)) DeleteFile(path);
+}
+
+void SetAside(const QDir& folder) {
+    const QString capturePath = folder.filePath(QLatin1String(kCaptureFileName));
+    const QString journalPath = folder.filePath(QLatin1String(kJournalFileName));
+    const EarlierSession earlier = ReadEarlierSession(capturePath, journalPath);
+    SessionJournal journal = earlier.journal.value_or(SessionJournal{});
+    if (journal.saved) return;
+    const std::string capture = WithPendingShot(earlier.capture, journal);
+    const std::size_t shots = CapturedShots(capture).size();
+    if (shots == 0) return;
+
+    journal.pendingShot.clear();
+    journal.shotsInCapture = static_cast<int>(shots);
+    const DatedNames names = NamesFor(folder, earlier.time, capture);
+    const bool damaged = !earlier.journal && !earlier.journalBytes.empty();
+    // The journal first: a dated capture file is listed as soon as it is there. What cannot be
+    // read is kept as it is.
+    if (damaged) {
+        ReplaceFile(names.journalPath, earlier.journalBytes);
+    } else {
+        journal.Write(names.journalPath);
+    }
+    ReplaceFile(names.capturePath, capture);
+    // From here on the session stands under its dated names only: up to this write a repetition
+    // makes the same two files again, after it there is nothing to repeat.
+    journal.saved = true;
+    journal.Write(journalPath);
+    DeleteIfThere(capturePath);
+    DeleteFile(journalPath);
+}
+
+}  // namespace
+
+std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder) {
+    const QDir folder(scratchFolder);
+    SetAside(folder);
+    QStringList names = folder.entryList({QStringLiteral("TESTFILE-*.txt")}, QDir::Files);
+    for (QString& name : names)
+        name.chop(4);
+    std::sort(names.begin(), names.end());
+
+    std::vector<UnsavedSession> sessions;
+    for (const QString& name : names) {
+        UnsavedSession session;
+        session.capturePath = folder.filePath(name + QStringLiteral(".txt"));
+        session.journalPath = folder.filePath(name + QStringLiteral(".jnl"));
+        session.journal = ReadableJournal(session.journalPath).value_or(SessionJournal{});
+        if (session.journal.saved) continue;
+        session.shots = static_cast<int>(CapturedShots(ReadWholeFile(session.capturePath)).size());
+        if (session.shots > 0) sessions.push_back(std::move(session));
+    }
+    return sessions;
+}
+
+void CloseUnsavedSession(const UnsavedSession& session, bool saved) {
+    SessionJournal journal = session.journal;
+    journal.saved = true;
+    journal.Write(session.journalPath);
+    if (!saved) return;
+    DeleteIfThere(session.capturePath);
+    DeleteFile(session.journalPath);
+}
+
+}  // namespace davo
