@@ -1,0 +1,282 @@
+#include "link/link.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QScopedValueRollback>
+#include <QTimer>
+
+#include "common/run_time_error.h"
+#include "common/text.h"
+
+namespace davo {
+
+namespace {
+
+constexpr std::string_view kReadyCommand = "B";
+constexpr std::string_view kReadyReply = "RDY\r\n";
+constexpr std::string_view kModelCommand = "W";
+constexpr std::string_view kLeaveCommand = "X";
+constexpr std::string_view kModelStart = "DAVO";
+constexpr std::string_view kDone = "DONE";
+constexpr std::chrono::microseconds kPollPeriod{100};
+// About two hundred characters of line time: a reply that paused that long is over.
+constexpr std::chrono::milliseconds kModelQuiet{100};
+
+class Busy {
+  public:
+    explicit Busy(BusyPointer& pointer) : pointer_(pointer) { pointer_.ShowBusyPointer(); }
+    ~Busy() { pointer_.RestoreMousePointer(); }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+  private:
+    BusyPointer& pointer_;
+};
+
+// Receive events for as long as it lives.
+class ReceiveEvents {
+  public:
+    explicit ReceiveEvents(SerialPort& port) : port_(port) { port_.SetRThreshold(1); }
+    ~ReceiveEvents() { port_.SetRThreshold(0); }
+    ReceiveEvents(const ReceiveEvents&) = delete;
+    ReceiveEvents& operator=(const ReceiveEvents&) = delete;
+
+  private:
+    SerialPort& port_;
+};
+
+// The model's text in a reply; nothing while it is not whole.
+std::optional<std::string> ModelIn(std::string_view reply) {
+    const auto start = reply.find(kModelStart);
+    if (start == std::string_view::npos) return std::nullopt;
+    const auto end = reply.find(kLineEnd, start);
+    if (end == std::string_view::npos) return std::nullopt;
+    return std::string(reply.substr(start, end - start));
+}
+
+}  // namespace
+
+// The wait under way, for as long as it lives.
+class Link::Waiting {
+  public:
+    Waiting(Link& link, std::string_view command, std::string_view expectedReply) : link_(link) {
+        link_.endWait_ = false;
+        link_.awake_ = false;
+        link_.wait_ = WaitUnderWay{std::string(command), std::string(expectedReply),
+                                   std::chrono::steady_clock::now()};
+        if (link_.OnWaitChanged) link_.OnWaitChanged();
+    }
+    ~Waiting() {
+        link_.wait_.reset();
+        if (link_.OnWaitChanged) link_.OnWaitChanged();
+    }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+
+  private:
+    Link& link_;
+};
+
+Link::Link(SerialPort& port, LinkState& state, Prompts& prompts, BusyPointer& pointer)
+    : port_(port), state_(state), prompts_(prompts), pointer_(pointer) {
+    port_.OnComm = [this](CommEvent event) { PortEvent(event); };
+    port_.OnTextWaiting = [this] { PortTextWaiting(); };
+    port_.OnLost = [this](const QString&) { PortLost(); };
+}
+
+Link::~Link() {
+    port_.OnComm = nullptr;
+    port_.OnTextWaiting = nullptr;
+    port_.OnLost = nullptr;
+}
+
+bool Link::OpenComPort(std::int16_t port) {
+    try {
+        if (state_.portOpen) CloseComPort();
+        port_.SetCommPort(port);
+        port_.SetSettings("19200,N,8,1");
+        port_.SetInputLen(0);
+        port_.SetInBufferSize(1024);
+        port_.SetPortOpen(true);
+        state_.portOpen = true;
+    } catch (const RunTimeError&) {
+        state_.portOpen = false;
+    }
+    return state_.portOpen;
+}
+
+void Link::CloseComPort() {
+    EndWait();
+    state_.portOpen = false;
+    port_.SetPortOpen(false);
+}
+
+std::string Link::SendCommand(std::string_view command, std::string_view expectedReply) {
+    return Exchange(command, expectedReply,
+                    command == kReadyCommand ? &Link::PollHandshake : &Link::AwaitText);
+}
+
+std::string Link::SendCommandAwaitDone(std::string_view command, std::string_view expectedReply) {
+    return Exchange(command, expectedReply, &Link::AwaitDone);
+}
+
+std::string Link::Exchange(std::string_view command, std::string_view expectedReply,
+                           std::string (Link::*await)(std::string_view)) {
+    lastWaitEnded_ = false;
+    if (!state_.portOpen) return {};
+    if (command == kLeaveCommand) {
+        const Busy busy(pointer_);
+        port_.Output(command);
+        return {};
+    }
+    if (wait_) return {};
+    std::string reply;
+    {
+        const Busy busy(pointer_);
+        const Waiting waiting(*this, command, expectedReply);
+        port_.Output(command);
+        reply = (this->*await)(expectedReply);
+    }
+    if (endWait_) reply.clear();
+    // Said only now, with the pointer restored: a box inside the wait would keep the wait alive.
+    if (lostMessageDue_) ShowLostMessage();
+    lastWaitEnded_ = endWait_;
+    return reply;
+}
+
+std::string Link::PollHandshake(std::string_view expectedReply) {
+    std::string reply;
+    const auto start = std::chrono::steady_clock::now();
+    for (int poll = 1; poll <= kHandshakePolls && !endWait_; ++poll) {
+        QCoreApplication::processEvents();
+        const std::string text = port_.Input();
+        if (text.empty()) {
+            // By the clock, not by the sleep: a sleep that overshoots is made up for later.
+            port_.WaitForText(start + poll * kPollPeriod);
+            continue;
+        }
+        reply += text;
+        if (Contains(reply, expectedReply)) break;
+    }
+    return reply;
+}
+
+std::string Link::AwaitText(std::string_view expectedReply) {
+    std::string reply;
+    QCoreApplication::processEvents();
+    while (!endWait_) {
+        reply += port_.Input();
+        if (Contains(reply, expectedReply)) break;
+        SleepUntilText();
+    }
+    return reply;
+}
+
+std::string Link::AwaitModel(std::string_view expectedReply) {
+    std::string reply = AwaitText(expectedReply);
+    while (!endWait_ && !ModelIn(reply) && SleepUntilText(kModelQuiet))
+        reply += port_.Input();
+    return reply;
+}
+
+std::string Link::AwaitDone(std::string_view) {
+    state_.receiveBuffer.clear();
+    const ReceiveEvents events(port_);
+    while (!endWait_ && !Contains(state_.receiveBuffer, kDone))
+        SleepUntilText();
+    return state_.receiveBuffer;
+}
+
+bool Link::SleepUntilText(std::optional<std::chrono::milliseconds> quiet) {
+    if (!awake_) {
+        QEventLoop loop;
+        const QScopedValueRollback current(loop_, &loop);
+        bool timeOut = false;
+        if (quiet) {
+            QTimer::singleShot(*quiet, &loop, [&] {
+                timeOut = true;
+                loop.quit();
+            });
+        }
+        loop.exec();
+        if (!awake_ && timeOut) return false;
+        // An event loop that nobody woke returns because the program is leaving.
+        if (!awake_) endWait_ = true;
+    }
+    awake_ = false;
+    return true;
+}
+
+bool Link::ReadInstrumentModel(std::string& model) {
+    model.clear();
+    if (SendCommand(kReadyCommand, kReadyReply).empty()) {
+        if (!lastWaitEnded_) prompts_.Message(QLatin1String(kNotAvailableMessage));
+        return false;
+    }
+    model = TrimBlanks(Exchange(kModelCommand, kLineEnd, &Link::AwaitModel));
+    const auto found = ModelIn(model);
+    if (found) model = *found;
+    return found.has_value();
+}
+
+void Link::EndWait() {
+    if (!wait_) return;
+    endWait_ = true;
+    Wake();
+}
+
+void Link::Output(std::string_view bytes) {
+    if (state_.portOpen) port_.Output(bytes);
+}
+
+std::string Link::Input() {
+    return state_.portOpen ? port_.Input() : std::string();
+}
+
+void Link::PortEvent(CommEvent event) {
+    if (event == CommEvent::Received) {
+        state_.receiveChunk = port_.Input();
+        state_.receiveBuffer += state_.receiveChunk;
+        Wake();
+    } else if (event == CommEvent::Overrun) {
+        prompts_.Message(QStringLiteral("Data Lost"));
+    } else if (event == CommEvent::ReceiveOverflow) {
+        prompts_.Message(QStringLiteral("Receive buffer overflow"));
+    }
+}
+
+void Link::PortTextWaiting() {
+    if (wait_) {
+        Wake();
+    } else if (OnTextWaiting) {
+        OnTextWaiting();
+    }
+}
+
+void Link::PortLost() {
+    state_.portOpen = false;
+    lostMessageDue_ = true;
+    const bool waiting = wait_.has_value();
+    EndWait();
+    if (OnLost) OnLost();
+    if (!waiting) ShowLostMessage();
+}
+
+void Link::ShowLostMessage() {
+    lostMessageDue_ = false;
+    prompts_.Message(LostMessage());
+}
+
+void Link::Wake() {
+    awake_ = true;
+    if (loop_ != nullptr) loop_->quit();
+}
+
+QString Link::LostMessage() {
+    return QStringLiteral(
+        "The connection to the DAVO was lost.\r\n"
+        "Please check the cable and the adapter, then try again.\r\n"
+        "Everything that was measured is kept.");
+}
+
+}  // namespace davo

@@ -23,7 +23,7 @@ struct LinkState {
 
 // Brackets every exchange: the hourglass, and back.
 class BusyPointer {
- public:
+  public:
     virtual ~BusyPointer() = default;
     virtual void ShowBusyPointer() {}
     virtual void RestoreMousePointer() {}
@@ -46,7 +46,7 @@ inline constexpr const char* kNotAvailableMessage =
 // runs other events and uses no processor; it ends when the reply is there, when EndWait is
 // called, or when the port is lost (then with an empty reply).
 class Link {
- public:
+  public:
     // All must outlive the link.
     Link(SerialPort& port, LinkState& state, Prompts& prompts, BusyPointer& pointer);
     ~Link();
@@ -60,20 +60,25 @@ class Link {
 
     // Sends command and polls until the reply contains expectedReply; "B" makes at most
     // kHandshakePolls polls of about 0.1 ms, anything else waits without limit; "X" returns "" at
-    // once. Returns the whole reply, whether or not the awaited text is in it; "" when the port
-    // is closed, the wait was ended or the port was lost.
+    // once and is sent even inside a wait, because leaving the program must free the instrument.
+    // Returns the whole reply, whether or not the awaited text is in it; "" when the port is
+    // closed, the wait was ended or the port was lost.
     std::string SendCommand(std::string_view command, std::string_view expectedReply);
 
     // Sends command and gathers by receive events until "DONE" is there; without limit.
     std::string SendCommandAwaitDone(std::string_view command, std::string_view expectedReply);
 
     // The model text from "DAVO" up to its line end. Shows the not-available message when "B" is
-    // not answered. False when there is none; model then holds the whole trimmed reply.
+    // not answered (not when that wait was ended or the port was lost: the operator knows then).
+    // False when there is none; model then holds the whole trimmed reply. The reply may begin with
+    // a line end of its own, so reading goes on until the model is whole or the line is quiet.
     bool ReadInstrumentModel(std::string& model);
 
     // Ends the wait under way at once, with an empty reply. Nothing happens without one.
     void EndWait();
     std::optional<WaitUnderWay> CurrentWait() const { return wait_; }
+    // Whether EndWait or the loss of the port ended the last exchange, rather than the instrument.
+    bool LastWaitEnded() const { return lastWaitEnded_; }
 
     // For the test session, which polls by itself: what is sent and what is waiting. An Output
     // while an exchange waits is sent all the same.
@@ -93,11 +98,23 @@ class Link {
     // What the operator reads, once, when the cable or the adapter goes away.
     static QString LostMessage();
 
- private:
+  private:
+    class Waiting;
+
     void PortEvent(CommEvent event);
-    void PortLost(const QString& reason);
-    // Sleeps in an event loop until text has arrived or the wait is to end.
-    void SleepUntilText();
+    void PortTextWaiting();
+    void PortLost();
+    void ShowLostMessage();
+    void Wake();
+    // Sleeps in an event loop until text has arrived, the wait is to end, or quiet has passed.
+    // False when quiet has passed.
+    bool SleepUntilText(std::optional<std::chrono::milliseconds> quiet = std::nullopt);
+    std::string PollHandshake(std::string_view expectedReply);
+    std::string AwaitText(std::string_view expectedReply);
+    std::string AwaitModel(std::string_view expectedReply);
+    std::string AwaitDone(std::string_view expectedReply);
+    std::string Exchange(std::string_view command, std::string_view expectedReply,
+                         std::string (Link::*await)(std::string_view));
 
     SerialPort& port_;
     LinkState& state_;
@@ -105,6 +122,9 @@ class Link {
     BusyPointer& pointer_;
     std::optional<WaitUnderWay> wait_;
     bool endWait_ = false;
+    bool lastWaitEnded_ = false;
+    bool lostMessageDue_ = false;
+    bool awake_ = false;  // something happened since the wait last looked
     QEventLoop* loop_ = nullptr;
 };
 

@@ -1,0 +1,133 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <string>
+
+#include "link/link.h"
+#include "tests/link/fake_serial_port.h"
+#include "tests/support/fake_prompts.h"
+
+namespace davo::test {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+
+class PointerState : public BusyPointer {
+  public:
+    void ShowBusyPointer() override { busy = true; }
+    void RestoreMousePointer() override { busy = false; }
+    bool busy = false;
+};
+
+class LinkLostTest : public testing::Test {
+  protected:
+    LinkLostTest() {
+        link.OpenComPort(1);
+        link.OnLost = [this] {
+            ++lost;
+            openAtLoss = state.portOpen;
+            shownAtLoss = prompts.shown.size();
+        };
+        prompts.onMessage = [this](const QString&) { busyAtMessage = pointer.busy; };
+    }
+
+    void ExpectLostOnceAndReopened() {
+        EXPECT_EQ(lost, 1);
+        EXPECT_FALSE(openAtLoss);
+        EXPECT_EQ(shownAtLoss, 0U);
+        EXPECT_FALSE(busyAtMessage);
+        EXPECT_FALSE(state.portOpen);
+        EXPECT_FALSE(link.CurrentWait());
+        EXPECT_THAT(prompts.shown, ElementsAre(Link::LostMessage()));
+        EXPECT_EQ(link.SendCommand("W", "\r\n"), "");
+
+        EXPECT_TRUE(link.OpenComPort(1));
+        port.OnOutput("W", "DAVO\r\n");
+        EXPECT_EQ(link.SendCommand("W", "\r\n"), "DAVO\r\n");
+        EXPECT_EQ(prompts.shown.size(), 1U);
+    }
+
+    FakeSerialPort port;
+    LinkState state;
+    FakePrompts prompts;
+    PointerState pointer;
+    Link link{port, state, prompts, pointer};
+    int lost = 0;
+    bool openAtLoss = true;
+    bool busyAtMessage = true;
+    std::size_t shownAtLoss = 99;
+};
+
+TEST_F(LinkLostTest, InTheHandshake) {
+    port.OnOutputDo("B", [this] { port.Unplug(milliseconds(5)); });
+    EXPECT_EQ(link.SendCommand("B", "RDY\r\n"), "");
+    EXPECT_LT(port.inputs, 30001);
+    ExpectLostOnceAndReopened();
+}
+
+TEST_F(LinkLostTest, InAWaitForText) {
+    port.OnOutputDo("W", [this] {
+        port.Deliver("half a rep");
+        port.Unplug(milliseconds(5));
+    });
+    EXPECT_EQ(link.SendCommand("W", "\r\n"), "");
+    EXPECT_TRUE(link.LastWaitEnded());
+    ExpectLostOnceAndReopened();
+}
+
+TEST_F(LinkLostTest, InTheWaitForDone) {
+    port.OnOutputDo("d", [this] {
+        port.Deliver("half a directory");
+        port.Unplug(milliseconds(5));
+    });
+    EXPECT_EQ(link.SendCommandAwaitDone("d", "\r\nDONE"), "");
+    EXPECT_EQ(port.rThreshold, 0);
+    ExpectLostOnceAndReopened();
+}
+
+TEST_F(LinkLostTest, BetweenExchanges) {
+    port.Unplug();
+    QCoreApplication::processEvents();
+    ExpectLostOnceAndReopened();
+}
+
+TEST_F(LinkLostTest, InTheModelQueryOneMessageIsEnough) {
+    std::string model;
+    port.OnOutputDo("B", [this] { port.Unplug(milliseconds(5)); });
+    EXPECT_FALSE(link.ReadInstrumentModel(model));
+    ExpectLostOnceAndReopened();
+}
+
+TEST_F(LinkLostTest, AfterTheHandshakeOfTheModelQuery) {
+    std::string model;
+    port.OnOutput("B", "RDY\r\n").OnOutputDo("W", [this] {
+        port.Deliver("\r\nDAV");
+        port.Unplug(milliseconds(5));
+    });
+    EXPECT_FALSE(link.ReadInstrumentModel(model));
+    EXPECT_EQ(model, "");
+    ExpectLostOnceAndReopened();
+}
+
+TEST_F(LinkLostTest, TheMessageSaysWhatToDo) {
+    const QString message = Link::LostMessage();
+    EXPECT_TRUE(message.contains(QStringLiteral("connection to the DAVO was lost")));
+    EXPECT_TRUE(message.contains(QStringLiteral("cable")));
+    EXPECT_TRUE(message.contains(QStringLiteral("adapter")));
+    EXPECT_TRUE(message.contains(QStringLiteral("try again")));
+    EXPECT_TRUE(message.contains(QStringLiteral("kept")));
+}
+
+TEST_F(LinkLostTest, EachLossIsSaid) {
+    for (std::size_t time = 1; time <= 3; ++time) {
+        port.Unplug();
+        QCoreApplication::processEvents();
+        EXPECT_EQ(prompts.shown.size(), time);
+        EXPECT_TRUE(link.OpenComPort(1));
+    }
+}
+
+}  // namespace
+}  // namespace davo::test
