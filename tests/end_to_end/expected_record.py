@@ -1,0 +1,130 @@
+"""What a record file must hold, worked out from what went over the line.
+
+Nothing here is shared with the program: the instrument's byte log is read, the hexadecimal record
+of each shot is decoded with decimal arithmetic, and the file's bytes are laid line by line.
+"""
+
+import dataclasses
+import decimal
+import re
+
+D = decimal.Decimal
+POINTS = 32
+
+
+@dataclasses.dataclass
+class LineShot:
+    """One shot as it went over the line."""
+
+    ratio_only: bool
+    digits: str  # of the record, between DATA and DONE
+    ratio: str  # text after the last "RATIO=", empty when there was none
+
+
+def shots_on_line(log):
+    """The complete shots of a byte log, a list of (to_pc, bytes) in the order of the line."""
+    shots = []
+    heard = None
+    ratio_only = False
+    for to_pc, data in log:
+        if not to_pc:
+            for command in data.decode("latin-1"):
+                if command in "Tt":
+                    heard, ratio_only = "", command == "t"
+                elif command == "\x1b":
+                    heard = None
+            continue
+        if heard is None:
+            continue
+        heard += data.decode("latin-1")
+        record = re.search(r"DATA(.*?)DONE", heard, re.DOTALL)
+        if record:
+            ratios = re.findall(r"RATIO=(.*?)\r\n", heard[: record.start()])
+            digits = re.sub(r"[ \r\n]", "", record.group(1))
+            shots.append(LineShot(ratio_only, digits, ratios[-1] if ratios else ""))
+            heard = None
+    return shots
+
+
+def rounded(value, places):
+    """Half away from zero, places behind the point."""
+    return str(value.quantize(D(1).scaleb(-places), rounding=decimal.ROUND_HALF_UP))
+
+
+def general(value):
+    """As short as it goes."""
+    text = format(value.normalize(), "f")
+    return text
+
+
+def percent_error(ratio, nameplate):
+    calculated = D(rounded(D(nameplate[0]) / D(nameplate[1]), 3))
+    return calculated, rounded(abs(D(ratio) - calculated) / calculated * 100, 2)
+
+
+def polarity(degrees):
+    if 0 <= degrees <= 90 or 270 <= degrees <= 360:
+        return "IN PHASE"
+    if D("90.1") <= degrees <= D("269.9"):
+        return "OUT OF PHASE"
+    return "N/A"
+
+
+def shot_lines(number, shot, nameplate):
+    """The lines of one shot; nameplate is (H text, X text) or None."""
+    image = bytes.fromhex(shot.digits)
+    if len(image) != 148:
+        raise ValueError(f"the record has {len(image)} bytes")
+
+    def word(offset):
+        return D(int.from_bytes(image[offset : offset + 2], "little"))
+
+    scale = D("0.0002") if image[147] == 10 else D("0.0001")
+    tenth = D("0.1")
+    points = []
+    for slot in range(POINTS):
+        current, voltage = word(4 * slot) * scale, word(4 * slot + 2) * tenth
+        if current > 0 and voltage > 0:
+            points.append(f"CURRENT: {rounded(current, 4)}VOLTAGE: {rounded(voltage, 1)}")
+    degrees = word(140) * tenth
+    plate, error = "N/A", "N/A"
+    if nameplate:
+        calculated, percent = percent_error(shot.ratio, nameplate)
+        plate = f"{general(calculated)} ({nameplate[0]}:{nameplate[1]})"
+        error = f"{percent}%"
+    knee = {1: "IEEE 30 DEGREE TANGENT", 2: "IEEE 45 DEGREE TANGENT"}
+    return [
+        f"REC NUMBER: {number}",
+        *reversed(points),
+        f"NUMBER OF DATA POINTS: {len(points)}",
+        f"KNEE VOLTAGE: {general(word(128) * tenth)} VOLTS",
+        f"KNEE CURRENT: {general(word(130) * scale)} AMPS",
+        f"EXCITATION CUR: {rounded(word(132) * scale, 3)} AMPS",
+        f"EXCITATION VTG: {general(word(134) * tenth)} VOLTS",
+        f"MEASURED RATIO: {shot.ratio}",
+        f"POLARITY: {polarity(degrees)}",
+        f"PHASE ANGLE: {rounded(degrees, 1)} DEG",
+        f"NAMEPLATE RATIO: {plate}",
+        f"PERCENT ERROR: {error}",
+        f"KNEE POINT TYPE: {knee.get(image[146], 'ASA 10%VTG -> 50%CUR')}",
+    ]
+
+
+HEADER_KEYS = ["COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR"]
+
+
+def record_file(name, date, time, header, shots, nameplate, notes=None, count=None):
+    """The bytes of the record file. header: the eight stored fields; nameplate: see shot_lines;
+    count: what "# OF SHOTS" says, the number of shots unless given."""
+    lines = [
+        f"TEST NUMBER: {name.removesuffix('.txt')}",
+        f"DATE: {date}",
+        f"TIME: {time}",
+        f"# OF SHOTS: {len(shots) if count is None else count:02d}",
+        *(f"{key}: {field}" for key, field in zip(HEADER_KEYS, header)),
+    ]
+    for number, shot in enumerate(shots, 1):
+        lines += shot_lines(number, shot, nameplate)
+    if notes:
+        lines += ["NOTES:", notes]
+    return "".join(line + "\r\n" for line in lines).encode("cp1252")

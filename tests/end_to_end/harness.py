@@ -1,0 +1,291 @@
+"""The real program and the simulated instrument in a folder of their own, driven by an operator.
+
+Paths come from the environment (see CMakeLists.txt): DAVO_PROGRAM, DAVO_INSTRUMENT, DAVO_PLUGINS,
+DAVO_KILL_AT_LIBRARY. Every process leads a process group of its own and is ended with its group.
+"""
+
+import json
+import os
+import pathlib
+import queue
+import re
+import shutil
+import signal
+import subprocess
+import tempfile
+import threading
+import time
+
+PROGRAM = os.environ["DAVO_PROGRAM"]
+INSTRUMENT = os.environ["DAVO_INSTRUMENT"]
+PLUGINS = os.environ["DAVO_PLUGINS"]
+KILL_AT = os.environ.get("DAVO_KILL_AT_LIBRARY", "")
+PATIENCE = 60  # seconds for anything that has no limit of its own
+
+SAVE = "Do you want to save the test record? "
+NOT_SAVED = "The test record is not saved. Do you still want to exit? "
+VIEW = "Do you want to view test results? "
+RATIO_ONLY = "Run Ratio test only?"
+LEAVE = "Do You Want to Exit?"
+
+TO_ZERO = "TURN VOLTAGE DRIVE TO ZERO..."
+RANGE = "SET THE VOLTAGE RANGE SELECTOR SWITCH"
+SATURATE = "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)"
+LOWER = "S-L-O-W-L-Y LOWER THE CURRENT NOW..."
+RATIO = "SET VOLTAGE FROM 5V TO 100V MAX"
+
+
+class DriverFailed(AssertionError):
+    """The driver gave up, or the program ended while something was awaited."""
+
+
+def read_byte_log(path):
+    """The instrument's byte log as a list of (to_pc, bytes)."""
+    line = re.compile(r"\s*\d+\.\d+ ([<>])((?: [0-9A-F]{2})+)  ")
+    entries = []
+    for text in pathlib.Path(path).read_text("latin-1").split("\n"):
+        found = line.match(text)
+        if found:
+            entries.append((found[1] == ">", bytes.fromhex(found[2])))
+        elif text:
+            raise ValueError(f"not a line of a byte log: {text!r}")
+    return entries
+
+
+def wait_until(condition, what, limit=PATIENCE):
+    end = time.monotonic() + limit
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError(f"waited {limit} s for {what}")
+        time.sleep(0.01)
+
+
+def end_group(process):
+    """Ends a process and all that it started."""
+    if process.poll() is None:
+        for number in (signal.SIGTERM, signal.SIGKILL):
+            try:
+                os.killpg(process.pid, number)
+                process.wait(5)
+                break
+            except subprocess.TimeoutExpired:
+                continue
+            except ProcessLookupError:
+                break
+    for stream in (process.stdin, process.stdout):
+        if stream:
+            stream.close()
+
+
+class Program:
+    """The program with the driver in it."""
+
+    def __init__(self, bench, environment=None):
+        self.environment = dict(os.environ, **bench.environment, **(environment or {}))
+        self.lines = []
+        self._new = queue.Queue()
+        self.log = open(bench.folder / "program.log", "ab")
+        self.process = subprocess.Popen(
+            [PROGRAM],
+            env=self.environment,
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=self.log,
+            start_new_session=True,
+        )
+        self._reader = threading.Thread(target=self._read, daemon=True)
+        self._reader.start()
+
+    def _read(self):
+        for raw in self.process.stdout:
+            line = raw.decode("utf-8", "replace").rstrip("\n")
+            self.lines.append(line)
+            self._new.put(line)
+        self._new.put(None)
+
+    def _send(self, command):
+        try:
+            self.process.stdin.write((command + "\n").encode())
+            self.process.stdin.flush()
+        except BrokenPipeError:
+            pass
+
+    def _await(self, wanted):
+        while True:
+            try:
+                line = self._new.get(timeout=PATIENCE)
+            except queue.Empty:
+                raise DriverFailed(f"no answer to {wanted!r}") from None
+            if line is None:
+                raise DriverFailed(f"the program ended, rc {self.process.wait(PATIENCE)}, at {wanted!r}")
+            if line.startswith("driver: FAILED"):
+                detail = self._new.get(timeout=PATIENCE)
+                raise DriverFailed(f"{line}\n{detail}")
+            if line.startswith(wanted):
+                return line
+
+    def do(self, *commands):
+        """Gives the commands to the driver and returns when the last one is done."""
+        for command in commands:
+            self._send(command)
+        for command in commands:
+            self._await("driver: do " + command)
+
+    def state(self):
+        self._send("state")
+        return json.loads(self._await("driver: state ").removeprefix("driver: state "))
+
+    def window(self, name):
+        """What a visible window shows; None when it is not visible."""
+        for window in self.state()["windows"]:
+            if window["name"] == name:
+                return window
+        return None
+
+    def control(self, name):
+        for window in self.state()["windows"]:
+            if name in window["controls"]:
+                return window["controls"][name]
+        return None
+
+    def prompt(self):
+        """The text of the prompt that is shown; None without one."""
+        window = self.window("msgBox")
+        return window and window["text"]
+
+    def wait_end(self, limit=PATIENCE):
+        code = self.process.wait(limit)
+        self._reader.join(PATIENCE)
+        return code
+
+    def end(self):
+        end_group(self.process)
+        self._reader.join(PATIENCE)
+        self.log.close()
+
+
+class Bench:
+    """A folder with everything a run needs, the instrument on its line, and the program."""
+
+    def __init__(self, *instrument_options):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="davo-"))
+        self.data = self.folder / "Shots_Data"
+        self.scratch = self.folder / "data" / "davo"
+        self.port = self.folder / "line"
+        self.byte_log = self.folder / "line.log"
+        self.pictures = self.folder / "pictures"
+        self.environment = {
+            "HOME": str(self.folder),
+            "XDG_CONFIG_HOME": str(self.folder / "config"),
+            "XDG_DATA_HOME": str(self.folder / "data"),
+            "XDG_RUNTIME_DIR": str(self.folder / "runtime"),
+            "QT_QPA_PLATFORM": "offscreen",
+            "QT_PLUGIN_PATH": PLUGINS,
+            "QT_QPA_GENERIC_PLUGINS": "davodriver",
+            "DAVO_DRIVER_SCRIPT": "-",
+            "DAVO_DRIVER_PICTURES": str(self.pictures),
+        }
+        for folder in (self.data, self.folder / "config" / "davo", self.pictures):
+            folder.mkdir(parents=True)
+        (self.folder / "runtime").mkdir(mode=0o700)
+        (self.folder / "config" / "davo" / "davo.ini").write_text(
+            f"[DATAPATH]\nPATH\\PATHVAL={self.data}/\n\n[DAVO]\nPORTDEVICES\\COM1={self.port}\n"
+        )
+        self.programs = []
+        self.instrument = None
+        self.start_instrument(*instrument_options)
+
+    def start_instrument(self, *options):
+        self.instrument = subprocess.Popen(
+            [INSTRUMENT, "--link", str(self.port), "--log", str(self.byte_log),
+             "--die-with-parent", *options],
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            start_new_session=True,
+        )
+        wait_until(self.port.exists, "the instrument's line", 10)
+
+    def start_program(self, environment=None):
+        program = Program(self, environment)
+        self.programs.append(program)
+        return program
+
+    def close(self, keep=False):
+        for program in self.programs:
+            program.end()
+        if self.instrument:
+            end_group(self.instrument)
+        if keep:
+            print("kept:", self.folder)
+        else:
+            shutil.rmtree(self.folder, ignore_errors=True)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, kind, error, trace):
+        self.close(keep=kind is not None and "DAVO_KEEP" in os.environ)
+
+
+# What the operator does, step by step.
+
+
+def open_test_window(program, menu="mnuBoth"):
+    program.do("wait frmMain", f"menu {menu}", "wait frmCControl")
+    # Its readiness check has been answered.
+    program.do("waitDisabled cmdCancel", "waitEnabled cmdStart")
+
+
+def start_shot(program, ratio_only=False, first=False, both=True):
+    program.do("click cmdStart")
+    if both and not first:
+        program.do(f'answer {"Yes" if ratio_only else "No"} "{RATIO_ONLY}"')
+
+
+def full_shot(program, first=False):
+    start_shot(program, first=first)
+    program.do(
+        f'waitText lblMessage "{RANGE}"',
+        "click cmdContinue",
+        f'waitText lblMessage "{SATURATE}"',
+        "waitEnabled cmdContinue",
+        "click cmdContinue",
+        f'waitText lblMessage "{RATIO}" 60000',
+        "click cmdContinue",
+        'waitText lblTest "TEST COMPLETE."',
+    )
+
+
+def ratio_shot(program, first=False, both=True):
+    start_shot(program, ratio_only=True, first=first, both=both)
+    program.do(
+        f'waitText lblMessage "{RATIO}" 60000',
+        "click cmdContinue",
+        'waitText lblTest "TEST COMPLETE."',
+    )
+
+
+def repeat_shot(program):
+    program.do('waitText cmdContinue "&Repeat Test"', "click cmdContinue")
+
+
+def save_session(program, name):
+    program.do("click cmdExit", f'answer Yes "{SAVE}"', f'chooseFile "{name}"')
+    finish_save(program)
+
+
+def finish_save(program):
+    """After the name was chosen: no report, and the window closes."""
+    wait_until(
+        lambda: program.prompt() or program.window("frmCControl") is None, "the end of the save"
+    )
+    if program.prompt():
+        program.do(f'answer No "{VIEW}"')
+    program.do("waitGone frmCControl")
+
+
+def leave(program):
+    """Leaves the program by its menu; the exit code."""
+    program.do("menu mnuExit", f'answer Yes "{LEAVE}"')
+    return program.wait_end()

@@ -1,0 +1,100 @@
+"""Whole sessions: what lies in the record file is what went over the line."""
+
+import datetime
+import os
+import random
+import re
+import sys
+import unittest
+
+import expected_record
+import harness
+
+NOTES = ["CT of bay 4; see drawing 17-B", "", "Repeat in spring (5 °C, wet)"]
+HEADER = [
+    "Blåvik Energi",
+    "Station 14",
+    "",
+    "Trafo GmbH",
+    "CT-1200/5",
+    "0815-4711",
+    "these are more than twenty letters",
+    "M. Müller",
+]
+
+
+def fill_header(program, header, notes):
+    program.do("click cmdHeader", "wait frmHeader")
+    for i, text in enumerate(header):
+        program.do(f'type txtHeader{i} "{text}"')
+    program.do("click frmHeader/cmdSave", "click cmdNotes", "wait frmNotepad")
+    text = "\\n".join(notes)
+    program.do(f'type rt "{text}"', "close frmNotepad", "waitGone frmNotepad")
+    program.do("click frmHeader/cmdExit", "waitGone frmHeader")
+
+
+def stored(field):
+    return field.strip()[:20].ljust(20) if field.strip() else ""
+
+
+class Session(unittest.TestCase):
+    def play(self, nameplate, *instrument_options):
+        """Four shots, the second dropped; the record file must be the expected one."""
+        began = datetime.datetime.now().replace(second=0, microsecond=0)
+        with harness.Bench(*instrument_options) as bench:
+            program = bench.start_program()
+            harness.open_test_window(program)
+            fill_header(program, HEADER, NOTES)
+            program.do(f"type txtHVolt {nameplate[0]}", "focusOut")
+            program.do(f"type txtXVolt {nameplate[1]}", "focusOut")
+            harness.full_shot(program, first=True)
+            harness.full_shot(program)
+            harness.repeat_shot(program)
+            harness.full_shot(program)
+            harness.ratio_shot(program)
+            harness.save_session(program, "T17.txt")
+            self.assertEqual(harness.leave(program), 0)
+            ended = datetime.datetime.now()
+
+            shots = expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
+            self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
+            del shots[1]
+            actual = (bench.data / "T17.txt").read_bytes()
+            date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
+            started = datetime.datetime.strptime(
+                (date + b" " + at).decode(), "%m/%d/%y %H:%M"
+            )
+            self.assertTrue(began <= started <= ended, f"{began} <= {started} <= {ended}")
+            expected = expected_record.record_file(
+                "T17.txt",
+                date.decode(),
+                at.decode(),
+                [stored(field) for field in HEADER],
+                shots,
+                nameplate,
+                "\r\n".join(NOTES),
+            )
+            self.assertEqual(
+                actual.decode("cp1252").split("\r\n"), expected.decode("cp1252").split("\r\n")
+            )
+            self.assertEqual(actual, expected)
+
+
+class QuickSessions(Session):
+    def test_the_record_file_is_what_went_over_the_line(self):
+        first = int(os.environ.get("DAVO_SEED", "1"))
+        for seed in range(first, first + 4):
+            draw = random.Random(seed)
+            nameplate = (str(draw.choice([200, 400, 1000, 1200])), str(draw.choice([1, 3, 5])))
+            with self.subTest(seed=seed, nameplate=nameplate):
+                print(f"DAVO_SEED={seed}", flush=True)
+                self.play(nameplate, "--unpaced", "--quick", "--seed", str(seed))
+
+
+class PacedSession(Session):
+    def test_the_record_file_is_what_went_over_a_paced_line(self):
+        self.play(("1200", "5"), "--seed", "11")
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())
