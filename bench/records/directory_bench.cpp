@@ -1,0 +1,110 @@
+// Rebuilding the directory of a full data folder, against reading the same files once.
+
+#include <benchmark/benchmark.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "records/directory_file.h"
+
+namespace davo {
+namespace {
+
+constexpr int kPoints = 32;
+constexpr int kShots = 3;
+
+std::string RecordText(int number) {
+    char date[16];
+    std::snprintf(date, sizeof date, "%02d/%02d/%02d", 1 + number % 12, 1 + number % 28,
+                  20 + number % 7);
+    std::string text = "TEST NUMBER: T" + std::to_string(number) + "\r\nDATE: " + date +
+                       "\r\nTIME: 10:15\r\n# OF SHOTS: 03\r\n";
+    for (const char* key :
+         {"COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR"}) {
+        text += std::string(key) + ": SUBSTATION NORTH 12 \r\n";
+    }
+    for (int shot = 1; shot <= kShots; ++shot) {
+        text += "REC NUMBER: " + std::to_string(shot) + "\r\n";
+        for (int point = 0; point < kPoints; ++point)
+            text += "CURRENT: 0.0124VOLTAGE: 152.3\r\n";
+        text += "NUMBER OF DATA POINTS: 32\r\nKNEE VOLTAGE: 152.3 VOLTS\r\n";
+    }
+    return text;
+}
+
+// A folder with as many records as are listed at most, made once.
+class Folder {
+  public:
+    Folder() {
+        for (int i = 0; i < kMostListedRecords; ++i) {
+            QFile file(path() + QStringLiteral("T%1.txt").arg(i));
+            if (!file.open(QIODevice::WriteOnly)) std::abort();
+            file.write(RecordText(i).c_str());
+        }
+    }
+    QString path() const { return folder_.path() + QLatin1Char('/'); }
+
+  private:
+    QTemporaryDir folder_;
+};
+
+std::size_t ReadEveryFile(const QString& path) {
+    std::size_t bytes = 0;
+    for (int i = 0; i < kMostListedRecords; ++i) {
+        QFile file(path + QStringLiteral("T%1.txt").arg(i));
+        if (!file.open(QIODevice::ReadOnly)) std::abort();
+        bytes += static_cast<std::size_t>(file.readAll().size());
+    }
+    return bytes;
+}
+
+template <class Action>
+double SecondsOf(const Action& action) {
+    const auto start = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Counter "ratio": time of a rebuild, the flushed write of the directory file included, over the
+// time in which the same files are read once. Both alternate in one run.
+void RebuildOfAFullFolder(benchmark::State& state) {
+    const Folder folder;
+    DirectoryTables tables;
+    double rebuild = 0;
+    double reading = 0;
+    for (auto round : state) {
+        const double seconds = SecondsOf([&] { RebuildDirectory(folder.path(), tables); });
+        state.SetIterationTime(seconds);
+        rebuild += seconds;
+        reading += SecondsOf([&] { benchmark::DoNotOptimize(ReadEveryFile(folder.path())); });
+    }
+    state.counters["ratio"] = rebuild / reading;
+}
+BENCHMARK(RebuildOfAFullFolder)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// The same against one load of the directory file: what a list costs when nothing has changed.
+void LoadOfTheDirectoryFile(benchmark::State& state) {
+    const Folder folder;
+    DirectoryTables tables;
+    RebuildDirectory(folder.path(), tables);
+    double load = 0;
+    double reading = 0;
+    for (auto round : state) {
+        const double seconds = SecondsOf([&] { LoadDirectoryFile(folder.path(), tables); });
+        state.SetIterationTime(seconds);
+        load += seconds;
+        reading += SecondsOf([&] { benchmark::DoNotOptimize(ReadEveryFile(folder.path())); });
+    }
+    state.counters["ratio"] = load / reading;
+}
+BENCHMARK(LoadOfTheDirectoryFile)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace davo
+
+BENCHMARK_MAIN();

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "records/directory_entry.h"
+
+namespace davo {
+
+inline constexpr const char* kDirectoryFileName = "DIRDNLD.DNL";
+
+// A data folder or an instrument's memory lists at most this many records.
+inline constexpr int kMostListedRecords = 250;
+
+// The record list of the run.
+struct DirectoryTables {
+    std::int16_t recordCount = 0;            // as the directory file says
+    std::vector<std::string> dirEntries;     // loaded from the directory file
+    std::vector<std::string> dirEntriesNew;  // built or downloaded in this run
+    std::vector<QString> dirFileNames;       // entry name + ".txt", in list order
+    std::vector<QDate> dirDates;             // newest first
+    std::vector<std::string> dirBaseNames;   // in enumeration order, as are the stations
+    std::vector<std::string> dirStations;    // trimmed
+    bool recordsFromInstrument = false;      // the list shows the instrument's memory
+};
+
+// The value of a date slot that holds no record's date.
+inline const QDate kNoRecordDate(1900, 1, 1);
+
+enum class SkipReason { Unreadable, TooFewLines, NoDate, NameOutsidePage };
+
+// The reason in words for the operator.
+QString SkipReasonText(SkipReason reason);
+
+struct SkippedFile {
+    QString name;
+    SkipReason reason;
+
+    bool operator==(const SkippedFile&) const = default;
+};
+
+struct RebuildResult {
+    std::int16_t count = 0;            // records listed
+    std::vector<SkippedFile> skipped;  // in enumeration order
+    int notListed = 0;                 // names beyond the 250 listed records; they are not read
+};
+
+// Lists the record files of dataPath (ends with the separator; a missing folder is an empty one)
+// in tables and in its "DIRDNLD.DNL": "REC==" and the number as "000", then the entries, newest
+// first, lines ended by CR LF. A record file is every name whose lower-case form holds ".txt"
+// anywhere; names are taken in the order of their UTF-16 code units, which is the order of records
+// of the same day. A name that cannot be summed up is skipped; of a date that is none, only when
+// it is not the folder's single record. Without any record "DIRDNLD.DNL" is removed and the
+// entries stay as they are. recordCount is left to LoadDirectoryFile.
+// Throws RunTimeError 70 when the folder may not be read and the errors of ReplaceFile and
+// DeleteFile; tables and an earlier directory file are then as they were.
+RebuildResult RebuildDirectory(const QString& dataPath, DirectoryTables& tables);
+
+// Reads "DIRDNLD.DNL" of dataPath into recordCount and dirEntries. Without the file recordCount is
+// 0 and nothing else changes. Throws RunTimeError 13 when its first line ends in no number, 9 when
+// the number is below 0 or above 250, 62 when lines are missing, and the errors of ReadWholeFile;
+// tables are then as they were.
+void LoadDirectoryFile(const QString& dataPath, DirectoryTables& tables);
+
+// The rows of the list view for the first count entries: of dirEntriesNew while the list shows the
+// instrument's memory, else of dirEntries.
+std::vector<ListRow> RowsForList(const DirectoryTables& tables, int count);
+
+}  // namespace davo
