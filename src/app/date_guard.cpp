@@ -1,0 +1,26 @@
+#include "app/date_guard.h"
+
+#include <algorithm>
+#include <array>
+
+namespace davo {
+
+void DateGuard::Run() {
+    constexpr std::array<const char*, 6> kMonthFirst = {"MM-dd-yy",   "MM/dd/yy",   "MM.dd.yy",
+                                                        "MM/dd/yyyy", "MM-dd-yyyy", "MM.dd.yyyy"};
+    savedShortDate_ = format_.Read().value_or(QString());
+    const bool monthFirst =
+        std::any_of(kMonthFirst.begin(), kMonthFirst.end(),
+                    [&](const char* format) { return savedShortDate_ == QLatin1String(format); });
+    if (monthFirst) return;
+    shortDateChanged_ = true;
+    format_.Set(QStringLiteral("MM/dd/yyyy"));
+}
+
+void DateGuard::Undo() {
+    if (!shortDateChanged_) return;
+    format_.Set(savedShortDate_);
+    shortDateChanged_ = false;
+}
+
+}  // namespace davo
