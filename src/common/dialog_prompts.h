@@ -2,8 +2,6 @@
 
 #include "common/prompts.h"
 
-class QWidget;
-
 namespace davo {
 
 // Prompts as real dialogs over the active window. Object names for tests: the message boxes are

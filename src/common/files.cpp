@@ -70,8 +70,10 @@ bool FolderExists(const QString& path) {
 }
 
 void CreateFolder(const QString& path) {
+    const QString folder = QDir::cleanPath(path);
+    if (FileExists(folder)) Throw(ErrorNumber::PermissionDenied, path);
     std::error_code error;
-    std::filesystem::create_directories(SystemPath(QDir::cleanPath(path)), error);
+    std::filesystem::create_directories(SystemPath(folder), error);
     ThrowIf(error, path);
 }
 
@@ -87,7 +89,7 @@ std::string ReadWholeFile(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         if (!QFileInfo::exists(path)) Throw(MissingNumber(path), path);
-        const bool denied = FolderExists(path) || file.error() == QFileDevice::PermissionsError;
+        const bool denied = FolderExists(path) || !QFileInfo(path).isReadable();
         Throw(denied ? ErrorNumber::PermissionDenied : ErrorNumber::DeviceInputOutput, path);
     }
     const QByteArray bytes = file.readAll();

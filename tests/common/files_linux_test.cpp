@@ -1,0 +1,167 @@
+// What a full disk, a user without rights and a kill do to a file that is being replaced, by the
+// means that this platform has for it.
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <random>
+#include <thread>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "tests/support/random_seed.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+constexpr unsigned kNobody = 65534;
+
+// The number of the run-time error that operation throws; 0 when it throws none.
+int ErrorOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const RunTimeError& error) {
+        return static_cast<int>(error.Number());
+    }
+    return 0;
+}
+
+// The same in a process of a user who has no special rights.
+int ErrorOfPlainUser(const std::function<void()>& operation) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool plain = ::geteuid() != 0 || (::setgroups(0, nullptr) == 0 &&
+                                                ::setgid(kNobody) == 0 && ::setuid(kNobody) == 0);
+        ::_exit(plain ? ErrorOf(operation) : 255);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void SetMode(const QString& path, mode_t mode) {
+    ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
+}
+
+QStringList Listing(const QString& folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+// Writes past a size fail as on a full disk while this lives.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+
+TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheFileGrowsTooLarge) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    ReplaceFile(path, "old");
+    int number = 0;
+    {
+        const FileSizeLimit limit(4096);
+        number = ErrorOf([&] { ReplaceFile(path, std::string(100000, 'n')); });
+    }
+    EXPECT_EQ(number, 61);
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+}
+
+TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheDiskIsFull) {
+    const test::TemporaryFolder folder;
+    const QByteArray disk = QFile::encodeName(folder.Path());
+    if (::mount("none", disk.constData(), "tmpfs", 0, "size=64k") != 0) {
+        GTEST_SKIP() << "a small disk can be mounted by root only";
+    }
+    const QString path = folder.Path("T1.txt");
+    ReplaceFile(path, std::string(20000, 'o'));
+    EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, std::string(100000, 'n')); }), 61);
+    EXPECT_EQ(ReadWholeFile(path), std::string(20000, 'o'));
+    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+    EXPECT_EQ(::umount(disk.constData()), 0);
+}
+
+TEST(ReplaceFileOnLinux, IsDeniedWhereTheUserMayNotWrite) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    ReplaceFile(path, "old");
+    SetMode(path, 0666);
+    SetMode(folder.Path(), 0555);
+    EXPECT_EQ(ErrorOfPlainUser([&] { ReplaceFile(path, "new"); }), 70);
+    EXPECT_EQ(ErrorOfPlainUser([&] { DeleteFile(path); }), 70);
+    EXPECT_EQ(ErrorOfPlainUser([&] { CreateFolder(folder.Path("sub/sub")); }), 70);
+    SetMode(folder.Path(), 0777);
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    EXPECT_EQ(ErrorOfPlainUser([&] { ReplaceFile(path, "new"); }), 0);
+    EXPECT_EQ(ReadWholeFile(path), "new");
+}
+
+TEST(ReplaceFileOnLinux, IsDeniedOverAFileThatTheUserMayNotWrite) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    ReplaceFile(path, "old");
+    SetMode(folder.Path(), 0777);
+    SetMode(path, 0444);
+    EXPECT_EQ(ErrorOfPlainUser([&] { ReplaceFile(path, "new"); }), 70);
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    SetMode(path, 0);
+    EXPECT_EQ(ErrorOfPlainUser([&] { ReadWholeFile(path); }), 70);
+}
+
+TEST(ReplaceFileOnLinux, LeavesTheOldOrTheNewFileAfterAKill) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    const std::string one(300000, '1');
+    const std::string two(70000, '2');
+    ReplaceFile(path, one);
+    std::mt19937_64 random(test::RandomSeed(7));
+    for (int round = 0; round < 40; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (;;) {
+                ReplaceFile(path, two);
+                ReplaceFile(path, one);
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(500 + random() % 8000));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        const std::string left = ReadWholeFile(path);
+        ASSERT_TRUE(left == one || left == two) << left.size() << " bytes in round " << round;
+        int records = 0;
+        for (const QString& name : Listing(folder.Path())) {
+            if (name.contains(QLatin1String(".txt"), Qt::CaseInsensitive)) ++records;
+        }
+        ASSERT_EQ(records, 1);
+    }
+    ReplaceFile(path, "after");
+    EXPECT_EQ(ReadWholeFile(path), "after");
+    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+}
+
+}  // namespace
+}  // namespace davo

@@ -1,0 +1,219 @@
+#include "common/settings.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "tests/support/memory_settings_store.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+using testing::ElementsAre;
+
+class StoredSettings : public testing::Test {
+  protected:
+    static QString Key(const char* key) { return QString::fromLatin1(key); }
+
+    Settings ReadWith(const char* key, const QString& text) {
+        store_.texts[Key(key)] = text;
+        return ReadSettings(store_, places_);
+    }
+
+    QString KneepointOf(const char* text) {
+        return ReadWith("DAVO/KPTYPE/KPTYPEVAL", QString::fromUtf8(text)).kneepointType;
+    }
+
+    int PortOf(const char* text) {
+        return ReadWith("DAVO/COMPORT/COMPORTVAL", QString::fromUtf8(text)).comPort;
+    }
+
+    std::pair<int, int> SortOf(const char* text) {
+        const Settings settings = ReadWith("SORTVALUES/SORT/SORTVAL", QString::fromUtf8(text));
+        return {settings.sortOrder, settings.sortDisplay};
+    }
+
+    std::string PortError(const char* text) {
+        try {
+            PortOf(text);
+        } catch (const RunTimeError& error) {
+            return error.what();
+        }
+        return {};
+    }
+
+    test::TemporaryFolder folder_;
+    Places places_ = folder_.MakePlaces();
+    test::MemorySettingsStore store_;
+};
+
+TEST_F(StoredSettings, FirstRunTakesTheDefaultsAndMakesBothFolders) {
+    const Settings settings = ReadSettings(store_, places_);
+    EXPECT_EQ(settings.kneepointType, QStringLiteral("ASA 10/50 Marker"));
+    EXPECT_EQ(settings.comPort, 1);
+    EXPECT_FALSE(settings.showImpedance);
+    EXPECT_EQ(settings.sortOrder, -1);
+    EXPECT_EQ(settings.sortDisplay, -1);
+    EXPECT_EQ(settings.dataPath, places_.applicationFolder + QStringLiteral("Shots_Data/"));
+    EXPECT_EQ(settings.excelPath, places_.applicationFolder + QStringLiteral("Shots_Excel/"));
+    EXPECT_TRUE(FolderExists(settings.dataPath));
+    EXPECT_TRUE(FolderExists(settings.excelPath));
+    EXPECT_TRUE(store_.written.empty());
+}
+
+TEST_F(StoredSettings, FirstRunKeepsAFolderThatIsThere) {
+    const QString file = places_.applicationFolder + QStringLiteral("Shots_Data/T1.txt");
+    CreateFolder(places_.applicationFolder + QStringLiteral("Shots_Data"));
+    ReplaceFile(file, "kept");
+    const Settings settings = ReadSettings(store_, places_);
+    EXPECT_EQ(ReadWholeFile(file), "kept");
+    EXPECT_TRUE(FolderExists(settings.excelPath));
+}
+
+TEST_F(StoredSettings, FirstRunMakesTheApplicationFolderToo) {
+    places_.applicationFolder = folder_.Path("Documents/DAVO/");
+    EXPECT_TRUE(FolderExists(ReadSettings(store_, places_).dataPath));
+}
+
+TEST_F(StoredSettings, FirstRunFailsWhereAFileTakesTheFoldersName) {
+    ReplaceFile(places_.applicationFolder + QStringLiteral("Shots_Excel"), "a file");
+    EXPECT_THROW(ReadSettings(store_, places_), RunTimeError);
+}
+
+TEST_F(StoredSettings, KneepointTypeHasOlderSpellings) {
+    const QString asa = QStringLiteral("ASA 10/50 Marker");
+    const QString ieee30 = QStringLiteral("IEEE 30 Degree Marker");
+    const QString ieee45 = QStringLiteral("IEEE 45 Degree Marker");
+    EXPECT_EQ(KneepointOf(""), asa);
+    EXPECT_EQ(KneepointOf("ASA 10/50 Marker"), asa);
+    EXPECT_EQ(KneepointOf("ASA 10% V -->50% I Degree Mode"), asa);
+    EXPECT_EQ(KneepointOf("IEEE 30 Degree Mode"), ieee30);
+    EXPECT_EQ(KneepointOf("IEEE 30 Degree Marker"), ieee30);
+    EXPECT_EQ(KneepointOf("IEEE 45 Degree Mode"), ieee45);
+    EXPECT_EQ(KneepointOf("IEEE 45 Degree Marker"), ieee45);
+}
+
+TEST_F(StoredSettings, KneepointTypeKeepsAnyOtherText) {
+    for (const char* text : {"ieee 30 degree marker", " IEEE 45 Degree Marker", "ASA 10/50 Marker ",
+                             "ASA 10% V --> 50% I Degree Mode", "x", " "}) {
+        EXPECT_EQ(KneepointOf(text), QString::fromLatin1(text));
+    }
+}
+
+TEST_F(StoredSettings, ComPortIsTheTextsNumber) {
+    EXPECT_EQ(PortOf(""), 1);
+    EXPECT_EQ(PortOf(" 1"), 1);
+    EXPECT_EQ(PortOf("   4"), 4);
+    EXPECT_EQ(PortOf("2"), 2);
+    EXPECT_EQ(PortOf("-99"), -99);
+    EXPECT_EQ(PortOf("2.4"), 2);
+    EXPECT_EQ(PortOf("2.6"), 3);
+    EXPECT_EQ(PortOf("0"), 0);
+    EXPECT_EQ(PortOf(" 300"), 300);
+    EXPECT_EQ(PortOf("32767"), 32767);
+}
+
+TEST_F(StoredSettings, ComPortMustBeASixteenBitNumber) {
+    EXPECT_EQ(PortError("40000"), "Run-time error '6': Overflow");
+    EXPECT_EQ(PortError("-32769"), "Run-time error '6': Overflow");
+    EXPECT_EQ(PortError("COM1"), "Run-time error '13': Type mismatch: COM1");
+    EXPECT_EQ(PortError(" "), "Run-time error '13': Type mismatch:  ");
+}
+
+TEST_F(StoredSettings, ImpedanceIsShownForExactlyY) {
+    for (const char* text : {"", "N", "y", "Y ", " Y", "Yes", "1", "-1"}) {
+        EXPECT_FALSE(ReadWith("IMPEDANCE/IMP/IMPVAL", QString::fromLatin1(text)).showImpedance)
+            << text;
+    }
+    EXPECT_TRUE(ReadWith("IMPEDANCE/IMP/IMPVAL", QStringLiteral("Y")).showImpedance);
+}
+
+TEST_F(StoredSettings, SortValuesAreTheFirstAndTheLastCharacter) {
+    EXPECT_EQ(SortOf(""), std::pair(-1, -1));
+    EXPECT_EQ(SortOf("1 3"), std::pair(1, 3));
+    EXPECT_EQ(SortOf("0 2"), std::pair(0, 2));
+    EXPECT_EQ(SortOf("2 0"), std::pair(2, 0));
+    EXPECT_EQ(SortOf("10 1"), std::pair(1, 1));
+    EXPECT_EQ(SortOf("-1 -1"), std::pair(0, 1));
+    EXPECT_EQ(SortOf("7"), std::pair(7, 7));
+    EXPECT_EQ(SortOf(" "), std::pair(0, 0));
+    EXPECT_EQ(SortOf("a\u00E4"), std::pair(0, 0));
+}
+
+TEST_F(StoredSettings, StoredDataPathIsKeptAndCreatesNothing) {
+    const QString path = folder_.Path("elsewhere/Shots_Data/");
+    const Settings settings = ReadWith("DATAPATH/PATH/PATHVAL", path);
+    EXPECT_EQ(settings.dataPath, path);
+    EXPECT_EQ(settings.excelPath, folder_.Path("elsewhere/Shots_Excel/"));
+    EXPECT_FALSE(FolderExists(folder_.Path("elsewhere")));
+    EXPECT_TRUE(QDir(places_.applicationFolder).isEmpty());
+}
+
+TEST(ExcelPathOf, TakesThePartBeforeTheFirstMarker) {
+    const QString marker = FolderText(R"(\Shots_Data\)");
+    const QString excel = FolderText(R"(\Shots_Excel\)");
+    const QString root = FolderText(R"(\a b)");
+    EXPECT_EQ(ExcelPathOf(root + marker), root + excel);
+    EXPECT_EQ(ExcelPathOf(root + marker + QStringLiteral("x") + marker), root + excel);
+    EXPECT_EQ(ExcelPathOf(marker), excel);
+}
+
+TEST(ExcelPathOf, LiesInAPathWithoutTheMarker) {
+    const QString excel = FolderText(R"(\Shots_Excel\)");
+    EXPECT_EQ(ExcelPathOf(FolderText(R"(\data\)")), FolderText(R"(\data)") + excel);
+    EXPECT_EQ(ExcelPathOf(FolderText(R"(\data)")), FolderText(R"(\data)") + excel);
+    EXPECT_EQ(ExcelPathOf(FolderText(R"(\shots_data\)")), FolderText(R"(\shots_data)") + excel);
+}
+
+TEST_F(StoredSettings, AreWrittenInTheOrderOfTheirKeys) {
+    Settings settings;
+    settings.dataPath = QStringLiteral("/d/Shots_Data/");
+    WriteSettings(store_, settings);
+    EXPECT_THAT(store_.written,
+                ElementsAre(Key("DAVO/KPTYPE/KPTYPEVAL"), Key("DAVO/COMPORT/COMPORTVAL"),
+                            Key("IMPEDANCE/IMP/IMPVAL"), Key("SORTVALUES/SORT/SORTVAL"),
+                            Key("DATAPATH/PATH/PATHVAL")));
+    EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], QStringLiteral("ASA 10/50 Marker"));
+    EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], QStringLiteral(" 1"));
+    EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("N"));
+    EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], QStringLiteral("-1 -1"));
+    EXPECT_EQ(store_.texts[Key("DATAPATH/PATH/PATHVAL")], QStringLiteral("/d/Shots_Data/"));
+}
+
+TEST_F(StoredSettings, AreWrittenAsTheyStand) {
+    Settings settings;
+    settings.kneepointType = QStringLiteral(" an unknown text ");
+    settings.comPort = kNoPortChosen;
+    settings.showImpedance = true;
+    settings.sortOrder = 1;
+    settings.sortDisplay = 3;
+    settings.dataPath = QStringLiteral("/d/Shots_Data/");
+    WriteSettings(store_, settings);
+    EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], settings.kneepointType);
+    EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], QStringLiteral("-99"));
+    EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("Y"));
+    EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], QStringLiteral("1 3"));
+    const Settings back = ReadSettings(store_, places_);
+    EXPECT_EQ(back.kneepointType, settings.kneepointType);
+    EXPECT_EQ(back.comPort, kNoPortChosen);
+    EXPECT_TRUE(back.showImpedance);
+    EXPECT_EQ(back.sortOrder, 1);
+    EXPECT_EQ(back.sortDisplay, 3);
+    EXPECT_EQ(back.dataPath, settings.dataPath);
+    EXPECT_EQ(back.excelPath, QStringLiteral("/d/Shots_Excel/"));
+}
+
+// The default pair comes back as 0 and 1: one character each is read.
+TEST_F(StoredSettings, DefaultSortValuesDoNotSurviveARun) {
+    WriteSettings(store_, ReadSettings(store_, places_));
+    const Settings second = ReadSettings(store_, places_);
+    EXPECT_EQ(second.sortOrder, 0);
+    EXPECT_EQ(second.sortDisplay, 1);
+}
+
+}  // namespace
+}  // namespace davo
