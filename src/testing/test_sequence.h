@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "common/clock.h"
 #include "common/places.h"
@@ -27,7 +28,7 @@ struct TestModes {
 struct SessionState {
     std::int16_t shotCount = 0;
     std::string testNotes;
-    bool firstShot = true;         // until the first shot of the window has been started
+    bool firstShot = true;  // until the first shot of the window has been started
     bool testWindowOpen = false;
 };
 
@@ -41,6 +42,8 @@ struct TestSurroundings {
     SessionState& session;
     HeaderTable& header;
     std::function<void()> beep;
+    // Opens the port of the settings again when cmdStart finds it closed; whether it is open then.
+    std::function<bool()> reopenPort;
 };
 
 // testState.
@@ -56,7 +59,7 @@ inline constexpr int kShotRefusal = 101;  // shotCount at which a completed shot
 // operation for each event. It never nests an event loop except inside Link::SendCommand and the
 // prompts. Operations throw RunTimeError; the window catches it once.
 class TestSequence {
- public:
+  public:
     explicit TestSequence(const TestSurroundings& around);
 
     // Events of the window, by their own names.
@@ -66,53 +69,93 @@ class TestSequence {
     void cmdContinue_Click();
     void cmdCancel_Click();
     void EscapePressed();  // stops polling and sends ESC; the window then closes
+    // The port was lost: a running shot ends like a cancel, but nothing is sent and cmdStart can
+    // start it again. The prompt and the session's shots stay.
+    void PortLost();
     void txtHVolt_LostFocus();
     void txtXVolt_LostFocus();
     void timDateTime_Timer();
     void timBeep_Timer();
 
-    // One pass: polls the port and runs RunTestStep when the awaited text is in the window.
-    // Called when text has arrived, when the operator has acted, and when Timer1 ticks; a pass
-    // without new text or an act of the operator since the last one does nothing.
+    // Polls the port and runs RunTestStep when the awaited text is in the window, block by block
+    // until nothing is left to examine. Called when text has arrived, when the operator has acted,
+    // and when Timer1 ticks; without new text nothing happens.
     void Timer1_Timer();
 
-    // Examines sessionWindow and moves the test on; public for tests and the benchmark.
+    // Examines sessionWindow and moves the test on; public for tests and the benchmark. What was
+    // examined leaves sessionPending, so that no prompt acts twice; a record whose "DATA" has
+    // begun to arrive and an unfinished last line stay (an unfinished reading not in testState 2).
     void RunTestStep();
 
-    // Appends the pending shot to the capture file and flushes it; nothing without one. When the
-    // disk refuses, the error is thrown and the shot stays pending.
+    // Appends the pending shot to the capture file, flushes it and takes it out of the journal;
+    // nothing without one. When the disk refuses, the error is thrown and the shot stays pending.
     void WriteShotTrailer();
-    // The block that WriteShotTrailer would append now.
+    // The block that WriteShotTrailer would append now: the record, the three ratio lines and an
+    // empty line, each ended by CR LF.
     std::string ShotTrailer() const;
 
-    // The journal is rewritten: header, notes or nameplate inputs have changed.
-    void UpdateJournal();
+    // The journal is rewritten: header, notes or nameplate inputs have changed. Throws the errors
+    // of SessionJournal::Write.
+    void UpdateJournal() const;
 
     TestScreen& Screen() { return screen_; }
     const TestScreen& Screen() const { return screen_; }
     int TestState() const { return testState_; }
+    SessionReply& Reply() { return reply_; }
     bool ShotPending() const { return shotPending_; }
-    bool Polling() const { return polling_; }         // Timer1
-    bool Clocking() const { return clocking_; }       // timDateTime
-    bool Beeping() const { return beeping_; }         // timBeep
+    bool Aborted() const { return aborted_; }    // by ESC
+    bool Polling() const { return polling_; }    // Timer1
+    bool Clocking() const { return clocking_; }  // timDateTime
+    bool Beeping() const { return beeping_; }    // timBeep
     void StopTimers() { polling_ = clocking_ = false; }
     CaptureFile& Capture() { return capture_; }
     const TestSurroundings& Around() const { return around_; }
 
-    // Called with the control's name when a step moves the focus ("cmdContinue").
+    // Called with the control's name when a step moves the focus ("cmdContinue"). Readings move it
+    // only when they open a confirmation, not while the operator types a nameplate current.
     std::function<void(const char* control)> OnFocus;
-    // Called where the rules let pending window events be processed: the window repaints.
+    // Called where the rules let pending window events be processed: the window repaints; it runs
+    // no events of the operator, so that no step runs inside a step.
     std::function<void()> OnShow;
     // Each complete reading as it arrives (amperes and volts as received); for a live display.
     std::function<void(const std::string& current, const std::string& voltage)> OnReading;
 
- private:
-    friend class TestSteps;
+  private:
+    bool Pass();  // whether there may be more to examine
+    void ShowBeginning();
+    void CreateCapture();
+    bool PortReady();
+    void AskRatioOnly();
+    void MarkFirstShot();
+    void ClearBlankNameplate();
+    void Beep(int times) const;
+    void HideDamage();
+
+    // The steps of RunTestStep, in their order.
+    void DriveToZero();
+    void RangeSwitch();
+    void Saturation();
+    void RatioTestStart();
+    void LiveReadings();
+    void SlowLowering();
+    void RatioAndPolarity();
+    void OverVoltage();
+    void RecordStart();
+    void RecordEnd();
+
+    void OpenConfirmation(const char* caption);
+    void ShowRatioPrompt();
+    void ShowSlowLowering();
+    void CompleteShot();
+    void AcceptShot();
+    void DropExamined();
+    bool WindowHolds(std::string_view text) const;
+
     void ParseRatioReply();
     void UpdateNameplateRatio();
+    void ShowPercentError();
     void ComputePercentError();
     void AdjustShotCounters(int delta);
-    void ClearBuffers();  // keeps a record whose "DATA" has begun to arrive
 
     TestSurroundings around_;
     TestScreen screen_;
@@ -124,8 +167,9 @@ class TestSequence {
     int beepCount_ = 0;
     int confirmCount_ = 0;
     int confirmsThisShot_ = 0;
-    int satCount_ = 0;
-    int ratioCount_ = 0;
+    std::int16_t satCount_ = 0;
+    std::int16_t ratioCount_ = 0;
+    int shotsInCapture_ = 0;
     bool liveConfirm_ = false;
     bool satConfirmed_ = false;
     bool afterShot_ = false;
@@ -133,7 +177,8 @@ class TestSequence {
     bool polling_ = false;
     bool clocking_ = false;
     bool beeping_ = false;
-    bool acted_ = false;  // the operator has acted since the last pass
+    bool aborted_ = false;
+    bool windowIsCut_ = false;  // sessionWindow is a block cut off sessionPending, not a copy of it
 };
 
 }  // namespace davo
