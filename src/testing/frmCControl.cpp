@@ -1,0 +1,314 @@
+#include "testing/frmCControl.h"
+
+#include <QCloseEvent>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QMdiSubWindow>
+#include <QPushButton>
+#include <utility>
+
+#include "common/text.h"
+#include "retrieval/frmHeader.h"
+
+namespace davo {
+
+namespace {
+
+constexpr int kPollInterval = 100;  // ms; text that arrives makes a pass of its own
+constexpr int kClockInterval = 20;  // ms
+constexpr int kBeepInterval = 500;  // ms
+
+bool IsEscape(const QEvent& event) {
+    return event.type() == QEvent::KeyPress &&
+           static_cast<const QKeyEvent&>(event).key() == Qt::Key_Escape;
+}
+
+// Whether the focus goes to another control, rather than to a menu or another program.
+bool MovesFocus(const QEvent& event) {
+    if (event.type() != QEvent::FocusOut) return false;
+    const Qt::FocusReason reason = static_cast<const QFocusEvent&>(event).reason();
+    return reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason;
+}
+
+}  // namespace
+
+frmCControl::frmCControl(const TestSurroundings& around, Settings& settings, QWidget* parent)
+    : QWidget(parent),
+      sequence_(around),
+      settings_(settings),
+      handlers_(around.prompts),
+      controls_(this) {
+    setObjectName(QStringLiteral("frmCControl"));
+    setWindowTitle(QStringLiteral("Computer Control"));
+    Timer1_.setInterval(kPollInterval);
+    timDateTime_.setInterval(kClockInterval);
+    timBeep_.setInterval(kBeepInterval);
+    ConnectEvents();
+    painted_ = sequence_.Screen();
+    controls_.PaintAll(painted_);
+}
+
+frmCControl::~frmCControl() {
+    if (closing_) return;
+    // The window goes with its program: nobody may call it any more.
+    sequence_.Around().link.OnTextWaiting = nullptr;
+    sequence_.Around().link.OnLost = nullptr;
+}
+
+void frmCControl::ConnectEvents() {
+    const auto onClick = [this](QPushButton* button, auto handler) {
+        connect(button, &QPushButton::clicked, this, handler);
+    };
+    onClick(controls_.cmdStart,
+            [this] { ClickOf(controls_.cmdStart, &TestSequence::cmdStart_Click); });
+    onClick(controls_.cmdContinue,
+            [this] { ClickOf(controls_.cmdContinue, &TestSequence::cmdContinue_Click); });
+    onClick(controls_.cmdCancel,
+            [this] { ClickOf(controls_.cmdCancel, &TestSequence::cmdCancel_Click); });
+    onClick(controls_.cmdHeader, [this] { cmdHeader_Click(); });
+    onClick(controls_.cmdExit, [this] { cmdExit_Click(); });
+    connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
+    connect(&timDateTime_, &QTimer::timeout, this, [this] { timDateTime_Timer(); });
+    connect(&timBeep_, &QTimer::timeout, this, [this] {
+        handlers_.RunAlone([this] { sequence_.timBeep_Timer(); });
+        Refresh();
+    });
+    controls_.txtHVolt->installEventFilter(this);
+    controls_.txtXVolt->installEventFilter(this);
+    sequence_.OnShow = [this] { Paint(); };
+    sequence_.OnFocus = [this](const char* control) { FocusControl(control); };
+}
+
+void frmCControl::ListenToLink() {
+    Link& link = sequence_.Around().link;
+    link.OnTextWaiting = [this] { Timer1_Timer(); };
+    link.OnLost = [this] { PortLost(); };
+}
+
+void frmCControl::Form_Load() {
+    OfferUnsavedSessions(sequence_.Around(), settings_);
+    sequence_.Form_Load();
+    ListenToLink();
+    Refresh();
+}
+
+void frmCControl::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (shown_) return;
+    shown_ = true;
+    // Esc is to work wherever the focus is, on the menu bar too.
+    window()->installEventFilter(this);
+    QTimer::singleShot(0, this, [this] { ResetTestWindow(); });
+}
+
+void frmCControl::ResetTestWindow() {
+    handlers_.RunAlone([this] { sequence_.ResetTestWindow(); });
+    Refresh();
+    if (!closing_) controls_.cmdStart->setFocus();
+}
+
+void frmCControl::TakeTyped() {
+    TestScreen& screen = sequence_.Screen();
+    // The boxes refuse what is not in the page.
+    screen.txtHVolt.text = ToPage(controls_.txtHVolt->text()).value();
+    screen.txtXVolt.text = ToPage(controls_.txtXVolt->text()).value();
+    painted_.txtHVolt.text = screen.txtHVolt.text;
+    painted_.txtXVolt.text = screen.txtXVolt.text;
+}
+
+void frmCControl::Act(void (TestSequence::*handler)()) {
+    handlers_.RunAlone([this, handler] {
+        TakeTyped();
+        (sequence_.*handler)();
+        if (sequence_.Polling()) sequence_.Timer1_Timer();
+    });
+    Refresh();
+}
+
+void frmCControl::ClickOf(QPushButton* button, void (TestSequence::*handler)()) {
+    // A shortcut presses a button without giving it the focus; the box that is left is to know.
+    button->setFocus();
+    Act(handler);
+}
+
+void frmCControl::LostFocus(void (TestSequence::*handler)()) {
+    if (handlers_.Running()) {
+        // A step took the focus away; the box has its turn when the step is done.
+        lostFocusDue_ = handler;
+    } else {
+        Act(handler);
+    }
+}
+
+void frmCControl::Timer1_Timer() {
+    if (!sequence_.Polling()) return;
+    handlers_.RunAlone([this] {
+        TakeTyped();
+        sequence_.Timer1_Timer();
+    });
+    Refresh();
+}
+
+void frmCControl::timDateTime_Timer() {
+    handlers_.RunAlone([this] { sequence_.timDateTime_Timer(); });
+    if (painted_.lblTime != sequence_.Screen().lblTime) Refresh();
+}
+
+void frmCControl::cmdHeader_Click() {
+    handlers_.RunAlone([this] {
+        const TestSurroundings& around = sequence_.Around();
+        auto* header = new frmHeader(around.header, around.session.testNotes, around.prompts, this);
+        header->OnChanged = [this] {
+            TakeTyped();
+            sequence_.UpdateJournal();
+        };
+        header->open();
+    });
+}
+
+void frmCControl::cmdExit_Click() {
+    if (handlers_.Running()) {
+        // The window waits for the instrument: that ends, and so does the window.
+        Link& link = sequence_.Around().link;
+        closeWanted_ = closeWanted_ || link.CurrentWait().has_value();
+        link.EndWait();
+        return;
+    }
+    controls_.cmdExit->setFocus();
+    handlers_.Run([this] {
+        TakeTyped();
+        const SaveOutcome outcome =
+            ExitAndSave(sequence_, settings_, static_cast<bool>(OnViewResults));
+        if (outcome.viewResults) OnViewResults(outcome.savedFile);
+        closeWanted_ = outcome.closeWindow;
+    });
+    Refresh();
+}
+
+bool frmCControl::Exit() {
+    if (sequence_.Screen().cmdExit.enabled) {
+        cmdExit_Click();
+    } else {
+        handlers_.RunAlone([this] {
+            sequence_.Around().prompts.Message(QStringLiteral(
+                "A test is running. Cancel it before you leave, or hit the ESC key."));
+        });
+    }
+    return closing_;
+}
+
+void frmCControl::Form_KeyDown() {
+    if (closing_) return;
+    handlers_.Run([this] {
+        sequence_.EscapePressed();
+        sequence_.Around().link.EndWait();
+    });
+    closeWanted_ = true;
+    Refresh();
+}
+
+void frmCControl::keyPressEvent(QKeyEvent* event) {
+    if (IsEscape(*event)) {
+        Form_KeyDown();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+bool frmCControl::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == controls_.txtHVolt && MovesFocus(*event)) {
+        LostFocus(&TestSequence::txtHVolt_LostFocus);
+    } else if (watched == controls_.txtXVolt && MovesFocus(*event)) {
+        LostFocus(&TestSequence::txtXVolt_LostFocus);
+    } else if (watched == window() && watched != this && IsEscape(*event)) {
+        Form_KeyDown();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void frmCControl::PortLost() {
+    handlers_.Run([this] { sequence_.PortLost(); });
+    Refresh();
+}
+
+void frmCControl::Refresh() {
+    Paint();
+    const auto run = [](QTimer& timer, bool wanted) {
+        if (timer.isActive() == wanted) return;
+        if (wanted) {
+            timer.start();
+        } else {
+            timer.stop();
+        }
+    };
+    run(Timer1_, sequence_.Polling() && !closing_);
+    run(timDateTime_, sequence_.Clocking() && !closing_);
+    run(timBeep_, sequence_.Beeping() && !closing_);
+    if (closing_ || handlers_.Running()) return;
+    if (closeWanted_) {
+        CloseNow();
+    } else if (lostFocusDue_ != nullptr) {
+        Act(std::exchange(lostFocusDue_, nullptr));
+    }
+}
+
+void frmCControl::Paint() {
+    LeaveFocusSafely(sequence_.Screen());
+    controls_.Paint(painted_, sequence_.Screen());
+}
+
+void frmCControl::LeaveFocusSafely(const TestScreen& next) {
+    // A control that is disabled hands the focus to the next one: Enter, pressed once more, would
+    // cancel the test or leave. And what confirmed a step must not drop the shot.
+    const bool repeats = next.cmdContinue.text != painted_.cmdContinue.text &&
+                         next.cmdContinue.text == "&Repeat Test";
+    if (repeats && (controls_.cmdContinue->hasFocus() || hasFocus())) {
+        controls_.cmdStart->setEnabled(next.cmdStart.enabled);
+        controls_.cmdStart->setFocus();
+    }
+    const std::pair<QPushButton*, bool> losing[] = {
+        {controls_.cmdStart, next.cmdStart.enabled},
+        {controls_.cmdContinue, next.cmdContinue.enabled},
+        {controls_.cmdCancel, next.cmdCancel.enabled},
+        {controls_.cmdHeader, next.cmdHeader.enabled},
+        {controls_.cmdExit, next.cmdExit.enabled}};
+    for (const auto& [button, enabled] : losing) {
+        if (!enabled && button->hasFocus()) setFocus();
+    }
+}
+
+void frmCControl::FocusControl(const char* name) {
+    Paint();
+    if (auto* control = findChild<QWidget*>(QLatin1String(name))) control->setFocus();
+}
+
+void frmCControl::closeEvent(QCloseEvent* event) {
+    if (closing_) {
+        Form_Unload();
+        event->accept();
+        return;
+    }
+    // Closing by the window's frame is the exit button; questions are asked outside this event.
+    event->ignore();
+    QTimer::singleShot(0, this, [this] { Exit(); });
+}
+
+void frmCControl::CloseNow() {
+    closing_ = true;
+    Refresh();
+    auto* frame = qobject_cast<QMdiSubWindow*>(parentWidget());
+    (frame != nullptr ? static_cast<QWidget*>(frame) : this)->close();
+}
+
+void frmCControl::Form_Unload() {
+    window()->removeEventFilter(this);
+    const TestSurroundings& around = sequence_.Around();
+    around.link.OnTextWaiting = nullptr;
+    around.link.OnLost = nullptr;
+    around.session.testWindowOpen = false;
+    if (around.link.State().portOpen) around.link.CloseComPort();
+    if (OnUnload) OnUnload();
+}
+
+}  // namespace davo

@@ -1,0 +1,231 @@
+#include "testing/session_save.h"
+
+#include <QFileInfo>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "common/text.h"
+#include "records/record_file_writer.h"
+
+namespace davo {
+
+namespace {
+
+constexpr qsizetype kExtensionLength = 4;  // ".txt"
+
+// What is made into a record file.
+struct SessionContent {
+    QString capturePath;
+    const HeaderTable& header;
+    std::int16_t shotCount;
+    const std::string& testNotes;
+};
+
+enum class DialogueEnd {
+    Saved,
+    NoName,  // the file dialog was left without a name
+    Again,   // back to the question whether to save
+};
+
+struct DialogueResult {
+    DialogueEnd end = DialogueEnd::Again;
+    QString savedFile;
+};
+
+// Puts the data path back whatever happens during a save.
+class DataPathKeeper {
+  public:
+    explicit DataPathKeeper(Settings& settings) : settings_(settings), kept_(settings.dataPath) {}
+    ~DataPathKeeper() { settings_.dataPath = kept_; }
+    DataPathKeeper(const DataPathKeeper&) = delete;
+    DataPathKeeper& operator=(const DataPathKeeper&) = delete;
+
+  private:
+    Settings& settings_;
+    QString kept_;
+};
+
+QString NameOf(const QString& path) {
+    return QFileInfo(path).fileName();
+}
+
+// Asks for the record file's path until its name is one that can be used; empty when the operator
+// left the dialog. The name ends in ".txt".
+QString AskForPath(Prompts& prompts, const QString& folder) {
+    while (true) {
+        QString path = prompts.SaveFile(folder, QStringLiteral("*.txt"));
+        if (path.isEmpty()) return {};
+        if (!path.endsWith(QLatin1String(".txt"), Qt::CaseInsensitive)) {
+            path += QStringLiteral(".txt");
+        }
+        const QString name = NameOf(path);
+        const QString stem = name.chopped(kExtensionLength);
+        if (stem.size() >= 2 && stem.contains(QLatin1Char('.'))) {
+            prompts.Message(QStringLiteral("Filename cannot contain ''.''  Please Re-enter."));
+        } else if (!ToPage(name)) {
+            // The name stands in the file itself and in the directory of the records.
+            prompts.Message(QStringLiteral(
+                "Filename contains a character that cannot be written in a test record.  "
+                "Please Re-enter."));
+        } else {
+            return path;
+        }
+    }
+}
+
+// Makes the data folder that the chosen path asks for. Only a folder that had to be made becomes
+// the data path; a file chosen for another folder that exists is written in the data path all the
+// same. That is intended.
+void FollowChosenFolder(const QString& path, Settings& settings) {
+    const QString dataFolder = FolderText(R"(\Shots_Data\)");
+    QString folder = ShownPath(path);
+    folder.chop(NameOf(path).size());
+    if (!folder.contains(dataFolder)) folder += dataFolder.mid(1);
+    if (FolderExists(folder)) return;
+    CreateFolder(folder);
+    settings.dataPath = folder;
+}
+
+// From the file dialog to the record file. Throws what creating the folder and writing throw.
+DialogueResult SaveAsRecordFile(const SessionContent& content, Prompts& prompts,
+                                Settings& settings) {
+    const DataPathKeeper keeper(settings);
+    const QString path = AskForPath(prompts, settings.dataPath);
+    if (path.isEmpty()) return {DialogueEnd::NoName, {}};
+    FollowChosenFolder(path, settings);
+    const QString name = NameOf(path);
+    const QString target = settings.dataPath + name;
+    if (FileExists(target) &&
+        prompts.YesNo(QStringLiteral("File '%1' exists. Do you want to override? ").arg(name),
+                      Answer::No) != Answer::Yes) {
+        return {DialogueEnd::Again, {}};
+    }
+    // The old file is replaced when the new one is whole, so it needs no deleting before.
+    WriteTestRecordFile(name, settings.dataPath, content.capturePath, content.header,
+                        content.shotCount, content.testNotes);
+    return {DialogueEnd::Saved, target};
+}
+
+// The same; a failure is said and leads back to the question.
+DialogueResult TrySave(const SessionContent& content, Prompts& prompts, Settings& settings) {
+    try {
+        return SaveAsRecordFile(content, prompts, settings);
+    } catch (const RunTimeError& error) {
+        prompts.Message(QStringLiteral("The test record was not saved.\r\n%1")
+                            .arg(QString::fromUtf8(error.what())));
+        return {};
+    }
+}
+
+// The pending shot into the capture file. False when the disk refuses; the shot stays pending.
+bool FinishCapture(TestSequence& sequence) {
+    try {
+        sequence.WriteShotTrailer();
+        sequence.Capture().Close();
+        return true;
+    } catch (const RunTimeError& error) {
+        sequence.Around().prompts.Message(
+            QStringLiteral("The last shot could not be written; the session is kept.\r\n%1")
+                .arg(QString::fromUtf8(error.what())));
+        return false;
+    }
+}
+
+// The session is a record file now. Not being able to note it costs a needless question at the
+// next start, never the record, so it is said and the exit goes on.
+void MarkSessionSaved(const TestSurroundings& around) {
+    SessionJournal journal;
+    journal.header = around.header;
+    journal.testNotes = around.session.testNotes;
+    journal.shotsInCapture = around.session.shotCount;
+    journal.saved = true;
+    try {
+        journal.Write(around.places.scratchFolder + QLatin1String(kJournalFileName));
+    } catch (const RunTimeError& error) {
+        around.prompts.Message(QString::fromUtf8(error.what()));
+    }
+}
+
+// The question and the dialogue until the session is saved or given up.
+SaveOutcome AskAndSave(const TestSequence& sequence, const QString& capturePath,
+                       Settings& settings) {
+    const TestSurroundings& around = sequence.Around();
+    Prompts& prompts = around.prompts;
+    while (true) {
+        if (prompts.YesNo(QStringLiteral("Do you want to save the test record? "), Answer::Yes) !=
+            Answer::Yes) {
+            if (prompts.YesNo(
+                    QStringLiteral("The test record is not saved. Do you still want to exit? "),
+                    Answer::No) == Answer::Yes) {
+                return {true, {}, false};
+            }
+            continue;
+        }
+        const DialogueResult result = TrySave(
+            {capturePath, around.header, around.session.shotCount, around.session.testNotes},
+            prompts, settings);
+        if (result.end == DialogueEnd::Again) continue;
+        return {true, result.savedFile, false};
+    }
+}
+
+QString OfferText(const UnsavedSession& session) {
+    const auto& fields = session.journal.header.headerFields;
+    const QString date = FromPage(TrimBlanks(fields.at(kHeaderDate)));
+    const QString time = FromPage(TrimBlanks(fields.at(kHeaderTime)));
+    const QString when = date.isEmpty() ? QString() : QStringLiteral(" of %1 %2").arg(date, time);
+    const QString shots = session.shots == 1 ? QStringLiteral("1 shot")
+                                             : QStringLiteral("%1 shots").arg(session.shots);
+    return QStringLiteral(
+               "An earlier session%1 with %2 was never saved. Do you want to save it as a test "
+               "record file now?")
+        .arg(when, shots);
+}
+
+void Offer(const UnsavedSession& session, Prompts& prompts, Settings& settings) {
+    while (true) {
+        if (prompts.YesNo(OfferText(session), Answer::Yes) != Answer::Yes) {
+            CloseUnsavedSession(session, false);
+            prompts.Message(
+                QStringLiteral("The session is kept in '%1'.").arg(ShownPath(session.capturePath)));
+            return;
+        }
+        const DialogueResult result =
+            TrySave({session.capturePath, session.journal.header,
+                     static_cast<std::int16_t>(session.shots), session.journal.testNotes},
+                    prompts, settings);
+        if (result.end == DialogueEnd::Saved) CloseUnsavedSession(session, true);
+        // Without a name nothing is answered: the session is offered again next time.
+        if (result.end != DialogueEnd::Again) return;
+    }
+}
+
+}  // namespace
+
+SaveOutcome ExitAndSave(TestSequence& sequence, Settings& settings, bool offerResults) {
+    const TestSurroundings& around = sequence.Around();
+    sequence.StopTimers();
+    around.beep();
+    around.beep();
+    if (!sequence.ShotPending()) {
+        // After "&Repeat Test" the window stays; in any other state it closes without a question.
+        return {sequence.TestState() != kStateShotComplete, {}, false};
+    }
+    const QString capturePath = sequence.Capture().Path();
+    if (!FinishCapture(sequence)) return {};
+    SaveOutcome outcome = AskAndSave(sequence, capturePath, settings);
+    if (outcome.savedFile.isEmpty()) return outcome;
+    MarkSessionSaved(around);
+    outcome.viewResults =
+        offerResults && around.prompts.YesNo(QStringLiteral("Do you want to view test results? "),
+                                             Answer::Yes) == Answer::Yes;
+    return outcome;
+}
+
+void OfferUnsavedSessions(const TestSurroundings& around, Settings& settings) {
+    for (const UnsavedSession& session : SetAsideUnsavedSessions(around.places.scratchFolder)) {
+        Offer(session, around.prompts, settings);
+    }
+}
+
+}  // namespace davo

@@ -13,11 +13,13 @@ struct SaveOutcome {
 };
 
 // cmdExit_Click: writes the pending shot, asks, saves. A failed save says so and leads back to
-// the question, so that the session can be saved elsewhere.
-SaveOutcome ExitAndSave(TestSequence& sequence, Settings& settings);
+// the question, so that the session can be saved elsewhere; a pending shot that cannot be written
+// keeps the window open. offerResults: there is a report to view, so ask for it after a save.
+SaveOutcome ExitAndSave(TestSequence& sequence, Settings& settings, bool offerResults);
 
 // Asks, for each session set aside and not yet answered for, whether to save it as a record file
-// now, and saves it by the same dialogue. Called before a new capture file is created.
+// now, and saves it by the same dialogue. Called before a new capture file is created. Throws
+// what setting aside or answering for a session throws; no capture file may be created then.
 void OfferUnsavedSessions(const TestSurroundings& around, Settings& settings);
 
 }  // namespace davo

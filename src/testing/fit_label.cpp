@@ -1,0 +1,116 @@
+#include "testing/fit_label.h"
+
+#include <QPainter>
+#include <QPolygon>
+
+#include "testing/reading_size.h"
+
+namespace davo {
+
+namespace {
+
+constexpr int kTextFlags = Qt::AlignCenter | Qt::TextWordWrap | Qt::TextShowMnemonic;
+constexpr int kSmallestPixelSize = 8;
+constexpr int kMargin = 8;
+constexpr int kAlertFrame = 5;
+
+// Black on this yellow is the hazard sign everywhere, in light and dark surroundings alike.
+const QColor kHazard(0xFF, 0xD4, 0x00);
+
+}  // namespace
+
+FitLabel::FitLabel(double leastCapitals, double growth, QWidget* parent)
+    : QLabel(parent), leastCapitals_(leastCapitals), growth_(growth) {
+    setTextFormat(Qt::PlainText);
+    QFont bold = font();
+    bold.setBold(true);
+    setFont(bold);
+}
+
+void FitLabel::SetAlert(bool alert) {
+    if (alert_ == alert) return;
+    alert_ = alert;
+    update();
+}
+
+void FitLabel::SetCallToAct(bool call) {
+    call_ = call;
+    update();
+}
+
+int FitLabel::LeastPixelSize() const {
+    return PixelSizeForCapitals(font(), leastCapitals_, *this);
+}
+
+QRect FitLabel::TextRect() const {
+    const QRect inner = rect().adjusted(kMargin, kMargin, -kMargin, -kMargin);
+    // Room for the arrow on both sides keeps the text in the middle.
+    const int arrow = call_ ? inner.height() : 0;
+    return inner.adjusted(arrow, 0, -arrow, 0);
+}
+
+bool FitLabel::Fits(int pixelSize) const {
+    QFont trial = font();
+    trial.setPixelSize(pixelSize);
+    const QRect room = TextRect();
+    const QRect needed = QFontMetrics(trial).boundingRect(
+        QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text());
+    return needed.width() <= room.width() && needed.height() <= room.height();
+}
+
+int FitLabel::FittedPixelSize() const {
+    const int least = LeastPixelSize();
+    int low = kSmallestPixelSize;
+    int high = static_cast<int>(least * growth_);
+    while (low < high) {
+        const int middle = (low + high + 1) / 2;
+        if (Fits(middle)) {
+            low = middle;
+        } else {
+            high = middle - 1;
+        }
+    }
+    return low;
+}
+
+QSize FitLabel::sizeHint() const {
+    return minimumSizeHint();
+}
+
+QSize FitLabel::minimumSizeHint() const {
+    QFont least = font();
+    least.setPixelSize(LeastPixelSize());
+    const QFontMetrics metrics(least);
+    return {metrics.averageCharWidth() * 8, metrics.lineSpacing() + 2 * kMargin};
+}
+
+void FitLabel::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor ink = palette().color(QPalette::WindowText);
+    if (alert_) {
+        painter.fillRect(rect(), kHazard);
+        painter.setPen(QPen(Qt::black, kAlertFrame));
+        const int half = kAlertFrame / 2;
+        painter.drawRect(rect().adjusted(half, half, -half - 1, -half - 1));
+        ink = Qt::black;
+    } else if (call_) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(palette().color(QPalette::Highlight));
+        painter.drawRoundedRect(rect(), kMargin, kMargin);
+        ink = palette().color(QPalette::HighlightedText);
+        const int side = height() - 4 * kMargin;
+        QPolygon arrow;
+        arrow << QPoint(2 * kMargin, 2 * kMargin) << QPoint(2 * kMargin, 2 * kMargin + side)
+              << QPoint(2 * kMargin + side, height() / 2);
+        painter.setBrush(ink);
+        painter.drawPolygon(arrow);
+    }
+    QFont fitted = font();
+    fitted.setPixelSize(FittedPixelSize());
+    painter.setFont(fitted);
+    painter.setPen(ink);
+    painter.drawText(TextRect(), kTextFlags, text());
+}
+
+}  // namespace davo

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+
+#include "common/event_handlers.h"
+#include "testing/session_save.h"
+#include "testing/test_sequence.h"
+#include "testing/test_window_controls.h"
+
+namespace davo {
+
+// "Computer Control": the window in which tests are run. It shows what the test sequence says and
+// hands the operator's acts down to it.
+class frmCControl : public QWidget {
+  public:
+    // Everything of around, and settings, must outlive the window.
+    frmCControl(const TestSurroundings& around, Settings& settings, QWidget* parent = nullptr);
+    ~frmCControl() override;
+
+    // Offers the sessions that were never saved, then opens a new one. Throws RunTimeError when
+    // the capture file cannot be made; the window must not be shown then.
+    void Form_Load();
+
+    // cmdExit pressed from outside. True when the window has closed.
+    bool Exit();
+    // The window closes when the handler under way has come to its end.
+    bool CloseWanted() const { return closeWanted_; }
+
+    // The window has closed: Form_Unload is done.
+    std::function<void()> OnUnload;
+    // Shows the report of a saved record file; when it is not set, nobody is asked for one.
+    std::function<void(QString savedFile)> OnViewResults;
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void ConnectEvents();
+    void ListenToLink();
+    // Runs one of the operator's acts: what he has typed is taken before it, the sequence makes a
+    // pass after it.
+    void Act(void (TestSequence::*handler)());
+    void ClickOf(QPushButton* button, void (TestSequence::*handler)());
+    void LostFocus(void (TestSequence::*handler)());
+    void cmdExit_Click();
+    void cmdHeader_Click();
+    void Timer1_Timer();
+    void timDateTime_Timer();
+    void Form_KeyDown();
+    void Form_Unload();
+    void ResetTestWindow();
+    void PortLost();
+
+    void TakeTyped();
+    // Shows the sequence's screen, runs the timers that it wants, and does what had to wait for
+    // the end of the handler under way.
+    void Refresh();
+    void Paint();
+    void LeaveFocusSafely(const TestScreen& next);
+    void FocusControl(const char* name);
+    void CloseNow();
+
+    TestSequence sequence_;
+    Settings& settings_;
+    EventHandlers handlers_;
+    TestWindowControls controls_;
+    TestScreen painted_;
+    QTimer Timer1_;
+    QTimer timDateTime_;
+    QTimer timBeep_;
+    void (TestSequence::*lostFocusDue_)() = nullptr;
+    bool shown_ = false;
+    bool closeWanted_ = false;
+    bool closing_ = false;
+};
+
+}  // namespace davo

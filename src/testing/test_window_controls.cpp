@@ -1,0 +1,286 @@
+#include "testing/test_window_controls.h"
+
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <string>
+
+#include "common/page_input.h"
+#include "common/text.h"
+#include "testing/big_button.h"
+#include "testing/fit_label.h"
+#include "testing/reading_size.h"
+
+namespace davo {
+
+namespace {
+
+constexpr double kPromptGrowth = 2.0;
+constexpr double kConfirmCapitals = 6.0;  // mm
+constexpr double kDamageCapitals = 4.0;   // mm
+constexpr double kHeadingGrowth = 1.5;
+constexpr double kBoxGrowth = 1.2;
+
+template <class Control>
+Control* Named(Control* control, const char* name) {
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+void Enlarge(QWidget* widget, double growth, bool bold = false) {
+    QFont font = widget->font();
+    font.setPointSizeF(font.pointSizeF() * growth);
+    font.setBold(bold);
+    widget->setFont(font);
+}
+
+QLabel* Caption(QWidget* window, const char* name, const char* text) {
+    auto* label = Named(new QLabel(QLatin1String(text), window), name);
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
+
+// A box that shows a result: it can be read and copied, and is no stop of the Tab key.
+QLineEdit* ResultBox(QWidget* window, const char* name, QLabel* label) {
+    auto* box = Named(new QLineEdit(window), name);
+    box->setReadOnly(true);
+    box->setFocusPolicy(Qt::ClickFocus);
+    box->setAccessibleName(label->text());
+    Enlarge(box, kBoxGrowth);
+    return box;
+}
+
+// As wide as text at least.
+void MakeRoomFor(QLineEdit* box, const char* text) {
+    const int frame = box->sizeHint().width() -
+                      box->fontMetrics().horizontalAdvance(QString(17, QLatin1Char('x')));
+    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QLatin1String(text)) + frame);
+}
+
+void MakeReading(QLineEdit* box) {
+    QFont font = box->font();
+    font.setBold(true);
+    font.setPixelSize(PixelSizeForCapitals(font, kReadingCapitals, *box));
+    box->setFont(font);
+    box->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    MakeRoomFor(box, "0000.00");
+}
+
+using LabelView = std::pair<QLabel*, ControlView TestScreen::*>;
+using BoxView = std::pair<QLineEdit*, ControlView TestScreen::*>;
+using ButtonView = std::pair<QPushButton*, ControlView TestScreen::*>;
+
+template <class Control>
+void Show(Control* control, const ControlView& view) {
+    const QString text = FromPage(view.text);
+    // The same text set again would move the cursor of a box that the operator types in.
+    if (control->text() != text) control->setText(text);
+    control->setEnabled(view.enabled);
+    control->setVisible(view.visible);
+}
+
+template <class Views>
+void PaintViews(const Views& views, const TestScreen* painted, const TestScreen& screen) {
+    for (const auto& [control, member] : views) {
+        if (painted == nullptr || painted->*member != screen.*member) {
+            Show(control, screen.*member);
+        }
+    }
+}
+
+void PaintControls(const TestWindowControls& c, const TestScreen* painted,
+                   const TestScreen& screen) {
+    using S = TestScreen;
+    PaintViews(std::vector<LabelView>{{c.lblTest, &S::lblTest},
+                                      {c.lblTime, &S::lblTime},
+                                      {c.lblMessage, &S::lblMessage},
+                                      {c.lblConfirm, &S::lblConfirm},
+                                      {c.lblDamage, &S::lblDamage},
+                                      {c.lblPE, &S::lblPE},
+                                      {c.lblCRatio, &S::lblCRatio},
+                                      {c.lblCRCount, &S::lblCRCount},
+                                      {c.lblRatioCount, &S::lblRatioCount},
+                                      {c.lblSatCount, &S::lblSatCount}},
+               painted, screen);
+    PaintViews(std::vector<BoxView>{{c.txtCur, &S::txtCur},
+                                    {c.txtVolt, &S::txtVolt},
+                                    {c.txtRatio, &S::txtRatio},
+                                    {c.txtPolarity, &S::txtPolarity},
+                                    {c.txtPE, &S::txtPE},
+                                    {c.txtHVolt, &S::txtHVolt},
+                                    {c.txtXVolt, &S::txtXVolt},
+                                    {c.txtCRatio, &S::txtCRatio}},
+               painted, screen);
+    PaintViews(std::vector<ButtonView>{{c.cmdStart, &S::cmdStart},
+                                       {c.cmdContinue, &S::cmdContinue},
+                                       {c.cmdCancel, &S::cmdCancel},
+                                       {c.cmdHeader, &S::cmdHeader},
+                                       {c.cmdExit, &S::cmdExit}},
+               painted, screen);
+    c.lblMessage->SetAlert(screen.lblMessage.text.starts_with("VOLTAGE TOO HIGH!"));
+}
+
+}  // namespace
+
+TestWindowControls::TestWindowControls(QWidget* window) {
+    auto* column = new QVBoxLayout(window);
+    column->addLayout(BuildTopRow(window));
+    BuildMessage(window);
+    column->addWidget(frmeMessage, 1);
+    column->addLayout(BuildResults(window));
+    BuildButtons(window);
+    column->addWidget(Frame1);
+    QWidget* before = txtHVolt;
+    for (QWidget* next : {static_cast<QWidget*>(txtXVolt), static_cast<QWidget*>(cmdStart),
+                          static_cast<QWidget*>(cmdContinue), static_cast<QWidget*>(cmdCancel),
+                          static_cast<QWidget*>(cmdHeader), static_cast<QWidget*>(cmdExit)}) {
+        QWidget::setTabOrder(before, next);
+        before = next;
+    }
+}
+
+QHBoxLayout* TestWindowControls::BuildTopRow(QWidget* window) {
+    lblTest = Caption(window, "lblTest", "");
+    Enlarge(lblTest, kHeadingGrowth, true);
+    lblTime = Caption(window, "lblTime", "");
+    Enlarge(lblTime, kBoxGrowth);
+    auto* row = new QHBoxLayout;
+    row->addWidget(lblTest, 1);
+    row->addWidget(lblTime);
+    return row;
+}
+
+void TestWindowControls::BuildMessage(QWidget* window) {
+    frmeMessage = Named(new QGroupBox(QStringLiteral("MESSAGE"), window), "frmeMessage");
+    lblMessage = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblMessage");
+    lblConfirm = Named(new FitLabel(kConfirmCapitals, 1.0, frmeMessage), "lblConfirm");
+    lblConfirm->SetCallToAct(true);
+    lblDamage = Named(new FitLabel(kDamageCapitals, 1.0, frmeMessage), "lblDamage");
+    lblDamage->SetAlert(true);
+    // The prompt keeps its size when the call to confirm comes and goes.
+    QSizePolicy keepsRoom(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    keepsRoom.setRetainSizeWhenHidden(true);
+    lblConfirm->setSizePolicy(keepsRoom);
+    lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    lblMessage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    auto* column = new QVBoxLayout(frmeMessage);
+    column->addWidget(lblMessage, 1);
+    column->addWidget(lblConfirm);
+    column->addWidget(lblDamage);
+}
+
+QHBoxLayout* TestWindowControls::BuildResults(QWidget* window) {
+    BuildData(window);
+    BuildInputs(window);
+    BuildCounters(window);
+    auto* row = new QHBoxLayout;
+    row->addWidget(Frame3, 3);
+    row->addWidget(Frame4, 2);
+    row->addWidget(Frame5);
+    return row;
+}
+
+void TestWindowControls::BuildData(QWidget* window) {
+    Frame3 = Named(new QGroupBox(QStringLiteral("DATA"), window), "Frame3");
+    auto* grid = new QGridLayout(Frame3);
+    auto* current = Caption(Frame3, "Label1", "Current:");
+    auto* voltage = Caption(Frame3, "Label2", "Voltage:");
+    auto* ratio = Caption(Frame3, "Label3", "Ratio:");
+    auto* polarity = Caption(Frame3, "Label4", "Polarity:");
+    lblPE = Caption(Frame3, "lblPE", "Percent Error:");
+    txtCur = ResultBox(Frame3, "txtCur", current);
+    txtVolt = ResultBox(Frame3, "txtVolt", voltage);
+    txtRatio = ResultBox(Frame3, "txtRatio", ratio);
+    txtPolarity = ResultBox(Frame3, "txtPolarity", polarity);
+    txtPE = ResultBox(Frame3, "txtPE", lblPE);
+    MakeReading(txtCur);
+    MakeReading(txtVolt);
+    MakeRoomFor(txtPolarity, "OUT OF PHASE ");
+    // Six lines, so that two large readings stand beside three results.
+    grid->addWidget(current, 0, 0, 3, 1);
+    grid->addWidget(txtCur, 0, 1, 3, 1);
+    grid->addWidget(voltage, 3, 0, 3, 1);
+    grid->addWidget(txtVolt, 3, 1, 3, 1);
+    grid->addWidget(ratio, 0, 2, 2, 1);
+    grid->addWidget(txtRatio, 0, 3, 2, 1);
+    grid->addWidget(polarity, 2, 2, 2, 1);
+    grid->addWidget(txtPolarity, 2, 3, 2, 1);
+    grid->addWidget(lblPE, 4, 2, 2, 1);
+    grid->addWidget(txtPE, 4, 3, 2, 1);
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(3, 2);
+}
+
+void TestWindowControls::BuildInputs(QWidget* window) {
+    Frame4 = Named(new QGroupBox(QStringLiteral("Operator Inputs (Nameplate Currents)"), window),
+                   "Frame4");
+    auto* grid = new QGridLayout(Frame4);
+    const auto input = [this](const char* name, const QLabel* label) {
+        auto* box = Named(new QLineEdit(Frame4), name);
+        box->setAccessibleName(label->text());
+        Enlarge(box, kBoxGrowth);
+        KeepToPage(box);
+        return box;
+    };
+    auto* primary = Caption(Frame4, "Label5", "H Current:");
+    auto* secondary = Caption(Frame4, "Label6", "X Current:");
+    lblCRatio = Caption(Frame4, "lblCRatio", "Calculated Ratio:");
+    txtHVolt = input("txtHVolt", primary);
+    txtXVolt = input("txtXVolt", secondary);
+    txtCRatio = ResultBox(Frame4, "txtCRatio", lblCRatio);
+    grid->addWidget(primary, 0, 0);
+    grid->addWidget(txtHVolt, 0, 1);
+    grid->addWidget(secondary, 1, 0);
+    grid->addWidget(txtXVolt, 1, 1);
+    grid->addWidget(lblCRatio, 2, 0);
+    grid->addWidget(txtCRatio, 2, 1);
+}
+
+void TestWindowControls::BuildCounters(QWidget* window) {
+    Frame5 = Named(new QGroupBox(window), "Frame5");
+    auto* column = new QVBoxLayout(Frame5);
+    lblSatCount = Caption(Frame5, "lblSatCount", "");
+    lblRatioCount = Caption(Frame5, "lblRatioCount", "");
+    lblCRCount = Caption(Frame5, "lblCRCount", "");
+    for (QLabel* label : {lblSatCount, lblRatioCount, lblCRCount}) {
+        Enlarge(label, kBoxGrowth);
+        column->addWidget(label);
+    }
+    lblRatioCount->setMinimumWidth(
+        lblRatioCount->fontMetrics().horizontalAdvance(QStringLiteral("Ratio - 100 ")));
+}
+
+void TestWindowControls::BuildButtons(QWidget* window) {
+    Frame1 = Named(new QGroupBox(QStringLiteral("Hit the ESC key to Abort Test && Exit"), window),
+                   "Frame1");
+    auto* row = new QHBoxLayout(Frame1);
+    const auto add = [this, row](const char* name) {
+        auto* button = Named(new BigButton(Frame1), name);
+        row->addWidget(button, 1);
+        return button;
+    };
+    cmdStart = add("cmdStart");
+    cmdContinue = add("cmdContinue");
+    cmdCancel = add("cmdCancel");
+    cmdHeader = add("cmdHeader");
+    cmdExit = add("cmdExit");
+}
+
+void TestWindowControls::Paint(TestScreen& painted, const TestScreen& screen) {
+    PaintControls(*this, &painted, screen);
+    painted = screen;
+}
+
+void TestWindowControls::PaintAll(const TestScreen& screen) {
+    PaintControls(*this, nullptr, screen);
+}
+
+std::vector<QPushButton*> TestWindowControls::Buttons() const {
+    return {cmdStart, cmdContinue, cmdCancel, cmdHeader, cmdExit};
+}
+
+}  // namespace davo
