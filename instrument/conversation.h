@@ -26,10 +26,10 @@ struct ConversationOptions {
     // The k-th shot runs the k-th scenario and the k-th transformer, from the front again at the
     // end.
     std::vector<Scenario> scenarios = {Scenario::Full};
-    std::vector<Transformer> transformers;  // empty: all presets
+    std::vector<Transformer> transformers = {};  // empty: all presets
     double readingsPerSecond = 4;
     double pauseScale = 1;  // of every pause and of the time between readings
-    std::vector<MemoryRecord> memory;
+    std::vector<MemoryRecord> memory = {};
     std::string headerMemory = MakeHeaderMemory();
     bool underComputerControl = true;  // false: at its own panel, deaf to everything
     int droppedEcho = 0;               // the echo (from 1) of a header upload that is not sent

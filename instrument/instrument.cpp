@@ -13,6 +13,10 @@ namespace davo::instrument {
 
 namespace {
 
+// Also how long a written byte may take until it counts as unread.
+constexpr Micros kUnplugLook = std::chrono::milliseconds(20);
+constexpr Micros kUnplugPatience = std::chrono::seconds(1);
+
 ConversationOptions WithFaults(ConversationOptions conversation, const std::vector<Fault>& faults) {
     ApplyFaults(faults, conversation);
     return conversation;
@@ -83,7 +87,25 @@ void Instrument::Serve() {
     const std::string sent = toPc_.Take(now);
     log_.ToPc(sent, now);
     pty_.Write(sent);
-    if (faulty_.Unplugged() && toPc_.Empty()) pty_.Unplug();
+    UnplugWhenRead(now);
+}
+
+// A terminal that is closed takes with it what the PC has not read, so the device goes when the PC
+// has read what came before, or when it does not read at all.
+void Instrument::UnplugWhenRead(Micros now) {
+    if (!faulty_.Unplugged() || !toPc_.Empty() || !pty_.PluggedIn()) return;
+    if (!unplugLatest_) {
+        unplugLatest_ = now + kUnplugPatience;
+        nextUnplugLook_ = now + kUnplugLook;
+    }
+    if (now < *nextUnplugLook_) return;
+    if (pty_.Unread() > 0 && now < *unplugLatest_) {
+        nextUnplugLook_ = now + kUnplugLook;
+        return;
+    }
+    nextUnplugLook_.reset();
+    unplugLatest_.reset();
+    pty_.Unplug();
 }
 
 std::optional<Micros> Instrument::NextDue() const {
@@ -91,6 +113,7 @@ std::optional<Micros> Instrument::NextDue() const {
     Earlier(due, faulty_.NextDue());
     Earlier(due, toPc_.NextDue());
     Earlier(due, fromPc_.NextDue());
+    Earlier(due, nextUnplugLook_);
     return due;
 }
 
@@ -134,6 +157,8 @@ void Instrument::Unplug() {
 void Instrument::PlugIn() {
     const std::lock_guard lock(mutex_);
     faulty_.PlugIn();
+    nextUnplugLook_.reset();
+    unplugLatest_.reset();
     toPc_.Clear();
     fromPc_.Clear();
     pty_.PlugIn();
@@ -143,6 +168,8 @@ void Instrument::PlugIn() {
 void Instrument::SetFaults(std::vector<Fault> faults) {
     const std::lock_guard lock(mutex_);
     options_.faults = std::move(faults);
+    nextUnplugLook_.reset();
+    unplugLatest_.reset();
     faulty_ = FaultyLine(options_.faults, options_.conversation.seed);
     toPc_ = PacedLine(BytesPerSecondToPc());
     Wake();

@@ -56,6 +56,7 @@ class Instrument {
     Micros Now() const;
     // One round: takes what came, does what is due, sends what has arrived.
     void Serve();
+    void UnplugWhenRead(Micros now);
     std::optional<Micros> NextDue() const;
     void Sleep(int stopDescriptor);
     void Wake();
@@ -71,6 +72,8 @@ class Instrument {
     PacedLine fromPc_;
     ByteLog log_;
     Pty pty_;
+    std::optional<Micros> nextUnplugLook_;
+    std::optional<Micros> unplugLatest_;
     int wake_ = -1;
     bool stopped_ = false;
 };

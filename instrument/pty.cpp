@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
@@ -81,6 +82,12 @@ void Pty::Write(std::string_view bytes) {
         if (length <= 0) break;
         waiting_.erase(0, static_cast<std::size_t>(length));
     }
+}
+
+std::size_t Pty::Unread() const {
+    int length = 0;
+    if (!PluggedIn() || ioctl(slave_, FIONREAD, &length) != 0) return 0;
+    return waiting_.size() + static_cast<std::size_t>(length);
 }
 
 }  // namespace davo::instrument

@@ -30,6 +30,8 @@ class Pty {
     // Never waits: what the PC has no room for yet is kept for later calls, up to kMostWaiting
     // bytes, and the rest is lost, as on a line without handshaking.
     void Write(std::string_view bytes);
+    // Bytes that were written and that the PC has not read yet.
+    std::size_t Unread() const;
     bool WriteWaits() const { return !waiting_.empty(); }
 
     const std::string& LinkPath() const { return linkPath_; }

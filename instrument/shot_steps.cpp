@@ -182,14 +182,15 @@ std::string Conversation::RecordText() {
     const int wanted = static_cast<int>(digits.size()) + options_.extraDigits;
     digits.resize(static_cast<std::size_t>(std::max(0, wanted)), '7');
 
-    std::string text = "DATA";
+    static constexpr std::string_view kStart = "DATA";  // a digit follows at once
+    std::string text(kStart);
     const bool blanks = random_.Chance(0.4);
     auto left = static_cast<std::size_t>(random_.Between(8, 64));
     for (const char digit : digits) {
         if (left == 0) {
             text += "\r\n";
             left = static_cast<std::size_t>(random_.Between(8, 64));
-        } else if (blanks && random_.Chance(0.1)) {
+        } else if (blanks && text.size() > kStart.size() && random_.Chance(0.1)) {
             text += ' ';
         }
         text += digit;

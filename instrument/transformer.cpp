@@ -56,14 +56,16 @@ void MeasureCurve(const Transformer& t, RecordImage& image, Random& random) {
     if (t.maxCurrent > 6.5) image.currentRangeCode = kCoarseRange;
     const double scale = image.CurrentScale();
     const double highest = std::min(t.maxCurrent, ExcitationCurrent(t, kMaxVoltage));
-    const double lowest = std::max(highest / 2000, 4 * scale);
+    // Below that the counts are too coarse to tell neighbouring points apart.
+    const double faintest = std::max(1.0, 0.02 * t.kneeVoltage);
+    const double lowest = std::max({highest / 2000, 4 * scale, ExcitationCurrent(t, faintest)});
     const double ratio = std::pow(highest / lowest, 1.0 / (t.points - 1));
     double current = highest;
     for (int i = 0; i < t.points; ++i) {
         const double wobble = 1 + 0.0004 * (random.Unit() - 0.5);
         RecordImage::Slot& slot = image.slots[i];
         slot.current = Count(current, scale);
-        slot.voltage = Count(ExcitationVoltage(t, current) * wobble, 0.1);
+        slot.voltage = Count(std::min(ExcitationVoltage(t, current) * wobble, kMaxVoltage), 0.1);
         if (i > 0) {
             // A curve that is lowered never rises again.
             slot.current = std::min(slot.current, image.slots[i - 1].current - 1);

@@ -1,0 +1,154 @@
+// The program: its command line, and the process from its ready line to its end.
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <QProcess>
+
+#include "instrument/command_line.h"
+#include "tests/instrument/device_client.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo::test {
+namespace {
+
+using namespace instrument;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr int kPatienceMs = 20000;
+
+CommandLine Parse(const std::vector<std::string>& arguments) {
+    return ParseCommandLine(arguments, 99);
+}
+
+TEST(CommandLine, Presets) {
+    const CommandLine line = Parse({"--link", "/tmp/x"});
+    EXPECT_EQ(line.error, "");
+    EXPECT_EQ(line.options.linkPath, "/tmp/x");
+    EXPECT_TRUE(line.options.paced);
+    EXPECT_EQ(line.options.conversation.seed, 99U);
+    EXPECT_EQ(line.options.conversation.model, "DAVO-E R3.15");
+    EXPECT_EQ(line.options.conversation.memory.size(), 12U);
+    EXPECT_EQ(line.options.conversation.pauseScale, 1);
+    EXPECT_FALSE(line.dieWithParent);
+}
+
+TEST(CommandLine, EveryOption) {
+    const CommandLine line = Parse({"--link",
+                                    "p",
+                                    "--unpaced",
+                                    "--quick",
+                                    "--seed",
+                                    "7",
+                                    "--log",
+                                    "l",
+                                    "--model",
+                                    "DAVO",
+                                    "--memory",
+                                    "0",
+                                    "--die-with-parent",
+                                    "--scenario",
+                                    "over-voltage,full",
+                                    "--fault",
+                                    "silent",
+                                    "--fault",
+                                    "flip:3,1",
+                                    "--readings-per-second",
+                                    "2.5"});
+    EXPECT_EQ(line.error, "");
+    EXPECT_FALSE(line.options.paced);
+    EXPECT_EQ(line.options.conversation.pauseScale, kQuickScale);
+    EXPECT_EQ(line.options.conversation.seed, 7U);
+    EXPECT_EQ(line.options.logPath, "l");
+    EXPECT_EQ(line.options.conversation.model, "DAVO");
+    EXPECT_TRUE(line.options.conversation.memory.empty());
+    EXPECT_TRUE(line.dieWithParent);
+    EXPECT_THAT(line.options.conversation.scenarios,
+                ElementsAre(Scenario::OverVoltage, Scenario::Full));
+    ASSERT_EQ(line.options.faults.size(), 2U);
+    EXPECT_EQ(line.options.faults[1].kind, FaultKind::Flip);
+    EXPECT_EQ(line.options.conversation.readingsPerSecond, 2.5);
+}
+
+TEST(CommandLine, SaysWhatIsWrong) {
+    EXPECT_EQ(Parse({}).error, "--link is missing");
+    EXPECT_EQ(Parse({"--link"}).error, "bad or missing value of --link");
+    EXPECT_EQ(Parse({"--lnik", "x"}).error, "unknown option: --lnik");
+    for (const char* option :
+         {"--seed", "--memory", "--scenario", "--fault", "--readings-per-second"}) {
+        EXPECT_EQ(Parse({"--link", "x", option, "?"}).error,
+                  std::string("bad or missing value of ") + option);
+    }
+    EXPECT_EQ(Parse({"--link", "x", "--scenario", "full,"}).error,
+              "bad or missing value of --scenario");
+    EXPECT_EQ(Parse({"--link", "x", "--memory", "1000"}).error, "bad or missing value of --memory");
+    EXPECT_EQ(Parse({"--help"}).error, "");
+}
+
+bool LinkExists(const std::string& path) {
+    struct stat info {};
+    return lstat(path.c_str(), &info) == 0;
+}
+
+// Starts the program and waits for its ready line.
+std::string Start(QProcess& process, const QStringList& arguments) {
+    process.start(QStringLiteral(DAVO_INSTRUMENT_PROGRAM), arguments);
+    EXPECT_TRUE(process.waitForReadyRead(kPatienceMs));
+    return process.readLine().toStdString();
+}
+
+TEST(Program, SaysWhenItIsReadyAndEndsCleanlyOnTerm) {
+    const TemporaryFolder folder;
+    const std::string link = folder.Path("davo").toStdString();
+    QProcess process;
+    EXPECT_EQ(Start(process, {QStringLiteral("--link"), folder.Path("davo"),
+                              QStringLiteral("--seed"), QStringLiteral("42")}),
+              "ready " + link + " seed 42\n");
+    {
+        DeviceClient pc(link);
+        pc.Send("B");
+        EXPECT_EQ(pc.Until("\r\n"), "RDY\r\n");
+    }
+    process.terminate();
+    ASSERT_TRUE(process.waitForFinished(kPatienceMs));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_FALSE(LinkExists(link));
+}
+
+TEST(Program, RefusesABadCommandLine) {
+    QProcess process;
+    process.start(QStringLiteral(DAVO_INSTRUMENT_PROGRAM), {QStringLiteral("--nonsense")});
+    ASSERT_TRUE(process.waitForFinished(kPatienceMs));
+    EXPECT_EQ(process.exitCode(), 2);
+    EXPECT_THAT(process.readAllStandardError().toStdString(),
+                HasSubstr("unknown option: --nonsense"));
+}
+
+TEST(Program, TellsThatTheLinkCannotBeMade) {
+    QProcess process;
+    process.start(QStringLiteral(DAVO_INSTRUMENT_PROGRAM),
+                  {QStringLiteral("--link"), QStringLiteral("/nowhere/davo")});
+    ASSERT_TRUE(process.waitForFinished(kPatienceMs));
+    EXPECT_EQ(process.exitCode(), 1);
+}
+
+TEST(Program, EndsWithItsParent) {
+    const TemporaryFolder folder;
+    const std::string link = folder.Path("davo").toStdString();
+    // A shell in between, that is killed so that it cannot clean up.
+    QProcess shell;
+    shell.start(
+        QStringLiteral("/bin/sh"),
+        {QStringLiteral("-c"), QStringLiteral("\"$0\" --link \"$1\" --die-with-parent & wait"),
+         QStringLiteral(DAVO_INSTRUMENT_PROGRAM), folder.Path("davo")});
+    ASSERT_TRUE(shell.waitForReadyRead(kPatienceMs));
+    const DeviceClient pc(link);
+    shell.kill();
+    ASSERT_TRUE(shell.waitForFinished(kPatienceMs));
+    EXPECT_TRUE(pc.HungUp());
+}
+
+}  // namespace
+}  // namespace davo::test
