@@ -23,14 +23,19 @@ std::string CurrentText(std::string_view text, std::size_t from, std::size_t vol
     return std::string(current.substr(0, current.find('\r')));
 }
 
-// Where a record begins whose end has not arrived.
-std::size_t UnfinishedRecordFrom(std::string_view text) {
-    std::size_t start = text.find(kRecordStart);
-    while (start != kNone) {
-        const std::size_t end = text.find(kRecordEnd, start + kRecordStart.size());
-        if (end == kNone) return start;
-        start = text.find(kRecordStart, end + kRecordEnd.size());
+// Where the last whole record ends; 0 without one.
+std::size_t WholeRecordsUpTo(std::string_view text) {
+    std::size_t upTo = 0;
+    while (const auto record = RecordIn(text.substr(upTo))) {
+        upTo = static_cast<std::size_t>(record->data() + record->size() - text.data());
     }
+    return upTo;
+}
+
+// Where the word "DATA" begins, or the part of it that has arrived.
+std::size_t RecordStartIn(std::string_view text) {
+    const std::size_t start = text.find(kRecordStart);
+    if (start != kNone) return start;
     for (std::size_t length = kRecordStart.size() - 1; length > 0; --length) {
         if (text.ends_with(kRecordStart.substr(0, length))) return text.size() - length;
     }
@@ -95,10 +100,13 @@ std::optional<std::string_view> RecordIn(std::string_view text) {
 }
 
 std::size_t UnfinishedFrom(std::string_view text, bool keepReading) {
-    const std::size_t lastEnd = text.rfind(kLineEnd);
+    // A line end inside a whole record does not cut it.
+    const std::size_t recordsUpTo = WholeRecordsUpTo(text);
+    const std::string_view rest = text.substr(recordsUpTo);
+    const std::size_t lastEnd = rest.rfind(kLineEnd);
     std::size_t line = lastEnd == kNone ? 0 : lastEnd + kLineEnd.size();
-    if (!keepReading && IsReading(text.substr(line))) line = text.size();
-    return std::min(line, UnfinishedRecordFrom(text));
+    if (!keepReading && IsReading(rest.substr(line))) line = rest.size();
+    return recordsUpTo + std::min(line, RecordStartIn(rest));
 }
 
 }  // namespace davo

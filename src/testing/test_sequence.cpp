@@ -207,16 +207,19 @@ void TestSequence::timBeep_Timer() {
 }
 
 void TestSequence::Timer1_Timer() {
-    while (polling_ && Pass()) {
-    }
+    bool unexamined = false;
+    do {
+        unexamined = polling_ && Pass(unexamined);
+    } while (unexamined);
 }
 
-bool TestSequence::Pass() {
+bool TestSequence::Pass(bool unexamined) {
     const std::size_t before = reply_.sessionPending.size();
     const bool found = WaitForSessionReplyPass(around_.link, reply_, awaitText_, around_.prompts);
     std::string& window = reply_.sessionWindow;
     windowIsCut_ = window.size() >= kSessionBlock;
-    if (!windowIsCut_ && reply_.sessionPending.size() == before) return false;
+    const bool newText = windowIsCut_ || reply_.sessionPending.size() != before;
+    if (!newText && !unexamined) return false;
     if (windowIsCut_) {
         // What goes on behind the block is examined with what follows it.
         const std::size_t from = UnfinishedFrom(window, testState_ != kStateRunning);

@@ -121,7 +121,8 @@ class TestSequence {
     std::function<void(const std::string& current, const std::string& voltage)> OnReading;
 
   private:
-    bool Pass();  // whether there may be more to examine
+    // One pass; unexamined: sessionPending holds what the last block left. Whether it does now.
+    bool Pass(bool unexamined);
     void ShowBeginning();
     void CreateCapture();
     bool PortReady();

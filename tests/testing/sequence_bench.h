@@ -1,0 +1,97 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/files.h"
+#include "testing/test_sequence.h"
+#include "tests/link/fake_serial_port.h"
+#include "tests/support/fake_prompts.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo::test {
+
+// The 296 digits of a record without any point, ratio 240.0000.
+inline std::string Digits(char fill = '0') {
+    return std::string(296, fill);
+}
+inline std::string RecordOf(const std::string& digits) {
+    return "DATA" + digits + "\r\nDONE";
+}
+
+// A test sequence on an open port with everything around it; text arrives when Say is called.
+class SequenceBench {
+  public:
+    SequenceBench() { link.OpenComPort(1); }
+    explicit SequenceBench(const Places& use) : places(use) { link.OpenComPort(1); }
+
+    void OpenFor(bool ratioOnly) {
+        modes.testBothMode = !ratioOnly;
+        modes.testRatioOnlyMode = ratioOnly;
+        sequence.Form_Load();
+    }
+    // What is on the line arrives, and the window looks at it.
+    void Say(const std::string& text) {
+        port.waiting += text;
+        sequence.Timer1_Timer();
+    }
+    void SayLine(const std::string& line) { Say(line + "\r\n"); }
+    void Confirm() {
+        sequence.cmdContinue_Click();
+        sequence.Timer1_Timer();
+    }
+    // The prompts of a full shot up to the saturation test.
+    void StartFullShot() {
+        sequence.cmdStart_Click();
+        SayLine("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+        SayLine("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+        Confirm();
+        SayLine("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+    }
+    void EndShot(const std::string& ratio = "240.0", const std::string& digits = Digits()) {
+        SayLine("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+        SayLine("RATIO=" + ratio);
+        SayLine("POLARITY=+");
+        SayLine(RecordOf(digits));
+    }
+    void RunFullShot(const std::string& ratio = "240.0", const std::string& digits = Digits()) {
+        StartFullShot();
+        EndShot(ratio, digits);
+    }
+    void RunRatioShot(const std::string& ratio = "240.0") {
+        sequence.cmdStart_Click();
+        SayLine("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+        EndShot(ratio);
+    }
+
+    TestScreen& Screen() { return sequence.Screen(); }
+    std::string CaptureBytes() const {
+        return ReadWholeFile(places.scratchFolder + QLatin1String(kCaptureFileName));
+    }
+    QString JournalPath() const { return places.scratchFolder + QLatin1String(kJournalFileName); }
+    SessionJournal Journal() const { return SessionJournal::Read(JournalPath()); }
+    std::vector<std::string> TakeSent() { return std::exchange(port.sent, {}); }
+
+    TemporaryFolder folder;
+    Places places = folder.MakePlaces();
+    FakeSerialPort port;
+    LinkState linkState;
+    FakePrompts prompts;
+    BusyPointer pointer;
+    Link link{port, linkState, prompts, pointer};
+    FakeClock clock{QDateTime(QDate(2026, 11, 21), QTime(14, 5, 9))};
+    TestModes modes;
+    SessionState session;
+    HeaderTable header;
+    int beeps = 0;
+    bool reopens = false;  // what reopening the port does
+    int reopenings = 0;
+    TestSequence sequence{{link, prompts, clock, places, modes, session, header,
+                           [this] { ++beeps; },
+                           [this] {
+                               ++reopenings;
+                               return reopens && link.OpenComPort(1);
+                           }}};
+};
+
+}  // namespace davo::test

@@ -1,0 +1,495 @@
+// What each line of the instrument does, the states, and lines that arrive in pieces.
+
+#include <gtest/gtest.h>
+
+#include "tests/testing/sequence_bench.h"
+
+namespace davo::test {
+namespace {
+
+const std::string kZero = "MESSAGE=TURN VOLTAGE DRIVE TO ZERO...";
+const std::string kRange = "MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH";
+const std::string kSaturate = "MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)";
+const std::string kSlow = "MESSAGE=S-L-O-W-L-Y LOWER CURRENT NOW...";
+const std::string kRatio = "MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)";
+const std::string kSlowShown = "S-L-O-W-L-Y LOWER THE CURRENT NOW...";
+const std::string kRatioShown = "SET VOLTAGE FROM 5V TO 100V MAX";
+
+class StepsTest : public testing::Test, public SequenceBench {
+  protected:
+    StepsTest() {
+        OpenFor(false);
+        sequence.OnFocus = [this](const char* control) { focused.emplace_back(control); };
+        sequence.OnShow = [this] { ++shows; };
+        sequence.OnReading = [this](const std::string& current, const std::string& voltage) {
+            readings += "[" + current + "|" + voltage + "]";
+        };
+    }
+    void StartRatioOnly() {
+        modes = {false, true, true};
+        sequence.cmdStart_Click();
+    }
+    const std::string& Message() { return Screen().lblMessage.text; }
+    int State() const { return sequence.TestState(); }
+
+    std::vector<std::string> focused;
+    int shows = 0;
+    std::string readings;
+};
+
+TEST_F(StepsTest, DriveToZeroOfAFullTest) {
+    sequence.cmdStart_Click();
+    Screen().cmdContinue.enabled = true;
+    Screen().lblConfirm.visible = true;
+    SayLine(kZero);
+    EXPECT_EQ(State(), 0);
+    EXPECT_EQ(Message(), "TURN VOLTAGE DRIVE TO ZERO...");
+    EXPECT_FALSE(Screen().cmdStart.enabled);
+    EXPECT_FALSE(Screen().cmdContinue.enabled);
+    EXPECT_FALSE(Screen().lblConfirm.visible);
+    // Only the range switch prompt is awaited now, and it needs no line end.
+    SayLine("I=0.1 V=2.0");
+    EXPECT_EQ(Screen().txtCur.text, "");
+    Say("SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    EXPECT_EQ(State(), 1);
+}
+
+TEST_F(StepsTest, DriveToZeroOfARatioOnlyTest) {
+    StartRatioOnly();
+    SayLine(kZero);
+    EXPECT_EQ(State(), 2);
+    EXPECT_EQ(Message(), "TURN VOLTAGE DRIVE TO ZERO...");
+    SayLine("I=0.1 V=2.0");
+    EXPECT_EQ(Screen().txtCur.text, "") << "only the ratio prompt is awaited";
+    Say(kRatio);
+    EXPECT_EQ(Message(), kRatioShown);
+}
+
+TEST_F(StepsTest, ARatioOnlyShotNeverShowsTheRangeSwitchPrompt) {
+    StartRatioOnly();
+    for (const std::string& line : {kZero, kRange, kRatio, kRange, std::string("RATIO=1.0")}) {
+        SayLine(line);
+        EXPECT_NE(Message(), "SET THE VOLTAGE RANGE SELECTOR SWITCH") << line;
+    }
+}
+
+TEST_F(StepsTest, RangeSwitchAsksForAConfirmation) {
+    sequence.cmdStart_Click();
+    SayLine(kZero);
+    SayLine(kRange);
+    EXPECT_EQ(State(), 1);
+    EXPECT_EQ(Message(), "SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    EXPECT_TRUE(Screen().lblConfirm.visible);
+    EXPECT_EQ(Screen().lblConfirm.text, "Click <&OK> to Continue");
+    EXPECT_EQ(Screen().cmdContinue.text, "&OK");
+    EXPECT_TRUE(Screen().cmdContinue.enabled);
+    EXPECT_FALSE(Screen().cmdStart.enabled);
+    EXPECT_EQ(focused, std::vector<std::string>{"cmdContinue"});
+    EXPECT_TRUE(sequence.Polling());
+}
+
+TEST_F(StepsTest, RangeSwitchWithCaptionOkOnlyMovesOn) {
+    sequence.cmdStart_Click();
+    SayLine(kZero);
+    Screen().cmdContinue.text = "&OK";
+    SayLine(kRange);
+    EXPECT_EQ(State(), 1);
+    EXPECT_EQ(Message(), "TURN VOLTAGE DRIVE TO ZERO...");
+    EXPECT_FALSE(Screen().cmdContinue.enabled);
+    SayLine(kSaturate);
+    EXPECT_EQ(State(), 2) << "lines are awaited again";
+}
+
+TEST_F(StepsTest, SaturationShowsItsBracket) {
+    StartFullShot();
+    EXPECT_EQ(State(), 2);
+    EXPECT_EQ(Message(), "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+    EXPECT_EQ(Screen().lblTest, (ControlView{"SATURATION TEST", true, true}));
+    EXPECT_FALSE(Screen().lblConfirm.visible);
+    EXPECT_FALSE(Screen().cmdContinue.enabled);
+    EXPECT_TRUE(Screen().cmdCancel.enabled);
+}
+
+TEST_F(StepsTest, SaturationWaitsForItsWholeLine) {
+    sequence.cmdStart_Click();
+    SayLine(kZero);
+    SayLine(kRange);
+    Confirm();
+    Say("X\r\nMESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX");
+    EXPECT_EQ(State(), 1);
+    Say(" 1000V)\r\n");
+    EXPECT_EQ(State(), 2);
+    EXPECT_EQ(Message(), "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+}
+
+TEST_F(StepsTest, SaturationDoesNothingOutOfItsState) {
+    sequence.cmdStart_Click();
+    SayLine(kSaturate);
+    EXPECT_EQ(State(), 0);
+    EXPECT_EQ(Message(), "");
+}
+
+TEST_F(StepsTest, AConfirmationGivenWhileRunningAnswersTheNextSaturationPrompt) {
+    StartFullShot();
+    Confirm();  // in testState 2
+    EndShot();
+    prompts.answers = {Answer::No};
+    sequence.cmdStart_Click();
+    SayLine(kZero);
+    SayLine(kRange);
+    TakeSent();
+    SayLine(kSaturate);
+    EXPECT_EQ(TakeSent(), std::vector<std::string>{"\r"});
+    EXPECT_FALSE(Screen().cmdCancel.enabled);
+    SayLine("I=0.1 V=1.0");
+    EXPECT_TRUE(Screen().cmdCancel.enabled);
+    SayLine(kSaturate);
+    EXPECT_TRUE(TakeSent().empty());
+}
+
+TEST_F(StepsTest, AConfirmationOfTheRangeSwitchTakesThatBack) {
+    StartFullShot();
+    Confirm();
+    EndShot();
+    prompts.answers = {Answer::No};
+    TakeSent();
+    StartFullShot();
+    EXPECT_EQ(TakeSent(), (std::vector<std::string>{"T", "\r"})) << "one CR: the range switch";
+    EXPECT_TRUE(Screen().cmdCancel.enabled);
+}
+
+TEST_F(StepsTest, RatioTestStart) {
+    StartFullShot();
+    const int before = shows;
+    SayLine(kRatio);
+    EXPECT_EQ(State(), 2);
+    EXPECT_EQ(Screen().lblTest.text, "RATIO TEST");
+    EXPECT_EQ(Message(), kRatioShown);
+    EXPECT_TRUE(Screen().lblConfirm.visible);
+    EXPECT_TRUE(Screen().cmdContinue.enabled);
+    EXPECT_EQ(Screen().cmdContinue.text, "&OK");
+    EXPECT_EQ(focused.back(), "cmdContinue");
+    EXPECT_EQ(shows, before + 1);
+    EXPECT_TRUE(sequence.Beeping());
+}
+
+TEST_F(StepsTest, RatioPromptBeepsTwiceHoweverTheLineIsCut) {
+    StartFullShot();
+    Say("\r\n" + kRatio);
+    const int before = beeps;
+    for (int i = 0; i < 5; ++i) {
+        sequence.timBeep_Timer();
+        sequence.Timer1_Timer();
+        Say(i == 0 ? "\r\n" : "x\r\n");
+    }
+    EXPECT_EQ(beeps, before + 2);
+    EXPECT_FALSE(sequence.Beeping());
+    Confirm();  // an act does not bring the prompt back
+    EXPECT_FALSE(sequence.Beeping());
+    SayLine(kRatio);
+    EXPECT_TRUE(sequence.Beeping());
+    sequence.timBeep_Timer();
+    EXPECT_TRUE(sequence.Beeping()) << "the count starts anew with the prompt";
+}
+
+TEST_F(StepsTest, RatioTestStartDisablesCmdStartInRatioOnlyMode) {
+    StartRatioOnly();
+    Screen().cmdStart.enabled = true;
+    SayLine(kRatio);
+    EXPECT_FALSE(Screen().cmdStart.enabled);
+    EXPECT_EQ(State(), 0) << "the message does not change the state";
+}
+
+TEST_F(StepsTest, Reading) {
+    StartFullShot();
+    Screen().txtCur.enabled = Screen().txtVolt.enabled = false;
+    SayLine("I=0.0123 V=152.4");
+    EXPECT_EQ(Screen().txtCur, (ControlView{"0.0123", true, true}));
+    EXPECT_EQ(Screen().txtVolt, (ControlView{"152.4", true, true}));
+    SayLine("I=0.012345 V=1.0");
+    EXPECT_EQ(Screen().txtCur.text, "0.0123");
+    EXPECT_EQ(Screen().txtVolt.text, "1.0");
+    EXPECT_EQ(readings, "[0.0123|152.4][0.012345|1.0]");
+}
+
+TEST_F(StepsTest, ReadingsOpenAConfirmationOnce) {
+    StartFullShot();
+    focused.clear();
+    const int before = shows;
+    SayLine("I=0.1 V=1.0");
+    EXPECT_TRUE(Screen().cmdContinue.enabled);
+    EXPECT_TRUE(Screen().lblConfirm.visible);
+    SayLine("I=0.2 V=2.0");
+    EXPECT_EQ(focused.size(), 1U) << "the operator may type a nameplate current meanwhile";
+    EXPECT_EQ(shows, before + 2);
+    EXPECT_TRUE(sequence.Polling());
+}
+
+TEST_F(StepsTest, ReadingsActInAnyState) {
+    sequence.cmdStart_Click();
+    Screen().cmdCancel.enabled = false;
+    SayLine("I=0.1 V=1.0");
+    EXPECT_EQ(State(), 0);
+    EXPECT_EQ(Screen().txtVolt.text, "1.0");
+    EXPECT_TRUE(Screen().cmdCancel.enabled);
+    EXPECT_FALSE(Screen().lblConfirm.visible) << "nothing to confirm yet";
+}
+
+TEST_F(StepsTest, AReadingCutOffIsLeftForTheNextPass) {
+    sequence.cmdStart_Click();
+    Say("X\r\nI=0.1 V=1");
+    EXPECT_EQ(Screen().txtCur.text, "");
+    EXPECT_TRUE(sequence.Polling());
+    Say("52.4\r\n");
+    EXPECT_EQ(Screen().txtVolt.text, "152.4");
+}
+
+TEST_F(StepsTest, AReadingCutOffWhileRunningIsNotShown) {
+    StartFullShot();
+    Say("X\r\nI=0.1 V=1");
+    Say("52.4\r\n");
+    EXPECT_EQ(Screen().txtCur.text, "");
+    EXPECT_EQ(Screen().txtVolt.text, "");
+    SayLine("I=0.2 V=2.0");
+    EXPECT_EQ(readings, "[0.2|2.0]");
+}
+
+TEST_F(StepsTest, WhatComesWithACutReadingIsNotLost) {
+    StartFullShot();
+    SayLine(kRatio);
+    Say("X\r\nI=0.1 V=1");
+    Say("52.4 V=1\r\nRATIO=24");
+    Say("1.2\r\n23 V=3.0\r\nPOLARITY=-\r\nI");
+    EXPECT_EQ(Screen().txtRatio.text, "241.2");
+    EXPECT_EQ(Screen().txtPolarity.text, "OUT OF PHASE");
+}
+
+TEST_F(StepsTest, SlowLowering) {
+    StartFullShot();
+    SayLine("I=0.1 V=1.0");
+    SayLine(kSlow);
+    EXPECT_EQ(Message(), kSlowShown);
+    EXPECT_FALSE(Screen().cmdContinue.enabled);
+    EXPECT_FALSE(Screen().lblConfirm.visible);
+    SayLine("I=0.05 V=0.5");
+    EXPECT_FALSE(Screen().cmdContinue.enabled) << "readings ask for nothing now";
+    EXPECT_EQ(State(), 2);
+}
+
+TEST_F(StepsTest, SlowLoweringCutBehindAReading) {
+    StartFullShot();
+    Say("I=0.1 V=1.0\r\nMESSAGE=S-L-O");
+    Say("-W-L-Y LOWER CURRENT NOW...\r\n");
+    EXPECT_EQ(Message(), kSlowShown);
+}
+
+TEST_F(StepsTest, SecondShotAsksForSlowLoweringAfterTwoConfirmations) {
+    StartFullShot();
+    Confirm();
+    SayLine("I=0.1 V=1.0");
+    EXPECT_NE(Message(), kSlowShown) << "not in the first shot";
+    EndShot();
+    prompts.answers = {Answer::No};
+    StartFullShot();
+    SayLine("I=0.1 V=1.0");
+    EXPECT_NE(Message(), kSlowShown) << "one confirmation so far";
+    Confirm();
+    SayLine("I=0.2 V=2.0");
+    EXPECT_EQ(Message(), kSlowShown);
+    EXPECT_FALSE(Screen().cmdContinue.enabled);
+    EXPECT_FALSE(Screen().lblConfirm.visible);
+    Screen().lblMessage.text = "other";
+    SayLine("I=0.1 V=1.0");
+    EXPECT_EQ(Message(), "other") << "once per shot";
+}
+
+TEST_F(StepsTest, TheInstrumentsOwnSlowLoweringLeavesTheSecondShotsToCome) {
+    RunFullShot();
+    prompts.answers = {Answer::No};
+    StartFullShot();
+    SayLine("I=0.1 V=1.0");
+    Confirm();
+    SayLine(kSlow);
+    Screen().lblMessage.text = "other";
+    SayLine("I=0.1 V=1.0");
+    EXPECT_EQ(Message(), kSlowShown);
+}
+
+TEST_F(StepsTest, RatioLineMovesThePromptOn) {
+    StartFullShot();
+    SayLine("RATIO=240.1");
+    EXPECT_EQ(Message(), kRatioShown);
+    EXPECT_EQ(Screen().lblTest.text, "RATIO TEST");
+    EXPECT_TRUE(sequence.Beeping());
+    EXPECT_TRUE(Screen().lblConfirm.visible);
+    EXPECT_EQ(Screen().cmdContinue, (ControlView{"&OK", true, true}));
+    EXPECT_EQ(focused.back(), "cmdContinue");
+    sequence.timBeep_Timer();
+    sequence.timBeep_Timer();
+    SayLine("POLARITY=+");
+    EXPECT_FALSE(sequence.Beeping()) << "the prompt is shown already";
+}
+
+TEST_F(StepsTest, PolarityLineMovesThePromptOn) {
+    StartFullShot();
+    SayLine("POLARITY=+");
+    EXPECT_EQ(Message(), kRatioShown);
+}
+
+TEST_F(StepsTest, RatioCutBehindAReadingIsNotLost) {
+    StartFullShot();
+    Say("I=0.1 V=1.0\r\nRATIO=24");
+    EXPECT_EQ(Screen().txtRatio.text, "");
+    Say("1.2\r\n");
+    EXPECT_EQ(Screen().txtRatio.text, "241.2");
+}
+
+TEST_F(StepsTest, OverVoltage) {
+    StartFullShot();
+    SayLine("MESSAGE=VOLTAGE TOO HIGH!");
+    EXPECT_EQ(Message(), "VOLTAGE TOO HIGH! TURN VOLTAGE DOWN!");
+    EXPECT_EQ(State(), 2);
+    EXPECT_TRUE(sequence.Polling()) << "the test goes on";
+}
+
+TEST_F(StepsTest, MessagesActInAnyStateAndDoNotChangeIt) {
+    for (const bool confirmed : {false, true}) {
+        sequence.cmdStart_Click();
+        if (confirmed) SayLine(kRange);
+        const int state = State();
+        for (const std::string& line :
+             {kRatio, kSlow, std::string("RATIO=1.0"), std::string("POLARITY=+"),
+              std::string("I=1 V=1"), std::string("MESSAGE=VOLTAGE TOO HIGH!")}) {
+            Screen().lblMessage.text = "none";
+            Screen().txtCur.text.clear();
+            SayLine(line);
+            EXPECT_EQ(State(), state) << line;
+            EXPECT_TRUE(Message() != "none" || !Screen().txtCur.text.empty()) << line;
+        }
+    }
+}
+
+TEST_F(StepsTest, RecordStartAndEnd) {
+    StartFullShot();
+    Say("DATA" + std::string(100, '1'));
+    EXPECT_EQ(State(), 3);
+    EXPECT_TRUE(sequence.Polling());
+    Say("\r\n" + std::string(196, '1') + "\r\nDO");
+    EXPECT_EQ(State(), 3);
+    Say("NE");
+    EXPECT_EQ(State(), 99);
+    EXPECT_EQ(Screen().lblTest, (ControlView{"TEST COMPLETE.", true, true}));
+    EXPECT_EQ(Message(), "");
+    EXPECT_TRUE(Screen().cmdExit.enabled);
+    EXPECT_TRUE(Screen().cmdHeader.enabled);
+    EXPECT_EQ(Screen().cmdContinue, (ControlView{"&Repeat Test", true, true}));
+    EXPECT_EQ(Screen().cmdStart, (ControlView{"&Next Test", true, true}));
+    EXPECT_FALSE(Screen().cmdCancel.enabled);
+    EXPECT_FALSE(Screen().lblConfirm.visible);
+    EXPECT_TRUE(sequence.ShotPending());
+    EXPECT_FALSE(sequence.Polling());
+    EXPECT_EQ(sequence.Reply().sessionPending, "");
+    EXPECT_EQ(sequence.Reply().sessionWindow, "");
+    EXPECT_FALSE(Screen().lblDamage.visible);
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST_F(StepsTest, DataAndDoneInOnePassCompleteTheShot) {
+    StartFullShot();
+    Say("RATIO=240.0\r\n" + RecordOf(Digits()) + "\r\n");
+    EXPECT_EQ(State(), 99);
+    EXPECT_EQ(session.shotCount, 1);
+    EXPECT_EQ(sequence.ShotTrailer().substr(0, 320).find(RecordOf(Digits())), 0U);
+}
+
+TEST_F(StepsTest, ARecordWithoutAnyLineEndCompletesTheShot) {
+    StartFullShot();
+    Say("DATA" + Digits() + "DONE");
+    EXPECT_EQ(State(), 99);
+}
+
+TEST_F(StepsTest, DoneWithoutDataDoesNotCompleteAShot) {
+    StartFullShot();
+    SayLine("DONE");
+    EXPECT_EQ(State(), 2);
+    EXPECT_TRUE(sequence.Polling());
+    EXPECT_EQ(session.shotCount, 0);
+}
+
+TEST_F(StepsTest, DoneBeforeDataDoesNotCompleteAShot) {
+    StartFullShot();
+    SayLine("DONE");
+    Say("DONE\r\nDATA" + Digits());
+    EXPECT_EQ(State(), 3);
+    Say("DONE");
+    EXPECT_EQ(State(), 99);
+    EXPECT_EQ(sequence.ShotTrailer().find("DATA" + Digits() + "DONE\r\n"), 0U);
+}
+
+TEST_F(StepsTest, AReadingAndARecordInOneBurstCostNoShot) {
+    const std::string record = RecordOf(Digits());
+    for (std::size_t cut = 0; cut <= record.size(); ++cut) {
+        SequenceBench bench;
+        bench.OpenFor(false);
+        bench.StartFullShot();
+        bench.Say("I=0.1 V=1.0\r\n" + record.substr(0, cut));
+        bench.Say(record.substr(cut));
+        EXPECT_EQ(bench.sequence.TestState(), 99) << cut;
+        EXPECT_EQ(bench.sequence.ShotTrailer().find(record), 0U) << cut;
+    }
+}
+
+TEST_F(StepsTest, ARecordCutByABlockIsKept) {
+    const std::string record = RecordOf(Digits());
+    for (std::size_t before = 700; before <= 1030; ++before) {
+        SequenceBench bench;
+        bench.OpenFor(false);
+        bench.StartFullShot();
+        bench.Say(std::string(before - 2, 'x') + "\r\n" + record + "\r\n");
+        EXPECT_EQ(bench.sequence.TestState(), 99) << before;
+    }
+}
+
+TEST_F(StepsTest, ALineCutByABlockIsKept) {
+    for (std::size_t before = 1000; before <= 1030; ++before) {
+        SequenceBench bench;
+        bench.OpenFor(false);
+        bench.StartFullShot();
+        bench.Say(std::string(before - 2, 'x') + "\r\nRATIO=241.2\r\nPOLARITY=+\r\n");
+        EXPECT_EQ(bench.Screen().txtRatio.text, "241.2") << before;
+        EXPECT_EQ(bench.Screen().txtPolarity.text, "IN PHASE") << before;
+    }
+}
+
+TEST_F(StepsTest, AnEndlessRecordDoesNotHoldTheWindow) {
+    StartFullShot();
+    Say("DATA" + std::string(5000, '0'));
+    EXPECT_EQ(State(), 3);
+    sequence.cmdCancel_Click();
+    EXPECT_TRUE(Screen().cmdExit.enabled);
+}
+
+TEST_F(StepsTest, DamageIsShownOnce) {
+    RunFullShot("240.0", std::string(290, '0'));
+    const std::string text =
+        "The record of this shot is damaged: 290 of 296 digits. Press Repeat Test to drop the shot "
+        "and run it again.";
+    EXPECT_EQ(Screen().lblDamage, (ControlView{text, true, true}));
+    ASSERT_EQ(prompts.shown.size(), 1U);
+    EXPECT_EQ(prompts.shown[0].toStdString(), text);
+    EXPECT_EQ(session.shotCount, 1) << "the shot is complete all the same";
+    EXPECT_EQ(Screen().lblTest.text, "TEST COMPLETE.");
+    sequence.cmdContinue_Click();
+    EXPECT_EQ(Screen().lblDamage, (ControlView{"", true, false}));
+}
+
+TEST_F(StepsTest, DamageIsHiddenWhenTheNextShotStarts) {
+    RunFullShot("240.0", std::string(295, '0') + "?");
+    EXPECT_TRUE(Screen().lblDamage.visible);
+    prompts.answers = {Answer::No};
+    sequence.cmdStart_Click();
+    EXPECT_EQ(Screen().lblDamage, (ControlView{"", true, false}));
+}
+
+}  // namespace
+}  // namespace davo::test
