@@ -1,8 +1,9 @@
-#include <windows.h>
+#include "app/date_guard.h"
 
 #include <QByteArray>
 
-#include "app/date_guard.h"
+// After the others: its macros disturb them.
+#include <windows.h>
 
 namespace davo {
 

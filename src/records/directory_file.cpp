@@ -19,7 +19,7 @@ namespace {
 
 // The twelve header lines are some 400 bytes, so one block holds them in all but odd files. The
 // limit keeps a file of endless lines from being read whole.
-constexpr qint64 kBlockBytes = 4096;
+constexpr qint64 kBlockBytes = 1024;
 constexpr std::size_t kHeaderBytesLimit = 65536;
 
 QString DirectoryFilePath(const QString& dataPath) {
@@ -48,18 +48,21 @@ std::optional<std::vector<std::string>> ReadSummaryLines(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) return std::nullopt;
     std::string bytes;
-    std::size_t lineEnds = 0;
-    while (lineEnds < kSummaryLines && bytes.size() < kHeaderBytesLimit) {
+    std::size_t lines = 0;
+    std::size_t end = 0;  // of the last whole line
+    while (lines < kSummaryLines && bytes.size() < kHeaderBytesLimit) {
         char block[kBlockBytes];
         const qint64 got = file.read(block, kBlockBytes);
         if (got < 0) return std::nullopt;
         if (got == 0) break;
         bytes.append(block, static_cast<std::size_t>(got));
-        lineEnds += static_cast<std::size_t>(std::count(block, block + got, '\n'));
+        for (; lines < kSummaryLines; ++lines) {
+            const std::size_t lineEnd = bytes.find('\n', end);
+            if (lineEnd == std::string::npos) break;
+            end = lineEnd + 1;
+        }
     }
-    std::vector<std::string> lines = SplitLines(bytes);
-    if (lines.size() > kSummaryLines) lines.resize(kSummaryLines);
-    return lines;
+    return SplitLines(lines == kSummaryLines ? Middle(bytes, 0, end) : bytes);
 }
 
 struct FolderSummary {
@@ -115,7 +118,10 @@ void WriteDirectoryFile(const QString& path, const std::vector<std::string>& ent
     lines.reserve(entries.size() + 1);
     lines.push_back("REC==" + Picture(static_cast<double>(entries.size()), "000"));
     lines.insert(lines.end(), entries.begin(), entries.end());
-    ReplaceFile(path, JoinLines(lines));
+    const std::string bytes = JoinLines(lines);
+    // Most rebuilds find the folder as it was; waiting for the disk would be their longest part.
+    if (FileExists(path) && ReadWholeFile(path) == bytes) return;
+    ReplaceFile(path, bytes);
 }
 
 }  // namespace

@@ -54,9 +54,10 @@ struct RebuildResult {
 // anywhere; names are taken in the order of their UTF-16 code units, which is the order of records
 // of the same day. A name that cannot be summed up is skipped; of a date that is none, only when
 // it is not the folder's single record. Without any record "DIRDNLD.DNL" is removed and the
-// entries stay as they are. recordCount is left to LoadDirectoryFile.
-// Throws RunTimeError 70 when the folder may not be read and the errors of ReplaceFile and
-// DeleteFile; tables and an earlier directory file are then as they were.
+// entries stay as they are; one that says the same already is not written again. recordCount is
+// left to LoadDirectoryFile.
+// Throws RunTimeError 70 when the folder may not be read, and the errors of ReadWholeFile,
+// ReplaceFile and DeleteFile; tables and an earlier directory file are then as they were.
 RebuildResult RebuildDirectory(const QString& dataPath, DirectoryTables& tables);
 
 // Reads "DIRDNLD.DNL" of dataPath into recordCount and dirEntries. Without the file recordCount is

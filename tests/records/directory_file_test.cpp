@@ -363,6 +363,20 @@ TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndTheTables) {
     EXPECT_EQ(Rebuild().count, 21);
 }
 
+TEST_F(DirectoryFile, WhatSaysTheSameIsNotWrittenAgain) {
+    Write("a.txt", RecordText("03/09/21"));
+    Rebuild();
+    {
+        const FileSizeLimit nothing(0);
+        EXPECT_EQ(Rebuild().count, 1);
+        Write("b.txt", "");
+        EXPECT_EQ(Rebuild().skipped.size(), 1U);
+    }
+    Write("DIRDNLD.DNL", Listing() + "x");
+    Rebuild();
+    EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
+}
+
 TEST_F(DirectoryFile, AFolderInThePlaceOfTheFileIsAnError) {
     QDir().mkpath(dataPath + QLatin1String("DIRDNLD.DNL/x"));
     Write("a.txt", RecordText("03/09/21"));
