@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QJsonArray>
+#include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -174,11 +175,17 @@ MenuPath FindMenuPath(const QString& actionName) {
 QJsonObject VisibleState() {
     QJsonArray windows;
     for (const QWidget* top : QApplication::topLevelWidgets()) {
-        if (top->isVisible()) {
-            windows.append(WindowState(top));
+        if (!top->isVisible()) {
+            continue;
+        }
+        windows.append(WindowState(top));
+        // The windows of a multiple-document area are windows to the operator too.
+        for (const QMdiSubWindow* frame : top->findChildren<QMdiSubWindow*>()) {
+            if (frame->isVisible() && frame->widget() != nullptr) {
+                windows.append(WindowState(frame->widget()));
+            }
         }
     }
-    // Child windows of a multiple-document area are no top-level windows but windows to the user.
     return {{QStringLiteral("windows"), windows}};
 }
 

@@ -4,6 +4,7 @@ Paths come from the environment (see CMakeLists.txt): DAVO_PROGRAM, DAVO_INSTRUM
 DAVO_KILL_AT_LIBRARY. Every process leads a process group of its own and is ended with its group.
 """
 
+import contextlib
 import json
 import os
 import pathlib
@@ -20,6 +21,7 @@ PROGRAM = os.environ["DAVO_PROGRAM"]
 INSTRUMENT = os.environ["DAVO_INSTRUMENT"]
 PLUGINS = os.environ["DAVO_PLUGINS"]
 KILL_AT = os.environ.get("DAVO_KILL_AT_LIBRARY", "")
+SCREEN = pathlib.Path(__file__).parents[1] / "driver" / "laptop_screen.json"
 PATIENCE = 60  # seconds for anything that has no limit of its own
 
 SAVE = "Do you want to save the test record? "
@@ -73,8 +75,9 @@ def end_group(process):
             except ProcessLookupError:
                 break
     for stream in (process.stdin, process.stdout):
-        if stream:
-            stream.close()
+        with contextlib.suppress(BrokenPipeError):  # what it never read
+            if stream:
+                stream.close()
 
 
 class Program:
@@ -104,11 +107,9 @@ class Program:
         self._new.put(None)
 
     def _send(self, command):
-        try:
+        with contextlib.suppress(BrokenPipeError):  # its end is noticed where it is awaited
             self.process.stdin.write((command + "\n").encode())
             self.process.stdin.flush()
-        except BrokenPipeError:
-            pass
 
     def _await(self, wanted):
         while True:
@@ -179,7 +180,7 @@ class Bench:
             "XDG_CONFIG_HOME": str(self.folder / "config"),
             "XDG_DATA_HOME": str(self.folder / "data"),
             "XDG_RUNTIME_DIR": str(self.folder / "runtime"),
-            "QT_QPA_PLATFORM": "offscreen",
+            "QT_QPA_PLATFORM": f"offscreen:configfile={SCREEN}",
             "QT_PLUGIN_PATH": PLUGINS,
             "QT_QPA_GENERIC_PLUGINS": "davodriver",
             "DAVO_DRIVER_SCRIPT": "-",

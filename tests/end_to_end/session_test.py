@@ -34,7 +34,12 @@ def fill_header(program, header, notes):
 
 
 def stored(field):
-    return field.strip()[:20].ljust(20) if field.strip() else ""
+    """A longer text is cut to 20 characters and not filled up again, even when it then ends in a
+    blank that goes too."""
+    text = field.strip()
+    if len(text) > 20:
+        return text[:20].strip()
+    return text.ljust(20) if text else ""
 
 
 class Session(unittest.TestCase):

@@ -1,0 +1,291 @@
+"""What goes wrong around a session: the cable, the disk, the operator's ESC key."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import time
+import unittest
+
+import expected_record
+import harness
+
+QUICK = ("--unpaced", "--quick", "--seed", "7")
+LOST = (
+    "The connection to the DAVO was lost.\\nPlease check the cable and the adapter, then try again."
+    "\\nEverything that was measured is kept."
+)
+
+OFFER = re.compile(
+    r"An earlier session of \d\d/\d\d/\d\d \d\d:\d\d with 1 shot was never saved\. "
+    r"Do you want to save it as a test record file now\?"
+)
+
+
+def type_nameplate(program):
+    program.do("type txtHVolt 1200", "focusOut", "type txtXVolt 5", "focusOut")
+
+
+def begin_second_shot(program):
+    """Up to the readings of its saturation test."""
+    harness.start_shot(program)
+    program.do(
+        f'waitText lblMessage "{harness.RANGE}"',
+        "click cmdContinue",
+        f'waitText lblMessage "{harness.SATURATE}"',
+        "waitEnabled cmdContinue",
+    )
+
+
+class Faults(unittest.TestCase):
+    def assert_record(self, path, shots):
+        actual = path.read_bytes()
+        date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
+        expected = expected_record.record_file(
+            path.name, date.decode(), at.decode(), [" " * 20] * 8, shots, ("1200", "5")
+        )
+        self.assertEqual(actual, expected)
+
+    def line_shots(self, bench):
+        return expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
+
+    def assert_no_prompt_follows(self, program):
+        end = time.monotonic() + 1.5
+        while time.monotonic() < end:
+            self.assertIsNone(program.prompt())
+            time.sleep(0.1)
+
+
+class Unplugged(Faults):
+    def test_the_cable_is_pulled_in_mid_shot(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            harness.open_test_window(program)
+            type_nameplate(program)
+            harness.full_shot(program, first=True)
+            begin_second_shot(program)
+            harness.end_group(bench.instrument)
+            shots = self.line_shots(bench)
+            program.do(f'answer Ok "{LOST}"')
+            self.assert_no_prompt_follows(program)
+            program.do("waitEnabled cmdExit", "waitDisabled cmdContinue")
+
+            # The broken shot leaves nothing to ask about; the shot before it is offered when the
+            # test window opens again, which finds the instrument plugged in.
+            program.do("click cmdExit", "waitGone frmCControl")
+            bench.byte_log = bench.folder / "line2.log"
+            bench.start_instrument(*QUICK)
+            program.do("menu mnuBoth", "wait msgBox")
+            self.assertRegex(program.prompt(), OFFER)
+            program.do("answer Yes", "chooseFile T1.txt")
+            self.assertEqual(len(shots), 1)
+            program.do("wait frmCControl", "waitDisabled cmdCancel")
+            self.assert_record(bench.data / "T1.txt", shots)
+
+            type_nameplate(program)
+            harness.full_shot(program, first=True)
+            harness.save_session(program, "T2.txt")
+            self.assert_record(bench.data / "T2.txt", self.line_shots(bench))
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_a_completed_shot_is_saved_without_the_instrument(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            harness.open_test_window(program)
+            type_nameplate(program)
+            harness.full_shot(program, first=True)
+            harness.end_group(bench.instrument)
+            program.do(f'answer Ok "{LOST}"')
+            self.assert_no_prompt_follows(program)
+            harness.save_session(program, "T1.txt")
+            self.assert_record(bench.data / "T1.txt", self.line_shots(bench))
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_the_session_goes_on_when_it_is_plugged_in_again(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            harness.open_test_window(program)
+            type_nameplate(program)
+            harness.full_shot(program, first=True)
+            begin_second_shot(program)
+            harness.end_group(bench.instrument)
+            shots = self.line_shots(bench)
+            program.do(f'answer Ok "{LOST}"')
+            bench.byte_log = bench.folder / "line2.log"
+            bench.start_instrument(*QUICK)
+            # The broken shot is started anew; nothing is asked, since none was completed.
+            program.do('waitText cmdStart "&Start Test"')
+            harness.full_shot(program, first=True)
+            harness.save_session(program, "T1.txt")
+            self.assert_record(bench.data / "T1.txt", shots + self.line_shots(bench))
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_the_adapter_vanishes_in_the_first_shot(self):
+        # The instrument's own fault: after that many bytes, in the saturation test.
+        with harness.Bench(*QUICK, "--fault", "unplugged:260") as bench:
+            program = bench.start_program()
+            harness.open_test_window(program)
+            harness.start_shot(program, first=True)
+            program.do(f'waitText lblMessage "{harness.RANGE}"', "click cmdContinue")
+            program.do(f'answer Ok "{LOST}"')
+            self.assert_no_prompt_follows(program)
+            program.do("click cmdExit", "waitGone frmCControl")
+            self.assertEqual(harness.leave(program), 0)
+            self.assertEqual(list(bench.data.glob("*.txt")), [])
+
+
+class Escape(Faults):
+    def abort_second_shot(self, bench, program):
+        harness.open_test_window(program)
+        type_nameplate(program)
+        harness.full_shot(program, first=True)
+        begin_second_shot(program)
+        program.do("key Escape", "waitGone frmCControl")
+        self.assertIsNone(program.prompt(), "ESC asks nothing")
+        harness.wait_until(
+            lambda: (False, b"\x1b") in harness.read_byte_log(bench.byte_log),
+            "ESC at the instrument",
+        )
+
+    def test_an_aborted_session_is_offered_at_the_next_start(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            self.abort_second_shot(bench, program)
+            self.assertEqual(harness.leave(program), 0)
+
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuBoth", "wait msgBox")
+            self.assertRegex(program.prompt(), OFFER)
+            program.do("answer Yes", "chooseFile T1.txt")
+            program.do("wait frmCControl", "waitDisabled cmdCancel")
+            self.assert_record(bench.data / "T1.txt", self.line_shots(bench))
+            program.do("click cmdExit", "waitGone frmCControl")
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_a_refused_offer_keeps_the_capture_and_is_not_repeated(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            self.abort_second_shot(bench, program)
+            program.do("menu mnuBoth", "wait msgBox")
+            self.assertRegex(program.prompt(), OFFER)
+            program.do("answer No", "waitContains msgBox \"The session is kept in '\"")
+            kept = pathlib.Path(re.fullmatch(r"The session is kept in '(.*)'\.", program.prompt())[1])
+            program.do("answer Ok", "wait frmCControl", "waitDisabled cmdCancel")
+            program.do("click cmdExit", "waitGone frmCControl")
+            self.assertEqual(kept.parent, bench.scratch)
+            self.assertIn(self.line_shots(bench)[0].ratio.encode(), kept.read_bytes())
+            harness.open_test_window(program)
+            program.do("click cmdExit", "waitGone frmCControl")
+            self.assertEqual(harness.leave(program), 0)
+
+
+class SmallDisk:
+    """A folder on a file system of its own that can be filled."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.filler = folder / "filler"
+
+    def __enter__(self):
+        self.folder.mkdir(parents=True, exist_ok=True)
+        command = ["mount", "-t", "tmpfs", "-o", "size=256k", "tmpfs", str(self.folder)]
+        mounted = subprocess.run(command, capture_output=True, text=True, check=False)
+        if mounted.returncode != 0:
+            raise unittest.SkipTest(f"no small disk here, it takes root: {mounted.stderr.strip()}")
+        return self
+
+    def fill(self):
+        with open(self.filler, "wb", buffering=0) as file:
+            for size in (4096, 1):
+                try:
+                    while file.write(b"x" * size):
+                        pass
+                except OSError:
+                    continue
+
+    def empty(self):
+        self.filler.unlink()
+
+    def __exit__(self, *_):
+        subprocess.run(["umount", "-l", str(self.folder)], check=True)
+
+
+class Disk(Faults):
+    def one_shot(self, program):
+        harness.open_test_window(program)
+        type_nameplate(program)
+        harness.full_shot(program, first=True)
+
+    def test_a_full_disk_during_the_save_leads_to_a_save_elsewhere(self):
+        with harness.Bench(*QUICK) as bench, SmallDisk(bench.data) as disk:
+            program = bench.start_program()
+            self.one_shot(program)
+            old = b"an older record\r\n"
+            (bench.data / "T1.txt").write_bytes(old)
+            disk.fill()
+            program.do("click cmdExit", f'answer Yes "{harness.SAVE}"', "chooseFile T1.txt")
+            program.do("answer Yes \"File 'T1.txt' exists. Do you want to override? \"")
+            program.do("waitContains msgBox \"The test record was not saved.\"")
+            self.assertIn("Disk full", program.prompt())
+            program.do("answer Ok")
+            self.assertEqual((bench.data / "T1.txt").read_bytes(), old)
+
+            elsewhere = bench.folder / "stick"
+            elsewhere.mkdir()
+            program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
+            harness.finish_save(program)
+            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(bench))
+            self.assertEqual(harness.leave(program), 0)
+            self.assertEqual(sorted(os.listdir(bench.data)), ["T1.txt", "filler"])
+
+    def test_a_full_disk_under_the_session_is_said_and_nothing_is_lost(self):
+        with harness.Bench(*QUICK) as bench, SmallDisk(bench.scratch) as disk:
+            program = bench.start_program()
+            harness.open_test_window(program)
+            type_nameplate(program)
+            harness.start_shot(program, first=True)
+            program.do(f'waitText lblMessage "{harness.RANGE}"')
+            disk.fill()
+            program.do(
+                "click cmdContinue",
+                f'waitText lblMessage "{harness.SATURATE}"',
+                "waitEnabled cmdContinue",
+                "click cmdContinue",
+                f'waitText lblMessage "{harness.RATIO}" 60000',
+                "click cmdContinue",
+                'waitContains msgBox "The shot is complete, but it is not yet safe on disk: "',
+            )
+            self.assertIn("Disk full", program.prompt())
+            program.do("answer Ok", "click cmdExit")
+            program.do(
+                'waitContains msgBox "The last shot could not be written; the session is kept."'
+            )
+            program.do("answer Ok")
+            disk.empty()
+            harness.save_session(program, "T1.txt")
+            self.assert_record(bench.data / "T1.txt", self.line_shots(bench))
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_a_vanished_folder_leads_to_a_save_elsewhere(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            self.one_shot(program)
+            program.do("click cmdExit", f'answer Yes "{harness.SAVE}"', "wait cdFile")
+            # The stick is pulled out while the dialog stands; a file bars its folder's place.
+            shutil.rmtree(bench.data)
+            bench.data.write_text("no folder any more")
+            program.do("chooseFile T1.txt")
+            program.do("waitContains msgBox \"The test record was not saved.\"")
+            program.do("answer Ok")
+            elsewhere = bench.folder / "stick"
+            elsewhere.mkdir()
+            program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
+            harness.finish_save(program)
+            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(bench))
+            self.assertEqual(harness.leave(program), 0)
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())

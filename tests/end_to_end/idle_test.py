@@ -1,0 +1,60 @@
+"""What the program takes of the processor while it waits for the operator."""
+
+import os
+import pathlib
+import sys
+import time
+import unittest
+
+import harness
+
+SECONDS = 5
+MOST = 0.02  # of one core
+
+
+def processor_seconds(pid):
+    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+class Idle(unittest.TestCase):
+    def share(self, program):
+        """Of one core over some seconds; the driver sleeps meanwhile."""
+        time.sleep(0.5)
+        before, began = processor_seconds(program.process.pid), time.monotonic()
+        time.sleep(SECONDS)
+        used = processor_seconds(program.process.pid) - before
+        return used / (time.monotonic() - began)
+
+    def assert_idle(self, program, what, bench=None):
+        """bench: readings are to arrive meanwhile."""
+        before = bench and bench.byte_log.stat().st_size
+        share = self.share(program)
+        if bench:
+            self.assertGreater(bench.byte_log.stat().st_size, before, "no readings arrived")
+        print(f"{what}: {share:.2%} of one core", flush=True)
+        self.assertLess(share, MOST, what)
+
+    def test_waiting_takes_next_to_nothing(self):
+        with harness.Bench("--seed", "5") as bench:
+            program = bench.start_program()
+            program.do("wait frmMain")
+            self.assert_idle(program, "main window")
+            harness.open_test_window(program)
+            self.assert_idle(program, "test window before the first shot")
+            program.do("click cmdStart", f'waitText lblMessage "{harness.RANGE}"')
+            self.assert_idle(program, "a prompt to be confirmed")
+            program.do(
+                "click cmdContinue",
+                f'waitText lblMessage "{harness.SATURATE}"',
+                "waitEnabled cmdContinue",
+            )
+            self.assert_idle(program, "a prompt, with readings arriving", bench)
+            program.do("click cmdContinue", f'waitText lblMessage "{harness.RATIO}" 60000')
+            self.assert_idle(program, "the ratio prompt, with readings arriving", bench)
+            program.do("click cmdContinue", 'waitText lblTest "TEST COMPLETE."')
+            self.assert_idle(program, "a completed shot")
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())
