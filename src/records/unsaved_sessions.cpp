@@ -81,12 +81,21 @@ void DeleteIfThere(const QString& path) {
     if (FileExists(path)) DeleteFile(path);
 }
 
+// Deletes what a saved session left. The journal, which says so, goes last.
+void DeleteRunning(const QString& capturePath, const QString& journalPath) {
+    DeleteIfThere(capturePath);
+    DeleteFile(journalPath);
+}
+
 void SetAside(const QDir& folder) {
     const QString capturePath = folder.filePath(QLatin1String(kCaptureFileName));
     const QString journalPath = folder.filePath(QLatin1String(kJournalFileName));
     const EarlierSession earlier = ReadEarlierSession(capturePath, journalPath);
     SessionJournal journal = earlier.journal.value_or(SessionJournal{});
-    if (journal.saved) return;
+    if (journal.saved) {
+        DeleteRunning(capturePath, journalPath);
+        return;
+    }
     const std::string capture = WithPendingShot(earlier.capture, journal);
     const std::size_t shots = CapturedShots(capture).size();
     if (shots == 0) return;
@@ -107,8 +116,7 @@ void SetAside(const QDir& folder) {
     // makes the same two files again, after it there is nothing to repeat.
     journal.saved = true;
     journal.Write(journalPath);
-    DeleteIfThere(capturePath);
-    DeleteFile(journalPath);
+    DeleteRunning(capturePath, journalPath);
 }
 
 }  // namespace
