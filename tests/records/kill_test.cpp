@@ -1,0 +1,195 @@
+// Kills a session and its recovery at every single change of the disk, before it, in the middle of
+// a write and after it, and looks at what the next start finds.
+
+#include <gtest/gtest.h>
+
+#include <QProcess>
+#include <functional>
+
+#include "common/files.h"
+#include "records/capture_file.h"
+#include "records/session_journal.h"
+#include "tests/records/captures.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+using test::FileBytes;
+using test::PutFile;
+using test::TemporaryFolder;
+
+std::string Shot(int number) {
+    return test::CaptureBlock(test::ImageWithPoints(number));
+}
+
+struct RunResult {
+    bool killed = false;
+    int completed = 0;  // shots that the screen called complete
+};
+
+RunResult Run(const char* what, const QString& folder, const QString& when, int at) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(DAVO_KILL_AT_LIBRARY));
+    environment.insert(QStringLiteral("DAVO_KILL_FOLDERS"), folder);
+    environment.insert(QStringLiteral("DAVO_KILL_AT"), QString::number(at));
+    environment.insert(QStringLiteral("DAVO_KILL_WHEN"), when);
+    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("verify_asan_link_order=0"));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(DAVO_KILL_SESSION), {QString::fromLatin1(what), folder});
+    EXPECT_TRUE(process.waitForFinished());
+    const bool killed = process.exitStatus() == QProcess::CrashExit;
+    if (!killed) {
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    }
+    return {killed, static_cast<int>(process.readAllStandardOutput().count("complete"))};
+}
+
+// Runs what in a folder that prepare has filled, killed at every point in turn until it gets to
+// its end unharmed, and hands each result to check. Returns the number of kills.
+int KillEverywhere(const char* what, const std::function<void(const TemporaryFolder&)>& prepare,
+                   const std::function<void(const TemporaryFolder&, const RunResult&)>& check) {
+    int kills = 0;
+    for (const char* when : {"before", "half", "after"}) {
+        for (int at = 1; !testing::Test::HasFailure(); ++at) {
+            SCOPED_TRACE(std::string(what) + " killed " + when + " call " + std::to_string(at));
+            const TemporaryFolder folder;
+            prepare(folder);
+            const RunResult result = Run(what, folder.Path(), QString::fromLatin1(when), at);
+            check(folder, result);
+            if (!result.killed) break;
+            ++kills;
+        }
+    }
+    return kills;
+}
+
+// The next start lists one session of the given bytes, and so does the one after it.
+void ExpectRecovered(const TemporaryFolder& folder, const std::string& bytes) {
+    for (int start = 1; start <= 2; ++start) {
+        const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
+        ASSERT_EQ(sessions.size(), 1U);
+        EXPECT_EQ(FileBytes(sessions[0].capturePath), bytes);
+        EXPECT_EQ(sessions[0].journal.testNotes, "notes");
+        EXPECT_FALSE(QFile::exists(folder.Path("TESTFILE.txt")));
+        EXPECT_FALSE(QFile::exists(folder.Path("TESTFILE.jnl")));
+    }
+}
+
+void ExpectShotsRecovered(const TemporaryFolder& folder, const RunResult& result, bool equal) {
+    const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
+    ASSERT_LE(sessions.size(), 1U);
+    const int shots = sessions.empty() ? 0 : sessions[0].shots;
+    // A shot may be on the disk before the screen says so, never the other way round.
+    EXPECT_GE(shots, result.completed);
+    EXPECT_LE(shots, result.completed + 1);
+    std::string bytes;
+    for (int shot = 1; shot <= shots; ++shot)
+        bytes += Shot(equal ? 1 : shot);
+    const std::size_t emptyLine = 2;
+    const std::string found = sessions.empty() ? "" : FileBytes(sessions[0].capturePath);
+    // The empty line behind the last shot may be missing: it separates only.
+    EXPECT_TRUE(bytes.starts_with(found) && found.size() + emptyLine >= bytes.size()) << found;
+    if (shots > 0) {
+        EXPECT_EQ(sessions[0].journal.testNotes, "notes");
+    }
+    EXPECT_EQ(SetAsideUnsavedSessions(folder.Path()).size(), sessions.size());
+}
+
+TEST(Kill, NoCompleteShotOfASessionIsLost) {
+    for (const bool equal : {false, true}) {
+        const int kills = KillEverywhere(
+            equal ? "equal" : "session", [](const TemporaryFolder&) {},
+            [equal](const TemporaryFolder& folder, const RunResult& result) {
+                ExpectShotsRecovered(folder, result, equal);
+            });
+        EXPECT_GT(kills, 60);
+    }
+}
+
+void PrepareSession(const TemporaryFolder& folder, const std::string& capture, int shotsInCapture,
+                    const std::string& pending) {
+    PutFile(folder.Path("TESTFILE.txt"), capture);
+    SessionJournal journal;
+    journal.testNotes = "notes";
+    journal.shotsInCapture = shotsInCapture;
+    journal.pendingShot = pending;
+    journal.Write(folder.Path("TESTFILE.jnl"));
+}
+
+TEST(Kill, SettingAsideNeitherLosesNorDoubles) {
+    struct Case {
+        std::string capture;
+        int shotsInCapture;
+        std::string pending;
+        std::string expected;
+    };
+    const std::string both = Shot(1) + Shot(2);
+    for (const Case& before :
+         {Case{both, 2, "", both}, Case{Shot(1), 1, Shot(2), both}, Case{"", 0, Shot(1), Shot(1)},
+          Case{both, 1, Shot(2), both}, Case{Shot(1), 1, Shot(1), Shot(1) + Shot(1)},
+          Case{Shot(1) + Shot(2).substr(0, 700), 1, Shot(2), both}}) {
+        const int kills = KillEverywhere(
+            "set-aside",
+            [&before](const TemporaryFolder& folder) {
+                PrepareSession(folder, before.capture, before.shotsInCapture, before.pending);
+            },
+            [&before](const TemporaryFolder& folder, const RunResult&) {
+                ExpectRecovered(folder, before.expected);
+            });
+        EXPECT_GE(kills, 10);
+    }
+}
+
+TEST(Kill, SettingAsideAPendingShotWithoutACapture) {
+    KillEverywhere(
+        "set-aside",
+        [](const TemporaryFolder& folder) {
+            PrepareSession(folder, "", 0, Shot(1));
+            DeleteFile(folder.Path("TESTFILE.txt"));
+        },
+        [](const TemporaryFolder& folder, const RunResult&) { ExpectRecovered(folder, Shot(1)); });
+}
+
+TEST(Kill, SettingAsideWithADamagedJournalOrNone) {
+    for (const bool damaged : {false, true}) {
+        KillEverywhere(
+            "set-aside",
+            [damaged](const TemporaryFolder& folder) {
+                PutFile(folder.Path("TESTFILE.txt"), Shot(1));
+                if (damaged) PutFile(folder.Path("TESTFILE.jnl"), "damaged");
+            },
+            [](const TemporaryFolder& folder, const RunResult&) {
+                const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
+                ASSERT_EQ(sessions.size(), 1U);
+                EXPECT_EQ(FileBytes(sessions[0].capturePath), Shot(1));
+                EXPECT_FALSE(QFile::exists(folder.Path("TESTFILE.txt")));
+            });
+    }
+}
+
+TEST(Kill, AnsweringLosesNothing) {
+    for (const char* answer : {"saved", "not-saved"}) {
+        KillEverywhere(
+            answer,
+            [](const TemporaryFolder& folder) {
+                PrepareSession(folder, Shot(1), 1, "");
+                ASSERT_EQ(SetAsideUnsavedSessions(folder.Path()).size(), 1U);
+            },
+            [answer](const TemporaryFolder& folder, const RunResult& result) {
+                const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
+                EXPECT_LE(sessions.size(), result.killed ? 1U : 0U);
+                const QStringList captures =
+                    QDir(folder.Path()).entryList({QStringLiteral("TESTFILE-*.txt")});
+                const bool mayBeGone = std::string(answer) == "saved" && sessions.empty();
+                EXPECT_TRUE(mayBeGone || captures.size() == 1);
+                for (const QString& name : captures) {
+                    EXPECT_EQ(FileBytes(folder.Path() + name), Shot(1));
+                }
+            });
+    }
+}
+
+}  // namespace
+}  // namespace davo

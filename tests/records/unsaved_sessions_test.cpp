@@ -1,0 +1,241 @@
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+
+#include "common/run_time_error.h"
+#include "records/capture_file.h"
+#include "records/session_journal.h"
+#include "tests/records/captures.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+using test::FileBytes;
+using test::PutFile;
+using test::TemporaryFolder;
+
+const QDateTime kLastShot(QDate(2026, 11, 21), QTime(9, 32, 15));
+
+std::string Shot(int number) {
+    return test::CaptureBlock(EncodeRecordImage(test::ImageWithPoints(number)),
+                              std::to_string(number));
+}
+
+SessionJournal Journal(int shotsInCapture, const std::string& pending = {}) {
+    SessionJournal journal;
+    journal.header.Field(0) = "ACME";
+    journal.header.headerFields[kHeaderDate] = "11/21/26";
+    journal.testNotes = "notes";
+    journal.shotsInCapture = shotsInCapture;
+    journal.pendingShot = pending;
+    return journal;
+}
+
+class UnsavedSessionsTest : public testing::Test {
+  protected:
+    void PutCapture(const std::string& bytes, const QDateTime& time = kLastShot) const {
+        PutFile(capture_, bytes);
+        QFile file(capture_);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(time, QFileDevice::FileModificationTime));
+    }
+
+    std::vector<UnsavedSession> SetAside() const { return SetAsideUnsavedSessions(folder_.Path()); }
+
+    // One session of the wanted bytes under the wanted name, and nothing under the running names.
+    void ExpectSetAside(const std::string& bytes, int shots, const char* stem) const {
+        const std::vector<UnsavedSession> sessions = SetAside();
+        ASSERT_EQ(sessions.size(), 1U);
+        EXPECT_EQ(sessions[0].capturePath, folder_.Path(stem) + QStringLiteral(".txt"));
+        EXPECT_EQ(sessions[0].journalPath, folder_.Path(stem) + QStringLiteral(".jnl"));
+        EXPECT_EQ(FileBytes(sessions[0].capturePath), bytes);
+        EXPECT_EQ(sessions[0].shots, shots);
+        ExpectNothingRunning();
+    }
+
+    void ExpectNothingRunning() const {
+        EXPECT_FALSE(QFile::exists(capture_));
+        EXPECT_FALSE(QFile::exists(journal_));
+    }
+
+    QStringList Files() const { return QDir(folder_.Path()).entryList(QDir::Files | QDir::Hidden); }
+
+    TemporaryFolder folder_;
+    QString capture_ = folder_.Path("TESTFILE.txt");
+    QString journal_ = folder_.Path("TESTFILE.jnl");
+    const char* stem_ = "TESTFILE-20261121-093215";
+};
+
+TEST_F(UnsavedSessionsTest, EmptyFolderHasNone) {
+    EXPECT_TRUE(SetAside().empty());
+    EXPECT_TRUE(Files().isEmpty());
+}
+
+TEST_F(UnsavedSessionsTest, SessionWithoutAShotIsLeft) {
+    PutCapture("");
+    Journal(0).Write(journal_);
+    EXPECT_TRUE(SetAside().empty());
+    EXPECT_EQ(Files().size(), 2);
+    PutCapture("DATA0102\r\n");
+    EXPECT_TRUE(SetAside().empty());
+}
+
+TEST_F(UnsavedSessionsTest, SavedSessionIsNotListed) {
+    PutCapture(Shot(1));
+    SessionJournal journal = Journal(1, Shot(2));
+    journal.saved = true;
+    journal.Write(journal_);
+    EXPECT_TRUE(SetAside().empty());
+    EXPECT_TRUE(Files().isEmpty());
+}
+
+TEST_F(UnsavedSessionsTest, CaptureWithJournal) {
+    PutCapture(Shot(1) + Shot(2));
+    Journal(2).Write(journal_);
+    ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
+    const SessionJournal journal = SetAside().at(0).journal;
+    EXPECT_EQ(journal.header.headerFields, Journal(0).header.headerFields);
+    EXPECT_EQ(journal.testNotes, "notes");
+    EXPECT_EQ(journal.shotsInCapture, 2);
+    EXPECT_EQ(journal.pendingShot, "");
+    EXPECT_FALSE(journal.saved);
+}
+
+TEST_F(UnsavedSessionsTest, CaptureWithoutJournalCountsAsUnsaved) {
+    PutCapture(Shot(1));
+    ExpectSetAside(Shot(1), 1, stem_);
+    EXPECT_EQ(SetAside().at(0).journal.shotsInCapture, 1);
+}
+
+TEST_F(UnsavedSessionsTest, DamagedJournalDoesNotHideTheCapture) {
+    PutCapture(Shot(1));
+    PutFile(journal_, "damaged");
+    ExpectSetAside(Shot(1), 1, stem_);
+    EXPECT_EQ(FileBytes(SetAside().at(0).journalPath), "damaged");
+}
+
+TEST_F(UnsavedSessionsTest, PendingShotIsAppended) {
+    PutCapture(Shot(1));
+    Journal(1, Shot(2)).Write(journal_);
+    ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
+    EXPECT_EQ(SetAside().at(0).journal.pendingShot, "");
+    EXPECT_EQ(SetAside().at(0).journal.shotsInCapture, 2);
+}
+
+TEST_F(UnsavedSessionsTest, PendingShotEqualToTheLastOneIsAShotOfItsOwn) {
+    PutCapture(Shot(1));
+    Journal(1, Shot(1)).Write(journal_);
+    ExpectSetAside(Shot(1) + Shot(1), 2, stem_);
+}
+
+TEST_F(UnsavedSessionsTest, PendingOnlyWithAnEmptyCapture) {
+    PutCapture("");
+    Journal(0, Shot(1)).Write(journal_);
+    ExpectSetAside(Shot(1), 1, stem_);
+}
+
+TEST_F(UnsavedSessionsTest, PendingOnlyWithoutACapture) {
+    Journal(0, Shot(1)).Write(journal_);
+    const std::vector<UnsavedSession> sessions = SetAside();
+    ASSERT_EQ(sessions.size(), 1U);
+    EXPECT_EQ(FileBytes(sessions[0].capturePath), Shot(1));
+    ExpectNothingRunning();
+}
+
+TEST_F(UnsavedSessionsTest, AppendedBeforeTheJournalWasRewritten) {
+    PutCapture(Shot(1) + Shot(2));
+    Journal(1, Shot(2)).Write(journal_);
+    ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
+}
+
+TEST_F(UnsavedSessionsTest, PendingShotAppendedInPart) {
+    const std::string pending = Shot(2);
+    const std::size_t done = pending.find("DONE");
+    for (std::size_t length = 0; length < pending.size(); length += length < done ? 29 : 1) {
+        PutCapture(Shot(1) + pending.substr(0, length));
+        Journal(1, pending).Write(journal_);
+        const std::vector<UnsavedSession> sessions = SetAside();
+        ASSERT_EQ(sessions.size(), 1U);
+        const std::string bytes = FileBytes(sessions[0].capturePath);
+        // The empty line at the end separates, it holds nothing.
+        const bool allButTheEmptyLine = length >= pending.size() - 2;
+        EXPECT_EQ(bytes, Shot(1) + (allButTheEmptyLine ? pending.substr(0, length) : pending))
+            << length;
+        CloseUnsavedSession(sessions[0], true);
+    }
+}
+
+TEST_F(UnsavedSessionsTest, TornTextBeforeThePendingShotGivesWay) {
+    PutCapture(Shot(1) + std::string(300, '\0'));
+    Journal(1, Shot(2)).Write(journal_);
+    ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
+}
+
+TEST_F(UnsavedSessionsTest, SecondTimeListsTheSame) {
+    PutCapture(Shot(1));
+    Journal(1, Shot(2)).Write(journal_);
+    ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
+    const QStringList files = Files();
+    ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
+    EXPECT_EQ(Files(), files);
+}
+
+TEST_F(UnsavedSessionsTest, SeveralAreListedOldestFirst) {
+    PutCapture(Shot(2), kLastShot.addDays(1));
+    SetAside();
+    PutCapture(Shot(1));
+    SetAside();
+    PutCapture(Shot(3));  // of the same second
+    const std::vector<UnsavedSession> sessions = SetAside();
+    ASSERT_EQ(sessions.size(), 3U);
+    EXPECT_EQ(FileBytes(sessions[0].capturePath), Shot(1));
+    EXPECT_EQ(FileBytes(sessions[1].capturePath), Shot(3));
+    EXPECT_EQ(FileBytes(sessions[2].capturePath), Shot(2));
+    EXPECT_EQ(sessions[1].capturePath, folder_.Path("TESTFILE-20261121-093215-2.txt"));
+}
+
+TEST_F(UnsavedSessionsTest, AnsweredWithoutSavingKeepsTheFiles) {
+    PutCapture(Shot(1));
+    Journal(1).Write(journal_);
+    CloseUnsavedSession(SetAside().at(0), false);
+    EXPECT_TRUE(SetAside().empty());
+    EXPECT_EQ(FileBytes(folder_.Path("TESTFILE-20261121-093215.txt")), Shot(1));
+    EXPECT_EQ(SessionJournal::Read(folder_.Path("TESTFILE-20261121-093215.jnl")).testNotes,
+              "notes");
+}
+
+TEST_F(UnsavedSessionsTest, AnsweredWithSavingLeavesNothing) {
+    PutCapture(Shot(1));
+    CloseUnsavedSession(SetAside().at(0), true);
+    EXPECT_TRUE(SetAside().empty());
+    EXPECT_TRUE(Files().isEmpty());
+}
+
+TEST_F(UnsavedSessionsTest, AnsweredDamagedSessionIsNotListedAgain) {
+    PutCapture(Shot(1));
+    PutFile(journal_, "damaged");
+    CloseUnsavedSession(SetAside().at(0), false);
+    EXPECT_TRUE(SetAside().empty());
+}
+
+TEST_F(UnsavedSessionsTest, FolderWithoutASeparatorAtItsEnd) {
+    PutCapture(Shot(1));
+    QString path = folder_.Path();
+    path.chop(1);
+    EXPECT_EQ(SetAsideUnsavedSessions(path).size(), 1U);
+}
+
+TEST_F(UnsavedSessionsTest, FailureLeavesTheSessionUnderItsOwnNames) {
+    PutCapture(Shot(1));
+    Journal(1, Shot(2)).Write(journal_);
+    ASSERT_TRUE(QDir().mkpath(folder_.Path("TESTFILE-20261121-093215.jnl")));
+    EXPECT_THROW(SetAside(), RunTimeError);
+    EXPECT_EQ(FileBytes(capture_), Shot(1));
+    EXPECT_EQ(SessionJournal::Read(journal_).pendingShot, Shot(2));
+    ASSERT_TRUE(QDir().rmdir(folder_.Path("TESTFILE-20261121-093215.jnl")));
+    ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
+}
+
+}  // namespace
+}  // namespace davo
