@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
@@ -52,9 +53,15 @@ std::error_code WriteFlushed(const QString& path, std::string_view bytes) {
 }
 
 std::error_code MoveOver(const QString& from, const QString& to) {
-    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
+    const QByteArray source = QFile::encodeName(from);
+    const QByteArray target = QFile::encodeName(to);
+    // The new file is for the same users as the old one, as far as that may be set.
+    struct stat old {};
+    if (::stat(target.constData(), &old) == 0 &&
+        ::chmod(source.constData(), old.st_mode & 0777U) != 0 && errno != EPERM) {
         return LastError();
     }
+    if (std::rename(source.constData(), target.constData()) != 0) return LastError();
     return FlushFolder(QFileInfo(to).path());
 }
 

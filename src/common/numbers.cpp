@@ -45,14 +45,13 @@ DecimalText DecimalTextOf(double value) {
 
 // Adds one to a whole number written in digits.
 void Increment(std::string& digits) {
-    for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
-        if (*digit != '9') {
-            ++*digit;
-            return;
-        }
-        *digit = '0';
+    const auto last = digits.find_last_not_of('9');
+    if (last == std::string::npos) {
+        digits = '1' + std::string(digits.size(), '0');
+        return;
     }
-    digits.insert(digits.begin(), '1');
+    ++digits[last];
+    digits.replace(last + 1, std::string::npos, digits.size() - last - 1, '0');
 }
 
 // The magnitude times ten to the decimals, rounded half up to a whole number, as digits.

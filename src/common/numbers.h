@@ -21,14 +21,17 @@ double RoundByPicture(double value, std::string_view picture);
 
 // General number form: the shortest decimal text of value with at most 15 significant digits, no
 // leading blank, '.' as decimal point; from 1E+15 up and for tiny values with an exponent
-// ("1E+15", "1.5E-05"). "-0" is never written.
+// ("1E+15", "1.5E-05": below 0.0001). "-0" is never written. Throws RunTimeError 6 (Overflow)
+// when value is not finite.
 std::string GeneralNumber(double value);
 
 // The number that text begins with, blanks ignored: sign, digits, one point, an exponent of E or
 // D; 0 when there is none ("-" gives 0, "12abc" gives 12, " 1 2" gives 12).
+// One too small for a double is 0; one too large throws RunTimeError 6 (Overflow).
 double NumericValue(std::string_view text);
 
-// The number that the whole of text is, blanks at the ends ignored; nothing when it is not one.
+// The number that the whole of text is, blanks at the ends ignored; nothing when it is not one or
+// is too large for a double.
 // For texts that an operator typed and for the instrument's ratio text.
 std::optional<double> WholeNumericValue(std::string_view text);
 

@@ -132,6 +132,17 @@ TEST(ReplaceFileOnLinux, IsDeniedOverAFileThatTheUserMayNotWrite) {
     EXPECT_EQ(ErrorOfPlainUser([&] { ReadWholeFile(path); }), 70);
 }
 
+TEST(ReplaceFileOnLinux, KeepsWhoMayReadAndWrite) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    ReplaceFile(path, "old");
+    SetMode(path, 0640);
+    ReplaceFile(path, "new");
+    struct stat now {};
+    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &now), 0);
+    EXPECT_EQ(now.st_mode & 0777U, 0640U);
+}
+
 TEST(ReplaceFileOnLinux, LeavesTheOldOrTheNewFileAfterAKill) {
     const test::TemporaryFolder folder;
     const QString path = folder.Path("T1.txt");
