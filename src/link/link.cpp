@@ -174,8 +174,12 @@ std::string Link::AwaitText(std::string_view expectedReply) {
 
 std::string Link::AwaitModel(std::string_view expectedReply) {
     std::string reply = AwaitText(expectedReply);
-    while (!endWait_ && !ModelIn(reply) && SleepUntilText(kModelQuiet))
-        reply += port_.Input();
+    while (!endWait_ && !ModelIn(reply)) {
+        const bool quiet = !SleepUntilText(kModelQuiet);
+        const std::string text = port_.Input();
+        if (quiet && text.empty()) break;
+        reply += text;
+    }
     return reply;
 }
 

@@ -20,7 +20,7 @@ struct PresentPort {
 
 // Which device each of COM1 to COM4 stands for.
 class PortDevices {
- public:
+  public:
     virtual ~PortDevices() = default;
 
     // The device of COM<port>; empty when there is none. On Windows the port of that name.

@@ -1,0 +1,45 @@
+#include "link/port_choice.h"
+#include "link/port_devices.h"
+#include "link/port_list_linux.h"
+
+namespace davo {
+
+namespace {
+
+QString ValueName(std::int16_t port) {
+    return QStringLiteral("COM%1").arg(port);
+}
+
+class LinuxPortDevices : public PortDevices {
+  public:
+    explicit LinuxPortDevices(SettingsStore& store) : store_(store) {}
+
+    QString DeviceOf(std::int16_t port) const override {
+        const QString assigned = store_.Read(kApplication, kSection, ValueName(port));
+        return assigned.isEmpty() ? NthUsbAdapter(Present(), port) : assigned;
+    }
+
+    std::vector<PresentPort> Present() const override {
+        return ListPorts(QStringLiteral("/sys/class/tty"));
+    }
+
+    void Assign(std::int16_t port, const QString& device) override {
+        store_.Write(kApplication, kSection, ValueName(port), device);
+    }
+
+    bool NeedsAssignment() const override { return true; }
+
+  private:
+    const QString kApplication = QStringLiteral("DAVO");
+    const QString kSection = QStringLiteral("PORTDEVICES");
+
+    SettingsStore& store_;
+};
+
+}  // namespace
+
+std::unique_ptr<PortDevices> MakePortDevices(SettingsStore& store) {
+    return std::make_unique<LinuxPortDevices>(store);
+}
+
+}  // namespace davo

@@ -34,7 +34,7 @@ enum class CommEvent {
 // The serial control with its own property names. One thread; the callbacks come from the event
 // loop, never from inside a call of this interface other than WaitForText.
 class SerialPort {
- public:
+  public:
     using Time = std::chrono::steady_clock::time_point;
 
     virtual ~SerialPort() = default;
@@ -60,8 +60,8 @@ class SerialPort {
     // other events. True when text waits. For waits far below a millisecond.
     virtual bool WaitForText(Time until) = 0;
 
-    std::function<void(CommEvent)> OnComm;   // receive event, see SetRThreshold; and the errors
-    std::function<void()> OnTextWaiting;     // text has arrived, whatever RThreshold
+    std::function<void(CommEvent)> OnComm;       // receive event, see SetRThreshold; and the errors
+    std::function<void()> OnTextWaiting;         // text has arrived, whatever RThreshold
     std::function<void(QString reason)> OnLost;  // the device went away; the port is closed
 };
 

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+#include "link/port_devices.h"
+
+namespace davo {
+
+// Order of device names: by the text before the trailing number, then by that number, so that
+// ttyUSB2 stands before ttyUSB10.
+bool DeviceNameBefore(const QString& left, const QString& right);
+
+// The device of the port-th (from 1) USB serial adapter in name order; empty when there are fewer.
+QString NthUsbAdapter(std::vector<PresentPort> present, std::int16_t port);
+
+}  // namespace davo
