@@ -11,7 +11,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <csignal>
-#include <set>
 
 #include "common/run_time_error.h"
 
@@ -396,7 +395,6 @@ TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {
     const std::string without = Listing();
     ASSERT_NE(with, without);
 
-    std::set<std::string> seen;
     for (int round = 0; round < 30; ++round) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
@@ -413,9 +411,7 @@ TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {
         ASSERT_EQ(waitpid(child, nullptr, 0), child);
         const std::string found = Listing();
         EXPECT_TRUE(found == with || found == without) << found.size();
-        seen.insert(found);
     }
-    EXPECT_FALSE(seen.empty());
 }
 
 }  // namespace
