@@ -17,10 +17,12 @@ constexpr int kDelay = 1000;  // ms
 
 WaitNotice::WaitNotice(Link& link, QStatusBar& bar)
     : link_(link),
+      bar_(bar),
       lblWait_(new QLabel(QStringLiteral("Waiting for the instrument..."), &bar)),
       cmdStopWait_(new QPushButton(QStringLiteral("Stop &Waiting"), &bar)) {
     lblWait_->setObjectName(QStringLiteral("lblWait"));
     cmdStopWait_->setObjectName(QStringLiteral("cmdStopWait"));
+    bar.setSizeGripEnabled(false);
     bar.addWidget(lblWait_);
     bar.addWidget(cmdStopWait_);
     Show(false);
@@ -40,8 +42,7 @@ void WaitNotice::WaitChanged() {
 }
 
 void WaitNotice::Show(bool show) {
-    lblWait_->setVisible(show);
-    cmdStopWait_->setVisible(show);
+    bar_.setVisible(show);
 }
 
 }  // namespace davo

@@ -23,6 +23,7 @@ class WaitNotice {
     void Show(bool show);
 
     Link& link_;
+    QStatusBar& bar_;
     QLabel* lblWait_;
     QPushButton* cmdStopWait_;
     QTimer delay_;

@@ -15,6 +15,8 @@ namespace davo {
 
 namespace {
 
+// A glove meets them.
+constexpr int kBoxHeight = 32;
 constexpr int kButtonHeight = 44;
 
 }  // namespace
@@ -40,12 +42,14 @@ frmHeader::frmHeader(HeaderTable& header, std::string& testNotes, Prompts& promp
 
 void frmHeader::BuildBoxes(QVBoxLayout* column) {
     auto* form = new QFormLayout;
+    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     for (int i = 0; i < kHeaderFieldCount; ++i) {
         const auto at = static_cast<std::size_t>(i);
         auto* box = new QLineEdit(this);
         box->setObjectName(QStringLiteral("txtHeader%1").arg(i));
         box->setText(FromPage(TrimBlanks(header_.Field(i))));
         box->setMinimumWidth(box->fontMetrics().averageCharWidth() * 32);
+        box->setMinimumHeight(kBoxHeight);
         KeepToPage(box);
         // What the boxes hold is no longer what is used.
         connect(box, &QLineEdit::textEdited, this, [this] { lblUsed_->clear(); });

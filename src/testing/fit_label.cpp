@@ -11,8 +11,9 @@ namespace {
 
 constexpr int kTextFlags = Qt::AlignCenter | Qt::TextWordWrap | Qt::TextShowMnemonic;
 constexpr int kSmallestPixelSize = 8;
-constexpr int kMargin = 8;
-constexpr int kAlertFrame = 5;
+constexpr int kMargin = 5;
+constexpr int kArrowMargin = 10;
+constexpr int kAlertFrame = 4;
 
 // Black on this yellow is the hazard sign everywhere, in light and dark surroundings alike.
 const QColor kHazard(0xFF, 0xD4, 0x00);
@@ -99,10 +100,10 @@ void FitLabel::paintEvent(QPaintEvent* /*event*/) {
         painter.setBrush(palette().color(QPalette::Highlight));
         painter.drawRoundedRect(rect(), kMargin, kMargin);
         ink = palette().color(QPalette::HighlightedText);
-        const int side = height() - 4 * kMargin;
+        const int side = height() - 2 * kArrowMargin;
         QPolygon arrow;
-        arrow << QPoint(2 * kMargin, 2 * kMargin) << QPoint(2 * kMargin, 2 * kMargin + side)
-              << QPoint(2 * kMargin + side, height() / 2);
+        arrow << QPoint(kArrowMargin, kArrowMargin) << QPoint(kArrowMargin, kArrowMargin + side)
+              << QPoint(kArrowMargin + side, height() / 2);
         painter.setBrush(ink);
         painter.drawPolygon(arrow);
     }

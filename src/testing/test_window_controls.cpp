@@ -5,6 +5,8 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMargins>
+#include <QPalette>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <string>
@@ -20,10 +22,17 @@ namespace davo {
 namespace {
 
 constexpr double kPromptGrowth = 2.0;
-constexpr double kConfirmCapitals = 6.0;  // mm
+constexpr double kConfirmCapitals = 5.5;  // mm
 constexpr double kDamageCapitals = 4.0;   // mm
-constexpr double kHeadingGrowth = 1.5;
-constexpr double kBoxGrowth = 1.2;
+constexpr double kDamageGrowth = kPromptCapitals / kDamageCapitals;
+constexpr int kDamageStretch = 3;         // it comes when the prompt is empty
+constexpr double kHeadingCapitals = 5.0;  // mm
+constexpr double kCaptionGrowth = 1.2;
+constexpr double kBoxGrowth = 1.4;
+constexpr int kInputHeight = 34;  // a glove meets it
+constexpr QMargins kMargins(8, 5, 8, 6);
+constexpr int kIndent = 12;  // between the readings and the results
+constexpr int kSpacing = 4;  // what is saved here is the prompt's on a small screen
 
 template <class Control>
 Control* Named(Control* control, const char* name) {
@@ -31,16 +40,36 @@ Control* Named(Control* control, const char* name) {
     return control;
 }
 
-void Enlarge(QWidget* widget, double growth, bool bold = false) {
+void Enlarge(QWidget* widget, double growth) {
     QFont font = widget->font();
     font.setPointSizeF(font.pointSizeF() * growth);
-    font.setBold(bold);
     widget->setFont(font);
+}
+
+void EnlargeTo(QWidget* widget, double capitals) {
+    QFont font = widget->font();
+    font.setBold(true);
+    font.setPixelSize(PixelSizeForCapitals(font, capitals, *widget));
+    widget->setFont(font);
+}
+
+// What is disabled is still to be read in sunlight: half way between the ink and the ground.
+void DarkenDisabledText(QWidget* window) {
+    QPalette palette = window->palette();
+    const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const QColor middle((ink.red() + ground.red()) / 2, (ink.green() + ground.green()) / 2,
+                        (ink.blue() + ground.blue()) / 2);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, middle);
+    }
+    window->setPalette(palette);
 }
 
 QLabel* Caption(QWidget* window, const char* name, const char* text) {
     auto* label = Named(new QLabel(QLatin1String(text), window), name);
     label->setTextFormat(Qt::PlainText);
+    Enlarge(label, kCaptionGrowth);
     return label;
 }
 
@@ -54,6 +83,13 @@ QLineEdit* ResultBox(QWidget* window, const char* name, QLabel* label) {
     return box;
 }
 
+template <class Layout>
+Layout* Tight(Layout* layout) {
+    layout->setContentsMargins(kMargins);
+    layout->setSpacing(kSpacing);
+    return layout;
+}
+
 // As wide as text at least.
 void MakeRoomFor(QLineEdit* box, const char* text) {
     const int frame = box->sizeHint().width() -
@@ -62,10 +98,7 @@ void MakeRoomFor(QLineEdit* box, const char* text) {
 }
 
 void MakeReading(QLineEdit* box) {
-    QFont font = box->font();
-    font.setBold(true);
-    font.setPixelSize(PixelSizeForCapitals(font, kReadingCapitals, *box));
-    box->setFont(font);
+    EnlargeTo(box, kReadingCapitals);
     box->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     MakeRoomFor(box, "0000.00");
 }
@@ -127,7 +160,8 @@ void PaintControls(const TestWindowControls& c, const TestScreen* painted,
 }  // namespace
 
 TestWindowControls::TestWindowControls(QWidget* window) {
-    auto* column = new QVBoxLayout(window);
+    DarkenDisabledText(window);
+    auto* column = Tight(new QVBoxLayout(window));
     column->addLayout(BuildTopRow(window));
     BuildMessage(window);
     column->addWidget(frmeMessage, 1);
@@ -145,9 +179,11 @@ TestWindowControls::TestWindowControls(QWidget* window) {
 
 QHBoxLayout* TestWindowControls::BuildTopRow(QWidget* window) {
     lblTest = Caption(window, "lblTest", "");
-    Enlarge(lblTest, kHeadingGrowth, true);
+    EnlargeTo(lblTest, kHeadingCapitals);
+    QSizePolicy keepsRoom(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    keepsRoom.setRetainSizeWhenHidden(true);
+    lblTest->setSizePolicy(keepsRoom);
     lblTime = Caption(window, "lblTime", "");
-    Enlarge(lblTime, kBoxGrowth);
     auto* row = new QHBoxLayout;
     row->addWidget(lblTest, 1);
     row->addWidget(lblTime);
@@ -159,18 +195,18 @@ void TestWindowControls::BuildMessage(QWidget* window) {
     lblMessage = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblMessage");
     lblConfirm = Named(new FitLabel(kConfirmCapitals, 1.0, frmeMessage), "lblConfirm");
     lblConfirm->SetCallToAct(true);
-    lblDamage = Named(new FitLabel(kDamageCapitals, 1.0, frmeMessage), "lblDamage");
+    lblDamage = Named(new FitLabel(kDamageCapitals, kDamageGrowth, frmeMessage), "lblDamage");
     lblDamage->SetAlert(true);
     // The prompt keeps its size when the call to confirm comes and goes.
     QSizePolicy keepsRoom(QSizePolicy::Expanding, QSizePolicy::Fixed);
     keepsRoom.setRetainSizeWhenHidden(true);
     lblConfirm->setSizePolicy(keepsRoom);
-    lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     lblMessage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    auto* column = new QVBoxLayout(frmeMessage);
+    auto* column = Tight(new QVBoxLayout(frmeMessage));
     column->addWidget(lblMessage, 1);
     column->addWidget(lblConfirm);
-    column->addWidget(lblDamage);
+    column->addWidget(lblDamage, kDamageStretch);
 }
 
 QHBoxLayout* TestWindowControls::BuildResults(QWidget* window) {
@@ -186,7 +222,7 @@ QHBoxLayout* TestWindowControls::BuildResults(QWidget* window) {
 
 void TestWindowControls::BuildData(QWidget* window) {
     Frame3 = Named(new QGroupBox(QStringLiteral("DATA"), window), "Frame3");
-    auto* grid = new QGridLayout(Frame3);
+    auto* grid = Tight(new QGridLayout(Frame3));
     auto* current = Caption(Frame3, "Label1", "Current:");
     auto* voltage = Caption(Frame3, "Label2", "Voltage:");
     auto* ratio = Caption(Frame3, "Label3", "Ratio:");
@@ -199,7 +235,7 @@ void TestWindowControls::BuildData(QWidget* window) {
     txtPE = ResultBox(Frame3, "txtPE", lblPE);
     MakeReading(txtCur);
     MakeReading(txtVolt);
-    MakeRoomFor(txtPolarity, "OUT OF PHASE ");
+    MakeRoomFor(txtPolarity, "UNDETERMINED");
     // Six lines, so that two large readings stand beside three results.
     grid->addWidget(current, 0, 0, 3, 1);
     grid->addWidget(txtCur, 0, 1, 3, 1);
@@ -211,6 +247,9 @@ void TestWindowControls::BuildData(QWidget* window) {
     grid->addWidget(txtPolarity, 2, 3, 2, 1);
     grid->addWidget(lblPE, 4, 2, 2, 1);
     grid->addWidget(txtPE, 4, 3, 2, 1);
+    ratio->setIndent(kIndent);
+    polarity->setIndent(kIndent);
+    lblPE->setIndent(kIndent);
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(3, 2);
 }
@@ -218,11 +257,12 @@ void TestWindowControls::BuildData(QWidget* window) {
 void TestWindowControls::BuildInputs(QWidget* window) {
     Frame4 = Named(new QGroupBox(QStringLiteral("Operator Inputs (Nameplate Currents)"), window),
                    "Frame4");
-    auto* grid = new QGridLayout(Frame4);
+    auto* grid = Tight(new QGridLayout(Frame4));
     const auto input = [this](const char* name, const QLabel* label) {
         auto* box = Named(new QLineEdit(Frame4), name);
         box->setAccessibleName(label->text());
         Enlarge(box, kBoxGrowth);
+        box->setMinimumHeight(kInputHeight);
         KeepToPage(box);
         return box;
     };
@@ -242,12 +282,11 @@ void TestWindowControls::BuildInputs(QWidget* window) {
 
 void TestWindowControls::BuildCounters(QWidget* window) {
     Frame5 = Named(new QGroupBox(window), "Frame5");
-    auto* column = new QVBoxLayout(Frame5);
+    auto* column = Tight(new QVBoxLayout(Frame5));
     lblSatCount = Caption(Frame5, "lblSatCount", "");
     lblRatioCount = Caption(Frame5, "lblRatioCount", "");
     lblCRCount = Caption(Frame5, "lblCRCount", "");
     for (QLabel* label : {lblSatCount, lblRatioCount, lblCRCount}) {
-        Enlarge(label, kBoxGrowth);
         column->addWidget(label);
     }
     lblRatioCount->setMinimumWidth(
@@ -257,7 +296,7 @@ void TestWindowControls::BuildCounters(QWidget* window) {
 void TestWindowControls::BuildButtons(QWidget* window) {
     Frame1 = Named(new QGroupBox(QStringLiteral("Hit the ESC key to Abort Test && Exit"), window),
                    "Frame1");
-    auto* row = new QHBoxLayout(Frame1);
+    auto* row = Tight(new QHBoxLayout(Frame1));
     const auto add = [this, row](const char* name) {
         auto* button = Named(new BigButton(Frame1), name);
         row->addWidget(button, 1);
