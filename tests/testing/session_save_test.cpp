@@ -1,0 +1,394 @@
+#include "testing/session_save.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include "common/text.h"
+#include "records/record_file.h"
+#include "tests/testing/sequence_bench.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+const QString kSaveQuestion = QStringLiteral("Do you want to save the test record? ");
+const QString kNotSavedQuestion =
+    QStringLiteral("The test record is not saved. Do you still want to exit? ");
+const QString kInnerDot = QStringLiteral("Filename cannot contain ''.''  Please Re-enter.");
+const QString kViewQuestion = QStringLiteral("Do you want to view test results? ");
+
+std::vector<std::string> Utf8(const std::vector<QString>& texts) {
+    std::vector<std::string> result;
+    for (const QString& text : texts)
+        result.push_back(text.toStdString());
+    return result;
+}
+
+// A session with a data folder of its own.
+class SessionSave : public ::testing::Test {
+  protected:
+    SessionSave() {
+        settings.dataPath = bench.folder.Path("Shots_Data/");
+        EXPECT_TRUE(QDir().mkpath(settings.dataPath));
+        bench.OpenFor(true);
+    }
+
+    SaveOutcome Exit(bool offerResults = false) {
+        return ExitAndSave(bench.sequence, settings, offerResults);
+    }
+    // "folder|*.txt" as the prompts keep it.
+    QString Dialog(const QString& folder) const { return folder + QStringLiteral("|*.txt"); }
+    QString Data(const char* name) const { return settings.dataPath + QLatin1String(name); }
+    std::vector<std::string> Shown() const { return Utf8(bench.prompts.shown); }
+
+    SequenceBench bench;
+    Settings settings;
+    std::deque<Answer>& answers = bench.prompts.answers;
+    std::deque<QString>& files = bench.prompts.files;
+};
+
+TEST_F(SessionSave, BeepsTwiceAndStopsTheTimers) {
+    bench.RunRatioShot();
+    bench.beeps = 0;
+    answers = {Answer::No, Answer::Yes};
+    Exit();
+    EXPECT_EQ(bench.beeps, 2);
+    EXPECT_FALSE(bench.sequence.Polling());
+    EXPECT_FALSE(bench.sequence.Clocking());
+}
+
+TEST_F(SessionSave, ClosesWithoutAQuestionWhenNoShotWasTaken) {
+    const SaveOutcome outcome = Exit();
+    EXPECT_TRUE(outcome.closeWindow);
+    EXPECT_TRUE(bench.prompts.shown.empty());
+}
+
+TEST_F(SessionSave, StaysOpenAfterTheShotWasDropped) {
+    bench.RunRatioShot();
+    bench.sequence.cmdContinue_Click();  // "&Repeat Test"
+    const SaveOutcome outcome = Exit();
+    EXPECT_FALSE(outcome.closeWindow);
+    EXPECT_FALSE(bench.sequence.Clocking());
+    EXPECT_TRUE(bench.prompts.shown.empty());
+}
+
+TEST_F(SessionSave, WritesTheRecordFile) {
+    bench.header.Field(0) = PadRight("ACME", 20);
+    bench.session.testNotes = "first\r\nsecond";
+    bench.RunRatioShot("241.2");
+    bench.RunRatioShot("238.8");
+    answers = {Answer::Yes};
+    files = {Data("T1.txt")};
+    const SaveOutcome outcome = Exit();
+    EXPECT_TRUE(outcome.closeWindow);
+    EXPECT_FALSE(outcome.viewResults);
+    EXPECT_EQ(outcome.savedFile, Data("T1.txt"));
+    EXPECT_THAT(Shown(),
+                ElementsAre(kSaveQuestion.toStdString(), Dialog(settings.dataPath).toStdString()));
+    EXPECT_THAT(bench.prompts.presets, ElementsAre(Answer::Yes));
+    const TestRecordFile record = ReadTestRecordFile(Data("T1.txt"));
+    EXPECT_EQ(record.testNumber, "T1");
+    EXPECT_EQ(record.date, "11/21/26");
+    EXPECT_EQ(record.time, "14:05");
+    EXPECT_EQ(record.shots, "02");
+    EXPECT_EQ(TrimBlanks(record.header[0]), "ACME");
+    ASSERT_EQ(record.records.size(), 2U);
+    EXPECT_EQ(record.records[0].measuredRatio, "241.2");
+    EXPECT_EQ(record.records[1].measuredRatio, "238.8");
+    EXPECT_EQ(record.notes, "first\r\nsecond");
+}
+
+TEST_F(SessionSave, MarksTheJournalSavedOnlyAfterASave) {
+    bench.RunRatioShot();
+    EXPECT_FALSE(bench.Journal().saved);
+    answers = {Answer::Yes};
+    files = {Data("T1.txt")};
+    bench.prompts.onMessage = [](const QString& text) { FAIL() << text.toStdString(); };
+    Exit();
+    EXPECT_TRUE(bench.Journal().saved);
+    EXPECT_TRUE(SetAsideUnsavedSessions(bench.places.scratchFolder).empty());
+}
+
+TEST_F(SessionSave, ADeclinedSessionCanStillBeRecovered) {
+    bench.RunRatioShot();
+    answers = {Answer::No, Answer::Yes};
+    const SaveOutcome outcome = Exit();
+    EXPECT_TRUE(outcome.closeWindow);
+    EXPECT_TRUE(outcome.savedFile.isEmpty());
+    EXPECT_THAT(Shown(), ElementsAre(kSaveQuestion.toStdString(), kNotSavedQuestion.toStdString()));
+    EXPECT_THAT(bench.prompts.presets, ElementsAre(Answer::Yes, Answer::No));
+    const auto sessions = SetAsideUnsavedSessions(bench.places.scratchFolder);
+    ASSERT_EQ(sessions.size(), 1U);
+    EXPECT_EQ(sessions.front().shots, 1);
+}
+
+TEST_F(SessionSave, DecliningToExitAsksAgainWhetherToSave) {
+    bench.RunRatioShot();
+    answers = {Answer::No, Answer::No, Answer::Yes};
+    files = {Data("T1.txt")};
+    EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
+    EXPECT_THAT(Shown(),
+                ElementsAre(kSaveQuestion.toStdString(), kNotSavedQuestion.toStdString(),
+                            kSaveQuestion.toStdString(), Dialog(settings.dataPath).toStdString()));
+}
+
+TEST_F(SessionSave, AnEmptyNameClosesWithoutSaving) {
+    bench.RunRatioShot();
+    answers = {Answer::Yes};
+    files = {QString()};
+    const SaveOutcome outcome = Exit(true);
+    EXPECT_TRUE(outcome.closeWindow);
+    EXPECT_TRUE(outcome.savedFile.isEmpty());
+    EXPECT_FALSE(bench.Journal().saved);
+    EXPECT_TRUE(QDir(settings.dataPath).isEmpty());
+}
+
+TEST_F(SessionSave, AnInnerDotIsRefusedAndTheDialogShownAgain) {
+    bench.RunRatioShot();
+    answers = {Answer::Yes};
+    files = {Data("My.Test.txt"), Data("My.Test"), Data("T1.dat"), Data("T1.txt")};
+    Exit();
+    const std::string dialog = Dialog(settings.dataPath).toStdString();
+    const std::string refused = kInnerDot.toStdString();
+    EXPECT_THAT(Shown(), ElementsAre(kSaveQuestion.toStdString(), dialog, refused, dialog, refused,
+                                     dialog, refused, dialog));
+    EXPECT_EQ(QDir(settings.dataPath).entryList(QDir::Files),
+              QStringList(QStringLiteral("T1.txt")));
+}
+
+TEST_F(SessionSave, ANameWithoutAnExtensionGetsOne) {
+    bench.RunRatioShot();
+    answers = {Answer::Yes};
+    files = {Data("T1")};
+    EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).testNumber, "T1");
+}
+
+TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
+    bench.RunRatioShot();
+    answers = {Answer::Yes};
+    files = {settings.dataPath + QStringLiteral("\u03A9.txt"),
+             settings.dataPath + QStringLiteral("M\u00FCller.txt")};
+    EXPECT_EQ(Exit().savedFile, settings.dataPath + QStringLiteral("M\u00FCller.txt"));
+    EXPECT_EQ(bench.prompts.shown.at(2),
+              QStringLiteral("Filename contains a character that cannot be written in a test "
+                             "record.  Please Re-enter."));
+    EXPECT_EQ(ReadTestRecordFile(settings.dataPath + QStringLiteral("M\u00FCller.txt")).testNumber,
+              "M\xFCller");
+}
+
+TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
+    bench.RunRatioShot();
+    const QString before = settings.dataPath;
+    const QString other = bench.folder.Path("Other/");
+    ASSERT_TRUE(QDir().mkpath(other));
+    answers = {Answer::Yes};
+    files = {other + QStringLiteral("T1.txt")};
+    const QString target = other + QStringLiteral("Shots_Data/T1.txt");
+    EXPECT_EQ(Exit().savedFile, target);
+    EXPECT_EQ(ReadTestRecordFile(target).testNumber, "T1");
+    EXPECT_FALSE(FileExists(before + QStringLiteral("T1.txt")));
+    EXPECT_EQ(settings.dataPath, before) << "the data path is put back";
+}
+
+TEST_F(SessionSave, AnotherDataFolderThatExistsIsNotWrittenTo) {
+    bench.RunRatioShot();
+    const QString other = bench.folder.Path("Other/Shots_Data/");
+    ASSERT_TRUE(QDir().mkpath(other));
+    answers = {Answer::Yes};
+    files = {bench.folder.Path("Other/T1.txt")};
+    EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
+    EXPECT_TRUE(QDir(other).isEmpty());
+
+    bench.OpenFor(true);
+    bench.RunRatioShot();
+    answers = {Answer::Yes};
+    files = {other + QStringLiteral("T2.txt")};
+    EXPECT_EQ(Exit().savedFile, Data("T2.txt"));
+    EXPECT_TRUE(QDir(other).isEmpty());
+}
+
+TEST_F(SessionSave, AnExistingFileIsReplacedOnlyAfterYes) {
+    bench.RunRatioShot("241.2");
+    ReplaceFile(Data("T1.txt"), "old");
+    answers = {Answer::Yes, Answer::No, Answer::Yes, Answer::Yes};
+    files = {Data("T1.txt"), Data("T1.txt")};
+    Exit();
+    const std::string dialog = Dialog(settings.dataPath).toStdString();
+    const std::string exists = "File 'T1.txt' exists. Do you want to override? ";
+    EXPECT_THAT(Shown(), ElementsAre(kSaveQuestion.toStdString(), dialog, exists,
+                                     kSaveQuestion.toStdString(), dialog, exists));
+    EXPECT_THAT(bench.prompts.presets,
+                ElementsAre(Answer::Yes, Answer::No, Answer::Yes, Answer::No));
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.at(0).measuredRatio, "241.2");
+}
+
+TEST_F(SessionSave, ARefusedOverrideKeepsTheOldFile) {
+    bench.RunRatioShot();
+    ReplaceFile(Data("T1.txt"), "old");
+    answers = {Answer::Yes, Answer::No, Answer::No, Answer::Yes};
+    files = {Data("T1.txt")};
+    EXPECT_TRUE(Exit().savedFile.isEmpty());
+    EXPECT_EQ(ReadWholeFile(Data("T1.txt")), "old");
+}
+
+TEST_F(SessionSave, AFailedSaveIsSaidAndCanBeDoneElsewhere) {
+    bench.RunRatioShot();
+    // A file where a folder is needed: nothing can be written in it.
+    const QString blocked = bench.folder.Path("blocked");
+    ReplaceFile(blocked, "");
+    const QString before = settings.dataPath;
+    answers = {Answer::Yes, Answer::Yes};
+    files = {blocked + QStringLiteral("/T1.txt"), Data("T2.txt")};
+    const SaveOutcome outcome = Exit();
+    EXPECT_EQ(outcome.savedFile, before + QStringLiteral("T2.txt"));
+    EXPECT_EQ(settings.dataPath, before);
+    ASSERT_EQ(bench.prompts.shown.size(), 5U);
+    EXPECT_THAT(bench.prompts.shown.at(2).toStdString(),
+                HasSubstr("The test record was not saved.\r\nRun-time error '"));
+    EXPECT_EQ(bench.prompts.shown.at(3), kSaveQuestion);
+}
+
+TEST_F(SessionSave, AVanishedDataFolderIsSaidAndTheSessionKept) {
+    bench.RunRatioShot();
+    // It vanishes between the question and the writing; no folder is made, for it was there.
+    answers = {Answer::Yes, Answer::No, Answer::Yes};
+    const QString other = bench.folder.Path("Other/Shots_Data/");
+    ASSERT_TRUE(QDir().mkpath(other));
+    files = {other + QStringLiteral("T1.txt")};
+    ASSERT_TRUE(QDir(settings.dataPath).removeRecursively());
+    EXPECT_TRUE(Exit().savedFile.isEmpty());
+    EXPECT_THAT(bench.prompts.shown.at(2).toStdString(), HasSubstr("Path not found"));
+    EXPECT_EQ(SetAsideUnsavedSessions(bench.places.scratchFolder).size(), 1U);
+}
+
+TEST_F(SessionSave, APendingShotThatCannotBeWrittenKeepsTheWindow) {
+    bench.RunRatioShot();
+    bench.sequence.Capture().Close();  // as after the loss of its disk
+    const SaveOutcome outcome = Exit();
+    EXPECT_FALSE(outcome.closeWindow);
+    ASSERT_EQ(bench.prompts.shown.size(), 1U);
+    EXPECT_THAT(bench.prompts.shown.front().toStdString(),
+                HasSubstr("The last shot could not be written; the session is kept.\r\n"
+                          "Run-time error '"));
+    EXPECT_TRUE(bench.sequence.ShotPending());
+}
+
+TEST_F(SessionSave, AsksForTheResultsWhenThereIsAReport) {
+    bench.RunRatioShot();
+    answers = {Answer::Yes, Answer::Yes};
+    files = {Data("T1.txt")};
+    EXPECT_TRUE(Exit(true).viewResults);
+    EXPECT_EQ(bench.prompts.shown.back(), kViewQuestion);
+
+    bench.OpenFor(true);
+    bench.RunRatioShot();
+    answers = {Answer::Yes, Answer::No};
+    files = {Data("T2.txt")};
+    const SaveOutcome outcome = Exit(true);
+    EXPECT_FALSE(outcome.viewResults);
+    EXPECT_TRUE(outcome.closeWindow);
+}
+
+// Sessions of an earlier run: the program was killed while bench ran them.
+class UnsavedSessions : public SessionSave {
+  protected:
+    void Offer() {
+        OfferUnsavedSessions(bench.sequence.Around(), settings);
+        EXPECT_TRUE(answers.empty());
+        EXPECT_TRUE(files.empty());
+    }
+    static QString Question(const char* shots) {
+        return QStringLiteral(
+                   "An earlier session of 11/21/26 14:05 with %1 was never saved. Do "
+                   "you want to save it as a test record file now?")
+            .arg(QLatin1String(shots));
+    }
+};
+
+TEST_F(UnsavedSessions, NothingIsAskedWithoutOne) {
+    Offer();
+    EXPECT_TRUE(bench.prompts.shown.empty());
+}
+
+TEST_F(UnsavedSessions, YesSavesItWithItsOwnHeaderAndNotes) {
+    bench.header.Field(1) = PadRight("NORTH", 20);
+    bench.session.testNotes = "old notes";
+    bench.RunRatioShot("241.2");
+    bench.RunRatioShot("238.8");
+    bench.header = {};
+    bench.session = {};
+    answers = {Answer::Yes};
+    files = {Data("Old.txt")};
+    Offer();
+    EXPECT_EQ(bench.prompts.shown.front(), Question("2 shots"));
+    EXPECT_THAT(bench.prompts.presets, ElementsAre(Answer::Yes));
+    const TestRecordFile record = ReadTestRecordFile(Data("Old.txt"));
+    EXPECT_EQ(record.shots, "02");
+    EXPECT_EQ(record.date, "11/21/26");
+    EXPECT_EQ(TrimBlanks(record.header[1]), "NORTH");
+    EXPECT_EQ(record.notes, "old notes");
+    ASSERT_EQ(record.records.size(), 2U);
+    EXPECT_EQ(record.records[1].measuredRatio, "238.8");
+    Offer();
+    EXPECT_EQ(bench.prompts.shown.size(), 2U) << "not offered again";
+}
+
+TEST_F(UnsavedSessions, NoKeepsItUnderItsDatedNameAndSaysWhere) {
+    bench.RunRatioShot();
+    answers = {Answer::No};
+    Offer();
+    ASSERT_EQ(bench.prompts.shown.size(), 2U);
+    EXPECT_EQ(bench.prompts.shown.front(), Question("1 shot"));
+    const QString said = bench.prompts.shown.back();
+    const QString start = QStringLiteral("The session is kept in '");
+    ASSERT_TRUE(said.startsWith(start)) << said.toStdString();
+    const QString kept = said.mid(start.size()).chopped(2);
+    EXPECT_THAT(ReadWholeFile(kept), HasSubstr("MEASURED RATIO: 240.0"));
+    Offer();
+    EXPECT_EQ(bench.prompts.shown.size(), 2U) << "not offered again";
+}
+
+TEST_F(UnsavedSessions, WithoutANameItIsOfferedAgainNextTime) {
+    bench.RunRatioShot();
+    answers = {Answer::Yes};
+    files = {QString()};
+    Offer();
+    answers = {Answer::Yes};
+    files = {Data("Old.txt")};
+    Offer();
+    EXPECT_EQ(ReadTestRecordFile(Data("Old.txt")).records.size(), 1U);
+}
+
+TEST_F(UnsavedSessions, AFailedSaveAsksAgain) {
+    bench.RunRatioShot();
+    const QString blocked = bench.folder.Path("blocked");
+    ReplaceFile(blocked, "");
+    answers = {Answer::Yes, Answer::Yes};
+    files = {blocked + QStringLiteral("/T1.txt"), Data("T2.txt")};
+    Offer();
+    EXPECT_THAT(bench.prompts.shown.at(2).toStdString(),
+                HasSubstr("The test record was not saved."));
+    EXPECT_EQ(bench.prompts.shown.at(3), Question("1 shot"));
+    EXPECT_EQ(ReadTestRecordFile(Data("T2.txt")).records.size(), 1U);
+}
+
+TEST_F(UnsavedSessions, ACaptureWithoutAJournalIsOfferedWithoutADate) {
+    bench.RunRatioShot();
+    bench.RunRatioShot();  // writes the first one into the capture file
+    DeleteFile(bench.JournalPath());
+    answers = {Answer::No};
+    Offer();
+    EXPECT_EQ(bench.prompts.shown.front(),
+              QStringLiteral("An earlier session with 1 shot was never saved. Do you want to save "
+                             "it as a test record file now?"));
+}
+
+}  // namespace
+
+}  // namespace davo::test
