@@ -21,8 +21,8 @@ double DigitValue(char digit) {
 std::int32_t ParseHexText(std::string_view text) {
     double sum = 0.0;
     double weight = 1.0;
-    for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
-        sum += DigitValue(*digit) * weight;
+    for (std::size_t fromEnd = 1; fromEnd <= text.size(); ++fromEnd) {
+        sum += DigitValue(text[text.size() - fromEnd]) * weight;
         weight *= 16.0;
     }
     const double rounded = std::nearbyint(sum);

@@ -1,6 +1,5 @@
 #include "link/port_devices.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -13,8 +12,6 @@
 
 namespace davo::test {
 namespace {
-
-using testing::ElementsAre;
 
 class MapStore : public SettingsStore {
   public:

@@ -401,7 +401,7 @@ class UnplugTest : public LinkOverSerialPortTest {
         EXPECT_FALSE(port->PortOpen());
         RunEvents(milliseconds(20));
         EXPECT_THAT(prompts.shown, ElementsAre(Link::LostMessage()));
-        EXPECT_FALSE(link.SendCommand("W", "\r\n").size());
+        EXPECT_EQ(link.SendCommand("W", "\r\n"), "");
 
         terminal.PlugIn();
         EXPECT_TRUE(link.OpenComPort(1));
