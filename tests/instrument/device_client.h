@@ -37,7 +37,7 @@ class DeviceClient {
         while (pending_.find(awaited) == std::string::npos) {
             if (!Gather(end)) return std::exchange(pending_, {});
         }
-        const std::string text = pending_.substr(0, pending_.find(awaited) + awaited.size());
+        std::string text = pending_.substr(0, pending_.find(awaited) + awaited.size());
         pending_.erase(0, text.size());
         return text;
     }

@@ -23,7 +23,6 @@ namespace {
 using namespace instrument;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using testing::EndsWith;
 using testing::HasSubstr;
 
 bool LinkExists(const std::string& path) {

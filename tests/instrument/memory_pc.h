@@ -26,7 +26,7 @@ class MemoryPc {
             }
             at = pending_.find(awaited);
         }
-        const std::string text = pending_.substr(0, at + awaited.size());
+        std::string text = pending_.substr(0, at + awaited.size());
         pending_.erase(0, text.size());
         return text;
     }

@@ -27,7 +27,7 @@ constexpr const char* kLower = "MESSAGE=S-L-O-W-L-Y LOWER CURRENT NOW...\r\n";
 constexpr const char* kRatio = "MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)\r\n";
 
 // Removes the prompts and the results; what is left must be nothing but readings.
-void ExpectReadings(std::string text) {
+void ExpectReadings(const std::string& text) {
     const std::regex reading(R"(I=\d+\.\d{4} V=\d+\.\d\r\n)");
     EXPECT_EQ(std::regex_replace(text, reading, ""), "");
 }
