@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
@@ -22,23 +23,49 @@ namespace {
 
 constexpr int kGloveHeight = 40;
 
-// Acts on the next dialog as soon as it is shown.
+// Acts once on the next dialog, as soon as it has the keyboard. One that is still open long after
+// fails the test and is closed, so that none hangs it.
 class WhenShown {
   public:
     template <class Dialog>
-    static std::unique_ptr<QTimer> Do(const char* name, std::function<void(Dialog&)> act) {
-        auto timer = std::make_unique<QTimer>();
-        timer->setInterval(1);
-        QObject::connect(timer.get(), &QTimer::timeout, [name, act, timer = timer.get()] {
-            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr || !dialog->isVisible()) return;
-            timer->stop();
+    static std::unique_ptr<WhenShown> Do(const char* name, std::function<void(Dialog&)> act) {
+        return std::unique_ptr<WhenShown>(new WhenShown([name, act](QDialog& shown) {
+            auto* dialog = qobject_cast<Dialog*>(&shown);
+            ASSERT_NE(dialog, nullptr);
             EXPECT_EQ(dialog->objectName(), QLatin1String(name));
             act(*dialog);
-        });
-        timer->start();
-        return timer;
+        }));
     }
+
+    ~WhenShown() { EXPECT_TRUE(acted_) << "no dialog was shown"; }
+    WhenShown(const WhenShown&) = delete;
+    WhenShown& operator=(const WhenShown&) = delete;
+
+  private:
+    static constexpr int kLimit = 20000;  // milliseconds
+
+    explicit WhenShown(std::function<void(QDialog&)> act) : act_(std::move(act)) {
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Look(); });
+        timer_.start(1);
+        since_.start();
+    }
+
+    void Look() {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr) return;
+        if (since_.elapsed() > kLimit) {
+            ADD_FAILURE() << "the dialog stays open";
+            dialog->done(QDialog::Rejected);
+        } else if (!acted_ && dialog->isActiveWindow()) {
+            acted_ = true;
+            act_(*dialog);
+        }
+    }
+
+    std::function<void(QDialog&)> act_;
+    QTimer timer_;
+    QElapsedTimer since_;
+    bool acted_ = false;
 };
 
 QString ExactText(const QDialog& dialog) {
