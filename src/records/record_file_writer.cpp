@@ -8,13 +8,16 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/capture_file.h"
+#include "records/count_text.h"
 #include "records/record_image.h"
 
 namespace davo {
 
 namespace {
 
-constexpr double kVoltsPerCount = 0.1;
+constexpr int kCurrentDecimals = 4;
+constexpr int kVoltageDecimals = 1;
+constexpr int kPhaseDecimals = 1;
 constexpr double kDegreesPerCount = 0.1;
 
 void PutLine(std::string& file, std::string_view key, std::string_view value,
@@ -36,31 +39,41 @@ void PutHeader(std::string& file, const HeaderTable& header, const RecordFileCon
     }
 }
 
+// The last point comes first, so the lines are made from the last one of the file up.
 void PutPoints(std::string& file, const RecordImage& image) {
-    const std::vector<DataPoint> points = image.Points();
-    for (auto point = points.rbegin(); point != points.rend(); ++point) {
-        file += "CURRENT: ";
-        file += Picture(point->current, "###0.0000");
-        PutLine(file, "VOLTAGE: ", Picture(point->voltage, "###0.0"));
+    BackwardText lines;
+    int points = 0;
+    for (const auto& [current, voltage] : image.slots) {
+        if (current <= 0 || voltage <= 0) continue;
+        ++points;
+        lines.Put(kLineEnd);
+        lines.PutFixed(voltage, kVoltageDecimals);
+        lines.Put("VOLTAGE: ");
+        lines.PutFixed(image.CurrentSteps(current), kCurrentDecimals);
+        lines.Put("CURRENT: ");
     }
-    PutLine(file, "NUMBER OF DATA POINTS: ", std::to_string(points.size()));
+    file += lines.Text();
+    PutLine(file, "NUMBER OF DATA POINTS: ", std::to_string(points));
 }
 
 void PutShot(std::string& file, std::size_t number, const CapturedShot& shot) {
     const RecordImage image = DecodeRecordImage(shot.hexText);
-    const double scale = image.CurrentScale();
-    const double degrees = image.phaseAngle * kDegreesPerCount;
     PutLine(file, "REC NUMBER: ", std::to_string(number));
     PutPoints(file, image);
-    PutLine(file, "KNEE VOLTAGE: ", GeneralNumber(image.kneeVoltage * kVoltsPerCount), " VOLTS");
-    PutLine(file, "KNEE CURRENT: ", GeneralNumber(image.kneeCurrent * scale), " AMPS");
-    PutLine(file, "EXCITATION CUR: ", Picture(image.excitationCurrent * scale, "###0.000"),
+    PutLine(file, "KNEE VOLTAGE: ", ShortestText(image.kneeVoltage, kVoltageDecimals), " VOLTS");
+    PutLine(file,
+            "KNEE CURRENT: ", ShortestText(image.CurrentSteps(image.kneeCurrent), kCurrentDecimals),
             " AMPS");
-    PutLine(file, "EXCITATION VTG: ", GeneralNumber(image.excitationVoltage * kVoltsPerCount),
+    PutLine(
+        file, "EXCITATION CUR: ",
+        FixedText(RoundedToTens(image.CurrentSteps(image.excitationCurrent)), kCurrentDecimals - 1),
+        " AMPS");
+    PutLine(file, "EXCITATION VTG: ", ShortestText(image.excitationVoltage, kVoltageDecimals),
             " VOLTS");
     PutLine(file, "MEASURED RATIO: ", shot.measuredRatio);
-    PutLine(file, "POLARITY: ", PolarityOfPhase(degrees));
-    PutLine(file, "PHASE ANGLE: ", Picture(degrees, "##0.0"), " DEG");
+    // The product, a hair off the decimal value here and there, decides the polarity.
+    PutLine(file, "POLARITY: ", PolarityOfPhase(image.phaseAngle * kDegreesPerCount));
+    PutLine(file, "PHASE ANGLE: ", FixedText(image.phaseAngle, kPhaseDecimals), " DEG");
     PutLine(file, "NAMEPLATE RATIO: ", shot.nameplateRatio);
     PutLine(file, "PERCENT ERROR: ", shot.percentError);
     PutLine(file, "KNEE POINT TYPE: ", KneePointTypeText(image.kneeTypeCode));
@@ -72,6 +85,8 @@ std::string ConvertCapture(std::string_view capture, const HeaderTable& header,
                            const RecordFileContent& content) {
     const std::vector<CapturedShot> shots = CapturedShots(capture);
     std::string file;
+    constexpr std::size_t kUsualShotBytes = 1500;
+    file.reserve(shots.size() * kUsualShotBytes + content.testNotes.size() + kUsualShotBytes);
     std::size_t number = 0;
     for (const CapturedShot& shot : shots) {
         ++number;

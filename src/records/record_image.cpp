@@ -1,6 +1,7 @@
 #include "records/record_image.h"
 
 #include <algorithm>
+#include <array>
 
 #include "common/text.h"
 #include "link/hex_text.h"
@@ -9,28 +10,51 @@ namespace davo {
 
 namespace {
 
-// Byte offsets into the image.
-constexpr std::size_t kKneeVoltageAt = 128;
-constexpr std::size_t kKneeCurrentAt = 130;
-constexpr std::size_t kExcitationCurrentAt = 132;
-constexpr std::size_t kExcitationVoltageAt = 134;
-constexpr std::size_t kMeasuredRatioAt = 136;
-constexpr std::size_t kPhaseAngleAt = 140;
-constexpr std::size_t kNameplateHAt = 142;
-constexpr std::size_t kNameplateXAt = 144;
-constexpr std::size_t kKneeTypeAt = 146;
-constexpr std::size_t kCurrentRangeAt = 147;
-constexpr std::size_t kSlotBytes = 4;
-
 constexpr double kVoltsPerCount = 0.1;
 
-int ByteAt(std::string_view hexText, std::size_t offset) {
-    return ParseHexText(Middle(hexText, 2 * offset, 2));
+// What each character counts as a digit, the parser's own verdict asked once for each.
+std::array<int, 256> DigitValues() {
+    std::array<int, 256> values{};
+    for (std::size_t code = 0; code < values.size(); ++code) {
+        const char digit = static_cast<char>(code);
+        values.at(code) = ParseHexText({&digit, 1});
+    }
+    return values;
 }
 
-int WordAt(std::string_view hexText, std::size_t offset) {
-    return ByteAt(hexText, offset) + 256 * ByteAt(hexText, offset + 1);
-}
+// Takes the fields of an image in their order. Its bytes are what ParseHexText makes of each two
+// digits.
+class ImageReader {
+  public:
+    explicit ImageReader(std::string_view hexText) : text_(hexText) {}
+
+    int Byte() {
+        if (at_ + 2 <= text_.size()) {
+            const int high = Value(text_[at_]);
+            const int low = Value(text_[at_ + 1]);
+            at_ += 2;
+            return 16 * high + low;
+        }
+        // A digit left alone is the number, and nothing is zero.
+        return at_ < text_.size() ? Value(text_[at_++]) : 0;
+    }
+    int Word() {
+        const int low = Byte();
+        return low + 256 * Byte();
+    }
+
+  private:
+    int Value(char digit) const { return values_[static_cast<unsigned char>(digit)]; }
+
+    static const std::array<int, 256>& Values() {
+        static const std::array<int, 256> values = DigitValues();
+        return values;
+    }
+
+    std::string_view text_;
+    std::size_t at_ = 0;
+    const std::array<int, 256>& values_ = Values();
+};
 
 // value's low bytes, least significant first, as digits.
 void PutBytes(std::string& digits, std::int64_t value, int bytes) {
@@ -61,23 +85,22 @@ std::vector<DataPoint> RecordImage::Points() const {
 
 RecordImage DecodeRecordImage(std::string_view hexText) {
     RecordImage image;
-    std::size_t offset = 0;
+    ImageReader reader(hexText);
     for (RecordImage::Slot& slot : image.slots) {
-        slot.current = WordAt(hexText, offset);
-        slot.voltage = WordAt(hexText, offset + 2);
-        offset += kSlotBytes;
+        slot.current = reader.Word();
+        slot.voltage = reader.Word();
     }
-    image.kneeVoltage = WordAt(hexText, kKneeVoltageAt);
-    image.kneeCurrent = WordAt(hexText, kKneeCurrentAt);
-    image.excitationCurrent = WordAt(hexText, kExcitationCurrentAt);
-    image.excitationVoltage = WordAt(hexText, kExcitationVoltageAt);
-    image.measuredRatio = WordAt(hexText, kMeasuredRatioAt) +
-                          std::int64_t{65536} * WordAt(hexText, kMeasuredRatioAt + 2);
-    image.phaseAngle = WordAt(hexText, kPhaseAngleAt);
-    image.nameplateH = WordAt(hexText, kNameplateHAt);
-    image.nameplateX = WordAt(hexText, kNameplateXAt);
-    image.kneeTypeCode = ByteAt(hexText, kKneeTypeAt);
-    image.currentRangeCode = ByteAt(hexText, kCurrentRangeAt);
+    image.kneeVoltage = reader.Word();
+    image.kneeCurrent = reader.Word();
+    image.excitationCurrent = reader.Word();
+    image.excitationVoltage = reader.Word();
+    const int lowWord = reader.Word();
+    image.measuredRatio = lowWord + std::int64_t{65536} * reader.Word();
+    image.phaseAngle = reader.Word();
+    image.nameplateH = reader.Word();
+    image.nameplateX = reader.Word();
+    image.kneeTypeCode = reader.Byte();
+    image.currentRangeCode = reader.Byte();
     return image;
 }
 

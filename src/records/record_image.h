@@ -36,6 +36,8 @@ struct RecordImage {
     int currentRangeCode = 0;        // 10: 0.0002 A per count, else 0.0001
 
     double CurrentScale() const { return currentRangeCode == 10 ? 0.0002 : 0.0001; }
+    // A current's count in steps of 0.0001 A, whatever the range.
+    int CurrentSteps(int count) const { return currentRangeCode == 10 ? 2 * count : count; }
     // The points whose current and voltage are both above zero, in slot order.
     std::vector<DataPoint> Points() const;
 };
