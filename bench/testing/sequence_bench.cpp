@@ -74,10 +74,9 @@ class Sequence {
 };
 
 void Bare(const std::string& text) {
-    std::string pending = text;
-    std::string window = text;
-    benchmark::DoNotOptimize(pending.data());
-    benchmark::DoNotOptimize(window.find("TURN VOLTAGE DRIVE TO ZERO..."));
+    std::string copy = text;
+    benchmark::DoNotOptimize(copy.data());
+    benchmark::DoNotOptimize(copy.find("TURN VOLTAGE DRIVE TO ZERO..."));
 }
 
 void BM_RunTestStep(benchmark::State& state) {

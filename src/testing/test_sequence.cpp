@@ -147,7 +147,9 @@ void TestSequence::cmdContinue_Click() {
     }
     polling_ = false;
     ++confirmCount_;
-    ++confirmsThisShot_;
+    // The range switch is confirmed once, however often the button was hit: a second hit must not
+    // bring the slow-lowering prompt into the saturation test.
+    confirmsThisShot_ = testState_ == kStateRangeConfirmed ? 1 : confirmsThisShot_ + 1;
     around_.link.Output("\r");
     screen_.lblCRCount.text = "(" + std::to_string(confirmCount_) + ")";
     satConfirmed_ = testState_ == kStateRunning;

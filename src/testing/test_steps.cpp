@@ -19,6 +19,7 @@ constexpr std::string_view kRatioPrompt = "SET VOLTAGE FROM 5V TO 100V MAX";
 constexpr std::string_view kSlowMessage = "MESSAGE=S-L-O-W-L-Y LOWER CURRENT NOW...";
 constexpr std::string_view kOverVoltageMessage = "MESSAGE=VOLTAGE TOO HIGH!";
 constexpr std::size_t kCurrentWidth = 6;
+constexpr int kConfirmsBeforeLowering = 2;
 
 QString DamageText(const std::string& damage) {
     return QStringLiteral(
@@ -101,6 +102,8 @@ void TestSequence::RatioTestStart() {
     liveConfirm_ = true;
     awaitText_ = kLineEnd;
     if (around_.modes.testRatioOnlyMode) screen_.cmdStart.enabled = false;
+    // The lowering is over; its prompt must not take the place of this one.
+    if (confirmsThisShot_ == kConfirmsBeforeLowering) afterShot_ = false;
     ShowRatioPrompt();
     if (OnShow) OnShow();
     const std::size_t end = start + kRatioTestMessage.size();
@@ -134,7 +137,8 @@ void TestSequence::LiveReadings() {
 void TestSequence::SlowLowering() {
     if (WindowHolds(kSlowMessage)) {
         ShowSlowLowering();
-    } else if (afterShot_ && testState_ == kStateRunning && confirmsThisShot_ == 2) {
+    } else if (afterShot_ && testState_ == kStateRunning &&
+               confirmsThisShot_ == kConfirmsBeforeLowering) {
         ShowSlowLowering();
         afterShot_ = false;
     }

@@ -1,0 +1,184 @@
+// Every fault at every byte of a shot: the program always has a way out, nothing measured before
+// is lost, and no damaged record passes for a whole one where that can be known at all.
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <set>
+
+#include "tests/testing/shot_script.h"
+
+namespace davo::test {
+namespace {
+
+enum class Kind { Cut, Stall, Noise, Double, Flip };
+
+struct Fault {
+    Kind kind = Kind::Cut;
+    std::size_t at = 0;
+    char noise = 0;
+    unsigned bit = 0;
+
+    std::string Name() const {
+        constexpr const char* kNames[] = {"cut", "stall", "noise", "double", "flip"};
+        return std::string(kNames[static_cast<int>(kind)]) + " at " + std::to_string(at) + ", " +
+               std::to_string(static_cast<unsigned char>(noise)) + ", " + std::to_string(bit);
+    }
+};
+
+struct Counts {
+    int cases = 0;
+    int whole = 0;
+    int damageShown = 0;
+    int damageUnseen = 0;
+    int cancelled = 0;
+    int ratioChanged = 0;
+};
+
+bool IsDigit(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
+}
+
+void DeliverFaulty(SequenceBench& bench, std::string part, std::size_t position,
+                   const Fault& fault) {
+    if (fault.kind == Kind::Cut && fault.at < position) return;
+    const bool here = fault.at >= position && fault.at < position + part.size();
+    const std::size_t at = fault.at - position;
+    std::size_t pauseAt = part.size();
+    if (here) {
+        switch (fault.kind) {
+            case Kind::Cut:
+                part.resize(at);
+                break;
+            case Kind::Stall:
+                pauseAt = at;
+                break;
+            case Kind::Noise:
+                part.insert(at, 1, fault.noise);
+                break;
+            case Kind::Double:
+                part.insert(at, 1, part[at]);
+                break;
+            case Kind::Flip:
+                part[at] = static_cast<char>(part[at] ^ (1U << fault.bit));
+                break;
+        }
+    }
+    DeliverLines(bench, part.substr(0, pauseAt));
+    for (int tick = 0; tick < 3; ++tick) {
+        bench.sequence.Timer1_Timer();
+    }
+    DeliverLines(bench, part.substr(std::min(pauseAt, part.size())));
+}
+
+class FaultMatrixTest : public testing::TestWithParam<bool> {
+  protected:
+    FaultMatrixTest() {
+        const std::string bytes = script_.Bytes();
+        const std::size_t data = bytes.find("DATA") + 4;
+        const std::size_t done = bytes.find("DONE");
+        for (std::size_t at = data; at < done; ++at) {
+            if (IsDigit(bytes[at])) digits_.insert(at);
+        }
+    }
+
+    std::vector<Fault> Faults() const {
+        std::vector<Fault> faults;
+        for (std::size_t at = 0; at < script_.Size(); ++at) {
+            faults.push_back({Kind::Cut, at});
+            faults.push_back({Kind::Stall, at});
+            for (const char noise : {'\xff', '\0', '7', 'D', ' ', '\r', '\n', '='}) {
+                faults.push_back({Kind::Noise, at, noise});
+            }
+            faults.push_back({Kind::Double, at});
+            for (unsigned bit = 0; bit < 8; ++bit) {
+                faults.push_back({Kind::Flip, at, 0, bit});
+            }
+        }
+        return faults;
+    }
+
+    // A digit that became another digit: without a checksum on the line nobody can tell.
+    bool CannotBeSeen(const Fault& fault) const {
+        if (fault.kind != Kind::Flip || !digits_.contains(fault.at)) return false;
+        const char flipped = static_cast<char>(script_.Bytes()[fault.at] ^ (1U << fault.bit));
+        return IsDigit(flipped);
+    }
+
+    void RunCase(const Fault& fault);
+
+    const ShotScript script_ = RecordScript(5, GetParam(), 3);
+    std::set<std::size_t> digits_;  // places of the record's digits
+    Counts counts_;
+};
+
+void FaultMatrixTest::RunCase(const Fault& fault) {
+    ++counts_.cases;
+    SequenceBench bench;
+    bench.OpenFor(GetParam());
+    ASSERT_TRUE(PlayShot(
+        bench, script_,
+        [](SequenceBench& to, const std::string& part, std::size_t) { DeliverLines(to, part); }));
+    const std::string before = bench.sequence.ShotTrailer();
+    const CapturedShot whole = CapturedShots(before).at(0);
+
+    PlayShot(
+        bench, script_,
+        [&](SequenceBench& to, const std::string& part, std::size_t position) {
+            DeliverFaulty(to, part, position, fault);
+        },
+        fault.kind == Kind::Cut);
+    ASSERT_TRUE(bench.sequence.TestState() == kStateShotComplete || bench.sequence.Polling());
+    if (bench.sequence.TestState() != kStateShotComplete) {
+        ++counts_.cancelled;
+        ASSERT_NE(fault.kind, Kind::Stall) << "a stalled line comes back";
+        ASSERT_TRUE(bench.Screen().cmdCancel.enabled);
+        bench.sequence.cmdCancel_Click();
+    }
+    ASSERT_TRUE(bench.Screen().cmdExit.enabled);
+    ASSERT_EQ(bench.CaptureBytes(), before) << "the shot before";
+    if (!bench.sequence.ShotPending()) return;
+
+    bench.sequence.WriteShotTrailer();
+    const auto shots = CapturedShots(bench.CaptureBytes());
+    ASSERT_EQ(shots.size(), 2U);
+    ASSERT_EQ(shots[0].hexText, whole.hexText);
+    ASSERT_EQ(shots[0].measuredRatio, whole.measuredRatio);
+    const bool damaged = shots[1].hexText != whole.hexText;
+    const bool shown = bench.Screen().lblDamage.visible;
+    ASSERT_EQ(bench.prompts.shown.size(), (GetParam() ? 0U : 1U) + (shown ? 1U : 0U));
+    ASSERT_EQ(shown, damaged && !CannotBeSeen(fault));
+    ASSERT_EQ(damaged && !shown, CannotBeSeen(fault));
+    counts_.whole += damaged ? 0 : 1;
+    counts_.damageShown += shown ? 1 : 0;
+    counts_.damageUnseen += damaged && !shown ? 1 : 0;
+    counts_.ratioChanged += shots[1].measuredRatio != whole.measuredRatio ? 1 : 0;
+    if (fault.kind == Kind::Stall) {
+        ASSERT_EQ(bench.CaptureBytes(), before + before);
+    }
+}
+
+TEST_P(FaultMatrixTest, EveryFaultAtEveryByte) {
+    int unseenExpected = 0;
+    for (const Fault& fault : Faults()) {
+        unseenExpected += CannotBeSeen(fault) ? 1 : 0;
+        RunCase(fault);
+        if (HasFatalFailure()) FAIL() << fault.Name();
+    }
+    EXPECT_EQ(counts_.damageUnseen, unseenExpected);
+    EXPECT_EQ(counts_.whole + counts_.damageShown + counts_.damageUnseen + counts_.cancelled,
+              counts_.cases);
+    std::cout << counts_.cases << " cases over " << script_.Size() << " bytes: " << counts_.whole
+              << " records whole, " << counts_.damageShown << " damaged and shown, "
+              << counts_.damageUnseen
+              << " with one digit turned into another (no checksum on the line, cannot be seen), "
+              << counts_.cancelled << " not completed and cancelled; in " << counts_.ratioChanged
+              << " completed ones the text of the ratio line was changed or lost" << std::endl;
+}
+
+INSTANTIATE_TEST_SUITE_P(Shots, FaultMatrixTest, testing::Bool(), [](const auto& test) {
+    return std::string(test.param ? "RatioOnly" : "Full");
+});
+
+}  // namespace
+}  // namespace davo::test

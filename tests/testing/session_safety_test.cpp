@@ -1,0 +1,170 @@
+// What is on the disk when, the limit of shots, and the loss of the port.
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include "tests/testing/sequence_bench.h"
+
+namespace davo::test {
+namespace {
+
+class SafetyTest : public testing::Test, public SequenceBench {};
+
+using Sent = std::vector<std::string>;
+
+// A folder in the way of the journal: nothing can be written over it.
+void BlockJournal(const SequenceBench& bench) {
+    QFile::remove(bench.JournalPath());
+    ASSERT_TRUE(QDir().mkpath(bench.JournalPath() + QStringLiteral("/in the way")));
+}
+
+TEST_F(SafetyTest, WhenTheDiskRefusesNothingIsSentAndTheShotStaysPending) {
+    OpenFor(false);
+    RunFullShot();
+    sequence.Capture().Close();
+    TakeSent();
+    EXPECT_THROW(sequence.cmdStart_Click(), RunTimeError);
+    EXPECT_TRUE(port.sent.empty());
+    EXPECT_TRUE(sequence.ShotPending());
+    EXPECT_TRUE(prompts.shown.empty());
+    EXPECT_TRUE(Screen().cmdExit.enabled);
+    EXPECT_EQ(Screen().cmdStart.text, "&Next Test");
+    EXPECT_FALSE(Journal().pendingShot.empty());
+}
+
+TEST_F(SafetyTest, ACompleteShotIsOnTheDiskBeforeItIsCalledComplete) {
+    OpenFor(false);
+    header.Field(0) = "COMPANY";
+    session.testNotes = "notes";
+    RunFullShot("241.2");
+    EXPECT_EQ(Screen().lblTest.text, "TEST COMPLETE.");
+    EXPECT_EQ(Journal().pendingShot, sequence.ShotTrailer());
+    EXPECT_EQ(Journal().shotsInCapture, 0);
+    EXPECT_EQ(Journal().header.Field(0), "COMPANY");
+    EXPECT_EQ(Journal().testNotes, "notes");
+}
+
+TEST_F(SafetyTest, AShotThatIsNotSafeOnDiskCompletesAndSaysSo) {
+    OpenFor(false);
+    StartFullShot();
+    BlockJournal(*this);
+    std::string testLabel;
+    prompts.onMessage = [&](const QString&) { testLabel = Screen().lblTest.text; };
+    EndShot();
+    EXPECT_EQ(sequence.TestState(), 99);
+    EXPECT_EQ(session.shotCount, 1);
+    EXPECT_TRUE(sequence.ShotPending());
+    ASSERT_EQ(prompts.shown.size(), 1U);
+    EXPECT_TRUE(prompts.shown[0].startsWith(
+        QStringLiteral("The shot is complete, but it is not yet safe on disk: ")))
+        << prompts.shown[0].toStdString();
+    EXPECT_TRUE(prompts.shown[0].endsWith(QStringLiteral(
+        ".\r\nPlease make room on the disk, then go on with Next Test or Exit, which save it.")));
+    EXPECT_EQ(testLabel, "TEST COMPLETE.");
+    // Writing the shot itself does not fail for want of a journal.
+    sequence.WriteShotTrailer();
+    EXPECT_FALSE(sequence.ShotPending());
+    EXPECT_FALSE(CaptureBytes().empty());
+}
+
+TEST_F(SafetyTest, AFirstShotThatCannotBeNotedIsNotStarted) {
+    OpenFor(false);
+    BlockJournal(*this);
+    EXPECT_THROW(sequence.cmdStart_Click(), RunTimeError);
+    EXPECT_TRUE(port.sent.empty());
+    EXPECT_TRUE(Screen().cmdExit.enabled);
+    EXPECT_TRUE(session.firstShot);
+}
+
+TEST_F(SafetyTest, TheHundredAndSecondShotIsRefused) {
+    OpenFor(true);
+    RunRatioShot();
+    session.shotCount = 100;
+    RunRatioShot();
+    EXPECT_EQ(session.shotCount, 101) << "the shot after the hundredth is counted";
+    EXPECT_TRUE(prompts.shown.empty());
+    RunRatioShot("333.3");
+    EXPECT_EQ(prompts.shown, std::vector<QString>{
+                                 QStringLiteral("You have ran the maximum limit (100) of shots.")});
+    EXPECT_EQ(session.shotCount, 101);
+    EXPECT_EQ(Screen().lblRatioCount.text, "Ratio - 2");
+    EXPECT_EQ(sequence.TestState(), 99);
+    EXPECT_EQ(Screen().lblTest.text, "TEST COMPLETE.");
+    EXPECT_EQ(Screen().lblMessage.text, "");
+    EXPECT_FALSE(sequence.Polling());
+    EXPECT_FALSE(sequence.ShotPending());
+    EXPECT_TRUE(Screen().cmdExit.enabled);
+    EXPECT_TRUE(Screen().cmdHeader.enabled);
+    EXPECT_EQ(CaptureBytes().find("333.3"), std::string::npos);
+}
+
+TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
+    OpenFor(false);
+    RunFullShot("111.1");
+    prompts.answers = {Answer::No};
+    StartFullShot();
+    SayLine("I=0.1 V=1.0");
+    const std::string message = Screen().lblMessage.text;
+    const std::string captured = CaptureBytes();
+    TakeSent();
+    link.OnLost = [this] { sequence.PortLost(); };
+    port.Unplug();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(prompts.shown.back(), Link::LostMessage());
+    EXPECT_TRUE(port.sent.empty());
+    EXPECT_FALSE(sequence.Polling());
+    EXPECT_TRUE(sequence.Clocking()) << "the session goes on";
+    EXPECT_EQ(Screen().lblMessage.text, message);
+    EXPECT_FALSE(Screen().lblConfirm.visible);
+    EXPECT_FALSE(Screen().cmdContinue.enabled);
+    EXPECT_TRUE(Screen().cmdExit.enabled);
+    EXPECT_TRUE(Screen().cmdStart.enabled);
+    EXPECT_EQ(session.shotCount, 1);
+
+    sequence.cmdStart_Click();
+    EXPECT_EQ(prompts.shown.back(), QStringLiteral("DAVO is not ready.  Please check equipment."));
+    EXPECT_TRUE(Screen().cmdExit.enabled);
+    EXPECT_FALSE(sequence.Polling());
+    EXPECT_EQ(reopenings, 1);
+
+    reopens = true;
+    StartFullShot();
+    EXPECT_EQ(TakeSent(), (Sent{"T", "\r"})) << "the range switch is asked for again";
+    EndShot("222.2");
+    EXPECT_EQ(session.shotCount, 2);
+    EXPECT_EQ(CaptureBytes(), captured);
+}
+
+TEST_F(SafetyTest, LosingThePortBetweenShotsChangesNothing) {
+    OpenFor(false);
+    RunFullShot();
+    const TestScreen before = Screen();
+    sequence.PortLost();
+    EXPECT_EQ(Screen(), before);
+    EXPECT_TRUE(sequence.ShotPending());
+}
+
+TEST_F(SafetyTest, LosingThePortKeepsTheSlowLoweringOfTheNextShotInTime) {
+    OpenFor(false);
+    RunFullShot();
+    prompts.answers = {Answer::No};
+    StartFullShot();  // one confirmation
+    sequence.PortLost();
+    StartFullShot();  // the same one again
+    SayLine("I=0.1 V=1.0");
+    EXPECT_EQ(Screen().lblMessage.text, "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+}
+
+TEST_F(SafetyTest, NotesAndHeaderReachTheJournal) {
+    OpenFor(false);
+    session.testNotes = "later notes";
+    header.Field(7) = "OPERATOR";
+    sequence.UpdateJournal();
+    EXPECT_EQ(Journal().testNotes, "later notes");
+    EXPECT_EQ(Journal().header.Field(7), "OPERATOR");
+}
+
+}  // namespace
+}  // namespace davo::test
