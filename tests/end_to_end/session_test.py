@@ -43,6 +43,21 @@ def stored(field):
 
 
 class Session(unittest.TestCase):
+    def check(self, bench, name, began, header, shots, nameplate, notes=None):
+        """The record file is made of exactly these shots, dated within the run."""
+        ended = datetime.datetime.now()
+        actual = (bench.data / name).read_bytes()
+        date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
+        started = datetime.datetime.strptime((date + b" " + at).decode(), "%m/%d/%y %H:%M")
+        self.assertTrue(began <= started <= ended, f"{began} <= {started} <= {ended}")
+        expected = expected_record.record_file(
+            name, date.decode(), at.decode(), header, shots, nameplate, notes
+        )
+        self.assertEqual(
+            actual.decode("cp1252").split("\r\n"), expected.decode("cp1252").split("\r\n")
+        )
+        self.assertEqual(actual, expected)
+
     def play(self, nameplate, *instrument_options):
         """Four shots, the second dropped; the record file must be the expected one."""
         began = datetime.datetime.now().replace(second=0, microsecond=0)
@@ -59,30 +74,11 @@ class Session(unittest.TestCase):
             harness.ratio_shot(program)
             harness.save_session(program, "T17.txt")
             self.assertEqual(harness.leave(program), 0)
-            ended = datetime.datetime.now()
-
             shots = expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
             self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
             del shots[1]
-            actual = (bench.data / "T17.txt").read_bytes()
-            date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
-            started = datetime.datetime.strptime(
-                (date + b" " + at).decode(), "%m/%d/%y %H:%M"
-            )
-            self.assertTrue(began <= started <= ended, f"{began} <= {started} <= {ended}")
-            expected = expected_record.record_file(
-                "T17.txt",
-                date.decode(),
-                at.decode(),
-                [stored(field) for field in HEADER],
-                shots,
-                nameplate,
-                "\r\n".join(NOTES),
-            )
-            self.assertEqual(
-                actual.decode("cp1252").split("\r\n"), expected.decode("cp1252").split("\r\n")
-            )
-            self.assertEqual(actual, expected)
+            header = [stored(field) for field in HEADER]
+            self.check(bench, "T17.txt", began, header, shots, nameplate, "\r\n".join(NOTES))
 
 
 class QuickSessions(Session):
@@ -94,6 +90,19 @@ class QuickSessions(Session):
             with self.subTest(seed=seed, nameplate=nameplate):
                 print(f"DAVO_SEED={seed}", flush=True)
                 self.play(nameplate, "--unpaced", "--quick", "--seed", str(seed))
+
+    def test_a_session_of_ratio_tests_only(self):
+        began = datetime.datetime.now().replace(second=0, microsecond=0)
+        with harness.Bench("--unpaced", "--quick", "--seed", "21") as bench:
+            program = bench.start_program()
+            harness.open_test_window(program, "mnuRatio")
+            harness.ratio_shot(program, first=True, both=False)
+            harness.ratio_shot(program, both=False)
+            harness.save_session(program, "R2.txt")
+            self.assertEqual(harness.leave(program), 0)
+            shots = expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
+            self.assertEqual([shot.ratio_only for shot in shots], [True, True])
+            self.check(bench, "R2.txt", began, [" " * 20] * 8, shots, None)
 
 
 class PacedSession(Session):
