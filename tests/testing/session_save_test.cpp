@@ -24,6 +24,7 @@ const QString kViewQuestion = QStringLiteral("Do you want to view test results? 
 
 std::vector<std::string> Utf8(const std::vector<QString>& texts) {
     std::vector<std::string> result;
+    result.reserve(texts.size());
     for (const QString& text : texts)
         result.push_back(text.toStdString());
     return result;

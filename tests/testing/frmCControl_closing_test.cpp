@@ -1,0 +1,194 @@
+// The ways out of the test window, and what is left behind.
+
+#include <gmock/gmock.h>
+
+#include "records/record_file.h"
+#include "tests/testing/test_window.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+TEST_F(TestWindow, CancelSendsTenTimesAndLeavesTheWayOut) {
+    Open();
+    StartFullShot();
+    port.sent.clear();
+    Click("cmdCancel");
+    EXPECT_THAT(port.sent, ElementsAre("S\x1b", "S\x1b", "S\x1b", "S\x1b", "S\x1b", "S\x1b",
+                                       "S\x1b", "S\x1b", "S\x1b", "S\x1b"));
+    EXPECT_TRUE(Button("cmdExit")->isEnabled());
+    Click("cmdExit");
+    EXPECT_TRUE(Closed());
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST_F(TestWindow, ExitSavesTheRecordFileAndClosesThePort) {
+    Open();
+    RunFullShot();
+    prompts.answers = {Answer::Yes};
+    prompts.files = {Data("T1.txt")};
+    Click("cmdExit");
+    EXPECT_TRUE(Closed());
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 1U);
+    EXPECT_FALSE(linkState.portOpen);
+    EXPECT_FALSE(session.testWindowOpen);
+    EXPECT_EQ(unloads, 1);
+    EXPECT_EQ(prompts.shown.size(), 2U) << "nobody is asked for a report that there is not";
+}
+
+TEST_F(TestWindow, ExitOffersTheReportWhenThereIsOne) {
+    Open();
+    QString viewed;
+    window->OnViewResults = [&viewed](const QString& file) { viewed = file; };
+    RunFullShot();
+    prompts.answers = {Answer::Yes, Answer::Yes};
+    prompts.files = {Data("T1.txt")};
+    Click("cmdExit");
+    EXPECT_TRUE(Closed());
+    EXPECT_EQ(viewed, Data("T1.txt"));
+}
+
+TEST_F(TestWindow, ExitAfterRepeatStays) {
+    Open();
+    RunFullShot();
+    Click("cmdContinue");
+    Click("cmdExit");
+    QTest::qWait(50);
+    ASSERT_FALSE(window.isNull());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(prompts.shown.empty());
+    clock.Set(clock.Now().addSecs(60));
+    QTest::qWait(100);
+    EXPECT_EQ(Text("lblTime"), "11/21/2026 - 02:05:09 PM") << "its timers are stopped";
+}
+
+TEST_F(TestWindow, ClosingByTheFrameIsTheExitButton) {
+    Open();
+    RunFullShot();
+    prompts.answers = {Answer::No, Answer::Yes};
+    area->closeActiveSubWindow();
+    EXPECT_TRUE(Closed());
+    EXPECT_EQ(prompts.shown.size(), 2U);
+}
+
+TEST_F(TestWindow, ClosingByTheFrameWhileATestRunsIsRefusedInWords) {
+    Open();
+    StartFullShot();
+    area->closeActiveSubWindow();
+    ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
+    EXPECT_EQ(prompts.shown.front(),
+              QStringLiteral("A test is running. Cancel it before you leave, or hit the ESC key."));
+    ASSERT_FALSE(window.isNull());
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(TestWindow, ExitEndsTheWaitForTheHandshake) {
+    port.always.clear();
+    port.takesTime = true;
+    prompts.onMessage = [](const QString& text) { FAIL() << text.toStdString(); };
+    window = new frmCControl({link, prompts, clock, places, modes, session, header, [] {}, {}},
+                             settings);
+    window->Form_Load();
+    area->addSubWindow(window)->setAttribute(Qt::WA_DeleteOnClose);
+    main.show();
+    window->show();
+    bool waited = false;
+    QTimer::singleShot(300, window, [this, &waited] {
+        waited = link.CurrentWait().has_value();
+        Click("cmdExit");
+    });
+    EXPECT_TRUE(Closed());
+    EXPECT_TRUE(waited);
+    EXPECT_FALSE(linkState.portOpen);
+}
+
+TEST_F(TestWindow, TheEscapeKeyAbortsWithoutASaveQuestion) {
+    Open();
+    RunFullShot();
+    Button("cmdHeader")->setFocus();
+    port.sent.clear();
+    Key(Qt::Key_Escape);
+    EXPECT_TRUE(Closed());
+    EXPECT_THAT(port.sent, ElementsAre("\x1b"));
+    EXPECT_TRUE(prompts.shown.empty());
+    EXPECT_FALSE(linkState.portOpen);
+    const auto sessions = SetAsideUnsavedSessions(places.scratchFolder);
+    ASSERT_EQ(sessions.size(), 1U);
+    EXPECT_EQ(sessions.front().shots, 1);
+}
+
+TEST_F(TestWindow, TheEscapeKeyWorksFromEveryControlAndWithoutAFocus) {
+    for (const char* name : {"txtHVolt", "txtXVolt", "txtCur", "cmdStart", "cmdExit", ""}) {
+        link.OpenComPort(1);
+        Open();
+        port.sent.clear();
+        if (*name == '\0') {
+            QApplication::focusWidget()->clearFocus();
+            QTest::keyClick(main.windowHandle(), Qt::Key_Escape);
+        } else {
+            Find<QWidget>(name)->setFocus();
+            Key(Qt::Key_Escape);
+        }
+        EXPECT_TRUE(Closed()) << name;
+        EXPECT_THAT(port.sent, ElementsAre("\x1b")) << name;
+    }
+}
+
+TEST_F(TestWindow, TheEscapeKeyWorksWhileATestRuns) {
+    Open();
+    StartFullShot();
+    port.sent.clear();
+    Key(Qt::Key_Escape);
+    EXPECT_TRUE(Closed());
+    EXPECT_THAT(port.sent, ElementsAre("\x1b"));
+}
+
+TEST_F(TestWindow, ALostPortLeavesTheWayOutAndTheShots) {
+    Open();
+    RunFullShot();
+    prompts.answers = {Answer::No};
+    StartFullShot();
+    port.Unplug();
+    ASSERT_TRUE(Until([this] { return !linkState.portOpen; }));
+    EXPECT_TRUE(Until([this] { return Button("cmdExit")->isEnabled(); }));
+    EXPECT_TRUE(Button("cmdStart")->isEnabled());
+    EXPECT_EQ(prompts.shown.back(), Link::LostMessage());
+}
+
+TEST_F(TestWindow, AnEarlierSessionIsOfferedBeforeANewOneBegins) {
+    Open();
+    RunFullShot();
+    Key(Qt::Key_Escape);
+    ASSERT_TRUE(Closed());
+    link.OpenComPort(1);
+    prompts.answers = {Answer::Yes};
+    prompts.files = {Data("Old.txt")};
+    Open();
+    EXPECT_EQ(prompts.shown.front(),
+              QStringLiteral("An earlier session of 11/21/26 14:05 with 1 shot was never saved. Do "
+                             "you want to save it as a test record file now?"));
+    EXPECT_EQ(ReadTestRecordFile(Data("Old.txt")).records.size(), 1U);
+}
+
+TEST_F(TestWindow, IsNotOpenedWhenTheCaptureFileCannotBeMade) {
+    places.scratchFolder = folder.Path("seed") + QLatin1Char('/');
+    window = new frmCControl({link, prompts, clock, places, modes, session, header, [] {}, {}},
+                             settings, &main);
+    EXPECT_THROW(window->Form_Load(), RunTimeError);
+}
+
+TEST_F(TestWindow, WhatAHandlerThrowsIsShownOnce) {
+    Open();
+    RunFullShot();
+    ASSERT_TRUE(QDir(places.scratchFolder).removeRecursively());
+    Click("cmdContinue");  // "&Repeat Test" rewrites the journal
+    ASSERT_EQ(prompts.shown.size(), 1U);
+    EXPECT_THAT(prompts.shown.front().toStdString(), HasSubstr("Run-time error '"));
+}
+
+}  // namespace
+
+}  // namespace davo::test

@@ -1,0 +1,231 @@
+// The test window under the operator's hands and eyes: keys, focus, shortcuts, sizes.
+
+#include <gmock/gmock.h>
+
+#include <QScreen>
+#include <QToolTip>
+#include <set>
+
+#include "common/page_input.h"
+#include "testing/fit_label.h"
+#include "tests/testing/test_window.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST_F(TestWindow, CharactersOutsideThePageAreRefusedInWords) {
+    Open();
+    Box("txtHVolt")->setFocus();
+    QTest::sendKeyEvent(QTest::Click, Box("txtHVolt"), Qt::Key_unknown, QStringLiteral("\u03A9"),
+                        {});
+    EXPECT_EQ(Text("txtHVolt"), "");
+    EXPECT_EQ(QToolTip::text(), NotInPageMessage());
+    QTest::sendKeyEvent(QTest::Click, Box("txtHVolt"), Qt::Key_unknown, QStringLiteral("\u00B5"),
+                        {});
+    EXPECT_EQ(Box("txtHVolt")->text(), QStringLiteral("\u00B5"));
+}
+
+TEST_F(TestWindow, TheTabKeyFollowsTheEye) {
+    Open();
+    RunFullShot();
+    Box("txtHVolt")->setFocus();
+    std::vector<std::string> order;
+    for (int i = 0; i < 7; ++i) {
+        order.push_back(QApplication::focusWidget()->objectName().toStdString());
+        Key(Qt::Key_Tab);
+    }
+    EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdStart", "cmdContinue", "cmdHeader",
+                                   "cmdExit", "txtHVolt"))
+        << "cmdCancel is disabled after a shot";
+}
+
+TEST_F(TestWindow, ADisabledButtonDoesNotHandTheFocusOn) {
+    Open();
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    EXPECT_TRUE(window->hasFocus());
+    const auto sent = port.sent.size();
+    Key(Qt::Key_Return);
+    Key(Qt::Key_Space);
+    EXPECT_EQ(port.sent.size(), sent) << "a key too many must not cancel the test";
+}
+
+TEST_F(TestWindow, AKeyTooManyDoesNotDropTheShot) {
+    Open();
+    StartFullShot();
+    Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+    EXPECT_TRUE(Button("cmdContinue")->hasFocus());
+    Say(RecordOf(Digits()));
+    EXPECT_EQ(Text("cmdContinue"), "&Repeat Test");
+    EXPECT_TRUE(Button("cmdStart")->hasFocus());
+}
+
+TEST_F(TestWindow, AKeyHeldDownPressesOnce) {
+    Open();
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, {}, true);
+    QApplication::sendEvent(Button("cmdContinue"), &repeated);
+    EXPECT_EQ(port.sent.back(), "T");
+    Key(Qt::Key_Return);
+    EXPECT_EQ(port.sent.back(), "\r");
+}
+
+TEST_F(TestWindow, AShortcutTakesTheTypedTextOverFirst) {
+    Open();
+    Type("txtHVolt", "1000");
+    Type("txtXVolt", "3");
+    QTest::keyClick(main.windowHandle(), Qt::Key_S, Qt::AltModifier);
+    EXPECT_TRUE(Until([this] { return port.sent.back() == "T"; }));
+    EXPECT_EQ(Text("txtCRatio"), "333.333");
+}
+
+TEST_F(TestWindow, AStepThatTakesTheFocusCountsAsLeavingTheBox) {
+    Open();
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    Type("txtHVolt", "1200");
+    Type("txtXVolt", "5");
+    EXPECT_EQ(Text("txtCRatio"), "");
+    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    EXPECT_TRUE(Button("cmdContinue")->hasFocus());
+    EXPECT_EQ(Text("txtCRatio"), "240");
+}
+
+// What shortcuts the visible, enabled controls have.
+std::multiset<QChar> ShortcutsOf(const QWidget& window) {
+    std::multiset<QChar> letters;
+    for (const QPushButton* button : window.findChildren<QPushButton*>()) {
+        if (!button->isVisible() || button->text().isEmpty()) continue;
+        const QKeySequence shortcut = QKeySequence::mnemonic(button->text());
+        EXPECT_FALSE(shortcut.isEmpty()) << button->text().toStdString();
+        letters.insert(QChar(shortcut[0].key()));
+    }
+    return letters;
+}
+
+TEST_F(TestWindow, ShortcutsAreUniqueInEveryState) {
+    Open();
+    const auto check = [this](const char* state) {
+        const auto letters = ShortcutsOf(*window);
+        EXPECT_EQ(letters.size(), 5U) << state;
+        EXPECT_EQ(std::set<QChar>(letters.begin(), letters.end()).size(), 5U) << state;
+    };
+    check("open");
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    check("zero");
+    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    check("range");
+    Click("cmdContinue");
+    Say("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+    check("saturation");
+    EndShot();
+    check("complete");
+    Click("cmdContinue");
+    EXPECT_EQ(Text("cmdContinue"), "&Continue");
+    check("dropped");
+}
+
+TEST_F(TestWindow, TheConfirmTextIsNoShortcut) {
+    Open();
+    EXPECT_EQ(Label("lblConfirm")->buddy(), nullptr);
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    // Were there two, the button would only get the focus.
+    QTest::keyClick(main.windowHandle(), Qt::Key_O, Qt::AltModifier);
+    EXPECT_TRUE(Until([this] { return port.sent.back() == "\r"; }));
+}
+
+// Every prompt, at the sizes of the letters that users choose.
+class LetterSize : public TestWindow, public ::testing::WithParamInterface<double> {
+  protected:
+    LetterSize() : usual(QApplication::font()) {
+        QFont larger = usual;
+        larger.setPointSizeF(usual.pointSizeF() * GetParam());
+        QApplication::setFont(larger);
+    }
+    ~LetterSize() override { QApplication::setFont(usual); }
+
+    void CheckNothingIsCut(const char* state) {
+        for (const QPushButton* button : window->findChildren<QPushButton*>()) {
+            EXPECT_GE(button->width(), button->sizeHint().width())
+                << state << ": " << button->text().toStdString();
+            EXPECT_GE(button->height(), button->sizeHint().height())
+                << state << ": " << button->text().toStdString();
+        }
+        for (const QLabel* label : window->findChildren<QLabel*>()) {
+            if (!label->isVisible() || label->text().isEmpty()) continue;
+            if (dynamic_cast<const FitLabel*>(label) != nullptr) continue;
+            EXPECT_GE(label->width(), label->sizeHint().width())
+                << state << ": " << label->text().toStdString();
+            EXPECT_GE(label->height(), label->sizeHint().height())
+                << state << ": " << label->text().toStdString();
+        }
+        for (const QLineEdit* box : window->findChildren<QLineEdit*>()) {
+            EXPECT_GE(box->width(), box->fontMetrics().horizontalAdvance(box->text()) + 8)
+                << state << ": " << box->objectName().toStdString();
+            EXPECT_GE(box->height(), box->sizeHint().height()) << state;
+        }
+        const auto* prompt = dynamic_cast<FitLabel*>(Label("lblMessage"));
+        ASSERT_NE(prompt, nullptr);
+        EXPECT_GE(prompt->FittedPixelSize(), prompt->LeastPixelSize()) << state;
+        EXPECT_GT(prompt->FittedPixelSize(), Button("cmdStart")->fontInfo().pixelSize()) << state;
+    }
+    QFont usual;
+};
+
+TEST_P(LetterSize, NothingIsCut) {
+    Open();
+    CheckNothingIsCut("open");
+    Type("txtHVolt", "1200");
+    Type("txtXVolt", "5");
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    CheckNothingIsCut("zero");
+    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    CheckNothingIsCut("range");
+    Click("cmdContinue");
+    Say("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+    Say("I=0.012345 V=1000.4");
+    CheckNothingIsCut("saturation");
+    Say("MESSAGE=VOLTAGE TOO HIGH!");
+    EXPECT_EQ(Text("lblMessage"), "VOLTAGE TOO HIGH! TURN VOLTAGE DOWN!");
+    CheckNothingIsCut("over-voltage");
+    Say("MESSAGE=S-L-O-W-L-Y LOWER CURRENT NOW...");
+    CheckNothingIsCut("slow");
+    Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+    Say("RATIO=241.2");
+    Say("POLARITY= ");
+    EXPECT_EQ(Text("txtPolarity"), "UNDETERMINED");
+    CheckNothingIsCut("ratio");
+    Say(RecordOf(Digits()));
+    CheckNothingIsCut("complete");
+}
+
+INSTANTIATE_TEST_SUITE_P(Scales, LetterSize, ::testing::Values(1.0, 1.25, 1.5));
+
+TEST_F(TestWindow, ThePromptGrowsWithTheWindowAndIsTwelveMillimetresHigh) {
+    Open();
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    const auto* prompt = dynamic_cast<FitLabel*>(Label("lblMessage"));
+    ASSERT_NE(prompt, nullptr);
+    const int before = prompt->FittedPixelSize();
+    main.resize(1900, 1000);
+    EXPECT_TRUE(Until([&] { return prompt->FittedPixelSize() > before; }));
+    QFont font = prompt->font();
+    font.setPixelSize(prompt->LeastPixelSize());
+    const double inches = QFontMetricsF(font).capHeight() / main.screen()->physicalDotsPerInchY();
+    EXPECT_NEAR(inches * 25.4, 12.0, 0.5);
+}
+
+}  // namespace
+
+}  // namespace davo::test

@@ -1,0 +1,138 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <thread>
+
+#include "testing/frmCControl.h"
+#include "tests/testing/sequence_bench.h"
+
+namespace davo::test {
+
+inline constexpr int kPatience = 3000;  // ms until a condition must have come true
+
+// A port on which a wait takes its time.
+class RealTimePort : public FakeSerialPort {
+  public:
+    bool WaitForText(Time until) override {
+        if (takesTime && waiting.empty()) std::this_thread::sleep_until(until);
+        return FakeSerialPort::WaitForText(until);
+    }
+    bool takesTime = false;
+};
+
+// The test window in a main window's area, on a scripted instrument; its real buttons and keys are
+// pressed.
+class TestWindow : public ::testing::Test {
+  protected:
+    TestWindow() {
+        settings.dataPath = folder.Path("Shots_Data/");
+        ReplaceFile(folder.Path("seed"), "");
+        EXPECT_TRUE(QDir().mkpath(settings.dataPath));
+        port.Always("B", "RDY\r\n");
+        modes.testBothMode = true;
+        link.OpenComPort(1);
+        port.properties.clear();
+        main.setCentralWidget(area);
+        main.menuBar()->addMenu(QStringLiteral("Menu"));
+        main.resize(1366, 740);
+    }
+
+    void Open() {
+        window = new frmCControl({link, prompts, clock, places, modes, session, header,
+                                  [this] { ++beeps; }, [this] { return link.OpenComPort(1); }},
+                                 settings);
+        window->OnUnload = [this] { ++unloads; };
+        window->Form_Load();
+        QMdiSubWindow* frame = area->addSubWindow(window);
+        frame->setAttribute(Qt::WA_DeleteOnClose);
+        main.show();
+        frame->showMaximized();
+        main.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
+        // Reset when loaded: "B" is answered and cmdStart has the focus.
+        ASSERT_TRUE(Until([this] { return QApplication::focusWidget() == Button("cmdStart"); }));
+    }
+    static bool Until(const std::function<bool()>& condition) {
+        return QTest::qWaitFor(condition, kPatience);
+    }
+    template <class Control>
+    Control* Find(const char* name) {
+        auto* control = main.findChild<Control*>(QLatin1String(name));
+        if (control == nullptr) throw std::logic_error(std::string("no control ") + name);
+        return control;
+    }
+    QPushButton* Button(const char* name) { return Find<QPushButton>(name); }
+    QLineEdit* Box(const char* name) { return Find<QLineEdit>(name); }
+    QLabel* Label(const char* name) { return Find<QLabel>(name); }
+    std::string Text(const char* name) {
+        return Find<QWidget>(name)->property("text").toString().toStdString();
+    }
+    void Click(const char* name) { QTest::mouseClick(Button(name), Qt::LeftButton); }
+    void Key(Qt::Key key) {
+        QWidget* target = QApplication::focusWidget();
+        QTest::keyClick(target != nullptr ? target : &main, key);
+    }
+    void Type(const char* name, const char* text) {
+        Box(name)->setFocus();
+        Box(name)->selectAll();
+        QTest::keyClicks(Box(name), QLatin1String(text));
+    }
+    // What the instrument says arrives.
+    void Say(const std::string& line) {
+        port.Deliver(line + "\r\n");
+        QTest::qWait(20);
+    }
+    void StartFullShot() {
+        Click("cmdStart");
+        Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+        Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+        Click("cmdContinue");
+        Say("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+    }
+    void EndShot(const std::string& digits = Digits()) {
+        Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+        Say("RATIO=241.2");
+        Say("POLARITY=+");
+        Say(RecordOf(digits));
+    }
+    void RunFullShot() {
+        StartFullShot();
+        EndShot();
+    }
+    bool Closed() {
+        return Until([this] { return window.isNull(); });
+    }
+    QString Data(const char* name) const { return settings.dataPath + QLatin1String(name); }
+
+    TemporaryFolder folder;
+    Places places = folder.MakePlaces();
+    RealTimePort port;
+    LinkState linkState;
+    FakePrompts prompts;
+    BusyPointer pointer;
+    Link link{port, linkState, prompts, pointer};
+    FakeClock clock{QDateTime(QDate(2026, 11, 21), QTime(14, 5, 9))};
+    TestModes modes;
+    SessionState session;
+    HeaderTable header;
+    Settings settings;
+    int beeps = 0;
+    int unloads = 0;
+    QMainWindow main;
+    QMdiArea* area = new QMdiArea;
+    QPointer<frmCControl> window;
+};
+
+}  // namespace davo::test
