@@ -108,9 +108,11 @@ void Run(const QString& folder) {
             ReplaceFile(barePath, record);
         });
     std::printf("conversion alone %.1f us\n", [&] {
+        constexpr int kRounds = 501;
         std::vector<double> times;
+        times.reserve(kRounds);
         const std::string capture = ReadWholeFile(capturePath);
-        for (int round = 0; round < 501; ++round) {
+        for (int round = 0; round < kRounds; ++round) {
             times.push_back(MicrosecondsOf([&] {
                 if (ConvertCapture(capture, header, {"T1", kShots, ""}).empty()) std::abort();
             }));

@@ -47,6 +47,7 @@ void LoadHeaderFile(HeaderTable& table, const QString& dataPath) {
 
 void SaveHeaderFile(const HeaderTable& table, const QString& dataPath) {
     std::vector<std::string> lines;
+    lines.reserve(kHeaderFieldCount);
     for (int i = 0; i < kHeaderFieldCount; ++i) {
         lines.push_back(std::string(kHeaderKeys.at(static_cast<std::size_t>(i))) + ":" +
                         table.Field(i));

@@ -21,10 +21,10 @@ struct HeaderTable {
 
     // Field i (0 company to 7 operator).
     std::string& Field(int i) {
-        return headerFields.at(static_cast<std::size_t>(kHeaderFirstField + i));
+        return headerFields.at(kHeaderFirstField + static_cast<std::size_t>(i));
     }
     const std::string& Field(int i) const {
-        return headerFields.at(static_cast<std::size_t>(kHeaderFirstField + i));
+        return headerFields.at(kHeaderFirstField + static_cast<std::size_t>(i));
     }
 };
 

@@ -139,8 +139,9 @@ std::string CaptureOf(const Session& session, Random& random) {
         text += random.OneIn(4) ? "DONE\r\n" : "\r\nDONE\r\n";
         const std::string margin(static_cast<std::size_t>(random.Below(3)), ' ');
         text += "MEASURED RATIO: " + shot.measured + "\r\n";
-        text += "NAMEPLATE RATIO: " + margin + shot.nameplate + margin + "\r\n";
-        text += "PERCENT ERROR: " + margin + shot.percent + margin + "\r\n\r\n";
+        text.append("NAMEPLATE RATIO: ").append(margin).append(shot.nameplate).append(margin);
+        text.append("\r\nPERCENT ERROR: ").append(margin).append(shot.percent).append(margin);
+        text += "\r\n\r\n";
     }
     if (session.cutShotAtEnd) text += "DATA" + Disturbed("0102030405", random) + "\r\n";
     return text;
@@ -244,8 +245,8 @@ void ExpectReadBack(const TestRecord& record, const Shot& shot, std::size_t numb
     }
     EXPECT_EQ(ResultNumber(record.kneeVoltage), shot.Word(128) / 10.0);
     EXPECT_EQ(ResultNumber(record.kneeCurrent), CurrentUnits(shot, 130) / 10000.0);
-    EXPECT_EQ(ResultNumber(record.excitationCurrent),
-              ((CurrentUnits(shot, 132) + 5) / 10) / 1000.0);
+    const int excitationUnits = (CurrentUnits(shot, 132) + 5) / 10;
+    EXPECT_EQ(ResultNumber(record.excitationCurrent), excitationUnits / 1000.0);
     EXPECT_EQ(ResultNumber(record.excitationVoltage), shot.Word(134) / 10.0);
     EXPECT_EQ(ResultNumber(record.phaseAngle), shot.Word(140) / 10.0);
     EXPECT_EQ(record.measuredRatio, shot.measured);

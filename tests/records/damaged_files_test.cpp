@@ -29,9 +29,10 @@ class Damage {
 
     void Change(std::string& bytes) {
         static const std::vector<std::string> kPieces = {
-            "\r\n", "\n",    "\r",      "DATA",  "DONE",        ": ",          "VOLTAGE:", "NOTES:",
-            "-1",   "1E999", "1E-999",  "\0\0",  "REC NUMBER:", "ZZZZZZ",      "zz",       " ",
-            "N/A",  "\xFF",  "CURRENT", "65536", "+",           "TEST NOTES: "};
+            "\r\n",        "\n",     "\r", "DATA",        "DONE",   ": ",
+            "VOLTAGE:",    "NOTES:", "-1", "1E999",       "1E-999", std::string(2, '\0'),
+            "REC NUMBER:", "ZZZZZZ", "zz", " ",           "N/A",    "\xFF",
+            "CURRENT",     "65536",  "+",  "TEST NOTES: "};
         const std::size_t at = Below(bytes.size());
         const std::size_t length = Below(1 + Below(60));
         switch (Below(6)) {

@@ -157,10 +157,9 @@ TEST(ParseTestRecordFile, NumberThatIsNoneIsError13) {
                             kRecord.substr(kRecord.find("CURRENT"))),
                   ErrorNumber::TypeMismatch)
             << number;
-        EXPECT_EQ(NumberFor(kHeader + "REC NUMBER: 1\r\nNUMBER OF DATA POINTS: " + number + "\r\n" +
-                            kResults),
-                  ErrorNumber::TypeMismatch)
-            << number;
+        std::string file = kHeader + "REC NUMBER: 1\r\nNUMBER OF DATA POINTS: ";
+        file.append(number).append("\r\n").append(kResults);
+        EXPECT_EQ(NumberFor(file), ErrorNumber::TypeMismatch) << number;
     }
 }
 
