@@ -44,7 +44,8 @@ int FitLabel::LeastPixelSize() const {
 }
 
 QRect FitLabel::TextRect() const {
-    const QRect inner = rect().adjusted(kMargin, kMargin, -kMargin, -kMargin);
+    const int margin = kMargin + (alert_ ? kAlertFrame : 0);
+    const QRect inner = rect().adjusted(margin, margin, -margin, -margin);
     // Room for the arrow on both sides keeps the text in the middle.
     const int arrow = call_ ? inner.height() : 0;
     return inner.adjusted(arrow, 0, -arrow, 0);
@@ -82,7 +83,7 @@ QSize FitLabel::minimumSizeHint() const {
     QFont least = font();
     least.setPixelSize(LeastPixelSize());
     const QFontMetrics metrics(least);
-    return {metrics.averageCharWidth() * 8, metrics.lineSpacing() + 2 * kMargin};
+    return {metrics.averageCharWidth() * 8, metrics.lineSpacing() + 2 * (kMargin + kAlertFrame)};
 }
 
 void FitLabel::paintEvent(QPaintEvent* /*event*/) {
