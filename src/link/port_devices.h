@@ -34,6 +34,9 @@ class PortDevices {
     // Gives the number to a device (empty takes it back). Nothing on Windows.
     virtual void Assign(std::int16_t port, const QString& device) = 0;
 
+    // The device that was given the number, plugged in or not; empty when none was.
+    virtual QString Assigned(std::int16_t /*port*/) const { return {}; }
+
     // Whether this platform needs Assign because it has no COM names.
     virtual bool NeedsAssignment() const = 0;
 };

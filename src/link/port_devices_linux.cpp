@@ -15,7 +15,7 @@ class LinuxPortDevices : public PortDevices {
     explicit LinuxPortDevices(SettingsStore& store) : store_(store) {}
 
     QString DeviceOf(std::int16_t port) const override {
-        const QString assigned = store_.Read(kApplication, kSection, ValueName(port));
+        const QString assigned = Assigned(port);
         return assigned.isEmpty() ? NthUsbAdapter(Present(), port) : assigned;
     }
 
@@ -25,6 +25,10 @@ class LinuxPortDevices : public PortDevices {
 
     void Assign(std::int16_t port, const QString& device) override {
         store_.Write(kApplication, kSection, ValueName(port), device);
+    }
+
+    QString Assigned(std::int16_t port) const override {
+        return store_.Read(kApplication, kSection, ValueName(port));
     }
 
     bool NeedsAssignment() const override { return true; }

@@ -1,0 +1,18 @@
+#include "app/centre_form.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+
+namespace davo {
+
+void CentreForm(QWidget& window, const QWidget* other) {
+    if (!window.testAttribute(Qt::WA_Resized)) window.adjustSize();
+    const QScreen* screen = other != nullptr ? other->screen() : QGuiApplication::primaryScreen();
+    const QRect area = screen->geometry();
+    const QSize size = window.frameGeometry().size();
+    window.move(area.left() + (area.width() - size.width()) / 2,
+                area.top() + (area.height() - size.height()) / 2);
+}
+
+}  // namespace davo

@@ -1,0 +1,74 @@
+#include "app/frmSplash.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "app/centre_form.h"
+#include "app/program_icon.h"
+
+namespace davo {
+
+namespace {
+
+constexpr int kInterval = 1270;  // ms
+constexpr int kPicture = 128;
+constexpr int kMargin = 40;
+constexpr double kNameGrowth = 2.6;
+constexpr double kVersionGrowth = 1.3;
+
+QLabel* MakeLabel(QWidget* parent, const char* text, double growth, bool bold) {
+    auto* label = new QLabel(QLatin1String(text), parent);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * growth);
+    font.setBold(bold);
+    label->setFont(font);
+    return label;
+}
+
+}  // namespace
+
+frmSplash::frmSplash(BusyPointer& pointer, std::function<void()> showMain)
+    : QWidget(nullptr, Qt::SplashScreen), pointer_(pointer), showMain_(std::move(showMain)) {
+    setObjectName(QStringLiteral("frmSplash"));
+    setWindowTitle(QStringLiteral("DAVO PC-Interface"));
+    auto* picture = new QLabel(this);
+    picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
+    auto* texts = new QVBoxLayout;
+    texts->addStretch(1);
+    texts->addWidget(MakeLabel(this, "DAVO PC-Interface", kNameGrowth, true));
+    texts->addWidget(MakeLabel(this, "V.3.15", kVersionGrowth, false));
+    texts->addStretch(1);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    row->setSpacing(kMargin);
+    row->addWidget(picture);
+    row->addLayout(texts);
+    Timer1_.setObjectName(QStringLiteral("Timer1"));
+    Timer1_.setSingleShot(true);
+    Timer1_.setInterval(kInterval);
+    connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
+}
+
+void frmSplash::Form_Load() {
+    CentreForm(*this, nullptr);
+    Timer1_.start();
+}
+
+void frmSplash::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().base());
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+void frmSplash::Timer1_Timer() {
+    pointer_.ShowBusyPointer();
+    showMain_();
+    close();
+    pointer_.RestoreMousePointer();
+}
+
+}  // namespace davo

@@ -1,0 +1,203 @@
+#include "app/home_panel.h"
+
+#include <QAction>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QStackedLayout>
+#include <QStyledItemDelegate>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "app/program_icon.h"
+#include "common/places.h"
+#include "common/text.h"
+#include "testing/big_button.h"
+
+namespace davo {
+
+namespace {
+
+constexpr int kMargin = 20;
+constexpr int kSpacing = 14;
+constexpr int kPicture = 64;
+constexpr int kMostButtonHeight = 140;
+constexpr double kPortGrowth = 1.8;
+constexpr double kTextGrowth = 1.25;
+constexpr double kHeadingGrowth = 1.4;
+constexpr double kButtonGrowth = 1.3;  // of a large button
+constexpr int kRowRoom = 8;
+constexpr int kColumnRoom = 24;
+constexpr int kButtonShare = 2;
+constexpr int kRecordShare = 3;
+
+template <class Control>
+Control* Named(Control* control, const char* name) {
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+void Enlarge(QWidget* widget, double growth, bool bold = false) {
+    QFont font = widget->font();
+    font.setPointSizeF(font.pointSizeF() * growth);
+    font.setBold(bold);
+    widget->setFont(font);
+}
+
+QLabel* MakeLabel(QWidget* parent, const char* name, double growth, bool bold = false) {
+    auto* label = Named(new QLabel(parent), name);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    Enlarge(label, growth, bold);
+    return label;
+}
+
+// What is wrong with the port, and what can be done about it.
+QString WayOut(const LinkGlance& link) {
+    const QString wrong = DeviceState(link);
+    const QString advice = QStringLiteral("Choose a port with File, Configure System.");
+    return wrong.isEmpty() ? advice : QStringLiteral("%1. %2").arg(wrong, advice);
+}
+
+// Rows and columns with room between them.
+class RoomyDelegate : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(kColumnRoom, kRowRoom);
+    }
+};
+
+// item and the items of the menus above it.
+std::vector<QAction*> WithMenusAbove(QAction* item) {
+    std::vector<QAction*> chain{item};
+    for (QObject* object : item->associatedObjects()) {
+        auto* menu = qobject_cast<QMenu*>(object);
+        if (menu == nullptr || menu->menuAction() == item) continue;
+        for (QAction* above : WithMenusAbove(menu->menuAction()))
+            chain.push_back(above);
+    }
+    return chain;
+}
+
+// A menu's caption without its mnemonic, as a button shows it.
+QString ButtonCaption(const QAction& item) {
+    QString caption;
+    const QString text = item.text();
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text.at(i) == QLatin1Char('&') && ++i == text.size()) break;
+        caption += text.at(i);
+    }
+    return caption.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+BigButton* MakeButton(QAction* item, QWidget* parent) {
+    auto* button = new BigButton(parent);
+    button->setObjectName(QStringLiteral("cmd") + item->objectName().mid(3));
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    button->setMaximumHeight(kMostButtonHeight);
+    Enlarge(button, kButtonGrowth, true);
+    const std::vector<QAction*> chain = WithMenusAbove(item);
+    const auto follow = [button, item, chain] {
+        button->setText(ButtonCaption(*item));
+        button->setEnabled(std::all_of(chain.begin(), chain.end(),
+                                       [](const QAction* one) { return one->isEnabled(); }));
+    };
+    for (QAction* one : chain)
+        QObject::connect(one, &QAction::changed, button, follow);
+    QObject::connect(button, &QPushButton::clicked, item, [item] { item->trigger(); });
+    follow();
+    return button;
+}
+
+}  // namespace
+
+HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("homePanel"));
+    auto* grid = new QGridLayout(this);
+    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    grid->setSpacing(kSpacing);
+    grid->addWidget(BuildLink(), 0, 0, 1, 2);
+    auto* buttons = new QVBoxLayout;
+    buttons->setSpacing(kSpacing);
+    for (QAction* item : items)
+        buttons->addWidget(MakeButton(item, this));
+    buttons->addStretch();
+    grid->addLayout(buttons, 1, 0);
+    grid->addWidget(BuildRecords(), 1, 1);
+    grid->setColumnStretch(0, kButtonShare);
+    grid->setColumnStretch(1, kRecordShare);
+    grid->setRowStretch(1, 1);
+}
+
+QWidget* HomePanel::BuildLink() {
+    auto* frame = Named(new QWidget(this), "link");
+    auto* row = new QHBoxLayout(frame);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(kSpacing);
+    auto* picture = new QLabel(frame);
+    picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
+    row->addWidget(picture, 0, Qt::AlignTop);
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(2);
+    lblPort_ = MakeLabel(frame, "lblPort", kPortGrowth, true);
+    lblDevice_ = MakeLabel(frame, "lblDevice", kTextGrowth);
+    texts->addWidget(lblPort_);
+    texts->addWidget(lblDevice_);
+    texts->addStretch(1);
+    row->addLayout(texts, 1);
+    lblModel_ = MakeLabel(frame, "lblModel", kHeadingGrowth);
+    lblModel_->setWordWrap(false);
+    row->addWidget(lblModel_, 0, Qt::AlignTop);
+    return frame;
+}
+
+QWidget* HomePanel::BuildRecords() {
+    auto* frame = Named(new QWidget(this), "records");
+    auto* column = new QVBoxLayout(frame);
+    column->setContentsMargins(0, 0, 0, 0);
+    QLabel* heading = MakeLabel(frame, "lblNewest", kTextGrowth, true);
+    heading->setText(QStringLiteral("Newest test records"));
+    column->addWidget(heading);
+    recordPages_ = new QStackedLayout;
+    column->addLayout(recordPages_, 1);
+    lvNewest_ = Named(new QTreeWidget(frame), "lvNewest");
+    lvNewest_->setAccessibleName(heading->text());
+    lvNewest_->setHeaderLabels({QStringLiteral("Filename"), QStringLiteral("Date"),
+                                QStringLiteral("Tests"), QStringLiteral("Station")});
+    lvNewest_->setItemDelegate(new RoomyDelegate(lvNewest_));
+    lvNewest_->setRootIsDecorated(false);
+    lvNewest_->setUniformRowHeights(true);
+    lvNewest_->setAlternatingRowColors(true);
+    lvNewest_->setSelectionMode(QAbstractItemView::NoSelection);
+    Enlarge(lvNewest_, kTextGrowth);
+    lvNewest_->header()->setStretchLastSection(true);
+    lvNewest_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    recordPages_->addWidget(lvNewest_);
+    lblNoRecords_ = MakeLabel(frame, "lblNoRecords", kTextGrowth);
+    lblNoRecords_->setAlignment(Qt::AlignTop);
+    recordPages_->addWidget(lblNoRecords_);
+    return frame;
+}
+
+void HomePanel::ShowFacts(const HomeFacts& facts) {
+    lblPort_->setText(PortState(facts.link));
+    lblDevice_->setText(facts.link.portOpen ? DeviceState(facts.link) : WayOut(facts.link));
+    lblModel_->setText(ModelWords(facts.link.instrumentModel));
+    lvNewest_->clear();
+    for (std::size_t i = 0; i < std::min(facts.records.size(), kNewestRecords); ++i) {
+        const ListRow& row = facts.records[i];
+        lvNewest_->addTopLevelItem(
+            new QTreeWidgetItem({FromPage(row.filename), FromPage(row.date), FromPage(row.tests),
+                                 FromPage(TrimBlanks(row.station))}));
+    }
+    lblNoRecords_->setText(
+        QStringLiteral("No test records yet in %1").arg(ShownPath(facts.dataPath)));
+    recordPages_->setCurrentWidget(facts.records.empty() ? static_cast<QWidget*>(lblNoRecords_)
+                                                         : lvNewest_);
+}
+
+}  // namespace davo

@@ -1,0 +1,68 @@
+#include "app/port_labels.h"
+
+#include <QStringList>
+#include <algorithm>
+
+#include "common/text.h"
+
+namespace davo {
+
+LinkGlance GlanceAtLink(const Settings& settings, const LinkState& link,
+                        const PortDevices& devices) {
+    LinkGlance glance;
+    glance.comPort = settings.comPort;
+    glance.portOpen = link.portOpen;
+    glance.instrumentModel = link.instrumentModel;
+    if (settings.comPort == kNoPortChosen) return glance;
+    const auto present = devices.Present();
+    glance.device = devices.DeviceOf(settings.comPort);
+    glance.deviceWords = DeviceWords(glance.device, present);
+    glance.present = FindPort(present, glance.device) != nullptr;
+    return glance;
+}
+
+QString PortCaption(std::int16_t port) {
+    return QStringLiteral("COM%1").arg(port);
+}
+
+const PresentPort* FindPort(const std::vector<PresentPort>& present, const QString& device) {
+    const auto found = std::find_if(present.begin(), present.end(),
+                                    [&](const PresentPort& one) { return one.device == device; });
+    return found == present.end() ? nullptr : &*found;
+}
+
+QString AdapterWords(const PresentPort& port) {
+    QStringList words{port.name, port.maker};
+    if (!port.serialNumber.isEmpty()) {
+        words << QStringLiteral("serial number %1").arg(port.serialNumber);
+    }
+    words.removeAll(QString());
+    return words.join(QStringLiteral(", "));
+}
+
+QString DeviceWords(const QString& device, const std::vector<PresentPort>& present) {
+    const PresentPort* port = FindPort(present, device);
+    const QString words = port == nullptr ? QString() : AdapterWords(*port);
+    return words.isEmpty() ? device : QStringLiteral("%1, %2").arg(words, device);
+}
+
+QString PortState(const LinkGlance& glance) {
+    if (glance.comPort == kNoPortChosen) return QStringLiteral("No COM port chosen");
+    const QString port = PortCaption(glance.comPort);
+    return glance.portOpen ? port + QStringLiteral(" open") : port + QStringLiteral(" not open");
+}
+
+QString DeviceState(const LinkGlance& glance) {
+    if (glance.comPort == kNoPortChosen) return {};
+    if (glance.portOpen) return glance.deviceWords;
+    if (glance.device.isEmpty()) return QStringLiteral("No device is plugged in");
+    if (!glance.present) return QStringLiteral("%1 is not plugged in").arg(glance.device);
+    return QStringLiteral("%1 could not be opened").arg(glance.deviceWords);
+}
+
+QString ModelWords(const std::string& instrumentModel) {
+    return instrumentModel.empty() ? QStringLiteral("Instrument not asked yet")
+                                   : FromPage(instrumentModel);
+}
+
+}  // namespace davo

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/settings.h"
+#include "link/link.h"
+#include "link/port_devices.h"
+
+namespace davo {
+
+// What is to be seen of the link at a glance.
+struct LinkGlance {
+    std::int16_t comPort = kNoPortChosen;
+    bool portOpen = false;
+    QString device;        // that the number stands for; empty when there is none
+    QString deviceWords;   // DeviceWords of it
+    bool present = false;  // it is among those that are plugged in now
+    std::string instrumentModel;
+
+    bool operator==(const LinkGlance&) const = default;
+};
+
+LinkGlance GlanceAtLink(const Settings& settings, const LinkState& link,
+                        const PortDevices& devices);
+
+// "COM1".
+QString PortCaption(std::int16_t port);
+
+// The port that is opened as device; nullptr when it is not plugged in.
+const PresentPort* FindPort(const std::vector<PresentPort>& present, const QString& device);
+
+// An adapter's name, maker and serial number, as far as they are known.
+QString AdapterWords(const PresentPort& port);
+
+// AdapterWords and the device; of one that is not plugged in only the device. Empty for no
+// device.
+QString DeviceWords(const QString& device, const std::vector<PresentPort>& present);
+
+// "COM1 open", "COM1 not open", "No COM port chosen".
+QString PortState(const LinkGlance& glance);
+
+// What the number stands for, and, of a port that is not open, what is in the way.
+QString DeviceState(const LinkGlance& glance);
+
+// The model for the operator's eye; a word for it while it was not read.
+QString ModelWords(const std::string& instrumentModel);
+
+}  // namespace davo

@@ -1,0 +1,21 @@
+#include "app/program_icon.h"
+
+#include <QtGlobal>
+
+// Outside the namespace, because it names a function that the resource compiler makes there.
+static void LoadResource() {
+    Q_INIT_RESOURCE(davo_icon);
+}
+
+namespace davo {
+
+QIcon ProgramIcon() {
+    LoadResource();
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+        icon.addFile(QStringLiteral(":/davo/icon/davo-%1.png").arg(size), QSize(size, size));
+    }
+    return icon;
+}
+
+}  // namespace davo

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QIcon>
+
+namespace davo {
+
+// The program's picture in every size that a desktop shows it in, 16 to 256 pixels.
+QIcon ProgramIcon();
+
+}  // namespace davo

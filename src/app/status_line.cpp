@@ -1,0 +1,219 @@
+#include "app/status_line.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QStringList>
+#include <QStyle>
+#include <algorithm>
+#include <string_view>
+
+#include "common/places.h"
+#include "common/text.h"
+
+namespace davo {
+
+namespace {
+
+// A wait shorter than this is over before anyone has read a notice.
+constexpr std::chrono::milliseconds kDelay{2000};
+constexpr int kSpacing = 18;
+constexpr int kButtonHeight = 30;
+constexpr std::size_t kMostNames = 20;  // of a message that fits a small screen
+constexpr int kLeastElided = 8;         // characters
+constexpr int kFolderShare = 2;
+constexpr int kDeviceShare = 1;
+
+template <class Control>
+Control* Named(Control* control, const char* name) {
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+QLabel* MakeLabel(QWidget* parent, const char* name, const char* purpose) {
+    auto* label = Named(new QLabel(parent), name);
+    label->setTextFormat(Qt::PlainText);
+    label->setToolTip(QLatin1String(purpose));
+    return label;
+}
+
+QString Files(std::size_t count) {
+    return count == 1 ? QStringLiteral("1 file") : QStringLiteral("%1 files").arg(count);
+}
+
+QString SkippedDetail(const std::vector<SkippedFile>& skipped) {
+    QStringList lines{
+        QStringLiteral("%1 in the data folder cannot be listed:").arg(Files(skipped.size()))};
+    for (std::size_t i = 0; i < std::min(skipped.size(), kMostNames); ++i) {
+        lines << QStringLiteral("%1 %2").arg(skipped[i].name, SkipReasonText(skipped[i].reason));
+    }
+    if (skipped.size() > kMostNames) {
+        lines << QStringLiteral("and %1 more").arg(skipped.size() - kMostNames);
+    }
+    return lines.join(QStringLiteral("\r\n"));
+}
+
+QString NotListedDetail(int notListed) {
+    return QStringLiteral(
+               "The list holds %1 records; %2 more in the data folder %3 not listed. "
+               "Move older ones to another folder.")
+        .arg(kMostListedRecords)
+        .arg(Files(static_cast<std::size_t>(notListed)),
+             notListed == 1 ? QStringLiteral("is") : QStringLiteral("are"));
+}
+
+QString AnswerWords(std::string_view command) {
+    if (command == "B") return QStringLiteral("the question whether it is ready");
+    if (command == "W") return QStringLiteral("the question for its model");
+    if (command == "d") return QStringLiteral("the request for its list of test records");
+    if (command.starts_with("L")) {
+        return QStringLiteral("the request to find test record %1")
+            .arg(FromPage(TrimBlanks(command.substr(1))));
+    }
+    if (command == "R") return QStringLiteral("the request for a test record");
+    if (command == "Fr") return QStringLiteral("the request for its headers");
+    if (command == "Fh") return QStringLiteral("the request to erase its headers");
+    return {};
+}
+
+}  // namespace
+
+Notice NoticeOf(const std::vector<SkippedFile>& skipped, int notListed) {
+    QStringList captions;
+    QStringList details;
+    if (!skipped.empty()) {
+        captions << QStringLiteral("%1 skipped").arg(Files(skipped.size()));
+        details << SkippedDetail(skipped);
+    }
+    if (notListed > 0) {
+        captions << QStringLiteral("%1 not listed").arg(Files(static_cast<std::size_t>(notListed)));
+        details << NotListedDetail(notListed);
+    }
+    return {captions.join(QStringLiteral(", ")), details.join(QStringLiteral("\r\n\r\n"))};
+}
+
+QString WaitWords(const WaitUnderWay& wait) {
+    const QString answer = AnswerWords(wait.command);
+    if (answer.isEmpty()) return QStringLiteral("Waiting for the DAVO's answer...");
+    return QStringLiteral("Waiting for the DAVO's answer to %1...").arg(answer);
+}
+
+// A label that gives up a part of its text when there is no room; the tool tip has the whole.
+class StatusLine::ElidedLabel : public QLabel {
+  public:
+    ElidedLabel(QWidget* parent, const char* name, Qt::TextElideMode mode)
+        : QLabel(parent), mode_(mode) {
+        setObjectName(QLatin1String(name));
+        setTextFormat(Qt::PlainText);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    }
+
+    void SetWhole(const QString& text) {
+        setText(text);
+        setToolTip(text);
+    }
+
+    QSize minimumSizeHint() const override {
+        const int least = fontMetrics().averageCharWidth() * kLeastElided;
+        return {std::min(least, sizeHint().width()), QLabel::minimumSizeHint().height()};
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        style()->drawItemText(
+            &painter, contentsRect(), Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(),
+            fontMetrics().elidedText(text(), mode_, contentsRect().width()), foregroundRole());
+    }
+
+  private:
+    Qt::TextElideMode mode_;
+};
+
+StatusLine::StatusLine(Link& link, Prompts& prompts, QWidget* parent)
+    : QWidget(parent), link_(link), prompts_(prompts) {
+    setObjectName(QStringLiteral("statusLine"));
+    pages_ = new QStackedLayout(this);
+    pages_->addWidget(BuildFacts());
+    pages_->addWidget(BuildWait());
+    delay_.setSingleShot(true);
+    delay_.setInterval(kDelay);
+    connect(&delay_, &QTimer::timeout, this, [this] { ShowWait(); });
+}
+
+QWidget* StatusLine::BuildFacts() {
+    auto* page = Named(new QWidget(this), "facts");
+    auto* row = new QHBoxLayout(page);
+    row->setContentsMargins(6, 0, 6, 0);
+    row->setSpacing(kSpacing);
+    lblPort_ = MakeLabel(page, "lblPort", "Serial port");
+    QFont bold = lblPort_->font();
+    bold.setBold(true);
+    lblPort_->setFont(bold);
+    lblDevice_ = new ElidedLabel(page, "lblDevice", Qt::ElideRight);
+    lblModel_ = MakeLabel(page, "lblModel", "Instrument");
+    lblDataPath_ = new ElidedLabel(page, "lblDataPath", Qt::ElideMiddle);
+    lblKneepoint_ = MakeLabel(page, "lblKneepoint", "Kneepoint marker");
+    cmdNotice_ = Named(new QPushButton(page), "cmdNotice");
+    cmdNotice_->setIcon(style()->standardIcon(QStyle::SP_MessageBoxWarning));
+    cmdNotice_->setFlat(true);
+    cmdNotice_->hide();
+    connect(cmdNotice_, &QPushButton::clicked, this, [this] { prompts_.Message(noticeDetail_); });
+    row->addWidget(lblPort_);
+    row->addWidget(lblDevice_, kDeviceShare);
+    row->addWidget(lblModel_);
+    row->addWidget(lblDataPath_, kFolderShare);
+    row->addWidget(lblKneepoint_);
+    row->addWidget(cmdNotice_);
+    return page;
+}
+
+QWidget* StatusLine::BuildWait() {
+    auto* page = Named(new QWidget(this), "wait");
+    auto* row = new QHBoxLayout(page);
+    row->setContentsMargins(6, 0, 6, 0);
+    row->setSpacing(kSpacing);
+    lblWait_ = Named(new QLabel(page), "lblWait");
+    lblWait_->setTextFormat(Qt::PlainText);
+    auto* cmdStopWait =
+        Named(new QPushButton(QStringLiteral("Stop &waiting"), page), "cmdStopWait");
+    cmdStopWait->setMinimumHeight(kButtonHeight);
+    connect(cmdStopWait, &QPushButton::clicked, this, [this] { link_.EndWait(); });
+    row->addWidget(lblWait_);
+    row->addWidget(cmdStopWait);
+    row->addStretch();
+    return page;
+}
+
+void StatusLine::ShowFacts(const StatusFacts& facts) {
+    lblPort_->setText(PortState(facts.link));
+    lblDevice_->SetWhole(DeviceState(facts.link));
+    lblModel_->setText(ModelWords(facts.link.instrumentModel));
+    lblDataPath_->SetWhole(ShownPath(facts.dataPath));
+    lblKneepoint_->setText(facts.kneepointType);
+    const Notice notice = NoticeOf(facts.skipped, facts.notListed);
+    noticeDetail_ = notice.detail;
+    cmdNotice_->setText(notice.caption);
+    cmdNotice_->setToolTip(notice.detail);
+    cmdNotice_->setVisible(!notice.caption.isEmpty());
+}
+
+void StatusLine::WaitChanged() {
+    if (link_.CurrentWait()) {
+        delay_.start();
+    } else {
+        delay_.stop();
+        pages_->setCurrentIndex(0);
+    }
+}
+
+void StatusLine::ShowWait() {
+    const auto wait = link_.CurrentWait();
+    if (!wait) return;
+    lblWait_->setText(WaitWords(*wait));
+    pages_->setCurrentIndex(1);
+}
+
+}  // namespace davo

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "link/port_choice.h"
+#include "link/port_devices.h"
+
+namespace davo::test {
+
+inline PresentPort UsbAdapter(const char* device, const char* name, const char* maker,
+                              const char* serialNumber) {
+    return {QString::fromLatin1(device), QString::fromLatin1(name), QString::fromLatin1(maker),
+            QString::fromLatin1(serialNumber), true};
+}
+
+inline PresentPort BuiltInPort(const char* device) {
+    return {QString::fromLatin1(device), {}, {}, {}, false};
+}
+
+// What is plugged in is what the test says. Without COM names it chooses as a platform that has
+// none: the assigned device, else the n-th USB adapter.
+class FakePortDevices : public PortDevices {
+  public:
+    QString DeviceOf(std::int16_t port) const override {
+        if (!needsAssignment) return QStringLiteral("COM%1").arg(port);
+        const QString given = Assigned(port);
+        return given.isEmpty() ? NthUsbAdapter(present, port) : given;
+    }
+    std::vector<PresentPort> Present() const override { return present; }
+    void Assign(std::int16_t port, const QString& device) override {
+        assigned[port] = device;
+        assignments.emplace_back(port, device);
+    }
+    QString Assigned(std::int16_t port) const override {
+        const auto found = assigned.find(port);
+        return found == assigned.end() ? QString() : found->second;
+    }
+    bool NeedsAssignment() const override { return needsAssignment; }
+
+    bool needsAssignment = true;
+    std::vector<PresentPort> present;
+    std::map<std::int16_t, QString> assigned;
+    std::vector<std::pair<std::int16_t, QString>> assignments;  // every Assign, in order
+};
+
+}  // namespace davo::test
