@@ -28,7 +28,8 @@ std::optional<std::string> NameplateRatio(const std::string& hCurrent,
 std::optional<std::string> PercentError(const std::string& measured, const std::string& nameplate) {
     const auto m = WholeNumericValue(measured);
     const auto n = WholeNumericValue(nameplate);
-    if (!m || !n || *n == 0) return std::nullopt;
+    if (!m || !n) return std::nullopt;
+    // A nameplate ratio of zero gives no finite number.
     const double percent = std::abs(*m - *n) / *n * 100;
     if (!std::isfinite(percent)) return std::nullopt;
     return Picture(percent, "##0.00");

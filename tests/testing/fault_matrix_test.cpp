@@ -11,7 +11,7 @@
 namespace davo::test {
 namespace {
 
-enum class Kind { Cut, Stall, Noise, Double, Flip };
+enum class Kind { Cut, Stall, Noise, Double, Flip, Unplug };
 
 struct Fault {
     Kind kind = Kind::Cut;
@@ -20,7 +20,7 @@ struct Fault {
     unsigned bit = 0;
 
     std::string Name() const {
-        constexpr const char* kNames[] = {"cut", "stall", "noise", "double", "flip"};
+        constexpr const char* kNames[] = {"cut", "stall", "noise", "double", "flip", "unplug"};
         return std::string(kNames[static_cast<int>(kind)]) + " at " + std::to_string(at) + ", " +
                std::to_string(static_cast<unsigned char>(noise)) + ", " + std::to_string(bit);
     }
@@ -32,6 +32,7 @@ struct Counts {
     int damageShown = 0;
     int damageUnseen = 0;
     int cancelled = 0;
+    int startedAgain = 0;
     int ratioChanged = 0;
 };
 
@@ -39,15 +40,23 @@ bool IsDigit(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
 }
 
+void Unplug(SequenceBench& bench) {
+    bench.port.open = false;
+    bench.linkState.portOpen = false;
+    bench.sequence.PortLost();
+}
+
 void DeliverFaulty(SequenceBench& bench, std::string part, std::size_t position,
                    const Fault& fault) {
-    if (fault.kind == Kind::Cut && fault.at < position) return;
+    const bool silent = fault.kind == Kind::Cut || fault.kind == Kind::Unplug;
+    if (silent && fault.at < position) return;
     const bool here = fault.at >= position && fault.at < position + part.size();
     const std::size_t at = fault.at - position;
     std::size_t pauseAt = part.size();
     if (here) {
         switch (fault.kind) {
             case Kind::Cut:
+            case Kind::Unplug:
                 part.resize(at);
                 break;
             case Kind::Stall:
@@ -69,6 +78,7 @@ void DeliverFaulty(SequenceBench& bench, std::string part, std::size_t position,
         bench.sequence.Timer1_Timer();
     }
     DeliverLines(bench, part.substr(std::min(pauseAt, part.size())));
+    if (here && fault.kind == Kind::Unplug) Unplug(bench);
 }
 
 class FaultMatrixTest : public testing::TestWithParam<bool> {
@@ -87,6 +97,7 @@ class FaultMatrixTest : public testing::TestWithParam<bool> {
         for (std::size_t at = 0; at < script_.Size(); ++at) {
             faults.push_back({Kind::Cut, at});
             faults.push_back({Kind::Stall, at});
+            faults.push_back({Kind::Unplug, at});
             for (const char noise : {'\xff', '\0', '7', 'D', ' ', '\r', '\n', '='}) {
                 faults.push_back({Kind::Noise, at, noise});
             }
@@ -106,6 +117,7 @@ class FaultMatrixTest : public testing::TestWithParam<bool> {
     }
 
     void RunCase(const Fault& fault);
+    void StartAgain(SequenceBench& bench, const std::string& before);
 
     const ShotScript script_ = RecordScript(5, GetParam(), 3);
     std::set<std::size_t> digits_;  // places of the record's digits
@@ -127,7 +139,11 @@ void FaultMatrixTest::RunCase(const Fault& fault) {
         [&](SequenceBench& to, const std::string& part, std::size_t position) {
             DeliverFaulty(to, part, position, fault);
         },
-        fault.kind == Kind::Cut);
+        fault.kind == Kind::Cut || fault.kind == Kind::Unplug);
+    if (fault.kind == Kind::Unplug && bench.sequence.TestState() != kStateShotComplete) {
+        StartAgain(bench, before);
+        return;
+    }
     ASSERT_TRUE(bench.sequence.TestState() == kStateShotComplete || bench.sequence.Polling());
     if (bench.sequence.TestState() != kStateShotComplete) {
         ++counts_.cancelled;
@@ -158,6 +174,21 @@ void FaultMatrixTest::RunCase(const Fault& fault) {
     }
 }
 
+// The cable is back: the shot that was lost is run again in the same session.
+void FaultMatrixTest::StartAgain(SequenceBench& bench, const std::string& before) {
+    ++counts_.startedAgain;
+    ASSERT_TRUE(bench.Screen().cmdExit.enabled);
+    ASSERT_TRUE(bench.Screen().cmdStart.enabled);
+    ASSERT_EQ(bench.CaptureBytes(), before);
+    bench.reopens = true;
+    ASSERT_TRUE(PlayShot(
+        bench, script_,
+        [](SequenceBench& to, const std::string& part, std::size_t) { DeliverLines(to, part); }));
+    bench.sequence.WriteShotTrailer();
+    ASSERT_EQ(bench.CaptureBytes(), before + before);
+    ASSERT_EQ(bench.session.shotCount, 2);
+}
+
 TEST_P(FaultMatrixTest, EveryFaultAtEveryByte) {
     int unseenExpected = 0;
     for (const Fault& fault : Faults()) {
@@ -166,13 +197,15 @@ TEST_P(FaultMatrixTest, EveryFaultAtEveryByte) {
         if (HasFatalFailure()) FAIL() << fault.Name();
     }
     EXPECT_EQ(counts_.damageUnseen, unseenExpected);
-    EXPECT_EQ(counts_.whole + counts_.damageShown + counts_.damageUnseen + counts_.cancelled,
+    EXPECT_EQ(counts_.whole + counts_.damageShown + counts_.damageUnseen + counts_.cancelled +
+                  counts_.startedAgain,
               counts_.cases);
     std::cout << counts_.cases << " cases over " << script_.Size() << " bytes: " << counts_.whole
               << " records whole, " << counts_.damageShown << " damaged and shown, "
               << counts_.damageUnseen
               << " with one digit turned into another (no checksum on the line, cannot be seen), "
-              << counts_.cancelled << " not completed and cancelled; in " << counts_.ratioChanged
+              << counts_.cancelled << " not completed and cancelled, " << counts_.startedAgain
+              << " unplugged and started again; in " << counts_.ratioChanged
               << " completed ones the text of the ratio line was changed or lost" << std::endl;
 }
 

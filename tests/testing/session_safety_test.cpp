@@ -130,8 +130,11 @@ TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
     EXPECT_EQ(reopenings, 1);
 
     reopens = true;
-    StartFullShot();
-    EXPECT_EQ(TakeSent(), (Sent{"T", "\r"})) << "the range switch is asked for again";
+    sequence.cmdStart_Click();
+    EXPECT_EQ(TakeSent(), Sent{"T"});
+    SayLine("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    EXPECT_EQ(Screen().lblMessage.text, "SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    EXPECT_TRUE(Screen().cmdContinue.enabled) << "the range switch is asked for again";
     EndShot("222.2");
     EXPECT_EQ(session.shotCount, 2);
     EXPECT_EQ(CaptureBytes(), captured);

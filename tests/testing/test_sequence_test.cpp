@@ -245,6 +245,14 @@ TEST_F(SequenceTest, AShotThatIsWrittenCanNoLongerBeRepeated) {
     EXPECT_EQ(session.shotCount, 1);
 }
 
+TEST_F(SequenceTest, RepeatWithoutAPendingShotTakesNothingBack) {
+    OpenFor(false);
+    RunFullShot();
+    sequence.WriteShotTrailer();
+    sequence.cmdContinue_Click();
+    EXPECT_EQ(session.shotCount, 1);
+}
+
 TEST_F(SequenceTest, ContinueConfirms) {
     OpenFor(false);
     StartFullShot();

@@ -143,6 +143,12 @@ TEST_F(StepsTest, AConfirmationGivenWhileRunningAnswersTheNextSaturationPrompt) 
     EXPECT_FALSE(Screen().cmdCancel.enabled);
     SayLine("I=0.1 V=1.0");
     EXPECT_TRUE(Screen().cmdCancel.enabled);
+    // It is used up then.
+    EndShot();
+    prompts.answers = {Answer::No};
+    sequence.cmdStart_Click();
+    SayLine(kRange);
+    TakeSent();
     SayLine(kSaturate);
     EXPECT_TRUE(TakeSent().empty());
 }
@@ -313,6 +319,19 @@ TEST_F(StepsTest, TheInstrumentsOwnSlowLoweringLeavesTheSecondShotsToCome) {
     Screen().lblMessage.text = "other";
     SayLine("I=0.1 V=1.0");
     EXPECT_EQ(Message(), kSlowShown);
+}
+
+TEST_F(StepsTest, ConfirmationsOfEarlierShotsDoNotCountForSlowLowering) {
+    modes = {false, true, true};
+    for (int shot = 1; shot <= 2; ++shot) {
+        sequence.cmdStart_Click();
+        SayLine(kZero);
+        SayLine(kRatio);
+        Confirm();
+        SayLine("I=0.1 V=1.0");
+        EXPECT_EQ(Message(), kRatioShown) << shot;
+        SayLine(RecordOf(Digits()));
+    }
 }
 
 TEST_F(StepsTest, SlowLoweringDoesNotTakeThePlaceOfTheRatioPrompt) {
