@@ -91,7 +91,11 @@ void TestSequence::AdjustShotCounters(int delta) {
 
 std::string TestSequence::ShotTrailer() const {
     const std::string end(kLineEnd);
-    std::string block = rawRecord_ + end + "MEASURED RATIO: " + screen_.txtRatio.text + end;
+    // The capture file is read by its lines: a line end that noise put into the ratio's text would
+    // push the lines after it out of their places.
+    std::string ratio = screen_.txtRatio.text;
+    std::erase_if(ratio, [](char c) { return c == '\r' || c == '\n'; });
+    std::string block = rawRecord_ + end + "MEASURED RATIO: " + ratio + end;
     if (IsBlank(screen_.txtHVolt) || IsBlank(screen_.txtXVolt) || IsBlank(screen_.txtCRatio) ||
         IsBlank(screen_.txtPE)) {
         block += "NAMEPLATE RATIO: N/A" + end + "PERCENT ERROR: N/A" + end;

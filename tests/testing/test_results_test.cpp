@@ -206,5 +206,13 @@ TEST_F(ResultsTest, BlockOfAShotWithoutNameplate) {
     EXPECT_EQ(sequence.ShotTrailer(), RecordOf(Digits()) + "\r\nMEASURED RATIO: " + tail);
 }
 
+TEST_F(ResultsTest, LineEndThatNoisePutIntoTheRatioDoesNotShiftTheLinesBehindIt) {
+    RunFullShot("24\n1.\r2");
+    EXPECT_EQ(Screen().txtRatio.text, "24\n1.\r2");
+    EXPECT_EQ(sequence.ShotTrailer(), RecordOf(Digits()) +
+                                          "\r\nMEASURED RATIO: 241.2\r\nNAMEPLATE RATIO: N/A\r\n"
+                                          "PERCENT ERROR: N/A\r\n\r\n");
+}
+
 }  // namespace
 }  // namespace davo::test
