@@ -20,7 +20,8 @@ import unittest
 import expected_record
 import harness
 
-WORKERS = int(os.environ.get("DAVO_KILL_WORKERS", "4"))
+# Most of a run is waiting, so more of them than processors.
+WORKERS = int(os.environ.get("DAVO_KILL_WORKERS", "8"))
 NAMEPLATE = ("1200", "5")
 BLANK_HEADER = [" " * 20] * 8
 OFFER = "An earlier session"

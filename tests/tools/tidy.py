@@ -51,7 +51,9 @@ def stamp(entry, deps, common):
     digest.update(entry["command"].encode())
     own = {path for path in deps.get(command[command.index("-o") + 1], []) if is_own(path)}
     for path in sorted(own | {pathlib.Path(entry["file"])}):
-        digest.update(str(path.relative_to(ROOT)).encode() + path.read_bytes())
+        # A header may have gone since the last build.
+        content = path.read_bytes() if path.exists() else b""
+        digest.update(str(path.relative_to(ROOT)).encode() + content)
     return STAMPS / digest.hexdigest()
 
 
