@@ -4,12 +4,15 @@
 #include <QCloseEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QMenu>
-#include <QMenuBar>
+#include <QStackedWidget>
 #include <QStatusBar>
-#include <QTimer>
 #include <memory>
+#include <utility>
 
+#include "app/frmAbout.h"
+#include "app/frmConfig.h"
+#include "app/home_panel.h"
+#include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/text.h"
 #include "testing/frmCControl.h"
@@ -20,80 +23,165 @@ namespace {
 
 constexpr std::string_view kModel = "DAVO";
 constexpr std::string_view kExtendedModel = "DAVO-E";
+constexpr const char* kNoModel = "DAVO N/A";
 
-template <class Item>
-Item* Named(Item* item, const char* name) {
-    item->setObjectName(QLatin1String(name));
-    return item;
-}
+constexpr int kFactsInterval = 2000;    // ms; an adapter that is plugged in shows up so soon
+constexpr int kMessageDuration = 8000;  // ms; two sentences are read in half of it
 
-QMenu* AddMenu(QMenu* menu, const char* name, const char* caption) {
-    QMenu* added = Named(menu->addMenu(QLatin1String(caption)), name);
-    Named(added->menuAction(), name);
-    return added;
-}
-
-template <class Handler>
-void AddItem(QMenu* menu, const char* name, const char* caption, Handler handler) {
-    QAction* item = Named(menu->addAction(QLatin1String(caption)), name);
-    QObject::connect(item, &QAction::triggered, menu, handler);
+QString PlainCaption(const QAction& item) {
+    return item.text().remove(QLatin1Char('&'));
 }
 
 }  // namespace
 
-frmMain::frmMain(ProgramState& state, const ProgramServices& services)
+frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildWindows windows)
     : state_(state),
       services_(services),
+      windows_(std::move(windows)),
       handlers_(services.prompts),
-      area_(new QMdiArea(this)),
-      waitNotice_(services.link, *statusBar()) {
+      dateGuard_(services.shortDate),
+      menu_(*menuBar()),
+      statusLine_(new StatusLine(services.link, services.prompts, this)),
+      pages_(new QStackedWidget(this)),
+      area_(new QMdiArea(pages_)) {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QStringLiteral("DAVO PC-Interface V.3.15"));
-    setCentralWidget(area_);
-    BuildMenus();
-    services_.link.OnWaitChanged = [this] { waitNotice_.WaitChanged(); };
+    BuildCentre();
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(statusLine_, 1);
+    ConnectMenu();
+    services_.link.OnWaitChanged = [this] { WaitChanged(); };
+    factsTimer_.setInterval(kFactsInterval);
+    connect(&factsTimer_, &QTimer::timeout, this, [this] { ShowFacts(); });
 }
 
 frmMain::~frmMain() {
     services_.link.OnWaitChanged = nullptr;
 }
 
-void frmMain::BuildMenus() {
-    mnuFile_ = Named(menuBar()->addMenu(QStringLiteral("&File")), "mnuFile");
-    Named(mnuFile_->menuAction(), "mnuFile");
-    QMenu* run = AddMenu(mnuFile_, "mnuCControl", "R&un Test");
-    const auto alone = [this](void (frmMain::*handler)()) {
-        return [this, handler] {
-            handlers_.RunAlone([this, handler] { (this->*handler)(); });
+void frmMain::BuildCentre() {
+    std::vector<QAction*> items{menu_.mnuBoth, menu_.mnuRatio};
+    if (windows_.testList) items.push_back(menu_.mnuRecall);
+    if (windows_.memoryDirectory) items.push_back(menu_.mnuDownload);
+    items.push_back(menu_.mnuConfig);
+    home_ = new HomePanel(items, pages_);
+    pages_->addWidget(home_);
+    pages_->addWidget(area_);
+    setCentralWidget(pages_);
+}
+
+void frmMain::ConnectMenu() {
+    const auto on = [this](QAction* item, auto handler) {
+        connect(item, &QAction::triggered, this, [this, handler] {
+            handlers_.RunAlone(handler);
+            ShowFacts();
             if (closeWanted_) close();
-        };
+        });
     };
-    AddItem(run, "mnuBoth", "S&aturation && Ratio Tests", alone(&frmMain::mnuBoth_Click));
-    AddItem(run, "mnuRatio", "Ratio Test &Only", alone(&frmMain::mnuRatio_Click));
-    Named(mnuFile_->addSeparator(), "mnuLine7");
-    AddItem(mnuFile_, "mnuExit", "&Exit", alone(&frmMain::mnuExit_Click));
+    on(menu_.mnuRecall, [this] { mnuRecall_Click(); });
+    on(menu_.mnuBoth, [this] { mnuBoth_Click(); });
+    on(menu_.mnuRatio, [this] { mnuRatio_Click(); });
+    on(menu_.mnuDownload, [this] { mnuDownload_Click(); });
+    on(menu_.mnuOverlay, [this] { mnuOverlay_Click(); });
+    on(menu_.mnuSetHeaderFile, [this] { mnuSetHeaderFile_Click(); });
+    on(menu_.mnuSetDescr, [this] { mnuSetDescr_Click(); });
+    on(menu_.mnuFileUtil, [this] { mnuFileUtil_Click(); });
+    on(menu_.mnuConfig, [this] { mnuConfig_Click(); });
+    on(menu_.mnuExit, [this] { mnuExit_Click(); });
+    on(menu_.mnuAbout, [this] { mnuAbout_Click(); });
+    // The marker is told to be checked even where the handler does not run: a click toggles it.
+    const auto marker = [this](QAction* item, const char* kneepointType) {
+        connect(item, &QAction::triggered, this,
+                [this, kneepointType] { SetKneepoint(kneepointType); });
+    };
+    marker(menu_.mnuKneepoint30, kKneeIeee30);
+    marker(menu_.mnuKneepoint45, kKneeIeee45);
+    marker(menu_.mnuKneepointASA10, kKneeAsa);
+}
+
+// --- Load ---------------------------------------------------------------------------------------
+
+template <class Step>
+void frmMain::Attempt(const QString& caption, const Step& step) {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        troubles_.push_back({caption, QString::fromUtf8(error.what())});
+    }
 }
 
 void frmMain::Form_Load() {
+    dateGuard_.Run();
     state_.modes = {};
     state_.linkState.instrumentModel.clear();
-    handlers_.Run([this] {
+    LoadSettings();
+    LoadHeader();
+    services_.link.OpenComPort(state_.settings.comPort);
+    LoadDirectory();
+    loaded_ = true;
+    ShowFacts();
+    factsTimer_.start();
+}
+
+void frmMain::LoadSettings() {
+    Attempt(QStringLiteral("Folder missing"), [this] {
         const QString& scratch = services_.places.scratchFolder;
         if (!FolderExists(scratch)) CreateFolder(scratch);
     });
-    handlers_.Run([this] { state_.settings = ReadSettings(services_.store, services_.places); });
-    if (state_.settings.dataPath.isEmpty()) UseDefaultFolders();
-    handlers_.Run([this] {
-        LoadHeaderFile(state_.header, state_.settings.dataPath);
-        services_.link.OpenComPort(state_.settings.comPort);
-    });
+    const SettingsRead read = ReadSettings(services_.store, services_.places);
+    state_.settings = read.settings;
+    for (const RunTimeError& error : read.errors) {
+        troubles_.push_back({QStringLiteral("Setting not usable"),
+                             QStringLiteral("A stored setting or its folder cannot be used. The "
+                                            "program goes on with what is usual.\r\n") +
+                                 QString::fromUtf8(error.what())});
+    }
+    menu_.CheckKneepoint(state_.settings.kneepointType);
 }
 
-void frmMain::UseDefaultFolders() {
-    // The stored settings could not be read; the program is to run all the same.
-    state_.settings.dataPath =
-        services_.places.applicationFolder + FolderText(R"(\Shots_Data\)").mid(1);
-    state_.settings.excelPath = ExcelPathOf(state_.settings.dataPath);
+void frmMain::LoadHeader() {
+    for (int i = 0; i < kHeaderFieldCount; ++i)
+        state_.header.Field(i) = std::string(kHeaderFieldWidth, ' ');
+    Attempt(QStringLiteral("Header not read"),
+            [this] { LoadHeaderFile(state_.header, state_.settings.dataPath); });
+}
+
+void frmMain::LoadDirectory() {
+    const QString caption = QStringLiteral("Records not listed");
+    Attempt(caption,
+            [this] { listing_ = RebuildDirectory(state_.settings.dataPath, state_.directory); });
+    menu_.EnableRecordItems(false);
+    if (!DirectoryFileExists()) return;
+    menu_.mnuRecall->setEnabled(true);
+    menu_.EnableRecordItems(true);
+    Attempt(caption, [this] {
+        LoadDirectoryFile(state_.settings.dataPath, state_.directory);
+        listedRecords_ = state_.directory.recordCount;
+    });
+    if (state_.directory.recordCount > 0) {
+        state_.directory.recordsFromInstrument = true;
+        state_.directory.recordCount = 0;
+    }
+}
+
+bool frmMain::DirectoryFileExists() const {
+    return FileExists(state_.settings.dataPath + QLatin1String(kDirectoryFileName));
+}
+
+// --- Menu ---------------------------------------------------------------------------------------
+
+bool frmMain::OpenPort() {
+    return state_.linkState.portOpen || services_.link.OpenComPort(state_.settings.comPort);
+}
+
+void frmMain::mnuRecall_Click() {
+    OpenPort();
+    state_.directory.recordsFromInstrument = false;
+    state_.listCaller = ListCaller::Recall;
+    WithFileDisabled([this] {
+        ReadDirectory();
+        ShowChild(windows_.testList, *menu_.mnuRecall);
+    });
 }
 
 void frmMain::mnuBoth_Click() {
@@ -108,43 +196,57 @@ void frmMain::mnuRatio_Click() {
     RunTest();
 }
 
-void frmMain::RunTest() {
-    std::string& model = state_.linkState.instrumentModel;
-    model.clear();
-    Link& link = services_.link;
-    if (state_.linkState.portOpen || link.OpenComPort(state_.settings.comPort)) {
-        link.ReadInstrumentModel(model);
-    }
-    if (closeWanted_) return;
-    if (!Contains(model, kModel)) {
-        services_.prompts.Message(QStringLiteral("Cannot read option, please try again."));
-    } else if (!Contains(model, kExtendedModel)) {
-        services_.prompts.Message(QStringLiteral("This option is not available on your DAVO."));
-    } else {
-        state_.modes.modelIsExtended = true;
-        ShowTestWindow();
-    }
+void frmMain::mnuDownload_Click() {
+    state_.listCaller = ListCaller::Download;
+    WithFileDisabled([this] { ShowChild(windows_.memoryDirectory, *menu_.mnuDownload); });
 }
 
-void frmMain::ShowTestWindow() {
-    auto window = std::make_unique<frmCControl>(
-        TestSurroundings{services_.link, services_.prompts, services_.clock, services_.places,
-                         state_.modes, state_.session, state_.header, services_.beep,
-                         [this] { return services_.link.OpenComPort(state_.settings.comPort); }},
-        state_.settings);
-    window->Form_Load();
-    mnuFile_->menuAction()->setEnabled(false);
-    testWindow_ = window.get();
-    testWindow_->OnUnload = [this] { TestWindowClosed(); };
-    QMdiSubWindow* frame = area_->addSubWindow(window.release());
-    frame->setAttribute(Qt::WA_DeleteOnClose);
-    frame->showMaximized();
+void frmMain::SetKneepoint(const char* kneepointType) {
+    state_.settings.kneepointType = QLatin1String(kneepointType);
+    menu_.CheckKneepoint(state_.settings.kneepointType);
+    ShowFacts();
 }
 
-void frmMain::TestWindowClosed() {
-    testWindow_ = nullptr;
-    mnuFile_->menuAction()->setEnabled(true);
-    if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
+void frmMain::mnuOverlay_Click() {
+    ShowFileWindow(ListCaller::Overlay, *menu_.mnuOverlay);
+}
+
+void frmMain::mnuFileUtil_Click() {
+    ShowFileWindow(ListCaller::FileUtilities, *menu_.mnuFileUtil);
+}
+
+void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
+    state_.directory.recordsFromInstrument = false;
+    state_.listCaller = caller;
+    WithFileDisabled([&] {
+        ReadDirectory();
+        if (DirectoryFileExists()) {
+            ShowChild(windows_.fileUtilities, item);
+        } else {
+            menu_.EnableFile(true);
+        }
+    });
+}
+
+void frmMain::mnuSetHeaderFile_Click() {
+    WithFileDisabled([this] { ShowChild(windows_.headerSetup, *menu_.mnuSetHeaderFile); });
+}
+
+void frmMain::mnuSetDescr_Click() {
+    state_.directory.recordsFromInstrument = false;
+    WithFileDisabled([this] {
+        ReadDirectory();
+        ShowChild(windows_.recordHeaders, *menu_.mnuSetDescr);
+    });
+}
+
+void frmMain::mnuConfig_Click() {
+    auto* config =
+        new frmConfig(state_.settings, services_.link, services_.devices, services_.prompts, this);
+    config->setAttribute(Qt::WA_DeleteOnClose);
+    connect(config, &QDialog::finished, this, [this] { ShowFacts(); });
+    config->Form_Load();
+    config->open();
 }
 
 void frmMain::mnuExit_Click() {
@@ -159,7 +261,118 @@ void frmMain::mnuExit_Click() {
     closeWanted_ = true;
 }
 
+void frmMain::mnuAbout_Click() {
+    if (!OpenPort()) return;
+    std::string& model = state_.linkState.instrumentModel;
+    if (!services_.link.ReadInstrumentModel(model)) model = kNoModel;
+    if (closeWanted_) return;
+    if (about_.isNull()) about_ = new frmAbout(this);
+    about_->Form_Load(model);
+    about_->show();
+    about_->raise();
+    about_->activateWindow();
+}
+
+void frmMain::ReadDirectory() {
+    listing_ = RebuildDirectory(state_.settings.dataPath, state_.directory);
+    LoadDirectoryFile(state_.settings.dataPath, state_.directory);
+    listedRecords_ = state_.directory.recordCount;
+}
+
+// --- The test window ----------------------------------------------------------------------------
+
+void frmMain::RunTest() {
+    std::string& model = state_.linkState.instrumentModel;
+    model.clear();
+    if (OpenPort()) services_.link.ReadInstrumentModel(model);
+    if (closeWanted_) return;
+    if (!Contains(model, kModel)) {
+        services_.prompts.Message(QStringLiteral("Cannot read option, please try again."));
+    } else if (!Contains(model, kExtendedModel)) {
+        services_.prompts.Message(QStringLiteral("This option is not available on your DAVO."));
+    } else {
+        state_.modes.modelIsExtended = true;
+        WithFileDisabled([this] { ShowTestWindow(); });
+    }
+}
+
+void frmMain::ShowTestWindow() {
+    auto window = std::make_unique<frmCControl>(
+        TestSurroundings{services_.link, services_.prompts, services_.clock, services_.places,
+                         state_.modes, state_.session, state_.header, services_.beep,
+                         [this] { return services_.link.OpenComPort(state_.settings.comPort); }},
+        state_.settings);
+    window->Form_Load();
+    pages_->setCurrentWidget(area_);
+    testWindow_ = window.get();
+    testWindow_->OnUnload = [this] {
+        testWindow_ = nullptr;
+        ChildClosed();
+    };
+    QMdiSubWindow* frame = area_->addSubWindow(window.release());
+    frame->setAttribute(Qt::WA_DeleteOnClose);
+    frame->showMaximized();
+}
+
+// --- Child windows ------------------------------------------------------------------------------
+
+template <class Open>
+void frmMain::WithFileDisabled(const Open& open) {
+    menu_.EnableFile(false);
+    try {
+        open();
+    } catch (...) {
+        menu_.EnableFile(true);
+        pages_->setCurrentWidget(home_);
+        throw;
+    }
+}
+
+void frmMain::ShowChild(const OpenChild& open, const QAction& item) {
+    if (!open) {
+        menu_.EnableFile(true);
+        statusBar()->showMessage(
+            QStringLiteral("\"%1\" is not part of this version of the program.")
+                .arg(PlainCaption(item)),
+            kMessageDuration);
+        return;
+    }
+    pages_->setCurrentWidget(area_);
+    open(*area_, [this] { ChildClosed(); });
+}
+
+void frmMain::ChildClosed() {
+    pages_->setCurrentWidget(home_);
+    menu_.EnableFile(true);
+    RefreshDirectory();
+    ShowFacts();
+    if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
+}
+
+void frmMain::RefreshDirectory() {
+    handlers_.Run([this] {
+        ReadDirectory();
+        menu_.EnableRecordItems(DirectoryFileExists());
+    });
+}
+
+void frmMain::ShowFacts() {
+    const LinkGlance link = GlanceAtLink(state_.settings, state_.linkState, services_.devices);
+    const QString& dataPath = state_.settings.dataPath;
+    statusLine_->ShowFacts({link, dataPath, state_.settings.kneepointType, listing_.skipped,
+                            listing_.notListed, troubles_});
+    home_->ShowFacts({link, RowsOfEntries(state_.directory.dirEntries, listedRecords_), dataPath});
+}
+
+void frmMain::WaitChanged() {
+    statusBar()->clearMessage();
+    statusLine_->WaitChanged();
+}
+
+// --- Unload -------------------------------------------------------------------------------------
+
 bool frmMain::MayClose() {
+    if (leaving_) return true;
     if (handlers_.Running()) {
         // The handler that waits comes to its end first and closes the window then.
         closeWanted_ = services_.link.CurrentWait().has_value();
@@ -173,7 +386,7 @@ bool frmMain::MayClose() {
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
-    closeWanted_ = false;
+    closeWanted_ = leaving_;
     if (!MayClose()) {
         event->ignore();
         return;
@@ -182,10 +395,32 @@ void frmMain::closeEvent(QCloseEvent* event) {
     event->accept();
 }
 
+void frmMain::SessionEnds() {
+    if (loaded_ && !unloaded_) KeepSettings(false);
+}
+
+void frmMain::Leave() {
+    leaving_ = true;
+    closeWanted_ = true;
+    services_.link.EndWait();
+    Form_Unload();
+}
+
 void frmMain::Form_Unload() {
-    if (unloaded_) return;
+    if (!loaded_ || unloaded_) return;
     unloaded_ = true;
-    handlers_.Run([this] { WriteSettings(services_.store, state_.settings); });
+    factsTimer_.stop();
+    KeepSettings(!leaving_);
+    SaveWindowGeometry(*this, services_.places);
+}
+
+void frmMain::KeepSettings(bool sayErrors) {
+    try {
+        WriteSettings(services_.store, state_.settings);
+    } catch (const std::exception& error) {
+        if (sayErrors) services_.prompts.Message(QString::fromUtf8(error.what()));
+    }
+    dateGuard_.Undo();
 }
 
 }  // namespace davo

@@ -1,52 +1,118 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
+#include <QTimer>
+#include <vector>
 
+#include "app/child_windows.h"
+#include "app/date_guard.h"
+#include "app/main_menu.h"
 #include "app/program_state.h"
-#include "app/wait_notice.h"
+#include "app/status_line.h"
 #include "common/event_handlers.h"
 
 class QMdiArea;
-class QMenu;
+class QStackedWidget;
 
 namespace davo {
 
+class frmAbout;
 class frmCControl;
+class HomePanel;
 
 // "DAVO PC-Interface V.3.15": the menus, and the area that the other windows open in.
 class frmMain : public QMainWindow {
   public:
-    // Both must outlive the window.
-    frmMain(ProgramState& state, const ProgramServices& services);
+    // state, and everything of services, must outlive the window.
+    frmMain(ProgramState& state, const ProgramServices& services, ChildWindows windows = {});
     ~frmMain() override;
 
-    // Reads the settings and the header file and opens the port; nothing is sent.
+    // Forces the date format, reads the settings and the header file, opens the port (nothing is
+    // sent) and lists the records of the data folder. What goes wrong is said in the status line;
+    // the program goes on.
     void Form_Load();
+
+    // The desktop session may be about to end: the settings are written and the date format is put
+    // back, whether or not the window closes then. Nothing is asked.
+    void SessionEnds();
+
+    // The program ends now: unloads and ends every wait, without a question. What a running test
+    // session holds is in its journal; the window can be closed.
+    void Leave();
 
   protected:
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    void BuildMenus();
-    void UseDefaultFolders();
+    void ConnectMenu();
+    void BuildCentre();
+
+    // The steps of the load.
+    void LoadSettings();
+    void LoadHeader();
+    void LoadDirectory();
+    // Runs step of the load; what stops it is said in the status line under caption.
+    template <class Step>
+    void Attempt(const QString& caption, const Step& step);
+
+    void mnuRecall_Click();
     void mnuBoth_Click();
     void mnuRatio_Click();
+    void mnuDownload_Click();
+    void mnuOverlay_Click();
+    void mnuSetHeaderFile_Click();
+    void mnuSetDescr_Click();
+    void mnuFileUtil_Click();
+    void mnuConfig_Click();
     void mnuExit_Click();
+    void mnuAbout_Click();
+
+    void SetKneepoint(const char* kneepointType);
+    bool OpenPort();
     void RunTest();
     void ShowTestWindow();
-    void TestWindowClosed();
+    void ShowFileWindow(ListCaller caller, const QAction& item);
+    // Rebuilds the directory file and reads it.
+    void ReadDirectory();
+    bool DirectoryFileExists() const;
+
+    // Disables mnuFile and runs open; mnuFile is enabled again when open throws.
+    template <class Open>
+    void WithFileDisabled(const Open& open);
+    // Opens the window of item, or says that there is none.
+    void ShowChild(const OpenChild& open, const QAction& item);
+    void ChildClosed();
+    // The data folder may have changed while the window was open.
+    void RefreshDirectory();
+    void ShowFacts();
+    void WaitChanged();
+
     // Leaves a wait for the instrument and the test window first; false when the window stays.
     bool MayClose();
     void Form_Unload();
+    // Nothing is asked or said unless sayErrors: a desktop that closes waits for nobody to read.
+    void KeepSettings(bool sayErrors);
 
     ProgramState& state_;
     ProgramServices services_;
+    ChildWindows windows_;
     EventHandlers handlers_;
+    DateGuard dateGuard_;
+    MainMenu menu_;
+    StatusLine* statusLine_;
+    QStackedWidget* pages_;
     QMdiArea* area_;
-    QMenu* mnuFile_ = nullptr;
-    WaitNotice waitNotice_;
+    HomePanel* home_ = nullptr;
+    QPointer<frmAbout> about_;
     frmCControl* testWindow_ = nullptr;
+    QTimer factsTimer_;
+    RebuildResult listing_;         // of the last rebuild of the directory
+    int listedRecords_ = 0;         // as the directory file says
+    std::vector<Notice> troubles_;  // of the load
+    bool loaded_ = false;
     bool closeWanted_ = false;
+    bool leaving_ = false;
     bool unloaded_ = false;
 };
 

@@ -1,33 +1,87 @@
 #include "app/program.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QStyleFactory>
 
 #include "app/cursor_pointer.h"
+#include "app/end_requests.h"
 #include "app/frmMain.h"
+#include "app/frmSplash.h"
+#include "app/program_icon.h"
 #include "app/settings_store.h"
+#include "app/single_instance.h"
+#include "app/window_geometry.h"
 #include "common/dialog_prompts.h"
-#include "link/port_devices.h"
 #include "link/serial_port.h"
 
 namespace davo {
 
-int RunProgram(QApplication& application) {
-    // One look on every platform; it follows the user's light or dark colours.
+namespace {
+
+// Unloads the main window before the application, told to quit, begins to close its windows: a
+// window that asks then would keep the desktop from closing.
+class QuitFilter : public QObject {
+  public:
+    explicit QuitFilter(frmMain& window) : window_(window) {}
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Quit) window_.Leave();
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    frmMain& window_;
+};
+
+// The platform's own look where it has one that the toolkit draws natively, else one that follows
+// the user's light or dark colours.
+void ChooseStyle() {
+    if (QStyleFactory::keys().contains(QStringLiteral("windowsvista"), Qt::CaseInsensitive)) return;
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+}
+
+void ShowMain(frmMain& window, const Places& places) {
+    window.Form_Load();
+    if (RestoreWindowGeometry(window, places)) {
+        window.show();
+    } else {
+        window.showMaximized();
+    }
+}
+
+}  // namespace
+
+int RunProgram(QApplication& application) {
+    ChooseStyle();
+    QApplication::setWindowIcon(ProgramIcon());
     const Places places = PlatformPlaces();
+    DialogPrompts prompts;
+    const auto instance = MakeSingleInstance(places);
+    if (instance->AnotherRuns()) {
+        prompts.Message(
+            QStringLiteral("Cannot load DAVO again. The application is already opened."));
+        return EXIT_SUCCESS;
+    }
     const auto store = MakeSettingsStore(places);
     const auto devices = MakePortDevices(*store);
     const auto port = MakeSerialPort(*devices);
+    const auto shortDate = MakeShortDateFormat();
     const Clock clock;
-    DialogPrompts prompts;
     CursorPointer pointer;
     ProgramState state;
     Link link(*port, state.linkState, prompts, pointer);
-    frmMain window(state, {*store, places, clock, prompts, link, [] { QApplication::beep(); }});
-    window.Form_Load();
-    window.showMaximized();
-    return application.exec();
+    frmMain window(state, {*store, places, clock, prompts, link, *devices, *shortDate,
+                           [] { QApplication::beep(); }});
+    frmSplash splash(pointer, [&] { ShowMain(window, places); });
+    QuitFilter quitFilter(window);
+    application.installEventFilter(&quitFilter);
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
+                     [&window] { window.SessionEnds(); });
+    const auto endRequests = QuitOnEndRequests();
+    splash.Form_Load();
+    splash.show();
+    return QApplication::exec();
 }
 
 }  // namespace davo

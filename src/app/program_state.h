@@ -1,11 +1,20 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
+
+#include "app/date_guard.h"
 #include "common/settings.h"
 #include "link/link.h"
+#include "link/port_devices.h"
+#include "records/directory_file.h"
 #include "records/header_table.h"
 #include "testing/test_sequence.h"
 
 namespace davo {
+
+// Which menu item opened the test list or the file windows.
+enum class ListCaller : std::uint8_t { Download = 0, Recall = 1, FileUtilities = 2, Overlay = 3 };
 
 // The process-wide state: one value per owner, for the whole run. The program makes it and hands
 // its parts down by reference.
@@ -13,6 +22,8 @@ struct ProgramState {
     Settings settings;
     LinkState linkState;
     HeaderTable header;
+    DirectoryTables directory;
+    ListCaller listCaller = ListCaller::Download;
     TestModes modes;
     SessionState session;
 };
@@ -24,6 +35,8 @@ struct ProgramServices {
     const Clock& clock;
     Prompts& prompts;
     Link& link;
+    PortDevices& devices;
+    ShortDateFormat& shortDate;
     std::function<void()> beep;
 };
 

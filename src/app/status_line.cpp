@@ -64,6 +64,22 @@ QString NotListedDetail(int notListed) {
              notListed == 1 ? QStringLiteral("is") : QStringLiteral("are"));
 }
 
+// The troubles first: they are rarer.
+Notice WithTroubles(const Notice& notice, const std::vector<Notice>& troubles) {
+    QStringList captions;
+    QStringList details;
+    for (const Notice& trouble : troubles) {
+        captions << trouble.caption;
+        details << trouble.detail;
+    }
+    if (!notice.caption.isEmpty()) {
+        captions << notice.caption;
+        details << notice.detail;
+    }
+    captions.removeDuplicates();
+    return {captions.join(QStringLiteral(", ")), details.join(QStringLiteral("\r\n\r\n"))};
+}
+
 QString AnswerWords(std::string_view command) {
     if (command == "B") return QStringLiteral("the question whether it is ready");
     if (command == "W") return QStringLiteral("the question for its model");
@@ -193,7 +209,7 @@ void StatusLine::ShowFacts(const StatusFacts& facts) {
     lblModel_->setText(ModelWords(facts.link.instrumentModel));
     lblDataPath_->SetWhole(ShownPath(facts.dataPath));
     lblKneepoint_->setText(facts.kneepointType);
-    const Notice notice = NoticeOf(facts.skipped, facts.notListed);
+    const Notice notice = WithTroubles(NoticeOf(facts.skipped, facts.notListed), facts.troubles);
     noticeDetail_ = notice.detail;
     cmdNotice_->setText(notice.caption);
     cmdNotice_->setToolTip(notice.detail);

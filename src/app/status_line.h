@@ -16,22 +16,23 @@ class QStackedLayout;
 
 namespace davo {
 
-// What the status line says.
-struct StatusFacts {
-    LinkGlance link;
-    QString dataPath;
-    QString kneepointType;
-    std::vector<SkippedFile> skipped;  // of the last rebuild of the record directory
-    int notListed = 0;                 // of the same
-};
-
-// What is to be known about the data folder, in a few words and in detail.
+// Something to be known, in a few words and in detail.
 struct Notice {
     QString caption;
     QString detail;
 };
 
-// Nothing to say: both are empty.
+// What the status line says.
+struct StatusFacts {
+    LinkGlance link;
+    QString dataPath;
+    QString kneepointType;
+    std::vector<SkippedFile> skipped;   // of the last rebuild of the record directory
+    int notListed = 0;                  // of the same
+    std::vector<Notice> troubles = {};  // of the program's start
+};
+
+// What is to be known about the data folder. Nothing to say: both are empty.
 Notice NoticeOf(const std::vector<SkippedFile>& skipped, int notListed);
 
 // What an exchange waits for, as a sentence for the operator.

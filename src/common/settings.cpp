@@ -2,7 +2,6 @@
 
 #include "common/files.h"
 #include "common/numbers.h"
-#include "common/run_time_error.h"
 
 namespace davo {
 
@@ -72,7 +71,18 @@ QString Below(QString folder, const char* rule) {
     return folder + text;
 }
 
-void SetPaths(Settings& settings, const QString& stored, const Places& places) {
+// Runs step; what stops it is kept.
+template <class Step>
+void Attempt(std::vector<RunTimeError>& errors, const Step& step) {
+    try {
+        step();
+    } catch (const RunTimeError& error) {
+        errors.push_back(error);
+    }
+}
+
+void SetPaths(SettingsRead& read, const QString& stored, const Places& places) {
+    Settings& settings = read.settings;
     if (!stored.isEmpty()) {
         settings.dataPath = stored;
         settings.excelPath = ExcelPathOf(stored);
@@ -81,24 +91,27 @@ void SetPaths(Settings& settings, const QString& stored, const Places& places) {
     settings.dataPath = Below(places.applicationFolder, kDataRule);
     settings.excelPath = Below(places.applicationFolder, kExcelRule);
     for (const QString& folder : {settings.dataPath, settings.excelPath}) {
-        if (!FolderExists(folder)) CreateFolder(folder);
+        Attempt(read.errors, [&] {
+            if (!FolderExists(folder)) CreateFolder(folder);
+        });
     }
 }
 
 }  // namespace
 
-Settings ReadSettings(const SettingsStore& store, const Places& places) {
-    Settings settings;
+SettingsRead ReadSettings(const SettingsStore& store, const Places& places) {
+    SettingsRead read;
+    Settings& settings = read.settings;
     settings.kneepointType = KneepointTypeOf(ReadText(store, kKneepointType));
-    settings.comPort = ComPortOf(ReadText(store, kComPort));
+    Attempt(read.errors, [&] { settings.comPort = ComPortOf(ReadText(store, kComPort)); });
     settings.showImpedance = ReadText(store, kImpedance) == QLatin1String("Y");
     const QString sort = ReadText(store, kSortValues);
     if (!sort.isEmpty()) {
         settings.sortOrder = SortValueOf(sort.front());
         settings.sortDisplay = SortValueOf(sort.back());
     }
-    SetPaths(settings, ReadText(store, kDataPath), places);
-    return settings;
+    SetPaths(read, ReadText(store, kDataPath), places);
+    return read;
 }
 
 void WriteSettings(SettingsStore& store, const Settings& settings) {

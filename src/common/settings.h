@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "common/places.h"
+#include "common/run_time_error.h"
 
 namespace davo {
 
@@ -38,11 +40,17 @@ class SettingsStore {
                        const QString& text) = 0;
 };
 
+struct SettingsRead {
+    Settings settings;
+    std::vector<RunTimeError> errors;  // in the order of reading
+};
+
 // Reads the five values in their order. A first run (no data path stored) takes the folders from
 // the application folder and creates the two that are missing; a stored path creates nothing.
-// Throws RunTimeError 6 when the port's number does not fit 16 bits, 13 when it is no number, and
-// the errors of CreateFolder.
-Settings ReadSettings(const SettingsStore& store, const Places& places);
+// A port's number that is no number (error 13) or does not fit 16 bits (error 6) leaves the
+// default, and a folder that cannot be created is kept as the path; the other values are read all
+// the same.
+SettingsRead ReadSettings(const SettingsStore& store, const Places& places);
 
 // Writes the five values in the order of the key table.
 void WriteSettings(SettingsStore& store, const Settings& settings);

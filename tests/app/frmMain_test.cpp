@@ -1,25 +1,15 @@
 #include "app/frmMain.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <QAction>
 #include <QApplication>
-#include <QMdiArea>
-#include <QMdiSubWindow>
-#include <QPushButton>
-#include <QStatusBar>
-#include <QTest>
+#include <QLabel>
+#include <QLocale>
+#include <QStackedWidget>
 #include <QTimer>
-#include <memory>
+#include <QTreeWidget>
 
-#include "app/cursor_pointer.h"
-#include "common/files.h"
+#include "app/home_panel.h"
 #include "records/record_file.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
-#include "tests/support/memory_settings_store.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/app/main_window.h"
 
 namespace davo::test {
 
@@ -28,62 +18,7 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-
-constexpr int kPatience = 3000;  // ms until a condition must have come true
-
-// The main window on a scripted instrument and a store in memory.
-class MainWindow : public ::testing::Test {
-  protected:
-    MainWindow() { port.Always("B", "RDY\r\n"); }
-    ~MainWindow() override { window.reset(); }
-
-    void Open(const char* model = "DAVO-E R3.10") {
-        port.Always("W", std::string(model) + "\r\n");
-        window = std::make_unique<frmMain>(
-            state, ProgramServices{store, places, clock, prompts, link, [] {}});
-        window->Form_Load();
-        window->show();
-        window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
-    }
-    template <class Item>
-    Item* Find(const char* name) {
-        auto* item = window->findChild<Item*>(QLatin1String(name));
-        if (item == nullptr) throw std::logic_error(std::string("no item ") + name);
-        return item;
-    }
-    void Choose(const char* name) { Find<QAction>(name)->trigger(); }
-    QWidget* TestWindow() { return window->findChild<QWidget*>(QStringLiteral("frmCControl")); }
-    bool Until(const std::function<bool()>& condition) {
-        return QTest::qWaitFor(condition, kPatience);
-    }
-
-    TemporaryFolder folder;
-    Places places = folder.MakePlaces();
-    MemorySettingsStore store;
-    FakeSerialPort port;
-    FakePrompts prompts;
-    FakeClock clock{QDateTime(QDate(2026, 11, 21), QTime(14, 5, 9))};
-    CursorPointer pointer;
-    ProgramState state;
-    Link link{port, state.linkState, prompts, pointer};
-    std::unique_ptr<frmMain> window;
-};
-
-TEST_F(MainWindow, HasItsCaptionAndMenus) {
-    Open();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("DAVO PC-Interface V.3.15"));
-    const std::pair<const char*, const char*> captions[] = {
-        {"mnuFile", "&File"},
-        {"mnuCControl", "R&un Test"},
-        {"mnuBoth", "S&aturation && Ratio Tests"},
-        {"mnuRatio", "Ratio Test &Only"},
-        {"mnuExit", "&Exit"}};
-    for (const auto& [name, caption] : captions) {
-        EXPECT_EQ(Find<QAction>(name)->text(), QLatin1String(caption));
-    }
-    EXPECT_TRUE(Find<QAction>("mnuLine7")->isSeparator());
-}
+using ::testing::IsEmpty;
 
 TEST_F(MainWindow, LoadsSettingsHeaderAndPortAndSendsNothing) {
     ASSERT_TRUE(QDir().mkpath(folder.Path("data/Shots_Data")));
@@ -110,14 +45,196 @@ TEST_F(MainWindow, APortThatDoesNotOpenIsNotReportedAtStart) {
     EXPECT_TRUE(prompts.shown.empty());
 }
 
-TEST_F(MainWindow, SettingsThatCannotBeReadAreSaidAndReplacedByTheUsualOnes) {
-    store.Write(QStringLiteral("DAVO"), QStringLiteral("COMPORT"), QStringLiteral("COMPORTVAL"),
-                QStringLiteral("many"));
+TEST_F(MainWindow, ForcesTheDateFormatFirstOfAll) {
+    shortDate.format = QStringLiteral("dd/MM/yyyy");
+    bool first = false;
+    shortDate.onSet = [&] { first = port.properties.empty() && !FolderExists(DataFolder()); };
     Open();
+    EXPECT_TRUE(first);
+    EXPECT_THAT(shortDate.sets, ElementsAre(QStringLiteral("MM/dd/yyyy")));
+}
+
+TEST_F(MainWindow, ClearsModesAndModelAtLoad) {
+    state.modes = {true, true, true};
+    state.linkState.instrumentModel = "DAVO-E";
+    state.settings.showImpedance = true;
+    Open();
+    EXPECT_FALSE(state.modes.testBothMode);
+    EXPECT_FALSE(state.modes.testRatioOnlyMode);
+    EXPECT_FALSE(state.modes.modelIsExtended);
+    EXPECT_EQ(state.linkState.instrumentModel, "");
+    EXPECT_FALSE(state.settings.showImpedance);
+}
+
+TEST_F(MainWindow, AFirstRunMakesItsFoldersAndTakesTheDefaults) {
+    Open();
+    EXPECT_TRUE(FolderExists(places.applicationFolder + QStringLiteral("Shots_Data")));
+    EXPECT_TRUE(FolderExists(places.applicationFolder + QStringLiteral("Shots_Excel")));
+    EXPECT_EQ(state.settings.kneepointType, QStringLiteral("ASA 10/50 Marker"));
+    EXPECT_TRUE(Checked("mnuKneepointASA10"));
+    EXPECT_FALSE(Checked("mnuKneepoint30"));
+    EXPECT_FALSE(Checked("mnuKneepoint45"));
+    EXPECT_THAT(port.properties, Contains("CommPort=1"));
+    EXPECT_TRUE(prompts.shown.empty());
+    EXPECT_FALSE(Find<QPushButton>("cmdNotice")->isVisible());
+}
+
+TEST_F(MainWindow, ChecksTheItemOfTheStoredKneepointType) {
+    const char* const items[] = {"mnuKneepointASA10", "mnuKneepoint30", "mnuKneepoint45"};
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"", "mnuKneepointASA10", "ASA 10/50 Marker"},
+        {"ASA 10/50 Marker", "mnuKneepointASA10", "ASA 10/50 Marker"},
+        {"ASA 10% V -->50% I Degree Mode", "mnuKneepointASA10", "ASA 10/50 Marker"},
+        {"IEEE 30 Degree Mode", "mnuKneepoint30", "IEEE 30 Degree Marker"},
+        {"IEEE 30 Degree Marker", "mnuKneepoint30", "IEEE 30 Degree Marker"},
+        {"IEEE 45 Degree Mode", "mnuKneepoint45", "IEEE 45 Degree Marker"},
+        {"IEEE 45 Degree Marker", "mnuKneepoint45", "IEEE 45 Degree Marker"},
+        {"ieee 45 degree marker", "", "ieee 45 degree marker"},
+        {"anything", "", "anything"}};
+    for (const auto& [stored, checked, type] : cases) {
+        Store("DAVO/KPTYPE/KPTYPEVAL", QLatin1String(stored));
+        Make();
+        window->Form_Load();
+        EXPECT_EQ(state.settings.kneepointType, QLatin1String(type));
+        for (const char* item : items)
+            EXPECT_EQ(Checked(item), std::string(item) == checked) << stored << ' ' << item;
+    }
+}
+
+TEST_F(MainWindow, APortThatWasLeftUnchosenIsTriedInSilence) {
+    Store("DAVO/COMPORT/COMPORTVAL", QStringLiteral("-99"));
+    port.failOpen = ErrorNumber::InvalidPortNumber;
+    Open();
+    EXPECT_THAT(port.properties, Contains("CommPort=-99"));
+    EXPECT_EQ(state.settings.comPort, -99);
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST_F(MainWindow, ASettingThatCannotBeReadIsSaidOnceAndTheOthersAreRead) {
+    AddRecord("T1.txt", "11/21/26");
+    Store("DAVO/COMPORT/COMPORTVAL", QStringLiteral("abc"));
+    Store("IMPEDANCE/IMP/IMPVAL", QStringLiteral("Y"));
+    Store("SORTVALUES/SORT/SORTVAL", QStringLiteral("1 3"));
+    Open();
+    EXPECT_TRUE(prompts.shown.empty()) << "nobody is kept from working";
+    EXPECT_EQ(state.settings.comPort, 1);
+    EXPECT_TRUE(state.settings.showImpedance);
+    EXPECT_EQ(state.settings.sortOrder, 1);
+    EXPECT_EQ(state.settings.sortDisplay, 3);
+    EXPECT_EQ(state.settings.dataPath, DataFolder());
+    EXPECT_TRUE(Enabled("mnuFileUtil"));
+    auto* notice = Find<QPushButton>("cmdNotice");
+    EXPECT_TRUE(notice->isVisible());
+    EXPECT_EQ(notice->text(), QStringLiteral("Setting not usable"));
+    notice->click();
+    EXPECT_THAT(prompts.shown,
+                ElementsAre(QStringLiteral("A stored setting or its folder cannot be used. The "
+                                           "program goes on with what is usual.\r\n"
+                                           "Run-time error '13': Type mismatch: abc")));
+}
+
+TEST_F(MainWindow, FoldersThatCannotBeMadeAreSaid) {
+    ReplaceFile(places.applicationFolder + QStringLiteral("Shots_Data"), "a file");
+    Open();
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), QStringLiteral("Setting not usable"));
+    EXPECT_EQ(state.settings.dataPath, DataFolder());
+}
+
+TEST_F(MainWindow, WithoutRecordsTheItemsThatNeedThemStayDisabled) {
+    ASSERT_TRUE(QDir().mkpath(DataFolder()));
+    ReplaceFile(DataFolder() + QLatin1String(kDirectoryFileName), "REC==003\r\na\r\nb\r\nc\r\n");
+    Open();
+    EXPECT_FALSE(FileExists(DataFolder() + QLatin1String(kDirectoryFileName)));
+    for (const char* item : {"mnuFileUtil", "mnuOverlay", "mnuSetDescr"})
+        EXPECT_FALSE(Enabled(item)) << item;
+    EXPECT_TRUE(Enabled("mnuRecall"));
+    EXPECT_FALSE(state.directory.recordsFromInstrument);
+    EXPECT_EQ(state.directory.recordCount, 0);
+}
+
+TEST_F(MainWindow, WithRecordsTheDirectoryIsReadAndItsItemsAreEnabled) {
+    AddRecord("T1.txt", "11/20/26", "SOUTH");
+    AddRecord("T2.txt", "11/21/26");
+    Open();
+    for (const char* item : {"mnuRecall", "mnuFileUtil", "mnuOverlay", "mnuSetDescr"})
+        EXPECT_TRUE(Enabled(item)) << item;
+    EXPECT_TRUE(state.directory.recordsFromInstrument);
+    EXPECT_EQ(state.directory.recordCount, 0) << "the count is reset";
+    ASSERT_EQ(state.directory.dirEntries.size(), 2U);
+    EXPECT_THAT(state.directory.dirEntries[0], ::testing::StartsWith("T2!11/21/26 10:15"));
+    const auto* list = Find<QTreeWidget>("lvNewest");
+    ASSERT_EQ(list->topLevelItemCount(), 2);
+    EXPECT_EQ(list->topLevelItem(0)->text(0), QStringLiteral("T2"));
+    EXPECT_EQ(list->topLevelItem(1)->text(3).trimmed(), QStringLiteral("SOUTH"));
+}
+
+TEST_F(MainWindow, SaysWhichFilesAreNotListed) {
+    AddRecord("T1.txt", "11/20/26");
+    AddRecord("T2.txt", "11/21/26");
+    ReplaceFile(DataFolder() + QStringLiteral("Notes.txt"), "three\r\nlines\r\nonly\r\n");
+    Open();
+    auto* notice = Find<QPushButton>("cmdNotice");
+    EXPECT_EQ(notice->text(), QStringLiteral("1 file skipped"));
+    notice->click();
     ASSERT_EQ(prompts.shown.size(), 1U);
-    EXPECT_THAT(prompts.shown.front().toStdString(), HasSubstr("Type mismatch"));
-    EXPECT_EQ(state.settings.dataPath, places.applicationFolder + QStringLiteral("Shots_Data/"));
-    EXPECT_EQ(state.settings.excelPath, places.applicationFolder + QStringLiteral("Shots_Excel/"));
+    EXPECT_THAT(prompts.shown.front().toStdString(),
+                HasSubstr("Notes.txt has fewer than twelve lines"));
+}
+
+TEST_F(MainWindow, SaysHowManyRecordsOver250AreNotListed) {
+    for (int i = 0; i < kMostListedRecords + 2; ++i)
+        AddRecord(QStringLiteral("T%1.txt").arg(i).toLatin1().constData(), "11/21/26");
+    Open();
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), QStringLiteral("2 files not listed"));
+    EXPECT_EQ(Find<QTreeWidget>("lvNewest")->topLevelItemCount(), static_cast<int>(kNewestRecords));
+}
+
+TEST_F(MainWindow, ADirectoryThatCannotBeWrittenIsSaidAndTheProgramStarts) {
+    AddRecord("T1.txt", "11/21/26");
+    ASSERT_TRUE(QDir().mkpath(DataFolder() + QLatin1String(kDirectoryFileName)));
+    Open();
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), QStringLiteral("Records not listed"));
+    EXPECT_FALSE(Enabled("mnuFileUtil"));
+}
+
+// The user's locale writes numbers and dates in another way.
+TEST_F(MainWindow, WhatIsWrittenDoesNotDependOnTheLocale) {
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    AddRecord("T1.txt", "11/20/26");
+    AddRecord("T2.txt", "12/31/25");
+    state.settings.sortOrder = -1;
+    Open();
+    window->close();
+    QLocale::setDefault(before);
+    EXPECT_EQ(store.texts[QStringLiteral("DAVO/COMPORT/COMPORTVAL")], QStringLiteral(" 1"));
+    EXPECT_EQ(store.texts[QStringLiteral("SORTVALUES/SORT/SORTVAL")], QStringLiteral("-1 -1"));
+    const std::string directory = ReadWholeFile(DataFolder() + QLatin1String(kDirectoryFileName));
+    EXPECT_THAT(directory, ::testing::StartsWith("REC==002\r\nT1!11/20/26 10:15TESTS=03"));
+}
+
+TEST_F(MainWindow, TheHomePanelStandsWhileNoOtherWindowIsOpen) {
+    Open();
+    const auto* home = Find<HomePanel>("homePanel");
+    EXPECT_TRUE(home->isVisible());
+    QTest::mouseClick(Find<QPushButton>("cmdBoth"), Qt::LeftButton);
+    ASSERT_NE(TestWindow(), nullptr);
+    EXPECT_FALSE(home->isVisible());
+    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
+    QTest::qWait(50);
+    QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
+    ASSERT_TRUE(Until([home] { return home->isVisible(); }));
+}
+
+TEST_F(MainWindow, ShowsTheStateOfThePortAndFollowsIt) {
+    devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R", "FTDI", "A5")};
+    Open();
+    EXPECT_EQ(Find<QLabel>("lblPort")->text(), QStringLiteral("COM1 open"));
+    port.Unplug();
+    ASSERT_TRUE(Until(
+        [this] { return Find<QLabel>("lblPort")->text() == QStringLiteral("COM1 not open"); }));
+    EXPECT_THAT(prompts.shown, ElementsAre(Link::LostMessage()));
 }
 
 TEST_F(MainWindow, BothOpensTheTestWindowAndDisablesTheMenu) {
@@ -204,98 +321,26 @@ TEST_F(MainWindow, ATestWindowThatCannotOpenLeavesTheMenuEnabled) {
     EXPECT_TRUE(Find<QAction>("mnuFile")->isEnabled());
 }
 
-TEST_F(MainWindow, ExitAsksAndSendsX) {
-    Open();
-    prompts.answers = {Answer::No};
-    Choose("mnuExit");
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Do You Want to Exit?")));
-    EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_TRUE(port.sent.empty());
-    prompts.answers = {Answer::Yes};
-    Choose("mnuExit");
-    EXPECT_FALSE(window->isVisible());
-    EXPECT_THAT(port.sent, ElementsAre("X"));
-    EXPECT_FALSE(state.linkState.portOpen);
-}
-
-TEST_F(MainWindow, UnloadWritesTheSettingsInTheirOrder) {
-    Open();
-    state.settings.showImpedance = true;
-    window->close();
-    EXPECT_THAT(store.written, ElementsAre(QStringLiteral("DAVO/KPTYPE/KPTYPEVAL"),
-                                           QStringLiteral("DAVO/COMPORT/COMPORTVAL"),
-                                           QStringLiteral("IMPEDANCE/IMP/IMPVAL"),
-                                           QStringLiteral("SORTVALUES/SORT/SORTVAL"),
-                                           QStringLiteral("DATAPATH/PATH/PATHVAL")));
-    EXPECT_EQ(store.texts[QStringLiteral("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("Y"));
-    EXPECT_EQ(store.texts[QStringLiteral("DAVO/COMPORT/COMPORTVAL")], QStringLiteral(" 1"));
-}
-
-TEST_F(MainWindow, ClosingItSavesTheSessionFirst) {
-    Open();
-    Choose("mnuRatio");
-    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
-    QTest::mouseClick(Find<QPushButton>("cmdStart"), Qt::LeftButton);
-    port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
-    ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
-    prompts.answers = {Answer::Yes};
-    prompts.files = {state.settings.dataPath + QStringLiteral("T1.txt")};
-    window->close();
-    EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(ReadTestRecordFile(state.settings.dataPath + QStringLiteral("T1.txt")).shots, "01");
-}
-
-TEST_F(MainWindow, IsNotClosedWhileATestRuns) {
-    Open();
-    Choose("mnuRatio");
-    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
-    QTest::mouseClick(Find<QPushButton>("cmdStart"), Qt::LeftButton);
-    window->close();
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral(
-                    "A test is running. Cancel it before you leave, or hit the ESC key.")));
-    EXPECT_TRUE(store.written.empty());
-}
-
 TEST_F(MainWindow, ALongWaitIsShownAndCanBeEnded) {
     Open();
     port.always.clear();
     port.Always("B", "RDY\r\n");  // and no answer to "W"
-    const QWidget* bar = window->statusBar();
+    const auto* stop = Find<QPushButton>("cmdStopWait");
     bool shownAtOnce = true;
-    QTimer::singleShot(200, window.get(), [&] { shownAtOnce = bar->isVisible(); });
-    QTimer::singleShot(1500, window.get(), [this] {
+    bool shownLater = false;
+    QTimer::singleShot(200, window.get(), [&] { shownAtOnce = stop->isVisible(); });
+    QTimer::singleShot(2500, window.get(), [&] {
+        shownLater = stop->isVisible();
         QTest::mouseClick(Find<QPushButton>("cmdStopWait"), Qt::LeftButton);
     });
     Choose("mnuBoth");
     EXPECT_FALSE(shownAtOnce);
-    EXPECT_FALSE(bar->isVisible());
+    EXPECT_TRUE(shownLater);
+    EXPECT_FALSE(stop->isVisible());
     EXPECT_FALSE(link.CurrentWait().has_value());
     EXPECT_THAT(prompts.shown,
                 ElementsAre(QStringLiteral("Cannot read option, please try again.")));
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
-}
-
-TEST_F(MainWindow, ClosingItEndsAWaitAndThenCloses) {
-    Open();
-    port.always.clear();
-    port.Always("B", "RDY\r\n");
-    bool hourglass = false;
-    QTimer::singleShot(200, window.get(), [&] {
-        hourglass = QApplication::overrideCursor() != nullptr;
-        Choose("mnuRatio");  // refused: one exchange at a time
-        window->close();
-    });
-    Choose("mnuBoth");
-    EXPECT_TRUE(hourglass);
-    EXPECT_FALSE(window->isVisible());
-    EXPECT_TRUE(prompts.shown.empty());
-    EXPECT_THAT(port.sent, ElementsAre("B", "W"));
-    EXPECT_TRUE(state.modes.testBothMode) << "the second choice did nothing";
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST(SettingsStoreOfThisPlatform, KeepsApplicationsSectionsAndValuesApart) {
 TEST(SettingsStoreOfThisPlatform, SurvivesARunAsAWhole) {
     const test::TemporaryFolder folder;
     const Places places = folder.MakePlaces();
-    Settings settings = ReadSettings(*MakeSettingsStore(places), places);
+    Settings settings = ReadSettings(*MakeSettingsStore(places), places).settings;
     settings.kneepointType = QString::fromLatin1(kKneeIeee45);
     settings.comPort = 3;
     settings.showImpedance = true;
@@ -66,7 +66,7 @@ TEST(SettingsStoreOfThisPlatform, SurvivesARunAsAWhole) {
     settings.sortDisplay = 2;
     const QString dataPath = settings.dataPath;
     WriteSettings(*MakeSettingsStore(places), settings);
-    const Settings back = ReadSettings(*MakeSettingsStore(places), places);
+    const Settings back = ReadSettings(*MakeSettingsStore(places), places).settings;
     EXPECT_EQ(back.kneepointType, settings.kneepointType);
     EXPECT_EQ(back.comPort, 3);
     EXPECT_TRUE(back.showImpedance);

@@ -21,7 +21,14 @@ class StoredSettings : public testing::Test {
 
     Settings ReadWith(const char* key, const QString& text) {
         store_.texts[Key(key)] = text;
-        return ReadSettings(store_, places_);
+        return Read();
+    }
+
+    // Of a store without a damaged value.
+    Settings Read() {
+        const SettingsRead read = ReadSettings(store_, places_);
+        EXPECT_TRUE(read.errors.empty());
+        return read.settings;
     }
 
     QString KneepointOf(const char* text) {
@@ -38,12 +45,10 @@ class StoredSettings : public testing::Test {
     }
 
     std::string PortError(const char* text) {
-        try {
-            PortOf(text);
-        } catch (const RunTimeError& error) {
-            return error.what();
-        }
-        return {};
+        store_.texts[Key("DAVO/COMPORT/COMPORTVAL")] = QString::fromUtf8(text);
+        const SettingsRead read = ReadSettings(store_, places_);
+        EXPECT_EQ(read.settings.comPort, 1) << text;
+        return read.errors.size() == 1 ? read.errors.front().what() : std::string();
     }
 
     test::TemporaryFolder folder_;
@@ -52,7 +57,7 @@ class StoredSettings : public testing::Test {
 };
 
 TEST_F(StoredSettings, FirstRunTakesTheDefaultsAndMakesBothFolders) {
-    const Settings settings = ReadSettings(store_, places_);
+    const Settings settings = Read();
     EXPECT_EQ(settings.kneepointType, QStringLiteral("ASA 10/50 Marker"));
     EXPECT_EQ(settings.comPort, 1);
     EXPECT_FALSE(settings.showImpedance);
@@ -69,19 +74,22 @@ TEST_F(StoredSettings, FirstRunKeepsAFolderThatIsThere) {
     const QString file = places_.applicationFolder + QStringLiteral("Shots_Data/T1.txt");
     CreateFolder(places_.applicationFolder + QStringLiteral("Shots_Data"));
     ReplaceFile(file, "kept");
-    const Settings settings = ReadSettings(store_, places_);
+    const Settings settings = Read();
     EXPECT_EQ(ReadWholeFile(file), "kept");
     EXPECT_TRUE(FolderExists(settings.excelPath));
 }
 
 TEST_F(StoredSettings, FirstRunMakesTheApplicationFolderToo) {
     places_.applicationFolder = folder_.Path("Documents/DAVO/");
-    EXPECT_TRUE(FolderExists(ReadSettings(store_, places_).dataPath));
+    EXPECT_TRUE(FolderExists(Read().dataPath));
 }
 
-TEST_F(StoredSettings, FirstRunFailsWhereAFileTakesTheFoldersName) {
-    ReplaceFile(places_.applicationFolder + QStringLiteral("Shots_Excel"), "a file");
-    EXPECT_THROW(ReadSettings(store_, places_), RunTimeError);
+TEST_F(StoredSettings, FirstRunGoesOnWhereAFileTakesAFoldersName) {
+    ReplaceFile(places_.applicationFolder + QStringLiteral("Shots_Data"), "a file");
+    const SettingsRead read = ReadSettings(store_, places_);
+    ASSERT_EQ(read.errors.size(), 1U);
+    EXPECT_EQ(read.settings.dataPath, places_.applicationFolder + QStringLiteral("Shots_Data/"));
+    EXPECT_TRUE(FolderExists(read.settings.excelPath)) << "the other folder is made all the same";
 }
 
 TEST_F(StoredSettings, KneepointTypeHasOlderSpellings) {
@@ -122,6 +130,24 @@ TEST_F(StoredSettings, ComPortMustBeASixteenBitNumber) {
     EXPECT_EQ(PortError("-32769"), "Run-time error '6': Overflow");
     EXPECT_EQ(PortError("COM1"), "Run-time error '13': Type mismatch: COM1");
     EXPECT_EQ(PortError(" "), "Run-time error '13': Type mismatch:  ");
+}
+
+TEST_F(StoredSettings, ADamagedValueDoesNotKeepTheOthersFromBeingRead) {
+    store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")] = QStringLiteral("IEEE 45 Degree Marker");
+    store_.texts[Key("DAVO/COMPORT/COMPORTVAL")] = QStringLiteral("abc");
+    store_.texts[Key("IMPEDANCE/IMP/IMPVAL")] = QStringLiteral("Y");
+    store_.texts[Key("SORTVALUES/SORT/SORTVAL")] = QStringLiteral("1 3");
+    store_.texts[Key("DATAPATH/PATH/PATHVAL")] = QStringLiteral("/d/Shots_Data/");
+    const SettingsRead read = ReadSettings(store_, places_);
+    ASSERT_EQ(read.errors.size(), 1U);
+    EXPECT_EQ(read.errors.front().Number(), ErrorNumber::TypeMismatch);
+    EXPECT_EQ(read.settings.kneepointType, QStringLiteral("IEEE 45 Degree Marker"));
+    EXPECT_EQ(read.settings.comPort, 1);
+    EXPECT_TRUE(read.settings.showImpedance);
+    EXPECT_EQ(read.settings.sortOrder, 1);
+    EXPECT_EQ(read.settings.sortDisplay, 3);
+    EXPECT_EQ(read.settings.dataPath, QStringLiteral("/d/Shots_Data/"));
+    EXPECT_EQ(read.settings.excelPath, QStringLiteral("/d/Shots_Excel/"));
 }
 
 TEST_F(StoredSettings, ImpedanceIsShownForExactlyY) {
@@ -197,7 +223,7 @@ TEST_F(StoredSettings, AreWrittenAsTheyStand) {
     EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], QStringLiteral("-99"));
     EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("Y"));
     EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], QStringLiteral("1 3"));
-    const Settings back = ReadSettings(store_, places_);
+    const Settings back = Read();
     EXPECT_EQ(back.kneepointType, settings.kneepointType);
     EXPECT_EQ(back.comPort, kNoPortChosen);
     EXPECT_TRUE(back.showImpedance);
@@ -209,8 +235,8 @@ TEST_F(StoredSettings, AreWrittenAsTheyStand) {
 
 // The default pair comes back as 0 and 1: one character each is read.
 TEST_F(StoredSettings, DefaultSortValuesDoNotSurviveARun) {
-    WriteSettings(store_, ReadSettings(store_, places_));
-    const Settings second = ReadSettings(store_, places_);
+    WriteSettings(store_, Read());
+    const Settings second = Read();
     EXPECT_EQ(second.sortOrder, 0);
     EXPECT_EQ(second.sortDisplay, 1);
 }

@@ -1,0 +1,9 @@
+#include "app/end_requests.h"
+
+namespace davo {
+
+std::unique_ptr<QObject> QuitOnEndRequests() {
+    return std::make_unique<QObject>();
+}
+
+}  // namespace davo

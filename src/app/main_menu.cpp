@@ -1,0 +1,83 @@
+#include "app/main_menu.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "common/settings.h"
+
+namespace davo {
+
+namespace {
+
+template <class Item>
+Item* Named(Item* item, const char* name) {
+    item->setObjectName(QLatin1String(name));
+    return item;
+}
+
+template <class Parent>
+QMenu* AddMenu(Parent* parent, const char* name, const char* caption) {
+    QMenu* menu = Named(parent->addMenu(QLatin1String(caption)), name);
+    Named(menu->menuAction(), name);
+    return menu;
+}
+
+QAction* AddItem(QMenu* menu, const char* name, const char* caption) {
+    return Named(menu->addAction(QLatin1String(caption)), name);
+}
+
+QAction* AddMarker(QMenu* menu, const char* name, const char* caption) {
+    QAction* item = AddItem(menu, name, caption);
+    item->setCheckable(true);
+    return item;
+}
+
+void AddLine(QMenu* menu, const char* name) {
+    Named(menu->addSeparator(), name);
+}
+
+}  // namespace
+
+MainMenu::MainMenu(QMenuBar& bar) : mnuFile(AddMenu(&bar, "mnuFile", "&File")) {
+    mnuRecall = AddItem(mnuFile, "mnuRecall", "&Recall Test");
+    AddLine(mnuFile, "mnuLine1");
+    QMenu* mnuCControl = AddMenu(mnuFile, "mnuCControl", "R&un Test");
+    mnuBoth = AddItem(mnuCControl, "mnuBoth", "S&aturation && Ratio Tests");
+    mnuRatio = AddItem(mnuCControl, "mnuRatio", "Ratio Test &Only");
+    AddLine(mnuFile, "mnuLine2");
+    mnuDownload = AddItem(mnuFile, "mnuDownload", "&Download Test Record");
+    AddLine(mnuFile, "mnuLine3");
+    QMenu* mnuSetup = AddMenu(mnuFile, "mnuSetup", "&Set Kneepoint Marker");
+    mnuKneepoint30 = AddMarker(mnuSetup, "mnuKneepoint30", "IEEE &30 Degree Marker");
+    mnuKneepoint45 = AddMarker(mnuSetup, "mnuKneepoint45", "IEEE &45 Degree Marker");
+    mnuKneepointASA10 = AddMarker(mnuSetup, "mnuKneepointASA10", "&ASA 10/50 Marker");
+    AddLine(mnuFile, "mnuLine4");
+    mnuOverlay = AddItem(mnuFile, "mnuOverlay", "&Overlay 2 Tests");
+    AddLine(mnuFile, "mnuLine5");
+    mnuSetHeaderFile = AddItem(mnuFile, "mnuSetHeaderFile", "Setup Test &Header Information");
+    mnuSetDescr = AddItem(mnuFile, "mnuSetDescr", "&Test Record Header Information");
+    AddLine(mnuFile, "mnuLine6");
+    mnuFileUtil = AddItem(mnuFile, "mnuFileUtil", "File &Utilities");
+    mnuConfig = AddItem(mnuFile, "mnuConfig", "&Configure System");
+    AddLine(mnuFile, "mnuLine7");
+    mnuExit = AddItem(mnuFile, "mnuExit", "&Exit");
+    mnuAbout = AddItem(mnuFile, "mnuAbout", "&About");
+}
+
+void MainMenu::EnableFile(bool enabled) {
+    mnuFile->menuAction()->setEnabled(enabled);
+}
+
+void MainMenu::EnableRecordItems(bool enabled) {
+    for (QAction* item : {mnuFileUtil, mnuOverlay, mnuSetDescr})
+        item->setEnabled(enabled);
+}
+
+void MainMenu::CheckKneepoint(const QString& kneepointType) {
+    mnuKneepoint30->setChecked(kneepointType == QLatin1String(kKneeIeee30));
+    mnuKneepoint45->setChecked(kneepointType == QLatin1String(kKneeIeee45));
+    mnuKneepointASA10->setChecked(kneepointType == QLatin1String(kKneeAsa));
+}
+
+}  // namespace davo

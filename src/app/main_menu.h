@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+
+class QAction;
+class QMenu;
+class QMenuBar;
+
+namespace davo {
+
+// The menu tree of the main window. An item's objectName is its name here.
+struct MainMenu {
+    // Builds the tree in bar.
+    explicit MainMenu(QMenuBar& bar);
+
+    QMenu* mnuFile;
+    QAction* mnuRecall;
+    QAction* mnuBoth;
+    QAction* mnuRatio;
+    QAction* mnuDownload;
+    QAction* mnuKneepoint30;
+    QAction* mnuKneepoint45;
+    QAction* mnuKneepointASA10;
+    QAction* mnuOverlay;
+    QAction* mnuSetHeaderFile;
+    QAction* mnuSetDescr;
+    QAction* mnuFileUtil;
+    QAction* mnuConfig;
+    QAction* mnuExit;
+    QAction* mnuAbout;
+
+    void EnableFile(bool enabled);
+
+    // The items that work on saved records: File Utilities, Overlay 2 Tests and Test Record Header
+    // Information.
+    void EnableRecordItems(bool enabled);
+
+    // Checks the item of kneepointType and no other; none when it is an unknown text.
+    void CheckKneepoint(const QString& kneepointType);
+};
+
+}  // namespace davo

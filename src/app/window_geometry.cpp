@@ -1,0 +1,53 @@
+#include "app/window_geometry.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSettings>
+#include <QWidget>
+#include <algorithm>
+
+namespace davo {
+
+namespace {
+
+// Beside the settings, not among them: the settings are five values.
+QString FilePath(const Places& places) {
+    return places.configurationFolder + QStringLiteral("davo-window.ini");
+}
+
+QString Key(const QWidget& window, const char* value) {
+    return window.objectName() + QLatin1Char('/') + QLatin1String(value);
+}
+
+// So much of it that it can be worked with.
+bool IsOnAScreen(const QRect& geometry) {
+    constexpr double kShare = 0.75;
+    const auto screens = QGuiApplication::screens();
+    return !geometry.isEmpty() &&
+           std::any_of(screens.begin(), screens.end(), [&](const QScreen* screen) {
+               const QRect shown = screen->availableGeometry().intersected(geometry);
+               return shown.width() >= kShare * geometry.width() &&
+                      shown.height() >= kShare * geometry.height();
+           });
+}
+
+}  // namespace
+
+void SaveWindowGeometry(const QWidget& window, const Places& places) {
+    QSettings file(FilePath(places), QSettings::IniFormat);
+    file.setValue(Key(window, "normalGeometry"), window.normalGeometry());
+    file.setValue(Key(window, "maximized"), window.isMaximized());
+}
+
+bool RestoreWindowGeometry(QWidget& window, const Places& places) {
+    const QSettings file(FilePath(places), QSettings::IniFormat);
+    const QRect geometry = file.value(Key(window, "normalGeometry")).toRect();
+    if (!IsOnAScreen(geometry)) return false;
+    window.setGeometry(geometry);
+    if (file.value(Key(window, "maximized")).toBool()) {
+        window.setWindowState(window.windowState() | Qt::WindowMaximized);
+    }
+    return true;
+}
+
+}  // namespace davo
