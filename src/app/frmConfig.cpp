@@ -66,7 +66,7 @@ constexpr int kDeviceLines = 2;
 constexpr int kWarningLines = 2;
 
 // What an entry stands for, kept beside its text.
-constexpr int kStandsFor = Qt::UserRole + 1;
+constexpr int kStandsFor = Qt::ToolTipRole;
 
 template <class Control>
 Control* Named(Control* control, const char* name) {
@@ -150,6 +150,7 @@ QWidget* frmConfig::BuildPort() {
     QFont bold = lblBuiltIn_->font();
     bold.setBold(true);
     lblBuiltIn_->setFont(bold);
+    lblBuiltIn_->setVisible(devices_.NeedsAssignment());
     column->addWidget(lblBuiltIn_);
     lblPortState_ = MakeLines(frame, "lblPortState", 1);
     column->addWidget(lblPortState_);
@@ -168,7 +169,7 @@ void frmConfig::BuildDevice(QVBoxLayout* column) {
         Named(new QCheckBox(QStringLiteral("&List built-in ports, too"), row), "chkBuiltIn");
     rows->addWidget(caption);
     rows->addWidget(cboDevice_);
-    rows->addWidget(chkBuiltIn_);
+    rows->addWidget(chkBuiltIn_, 0, Qt::AlignLeft);
     const auto list = [this] {
         handlers_.Run([this] { ListDevices(cboDevice_->currentData().toString()); });
     };
@@ -329,7 +330,7 @@ void frmConfig::ShowDevice() {
             IsBuiltIn(port) ? QStringLiteral("Built in: %1") : QStringLiteral("Plugged in: %1");
         lblDevice_->setText(where.arg(DeviceWords(device, present)));
     }
-    lblBuiltIn_->setText(IsBuiltIn(port) && devices_.NeedsAssignment()
+    lblBuiltIn_->setText(IsBuiltIn(port)
                              ? QStringLiteral("This port is built into the computer and may be its "
                                               "console. Save it only when the DAVO is wired to it.")
                              : QString());

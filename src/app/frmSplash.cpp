@@ -16,6 +16,7 @@ namespace {
 constexpr int kInterval = 1270;  // ms
 constexpr int kPicture = 128;
 constexpr int kMargin = 40;
+constexpr int kTextSpacing = 6;
 constexpr double kNameGrowth = 2.6;
 constexpr double kVersionGrowth = 1.3;
 
@@ -25,18 +26,23 @@ QLabel* MakeLabel(QWidget* parent, const char* text, double growth, bool bold) {
     font.setPointSizeF(font.pointSizeF() * growth);
     font.setBold(bold);
     label->setFont(font);
+    label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     return label;
 }
 
 }  // namespace
 
 frmSplash::frmSplash(BusyPointer& pointer, std::function<void()> showMain)
-    : QWidget(nullptr, Qt::SplashScreen), pointer_(pointer), showMain_(std::move(showMain)) {
+    : QWidget(nullptr, Qt::SplashScreen),
+      pointer_(pointer),
+      showMain_(std::move(showMain)),
+      Timer1_(this) {
     setObjectName(QStringLiteral("frmSplash"));
     setWindowTitle(QStringLiteral("DAVO PC-Interface"));
     auto* picture = new QLabel(this);
     picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
     auto* texts = new QVBoxLayout;
+    texts->setSpacing(kTextSpacing);
     texts->addStretch(1);
     texts->addWidget(MakeLabel(this, "DAVO PC-Interface", kNameGrowth, true));
     texts->addWidget(MakeLabel(this, "V.3.15", kVersionGrowth, false));

@@ -124,7 +124,7 @@ HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWid
     auto* buttons = new QVBoxLayout;
     buttons->setSpacing(kSpacing);
     for (QAction* item : items)
-        buttons->addWidget(MakeButton(item, this));
+        buttons->addWidget(MakeButton(item, this), 1);
     buttons->addStretch();
     grid->addLayout(buttons, 1, 0);
     grid->addWidget(BuildRecords(), 1, 1);

@@ -22,7 +22,8 @@
 #include "tests/support/fake_prompts.h"
 
 // Grabs the shell's windows into the folder that the argument names, in light and in dark colours.
-// Scale: QT_SCALE_FACTOR; screen: QT_QPA_PLATFORM=offscreen:configfile=tests/driver/laptop_screen.json
+// Scale: QT_SCALE_FACTOR; screen:
+// QT_QPA_PLATFORM=offscreen:configfile=tests/driver/laptop_screen.json
 
 namespace davo::test {
 
@@ -40,10 +41,10 @@ class Pictures {
   public:
     Pictures(QString folder, QString colours)
         : folder_(std::move(folder)), colours_(std::move(colours)) {
-        devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R USB UART", "FTDI", "A50285BI"),
-                           UsbAdapter("/dev/ttyUSB1", "USB-Serial Controller D",
-                                      "Prolific Technology Inc.", ""),
-                           BuiltInPort("/dev/ttyS0")};
+        devices.present = {
+            UsbAdapter("/dev/ttyUSB0", "FT232R USB UART", "FTDI", "A50285BI"),
+            UsbAdapter("/dev/ttyUSB1", "USB-Serial Controller D", "Prolific Technology Inc.", ""),
+            BuiltInPort("/dev/ttyS0")};
         settings.dataPath = QStringLiteral("/home/technician/Documents/DAVO/Shots_Data/");
     }
 
@@ -63,8 +64,8 @@ class Pictures {
     void Grab(QWidget& window, const char* name) {
         window.show();
         QTest::qWait(50);
-        const QString path = QDir(folder_).filePath(
-            QStringLiteral("%1-%2.png").arg(QLatin1String(name), colours_));
+        const QString path =
+            QDir(folder_).filePath(QStringLiteral("%1-%2.png").arg(QLatin1String(name), colours_));
         if (!window.grab().save(path)) throw std::runtime_error(path.toStdString());
     }
 
@@ -116,8 +117,11 @@ class Pictures {
         window.setWindowState(Qt::WindowMaximized);
 
         recall->setEnabled(false);
-        StatusFacts facts{GlanceAtLink(settings, linkState, devices), settings.dataPath,
-                          settings.kneepointType, {}, 0};
+        StatusFacts facts{GlanceAtLink(settings, linkState, devices),
+                          settings.dataPath,
+                          settings.kneepointType,
+                          {},
+                          0};
         HomeFacts homeFacts{facts.link, {}, settings.dataPath};
         line->ShowFacts(facts);
         home->ShowFacts(homeFacts);
