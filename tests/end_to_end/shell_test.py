@@ -1,0 +1,248 @@
+"""The program around its windows: what it starts with, how it is left, what it takes."""
+
+import os
+import pathlib
+import re
+import shutil
+import signal
+import sys
+import time
+import unittest
+
+import harness
+
+QUICK = ("--unpaced", "--quick", "--seed", "11")
+SPLASH = 1.27  # seconds
+RECORDS = 250
+MOST_MEMORY = 120  # MB
+MOST_IDLE = 0.02  # of one core
+IDLE_SECONDS = 5
+
+
+def write_record(path, number):
+    date = f"{1 + number % 12:02}/{1 + number % 28:02}/{20 + number % 7:02}"
+    lines = [f"TEST NUMBER: T{number}", f"DATE: {date}", "TIME: 10:15", "# OF SHOTS: 03"]
+    keys = ("COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR")
+    lines += [f"{key}: SUBSTATION NORTH 12 " for key in keys]
+    for shot in range(1, 4):
+        lines.append(f"REC NUMBER: {shot}")
+        lines += ["CURRENT: 0.0124VOLTAGE: 152.3"] * 32
+        lines += ["NUMBER OF DATA POINTS: 32", "KNEE VOLTAGE: 152.3 VOLTS"]
+    path.write_bytes(("\r\n".join(lines) + "\r\n").encode("latin-1"))
+
+
+def processor_seconds(pid):
+    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def memory(pid):
+    """What is resident, in MB."""
+    return int(re.search(r"VmRSS:\s*(\d+) kB", pathlib.Path(f"/proc/{pid}/status").read_text())[1]) / 1024
+
+
+def settings_of(bench):
+    return (bench.folder / "config" / "davo" / "davo.ini").read_text().splitlines()
+
+
+class Menu(unittest.TestCase):
+    def test_records_decide_about_the_items_that_need_them(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain")
+            self.assertFalse((bench.data / "DIRDNLD.DNL").exists())
+            with self.assertRaisesRegex(harness.DriverFailed, "mnuFileUtil is disabled"):
+                program.do("menu mnuFileUtil 500")
+            program.end()
+            write_record(bench.data / "T1.txt", 1)
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuFileUtil", "menu mnuOverlay", "menu mnuSetDescr")
+            self.assertTrue((bench.data / "DIRDNLD.DNL").read_bytes().startswith(b"REC==001\r\nT1!"))
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_exit_asks(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuExit", f'answer No "{harness.LEAVE}"')
+            self.assertIsNone(program.process.poll())
+            self.assertEqual(harness.leave(program), 0)
+            self.assertEqual(harness.read_byte_log(bench.byte_log)[-1], (False, b"X"))
+
+    def test_a_marker_is_kept_for_the_next_run(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuKneepoint45")
+            self.assertEqual(program.control("lblKneepoint")["text"], "IEEE 45 Degree Marker")
+            program.do("close frmMain")
+            self.assertEqual(program.wait_end(), 0)
+            self.assertIn("KPTYPE\\KPTYPEVAL=IEEE 45 Degree Marker", settings_of(bench))
+            program = bench.start_program()
+            program.do("wait frmMain")
+            self.assertEqual(program.control("lblKneepoint")["text"], "IEEE 45 Degree Marker")
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_about_shows_the_model(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuAbout", "wait frmAbout")
+            self.assertRegex(program.control("lblDavoVer")["text"], "^DAVO-E ")
+            program.do("click Command1", "waitGone frmAbout")
+            self.assertEqual(harness.leave(program), 0)
+
+
+class FirstRun(unittest.TestCase):
+    def test_makes_its_folders_beside_the_program(self):
+        with harness.Bench(*QUICK) as bench:
+            shutil.rmtree(bench.folder / "config")
+            there = bench.folder / "program"
+            there.mkdir()
+            shutil.copy(harness.PROGRAM, there / "davo")
+            before = harness.PROGRAM
+            harness.PROGRAM = str(there / "davo")
+            try:
+                program = bench.start_program()
+            finally:
+                harness.PROGRAM = before
+            program.do("wait frmMain")
+            self.assertTrue((there / "Shots_Data").is_dir())
+            self.assertTrue((there / "Shots_Excel").is_dir())
+            self.assertEqual(program.control("lblKneepoint")["text"], "ASA 10/50 Marker")
+            self.assertEqual(harness.leave(program), 0)
+            self.assertIn(f"PATH\\PATHVAL={there}/Shots_Data/", settings_of(bench))
+
+    def test_a_damaged_setting_is_said_and_the_program_starts(self):
+        with harness.Bench(*QUICK) as bench:
+            file = bench.folder / "config" / "davo" / "davo.ini"
+            file.write_text(file.read_text() + "COMPORT\\COMPORTVAL=abc\n")
+            program = bench.start_program()
+            program.do("wait frmMain", 'waitText cmdNotice "Setting not usable"')
+            self.assertIsNone(program.prompt())
+            harness.open_test_window(program)  # COM1 is the instrument's
+            program.do("click cmdExit", "waitGone frmCControl")
+            self.assertEqual(harness.leave(program), 0)
+
+
+class Locale(unittest.TestCase):
+    def session(self, environment):
+        """The record file of a session with a shot, and the directory file."""
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program(environment)
+            program.do("wait frmMain")
+            harness.open_test_window(program)
+            harness.full_shot(program, first=True)
+            harness.save_session(program, str(bench.data / "T1"))
+            self.assertEqual(harness.leave(program), 0)
+            record = (bench.data / "T1.txt").read_bytes()
+            date = re.search(rb"DATE: (\d\d/\d\d/\d\d)\r\nTIME: (\d\d:\d\d)\r\n", record)
+            self.assertTrue(date, "the date is written month first")
+            directory = (bench.data / "DIRDNLD.DNL").read_bytes()
+            port = [line for line in settings_of(bench) if line.startswith("COMPORT")]
+            return record.replace(date[0], b""), directory[:12], port
+
+    def test_does_not_change_what_is_written(self):
+        german = {"LC_ALL": "de_DE.UTF-8", "LANG": "de_DE.UTF-8", "LANGUAGE": "de"}
+        self.assertEqual(self.session(german), self.session({"LC_ALL": "C"}))
+
+
+class EndRequests(unittest.TestCase):
+    def end(self, bench, program):
+        """The platform asks the program to end: it leaves in order, and soon."""
+        program.process.send_signal(signal.SIGTERM)
+        self.assertEqual(program.wait_end(10), 0)
+        self.assertIn('COMPORT\\COMPORTVAL=" 1"', settings_of(bench))
+        self.assertFalse((bench.folder / "config" / "davo" / "davo.lock").exists())
+
+    def test_at_the_main_window(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain")
+            self.end(bench, program)
+
+    def test_while_a_question_is_asked(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuExit", "wait msgBox")
+            self.end(bench, program)
+
+    def test_while_the_configuration_is_open(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuConfig", "wait frmConfig")
+            self.end(bench, program)
+
+    def test_while_the_instrument_is_waited_for(self):
+        with harness.Bench(*QUICK, "--fault", "silent") as bench:
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuBoth")
+            self.end(bench, program)
+
+    def test_before_the_main_window_is_loaded(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmSplash")
+            program.process.send_signal(signal.SIGTERM)
+            self.assertEqual(program.wait_end(10), 0)
+            self.assertFalse([line for line in settings_of(bench) if "KPTYPE" in line])
+
+    def test_during_a_session_keeps_its_shots(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain")
+            harness.open_test_window(program)
+            harness.full_shot(program, first=True)
+            self.end(bench, program)
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuBoth", "wait msgBox")
+            self.assertIn("with 1 shot was never saved", program.prompt())
+
+    def test_during_a_shot(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            program.do("wait frmMain")
+            harness.open_test_window(program)
+            program.do("click cmdStart", f'waitText lblMessage "{harness.RANGE}"')
+            self.end(bench, program)
+
+
+class Figures(unittest.TestCase):
+    def start(self, bench):
+        began = time.monotonic()
+        program = bench.start_program()
+        program.do("wait frmMain", "waitGone frmSplash")
+        return program, time.monotonic() - began - SPLASH
+
+    def test_start_with_a_full_data_folder(self):
+        with harness.Bench(*QUICK) as bench:
+            empty, empty_wall = self.start(bench)
+            empty_cpu = processor_seconds(empty.process.pid)
+            self.assertEqual(harness.leave(empty), 0)
+            for number in range(RECORDS):
+                write_record(bench.data / f"T{number}.txt", number)
+            program, wall = self.start(bench)
+            pid = program.process.pid
+            cpu = processor_seconds(pid)
+            began = time.monotonic()
+            for number in range(RECORDS):
+                (bench.data / f"T{number}.txt").read_bytes()
+            reading = time.monotonic() - began
+            resident = memory(pid)
+            time.sleep(0.5)
+            before, began = processor_seconds(pid), time.monotonic()
+            time.sleep(IDLE_SECONDS)
+            idle = (processor_seconds(pid) - before) / (time.monotonic() - began)
+            print(
+                f"\nstart without the splash's time: {wall * 1000:.0f} ms with {RECORDS} records, "
+                f"{empty_wall * 1000:.0f} ms with none; processor time {cpu * 1000:.0f} ms and "
+                f"{empty_cpu * 1000:.0f} ms; reading the records once: {reading * 1000:.1f} ms, "
+                f"the start is {wall / reading:.1f} times that\n"
+                f"resident: {resident:.1f} MB; at rest: {idle:.2%} of one core",
+                flush=True,
+            )
+            self.assertEqual(program.control("cmdNotice"), None)
+            self.assertLess(resident, MOST_MEMORY)
+            self.assertLess(idle, MOST_IDLE)
+            self.assertEqual(harness.leave(program), 0)
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())
