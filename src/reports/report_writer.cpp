@@ -1,0 +1,406 @@
+#include "reports/report_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+#include "common/numbers.h"
+#include "common/text.h"
+#include "reports/maker.h"
+#include "reports/report_charts.h"
+
+namespace davo {
+
+namespace {
+
+constexpr const char* kTemplateFile = "DAVO_Header.xls";
+constexpr const char* kTemplateSheet = "HEADER";
+constexpr const char* kNotAvailable = "N/A";
+constexpr const char* kFontName = "Arial";
+constexpr double kFontSize = 8;
+constexpr double kTableColumnWidth = 20;  // characters
+// The columns right of the table have a width of their own, so that charts and print areas come
+// out alike whatever width an engine presets.
+constexpr double kChartColumnWidth = 8.43;
+constexpr const char* kChartColumns = "E1:AN1";
+
+enum Field : std::size_t {
+    Company,
+    Station,
+    Circuit,
+    Manufacturer,
+    Model,
+    SerialNumber,
+    Comments,
+    Operator
+};
+
+void Style(Sheet& sheet, std::string_view range, const CellStyle& style) {
+    sheet.styles.push_back({RangeOf(range), style});
+}
+
+void Put(Sheet& sheet, CellPlace place, const CellValue& value) {
+    sheet.cells.push_back({place, value});
+}
+
+void Put(Sheet& sheet, std::string_view address, const CellValue& value) {
+    Put(sheet, PlaceOf(address), value);
+}
+
+// A number as a number that shows the decimals it is written with; any other text as it stands.
+void PutAsWritten(Sheet& sheet, CellPlace place, const std::string& text) {
+    const std::optional<double> number = WholeNumericValue(text);
+    const bool isPlain = number && text.find_first_not_of("-.0123456789") == std::string::npos;
+    if (!isPlain) return Put(sheet, place, text);
+    const std::size_t point = text.find('.');
+    const std::size_t decimals = point == std::string::npos ? 0 : text.size() - point - 1;
+    CellStyle style;
+    style.numberFormat = decimals == 0 ? "0" : "0." + std::string(decimals, '0');
+    sheet.styles.push_back({{place, place}, style});
+    Put(sheet, place, *number);
+}
+
+void PutAsWritten(Sheet& sheet, std::string_view address, const std::string& text) {
+    PutAsWritten(sheet, PlaceOf(address), text);
+}
+
+CellStyle Bold(bool bold) {
+    CellStyle style;
+    style.bold = bold;
+    return style;
+}
+
+CellStyle TextFormat() {
+    CellStyle style;
+    style.numberFormat = "@";
+    return style;
+}
+
+FooterText MakerFooter() {
+    return {kMakerFooterLine, kFontName, kFontSize, true, true};
+}
+
+void WriteTitle(Sheet& sheet) {
+    CellStyle title;
+    title.fontSize = 12;
+    title.horizontal = HorizontalAlignment::Centre;
+    title.vertical = VerticalAlignment::Bottom;
+    title.bold = true;
+    title.wrap = false;
+    title.orientation = 0;
+    Style(sheet, "A1:D1", title);
+    sheet.merges.push_back(RangeOf("A1:D1"));
+    Put(sheet, "A1", "TEST REPORT");
+    CellStyle web;
+    web.fontName = kFontName;
+    web.fontSize = kFontSize;
+    Style(sheet, "A2", web);
+    Put(sheet, "A2", kMakerWebAddress);
+}
+
+void StyleBody(Sheet& sheet) {
+    CellStyle body;
+    body.columnWidth = kTableColumnWidth;
+    body.horizontal = HorizontalAlignment::Left;
+    body.fontName = kFontName;
+    body.fontSize = kFontSize;
+    Style(sheet, "A4:D100", body);
+    CellStyle right;
+    right.columnWidth = kChartColumnWidth;
+    Style(sheet, kChartColumns, right);
+}
+
+// The text before a unit word.
+std::string WithoutUnit(const std::string& value, std::string_view unit) {
+    return TrimBlanks(std::string_view(value).substr(0, value.find(unit)));
+}
+
+// The sheet of one test.
+class TestSheetWriter {
+  public:
+    TestSheetWriter(const ReportTables& report, const ReportOptions& options, int slot)
+        : report_(report),
+          options_(options),
+          slot_(slot),
+          test_(report.tests.at(static_cast<std::size_t>(slot))) {}
+
+    Sheet Write();
+
+  private:
+    const std::string& Result(ResultColumn column) const {
+        return report_.tables.Result(slot_, column);
+    }
+    const std::string& Header(Field field) const { return test_.header.fields.at(field); }
+    void WriteStyles();
+    void WriteHeader();
+    void WriteKneepoints();
+    void WriteResults();
+    void WritePoints();
+    void WriteChart();
+
+    const ReportTables& report_;
+    const ReportOptions& options_;
+    int slot_;
+    const ReportTest& test_;
+    Sheet sheet_;
+};
+
+void TestSheetWriter::WriteStyles() {
+    StyleBody(sheet_);
+    Style(sheet_, "A4:A16", Bold(true));
+    Style(sheet_, "B4:B16", Bold(false));
+    Style(sheet_, "C4:C16", Bold(true));
+    Style(sheet_, "D4:D16", Bold(false));
+    Style(sheet_, "B4:D9", TextFormat());
+    Style(sheet_, "D4:D9", TextFormat());
+}
+
+void TestSheetWriter::WriteHeader() {
+    const ReportHeader& header = test_.header;
+    Put(sheet_, "A4", "DATE & TIME: ");
+    Put(sheet_, "B4", header.date + " - " + header.time + ":00");
+    Put(sheet_, "A5", "FILENAME: ");
+    Put(sheet_, "B5", report_.reportName);
+    Put(sheet_, "A6", "TEST NUMBER: ");
+    Put(sheet_, "B6", Result(ResultColumn::TestNumber));
+    Put(sheet_, "A7", "MODEL: ");
+    Put(sheet_, "B7", Header(Model));
+    Put(sheet_, "A8", "S/N: ");
+    Put(sheet_, "B8", Header(SerialNumber));
+    Put(sheet_, "A9", "COMMENTS: ");
+    Put(sheet_, "B9", Header(Comments));
+    Put(sheet_, "C4", "COMPANY: ");
+    Put(sheet_, "D4", Header(Company));
+    Put(sheet_, "C5", "STATION: ");
+    Put(sheet_, "D5", Header(Station));
+    Put(sheet_, "C6", "CIRCUIT: ");
+    Put(sheet_, "D6", Header(Circuit));
+    Put(sheet_, "C7", "MFR: ");
+    Put(sheet_, "D7", Header(Manufacturer));
+    Put(sheet_, "C8", "OPERATOR: ");
+    Put(sheet_, "D8", Header(Operator));
+    Put(sheet_, "C9", "TEST NOTES: ");
+    Put(sheet_, "D9", test_.notes);
+}
+
+void TestSheetWriter::WriteKneepoints() {
+    struct Row {
+        KneeRule rule;
+        const char* name;
+    };
+    static constexpr std::array kRows = {Row{KneeRule::Asa1050, "ASA 10/50"},
+                                         Row{KneeRule::Ieee30, "IEEE 30"},
+                                         Row{KneeRule::Ieee45, "IEEE 45"}};
+    for (const auto& [rule, name] : kRows) {
+        const KneeCells cells = KneeCellsOf(rule);
+        const Kneepoint& knee = report_.tables.Knee(rule, slot_);
+        Put(sheet_, {cells.voltage.row, 1}, std::string(name) + " Vkp (Volts)");
+        PutAsWritten(sheet_, cells.voltage, knee.voltage);
+        Put(sheet_, {cells.current.row, 3}, std::string(name) + " Ikp (Amps)");
+        PutAsWritten(sheet_, cells.current, knee.current);
+    }
+}
+
+void TestSheetWriter::WriteResults() {
+    Put(sheet_, "A13", "NAMEPLATE RATIO: ");
+    Put(sheet_, "B13", Result(ResultColumn::NameplateRatio));
+    Put(sheet_, "C13", "MEASURED RATIO: ");
+    PutAsWritten(sheet_, "D13", Result(ResultColumn::MeasuredRatio));
+    Put(sheet_, "A14", "POLARITY: ");
+    Put(sheet_, "B14", Result(ResultColumn::Polarity));
+    Put(sheet_, "C14", "PHASE ANGLE: ");
+    Put(sheet_, "D14", Result(ResultColumn::Phase));
+    Put(sheet_, "A15", "PERCENT ERROR: ");
+    Put(sheet_, "B15", Result(ResultColumn::PercentError));
+    Put(sheet_, "A16", "EXCITATION VTG (Volts)");
+    PutAsWritten(sheet_, "B16", WithoutUnit(Result(ResultColumn::ExcitationVoltage), "VOLTS"));
+    Put(sheet_, "C16", "EXCITATION CUR (Amps)");
+    PutAsWritten(sheet_, "D16", WithoutUnit(Result(ResultColumn::ExcitationCurrent), "AMPS"));
+}
+
+void TestSheetWriter::WritePoints() {
+    constexpr const char* kImpedancePicture = "######0.0";
+    CellStyle left;
+    left.horizontal = HorizontalAlignment::Left;
+    Style(sheet_, "A18:D100", left);
+    Style(sheet_, "A18:D18", Bold(true));
+    Put(sheet_, "A18", "CT DATA POINTS:");
+    Put(sheet_, "B18", "CUR (A)");
+    Put(sheet_, "C18", "VTG (V)");
+    Put(sheet_, "D18", "IMPEDANCE (OHM)");
+    const int count = PointCountOf(report_, slot_);
+    if (count == 0) {
+        for (const char* address : {"A19", "B19", "C19"})
+            Put(sheet_, address, kNotAvailable);
+    }
+    CellStyle impedance;
+    impedance.numberFormat = "0.0";
+    if (count > 0 && options_.showImpedance) {
+        const CellRange range{{kFirstPointRow, 4}, {LastPointRow(report_, slot_), 4}};
+        sheet_.styles.push_back({range, impedance});
+    }
+    for (int i = 0; i < count; ++i) {
+        const int row = kFirstPointRow + i;
+        const auto point = static_cast<std::size_t>(i);
+        const auto slot = static_cast<std::size_t>(slot_);
+        const double current = report_.tables.pointCurrent.at(slot).at(point);
+        const double voltage = report_.tables.pointVoltage.at(slot).at(point);
+        Put(sheet_, {row, 1}, static_cast<double>(i + 1));
+        Put(sheet_, {row, 2}, current);
+        Put(sheet_, {row, 3}, voltage);
+        if (!options_.showImpedance) continue;
+        if (current == 0) {
+            Put(sheet_, {row, 4}, kNotAvailable);  // a point without current has no impedance
+        } else {
+            Put(sheet_, {row, 4}, RoundByPicture(std::abs(voltage / current), kImpedancePicture));
+        }
+    }
+}
+
+void TestSheetWriter::WriteChart() {
+    if (PointCountOf(report_, slot_) == 0) {
+        Put(sheet_, "A20", "Graph " + std::to_string(slot_ + 1) + " has no data.");
+        sheet_.page.printArea = RangeOf("A1:D20");
+        return;
+    }
+    ChartPlace place = ChartBesideTable(LastPointRow(report_, slot_));
+    place.chart.titleLines = {"Station: " + Header(Station) + " - " + "Circuit: " + Header(Circuit),
+                              "Test Number " + Result(ResultColumn::TestNumber),
+                              "Kneepoint Type - " + options_.kneepointType};
+    ChartSeries curve = CurveOf(report_, slot_);
+    curve.line = SeriesLine{LineWeight::Medium, kColourBlue};
+    place.chart.series.push_back(curve);
+    const std::optional<ChartSeries> marker = MarkerOf(report_, slot_, options_.kneepointType);
+    if (marker) place.chart.series.push_back(*marker);
+    sheet_.page.printArea = CellRange{{1, 1}, place.last};
+    sheet_.charts.push_back(std::move(place.chart));
+}
+
+Sheet TestSheetWriter::Write() {
+    const std::string number = std::to_string(slot_ + 1);
+    sheet_.buildName = "Sheet" + number;
+    sheet_.finalName = "Test " + number + "-Graph";
+    sheet_.fromTemplate = true;
+    sheet_.page.footer = MakerFooter();
+    WriteTitle(sheet_);
+    WriteStyles();
+    WriteHeader();
+    WriteKneepoints();
+    WriteResults();
+    WritePoints();
+    WriteChart();
+    return std::move(sheet_);
+}
+
+// All curves in one chart, and the kneepoints of the marked rule where a test's table would stand.
+Sheet SummarySheet(const ReportTables& report, const ReportOptions& options) {
+    constexpr int kFirstRow = 7;
+    Sheet sheet;
+    sheet.buildName = sheet.finalName = "SummaryGraph";
+    sheet.page.footer = MakerFooter();
+    WriteTitle(sheet);
+    StyleBody(sheet);
+    Style(sheet, "A4:A4", Bold(true));
+    Style(sheet, "A6:C6", Bold(true));
+    Put(sheet, "A4", "FILENAME: ");
+    Put(sheet, "B4", report.reportName);
+    Put(sheet, "A6", "TEST");
+    Put(sheet, "B6", "Vkp (Volts)");
+    Put(sheet, "C6", "Ikp (Amps)");
+    const std::optional<KneeRule> rule = KneeRuleOf(options.kneepointType);
+    ChartPlace place = ChartOnItsOwn();
+    place.chart.titleLines = {"Graphs Summary", "Kneepoint Type - " + options.kneepointType};
+    place.chart.legend = true;
+    for (int slot = 0; slot < report.TestCount(); ++slot) {
+        const std::string name = "Test #" + std::to_string(slot + 1);
+        const int row = kFirstRow + slot;
+        Put(sheet, {row, 1}, name);
+        if (rule) {
+            PutAsWritten(sheet, {row, 2}, report.tables.Knee(*rule, slot).voltage);
+            PutAsWritten(sheet, {row, 3}, report.tables.Knee(*rule, slot).current);
+        }
+        if (PointCountOf(report, slot) == 0) {
+            Put(sheet, {row, 4}, "Graph " + std::to_string(slot + 1) + " has no data.");
+            continue;
+        }
+        ChartSeries curve = CurveOf(report, slot);
+        curve.name = name;
+        curve.inLegend = true;
+        curve.line = SeriesLine{LineWeight::Medium, SummaryColour(slot)};
+        place.chart.series.push_back(curve);
+        const std::optional<ChartSeries> marker = MarkerOf(report, slot, options.kneepointType);
+        if (marker) place.chart.series.push_back(*marker);
+    }
+    if (!place.chart.series.empty()) {
+        sheet.page.printArea = CellRange{place.chart.anchor, place.last};
+        sheet.charts.push_back(std::move(place.chart));
+    }
+    return sheet;
+}
+
+// One cell with line breaks; as many cells below each other as long notes need, because a row is
+// only so high.
+Sheet NotesSheet(const std::string& notes) {
+    constexpr double kWidth = 100;  // characters
+    constexpr std::size_t kCharactersPerLine = 90;
+    constexpr std::size_t kLinesPerCell = 24;
+    constexpr std::size_t kMostCharacters = kCharactersPerLine * kLinesPerCell;
+    Sheet sheet;
+    sheet.buildName = sheet.finalName = "NOTES";
+    sheet.page.footer = MakerFooter();
+    std::vector<std::string> texts(1);
+    std::size_t linesOfCell = 0;
+    const auto add = [&](std::string_view line) {
+        const std::size_t lines = 1 + line.size() / kCharactersPerLine;
+        if (linesOfCell > 0 && linesOfCell + lines > kLinesPerCell) {
+            texts.emplace_back();
+            linesOfCell = 0;
+        }
+        if (linesOfCell > 0) texts.back() += '\n';
+        texts.back() += line;
+        linesOfCell += lines;
+    };
+    for (std::size_t at = notes.find(kNotesSeparator); at < notes.size();) {
+        at += kNotesSeparator.size();
+        const std::size_t end = std::min(notes.find(kNotesSeparator, at), notes.size());
+        std::string_view line = std::string_view(notes).substr(at, end - at);
+        for (; line.size() > kMostCharacters; line.remove_prefix(kMostCharacters))
+            add(line.substr(0, kMostCharacters));
+        add(line);
+        at = end;
+    }
+    for (int row = 1; const std::string& text : texts)
+        Put(sheet, {row++, 1}, text);
+    CellStyle style = TextFormat();
+    style.fontName = kFontName;
+    style.horizontal = HorizontalAlignment::Left;
+    style.vertical = VerticalAlignment::Top;
+    style.wrap = true;
+    style.columnWidth = kWidth;
+    sheet.styles.push_back({{{1, 1}, {static_cast<int>(texts.size()), 1}}, style});
+    return sheet;
+}
+
+}  // namespace
+
+Workbook BuildReport(const ReportTables& report, const ReportOptions& options) {
+    Workbook workbook;
+    workbook.templateFile = kTemplateFile;
+    workbook.templateSheet = kTemplateSheet;
+    for (int slot = 0; slot < report.TestCount(); ++slot)
+        workbook.sheets.push_back(TestSheetWriter(report, options, slot).Write());
+    if (report.TestCount() > 1) {
+        workbook.sheets.push_back(SummarySheet(report, options));
+        // Who overlays two tests wants to see them in one chart.
+        if (report.isOverlay) workbook.activeSheet = workbook.sheets.size() - 1;
+    }
+    if (!report.notes.empty()) workbook.sheets.push_back(NotesSheet(report.notes));
+    return workbook;
+}
+
+std::string PlottingGraphText(int n, int m) {
+    return "Plotting graph " + std::to_string(n) + " of " + std::to_string(m);
+}
+
+}  // namespace davo
