@@ -121,6 +121,7 @@ void frmMain::Form_Load() {
     loaded_ = true;
     ShowFacts();
     factsTimer_.start();
+    home_->findChild<QWidget*>(QStringLiteral("cmdBoth"))->setFocus();
 }
 
 void frmMain::LoadSettings() {
@@ -312,6 +313,8 @@ void frmMain::ShowTestWindow() {
     QMdiSubWindow* frame = area_->addSubWindow(window.release());
     frame->setAttribute(Qt::WA_DeleteOnClose);
     frame->showMaximized();
+    // No button of it may be pushed out of a main window that is made small.
+    area_->setMinimumSize(testWindow_->minimumSizeHint());
 }
 
 // --- Child windows ------------------------------------------------------------------------------
@@ -342,6 +345,7 @@ void frmMain::ShowChild(const OpenChild& open, const QAction& item) {
 }
 
 void frmMain::ChildClosed() {
+    area_->setMinimumSize(0, 0);
     pages_->setCurrentWidget(home_);
     menu_.EnableFile(true);
     RefreshDirectory();

@@ -10,6 +10,14 @@ namespace davo {
 
 namespace {
 
+constexpr double kGrowth = 1.25;  // items that a gloved finger meets
+
+void Enlarge(QWidget& widget) {
+    QFont font = widget.font();
+    font.setPointSizeF(font.pointSizeF() * kGrowth);
+    widget.setFont(font);
+}
+
 template <class Item>
 Item* Named(Item* item, const char* name) {
     item->setObjectName(QLatin1String(name));
@@ -20,6 +28,7 @@ template <class Parent>
 QMenu* AddMenu(Parent* parent, const char* name, const char* caption) {
     QMenu* menu = Named(parent->addMenu(QLatin1String(caption)), name);
     Named(menu->menuAction(), name);
+    Enlarge(*menu);
     return menu;
 }
 
@@ -40,6 +49,7 @@ void AddLine(QMenu* menu, const char* name) {
 }  // namespace
 
 MainMenu::MainMenu(QMenuBar& bar) : mnuFile(AddMenu(&bar, "mnuFile", "&File")) {
+    Enlarge(bar);
     mnuRecall = AddItem(mnuFile, "mnuRecall", "&Recall Test");
     AddLine(mnuFile, "mnuLine1");
     QMenu* mnuCControl = AddMenu(mnuFile, "mnuCControl", "R&un Test");

@@ -2,8 +2,10 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QScreen>
 #include <QStyleFactory>
 
+#include "app/centre_form.h"
 #include "app/cursor_pointer.h"
 #include "app/end_requests.h"
 #include "app/frmMain.h"
@@ -45,9 +47,13 @@ void ShowMain(frmMain& window, const Places& places) {
     window.Form_Load();
     if (RestoreWindowGeometry(window, places)) {
         window.show();
-    } else {
-        window.showMaximized();
+        return;
     }
+    // What it falls back to when it is no longer maximized.
+    constexpr double kShare = 0.9;
+    window.resize(window.screen()->availableSize() * kShare);
+    CentreForm(window, nullptr);
+    window.showMaximized();
 }
 
 }  // namespace

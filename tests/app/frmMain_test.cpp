@@ -214,6 +214,27 @@ TEST_F(MainWindow, WhatIsWrittenDoesNotDependOnTheLocale) {
     EXPECT_THAT(directory, ::testing::StartsWith("REC==002\r\nT1!11/20/26 10:15TESTS=03"));
 }
 
+TEST_F(MainWindow, CannotBeMadeSoSmallThatAButtonOfTheTestWindowIsHidden) {
+    Open();
+    Choose("mnuBoth");
+    ASSERT_NE(TestWindow(), nullptr);
+    window->resize(10, 10);
+    QTest::qWait(20);
+    for (const char* name : {"cmdStart", "cmdContinue", "cmdCancel", "cmdHeader", "cmdExit"}) {
+        auto* button = Find<QPushButton>(name);
+        const QRect place(button->mapTo(window.get(), QPoint(0, 0)), button->size());
+        EXPECT_TRUE(window->rect().contains(place)) << name;
+        EXPECT_EQ(window->childAt(place.center()), button) << name;
+    }
+}
+
+TEST_F(MainWindow, TheKeyboardBeginsAtTheFirstButton) {
+    Open();
+    EXPECT_TRUE(Find<QPushButton>("cmdBoth")->hasFocus());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_NE(TestWindow(), nullptr);
+}
+
 TEST_F(MainWindow, TheHomePanelStandsWhileNoOtherWindowIsOpen) {
     Open();
     const auto* home = Find<HomePanel>("homePanel");
