@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <string_view>
+
+#include "reports/workbook.h"
+
+namespace davo {
+
+// Called on the renderer's own thread when sheet n of m that stands for a test is begun.
+using RenderProgress = std::function<void(int n, int m)>;
+
+// Makes a file of a workbook. What can be rendered of it is the renderer's own business; all of
+// them put the same cells, formats, merges, charts and page setup into the file.
+class ReportRenderer {
+  public:
+    ReportRenderer() = default;
+    ReportRenderer(const ReportRenderer&) = delete;
+    ReportRenderer& operator=(const ReportRenderer&) = delete;
+    ReportRenderer(ReportRenderer&&) = delete;
+    ReportRenderer& operator=(ReportRenderer&&) = delete;
+    virtual ~ReportRenderer() = default;
+
+    // Of the files that it makes: ".xls" or ".xlsx".
+    virtual QString Extension() const = 0;
+
+    // Blocks until the file is complete (true) or stop was requested (false). An earlier file of
+    // the target's name is replaced at the very end and in one step: it is untouched when this
+    // throws or was stopped. progress may be empty; what it throws is passed on.
+    // Throws RunTimeError: 76 the target's folder is missing, 70 it may not be written to, 61 the
+    // disk is full, 53 the template is missing (named in the text), 440 it is no workbook or has no
+    // model sheet, or the engine behind the renderer failed.
+    virtual bool Render(const Workbook& workbook, const QString& templatePath,
+                        const QString& targetPath, const RenderProgress& progress,
+                        const std::stop_token& stop) = 0;
+};
+
+// What every renderer makes sure of before it begins: the template is a file that can be read and
+// the target's folder is there. Throws RunTimeError 53, 70 and 76.
+void RequireRenderPaths(const QString& templatePath, const QString& targetPath);
+
+// The end of every rendering: ReplaceFile(targetPath, bytes) unless stop was requested. Throws what
+// ReplaceFile throws. True when the file was written.
+bool FinishRendering(const QString& targetPath, std::string_view bytes,
+                     const std::stop_token& stop);
+
+// The renderer that drives LibreOffice Calc and makes ".xls". Null when this build has none, or
+// Calc is not installed. It starts Calc in the background at once, so make it before it is needed,
+// in a thread that lives as long as it does.
+std::unique_ptr<ReportRenderer> MakeCalcRenderer();
+
+}  // namespace davo
