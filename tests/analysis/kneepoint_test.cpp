@@ -7,6 +7,7 @@
 
 #include "common/run_time_error.h"
 #include "common/settings.h"
+#include "tests/analysis/print_kneepoint.h"
 
 namespace davo {
 namespace {

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "common/run_time_error.h"
+#include "tests/analysis/print_kneepoint.h"
 
 namespace davo {
 namespace {
