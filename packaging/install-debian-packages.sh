@@ -5,11 +5,25 @@ set -euo pipefail
 list="$(dirname "${BASH_SOURCE[0]}")/debian-packages.txt"
 mapfile -t wanted < <(sed 's/#.*//' "$list" | tr -s '[:space:]' '\n' | grep .)
 
+is_installed() {
+  [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# Of "one|other" either will do; the first is what gets installed.
 missing() {
-  local installed
-  installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null |
+  local plain=() installed choice package
+  for choice in "${wanted[@]}"; do
+    case "$choice" in
+      *"|"*)
+        for package in ${choice//|/ }; do is_installed "$package" && continue 2; done
+        echo "${choice%%|*}"
+        ;;
+      *) plain+=("$choice") ;;
+    esac
+  done
+  installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${plain[@]}" 2>/dev/null |
     sed -n 's/^installed //p' | sort -u) || true
-  comm -23 <(printf '%s\n' "${wanted[@]}" | sort -u) <(printf '%s\n' "$installed")
+  comm -23 <(printf '%s\n' "${plain[@]}" | sort -u) <(printf '%s\n' "$installed")
 }
 
 if ! command -v dpkg-query >/dev/null; then
