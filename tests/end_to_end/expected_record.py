@@ -6,6 +6,7 @@ of each shot is decoded with decimal arithmetic, and the file's bytes are laid l
 
 import dataclasses
 import decimal
+import pathlib
 import re
 
 D = decimal.Decimal
@@ -19,6 +20,19 @@ class LineShot:
     ratio_only: bool
     digits: str  # of the record, between DATA and DONE
     ratio: str  # text after the last "RATIO=", empty when there was none
+
+
+def read_byte_log(path):
+    """The instrument's byte log as a list of (to_pc, bytes)."""
+    line = re.compile(r"\s*\d+\.\d+ ([<>])((?: [0-9A-F]{2})+)  ")
+    entries = []
+    for text in pathlib.Path(path).read_text("latin-1").split("\n"):
+        found = line.match(text)
+        if found:
+            entries.append((found[1] == ">", bytes.fromhex(found[2])))
+        elif text:
+            raise ValueError(f"not a line of a byte log: {text!r}")
+    return entries
 
 
 def shots_on_line(log):

@@ -49,7 +49,7 @@ class Faults(unittest.TestCase):
         self.assertEqual(actual, expected)
 
     def line_shots(self, bench):
-        return expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
+        return expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
 
     def assert_no_prompt_follows(self, program):
         end = time.monotonic() + 1.5
@@ -145,7 +145,7 @@ class Escape(Faults):
         program.do("key Escape", "waitGone frmCControl")
         self.assertIsNone(program.prompt(), "ESC asks nothing")
         harness.wait_until(
-            lambda: (False, b"\x1b") in harness.read_byte_log(bench.byte_log),
+            lambda: (False, b"\x1b") in expected_record.read_byte_log(bench.byte_log),
             "ESC at the instrument",
         )
 

@@ -41,19 +41,6 @@ class DriverFailed(AssertionError):
     """The driver gave up, or the program ended while something was awaited."""
 
 
-def read_byte_log(path):
-    """The instrument's byte log as a list of (to_pc, bytes)."""
-    line = re.compile(r"\s*\d+\.\d+ ([<>])((?: [0-9A-F]{2})+)  ")
-    entries = []
-    for text in pathlib.Path(path).read_text("latin-1").split("\n"):
-        found = line.match(text)
-        if found:
-            entries.append((found[1] == ">", bytes.fromhex(found[2])))
-        elif text:
-            raise ValueError(f"not a line of a byte log: {text!r}")
-    return entries
-
-
 def wait_until(condition, what, limit=PATIENCE):
     end = time.monotonic() + limit
     while not condition():

@@ -92,7 +92,7 @@ class Run:
 
     def check(self, bench):
         """Every shot that was shown stands in a record file, and every record file is right."""
-        line = expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
+        line = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
         files = sorted(bench.data.glob("*.txt"))
         held = 0
         for path in files:

@@ -74,7 +74,7 @@ class Session(unittest.TestCase):
             harness.ratio_shot(program)
             harness.save_session(program, "T17.txt")
             self.assertEqual(harness.leave(program), 0)
-            shots = expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
             self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
             del shots[1]
             header = [stored(field) for field in HEADER]
@@ -100,7 +100,7 @@ class QuickSessions(Session):
             harness.ratio_shot(program, both=False)
             harness.save_session(program, "R2.txt")
             self.assertEqual(harness.leave(program), 0)
-            shots = expected_record.shots_on_line(harness.read_byte_log(bench.byte_log))
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
             self.assertEqual([shot.ratio_only for shot in shots], [True, True])
             self.check(bench, "R2.txt", began, [" " * 20] * 8, shots, None)
 

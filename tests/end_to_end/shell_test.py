@@ -9,6 +9,7 @@ import sys
 import time
 import unittest
 
+import expected_record
 import harness
 
 QUICK = ("--unpaced", "--quick", "--seed", "11")
@@ -66,7 +67,7 @@ class Menu(unittest.TestCase):
             program.do("wait frmMain", "menu mnuExit", f'answer No "{harness.LEAVE}"')
             self.assertIsNone(program.process.poll())
             self.assertEqual(harness.leave(program), 0)
-            self.assertEqual(harness.read_byte_log(bench.byte_log)[-1], (False, b"X"))
+            self.assertEqual(expected_record.read_byte_log(bench.byte_log)[-1], (False, b"X"))
 
     def test_a_marker_is_kept_for_the_next_run(self):
         with harness.Bench(*QUICK) as bench:

@@ -1,0 +1,50 @@
+"""The record file of the demonstration against what went over the line, byte for byte.
+
+usage: check_demonstration.py BYTE_LOG RECORD_FILE
+"""
+
+import pathlib
+import re
+import sys
+
+import expected_record
+
+HEADER = [
+    "Example Power Co.",
+    "Substation North",
+    "Feeder 12",
+    "Example Transformers",
+    "RCT 1200/5",
+    "4711-0815",
+    "Annual test",
+    "A. Operator",
+]
+NOTES = "Terminal box dry.\r\nNext test in two years."
+NAMEPLATE = ("1200", "5")
+
+
+def main(byte_log, record_file):
+    shots = expected_record.shots_on_line(expected_record.read_byte_log(pathlib.Path(byte_log)))
+    kinds = [shot.ratio_only for shot in shots]
+    if kinds != [False, False, False, True]:
+        return f"not the shots of the demonstration: {kinds}"
+    del shots[1]  # dropped by Repeat Test
+    actual = pathlib.Path(record_file).read_bytes()
+    date, time = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
+    expected = expected_record.record_file(
+        pathlib.Path(record_file).name,
+        date.decode(),
+        time.decode(),
+        [field.ljust(20) for field in HEADER],
+        shots,
+        NAMEPLATE,
+        NOTES,
+    )
+    if actual != expected:
+        return f"{record_file} is not what went over the line"
+    print(f"{record_file}: {len(shots)} shots, {len(actual)} bytes, each as it went over the line")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
