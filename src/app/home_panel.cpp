@@ -185,7 +185,7 @@ QWidget* HomePanel::BuildRecords() {
 
 void HomePanel::ShowFacts(const HomeFacts& facts) {
     lblPort_->setText(PortState(facts.link));
-    lblDevice_->setText(facts.link.portOpen ? DeviceState(facts.link) : WayOut(facts.link));
+    lblDevice_->setText(NeedsHelp(facts.link) ? WayOut(facts.link) : DeviceState(facts.link));
     lblModel_->setText(ModelWords(facts.link.instrumentModel));
     lvNewest_->clear();
     for (std::size_t i = 0; i < std::min(facts.records.size(), kNewestRecords); ++i) {

@@ -12,6 +12,7 @@ LinkGlance GlanceAtLink(const Settings& settings, const LinkState& link,
     LinkGlance glance;
     glance.comPort = settings.comPort;
     glance.portOpen = link.portOpen;
+    glance.openFailed = link.openFailed;
     glance.instrumentModel = link.instrumentModel;
     if (settings.comPort == kNoPortChosen) return glance;
     const auto present = devices.Present();
@@ -56,8 +57,15 @@ QString DeviceState(const LinkGlance& glance) {
     if (glance.comPort == kNoPortChosen) return {};
     if (glance.portOpen) return glance.deviceWords;
     if (glance.device.isEmpty()) return QStringLiteral("No device is plugged in");
+    // The test window closes the port when it is left; the next test opens it again.
+    if (!glance.openFailed) return QStringLiteral("%1, opened when needed").arg(glance.deviceWords);
     if (!glance.present) return QStringLiteral("%1 is not plugged in").arg(glance.device);
     return QStringLiteral("%1 could not be opened").arg(glance.deviceWords);
+}
+
+bool NeedsHelp(const LinkGlance& glance) {
+    if (glance.portOpen) return false;
+    return glance.openFailed || glance.device.isEmpty();
 }
 
 QString ModelWords(const std::string& instrumentModel) {

@@ -15,6 +15,7 @@ namespace davo {
 struct LinkGlance {
     std::int16_t comPort = kNoPortChosen;
     bool portOpen = false;
+    bool openFailed = false;
     QString device;        // that the number stands for; empty when there is none
     QString deviceWords;   // DeviceWords of it
     bool present = false;  // it is among those that are plugged in now
@@ -42,8 +43,11 @@ QString DeviceWords(const QString& device, const std::vector<PresentPort>& prese
 // "COM1 open", "COM1 not open", "No COM port chosen".
 QString PortState(const LinkGlance& glance);
 
-// What the number stands for, and, of a port that is not open, what is in the way.
+// What the number stands for, and, of a port that is not open, why.
 QString DeviceState(const LinkGlance& glance);
+
+// Whether the operator has to do something before the port can be opened.
+bool NeedsHelp(const LinkGlance& glance);
 
 // The model for the operator's eye; a word for it while it was not read.
 QString ModelWords(const std::string& instrumentModel);

@@ -102,6 +102,7 @@ bool Link::OpenComPort(std::int16_t port) {
     } catch (const RunTimeError&) {
         state_.portOpen = false;
     }
+    state_.openFailed = !state_.portOpen;
     return state_.portOpen;
 }
 
@@ -259,6 +260,7 @@ void Link::PortTextWaiting() {
 
 void Link::PortLost() {
     state_.portOpen = false;
+    state_.openFailed = true;
     lostMessageDue_ = true;
     const bool waiting = wait_.has_value();
     EndWait();

@@ -43,7 +43,8 @@ TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
     FakePortDevices devices;
     Settings settings;
     settings.comPort = 2;
-    const LinkState closed;
+    LinkState closed;
+    closed.openFailed = true;
     EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), QStringLiteral("COM2 not open"));
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
               QStringLiteral("No device is plugged in"));
@@ -53,6 +54,11 @@ TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
     devices.present = {UsbAdapter("/dev/ttyUSB5", "", "", "")};
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
               QStringLiteral("/dev/ttyUSB5 could not be opened"));
+    EXPECT_TRUE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
+    closed.openFailed = false;
+    EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
+              QStringLiteral("/dev/ttyUSB5, opened when needed"));
+    EXPECT_FALSE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
     EXPECT_EQ(ModelWords(closed.instrumentModel), QStringLiteral("Instrument not asked yet"));
 }
 
@@ -123,6 +129,7 @@ class StatusLineTest : public ::testing::Test {
         link.OnWaitChanged = [this] { line.WaitChanged(); };
         facts.link = {1,
                       true,
+                      false,
                       QStringLiteral("/dev/ttyUSB0"),
                       QStringLiteral("FT232R USB UART, FTDI, serial number A50285BI, /dev/ttyUSB0"),
                       true,
@@ -163,6 +170,7 @@ TEST_F(StatusLineTest, SaysEverythingAtAGlance) {
 
 TEST_F(StatusLineTest, AMissingDeviceIsSaidWithoutABox) {
     facts.link.portOpen = false;
+    facts.link.openFailed = true;
     facts.link.present = false;
     line.ShowFacts(facts);
     EXPECT_EQ(TextOf("lblPort"), QStringLiteral("COM1 not open"));

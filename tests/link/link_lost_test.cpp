@@ -39,6 +39,7 @@ class LinkLostTest : public testing::Test {
         EXPECT_EQ(shownAtLoss, 0U);
         EXPECT_FALSE(busyAtMessage);
         EXPECT_FALSE(state.portOpen);
+        EXPECT_TRUE(state.openFailed);
         EXPECT_FALSE(link.CurrentWait());
         EXPECT_THAT(prompts.shown, ElementsAre(Link::LostMessage()));
         EXPECT_EQ(link.SendCommand("W", "\r\n"), "");

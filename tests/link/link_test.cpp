@@ -59,10 +59,14 @@ TEST_F(LinkTest, AFailedOpenIsFalseWithoutAMessage) {
         port.failOpen = error;
         EXPECT_FALSE(link.OpenComPort(1));
         EXPECT_FALSE(state.portOpen);
+        EXPECT_TRUE(state.openFailed);
     }
     EXPECT_TRUE(prompts.shown.empty());
     port.failOpen.reset();
     EXPECT_TRUE(link.OpenComPort(1));
+    EXPECT_FALSE(state.openFailed);
+    link.CloseComPort();
+    EXPECT_FALSE(state.openFailed) << "closed in good order";
 }
 
 TEST_F(LinkTest, AnOpenPortThatDoesNotReopenIsClosed) {
