@@ -97,7 +97,8 @@ STYLES = f"""
  </style:style>
  <style:page-layout style:name="page">
   <style:page-layout-properties style:print-orientation="landscape" fo:page-width="297mm"
-    fo:page-height="210mm" style:scale-to-X="1" style:scale-to-Y="1"/>
+    fo:page-height="210mm" style:scale-to-X="1" style:scale-to-Y="1" fo:margin-left="10mm" fo:margin-right="10mm"
+    fo:margin-top="10mm" fo:margin-bottom="10mm"/>
   <style:header-style/><style:footer-style/>
  </style:page-layout>
 </office:automatic-styles>
