@@ -1,6 +1,8 @@
 #include "reports/renderer.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
+#include <QLibrary>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -21,6 +23,25 @@ bool FinishRendering(const QString& targetPath, std::string_view bytes,
     if (stop.stop_requested()) return false;
     ReplaceFile(targetPath, bytes);
     return true;
+}
+
+// The module is apart from the program, which also runs where LibreOffice's libraries are missing.
+// It lies beside the program, or in the folder of its libraries, or where it was built.
+std::unique_ptr<ReportRenderer> MakeCalcRenderer(const CalcSettings& settings) {
+    if (!FileExists(settings.programFolder + QStringLiteral("/soffice.bin"))) return nullptr;
+    if (!FileExists(settings.programFolder + QStringLiteral("/libsclo.so"))) return nullptr;
+    const QString name = QStringLiteral("/libdavo_reports_calc.so");
+    const QString beside = QCoreApplication::applicationDirPath();
+    for (const QString& folder : {beside, beside + QStringLiteral("/../lib/davo"),
+                                  QStringLiteral(DAVO_CALC_MODULE_FOLDER)}) {
+        const QString file = folder + name;
+        if (!FileExists(file)) continue;
+        using Make = ReportRenderer* (*)(const CalcSettings*);
+        const auto make =
+            reinterpret_cast<Make>(QLibrary::resolve(file, "davo_make_calc_renderer"));
+        if (make != nullptr) return std::unique_ptr<ReportRenderer>(make(&settings));
+    }
+    return nullptr;
 }
 
 }  // namespace davo

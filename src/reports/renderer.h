@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -27,6 +28,11 @@ class ReportRenderer {
     // Of the files that it makes: ".xls" or ".xlsx".
     virtual QString Extension() const = 0;
 
+    // Begins what takes time and can be done ahead, such as starting another program; returns at
+    // once. Called when a window opens that may ask for a report.
+    virtual void Prepare() {}
+
+    // One call at a time, on any thread; windows call it through BackgroundRender.
     // Blocks until the file is complete (true) or stop was requested (false). An earlier file of
     // the target's name is replaced at the very end and in one step: it is untouched when this
     // throws or was stopped. progress may be empty; what it throws is passed on.
@@ -47,9 +53,15 @@ void RequireRenderPaths(const QString& templatePath, const QString& targetPath);
 bool FinishRendering(const QString& targetPath, std::string_view bytes,
                      const std::stop_token& stop);
 
+// How LibreOffice Calc is driven.
+struct CalcSettings {
+    QString programFolder = QStringLiteral("/usr/lib/libreoffice/program");
+    std::chrono::milliseconds patience{20'000};  // for one step of a report
+    int reportsPerEngine = 30;
+};
+
 // The renderer that drives LibreOffice Calc and makes ".xls". Null when this build has none, or
-// Calc is not installed. It starts Calc in the background at once, so make it before it is needed,
-// in a thread that lives as long as it does.
-std::unique_ptr<ReportRenderer> MakeCalcRenderer();
+// Calc is not installed. Calc stays in the background between reports, as long as this lives.
+std::unique_ptr<ReportRenderer> MakeCalcRenderer(const CalcSettings& settings = {});
 
 }  // namespace davo
