@@ -20,6 +20,7 @@ namespace {
 
 constexpr int kPollMs = 5;
 constexpr int kFailed = 3;
+constexpr int kInputEnded = 4;
 
 void Say(const QString& text) {
     std::fprintf(stdout, "driver: %s\n", qPrintable(text));
@@ -48,7 +49,14 @@ void Driver::ReadStandardInput() {
     char buffer[4096];
     const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
     if (count <= 0) {
+        // Who gave the commands has gone: nobody would ever end the program.
         notifier_->setEnabled(false);
+        Step end;
+        end.line = QStringLiteral("end, since the input has ended");
+        end.missing = [] { return QString(); };
+        end.act = [] { std::_Exit(kInputEnded); };
+        steps_.push_back(std::move(end));
+        Schedule(0);
         return;
     }
     unread_.append(buffer, count);

@@ -21,7 +21,8 @@ struct Step {
 };
 
 // Plays a script of operator's acts inside a running program: the file named by
-// DAVO_DRIVER_SCRIPT, one command per line, or "-": commands as they come on the standard input.
+// DAVO_DRIVER_SCRIPT, one command per line, or "-": commands as they come on the standard input,
+// whose end ends the program.
 // It works from single-shot timers, each scheduled before the act it follows, so that an act that
 // opens a modal dialog (and returns only when that closes) does not stop it.
 //

@@ -72,6 +72,11 @@ close frmSample
         code, output = drive(self.SESSION, self.pictures, by_input=True)
         self.assertEqual(code, 0, output)
 
+    def test_the_end_of_the_standard_input_ends_the_program(self):
+        code, output = drive("waitText lblMessage ready\n", self.pictures, by_input=True)
+        self.assertEqual(code, 4, output)
+        self.assertIn("driver: do waitText lblMessage ready", output)
+
     def assert_fails(self, script, reason):
         code, output = drive(script, self.pictures)
         self.assertEqual(code, 3, output)
