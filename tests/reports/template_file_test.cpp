@@ -1,0 +1,111 @@
+#include "reports/template_file.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QProcess>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "tests/reports/xlsx_report.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+const QString kCommitted =
+    QStringLiteral(DAVO_TESTS_FOLDER "/../packaging/template/DAVO_Header.xls");
+
+// The run-time error of putting the template; 0 for none.
+int ErrorOfPut(const QString& excelPath, const QString& installed, std::string* text = nullptr) {
+    try {
+        PutTemplate(excelPath, installed);
+    } catch (const RunTimeError& error) {
+        if (text != nullptr) *text = error.what();
+        return static_cast<int>(error.Number());
+    }
+    return 0;
+}
+
+TEST(Template, IsTheOneThatReportsName) {
+    EXPECT_EQ(test::ReportOf(1).templateFile, kTemplateFileName);
+}
+
+TEST(Template, LiesBesideTheProgram) {
+    EXPECT_EQ(InstalledTemplate(),
+              QCoreApplication::applicationDirPath() + QStringLiteral("/DAVO_Header.xls"));
+}
+
+// xlrd, an independent reader, says what a report's sheet is a copy of.
+TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
+    QProcess python;
+    python.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    const QString script = QStringLiteral(
+        "import sys, xlrd\n"
+        "book = xlrd.open_workbook(sys.argv[1], formatting_info=True)\n"
+        "sheet = book.sheet_by_name('HEADER')\n"
+        "print(book.sheet_names(), sheet.merged_cells)\n"
+        "print([round(sheet.colinfo_map[c].width / 256 - 5 / 7, 1) for c in range(5)])\n"
+        "print(sheet.rowinfo_map[0].height / 20, sheet.rowinfo_map[1].height / 20)\n"
+        "for row in list(range(0, 1)) + list(range(3, 16)): print(sheet.row_values(row)[::2])\n"
+        "font = book.font_list[book.xf_list[sheet.cell_xf_index(3, 0)].font_index]\n"
+        "print(font.name, font.height / 20, font.weight)\n");
+    python.start(QStringLiteral("/usr/bin/python3"), {QStringLiteral("-c"), script, kCommitted});
+    ASSERT_TRUE(python.waitForFinished());
+    EXPECT_EQ(python.exitCode(), 0);
+    std::string expected =
+        "['HEADER'] [(0, 1, 0, 4)]\n"
+        "[20.0, 20.0, 20.0, 20.0, 8.4]\n"
+        "48.0 12.75\n"
+        "['TEST REPORT', '']\n";
+    // The labels of a report stand in it already.
+    const Workbook report = test::ReportOf(1);
+    const auto label = [&](int row, int column) {
+        for (const Cell& cell : report.sheets.front().cells) {
+            if (cell.place == CellPlace{row, column}) return std::get<std::string>(cell.value);
+        }
+        return std::string();
+    };
+    for (int row = 4; row <= 16; ++row)
+        expected += "['" + label(row, 1) + "', '" + label(row, 3) + "']\n";
+    expected += "Arial 8.0 700\n";
+    EXPECT_EQ(python.readAllStandardOutput().toStdString(), expected);
+}
+
+TEST(PutTemplate, CopiesItIntoTheReportFolder) {
+    const test::TemporaryFolder folder;
+    for (const QString& excelPath : {folder.Path("a"), folder.Path("b/")}) {
+        ASSERT_TRUE(QDir().mkpath(excelPath));
+        EXPECT_EQ(ErrorOfPut(excelPath, kCommitted), 0);
+        EXPECT_EQ(ReadWholeFile(QDir(excelPath).filePath(QStringLiteral("DAVO_Header.xls"))),
+                  ReadWholeFile(kCommitted));
+    }
+}
+
+TEST(PutTemplate, KeepsTheOwnersTemplate) {
+    const test::TemporaryFolder folder;
+    ReplaceFile(folder.Path("DAVO_Header.xls"), "my letterhead");
+    EXPECT_EQ(ErrorOfPut(folder.Path(), kCommitted), 0);
+    EXPECT_EQ(ErrorOfPut(folder.Path(), folder.Path("missing.xls")), 0);
+    EXPECT_EQ(ReadWholeFile(folder.Path("DAVO_Header.xls")), "my letterhead");
+}
+
+TEST(PutTemplate, SaysWhatIsMissing) {
+    const test::TemporaryFolder folder;
+    std::string text;
+    const QString missing = folder.Path("missing/DAVO_Header.xls");
+    EXPECT_EQ(ErrorOfPut(folder.Path(), missing, &text), 53);
+    EXPECT_NE(text.find(missing.toStdString()), std::string::npos) << text;
+    EXPECT_EQ(ErrorOfPut(folder.Path("nowhere/"), kCommitted, &text), 76);
+    EXPECT_NE(text.find("nowhere"), std::string::npos) << text;
+}
+
+TEST(PutTemplate, DoesNotReplaceAFolder) {
+    const test::TemporaryFolder folder;
+    ASSERT_TRUE(QDir().mkpath(folder.Path("DAVO_Header.xls")));
+    EXPECT_EQ(ErrorOfPut(folder.Path(), kCommitted), 70);
+}
+
+}  // namespace
+}  // namespace davo
