@@ -62,7 +62,7 @@ class ChartMaker {
     void SetSeries();
     Reference<sun::chart2::data::XLabeledDataSequence> DataOf(const SheetRange& range,
                                                               const char* role);
-    void SetName(const std::string& name,
+    void SetName(const ChartSeries& series,
                  const Reference<sun::chart2::data::XLabeledDataSequence>& values);
     void SetLook(const ChartSeries& series, const PropertySet& target);
     Reference<sun::uno::XInterface> Create(const char* service);
@@ -211,16 +211,25 @@ Reference<sun::chart2::data::XLabeledDataSequence> ChartMaker::DataOf(const Shee
 }
 
 // The engine takes names from cells only: the first one of the chart's sheet that holds the name.
-void ChartMaker::SetName(const std::string& name,
+// Its files have no legend without an entry for a series, so one without a name shows there what
+// stands at the left of its numbers.
+void ChartMaker::SetName(const ChartSeries& series,
                          const Reference<sun::chart2::data::XLabeledDataSequence>& values) {
-    const auto cell =
-        std::find_if(sheet_.cells.begin(), sheet_.cells.end(), [&](const Cell& candidate) {
-            const auto* text = std::get_if<std::string>(&candidate.value);
-            return text != nullptr && *text == name;
-        });
-    if (name.empty() || cell == sheet_.cells.end()) return;
-    const auto label = provider_->createDataSequenceByRangeRepresentation(
-        RangeText(sheet_.finalName, {cell->place, cell->place}));
+    rtl::OUString range;
+    if (series.name.empty()) {
+        if (!chart_.legend) return;
+        const CellPlace left{series.values.range.first.row, 1};
+        range = RangeText(workbook_.sheets.at(series.values.sheet).finalName, {left, left});
+    } else {
+        const auto cell =
+            std::find_if(sheet_.cells.begin(), sheet_.cells.end(), [&](const Cell& candidate) {
+                const auto* text = std::get_if<std::string>(&candidate.value);
+                return text != nullptr && *text == series.name;
+            });
+        if (cell == sheet_.cells.end()) return;
+        range = RangeText(sheet_.finalName, {cell->place, cell->place});
+    }
+    const auto label = provider_->createDataSequenceByRangeRepresentation(range);
     Set(PropertySet(label, UNO_QUERY_THROW), "Role", rtl::OUString("label"));
     values->setLabel(label);
 }
@@ -258,7 +267,7 @@ void ChartMaker::SetSeries() {
                                                          UNO_QUERY_THROW);
         const auto x = DataOf(series.x, "values-x");
         const auto values = DataOf(series.values, "values-y");
-        SetName(series.name, values);
+        SetName(series, values);
         const Reference<sun::chart2::data::XDataSink> sink(target, UNO_QUERY_THROW);
         sink->setData(SequenceOf({x, values}));
         SetLook(series, PropertySet(target, UNO_QUERY_THROW));
