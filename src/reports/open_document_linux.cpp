@@ -86,7 +86,7 @@ QStringList EntriesFor(const QString& kind) {
 
 // The file of an entry: "a-b.desktop" may stand as "a/b.desktop".
 QString FileOfEntry(const QString& entry) {
-    const QString found = QStandardPaths::locate(QStandardPaths::ApplicationsLocation, entry);
+    QString found = QStandardPaths::locate(QStandardPaths::ApplicationsLocation, entry);
     if (!found.isEmpty()) return found;
     QString within = entry;
     const auto dash = within.indexOf(QLatin1Char('-'));

@@ -1,6 +1,7 @@
 #include "reports/xlsx_sheet.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <map>
 #include <string>
@@ -95,21 +96,22 @@ void WriteColumns(const Sheet& sheet, XlsxFormats& formats, lxw_worksheet* targe
 // its words need.
 void WriteRowHeights(const Sheet& sheet, FormatGrid& grid, lxw_worksheet* target) {
     if (!sheet.fromTemplate && sheet.charts.empty()) return;
-    // Each row by itself too: where a chart ends, the library counts by these only.
     worksheet_set_default_row(target, kXlsxRowHeight, LXW_FALSE);
-    const int charted = sheet.page.printArea ? sheet.page.printArea->last.row : 0;
-    const auto last = static_cast<std::size_t>(std::max(grid.End().row, charted));
-    std::vector<double> heights(last + 1, kXlsxRowHeight);
+    std::map<int, double> heights;
     for (const Cell& cell : sheet.cells) {
         constexpr double kHeightOfLetters = 1.3;
-        double& height = heights.at(static_cast<std::size_t>(cell.place.row));
-        height = std::max(height, grid.FormatAt(cell.place).fontSize * kHeightOfLetters);
+        const double height = grid.FormatAt(cell.place).fontSize * kHeightOfLetters;
+        if (height > kXlsxRowHeight) heights[cell.place.row] = height;
     }
-    if (sheet.fromTemplate) heights.at(1) = kXlsxLetterheadRowHeight;
-    for (std::size_t row = 1; row <= last; ++row) {
-        const CellPlace place{static_cast<int>(row), 1};
-        RequireXlsx(worksheet_set_row(target, XlsxRow(place), heights[row], nullptr));
+    if (sheet.fromTemplate) heights[1] = kXlsxLetterheadRowHeight;
+    // The library finds a chart's last row by heights that were set row by row only.
+    for (const Chart& chart : sheet.charts) {
+        const int rows = static_cast<int>(std::ceil(chart.height / kXlsxRowHeight));
+        for (int row = chart.anchor.row; row < chart.anchor.row + rows; ++row)
+            heights.emplace(row, kXlsxRowHeight);
     }
+    for (const auto& [row, height] : heights)
+        RequireXlsx(worksheet_set_row(target, XlsxRow({row, 1}), height, nullptr));
 }
 
 // The lines of the letterhead go on through cells without a value.

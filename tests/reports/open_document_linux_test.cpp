@@ -126,7 +126,7 @@ TEST_F(OpenDocument, SaysThatThereIsNoProgram) {
 }
 
 TEST_F(OpenDocument, DoesNotWaitForTheProgram) {
-    AddEntry("slow", "/bin/sleep 2");
+    AddEntry("slow", "/bin/sh -c \"exec sleep 2 > /dev/null 2>&1\"");
     WriteList("config/mimeapps.list", "Default Applications", "slow.desktop;");
     const QElapsedTimer timer = Started();
     EXPECT_TRUE(ShowReportInExcel(QStringLiteral("1")));

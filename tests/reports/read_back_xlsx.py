@@ -96,7 +96,9 @@ def sheet_lines(sheet):
     yield f"sheet {sheet.title}"
     for column in sorted(sheet.column_dimensions.values(), key=lambda c: c.min):
         yield f"columns {column.min}-{column.max} %.2f" % column.width
-    for row in (1, 2, 19):
+    if sheet.sheet_format.customHeight:
+        yield f"rows {sheet.sheet_format.defaultRowHeight:g}"
+    for row in (1, 42, 43):
         if row in sheet.row_dimensions and sheet.row_dimensions[row].height:
             yield f"row {row} {sheet.row_dimensions[row].height:g}"
     for merged in sorted(str(area) for area in sheet.merged_cells.ranges):

@@ -148,9 +148,9 @@ inline void AddSheet(const Workbook& workbook, const Sheet& sheet,
                             Number(*style.columnWidth + 5.0 / 7.0, "%.2f"));
     }
     if (sheet.fromTemplate || !sheet.charts.empty()) {
+        lines.push_back("rows 12.75");
         lines.push_back(sheet.fromTemplate ? "row 1 48" : "row 1 15.6");
-        lines.push_back("row 2 12.75");
-        lines.push_back("row 19 12.75");
+        if (!sheet.charts.empty()) lines.insert(lines.end(), {"row 42 12.75", "row 43 12.75"});
     }
     for (const CellRange& merge : sheet.merges)
         lines.push_back("merged " + AddressOf(merge));

@@ -154,7 +154,7 @@ TEST_F(XlsxRendererTest, AFolderIsNotReplaced) {
 TEST_F(XlsxRendererTest, WhatExcelCannotHoldIsRefused) {
     ReplaceFile(path_, "old");
     Workbook longText = test::ReportOf(1);
-    longText.sheets.front().cells.push_back({PlaceOf("A99"), std::string(32768, 'x')});
+    longText.sheets.front().cells.back().value = std::string(32768, 'x');
     EXPECT_EQ(ErrorAt(path_, longText), 440);
     Workbook longFooter = test::ReportOf(1);
     longFooter.sheets.front().page.footer->text = std::string(255, 'x');
