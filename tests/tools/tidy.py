@@ -1,5 +1,7 @@
 """Runs clang-tidy over our own sources of a build folder's compile_commands.json.
 
+usage: tidy.py BUILD [FOLDER ...]: over the sources below these folders of the repository.
+
 A file that passed is not looked at again until it, one of our headers that it includes, its
 compile command or .clang-tidy changes: a stamp named after all of these stands in
 <repository>/build/tidy.
@@ -23,9 +25,10 @@ def is_own(path):
     return path.is_relative_to(ROOT) and path.relative_to(ROOT).parts[0] in OWN
 
 
-def own_sources(build):
+def own_sources(build, folders):
     for entry in json.loads((build / "compile_commands.json").read_text()):
-        if is_own(pathlib.Path(entry["file"])):
+        path = pathlib.Path(entry["file"])
+        if is_own(path) and path.relative_to(ROOT).parts[0] in folders:
             yield entry
 
 
@@ -65,11 +68,12 @@ def check(build, source):
 
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
+    folders = sys.argv[2:] or OWN
     STAMPS.mkdir(parents=True, exist_ok=True)
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, check=True).stdout
     common = version + (ROOT / ".clang-tidy").read_bytes()
     deps = dependencies(build)
-    stamps = {entry["file"]: stamp(entry, deps, common) for entry in own_sources(build)}
+    stamps = {entry["file"]: stamp(entry, deps, common) for entry in own_sources(build, folders)}
     todo = sorted(source for source, path in stamps.items() if not path.exists())
     print(f"{len(stamps)} files, {len(todo)} to look at", flush=True)
 
