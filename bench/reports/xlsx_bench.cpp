@@ -35,6 +35,7 @@ Took TimeOf(const std::function<void()>& operation) {
 
 double MedianOf(const std::vector<Took>& runs, double Took::*part) {
     std::vector<double> times;
+    times.reserve(runs.size());
     for (const Took& run : runs)
         times.push_back(run.*part);
     std::sort(times.begin(), times.end());

@@ -76,8 +76,8 @@ inline void AddCells(const Sheet& sheet, std::vector<std::string>& lines) {
                 }
             }
             if (!value.empty())
-                lines.push_back("cell " + AddressOf(place) + " " + value + " | " +
-                                LooksOf(sheet, place));
+                lines.emplace_back("cell " + AddressOf(place) + " " + value + " | " +
+                                   LooksOf(sheet, place));
         }
     }
 }
@@ -105,62 +105,63 @@ inline void AddSeries(const Workbook& workbook, const ChartSeries& series,
     const auto reference = [&](const SheetRange& range) {
         return "'" + workbook.sheets.at(range.sheet).finalName + "'!" + Dollars(range.range);
     };
-    lines.push_back("series " + series.name);
-    lines.push_back("  x " + reference(series.x) + " values " + reference(series.values));
-    lines.push_back(series.line ? "  line " + Hex(series.line->colour) + " 2pt" : "  line none");
-    lines.push_back(series.marker ? "  marker star " + std::to_string(series.marker->size) + " " +
-                                        Hex(series.marker->foreground) + " 0.75pt fill " +
-                                        Hex(series.marker->background)
-                                  : "  marker none");
-    lines.push_back(series.smoothed ? "  smooth" : "  straight");
+    lines.emplace_back("series " + series.name);
+    lines.emplace_back("  x " + reference(series.x) + " values " + reference(series.values));
+    lines.emplace_back(series.line ? "  line " + Hex(series.line->colour) + " 2pt" : "  line none");
+    lines.emplace_back(series.marker ? "  marker star " + std::to_string(series.marker->size) +
+                                           " " + Hex(series.marker->foreground) + " 0.75pt fill " +
+                                           Hex(series.marker->background)
+                                     : "  marker none");
+    lines.emplace_back(series.smoothed ? "  smooth" : "  straight");
 }
 
 inline void AddChart(const Workbook& workbook, const Sheet& sheet, const Chart& chart,
                      std::vector<std::string>& lines) {
-    lines.push_back("chart ScatterChart lineMarker from " + AddressOf(chart.anchor) + " to " +
-                    AddressOf(sheet.page.printArea->last));
+    lines.emplace_back("chart ScatterChart lineMarker from " + AddressOf(chart.anchor) + " to " +
+                       AddressOf(sheet.page.printArea->last));
     std::string title;
     for (const std::string& line : chart.titleLines)
         title += (title.empty() ? "" : "\\n") + Shown(line);
-    lines.push_back("title " + title);
+    lines.emplace_back("title " + title);
     const std::string axis =
         " log 10 minMax min None max None units None None crosses autoZero None labels low "
         "marks out none major minor ";
-    lines.push_back("axis x" + axis + chart.axes.categoryTitle);
-    lines.push_back("axis y" + axis + chart.axes.valueTitle);
+    lines.emplace_back("axis x" + axis + chart.axes.categoryTitle);
+    lines.emplace_back("axis y" + axis + chart.axes.valueTitle);
     std::string hidden;
     for (std::size_t i = 0; i < chart.series.size(); ++i) {
         if (!chart.series[i].inLegend) hidden += (hidden.empty() ? "" : ",") + std::to_string(i);
     }
-    lines.push_back(chart.legend ? "legend r without " + hidden : "legend none");
+    lines.emplace_back(chart.legend ? "legend r without " + hidden : "legend none");
     for (const ChartSeries& series : chart.series)
         AddSeries(workbook, series, lines);
 }
 
 inline void AddSheet(const Workbook& workbook, const Sheet& sheet,
                      std::vector<std::string>& lines) {
-    lines.push_back("sheet " + sheet.finalName);
+    lines.emplace_back("sheet " + sheet.finalName);
     for (const auto& [range, style] : sheet.styles) {
         // A file counts the 5 pixels between columns too; a character has 7.
         if (style.columnWidth)
-            lines.push_back("columns " + std::to_string(range.first.column) + "-" +
-                            std::to_string(range.last.column) + " " +
-                            Number(*style.columnWidth + 5.0 / 7.0, "%.2f"));
+            lines.emplace_back("columns " + std::to_string(range.first.column) + "-" +
+                               std::to_string(range.last.column) + " " +
+                               Number(*style.columnWidth + 5.0 / 7.0, "%.2f"));
     }
     if (sheet.fromTemplate || !sheet.charts.empty()) {
-        lines.push_back("rows 12.75");
-        lines.push_back(sheet.fromTemplate ? "row 1 48" : "row 1 15.6");
+        lines.emplace_back("rows 12.75");
+        lines.emplace_back(sheet.fromTemplate ? "row 1 48" : "row 1 15.6");
         if (!sheet.charts.empty()) lines.insert(lines.end(), {"row 42 12.75", "row 43 12.75"});
     }
     for (const CellRange& merge : sheet.merges)
-        lines.push_back("merged " + AddressOf(merge));
+        lines.emplace_back("merged " + AddressOf(merge));
     AddCells(sheet, lines);
-    lines.push_back("page landscape fit 1 1");
-    lines.push_back("print area " +
-                    (sheet.page.printArea ? "['" + Dollars(*sheet.page.printArea) + "']" : "none") +
-                    " titles None None");
-    lines.push_back("footer Arial,Bold Italic 8 " + sheet.page.footer->text);
-    lines.push_back("selected A1");
+    lines.emplace_back("page landscape fit 1 1");
+    lines.emplace_back(
+        "print area " +
+        (sheet.page.printArea ? "['" + Dollars(*sheet.page.printArea) + "']" : "none") +
+        " titles None None");
+    lines.emplace_back("footer Arial,Bold Italic 8 " + sheet.page.footer->text);
+    lines.emplace_back("selected A1");
     for (const Chart& chart : sheet.charts)
         AddChart(workbook, sheet, chart, lines);
 }
@@ -175,12 +176,12 @@ inline std::vector<std::string> ExpectedLines(const Workbook& workbook) {
         areas.insert(areas.end(), sheet.charts.size(), "plot area 0.75pt fill FFFFFF");
         hasPicture = hasPicture || sheet.fromTemplate;
         if (sheet.fromTemplate || !sheet.charts.empty())
-            drawings.push_back(sheet.fromTemplate ? "drawing with 1 pictures"
-                                                  : "drawing with 0 pictures");
+            drawings.emplace_back(sheet.fromTemplate ? "drawing with 1 pictures"
+                                                     : "drawing with 0 pictures");
     }
     lines.insert(lines.end(), areas.begin(), areas.end());
     lines.insert(lines.end(), drawings.begin(), drawings.end());
-    lines.push_back(hasPicture ? "media 1" : "media 0");
+    lines.emplace_back(hasPicture ? "media 1" : "media 0");
     return lines;
 }
 
