@@ -6,6 +6,7 @@
 #include <com/sun/star/connection/NoConnectException.hpp>
 #include <com/sun/star/frame/Desktop.hpp>
 #include <cppuhelper/bootstrap.hxx>
+#include <csignal>
 #include <thread>
 
 #include "common/run_time_error.h"
@@ -21,6 +22,8 @@ using namespace std::chrono_literals;
 // the environment, which the engine would inherit and stumble over.
 Context LocalContext(const QString& programFolder) {
     static const Context context = [&] {
+        // The bridge writes into pipes whose other end may have died; it is told by the result.
+        std::signal(SIGPIPE, SIG_IGN);
         rtl::Bootstrap::set("URE_MORE_TYPES",
                             UrlOf(programFolder + QStringLiteral("/types/offapi.rdb")));
         return cppu::defaultBootstrap_InitialComponentContext();

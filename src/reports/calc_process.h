@@ -45,7 +45,6 @@ class CalcProcess {
     void MakeFolder();
     void Launch();
     void SeeWhetherItEnded(bool wait);
-    void RemoveTraces();
 
     const QString programFolder_;
     mutable std::mutex mutex_;

@@ -39,16 +39,6 @@ bool IsAlive(pid_t pid) {
     return ::kill(pid, 0) == 0 || errno == EPERM;
 }
 
-// The folders of programs that were killed: they bear the number of a process that is no more.
-void RemoveOldFolders() {
-    const QDir cache(CacheFolder());
-    const QString prefix = QLatin1String(kFolderPrefix);
-    for (const QString& name : cache.entryList({prefix + QLatin1Char('*')}, QDir::Dirs)) {
-        const int owner = name.mid(prefix.size()).section(QLatin1Char('-'), 0, 0).toInt();
-        if (owner > 0 && !IsAlive(owner)) QDir(cache.filePath(name)).removeRecursively();
-    }
-}
-
 QString ProfileUrl(const QString& folder) {
     return QUrl::fromLocalFile(folder + QStringLiteral("profile")).toString(QUrl::FullyEncoded);
 }
@@ -62,6 +52,29 @@ QString GuardPipeName(const QString& profileUrl) {
     for (const char byte : QCryptographicHash::hash(text, QCryptographicHash::Md5))
         name += QString::number(static_cast<unsigned char>(byte), 16);
     return name;
+}
+
+QString PipeNameOf(const QString& folder) {
+    return QStringLiteral("davo-") + QDir(folder).dirName();
+}
+
+// A process that was killed leaves its folder and its pipes.
+void RemoveTracesOf(const QString& folder) {
+    for (const QString& name : {PipeNameOf(folder), GuardPipeName(ProfileUrl(folder))}) {
+        QFile::remove(QStringLiteral("/tmp/OSL_PIPE_") + QString::number(::getuid()) +
+                      QLatin1Char('_') + name);
+    }
+    QDir(folder).removeRecursively();
+}
+
+// The folders of programs that were killed: they bear the number of a process that is no more.
+void RemoveOldFolders() {
+    const QDir cache(CacheFolder());
+    const QString prefix = QLatin1String(kFolderPrefix);
+    for (const QString& name : cache.entryList({prefix + QLatin1Char('*')}, QDir::Dirs)) {
+        const int owner = name.mid(prefix.size()).section(QLatin1Char('-'), 0, 0).toInt();
+        if (owner > 0 && !IsAlive(owner)) RemoveTracesOf(cache.filePath(name) + QLatin1Char('/'));
+    }
 }
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
@@ -198,7 +211,7 @@ void CalcProcess::MakeFolder() {
                          QString::number(launches_) + QLatin1Char('-') +
                          QString::number(reinterpret_cast<quintptr>(this) >> 4U, 16);
     folder_ = CacheFolder() + QLatin1String(kFolderPrefix) + name + QLatin1Char('/');
-    pipeName_ = QStringLiteral("davo-") + name;
+    pipeName_ = PipeNameOf(folder_);
     // Without the folder the process does not come up, and that is told where it is waited for.
     QDir().mkpath(folder_ + QStringLiteral("files"));
     QDir().mkpath(folder_ + QStringLiteral("temporary"));
@@ -248,19 +261,10 @@ void CalcProcess::SeeWhetherItEnded(bool wait) {
         mayRelaunch_ = false;
         return Launch();
     }
-    RemoveTraces();
+    RemoveTracesOf(folder_);
     isWanted_ = mustEnd_ = false;
     endAt_.reset();
     changed_.notify_all();
-}
-
-// A process that was killed leaves its folder and its pipes.
-void CalcProcess::RemoveTraces() {
-    QDir(folder_).removeRecursively();
-    for (const QString& name : {pipeName_, GuardPipeName(ProfileUrl(folder_))}) {
-        QFile::remove(QStringLiteral("/tmp/OSL_PIPE_") + QString::number(::getuid()) +
-                      QLatin1Char('_') + name);
-    }
 }
 
 }  // namespace davo

@@ -215,6 +215,7 @@ void WorkbookWriter::MakeSheets() {
     named->setName(apart);
     const PropertySet properties(named, UNO_QUERY_THROW);
     modelPageStyle_ = Get<rtl::OUString>(properties, "PageStyle");
+    FormatModel(SheetReference(named, UNO_QUERY_THROW));
     sal_Int16 position = 0;
     for (const Sheet& sheet : workbook_.sheets) {
         beforeStep_(0, 0);
@@ -229,11 +230,32 @@ void WorkbookWriter::MakeSheets() {
     sheets->removeByName(apart);
 }
 
+// With the styles that all of its copies begin with: copying is faster than formatting.
+void WorkbookWriter::FormatModel(const SheetReference& model) {
+    const std::vector<StyledRange>* common = nullptr;
+    for (const Sheet& sheet : workbook_.sheets) {
+        if (!sheet.fromTemplate) continue;
+        if (common == nullptr) {
+            common = &sheet.styles;
+            modelStyles_ = common->size();
+        } else {
+            const auto end = common->begin() + static_cast<std::ptrdiff_t>(modelStyles_);
+            const auto differs =
+                std::mismatch(common->begin(), end, sheet.styles.begin(), sheet.styles.end());
+            modelStyles_ = static_cast<std::size_t>(differs.first - common->begin());
+        }
+    }
+    for (std::size_t style = 0; style < modelStyles_; ++style)
+        Apply((*common)[style], model);
+}
+
 void WorkbookWriter::WriteSheet(std::size_t index) {
     const Sheet& sheet = workbook_.sheets[index];
     const SheetReference target = SheetNamed(document_, sheet.finalName);
-    for (const StyledRange& styled : sheet.styles)
-        Apply(styled, target);
+    for (std::size_t style = sheet.fromTemplate ? modelStyles_ : 0; style < sheet.styles.size();
+         ++style) {
+        Apply(sheet.styles[style], target);
+    }
     for (const CellRange& range : sheet.merges) {
         const Reference<sun::util::XMergeable> mergeable(RangeIn(target, range), UNO_QUERY_THROW);
         mergeable->merge(true);
@@ -288,19 +310,29 @@ PropertySet WorkbookWriter::MakePageStyle(const rtl::OUString& name) {
     return style;
 }
 
-void WorkbookWriter::SetUpPage(const PageSetup& page, const SheetReference& target) {
-    const rtl::OUString name = "Report" + rtl::OUString::number(++pageStyles_);
+rtl::OUString WorkbookWriter::PageStyleOf(const PageSetup& page) {
+    for (const auto& [known, name] : pageStyles_) {
+        const bool isAlike = known.landscape == page.landscape &&
+                             known.fitPagesWide == page.fitPagesWide &&
+                             known.fitPagesTall == page.fitPagesTall && known.footer == page.footer;
+        if (isAlike) return name;
+    }
+    const rtl::OUString name = "Report" + rtl::OUString::number(pageStyles_.size() + 1);
     const PropertySet style = MakePageStyle(name);
     const auto width = Get<sal_Int32>(style, "Width");
     const auto height = Get<sal_Int32>(style, "Height");
     Set(style, "IsLandscape", page.landscape);
-    const auto [shorter, longer] = std::minmax(width, height);
-    Set(style, "Width", page.landscape ? longer : shorter);
-    Set(style, "Height", page.landscape ? shorter : longer);
+    Set(style, "Width", page.landscape ? std::max(width, height) : std::min(width, height));
+    Set(style, "Height", page.landscape ? std::min(width, height) : std::max(width, height));
     Set(style, "ScaleToPagesX", static_cast<sal_Int16>(page.fitPagesWide));
     Set(style, "ScaleToPagesY", static_cast<sal_Int16>(page.fitPagesTall));
     SetFooter(style, page.footer);
-    Set(PropertySet(target, UNO_QUERY_THROW), "PageStyle", name);
+    pageStyles_.emplace_back(page, name);
+    return name;
+}
+
+void WorkbookWriter::SetUpPage(const PageSetup& page, const SheetReference& target) {
+    Set(PropertySet(target, UNO_QUERY_THROW), "PageStyle", PageStyleOf(page));
     const Reference<sun::sheet::XPrintAreas> areas(target, UNO_QUERY_THROW);
     areas->setPrintTitleColumns(false);
     areas->setPrintTitleRows(false);

@@ -6,6 +6,8 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "reports/calc_uno.h"
 #include "reports/workbook.h"
@@ -28,11 +30,13 @@ class WorkbookWriter {
     void Write();
 
   private:
+    void FormatModel(const Reference<sun::sheet::XSpreadsheet>& model);
     void MakeSheets();
     void WriteSheet(std::size_t index);
     void WriteCells(const Sheet& sheet, const Reference<sun::sheet::XSpreadsheet>& target);
     void Apply(const StyledRange& styled, const Reference<sun::sheet::XSpreadsheet>& target);
     void SetUpPage(const PageSetup& page, const Reference<sun::sheet::XSpreadsheet>& target);
+    rtl::OUString PageStyleOf(const PageSetup& page);
     PropertySet MakePageStyle(const rtl::OUString& name);
     void SelectCells();
     sal_Int32 NumberFormat(const std::string& format);
@@ -44,7 +48,10 @@ class WorkbookWriter {
     BeforeStep beforeStep_;
     rtl::OUString modelPageStyle_;
     std::map<std::string, sal_Int32> numberFormats_;
-    int pageStyles_ = 0;
+    // Only what differs between pages counts: the print area belongs to the sheet.
+    std::vector<std::pair<PageSetup, rtl::OUString>> pageStyles_;
+    // The model has so many of the first styles of every sheet that is copied from it.
+    std::size_t modelStyles_ = 0;
 };
 
 }  // namespace davo::calc

@@ -66,11 +66,13 @@ struct CellStyle {
     std::optional<int> orientation;           // degrees
     std::optional<std::string> numberFormat;  // as Excel writes it: "@", "0.0"
     std::optional<double> columnWidth;        // characters of the default font
+    bool operator==(const CellStyle&) const = default;
 };
 
 struct StyledRange {
     CellRange range;
     CellStyle style;
+    bool operator==(const StyledRange&) const = default;
 };
 
 // A range on a sheet of the workbook, by the sheet's index in Workbook::sheets (from 0).
@@ -165,6 +167,7 @@ struct FooterText {
     double fontSize = 8;
     bool bold = false;
     bool italic = false;
+    bool operator==(const FooterText&) const = default;
 };
 
 // The footer as Excel's format code: &"Arial,Bold Italic"&8 and the text, with "&" doubled. A text
