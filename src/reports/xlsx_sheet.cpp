@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "reports/xlsx_letterhead.h"
@@ -92,17 +93,50 @@ void WriteColumns(const Sheet& sheet, XlsxFormats& formats, lxw_worksheet* targe
     }
 }
 
-// Charts and print areas count on rows of one height; a sheet of words alone has the heights that
-// its words need.
+double ColumnWidth(const Sheet& sheet, int column) {
+    constexpr double kPreset = 8.43;  // characters
+    double width = kPreset;
+    for (const auto& [range, style] : sheet.styles) {
+        const bool isWithin = range.first.column <= column && column <= range.last.column;
+        if (isWithin && style.columnWidth) width = *style.columnWidth;
+    }
+    return width;
+}
+
+// How many lines a wrapped text takes in a column, rather one more than one less.
+double WrappedLines(std::string_view text, double width) {
+    const auto perLine = static_cast<std::size_t>(std::max(width * 0.9, 1.0));
+    std::size_t lines = 0;
+    for (;;) {
+        const std::size_t end = text.find('\n');
+        const std::size_t length = std::min(end, text.size());
+        lines += std::max<std::size_t>(1, (length + perLine - 1) / perLine);
+        if (end == std::string_view::npos) return static_cast<double>(lines);
+        text.remove_prefix(end + 1);
+    }
+}
+
+// The height that a cell's value needs, in points. Not every program finds it for wrapped texts.
+double NeededHeight(const Sheet& sheet, const Cell& cell, const XlsxFormat& format) {
+    constexpr double kHeightOfLetters = 1.3;
+    constexpr double kHighest = 409;  // of any row
+    const auto* text = std::get_if<std::string>(&cell.value);
+    const double lines = format.wrap && text != nullptr
+                             ? WrappedLines(*text, ColumnWidth(sheet, cell.place.column))
+                             : 1;
+    return std::min(lines * format.fontSize * kHeightOfLetters, kHighest);
+}
+
+// Charts and print areas count on rows of one height.
 void WriteRowHeights(const Sheet& sheet, FormatGrid& grid, lxw_worksheet* target) {
-    if (!sheet.fromTemplate && sheet.charts.empty()) return;
     worksheet_set_default_row(target, kXlsxRowHeight, LXW_FALSE);
     std::map<int, double> heights;
     for (const Cell& cell : sheet.cells) {
-        constexpr double kHeightOfLetters = 1.3;
-        const double height = grid.FormatAt(cell.place).fontSize * kHeightOfLetters;
-        if (height > kXlsxRowHeight) heights[cell.place.row] = height;
+        const double height = NeededHeight(sheet, cell, grid.FormatAt(cell.place));
+        if (height <= std::max(kXlsxRowHeight, heights[cell.place.row]) + 0.5) continue;
+        heights[cell.place.row] = height;
     }
+    std::erase_if(heights, [](const auto& row) { return row.second == 0; });
     if (sheet.fromTemplate) heights[1] = kXlsxLetterheadRowHeight;
     // The library finds a chart's last row by heights that were set row by row only.
     for (const Chart& chart : sheet.charts) {

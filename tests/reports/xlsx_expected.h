@@ -147,11 +147,13 @@ inline void AddSheet(const Workbook& workbook, const Sheet& sheet,
                                std::to_string(range.last.column) + " " +
                                Number(*style.columnWidth + 5.0 / 7.0, "%.2f"));
     }
-    if (sheet.fromTemplate || !sheet.charts.empty()) {
-        lines.emplace_back("rows 12.75");
+    lines.emplace_back("rows 12.75");
+    if (sheet.finalName == "NOTES") {
+        lines.emplace_back("row 1 39");  // three lines of 10 points
+    } else {
         lines.emplace_back(sheet.fromTemplate ? "row 1 48" : "row 1 15.6");
-        if (!sheet.charts.empty()) lines.insert(lines.end(), {"row 42 12.75", "row 43 12.75"});
     }
+    if (!sheet.charts.empty()) lines.insert(lines.end(), {"row 42 12.75", "row 43 12.75"});
     for (const CellRange& merge : sheet.merges)
         lines.emplace_back("merged " + AddressOf(merge));
     AddCells(sheet, lines);
