@@ -25,9 +25,10 @@ ErrorNumber OpeningError(const QFile& file) {
 
 // Not every system names a full disk as the reason of a failed write, hence the look at the room.
 ErrorNumber WritingError(const QFile& file, std::size_t wanted) {
+    // -1 where it cannot be told.
+    const qint64 room = QStorageInfo(QFileInfo(file.fileName()).path()).bytesAvailable();
     const bool full = file.error() == QFileDevice::ResourceError ||
-                      QStorageInfo(QFileInfo(file.fileName()).path()).bytesAvailable() <
-                          static_cast<qint64>(wanted);
+                      (room >= 0 && room < static_cast<qint64>(wanted));
     return full ? ErrorNumber::DiskFull : ErrorNumber::DeviceInputOutput;
 }
 

@@ -13,7 +13,7 @@ namespace davo::test {
 // Prompts that answer by a script and keep what was shown. A prompt without a scripted answer
 // fails the test by throwing, so that none goes unnoticed.
 class FakePrompts : public Prompts {
- public:
+  public:
     void Message(const QString& text, const QString& title = {}) override;
     Answer YesNo(const QString& text, Answer preset, const QString& title = {}) override;
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
@@ -22,23 +22,23 @@ class FakePrompts : public Prompts {
     QString SaveFile(const QString& folder, const QString& filter) override;
     QString ChooseFolder(const QString& prompt, const QString& start) override;
 
-    std::deque<Answer> answers;                  // for YesNo and YesNoCancel
-    std::deque<std::optional<QString>> inputs;   // for Input
-    std::deque<QString> files;                   // for SaveFile
-    std::deque<QString> folders;                 // for ChooseFolder
-    std::vector<QString> shown;                  // every text, in order; "folder|filter" of SaveFile
-    std::vector<Answer> presets;                 // default buttons, in order
+    std::deque<Answer> answers;                 // for YesNo and YesNoCancel
+    std::deque<std::optional<QString>> inputs;  // for Input
+    std::deque<QString> files;                  // for SaveFile
+    std::deque<QString> folders;                // for ChooseFolder
+    std::vector<QString> shown;                 // every text, in order; "folder|filter" of SaveFile
+    std::vector<Answer> presets;                // default buttons, in order
     std::function<void(const QString&)> onMessage;  // called after a message is kept
 };
 
 // A clock that stands still until it is set.
 class FakeClock : public Clock {
- public:
+  public:
     explicit FakeClock(const QDateTime& now) : now_(now) {}
     QDateTime Now() const override { return now_; }
     void Set(const QDateTime& now) { now_ = now; }
 
- private:
+  private:
     QDateTime now_;
 };
 
