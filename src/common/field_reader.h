@@ -5,10 +5,10 @@
 
 namespace davo {
 
-// Reads text as comma-delimited fields, the way the input statement of the record files' first
-// program did: a field ends at a comma or a line end (CR LF, LF or CR); blanks around it are
-// dropped; a field that starts with a double quote runs to the next double quote and loses both,
-// and what stands between that quote and the next comma or line end is passed over.
+// Reads text as comma-delimited fields: a field ends at a comma or a line end (CR LF, LF or CR);
+// blanks around it are dropped; a field that starts with a double quote runs to the next double
+// quote and loses both, and what stands between that quote and the next comma or line end is
+// passed over.
 class FieldReader {
   public:
     // bytes must live as long as the reader.

@@ -10,9 +10,9 @@
 #include "reports/open_document.h"
 
 // Which program opens a kind of file is looked up as freedesktop.org's "Association between MIME
-// types and applications" says, in the desktop's own files: no helper program need be installed
-// for it, and none is waited for. What the programs' entries mean stands in its "Desktop Entry
-// Specification".
+// types and applications" says, in the desktop's own files: no other program need be installed for
+// it, and none is waited for. What the programs' entries mean is said on freedesktop.org's page on
+// desktop entries.
 namespace davo {
 
 namespace {
