@@ -30,7 +30,7 @@ std::string TextOf(const sun::uno::Exception& error) {
 // Closes the document whatever happens; a dead engine has closed it already.
 class OpenDocument {
   public:
-    explicit OpenDocument(Component component) : component_(std::move(component)) {}
+    explicit OpenDocument(const Component& component) : component_(component) {}
     ~OpenDocument() {
         try {
             const Reference<sun::util::XCloseable> closeable(component_, sun::uno::UNO_QUERY);

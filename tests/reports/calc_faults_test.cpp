@@ -256,8 +256,8 @@ TEST_F(CalcFaultsTest, LeavesTheUsersOwnLibreOfficeAlone) {
     renderer_.reset();
     EXPECT_FALSE(own.waitForFinished(300));
     EXPECT_EQ(own.state(), QProcess::Running);
-    own.kill();
-    own.waitForFinished();
+    own.terminate();
+    EXPECT_TRUE(own.waitForFinished());
 }
 
 TEST_F(CalcFaultsTest, LeavesNoProcessAndNoFolder) {
