@@ -165,16 +165,18 @@ TEST_F(CalcRendererTest, SetsUpThePage) {
 TEST_F(CalcRendererTest, DrawsTheCurveAndTheStarOnLogarithmicAxes) {
     const Workbook workbook = ReportOf(FileText(3));
     const std::vector<std::string> lines = Render(workbook);
+    const std::string last =
+        std::to_string(workbook.sheets.at(0).charts.at(0).series.at(0).x.range.last.row);
+    const std::string currents = "B19:B" + last;
+    const std::string voltages = "C19:C" + last;
     for (int n = 1; n <= 3; ++n) {
         const std::string sheet = "Test " + std::to_string(n) + "-Graph";
-        const std::string last =
-            std::to_string(workbook.sheets.at(0).charts.at(0).series.at(0).x.range.last.row);
         const auto from = std::find(lines.begin(), lines.end(), sheet + " chart");
         ASSERT_NE(from, lines.end());
         const std::string own = sheet + "!";
         std::vector<std::string> wanted = {"chart",
-                                           "values " + own + "C19:C" + last,
-                                           "x " + own + "B19:B" + last,
+                                           "values " + own + voltages,
+                                           "x " + own + currents,
                                            "values " + own + "B11:B11",
                                            "x " + own + "D11:D11",
                                            "marker 5 0000ff 0000ff 4"};  // a star, blue-green-red
