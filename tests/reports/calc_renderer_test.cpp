@@ -173,13 +173,11 @@ TEST_F(CalcRendererTest, DrawsTheCurveAndTheStarOnLogarithmicAxes) {
         const std::string sheet = "Test " + std::to_string(n) + "-Graph";
         const auto from = std::find(lines.begin(), lines.end(), sheet + " chart");
         ASSERT_NE(from, lines.end());
-        const std::string own = sheet + "!";
-        std::vector<std::string> wanted = {"chart",
-                                           "values " + own + voltages,
-                                           "x " + own + currents,
-                                           "values " + own + "B11:B11",
-                                           "x " + own + "D11:D11",
-                                           "marker 5 0000ff 0000ff 4"};  // a star, blue-green-red
+        const std::string ownValues = "values " + sheet + "!";
+        const std::string ownX = "x " + sheet + "!";
+        std::vector<std::string> wanted = {
+            "chart",          ownValues + voltages,      ownX + currents, ownValues + "B11:B11",
+            ownX + "D11:D11", "marker 5 0000ff 0000ff 4"};  // a star, blue-green-red
         for (int axis = 0; axis < 2; ++axis) {
             wanted.insert(wanted.end(),
                           {"axis logarithmic automatic", "ticks major 2 minor 0 labels 1", "line 0",
