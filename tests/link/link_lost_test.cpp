@@ -62,7 +62,7 @@ class LinkLostTest : public testing::Test {
 };
 
 TEST_F(LinkLostTest, InTheHandshake) {
-    port.OnOutputDo("B", [this] { port.Unplug(milliseconds(5)); });
+    port.OnOutputDo("B", [this] { port.Unplug(); });
     EXPECT_EQ(link.SendCommand("B", "RDY\r\n"), "");
     EXPECT_LT(port.inputs, 30001);
     ExpectLostOnceAndReopened();
@@ -96,7 +96,7 @@ TEST_F(LinkLostTest, BetweenExchanges) {
 
 TEST_F(LinkLostTest, InTheModelQueryOneMessageIsEnough) {
     std::string model;
-    port.OnOutputDo("B", [this] { port.Unplug(milliseconds(5)); });
+    port.OnOutputDo("B", [this] { port.Unplug(); });
     EXPECT_FALSE(link.ReadInstrumentModel(model));
     ExpectLostOnceAndReopened();
 }
