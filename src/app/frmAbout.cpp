@@ -5,10 +5,10 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
-#include "app/centre_form.h"
 #include "app/program_icon.h"
+#include "common/big_button.h"
+#include "common/centre_form.h"
 #include "common/text.h"
-#include "testing/big_button.h"
 
 namespace davo {
 

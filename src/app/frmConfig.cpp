@@ -14,10 +14,10 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
-#include "app/centre_form.h"
 #include "app/port_labels.h"
+#include "common/big_button.h"
+#include "common/centre_form.h"
 #include "link/port_choice.h"
-#include "testing/big_button.h"
 
 namespace davo {
 

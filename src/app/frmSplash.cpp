@@ -6,8 +6,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "app/centre_form.h"
 #include "app/program_icon.h"
+#include "common/centre_form.h"
 
 namespace davo {
 

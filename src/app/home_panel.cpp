@@ -2,19 +2,16 @@
 
 #include <QAction>
 #include <QGridLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
 #include <QStackedLayout>
-#include <QStyledItemDelegate>
-#include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "app/program_icon.h"
+#include "common/big_button.h"
 #include "common/places.h"
-#include "common/text.h"
-#include "testing/big_button.h"
+#include "records/record_list.h"
 
 namespace davo {
 
@@ -28,8 +25,6 @@ constexpr double kPortGrowth = 1.8;
 constexpr double kTextGrowth = 1.25;
 constexpr double kHeadingGrowth = 1.4;
 constexpr double kButtonGrowth = 1.3;  // of a large button
-constexpr int kRowRoom = 8;
-constexpr int kColumnRoom = 24;
 constexpr int kButtonShare = 2;
 constexpr int kRecordShare = 3;
 
@@ -60,16 +55,6 @@ QString WayOut(const LinkGlance& link) {
     const QString advice = QStringLiteral("Choose a port with File, Configure System.");
     return wrong.isEmpty() ? advice : QStringLiteral("%1. %2").arg(wrong, advice);
 }
-
-// Rows and columns with room between them.
-class RoomyDelegate : public QStyledItemDelegate {
-  public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        return QStyledItemDelegate::sizeHint(option, index) + QSize(kColumnRoom, kRowRoom);
-    }
-};
 
 // item and the items of the menus above it.
 std::vector<QAction*> WithMenusAbove(QAction* item) {
@@ -164,18 +149,10 @@ QWidget* HomePanel::BuildRecords() {
     column->addWidget(heading);
     recordPages_ = new QStackedLayout;
     column->addLayout(recordPages_, 1);
-    lvNewest_ = Named(new QTreeWidget(frame), "lvNewest");
+    lvNewest_ = Named(new RecordList(RecordColumns::UpToStation, frame), "lvNewest");
     lvNewest_->setAccessibleName(heading->text());
-    lvNewest_->setHeaderLabels({QStringLiteral("Filename"), QStringLiteral("Date"),
-                                QStringLiteral("Tests"), QStringLiteral("Station")});
-    lvNewest_->setItemDelegate(new RoomyDelegate(lvNewest_));
-    lvNewest_->setRootIsDecorated(false);
-    lvNewest_->setUniformRowHeights(true);
-    lvNewest_->setAlternatingRowColors(true);
     lvNewest_->setSelectionMode(QAbstractItemView::NoSelection);
     Enlarge(lvNewest_, kTextGrowth);
-    lvNewest_->header()->setStretchLastSection(true);
-    lvNewest_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     recordPages_->addWidget(lvNewest_);
     lblNoRecords_ = MakeLabel(frame, "lblNoRecords", kTextGrowth);
     lblNoRecords_->setAlignment(Qt::AlignTop);
@@ -187,13 +164,8 @@ void HomePanel::ShowFacts(const HomeFacts& facts) {
     lblPort_->setText(PortState(facts.link));
     lblDevice_->setText(NeedsHelp(facts.link) ? WayOut(facts.link) : DeviceState(facts.link));
     lblModel_->setText(ModelWords(facts.link.instrumentModel));
-    lvNewest_->clear();
-    for (std::size_t i = 0; i < std::min(facts.records.size(), kNewestRecords); ++i) {
-        const ListRow& row = facts.records[i];
-        lvNewest_->addTopLevelItem(
-            new QTreeWidgetItem({FromPage(row.filename), FromPage(row.date), FromPage(row.tests),
-                                 FromPage(TrimBlanks(row.station))}));
-    }
+    const auto newest = std::min(facts.records.size(), kNewestRecords);
+    lvNewest_->Fill({facts.records.begin(), facts.records.begin() + static_cast<long>(newest)});
     lblNoRecords_->setText(
         QStringLiteral("No test records yet in %1").arg(ShownPath(facts.dataPath)));
     recordPages_->setCurrentWidget(facts.records.empty() ? static_cast<QWidget*>(lblNoRecords_)

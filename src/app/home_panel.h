@@ -10,10 +10,11 @@
 class QAction;
 class QLabel;
 class QStackedLayout;
-class QTreeWidget;
 class QVBoxLayout;
 
 namespace davo {
+
+class RecordList;
 
 // So many of the newest records are shown.
 inline constexpr std::size_t kNewestRecords = 10;
@@ -43,7 +44,7 @@ class HomePanel : public QWidget {
     QLabel* lblDevice_ = nullptr;
     QLabel* lblModel_ = nullptr;
     QStackedLayout* recordPages_ = nullptr;
-    QTreeWidget* lvNewest_ = nullptr;
+    RecordList* lvNewest_ = nullptr;
     QLabel* lblNoRecords_ = nullptr;
 };
 

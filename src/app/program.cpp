@@ -5,15 +5,16 @@
 #include <QScreen>
 #include <QStyleFactory>
 
-#include "app/centre_form.h"
 #include "app/cursor_pointer.h"
 #include "app/end_requests.h"
 #include "app/frmMain.h"
 #include "app/frmSplash.h"
+#include "app/open_windows.h"
 #include "app/program_icon.h"
 #include "app/settings_store.h"
 #include "app/single_instance.h"
 #include "app/window_geometry.h"
+#include "common/centre_form.h"
 #include "common/dialog_prompts.h"
 #include "link/serial_port.h"
 
@@ -77,8 +78,9 @@ int RunProgram(QApplication& application) {
     CursorPointer pointer;
     ProgramState state;
     Link link(*port, state.linkState, prompts, pointer);
-    frmMain window(state, {*store, places, clock, prompts, link, *devices, *shortDate,
-                           [] { QApplication::beep(); }});
+    const ProgramServices services{*store, places,   clock,      prompts,
+                                   link,   *devices, *shortDate, [] { QApplication::beep(); }};
+    frmMain window(state, services, OpenWindows(state, services));
     frmSplash splash(pointer, [&] { ShowMain(window, places); });
     QuitFilter quitFilter(window);
     application.installEventFilter(&quitFilter);

@@ -11,9 +11,9 @@
 #include <QVBoxLayout>
 #include <string>
 
+#include "common/big_button.h"
 #include "common/page_input.h"
 #include "common/text.h"
-#include "testing/big_button.h"
 #include "testing/fit_label.h"
 #include "testing/reading_size.h"
 

@@ -12,10 +12,10 @@
 #include <QTest>
 #include <QTimer>
 
-#include "app/centre_form.h"
 #include "app/frmAbout.h"
 #include "app/frmSplash.h"
 #include "app/program_icon.h"
+#include "common/centre_form.h"
 #include "tests/app/window_checks.h"
 
 namespace davo::test {

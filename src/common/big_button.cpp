@@ -1,4 +1,4 @@
-#include "testing/big_button.h"
+#include "common/big_button.h"
 
 #include <QKeyEvent>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "app/centre_form.h"
+#include "common/centre_form.h"
 
 #include <QGuiApplication>
 #include <QScreen>

@@ -1,0 +1,1 @@
+// File utilities and the overlay of two tests.

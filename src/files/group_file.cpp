@@ -1,0 +1,1 @@
+// The two tests of an overlay as one file.

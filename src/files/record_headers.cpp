@@ -1,0 +1,1 @@
+// Reading and rewriting the header of a record file.

@@ -1,0 +1,1 @@
+// Renaming and deleting record files.
