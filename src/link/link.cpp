@@ -77,6 +77,55 @@ class Link::Waiting {
     Link& link_;
 };
 
+// Characters on their way one at a time. Works from whatever event loop runs, that of a question
+// on the screen too: an instrument that waits for the rest of an upload takes nothing else.
+class Link::Pacing {
+  public:
+    Pacing(Link& link, std::string_view characters, std::string_view echoes,
+           std::chrono::milliseconds patience, const std::function<void(std::size_t)>& onSent)
+        : link_(link), characters_(characters), echoes_(echoes), onSent_(onSent) {
+        limit_.setSingleShot(true);
+        limit_.setTimerType(Qt::PreciseTimer);
+        limit_.setInterval(patience);
+        limit_.callOnTimeout([this] { Next(); });
+    }
+
+    void Begin() { Send(); }
+    void TextWaiting() {
+        if (Over()) return;
+        reply_ += link_.port_.Input();
+        if (Contains(reply_, echoes_.substr(done_, 1))) Next();
+    }
+    std::size_t Done() const { return done_; }
+
+  private:
+    bool Over() const { return link_.endWait_ || done_ == characters_.size(); }
+    void Send() {
+        reply_.clear();
+        limit_.start();
+        link_.port_.Output(characters_.substr(done_, 1));
+    }
+    void Next() {
+        if (Over()) return;
+        ++done_;
+        onSent_(done_);
+        if (!Over()) {
+            Send();
+            return;
+        }
+        limit_.stop();
+        link_.Wake();
+    }
+
+    Link& link_;
+    std::string_view characters_;
+    std::string_view echoes_;
+    const std::function<void(std::size_t)>& onSent_;
+    QTimer limit_;
+    std::string reply_;
+    std::size_t done_ = 0;
+};
+
 Link::Link(SerialPort& port, LinkState& state, Prompts& prompts, BusyPointer& pointer)
     : port_(port), state_(state), prompts_(prompts), pointer_(pointer) {
     port_.OnComm = [this](CommEvent event) { PortEvent(event); };
@@ -138,11 +187,73 @@ std::string Link::Exchange(std::string_view command, std::string_view expectedRe
         port_.Output(command);
         reply = (this->*await)(expectedReply);
     }
+    EndExchange(reply);
+    return reply;
+}
+
+void Link::EndExchange(std::string& reply) {
     if (endWait_) reply.clear();
     // Said only now, with the pointer restored: a box inside the wait would keep the wait alive.
     if (lostMessageDue_) ShowLostMessage();
     lastWaitEnded_ = endWait_;
+}
+
+std::string Link::SendCommand(std::string_view command, std::string_view expectedReply,
+                              std::chrono::milliseconds quiet) {
+    return Gather(command, expectedReply, quiet);
+}
+
+std::string Link::ReadOn(std::string_view expectedReply, std::chrono::milliseconds quiet) {
+    return Gather({}, expectedReply, quiet);
+}
+
+std::string Link::Gather(std::string_view command, std::string_view expectedReply,
+                         std::chrono::milliseconds quiet) {
+    lastWaitEnded_ = false;
+    if (!state_.portOpen || wait_) return {};
+    std::string reply;
+    {
+        const Busy busy(pointer_);
+        const Waiting waiting(*this, command, expectedReply);
+        if (!command.empty()) port_.Output(command);
+        while (!endWait_) {
+            const bool quietNow = !SleepUntilText(quiet);
+            const std::string text = port_.Input();
+            reply += text;
+            if (!expectedReply.empty() && Contains(reply, expectedReply)) break;
+            if (quietNow && text.empty()) break;
+        }
+    }
+    EndExchange(reply);
     return reply;
+}
+
+std::size_t Link::SendPaced(std::string_view characters, std::string_view echoes,
+                            std::chrono::milliseconds patience,
+                            const std::function<void(std::size_t done)>& onSent) {
+    lastWaitEnded_ = false;
+    if (!state_.portOpen || wait_ || characters.empty()) return 0;
+    std::size_t done = 0;
+    {
+        const Busy busy(pointer_);
+        const Waiting waiting(*this, {}, {});
+        QEventLoop loop;
+        const QScopedValueRollback current(loop_, &loop);
+        Pacing pacing(*this, characters, echoes, patience, onSent);
+        const QScopedValueRollback paced(pacing_, &pacing);
+        pacing.Begin();
+        if (!awake_) loop.exec();
+        // An event loop that nobody woke returns because the program is leaving.
+        if (!awake_) endWait_ = true;
+        done = pacing.Done();
+    }
+    std::string reply;
+    EndExchange(reply);
+    return done;
+}
+
+void Link::ReplyGrew(std::size_t received) const {
+    if (received > 0 && OnReplyGrows) OnReplyGrows(received);
 }
 
 std::string Link::PollHandshake(std::string_view expectedReply) {
@@ -167,6 +278,7 @@ std::string Link::AwaitText(std::string_view expectedReply) {
     QCoreApplication::processEvents();
     while (!endWait_) {
         reply += port_.Input();
+        ReplyGrew(reply.size());
         if (Contains(reply, expectedReply)) break;
         SleepUntilText();
     }
@@ -187,8 +299,10 @@ std::string Link::AwaitModel(std::string_view expectedReply) {
 std::string Link::AwaitDone(std::string_view) {
     state_.receiveBuffer.clear();
     const ReceiveEvents events(port_);
-    while (!endWait_ && !Contains(state_.receiveBuffer, kDone))
+    while (!endWait_ && !Contains(state_.receiveBuffer, kDone)) {
         SleepUntilText();
+        ReplyGrew(state_.receiveBuffer.size());
+    }
     return state_.receiveBuffer;
 }
 
@@ -251,7 +365,9 @@ void Link::PortEvent(CommEvent event) {
 }
 
 void Link::PortTextWaiting() {
-    if (wait_) {
+    if (pacing_ != nullptr) {
+        pacing_->TextWaiting();
+    } else if (wait_) {
         Wake();
     } else if (OnTextWaiting) {
         OnTextWaiting();

@@ -68,8 +68,27 @@ class Link {
     // closed, the wait was ended or the port was lost.
     std::string SendCommand(std::string_view command, std::string_view expectedReply);
 
+    // The same for any command, also "B" and "X", but gives up when nothing has come for quiet.
+    std::string SendCommand(std::string_view command, std::string_view expectedReply,
+                            std::chrono::milliseconds quiet);
+
+    // Sends characters (none of them is a command) one at a time, each when the reply to the one
+    // before contains the character at its place in echoes, which is as long; when that does not
+    // come within patience, the next is sent all the same. onSent gets the number of characters
+    // done with and must not throw. Sending goes on while a question is on the screen. Returns that
+    // number: less than all when the port is closed, the wait was ended or the port was lost.
+    std::size_t SendPaced(std::string_view characters, std::string_view echoes,
+                          std::chrono::milliseconds patience,
+                          const std::function<void(std::size_t done)>& onSent);
+
     // Sends command and gathers by receive events until "DONE" is there; without limit.
     std::string SendCommandAwaitDone(std::string_view command, std::string_view expectedReply);
+
+    // Sends nothing and gathers what still arrives, until it contains expectedReply (never when
+    // that is empty) or nothing has come for quiet. Throwing the text away rids the line of the
+    // rest of an earlier reply. "" when the port is closed, the wait was ended or the port was
+    // lost.
+    std::string ReadOn(std::string_view expectedReply, std::chrono::milliseconds quiet);
 
     // The model text from "DAVO" up to its line end. Shows the not-available message when "B" is
     // not answered (not when that wait was ended or the port was lost: the operator knows then).
@@ -95,6 +114,8 @@ class Link {
     std::function<void()> OnTextWaiting;
     // The port was lost (State().portOpen is already false). Called before the message is shown.
     std::function<void()> OnLost;
+    // The reply of an exchange without limit has grown to so many bytes.
+    std::function<void(std::size_t received)> OnReplyGrows;
     // A wait has begun or ended, see CurrentWait.
     std::function<void()> OnWaitChanged;
 
@@ -103,6 +124,7 @@ class Link {
 
   private:
     class Waiting;
+    class Pacing;
 
     void PortEvent(CommEvent event);
     void PortTextWaiting();
@@ -118,6 +140,10 @@ class Link {
     std::string AwaitDone(std::string_view expectedReply);
     std::string Exchange(std::string_view command, std::string_view expectedReply,
                          std::string (Link::*await)(std::string_view));
+    std::string Gather(std::string_view command, std::string_view expectedReply,
+                       std::chrono::milliseconds quiet);
+    void ReplyGrew(std::size_t received) const;
+    void EndExchange(std::string& reply);
 
     SerialPort& port_;
     LinkState& state_;
@@ -129,6 +155,7 @@ class Link {
     bool lostMessageDue_ = false;
     bool awake_ = false;  // something happened since the wait last looked
     QEventLoop* loop_ = nullptr;
+    Pacing* pacing_ = nullptr;
 };
 
 }  // namespace davo

@@ -10,6 +10,7 @@
 #include "records/capture_file.h"
 #include "records/count_text.h"
 #include "records/record_image.h"
+#include "records/record_lines.h"
 
 namespace davo {
 
@@ -20,63 +21,38 @@ constexpr int kVoltageDecimals = 1;
 constexpr int kPhaseDecimals = 1;
 constexpr double kDegreesPerCount = 0.1;
 
-void PutLine(std::string& file, std::string_view key, std::string_view value,
-             std::string_view unit = {}) {
-    file += key;
-    file += value;
-    file += unit;
-    file += kLineEnd;
-}
-
 void PutHeader(std::string& file, const HeaderTable& header, const RecordFileContent& content) {
-    PutLine(file, "TEST NUMBER: ", content.testNumber);
-    PutLine(file, "DATE: ", header.headerFields.at(kHeaderDate));
-    PutLine(file, "TIME: ", header.headerFields.at(kHeaderTime));
-    PutLine(file, "# OF SHOTS: ", Picture(content.shotCount, "00"));
+    PutRecordLine(file, "TEST NUMBER: ", content.testNumber);
+    PutRecordLine(file, "DATE: ", header.headerFields.at(kHeaderDate));
+    PutRecordLine(file, "TIME: ", header.headerFields.at(kHeaderTime));
+    PutRecordLine(file, "# OF SHOTS: ", Picture(content.shotCount, "00"));
     for (int i = 0; i < kHeaderFieldCount; ++i) {
         file += kHeaderKeys.at(static_cast<std::size_t>(i));
-        PutLine(file, ": ", header.Field(i));
+        PutRecordLine(file, ": ", header.Field(i));
     }
-}
-
-// The last point comes first, so the lines are made from the last one of the file up.
-void PutPoints(std::string& file, const RecordImage& image) {
-    BackwardText lines;
-    int points = 0;
-    for (const auto& [current, voltage] : image.slots) {
-        if (current <= 0 || voltage <= 0) continue;
-        ++points;
-        lines.Put(kLineEnd);
-        lines.PutFixed(voltage, kVoltageDecimals);
-        lines.Put("VOLTAGE: ");
-        lines.PutFixed(image.CurrentSteps(current), kCurrentDecimals);
-        lines.Put("CURRENT: ");
-    }
-    file += lines.Text();
-    PutLine(file, "NUMBER OF DATA POINTS: ", std::to_string(points));
 }
 
 void PutShot(std::string& file, std::size_t number, const CapturedShot& shot) {
     const RecordImage image = DecodeRecordImage(shot.hexText);
-    PutLine(file, "REC NUMBER: ", std::to_string(number));
-    PutPoints(file, image);
-    PutLine(file, "KNEE VOLTAGE: ", ShortestText(image.kneeVoltage, kVoltageDecimals), " VOLTS");
-    PutLine(file,
-            "KNEE CURRENT: ", ShortestText(image.CurrentSteps(image.kneeCurrent), kCurrentDecimals),
-            " AMPS");
-    PutLine(
+    PutRecordLine(file, "REC NUMBER: ", std::to_string(number));
+    PutPointLines(file, image);
+    PutRecordLine(file, "KNEE VOLTAGE: ", ShortestText(image.kneeVoltage, kVoltageDecimals),
+                  " VOLTS");
+    PutRecordLine(file, "KNEE CURRENT: ",
+                  ShortestText(image.CurrentSteps(image.kneeCurrent), kCurrentDecimals), " AMPS");
+    PutRecordLine(
         file, "EXCITATION CUR: ",
         FixedText(RoundedToTens(image.CurrentSteps(image.excitationCurrent)), kCurrentDecimals - 1),
         " AMPS");
-    PutLine(file, "EXCITATION VTG: ", ShortestText(image.excitationVoltage, kVoltageDecimals),
-            " VOLTS");
-    PutLine(file, "MEASURED RATIO: ", shot.measuredRatio);
+    PutRecordLine(file, "EXCITATION VTG: ", ShortestText(image.excitationVoltage, kVoltageDecimals),
+                  " VOLTS");
+    PutRecordLine(file, "MEASURED RATIO: ", shot.measuredRatio);
     // The product, a hair off the decimal value here and there, decides the polarity.
-    PutLine(file, "POLARITY: ", PolarityOfPhase(image.phaseAngle * kDegreesPerCount));
-    PutLine(file, "PHASE ANGLE: ", FixedText(image.phaseAngle, kPhaseDecimals), " DEG");
-    PutLine(file, "NAMEPLATE RATIO: ", shot.nameplateRatio);
-    PutLine(file, "PERCENT ERROR: ", shot.percentError);
-    PutLine(file, "KNEE POINT TYPE: ", KneePointTypeText(image.kneeTypeCode));
+    PutRecordLine(file, "POLARITY: ", PolarityOfPhase(image.phaseAngle * kDegreesPerCount));
+    PutRecordLine(file, "PHASE ANGLE: ", FixedText(image.phaseAngle, kPhaseDecimals), " DEG");
+    PutRecordLine(file, "NAMEPLATE RATIO: ", shot.nameplateRatio);
+    PutRecordLine(file, "PERCENT ERROR: ", shot.percentError);
+    PutRecordLine(file, "KNEE POINT TYPE: ", KneePointTypeText(image.kneeTypeCode));
 }
 
 }  // namespace
@@ -96,8 +72,8 @@ std::string ConvertCapture(std::string_view capture, const HeaderTable& header,
         if (static_cast<std::int64_t>(number) == content.shotCount) break;
     }
     if (!content.testNotes.empty()) {
-        PutLine(file, "NOTES:", "");
-        PutLine(file, content.testNotes, "");
+        PutRecordLine(file, "NOTES:", "");
+        PutRecordLine(file, content.testNotes, "");
     }
     return file;
 }
