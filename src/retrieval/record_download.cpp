@@ -1,10 +1,155 @@
 #include "retrieval/record_download.h"
 
+#include <QScopedValueRollback>
+#include <QStringList>
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
+#include "common/files.h"
+#include "common/numbers.h"
 #include "common/run_time_error.h"
+#include "common/text.h"
+#include "records/directory_entry.h"
+#include "retrieval/record_reply.h"
 
 namespace davo {
+
+namespace {
+
+constexpr std::size_t kNumberAt = 4;  // of a record name, behind "TST_"
+constexpr std::string_view kReadyCommand = "B";
+constexpr std::string_view kNotFound = "Record Not Found";
+constexpr std::string_view kReplyEnd = "\r\nDONE\r\n";
+// A line that paused that long has no more of an earlier reply.
+constexpr std::chrono::milliseconds kQuietLine{30};
+constexpr qsizetype kLongestName = 100;
+
+QString Extension() {
+    return QStringLiteral(".txt");
+}
+
+// The record name of an entry, all of it when it has no mark.
+std::string NameOf(const std::string& entry) {
+    return EntryName(entry).value_or(entry);
+}
+
+// The number of tests that an entry tells; 0 when it tells none.
+int TestsOf(std::string_view entry) {
+    constexpr std::string_view kTests = "TESTS=";
+    const std::size_t found = entry.find(kTests);
+    if (found == std::string_view::npos) return 0;
+    return static_cast<int>(WholeNumericValue(Middle(entry, found + kTests.size(), 2)).value_or(0));
+}
+
+// Why a name cannot be used for a record file; empty when it can.
+QString NameTrouble(const QString& name) {
+    // The first "!" of a directory entry ends the name, and the first "." of a file name.
+    const QString refused = QStringLiteral("\\/:*?\"<>|.!");
+    const auto isRefused = [&refused](QChar c) {
+        return c < QLatin1Char(' ') || refused.contains(c);
+    };
+    if (std::any_of(name.begin(), name.end(), isRefused)) {
+        return QStringLiteral(
+                   "The name %1 has a character that a file name cannot have.\r\n"
+                   "These are not possible: \\ / : * ? \" < > | . !")
+            .arg(name);
+    }
+    if (!ToPage(name)) {
+        return QStringLiteral("The name %1 has a character that a record file cannot hold.")
+            .arg(name);
+    }
+    if (name.size() > kLongestName) {
+        return QStringLiteral("The name is too long. At most %1 characters are possible.")
+            .arg(kLongestName);
+    }
+    return {};
+}
+
+// What is told of a record that did not come whole; empty when it did.
+std::string RemarkOn(const std::string& name, const ConvertedRecord& record) {
+    if (record.converted < record.tests) {
+        return name + ": only " + std::to_string(record.converted) + " of " +
+               std::to_string(record.tests) + " tests were received.";
+    }
+    if (record.doubtful.empty()) return {};
+    std::string tests;
+    for (const int test : record.doubtful)
+        tests += (tests.empty() ? "" : ", ") + std::to_string(test);
+    return name + ": the values of these tests arrived damaged: " + tests + ".";
+}
+
+QString ReasonText(const DownloadResult& result, const QString& error) {
+    switch (result.end) {
+        case DownloadEnd::NotFound:
+            return QStringLiteral("Record Not Found: the DAVO does not have the record %1.")
+                .arg(FromPage(result.missing.front()));
+        case DownloadEnd::Left:
+            return QStringLiteral("The download was ended.");
+        case DownloadEnd::Lost:
+            return QStringLiteral("The DAVO cannot be reached.");
+        case DownloadEnd::Failed:
+            return error;
+        case DownloadEnd::Complete:
+        case DownloadEnd::Cancelled:
+            break;
+    }
+    return {};
+}
+
+// "TST_001, TST_002", the first of a long list only.
+QString NameList(const std::vector<std::string>& names) {
+    constexpr std::size_t kMostNamed = 20;
+    QStringList list;
+    for (std::size_t i = 0; i < std::min(names.size(), kMostNamed); ++i)
+        list += FromPage(names[i]);
+    QString text = list.join(QStringLiteral(", "));
+    if (names.size() > kMostNamed) {
+        text += QStringLiteral(" and %1 more").arg(names.size() - kMostNamed);
+    }
+    return text;
+}
+
+}  // namespace
+
+// What OnProgress is told.
+class RecordDownload::Progress {
+  public:
+    Progress(const RecordDownload& download, const std::vector<std::string>& entries)
+        : download_(download) {
+        for (const std::string& entry : entries) {
+            const int tests = TestsOf(entry);
+            bytes_ = bytes_ && tests > 0;
+            sizes_.push_back(UsualReplyBytes(tests));
+        }
+        if (!bytes_) sizes_.assign(entries.size(), 1);
+        for (const std::size_t size : sizes_)
+            total_ += size;
+        Tell(0);
+    }
+
+    void Received(std::size_t bytes) const {
+        if (bytes_) Tell(done_ + std::min(bytes, sizes_.at(index_)));
+    }
+    void NextRecord() {
+        done_ += sizes_.at(index_);
+        ++index_;
+        Tell(done_);
+    }
+
+  private:
+    void Tell(std::size_t done) const {
+        if (download_.OnProgress) download_.OnProgress(done, total_);
+    }
+
+    const RecordDownload& download_;
+    bool bytes_ = true;               // in bytes, else in records
+    std::vector<std::size_t> sizes_;  // of each record
+    std::size_t total_ = 0;
+    std::size_t done_ = 0;  // of the records that are through
+    std::size_t index_ = 0;
+};
+
 RecordDownload::RecordDownload(Link& link, Prompts& prompts, DirectoryTables& tables,
                                QString dataPath, QString scratchFolder)
     : link_(link),
@@ -12,10 +157,190 @@ RecordDownload::RecordDownload(Link& link, Prompts& prompts, DirectoryTables& ta
       tables_(tables),
       dataPath_(std::move(dataPath)),
       scratchFolder_(std::move(scratchFolder)) {}
+
 DownloadResult RecordDownload::Run() {
-    throw RunTimeError(ErrorNumber::TypeMismatch);
+    const QScopedValueRollback running(running_, true);
+    leaving_ = false;
+    next_ = 0;
+    listed_.clear();
+    remarks_.clear();
+
+    const auto count = static_cast<std::size_t>(std::max<int>(tables_.recordCount, 0));
+    tables_.dirEntries.resize(std::min(count, tables_.dirEntries.size()));
+    DownloadResult result;
+    QString error;
+    try {
+        Progress progress(*this, tables_.dirEntries);
+        Download(result, progress);
+    } catch (const RunTimeError& stopped) {
+        result.end = DownloadEnd::Failed;
+        error = QString::fromUtf8(stopped.what());
+    }
+    const bool told = result.end != DownloadEnd::Complete;
+    for (std::size_t i = next_; told && i < tables_.dirEntries.size(); ++i)
+        result.missing.push_back(NameOf(tables_.dirEntries[i]));
+    Tell(result, error);
+    return result;
 }
+
 void RecordDownload::Leave() {
+    if (!running_) return;
     leaving_ = true;
+    link_.EndWait();
 }
+
+void RecordDownload::Download(DownloadResult& result, Progress& progress) {
+    tables_.dirFileNames.clear();
+    for (const std::string& entry : tables_.dirEntries)
+        tables_.dirFileNames.push_back(FromPage(NameOf(entry)) + Extension());
+    WriteDirectory();
+
+    // The rest of a reply whose wait was ended would be taken for the first one.
+    link_.Input();
+    link_.ReadOn({}, kQuietLine);
+    if (const auto ended = WhyEnded()) {
+        result.end = *ended;
+        return;
+    }
+    while (next_ < tables_.dirEntries.size()) {
+        result.end = DownloadRecord(next_, result, progress);
+        if (result.end != DownloadEnd::Complete) return;
+        progress.NextRecord();
+    }
+}
+
+DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& result,
+                                           Progress& progress) {
+    const std::string entry = tables_.dirEntries.at(index);
+    const std::string name = NameOf(entry);
+    if (OnStatus) {
+        OnStatus(QStringLiteral("Downloading Record %1 of %2")
+                     .arg(index + 1)
+                     .arg(tables_.dirEntries.size()));
+    }
+    if (OnActivity) OnActivity(QStringLiteral("Prepare to download from DAVO, Please Wait..."));
+    const std::optional<std::string> target = AskTarget(name);
+    if (!target) return DownloadEnd::Cancelled;
+    if (const auto ended = WhyEnded()) return *ended;
+    if (target->empty()) {
+        next_ = index + 1;
+        return DownloadEnd::Complete;
+    }
+    if (OnActivity) {
+        OnActivity(QStringLiteral("Downloading %1 from DAVO, Please Wait...").arg(FromPage(name)));
+    }
+
+    const std::string header = RecordHeaderLines(entry, *target);
+    std::string reply;
+    if (const auto ended = Exchange("L" + std::string(Middle(name, kNumberAt)), kLineEnd, reply)) {
+        return *ended;
+    }
+    if (Contains(reply, kNotFound)) {
+        WriteRecord(*target, header, result);
+        return DownloadEnd::NotFound;
+    }
+    if (const auto ended = Exchange(kReadyCommand, "RDY\r\n", reply)) return *ended;
+    {
+        const QScopedValueRollback<std::function<void(std::size_t)>> grows(
+            link_.OnReplyGrows, [&progress](std::size_t bytes) { progress.Received(bytes); });
+        if (const auto ended = Exchange("R", kReplyEnd, reply)) return *ended;
+    }
+    const ConvertedRecord record = ConvertRecordReply(Capture(reply));
+    WriteRecord(*target, header + record.lines, result);
+    next_ = index + 1;
+    const std::string remark = RemarkOn(*target, record);
+    if (!remark.empty()) remarks_.push_back(remark);
+    listed_.push_back(*target + entry.substr(name.size()));
+    WriteDirectory();
+    return DownloadEnd::Complete;
+}
+
+std::optional<DownloadEnd> RecordDownload::Exchange(std::string_view command,
+                                                    std::string_view expectedReply,
+                                                    std::string& reply) {
+    reply = link_.SendCommand(command, expectedReply);
+    if (const auto ended = WhyEnded()) return ended;
+    if (link_.LastWaitEnded()) return DownloadEnd::Left;
+    // Only "B" gives up by itself. Any other reply is empty when the line is taken by another wait.
+    if (reply.empty() && command != kReadyCommand) return DownloadEnd::Lost;
+    return std::nullopt;
+}
+
+std::optional<DownloadEnd> RecordDownload::WhyEnded() const {
+    if (!link_.State().portOpen) return DownloadEnd::Lost;
+    if (leaving_) return DownloadEnd::Left;
+    return std::nullopt;
+}
+
+// The reply by way of the scratch file, where it can be looked at when a record seems odd.
+std::string RecordDownload::Capture(const std::string& reply) const {
+    const QString path = scratchFolder_ + QLatin1String(kRecordScratchFileName);
+    ReplaceFile(path, reply);
+    return ReadWholeFile(path);
+}
+
+void RecordDownload::WriteRecord(const std::string& name, const std::string& lines,
+                                 DownloadResult& result) {
+    ReplaceFile(PathOf(name), lines);
+    result.written.push_back(FromPage(name) + Extension());
+}
+
+// With the number of the entries that are there already: whenever the download ends, the file can
+// be loaded.
+void RecordDownload::WriteDirectory() const {
+    std::vector<std::string> lines = {"REC==" +
+                                      Picture(static_cast<double>(listed_.size()), "000")};
+    lines.insert(lines.end(), listed_.begin(), listed_.end());
+    ReplaceFile(dataPath_ + QLatin1String(kDirectoryFileName), JoinLines(lines));
+}
+
+QString RecordDownload::PathOf(const std::string& name) const {
+    return dataPath_ + FromPage(name) + Extension();
+}
+
+std::optional<std::string> RecordDownload::AskTarget(const std::string& name) {
+    if (!FileExists(PathOf(name))) return name;
+    const QString shown = FromPage(name);
+    const Answer answer = prompts_.YesNoCancel(
+        QStringLiteral("The file ") + shown +
+            QStringLiteral(" already exists. Do you want to replace the existing file? "),
+        Answer::No);
+    if (answer == Answer::Cancel) return std::nullopt;
+    if (answer == Answer::No) return AskNewName(name);
+    // The file stays until the new one takes its place: the download may still fail.
+    prompts_.Message(QStringLiteral("The record ") + shown +
+                     QStringLiteral(" shall be overwritten!"));
+    return name;
+}
+
+std::string RecordDownload::AskNewName(const std::string& name) {
+    const QString prompt =
+        QStringLiteral("Old name: ") + FromPage(name) + QStringLiteral("\r\nEnter a new name: ");
+    while (true) {
+        const QString answer = prompts_.Input({}, prompt).value_or(QString()).trimmed();
+        if (answer.isEmpty()) return {};
+        const QString trouble = NameTrouble(answer);
+        if (!trouble.isEmpty()) {
+            prompts_.Message(trouble);
+            continue;
+        }
+        std::string newName = ToPage(answer).value_or(std::string());
+        if (!FileExists(PathOf(newName))) return newName;
+        prompts_.Message(QStringLiteral("The name ") + answer +
+                         QStringLiteral(" already exists. Please rename."));
+    }
+}
+
+void RecordDownload::Tell(const DownloadResult& result, const QString& error) {
+    QStringList lines;
+    const QString reason = ReasonText(result, error);
+    if (!reason.isEmpty()) lines += reason;
+    if (!reason.isEmpty() && !result.missing.empty()) {
+        lines += QStringLiteral("Not downloaded: ") + NameList(result.missing);
+    }
+    for (const std::string& remark : remarks_)
+        lines += FromPage(remark);
+    if (!lines.isEmpty()) prompts_.Message(lines.join(QStringLiteral("\r\n")));
+}
+
 }  // namespace davo

@@ -2,7 +2,9 @@
 
 #include <QString>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/prompts.h"
@@ -19,13 +21,13 @@ enum class DownloadEnd {
     Cancelled,  // Cancel at a replace question
     NotFound,   // the instrument does not have a record; its file holds the header lines only
     Left,       // Leave, or the wait was ended elsewhere
-    Lost,       // the port is closed
-    Failed,     // a file could not be written
+    Lost,       // the port is closed, or another exchange has it
+    Failed,     // a file could not be read or written
 };
 
 struct DownloadResult {
     DownloadEnd end = DownloadEnd::Complete;
-    std::vector<QString> written;      // files in the data folder, in order
+    std::vector<QString> written;      // names of the files in the data folder, in order
     std::vector<std::string> missing;  // record names not fetched because the download ended early
 };
 
@@ -39,13 +41,12 @@ class RecordDownload {
                    QString scratchFolder);
 
     // Downloads the first tables.recordCount of tables.dirEntries (tables.dirFileNames is rebuilt
-    // from them). All questions are asked and everything that went wrong is told here; throws
-    // nothing of its own. Not to be called while it runs.
+    // from them). All questions are asked and everything that went wrong is told here, file errors
+    // included. Not to be called while it runs.
     DownloadResult Run();
 
-    // Ends a run under way: the exchange at once, the run when what the instrument was still
-    // sending has passed and cannot be taken for a later reply. A second call does not wait for
-    // that. Records that are complete stay. Nothing happens without a run.
+    // Ends a run under way at once, after the bytes that have arrived; one that is asking the
+    // operator ends with his answer. Records that are complete stay.
     void Leave();
     bool Running() const { return running_; }
 
@@ -58,11 +59,34 @@ class RecordDownload {
     std::function<void(std::size_t done, std::size_t total)> OnProgress;
 
   private:
+    class Progress;
+
+    void Download(DownloadResult& result, Progress& progress);
+    DownloadEnd DownloadRecord(std::size_t index, DownloadResult& result, Progress& progress);
+    // Sends command and puts what came into reply. Nothing when the download can go on, else why it
+    // ends.
+    std::optional<DownloadEnd> Exchange(std::string_view command, std::string_view expectedReply,
+                                        std::string& reply);
+    std::optional<DownloadEnd> WhyEnded() const;
+    std::string Capture(const std::string& reply) const;
+    void WriteRecord(const std::string& name, const std::string& lines, DownloadResult& result);
+    void WriteDirectory() const;
+
+    // Under which name a record is to be written. Empty: the record is skipped; nothing: the whole
+    // download is cancelled.
+    std::optional<std::string> AskTarget(const std::string& name);
+    std::string AskNewName(const std::string& name);
+    QString PathOf(const std::string& name) const;
+    void Tell(const DownloadResult& result, const QString& error);
+
     Link& link_;
     Prompts& prompts_;
     DirectoryTables& tables_;
     QString dataPath_;
     QString scratchFolder_;
+    std::vector<std::string> listed_;   // the directory's entries so far
+    std::vector<std::string> remarks_;  // records that did not come whole, in words
+    std::size_t next_ = 0;              // the first entry that has not been gone through
     bool running_ = false;
     bool leaving_ = false;
 };
