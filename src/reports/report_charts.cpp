@@ -14,11 +14,12 @@ constexpr const char* kChartAnchor = "G42";
 constexpr int kCurrentColumn = 2;
 constexpr int kVoltageColumn = 3;
 
-// Sizes in points. Rows are at least this high in every engine; columns right of the table have
-// this width, and those of the table the four times 20 characters.
+// Sizes in points. Rows are at least this high in every engine; the chart's columns have this
+// width, those of the table the four times 20 characters, the two between them 2 characters.
 constexpr double kRowHeight = 12.75;
 constexpr double kColumnWidth = 48;
 constexpr double kTableWidth = 4 * 108.75;
+constexpr double kGapWidth = 2 * 14.25;
 constexpr double kPageShape = 1.4;  // width to height of what a landscape page prints
 
 SheetRange PointsOf(const ReportTables& report, int slot, int column) {
@@ -91,13 +92,13 @@ int SummaryColour(int slot) {
 }
 
 ChartPlace ChartBesideTable(int lastTableRow) {
-    constexpr int kLeastRows = 24;
+    // Fewer make the chart hard to read off, more make the print of the table too small.
+    constexpr int kLeastRows = 30;
     const CellPlace anchor = PlaceOf(kChartAnchor);
     const int rows = std::max(kLeastRows, lastTableRow - anchor.row + 1);
     const double height = (anchor.row - 1 + rows) * kRowHeight;
-    constexpr int kColumnsOfTable = 4;
-    const double left = kTableWidth + (anchor.column - 1 - kColumnsOfTable) * kColumnWidth;
-    const int columns = static_cast<int>(std::lround((height * kPageShape - left) / kColumnWidth));
+    const double width = height * kPageShape - kTableWidth - kGapWidth;
+    const int columns = static_cast<int>(std::lround(width / kColumnWidth));
     return ChartOf(rows, columns);
 }
 

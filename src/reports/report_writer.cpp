@@ -23,7 +23,9 @@ constexpr double kTableColumnWidth = 20;  // characters
 // The columns right of the table have a width of their own, so that charts and print areas come
 // out alike whatever width an engine presets.
 constexpr double kChartColumnWidth = 8.43;
-constexpr const char* kChartColumns = "E1:AN1";
+constexpr const char* kChartColumns = "G1:AP1";
+constexpr double kGapColumnWidth = 2;
+constexpr const char* kGapColumns = "E1:F1";
 
 enum Field : std::size_t {
     Company,
@@ -106,6 +108,9 @@ void StyleBody(Sheet& sheet) {
     body.fontName = kFontName;
     body.fontSize = kFontSize;
     Style(sheet, "A4:D100", body);
+    CellStyle gap;
+    gap.columnWidth = kGapColumnWidth;
+    Style(sheet, kGapColumns, gap);
     CellStyle right;
     right.columnWidth = kChartColumnWidth;
     Style(sheet, kChartColumns, right);

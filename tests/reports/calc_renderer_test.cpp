@@ -137,9 +137,9 @@ TEST_F(CalcRendererTest, FormatsTitleBodyAndNumbers) {
     EXPECT_EQ(looks("A18"), "Arial/8/bold/left//General");
     EXPECT_EQ(looks("D19"), "Arial/8//left//0.0");
     EXPECT_THAT(lines, Contains("Test 1-Graph merged A1:D1"));
-    // What Excel stores for a column of 20 characters, and for one of 8.43.
+    // What Excel stores for a column of 20 characters, for one of 2 and for one of 8.43.
     EXPECT_THAT(lines, IsSupersetOf({"Test 1-Graph width A 20.7", "Test 1-Graph width D 20.7",
-                                     "Test 1-Graph width E 9.1"}));
+                                     "Test 1-Graph width F 2.7", "Test 1-Graph width G 9.1"}));
 }
 
 TEST_F(CalcRendererTest, SetsUpThePage) {

@@ -48,7 +48,7 @@ def sheet_lines(book, sheet):
         yield (f"{sheet.name} merged {address(row, column)}:"
                f"{address(row_end - 1, column_end - 1)}")
     for column, info in sorted(sheet.colinfo_map.items()):
-        if column < 6:
+        if column <= 6:
             yield f"{sheet.name} width {chr(ord('A') + column)} {info.width / 256:.1f}"
     yield from cell_lines(book, sheet)
 

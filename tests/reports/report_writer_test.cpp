@@ -220,7 +220,7 @@ TEST(ReportSheet, PrintsOnOneLandscapePage) {
     EXPECT_EQ(sheet.selected, PlaceOf("A1"));
     ASSERT_TRUE(sheet.page.printArea);
     EXPECT_EQ(sheet.page.printArea->first, PlaceOf("A1"));
-    EXPECT_EQ(AddressOf(*sheet.page.printArea), "A1:S65");
+    EXPECT_EQ(AddressOf(*sheet.page.printArea), "A1:W71");
 }
 
 TEST(ReportSheet, ListsThePoints) {
