@@ -78,8 +78,10 @@ int RunProgram(QApplication& application) {
     CursorPointer pointer;
     ProgramState state;
     Link link(*port, state.linkState, prompts, pointer);
-    const ProgramServices services{*store, places,   clock,      prompts,
-                                   link,   *devices, *shortDate, [] { QApplication::beep(); }};
+    ReportRunner reports(prompts, state.settings);
+    const ProgramServices services{*store,  places,   clock,      prompts,
+                                   link,    *devices, *shortDate, [] { QApplication::beep(); },
+                                   &reports};
     frmMain window(state, services, OpenWindows(state, services));
     frmSplash splash(pointer, [&] { ShowMain(window, places); });
     QuitFilter quitFilter(window);

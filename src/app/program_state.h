@@ -9,6 +9,7 @@
 #include "link/port_devices.h"
 #include "records/directory_file.h"
 #include "records/header_table.h"
+#include "reports/report_runner.h"
 #include "testing/test_sequence.h"
 
 namespace davo {
@@ -38,6 +39,7 @@ struct ProgramServices {
     PortDevices& devices;
     ShortDateFormat& shortDate;
     std::function<void()> beep;
+    ReportRunner* reports = nullptr;  // without it nobody is asked for a report
 };
 
 }  // namespace davo

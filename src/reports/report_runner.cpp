@@ -1,0 +1,88 @@
+#include "reports/report_runner.h"
+
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QScopedValueRollback>
+
+#include "common/text.h"
+#include "reports/background_render.h"
+#include "reports/open_document.h"
+#include "reports/report_writer.h"
+#include "reports/template_file.h"
+
+namespace davo {
+
+ReportRunner::ReportRunner(Prompts& prompts, const Settings& settings, Choose choose, Open open)
+    : prompts_(prompts), settings_(settings), choose_(std::move(choose)), open_(std::move(open)) {}
+
+bool ReportRunner::ShowWorkbook(const QString& path) {
+    return ShowReportInExcel(path);
+}
+
+ReportRenderer& ReportRunner::Renderer() {
+    if (!chosen_) chosen_ = choose_();
+    return *chosen_->renderer;
+}
+
+void ReportRunner::Prepare() {
+    Renderer().Prepare();
+}
+
+QString ReportRunner::WorkbookOf(const QString& reportName) {
+    return settings_.excelPath + reportName + Renderer().Extension();
+}
+
+QString ReportRunner::OverlayWorkbook() {
+    return WorkbookOf(QLatin1String(kOverlayName));
+}
+
+bool ReportRunner::Run(const QString& recordFile, const Show& show) {
+    return Make(recordFile, ReportSource::RecordFile,
+                WorkbookOf(ReportNameOf(QFileInfo(recordFile).fileName())), show);
+}
+
+bool ReportRunner::RunOverlay(const QString& groupFile, const Show& show) {
+    return Make(groupFile, ReportSource::GroupFile, OverlayWorkbook(), show);
+}
+
+bool ReportRunner::Make(const QString& path, ReportSource source, const QString& target,
+                        const Show& show) {
+    if (loop_ != nullptr) return false;
+    const ReportTables tables = ReadReportTables(path, source);
+    // The setting keeps any text that was stored; one outside the page marks no kneepoint.
+    const ReportOptions options{ToPage(settings_.kneepointType).value_or(std::string()),
+                                settings_.showImpedance};
+    QEventLoop loop;
+    const QScopedValueRollback current(loop_, &loop);
+    RenderEnd end;
+    BackgroundRender render(
+        Renderer(),
+        {BuildReport(tables, options), settings_.excelPath + QLatin1String(kTemplateFileName),
+         target},
+        [&show](int n, int m) { show(QString::fromStdString(PlottingGraphText(n, m))); },
+        [&end, &loop](const RenderEnd& how) {
+            end = how;
+            loop.quit();
+        });
+    const QScopedValueRollback cancel(cancel_,
+                                      std::function<void()>([&render] { render.Cancel(); }));
+    // The loop also returns, without an end, when the program is leaving.
+    loop.exec();
+    if (end.error) throw RunTimeError(*end.error);
+    if (!end.complete) return false;
+    SayOnceWhatIsMissing();
+    if (!open_(target)) prompts_.Message(NoProgramText(target));
+    return true;
+}
+
+void ReportRunner::SayOnceWhatIsMissing() {
+    if (!chosen_->isBuiltIn || toldBuiltIn_) return;
+    toldBuiltIn_ = true;
+    prompts_.Message(QLatin1String(kBuiltInRendererText));
+}
+
+void ReportRunner::Cancel() {
+    if (cancel_) cancel_();
+}
+
+}  // namespace davo

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <optional>
+
+#include "common/prompts.h"
+#include "common/settings.h"
+#include "reports/choose_renderer.h"
+#include "reports/test_file_reader.h"
+
+class QEventLoop;
+
+namespace davo {
+
+// What the window that waits for a report shows in its caption.
+inline constexpr const char* kPlottingCaption = "Plotting Excel Graphs, Please Wait...";
+
+// Makes reports in the Excel folder and shows them, while windows go on. One at a time; all of a
+// program's windows share one.
+class ReportRunner {
+  public:
+    using Choose = std::function<ChosenRenderer()>;
+    using Open = std::function<bool(const QString& path)>;
+    // Gets what there is to tell while a report is made.
+    using Show = std::function<void(const QString& text)>;
+
+    // prompts and settings must outlive it. open shows a finished workbook; false: nothing can.
+    ReportRunner(
+        Prompts& prompts, const Settings& settings, Choose choose = [] { return ChooseRenderer(); },
+        Open open = ShowWorkbook);
+
+    // Begins what takes time and can be done ahead; returns at once. For a window that may ask for
+    // a report.
+    void Prepare();
+
+    // Builds the report of recordFile (a full path) as excelPath + its name + the renderer's
+    // extension, and opens it. Other events run meanwhile; show gets "Plotting graph n of m". An
+    // earlier workbook of that name is replaced when the new one is whole. True when the workbook
+    // was written; false when it was cancelled, or one is under way. Throws RunTimeError: what
+    // ReadReportTables, BuildReport and ReportRenderer::Render throw.
+    bool Run(const QString& recordFile, const Show& show);
+
+    // The same for a group file (a full path), as OverlayWorkbook().
+    bool RunOverlay(const QString& groupFile, const Show& show);
+
+    // excelPath + "2Graphs" + the renderer's extension.
+    QString OverlayWorkbook();
+
+    // Leaves the report under way; nothing happens without one.
+    void Cancel();
+
+  private:
+    static bool ShowWorkbook(const QString& path);
+    ReportRenderer& Renderer();
+    QString WorkbookOf(const QString& reportName);
+    bool Make(const QString& path, ReportSource source, const QString& target, const Show& show);
+    void SayOnceWhatIsMissing();
+
+    Prompts& prompts_;
+    const Settings& settings_;
+    const Choose choose_;
+    const Open open_;
+    std::optional<ChosenRenderer> chosen_;
+    bool toldBuiltIn_ = false;
+    QEventLoop* loop_ = nullptr;
+    std::function<void()> cancel_;
+};
+
+}  // namespace davo
