@@ -1,0 +1,406 @@
+// Downloads over a scripted line: the exchange, the questions, what is told and what is on disk.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QTimer>
+
+#include "retrieval/record_reply.h"
+#include "tests/link/fake_serial_port.h"
+#include "tests/retrieval/record_download_bench.h"
+
+namespace davo::test {
+namespace {
+
+using instrument::MemoryRecord;
+using instrument::RecordReply;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+constexpr const char* kReplaceQuestion =
+    "The file TST_012 already exists. Do you want to replace the existing file? ";
+constexpr const char* kNameQuestion = "|Old name: TST_012\r\nEnter a new name: ";
+
+class RecordDownloadTest : public ::testing::Test, public DownloadSurroundings {
+  protected:
+    RecordDownloadTest() {
+        link.OpenComPort(1);
+        port.Always("B", "RDY\r\n");
+        Watch(download);
+    }
+    std::string Located(int number) const { return "L" + std::to_string(1000 + number).substr(1); }
+    // The instrument has record and sends reply for it.
+    void Answer(const MemoryRecord& record, const std::string& reply) {
+        port.OnOutput(Located(record.number), "Record Found\r\n").OnOutput("R", reply);
+    }
+    void Answer(const MemoryRecord& record) { Answer(record, RecordReply(record)); }
+    std::string Header(std::size_t index, const char* name) const {
+        return RecordHeaderLines(tables.dirEntries.at(index), name);
+    }
+    std::string Whole(std::size_t index, const MemoryRecord& record, const char* name) const {
+        return Header(index, name) + ConvertRecordReply(RecordReply(record)).lines;
+    }
+
+    FakeSerialPort port;
+    LinkState state;
+    BusyPointer pointer;
+    Link link{port, state, prompts, pointer};
+    RecordDownload download{link, prompts, tables, dataPath, scratch};
+    const MemoryRecord twelve = MemoryRecordOf(12, 2);
+    const MemoryRecord thirteen = MemoryRecordOf(13, 3);
+};
+
+TEST_F(RecordDownloadTest, FetchesTheSelectedRecords) {
+    Select({twelve, thirteen});
+    Answer(twelve);
+    Answer(thirteen);
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.end, DownloadEnd::Complete);
+    EXPECT_THAT(result.written,
+                ElementsAre(QStringLiteral("TST_012.txt"), QStringLiteral("TST_013.txt")));
+    EXPECT_THAT(result.missing, IsEmpty());
+    EXPECT_THAT(port.sent, ElementsAre("L012", "B", "R", "L013", "B", "R"));
+    EXPECT_EQ(File("TST_012.txt"), Whole(0, twelve, "TST_012"));
+    EXPECT_EQ(File("TST_013.txt"), Whole(1, thirteen, "TST_013"));
+    EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
+    EXPECT_EQ(Directory(),
+              "REC==002\r\n" + tables.dirEntries[0] + "\r\n" + tables.dirEntries[1] + "\r\n");
+    EXPECT_THAT(tables.dirFileNames,
+                ElementsAre(QStringLiteral("TST_012.txt"), QStringLiteral("TST_013.txt")));
+    EXPECT_EQ(ReadWholeFile(scratch + QStringLiteral("TempTEST")), RecordReply(thirteen));
+    EXPECT_THAT(Shown(), IsEmpty());
+    EXPECT_FALSE(download.Running());
+}
+
+TEST_F(RecordDownloadTest, TellsWhatItDoes) {
+    Select({twelve, thirteen});
+    Answer(twelve);
+    Answer(thirteen);
+    download.Run();
+    EXPECT_THAT(status, ElementsAre("Downloading Record 1 of 2", "Downloading Record 2 of 2"));
+    EXPECT_THAT(activity, ElementsAre("Prepare to download from DAVO, Please Wait...",
+                                      "Downloading TST_012 from DAVO, Please Wait...",
+                                      "Prepare to download from DAVO, Please Wait...",
+                                      "Downloading TST_013 from DAVO, Please Wait..."));
+    EXPECT_EQ(progressTotal, RecordReply(twelve).size() + RecordReply(thirteen).size());
+    EXPECT_EQ(progress.front(), 0U);
+    EXPECT_EQ(progress.back(), progressTotal);
+    EXPECT_THAT(progress, ::testing::Contains(RecordReply(twelve).size()));
+}
+
+TEST_F(RecordDownloadTest, CountsRecordsWhenASizeIsNotKnown) {
+    // A hundred tests do not fit the two columns of the count.
+    const MemoryRecord hundred = MemoryRecordOf(14, 100);
+    Select({twelve, hundred});
+    Answer(twelve);
+    Answer(hundred);
+    download.Run();
+    EXPECT_EQ(progressTotal, 2U);
+    EXPECT_THAT(progress, ElementsAre(0, 1, 2));
+    EXPECT_THAT(File("TST_014.txt"), HasSubstr("REC NUMBER:  100\r\n"));
+}
+
+TEST_F(RecordDownloadTest, LetsTheOldFileGoOnlyForTheNewOne) {
+    Select({twelve});
+    Put("TST_012.txt", "old");
+    prompts.answers = {Answer::Yes};
+    prompts.onMessage = [&](const QString&) { EXPECT_EQ(File("TST_012.txt"), "old"); };
+    RecordDownloadTest::Answer(twelve);
+    EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
+    EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, "The record TST_012 shall be overwritten!"));
+    // The default button is none that destroys.
+    EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
+    EXPECT_EQ(File("TST_012.txt"), Whole(0, twelve, "TST_012"));
+}
+
+TEST_F(RecordDownloadTest, WritesUnderANewName) {
+    Select({twelve});
+    Put("TST_012.txt", "old");
+    prompts.answers = {Answer::No};
+    prompts.inputs = {QStringLiteral("CT12")};
+    RecordDownloadTest::Answer(twelve);
+    const DownloadResult result = download.Run();
+    EXPECT_THAT(result.written, ElementsAre(QStringLiteral("CT12.txt")));
+    EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, kNameQuestion));
+    EXPECT_EQ(File("TST_012.txt"), "old");
+    EXPECT_EQ(File("CT12.txt"), Whole(0, twelve, "CT12"));
+    EXPECT_THAT(File("CT12.txt"), StartsWith("TEST NUMBER: CT12\r\n"));
+    EXPECT_THAT(Directory(), StartsWith("REC==001\r\nCT12!"));
+    EXPECT_THAT(port.sent, ElementsAre("L012", "B", "R"));
+}
+
+TEST_F(RecordDownloadTest, AsksAgainForANameThatExists) {
+    Select({twelve});
+    Put("TST_012.txt", "old");
+    Put("CT12.txt", "other");
+    prompts.answers = {Answer::No};
+    prompts.inputs = {QStringLiteral("CT12"), QStringLiteral("CT13")};
+    RecordDownloadTest::Answer(twelve);
+    download.Run();
+    EXPECT_THAT(Shown(),
+                ElementsAre(kReplaceQuestion, kNameQuestion,
+                            "The name CT12 already exists. Please rename.", kNameQuestion));
+    EXPECT_EQ(File("CT12.txt"), "other");
+    EXPECT_EQ(File("CT13.txt"), Whole(0, twelve, "CT13"));
+}
+
+TEST_F(RecordDownloadTest, AsksAgainForANameThatCannotBe) {
+    Select({twelve});
+    Put("TST_012.txt", "old");
+    prompts.answers = {Answer::No};
+    const QString greek = QStringLiteral("\u03A9-TEST");
+    const QString accented = QStringLiteral("Pr\u00FCfung");
+    for (const char* name :
+         {"../CT", "a\\b", "C:x", "a*", "a?", "a\"b", "<a", "a>", "a|b", "a.txt", "a!b", "a\tb"}) {
+        prompts.inputs.push_back(QString::fromLatin1(name));
+    }
+    prompts.inputs.push_back(greek);
+    prompts.inputs.push_back(QString(101, QLatin1Char('x')));
+    prompts.inputs.push_back(QStringLiteral(" ") + accented);
+    RecordDownloadTest::Answer(twelve);
+    const DownloadResult result = download.Run();
+    EXPECT_THAT(result.written, ElementsAre(accented + QStringLiteral(".txt")));
+    const auto shown = Shown();
+    ASSERT_EQ(shown.size(), 1U + 2 * 14 + 1);
+    for (std::size_t i = 0; i < 12; ++i)
+        EXPECT_THAT(
+            shown[2 + 2 * i],
+            AllOf(StartsWith("The name "),
+                  HasSubstr("has a character that a file name cannot have.\r\nThese are not "
+                            "possible: \\ / : * ? \" < > | . !")));
+    EXPECT_EQ(shown[26], "The name " + greek.toStdString() +
+                             " has a character that a record file cannot hold.");
+    EXPECT_EQ(shown[28], "The name is too long. At most 100 characters are possible.");
+    EXPECT_THAT(File((accented + QStringLiteral(".txt")).toUtf8().constData()), "(none)");
+    EXPECT_THAT(ReadWholeFile(dataPath + accented + QStringLiteral(".txt")),
+                StartsWith("TEST NUMBER: Pr\xFC"
+                           "fung\r\n"));
+}
+
+TEST_F(RecordDownloadTest, SkipsARecordWithoutANewName) {
+    for (const std::optional<QString>& answer : {std::optional<QString>(), std::optional(QString()),
+                                                 std::optional(QStringLiteral("  "))}) {
+        tables = {};
+        Select({twelve, thirteen});
+        Put("TST_012.txt", "old");
+        QFile::remove(dataPath + QStringLiteral("TST_013.txt"));
+        prompts.answers = {Answer::No};
+        prompts.inputs = {answer};
+        prompts.shown.clear();
+        RecordDownloadTest::Answer(thirteen);
+        const DownloadResult result = download.Run();
+        EXPECT_EQ(result.end, DownloadEnd::Complete);
+        EXPECT_THAT(result.written, ElementsAre(QStringLiteral("TST_013.txt")));
+        EXPECT_THAT(result.missing, IsEmpty());
+        EXPECT_EQ(File("TST_012.txt"), "old");
+        EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[1] + "\r\n");
+        EXPECT_EQ(progress.back(), progressTotal);
+        EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, kNameQuestion));
+        progress.clear();
+    }
+}
+
+TEST_F(RecordDownloadTest, EndsAtOnceWhenItIsCancelled) {
+    Select({thirteen, twelve, MemoryRecordOf(14, 1)});
+    Put("TST_012.txt", "old");
+    prompts.answers = {Answer::Cancel};
+    RecordDownloadTest::Answer(thirteen);
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.end, DownloadEnd::Cancelled);
+    EXPECT_THAT(result.missing, ElementsAre("TST_012", "TST_014"));
+    EXPECT_THAT(port.sent, ElementsAre("L013", "B", "R"));
+    EXPECT_EQ(File("TST_012.txt"), "old");
+    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
+    EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion));
+    // What is listed can be loaded.
+    DirectoryTables loaded;
+    LoadDirectoryFile(dataPath, loaded);
+    EXPECT_EQ(loaded.recordCount, 1);
+}
+
+TEST_F(RecordDownloadTest, EndsWhereARecordIsNotFound) {
+    Select({thirteen, twelve, MemoryRecordOf(14, 1)});
+    RecordDownloadTest::Answer(thirteen);
+    port.OnOutput("L012", "Record Not Found\r\n");
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.end, DownloadEnd::NotFound);
+    EXPECT_THAT(port.sent, ElementsAre("L013", "B", "R", "L012"));
+    EXPECT_EQ(File("TST_013.txt"), Whole(0, thirteen, "TST_013"));
+    EXPECT_EQ(File("TST_012.txt"), Header(1, "TST_012"));
+    EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
+    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    EXPECT_THAT(Shown(), ElementsAre("Record Not Found: the DAVO does not have the record TST_012."
+                                     "\r\nNot downloaded: TST_012, TST_014"));
+}
+
+TEST_F(RecordDownloadTest, HasAHeaderOnlyForAnEmptyReply) {
+    Select({twelve, thirteen});
+    RecordDownloadTest::Answer(twelve, "\r\nDONE\r\n");
+    RecordDownloadTest::Answer(thirteen);
+    EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
+    EXPECT_EQ(File("TST_012.txt"), Header(0, "TST_012"));
+    EXPECT_EQ(File("TST_013.txt"), Whole(1, thirteen, "TST_013"));
+    EXPECT_THAT(Directory(), StartsWith("REC==002\r\n"));
+    EXPECT_THAT(Shown(), IsEmpty());
+}
+
+TEST_F(RecordDownloadTest, TellsOfTestsThatAreMissingOrDamaged) {
+    Select({twelve, thirteen});
+    const std::string reply = RecordReply(thirteen);
+    std::string noisy = RecordReply(twelve);
+    noisy[34 * 15] = '?';
+    RecordDownloadTest::Answer(twelve, noisy);
+    RecordDownloadTest::Answer(thirteen, reply.substr(0, 34 * 31) + "\r\nDONE\r\n");
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.end, DownloadEnd::Complete);
+    EXPECT_THAT(Shown(), ElementsAre("TST_012: the values of these tests arrived damaged: 1.\r\n"
+                                     "TST_013: only 2 of 3 tests were received."));
+    EXPECT_THAT(File("TST_013.txt"), AllOf(HasSubstr("REC NUMBER:  2\r\n"),
+                                           ::testing::Not(HasSubstr("REC NUMBER:  3\r\n"))));
+}
+
+TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
+    Select({thirteen, twelve, MemoryRecordOf(14, 1)});
+    Put("TST_012.txt", "old");
+    prompts.answers = {Answer::Yes};
+    RecordDownloadTest::Answer(thirteen);
+    port.OnOutput("L012", "Record Found\r\n").OnOutputDo("R", [&] {
+        port.Deliver(RecordReply(twelve).substr(0, 500));
+        port.Unplug(FakeSerialPort::Delay(5));
+    });
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.end, DownloadEnd::Lost);
+    EXPECT_THAT(result.missing, ElementsAre("TST_012", "TST_014"));
+    EXPECT_EQ(File("TST_012.txt"), "old");
+    EXPECT_EQ(File("TST_013.txt"), Whole(0, thirteen, "TST_013"));
+    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
+    EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, "The record TST_012 shall be overwritten!",
+                                     Link::LostMessage().toStdString(),
+                                     "The DAVO cannot be reached.\r\n"
+                                     "Not downloaded: TST_012, TST_014"));
+}
+
+TEST_F(RecordDownloadTest, WritesNothingOverAClosedPort) {
+    Select({twelve});
+    Put("TST_012.txt", "old");
+    link.CloseComPort();
+    EXPECT_EQ(download.Run().end, DownloadEnd::Lost);
+    EXPECT_EQ(File("TST_012.txt"), "old");
+    EXPECT_EQ(Directory(), "REC==000\r\n");
+    EXPECT_THAT(Shown(), ElementsAre("The DAVO cannot be reached.\r\nNot downloaded: TST_012"));
+}
+
+TEST_F(RecordDownloadTest, WritesNothingWhileAnotherExchangeHasTheLine) {
+    Select({twelve});
+    port.OnOutput("W", "model\r\n", FakeSerialPort::Delay(50));
+    DownloadResult result;
+    QTimer::singleShot(0, [&] { result = download.Run(); });
+    link.SendCommand("W", "\r\n");
+    EXPECT_EQ(result.end, DownloadEnd::Lost);
+    EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL"));
+}
+
+TEST_F(RecordDownloadTest, CanBeLeftInEachExchange) {
+    for (const char* at : {"L012", "B", "R"}) {
+        tables = {};
+        Select({thirteen, twelve});
+        QFile::remove(dataPath + QStringLiteral("TST_013.txt"));
+        Put("TST_012.txt", "old");
+        prompts.answers = {Answer::Yes};
+        prompts.shown.clear();
+        progress.clear();
+        port.steps.clear();
+        port.always.clear();
+        port.OnOutput("L013", "Record Found\r\n").OnOutput("B", "RDY\r\n");
+        port.OnOutput("R", RecordReply(thirteen));
+        const auto leave = [&] { QTimer::singleShot(1, [&] { download.Leave(); }); };
+        for (const char* command : {"L012", "B", "R"}) {
+            if (std::string(command) == at) {
+                port.OnOutputDo(command, leave);
+                break;
+            }
+            port.OnOutput(command, *command == 'L' ? "Record Found\r\n" : "RDY\r\n");
+        }
+        const DownloadResult result = download.Run();
+        EXPECT_EQ(result.end, DownloadEnd::Left) << at;
+        EXPECT_THAT(result.missing, ElementsAre("TST_012"));
+        EXPECT_EQ(File("TST_012.txt"), "old");
+        EXPECT_EQ(File("TST_013.txt"), Whole(0, thirteen, "TST_013"));
+        EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+        EXPECT_EQ(Shown().back(), "The download was ended.\r\nNot downloaded: TST_012");
+        EXPECT_FALSE(download.Running());
+    }
+}
+
+TEST_F(RecordDownloadTest, EndsWithTheWaitThatIsEndedElsewhere) {
+    Select({twelve});
+    port.OnOutputDo("L012", [&] { QTimer::singleShot(1, [&] { link.EndWait(); }); });
+    EXPECT_EQ(download.Run().end, DownloadEnd::Left);
+    EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL"));
+}
+
+TEST_F(RecordDownloadTest, EndsWithTheAnswerWhenItIsLeftInAQuestion) {
+    Select({twelve});
+    Put("TST_012.txt", "old");
+    prompts.answers = {Answer::Yes};
+    prompts.onMessage = [&](const QString&) { download.Leave(); };
+    EXPECT_EQ(download.Run().end, DownloadEnd::Left);
+    EXPECT_THAT(port.sent, IsEmpty());
+    EXPECT_EQ(File("TST_012.txt"), "old");
+}
+
+TEST_F(RecordDownloadTest, LeaveWithoutARunDoesNothing) {
+    download.Leave();
+    Select({twelve});
+    RecordDownloadTest::Answer(twelve);
+    EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
+}
+
+TEST_F(RecordDownloadTest, ForgetsTheRestOfAnEarlierReply) {
+    Select({twelve});
+    port.waiting = "FFFF\r\n";
+    port.Deliver("FFFF\r\nDONE\r\n", FakeSerialPort::Delay(10));
+    RecordDownloadTest::Answer(twelve);
+    download.Run();
+    EXPECT_EQ(File("TST_012.txt"), Whole(0, twelve, "TST_012"));
+}
+
+TEST_F(RecordDownloadTest, SaysWhichFileCannotBeWritten) {
+    Select({twelve, thirteen});
+    QDir().mkpath(dataPath + QStringLiteral("TST_013.txt"));  // a folder of that name
+    RecordDownloadTest::Answer(twelve);
+    RecordDownloadTest::Answer(thirteen);
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.end, DownloadEnd::Failed);
+    EXPECT_THAT(result.missing, ElementsAre("TST_013"));
+    EXPECT_EQ(File("TST_012.txt"), Whole(0, twelve, "TST_012"));
+    ASSERT_EQ(Shown().size(), 1U);
+    EXPECT_THAT(Shown()[0], AllOf(HasSubstr("Permission denied"), HasSubstr("TST_013.txt"),
+                                  HasSubstr("\r\nNot downloaded: TST_013")));
+    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+}
+
+TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreMissing) {
+    std::vector<MemoryRecord> memory;
+    for (int i = 101; i <= 130; ++i)
+        memory.push_back(MemoryRecordOf(i, 1));
+    Select(memory);
+    link.CloseComPort();
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.missing.size(), 30U);
+    EXPECT_THAT(Shown().back(), HasSubstr("TST_119, TST_120 and 10 more"));
+}
+
+TEST_F(RecordDownloadTest, DownloadsNothingOfAnEmptySelection) {
+    EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
+    EXPECT_THAT(port.sent, IsEmpty());
+    EXPECT_EQ(Directory(), "REC==000\r\n");
+}
+
+}  // namespace
+}  // namespace davo::test
