@@ -65,6 +65,14 @@ Workbook ReportOf(int tests) {
     return BuildReport(ParseFile(FileText(tests)), {"IEEE 30 Degree Marker", true});
 }
 
+// Makes disk a folder with a file system of its own; false where that is not allowed.
+bool Mount(const QString& disk, const QStringList& options) {
+    if (!QDir().mkpath(disk)) return false;
+    QStringList arguments{QStringLiteral("-t"), QStringLiteral("tmpfs")};
+    arguments << options << QStringLiteral("tmpfs") << disk;
+    return QProcess::execute(QStringLiteral("mount"), arguments) == 0;
+}
+
 class CalcFaultsTest : public testing::Test {
   protected:
     CalcFaultsTest() {
@@ -196,11 +204,13 @@ TEST_F(CalcFaultsTest, RefusesATemplateThatIsMissing) {
 }
 
 TEST_F(CalcFaultsTest, RefusesATemplateThatIsNoWorkbookOrHasNoModel) {
+    ASSERT_TRUE(Render());
+    const std::string withoutModel = ReadWholeFile(target_);  // its sheets bear tests' names
     ReplaceFile(target_, "old");
     const std::string whole = ReadWholeFile(QLatin1String(kTemplate));
     template_ = folder_.Path("DAVO_Header.xls");
     for (const std::string& bytes :
-         {std::string(), std::string("no workbook"), whole.substr(0, 600),
+         {withoutModel, std::string(), std::string("no workbook"), whole.substr(0, 600),
           std::string("\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1") + std::string(5000, 'x')}) {
         ReplaceFile(template_, bytes);
         const std::string text = ErrorOf(ErrorNumber::Automation);
@@ -227,16 +237,25 @@ TEST_F(CalcFaultsTest, DoesNotMindALockFileBesideTheTarget) {
 
 TEST_F(CalcFaultsTest, FillsADiskAndLeavesTheOldWorkbook) {
     const QString disk = folder_.Path("disk");
-    ASSERT_TRUE(QDir().mkpath(disk));
-    QProcess mount;
-    mount.start(QStringLiteral("mount"),
-                {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
-                 QStringLiteral("size=16k"), QStringLiteral("tmpfs"), disk});
-    mount.waitForFinished();
-    if (mount.exitCode() != 0) GTEST_SKIP() << "no file system may be mounted here";
+    if (!Mount(disk, {QStringLiteral("-o"), QStringLiteral("size=16k")}))
+        GTEST_SKIP() << "no file system may be mounted here";
     target_ = disk + QStringLiteral("/T0012.xls");
     ReplaceFile(target_, "old");
     ErrorOf(ErrorNumber::DiskFull);
+    EXPECT_EQ(QDir(disk).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    QProcess::execute(QStringLiteral("umount"), {disk});
+}
+
+TEST_F(CalcFaultsTest, LeavesTheOldWorkbookInAFolderThatMayNotBeWritten) {
+    const QString disk = folder_.Path("disk");
+    if (!Mount(disk, {})) GTEST_SKIP() << "no file system may be mounted here";
+    target_ = disk + QStringLiteral("/T0012.xls");
+    ReplaceFile(target_, "old");
+    ASSERT_EQ(QProcess::execute(QStringLiteral("mount"),
+                                {QStringLiteral("-o"), QStringLiteral("remount,ro"), disk}),
+              0);
+    EXPECT_EQ(ErrorOf(ErrorNumber::PermissionDenied),
+              "Run-time error '70': Permission denied: " + target_.toStdString());
     EXPECT_EQ(QDir(disk).entryList(QDir::Files | QDir::Hidden).size(), 1);
     QProcess::execute(QStringLiteral("umount"), {disk});
 }

@@ -25,6 +25,10 @@ class SmallDisk {
     SmallDisk(const SmallDisk&) = delete;
     SmallDisk& operator=(const SmallDisk&) = delete;
 
+    void RefuseWriting() const {
+        ASSERT_EQ(::mount("none", Name().constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    }
+
     bool IsMounted() const { return mounted_; }
     QString Path(const char* name) const { return folder_.Path(name); }
     QByteArray Name() const { return QFile::encodeName(folder_.Path()); }
@@ -53,6 +57,16 @@ TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookWhenTheDiskIsFull) {
     EXPECT_EQ(ReadWholeFile(path), "old");
     EXPECT_EQ(QDir(disk.Path("")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
               QStringList(QStringLiteral("T0012.xlsx")));
+}
+
+TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookInAFolderThatMayNotBeWritten) {
+    const SmallDisk disk;
+    if (!disk.IsMounted()) GTEST_SKIP() << "a small disk can be mounted by root only";
+    const QString path = disk.Path("T0012.xlsx");
+    ReplaceFile(path, "old");
+    disk.RefuseWriting();
+    EXPECT_EQ(ErrorAt(path), 70);
+    EXPECT_EQ(ReadWholeFile(path), "old");
 }
 
 TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookWhenThereIsNoRoomToPrepareIt) {
