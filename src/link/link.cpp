@@ -82,19 +82,19 @@ class Link::Waiting {
 class Link::Pacing {
   public:
     Pacing(Link& link, std::string_view characters, std::string_view echoes,
-           std::chrono::milliseconds patience, const std::function<void(std::size_t)>& onSent)
+           std::chrono::milliseconds patience, const std::function<void(std::size_t, bool)>& onSent)
         : link_(link), characters_(characters), echoes_(echoes), onSent_(onSent) {
         limit_.setSingleShot(true);
         limit_.setTimerType(Qt::PreciseTimer);
         limit_.setInterval(patience);
-        limit_.callOnTimeout([this] { Next(); });
+        limit_.callOnTimeout([this] { Next(false); });
     }
 
     void Begin() { Send(); }
     void TextWaiting() {
         if (Over()) return;
         reply_ += link_.port_.Input();
-        if (Contains(reply_, echoes_.substr(done_, 1))) Next();
+        if (Contains(reply_, echoes_.substr(done_, 1))) Next(true);
     }
     std::size_t Done() const { return done_; }
 
@@ -105,10 +105,10 @@ class Link::Pacing {
         limit_.start();
         link_.port_.Output(characters_.substr(done_, 1));
     }
-    void Next() {
+    void Next(bool echoed) {
         if (Over()) return;
         ++done_;
-        onSent_(done_);
+        onSent_(done_, echoed);
         if (!Over()) {
             Send();
             return;
@@ -120,7 +120,7 @@ class Link::Pacing {
     Link& link_;
     std::string_view characters_;
     std::string_view echoes_;
-    const std::function<void(std::size_t)>& onSent_;
+    const std::function<void(std::size_t, bool)>& onSent_;
     QTimer limit_;
     std::string reply_;
     std::size_t done_ = 0;
@@ -230,7 +230,7 @@ std::string Link::Gather(std::string_view command, std::string_view expectedRepl
 
 std::size_t Link::SendPaced(std::string_view characters, std::string_view echoes,
                             std::chrono::milliseconds patience,
-                            const std::function<void(std::size_t done)>& onSent) {
+                            const std::function<void(std::size_t, bool)>& onSent) {
     lastWaitEnded_ = false;
     if (!state_.portOpen || wait_ || characters.empty()) return 0;
     std::size_t done = 0;

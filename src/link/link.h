@@ -74,12 +74,13 @@ class Link {
 
     // Sends characters (none of them is a command) one at a time, each when the reply to the one
     // before contains the character at its place in echoes, which is as long; when that does not
-    // come within patience, the next is sent all the same. onSent gets the number of characters
-    // done with and must not throw. Sending goes on while a question is on the screen. Returns that
-    // number: less than all when the port is closed, the wait was ended or the port was lost.
+    // come within patience, the next is sent all the same. onSent gets how many are done with and
+    // whether the last of them was echoed; it must not throw, and an EndWait in it keeps the next
+    // one back. Sending goes on while a question is on the screen. Returns how many are done with:
+    // less than all when the port is closed, the wait was ended or the port was lost.
     std::size_t SendPaced(std::string_view characters, std::string_view echoes,
                           std::chrono::milliseconds patience,
-                          const std::function<void(std::size_t done)>& onSent);
+                          const std::function<void(std::size_t done, bool echoed)>& onSent);
 
     // Sends command and gathers by receive events until "DONE" is there; without limit.
     std::string SendCommandAwaitDone(std::string_view command, std::string_view expectedReply);

@@ -1,0 +1,192 @@
+#include "retrieval/header_upload.h"
+
+#include <QScopedValueRollback>
+#include <QStringList>
+#include <algorithm>
+#include <utility>
+
+#include "common/text.h"
+
+namespace davo {
+
+namespace {
+
+constexpr std::string_view kReadyCommand = "B";
+constexpr std::string_view kReady = "RDY\r\n";
+constexpr std::string_view kErasing = "ERASING";
+constexpr std::string_view kPrompt = "H:\r\n";
+// No echo for so long: the instrument has what it waited for.
+constexpr std::chrono::milliseconds kRestPatience{500};
+
+// What is still to come of the prompt behind text that may end in the middle of it.
+std::string_view RestOfPrompt(std::string_view text) {
+    if (Contains(text, kPrompt)) return {};
+    for (std::size_t length = kPrompt.size() - 1; length > 0; --length) {
+        if (text.ends_with(kPrompt.substr(0, length))) return kPrompt.substr(length);
+    }
+    return kPrompt;
+}
+
+}  // namespace
+
+QString DifferingMessage(const std::vector<int>& differing) {
+    QStringList numbers;
+    for (const int slot : differing)
+        numbers << QString::number(slot);
+    const QString named = numbers.size() == 1
+                              ? QStringLiteral("header slot ") + numbers.front()
+                              : QStringLiteral("header slots ") +
+                                    numbers.mid(0, numbers.size() - 1).join(QStringLiteral(", ")) +
+                                    QStringLiteral(" and ") + numbers.back();
+    return QStringLiteral(
+               "The DAVO did not store %1 as sent.\r\n"
+               "Please save the headers to the DAVO again.")
+        .arg(named);
+}
+
+HeaderExchange::HeaderExchange(Link& link, Prompts& prompts, std::function<bool()> openPort,
+                               HeaderPatience patience)
+    : link_(link), prompts_(prompts), openPort_(std::move(openPort)), patience_(patience) {}
+
+bool HeaderExchange::Read(HeaderSlots& slots) {
+    leaving_ = false;
+    atOnce_ = false;
+    Status(QStringLiteral("Reading the headers of the DAVO..."));
+    if (!Ready()) return false;
+    const auto read = Fetch();
+    if (!read) return false;
+    std::copy_n(read->begin(), kHeaderSlotCount, slots.begin());
+    return true;
+}
+
+UploadResult HeaderExchange::Upload(const HeaderSlots& slots) {
+    leaving_ = false;
+    atOnce_ = false;
+    notEchoed_ = 0;
+    const std::string upload = JoinSlots(slots);
+    Status(QStringLiteral("Preparing the DAVO for the headers..."));
+    if (!Ready()) return {link_.LastWaitEnded() ? UploadEnd::Ended : UploadEnd::NotReady, {}};
+    const bool asked = EraseAndSend(upload);
+    if (leaving_ || link_.LastWaitEnded()) return {UploadEnd::Ended, {}};
+    if (asked) return Compare(upload);
+    prompts_.Message(QLatin1String(kNotReadyMessage));
+    return {UploadEnd::NotReady, {}};
+}
+
+void HeaderExchange::Leave() {
+    atOnce_ = !unfinished_ || leaving_;
+    leaving_ = true;
+    if (atOnce_) link_.EndWait();
+}
+
+bool HeaderExchange::Ready() {
+    if (!link_.State().portOpen) openPort_();
+    std::string reply = link_.SendCommand(kReadyCommand, kReady);
+    if (Contains(reply, kReadyCommand) && !Contains(reply, kReady)) {
+        FinishBrokenUpload();
+        if (leaving_ || !link_.State().portOpen) return false;
+        reply = link_.SendCommand(kReadyCommand, kReady);
+    }
+    if (!reply.empty()) return true;
+    if (!link_.LastWaitEnded()) prompts_.Message(QLatin1String(kNotReadyMessage));
+    return false;
+}
+
+// An instrument that echoes a command takes it for a header: an upload broke off, the rest of it is
+// what the instrument waits for.
+void HeaderExchange::FinishBrokenUpload() {
+    const std::string fill(kHeaderMemoryWidth, kEmptySlotFill);
+    link_.SendPaced(fill, EchoesOf(fill), kRestPatience, [this](std::size_t, bool echoed) {
+        if (!echoed) link_.EndWait();
+    });
+}
+
+std::optional<HeaderSlots> HeaderExchange::Fetch() {
+    return CutSlots(link_.SendCommand("Fr", kLineEnd, patience_.reply));
+}
+
+bool HeaderExchange::EraseAndSend(const std::string& upload) {
+    const QScopedValueRollback afterwards(unfinished_);
+    unfinished_ = true;
+    if (!Erase()) return false;
+    if (leaving_) {
+        SendRest(upload, 0);
+    } else {
+        Send(upload);
+    }
+    return true;
+}
+
+bool HeaderExchange::Erase() {
+    Status(QStringLiteral("The DAVO is erasing its headers..."));
+    const std::string erasing = link_.SendCommand("Fh", kErasing, patience_.reply);
+    const std::size_t at = erasing.find(kErasing);
+    if (at == std::string::npos) return false;
+    const std::string_view rest = RestOfPrompt(Middle(erasing, at));
+    return rest.empty() || Contains(link_.ReadOn(rest, patience_.erasing), rest);
+}
+
+void HeaderExchange::Send(const std::string& upload) {
+    Status(SlotText(0));
+    const std::size_t done =
+        link_.SendPaced(upload, EchoesOf(upload), patience_.echo,
+                        [this](std::size_t sent, bool echoed) { SentUpTo(sent, echoed); });
+    if (leaving_) SendRest(upload, done);
+}
+
+void HeaderExchange::SentUpTo(std::size_t done, bool echoed) {
+    if (!echoed) ++notEchoed_;
+    if (OnProgress) OnProgress(done);
+    if (leaving_) {
+        link_.EndWait();
+    } else if (done < kHeaderMemoryWidth && (!echoed || done % kHeaderSlotWidth == 0)) {
+        Status(SlotText(done));
+    }
+}
+
+QString HeaderExchange::SlotText(std::size_t done) const {
+    const QString slot =
+        QStringLiteral("slot %1 of %2").arg(done / kHeaderSlotWidth + 1).arg(kHeaderSlotCount);
+    if (notEchoed_ == 0) return slot;
+    return slot + (notEchoed_ == 1
+                       ? QStringLiteral(", 1 character not answered")
+                       : QStringLiteral(", %1 characters not answered").arg(notEchoed_));
+}
+
+void HeaderExchange::SendRest(const std::string& upload, std::size_t done) {
+    if (atOnce_ || notEchoed_ > 0) return;
+    Status(QStringLiteral("Ending the upload..."));
+    // An instrument in the middle of an upload takes every command for a header.
+    const std::size_t whole = (done + kHeaderSlotWidth - 1) / kHeaderSlotWidth * kHeaderSlotWidth;
+    const std::string ended =
+        upload.substr(0, whole) + std::string(upload.size() - whole, kEmptySlotFill);
+    const std::string echoes = EchoesOf(ended);
+    link_.SendPaced(Middle(ended, done), Middle(echoes, done), patience_.echo,
+                    [this](std::size_t, bool echoed) {
+                        if (!echoed) link_.EndWait();
+                    });
+}
+
+UploadResult HeaderExchange::Compare(const std::string& upload) {
+    Status(QStringLiteral("Reading the headers back..."));
+    std::optional<HeaderSlots> stored;
+    if (!link_.SendCommand(kReadyCommand, kReady).empty()) stored = Fetch();
+    if (link_.LastWaitEnded()) return {UploadEnd::Ended, {}};
+    if (!stored) return {UploadEnd::NotReadBack, {}};
+    UploadResult result;
+    const std::string back = JoinSlots(*stored);
+    for (int slot = 1; slot <= kHeaderSlotCount; ++slot) {
+        const std::size_t at = static_cast<std::size_t>(slot - 1) * kHeaderSlotWidth;
+        if (back.compare(at, kHeaderSlotWidth, upload, at, kHeaderSlotWidth) != 0) {
+            result.differing.push_back(slot);
+        }
+    }
+    if (!result.differing.empty()) result.end = UploadEnd::Differs;
+    return result;
+}
+
+void HeaderExchange::Status(const QString& text) const {
+    if (OnStatus) OnStatus(text);
+}
+
+}  // namespace davo

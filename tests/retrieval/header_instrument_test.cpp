@@ -1,0 +1,206 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <random>
+
+#include "common/text.h"
+#include "retrieval/header_upload.h"
+#include "tests/retrieval/header_line.h"
+#include "tests/support/random_seed.h"
+
+namespace davo::test {
+
+namespace {
+
+using instrument::FaultKind;
+using std::chrono::milliseconds;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const QString kNotReady = QStringLiteral("DAVO is not ready.  Please check equipment.");
+// What the instrument says before the first echo: "RDY" and a line end, "ERASING...", "H:" and one.
+constexpr double kBeforeEchoes = 5 + 10 + 4;
+
+// The uploads against the simulated instrument.
+class HeaderInstrument : public ::testing::Test {
+  protected:
+    HeaderExchange MakeExchange() {
+        return {line.link,
+                line.prompts,
+                [this] { return line.Open(); },
+                {milliseconds(150), milliseconds(500), milliseconds(2000)}};
+    }
+    static HeaderSlots SomeSlots() {
+        HeaderSlots slots;
+        for (std::size_t i = 0; i < 10; i += 2) {
+            HeaderBoxes boxes{"COMPANY " + std::to_string(i), "XB", "", "M\xFCller"};
+            slots[i] = PackSlot(boxes);
+        }
+        return slots;
+    }
+    // The instrument is ready for commands.
+    bool Answers() { return line.link.SendCommand("B", "RDY\r\n") == "RDY\r\n"; }
+
+    HeaderLine line;
+};
+
+TEST_F(HeaderInstrument, WhatIsUploadedIsReadBack) {
+    HeaderExchange exchange = MakeExchange();
+    HeaderSlots slots;
+    ASSERT_TRUE(exchange.Read(slots));
+    EXPECT_EQ(UnpackSlot(slots[0])[0], "CENTRAL POWER");
+    EXPECT_EQ(UnpackSlot(slots[2]), HeaderBoxes());
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Stored);
+    EXPECT_EQ(line.Instrument().HeaderMemory(), JoinSlots(SomeSlots()));
+    EXPECT_THAT(line.prompts.shown, IsEmpty());
+    EXPECT_TRUE(Answers());
+}
+
+TEST_F(HeaderInstrument, RandomSlotsComeBackAsTheyWerePacked) {
+    std::mt19937_64 random(RandomSeed(31));
+    HeaderExchange exchange = MakeExchange();
+    for (int run = 0; run < 5; ++run) {
+        HeaderSlots slots;
+        std::array<HeaderBoxes, 10> shown;
+        for (std::size_t i = 0; i < 10; ++i) {
+            HeaderBoxes boxes;
+            for (std::string& box : boxes) {
+                box.assign(random() % 3 == 0 ? 0 : random() % 26, ' ');
+                // Code 255 is what marks an empty place.
+                for (char& c : box)
+                    c = static_cast<char>(random() % 2 ? ' ' + random() % 95
+                                                       : 0xA0 + random() % 95);
+            }
+            if (random() % 3 == 0) boxes.fill("");
+            slots[i] = PackSlot(boxes);
+            shown[i] = UnpackSlot(slots[i]);
+        }
+        ASSERT_EQ(exchange.Upload(slots).end, UploadEnd::Stored);
+        HeaderSlots read;
+        ASSERT_TRUE(exchange.Read(read));
+        for (std::size_t i = 0; i < 10; ++i)
+            ASSERT_EQ(UnpackSlot(read[i]), shown[i]);
+    }
+}
+
+TEST_F(HeaderInstrument, ADroppedEchoTakesThePatienceAndAllIsStored) {
+    HeaderLine dropping(false, {{FaultKind::DroppedEcho, 325, 0}});
+    HeaderExchange exchange(dropping.link, dropping.prompts, [&] { return dropping.Open(); },
+                            {milliseconds(150), milliseconds(500), milliseconds(2000)});
+    std::vector<std::size_t> late;
+    QElapsedTimer since;
+    since.start();
+    exchange.OnProgress = [&](std::size_t done) {
+        if (since.restart() >= 140) late.push_back(done);
+    };
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Stored);
+    EXPECT_THAT(late, ::testing::Contains(325U));
+    EXPECT_EQ(dropping.Instrument().HeaderMemory(), JoinSlots(SomeSlots()));
+}
+
+TEST_F(HeaderInstrument, TheUsualPatienceWithAnEchoIsTwoSeconds) {
+    EXPECT_EQ(HeaderPatience().echo, milliseconds(2000));
+}
+
+TEST_F(HeaderInstrument, NothingIsWrittenToASilentInstrument) {
+    line.Instrument().SetFaults({{FaultKind::Silent, 0, 0}});
+    const std::string before = line.Instrument().HeaderMemory();
+    HeaderExchange exchange = MakeExchange();
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::NotReady);
+    EXPECT_THAT(line.prompts.shown, ElementsAre(kNotReady));
+    EXPECT_EQ(line.Instrument().HeaderMemory(), before);
+    EXPECT_EQ(line.Instrument().AllFromPc(), "B");
+}
+
+TEST_F(HeaderInstrument, ASlotThatComesBackWithAWrongBitIsNamed) {
+    const double readBack = kBeforeEchoes + 1600 + 5;
+    line.Instrument().SetFaults({{FaultKind::Flip, readBack + 2 * 160 + 3, 1}});
+    HeaderExchange exchange = MakeExchange();
+    const UploadResult result = exchange.Upload(SomeSlots());
+    EXPECT_EQ(result.end, UploadEnd::Differs);
+    EXPECT_THAT(result.differing, ElementsAre(3));
+}
+
+TEST_F(HeaderInstrument, UnpluggingInTheMiddleEndsItAndItCanBeRepeated) {
+    line.Instrument().SetFaults({{FaultKind::Unplugged, kBeforeEchoes + 500, 0}});
+    HeaderExchange exchange = MakeExchange();
+    std::size_t sent = 0;
+    exchange.OnProgress = [&](std::size_t done) { sent = done; };
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Ended);
+    EXPECT_LT(sent, 600U);
+    EXPECT_GE(sent, 400U);
+    EXPECT_THAT(line.prompts.shown, ElementsAre(Link::LostMessage()));
+    EXPECT_FALSE(exchange.Unfinished());
+    line.Instrument().SetFaults({});
+    line.Instrument().PlugIn();
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Stored);
+    EXPECT_EQ(line.Instrument().HeaderMemory(), JoinSlots(SomeSlots()));
+}
+
+TEST_F(HeaderInstrument, LeavingSendsTheSlotUnderWayWholeAndTheOthersEmpty) {
+    HeaderExchange exchange = MakeExchange();
+    bool unfinished = false;
+    exchange.OnProgress = [&](std::size_t done) {
+        if (done != 2 * 160 + 7) return;
+        unfinished = exchange.Unfinished();
+        exchange.Leave();
+    };
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Ended);
+    EXPECT_TRUE(unfinished);
+    EXPECT_FALSE(exchange.Unfinished());
+    HeaderSlots whole = SomeSlots();
+    for (std::size_t i = 3; i < 10; ++i)
+        whole[i].clear();
+    EXPECT_EQ(line.Instrument().HeaderMemory(), JoinSlots(whole));
+    EXPECT_TRUE(Answers()) << "the instrument takes commands again";
+    EXPECT_THAT(line.prompts.shown, IsEmpty());
+    exchange.OnProgress = nullptr;
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Stored) << "and another upload";
+}
+
+TEST_F(HeaderInstrument, LeavingWhileItErasesLeavesTheSlotsEmpty) {
+    HeaderExchange exchange = MakeExchange();
+    exchange.OnStatus = [&](const QString& text) {
+        if (text.contains(QStringLiteral("erasing"))) exchange.Leave();
+    };
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Ended);
+    EXPECT_EQ(line.Instrument().HeaderMemory(), std::string(1600, '\xFF'));
+    EXPECT_TRUE(Answers());
+}
+
+TEST_F(HeaderInstrument, LeavingADeafInstrumentIsNotHeldUp) {
+    line.Instrument().SetFaults({{FaultKind::CutLine, kBeforeEchoes + 40, 0}});
+    HeaderExchange exchange = MakeExchange();
+    QElapsedTimer since;
+    exchange.OnProgress = [&](std::size_t done) {
+        if (done != 45) return;
+        exchange.Leave();
+        since.start();
+    };
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Ended);
+    EXPECT_LT(since.elapsed(), 1000);
+}
+
+TEST_F(HeaderInstrument, ASecondLeaveWaitsForNothing) {
+    HeaderLine slow(false, {{FaultKind::CutLine, kBeforeEchoes + 40, 0}});
+    HeaderExchange exchange(slow.link, slow.prompts, [&] { return slow.Open(); },
+                            {milliseconds(20000), milliseconds(500), milliseconds(2000)});
+    QElapsedTimer since;
+    exchange.OnProgress = [&](std::size_t done) {
+        if (done == 40) {
+            QTimer::singleShot(50, [&] {
+                exchange.Leave();
+                exchange.Leave();
+                since.start();
+            });
+        }
+    };
+    EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Ended);
+    EXPECT_LT(since.elapsed(), 1000);
+}
+
+}  // namespace
+
+}  // namespace davo::test
