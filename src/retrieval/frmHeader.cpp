@@ -1,12 +1,21 @@
 #include "retrieval/frmHeader.h"
 
+#include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
+#include <QScopedValueRollback>
+#include <QTimer>
+#include <QToolTip>
 #include <QVBoxLayout>
+#include <QValidator>
+#include <utility>
 
+#include "common/centre_form.h"
 #include "common/frmNotepad.h"
 #include "common/page_input.h"
 #include "common/text.h"
@@ -18,26 +27,103 @@ namespace {
 // A glove meets them.
 constexpr int kBoxHeight = 32;
 constexpr int kButtonHeight = 44;
+constexpr int kBarHeight = 14;
+// Characters between two pictures of the bar: each of them holds up the line for a moment.
+constexpr std::size_t kBarStep = 32;
+
+constexpr const char* kLeaveQuestion =
+    "The DAVO has erased its headers and does not have all of the new ones yet.\r\n"
+    "The headers that are not sent stay empty.\r\n"
+    "Do you want to leave all the same?";
+constexpr const char* kUnreadQuestion =
+    "The headers of the DAVO were not read.\r\n"
+    "All ten are replaced by those of this window, empty ones too.\r\n"
+    "Do you want to save them to the DAVO all the same?";
+constexpr const char* kNotReadBackMessage =
+    "The headers were sent to the DAVO but could not be read back.\r\n"
+    "Please save them to the DAVO again.";
+constexpr const char* kNotStorableHint = "The DAVO cannot store this character in a header.";
+
+// Characters that a header slot holds: the page's without the one that marks an empty slot.
+class SlotValidator : public QValidator {
+  public:
+    using QValidator::QValidator;
+    State validate(QString& input, int& /*position*/) const override {
+        const auto text = ToPage(input);
+        return text && text->find(kEmptySlotFill) == std::string::npos ? Acceptable : Invalid;
+    }
+};
+
+void KeepToSlot(QLineEdit* box) {
+    box->setValidator(new SlotValidator(box));
+    QObject::connect(box, &QLineEdit::inputRejected, box, [box] {
+        QToolTip::showText(box->mapToGlobal(QPoint(0, box->height())),
+                           QLatin1String(kNotStorableHint), box);
+    });
+}
+
+const char* SaveCaption(HeaderMode mode) {
+    switch (mode) {
+        case HeaderMode::Session:
+            return "&Use Header";
+        case HeaderMode::Pc:
+            return "&Save";
+        case HeaderMode::Davo:
+            return "Save to &DAVO";
+    }
+    return "";
+}
 
 }  // namespace
 
-frmHeader::frmHeader(HeaderTable& header, std::string& testNotes, Prompts& prompts, QWidget* parent)
-    : QDialog(parent),
-      header_(header),
-      testNotes_(testNotes),
-      prompts_(prompts),
-      handlers_(prompts) {
+frmHeader::frmHeader(HeaderMode mode, HeaderTable& header, Prompts& prompts, QWidget* parent)
+    : QDialog(parent), mode_(mode), header_(header), prompts_(prompts), handlers_(prompts) {
     setObjectName(QStringLiteral("frmHeader"));
     setWindowTitle(QStringLiteral("Test Record Header Information"));
     setAttribute(Qt::WA_DeleteOnClose);
     auto* column = new QVBoxLayout(this);
+    BuildSlotChoice(column);
     BuildBoxes(column);
+    BuildProgress(column);
     BuildButtons(column);
-    connect(cmdSave_, &QPushButton::clicked, this,
-            [this] { handlers_.Run([this] { cmdSave_Click(); }); });
-    connect(cmdNotes_, &QPushButton::clicked, this,
-            [this] { handlers_.Run([this] { cmdNotes_Click(); }); });
-    connect(cmdExit_, &QPushButton::clicked, this, &QDialog::close);
+}
+
+frmHeader::frmHeader(HeaderTable& header, std::string& testNotes, Prompts& prompts, QWidget* parent)
+    : frmHeader(HeaderMode::Session, header, prompts, parent) {
+    testNotes_ = &testNotes;
+    Form_Load();
+}
+
+frmHeader::frmHeader(HeaderMode mode, const HeaderTargets& targets, Prompts& prompts,
+                     QWidget* parent)
+    : frmHeader(mode, targets.header, prompts, parent) {
+    targets_.emplace(targets);
+    if (mode_ == HeaderMode::Davo) {
+        exchange_.emplace(targets.link, prompts, targets.openPort, targets.patience);
+        exchange_->OnStatus = [this](const QString& text) { lblUsed_->setText(text); };
+        exchange_->OnProgress = [this](std::size_t sent) { ShowProgress(sent); };
+    }
+    Form_Load();
+}
+
+void frmHeader::BuildSlotChoice(QVBoxLayout* column) {
+    auto* row = new QHBoxLayout;
+    auto* lblHeader = new QLabel(QStringLiteral("HEADER:"), this);
+    lblHeader->setObjectName(QStringLiteral("lblHeader"));
+    cboHeader_ = new QComboBox(this);
+    cboHeader_->setObjectName(QStringLiteral("cboHeader"));
+    cboHeader_->setMinimumHeight(kBoxHeight);
+    for (int slot = 1; slot <= kHeaderSlotCount; ++slot)
+        cboHeader_->addItem(QString::number(slot));
+    lblHeader->setBuddy(cboHeader_);
+    row->addWidget(lblHeader);
+    row->addWidget(cboHeader_);
+    row->addStretch(1);
+    column->addLayout(row);
+    lblHeader->setVisible(mode_ == HeaderMode::Davo);
+    cboHeader_->setVisible(mode_ == HeaderMode::Davo);
+    connect(cboHeader_, &QComboBox::currentIndexChanged, this,
+            [this] { handlers_.Run([this] { cboHeader_Click(); }); });
 }
 
 void frmHeader::BuildBoxes(QVBoxLayout* column) {
@@ -47,10 +133,13 @@ void frmHeader::BuildBoxes(QVBoxLayout* column) {
         const auto at = static_cast<std::size_t>(i);
         auto* box = new QLineEdit(this);
         box->setObjectName(QStringLiteral("txtHeader%1").arg(i));
-        box->setText(FromPage(TrimBlanks(header_.Field(i))));
         box->setMinimumWidth(box->fontMetrics().averageCharWidth() * 32);
         box->setMinimumHeight(kBoxHeight);
-        KeepToPage(box);
+        if (mode_ == HeaderMode::Davo) {
+            KeepToSlot(box);
+        } else {
+            KeepToPage(box);
+        }
         // What the boxes hold is no longer what is used.
         connect(box, &QLineEdit::textEdited, this, [this] { lblUsed_->clear(); });
         auto* label = new QLabel(QLatin1String(kHeaderKeys.at(at)) + QLatin1Char(':'), this);
@@ -59,9 +148,23 @@ void frmHeader::BuildBoxes(QVBoxLayout* column) {
         txtHeader_.at(at) = box;
     }
     column->addLayout(form);
+}
+
+void frmHeader::BuildProgress(QVBoxLayout* column) {
     lblUsed_ = new QLabel(this);
     lblUsed_->setObjectName(QStringLiteral("lblUsed"));
     column->addWidget(lblUsed_);
+    pbarProgress_ = new QProgressBar(this);
+    pbarProgress_->setObjectName(QStringLiteral("pbarProgress"));
+    pbarProgress_->setRange(0, static_cast<int>(kHeaderMemoryWidth));
+    pbarProgress_->setTextVisible(false);
+    pbarProgress_->setFixedHeight(kBarHeight);
+    column->addWidget(pbarProgress_);
+    pbarProgress_->hide();
+    // The window does not change its size when an upload begins.
+    QSizePolicy policy = pbarProgress_->sizePolicy();
+    policy.setRetainSizeWhenHidden(mode_ == HeaderMode::Davo);
+    pbarProgress_->setSizePolicy(policy);
 }
 
 void frmHeader::BuildButtons(QVBoxLayout* column) {
@@ -73,29 +176,206 @@ void frmHeader::BuildButtons(QVBoxLayout* column) {
         row->addWidget(button);
         return button;
     };
-    cmdSave_ = add("cmdSave", "&Use Header");
+    cmdSave_ = add("cmdSave", SaveCaption(mode_));
     cmdNotes_ = add("cmdNotes", "&Notepad");
     cmdExit_ = add("cmdExit", "&Exit");
-    cmdSave_->setDefault(true);
+    cmdNotes_->setVisible(mode_ == HeaderMode::Session);
+    cmdSave_->setDefault(mode_ != HeaderMode::Davo);
     column->addLayout(row);
+    connect(cmdSave_, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
+    connect(cmdNotes_, &QPushButton::clicked, this,
+            [this] { handlers_.Run([this] { cmdNotes_Click(); }); });
+    connect(cmdExit_, &QPushButton::clicked, this, &QDialog::close);
 }
 
-void frmHeader::cmdSave_Click() {
-    for (int i = 0; i < kHeaderFieldCount; ++i) {
-        QLineEdit* box = txtHeader_.at(static_cast<std::size_t>(i));
-        // The boxes refuse what is not in the page.
-        std::string text = ToPage(box->text()).value();
-        header_.Field(i) = TakeHeaderField(text);
-        box->setText(FromPage(text));
+void frmHeader::Form_Load() {
+    if (mode_ == HeaderMode::Davo) {
+        // Once the window is on the screen: the operator sees what is waited for, and may leave.
+        QTimer::singleShot(0, this, [this] { ReadSlots(); });
+    } else {
+        HeaderBoxes boxes;
+        for (int i = 0; i < kHeaderFieldCount; ++i)
+            boxes.at(static_cast<std::size_t>(i)) = TrimBlanks(header_.Field(i));
+        ShowBoxes(boxes);
     }
-    lblUsed_->setText(QStringLiteral("This header is used for the tests that follow."));
+    txtHeader_.front()->setFocus();
+    CentreForm(*this, parentWidget());
+}
+
+// --- Boxes --------------------------------------------------------------------------------------
+
+HeaderBoxes frmHeader::Boxes() const {
+    HeaderBoxes boxes;
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        // The boxes refuse what is not in the page.
+        boxes.at(i) = ToPage(txtHeader_.at(i)->text()).value();
+    }
+    return boxes;
+}
+
+void frmHeader::ShowBoxes(const HeaderBoxes& boxes) {
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+        txtHeader_.at(i)->setText(FromPage(boxes.at(i)));
+}
+
+void frmHeader::PackShownSlot() {
+    HeaderBoxes boxes = Boxes();
+    targets_->slots.at(static_cast<std::size_t>(shownSlot_)) = PackSlot(boxes);
+    ShowBoxes(boxes);
+}
+
+void frmHeader::ShowSlot() {
+    shownSlot_ = cboHeader_->currentIndex();
+    ShowBoxes(UnpackSlot(targets_->slots.at(static_cast<std::size_t>(shownSlot_))));
+}
+
+void frmHeader::cboHeader_Click() {
+    PackShownSlot();
+    ShowSlot();
+    lblUsed_->clear();
+}
+
+void frmHeader::UseHeader() {
+    HeaderBoxes boxes = Boxes();
+    for (int i = 0; i < kHeaderFieldCount; ++i)
+        header_.Field(i) = TakeHeaderField(boxes.at(static_cast<std::size_t>(i)));
+    ShowBoxes(boxes);
+    if (mode_ == HeaderMode::Pc) SaveHeaderFile(header_, targets_->dataPath);
+    lblUsed_->setText(
+        mode_ == HeaderMode::Pc
+            ? QStringLiteral("This header is saved and used for the tests that follow.")
+            : QStringLiteral("This header is used for the tests that follow."));
     if (OnChanged) OnChanged();
 }
 
+void frmHeader::cmdSave_Click() {
+    if (mode_ == HeaderMode::Davo) {
+        UploadSlots();
+    } else {
+        handlers_.Run([this] { UseHeader(); });
+    }
+}
+
 void frmHeader::cmdNotes_Click() {
-    auto* notepad = new frmNotepad(testNotes_, prompts_, this);
+    auto* notepad = new frmNotepad(*testNotes_, prompts_, this);
     notepad->OnChanged = OnChanged;
     notepad->open();
+}
+
+void frmHeader::keyPressEvent(QKeyEvent* event) {
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && mode_ == HeaderMode::Davo) {
+        // Enter must not erase the instrument's headers while they are typed.
+        focusNextChild();
+    } else {
+        QDialog::keyPressEvent(event);
+    }
+}
+
+// --- The instrument's slots ---------------------------------------------------------------------
+
+template <class Dialogue>
+void frmHeader::Converse(const Dialogue& dialogue) {
+    if (handlers_.Running()) return;
+    EnableControls(false);
+    handlers_.Run(dialogue);
+    EnableControls(true);
+    pbarProgress_->hide();
+    askWhenSending_ = false;
+    if (closeWanted_) close();
+}
+
+void frmHeader::EnableControls(bool enable) {
+    for (QLineEdit* box : txtHeader_)
+        box->setEnabled(enable);
+    cboHeader_->setEnabled(enable);
+    cmdSave_->setEnabled(enable);
+    if (enable) {
+        txtHeader_.front()->setFocus();
+    } else {
+        cmdExit_->setFocus();
+    }
+}
+
+void frmHeader::ReadSlots() {
+    Converse([this] {
+        slotsRead_ = exchange_->Read(targets_->slots);
+        ShowSlot();
+        lblUsed_->setText(slotsRead_ ? QString()
+                                     : QStringLiteral("The headers of the DAVO were not read."));
+    });
+}
+
+void frmHeader::UploadSlots() {
+    Converse([this] {
+        PackShownSlot();
+        if (!slotsRead_ &&
+            prompts_.YesNo(QLatin1String(kUnreadQuestion), Answer::No) != Answer::Yes) {
+            return;
+        }
+        pbarProgress_->setValue(0);
+        pbarProgress_->show();
+        const UploadResult result = exchange_->Upload(targets_->slots);
+        if (!closeWanted_) TellUpload(result);
+    });
+}
+
+void frmHeader::TellUpload(const UploadResult& result) {
+    switch (result.end) {
+        case UploadEnd::Stored:
+            slotsRead_ = true;
+            lblUsed_->setText(QStringLiteral("The DAVO has stored all ten headers."));
+            return;
+        case UploadEnd::Differs:
+            slotsRead_ = true;
+            lblUsed_->setText(QStringLiteral("The DAVO has not stored all headers as sent."));
+            prompts_.Message(DifferingMessage(result.differing));
+            return;
+        case UploadEnd::NotReadBack:
+            lblUsed_->setText(QStringLiteral("The headers were sent and not read back."));
+            prompts_.Message(QLatin1String(kNotReadBackMessage));
+            return;
+        case UploadEnd::NotReady:
+        case UploadEnd::Ended:
+            lblUsed_->setText(
+                QStringLiteral("Not all headers were saved. Please save them again."));
+            return;
+    }
+}
+
+void frmHeader::ShowProgress(std::size_t done) {
+    if (done % kBarStep == 0) pbarProgress_->setValue(static_cast<int>(done));
+    if (!std::exchange(askWhenSending_, false)) return;
+    QTimer::singleShot(0, this, [this] { close(); });
+}
+
+// --- Unload -------------------------------------------------------------------------------------
+
+void frmHeader::done(int result) {
+    if (asking_) return;
+    if (handlers_.Running()) {
+        Leave();
+        return;
+    }
+    QDialog::done(result);
+    if (OnUnload) std::exchange(OnUnload, nullptr)();
+}
+
+void frmHeader::Leave() {
+    if (!exchange_ || !MayLeave()) return;
+    closeWanted_ = true;
+    exchange_->Leave();
+}
+
+bool frmHeader::MayLeave() {
+    if (!exchange_->Unfinished() || closeWanted_) return true;
+    // An upload goes on behind the question, an erasure would wait: the instrument may not.
+    if (!exchange_->Sending() && !askWhenSending_) {
+        askWhenSending_ = true;
+        return false;
+    }
+    const QScopedValueRollback asking(asking_, true);
+    return prompts_.YesNo(QLatin1String(kLeaveQuestion), Answer::No) == Answer::Yes;
 }
 
 }  // namespace davo

@@ -106,8 +106,7 @@ std::optional<HeaderSlots> HeaderExchange::Fetch() {
 }
 
 bool HeaderExchange::EraseAndSend(const std::string& upload) {
-    const QScopedValueRollback afterwards(unfinished_);
-    unfinished_ = true;
+    const QScopedValueRollback unfinished(unfinished_, true);
     if (!Erase()) return false;
     if (leaving_) {
         SendRest(upload, 0);
@@ -127,6 +126,7 @@ bool HeaderExchange::Erase() {
 }
 
 void HeaderExchange::Send(const std::string& upload) {
+    const QScopedValueRollback sending(sending_, true);
     Status(SlotText(0));
     const std::size_t done =
         link_.SendPaced(upload, EchoesOf(upload), patience_.echo,

@@ -63,6 +63,8 @@ class HeaderExchange {
 
     // The instrument has been told to erase its slots and does not have all of the new ones.
     bool Unfinished() const { return unfinished_; }
+    // The characters are on their way, also behind a question on the screen.
+    bool Sending() const { return sending_; }
 
     // What is being done: "Reading the headers of the DAVO...", "slot 3 of 10".
     std::function<void(const QString& text)> OnStatus;
@@ -87,6 +89,7 @@ class HeaderExchange {
     std::function<bool()> openPort_;
     HeaderPatience patience_;
     bool unfinished_ = false;
+    bool sending_ = false;
     bool leaving_ = false;
     bool atOnce_ = false;  // leaving waits for nothing
     int notEchoed_ = 0;    // characters of the upload under way

@@ -1,0 +1,52 @@
+#include "retrieval/frmHeaderOptn.h"
+
+#include <QVBoxLayout>
+#include <utility>
+
+#include "common/big_button.h"
+#include "common/centre_form.h"
+
+namespace davo {
+
+namespace {
+
+constexpr int kDavoButton = 1;
+constexpr int kLeastWidth = 360;  // of the buttons
+constexpr int kMargin = 24;
+constexpr int kSpacing = 16;
+
+}  // namespace
+
+frmHeaderOptn::frmHeaderOptn(QWidget* parent) : QDialog(parent) {
+    setObjectName(QStringLiteral("frmHeaderOptn"));
+    setWindowTitle(QStringLiteral("Choose Test Header"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    column->setSpacing(kSpacing);
+    const auto add = [this, column](int index, const char* caption) {
+        auto* button = new BigButton(this);
+        button->setObjectName(QStringLiteral("cmdHeader%1").arg(index));
+        button->setText(QLatin1String(caption));
+        button->setMinimumWidth(kLeastWidth);
+        column->addWidget(button);
+        connect(button, &QPushButton::clicked, this, [this, index] { cmdHeader_Click(index); });
+    };
+    add(kDavoButton, "DAVO Test Header");
+    add(0, "PC Test Header");
+    CentreForm(*this, parent);
+}
+
+void frmHeaderOptn::cmdHeader_Click(int index) {
+    HeaderMode mode = HeaderMode::Pc;
+    if (index == kDavoButton) mode = HeaderMode::Davo;
+    if (OnChosen) OnChosen(mode);
+    close();
+}
+
+void frmHeaderOptn::done(int result) {
+    QDialog::done(result);
+    if (OnUnload) std::exchange(OnUnload, nullptr)();
+}
+
+}  // namespace davo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+#include "retrieval/frmHeader.h"
+
+namespace davo {
+
+// "Choose Test Header": the header of the PC or those of the instrument.
+class frmHeaderOptn : public QDialog {
+  public:
+    explicit frmHeaderOptn(QWidget* parent);
+
+    // A button was clicked; the window closes behind it.
+    std::function<void(HeaderMode mode)> OnChosen;
+    // The window has closed.
+    std::function<void()> OnUnload;
+
+    void done(int result) override;
+
+  private:
+    void cmdHeader_Click(int index);
+};
+
+}  // namespace davo
