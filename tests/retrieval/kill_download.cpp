@@ -1,0 +1,35 @@
+// A download of two records over a scripted line, the first over an earlier file, for the test that
+// kills this program at every change of the disk: davo_kill_download <folder>
+
+#include <QCoreApplication>
+#include <cstdio>
+
+#include "tests/link/fake_serial_port.h"
+#include "tests/retrieval/kill_download_records.h"
+
+int main(int argc, char** argv) {
+    using namespace davo;
+    const QCoreApplication application(argc, argv);
+    if (argc != 2) return 2;
+    const QString folder = QString::fromLocal8Bit(argv[1]);
+
+    test::FakeSerialPort port;
+    LinkState state;
+    test::FakePrompts prompts;
+    BusyPointer pointer;
+    Link link(port, state, prompts, pointer);
+    link.OpenComPort(1);
+    port.Always("B", "RDY\r\n");
+    DirectoryTables tables;
+    for (const auto& record : test::KillRecords()) {
+        tables.dirEntries.push_back(test::EntryOfRecord(record));
+        port.OnOutput("L" + std::to_string(1000 + record.number).substr(1), "Record Found\r\n");
+        port.OnOutput("R", RecordReply(record));
+    }
+    tables.recordCount = 2;
+    prompts.answers = {Answer::Yes};
+    RecordDownload download(link, prompts, tables, folder, folder);
+    const bool whole = download.Run().written.size() == 2;
+    if (!whole) std::fputs("not whole\n", stderr);
+    return whole ? 0 : 1;
+}

@@ -1,0 +1,79 @@
+// Kills a download at every single change of the disk, before it, in the middle of a write and
+// after it, and looks at what is there then.
+
+#include <gtest/gtest.h>
+
+#include <QProcess>
+
+#include "retrieval/record_reply.h"
+#include "tests/retrieval/kill_download_records.h"
+
+namespace davo::test {
+namespace {
+
+constexpr const char* kOldDirectory = "REC==000\r\n";
+
+// True when it was killed before its end.
+bool RunKilled(const QString& folder, const QString& when, int at) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(DAVO_KILL_AT_LIBRARY));
+    environment.insert(QStringLiteral("DAVO_KILL_FOLDERS"), folder);
+    environment.insert(QStringLiteral("DAVO_KILL_AT"), QString::number(at));
+    environment.insert(QStringLiteral("DAVO_KILL_WHEN"), when);
+    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("verify_asan_link_order=0"));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(DAVO_KILL_DOWNLOAD), {folder});
+    EXPECT_TRUE(process.waitForFinished());
+    if (process.exitStatus() == QProcess::CrashExit) return true;
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    return false;
+}
+
+std::string WholeFile(const instrument::MemoryRecord& record, const std::string& name) {
+    return RecordHeaderLines(EntryOfRecord(record), name) +
+           ConvertRecordReply(RecordReply(record)).lines;
+}
+
+std::string Bytes(const TemporaryFolder& folder, const char* name) {
+    const QString path = folder.Path(name);
+    return FileExists(path) ? ReadWholeFile(path) : "(none)";
+}
+
+void ExpectNothingHalf(const TemporaryFolder& folder, bool killed) {
+    const auto records = KillRecords();
+    const std::string twelve = Bytes(folder, "TST_012.txt");
+    const std::string thirteen = Bytes(folder, "TST_013.txt");
+    const bool newTwelve = twelve == WholeFile(records[0], "TST_012");
+    const bool newThirteen = thirteen == WholeFile(records[1], "TST_013");
+    EXPECT_TRUE(newTwelve || twelve == "old") << twelve;
+    EXPECT_TRUE(newThirteen || thirteen == "(none)") << thirteen;
+    // The directory file loads, and what it lists is there.
+    DirectoryTables tables;
+    LoadDirectoryFile(folder.Path(), tables);
+    EXPECT_LE(tables.recordCount, (newTwelve ? 1 : 0) + (newThirteen ? 1 : 0));
+    if (!killed) {
+        EXPECT_TRUE(newTwelve && newThirteen);
+        EXPECT_EQ(tables.recordCount, 2);
+    }
+}
+
+TEST(KilledDownload, LeavesNothingHalf) {
+    int kills = 0;
+    for (const char* when : {"before", "half", "after"}) {
+        for (int at = 1; !HasFailure(); ++at) {
+            SCOPED_TRACE(std::string("killed ") + when + " call " + std::to_string(at));
+            const TemporaryFolder folder;
+            ReplaceFile(folder.Path("TST_012.txt"), "old");
+            ReplaceFile(folder.Path(kDirectoryFileName), kOldDirectory);
+            const bool killed = RunKilled(folder.Path(), QString::fromLatin1(when), at);
+            ExpectNothingHalf(folder, killed);
+            if (!killed) break;
+            ++kills;
+        }
+    }
+    EXPECT_GT(kills, 40);
+}
+
+}  // namespace
+}  // namespace davo::test
