@@ -15,6 +15,8 @@
 #include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/text.h"
+#include "reports/template_file.h"
+#include "retrieval/memory_directory.h"
 #include "testing/frmCControl.h"
 
 namespace davo {
@@ -137,6 +139,10 @@ void frmMain::LoadSettings() {
                                             "program goes on with what is usual.\r\n") +
                                  QString::fromUtf8(error.what())});
     }
+    if (services_.reports != nullptr && FolderExists(state_.settings.excelPath)) {
+        Attempt(QStringLiteral("Report template missing"),
+                [this] { PutTemplate(state_.settings.excelPath); });
+    }
     menu_.CheckKneepoint(state_.settings.kneepointType);
 }
 
@@ -199,7 +205,41 @@ void frmMain::mnuRatio_Click() {
 
 void frmMain::mnuDownload_Click() {
     state_.listCaller = ListCaller::Download;
-    WithFileDisabled([this] { ShowChild(windows_.memoryDirectory, *menu_.mnuDownload); });
+    if (!windows_.memoryDirectory) {
+        ShowChild({}, *menu_.mnuDownload);
+        return;
+    }
+    menu_.mnuDownload->setEnabled(false);
+    // It stays disabled until the next start of the program, by design.
+    if (!OpenPort()) return;
+    try {
+        if (!DownloadDirectory()) {
+            menu_.mnuDownload->setEnabled(true);
+            return;
+        }
+        WithFileDisabled([this] { ShowMemoryDirectory(); });
+    } catch (...) {
+        menu_.mnuDownload->setEnabled(true);
+        throw;
+    }
+}
+
+bool frmMain::DownloadDirectory() {
+    std::optional<std::string> reply = ReadMemoryDirectory(services_.link, services_.prompts);
+    if (!reply || closeWanted_) return false;
+    state_.directory.recordsFromInstrument = true;
+    state_.dirReply = std::move(*reply);
+    return true;
+}
+
+void frmMain::ShowMemoryDirectory() {
+    const auto open = [this](QMdiArea& area, const std::function<void()>& closed) {
+        windows_.memoryDirectory(area, [this, closed] {
+            menu_.mnuDownload->setEnabled(true);
+            closed();
+        });
+    };
+    ShowChild(open, *menu_.mnuDownload);
 }
 
 void frmMain::SetKneepoint(const char* kneepointType) {
@@ -306,6 +346,7 @@ void frmMain::ShowTestWindow() {
     window->Form_Load();
     pages_->setCurrentWidget(area_);
     testWindow_ = window.get();
+    OfferReports(*testWindow_);
     testWindow_->OnUnload = [this] {
         testWindow_ = nullptr;
         ChildClosed();
@@ -315,6 +356,16 @@ void frmMain::ShowTestWindow() {
     frame->showMaximized();
     // No button of it may be pushed out of a main window that is made small.
     area_->setMinimumSize(testWindow_->minimumSizeHint());
+}
+
+void frmMain::OfferReports(frmCControl& window) {
+    ReportRunner* reports = services_.reports;
+    if (reports == nullptr) return;
+    reports->PrepareSoon(window);
+    window.OnViewResults = [reports](const QString& file, const ReportRunner::Show& show) {
+        reports->Run(file, show);
+    };
+    window.OnLeaveReport = [reports] { reports->Cancel(); };
 }
 
 // --- Child windows ------------------------------------------------------------------------------
@@ -345,6 +396,7 @@ void frmMain::ShowChild(const OpenChild& open, const QAction& item) {
 }
 
 void frmMain::ChildClosed() {
+    if (leaving_) return;
     area_->setMinimumSize(0, 0);
     pages_->setCurrentWidget(home_);
     menu_.EnableFile(true);
@@ -383,9 +435,23 @@ bool frmMain::MayClose() {
         services_.link.EndWait();
         return false;
     }
-    if (testWindow_ == nullptr || testWindow_->Exit()) return true;
+    return testWindow_ != nullptr ? MayCloseTestWindow() : MayCloseChildren();
+}
+
+bool frmMain::MayCloseTestWindow() {
+    if (testWindow_->Exit()) return true;
     // The test window may wait itself, and closes when that has ended.
     closeWanted_ = testWindow_->CloseWanted();
+    return false;
+}
+
+bool frmMain::MayCloseChildren() {
+    const bool waits = services_.link.CurrentWait().has_value();
+    area_->closeAllSubWindows();
+    if (area_->subWindowList().isEmpty()) return true;
+    // A window that waits for the instrument closes when that has ended.
+    closeWanted_ = waits;
+    if (waits) services_.link.EndWait();
     return false;
 }
 
@@ -407,6 +473,10 @@ void frmMain::Leave() {
     leaving_ = true;
     closeWanted_ = true;
     services_.link.EndWait();
+    // What they hold goes back to the settings before these are written. The test window would ask.
+    for (QMdiSubWindow* child : area_->subWindowList()) {
+        if (testWindow_ == nullptr || child->widget() != testWindow_) child->close();
+    }
     Form_Unload();
 }
 

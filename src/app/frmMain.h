@@ -72,6 +72,7 @@ class frmMain : public QMainWindow {
     bool OpenPort();
     void RunTest();
     void ShowTestWindow();
+    void OfferReports(frmCControl& window);
     void ShowFileWindow(ListCaller caller, const QAction& item);
     // Rebuilds the directory file and reads it.
     void ReadDirectory();
@@ -80,6 +81,9 @@ class frmMain : public QMainWindow {
     // Disables mnuFile and runs open; mnuFile is enabled again when open throws.
     template <class Open>
     void WithFileDisabled(const Open& open);
+    // Reads what is in the instrument's memory; false when there is nothing to show.
+    bool DownloadDirectory();
+    void ShowMemoryDirectory();
     // Opens the window of item, or says that there is none.
     void ShowChild(const OpenChild& open, const QAction& item);
     void ChildClosed();
@@ -88,8 +92,11 @@ class frmMain : public QMainWindow {
     void ShowFacts();
     void WaitChanged();
 
-    // Leaves a wait for the instrument and the test window first; false when the window stays.
+    // Leaves a wait for the instrument and the windows in the area first; false when the main
+    // window stays.
     bool MayClose();
+    bool MayCloseTestWindow();
+    bool MayCloseChildren();
     void Form_Unload();
     // Nothing is asked or said unless sayErrors: a desktop that closes waits for nobody to read.
     void KeepSettings(bool sayErrors);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 #include "app/date_guard.h"
 #include "common/settings.h"
@@ -27,6 +28,7 @@ struct ProgramState {
     ListCaller listCaller = ListCaller::Download;
     TestModes modes;
     SessionState session;
+    std::string dirReply;  // what the instrument sent as its memory directory
 };
 
 // What the windows need from around them; all outlive them.

@@ -3,6 +3,7 @@
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QScopedValueRollback>
+#include <QTimer>
 
 #include "common/text.h"
 #include "reports/background_render.h"
@@ -22,6 +23,10 @@ bool ReportRunner::ShowWorkbook(const QString& path) {
 ReportRenderer& ReportRunner::Renderer() {
     if (!chosen_) chosen_ = choose_();
     return *chosen_->renderer;
+}
+
+void ReportRunner::PrepareSoon(QObject& window) {
+    QTimer::singleShot(kPrepareDelay, &window, [this] { Prepare(); });
 }
 
 void ReportRunner::Prepare() {
@@ -55,6 +60,7 @@ bool ReportRunner::Make(const QString& path, ReportSource source, const QString&
     QEventLoop loop;
     const QScopedValueRollback current(loop_, &loop);
     RenderEnd end;
+    bool isLeft = false;
     BackgroundRender render(
         Renderer(),
         {BuildReport(tables, options), settings_.excelPath + QLatin1String(kTemplateFileName),
@@ -64,10 +70,14 @@ bool ReportRunner::Make(const QString& path, ReportSource source, const QString&
             end = how;
             loop.quit();
         });
-    const QScopedValueRollback cancel(cancel_,
-                                      std::function<void()>([&render] { render.Cancel(); }));
+    const QScopedValueRollback cancel(cancel_, std::function<void()>([&] {
+                                          isLeft = true;
+                                          render.Cancel();
+                                      }));
     // The loop also returns, without an end, when the program is leaving.
     loop.exec();
+    // What a report fails of that nobody waits for is of no interest.
+    if (isLeft) return false;
     if (end.error) throw RunTimeError(*end.error);
     if (!end.complete) return false;
     SayOnceWhatIsMissing();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -10,11 +11,15 @@
 #include "reports/test_file_reader.h"
 
 class QEventLoop;
+class QObject;
 
 namespace davo {
 
 // What the window that waits for a report shows in its caption.
 inline constexpr const char* kPlottingCaption = "Plotting Excel Graphs, Please Wait...";
+
+// A window that is opened to be left again does not start another program.
+inline constexpr std::chrono::milliseconds kPrepareDelay{8000};
 
 // Makes reports in the Excel folder and shows them, while windows go on. One at a time; all of a
 // program's windows share one.
@@ -30,14 +35,15 @@ class ReportRunner {
         Prompts& prompts, const Settings& settings, Choose choose = [] { return ChooseRenderer(); },
         Open open = ShowWorkbook);
 
-    // Begins what takes time and can be done ahead; returns at once. For a window that may ask for
-    // a report.
+    // Begins what takes time and can be done ahead, once window, which may ask for a report, has
+    // stood for kPrepareDelay; nothing happens when it is gone by then.
+    void PrepareSoon(QObject& window);
     void Prepare();
 
     // Builds the report of recordFile (a full path) as excelPath + its name + the renderer's
     // extension, and opens it. Other events run meanwhile; show gets "Plotting graph n of m". An
     // earlier workbook of that name is replaced when the new one is whole. True when the workbook
-    // was written; false when it was cancelled, or one is under way. Throws RunTimeError: what
+    // was written; false when the report was left, or one is under way. Throws RunTimeError: what
     // ReadReportTables, BuildReport and ReportRenderer::Render throw.
     bool Run(const QString& recordFile, const Show& show);
 

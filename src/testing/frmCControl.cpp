@@ -5,9 +5,11 @@
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <utility>
 
 #include "common/text.h"
+#include "reports/report_runner.h"
 #include "retrieval/frmHeader.h"
 
 namespace davo {
@@ -167,6 +169,10 @@ void frmCControl::cmdHeader_Click() {
 }
 
 void frmCControl::cmdExit_Click() {
+    if (viewing_) {
+        LeaveReport();
+        return;
+    }
     if (handlers_.Running()) {
         // The window waits for the instrument: that ends, and so does the window.
         Link& link = sequence_.Around().link;
@@ -179,10 +185,31 @@ void frmCControl::cmdExit_Click() {
         TakeTyped();
         const SaveOutcome outcome =
             ExitAndSave(sequence_, settings_, static_cast<bool>(OnViewResults));
-        if (outcome.viewResults) OnViewResults(outcome.savedFile);
         closeWanted_ = outcome.closeWindow;
+        if (outcome.viewResults) ViewResults(outcome.savedFile);
     });
     Refresh();
+}
+
+void frmCControl::ViewResults(const QString& savedFile) {
+    const QScopedValueRollback viewing(viewing_, true);
+    setWindowTitle(QLatin1String(kPlottingCaption));
+    TestScreen& screen = sequence_.Screen();
+    for (ControlView* button :
+         {&screen.cmdStart, &screen.cmdContinue, &screen.cmdCancel, &screen.cmdHeader}) {
+        button->enabled = false;
+    }
+    screen.lblConfirm.visible = false;
+    const auto show = [this](const QString& text) {
+        sequence_.Screen().lblMessage.text = text.toStdString();
+        Paint();
+    };
+    show(QLatin1String(kPlottingCaption));
+    OnViewResults(savedFile, show);
+}
+
+void frmCControl::LeaveReport() {
+    if (OnLeaveReport) OnLeaveReport();
 }
 
 bool frmCControl::Exit() {
@@ -199,6 +226,7 @@ bool frmCControl::Exit() {
 
 void frmCControl::Form_KeyDown() {
     if (closing_) return;
+    if (viewing_) LeaveReport();
     handlers_.Run([this] {
         sequence_.EscapePressed();
         sequence_.Around().link.EndWait();

@@ -30,8 +30,12 @@ class frmCControl : public QWidget {
 
     // The window has closed: Form_Unload is done.
     std::function<void()> OnUnload;
-    // Shows the report of a saved record file; when it is not set, nobody is asked for one.
-    std::function<void(QString savedFile)> OnViewResults;
+    // Makes and shows the report of a saved record file; returns when that has ended, and hands
+    // what there is to tell meanwhile to show. When it is not set, nobody is asked for a report.
+    std::function<void(const QString& savedFile, const std::function<void(const QString&)>& show)>
+        OnViewResults;
+    // The operator does not want to wait for the report: OnViewResults is to return.
+    std::function<void()> OnLeaveReport;
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -48,6 +52,8 @@ class frmCControl : public QWidget {
     void ClickOf(QPushButton* button, void (TestSequence::*handler)());
     void LostFocus(void (TestSequence::*handler)());
     void cmdExit_Click();
+    void ViewResults(const QString& savedFile);
+    void LeaveReport();
     void cmdHeader_Click();
     void Timer1_Timer();
     void timDateTime_Timer();
@@ -77,6 +83,7 @@ class frmCControl : public QWidget {
     bool shown_ = false;
     bool closeWanted_ = false;
     bool closing_ = false;
+    bool viewing_ = false;  // a report is being made
 };
 
 }  // namespace davo

@@ -195,6 +195,7 @@ TEST_F(MainMenuItems, RecordHeadersRebuildTheDirectoryAndOpenTheirWindow) {
 TEST_F(MainMenuItems, DownloadAndHeaderSetupOpenTheirWindows) {
     OpenWithChildren();
     state.listCaller = ListCaller::Recall;
+    port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
     Press("mnuDownload");
     EXPECT_EQ(memoryDirectory.opened, 1);
     EXPECT_EQ(state.listCaller, ListCaller::Download);

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
@@ -169,6 +170,16 @@ TEST_F(ReportRunnerTest, CancelLeavesTheReportUnderWay) {
     EXPECT_THAT(prompts_.shown, IsEmpty());
 }
 
+TEST_F(ReportRunnerTest, WhatAReportThatWasLeftFailsOfIsNotSaid) {
+    asked_.script = [](const RenderProgress& progress, const std::stop_token& stop) -> bool {
+        WaitForStop(progress, stop);
+        throw RunTimeError(ErrorNumber::Automation, "ended while it started");
+    };
+    QTimer::singleShot(20, QCoreApplication::instance(), [this] { runner_.Cancel(); });
+    EXPECT_FALSE(Run());
+    EXPECT_THAT(prompts_.shown, IsEmpty());
+}
+
 TEST_F(ReportRunnerTest, CancelWithoutAReportDoesNothingToTheNextOne) {
     runner_.Cancel();
     EXPECT_TRUE(Run());
@@ -227,6 +238,19 @@ TEST_F(ReportRunnerTest, WhereNoProgramShowsItThePathIsSaid) {
         ElementsAre(QStringLiteral("The report is finished, but this computer has no program that "
                                    "shows it. It is stored as ") +
                     ShownPath(settings_.excelPath + QStringLiteral("T.0012.xls"))));
+}
+
+TEST_F(ReportRunnerTest, AWindowThatIsGoneStartsNothing) {
+    {
+        QObject window;
+        runner_.PrepareSoon(window);
+    }
+    QObject window;
+    runner_.PrepareSoon(window);
+    QEventLoop loop;
+    QTimer::singleShot(kPrepareDelay + std::chrono::milliseconds(500), &loop, &QEventLoop::quit);
+    loop.exec();
+    EXPECT_EQ(asked_.prepared, 1) << "of the window that stands";
 }
 
 TEST_F(ReportRunnerTest, TheRendererIsChosenOnceWhenItIsNeeded) {

@@ -39,16 +39,107 @@ TEST_F(TestWindow, ExitSavesTheRecordFileAndClosesThePort) {
     EXPECT_EQ(prompts.shown.size(), 2U) << "nobody is asked for a report that there is not";
 }
 
-TEST_F(TestWindow, ExitOffersTheReportWhenThereIsOne) {
+// The test window whose reports are made by the test, until the operator leaves them.
+class ViewingTestWindow : public TestWindow {
+  protected:
+    // Saves a session as T1.txt and asks for its report; act runs while it is made.
+    void View(const std::function<void()>& act) {
+        Open();
+        window->OnViewResults = [this, act](const QString& file,
+                                            const std::function<void(const QString&)>& show) {
+            viewed.push_back(file);
+            tell = show;
+            QTimer::singleShot(0, window, act);
+            if (!fails.isEmpty())
+                throw RunTimeError(ErrorNumber::FileNotFound, fails.toStdString());
+            EXPECT_TRUE(Until([this] { return done; })) << "the report was not left";
+        };
+        window->OnLeaveReport = [this] {
+            ++left;
+            done = true;
+        };
+        RunFullShot();
+        port.sent.clear();
+        prompts.answers = {Answer::Yes, Answer::Yes};
+        prompts.files = {Data("T1.txt")};
+        Click("cmdExit");
+    }
+
+    std::vector<QString> viewed;
+    std::function<void(const QString&)> tell;
+    QString fails;
+    bool done = false;
+    int left = 0;
+};
+
+TEST_F(ViewingTestWindow, TheReportIsMadeWithTheWindowSayingSoAndThenItCloses) {
+    QString caption;
+    std::string before;
+    std::string during;
+    std::vector<std::string> enabled;
+    View([&] {
+        caption = window->windowTitle();
+        before = Text("lblMessage");
+        tell(QStringLiteral("Plotting graph 1 of 1"));
+        during = Text("lblMessage");
+        for (const char* name : {"cmdStart", "cmdContinue", "cmdCancel", "cmdHeader", "cmdExit"}) {
+            if (Button(name)->isEnabled()) enabled.emplace_back(name);
+        }
+        done = true;
+    });
+    EXPECT_TRUE(Closed());
+    EXPECT_THAT(viewed, ElementsAre(Data("T1.txt")));
+    EXPECT_EQ(prompts.shown.back(), QStringLiteral("Do you want to view test results? "));
+    EXPECT_EQ(caption, QStringLiteral("Plotting Excel Graphs, Please Wait..."));
+    EXPECT_EQ(before, "Plotting Excel Graphs, Please Wait...");
+    EXPECT_EQ(during, "Plotting graph 1 of 1");
+    EXPECT_THAT(enabled, ElementsAre("cmdExit"));
+    EXPECT_EQ(left, 0);
+    EXPECT_EQ(unloads, 1);
+}
+
+TEST_F(ViewingTestWindow, NoReportIsMadeWhereTheAnswerIsNo) {
     Open();
-    QString viewed;
-    window->OnViewResults = [&viewed](const QString& file) { viewed = file; };
+    window->OnViewResults = [this](const QString& file,
+                                   const std::function<void(const QString&)>&) {
+        viewed.push_back(file);
+    };
     RunFullShot();
-    prompts.answers = {Answer::Yes, Answer::Yes};
+    prompts.answers = {Answer::Yes, Answer::No};
     prompts.files = {Data("T1.txt")};
     Click("cmdExit");
     EXPECT_TRUE(Closed());
-    EXPECT_EQ(viewed, Data("T1.txt"));
+    EXPECT_TRUE(viewed.empty());
+}
+
+TEST_F(ViewingTestWindow, AReportThatFailsIsSaidAndTheWindowCloses) {
+    fails = QStringLiteral("DAVO_Header.xls");
+    View([] {});
+    EXPECT_TRUE(Closed());
+    EXPECT_EQ(prompts.shown.back(),
+              QStringLiteral("Run-time error '53': File not found: DAVO_Header.xls"));
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 1U);
+}
+
+TEST_F(ViewingTestWindow, ExitLeavesTheReport) {
+    View([this] { Click("cmdExit"); });
+    EXPECT_TRUE(Closed());
+    EXPECT_EQ(left, 1);
+    EXPECT_EQ(prompts.shown.size(), 3U) << "nothing is asked again";
+}
+
+TEST_F(ViewingTestWindow, TheEscapeKeyLeavesTheReport) {
+    View([this] { Key(Qt::Key_Escape); });
+    EXPECT_TRUE(Closed());
+    EXPECT_EQ(left, 1);
+    EXPECT_THAT(port.sent, ElementsAre("\x1b"));
+}
+
+TEST_F(ViewingTestWindow, ClosingByTheFrameLeavesTheReport) {
+    View([this] { area->closeActiveSubWindow(); });
+    EXPECT_TRUE(Closed());
+    EXPECT_EQ(left, 1);
+    EXPECT_EQ(unloads, 1);
 }
 
 TEST_F(TestWindow, ExitAfterRepeatStays) {

@@ -1,0 +1,126 @@
+// Closing the main window while another of its windows is open.
+
+#include <QCloseEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QTimer>
+
+#include "tests/app/main_window.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// A window in the area: it closes when it may, and waits for the instrument when it is told to.
+class Child : public QWidget {
+  public:
+    void Wait(Link& link) {
+        waits_ = true;
+        link.SendCommand("F", "\r\n");
+        waits_ = false;
+        if (closeWanted_) parentWidget()->close();
+    }
+
+    bool mayClose = true;
+    std::function<void()> onUnload;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override {
+        closeWanted_ = waits_;
+        if (waits_ || !mayClose) {
+            event->ignore();
+            return;
+        }
+        onUnload();
+    }
+
+  private:
+    bool waits_ = false;
+    bool closeWanted_ = false;
+};
+
+class ClosingWithAChild : public MainWindow {
+  protected:
+    void OpenWithChild() {
+        ChildWindows children;
+        children.headerSetup = [this](QMdiArea& area, std::function<void()> closed) {
+            child = new Child;
+            child->onUnload = [this, closed = std::move(closed)] {
+                ++unloads;
+                state.settings.sortOrder = 1;
+                closed();
+            };
+            QMdiSubWindow* frame = area.addSubWindow(child);
+            frame->setAttribute(Qt::WA_DeleteOnClose);
+            frame->show();
+        };
+        Open("DAVO-E R3.10", children);
+        Choose("mnuSetHeaderFile");
+        ASSERT_NE(child, nullptr);
+    }
+    QString StoredSort() { return store.texts[QStringLiteral("SORTVALUES/SORT/SORTVAL")]; }
+
+    Child* child = nullptr;
+    int unloads = 0;
+};
+
+TEST_F(ClosingWithAChild, TheChildIsClosedFirst) {
+    OpenWithChild();
+    window->close();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(unloads, 1);
+    EXPECT_EQ(StoredSort(), QStringLiteral("1 -1")) << "what it held is written";
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(ClosingWithAChild, WhereTheChildStaysTheMainWindowStays) {
+    OpenWithChild();
+    child->mayClose = false;
+    window->close();
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(unloads, 0);
+    EXPECT_THAT(store.written, IsEmpty());
+    child->mayClose = true;
+    child->parentWidget()->close();
+    QTest::qWait(20);
+    EXPECT_EQ(unloads, 1);
+    EXPECT_TRUE(window->isVisible()) << "closing was refused, it is not done later";
+}
+
+TEST_F(ClosingWithAChild, AChildThatWaitsIsLetGoAndThenBothClose) {
+    OpenWithChild();
+    bool wasVisible = false;
+    QTimer::singleShot(20, window.get(), [&] {
+        window->close();
+        wasVisible = window->isVisible();
+    });
+    child->Wait(link);
+    EXPECT_TRUE(wasVisible);
+    EXPECT_TRUE(Until([this] { return !window->isVisible(); }));
+    EXPECT_EQ(unloads, 1);
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(ClosingWithAChild, LeavingClosesItAndWritesWhatItHeld) {
+    OpenWithChild();
+    window->Leave();
+    EXPECT_EQ(unloads, 1);
+    EXPECT_EQ(StoredSort(), QStringLiteral("1 -1"));
+    EXPECT_TRUE(window->close());
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(ClosingWithAChild, LeavingDoesNotWaitForAChildThatStays) {
+    OpenWithChild();
+    child->mayClose = false;
+    window->Leave();
+    EXPECT_EQ(store.written.size(), 5U);
+    EXPECT_TRUE(window->close());
+}
+
+}  // namespace
+
+}  // namespace davo::test

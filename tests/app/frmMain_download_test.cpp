@@ -1,0 +1,167 @@
+// mnuDownload: what is asked of the instrument, and what becomes of the menu item.
+
+#include <QMdiArea>
+#include <QTimer>
+
+#include "retrieval/memory_directory.h"
+#include "tests/app/main_window.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class Download : public MainWindow {
+  protected:
+    void OpenWithTestList() {
+        ChildWindows children;
+        children.memoryDirectory = [this](QMdiArea&, std::function<void()> closed) {
+            ++opened;
+            if (fails) throw RunTimeError(ErrorNumber::FileNotFound, "child");
+            close = std::move(closed);
+        };
+        Open("DAVO-E R3.10", children);
+        state.directory.recordsFromInstrument = false;
+        port.sent.clear();
+    }
+
+    int opened = 0;
+    bool fails = false;
+    std::function<void()> close;
+};
+
+TEST_F(Download, TheReplyIsKeptAndTheListOpened) {
+    OpenWithTestList();
+    port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
+    Choose("mnuDownload");
+    EXPECT_THAT(port.sent, ElementsAre("B", "d"));
+    EXPECT_EQ(opened, 1);
+    EXPECT_EQ(state.listCaller, ListCaller::Download);
+    EXPECT_TRUE(state.directory.recordsFromInstrument);
+    EXPECT_EQ(state.dirReply, "#001\r\n11/21/26\r\nDONE\r\n");
+    EXPECT_FALSE(Enabled("mnuDownload"));
+    EXPECT_FALSE(Enabled("mnuFile"));
+    EXPECT_THAT(prompts.shown, IsEmpty());
+    close();
+    EXPECT_TRUE(Enabled("mnuDownload"));
+    EXPECT_TRUE(Enabled("mnuFile"));
+}
+
+TEST_F(Download, TheItemIsDisabledWhileTheInstrumentIsAsked) {
+    OpenWithTestList();
+    bool enabled = true;
+    port.OnOutputDo("d", [&] {
+        enabled = Enabled("mnuDownload");
+        port.Deliver("\r\nDONE\r\n");
+    });
+    Choose("mnuDownload");
+    EXPECT_FALSE(enabled);
+}
+
+TEST_F(Download, WhatWaitsInThePortIsNotTakenForTheReply) {
+    OpenWithTestList();
+    port.Always("d", "#002\r\n11/21/26\r\nDONE\r\n");
+    port.Deliver("RDY\r\nDATA of an earlier wait\r\nDONE\r\n");
+    QTest::qWait(20);
+    Choose("mnuDownload");
+    EXPECT_EQ(state.dirReply, "#002\r\n11/21/26\r\nDONE\r\n");
+}
+
+TEST_F(Download, APortThatDoesNotOpenLeavesTheItemDisabled) {
+    port.failOpen = ErrorNumber::InvalidPortNumber;
+    OpenWithTestList();
+    Choose("mnuDownload");
+    EXPECT_FALSE(Enabled("mnuDownload"));
+    EXPECT_TRUE(Enabled("mnuFile"));
+    EXPECT_EQ(opened, 0);
+    EXPECT_THAT(port.sent, IsEmpty());
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(Download, APortThatWasClosedIsOpened) {
+    OpenWithTestList();
+    port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
+    link.CloseComPort();
+    Choose("mnuDownload");
+    EXPECT_TRUE(state.linkState.portOpen);
+    EXPECT_EQ(opened, 1);
+}
+
+TEST_F(Download, AnInstrumentThatDoesNotAnswerIsSaid) {
+    OpenWithTestList();
+    port.always.clear();
+    Choose("mnuDownload");
+    EXPECT_THAT(
+        prompts.shown,
+        ElementsAre(QStringLiteral("DAVO is not available\r\nor\r\nnot under computer control.")));
+    EXPECT_THAT(port.sent, ElementsAre("B"));
+    EXPECT_TRUE(Enabled("mnuDownload"));
+    EXPECT_FALSE(state.directory.recordsFromInstrument);
+    EXPECT_EQ(opened, 0);
+}
+
+TEST_F(Download, AnEmptyMemoryIsSaid) {
+    OpenWithTestList();
+    port.Always("d", "\r\nDONE\r\n");  // 8 characters
+    Choose("mnuDownload");
+    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("There are no test records.")));
+    EXPECT_TRUE(Enabled("mnuDownload"));
+    EXPECT_FALSE(state.directory.recordsFromInstrument);
+    EXPECT_EQ(opened, 0);
+}
+
+TEST_F(Download, AReplyOfTenCharactersIsShown) {
+    OpenWithTestList();
+    port.Always("d", "..\r\nDONE\r\n");
+    Choose("mnuDownload");
+    EXPECT_EQ(opened, 1);
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(Download, AWaitThatTheOperatorEndedSaysNothing) {
+    OpenWithTestList();
+    port.OnOutputDo("d",
+                    [this] { QTimer::singleShot(20, window.get(), [this] { link.EndWait(); }); });
+    Choose("mnuDownload");
+    EXPECT_THAT(prompts.shown, IsEmpty());
+    EXPECT_TRUE(Enabled("mnuDownload"));
+    EXPECT_TRUE(Enabled("mnuFile"));
+    EXPECT_FALSE(state.directory.recordsFromInstrument);
+    EXPECT_EQ(opened, 0);
+}
+
+TEST_F(Download, AHandshakeThatTheOperatorEndedSaysNothing) {
+    OpenWithTestList();
+    port.always.clear();
+    port.OnOutputDo("B", [this] { link.EndWait(); });
+    Choose("mnuDownload");
+    EXPECT_THAT(prompts.shown, IsEmpty());
+    EXPECT_TRUE(Enabled("mnuDownload"));
+}
+
+TEST_F(Download, ClosingTheMainWindowWhileItWaitsEndsBoth) {
+    OpenWithTestList();
+    port.OnOutputDo("d",
+                    [this] { QTimer::singleShot(20, window.get(), [this] { window->close(); }); });
+    Choose("mnuDownload");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(opened, 0);
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(Download, AListThatFailsToOpenLeavesTheItemEnabled) {
+    OpenWithTestList();
+    port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
+    fails = true;
+    Choose("mnuDownload");
+    EXPECT_THAT(prompts.shown,
+                ElementsAre(QStringLiteral("Run-time error '53': File not found: child")));
+    EXPECT_TRUE(Enabled("mnuDownload"));
+    EXPECT_TRUE(Enabled("mnuFile"));
+}
+
+}  // namespace
+
+}  // namespace davo::test

@@ -1,0 +1,154 @@
+// What the main window does for reports: the template is put, the test window may ask for one.
+
+#include <QElapsedTimer>
+#include <QThread>
+#include <atomic>
+
+#include "reports/template_file.h"
+#include "tests/app/main_window.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// Makes nothing; takes as long as the test wants it to.
+class FakeRenderer : public ReportRenderer {
+  public:
+    FakeRenderer(std::atomic<bool>& isDone, std::atomic<int>& prepared)
+        : isDone_(isDone), prepared_(prepared) {}
+    QString Extension() const override { return QStringLiteral(".xls"); }
+    void Prepare() override { ++prepared_; }
+    bool Render(const Workbook&, const QString&, const QString&, const RenderProgress& progress,
+                const std::stop_token& stop) override {
+        progress(1, 1);
+        while (!isDone_ && !stop.stop_requested())
+            QThread::msleep(1);
+        return isDone_;
+    }
+
+  private:
+    std::atomic<bool>& isDone_;
+    std::atomic<int>& prepared_;
+};
+
+class MainWindowWithReports : public MainWindow {
+  protected:
+    void OpenWithReports() {
+        port.Always("W", "DAVO-E R3.10\r\n");
+        window =
+            std::make_unique<frmMain>(state, ProgramServices{store, places, clock, prompts, link,
+                                                             devices, shortDate, [] {}, &reports});
+        window->Form_Load();
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
+    // Saves a session of one shot as T1.txt and asks for its report.
+    void SaveAndView() {
+        Choose("mnuRatio");
+        ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
+        QTest::qWait(50);
+        QTest::mouseClick(Find<QPushButton>("cmdStart"), Qt::LeftButton);
+        port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
+        ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
+        prompts.answers = {Answer::Yes, Answer::Yes};
+        prompts.files = {state.settings.dataPath + QStringLiteral("T1.txt")};
+        QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
+    }
+    QString ExcelFolder() const {
+        return places.applicationFolder + QStringLiteral("Shots_Excel/");
+    }
+    void PutInstalledTemplate() { ReplaceFile(InstalledTemplate(), "a workbook"); }
+    ~MainWindowWithReports() override {
+        window.reset();
+        QFile::remove(InstalledTemplate());
+    }
+
+    std::atomic<bool> isDone = true;
+    std::atomic<int> prepared = 0;
+    std::vector<QString> opened;
+    ReportRunner reports{
+        prompts, state.settings,
+        [this] {
+            return ChosenRenderer{std::make_unique<FakeRenderer>(isDone, prepared), false};
+        },
+        [this](const QString& path) {
+            opened.push_back(path);
+            return true;
+        }};
+};
+
+TEST_F(MainWindowWithReports, AFirstRunPutsTheTemplateInTheExcelFolder) {
+    PutInstalledTemplate();
+    OpenWithReports();
+    EXPECT_EQ(ReadWholeFile(ExcelFolder() + QLatin1String(kTemplateFileName)), "a workbook");
+    EXPECT_TRUE(Find<QPushButton>("cmdNotice")->isHidden());
+}
+
+TEST_F(MainWindowWithReports, TheOwnersTemplateStays) {
+    PutInstalledTemplate();
+    ASSERT_TRUE(QDir().mkpath(ExcelFolder()));
+    ReplaceFile(ExcelFolder() + QLatin1String(kTemplateFileName), "the owner's");
+    OpenWithReports();
+    EXPECT_EQ(ReadWholeFile(ExcelFolder() + QLatin1String(kTemplateFileName)), "the owner's");
+}
+
+TEST_F(MainWindowWithReports, ATemplateThatCannotBePutIsSaidInTheStatusLine) {
+    OpenWithReports();
+    auto* notice = Find<QPushButton>("cmdNotice");
+    EXPECT_TRUE(notice->isVisible());
+    EXPECT_EQ(notice->text(), QStringLiteral("Report template missing"));
+    notice->click();
+    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Run-time error '53': File not found: ") +
+                                           ShownPath(InstalledTemplate())));
+}
+
+TEST_F(MainWindowWithReports, TheTestWindowsReportIsMadeAndOpened) {
+    OpenWithReports();
+    SaveAndView();
+    EXPECT_THAT(opened, ElementsAre(ExcelFolder() + QStringLiteral("T1.xls")));
+    EXPECT_EQ(prompts.shown.back(), QStringLiteral("Do you want to view test results? "));
+    EXPECT_TRUE(Until([this] { return TestWindow() == nullptr; }));
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(MainWindowWithReports, ClosingTheMainWindowLeavesTheReportAndClosesBoth) {
+    OpenWithReports();
+    isDone = false;
+    QTimer::singleShot(1000, window.get(), [this] { window->close(); });
+    SaveAndView();
+    EXPECT_TRUE(Until([this] { return !window->isVisible(); }));
+    EXPECT_THAT(opened, IsEmpty());
+    EXPECT_EQ(prompts.shown.back(), QStringLiteral("Do you want to view test results? "));
+}
+
+TEST_F(MainWindowWithReports, TheEngineIsStartedOnceTheTestWindowHasStood) {
+    OpenWithReports();
+    QElapsedTimer timer;
+    timer.start();
+    Choose("mnuRatio");
+    ASSERT_NE(TestWindow(), nullptr);
+    QTest::qWait(500);
+    EXPECT_EQ(prepared, 0);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return prepared == 1; },
+                                static_cast<int>(2 * kPrepareDelay.count())));
+    EXPECT_GE(timer.elapsed(), kPrepareDelay.count() * 9 / 10);
+}
+
+TEST_F(MainWindowWithReports, AWindowThatWasLeftSoonStartsNoEngine) {
+    OpenWithReports();
+    Choose("mnuRatio");
+    ASSERT_NE(TestWindow(), nullptr);
+    QTest::qWait(100);
+    QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
+    ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
+    QTest::qWait(static_cast<int>(kPrepareDelay.count()) + 500);
+    EXPECT_EQ(prepared, 0);
+}
+
+}  // namespace
+
+}  // namespace davo::test
