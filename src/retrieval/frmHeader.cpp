@@ -25,9 +25,13 @@ namespace davo {
 namespace {
 
 // A glove meets them.
-constexpr int kBoxHeight = 32;
+constexpr int kBoxHeight = 34;
 constexpr int kButtonHeight = 44;
 constexpr int kBarHeight = 14;
+constexpr double kLetterGrowth = 1.15;
+constexpr int kMargin = 16;
+constexpr int kBoxLength = 34;  // average characters, so that twenty wide ones fit
+constexpr int kComboLength = 6;
 // Characters between two pictures of the bar: each of them holds up the line for a moment.
 constexpr std::size_t kBarStep = 32;
 
@@ -62,6 +66,15 @@ void KeepToSlot(QLineEdit* box) {
     });
 }
 
+// The label, level with its control.
+QLabel* AddRow(QFormLayout* form, const QString& caption, QWidget* control) {
+    auto* label = new QLabel(caption, control->parentWidget());
+    label->setMinimumHeight(kBoxHeight);
+    label->setBuddy(control);
+    form->addRow(label, control);
+    return label;
+}
+
 const char* SaveCaption(HeaderMode mode) {
     switch (mode) {
         case HeaderMode::Session:
@@ -81,9 +94,16 @@ frmHeader::frmHeader(HeaderMode mode, HeaderTable& header, Prompts& prompts, QWi
     setObjectName(QStringLiteral("frmHeader"));
     setWindowTitle(QStringLiteral("Test Record Header Information"));
     setAttribute(Qt::WA_DeleteOnClose);
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * kLetterGrowth);
+    setFont(large);
     auto* column = new QVBoxLayout(this);
-    BuildSlotChoice(column);
-    BuildBoxes(column);
+    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    auto* form = new QFormLayout;
+    form->setHorizontalSpacing(kMargin);
+    column->addLayout(form);
+    BuildSlotChoice(form);
+    BuildBoxes(form);
     BuildProgress(column);
     BuildButtons(column);
 }
@@ -106,34 +126,26 @@ frmHeader::frmHeader(HeaderMode mode, const HeaderTargets& targets, Prompts& pro
     Form_Load();
 }
 
-void frmHeader::BuildSlotChoice(QVBoxLayout* column) {
-    auto* row = new QHBoxLayout;
-    auto* lblHeader = new QLabel(QStringLiteral("HEADER:"), this);
-    lblHeader->setObjectName(QStringLiteral("lblHeader"));
+void frmHeader::BuildSlotChoice(QFormLayout* form) {
     cboHeader_ = new QComboBox(this);
     cboHeader_->setObjectName(QStringLiteral("cboHeader"));
     cboHeader_->setMinimumHeight(kBoxHeight);
+    cboHeader_->setMinimumContentsLength(kComboLength);
+    cboHeader_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     for (int slot = 1; slot <= kHeaderSlotCount; ++slot)
         cboHeader_->addItem(QString::number(slot));
-    lblHeader->setBuddy(cboHeader_);
-    row->addWidget(lblHeader);
-    row->addWidget(cboHeader_);
-    row->addStretch(1);
-    column->addLayout(row);
-    lblHeader->setVisible(mode_ == HeaderMode::Davo);
-    cboHeader_->setVisible(mode_ == HeaderMode::Davo);
+    AddRow(form, QStringLiteral("HEADER:"), cboHeader_)->setObjectName(QStringLiteral("lblHeader"));
+    form->setRowVisible(cboHeader_, mode_ == HeaderMode::Davo);
     connect(cboHeader_, &QComboBox::currentIndexChanged, this,
             [this] { handlers_.Run([this] { cboHeader_Click(); }); });
 }
 
-void frmHeader::BuildBoxes(QVBoxLayout* column) {
-    auto* form = new QFormLayout;
-    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+void frmHeader::BuildBoxes(QFormLayout* form) {
     for (int i = 0; i < kHeaderFieldCount; ++i) {
         const auto at = static_cast<std::size_t>(i);
         auto* box = new QLineEdit(this);
         box->setObjectName(QStringLiteral("txtHeader%1").arg(i));
-        box->setMinimumWidth(box->fontMetrics().averageCharWidth() * 32);
+        box->setMinimumWidth(box->fontMetrics().averageCharWidth() * kBoxLength);
         box->setMinimumHeight(kBoxHeight);
         if (mode_ == HeaderMode::Davo) {
             KeepToSlot(box);
@@ -142,12 +154,9 @@ void frmHeader::BuildBoxes(QVBoxLayout* column) {
         }
         // What the boxes hold is no longer what is used.
         connect(box, &QLineEdit::textEdited, this, [this] { lblUsed_->clear(); });
-        auto* label = new QLabel(QLatin1String(kHeaderKeys.at(at)) + QLatin1Char(':'), this);
-        label->setBuddy(box);
-        form->addRow(label, box);
+        AddRow(form, QLatin1String(kHeaderKeys.at(at)) + QLatin1Char(':'), box);
         txtHeader_.at(at) = box;
     }
-    column->addLayout(form);
 }
 
 void frmHeader::BuildProgress(QVBoxLayout* column) {
@@ -173,6 +182,8 @@ void frmHeader::BuildButtons(QVBoxLayout* column) {
         auto* button = new QPushButton(QLatin1String(caption), this);
         button->setObjectName(QLatin1String(name));
         button->setMinimumHeight(kButtonHeight);
+        // Without this, Enter in a box presses the first button.
+        button->setAutoDefault(mode_ != HeaderMode::Davo);
         row->addWidget(button);
         return button;
     };
@@ -264,11 +275,16 @@ void frmHeader::cmdNotes_Click() {
 
 void frmHeader::keyPressEvent(QKeyEvent* event) {
     const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (enter && mode_ == HeaderMode::Davo) {
-        // Enter must not erase the instrument's headers while they are typed.
-        focusNextChild();
-    } else {
+    if (!enter || mode_ != HeaderMode::Davo) {
         QDialog::keyPressEvent(event);
+        return;
+    }
+    if (event->isAutoRepeat()) return;
+    // Enter must not erase the instrument's headers while they are typed.
+    if (auto* button = qobject_cast<QPushButton*>(focusWidget())) {
+        button->click();
+    } else {
+        focusNextChild();
     }
 }
 

@@ -12,6 +12,7 @@
 #include "retrieval/header_upload.h"
 
 class QComboBox;
+class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QProgressBar;
@@ -61,8 +62,8 @@ class frmHeader : public QDialog {
 
   private:
     frmHeader(HeaderMode mode, HeaderTable& header, Prompts& prompts, QWidget* parent);
-    void BuildSlotChoice(QVBoxLayout* column);
-    void BuildBoxes(QVBoxLayout* column);
+    void BuildSlotChoice(QFormLayout* form);
+    void BuildBoxes(QFormLayout* form);
     void BuildProgress(QVBoxLayout* column);
     void BuildButtons(QVBoxLayout* column);
     void Form_Load();

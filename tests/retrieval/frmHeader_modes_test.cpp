@@ -218,6 +218,8 @@ TEST_F(HeaderModes, EnterInABoxGoesToTheNextAndDoesNotUpload) {
     }
     EXPECT_TRUE(Find<QPushButton>("cmdSave")->hasFocus());
     EXPECT_THAT(line.port.sent, ElementsAre("B", "Fr"));
+    QTest::keyClick(window->focusWidget(), Qt::Key_Return);
+    EXPECT_THAT(line.port.sent, ElementsAre("B", "Fr", "B")) << "a button is pressed by Enter";
 }
 
 TEST_F(HeaderModes, TheCharacterThatMarksAnEmptySlotIsRefusedInWords) {
