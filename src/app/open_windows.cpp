@@ -5,6 +5,11 @@
 #include <memory>
 #include <utility>
 
+#include "reports/template_file.h"
+#include "retrieval/frmHeader.h"
+#include "retrieval/frmHeaderOptn.h"
+#include "retrieval/frmTestList.h"
+
 namespace davo {
 
 namespace {
@@ -12,8 +17,7 @@ namespace {
 // Loads window, then shows it in area; closed is called when it unloads. Throws what Form_Load
 // throws; nothing is shown then.
 template <class Window>
-[[maybe_unused]] void ShowIn(QMdiArea& area, std::unique_ptr<Window> window,
-                             std::function<void()> closed) {
+void ShowIn(QMdiArea& area, std::unique_ptr<Window> window, std::function<void()> closed) {
     window->Form_Load();
     window->OnUnload = std::move(closed);
     Window* shown = window.release();
@@ -24,10 +28,58 @@ template <class Window>
     area.setMinimumSize(shown->minimumSizeHint());
 }
 
+// The chooser and the header window that it opens; closed is called when the last one has closed.
+OpenChild HeaderSetup(ProgramState& state, const ProgramServices& services) {
+    const auto slots = std::make_shared<HeaderSlots>();
+    return [&state, services, slots](QMdiArea& area, std::function<void()> closed) {
+        const auto openWindows = std::make_shared<int>(1);
+        const auto unloaded = [openWindows, closed = std::move(closed)] {
+            if (--*openWindows == 0) closed();
+        };
+        QWidget* main = area.window();
+        auto* chooser = new frmHeaderOptn(main);
+        chooser->OnChosen = [&state, services, slots, openWindows, unloaded,
+                             main](HeaderMode mode) {
+            const HeaderTargets targets{
+                state.header, state.settings.dataPath, *slots, services.link,
+                [&state, services] { return services.link.OpenComPort(state.settings.comPort); }};
+            auto* header = new frmHeader(mode, targets, services.prompts, main);
+            ++*openWindows;
+            header->OnUnload = unloaded;
+            header->open();
+        };
+        chooser->OnUnload = unloaded;
+        chooser->open();
+    };
+}
+
+// The test list over the data folder or over what the instrument sent as its directory.
+OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMode mode) {
+    return [&state, services, mode](QMdiArea& area, std::function<void()> closed) {
+        auto window = std::make_unique<frmTestList>(
+            mode, TestListSurroundings{state.settings, state.directory, services.prompts,
+                                       services.link, services.places.scratchFolder,
+                                       mode == ListMode::Instrument ? state.dirReply : ""});
+        window->OnExcelFolderMade = [](const QString& excelPath) { PutTemplate(excelPath); };
+        if (ReportRunner* reports = services.reports; reports != nullptr) {
+            window->OnView = [reports](const QString& file, const ReportRunner::Show& show) {
+                reports->Run(file, show);
+            };
+            window->OnLeaveReport = [reports] { reports->Cancel(); };
+            if (mode == ListMode::Folder) reports->PrepareSoon(*window);
+        }
+        ShowIn(area, std::move(window), std::move(closed));
+    };
+}
+
 }  // namespace
 
-ChildWindows OpenWindows(ProgramState& /*state*/, const ProgramServices& /*services*/) {
-    return {};
+ChildWindows OpenWindows(ProgramState& state, const ProgramServices& services) {
+    ChildWindows windows;
+    windows.testList = TestList(state, services, ListMode::Folder);
+    windows.memoryDirectory = TestList(state, services, ListMode::Instrument);
+    windows.headerSetup = HeaderSetup(state, services);
+    return windows;
 }
 
 }  // namespace davo

@@ -1,0 +1,463 @@
+#include "retrieval/frmTestList.h"
+
+#include <QButtonGroup>
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QRadioButton>
+#include <QScopeGuard>
+#include <QScopedValueRollback>
+#include <QShortcut>
+#include <QStringList>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
+
+#include "common/big_button.h"
+#include "common/centre_form.h"
+#include "common/close_form.h"
+#include "common/files.h"
+#include "common/places.h"
+#include "records/record_list.h"
+#include "records/sorting.h"
+#include "retrieval/memory_directory.h"
+#include "retrieval/record_download.h"
+
+namespace davo {
+
+namespace {
+
+constexpr double kLetterGrowth = 1.25;
+constexpr int kMargin = 12;
+constexpr int kLeastListRows = 4;
+
+// The option buttons in their order on the window, and what they stand for.
+constexpr std::array<const char*, 3> kDisplayCaptions{"Filename", "Date", "Station"};
+constexpr std::array<std::int16_t, 3> kDisplays{kDisplayFilename, kDisplayDate, kDisplayStation};
+constexpr std::array<const char*, 2> kSortCaptions{"Ascending", "Descending"};
+
+void Enlarge(QWidget& widget) {
+    QFont font = widget.font();
+    font.setPointSizeF(font.pointSizeF() * kLetterGrowth);
+    widget.setFont(font);
+}
+
+QLabel* MakeLabel(const char* name, QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setObjectName(QLatin1String(name));
+    Enlarge(*label);
+    return label;
+}
+
+BigButton* MakeButton(const char* name, const char* caption, QWidget* parent) {
+    auto* button = new BigButton(parent);
+    button->setObjectName(QLatin1String(name));
+    button->setText(QLatin1String(caption));
+    return button;
+}
+
+// What is told of record files that a rebuild did not list; empty when all are listed.
+QString NotListedText(const RebuildResult& result) {
+    QStringList lines;
+    const auto skipped = static_cast<int>(result.skipped.size());
+    if (skipped > 0) {
+        const SkippedFile& first = result.skipped.front();
+        QString line = QStringLiteral("Not listed: ") + first.name + QLatin1Char(' ') +
+                       SkipReasonText(first.reason);
+        if (skipped > 1)
+            line += skipped == 2 ? QStringLiteral(", and 1 more damaged file")
+                                 : QStringLiteral(", and %1 more damaged files").arg(skipped - 1);
+        lines += line + QLatin1Char('.');
+    }
+    if (result.notListed > 0) {
+        lines += QStringLiteral("Not listed: %1 beyond the %2 that a list can hold.")
+                     .arg(result.notListed == 1 ? QStringLiteral("1 file")
+                                                : QStringLiteral("%1 files").arg(result.notListed))
+                     .arg(kMostListedRecords);
+    }
+    return lines.join(QLatin1Char(' '));
+}
+
+}  // namespace
+
+frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* parent)
+    : QWidget(parent), mode_(mode), around_(std::move(around)), handlers_(around_.prompts) {
+    setObjectName(QStringLiteral("frmTestList"));
+    setWindowTitle(QStringLiteral("DAVO Memory Content"));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    BuildTop(column);
+    BuildList(column);
+    BuildBottom(column);
+    Connect();
+}
+
+void frmTestList::BuildTop(QBoxLayout* column) {
+    auto* row = new QHBoxLayout;
+    auto* frame = new QGroupBox(this);
+    frame->setObjectName(QStringLiteral("frameDisplaySort"));
+    frameDisplaySort_ = frame;
+    BuildOptions(frame);
+    row->addWidget(frame);
+    row->addStretch();
+    cmdRefresh_ = MakeButton("cmdRefresh", "&Refresh", this);
+    cmdDir_ = MakeButton("cmdDir", "&Change DIR", this);
+    row->addWidget(cmdRefresh_);
+    row->addWidget(cmdDir_);
+    column->addLayout(row);
+}
+
+void frmTestList::BuildOptions(QWidget* frame) {
+    auto* grid = new QGridLayout(frame);
+    const auto addRow = [this, grid, frame](int row, const char* caption, const char* name,
+                                            const auto& captions, auto& buttons) {
+        QLabel* label = MakeLabel(row == 0 ? "lblDisplay" : "lblSort", frame);
+        label->setText(QLatin1String(caption));
+        grid->addWidget(label, row, 0);
+        auto* group = new QButtonGroup(this);
+        for (std::size_t i = 0; i < captions.size(); ++i) {
+            auto* button = new QRadioButton(QLatin1String(captions.at(i)), frame);
+            button->setObjectName(QLatin1String(name) + QString::number(i));
+            Enlarge(*button);
+            // The Tab key goes to the one that is chosen.
+            button->setFocusPolicy(Qt::ClickFocus);
+            connect(button, &QRadioButton::toggled, button, [button](bool chosen) {
+                button->setFocusPolicy(chosen ? Qt::StrongFocus : Qt::ClickFocus);
+            });
+            group->addButton(button);
+            grid->addWidget(button, row, static_cast<int>(i) + 1);
+            buttons.at(i) = button;
+        }
+    };
+    addRow(0, "Display:", "optDisplay", kDisplayCaptions, optDisplay_);
+    addRow(1, "Sort:", "optSort", kSortCaptions, optSort_);
+}
+
+void frmTestList::BuildList(QBoxLayout* column) {
+    txtFolder_ = new QLineEdit(this);
+    txtFolder_->setObjectName(QStringLiteral("txtFolder"));
+    txtFolder_->setReadOnly(true);
+    txtFolder_->setFrame(false);
+    txtFolder_->setFocusPolicy(Qt::NoFocus);
+    QPalette flat = txtFolder_->palette();
+    flat.setColor(QPalette::Base, palette().color(QPalette::Window));
+    txtFolder_->setPalette(flat);
+    Enlarge(*txtFolder_);
+    column->addWidget(txtFolder_);
+
+    lvTest_ = new RecordList(RecordColumns::All, this);
+    lvTest_->setObjectName(QStringLiteral("lvTest"));
+    lvTest_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    lvTest_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    lvTest_->setTabKeyNavigation(false);
+    Enlarge(*lvTest_);
+    lvTest_->setMinimumHeight(lvTest_->fontMetrics().height() * 2 * kLeastListRows);
+    column->addWidget(lvTest_, 1);
+}
+
+void frmTestList::BuildBottom(QBoxLayout* column) {
+    auto* facts = new QHBoxLayout;
+    lblStatus_ = MakeLabel("lblStatus", this);
+    lblSelect_ = MakeLabel("lblSelect", this);
+    facts->addWidget(lblStatus_);
+    facts->addStretch();
+    facts->addWidget(lblSelect_);
+    column->addLayout(facts);
+
+    lblMessage_ = MakeLabel("lblMessage", this);
+    lblMessage_->setWordWrap(true);
+    column->addWidget(lblMessage_);
+    pbarProgress_ = new QProgressBar(this);
+    pbarProgress_->setObjectName(QStringLiteral("pbarProgress"));
+    Enlarge(*pbarProgress_);
+    pbarProgress_->hide();
+    column->addWidget(pbarProgress_);
+
+    auto* buttons = new QHBoxLayout;
+    cmdExit_ = MakeButton("cmdExit", "&Exit", this);
+    cmdSave_ = MakeButton("cmdSave", "&Save", this);
+    buttons->addWidget(cmdExit_);
+    buttons->addWidget(cmdSave_);
+    column->addLayout(buttons);
+}
+
+void frmTestList::Connect() {
+    const auto on = [this](QPushButton* button, void (frmTestList::*handler)()) {
+        connect(button, &QPushButton::clicked, this,
+                [this, handler] { handlers_.RunAlone([this, handler] { (this->*handler)(); }); });
+    };
+    on(cmdRefresh_, &frmTestList::cmdRefresh_Click);
+    on(cmdDir_, &frmTestList::cmdDir_Click);
+    on(cmdSave_, &frmTestList::cmdSave_Click);
+    // It is there to leave what runs.
+    connect(cmdExit_, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
+    connect(lvTest_, &QTreeWidget::itemSelectionChanged, this,
+            [this] { lvTest_SelectionChange(); });
+    connect(lvTest_, &QTreeWidget::itemDoubleClicked, cmdSave_, &QPushButton::click);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* enter = new QShortcut(key, lvTest_, nullptr, nullptr, Qt::WidgetShortcut);
+        enter->setAutoRepeat(false);
+        connect(enter, &QShortcut::activated, cmdSave_, &QPushButton::click);
+    }
+    auto* escape =
+        new QShortcut(Qt::Key_Escape, this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+    escape->setAutoRepeat(false);
+    connect(escape, &QShortcut::activated, this, [this] { cmdExit_Click(); });
+}
+
+// --- Load and the list --------------------------------------------------------------------------
+
+void frmTestList::Form_Load() {
+    CentreForm(*this, parentWidget());
+    SetOptionButtons();
+    ShowFolder();
+    around_.tables.recordsFromInstrument = mode_ == ListMode::Instrument;
+    if (mode_ == ListMode::Instrument) {
+        MemoryDirectory memory = BuildEntries(around_.dirReply);
+        lblMessage_->setText(NotListedText(memory));
+        entries_ = std::move(memory.entries);
+        cmdSave_->setText(QStringLiteral("Save"));
+        cmdSave_->setShortcut(Qt::ALT | Qt::Key_S);
+    } else {
+        EntriesFromFolder();
+        cmdSave_->setText(QStringLiteral("View"));
+        cmdSave_->setShortcut(Qt::ALT | Qt::Key_V);
+    }
+    DisplayAndSort();
+    lvTest_->setFocus();
+}
+
+void frmTestList::SetOptionButtons() {
+    Settings& settings = around_.settings;
+    settings.sortDisplay = ValidDisplay(settings.sortDisplay);
+    settings.sortOrder = ValidOrder(settings.sortOrder);
+    for (std::size_t i = 0; i < kDisplays.size(); ++i)
+        optDisplay_.at(i)->setChecked(kDisplays.at(i) == settings.sortDisplay);
+    optSort_[0]->setChecked(settings.sortOrder != kDescending);
+    optSort_[1]->setChecked(settings.sortOrder == kDescending);
+}
+
+// The loaded directory, as far as it is whole.
+void frmTestList::EntriesFromFolder() {
+    const std::vector<std::string>& loaded = around_.tables.dirEntries;
+    const auto count = std::clamp<std::ptrdiff_t>(around_.tables.recordCount, 0,
+                                                  static_cast<std::ptrdiff_t>(loaded.size()));
+    WholeEntries whole = KeepWholeEntries({loaded.begin(), loaded.begin() + count});
+    entries_ = std::move(whole.entries);
+    if (whole.damaged > 0) {
+        lblMessage_->setText(
+            QStringLiteral("Not listed: %1 damaged lines of the directory.").arg(whole.damaged));
+    } else if (entries_.empty()) {
+        lblMessage_->setText(QStringLiteral("There are no test records in this folder."));
+    }
+}
+
+void frmTestList::DisplayAndSort() {
+    entries_ =
+        davo::DisplayAndSort(entries_, around_.settings.sortDisplay, around_.settings.sortOrder);
+    DirectoryTables& tables = around_.tables;
+    if (mode_ == ListMode::Instrument) {
+        tables.dirEntriesNew = entries_;
+    } else {
+        tables.dirEntries = entries_;
+        tables.recordCount = static_cast<std::int16_t>(entries_.size());
+        tables.dirFileNames.clear();
+        for (const std::string& entry : entries_)
+            tables.dirFileNames.push_back(RecordFileName(entry));
+    }
+    lvTest_->Fill(RowsForList(tables, static_cast<int>(entries_.size())));
+    lvTest_SelectionChange();
+    ShowTotal(entries_.size());
+}
+
+void frmTestList::cmdRefresh_Click() {
+    Settings& settings = around_.settings;
+    settings.sortOrder = optSort_[1]->isChecked() ? std::int16_t{kDescending} : std::int16_t{0};
+    for (std::size_t i = 0; i < kDisplays.size(); ++i) {
+        if (optDisplay_.at(i)->isChecked()) settings.sortDisplay = kDisplays.at(i);
+    }
+    if (mode_ == ListMode::Folder) {
+        lblMessage_->clear();
+        RebuildFolder();
+        EntriesFromFolder();
+    }
+    DisplayAndSort();
+}
+
+// --- Change folder ------------------------------------------------------------------------------
+
+void frmTestList::cmdDir_Click() {
+    ShowTotal(0);
+    const auto total = qScopeGuard([this] { ShowTotal(entries_.size()); });
+    const QString chosen = around_.prompts.ChooseFolder(QStringLiteral("&Select a directory:"),
+                                                        QStringLiteral("C:\\"));
+    if (!chosen.isEmpty()) ChangeFolder(chosen);
+}
+
+void frmTestList::ChangeFolder(const QString& chosen) {
+    Settings& settings = around_.settings;
+    const JobFolders before{settings.dataPath, settings.excelPath};
+    const JobFolders wanted = FoldersOf(chosen);
+    settings.dataPath = wanted.dataPath;
+    settings.excelPath = wanted.excelPath;
+    auto restore = qScopeGuard([&settings, &before] {
+        settings.dataPath = before.dataPath;
+        settings.excelPath = before.excelPath;
+    });
+    if (!MakeFolders()) return;
+    lblMessage_->clear();
+    RebuildFolder();
+    restore.dismiss();
+    ShowFolder();
+    if (mode_ == ListMode::Folder) EntriesFromFolder();
+    DisplayAndSort();
+}
+
+bool frmTestList::MakeFolders() {
+    const Settings& settings = around_.settings;
+    if (!FolderExists(settings.dataPath)) {
+        const Answer answer = around_.prompts.YesNo(
+            settings.dataPath + QStringLiteral("\r\n does not exist. Create (Y/N)?"), Answer::No);
+        if (answer != Answer::Yes) return false;
+        CreateFolder(settings.dataPath);
+    }
+    if (!FolderExists(settings.excelPath)) {
+        CreateFolder(settings.excelPath);
+        // Records can be listed and fetched without it.
+        if (OnExcelFolderMade) handlers_.Run([&] { OnExcelFolderMade(settings.excelPath); });
+    }
+    return true;
+}
+
+// Lists the record files of the data folder anew and says what is not listed.
+void frmTestList::RebuildFolder() {
+    const QString& dataPath = around_.settings.dataPath;
+    const RebuildResult result = RebuildDirectory(dataPath, around_.tables);
+    LoadDirectoryFile(dataPath, around_.tables);
+    const QString notListed = NotListedText(result);
+    if (!notListed.isEmpty()) lblMessage_->setText(notListed);
+}
+
+// --- Save and View ------------------------------------------------------------------------------
+
+void frmTestList::cmdSave_Click() {
+    const std::vector<int> rows = lvTest_->SelectedRows();
+    if (mode_ == ListMode::Instrument) {
+        if (rows.empty()) {
+            around_.prompts.Message(QStringLiteral("Please choose File(s) to Download."));
+        } else {
+            Download(rows);
+        }
+    } else if (rows.empty()) {
+        around_.prompts.Message(QStringLiteral("Please choose a File to View."));
+    } else {
+        View(rows.front());
+    }
+}
+
+void frmTestList::Download(const std::vector<int>& rows) {
+    DirectoryTables& tables = around_.tables;
+    tables.dirEntries.clear();
+    for (const int row : rows)
+        tables.dirEntries.push_back(entries_.at(static_cast<std::size_t>(row)));
+    tables.recordCount = static_cast<std::int16_t>(rows.size());
+    RecordDownload download(around_.link, around_.prompts, tables, around_.settings.dataPath,
+                            around_.scratchFolder);
+    download.OnStatus = [this](const QString& text) { lblStatus_->setText(text); };
+    download.OnActivity = [this](const QString& text) {
+        if (!closeWanted_) lblMessage_->setText(text);
+    };
+    download.OnProgress = [this](std::size_t done, std::size_t total) {
+        pbarProgress_->setRange(0, std::max(1, static_cast<int>(total)));
+        pbarProgress_->setValue(static_cast<int>(done));
+    };
+    const QScopedValueRollback leave(leave_,
+                                     std::function<void()>([&download] { download.Leave(); }));
+    While(Activity::Download, [this, &rows, &download] {
+        const DownloadResult result = download.Run();
+        lblMessage_->setText(QStringLiteral("%1 of %2 records were saved.")
+                                 .arg(result.written.size())
+                                 .arg(rows.size()));
+    });
+}
+
+void frmTestList::View(int row) {
+    if (!OnView) return;
+    const QString file =
+        around_.settings.dataPath + around_.tables.dirFileNames.at(static_cast<std::size_t>(row));
+    const QScopedValueRollback leave(leave_, OnLeaveReport);
+    While(Activity::Report, [this, &file] {
+        lblMessage_->setText(QStringLiteral("Plotting Excel Graphs, Please Wait..."));
+        const auto hide = qScopeGuard([this] { lblMessage_->clear(); });
+        OnView(file, [this](const QString& text) { lblStatus_->setText(text); });
+    });
+}
+
+template <class Work>
+void frmTestList::While(Activity activity, const Work& work) {
+    const std::array<QWidget*, 5> idle{frameDisplaySort_, cmdRefresh_, cmdDir_, lvTest_, cmdSave_};
+    cmdExit_->setFocus();
+    for (QWidget* widget : idle)
+        widget->setEnabled(false);
+    pbarProgress_->setVisible(activity == Activity::Download);
+    const auto restore = qScopeGuard([this, &idle] {
+        pbarProgress_->hide();
+        for (QWidget* widget : idle)
+            widget->setEnabled(true);
+        lvTest_->setFocus();
+        ShowTotal(entries_.size());
+        // The handler that called this one comes to its end first.
+        if (closeWanted_) QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+    });
+    const QScopedValueRollback running(activity_, activity);
+    work();
+}
+
+void frmTestList::lvTest_SelectionChange() {
+    lblSelect_->setText(QStringLiteral("Select: %1 of %2")
+                            .arg(lvTest_->selectionModel()->selectedRows().size())
+                            .arg(lvTest_->topLevelItemCount()));
+}
+
+void frmTestList::ShowTotal(std::size_t count) {
+    lblStatus_->setText(QStringLiteral("Total Records: %1").arg(count));
+}
+
+void frmTestList::ShowFolder() {
+    txtFolder_->setText(ShownPath(around_.settings.dataPath));
+    txtFolder_->setToolTip(txtFolder_->text());
+}
+
+// --- Leave --------------------------------------------------------------------------------------
+
+void frmTestList::cmdExit_Click() {
+    if (activity_ == Activity::None) {
+        if (!handlers_.Running()) CloseForm(*this);
+        return;
+    }
+    closeWanted_ = true;
+    lblMessage_->setText(QStringLiteral("Leaving, Please Wait..."));
+    if (leave_) leave_();
+}
+
+void frmTestList::closeEvent(QCloseEvent* event) {
+    if (activity_ != Activity::None || handlers_.Running()) {
+        event->ignore();
+        cmdExit_Click();
+        return;
+    }
+    Form_Unload();
+    event->accept();
+}
+
+void frmTestList::Form_Unload() {
+    around_.tables.recordsFromInstrument = false;
+    if (OnUnload) std::exchange(OnUnload, nullptr)();
+}
+
+}  // namespace davo

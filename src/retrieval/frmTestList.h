@@ -1,0 +1,122 @@
+#pragma once
+
+#include <QWidget>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "common/event_handlers.h"
+#include "common/prompts.h"
+#include "common/settings.h"
+#include "link/link.h"
+#include "records/directory_file.h"
+#include "retrieval/list_order.h"
+
+class QBoxLayout;
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+class QRadioButton;
+
+namespace davo {
+
+class RecordList;
+
+// What the test list shows: the record files of the data folder, to be viewed, or the instrument's
+// memory, to be saved in the data folder.
+enum class ListMode : std::uint8_t { Folder, Instrument };
+
+// What the test list works on; all that is referred to must outlive it.
+struct TestListSurroundings {
+    Settings& settings;
+    DirectoryTables& tables;
+    Prompts& prompts;
+    Link& link;
+    QString scratchFolder;  // ends with the separator
+    std::string dirReply;   // what the instrument sent as its directory; empty in folder mode
+};
+
+// The test list, "DAVO Memory Content".
+class frmTestList : public QWidget {
+  public:
+    using Show = std::function<void(const QString& text)>;
+
+    frmTestList(ListMode mode, TestListSurroundings around, QWidget* parent = nullptr);
+
+    // Fills the list: of the loaded directory, or of the instrument's reply. Throws nothing of its
+    // own.
+    void Form_Load();
+
+    // The window has closed.
+    std::function<void()> OnUnload;
+
+    // Makes the report of a record file (a full path) and shows it; returns when that is done or
+    // was left. May throw RunTimeError.
+    std::function<void(const QString& recordFile, const Show& show)> OnView;
+    // Leaves the report that OnView makes.
+    std::function<void()> OnLeaveReport;
+    // The folder of the reports was made (full path, separator at its end). May throw RunTimeError.
+    std::function<void(const QString& excelPath)> OnExcelFolderMade;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    enum class Activity : std::uint8_t { None, Download, Report };
+
+    void BuildTop(QBoxLayout* column);
+    void BuildOptions(QWidget* frame);
+    void BuildList(QBoxLayout* column);
+    void BuildBottom(QBoxLayout* column);
+    void Connect();
+
+    void SetOptionButtons();
+    void DisplayAndSort();
+    void EntriesFromFolder();
+    void RebuildFolder();
+    // Makes the folders that are missing; false when the operator wants none made.
+    bool MakeFolders();
+    void ChangeFolder(const QString& chosen);
+    void Download(const std::vector<int>& rows);
+    void View(int row);
+
+    void cmdRefresh_Click();
+    void cmdDir_Click();
+    void cmdSave_Click();
+    void cmdExit_Click();
+    void lvTest_SelectionChange();
+    void Form_Unload();
+
+    void ShowTotal(std::size_t count);
+    void ShowFolder();
+    // Runs what takes time, with nothing but the exit button to press.
+    template <class Work>
+    void While(Activity activity, const Work& work);
+
+    const ListMode mode_;
+    TestListSurroundings around_;
+    EventHandlers handlers_;
+    std::vector<std::string> entries_;  // as they are shown
+    Activity activity_ = Activity::None;
+    std::function<void()> leave_;  // ends the activity
+    bool closeWanted_ = false;
+
+    QWidget* frameDisplaySort_ = nullptr;
+    std::array<QRadioButton*, 3> optDisplay_{};
+    std::array<QRadioButton*, 2> optSort_{};
+    QPushButton* cmdRefresh_ = nullptr;
+    QPushButton* cmdDir_ = nullptr;
+    QLineEdit* txtFolder_ = nullptr;
+    RecordList* lvTest_ = nullptr;
+    QLabel* lblStatus_ = nullptr;
+    QLabel* lblSelect_ = nullptr;
+    QLabel* lblMessage_ = nullptr;
+    QProgressBar* pbarProgress_ = nullptr;
+    QPushButton* cmdExit_ = nullptr;
+    QPushButton* cmdSave_ = nullptr;
+};
+
+}  // namespace davo

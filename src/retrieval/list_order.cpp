@@ -1,0 +1,121 @@
+#include "retrieval/list_order.h"
+
+#include <QDate>
+#include <algorithm>
+#include <cstddef>
+
+#include "common/places.h"
+#include "common/text.h"
+#include "records/directory_entry.h"
+#include "records/directory_file.h"
+#include "records/sorting.h"
+
+namespace davo {
+
+namespace {
+
+QDate DateKey(std::string_view entry) {
+    constexpr std::size_t kDateWidth = 8;
+    const std::size_t mark = entry.find('!');
+    if (mark == std::string_view::npos) return kNoRecordDate;
+    return ParseRecordDate(Middle(entry, mark + 1, kDateWidth)).value_or(kNoRecordDate);
+}
+
+std::string NameKey(std::string_view entry) {
+    return LowerCase(EntryName(entry).value_or(std::string()));
+}
+
+// The entries whose keys are given, each sorted key taking the first unused entry that has it.
+template <class Key>
+std::vector<std::string> Place(const std::vector<std::string>& entries,
+                               const std::vector<Key>& keys, const std::vector<Key>& sortedKeys) {
+    std::vector<bool> used(entries.size(), false);
+    std::vector<std::string> placed;
+    placed.reserve(entries.size());
+    for (const Key& key : sortedKeys) {
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            if (used[i] || keys[i] != key) continue;
+            used[i] = true;
+            placed.push_back(entries[i]);
+            break;
+        }
+    }
+    return placed;
+}
+
+template <class Key, class KeyOf, class Sort>
+std::vector<std::string> SortBy(const std::vector<std::string>& entries, const KeyOf& keyOf,
+                                const Sort& sort, std::int16_t order) {
+    std::vector<Key> keys(entries.size());
+    std::transform(entries.begin(), entries.end(), keys.begin(), keyOf);
+    std::vector<Key> sorted = keys;
+    sort(sorted, static_cast<int>(sorted.size()) - 1, order);
+    return Place(entries, keys, sorted);
+}
+
+QString WithoutSeparatorAtEnd(QString path, const QString& separator) {
+    while (path.endsWith(separator))
+        path.chop(separator.size());
+    return path;
+}
+
+}  // namespace
+
+std::int16_t ValidDisplay(std::int16_t sortDisplay) {
+    const bool known = sortDisplay >= kDisplayDate && sortDisplay <= kDisplayStation;
+    return known ? sortDisplay : kDisplayDate;
+}
+
+std::int16_t ValidOrder(std::int16_t sortOrder) {
+    return sortOrder == 0 ? std::int16_t{0} : std::int16_t{kDescending};
+}
+
+std::string StationKey(std::string_view entry) {
+    constexpr std::string_view kStation = "STATION=";
+    const std::size_t key = entry.find(kStation);
+    if (key == std::string_view::npos) return kNoStationKey;
+    const std::size_t from = key + kStation.size();
+    const std::size_t end = entry.find("CIRCUIT=", from);
+    if (end == std::string_view::npos) return kNoStationKey;
+    std::string station = LowerCase(TrimBlanks(entry.substr(from, end - from)));
+    return station.empty() ? kNoStationKey : station;
+}
+
+std::vector<std::string> DisplayAndSort(const std::vector<std::string>& entries,
+                                        std::int16_t sortDisplay, std::int16_t sortOrder) {
+    switch (ValidDisplay(sortDisplay)) {
+        case kDisplayFilename:
+            return SortBy<std::string>(entries, NameKey, SortTexts, ValidOrder(sortOrder));
+        case kDisplayStation:
+            return SortBy<std::string>(entries, StationKey, SortTexts, ValidOrder(sortOrder));
+        default:
+            return SortBy<QDate>(entries, DateKey, SortDates, ValidOrder(sortOrder));
+    }
+}
+
+WholeEntries KeepWholeEntries(const std::vector<std::string>& entries) {
+    WholeEntries whole;
+    for (const std::string& entry : entries) {
+        if (EntryName(entry)) {
+            whole.entries.push_back(entry);
+        } else {
+            ++whole.damaged;
+        }
+    }
+    return whole;
+}
+
+QString RecordFileName(std::string_view entry) {
+    return FromPage(EntryName(entry).value_or(std::string(entry))) + QStringLiteral(".txt");
+}
+
+JobFolders FoldersOf(const QString& chosen) {
+    const QString separator = FolderText("\\");
+    const QString path = WithoutSeparatorAtEnd(ShownPath(chosen), separator);
+    const QString data = FolderText("\\Shots_Data");
+    const QString reports = FolderText("\\Shots_Excel\\");
+    if (path.endsWith(data)) return {path + separator, path.chopped(data.size()) + reports};
+    return {path + data + separator, path + reports};
+}
+
+}  // namespace davo

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace davo {
+
+// What a test list is sorted by, as the settings hold it.
+inline constexpr std::int16_t kDisplayDate = 1;
+inline constexpr std::int16_t kDisplayFilename = 2;
+inline constexpr std::int16_t kDisplayStation = 3;
+
+// The values of the settings, or Date and kDescending for one that is none of theirs.
+std::int16_t ValidDisplay(std::int16_t sortDisplay);
+std::int16_t ValidOrder(std::int16_t sortOrder);
+
+// The key of every entry without a station: they sort together.
+inline constexpr const char* kNoStationKey = "++**%%$$";
+
+// The station by which an entry is sorted: lower case, trimmed.
+std::string StationKey(std::string_view entry);
+
+// entries by date, record name or station (sortDisplay) in the direction of sortOrder; names and
+// stations in lower case. Entries of one key keep their order. An entry whose date is none is
+// older than every date.
+std::vector<std::string> DisplayAndSort(const std::vector<std::string>& entries,
+                                        std::int16_t sortDisplay, std::int16_t sortOrder);
+
+// Entries that a list can show: all that have the mark behind their name.
+struct WholeEntries {
+    std::vector<std::string> entries;
+    int damaged = 0;
+};
+WholeEntries KeepWholeEntries(const std::vector<std::string>& entries);
+
+// The file of an entry's record: its name and ".txt".
+QString RecordFileName(std::string_view entry);
+
+// The two folders of a job, each ended by the separator.
+struct JobFolders {
+    QString dataPath;
+    QString excelPath;
+
+    bool operator==(const JobFolders&) const = default;
+};
+
+// The folders of the one that the operator chose: a folder named "Shots_Data" is taken as it is and
+// the reports lie beside it; else both lie in the chosen one.
+JobFolders FoldersOf(const QString& chosen);
+
+}  // namespace davo

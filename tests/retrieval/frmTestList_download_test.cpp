@@ -1,0 +1,165 @@
+// The test list over the instrument's memory, with the simulated instrument on its device.
+#include <QTimer>
+
+#include "instrument/instrument.h"
+#include "link/serial_port.h"
+#include "tests/link/pseudo_terminal.h"
+#include "tests/retrieval/record_download_bench.h"
+#include "tests/retrieval/test_list_window.h"
+
+namespace davo::test {
+namespace {
+
+using instrument::InstrumentOptions;
+using instrument::InstrumentThread;
+using instrument::MemoryRecord;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class MemoryList : public ::testing::Test, public TestListWindow {
+  protected:
+    void Start(const std::vector<MemoryRecord>& memory, bool paced = false) {
+        InstrumentOptions options;
+        options.linkPath = device.toStdString();
+        options.paced = paced;
+        options.conversation.pauseScale = 0.02;
+        options.conversation.memory = memory;
+        instrument = std::make_unique<InstrumentThread>(options);
+        ASSERT_TRUE(link.OpenComPort(1));
+        Show(ListMode::Instrument, link, instrument::DirectoryReply(memory));
+    }
+    std::vector<std::string> Files() const {
+        std::vector<std::string> names;
+        for (const QString& name : QDir(settings.dataPath).entryList(QDir::Files, QDir::Name))
+            names.push_back(name.toStdString());
+        return names;
+    }
+
+    QString device = folder.Path("davo");
+    std::unique_ptr<InstrumentThread> instrument;
+    OneDevice devices{device};
+    std::unique_ptr<SerialPort> port = MakeSerialPort(devices);
+    LinkState state;
+    BusyPointer pointer;
+    Link link{*port, state, prompts, pointer};
+};
+
+TEST_F(MemoryList, ShowsTheInstrumentsDirectory) {
+    Start({MemoryRecordOf(7, 1), MemoryRecordOf(8, 2), MemoryRecordOf(123, 3)});
+    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("Save"));
+    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
+    EXPECT_THAT(Column(0), testing::UnorderedElementsAre("TST_007", "TST_008", "TST_123"));
+    EXPECT_TRUE(directory.recordsFromInstrument);
+    EXPECT_EQ(Text("lblMessage"), "");
+}
+
+TEST_F(MemoryList, SaysHowManyRecordsAreDamaged) {
+    const std::vector<MemoryRecord> memory{MemoryRecordOf(1, 1), MemoryRecordOf(2, 2)};
+    std::string reply = instrument::DirectoryReply(memory);
+    reply.replace(reply.find("STATION="), 8, "ST#TION=");
+    Show(ListMode::Instrument, link, reply);
+    EXPECT_EQ(Text("lblStatus"), "Total Records: 1");
+    EXPECT_EQ(Text("lblMessage"), NotListedText(BuildEntries(reply)).toStdString());
+    EXPECT_THAT(Text("lblMessage"), HasSubstr("1"));
+}
+
+TEST_F(MemoryList, NothingSelectedIsSaid) {
+    Start({MemoryRecordOf(1, 1)});
+    Click("cmdSave");
+    EXPECT_THAT(Shown(), ElementsAre("Please choose File(s) to Download."));
+}
+
+TEST_F(MemoryList, DownloadsWhatIsSelected) {
+    Start({MemoryRecordOf(1, 1), MemoryRecordOf(2, 2), MemoryRecordOf(3, 3)});
+    const std::vector<std::string> names = Column(0);
+    ClickRow(0);
+    ClickRow(2, Qt::ControlModifier);
+    Click("cmdSave");
+    std::vector<std::string> wanted{"DIRDNLD.DNL", names[0] + ".txt", names[2] + ".txt"};
+    EXPECT_THAT(Files(), testing::UnorderedElementsAreArray(wanted));
+    EXPECT_THAT(Shown(), IsEmpty());
+    EXPECT_THAT(Text("lblMessage"), HasSubstr("2 of 2 records were saved."));
+    EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
+    EXPECT_THAT(Column(0), SizeIs(3)) << "the list still shows the memory";
+}
+
+TEST_F(MemoryList, ShowsWhatHappensAndCanBeLeft) {
+    Start({MemoryRecordOf(1, 1), MemoryRecordOf(2, 100)}, true);
+    QTest::keyClick(List(), Qt::Key_A, Qt::ControlModifier);
+    std::string status;
+    std::string activity;
+    int most = 0;
+    bool sawBar = false;
+    QTimer poll;
+    poll.setInterval(20);
+    QObject::connect(&poll, &QTimer::timeout, window.get(), [&] {
+        auto* bar = Find<QProgressBar>("pbarProgress");
+        if (!Text("lblMessage").empty()) activity = Text("lblMessage");
+        if (Text("lblStatus") != "Total Records: 2") status = Text("lblStatus");
+        sawBar = sawBar || bar->isVisible();
+        most = std::max(most, bar->value());
+        if (bar->maximum() > 0 && bar->value() > bar->maximum() / 20) {
+            poll.stop();
+            Click("cmdExit");
+        }
+    });
+    poll.start();
+    Click("cmdSave");
+    EXPECT_TRUE(Until([&] { return unloaded == 1; }));
+    EXPECT_TRUE(sawBar);
+    EXPECT_GT(most, 0);
+    EXPECT_THAT(status, HasSubstr("Downloading Record "));
+    EXPECT_THAT(activity, HasSubstr("from DAVO, Please Wait..."));
+    EXPECT_FALSE(Shown().empty()) << "what is missing is said";
+    for (const std::string& name : Files()) {
+        if (name == "DIRDNLD.DNL") continue;
+        const std::string text = ReadWholeFile(settings.dataPath + QString::fromStdString(name));
+        EXPECT_THAT(text, HasSubstr("KNEE POINT TYPE:")) << "no half record: " << name;
+    }
+}
+
+TEST_F(MemoryList, GoesIntoTheFolderChosenMeanwhile) {
+    Start({MemoryRecordOf(9, 1)});
+    QDir().mkpath(folder.Path("Other/Shots_Data"));
+    prompts.folders = {folder.Path("Other")};
+    Click("cmdDir");
+    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("Save"));
+    EXPECT_EQ(Text("lblStatus"), "Total Records: 1");
+    EXPECT_THAT(Column(0), ElementsAre("TST_009"));
+    ClickRow(0);
+    Click("cmdSave");
+    EXPECT_TRUE(FileExists(folder.Path("Other/Shots_Data/TST_009.txt")));
+}
+
+TEST_F(MemoryList, AnExistingFileIsAskedForAndARenamedOneIsWritten) {
+    Start({MemoryRecordOf(12, 1)});
+    ReplaceFile(settings.dataPath + QStringLiteral("TST_012.txt"), "old");
+    prompts.answers = {Answer::No};
+    prompts.inputs = {QStringLiteral("CT12")};
+    ClickRow(0);
+    Click("cmdSave");
+    EXPECT_THAT(Shown(),
+                Contains("The file TST_012 already exists. Do you want to replace the existing "
+                         "file? "));
+    EXPECT_EQ(ReadWholeFile(settings.dataPath + QStringLiteral("TST_012.txt")), "old");
+    EXPECT_TRUE(FileExists(settings.dataPath + QStringLiteral("CT12.txt")));
+}
+
+TEST_F(MemoryList, APulledCableIsSaidAndTheWindowStays) {
+    Start({MemoryRecordOf(1, 100)}, true);
+    ClickRow(0);
+    QTimer::singleShot(1500, window.get(), [&] { instrument.reset(); });
+    Click("cmdSave");
+    EXPECT_FALSE(Shown().empty());
+    EXPECT_TRUE(Find<QPushButton>("cmdExit")->isEnabled());
+    EXPECT_TRUE(List()->isEnabled());
+    EXPECT_FALSE(FileExists(settings.dataPath + QStringLiteral("TST_001.txt")));
+    EXPECT_EQ(unloaded, 0);
+}
+
+}  // namespace
+}  // namespace davo::test
