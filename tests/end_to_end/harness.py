@@ -27,6 +27,8 @@ PATIENCE = 60  # seconds for anything that has no limit of its own
 SAVE = "Do you want to save the test record? "
 NOT_SAVED = "The test record is not saved. Do you still want to exit? "
 VIEW = "Do you want to view test results? "
+PLOTTING = "Plotting Excel Graphs, Please Wait..."
+NO_VIEWER = "The report is finished, but this computer has no program that shows it. It is stored as "
 RATIO_ONLY = "Run Ratio test only?"
 LEAVE = "Do You Want to Exit?"
 
@@ -158,6 +160,7 @@ class Bench:
     def __init__(self, *instrument_options):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="davo-"))
         self.data = self.folder / "Shots_Data"
+        self.excel = self.folder / "Shots_Excel"
         self.scratch = self.folder / "data" / "davo"
         self.port = self.folder / "line"
         self.byte_log = self.folder / "line.log"
@@ -166,6 +169,8 @@ class Bench:
             "HOME": str(self.folder),
             "XDG_CONFIG_HOME": str(self.folder / "config"),
             "XDG_DATA_HOME": str(self.folder / "data"),
+            # This machine's programs are not to open a report that nobody looks at.
+            "XDG_DATA_DIRS": str(self.folder / "none"),
             "XDG_RUNTIME_DIR": str(self.folder / "runtime"),
             "QT_QPA_PLATFORM": f"offscreen:configfile={SCREEN}",
             "QT_PLUGIN_PATH": PLUGINS,
@@ -173,7 +178,7 @@ class Bench:
             "DAVO_DRIVER_SCRIPT": "-",
             "DAVO_DRIVER_PICTURES": str(self.pictures),
         }
-        for folder in (self.data, self.folder / "config" / "davo", self.pictures):
+        for folder in (self.data, self.excel, self.folder / "config" / "davo", self.pictures):
             folder.mkdir(parents=True)
         (self.folder / "runtime").mkdir(mode=0o700)
         (self.folder / "config" / "davo" / "davo.ini").write_text(
@@ -258,19 +263,17 @@ def repeat_shot(program):
     program.do('waitText cmdContinue "&Repeat Test"', "click cmdContinue")
 
 
-def save_session(program, name):
+def save_session(program, name, view=False):
     program.do("click cmdExit", f'answer Yes "{SAVE}"', f'chooseFile "{name}"')
-    finish_save(program)
+    finish_save(program, view)
 
 
-def finish_save(program):
-    """After the name was chosen: no report, and the window closes."""
-    wait_until(
-        lambda: program.prompt() or program.window("frmCControl") is None, "the end of the save"
-    )
-    if program.prompt():
-        program.do(f'answer No "{VIEW}"')
-    program.do("waitGone frmCControl")
+def finish_save(program, view=False):
+    """After the name was chosen: without a report the window closes."""
+    if view:
+        program.do(f'answer Yes "{VIEW}"')
+    else:
+        program.do(f'answer No "{VIEW}"', "waitGone frmCControl")
 
 
 def leave(program):

@@ -1,0 +1,158 @@
+"""The report that is asked for at the end of a session, from the question to the workbook."""
+
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import time
+import unittest
+
+import harness
+
+QUICK = ("--unpaced", "--quick", "--seed", "31")
+XLRD = "/usr/bin/python3"  # the one that has xlrd
+ENGINE = pathlib.Path("/usr/lib/libreoffice/program/libsclo.so")
+READ = pathlib.Path(__file__).with_name("read_report.py")
+
+
+def read_report(path):
+    """{sheet: {cell: value}} of a workbook."""
+    done = subprocess.run([XLRD, READ, path], check=True, capture_output=True, timeout=60)
+    return json.loads(done.stdout)
+
+
+def engines(bench):
+    """The processes of this bench's programs that make reports."""
+    found = []
+    for entry in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            command = (entry / "cmdline").read_bytes()
+        except OSError:  # it has just ended
+            continue
+        if b"soffice.bin" in command and str(bench.folder).encode() in command:
+            found.append(int(entry.name))
+    return found
+
+
+def points_of(record):
+    """The measured points of each test in a record file, as (current, voltage)."""
+    return [
+        [tuple(map(float, pair)) for pair in re.findall(r"CURRENT: *(\S+?)VOLTAGE: *(\S+)", part)]
+        for part in record.split("REC NUMBER:")[1:]
+    ]
+
+
+@unittest.skipUnless(ENGINE.exists(), "this machine has no LibreOffice Calc")
+class Report(unittest.TestCase):
+    def save_and_view(self, bench, program, name):
+        """A session of two shots whose report is asked for; the path of the workbook."""
+        harness.open_test_window(program)
+        program.do("type txtHVolt 1200", "focusOut", "type txtXVolt 5", "focusOut")
+        harness.full_shot(program, first=True)
+        harness.ratio_shot(program)
+        harness.save_session(program, name + ".txt", view=True)
+        return bench.excel / (name + ".xls")
+
+    def await_report(self, program, workbook):
+        """Nothing shows a workbook here, which is said with the place where it lies."""
+        harness.wait_until(program.prompt, "the end of the report")
+        self.assertEqual(program.prompt(), harness.NO_VIEWER + str(workbook))
+        program.do(f'answer Ok "{harness.NO_VIEWER}{workbook}"', "waitGone frmCControl")
+
+    def assert_no_engine_remains(self, bench):
+        harness.wait_until(lambda: not engines(bench), "the end of the engine", 15)
+        left = list((bench.folder / ".cache").rglob("calc-*"))
+        self.assertEqual(left, [], "the engine's folders")
+
+    def test_yes_makes_a_workbook_of_the_record(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            workbook = self.save_and_view(bench, program, "R1")
+            began = time.monotonic()
+            self.await_report(program, workbook)
+            print(f"report with a cold engine: {time.monotonic() - began:.1f} s", flush=True)
+            sheets = read_report(workbook)
+            self.assertEqual(list(sheets), ["Test 1-Graph", "Test 2-Graph", "SummaryGraph"])
+            tests = points_of((bench.data / "R1.txt").read_text("cp1252"))
+            cells = sheets["Test 1-Graph"]
+            self.assertEqual(cells["A1"], "TEST REPORT")
+            self.assertEqual(cells["B5"], "R1")
+            shown = {
+                (float(cells[f"B{row}"]), float(cells[f"C{row}"]))
+                for row in range(19, 101)
+                if cells.get(f"B{row}")
+            }
+            self.assertGreater(len(tests[0]), 3)
+            self.assertLessEqual(set(tests[0]), shown, "every measured point is in the table")
+            self.assertEqual(sheets["Test 2-Graph"]["A19"], "N/A", "a ratio test has no points")
+            self.assertTrue((bench.excel / "DAVO_Header.xls").exists())
+            self.assertTrue(engines(bench), "it stays for the next report")
+            self.assertEqual(harness.leave(program), 0)
+            self.assert_no_engine_remains(bench)
+
+    def test_a_second_report_replaces_the_first(self):
+        with harness.Bench(*QUICK) as bench:
+            (bench.excel / "R1.xls").write_bytes(b"an earlier report")
+            program = bench.start_program()
+            workbook = self.save_and_view(bench, program, "R1")
+            self.await_report(program, workbook)
+            self.assertIn("Test 1-Graph", read_report(workbook))
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_a_missing_excel_folder_is_said_and_the_record_stands(self):
+        with harness.Bench(*QUICK) as bench:
+            bench.excel.rmdir()
+            program = bench.start_program()
+            self.save_and_view(bench, program, "R1")
+            harness.wait_until(program.prompt, "the error")
+            self.assertRegex(program.prompt(), "^Run-time error '[0-9]+': ")
+            program.do("answer Ok", "waitGone frmCControl")
+            self.assertTrue((bench.data / "R1.txt").exists())
+            self.assertEqual(harness.leave(program), 0)
+
+    def test_exit_leaves_the_report(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            workbook = self.save_and_view(bench, program, "R1")
+            harness.wait_until(
+                lambda: program.window("frmCControl")["title"].startswith(harness.PLOTTING),
+                "the caption",
+            )
+            program.do("click cmdExit", "waitGone frmCControl")
+            self.assertIsNone(program.prompt())
+            self.assertFalse(workbook.exists())
+            self.assertTrue((bench.data / "R1.txt").exists())
+            self.assertEqual(harness.leave(program), 0)
+            self.assert_no_engine_remains(bench)
+
+    def test_a_killed_program_leaves_no_engine(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            workbook = self.save_and_view(bench, program, "R1")
+            self.await_report(program, workbook)
+            self.assertTrue(engines(bench))
+            program.process.kill()
+            harness.wait_until(lambda: not engines(bench), "the end of the engine", 15)
+
+    def test_a_program_killed_during_a_report_leaves_no_engine(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            workbook = self.save_and_view(bench, program, "R1")
+            harness.wait_until(lambda: engines(bench), "the engine")
+            program.process.kill()
+            harness.wait_until(lambda: not engines(bench), "the end of the engine", 15)
+            self.assertFalse(workbook.exists())
+
+    def test_the_end_of_the_desktop_during_a_report_ends_both(self):
+        with harness.Bench(*QUICK) as bench:
+            program = bench.start_program()
+            self.save_and_view(bench, program, "R1")
+            harness.wait_until(lambda: engines(bench), "the engine")
+            program.process.terminate()
+            self.assertEqual(program.wait_end(15), 0)
+            self.assert_no_engine_remains(bench)
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())
