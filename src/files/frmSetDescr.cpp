@@ -1,1 +1,396 @@
-// The header editor.
+#include "files/frmSetDescr.h"
+
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <exception>
+#include <utility>
+
+#include "common/big_button.h"
+#include "common/close_form.h"
+#include "common/files.h"
+#include "common/frmNotepad.h"
+#include "common/page_input.h"
+#include "common/text.h"
+#include "records/record_list.h"
+
+namespace davo {
+
+namespace {
+
+// A glove meets them.
+constexpr int kBoxHeight = 32;
+constexpr int kListHeight = 120;
+constexpr int kRowRoom = 8;
+constexpr int kBoxLetters = 24;
+
+QString Shown(const std::string& text) {
+    return FromPage(text);
+}
+
+QString ChangedMeanwhile(const QString& name) {
+    return QStringLiteral(
+               "The file '%1' has been changed since it was chosen. Do you want to write the "
+               "header information into the changed file?")
+        .arg(name);
+}
+
+QString KeyInText(const QString& name) {
+    return QStringLiteral(
+               "A text of the file '%1' holds the name of another line, such as \"SN:\" or "
+               "\"NOTES\", and would be taken for that line. What belongs there would be lost. Do "
+               "you want to save all the same?")
+        .arg(name);
+}
+
+QString NotSaved(const QString& name) {
+    return QStringLiteral(
+               "The changes to the file '%1' are not saved. Do you want to leave without them?")
+        .arg(name);
+}
+
+}  // namespace
+
+frmSetDescr::frmSetDescr(const DirectoryTables& directory, const QString& dataPath,
+                         Prompts& prompts)
+    : directory_(directory), dataPath_(dataPath), prompts_(prompts), handlers_(prompts) {
+    setObjectName(QStringLiteral("frmSetDescr"));
+    setWindowTitle(QStringLiteral("TEST Directory"));
+    auto* column = new QVBoxLayout(this);
+    column->addWidget(BuildLists(), 1);
+    column->addWidget(BuildFrame());
+    column->addWidget(BuildButtons());
+    Connect();
+    ShowStates();
+}
+
+frmSetDescr::~frmSetDescr() {
+    if (!file_ || !file_->changed) return;
+    try {
+        TakeHeader();
+        // Nobody can be asked any more: a doubtful file is left as it is.
+        if (ReadWholeFile(PathOf(file_->name)) != file_->bytes) return;
+        if (!SurvivesRewrite(file_->bytes, file_->headers)) return;
+        ReplaceFile(PathOf(file_->name), RewriteRecord(file_->bytes, file_->headers));
+    } catch (const std::exception&) {
+        return;  // nor can anybody be told
+    }
+}
+
+// --- Building -----------------------------------------------------------------------------------
+
+QWidget* frmSetDescr::BuildLists() {
+    auto* lists = new QWidget(this);
+    auto* row = new QHBoxLayout(lists);
+    row->setContentsMargins(0, 0, 0, 0);
+    lvTest_ = new RecordList(RecordColumns::UpToTests, lists);
+    lvTest_->setObjectName(QStringLiteral("lvTest"));
+    lvTest_->setSelectionMode(QAbstractItemView::SingleSelection);
+    lvTest_->setMinimumHeight(kListHeight);
+    row->addWidget(lvTest_, 1);
+
+    auto* tests = new QVBoxLayout;
+    lblFilename_ = new QLabel(lists);
+    lblFilename_->setObjectName(QStringLiteral("lblFilename"));
+    // A long name is cut at the edge of the window and does not widen it.
+    lblFilename_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    QFont bold = lblFilename_->font();
+    bold.setBold(true);
+    lblFilename_->setFont(bold);
+    lblTest_ = new QLabel(
+        QStringLiteral("Test(s) - Choose a Filename, then Click on Test(s) to Modify Test Header "
+                       "Information"),
+        lists);
+    lblTest_->setObjectName(QStringLiteral("lblTest"));
+    lblTest_->setWordWrap(true);
+    lstTest_ = new QListWidget(lists);
+    lstTest_->setObjectName(QStringLiteral("lstTest"));
+    lstTest_->setAccessibleName(QStringLiteral("Tests"));
+    lstTest_->setAlternatingRowColors(true);
+    tests->addWidget(lblFilename_);
+    tests->addWidget(lblTest_);
+    tests->addWidget(lstTest_, 1);
+    row->addLayout(tests, 1);
+    return lists;
+}
+
+QLineEdit* frmSetDescr::AddBox(QGridLayout* grid, int row, int column, const char* caption,
+                               const QString& name) {
+    auto* box = new QLineEdit(this);
+    box->setObjectName(name);
+    box->setMinimumHeight(kBoxHeight);
+    box->setMinimumWidth(box->fontMetrics().averageCharWidth() * kBoxLetters);
+    KeepToPage(box);
+    auto* label = new QLabel(QLatin1String(caption), this);
+    label->setBuddy(box);
+    grid->addWidget(label, row, 2 * column);
+    grid->addWidget(box, row, 2 * column + 1);
+    return box;
+}
+
+QGroupBox* frmSetDescr::BuildFrame() {
+    auto* frame = new QGroupBox(QStringLiteral("Test Header Information"), this);
+    frame->setObjectName(QStringLiteral("Frame1"));
+    auto* grid = new QGridLayout(frame);
+    for (const int column : {1, 3, 5})
+        grid->setColumnStretch(column, 1);
+    txtFilenameData_ = AddBox(grid, 0, 0, "Filename:", QStringLiteral("txtFilenameData"));
+    txtTimeData_ = AddBox(grid, 1, 0, "Time:", QStringLiteral("txtTimeData"));
+    txtTestNumData_ = AddBox(grid, 2, 0, "Test#:", QStringLiteral("txtTestNumData"));
+    txtTestDescr_ = AddBox(grid, 3, 0, "Test Descr:", QStringLiteral("txtTestDescr"));
+    txtTestNotes_ = AddBox(grid, 4, 0, "Test Notes:", QStringLiteral("txtTestNotes"));
+    for (QLineEdit* box : {txtFilenameData_, txtTimeData_, txtTestNumData_}) {
+        box->setReadOnly(true);
+        box->setFocusPolicy(Qt::ClickFocus);
+    }
+    constexpr std::array<const char*, kHeaderFieldCount> kCaptions = {
+        "Company:", "Station:",  "Circuit:",  "MFR:",
+        "Model:",   "Serial #:", "Comments:", "Operator:"};
+    constexpr int kRowsOfHeader = 4;
+    for (int i = 0; i < kHeaderFieldCount; ++i) {
+        txtHeader_.at(static_cast<std::size_t>(i)) =
+            AddBox(grid, i % kRowsOfHeader, 1 + i / kRowsOfHeader,
+                   kCaptions.at(static_cast<std::size_t>(i)), QStringLiteral("txtHeader%1").arg(i));
+    }
+    return frame;
+}
+
+QWidget* frmSetDescr::BuildButtons() {
+    auto* buttons = new QWidget(this);
+    auto* row = new QHBoxLayout(buttons);
+    row->setContentsMargins(0, 0, 0, 0);
+    const auto add = [&](const char* name, const char* caption) {
+        auto* button = new BigButton(buttons);
+        button->setObjectName(QLatin1String(name));
+        button->setText(QLatin1String(caption));
+        row->addWidget(button);
+        return button;
+    };
+    cmdNotes_ = add("cmdNotes", "&Notepad");
+    cmdSave_ = add("cmdSave", "&Save");
+    cmdExit_ = add("cmdExit", "&Exit");
+    return buttons;
+}
+
+void frmSetDescr::Connect() {
+    // Once the click is over: a question may come.
+    connect(
+        lvTest_, &QTreeWidget::itemSelectionChanged, this,
+        [this] { handlers_.RunAlone([this] { lvTest_Click(); }); }, Qt::QueuedConnection);
+    connect(lstTest_, &QListWidget::currentRowChanged, this,
+            [this] { handlers_.Run([this] { lstTest_Click(); }); });
+    connect(txtTestDescr_, &QLineEdit::textEdited, this,
+            [this] { TestTextChanged(txtTestDescr_, file_->headers.testDescriptions); });
+    connect(txtTestNotes_, &QLineEdit::textEdited, this,
+            [this] { TestTextChanged(txtTestNotes_, file_->headers.testNotes); });
+    for (QLineEdit* box : txtHeader_)
+        connect(box, &QLineEdit::textEdited, this, [this] { MarkChanged(); });
+    connect(cmdNotes_, &QPushButton::clicked, this,
+            [this] { handlers_.RunAlone([this] { cmdNotes_Click(); }); });
+    connect(cmdSave_, &QPushButton::clicked, this,
+            [this] { handlers_.RunAlone([this] { cmdSave_Click(); }); });
+    connect(cmdExit_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
+}
+
+// --- Events -------------------------------------------------------------------------------------
+
+void frmSetDescr::Form_Load() {
+    rows_ = RowsForList(directory_, directory_.recordCount);
+    lvTest_->Fill(rows_);
+}
+
+void frmSetDescr::lvTest_Click() {
+    const std::vector<int> selected = lvTest_->SelectedRows();
+    const int before = file_ ? file_->row : -1;
+    if (selected.empty() || selected.front() == before) return;
+    if (!MayLeaveFile()) {
+        lvTest_->setCurrentItem(lvTest_->topLevelItem(before));
+        return;
+    }
+    Choose(selected.front());
+}
+
+void frmSetDescr::Choose(int row) {
+    file_.reset();
+    try {
+        OpenFile chosen;
+        chosen.row = row;
+        chosen.name = FromPage(rows_.at(static_cast<std::size_t>(row)).filename);
+        chosen.bytes = ReadWholeFile(PathOf(chosen.name));
+        chosen.headers = ReadRecordHeaders(chosen.bytes);
+        file_ = std::move(chosen);
+    } catch (...) {
+        lvTest_->clearSelection();
+        ShowFile();
+        throw;
+    }
+    ShowFile();
+}
+
+void frmSetDescr::ShowFile() {
+    const RecordHeaders none;
+    const RecordHeaders& headers = file_ ? file_->headers : none;
+    const ListRow row = file_ ? rows_.at(static_cast<std::size_t>(file_->row)) : ListRow();
+    lblFilename_->setText(file_ ? Shown(row.filename + " ** " + row.date + " ** " + row.tests)
+                                : QString());
+    lblFilename_->setToolTip(lblFilename_->text());
+    txtFilenameData_->setText(Shown(headers.testNumber));
+    txtTimeData_->setText(Shown(headers.time));
+    for (std::size_t i = 0; i < txtHeader_.size(); ++i)
+        txtHeader_.at(i)->setText(Shown(headers.header.at(i)));
+    {
+        const QSignalBlocker quiet(lstTest_);
+        lstTest_->clear();
+        for (std::size_t i = 0; i < headers.recNumbers.size(); ++i) {
+            auto* item = new QListWidgetItem(TestCaption(i), lstTest_);
+            item->setSizeHint(QSize(0, lstTest_->fontMetrics().height() + 2 * kRowRoom));
+        }
+        lstTest_->setCurrentRow(-1);
+    }
+    test_ = -1;
+    ShowTest();
+}
+
+void frmSetDescr::lstTest_Click() {
+    test_ = lstTest_->currentRow();
+    ShowTest();
+}
+
+void frmSetDescr::ShowTest() {
+    const bool chosen = file_ && test_ >= 0;
+    const auto test = static_cast<std::size_t>(chosen ? test_ : 0);
+    const auto text = [&](const auto& texts) { return chosen ? Shown(texts.at(test)) : QString(); };
+    txtTestNumData_->setText(chosen ? Shown(file_->headers.recNumbers.at(test)) : QString());
+    txtTestDescr_->setText(file_ ? text(file_->headers.testDescriptions) : QString());
+    txtTestNotes_->setText(file_ ? text(file_->headers.testNotes) : QString());
+    ShowStates();
+}
+
+void frmSetDescr::ShowStates() {
+    cmdSave_->setEnabled(file_.has_value());
+    cmdNotes_->setEnabled(file_.has_value());
+    for (QLineEdit* box : txtHeader_)
+        box->setEnabled(file_.has_value());
+    for (QLineEdit* box : {txtTestDescr_, txtTestNotes_})
+        box->setEnabled(file_ && test_ >= 0);
+}
+
+QString frmSetDescr::TestCaption(std::size_t test) const {
+    const RecordHeaders& headers = file_->headers;
+    QString caption = QStringLiteral("Test ") + Shown(headers.recNumbers.at(test));
+    const std::string& description = headers.testDescriptions.at(test);
+    if (!description.empty()) caption += QStringLiteral("   ") + Shown(description);
+    return caption;
+}
+
+void frmSetDescr::TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts) {
+    // The boxes refuse what is not in the page.
+    const std::string text = ToPage(box->text()).value();
+    const std::string cut = CutToField(text);
+    if (cut != text) box->setText(Shown(cut));
+    texts.at(static_cast<std::size_t>(test_)) = TrimBlanks(cut);
+    lstTest_->item(test_)->setText(TestCaption(static_cast<std::size_t>(test_)));
+    MarkChanged();
+}
+
+void frmSetDescr::MarkChanged() {
+    file_->changed = true;
+}
+
+void frmSetDescr::cmdNotes_Click() {
+    notepad_ = new frmNotepad(file_->headers.fileNotes, prompts_, this);
+    notepad_->OnChanged = [this] { MarkChanged(); };
+    notepad_->open();
+}
+
+void frmSetDescr::cmdSave_Click() {
+    WriteBack();
+}
+
+void frmSetDescr::closeEvent(QCloseEvent* event) {
+    bool mayClose = false;
+    handlers_.RunAlone([this, &mayClose] { mayClose = CloseNotepad() && MayLeaveFile(); });
+    if (!mayClose) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    if (OnUnload) std::exchange(OnUnload, nullptr)();
+}
+
+// --- The file -----------------------------------------------------------------------------------
+
+QString frmSetDescr::PathOf(const QString& name) const {
+    return dataPath_ + name + QStringLiteral(".txt");
+}
+
+bool frmSetDescr::CloseNotepad() {
+    return notepad_.isNull() || notepad_->close();
+}
+
+void frmSetDescr::TakeHeader() {
+    for (std::size_t i = 0; i < txtHeader_.size(); ++i) {
+        QLineEdit* box = txtHeader_.at(i);
+        const std::string text = ToPage(box->text()).value();
+        const std::string cut = CutToField(text);
+        if (cut != text) box->setText(Shown(cut));
+        file_->headers.header.at(i) = TrimBlanks(cut);
+    }
+}
+
+void frmSetDescr::TakeMoreTests(const std::string& current) {
+    RecordHeaders found = ReadRecordHeaders(current);
+    RecordHeaders& kept = file_->headers;
+    for (std::size_t i = 0; i < kept.recNumbers.size(); ++i) {
+        found.testDescriptions.at(i) = kept.testDescriptions.at(i);
+        found.testNotes.at(i) = kept.testNotes.at(i);
+    }
+    found.header = kept.header;
+    found.fileNotes = kept.fileNotes;
+    kept = std::move(found);
+    ShowFile();
+}
+
+bool frmSetDescr::MayWrite(const std::string& current) {
+    const auto yes = [this](const QString& question) {
+        return prompts_.YesNo(question, Answer::No) == Answer::Yes;
+    };
+    if (current != file_->bytes) {
+        if (!yes(ChangedMeanwhile(file_->name))) return false;
+        TakeMoreTests(current);
+    }
+    return SurvivesRewrite(current, file_->headers) || yes(KeyInText(file_->name));
+}
+
+bool frmSetDescr::WriteBack() {
+    TakeHeader();
+    const QString path = PathOf(file_->name);
+    const std::string current = ReadWholeFile(path);
+    if (!MayWrite(current)) return false;
+    std::string written = RewriteRecord(current, file_->headers);
+    ReplaceFile(path, written);
+    file_->bytes = std::move(written);
+    file_->changed = false;
+    return true;
+}
+
+bool frmSetDescr::MayLeaveFile() {
+    if (!file_ || !file_->changed) return true;
+    QString question = NotSaved(file_->name);
+    try {
+        if (WriteBack()) return true;
+    } catch (const std::exception& error) {
+        question = QString::fromUtf8(error.what()) + QStringLiteral("\r\n\r\n") + question;
+    }
+    if (prompts_.YesNo(question, Answer::No) != Answer::Yes) return false;
+    file_->changed = false;
+    return true;
+}
+
+}  // namespace davo

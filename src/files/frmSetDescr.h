@@ -1,0 +1,114 @@
+#pragma once
+
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+#include <array>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/event_handlers.h"
+#include "files/record_headers.h"
+#include "records/directory_file.h"
+
+class QGridLayout;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+
+namespace davo {
+
+class frmNotepad;
+class RecordList;
+
+// "TEST Directory": the header, the tests' texts and the notes of saved records.
+class frmSetDescr : public QWidget {
+  public:
+    // directory is loaded already; dataPath ends with the separator. All must outlive the window.
+    frmSetDescr(const DirectoryTables& directory, const QString& dataPath, Prompts& prompts);
+    // Writes changes back that are unsaved still: the program ends.
+    ~frmSetDescr() override;
+
+    // Fills the list of records.
+    void Form_Load();
+
+    // The window has closed.
+    std::function<void()> OnUnload;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    // The record file in hand. Its texts are read when it is chosen and kept until it is left.
+    struct OpenFile {
+        int row = 0;  // in lvTest
+        QString name;
+        std::string bytes;  // as read or written last
+        RecordHeaders headers;
+        bool changed = false;
+    };
+
+    QWidget* BuildLists();
+    QGroupBox* BuildFrame();
+    QWidget* BuildButtons();
+    QLineEdit* AddBox(QGridLayout* grid, int row, int column, const char* caption,
+                      const QString& name);
+    void Connect();
+
+    void lvTest_Click();
+    void lstTest_Click();
+    void TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts);
+    void cmdNotes_Click();
+    void cmdSave_Click();
+
+    // Takes the record of row in hand, or none.
+    void Choose(int row);
+    void ShowFile();
+    void ShowTest();
+    void ShowStates();
+    void MarkChanged();
+    QString TestCaption(std::size_t test) const;
+
+    QString PathOf(const QString& name) const;
+    // Takes an open notepad's text over; false when it cannot be taken and the notepad stays.
+    bool CloseNotepad();
+    // Cuts the boxes of the header to 20 and takes them.
+    void TakeHeader();
+    // Writes the file in hand back; false when the operator would rather not. Throws the errors of
+    // the files and RunTimeError 9; the file is then as it was.
+    bool WriteBack();
+    bool MayWrite(const std::string& current);
+    // Takes over the tests that current has and the file in hand had not.
+    void TakeMoreTests(const std::string& current);
+    // Writes unsaved changes back; says why when that fails. False when the file stays in hand.
+    bool MayLeaveFile();
+
+    const DirectoryTables& directory_;
+    const QString& dataPath_;
+    Prompts& prompts_;
+    EventHandlers handlers_;
+    std::vector<ListRow> rows_;
+    std::optional<OpenFile> file_;
+    int test_ = -1;  // the selected test, from 0; none: -1
+
+    RecordList* lvTest_ = nullptr;
+    QListWidget* lstTest_ = nullptr;
+    QLabel* lblTest_ = nullptr;
+    QLabel* lblFilename_ = nullptr;
+    QLineEdit* txtFilenameData_ = nullptr;
+    QLineEdit* txtTimeData_ = nullptr;
+    QLineEdit* txtTestNumData_ = nullptr;
+    QLineEdit* txtTestDescr_ = nullptr;
+    QLineEdit* txtTestNotes_ = nullptr;
+    std::array<QLineEdit*, kHeaderFieldCount> txtHeader_{};
+    QPushButton* cmdNotes_ = nullptr;
+    QPushButton* cmdSave_ = nullptr;
+    QPushButton* cmdExit_ = nullptr;
+    QPointer<frmNotepad> notepad_;
+};
+
+}  // namespace davo
