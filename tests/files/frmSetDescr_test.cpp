@@ -1,0 +1,543 @@
+#include "files/frmSetDescr.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <QApplication>
+#include <QDialog>
+#include <QDir>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTextEdit>
+#include <QToolTip>
+#include <QTreeWidget>
+
+#include "common/files.h"
+#include "common/page_input.h"
+#include "tests/app/window_checks.h"
+#include "tests/files/record_text.h"
+#include "tests/support/fake_prompts.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+constexpr int kPatience = 3000;  // ms until a condition must have come true
+const char* const kNotSaved =
+    "The changes to the file 'T1' are not saved. Do you want to leave without them?";
+const char* const kChangedMeanwhile =
+    "The file 'T1' has been changed since it was chosen. Do you want to write the header "
+    "information into the changed file?";
+const char* const kKeyInText =
+    "A text of the file 'T1' holds the name of another line, such as \"SN:\" or \"NOTES\", and "
+    "would be taken for that line. What belongs there would be lost. Do you want to save all the "
+    "same?";
+
+// The editor over a folder with the records T1 (three tests, with texts and notes) and T2 (one
+// test, without); its real lists, boxes and buttons are used.
+class SetDescrWindow : public ::testing::Test {
+  protected:
+    SetDescrWindow() {
+        Put("T1", HeaderText("North", "12") +
+                      ShotText(1, "TEST DESCRIPTION: first               \r\n") +
+                      ShotText(2, "TEST NOTES: dry                 \r\n") + ShotText(3) +
+                      "NOTES:\r\nkeep\r\nthis\r\n");
+        Put("T2", HeaderText("South", "7") + ShotText(1));
+    }
+    ~SetDescrWindow() override { delete window; }
+
+    void Put(const char* name, const std::string& text) { ReplaceFile(PathOf(name), text); }
+    QString PathOf(const char* name) const { return folder.Path(name) + QStringLiteral(".txt"); }
+    std::string Bytes(const char* name) const { return ReadWholeFile(PathOf(name)); }
+    RecordHeaders Headers(const char* name) const { return ReadRecordHeaders(Bytes(name)); }
+
+    void Open() {
+        RebuildDirectory(folder.Path(), tables);
+        LoadDirectoryFile(folder.Path(), tables);
+        window = new frmSetDescr(tables, dataPath, prompts);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->OnUnload = [this] { ++unloads; };
+        window->Form_Load();
+        window->resize(1000, 620);
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+    template <class Control>
+    Control* Find(const char* name) {
+        return FindIn<Control>(*window, name);
+    }
+    QLineEdit* Box(const char* name) { return Find<QLineEdit>(name); }
+    void Click(const char* name) { QTest::mouseClick(Find<QPushButton>(name), Qt::LeftButton); }
+
+    int RowOf(const char* name) {
+        const auto found =
+            Find<QTreeWidget>("lvTest")->findItems(QLatin1String(name), Qt::MatchExactly);
+        if (found.size() != 1) throw std::logic_error(std::string("no record ") + name);
+        return Find<QTreeWidget>("lvTest")->indexOfTopLevelItem(found.front());
+    }
+    void ClickFile(const char* name) {
+        auto* list = Find<QTreeWidget>("lvTest");
+        const QTreeWidgetItem* item = list->topLevelItem(RowOf(name));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                          list->visualItemRect(item).center());
+        QApplication::processEvents();
+    }
+    void ClickTest(int row) {
+        auto* list = Find<QListWidget>("lstTest");
+        list->scrollToItem(list->item(row));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                          list->visualItemRect(list->item(row)).center());
+    }
+    void Type(const char* name, const char* text) {
+        Box(name)->setFocus();
+        Box(name)->selectAll();
+        QTest::keyClick(Box(name), Qt::Key_Delete);
+        QTest::keyClicks(Box(name), QLatin1String(text));
+    }
+    QTextEdit* OpenNotepad() {
+        Click("cmdNotes");
+        notepad = Find<QDialog>("frmNotepad");
+        EXPECT_TRUE(QTest::qWaitForWindowActive(notepad));
+        return notepad->findChild<QTextEdit*>(QStringLiteral("rt"));
+    }
+    void TypeNotes(const char* text) {
+        QTextEdit* rt = OpenNotepad();
+        rt->selectAll();
+        for (const QChar c : QString::fromLatin1(text)) {
+            if (c == QLatin1Char('\n')) {
+                QTest::keyClick(rt, Qt::Key_Return);
+            } else {
+                QTest::keyClick(rt, c.toLatin1());
+            }
+        }
+        notepad->close();
+        ASSERT_TRUE(QTest::qWaitFor([this] { return notepad.isNull(); }, kPatience));
+    }
+    bool WaitClosed() {
+        return QTest::qWaitFor([this] { return window.isNull(); }, kPatience);
+    }
+    std::vector<std::string> Shown() const {
+        std::vector<std::string> texts;
+        for (const QString& text : prompts.shown)
+            texts.push_back(text.toStdString());
+        return texts;
+    }
+    // A disk on which no file can grow beyond a few bytes.
+    class FullDisk {
+      public:
+        FullDisk() {
+            getrlimit(RLIMIT_FSIZE, &before_);
+            rlimit small = before_;
+            small.rlim_cur = 16;
+            setrlimit(RLIMIT_FSIZE, &small);
+            handler_ = signal(SIGXFSZ, SIG_IGN);
+        }
+        ~FullDisk() {
+            setrlimit(RLIMIT_FSIZE, &before_);
+            signal(SIGXFSZ, handler_);
+        }
+        FullDisk(const FullDisk&) = delete;
+        FullDisk& operator=(const FullDisk&) = delete;
+
+      private:
+        rlimit before_{};
+        void (*handler_)(int) = nullptr;
+    };
+
+    TemporaryFolder folder;
+    QString dataPath = folder.Path();
+    DirectoryTables tables;
+    FakePrompts prompts;
+    int unloads = 0;
+    QPointer<frmSetDescr> window;
+    QPointer<QDialog> notepad;
+};
+
+TEST_F(SetDescrWindow, ShowsItsCaptionsAndTheRecords) {
+    Open();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("TEST Directory"));
+    EXPECT_EQ(Find<QGroupBox>("Frame1")->title(), QStringLiteral("Test Header Information"));
+    EXPECT_EQ(Find<QLabel>("lblTest")->text(),
+              QStringLiteral("Test(s) - Choose a Filename, then Click on Test(s) to Modify Test "
+                             "Header Information"));
+    EXPECT_EQ(Find<QPushButton>("cmdNotes")->text(), QStringLiteral("&Notepad"));
+    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("&Save"));
+    EXPECT_EQ(Find<QPushButton>("cmdExit")->text(), QStringLiteral("&Exit"));
+    std::map<std::string, std::string> labels;
+    for (const QLabel* label : window->findChildren<QLabel*>()) {
+        if (label->buddy() == nullptr) continue;
+        labels[label->buddy()->objectName().toStdString()] = label->text().toStdString();
+    }
+    const std::map<std::string, std::string> expected = {
+        {"txtFilenameData", "Filename:"}, {"txtTimeData", "Time:"},
+        {"txtTestNumData", "Test#:"},     {"txtTestDescr", "Test Descr:"},
+        {"txtTestNotes", "Test Notes:"},  {"txtHeader0", "Company:"},
+        {"txtHeader1", "Station:"},       {"txtHeader2", "Circuit:"},
+        {"txtHeader3", "MFR:"},           {"txtHeader4", "Model:"},
+        {"txtHeader5", "Serial #:"},      {"txtHeader6", "Comments:"},
+        {"txtHeader7", "Operator:"}};
+    EXPECT_EQ(labels, expected);
+    auto* lvTest = Find<QTreeWidget>("lvTest");
+    EXPECT_EQ(lvTest->columnCount(), 3);
+    EXPECT_EQ(lvTest->headerItem()->text(0), QStringLiteral("Filename"));
+    EXPECT_EQ(lvTest->headerItem()->text(1), QStringLiteral("Date"));
+    EXPECT_EQ(lvTest->headerItem()->text(2), QStringLiteral("Tests"));
+    EXPECT_EQ(lvTest->topLevelItemCount(), 2);
+    EXPECT_EQ(lvTest->topLevelItem(0)->text(1), QStringLiteral("11/21/26"));
+    EXPECT_EQ(lvTest->topLevelItem(0)->text(2), QStringLiteral("03"));
+    for (const char* name : {"cmdSave", "cmdNotes", "txtHeader0", "txtTestDescr"})
+        EXPECT_FALSE(Find<QWidget>(name)->isEnabled()) << name;
+    EXPECT_TRUE(Find<QPushButton>("cmdExit")->isEnabled());
+}
+
+TEST_F(SetDescrWindow, AChosenFileShowsItsHeaderAndTests) {
+    Open();
+    ClickFile("T1");
+    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_TRUE(Find<QPushButton>("cmdNotes")->isEnabled());
+    EXPECT_EQ(Find<QLabel>("lblFilename")->text(), QStringLiteral("T1 ** 11/21/26 ** 03"));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 3);
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(0)->text(), QStringLiteral("Test 1   first"));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(1)->text(), QStringLiteral("Test 2"));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->currentRow(), -1);
+    EXPECT_EQ(Box("txtHeader1")->text(), QStringLiteral("North"));
+    EXPECT_EQ(Box("txtTestDescr")->text(), QString());
+    EXPECT_FALSE(Box("txtTestDescr")->isEnabled());
+    ClickTest(0);
+    EXPECT_EQ(Box("txtFilenameData")->text(), QStringLiteral("T1"));
+    EXPECT_EQ(Box("txtTimeData")->text(), QStringLiteral("10:15"));
+    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("1"));
+    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("first"));
+    EXPECT_EQ(Box("txtTestNotes")->text(), QString());
+    ClickTest(1);
+    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("2"));
+    EXPECT_EQ(Box("txtTestDescr")->text(), QString());
+    EXPECT_EQ(Box("txtTestNotes")->text(), QStringLiteral("dry"));
+    ClickFile("T2");
+    EXPECT_EQ(Find<QLabel>("lblFilename")->text(), QStringLiteral("T2 ** 11/21/26 ** 03"));
+    EXPECT_EQ(Box("txtTestNotes")->text(), QString());
+    EXPECT_EQ(Box("txtHeader1")->text(), QStringLiteral("South"));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 1);
+    // Nothing was edited.
+    const std::string before = Bytes("T1");
+    Click("cmdExit");
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_EQ(unloads, 1);
+    EXPECT_EQ(Bytes("T1"), before);
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST_F(SetDescrWindow, SavingLosesNothingOfTestsThatWereNotClicked) {
+    Open();
+    ClickFile("T1");
+    const RecordHeaders before = Headers("T1");
+    ClickTest(2);
+    Type("txtTestDescr", " third ");
+    Type("txtTestNotes", "new");
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(2)->text(), QStringLiteral("Test 3   third"));
+    Click("cmdSave");
+    RecordHeaders expected = before;
+    expected.testDescriptions[2] = "third";
+    expected.testNotes[2] = "new";
+    EXPECT_EQ(Headers("T1"), expected);
+    EXPECT_TRUE(prompts.shown.empty());
+    EXPECT_TRUE(window->isVisible());
+    // What is saved is not written again.
+    QFile::remove(PathOf("T1"));
+    Click("cmdExit");
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_FALSE(FileExists(PathOf("T1")));
+}
+
+TEST_F(SetDescrWindow, AHeaderOfTwentyFiveIsSavedAndShownAsItsFirstTwenty) {
+    Open();
+    ClickFile("T1");
+    Type("txtHeader0", "ABCDEFGHIJKLMNOPQRSTUVWXY");
+    EXPECT_EQ(Box("txtHeader0")->text().size(), 25);
+    Click("cmdSave");
+    EXPECT_EQ(Box("txtHeader0")->text(), QStringLiteral("ABCDEFGHIJKLMNOPQRST"));
+    EXPECT_THAT(Bytes("T1"), HasSubstr("\r\nCOMPANY: ABCDEFGHIJKLMNOPQRST\r\n"));
+    EXPECT_EQ(Headers("T1").fileNotes, "keep\r\nthis");
+}
+
+TEST_F(SetDescrWindow, ATestsTextIsCutToTwentyAsItIsTyped) {
+    Open();
+    ClickFile("T1");
+    ClickTest(0);
+    Type("txtTestDescr", "ABCDEFGHIJKLMNOPQRSTUVWXY");
+    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("ABCDEFGHIJKLMNOPQRST"));
+    Type("txtTestNotes", "abcdefghijklmnopqrstu");
+    EXPECT_EQ(Box("txtTestNotes")->text(), QStringLiteral("abcdefghijklmnopqrst"));
+    ClickTest(1);
+    ClickTest(0);
+    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("ABCDEFGHIJKLMNOPQRST"));
+    Click("cmdSave");
+    EXPECT_EQ(Headers("T1").testDescriptions[0], "ABCDEFGHIJKLMNOPQRST");
+    EXPECT_EQ(Headers("T1").testNotes[0], "abcdefghijklmnopqrst");
+}
+
+TEST_F(SetDescrWindow, EmptyingADescriptionRemovesItsLine) {
+    Open();
+    ClickFile("T1");
+    ClickTest(0);
+    Type("txtTestDescr", "");
+    Click("cmdSave");
+    EXPECT_THAT(Bytes("T1"), Not(HasSubstr("TEST DESCRIPTION")));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(0)->text(), QStringLiteral("Test 1"));
+}
+
+TEST_F(SetDescrWindow, NotesOfAFileWithoutSomeAreAppended) {
+    Open();
+    ClickFile("T2");
+    TypeNotes("line 1\nline 2");
+    Click("cmdSave");
+    EXPECT_THAT(Bytes("T2"), ::testing::EndsWith("50%CUR\r\nNOTES:\r\nline 1\r\nline 2\r\n"));
+}
+
+TEST_F(SetDescrWindow, UnsavedEditsOutliveTheChoiceOfAnotherTest) {
+    Open();
+    ClickFile("T1");
+    ClickTest(0);
+    Type("txtHeader2", "Feeder");
+    TypeNotes("all new");
+    ClickTest(1);
+    EXPECT_EQ(Box("txtHeader2")->text(), QStringLiteral("Feeder"));
+    EXPECT_EQ(OpenNotepad()->toPlainText(), QStringLiteral("all new"));
+    notepad->close();
+    Click("cmdSave");
+    EXPECT_EQ(Headers("T1").header[2], "Feeder");
+    EXPECT_EQ(Headers("T1").fileNotes, "all new");
+}
+
+TEST_F(SetDescrWindow, EachKindOfEditIsWrittenBackByEveryWayOut) {
+    const std::vector<std::function<void()>> edits = {
+        [this] { Type("txtHeader7", "Miller"); }, [this] { Type("txtTestDescr", "changed"); },
+        [this] { Type("txtTestNotes", "changed"); }, [this] { TypeNotes("changed"); }};
+    const std::vector<std::function<void()>> leaves = {[this] { Click("cmdExit"); },
+                                                       [this] { window->close(); }};
+    int round = 0;
+    for (const auto& leave : leaves) {
+        for (const auto& edit : edits) {
+            SCOPED_TRACE(round++);
+            Put("T1", HeaderText("North", "12") + ShotText(1));
+            const RecordHeaders before = Headers("T1");
+            Open();
+            ClickFile("T1");
+            ClickTest(0);
+            edit();
+            EXPECT_EQ(Headers("T1"), before);
+            leave();
+            ASSERT_TRUE(WaitClosed());
+            EXPECT_NE(Headers("T1"), before);
+            EXPECT_EQ(unloads, round);
+        }
+    }
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST_F(SetDescrWindow, ChoosingAnotherFileWritesThePreviousOneBack) {
+    Open();
+    ClickFile("T1");
+    ClickTest(1);
+    Type("txtTestDescr", "second");
+    EXPECT_EQ(Headers("T1").testDescriptions[1], "");
+    ClickFile("T2");
+    EXPECT_EQ(Headers("T1").testDescriptions[1], "second");
+    EXPECT_EQ(Headers("T1").testNotes[1], "dry");
+    EXPECT_EQ(Headers("T2").testDescriptions[0], "");
+    EXPECT_EQ(Box("txtHeader1")->text(), QStringLiteral("South"));
+}
+
+TEST_F(SetDescrWindow, AFullDiskIsSaidAndTheTextKept) {
+    Open();
+    ClickFile("T1");
+    ClickTest(0);
+    Type("txtTestDescr", "kept");
+    const std::string before = Bytes("T1");
+    {
+        const FullDisk disk;
+        Click("cmdSave");
+        ASSERT_EQ(prompts.shown.size(), 1U);
+        EXPECT_THAT(Shown()[0], StartsWith("Run-time error '61': Disk full"));
+        prompts.answers = {Answer::No};
+        window->close();
+        EXPECT_TRUE(window->isVisible());
+        ASSERT_EQ(prompts.shown.size(), 2U);
+        EXPECT_THAT(Shown()[1], StartsWith("Run-time error '61': Disk full"));
+        EXPECT_THAT(Shown()[1], HasSubstr(std::string("\r\n\r\n") + kNotSaved));
+        EXPECT_EQ(prompts.presets.back(), Answer::No);
+        // Nor can another file be chosen unless the operator says so.
+        prompts.answers = {Answer::No};
+        ClickFile("T2");
+        QApplication::processEvents();
+        EXPECT_EQ(Find<QTreeWidget>("lvTest")->currentItem()->text(0), QStringLiteral("T1"));
+        EXPECT_TRUE(Find<QTreeWidget>("lvTest")->currentItem()->isSelected());
+        EXPECT_EQ(prompts.shown.size(), 3U);
+    }
+    EXPECT_EQ(Bytes("T1"), before);
+    EXPECT_EQ(QDir(folder.Path()).entryList(QDir::Files).size(), 3);
+    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("kept"));
+    EXPECT_EQ(unloads, 0);
+    window->close();
+    ASSERT_TRUE(WaitClosed());
+    EXPECT_EQ(Headers("T1").testDescriptions[0], "kept");
+}
+
+TEST_F(SetDescrWindow, TheOperatorCanLeaveWithoutWhatCannotBeSaved) {
+    Open();
+    ClickFile("T1");
+    Type("txtHeader0", "lost");
+    QFile::remove(PathOf("T1"));
+    Click("cmdSave");
+    ASSERT_EQ(prompts.shown.size(), 1U);
+    EXPECT_THAT(Shown()[0], StartsWith("Run-time error '53': File not found"));
+    prompts.answers = {Answer::Yes};
+    Click("cmdExit");
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_EQ(unloads, 1);
+    EXPECT_THAT(Shown()[1], StartsWith("Run-time error '53': File not found"));
+    EXPECT_FALSE(FileExists(PathOf("T1")));
+}
+
+TEST_F(SetDescrWindow, AFileThatAnotherProgramChangedIsAskedAbout) {
+    Open();
+    ClickFile("T1");
+    Type("txtHeader0", "mine");
+    const std::string changed = HeaderText("North", "12") + ShotText(1) + ShotText(2) +
+                                ShotText(3) + ShotText(4, "TEST NOTES: theirs\r\n");
+    Put("T1", changed);
+    prompts.answers = {Answer::No, Answer::No};
+    window->close();
+    EXPECT_THAT(Shown(), ElementsAre(kChangedMeanwhile, kNotSaved));
+    EXPECT_THAT(prompts.presets, ElementsAre(Answer::No, Answer::No));
+    EXPECT_EQ(Bytes("T1"), changed);
+    EXPECT_TRUE(window->isVisible());
+    prompts.answers = {Answer::Yes};
+    Click("cmdSave");
+    EXPECT_EQ(Headers("T1").header[0], "mine");
+    EXPECT_EQ(Headers("T1").testDescriptions[0], "first");
+    EXPECT_EQ(Headers("T1").testNotes[3], "theirs");
+    EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 4);
+    window->close();
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_EQ(prompts.shown.size(), 3U);
+}
+
+TEST_F(SetDescrWindow, ATextWithTheKeyOfAnotherLineIsAskedAbout) {
+    Open();
+    ClickFile("T1");
+    const std::string before = Bytes("T1");
+    Type("txtHeader6", "SN: 5");
+    prompts.answers = {Answer::No};
+    Click("cmdSave");
+    EXPECT_THAT(Shown(), ElementsAre(kKeyInText));
+    EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
+    EXPECT_EQ(Bytes("T1"), before);
+    prompts.answers = {Answer::Yes};
+    Click("cmdSave");
+    EXPECT_EQ(Headers("T1").header[6], "SN: 5");
+}
+
+TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {
+    std::string many = HeaderText("North", "12");
+    for (int i = 1; i <= 101; ++i)
+        many += ShotText(i);
+    Put("T1", many);
+    Open();
+    ClickFile("T2");
+    ClickFile("T1");
+    EXPECT_THAT(Shown(),
+                ElementsAre("Run-time error '9': Subscript out of range: the file holds more than "
+                            "100 tests"));
+    EXPECT_EQ(Bytes("T1"), many);
+    EXPECT_FALSE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 0);
+    EXPECT_EQ(Find<QLabel>("lblFilename")->text(), QString());
+    ClickFile("T2");
+    EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 1);
+}
+
+TEST_F(SetDescrWindow, AFileThatHasGoneIsSaid) {
+    Open();
+    QFile::remove(PathOf("T2"));
+    ClickFile("T2");
+    ASSERT_EQ(prompts.shown.size(), 1U);
+    EXPECT_THAT(Shown()[0], StartsWith("Run-time error '53': File not found"));
+    EXPECT_FALSE(Find<QPushButton>("cmdSave")->isEnabled());
+}
+
+TEST_F(SetDescrWindow, CharactersOutsideThePageAreRefusedInWords) {
+    Open();
+    ClickFile("T1");
+    ClickTest(0);
+    for (const char* name : {"txtHeader3", "txtTestDescr", "txtTestNotes"}) {
+        const QString before = Box(name)->text();
+        Box(name)->setFocus();
+        QTest::sendKeyEvent(QTest::Click, Box(name), Qt::Key_unknown, QStringLiteral("\u03A9"), {});
+        EXPECT_EQ(Box(name)->text(), before);
+        EXPECT_EQ(QToolTip::text(), NotInPageMessage());
+        QToolTip::hideText();
+    }
+    QTest::sendKeyEvent(QTest::Click, Box("txtHeader3"), Qt::Key_unknown, QStringLiteral("\u20AC"),
+                        {});
+    Click("cmdSave");
+    EXPECT_EQ(Headers("T1").header[3], "Maker\x80");
+}
+
+TEST_F(SetDescrWindow, AnOpenNotepadIsTakenOverWhenTheWindowCloses) {
+    Open();
+    ClickFile("T1");
+    QTextEdit* rt = OpenNotepad();
+    rt->selectAll();
+    QTest::keyClicks(rt, QStringLiteral("typed last"));
+    window->close();
+    ASSERT_TRUE(WaitClosed());
+    EXPECT_EQ(Headers("T1").fileNotes, "typed last");
+}
+
+TEST_F(SetDescrWindow, TheEndOfTheProgramWritesBack) {
+    Open();
+    ClickFile("T1");
+    Type("txtHeader0", "late");
+    delete window;
+    EXPECT_EQ(Headers("T1").header[0], "late");
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST_F(SetDescrWindow, TheKeysReachEverythingInTheOrderOfTheEye) {
+    Open();
+    ClickFile("T1");
+    ClickTest(0);
+    EXPECT_THAT(TabOrderOf(*window),
+                ElementsAre("lvTest", "lstTest", "txtTestDescr", "txtTestNotes", "txtHeader0",
+                            "txtHeader1", "txtHeader2", "txtHeader3", "txtHeader4", "txtHeader5",
+                            "txtHeader6", "txtHeader7", "cmdNotes", "cmdSave", "cmdExit"));
+    EXPECT_THAT(MnemonicsOf(*window), ::testing::UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E"));
+}
+
+TEST_F(SetDescrWindow, NothingIsCut) {
+    Open();
+    ClickFile("T1");
+    ClickTest(0);
+    EXPECT_THAT(CutTextsOf(*window), ::testing::IsEmpty());
+    // Beside the main window's own bars there is room for it on a laptop's screen at 150 %.
+    EXPECT_LE(window->minimumSizeHint().width(), 1366 / 1.5);
+    EXPECT_LE(window->minimumSizeHint().height(), 768 / 1.5 - 60);
+}
+
+}  // namespace
+
+}  // namespace davo::test
