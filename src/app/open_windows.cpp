@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "reports/template_file.h"
+#include "files/frmSetDescr.h"
 #include "retrieval/frmHeader.h"
 #include "retrieval/frmHeaderOptn.h"
 #include "retrieval/frmTestList.h"
@@ -72,6 +73,15 @@ OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMod
     };
 }
 
+OpenChild RecordHeaderEditor(ProgramState& state, const ProgramServices& services) {
+    return [&state, services](QMdiArea& area, std::function<void()> closed) {
+        ShowIn(area,
+               std::make_unique<frmSetDescr>(state.directory, state.settings.dataPath,
+                                             services.prompts),
+               std::move(closed));
+    };
+}
+
 }  // namespace
 
 ChildWindows OpenWindows(ProgramState& state, const ProgramServices& services) {
@@ -79,6 +89,7 @@ ChildWindows OpenWindows(ProgramState& state, const ProgramServices& services) {
     windows.testList = TestList(state, services, ListMode::Folder);
     windows.memoryDirectory = TestList(state, services, ListMode::Instrument);
     windows.headerSetup = HeaderSetup(state, services);
+    windows.recordHeaders = RecordHeaderEditor(state, services);
     return windows;
 }
 
