@@ -1,6 +1,7 @@
-"""The record file of the demonstration against what went over the line, byte for byte.
+"""The record file of the demonstration against what went over the line, byte for byte, and its
+report against the record file.
 
-usage: check_demonstration.py BYTE_LOG RECORD_FILE
+usage: check_demonstration.py BYTE_LOG RECORD_FILE WORKBOOK
 """
 
 import pathlib
@@ -8,6 +9,7 @@ import re
 import sys
 
 import expected_record
+import expected_report
 
 HEADER = [
     "Example Power Co.",
@@ -23,7 +25,7 @@ NOTES = "Terminal box dry.\r\nNext test in two years."
 NAMEPLATE = ("1200", "5")
 
 
-def main(byte_log, record_file):
+def main(byte_log, record_file, workbook):
     shots = expected_record.shots_on_line(expected_record.read_byte_log(pathlib.Path(byte_log)))
     kinds = [shot.ratio_only for shot in shots]
     if kinds != [False, False, False, True]:
@@ -43,6 +45,11 @@ def main(byte_log, record_file):
     if actual != expected:
         return f"{record_file} is not what went over the line"
     print(f"{record_file}: {len(shots)} shots, {len(actual)} bytes, each as it went over the line")
+    sheets = expected_report.read_report(workbook)
+    wrong = expected_report.differences(record_file, sheets)
+    if wrong:
+        return "\n".join([f"{workbook} is not the report of {record_file}:", *wrong])
+    print(f"{workbook}: sheets {', '.join(sheets)}, with the values of the record file")
     return 0
 
 
