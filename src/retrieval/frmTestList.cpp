@@ -33,6 +33,8 @@ namespace davo {
 namespace {
 
 constexpr double kLetterGrowth = 1.25;
+constexpr double kStatusGrowth = 1.5;
+constexpr int kOptionRoom = 24;
 constexpr int kMargin = 12;
 constexpr int kLeastListRows = 4;
 
@@ -41,16 +43,16 @@ constexpr std::array<const char*, 3> kDisplayCaptions{"Filename", "Date", "Stati
 constexpr std::array<std::int16_t, 3> kDisplays{kDisplayFilename, kDisplayDate, kDisplayStation};
 constexpr std::array<const char*, 2> kSortCaptions{"Ascending", "Descending"};
 
-void Enlarge(QWidget& widget) {
+void Enlarge(QWidget& widget, double growth = kLetterGrowth) {
     QFont font = widget.font();
-    font.setPointSizeF(font.pointSizeF() * kLetterGrowth);
+    font.setPointSizeF(font.pointSizeF() * growth);
     widget.setFont(font);
 }
 
-QLabel* MakeLabel(const char* name, QWidget* parent) {
+QLabel* MakeLabel(const char* name, double growth, QWidget* parent) {
     auto* label = new QLabel(parent);
     label->setObjectName(QLatin1String(name));
-    Enlarge(*label);
+    Enlarge(*label, growth);
     return label;
 }
 
@@ -114,9 +116,10 @@ void frmTestList::BuildTop(QBoxLayout* column) {
 
 void frmTestList::BuildOptions(QWidget* frame) {
     auto* grid = new QGridLayout(frame);
+    grid->setHorizontalSpacing(kOptionRoom);
     const auto addRow = [this, grid, frame](int row, const char* caption, const char* name,
                                             const auto& captions, auto& buttons) {
-        QLabel* label = MakeLabel(row == 0 ? "lblDisplay" : "lblSort", frame);
+        QLabel* label = MakeLabel(row == 0 ? "lblDisplay" : "lblSort", kLetterGrowth, frame);
         label->setText(QLatin1String(caption));
         grid->addWidget(label, row, 0);
         auto* group = new QButtonGroup(this);
@@ -162,19 +165,23 @@ void frmTestList::BuildList(QBoxLayout* column) {
 
 void frmTestList::BuildBottom(QBoxLayout* column) {
     auto* facts = new QHBoxLayout;
-    lblStatus_ = MakeLabel("lblStatus", this);
-    lblSelect_ = MakeLabel("lblSelect", this);
+    lblStatus_ = MakeLabel("lblStatus", kStatusGrowth, this);
+    lblSelect_ = MakeLabel("lblSelect", kStatusGrowth, this);
     facts->addWidget(lblStatus_);
     facts->addStretch();
     facts->addWidget(lblSelect_);
     column->addLayout(facts);
 
-    lblMessage_ = MakeLabel("lblMessage", this);
+    lblMessage_ = MakeLabel("lblMessage", kStatusGrowth, this);
     lblMessage_->setWordWrap(true);
     column->addWidget(lblMessage_);
     pbarProgress_ = new QProgressBar(this);
     pbarProgress_->setObjectName(QStringLiteral("pbarProgress"));
     Enlarge(*pbarProgress_);
+    // The list keeps its place when the bar appears.
+    QSizePolicy policy = pbarProgress_->sizePolicy();
+    policy.setRetainSizeWhenHidden(mode_ == ListMode::Instrument);
+    pbarProgress_->setSizePolicy(policy);
     pbarProgress_->hide();
     column->addWidget(pbarProgress_);
 
