@@ -183,8 +183,13 @@ void frmSetDescr::Connect() {
     connect(
         lvTest_, &QTreeWidget::itemSelectionChanged, this,
         [this] { handlers_.RunAlone([this] { lvTest_Click(); }); }, Qt::QueuedConnection);
-    connect(lstTest_, &QListWidget::currentRowChanged, this,
+    connect(lstTest_, &QListWidget::itemSelectionChanged, this,
             [this] { handlers_.Run([this] { lstTest_Click(); }); });
+    // The first row is where a list's focus begins: Enter chooses it too.
+    connect(lvTest_, &QTreeWidget::itemActivated, this,
+            [](QTreeWidgetItem* item) { item->setSelected(true); });
+    connect(lstTest_, &QListWidget::itemActivated, this,
+            [](QListWidgetItem* item) { item->setSelected(true); });
     connect(txtTestDescr_, &QLineEdit::textEdited, this,
             [this] { TestTextChanged(txtTestDescr_, file_->headers.testDescriptions); });
     connect(txtTestNotes_, &QLineEdit::textEdited, this,
@@ -208,9 +213,10 @@ void frmSetDescr::Form_Load() {
 void frmSetDescr::lvTest_Click() {
     const std::vector<int> selected = lvTest_->SelectedRows();
     const int before = file_ ? file_->row : -1;
-    if (selected.empty() || selected.front() == before) return;
-    if (!MayLeaveFile()) {
-        lvTest_->setCurrentItem(lvTest_->topLevelItem(before));
+    if (!selected.empty() && selected.front() == before) return;
+    if (selected.empty() || !MayLeaveFile()) {
+        // The row shown as chosen is that of the file in hand.
+        if (file_) lvTest_->setCurrentItem(lvTest_->topLevelItem(before));
         return;
     }
     Choose(selected.front());
@@ -258,7 +264,8 @@ void frmSetDescr::ShowFile() {
 }
 
 void frmSetDescr::lstTest_Click() {
-    test_ = lstTest_->currentRow();
+    const QList<QListWidgetItem*> selected = lstTest_->selectedItems();
+    test_ = selected.empty() ? -1 : lstTest_->row(selected.front());
     ShowTest();
 }
 

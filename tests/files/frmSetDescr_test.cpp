@@ -528,6 +528,40 @@ TEST_F(SetDescrWindow, TheKeysReachEverythingInTheOrderOfTheEye) {
     EXPECT_THAT(MnemonicsOf(*window), ::testing::UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E"));
 }
 
+TEST_F(SetDescrWindow, EverythingIsChosenByTheKeyboard) {
+    Open();
+    auto* lvTest = Find<QTreeWidget>("lvTest");
+    auto* lstTest = Find<QListWidget>("lstTest");
+    lvTest->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(lvTest, Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_THAT(Find<QLabel>("lblFilename")->text().toStdString(), StartsWith("T1 **"));
+    QTest::keyClick(lvTest, Qt::Key_Tab);
+    EXPECT_TRUE(lstTest->hasFocus());
+    EXPECT_EQ(Box("txtTestNumData")->text(), QString());
+    QTest::keyClick(lstTest, Qt::Key_Return);
+    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("1"));
+    QTest::keyClick(lstTest, Qt::Key_Down);
+    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("2"));
+    lvTest->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(lvTest, Qt::Key_Down);
+    QApplication::processEvents();
+    EXPECT_THAT(Find<QLabel>("lblFilename")->text().toStdString(), StartsWith("T2 **"));
+}
+
+TEST_F(SetDescrWindow, AClickBesideTheRowsKeepsTheFile) {
+    Open();
+    ClickFile("T1");
+    auto* lvTest = Find<QTreeWidget>("lvTest");
+    const QPoint below(20, lvTest->viewport()->height() - 2);
+    ASSERT_EQ(lvTest->itemAt(below), nullptr);
+    QTest::mouseClick(lvTest->viewport(), Qt::LeftButton, {}, below);
+    QApplication::processEvents();
+    ASSERT_EQ(lvTest->selectedItems().size(), 1);
+    EXPECT_EQ(lvTest->selectedItems().front()->text(0), QStringLiteral("T1"));
+    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
+}
+
 TEST_F(SetDescrWindow, NothingIsCut) {
     Open();
     ClickFile("T1");
