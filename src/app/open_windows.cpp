@@ -5,8 +5,10 @@
 #include <memory>
 #include <utility>
 
-#include "reports/template_file.h"
+#include "files/frmCopyFile.h"
+#include "files/frmFileUtilOverlay.h"
 #include "files/frmSetDescr.h"
+#include "reports/template_file.h"
 #include "retrieval/frmHeader.h"
 #include "retrieval/frmHeaderOptn.h"
 #include "retrieval/frmTestList.h"
@@ -82,6 +84,30 @@ OpenChild RecordHeaderEditor(ProgramState& state, const ProgramServices& service
     };
 }
 
+// The file window, and the copy window that takes its place; closed is called when the last one
+// has closed.
+OpenChild FileUtilities(ProgramState& state, const ProgramServices& services) {
+    return [&state, services](QMdiArea& area, std::function<void()> closed) {
+        const FileUtilMode mode = state.listCaller == ListCaller::Overlay
+                                      ? FileUtilMode::Overlay
+                                      : FileUtilMode::FileUtilities;
+        const auto openWindows = std::make_shared<int>(1);
+        const auto unloaded = [openWindows, closed = std::move(closed)] {
+            if (--*openWindows == 0) closed();
+        };
+        auto window = std::make_unique<frmFileUtilOverlay>(
+            mode, FileUtilSurroundings{state.settings, state.directory, services.prompts,
+                                       services.reports});
+        window->OnCopy = [&state, &area, services, openWindows,
+                          unloaded](const std::vector<QString>& names) {
+            ShowIn(area, std::make_unique<frmCopyFile>(names, state.settings, services.prompts),
+                   unloaded);
+            ++*openWindows;
+        };
+        ShowIn(area, std::move(window), unloaded);
+    };
+}
+
 }  // namespace
 
 ChildWindows OpenWindows(ProgramState& state, const ProgramServices& services) {
@@ -90,6 +116,7 @@ ChildWindows OpenWindows(ProgramState& state, const ProgramServices& services) {
     windows.memoryDirectory = TestList(state, services, ListMode::Instrument);
     windows.headerSetup = HeaderSetup(state, services);
     windows.recordHeaders = RecordHeaderEditor(state, services);
+    windows.fileUtilities = FileUtilities(state, services);
     return windows;
 }
 

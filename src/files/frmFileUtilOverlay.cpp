@@ -1,1 +1,259 @@
-// File utilities and the overlay of two tests.
+#include "files/frmFileUtilOverlay.h"
+
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "common/big_button.h"
+#include "common/close_form.h"
+#include "common/files.h"
+#include "common/text.h"
+#include "files/form_parts.h"
+#include "files/group_file.h"
+#include "files/record_names.h"
+#include "records/record_list.h"
+
+namespace davo {
+
+namespace {
+
+constexpr const char* kOverlayCaption = "Overlaying 2 Tests";
+constexpr const char* kPlottingTwo = "Plotting 2 Excel Graphs , Please Wait...";
+constexpr int kListShare = 3;
+constexpr int kTestShare = 1;
+
+enum Operation { Rename = 0, Copy = 1, Delete = 2 };
+constexpr std::array kOperations = {"Rename", "Copy", "Delete"};
+constexpr std::array kOperationCaptions = {"&Rename", "&Copy", "&Delete"};
+constexpr std::array kOverlayCaptions = {"Graph #&1", "Graph #&2", "&Plot-It"};
+
+}  // namespace
+
+frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurroundings& around)
+    : mode_(mode), around_(around), handlers_(around.prompts) {
+    setObjectName(QStringLiteral("frmFileUtilOverlay"));
+    setWindowTitle(IsOverlay() ? QLatin1String(kOverlayCaption) : QLatin1String("File Utilities"));
+    auto* column = new QVBoxLayout(this);
+    column->setSpacing(kFormSpacing);
+    auto* lists = new QHBoxLayout;
+    lvTest_ = Named(new RecordList(RecordColumns::All, this), QStringLiteral("lvTest"));
+    lvTest_->setAccessibleName(windowTitle());
+    lvTest_->setSelectionMode(IsOverlay() ? QAbstractItemView::SingleSelection
+                                          : QAbstractItemView::ExtendedSelection);
+    Enlarge(lvTest_);
+    lists->addWidget(lvTest_, kListShare);
+    lstTest_ = Named(new QListWidget(this), QStringLiteral("lstTest"));
+    lstTest_->setAccessibleName(QStringLiteral("Tests of the chosen file"));
+    lstTest_->setVisible(IsOverlay());
+    Enlarge(lstTest_);
+    lists->addWidget(lstTest_, kTestShare);
+    column->addLayout(lists, 1);
+    column->addWidget(BuildOverlay());
+    lblMessage_ = MakeLabel(this, QStringLiteral("lblMessage"));
+    lblMessage_->hide();
+    column->addWidget(lblMessage_);
+    column->addLayout(BuildButtons());
+    Connect();
+}
+
+QGroupBox* frmFileUtilOverlay::BuildOverlay() {
+    frmeOverlay_ = Named(new QGroupBox(this), QStringLiteral("frmeOverlay"));
+    auto* grid = new QGridLayout(frmeOverlay_);
+    for (int i = 0; i < 2; ++i) {
+        const QString number = QString::number(i + 1);
+        auto* box = Named(new QLineEdit(frmeOverlay_), QStringLiteral("txtTest") + number);
+        box->setReadOnly(true);
+        box->setAccessibleName(QStringLiteral("Graph #") + number);
+        Enlarge(box);
+        grid->addWidget(MakeLabel(frmeOverlay_, QStringLiteral("lblGraph") + number,
+                                  QStringLiteral("Graph #%1:").arg(number)),
+                        i, 0);
+        grid->addWidget(box, i, 1);
+        txtTest_.at(static_cast<std::size_t>(i)) = box;
+    }
+    frmeOverlay_->setVisible(IsOverlay());
+    return frmeOverlay_;
+}
+
+QHBoxLayout* frmFileUtilOverlay::BuildButtons() {
+    auto* row = new QHBoxLayout;
+    frmeOp_ = Named(new QGroupBox(this), QStringLiteral("frmeOp"));
+    auto* inner = new QHBoxLayout(frmeOp_);
+    inner->setSpacing(kFormSpacing);
+    const auto& captions = IsOverlay() ? kOverlayCaptions : kOperationCaptions;
+    for (std::size_t i = 0; i < cmdOp_.size(); ++i) {
+        auto* button = Named(new BigButton(frmeOp_), QStringLiteral("cmdOp%1").arg(i));
+        button->setText(QLatin1String(captions.at(i)));
+        inner->addWidget(button);
+        cmdOp_.at(i) = button;
+    }
+    row->addWidget(frmeOp_, kListShare);
+    cmdExit_ = Named(new BigButton(this), QStringLiteral("cmdExit"));
+    cmdExit_->setText(QStringLiteral("&Exit"));
+    row->addWidget(cmdExit_, kTestShare);
+    return row;
+}
+
+void frmFileUtilOverlay::Connect() {
+    for (std::size_t i = 0; i < cmdOp_.size(); ++i) {
+        connect(cmdOp_.at(i), &QPushButton::clicked, this,
+                [this, i] { handlers_.RunAlone([&] { cmdOp_Click(static_cast<int>(i)); }); });
+    }
+    connect(cmdExit_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
+    if (!IsOverlay()) return;
+    connect(lvTest_, &QTreeWidget::itemSelectionChanged, this,
+            [this] { handlers_.RunAlone([&] { FillTests(); }); });
+}
+
+void frmFileUtilOverlay::Form_Load() {
+    const DirectoryTables& tables = around_.directory;
+    names_.clear();
+    for (int i = 0; i < tables.recordCount; ++i) {
+        const std::string& entry = tables.dirEntries.at(static_cast<std::size_t>(i));
+        names_.push_back(FromPage(EntryName(entry).value_or(entry)));
+    }
+    lvTest_->Fill(RowsForList(tables, tables.recordCount));
+    if (IsOverlay() && around_.reports != nullptr) around_.reports->PrepareSoon(*this);
+    lvTest_->setFocus();
+}
+
+void frmFileUtilOverlay::cmdOp_Click(int index) {
+    if (!IsOverlay()) {
+        RunOperation(index);
+    } else if (index < 2) {
+        ChooseTest(index);
+    } else {
+        PlotIt();
+    }
+}
+
+// --- File utilities -----------------------------------------------------------------------------
+
+std::vector<QString> frmFileUtilOverlay::SelectedNames() const {
+    std::vector<QString> names;
+    for (const int row : lvTest_->SelectedRows())
+        names.push_back(names_.at(static_cast<std::size_t>(row)));
+    return names;
+}
+
+void frmFileUtilOverlay::RunOperation(int index) {
+    const std::vector<QString> names = SelectedNames();
+    if (names.empty()) {
+        around_.prompts.Message(
+            QStringLiteral("Please choose File(s) to %1.")
+                .arg(QLatin1String(kOperations.at(static_cast<std::size_t>(index)))));
+        return;
+    }
+    const QString& dataPath = around_.settings.dataPath;
+    if (index == Copy) {
+        if (OnCopy) OnCopy(names);
+    } else if (index == Rename) {
+        RenameRecords(dataPath, names, around_.prompts);
+    } else {
+        DeleteRecords(dataPath, names, around_.prompts);
+    }
+    if (index != Copy) {
+        RebuildDirectory(dataPath, around_.directory);
+        LoadDirectoryFile(dataPath, around_.directory);
+    }
+    QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+}
+
+// --- Overlay ------------------------------------------------------------------------------------
+
+void frmFileUtilOverlay::FillTests() {
+    lstTest_->clear();
+    const std::vector<QString> names = SelectedNames();
+    if (names.size() != 1) return;
+    const QString path = around_.settings.dataPath + names.front() + QStringLiteral(".txt");
+    for (const std::string& entry : TestEntries(ReadWholeFile(path)))
+        lstTest_->addItem(FromPage(entry));
+    lstTest_->setCurrentRow(0);
+}
+
+void frmFileUtilOverlay::ChooseTest(int graph) {
+    const std::vector<QString> names = SelectedNames();
+    const QListWidgetItem* entry = lstTest_->currentItem();
+    if (names.size() != 1 || entry == nullptr) {
+        around_.prompts.Message(
+            QStringLiteral("Please choose a Test for Graph #%1").arg(graph + 1));
+        return;
+    }
+    txtTest_.at(static_cast<std::size_t>(graph))
+        ->setText(OverlayTestText(names.front(), entry->text()));
+}
+
+void frmFileUtilOverlay::PlotIt() {
+    for (std::size_t i = 0; i < txtTest_.size(); ++i) {
+        if (!txtTest_.at(i)->text().isEmpty()) continue;
+        around_.prompts.Message(QStringLiteral("Please choose a Test for Graph #%1").arg(i + 1));
+        txtTest_.at(i)->setFocus();
+        return;
+    }
+    if (around_.reports == nullptr) return;
+    const QString caption = windowTitle();
+    const std::array<QWidget*, 3> resting = {lvTest_, lstTest_, frmeOp_};
+    for (QWidget* control : resting)
+        control->setEnabled(false);
+    setWindowTitle(QLatin1String(kPlottingTwo));
+    lblMessage_->setText(windowTitle());
+    lblMessage_->show();
+    cmdExit_->setFocus();
+    {
+        const QScopedValueRollback plotting(plotting_, true);
+        handlers_.Run([this] { BuildOverlayReport(); });
+    }
+    lblMessage_->hide();
+    setWindowTitle(caption);
+    for (QWidget* control : resting)
+        control->setEnabled(true);
+    if (closeWanted_) QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+}
+
+void frmFileUtilOverlay::BuildOverlayReport() {
+    ReportRunner& reports = *around_.reports;
+    const QString workbook = reports.OverlayWorkbook();
+    if (FileExists(workbook)) DeleteFile(workbook);
+    const auto first = ParseOverlayTest(txtTest_.at(0)->text());
+    const auto second = ParseOverlayTest(txtTest_.at(1)->text());
+    if (!first || !second) return;
+    const QString& dataPath = around_.settings.dataPath;
+    WriteGroupFile(dataPath, *first, *second);
+    reports.RunOverlay(dataPath + QLatin1String(kGroupFileName), [this](const QString& text) {
+        lblMessage_->setText(QLatin1String(kPlottingTwo) + QLatin1Char('\n') + text);
+    });
+}
+
+// --- Leaving ------------------------------------------------------------------------------------
+
+void frmFileUtilOverlay::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && plotting_) {
+        around_.reports->Cancel();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void frmFileUtilOverlay::closeEvent(QCloseEvent* event) {
+    if (handlers_.Running()) {
+        // What is under way comes to its end first.
+        closeWanted_ = plotting_;
+        if (plotting_) around_.reports->Cancel();
+        event->ignore();
+        return;
+    }
+    event->accept();
+    if (OnUnload) std::exchange(OnUnload, nullptr)();
+}
+
+}  // namespace davo

@@ -1,1 +1,79 @@
-// The two tests of an overlay as one file.
+#include "files/group_file.h"
+
+#include "common/field_reader.h"
+#include "common/files.h"
+#include "common/numbers.h"
+#include "common/text.h"
+#include "records/directory_entry.h"
+
+namespace davo {
+
+namespace {
+
+constexpr std::size_t kNumberAt = 12;  // behind "REC NUMBER: "
+constexpr std::string_view kRecordLine = "REC NUMBER: ";
+
+QLatin1String Between() {
+    return QLatin1String(" - ");
+}
+
+QLatin1String EntryStart() {
+    return QLatin1String("TEST NUMBER:");
+}
+
+bool IsRecord(const std::string& line, double number) {
+    return Contains(line, kRecordLine) && NumericValue(Middle(line, kNumberAt)) == number;
+}
+
+}  // namespace
+
+std::vector<std::string> TestEntries(std::string_view recordFile) {
+    std::vector<std::string> entries;
+    FieldReader fields(recordFile);
+    while (!fields.AtEnd()) {
+        const std::string line = fields.Next();
+        if (!Contains(line, "REC NUMBER:")) continue;
+        entries.push_back("TEST NUMBER:" + std::string(Middle(line, kNumberAt)));
+    }
+    return entries;
+}
+
+QString OverlayTestText(const QString& record, const QString& testEntry) {
+    return record + Between() + testEntry;
+}
+
+std::optional<OverlayTest> ParseOverlayTest(const QString& text) {
+    const QString mark = Between() + EntryStart();
+    const qsizetype at = text.lastIndexOf(mark);
+    if (at < 0) return std::nullopt;
+    const auto number = ToPage(text.mid(at + mark.size()));
+    if (!number) return std::nullopt;
+    return OverlayTest{text.left(at), NumericValue(*number)};
+}
+
+std::string GroupPart(std::string_view recordFile, double number) {
+    FieldReader fields(recordFile);
+    std::string part;
+    const auto put = [&part](const std::string& line) { part.append(line).append(kLineEnd); };
+    for (std::size_t i = 0; i < kSummaryLines; ++i)
+        put(fields.Next());
+    bool isFound = false;
+    while (!fields.AtEnd()) {
+        const std::string line = fields.Next();
+        if (isFound && Contains(line, kRecordLine)) break;
+        isFound = isFound || IsRecord(line, number);
+        if (isFound) put(line);
+    }
+    return part;
+}
+
+void WriteGroupFile(const QString& dataPath, const OverlayTest& first, const OverlayTest& second) {
+    std::string group;
+    for (const OverlayTest& test : {first, second}) {
+        const std::string file = ReadWholeFile(dataPath + test.record + QStringLiteral(".txt"));
+        group += GroupPart(file, test.number);
+    }
+    ReplaceFile(dataPath + QLatin1String(kGroupFileName), group);
+}
+
+}  // namespace davo

@@ -1,1 +1,88 @@
-// Renaming and deleting record files.
+#include "files/record_names.h"
+
+#include <optional>
+#include <string>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "common/text.h"
+#include "records/record_name.h"
+
+namespace davo {
+
+namespace {
+
+QString PathOf(const QString& dataPath, const QString& name) {
+    return dataPath + name + QStringLiteral(".txt");
+}
+
+// The name that the operator enters for oldName; nothing when the file is to stay as it is.
+std::optional<QString> AskNewName(const QString& dataPath, const QString& oldName,
+                                  Prompts& prompts) {
+    const QString prompt =
+        QStringLiteral("Old Filename: '") + oldName + QStringLiteral("'\r\n\r\nNew Filename: ");
+    while (true) {
+        const QString answer =
+            prompts.Input(QStringLiteral("Rename File"), prompt).value_or(QString()).trimmed();
+        if (answer.isEmpty()) return std::nullopt;
+        if (answer.contains(QLatin1Char('.'))) {
+            prompts.Message(QStringLiteral("Filename cannot contain ''.''  Please Re-enter."));
+            continue;
+        }
+        const QString trouble = RecordNameTrouble(answer);
+        if (!trouble.isEmpty()) {
+            prompts.Message(trouble);
+            continue;
+        }
+        if (!FileExists(PathOf(dataPath, answer))) return answer;
+        prompts.Message(QStringLiteral("The Filename: ") + answer +
+                        QStringLiteral(" already exists. Please choose another name."));
+    }
+}
+
+// What stands behind the first line.
+std::string_view AfterFirstLine(std::string_view bytes) {
+    const std::size_t end = bytes.find('\n');
+    return end == std::string_view::npos ? std::string_view() : bytes.substr(end + 1);
+}
+
+void RenameRecord(const QString& dataPath, const QString& oldName, const QString& newName) {
+    const std::string old = ReadWholeFile(PathOf(dataPath, oldName));
+    std::string text = "TEST NUMBER: " + ToPage(newName).value_or(std::string());
+    text.append(kLineEnd).append(AfterFirstLine(old));
+    ReplaceFile(PathOf(dataPath, newName), text);
+    DeleteFile(PathOf(dataPath, oldName));
+}
+
+}  // namespace
+
+void RenameRecords(const QString& dataPath, const std::vector<QString>& names, Prompts& prompts) {
+    for (const QString& oldName : names) {
+        const std::optional<QString> newName = AskNewName(dataPath, oldName, prompts);
+        if (!newName) continue;
+        const QString question = QStringLiteral("Rename file: '") + oldName +
+                                 QStringLiteral("'\r\nTo: '") + *newName + QStringLiteral("' ? ");
+        if (prompts.YesNo(question, Answer::No) != Answer::Yes) continue;
+        try {
+            RenameRecord(dataPath, oldName, *newName);
+        } catch (const RunTimeError& error) {
+            prompts.Message(QString::fromUtf8(error.what()));
+        }
+    }
+}
+
+void DeleteRecords(const QString& dataPath, const std::vector<QString>& names, Prompts& prompts) {
+    for (const QString& name : names) {
+        const Answer answer = prompts.YesNoCancel(
+            QStringLiteral("Delete file: ") + name + QStringLiteral("\r\n"), Answer::No);
+        if (answer == Answer::Cancel) return;
+        if (answer != Answer::Yes) continue;
+        try {
+            DeleteFile(PathOf(dataPath, name));
+        } catch (const RunTimeError& error) {
+            prompts.Message(QString::fromUtf8(error.what()));
+        }
+    }
+}
+
+}  // namespace davo

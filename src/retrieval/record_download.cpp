@@ -11,6 +11,7 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/directory_entry.h"
+#include "records/record_name.h"
 #include "retrieval/record_reply.h"
 
 namespace davo {
@@ -23,7 +24,6 @@ constexpr std::string_view kNotFound = "Record Not Found";
 constexpr std::string_view kReplyEnd = "\r\nDONE\r\n";
 // A line that paused that long has no more of an earlier reply.
 constexpr std::chrono::milliseconds kQuietLine{30};
-constexpr qsizetype kLongestName = 100;
 
 QString Extension() {
     return QStringLiteral(".txt");
@@ -40,30 +40,6 @@ int TestsOf(std::string_view entry) {
     const std::size_t found = entry.find(kTests);
     if (found == std::string_view::npos) return 0;
     return static_cast<int>(WholeNumericValue(Middle(entry, found + kTests.size(), 2)).value_or(0));
-}
-
-// Why a name cannot be used for a record file; empty when it can.
-QString NameTrouble(const QString& name) {
-    // The first "!" of a directory entry ends the name, and the first "." of a file name.
-    const QString refused = QStringLiteral("\\/:*?\"<>|.!");
-    const auto isRefused = [&refused](QChar c) {
-        return c < QLatin1Char(' ') || refused.contains(c);
-    };
-    if (std::any_of(name.begin(), name.end(), isRefused)) {
-        return QStringLiteral(
-                   "The name %1 has a character that a file name cannot have.\r\n"
-                   "These are not possible: \\ / : * ? \" < > | . !")
-            .arg(name);
-    }
-    if (!ToPage(name)) {
-        return QStringLiteral("The name %1 has a character that a record file cannot hold.")
-            .arg(name);
-    }
-    if (name.size() > kLongestName) {
-        return QStringLiteral("The name is too long. At most %1 characters are possible.")
-            .arg(kLongestName);
-    }
-    return {};
 }
 
 // What is told of a record that did not come whole; empty when it did.
@@ -319,7 +295,7 @@ std::string RecordDownload::AskNewName(const std::string& name) {
     while (true) {
         const QString answer = prompts_.Input({}, prompt).value_or(QString()).trimmed();
         if (answer.isEmpty()) return {};
-        const QString trouble = NameTrouble(answer);
+        const QString trouble = RecordNameTrouble(answer);
         if (!trouble.isEmpty()) {
             prompts_.Message(trouble);
             continue;

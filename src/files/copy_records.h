@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <vector>
+
+#include "common/prompts.h"
+
+namespace davo {
+
+enum class CopyEnd { Copied, Skipped, Cancelled, Failed };
+
+struct CopyOutcome {
+    CopyEnd end = CopyEnd::Copied;
+    QString reason;  // of a failure, in words
+};
+
+// target as a folder path: without blanks around it, ended by the separator; empty stays empty.
+QString CopyTarget(const QString& target);
+
+// Whether both are the same folder, however they are spelt.
+bool IsSameFolder(const QString& one, const QString& other);
+
+// Copies the record file name (without ".txt") from dataPath to target (both end with the
+// separator), content and time. Asks before a file there is replaced. The copy is written beside
+// its place and renamed when it is whole: whatever happens, the target has the earlier file, the
+// whole new one or none.
+CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QString& name,
+                       Prompts& prompts);
+
+// What the operator is told of the failures ("name: reason") of so many files; empty without one.
+QString CopyFailuresText(const std::vector<QString>& failures, std::size_t fileCount);
+
+}  // namespace davo

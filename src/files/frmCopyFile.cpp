@@ -1,0 +1,149 @@
+#include "files/frmCopyFile.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <chrono>
+#include <utility>
+
+#include "common/big_button.h"
+#include "common/close_form.h"
+#include "common/files.h"
+#include "common/places.h"
+#include "common/run_time_error.h"
+#include "files/form_parts.h"
+#include "files/record_names.h"
+
+namespace davo {
+
+namespace {
+
+constexpr std::chrono::milliseconds kBarTick{50};
+constexpr int kWholeBar = 100;
+
+}  // namespace
+
+frmCopyFile::frmCopyFile(std::vector<QString> names, const Settings& settings, Prompts& prompts)
+    : names_(std::move(names)), settings_(settings), prompts_(prompts), handlers_(prompts) {
+    setObjectName(QStringLiteral("frmCopyFile"));
+    setWindowTitle(QStringLiteral("Copy File(s)"));
+    auto* column = new QVBoxLayout(this);
+    column->setSpacing(kFormSpacing);
+    auto* row = new QHBoxLayout;
+    txtPath_ = Named(new QLineEdit(this), QStringLiteral("txtPath"));
+    txtPath_->setAccessibleName(QStringLiteral("Target folder"));
+    Enlarge(txtPath_);
+    row->addWidget(txtPath_, 1);
+    cmdPath_ = Named(new BigButton(this), QStringLiteral("cmdPath"));
+    cmdPath_->setText(QStringLiteral("&Path"));
+    cmdPath_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    row->addWidget(cmdPath_);
+    column->addLayout(row);
+    lblStatus_ = MakeLabel(this, QStringLiteral("lblStatus"));
+    lblStatus_->setWordWrap(true);
+    lblStatus_->hide();
+    column->addWidget(lblStatus_);
+    pbarProgress_ = Named(new QProgressBar(this), QStringLiteral("pbarProgress"));
+    Enlarge(pbarProgress_);
+    pbarProgress_->hide();
+    column->addWidget(pbarProgress_);
+    column->addStretch();
+    cmdOK_ = Named(new BigButton(this), QStringLiteral("cmdOK"));
+    cmdOK_->setText(QStringLiteral("&OK"));
+    column->addWidget(cmdOK_);
+    Timer1_.setInterval(kBarTick);
+    connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
+    connect(cmdPath_, &QPushButton::clicked, this,
+            [this] { handlers_.RunAlone([&] { cmdPath_Click(); }); });
+    connect(cmdOK_, &QPushButton::clicked, this, [this] {
+        if (copying_) {
+            CloseForm(*this);
+        } else {
+            handlers_.RunAlone([&] { cmdOK_Click(); });
+        }
+    });
+}
+
+void frmCopyFile::Form_Load() {
+    txtPath_->setFocus();
+}
+
+void frmCopyFile::cmdPath_Click() {
+    const QString chosen =
+        prompts_.ChooseFolder(QStringLiteral("&Select a directory:"), QStringLiteral("C:\\"));
+    if (!chosen.isEmpty()) txtPath_->setText(ShownPath(chosen));
+}
+
+void frmCopyFile::cmdOK_Click() {
+    const QString target = CopyTarget(txtPath_->text());
+    if (target.isEmpty() || IsSameFolder(target, settings_.dataPath) || !FolderExists(target)) {
+        prompts_.Message(QStringLiteral("Invalid Path. Please select another path."));
+        cmdPath_->setFocus();
+        return;
+    }
+    ShowCopying();
+    copying_ = true;
+    handlers_.Run([&] { CopyAll(target); });
+    copying_ = false;
+    Timer1_.stop();
+    cmdOK_->setText(QStringLiteral("&OK"));
+    QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+}
+
+void frmCopyFile::ShowCopying() {
+    txtPath_->setEnabled(false);
+    txtPath_->hide();
+    cmdPath_->hide();
+    cmdPath_->setEnabled(false);
+    cmdOK_->setText(QStringLiteral("Cancel"));
+    pbarProgress_->setRange(0, kWholeBar);
+    pbarProgress_->setValue(0);
+    pbarProgress_->show();
+    lblStatus_->show();
+    Timer1_.start();
+}
+
+void frmCopyFile::CopyAll(const QString& target) {
+    std::vector<QString> failures;
+    for (; next_ < names_.size() && !cancelled_; ++next_) {
+        if (next_ >= kMostSelected) throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
+        const QString& name = names_[next_];
+        const QString file = name + QStringLiteral(".txt");
+        lblStatus_->setText(QStringLiteral("Copying '") + settings_.dataPath + file +
+                            QStringLiteral("'\r\n\r\nTO '") + target + file + QLatin1Char('\''));
+        const CopyOutcome outcome = CopyRecord(settings_.dataPath, target, name, prompts_);
+        if (outcome.end == CopyEnd::Cancelled) break;
+        if (outcome.end == CopyEnd::Failed)
+            failures.push_back(name + QStringLiteral(": ") + outcome.reason);
+        QCoreApplication::processEvents();
+    }
+    Timer1_Timer();
+    const QString told = CopyFailuresText(failures, names_.size());
+    if (!told.isEmpty()) prompts_.Message(told);
+}
+
+void frmCopyFile::Timer1_Timer() {
+    pbarProgress_->setValue(static_cast<int>(next_ * kWholeBar / names_.size()));
+}
+
+void frmCopyFile::closeEvent(QCloseEvent* event) {
+    if (copying_) {
+        // The file under way is whole or gone before the window closes.
+        cancelled_ = true;
+        event->ignore();
+        return;
+    }
+    if (handlers_.Running()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    if (OnUnload) std::exchange(OnUnload, nullptr)();
+}
+
+}  // namespace davo

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <vector>
+
+#include "common/event_handlers.h"
+#include "common/settings.h"
+#include "files/copy_records.h"
+
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+
+namespace davo {
+
+// "Copy File(s)": copies record files from the data folder into another one.
+class frmCopyFile : public QWidget {
+  public:
+    // names: record files without ".txt". settings and prompts must outlive the window.
+    frmCopyFile(std::vector<QString> names, const Settings& settings, Prompts& prompts);
+
+    void Form_Load();
+
+    // The window has closed.
+    std::function<void()> OnUnload;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    void cmdPath_Click();
+    void cmdOK_Click();
+    void ShowCopying();
+    void CopyAll(const QString& target);
+    void Timer1_Timer();
+
+    const std::vector<QString> names_;
+    const Settings& settings_;
+    Prompts& prompts_;
+    EventHandlers handlers_;
+    std::size_t next_ = 0;  // the window's start index into the list
+    bool copying_ = false;
+    bool cancelled_ = false;
+
+    QLineEdit* txtPath_ = nullptr;
+    QPushButton* cmdPath_ = nullptr;
+    QPushButton* cmdOK_ = nullptr;
+    QLabel* lblStatus_ = nullptr;
+    QProgressBar* pbarProgress_ = nullptr;
+    QTimer Timer1_;
+};
+
+}  // namespace davo

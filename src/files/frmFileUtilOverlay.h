@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QWidget>
+#include <array>
+#include <functional>
+#include <vector>
+
+#include "common/event_handlers.h"
+#include "common/settings.h"
+#include "records/directory_file.h"
+#include "reports/report_runner.h"
+
+class QGroupBox;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+
+namespace davo {
+
+class RecordList;
+
+// What the window is for; the values are those of fileUtilMode.
+enum class FileUtilMode : std::int16_t { FileUtilities = 2, Overlay = 3 };
+
+// What the window works on; all outlive it.
+struct FileUtilSurroundings {
+    const Settings& settings;
+    DirectoryTables& directory;  // loaded already
+    Prompts& prompts;
+    ReportRunner* reports = nullptr;  // without it nothing is plotted
+};
+
+// "File Utilities": renames, copies and deletes record files. "Overlaying 2 Tests": two tests on
+// one chart.
+class frmFileUtilOverlay : public QWidget {
+  public:
+    frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurroundings& around);
+
+    void Form_Load();
+
+    // The window has closed.
+    std::function<void()> OnUnload;
+    // The record files (without ".txt") that are to be copied; the window closes then.
+    std::function<void(const std::vector<QString>& names)> OnCopy;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    bool IsOverlay() const { return mode_ == FileUtilMode::Overlay; }
+    QGroupBox* BuildOverlay();
+    QHBoxLayout* BuildButtons();
+    void Connect();
+
+    void cmdOp_Click(int index);
+    std::vector<QString> SelectedNames() const;
+    void RunOperation(int index);
+    void FillTests();
+    void ChooseTest(int graph);
+    void PlotIt();
+    void BuildOverlayReport();
+
+    const FileUtilMode mode_;
+    FileUtilSurroundings around_;
+    EventHandlers handlers_;
+    std::vector<QString> names_;  // of the list's rows
+    bool plotting_ = false;
+    bool closeWanted_ = false;
+
+    RecordList* lvTest_ = nullptr;
+    QListWidget* lstTest_ = nullptr;
+    QGroupBox* frmeOverlay_ = nullptr;
+    std::array<QLineEdit*, 2> txtTest_{};
+    QGroupBox* frmeOp_ = nullptr;
+    std::array<QPushButton*, 3> cmdOp_{};
+    QLabel* lblMessage_ = nullptr;
+    QPushButton* cmdExit_ = nullptr;
+};
+
+}  // namespace davo

@@ -1,0 +1,136 @@
+#include "files/frmStatusBar.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "common/big_button.h"
+#include "common/close_form.h"
+#include "common/run_time_error.h"
+#include "files/copy_records.h"
+#include "files/form_parts.h"
+#include "files/record_names.h"
+
+namespace davo {
+
+namespace {
+
+constexpr std::chrono::milliseconds kTick{1};
+constexpr int kWhole = 100;
+constexpr int kBarHeight = 36;
+
+}  // namespace
+
+// A filled bar of a share of its width, and the share as a number in its middle.
+class SharePicture : public QWidget {
+  public:
+    explicit SharePicture(QWidget* parent) : QWidget(parent) {
+        setMinimumHeight(kBarHeight);
+        setPercent(0);
+    }
+    void setPercent(int percent) {
+        percent_ = std::clamp(percent, 0, kWhole);
+        setAccessibleName(Text());
+        update();
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        const QRect filled(0, 0, width() * percent_ / kWhole, height());
+        painter.fillRect(rect(), palette().base());
+        painter.fillRect(filled, palette().highlight());
+        // Each part of the number in the colour that is read on what lies under it.
+        painter.setPen(palette().color(QPalette::Text));
+        painter.drawText(rect(), Qt::AlignCenter, Text());
+        painter.setClipRect(filled);
+        painter.setPen(palette().color(QPalette::HighlightedText));
+        painter.drawText(rect(), Qt::AlignCenter, Text());
+    }
+
+  private:
+    QString Text() const { return QString::number(percent_) + QLatin1Char('%'); }
+    int percent_ = 0;
+};
+
+frmStatusBar::frmStatusBar(std::vector<QString> names, QString dataPath, QString copyTarget,
+                           Prompts& prompts)
+    : names_(std::move(names)),
+      dataPath_(std::move(dataPath)),
+      copyTarget_(std::move(copyTarget)),
+      prompts_(prompts),
+      handlers_(prompts),
+      picStatus_(Named(new SharePicture(this), QStringLiteral("picStatus"))),
+      lblSource_(MakeLabel(this, QStringLiteral("lblSource"))),
+      lblDest_(MakeLabel(this, QStringLiteral("lblDest"))),
+      cmdCancel_(Named(new BigButton(this), QStringLiteral("cmdCancel"))) {
+    setObjectName(QStringLiteral("frmStatusBar"));
+    Enlarge(picStatus_);
+    cmdCancel_->setText(QStringLiteral("&Cancel"));
+    auto* column = new QVBoxLayout(this);
+    column->setSpacing(kFormSpacing);
+    for (QLabel* label : {lblSource_, lblDest_}) {
+        label->setWordWrap(true);
+        column->addWidget(label);
+    }
+    column->addWidget(picStatus_);
+    column->addWidget(cmdCancel_);
+    Timer1_.setInterval(kTick);
+    connect(&Timer1_, &QTimer::timeout, this,
+            [this] { handlers_.RunAlone([&] { Timer1_Timer(); }); });
+    connect(cmdCancel_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
+}
+
+void frmStatusBar::Form_Load() {
+    Timer1_.start();
+    ShowPaths();
+    cmdCancel_->setFocus();
+}
+
+void frmStatusBar::ShowPaths() {
+    if (next_ >= names_.size()) return;
+    const QString file = names_[next_] + QStringLiteral(".txt");
+    lblSource_->setText(dataPath_ + file);
+    lblDest_->setText(copyTarget_ + file);
+}
+
+void frmStatusBar::Timer1_Timer() {
+    if (next_ >= names_.size()) {
+        Timer1_.stop();
+        const QString told = CopyFailuresText(failures_, names_.size());
+        if (!told.isEmpty()) prompts_.Message(told);
+        QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+        return;
+    }
+    if (next_ >= kMostSelected) {
+        Timer1_.stop();
+        throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
+    }
+    ShowPaths();
+    const QString& name = names_[next_];
+    const CopyOutcome outcome = CopyRecord(dataPath_, copyTarget_, name, prompts_);
+    if (closed_) return;
+    if (outcome.end == CopyEnd::Cancelled) {
+        Timer1_.stop();
+        QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+        return;
+    }
+    if (outcome.end == CopyEnd::Failed)
+        failures_.push_back(name + QStringLiteral(": ") + outcome.reason);
+    ++next_;
+    picStatus_->setPercent(static_cast<int>(next_ * kWhole / names_.size()));
+}
+
+void frmStatusBar::closeEvent(QCloseEvent* event) {
+    Timer1_.stop();
+    closed_ = true;
+    event->accept();
+    if (OnUnload) std::exchange(OnUnload, nullptr)();
+}
+
+}  // namespace davo

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <vector>
+
+#include "common/event_handlers.h"
+
+class QLabel;
+class QPushButton;
+
+namespace davo {
+
+class SharePicture;
+
+// Copies record files one a tick and shows how much is done.
+class frmStatusBar : public QWidget {
+  public:
+    // names: record files (without ".txt") of dataPath; copyTarget ends with the separator as
+    // dataPath does. prompts must outlive the window.
+    frmStatusBar(std::vector<QString> names, QString dataPath, QString copyTarget,
+                 Prompts& prompts);
+
+    void Form_Load();
+
+    // The window has closed.
+    std::function<void()> OnUnload;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    void Timer1_Timer();
+    void ShowPaths();
+
+    const std::vector<QString> names_;
+    const QString dataPath_;
+    const QString copyTarget_;
+    Prompts& prompts_;
+    EventHandlers handlers_;
+    std::size_t next_ = 0;  // the window's start index into the list
+    std::vector<QString> failures_;
+    bool closed_ = false;
+
+    SharePicture* picStatus_;
+    QLabel* lblSource_;
+    QLabel* lblDest_;
+    QPushButton* cmdCancel_;
+    QTimer Timer1_;
+};
+
+}  // namespace davo

@@ -1,0 +1,53 @@
+#include "records/record_name.h"
+
+#include <QStringList>
+#include <algorithm>
+
+#include "common/text.h"
+
+namespace davo {
+
+namespace {
+
+constexpr qsizetype kLongestName = 100;
+
+// The names that Windows keeps for devices.
+bool IsDevice(const QString& name) {
+    const QString upper = name.toUpper();
+    static const QStringList kDevices = {QStringLiteral("CON"), QStringLiteral("PRN"),
+                                         QStringLiteral("AUX"), QStringLiteral("NUL")};
+    const bool isNumbered = upper.size() == 4 && upper.at(3).isDigit() &&
+                            (upper.startsWith(QLatin1String("COM")) ||
+                             upper.startsWith(QLatin1String("LPT")));
+    return kDevices.contains(upper) || isNumbered;
+}
+
+}  // namespace
+
+QString RecordNameTrouble(const QString& name) {
+    // The first "!" of a directory entry ends the name, and the first "." of a file name.
+    const QString refused = QStringLiteral("\\/:*?\"<>|.!");
+    const auto isRefused = [&refused](QChar c) {
+        return c < QLatin1Char(' ') || refused.contains(c);
+    };
+    if (std::any_of(name.begin(), name.end(), isRefused)) {
+        return QStringLiteral(
+                   "The name %1 has a character that a file name cannot have.\r\n"
+                   "These are not possible: \\ / : * ? \" < > | . !")
+            .arg(name);
+    }
+    if (IsDevice(name)) {
+        return QStringLiteral("The name %1 is that of a device and cannot be a file's.").arg(name);
+    }
+    if (!ToPage(name)) {
+        return QStringLiteral("The name %1 has a character that a record file cannot hold.")
+            .arg(name);
+    }
+    if (name.size() > kLongestName) {
+        return QStringLiteral("The name is too long. At most %1 characters are possible.")
+            .arg(kLongestName);
+    }
+    return {};
+}
+
+}  // namespace davo
