@@ -1,6 +1,7 @@
 #include "app/frmMain.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -447,11 +448,13 @@ bool frmMain::MayCloseTestWindow() {
 
 bool frmMain::MayCloseChildren() {
     const bool waits = services_.link.CurrentWait().has_value();
+    const bool reports = services_.reports != nullptr && services_.reports->UnderWay();
     area_->closeAllSubWindows();
     if (area_->subWindowList().isEmpty()) return true;
-    // A window that waits for the instrument closes when that has ended.
-    closeWanted_ = waits;
+    // A window that waits for the instrument or for a report closes when that has ended.
+    closeWanted_ = waits || reports;
     if (waits) services_.link.EndWait();
+    if (reports) services_.reports->Cancel();
     return false;
 }
 
@@ -473,6 +476,10 @@ void frmMain::Leave() {
     leaving_ = true;
     closeWanted_ = true;
     services_.link.EndWait();
+    // One that cannot write back what it holds asks; the desktop waits for no answer.
+    QTimer::singleShot(0, this, [] {
+        if (QWidget* question = QApplication::activeModalWidget()) question->close();
+    });
     // What they hold goes back to the settings before these are written. The test window would ask.
     for (QMdiSubWindow* child : area_->subWindowList()) {
         if (testWindow_ == nullptr || child->widget() != testWindow_) child->close();

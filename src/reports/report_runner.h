@@ -53,6 +53,7 @@ class ReportRunner {
     // excelPath + "2Graphs" + the renderer's extension.
     QString OverlayWorkbook();
 
+    bool UnderWay() const { return loop_ != nullptr; }
     // Leaves the report under way; nothing happens without one.
     void Cancel();
 

@@ -1,8 +1,10 @@
 // Closing the main window while another of its windows is open.
 
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMessageBox>
 #include <QTimer>
 
 #include "tests/app/main_window.h"
@@ -25,11 +27,18 @@ class Child : public QWidget {
     }
 
     bool mayClose = true;
+    bool asks = false;
     std::function<void()> onUnload;
 
   protected:
     void closeEvent(QCloseEvent* event) override {
         closeWanted_ = waits_;
+        if (asks) {
+            QMessageBox question(QMessageBox::Question, {}, QStringLiteral("Lose it?"),
+                                 QMessageBox::Yes | QMessageBox::No, this);
+            question.setEscapeButton(QMessageBox::No);
+            mayClose = question.exec() == QMessageBox::Yes;
+        }
         if (waits_ || !mayClose) {
             event->ignore();
             return;
@@ -119,6 +128,17 @@ TEST_F(ClosingWithAChild, LeavingDoesNotWaitForAChildThatStays) {
     window->Leave();
     EXPECT_EQ(store.written.size(), 5U);
     EXPECT_TRUE(window->close());
+}
+
+TEST_F(ClosingWithAChild, LeavingDoesNotWaitForAnAnswer) {
+    OpenWithChild();
+    child->asks = true;
+    QElapsedTimer timer;
+    timer.start();
+    window->Leave();
+    EXPECT_LT(timer.elapsed(), kPatience);
+    EXPECT_EQ(unloads, 0);
+    EXPECT_EQ(store.written.size(), 5U);
 }
 
 }  // namespace
