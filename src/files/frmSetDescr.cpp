@@ -26,12 +26,18 @@ namespace {
 
 // A glove meets them.
 constexpr int kBoxHeight = 32;
-constexpr int kListHeight = 120;
+constexpr int kListHeight = 80;
 constexpr int kRowRoom = 8;
 constexpr int kBoxLetters = 24;
 
 QString Shown(const std::string& text) {
     return FromPage(text);
+}
+
+// Puts text into box, its beginning in sight.
+void ShowIn(QLineEdit* box, const QString& text) {
+    box->setText(text);
+    box->setCursorPosition(0);
 }
 
 QString ChangedMeanwhile(const QString& name) {
@@ -92,17 +98,18 @@ QWidget* frmSetDescr::BuildLists() {
     lvTest_ = new RecordList(RecordColumns::UpToTests, lists);
     lvTest_->setObjectName(QStringLiteral("lvTest"));
     lvTest_->setSelectionMode(QAbstractItemView::SingleSelection);
-    lvTest_->setMinimumHeight(kListHeight);
     row->addWidget(lvTest_, 1);
 
     auto* tests = new QVBoxLayout;
     lblFilename_ = new QLabel(lists);
     lblFilename_->setObjectName(QStringLiteral("lblFilename"));
-    // A long name is cut at the edge of the window and does not widen it.
-    lblFilename_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    // A long name takes another line and does not widen the window.
+    lblFilename_->setWordWrap(true);
+    lblFilename_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     QFont bold = lblFilename_->font();
     bold.setBold(true);
     lblFilename_->setFont(bold);
+    lblFilename_->setMinimumHeight(lblFilename_->fontMetrics().height());
     lblTest_ = new QLabel(
         QStringLiteral("Test(s) - Choose a Filename, then Click on Test(s) to Modify Test Header "
                        "Information"),
@@ -117,6 +124,11 @@ QWidget* frmSetDescr::BuildLists() {
     tests->addWidget(lblTest_);
     tests->addWidget(lstTest_, 1);
     row->addLayout(tests, 1);
+    for (QAbstractItemView* list : std::initializer_list<QAbstractItemView*>{lvTest_, lstTest_}) {
+        // They take the height that is left over and ask for none.
+        list->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+        list->setMinimumHeight(kListHeight);
+    }
     return lists;
 }
 
@@ -137,6 +149,7 @@ QLineEdit* frmSetDescr::AddBox(QGridLayout* grid, int row, int column, const cha
 QGroupBox* frmSetDescr::BuildFrame() {
     auto* frame = new QGroupBox(QStringLiteral("Test Header Information"), this);
     frame->setObjectName(QStringLiteral("Frame1"));
+    frame->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* grid = new QGridLayout(frame);
     for (const int column : {1, 3, 5})
         grid->setColumnStretch(column, 1);
@@ -148,6 +161,10 @@ QGroupBox* frmSetDescr::BuildFrame() {
     for (QLineEdit* box : {txtFilenameData_, txtTimeData_, txtTestNumData_}) {
         box->setReadOnly(true);
         box->setFocusPolicy(Qt::ClickFocus);
+        // They are for reading, and look so.
+        QPalette plain = box->palette();
+        plain.setColor(QPalette::Base, plain.color(QPalette::Window));
+        box->setPalette(plain);
     }
     constexpr std::array<const char*, kHeaderFieldCount> kCaptions = {
         "Company:", "Station:",  "Circuit:",  "MFR:",
@@ -246,10 +263,10 @@ void frmSetDescr::ShowFile() {
     lblFilename_->setText(file_ ? Shown(row.filename + " ** " + row.date + " ** " + row.tests)
                                 : QString());
     lblFilename_->setToolTip(lblFilename_->text());
-    txtFilenameData_->setText(Shown(headers.testNumber));
-    txtTimeData_->setText(Shown(headers.time));
+    ShowIn(txtFilenameData_, Shown(headers.testNumber));
+    ShowIn(txtTimeData_, Shown(headers.time));
     for (std::size_t i = 0; i < txtHeader_.size(); ++i)
-        txtHeader_.at(i)->setText(Shown(headers.header.at(i)));
+        ShowIn(txtHeader_.at(i), Shown(headers.header.at(i)));
     {
         const QSignalBlocker quiet(lstTest_);
         lstTest_->clear();
@@ -273,9 +290,9 @@ void frmSetDescr::ShowTest() {
     const bool chosen = file_ && test_ >= 0;
     const auto test = static_cast<std::size_t>(chosen ? test_ : 0);
     const auto text = [&](const auto& texts) { return chosen ? Shown(texts.at(test)) : QString(); };
-    txtTestNumData_->setText(chosen ? Shown(file_->headers.recNumbers.at(test)) : QString());
-    txtTestDescr_->setText(file_ ? text(file_->headers.testDescriptions) : QString());
-    txtTestNotes_->setText(file_ ? text(file_->headers.testNotes) : QString());
+    ShowIn(txtTestNumData_, chosen ? Shown(file_->headers.recNumbers.at(test)) : QString());
+    ShowIn(txtTestDescr_, file_ ? text(file_->headers.testDescriptions) : QString());
+    ShowIn(txtTestNotes_, file_ ? text(file_->headers.testNotes) : QString());
     ShowStates();
 }
 
