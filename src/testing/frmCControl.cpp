@@ -205,6 +205,8 @@ void frmCControl::ViewResults(const QString& savedFile) {
         Paint();
     };
     show(QLatin1String(kPlottingCaption));
+    // The key that answered the question, still held down, must not leave the report.
+    setFocus();
     OnViewResults(savedFile, show);
 }
 

@@ -128,6 +128,17 @@ TEST_F(ViewingTestWindow, ExitLeavesTheReport) {
     EXPECT_EQ(prompts.shown.size(), 3U) << "nothing is asked again";
 }
 
+TEST_F(ViewingTestWindow, TheKeyThatAnsweredTheQuestionDoesNotLeaveTheReport) {
+    View([this] {
+        EXPECT_FALSE(Button("cmdExit")->hasFocus());
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
+            Key(key);
+        EXPECT_EQ(left, 0);
+        done = true;
+    });
+    EXPECT_TRUE(Closed());
+}
+
 TEST_F(ViewingTestWindow, TheEscapeKeyLeavesTheReport) {
     View([this] { Key(Qt::Key_Escape); });
     EXPECT_TRUE(Closed());
