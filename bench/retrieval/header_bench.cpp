@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -31,6 +32,7 @@ using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 const std::string kErasingReply = "ERASING...H:\r\n";
+constexpr int kRuns = 5;
 constexpr std::chrono::nanoseconds kCharacter{10 * 1'000'000'000LL / 19200};
 
 // An instrument with header slots that echoes each character as a line of that speed does: it takes
@@ -165,21 +167,31 @@ davo::HeaderSlots FilledSlots() {
     return slots;
 }
 
-constexpr int kRuns = 5;
-
 double Median(std::vector<double> times) {
     std::sort(times.begin(), times.end());
     return times[times.size() / 2];
 }
 
-void Print(const char* what, const std::vector<double>& uploads,
-           const std::vector<double>& periods) {
+// The processor time that this thread has used.
+double ProcessorSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    const auto of = [](const timeval& time) {
+        return Seconds(std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec));
+    };
+    return (of(usage.ru_utime) + of(usage.ru_stime)).count();
+}
+
+void Print(const char* what, const std::vector<double>& uploads, const std::vector<double>& periods,
+           double processor) {
     const double pair = 2 * Seconds(kCharacter).count();
     const double line = pair * davo::kHeaderMemoryWidth;
     std::printf(
-        "%-24s %.1f ms of line  upload median %.4f, best %.4f of it  character median %.4f\n", what,
-        line * 1e3, Median(uploads) / line,
-        *std::min_element(uploads.begin(), uploads.end()) / line, Median(periods) / pair);
+        "%-24s %.1f ms of line  upload median %.4f, best %.4f of it  character median %.4f  "
+        "processor %.4f\n",
+        what, line * 1e3, Median(uploads) / line,
+        *std::min_element(uploads.begin(), uploads.end()) / line, Median(periods) / pair,
+        processor / kRuns / line);
 }
 
 // The same characters by a program that does nothing else: what this machine makes of the line.
@@ -198,6 +210,7 @@ void MeasureBare(HeaderPeer& peer) {
             reply -= static_cast<std::size_t>(size);
         }
     };
+    const double before = ProcessorSeconds();
     std::vector<double> times;
     for (int run = 0; run < kRuns; ++run) {
         exchange("Fh", kErasingReply.size());
@@ -206,11 +219,12 @@ void MeasureBare(HeaderPeer& peer) {
         times.push_back(peer.UploadSeconds());
     }
     close(device);
-    Print("bare read and write", times, peer.TakePeriods());
+    Print("bare read and write", times, peer.TakePeriods(), ProcessorSeconds() - before);
 }
 
 void MeasureRules(HeaderPeer& peer, davo::Link& link, davo::Prompts& prompts) {
     davo::HeaderExchange exchange(link, prompts, [] { return false; });
+    const double before = ProcessorSeconds();
     std::vector<double> times;
     for (int run = 0; run < kRuns; ++run) {
         if (exchange.Upload(FilledSlots()).end != davo::UploadEnd::Stored) {
@@ -218,7 +232,7 @@ void MeasureRules(HeaderPeer& peer, davo::Link& link, davo::Prompts& prompts) {
         }
         times.push_back(peer.UploadSeconds());
     }
-    Print("upload", times, peer.TakePeriods());
+    Print("upload", times, peer.TakePeriods(), ProcessorSeconds() - before);
 }
 
 void MeasureWindow(HeaderPeer& peer, davo::Link& link, davo::Prompts& prompts) {
@@ -231,6 +245,7 @@ void MeasureWindow(HeaderPeer& peer, davo::Link& link, davo::Prompts& prompts) {
     const auto* status = window.findChild<QLabel*>(QStringLiteral("lblUsed"));
     auto* save = window.findChild<QPushButton*>(QStringLiteral("cmdSave"));
     QApplication::processEvents();
+    const double before = ProcessorSeconds();
     std::vector<double> times;
     for (int run = 0; run < kRuns; ++run) {
         save->click();
@@ -239,7 +254,7 @@ void MeasureWindow(HeaderPeer& peer, davo::Link& link, davo::Prompts& prompts) {
         }
         times.push_back(peer.UploadSeconds());
     }
-    Print("upload from the window", times, peer.TakePeriods());
+    Print("upload from the window", times, peer.TakePeriods(), ProcessorSeconds() - before);
 }
 
 }  // namespace

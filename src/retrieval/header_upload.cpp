@@ -145,12 +145,11 @@ void HeaderExchange::SentUpTo(std::size_t done, bool echoed) {
 }
 
 QString HeaderExchange::SlotText(std::size_t done) const {
-    const QString slot =
+    QString slot =
         QStringLiteral("slot %1 of %2").arg(done / kHeaderSlotWidth + 1).arg(kHeaderSlotCount);
-    if (notEchoed_ == 0) return slot;
-    return slot + (notEchoed_ == 1
-                       ? QStringLiteral(", 1 character not answered")
-                       : QStringLiteral(", %1 characters not answered").arg(notEchoed_));
+    if (notEchoed_ == 1) slot += QStringLiteral(", 1 character not answered");
+    if (notEchoed_ > 1) slot += QStringLiteral(", %1 characters not answered").arg(notEchoed_);
+    return slot;
 }
 
 void HeaderExchange::SendRest(const std::string& upload, std::size_t done) {
