@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 
@@ -115,6 +116,8 @@ std::optional<QString> DialogPrompts::Input(const QString& title, const QString&
     for (QLabel* label : dialog->findChildren<QLabel*>())
         label->setTextFormat(Qt::PlainText);
     dialog->setTextValue(initial);
+    for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
+        line->setObjectName(QStringLiteral("txtInput"));
     const bool accepted = dialog->exec() == QDialog::Accepted;
     if (dialog.isNull()) return std::nullopt;
     const QString text = dialog->textValue();

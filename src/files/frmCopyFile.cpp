@@ -25,6 +25,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kBarTick{50};
 constexpr int kWholeBar = 100;
+constexpr int kBoxHeight = 40;  // a glove meets it
 
 }  // namespace
 
@@ -34,10 +35,14 @@ frmCopyFile::frmCopyFile(std::vector<QString> names, const Settings& settings, P
     setWindowTitle(QStringLiteral("Copy File(s)"));
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
+    lblPath_ = MakeLabel(this, QStringLiteral("lblPath"),
+                         QStringLiteral("Copy %1 file(s) to:").arg(names_.size()));
+    column->addWidget(lblPath_);
     auto* row = new QHBoxLayout;
     txtPath_ = Named(new QLineEdit(this), QStringLiteral("txtPath"));
     txtPath_->setAccessibleName(QStringLiteral("Target folder"));
     Enlarge(txtPath_);
+    txtPath_->setMinimumHeight(kBoxHeight);
     row->addWidget(txtPath_, 1);
     cmdPath_ = Named(new BigButton(this), QStringLiteral("cmdPath"));
     cmdPath_->setText(QStringLiteral("&Path"));
@@ -98,6 +103,7 @@ void frmCopyFile::cmdOK_Click() {
 void frmCopyFile::ShowCopying() {
     txtPath_->setEnabled(false);
     txtPath_->hide();
+    lblPath_->hide();
     cmdPath_->hide();
     cmdPath_->setEnabled(false);
     cmdOK_->setText(QStringLiteral("Cancel"));

@@ -45,6 +45,7 @@ class frmCopyFile : public QWidget {
     bool copying_ = false;
     bool cancelled_ = false;
 
+    QLabel* lblPath_ = nullptr;
     QLineEdit* txtPath_ = nullptr;
     QPushButton* cmdPath_ = nullptr;
     QPushButton* cmdOK_ = nullptr;

@@ -46,7 +46,8 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
     auto* lists = new QHBoxLayout;
-    lvTest_ = Named(new RecordList(RecordColumns::All, this), QStringLiteral("lvTest"));
+    const auto columns = IsOverlay() ? RecordColumns::UpToStation : RecordColumns::All;
+    lvTest_ = Named(new RecordList(columns, this), QStringLiteral("lvTest"));
     lvTest_->setAccessibleName(windowTitle());
     lvTest_->setSelectionMode(IsOverlay() ? QAbstractItemView::SingleSelection
                                           : QAbstractItemView::ExtendedSelection);
@@ -97,10 +98,10 @@ QHBoxLayout* frmFileUtilOverlay::BuildButtons() {
         inner->addWidget(button);
         cmdOp_.at(i) = button;
     }
-    row->addWidget(frmeOp_, kListShare);
+    row->addWidget(frmeOp_, kListShare, Qt::AlignBottom);
     cmdExit_ = Named(new BigButton(this), QStringLiteral("cmdExit"));
     cmdExit_->setText(QStringLiteral("&Exit"));
-    row->addWidget(cmdExit_, kTestShare);
+    row->addWidget(cmdExit_, kTestShare, Qt::AlignVCenter);
     return row;
 }
 

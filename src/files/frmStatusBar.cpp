@@ -30,7 +30,7 @@ constexpr int kBarHeight = 36;
 class SharePicture : public QWidget {
   public:
     explicit SharePicture(QWidget* parent) : QWidget(parent) {
-        setMinimumHeight(kBarHeight);
+        setFixedHeight(kBarHeight);
         setPercent(0);
     }
     void setPercent(int percent) {
@@ -79,6 +79,8 @@ frmStatusBar::frmStatusBar(std::vector<QString> names, QString dataPath, QString
         column->addWidget(label);
     }
     column->addWidget(picStatus_);
+    column->addStretch();
+    cmdCancel_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     column->addWidget(cmdCancel_);
     Timer1_.setInterval(kTick);
     connect(&Timer1_, &QTimer::timeout, this,
