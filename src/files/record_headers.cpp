@@ -1,6 +1,6 @@
 #include "files/record_headers.h"
 
-#include <optional>
+#include <algorithm>
 
 #include "common/run_time_error.h"
 #include "common/text.h"
@@ -11,7 +11,6 @@ namespace davo {
 
 namespace {
 
-constexpr std::string_view kRecNumber = "REC NUMBER:";
 constexpr std::string_view kDescription = "TEST DESCRIPTION: ";
 constexpr std::string_view kTestNotes = "TEST NOTES: ";
 constexpr std::string_view kNotes = "NOTES:";
@@ -22,20 +21,31 @@ constexpr std::size_t kFirstHeaderLine = 4;
 
 enum class LineKind { Header, RecNumber, TestText, Notes, Other };
 
-// The header field whose key stands in line, the first in their order.
-std::optional<std::size_t> FieldOf(std::string_view line) {
-    for (std::size_t i = 0; i < kHeaderKeys.size(); ++i) {
-        if (Contains(line, std::string(kHeaderKeys.at(i)) + ':')) return i;
-    }
-    return std::nullopt;
-}
+struct LineRole {
+    LineKind kind = LineKind::Other;
+    std::size_t field = kHeaderFieldCount;  // of a header line
+};
 
-LineKind KindOf(std::string_view line) {
-    if (FieldOf(line)) return LineKind::Header;
-    if (Contains(line, kRecNumber)) return LineKind::RecNumber;
-    if (Contains(line, kTestNotes) || Contains(line, kDescription)) return LineKind::TestText;
-    if (Contains(line, kNotes)) return LineKind::Notes;
-    return LineKind::Other;
+// What the rewrite takes line for. Every key ends with a colon, so what stands before the line's
+// colons decides: the header's keys in their order, then the others in that of LineKind.
+LineRole RoleOf(std::string_view line) {
+    LineRole role;
+    for (std::size_t colon = line.find(':'); colon != std::string_view::npos;
+         colon = line.find(':', colon + 1)) {
+        const std::string_view before = line.substr(0, colon);
+        const std::string_view behind = line.substr(colon + 1);
+        for (std::size_t i = 0; i < role.field; ++i) {
+            if (before.ends_with(kHeaderKeys.at(i))) role = {LineKind::Header, i};
+        }
+        LineKind kind = LineKind::Other;
+        if (before.ends_with("NOTES")) kind = LineKind::Notes;
+        const bool isTestKey =
+            before.ends_with("TEST NOTES") || before.ends_with("TEST DESCRIPTION");
+        if (isTestKey && behind.starts_with(' ')) kind = LineKind::TestText;
+        if (before.ends_with("REC NUMBER")) kind = LineKind::RecNumber;
+        role.kind = std::min(role.kind, kind);
+    }
+    return role;
 }
 
 bool OpensNotes(std::string_view line) {
@@ -127,7 +137,7 @@ RecordHeaders ReadRecordHeaders(std::string_view file) {
     std::string_view line;
     for (std::size_t number = 0; lines.Next(line); ++number) {
         TakeHeaderLine(headers, number, line);
-        const LineKind kind = KindOf(line);
+        const LineKind kind = RoleOf(line).kind;
         if (kind == LineKind::Notes) break;
         if (kind != LineKind::RecNumber) {
             TakeTestText(headers, line);
@@ -147,13 +157,12 @@ std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {
     std::size_t test = 0;
     bool stop = false;
     while (!stop && lines.Next(line)) {
-        switch (KindOf(line)) {
-            case LineKind::Header: {
-                const std::size_t field = FieldOf(line).value();
-                PutRecordLine(written, std::string(kHeaderKeys.at(field)) + ": ",
-                              PadRight(Field(headers.header.at(field)), kHeaderFieldWidth));
+        const LineRole role = RoleOf(line);
+        switch (role.kind) {
+            case LineKind::Header:
+                PutRecordLine(written, std::string(kHeaderKeys.at(role.field)) + ": ",
+                              PadRight(Field(headers.header.at(role.field)), kHeaderFieldWidth));
                 break;
-            }
             case LineKind::RecNumber:
                 PutRecordLine(written, line, {});
                 PutTestTexts(written, headers, test++);
@@ -178,7 +187,7 @@ std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {
 bool SurvivesRewrite(std::string_view file, const RecordHeaders& headers) {
     const std::size_t notesLine = FirstLine(file, OpensNotes);
     const std::size_t stopLine =
-        FirstLine(file, [](std::string_view line) { return KindOf(line) == LineKind::Notes; });
+        FirstLine(file, [](std::string_view line) { return RoleOf(line).kind == LineKind::Notes; });
     if (notesLine != stopLine) return false;
     const std::string written = RewriteRecord(file, headers);
     RecordHeaders expected = headers;
