@@ -20,25 +20,30 @@ std::filesystem::path PathOf(const QString& path) {
     return {path.toStdU16String()};
 }
 
+// Writes content as the file path with that time; why it could not, in words.
+QString WriteNew(const QString& path, const QByteArray& content, const QDateTime& time) {
+    QFile file(path);
+    const bool isWritten = file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+                           file.write(content) == content.size() && file.flush();
+    if (!isWritten) return file.errorString();
+    // A disk that keeps no times keeps the content all the same.
+    file.setFileTime(time, QFileDevice::FileModificationTime);
+    return {};
+}
+
 QString CopyWhole(const QString& source, const QString& target) {
-    const QString beside = target + QStringLiteral(".part");
-    QFile::remove(beside);
     QFile from(source);
-    if (!from.copy(beside)) {
-        const QString reason = from.errorString();
-        QFile::remove(beside);
-        return reason;
-    }
-    QFile made(beside);
-    // A folder that keeps no times keeps the content all the same.
-    if (made.open(QIODevice::ReadWrite))
-        made.setFileTime(QFileInfo(source).lastModified(), QFileDevice::FileModificationTime);
-    made.close();
+    if (!from.open(QIODevice::ReadOnly)) return from.errorString();
+    const QByteArray content = from.readAll();
+    if (from.error() != QFileDevice::NoError) return from.errorString();
+    const QString beside = target + QStringLiteral(".part");
+    const QString reason =
+        WriteNew(beside, content, from.fileTime(QFileDevice::FileModificationTime));
     std::error_code error;
-    std::filesystem::rename(PathOf(beside), PathOf(target), error);
-    if (!error) return {};
+    if (reason.isEmpty()) std::filesystem::rename(PathOf(beside), PathOf(target), error);
+    if (reason.isEmpty() && !error) return {};
     QFile::remove(beside);
-    return QString::fromLocal8Bit(error.message().c_str());
+    return reason.isEmpty() ? QString::fromLocal8Bit(error.message().c_str()) : reason;
 }
 
 }  // namespace

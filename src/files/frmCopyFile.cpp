@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,6 +25,7 @@ namespace davo {
 namespace {
 
 constexpr std::chrono::milliseconds kBarTick{50};
+constexpr qint64 kLeastShown = 30;  // ms
 constexpr int kWholeBar = 100;
 constexpr int kBoxHeight = 40;  // a glove meets it
 
@@ -114,14 +116,24 @@ void frmCopyFile::ShowCopying() {
     Timer1_.start();
 }
 
+void frmCopyFile::ShowNames(const QString& target, const QString& file) {
+    lblStatus_->setText(QStringLiteral("Copying '") + settings_.dataPath + file +
+                        QStringLiteral("'\r\n\r\nTO '") + target + file + QLatin1Char('\''));
+}
+
 void frmCopyFile::CopyAll(const QString& target) {
     std::vector<QString> failures;
+    QElapsedTimer sinceShown;
     for (; next_ < names_.size() && !cancelled_; ++next_) {
         if (next_ >= kMostSelected) throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
         const QString& name = names_[next_];
         const QString file = name + QStringLiteral(".txt");
-        lblStatus_->setText(QStringLiteral("Copying '") + settings_.dataPath + file +
-                            QStringLiteral("'\r\n\r\nTO '") + target + file + QLatin1Char('\''));
+        // Faster than a screen shows them, names would only cost time.
+        if (!sinceShown.isValid() || sinceShown.hasExpired(kLeastShown) ||
+            next_ + 1 == names_.size()) {
+            sinceShown.start();
+            ShowNames(target, file);
+        }
         const CopyOutcome outcome = CopyRecord(settings_.dataPath, target, name, prompts_);
         if (outcome.end == CopyEnd::Cancelled) break;
         if (outcome.end == CopyEnd::Failed)

@@ -34,6 +34,7 @@ class frmCopyFile : public QWidget {
     void cmdPath_Click();
     void cmdOK_Click();
     void ShowCopying();
+    void ShowNames(const QString& target, const QString& file);
     void CopyAll(const QString& target);
     void Timer1_Timer();
 
