@@ -57,7 +57,14 @@ class Menu(unittest.TestCase):
             program.end()
             write_record(bench.data / "T1.txt", 1)
             program = bench.start_program()
-            program.do("wait frmMain", "menu mnuFileUtil", "menu mnuOverlay", "menu mnuSetDescr")
+            program.do("wait frmMain")
+            for item, window in (
+                ("mnuFileUtil", "frmFileUtilOverlay"),
+                ("mnuOverlay", "frmFileUtilOverlay"),
+                ("mnuSetDescr", "frmSetDescr"),
+            ):
+                program.do(f"menu {item}", f"wait {window}")
+                program.do(f"click {window}/cmdExit", f"waitGone {window}")
             self.assertTrue((bench.data / "DIRDNLD.DNL").read_bytes().startswith(b"REC==001\r\nT1!"))
             self.assertEqual(harness.leave(program), 0)
 
@@ -170,6 +177,23 @@ class EndRequests(unittest.TestCase):
             program = bench.start_program()
             program.do("wait frmMain", "menu mnuConfig", "wait frmConfig")
             self.end(bench, program)
+
+    def open_test_list(self, bench):
+        write_record(bench.data / "T1.txt", 1)
+        program = bench.start_program()
+        program.do("wait frmMain", "menu mnuRecall", "wait frmTestList")
+        return program
+
+    def test_while_another_window_is_open(self):
+        with harness.Bench(*QUICK) as bench:
+            self.end(bench, self.open_test_list(bench))
+
+    def test_the_main_window_is_closed_while_another_one_is_open(self):
+        with harness.Bench(*QUICK) as bench:
+            program = self.open_test_list(bench)
+            program.do("close frmMain")
+            self.assertEqual(program.wait_end(10), 0)
+            self.assertIn('COMPORT\\COMPORTVAL=" 1"', settings_of(bench))
 
     def test_while_the_instrument_is_waited_for(self):
         with harness.Bench(*QUICK, "--fault", "silent") as bench:
