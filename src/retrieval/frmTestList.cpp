@@ -236,7 +236,12 @@ void frmTestList::Form_Load() {
         cmdSave_->setShortcut(Qt::ALT | Qt::Key_V);
     }
     DisplayAndSort();
-    lvTest_->setFocus();
+}
+
+void frmTestList::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // The frame in the main window's area gives the focus to the first control when it is shown.
+    QTimer::singleShot(0, lvTest_, [this] { lvTest_->setFocus(); });
 }
 
 void frmTestList::SetOptionButtons() {
@@ -354,14 +359,13 @@ void frmTestList::RebuildFolder() {
 
 void frmTestList::cmdSave_Click() {
     const std::vector<int> rows = lvTest_->SelectedRows();
-    if (mode_ == ListMode::Instrument) {
-        if (rows.empty()) {
-            around_.prompts.Message(QStringLiteral("Please choose File(s) to Download."));
-        } else {
-            Download(rows);
-        }
-    } else if (rows.empty()) {
-        around_.prompts.Message(QStringLiteral("Please choose a File to View."));
+    if (rows.empty()) {
+        around_.prompts.Message(mode_ == ListMode::Instrument
+                                    ? QStringLiteral("Please choose File(s) to Download.")
+                                    : QStringLiteral("Please choose a File to View."));
+        lvTest_->setFocus();
+    } else if (mode_ == ListMode::Instrument) {
+        Download(rows);
     } else {
         View(rows.front());
     }

@@ -62,6 +62,7 @@ class frmTestList : public QWidget {
     std::function<void(const QString& excelPath)> OnExcelFolderMade;
 
   protected:
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
   private:

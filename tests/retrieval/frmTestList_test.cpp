@@ -115,6 +115,7 @@ TEST_F(FolderList, NothingSelectedIsSaid) {
     ShowThree();
     Click("cmdSave");
     EXPECT_THAT(Shown(), ElementsAre("Please choose a File to View."));
+    EXPECT_TRUE(List()->hasFocus());
     EXPECT_THAT(targets, IsEmpty());
 }
 
