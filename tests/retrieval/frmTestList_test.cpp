@@ -279,6 +279,21 @@ TEST_F(FolderList, AnUnreadableFolderIsSaid) {
     EXPECT_THAT(Column(0), SizeIs(3));
 }
 
+TEST_F(FolderList, AFolderWhoseDirectoryCannotBeWrittenIsSaid) {
+    ShowThree();
+    // A folder bars the place of the directory file, whoever runs the test.
+    QDir().mkpath(folder.Path("Barred/Shots_Data/DIRDNLD.DNL/inside"));
+    ReplaceFile(folder.Path("Barred/Shots_Data/one.txt"), RecordOf("04/01/24", "South"));
+    prompts.folders = {folder.Path("Barred")};
+    Click("cmdDir");
+    EXPECT_EQ(Shown().back().substr(0, 16), "Run-time error '");
+    EXPECT_EQ(settings.dataPath, folder.Path("Jobs/Shots_Data/"));
+    EXPECT_EQ(settings.excelPath, folder.Path("Jobs/Shots_Excel/"));
+    EXPECT_EQ(Find<QLineEdit>("txtFolder")->text(), settings.dataPath);
+    EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
+    EXPECT_THAT(Column(0), SizeIs(3));
+}
+
 TEST_F(FolderList, AMissingTemplateDoesNotKeepAFolderFromBeingUsed) {
     ShowThree();
     window->OnExcelFolderMade = [](const QString&) {
