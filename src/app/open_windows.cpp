@@ -20,9 +20,9 @@ namespace {
 // Loads window, then shows it in area; closed is called when it unloads. Throws what Form_Load
 // throws; nothing is shown then.
 template <class Window>
-void ShowIn(QMdiArea& area, std::unique_ptr<Window> window, std::function<void()> closed) {
+void ShowIn(QMdiArea& area, std::unique_ptr<Window> window, const std::function<void()>& closed) {
     window->Form_Load();
-    window->OnUnload = std::move(closed);
+    window->OnUnload = closed;
     Window* shown = window.release();
     QMdiSubWindow* frame = area.addSubWindow(shown);
     frame->setAttribute(Qt::WA_DeleteOnClose);
@@ -58,7 +58,7 @@ OpenChild HeaderSetup(ProgramState& state, const ProgramServices& services) {
 
 // The test list over the data folder or over what the instrument sent as its directory.
 OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMode mode) {
-    return [&state, services, mode](QMdiArea& area, std::function<void()> closed) {
+    return [&state, services, mode](QMdiArea& area, const std::function<void()>& closed) {
         auto window = std::make_unique<frmTestList>(
             mode, TestListSurroundings{state.settings, state.directory, services.prompts,
                                        services.link, services.places.scratchFolder,
@@ -71,16 +71,16 @@ OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMod
             window->OnLeaveReport = [reports] { reports->Cancel(); };
             if (mode == ListMode::Folder) reports->PrepareSoon(*window);
         }
-        ShowIn(area, std::move(window), std::move(closed));
+        ShowIn(area, std::move(window), closed);
     };
 }
 
 OpenChild RecordHeaderEditor(ProgramState& state, const ProgramServices& services) {
-    return [&state, services](QMdiArea& area, std::function<void()> closed) {
+    return [&state, services](QMdiArea& area, const std::function<void()>& closed) {
         ShowIn(area,
                std::make_unique<frmSetDescr>(state.directory, state.settings.dataPath,
                                              services.prompts),
-               std::move(closed));
+               closed);
     };
 }
 
