@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/record_text.h"
 #include "common/files.h"
 #include "common/settings.h"
 #include "files/frmCopyFile.h"
@@ -24,8 +25,6 @@ namespace davo {
 namespace {
 
 constexpr int kRuns = 9;
-constexpr int kPoints = 32;
-constexpr int kShots = 3;
 
 // Says yes to everything and enters one name.
 class YesPrompts : public Prompts {
@@ -43,29 +42,13 @@ class YesPrompts : public Prompts {
     QString ChooseFolder(const QString&, const QString&) override { return {}; }
 };
 
-std::string RecordText(int number) {
-    std::string text = "TEST NUMBER: T" + std::to_string(number) +
-                       "\r\nDATE: 03/07/24\r\nTIME: 10:15\r\n# OF SHOTS: 03\r\n";
-    for (const char* key :
-         {"COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR"}) {
-        text += std::string(key) + ": SUBSTATION NORTH 12 \r\n";
-    }
-    for (int shot = 1; shot <= kShots; ++shot) {
-        text += "REC NUMBER: " + std::to_string(shot) + "\r\n";
-        for (int point = 0; point < kPoints; ++point)
-            text += "CURRENT: 0.0124VOLTAGE: 152.3\r\n";
-        text += "NUMBER OF DATA POINTS: 32\r\n";
-    }
-    return text;
-}
-
 class Bench {
   public:
     Bench() {
         settings_.dataPath = Folder("data");
         for (int i = 0; i < kMostListedRecords; ++i) {
             names_.push_back(QStringLiteral("T%1").arg(i));
-            texts_.push_back(RecordText(i));
+            texts_.push_back(bench::RecordText(i));
         }
         Fill();
     }

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "bench/record_text.h"
 #include "common/file_system.h"
 #include "common/files.h"
 #include "files/record_headers.h"
@@ -19,21 +20,6 @@ namespace davo {
 namespace {
 
 constexpr int kShots = 10;
-constexpr int kPoints = 32;
-
-std::string RecordText(int number) {
-    std::string text = "TEST NUMBER: T" + std::to_string(number) +
-                       "\r\nDATE: 11/21/26\r\nTIME: 10:15\r\n# OF SHOTS: 10\r\n";
-    for (const char* key : kHeaderKeys)
-        text += std::string(key) + ": SUBSTATION NORTH 12 \r\n";
-    for (int shot = 1; shot <= kShots; ++shot) {
-        text += "REC NUMBER: " + std::to_string(shot) + "\r\n";
-        for (int point = 0; point < kPoints; ++point)
-            text += "CURRENT: 0.0124VOLTAGE: 152.3\r\n";
-        text += "NUMBER OF DATA POINTS: 32\r\nKNEE VOLTAGE: 152.3 VOLTS\r\n";
-    }
-    return text + "NOTES:\r\nTerminal box dry.\r\n";
-}
 
 template <class Action>
 double SecondsOf(const Action& action) {
@@ -53,7 +39,7 @@ void RewriteOfOneRecord(benchmark::State& state) {
     for (int i = 0; i < kMostListedRecords; ++i) {
         QFile file(path(i));
         if (!file.open(QIODevice::WriteOnly)) std::abort();
-        file.write(RecordText(i).c_str());
+        file.write((bench::RecordText(i, kShots) + "NOTES:\r\nTerminal box dry.\r\n").c_str());
     }
     RecordHeaders headers = ReadRecordHeaders(ReadWholeFile(path(7)));
     double rewrite = 0;

@@ -10,33 +10,12 @@
 #include <cstdlib>
 #include <string>
 
+#include "bench/record_text.h"
 #include "common/files.h"
 #include "records/directory_file.h"
 
 namespace davo {
 namespace {
-
-constexpr int kPoints = 32;
-constexpr int kShots = 3;
-
-std::string RecordText(int number) {
-    char date[16];
-    std::snprintf(date, sizeof date, "%02d/%02d/%02d", 1 + number % 12, 1 + number % 28,
-                  20 + number % 7);
-    std::string text = "TEST NUMBER: T" + std::to_string(number) + "\r\nDATE: " + date +
-                       "\r\nTIME: 10:15\r\n# OF SHOTS: 03\r\n";
-    for (const char* key :
-         {"COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR"}) {
-        text += std::string(key) + ": SUBSTATION NORTH 12 \r\n";
-    }
-    for (int shot = 1; shot <= kShots; ++shot) {
-        text += "REC NUMBER: " + std::to_string(shot) + "\r\n";
-        for (int point = 0; point < kPoints; ++point)
-            text += "CURRENT: 0.0124VOLTAGE: 152.3\r\n";
-        text += "NUMBER OF DATA POINTS: 32\r\nKNEE VOLTAGE: 152.3 VOLTS\r\n";
-    }
-    return text;
-}
 
 // A folder with as many records as are listed at most, made once.
 class Folder {
@@ -45,7 +24,7 @@ class Folder {
         for (int i = 0; i < kMostListedRecords; ++i) {
             QFile file(path() + QStringLiteral("T%1.txt").arg(i));
             if (!file.open(QIODevice::WriteOnly)) std::abort();
-            file.write(RecordText(i).c_str());
+            file.write(bench::RecordText(i).c_str());
         }
     }
     QString path() const { return folder_.path() + QLatin1Char('/'); }

@@ -4,14 +4,13 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QThread>
 #include <QTimer>
 #include <QTreeWidget>
 
-#include "reports/renderer.h"
 #include "tests/app/window_checks.h"
 #include "tests/files/file_window.h"
 #include "tests/reports/record_text.h"
+#include "tests/reports/waiting_renderer.h"
 
 namespace davo::test {
 namespace {
@@ -174,27 +173,6 @@ TEST_F(FileUtilWindow, HandsTheSelectionToTheCopyWindow) {
 
 // --- Overlay ---
 
-class OverlayRenderer : public ReportRenderer {
-  public:
-    OverlayRenderer(std::vector<QString>& targets, const bool& waits)
-        : targets_(targets), waits_(waits) {}
-    QString Extension() const override { return QStringLiteral(".xls"); }
-    void Prepare() override {}
-    bool Render(const Workbook&, const QString&, const QString& targetPath,
-                const RenderProgress& progress, const std::stop_token& stop) override {
-        progress(1, 2);
-        while (waits_ && !stop.stop_requested())
-            QThread::msleep(1);
-        if (waits_) return false;
-        targets_.push_back(targetPath);
-        return true;
-    }
-
-  private:
-    std::vector<QString>& targets_;
-    const bool& waits_;
-};
-
 class OverlayWindow : public FileUtilWindow {
   protected:
     OverlayWindow() {
@@ -221,7 +199,7 @@ class OverlayWindow : public FileUtilWindow {
     ReportRunner reports{
         prompts, settings,
         [this] {
-            return ChosenRenderer{std::make_unique<OverlayRenderer>(targets, rendererWaits), false};
+            return ChosenRenderer{std::make_unique<WaitingRenderer>(targets, rendererWaits), false};
         },
         [](const QString&) { return true; }};
 };

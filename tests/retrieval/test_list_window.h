@@ -9,7 +9,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
-#include <QThread>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,33 +17,11 @@
 #include "records/record_list.h"
 #include "reports/report_runner.h"
 #include "retrieval/frmTestList.h"
+#include "tests/reports/waiting_renderer.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {
-
-// Keeps what it is to write, and writes at once or waits to be stopped.
-class ListRenderer : public ReportRenderer {
-  public:
-    ListRenderer(std::vector<QString>& targets, const bool& waits)
-        : targets_(targets), waits_(waits) {}
-    QString Extension() const override { return QStringLiteral(".xls"); }
-    void Prepare() override {}
-    bool Render(const Workbook& /*workbook*/, const QString& /*templatePath*/,
-                const QString& targetPath, const RenderProgress& progress,
-                const std::stop_token& stop) override {
-        progress(1, 1);
-        while (waits_ && !stop.stop_requested())
-            QThread::msleep(1);
-        if (waits_) return false;
-        targets_.push_back(targetPath);
-        return true;
-    }
-
-  private:
-    std::vector<QString>& targets_;
-    const bool& waits_;
-};
 
 // The window over a data folder of its own and a link of the test's.
 class TestListWindow {
@@ -120,7 +97,7 @@ class TestListWindow {
     ReportRunner reports{
         prompts, settings,
         [this] {
-            return ChosenRenderer{std::make_unique<ListRenderer>(targets, rendererWaits), false};
+            return ChosenRenderer{std::make_unique<WaitingRenderer>(targets, rendererWaits), false};
         },
         [this](const QString& path) {
             opened.push_back(path);
