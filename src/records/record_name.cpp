@@ -16,9 +16,9 @@ bool IsDevice(const QString& name) {
     const QString upper = name.toUpper();
     static const QStringList kDevices = {QStringLiteral("CON"), QStringLiteral("PRN"),
                                          QStringLiteral("AUX"), QStringLiteral("NUL")};
-    const bool isNumbered = upper.size() == 4 && upper.at(3).isDigit() &&
-                            (upper.startsWith(QLatin1String("COM")) ||
-                             upper.startsWith(QLatin1String("LPT")));
+    const bool isNumbered =
+        upper.size() == 4 && upper.at(3).isDigit() &&
+        (upper.startsWith(QLatin1String("COM")) || upper.startsWith(QLatin1String("LPT")));
     return kDevices.contains(upper) || isNumbered;
 }
 
