@@ -1,0 +1,1 @@
+#include "curves/curve_chart.h"

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+#include <optional>
+#include <vector>
+
+#include "analysis/grid_points.h"
+#include "analysis/kneepoint.h"
+
+namespace davo {
+
+// A kneepoint on the chart: told apart by the marker's shape and by the rule's word beside it.
+struct KneeMark {
+    KneeRule rule = KneeRule::Ieee30;
+    CurvePoint at;
+};
+
+enum class CurveLook {
+    Normal,    // line with markers; dash and marker by the curve's place in the list
+    Faint,     // thin and pale, behind the others, not in the legend
+    Readings,  // points as they arrive, the last one marked
+};
+
+struct ChartCurve {
+    QString name;  // for the legend and the crosshair
+    std::vector<CurvePoint> points;
+    std::vector<KneeMark> knees;
+    CurveLook look = CurveLook::Normal;
+};
+
+// The decades (powers of ten) that an axis shows: from 10^first to 10^last, first < last.
+struct Decades {
+    int first = 0;
+    int last = 1;
+    bool operator==(const Decades&) const = default;
+};
+// The smallest whole decades that hold every value above zero; 0.01 to 1 (-2, 0) without one.
+Decades DecadesOf(const std::vector<double>& values);
+
+// Excitation curves on logarithmic axes: amperes across, volts up. Points at or below zero cannot
+// be drawn there and are left out. Colours follow the palette (light, dark, high contrast).
+class CurveChart : public QWidget {
+  public:
+    explicit CurveChart(QWidget* parent = nullptr);
+    ~CurveChart() override;
+
+    // Replaces everything that is drawn; the axes go to whole decades around all points. Paints
+    // later, once, however often it is called.
+    void SetCurves(std::vector<ChartCurve> curves);
+    // One more point at the end of curve number index; the axes grow by whole decades when it lies
+    // outside, and never shrink. Costs the same however many there are.
+    void AppendPoint(std::size_t index, CurvePoint point);
+
+    // Off for a chart that is only looked at: no crosshair, no zoom, no focus. On at first.
+    void SetInteractive(bool on);
+
+    // Keys: + - zoom, arrows move, 0 or Home shows all; wheel zooms at the pointer; Left and Right
+    // with Ctrl step the crosshair from point to point.
+    void ZoomBy(double factor);
+    void ShowAll();
+
+    struct Crosshair {
+        QString curve;
+        CurvePoint point;
+    };
+    // The point nearest to the pointer, as it is shown; nothing when the pointer is away.
+    std::optional<Crosshair> AtCrosshair() const;
+
+    // Writes what is shown. False when the file cannot be written. Size in pixels; the PDF is one
+    // page of vectors.
+    bool SavePng(const QString& path, QSize size);
+    bool SavePdf(const QString& path);
+
+    // How often it was painted since it was made.
+    int Paints() const;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+  private:
+    class Plot;
+    Plot* plot_ = nullptr;
+};
+
+}  // namespace davo

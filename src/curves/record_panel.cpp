@@ -1,0 +1,1 @@
+#include "curves/record_panel.h"
