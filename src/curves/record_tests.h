@@ -4,10 +4,12 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "analysis/grid_points.h"
 #include "analysis/kneepoint.h"
+#include "records/record_file.h"
 
 namespace davo {
 
@@ -15,19 +17,22 @@ namespace davo {
 struct KneeFact {
     KneeRule rule = KneeRule::Ieee30;
     Kneepoint printed;   // the report's texts; "0" or "N/A" where there is none
-    std::string reason;  // why there is none, in words; empty where there is one
+    std::string reason;  // why there is none, a sentence or two; empty where there is one
+    std::string doubt;   // why the printed one is doubtful; empty where it is not or there is none
     // The kneepoint of a smooth curve through the same points, in volts and amperes, where it is
-    // more than 15 % in voltage away from the printed one; nothing where the two agree.
+    // more than 15 % in voltage away from the printed one, or none is printed; nothing where the
+    // two agree or the smooth curve has none.
     std::optional<CurvePoint> smooth;
 
     // The printed kneepoint as numbers; nothing where there is none.
     std::optional<CurvePoint> At() const;
 };
 
-// One test of a record file, as the record panel and the exports show it.
+// One test of a record file, as the record panel and the exports show it. Texts are bytes of
+// Windows-1252, as everywhere.
 struct RecordTest {
-    std::string recordName;          // "T0012"
-    int testNumber = 0;              // from 1
+    std::string recordName;          // the file's name, "T0012"; empty for a shot that has no file
+    int testNumber = 0;              // what follows "REC NUMBER:", from 1
     std::vector<CurvePoint> points;  // as the record has them, from the lowest; no grid points
     std::array<KneeFact, 3> knees;   // in the order of kKneeRules
     std::string nameplateRatio;      // the report's texts
@@ -42,14 +47,34 @@ struct RecordTest {
 struct RecordFacts {
     std::string name;
     std::array<std::string, 8> header;
-    std::string date;
-    std::string time;
+    std::string date;  // "MM/DD/YY"
+    std::string time;  // "HH:MM"
     std::vector<RecordTest> tests;
 };
 
-// Reads and computes a record file by the same steps as its report. Throws what ReadReportTables
-// throws. A record of more tests than a report holds (31) is read, too: only the report's tables
-// end there.
+// Reads and computes the bytes of a record file; name is the file's, without ".txt". Points,
+// kneepoints and texts are the report's (ParseReportTables of a record file), without its limits:
+// there may be more than 31 tests, and a curve that the grid points do not fit is read, too. A
+// header without a record behind it gives no tests. Throws RunTimeError 62 when the file ends
+// inside a header or a record, or has neither; 13 when a line is not the one that belongs there or
+// its number is none (the error's text names the line); 9 for more than 101 points of a test; 6
+// when a value is too large.
+RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name);
+
+// ParseRecordFacts of a file, named after it; throws the errors of ReadWholeFile too.
 RecordFacts ReadRecordFacts(const QString& path);
+
+// The tests of a running session, by what the capture file will be converted to: capture is the
+// bytes of a capture file or of one shot (TestSequence::ShotTrailer). They are numbered from 1 and
+// bear no name. A record without its "DONE" is no test.
+std::vector<RecordTest> TestsOfCapture(std::string_view capture);
+
+// One test of a record file that has been read. Throws 9 and 6 as ParseRecordFacts does.
+RecordTest TestOf(const TestRecord& record, std::string_view recordName);
+
+// The three kneepoints of a test's points, current in amperes and voltage in volts, from the
+// lowest up: "N/A" for three points or fewer, else those of ComputeKneepoint; with their reasons
+// and doubts. Throws what ComputeKneepoint throws.
+std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points);
 
 }  // namespace davo

@@ -1,0 +1,223 @@
+// The tests of a record file as values, beside those of its report.
+
+#include "curves/record_tests.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "records/record_image.h"
+#include "reports/test_file_reader.h"
+#include "tests/curves/random_record.h"
+#include "tests/reports/record_text.h"
+#include "tests/support/random_seed.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+RecordFacts FactsOf(const std::string& bytes) {
+    return ParseRecordFacts(bytes, "T0012");
+}
+
+int ErrorOf(const std::string& bytes) {
+    try {
+        FactsOf(bytes);
+    } catch (const RunTimeError& error) {
+        return static_cast<int>(error.Number());
+    }
+    return 0;
+}
+
+TEST(RecordTests, AFileIsReadWhole) {
+    const RecordFacts facts = FactsOf(test::FileText(2));
+    EXPECT_EQ(facts.name, "T0012");
+    EXPECT_THAT(facts.header, ElementsAre("Power & Light", "Hilltop", "Feeder 4", "Acme", "CT-600",
+                                          "00012345", "a: b, c", "J. Doe"));
+    EXPECT_EQ(facts.date, "03/07/24");
+    EXPECT_EQ(facts.time, "14:05");
+    ASSERT_THAT(facts.tests, SizeIs(2));
+    const RecordTest& second = facts.tests[1];
+    EXPECT_EQ(second.recordName, "T0012");
+    EXPECT_EQ(second.testNumber, 2);
+    EXPECT_THAT(second.points,
+                ElementsAre(CurvePoint{0.05, 10}, CurvePoint{0.06, 15}, CurvePoint{0.07, 22},
+                            CurvePoint{0.09, 30}, CurvePoint{0.15, 37}, CurvePoint{0.6, 42},
+                            CurvePoint{3, 44}));
+    EXPECT_EQ(second.nameplateRatio, "240 (1200:5)");
+    EXPECT_EQ(second.measuredRatio, "241.20");
+    EXPECT_EQ(second.percentError, "0.50%");
+    EXPECT_EQ(second.polarity, "IN PHASE");
+    EXPECT_EQ(second.phase, "IN PHASE");
+    for (std::size_t i = 0; i < kKneeRules.size(); ++i) {
+        EXPECT_EQ(second.knees.at(i).rule, kKneeRules.at(i));
+        EXPECT_NE(second.knees.at(i).At(), std::nullopt);
+    }
+}
+
+TEST(RecordTests, AKneepointIsNumbersOnlyWhereThereIsOne) {
+    KneeFact fact;
+    EXPECT_EQ(fact.At(), std::nullopt);
+    fact.printed = {"N/A", "N/A"};
+    EXPECT_EQ(fact.At(), std::nullopt);
+    fact.printed = {"152.3", "0.012"};
+    EXPECT_EQ(fact.At(), (CurvePoint{0.012, 152.3}));
+}
+
+TEST(RecordTests, AFileIsNamedAfterItself) {
+    const test::TemporaryFolder folder;
+    ReplaceFile(folder.Path("Feeder 7.TXT"), test::FileText(1));
+    const RecordFacts facts = ReadRecordFacts(folder.Path("Feeder 7.TXT"));
+    EXPECT_EQ(facts.name, "Feeder 7");
+    EXPECT_EQ(facts.tests.at(0).recordName, "Feeder 7");
+}
+
+TEST(RecordTests, AFileThatIsNotThereIsAnError) {
+    const test::TemporaryFolder folder;
+    try {
+        ReadRecordFacts(folder.Path("T1.txt"));
+        ADD_FAILURE();
+    } catch (const RunTimeError& error) {
+        EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
+    }
+}
+
+TEST(RecordTests, AHeaderWithoutARecordHasNoTests) {
+    const RecordFacts facts = FactsOf(test::HeaderText());
+    EXPECT_EQ(facts.header[1], "Hilltop");
+    EXPECT_THAT(facts.tests, IsEmpty());
+}
+
+TEST(RecordTests, WhatIsNoRecordFileIsAnError) {
+    EXPECT_EQ(ErrorOf(""), 62);
+    EXPECT_EQ(ErrorOf("\r\n"), 62);
+    EXPECT_EQ(ErrorOf("NOTES:\r\nonly notes\r\n"), 62);
+    EXPECT_EQ(ErrorOf("TEST NUMBER: T1\r\nDATE: 03/07/24\r\n"), 62);
+    EXPECT_EQ(ErrorOf("hello\r\n"), 13);
+    EXPECT_EQ(ErrorOf(test::HeaderText() + "hello\r\n"), 13);
+}
+
+TEST(RecordTests, EmptyLinesBetweenTheBlocksArePassedOver) {
+    const std::string text = test::HeaderText() + "\r\n" + test::RecordText(1) + "  \r\n\r\n" +
+                             test::RecordText(2) + "\r\nNOTES:\r\n\r\nREC NUMBER: 3\r\n\r\n";
+    EXPECT_THAT(FactsOf(text).tests, SizeIs(2));
+}
+
+TEST(RecordTests, ATestOfThreePointsHasNoKneepoints) {
+    test::RecordParts parts;
+    parts.points.resize(3);
+    const RecordFacts facts = FactsOf(test::HeaderText() + test::RecordText(parts));
+    for (const KneeFact& knee : facts.tests.at(0).knees)
+        EXPECT_EQ(knee.printed, (Kneepoint{"N/A", "N/A"}));
+}
+
+TEST(RecordTests, AHundredTestsAreRead) {
+    EXPECT_EQ(ErrorOf(test::FileText(100)), 0);
+    const RecordFacts facts = FactsOf(test::FileText(100));
+    ASSERT_THAT(facts.tests, SizeIs(100));
+    EXPECT_EQ(facts.tests.back().testNumber, 100);
+    EXPECT_EQ(facts.tests.back().knees[0].printed, facts.tests.front().knees[0].printed);
+}
+
+TEST(RecordTests, MorePointsThanATestHoldsIsAnError) {
+    test::RecordParts parts;
+    parts.points.assign(101, {"0.1000", "10.0"});
+    parts.countText = " 50";
+    EXPECT_EQ(ErrorOf(test::HeaderText() + test::RecordText(parts)), 0);
+    parts.points.resize(102, {"0.1000", "10.0"});
+    EXPECT_EQ(ErrorOf(test::HeaderText() + test::RecordText(parts)), 9);
+}
+
+TEST(RecordTests, AVeryLargeValueIsAnOverflow) {
+    test::RecordParts parts;
+    parts.points = {{"1", "-1E308"}, {"2", "1E308"}, {"3", "-1E308"}, {"4", "1E308"}};
+    EXPECT_EQ(ErrorOf(test::HeaderText() + test::RecordText(parts)), 6);
+}
+
+// A current above 10 A before the last pair uses the grid up: a report stops there.
+TEST(RecordTests, ACurveThatTheGridDoesNotFitIsRead) {
+    test::RecordParts parts;
+    parts.points = {{"9", "100"}, {"11", "200"}, {"12", "300"}, {"13", "310"}, {"14", "311"}};
+    const std::string text = test::HeaderText() + test::RecordText(parts);
+    EXPECT_THROW(ParseReportTables(text, "T1", ReportSource::RecordFile), RunTimeError);
+    EXPECT_THAT(FactsOf(text).tests.at(0).points, SizeIs(5));
+}
+
+TEST(RecordTests, RandomRecordsHaveTheTextsOfTheirReport) {
+    constexpr int kFiles = 400;
+    test::RecordSource source(test::RandomSeed(20261121));
+    int compared = 0;
+    int kneepoints = 0;
+    for (int n = 0; n < kFiles; ++n) {
+        const std::string text = source.File();
+        ReportTables report;
+        try {
+            report = ParseReportTables(text, "T0012", ReportSource::RecordFile);
+        } catch (const RunTimeError&) {
+            continue;  // the grid did not fit
+        }
+        ++compared;
+        const RecordFacts facts = FactsOf(text);
+        ASSERT_EQ(facts.tests.size(), report.tests.size());
+        EXPECT_EQ(facts.date, report.tests[0].header.date);
+        EXPECT_EQ(facts.time, report.tests[0].header.time);
+        EXPECT_EQ(facts.header, report.tests[0].header.fields);
+        for (int slot = 0; slot < report.TestCount(); ++slot) {
+            const RecordTest& test = facts.tests[static_cast<std::size_t>(slot)];
+            const auto result = [&](ResultColumn column) {
+                return report.tables.Result(slot, column);
+            };
+            EXPECT_EQ(std::to_string(test.testNumber), result(ResultColumn::TestNumber));
+            EXPECT_EQ(test.nameplateRatio, result(ResultColumn::NameplateRatio));
+            EXPECT_EQ(test.measuredRatio, result(ResultColumn::MeasuredRatio));
+            EXPECT_EQ(test.percentError, result(ResultColumn::PercentError));
+            EXPECT_EQ(test.polarity, result(ResultColumn::Polarity));
+            EXPECT_EQ(test.phase, result(ResultColumn::Phase));
+            for (const KneeFact& knee : test.knees) {
+                ASSERT_EQ(knee.printed, report.tables.Knee(knee.rule, slot)) << text;
+                kneepoints += knee.At() ? 1 : 0;
+            }
+        }
+    }
+    std::cout << compared << " files, " << kneepoints << " kneepoints\n";
+    EXPECT_GT(compared, kFiles / 2);
+    EXPECT_GT(kneepoints, 500);
+}
+
+TEST(RecordTests, TheShotsOfACaptureAreItsTests) {
+    RecordImage image;
+    image.kneeTypeCode = 1;
+    image.phaseAngle = 1800;
+    const test::PointTexts points = test::KneeCurve();
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        // The highest point comes first.
+        const auto& [current, voltage] = points[points.size() - 1 - i];
+        image.slots[i] = {static_cast<int>(std::lround(std::stod(current) * 1e4)),
+                          static_cast<int>(std::lround(std::stod(voltage) * 10))};
+    }
+    const std::string shot = "DATA" + EncodeRecordImage(image) +
+                             "\r\nDONE\r\nMEASURED RATIO: 241.20\r\n"
+                             "NAMEPLATE RATIO: 240 (1200:5)\r\nPERCENT ERROR: 0.50%\r\n\r\n";
+    const std::vector<RecordTest> tests = TestsOfCapture(shot + shot + "DATA00");
+    ASSERT_THAT(tests, SizeIs(2));
+    const RecordTest inFile = FactsOf(test::FileText(1)).tests.at(0);
+    EXPECT_EQ(tests[1].recordName, "");
+    EXPECT_EQ(tests[1].testNumber, 2);
+    EXPECT_EQ(tests[1].points, inFile.points);
+    EXPECT_EQ(tests[1].phase, "OUT OF PHASE");
+    EXPECT_EQ(tests[1].nameplateRatio, "240 (1200:5)");
+    for (std::size_t i = 0; i < kKneeRules.size(); ++i)
+        EXPECT_EQ(tests[1].knees.at(i).printed, inFile.knees.at(i).printed);
+    EXPECT_THAT(TestsOfCapture(""), IsEmpty());
+    EXPECT_THAT(TestsOfCapture("DATA00"), IsEmpty());
+}
+
+}  // namespace
+}  // namespace davo
