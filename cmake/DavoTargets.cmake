@@ -62,9 +62,13 @@ function(davo_test name)
   add_test(NAME ${name} COMMAND ${name})
   set(home "${CMAKE_BINARY_DIR}/homes/${name}")
   file(MAKE_DIRECTORY "${home}")
-  set_tests_properties(${name} PROPERTIES
-    TIMEOUT ${ARG_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_RUNTIME_DIR=${home}")
+  set(environment "QT_QPA_PLATFORM=offscreen")
+  if(NOT WIN32)
+    # In Wine the whole prefix is the tests' own.
+    list(APPEND environment "HOME=${home}" "XDG_CONFIG_HOME=${home}/config" "XDG_DATA_HOME=${home}/data"
+      "XDG_RUNTIME_DIR=${home}")
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${environment}")
   if(ARG_LABELS)
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
   endif()

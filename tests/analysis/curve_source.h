@@ -65,10 +65,10 @@ class CurveSource {
     // Neighbours whose relative changes are round numbers, so that ratios such as 1, 1.81 and 5 are
     // hit.
     RandomCurve Steps(int points) {
-        static constexpr std::array kCurrentSteps = {1.0,   1.1, 1.181, 1.2,   1.5,   1.25, 1.05,
-                                                     1.362, 2.0, 0.9,   1.005, 1.091, 3.0,  1.01};
-        static constexpr std::array kVoltageSteps = {1.0, 1.1, 1.2,  1.05, 1.01,
-                                                     1.5, 0.9, 1.02, 1.3,  1.001};
+        constexpr std::array kCurrentSteps = {1.0,   1.1, 1.181, 1.2,   1.5,   1.25, 1.05,
+                                              1.362, 2.0, 0.9,   1.005, 1.091, 3.0,  1.01};
+        constexpr std::array kVoltageSteps = {1.0, 1.1, 1.2,  1.05, 1.01,
+                                              1.5, 0.9, 1.02, 1.3,  1.001};
         RandomCurve curve;
         double current = Between(0.001, 2);
         double voltage = Between(1, 400);

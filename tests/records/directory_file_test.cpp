@@ -1,83 +1,12 @@
-#include "records/directory_file.h"
-
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <csignal>
+#include "tests/records/directory_folder.h"
 
-#include "common/run_time_error.h"
-
-namespace davo {
+namespace davo::test {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::string RecordText(const std::string& date, const std::string& comments = "",
-                       const std::string& lineEnd = "\r\n") {
-    std::string text;
-    for (const std::string& line :
-         {std::string("TEST NUMBER: T"), "DATE: " + date, std::string("TIME: 14:05"),
-          std::string("# OF SHOTS: 03"), std::string("COMPANY: ACME"),
-          std::string("STATION: NORTH  "), std::string("CIRCUIT: C12"), std::string("MFR: ABB"),
-          std::string("MODEL: M-1"), std::string("SN: 12345"), "COMMENTS: " + comments,
-          std::string("OPERATOR: DOE"), std::string("REC NUMBER: 1")}) {
-        text += line + lineEnd;
-    }
-    return text;
-}
-
-std::string EntryText(const std::string& name, const std::string& date,
-                      const std::string& comments = "") {
-    return name + "!" + date + " 14:05TESTS=03COMPANY=ACMESTATION=NORTH  CIRCUIT=C12MFR=ABB" +
-           "MODEL=M-1SN=12345OPERATOR= DOECOMMENTS= " + comments;
-}
-
-ErrorNumber NumberThrownBy(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const RunTimeError& error) {
-        return error.Number();
-    }
-    ADD_FAILURE() << "nothing thrown";
-    return ErrorNumber::Automation;
-}
-
-class DirectoryFile : public testing::Test {
-  protected:
-    DirectoryFile() : dataPath(folder_.path() + QLatin1String("/Shots_Data/")) {
-        QDir().mkpath(dataPath);
-    }
-
-    void Write(const QString& name, const std::string& bytes) const {
-        QFile file(dataPath + name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes.data(), static_cast<qint64>(bytes.size())),
-                  static_cast<qint64>(bytes.size()));
-    }
-    void Write(const char* name, const std::string& bytes) const {
-        Write(QString::fromUtf8(name), bytes);
-    }
-    std::string Listing() const {
-        QFile file(dataPath + QLatin1String("DIRDNLD.DNL"));
-        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "missing";
-    }
-    QStringList Names() const {
-        return QDir(dataPath).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    }
-    RebuildResult Rebuild() { return RebuildDirectory(dataPath, tables); }
-
-    QTemporaryDir folder_;
-    QString dataPath;
-    DirectoryTables tables;
-};
 
 TEST_F(DirectoryFile, AnEmptyFolderHasNoRecordsAndNoDirectoryFile) {
     Write("DIRDNLD.DNL", "REC==001\r\nOLD!\r\n");
@@ -158,31 +87,6 @@ TEST_F(DirectoryFile, EveryNameThatHoldsTheExtensionAnywhereIsARecord) {
                 ElementsAre(QStringLiteral("NOTES.txt"), QStringLiteral("x.txt")));
 }
 
-TEST_F(DirectoryFile, WhatCannotBeSummedUpIsSkippedWithItsReason) {
-    Write("a.txt", RecordText("03/09/21"));
-    Write("b.txt", "");
-    Write("c.txt", "1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n9\r\n10\r\n11\r\n");
-    Write("d.txt", RecordText("02/30/21"));
-    QDir().mkpath(dataPath + QLatin1String("e.txt"));
-    ASSERT_TRUE(QFile::link(dataPath + QLatin1String("gone"), dataPath + QLatin1String("f.txt")));
-    ASSERT_EQ(mkfifo(QFile::encodeName(dataPath + QLatin1String("g.txt")).constData(), 0600), 0);
-    const QString greek = QStringLiteral("\u03A9.txt");
-    Write(greek, RecordText("03/09/21"));
-    Write("h.txt", std::string(1000000, 'x'));
-    const RebuildResult result = Rebuild();
-    EXPECT_EQ(result.count, 1);
-    EXPECT_THAT(result.skipped,
-                ElementsAre(SkippedFile{QStringLiteral("b.txt"), SkipReason::TooFewLines},
-                            SkippedFile{QStringLiteral("c.txt"), SkipReason::TooFewLines},
-                            SkippedFile{QStringLiteral("d.txt"), SkipReason::NoDate},
-                            SkippedFile{QStringLiteral("e.txt"), SkipReason::Unreadable},
-                            SkippedFile{QStringLiteral("f.txt"), SkipReason::Unreadable},
-                            SkippedFile{QStringLiteral("g.txt"), SkipReason::Unreadable},
-                            SkippedFile{QStringLiteral("h.txt"), SkipReason::TooFewLines},
-                            SkippedFile{greek, SkipReason::NameOutsidePage}));
-    EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
-}
-
 TEST_F(DirectoryFile, OnlyDamagedRecordsLeaveNoDirectoryFile) {
     Write("DIRDNLD.DNL", "REC==001\r\nOLD!\r\n");
     Write("a.txt", RecordText("no date"));
@@ -254,16 +158,6 @@ TEST_F(DirectoryFile, NoMoreThan250AreListedAndTheRestIsCounted) {
     EXPECT_EQ(RowsForList(tables, tables.recordCount).size(), 250U);
 }
 
-TEST_F(DirectoryFile, NoFileStaysOpen) {
-    Write("a.txt", RecordText("03/09/21"));
-    Write("b.txt", "short");
-    const auto open = [] { return QDir(QStringLiteral("/proc/self/fd")).entryList().size(); };
-    const auto before = open();
-    Rebuild();
-    LoadDirectoryFile(dataPath, tables);
-    EXPECT_EQ(open(), before);
-}
-
 TEST_F(DirectoryFile, RowsComeFromTheTableThatIsShown) {
     tables.dirEntries = {"FOLDER!"};
     tables.dirEntriesNew = {"MEMORY!"};
@@ -323,96 +217,5 @@ TEST_F(DirectoryFile, ADamagedFileIsAnErrorAndChangesNothing) {
     }
 }
 
-// Refuses to let any file of this process grow beyond limit bytes while it lives.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t limit) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit small = {limit, old_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &old_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit old_ = {};
-    void (*handler_)(int);
-};
-
-TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndTheTables) {
-    Write("a.txt", RecordText("03/09/21"));
-    Rebuild();
-    const std::string before = Listing();
-    for (int i = 0; i < 20; ++i) {
-        Write(QStringLiteral("T%1.txt").arg(i), RecordText("03/09/21"));
-    }
-    const QStringList names = Names();
-    {
-        const FileSizeLimit limit(1000);
-        EXPECT_EQ(NumberThrownBy([&] { Rebuild(); }), ErrorNumber::DiskFull);
-    }
-    EXPECT_EQ(Listing(), before);
-    EXPECT_EQ(Names(), names);
-    EXPECT_THAT(tables.dirEntries, ElementsAre(EntryText("a", "03/09/21")));
-    EXPECT_THAT(tables.dirBaseNames, ElementsAre("a"));
-    EXPECT_EQ(Rebuild().count, 21);
-}
-
-TEST_F(DirectoryFile, WhatSaysTheSameIsNotWrittenAgain) {
-    Write("a.txt", RecordText("03/09/21"));
-    Rebuild();
-    {
-        const FileSizeLimit nothing(0);
-        EXPECT_EQ(Rebuild().count, 1);
-        Write("b.txt", "");
-        EXPECT_EQ(Rebuild().skipped.size(), 1U);
-    }
-    Write("DIRDNLD.DNL", Listing() + "x");
-    Rebuild();
-    EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
-}
-
-TEST_F(DirectoryFile, AFolderInThePlaceOfTheFileIsAnError) {
-    QDir().mkpath(dataPath + QLatin1String("DIRDNLD.DNL/x"));
-    Write("a.txt", RecordText("03/09/21"));
-    EXPECT_EQ(NumberThrownBy([&] { Rebuild(); }), ErrorNumber::PermissionDenied);
-    EXPECT_THAT(tables.dirEntries, IsEmpty());
-}
-
-TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {
-    for (int i = 0; i < 100; ++i) {
-        Write(QStringLiteral("T%1.txt").arg(i), RecordText("03/09/21"));
-    }
-    Write("U.txt", RecordText("03/09/21"));
-    Rebuild();
-    const std::string with = Listing();
-    QFile::remove(dataPath + QLatin1String("U.txt"));
-    Rebuild();
-    const std::string without = Listing();
-    ASSERT_NE(with, without);
-
-    for (int round = 0; round < 30; ++round) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            for (;;) {
-                Write("U.txt", RecordText("03/09/21"));
-                Rebuild();
-                QFile::remove(dataPath + QLatin1String("U.txt"));
-                Rebuild();
-            }
-        }
-        usleep(static_cast<useconds_t>(5000 + 1777 * round));
-        kill(child, SIGKILL);
-        ASSERT_EQ(waitpid(child, nullptr, 0), child);
-        const std::string found = Listing();
-        EXPECT_TRUE(found == with || found == without) << found.size();
-    }
-}
-
 }  // namespace
-}  // namespace davo
+}  // namespace davo::test

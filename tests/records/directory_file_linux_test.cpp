@@ -1,0 +1,144 @@
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "tests/records/directory_folder.h"
+
+namespace davo::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST_F(DirectoryFile, WhatCannotBeSummedUpIsSkippedWithItsReason) {
+    Write("a.txt", RecordText("03/09/21"));
+    Write("b.txt", "");
+    Write("c.txt", "1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n9\r\n10\r\n11\r\n");
+    Write("d.txt", RecordText("02/30/21"));
+    QDir().mkpath(dataPath + QLatin1String("e.txt"));
+    ASSERT_TRUE(QFile::link(dataPath + QLatin1String("gone"), dataPath + QLatin1String("f.txt")));
+    ASSERT_EQ(mkfifo(QFile::encodeName(dataPath + QLatin1String("g.txt")).constData(), 0600), 0);
+    const QString greek = QStringLiteral("\u03A9.txt");
+    Write(greek, RecordText("03/09/21"));
+    Write("h.txt", std::string(1000000, 'x'));
+    const RebuildResult result = Rebuild();
+    EXPECT_EQ(result.count, 1);
+    EXPECT_THAT(result.skipped,
+                ElementsAre(SkippedFile{QStringLiteral("b.txt"), SkipReason::TooFewLines},
+                            SkippedFile{QStringLiteral("c.txt"), SkipReason::TooFewLines},
+                            SkippedFile{QStringLiteral("d.txt"), SkipReason::NoDate},
+                            SkippedFile{QStringLiteral("e.txt"), SkipReason::Unreadable},
+                            SkippedFile{QStringLiteral("f.txt"), SkipReason::Unreadable},
+                            SkippedFile{QStringLiteral("g.txt"), SkipReason::Unreadable},
+                            SkippedFile{QStringLiteral("h.txt"), SkipReason::TooFewLines},
+                            SkippedFile{greek, SkipReason::NameOutsidePage}));
+    EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
+}
+
+TEST_F(DirectoryFile, NoFileStaysOpen) {
+    Write("a.txt", RecordText("03/09/21"));
+    Write("b.txt", "short");
+    const auto open = [] { return QDir(QStringLiteral("/proc/self/fd")).entryList().size(); };
+    const auto before = open();
+    Rebuild();
+    LoadDirectoryFile(dataPath, tables);
+    EXPECT_EQ(open(), before);
+}
+
+// Refuses to let any file of this process grow beyond limit bytes while it lives.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t limit) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &old_);
+        const rlimit small = {limit, old_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &old_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    rlimit old_ = {};
+    void (*handler_)(int);
+};
+
+TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndTheTables) {
+    Write("a.txt", RecordText("03/09/21"));
+    Rebuild();
+    const std::string before = Listing();
+    for (int i = 0; i < 20; ++i) {
+        Write(QStringLiteral("T%1.txt").arg(i), RecordText("03/09/21"));
+    }
+    const QStringList names = Names();
+    {
+        const FileSizeLimit limit(1000);
+        EXPECT_EQ(NumberThrownBy([&] { Rebuild(); }), ErrorNumber::DiskFull);
+    }
+    EXPECT_EQ(Listing(), before);
+    EXPECT_EQ(Names(), names);
+    EXPECT_THAT(tables.dirEntries, ElementsAre(EntryText("a", "03/09/21")));
+    EXPECT_THAT(tables.dirBaseNames, ElementsAre("a"));
+    EXPECT_EQ(Rebuild().count, 21);
+}
+
+TEST_F(DirectoryFile, WhatSaysTheSameIsNotWrittenAgain) {
+    Write("a.txt", RecordText("03/09/21"));
+    Rebuild();
+    {
+        const FileSizeLimit nothing(0);
+        EXPECT_EQ(Rebuild().count, 1);
+        Write("b.txt", "");
+        EXPECT_EQ(Rebuild().skipped.size(), 1U);
+    }
+    Write("DIRDNLD.DNL", Listing() + "x");
+    Rebuild();
+    EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
+}
+
+TEST_F(DirectoryFile, AFolderInThePlaceOfTheFileIsAnError) {
+    QDir().mkpath(dataPath + QLatin1String("DIRDNLD.DNL/x"));
+    Write("a.txt", RecordText("03/09/21"));
+    EXPECT_EQ(NumberThrownBy([&] { Rebuild(); }), ErrorNumber::PermissionDenied);
+    EXPECT_THAT(tables.dirEntries, IsEmpty());
+}
+
+TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {
+    for (int i = 0; i < 100; ++i) {
+        Write(QStringLiteral("T%1.txt").arg(i), RecordText("03/09/21"));
+    }
+    Write("U.txt", RecordText("03/09/21"));
+    Rebuild();
+    const std::string with = Listing();
+    QFile::remove(dataPath + QLatin1String("U.txt"));
+    Rebuild();
+    const std::string without = Listing();
+    ASSERT_NE(with, without);
+
+    for (int round = 0; round < 30; ++round) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            for (;;) {
+                Write("U.txt", RecordText("03/09/21"));
+                Rebuild();
+                QFile::remove(dataPath + QLatin1String("U.txt"));
+                Rebuild();
+            }
+        }
+        usleep(static_cast<useconds_t>(5000 + 1777 * round));
+        kill(child, SIGKILL);
+        ASSERT_EQ(waitpid(child, nullptr, 0), child);
+        const std::string found = Listing();
+        EXPECT_TRUE(found == with || found == without) << found.size();
+    }
+}
+
+}  // namespace
+}  // namespace davo::test
