@@ -1,2 +1,332 @@
-// The serial port over the Win32 calls (overlapped reads, QWinEventNotifier) belongs here; it is
-// not written yet, so that a Windows program does not link.
+#include <windows.h>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QObject>
+#include <QWinEventNotifier>
+#include <algorithm>
+#include <chrono>
+#include <string>
+
+#include "common/run_time_error.h"
+#include "link/overlapped_windows.h"
+#include "link/serial_port.h"
+
+namespace davo {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr auto kLongestDrain = std::chrono::milliseconds(200);
+
+BYTE ParityOf(char letter) {
+    switch (letter) {
+        case 'N':
+            return NOPARITY;
+        case 'E':
+            return EVENPARITY;
+        case 'O':
+            return ODDPARITY;
+        case 'M':
+            return MARKPARITY;
+        case 'S':
+            return SPACEPARITY;
+        default:
+            throw RunTimeError(ErrorNumber::TypeMismatch, "parity");
+    }
+}
+
+// Reads one character without a time limit, and with it whatever has arrived behind it: that wakes
+// at the first character and costs nothing while the line is quiet, whatever the driver makes of
+// the finer points of time limits.
+class WindowsSerialPort : public SerialPort {
+  public:
+    explicit WindowsSerialPort(const PortDevices& devices) : devices_(devices) {
+        QObject::connect(&readNotifier_, &QWinEventNotifier::activated, &context_, [this] {
+            Gather();
+            if (!text_.empty()) TellText();
+        });
+        QObject::connect(&writeNotifier_, &QWinEventNotifier::activated, &context_,
+                         [this] { WriteOn(); });
+    }
+    WindowsSerialPort(const WindowsSerialPort&) = delete;
+    WindowsSerialPort& operator=(const WindowsSerialPort&) = delete;
+    WindowsSerialPort(WindowsSerialPort&&) = delete;
+    WindowsSerialPort& operator=(WindowsSerialPort&&) = delete;
+    ~WindowsSerialPort() override { Close(); }
+
+    void SetCommPort(std::int16_t port) override { commPort_ = port; }
+
+    void SetSettings(std::string_view settings) override {
+        const auto parts =
+            QByteArray(settings.data(), static_cast<qsizetype>(settings.size())).split(',');
+        if (parts.size() != 4 || parts[1].size() != 1) {
+            throw RunTimeError(ErrorNumber::TypeMismatch, std::string(settings));
+        }
+        state_.DCBlength = sizeof state_;
+        state_.BaudRate = parts[0].toUInt();
+        state_.Parity = ParityOf(parts[1].front());
+        state_.ByteSize = static_cast<BYTE>(parts[2].toUInt());
+        state_.StopBits = parts[3] == "2" ? TWOSTOPBITS : ONESTOPBIT;
+    }
+
+    // Input always takes everything, which is what 0 asks for.
+    void SetInputLen(int) override {}
+
+    // The buffer grows as needed: losing text because a window was busy helps nobody.
+    void SetInBufferSize(int) override {}
+
+    void SetRThreshold(int characters) override {
+        rThreshold_ = characters;
+        if (rThreshold_ == 0 || !PortOpen()) return;
+        errors_ = 0;
+        // The answer may have arrived before anyone listened.
+        Gather();
+        if (!text_.empty()) PostText();
+    }
+
+    bool PortOpen() const override { return port_ != INVALID_HANDLE_VALUE; }
+
+    void SetPortOpen(bool open) override {
+        Close();
+        if (!open) return;
+        const QString device = devices_.DeviceOf(commPort_);
+        const std::string what = "COM" + std::to_string(commPort_);
+        if (device.isEmpty()) throw RunTimeError(ErrorNumber::InvalidPortNumber, what);
+        const std::wstring path = (QStringLiteral("\\\\.\\") + device).toStdWString();
+        port_ = ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                              FILE_FLAG_OVERLAPPED, nullptr);
+        if (!PortOpen()) {
+            const DWORD error = ::GetLastError();
+            const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+                                 error == ERROR_DEV_NOT_EXIST;
+            throw RunTimeError(
+                missing ? ErrorNumber::InvalidPortNumber : ErrorNumber::PortAlreadyOpen,
+                what + ": " + SystemText(error));
+        }
+        if (!Configure()) {
+            const std::string reason = SystemText(::GetLastError());
+            Close();
+            throw RunTimeError(ErrorNumber::PortAlreadyOpen, what + ": " + reason);
+        }
+        StartReading();
+        readNotifier_.setEnabled(true);
+    }
+
+    void Output(std::string_view bytes) override {
+        if (!PortOpen() || bytes.empty()) return;
+        waiting_.append(bytes);
+        if (!write_.Pending()) WriteOn();
+    }
+
+    std::string Input() override {
+        Gather();
+        return std::exchange(text_, {});
+    }
+
+    bool WaitForText(Time until) override {
+        Gather();
+        while (text_.empty() && PortOpen() && read_.Pending()) {
+            if (!read_.Wait(until, timer_.Handle())) return false;
+            Gather();
+        }
+        return !text_.empty();
+    }
+
+  private:
+    bool Configure() {
+        DCB state{};
+        state.DCBlength = sizeof state;
+        if (::GetCommState(port_, &state) == 0) return false;
+        state.BaudRate = state_.BaudRate;
+        state.Parity = state_.Parity;
+        state.ByteSize = state_.ByteSize;
+        state.StopBits = state_.StopBits;
+        state.fBinary = TRUE;
+        state.fParity = state_.Parity != NOPARITY;
+        state.fOutxCtsFlow = FALSE;
+        state.fOutxDsrFlow = FALSE;
+        state.fDsrSensitivity = FALSE;
+        state.fOutX = FALSE;
+        state.fInX = FALSE;
+        state.fErrorChar = FALSE;
+        state.fNull = FALSE;
+        // An error on the line must not stop the text behind it.
+        state.fAbortOnError = FALSE;
+        state.fDtrControl = DTR_CONTROL_ENABLE;
+        state.fRtsControl = RTS_CONTROL_ENABLE;
+        if (::SetCommState(port_, &state) == 0) return false;
+        COMMTIMEOUTS none{};
+        if (::SetCommTimeouts(port_, &none) == 0) return false;
+        constexpr DWORD kDriverBuffer = 65536;
+        ::SetupComm(port_, kDriverBuffer, kDriverBuffer);  // a wish; drivers may refuse it
+        ::PurgeComm(port_, PURGE_RXCLEAR | PURGE_TXCLEAR);
+        return true;
+    }
+
+    void StartReading() {
+        if (const DWORD error = read_.Read(port_, &first_, 1); error != 0) Lose(error);
+    }
+
+    // Takes what has arrived into text_ and listens for more.
+    void Gather() {
+        while (PortOpen() && read_.Pending()) {
+            DWORD size = 0;
+            const DWORD result = read_.Result(port_, size);
+            if (result == ERROR_IO_INCOMPLETE) return;
+            if (result != 0 || size == 0) {
+                Lose(result != 0 ? result : ERROR_DEVICE_NOT_CONNECTED);
+                return;
+            }
+            text_.push_back(first_);
+            if (!TakeQueue()) return;
+            StartReading();
+        }
+    }
+
+    // What the driver holds behind the first character; it is there, so nothing waits.
+    bool TakeQueue() {
+        DWORD errors = 0;
+        COMSTAT queue{};
+        if (::ClearCommError(port_, &errors, &queue) == 0) {
+            Lose(::GetLastError());
+            return false;
+        }
+        errors_ |= errors;
+        if (queue.cbInQue == 0) return true;
+        std::string more(queue.cbInQue, '\0');
+        DWORD size = 0;
+        DWORD result = read_.Read(port_, more.data(), queue.cbInQue);
+        if (result == 0) result = read_.Finish(port_, size);
+        if (result != 0) {
+            Lose(result);
+            return false;
+        }
+        text_.append(more, 0, size);
+        return true;
+    }
+
+    void WriteOn() {
+        if (!PortOpen()) return;
+        if (write_.Pending()) {
+            DWORD size = 0;
+            const DWORD result = write_.Result(port_, size);
+            if (result == ERROR_IO_INCOMPLETE) return;
+            if (result != 0) return Lose(result);
+            writing_.erase(0, size);
+        }
+        writing_ += std::exchange(waiting_, {});
+        if (writing_.empty()) {
+            writeNotifier_.setEnabled(false);
+            return;
+        }
+        const DWORD error =
+            write_.Write(port_, writing_.data(), static_cast<DWORD>(writing_.size()));
+        if (error != 0) return Lose(error);
+        writeNotifier_.setEnabled(true);
+    }
+
+    // The last command, "X", must leave before the port does. A line that takes nothing for 0.2 s
+    // is given up.
+    void Drain() {
+        const auto end = steady_clock::now() + kLongestDrain;
+        while (PortOpen() && write_.Pending()) {
+            if (!write_.Wait(end, timer_.Handle())) return;
+            WriteOn();
+        }
+        while (PortOpen() && steady_clock::now() < end) {
+            DWORD errors = 0;
+            COMSTAT queue{};
+            if (::ClearCommError(port_, &errors, &queue) == 0 || queue.cbOutQue == 0) return;
+            ::Sleep(1);
+        }
+    }
+
+    void Close() {
+        if (PortOpen() && !lostPosted_) Drain();
+        readNotifier_.setEnabled(false);
+        writeNotifier_.setEnabled(false);
+        if (PortOpen()) {
+            read_.Cancel(port_);
+            write_.Cancel(port_);
+            ::CloseHandle(port_);
+            port_ = INVALID_HANDLE_VALUE;
+        }
+        QCoreApplication::removePostedEvents(&context_);
+        textPosted_ = false;
+        lostPosted_ = false;
+        text_.clear();
+        writing_.clear();
+        waiting_.clear();
+    }
+
+    // Callbacks never come from inside a call: an exchange or a box may run inside them.
+    void PostText() {
+        if (textPosted_) return;
+        textPosted_ = true;
+        QMetaObject::invokeMethod(
+            &context_,
+            [this] {
+                textPosted_ = false;
+                if (PortOpen() && !text_.empty()) TellText();
+            },
+            Qt::QueuedConnection);
+    }
+
+    void TellText() {
+        if (rThreshold_ > 0) TellErrors();
+        if (rThreshold_ > 0 && OnComm) OnComm(CommEvent::Received);
+        if (OnTextWaiting) OnTextWaiting();
+    }
+
+    void TellErrors() {
+        const DWORD errors = std::exchange(errors_, 0);
+        if ((errors & CE_OVERRUN) != 0 && OnComm) OnComm(CommEvent::Overrun);
+        if ((errors & CE_RXOVER) != 0 && OnComm) OnComm(CommEvent::ReceiveOverflow);
+    }
+
+    // Nothing is read or written any more; what had arrived waits for Input until the loss is told.
+    void Lose(DWORD error) {
+        if (lostPosted_) return;
+        lostPosted_ = true;
+        readNotifier_.setEnabled(false);
+        writeNotifier_.setEnabled(false);
+        const QString reason = QString::fromStdString(SystemText(error));
+        QMetaObject::invokeMethod(
+            &context_,
+            [this, reason] {
+                Close();
+                if (OnLost) OnLost(reason);
+            },
+            Qt::QueuedConnection);
+    }
+
+    const PortDevices& devices_;
+    QObject context_;  // what the posted calls belong to
+    HANDLE port_ = INVALID_HANDLE_VALUE;
+    DCB state_{};
+    std::int16_t commPort_ = 1;
+    int rThreshold_ = 0;
+    DWORD errors_ = 0;  // since they were told
+    bool textPosted_ = false;
+    bool lostPosted_ = false;
+
+    char first_ = 0;
+    std::string text_;     // has arrived and waits for Input
+    std::string writing_;  // the driver reads from here
+    std::string waiting_;  // comes behind it
+    Overlapped read_;
+    Overlapped write_;
+    FineTimer timer_;
+    QWinEventNotifier readNotifier_{read_.Event()};
+    QWinEventNotifier writeNotifier_{write_.Event()};
+};
+
+}  // namespace
+
+std::unique_ptr<SerialPort> MakeSerialPort(const PortDevices& devices) {
+    return std::make_unique<WindowsSerialPort>(devices);
+}
+
+}  // namespace davo
