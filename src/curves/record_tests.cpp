@@ -5,6 +5,7 @@
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
+#include "curves/knee_doubt.h"
 #include "records/line_cursor.h"
 #include "records/record_file_writer.h"
 #include "reports/test_file_reader.h"
@@ -65,6 +66,7 @@ std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points) {
         fact.printed = points.size() > kPointsWithoutKnee
                            ? ComputeKneepoint(fact.rule, current, voltage)
                            : Kneepoint{"N/A", "N/A"};
+        AddDoubts(fact, points);
     }
     return facts;
 }

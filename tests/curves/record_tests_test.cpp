@@ -182,6 +182,7 @@ TEST(RecordTests, RandomRecordsHaveTheTextsOfTheirReport) {
             EXPECT_EQ(test.phase, result(ResultColumn::Phase));
             for (const KneeFact& knee : test.knees) {
                 ASSERT_EQ(knee.printed, report.tables.Knee(knee.rule, slot)) << text;
+                EXPECT_EQ(knee.reason.empty(), knee.At().has_value());
                 kneepoints += knee.At() ? 1 : 0;
             }
         }

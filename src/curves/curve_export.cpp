@@ -1,0 +1,99 @@
+#include "curves/curve_export.h"
+
+#include <string_view>
+
+#include "common/numbers.h"
+#include "common/text.h"
+
+namespace davo {
+
+namespace {
+
+// Without it a spreadsheet takes the text for the computer's own page.
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+constexpr std::string_view kColumns =
+    "record,date,time,company,station,circuit,manufacturer,model,serial_number,comments,operator,"
+    "test,point,current_A,voltage_V,asa_10_50_V,asa_10_50_A,ieee_45_V,ieee_45_A,ieee_30_V,"
+    "ieee_30_A,nameplate_ratio,measured_ratio,percent_error,polarity,phase";
+
+// One row; every field is in the page of the records.
+class Row {
+  public:
+    void Put(std::string_view pageText) {
+        if (!first_) text_ += ',';
+        first_ = false;
+        const bool quoted = pageText.find_first_of(",\"\r\n") != std::string_view::npos;
+        if (!quoted) {
+            text_ += pageText;
+            return;
+        }
+        text_ += '"';
+        for (const char c : pageText) {
+            if (c == '"') text_ += '"';
+            text_ += c;
+        }
+        text_ += '"';
+    }
+    const std::string& Text() const { return text_; }
+
+  private:
+    std::string text_;
+    bool first_ = true;
+};
+
+void PutPoint(Row& row, std::size_t number, const CurvePoint& point) {
+    row.Put(std::to_string(number));
+    row.Put(GeneralNumber(point.current));
+    row.Put(GeneralNumber(point.voltage));
+}
+
+std::string RowsOf(const RecordFacts& record, const RecordTest& test) {
+    Row before;
+    before.Put(record.name);
+    before.Put(record.date);
+    before.Put(record.time);
+    for (const std::string& field : record.header)
+        before.Put(field);
+    before.Put(std::to_string(test.testNumber));
+
+    Row behind;
+    for (const KneeFact& knee : test.knees) {
+        behind.Put(knee.printed.voltage);
+        behind.Put(knee.printed.current);
+    }
+    for (const std::string* text : {&test.nameplateRatio, &test.measuredRatio, &test.percentError,
+                                    &test.polarity, &test.phase}) {
+        behind.Put(*text);
+    }
+
+    std::string rows;
+    const auto add = [&](const std::string& point) {
+        rows += before.Text() + ',' + point + ',' + behind.Text();
+        rows += kLineEnd;
+    };
+    for (std::size_t i = 0; i < test.points.size(); ++i) {
+        Row point;
+        PutPoint(point, i + 1, test.points[i]);
+        add(point.Text());
+    }
+    if (test.points.empty()) add(",,");
+    return rows;
+}
+
+}  // namespace
+
+std::string RecordsAsCsv(const std::vector<RecordFacts>& records) {
+    std::string rows;
+    for (const RecordFacts& record : records) {
+        for (const RecordTest& test : record.tests)
+            rows += RowsOf(record, test);
+    }
+    std::string csv(kUtf8Mark);
+    csv += kColumns;
+    csv += kLineEnd;
+    csv += FromPage(rows).toStdString();
+    return csv;
+}
+
+}  // namespace davo

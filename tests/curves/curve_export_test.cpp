@@ -1,0 +1,238 @@
+// The export of records, read back by a reader of RFC 4180 written here and by Python's.
+
+#include "curves/curve_export.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QProcess>
+#include <QStandardPaths>
+
+#include "common/files.h"
+#include "common/numbers.h"
+#include "common/text.h"
+#include "tests/curves/random_record.h"
+#include "tests/reports/record_text.h"
+#include "tests/support/random_seed.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+using Fields = std::vector<std::string>;
+
+constexpr const char* kMark = "\xEF\xBB\xBF";
+
+// The rows of a text behind its mark, by RFC 4180: every row ends with CR LF.
+std::vector<Fields> RowsOf(const std::string& csv) {
+    EXPECT_TRUE(csv.starts_with(kMark));
+    std::vector<Fields> rows;
+    Fields row = {""};
+    bool quoted = false;
+    for (std::size_t i = 3; i < csv.size(); ++i) {
+        const char c = csv[i];
+        if (quoted) {
+            if (c != '"') {
+                row.back() += c;
+            } else if (i + 1 < csv.size() && csv[i + 1] == '"') {
+                row.back() += c;
+                ++i;
+            } else {
+                quoted = false;
+            }
+        } else if (c == '"') {
+            EXPECT_TRUE(row.back().empty()) << "a quote inside a field at " << i;
+            quoted = true;
+        } else if (c == ',') {
+            row.emplace_back();
+        } else if (c == '\r') {
+            EXPECT_EQ(csv.at(i + 1), '\n');
+            ++i;
+            rows.push_back(row);
+            row = {""};
+        } else {
+            EXPECT_NE(c, '\n') << "a bare line feed at " << i;
+            row.back() += c;
+        }
+    }
+    EXPECT_FALSE(quoted);
+    EXPECT_EQ(row, Fields{""});
+    return rows;
+}
+
+std::string Utf8(const std::string& pageText) {
+    return FromPage(pageText).toStdString();
+}
+
+// The row that a point should have; number 0: none.
+Fields ExpectedRow(const RecordFacts& record, const RecordTest& test, std::size_t number) {
+    Fields row = {record.name, record.date, record.time};
+    row.insert(row.end(), record.header.begin(), record.header.end());
+    row.push_back(std::to_string(test.testNumber));
+    row.push_back(number == 0 ? "" : std::to_string(number));
+    // Numbers are compared as numbers.
+    row.insert(row.end(), {"", ""});
+    for (const KneeFact& knee : test.knees) {
+        row.push_back(knee.printed.voltage);
+        row.push_back(knee.printed.current);
+    }
+    row.insert(row.end(), {test.nameplateRatio, test.measuredRatio, test.percentError,
+                           test.polarity, test.phase});
+    for (std::string& field : row)
+        field = Utf8(field);
+    return row;
+}
+
+constexpr std::size_t kCurrentColumn = 13;
+constexpr std::size_t kVoltageColumn = 14;
+
+void ExpectRows(const std::vector<Fields>& rows, const std::vector<RecordFacts>& records) {
+    std::size_t at = 1;
+    for (const RecordFacts& record : records) {
+        for (const RecordTest& test : record.tests) {
+            for (std::size_t i = 0; i < std::max<std::size_t>(test.points.size(), 1); ++i) {
+                ASSERT_LT(at, rows.size());
+                Fields row = rows[at++];
+                ASSERT_THAT(row, SizeIs(26));
+                if (!test.points.empty()) {
+                    EXPECT_EQ(std::stod(row[kCurrentColumn]), test.points[i].current);
+                    EXPECT_EQ(std::stod(row[kVoltageColumn]), test.points[i].voltage);
+                    row[kCurrentColumn] = row[kVoltageColumn] = "";
+                }
+                ASSERT_EQ(row, ExpectedRow(record, test, test.points.empty() ? 0 : i + 1));
+            }
+        }
+    }
+    EXPECT_EQ(at, rows.size());
+}
+
+TEST(CurveExport, HasAHeaderRow) {
+    const std::vector<Fields> rows = RowsOf(RecordsAsCsv({}));
+    ASSERT_THAT(rows, SizeIs(1));
+    EXPECT_THAT(rows[0],
+                ElementsAre("record", "date", "time", "company", "station", "circuit",
+                            "manufacturer", "model", "serial_number", "comments", "operator",
+                            "test", "point", "current_A", "voltage_V", "asa_10_50_V", "asa_10_50_A",
+                            "ieee_45_V", "ieee_45_A", "ieee_30_V", "ieee_30_A", "nameplate_ratio",
+                            "measured_ratio", "percent_error", "polarity", "phase"));
+}
+
+TEST(CurveExport, EveryColumnIsTold) {
+    const std::string document =
+        ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) + QStringLiteral("/../docs/csv.md"));
+    const Fields columns = RowsOf(RecordsAsCsv({})).at(0);
+    for (const std::string& column : columns)
+        EXPECT_NE(document.find("`" + column + "`"), std::string::npos) << column;
+}
+
+TEST(CurveExport, APointIsARow) {
+    const std::vector<Fields> rows =
+        RowsOf(RecordsAsCsv({ParseRecordFacts(test::FileText(2), "T0012")}));
+    ASSERT_THAT(rows, SizeIs(1 + 2 * 7));
+    EXPECT_THAT(rows[1], ElementsAre("T0012", "03/07/24", "14:05", "Power & Light", "Hilltop",
+                                     "Feeder 4", "Acme", "CT-600", "00012345", "a: b, c", "J. Doe",
+                                     "1", "1", "0.05", "10", rows[1][15], rows[1][16], rows[1][17],
+                                     rows[1][18], rows[1][19], rows[1][20], "240 (1200:5)",
+                                     "241.20", "0.50%", "IN PHASE", "IN PHASE"));
+    EXPECT_EQ(rows[14][11], "2");
+    EXPECT_EQ(rows[14][12], "7");
+}
+
+TEST(CurveExport, ATestWithoutPointsIsARow) {
+    test::RecordParts parts;
+    parts.points.clear();
+    const std::vector<RecordFacts> records = {
+        ParseRecordFacts(test::HeaderText() + test::RecordText(parts), "T1")};
+    const std::vector<Fields> rows = RowsOf(RecordsAsCsv(records));
+    ASSERT_THAT(rows, SizeIs(2));
+    EXPECT_EQ(rows[1][12], "");
+    EXPECT_EQ(rows[1][15], "N/A");
+    ExpectRows(rows, records);
+}
+
+TEST(CurveExport, QuotesWhatHoldsAComma) {
+    RecordFacts record = ParseRecordFacts(test::FileText(1), "T1");
+    record.header = {"a,b", "say \"hi\"", "two\r\nlines", "\"", "", " blank ", "x;y", "tab\tbed"};
+    const std::string csv = RecordsAsCsv({record});
+    EXPECT_NE(
+        csv.find("\"a,b\",\"say \"\"hi\"\"\",\"two\r\nlines\",\"\"\"\",, blank ,x;y,tab\tbed"),
+        std::string::npos);
+    ExpectRows(RowsOf(csv), {record});
+}
+
+TEST(CurveExport, TextsOfThePageBecomeUtf8) {
+    RecordFacts record = ParseRecordFacts(test::FileText(1), "M\xFChle");
+    record.header[0] = "\x80 5 \x96 \xB5\xC4";
+    const std::vector<Fields> rows = RowsOf(RecordsAsCsv({record}));
+    EXPECT_EQ(rows[1][0], "M\xC3\xBChle");
+    EXPECT_EQ(rows[1][3], "\xE2\x82\xAC 5 \xE2\x80\x93 \xC2\xB5\xC3\x84");
+}
+
+// Texts are the record's, whatever a spreadsheet may take them for; docs/csv.md says so.
+TEST(CurveExport, ATextThatLooksLikeAFormulaStandsAsItIs) {
+    RecordFacts record = ParseRecordFacts(test::FileText(1), "T1");
+    record.header[6] = "=1+1";
+    record.header[7] = "@SUM(A1)";
+    const std::vector<Fields> rows = RowsOf(RecordsAsCsv({record}));
+    EXPECT_EQ(rows[1][9], "=1+1");
+    EXPECT_EQ(rows[1][10], "@SUM(A1)");
+}
+
+// A record whose texts hold every byte, in front of what quoting stumbles over.
+std::string RandomText(test::RecordSource& random) {
+    static const std::array<std::string, 6> kPieces = {",", "\"", "\r\n", "\n", "\"\"", ",\""};
+    std::string text;
+    for (int pieces = random.Below(5); pieces > 0; --pieces) {
+        text += static_cast<char>(1 + random.Below(255));
+        text += kPieces.at(static_cast<std::size_t>(random.Below(6)));
+    }
+    return text;
+}
+
+std::vector<RecordFacts> RandomRecords(test::RecordSource& random) {
+    std::vector<RecordFacts> records;
+    for (int n = random.Below(4); n >= 0; --n) {
+        records.push_back(ParseRecordFacts(random.File(), "T" + std::to_string(n)));
+        for (std::string& field : records.back().header)
+            field = RandomText(random);
+        records.back().tests.front().percentError = RandomText(random);
+    }
+    return records;
+}
+
+TEST(CurveExport, RandomRecordsReadBack) {
+    test::RecordSource random(test::RandomSeed(4180));
+    for (int n = 0; n < 40 && !testing::Test::HasFailure(); ++n) {
+        const std::vector<RecordFacts> records = RandomRecords(random);
+        ExpectRows(RowsOf(RecordsAsCsv(records)), records);
+    }
+}
+
+// Python's reader gives the fields back, each as hexadecimal digits of its UTF-8.
+TEST(CurveExport, PythonReadsTheSame) {
+    const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
+    if (python.isEmpty()) GTEST_SKIP() << "no python3";
+    test::RecordSource random(test::RandomSeed(4181));
+    const std::string csv = RecordsAsCsv(RandomRecords(random));
+    const test::TemporaryFolder folder;
+    ReplaceFile(folder.Path("records.csv"), csv);
+    QProcess process;
+    process.start(
+        python, {QString::fromUtf8(DAVO_TESTS_FOLDER) + QStringLiteral("/curves/read_back_csv.py"),
+                 folder.Path("records.csv")});
+    ASSERT_TRUE(process.waitForFinished(60000)) << process.errorString().toStdString();
+    EXPECT_EQ(process.readAllStandardError().toStdString(), "");
+    std::string expected;
+    for (const Fields& row : RowsOf(csv)) {
+        for (const std::string& field : row)
+            expected += QByteArray::fromStdString(field).toHex().toStdString() + " ";
+        expected += "\n";
+    }
+    EXPECT_EQ(process.readAllStandardOutput().toStdString(), expected);
+}
+
+}  // namespace
+}  // namespace davo
