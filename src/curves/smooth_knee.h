@@ -14,10 +14,10 @@ namespace davo {
 // interpolation", SIAM J. Numer. Anal. 17 (1980), 238-246; slopes at the points by F. N. Fritsch,
 // J. Butland, SIAM J. Sci. Stat. Comput. 5 (1984), 300-304). On it, the highest point under which
 // the curve is steep and above which it is bent:
-//   IEEE 45 degree  d(log V) / d(log I) = tan 45
-//   IEEE 30 degree  d(log V) / d(log I) = tan 30
+//   IEEE 45 degree  d(log V) / d(log I) = tan 45 (IEEE C57.13, cores without a gap)
+//   IEEE 30 degree  d(log V) / d(log I) = tan 30 (the same, gapped cores)
 //   ASA 10/50       10 % more voltage drives 50 % more current
-// as IEEE C57.13 and the excitation tests by 10/50 define them; docs/kneepoints.md compares them.
+// docs/kneepoints.md compares them with the rules.
 //
 // points in amperes and volts, from the lowest up; those that are not above zero are left out, and
 // one that does not raise the current counts for its voltage only. Nothing when fewer than four are
