@@ -9,6 +9,7 @@
 #include "app/end_requests.h"
 #include "app/frmMain.h"
 #include "app/frmSplash.h"
+#include "app/guide.h"
 #include "app/open_windows.h"
 #include "app/program_icon.h"
 #include "app/settings_store.h"
@@ -17,6 +18,7 @@
 #include "common/centre_form.h"
 #include "common/dialog_prompts.h"
 #include "link/serial_port.h"
+#include "reports/open_document.h"
 
 namespace davo {
 
@@ -86,6 +88,8 @@ int RunProgram(QApplication& application) {
     frmSplash splash(pointer, [&] { ShowMain(window, places); });
     QuitFilter quitFilter(window);
     application.installEventFilter(&quitFilter);
+    GuideKey guideKey(GuideFolders(), prompts, ShowDocument);
+    application.installEventFilter(&guideKey);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      [&window] { window.SessionEnds(); });
     const auto endRequests = QuitOnEndRequests();

@@ -4,6 +4,10 @@
 
 namespace davo {
 
+bool ShowReportInExcel(const QString& path) {
+    return ShowDocument(path);
+}
+
 QString NoProgramText(const QString& path) {
     return QLatin1String(kNoProgramText) + ShownPath(path);
 }

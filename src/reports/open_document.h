@@ -4,9 +4,12 @@
 
 namespace davo {
 
-// Opens the finished workbook at path with the program that this user's desktop has for its kind,
-// and leaves it to the user. Returns at once; false when there is no such program or it does not
-// start: then show NoProgramText.
+// Opens the document at path, a workbook or a page of HTML, with the program that this user's
+// desktop has for its kind, and leaves it to the user. False when there is no such program or it
+// does not start. May be called on any thread.
+bool ShowDocument(const QString& path);
+
+// ShowDocument of a finished workbook. When false: show NoProgramText.
 bool ShowReportInExcel(const QString& path);
 
 inline constexpr const char* kNoProgramText =

@@ -20,7 +20,9 @@ namespace {
 using Group = QMap<QString, QString>;
 
 QString KindOf(const QString& path) {
-    return QFileInfo(path).suffix().compare(QLatin1String("xls"), Qt::CaseInsensitive) == 0
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == QLatin1String("html")) return QStringLiteral("text/html");
+    return suffix == QLatin1String("xls")
                ? QStringLiteral("application/vnd.ms-excel")
                : QStringLiteral(
                      "application/vnd.openxmlformats-officedocument.spreadsheetml.sheet");
@@ -120,7 +122,7 @@ QStringList CommandOf(const Group& entry, const QString& path) {
 
 }  // namespace
 
-bool ShowReportInExcel(const QString& path) {
+bool ShowDocument(const QString& path) {
     const QString file = QFileInfo(path).absoluteFilePath();
     for (const QString& name : EntriesFor(KindOf(file))) {
         const Group entry = ReadGroup(FileOfEntry(name), QStringLiteral("Desktop Entry"));

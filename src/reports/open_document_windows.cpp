@@ -8,7 +8,7 @@
 
 namespace davo {
 
-bool ShowReportInExcel(const QString& path) {
+bool ShowDocument(const QString& path) {
     const std::wstring file = QDir::toNativeSeparators(path).toStdWString();
     const HINSTANCE result =
         ::ShellExecuteW(nullptr, L"open", file.c_str(), nullptr, nullptr, SW_SHOWNORMAL);

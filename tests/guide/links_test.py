@@ -1,0 +1,88 @@
+"""The guide's pages hold together: links, anchors, windows. DAVO_GUIDE names their folder."""
+
+import html.parser
+import os
+import pathlib
+import re
+import sys
+import unittest
+
+GUIDE = pathlib.Path(os.environ["DAVO_GUIDE"])
+SOURCES = pathlib.Path(__file__).parents[2] / "src"
+# Those of the prompts (src/common/dialog_prompts.h).
+DIALOGS = {"msgBox", "inputBox", "cdFile", "folderBrowser"}
+
+
+class PageReader(html.parser.HTMLParser):
+    def __init__(self, path):
+        super().__init__()
+        self.ids, self.links, self.pictures, self.fetched = [], [], [], []
+        self.feed(path.read_text("utf-8"))
+
+    def handle_starttag(self, tag, attributes):
+        attributes = dict(attributes)
+        if "id" in attributes:
+            self.ids.append(attributes["id"])
+        if tag == "a":
+            self.links.append(attributes["href"])
+        if tag == "img":
+            self.pictures.append((attributes["src"], attributes.get("alt", "")))
+        elif "src" in attributes or tag == "link":
+            self.fetched.append(tag)
+        if attributes.get("http-equiv") == "refresh":
+            self.links.append(attributes["content"].partition("url=")[2])
+
+
+class Links(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.pages = {path.resolve(): PageReader(path) for path in GUIDE.rglob("*.html")}
+        self.assertIn((GUIDE / "index.html").resolve(), self.pages)
+
+    def test_every_link_leads_to_a_page_and_a_place_in_it(self):
+        broken = []
+        for path, page in self.pages.items():
+            for link in page.links:
+                if re.match(r"https?://", link):
+                    continue
+                name, _, anchor = link.partition("#")
+                target = (path.parent / name).resolve() if name else path
+                if target not in self.pages or (anchor and anchor not in self.pages[target].ids):
+                    broken.append(f"{path.name}: {link}")
+        self.assertEqual(broken, [])
+
+    def test_a_place_has_one_name(self):
+        for path, page in self.pages.items():
+            self.assertEqual(len(page.ids), len(set(page.ids)), path.name)
+
+    def test_every_page_is_in_the_contents_and_fetches_nothing(self):
+        first = self.pages[(GUIDE / "index.html").resolve()]
+        for path, page in self.pages.items():
+            self.assertEqual(page.fetched, [], path.name)
+            if path.parent == GUIDE.resolve():
+                self.assertIn(path.name, first.links)
+                self.assertNotRegex(path.read_text("utf-8"), r"url\(|@import")
+
+    def test_pictures_are_named_and_lie_in_one_folder(self):
+        for path, page in self.pages.items():
+            for source, words in page.pictures:
+                self.assertRegex(source, r"^pictures/[a-z0-9-]+\.png$", path.name)
+                self.assertGreater(len(words), 3, f"{path.name}: {source} has no words")
+
+    def test_every_window_has_its_place(self):
+        classes = set()
+        for header in SOURCES.rglob("*.h"):
+            classes.update(re.findall(r"^class (frm\w+) (?:final )?:", header.read_text("utf-8"), re.M))
+        self.assertIn("frmCControl", classes)
+        places = {path.stem for path in (GUIDE / "f1").glob("*.html")}
+        self.assertEqual(sorted((classes | DIALOGS) - places), [])
+
+    def test_every_place_is_that_of_a_window(self):
+        sources = "\n".join(path.read_text("utf-8") for path in SOURCES.rglob("*.cpp"))
+        names = {path.stem for path in (GUIDE / "f1").glob("*.html")}
+        self.assertEqual(sorted(name for name in names if f'"{name}"' not in sources), [])
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())
