@@ -7,8 +7,17 @@
 
 #include "analysis/grid_points.h"
 #include "analysis/kneepoint.h"
+#include "curves/log_axes.h"
+
+class QLabel;
 
 namespace davo {
+
+// The word of a rule: "IEEE 30", "IEEE 45", "ASA 10/50".
+QString KneeWord(KneeRule rule);
+
+// A value in amperes or volts as a person reads it, with six digits at most: "0.0124", "152.3".
+QString ValueText(double value);
 
 // A kneepoint on the chart: told apart by the marker's shape and by the rule's word beside it.
 struct KneeMark {
@@ -29,15 +38,6 @@ struct ChartCurve {
     CurveLook look = CurveLook::Normal;
 };
 
-// The decades (powers of ten) that an axis shows: from 10^first to 10^last, first < last.
-struct Decades {
-    int first = 0;
-    int last = 1;
-    bool operator==(const Decades&) const = default;
-};
-// The smallest whole decades that hold every value above zero; 0.01 to 1 (-2, 0) without one.
-Decades DecadesOf(const std::vector<double>& values);
-
 // Excitation curves on logarithmic axes: amperes across, volts up. Points at or below zero cannot
 // be drawn there and are left out. Colours follow the palette (light, dark, high contrast).
 class CurveChart : public QWidget {
@@ -55,6 +55,10 @@ class CurveChart : public QWidget {
     // Off for a chart that is only looked at: no crosshair, no zoom, no focus. On at first.
     void SetInteractive(bool on);
 
+    // The part of the axes that is shown, amperes and volts.
+    LogSpan Across() const;
+    LogSpan Up() const;
+
     // Keys: + - zoom, arrows move, 0 or Home shows all; wheel zooms at the pointer; Left and Right
     // with Ctrl step the crosshair from point to point.
     void ZoomBy(double factor);
@@ -67,8 +71,9 @@ class CurveChart : public QWidget {
     // The point nearest to the pointer, as it is shown; nothing when the pointer is away.
     std::optional<Crosshair> AtCrosshair() const;
 
-    // Writes what is shown. False when the file cannot be written. Size in pixels; the PDF is one
-    // page of vectors.
+    // Writes what is shown, dark on white whatever the palette, without the crosshair. False when
+    // the file cannot be written; one that was there is then as it was. Size in pixels; the PDF is
+    // one page of vectors.
     bool SavePng(const QString& path, QSize size);
     bool SavePdf(const QString& path);
 
@@ -78,9 +83,13 @@ class CurveChart : public QWidget {
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
+  protected:
+    void changeEvent(QEvent* event) override;
+
   private:
     class Plot;
     Plot* plot_ = nullptr;
+    QLabel* lblCrosshair_ = nullptr;
 };
 
 }  // namespace davo

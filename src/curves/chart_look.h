@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+#include <array>
+
+namespace davo {
+
+// How many curves can be told apart by dash and marker.
+inline constexpr std::size_t kCurveLooks = 10;
+
+// The colours of a chart.
+struct ChartColours {
+    QColor base;
+    QColor text;
+    QColor grid;
+    QColor fineGrid;
+    QColor faint;
+    std::array<QColor, kCurveLooks> curves;
+};
+
+// Colours on the palette's base: lines stand out from it by a contrast of 3 to 1 at least, the
+// text has the palette's own.
+ChartColours ColoursOn(const QPalette& palette);
+// Dark on white, for paper.
+ChartColours PaperColours();
+
+// The contrast of two colours, 1 to 21 (WCAG 2.1, "contrast ratio").
+double Contrast(const QColor& one, const QColor& other);
+
+}  // namespace davo

@@ -1,0 +1,97 @@
+#include "curves/log_axes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+
+namespace davo {
+
+namespace {
+
+constexpr Decades kNothingShown{-2, 0};
+constexpr double kLeastSpan = 0.05;
+// Up to how many decades the digits between them have numbers, too.
+constexpr double kEveryDigit = 0.8;
+constexpr double kSomeDigits = 2;
+constexpr double kEvenSteps = 0.35;
+constexpr double kStepsWanted = 5;
+
+double Power(double exponent) {
+    return std::pow(10.0, exponent);
+}
+
+LogSpan Inside(LogSpan span, LogSpan whole) {
+    const double length = std::min(span.Length(), whole.Length());
+    const double low = std::clamp(span.low, whole.low, whole.high - length);
+    return {low, low + length};
+}
+
+std::vector<double> Digits(LogSpan span, std::initializer_list<int> digits) {
+    std::vector<double> marks;
+    const int last = static_cast<int>(std::floor(span.high));
+    for (int decade = static_cast<int>(std::floor(span.low)); decade <= last; ++decade) {
+        for (const int digit : digits)
+            marks.push_back(digit * Power(decade));
+    }
+    return marks;
+}
+
+std::vector<double> EvenSteps(LogSpan span) {
+    const double low = Power(span.low);
+    const double high = Power(span.high);
+    const double wanted = (high - low) / kStepsWanted;
+    const double unit = Power(std::floor(std::log10(wanted)));
+    double step = unit * 10;
+    for (const double nice : {5.0, 2.0, 1.0}) {
+        if (unit * nice >= wanted) step = unit * nice;
+    }
+    std::vector<double> marks;
+    const auto first = static_cast<long long>(std::ceil(low / step));
+    const auto last = static_cast<long long>(std::floor(high / step));
+    for (long long i = first; i <= last; ++i)
+        marks.push_back(static_cast<double>(i) * step);
+    return marks;
+}
+
+}  // namespace
+
+Decades DecadesOf(const std::vector<double>& values) {
+    double least = 0;
+    double most = 0;
+    for (const double value : values) {
+        if (!(value > 0) || !std::isfinite(value)) continue;
+        least = least > 0 ? std::min(least, value) : value;
+        most = std::max(most, value);
+    }
+    if (!(least > 0)) return kNothingShown;
+    Decades decades{static_cast<int>(std::floor(std::log10(least))),
+                    static_cast<int>(std::ceil(std::log10(most)))};
+    if (decades.last <= decades.first) decades.last = decades.first + 1;
+    return decades;
+}
+
+LogSpan Zoomed(LogSpan span, double factor, double at, LogSpan whole) {
+    const double length = std::clamp(span.Length() / factor, kLeastSpan, whole.Length());
+    const double part = (at - span.low) / span.Length();
+    const double low = at - part * length;
+    return Inside({low, low + length}, whole);
+}
+
+LogSpan Moved(LogSpan span, double part, LogSpan whole) {
+    const double way = part * span.Length();
+    return Inside({span.low + way, span.high + way}, whole);
+}
+
+std::vector<double> AxisMarks(LogSpan span) {
+    if (span.Length() <= kEvenSteps) return EvenSteps(span);
+    if (span.Length() <= kEveryDigit) return Digits(span, {1, 2, 3, 4, 5, 6, 8});
+    if (span.Length() <= kSomeDigits) return Digits(span, {1, 2, 5});
+    return Digits(span, {1});
+}
+
+std::vector<double> FineMarks(LogSpan span) {
+    if (span.Length() <= kEvenSteps) return {};
+    return Digits(span, {2, 3, 4, 5, 6, 7, 8, 9});
+}
+
+}  // namespace davo
