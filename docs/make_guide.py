@@ -19,10 +19,12 @@ import pathlib
 import re
 import string
 import sys
+import textwrap
 
 import markdown
 from markdown.extensions import Extension
 from markdown.treeprocessors import Treeprocessor
+from markdown.util import AtomicString
 
 TEMPLATE = pathlib.Path(__file__).parent / "guide" / "template.html"
 EXTENSIONS = ["attr_list", "def_list", "fenced_code", "sane_lists", "tables"]
@@ -53,6 +55,9 @@ class PageParts(Treeprocessor):
                 if page.endswith(".md") and "://" not in page:
                     name = pathlib.PurePosixPath(page).stem
                     element.set("href", name + ".html" + hash_ + anchor)
+            elif element.tag == "pre":
+                for code in element:
+                    code.text = AtomicString(textwrap.dedent(code.text))
             elif element.tag == "table":
                 # A wide table scrolls by itself on a narrow screen.
                 element.set("tabindex", "0")
@@ -78,8 +83,10 @@ class Page:
         self.name = path.stem
         text = path.read_text("utf-8")
         parts = Parts()
-        body = markdown.Markdown(extensions=[*EXTENSIONS, parts], output_format="html").convert(text)
-        self.body = body
+        converter = markdown.Markdown(
+            extensions=[*EXTENSIONS, parts], output_format="html", tab_length=2
+        )
+        self.body = converter.convert(text)
         self.windows = parts.processor.windows
         self.sections = parts.processor.sections
         title = re.match(r"# (.+?)(?: *\{.*\})?\n", text)
@@ -128,6 +135,7 @@ def main(output, sources):
     windows = {}
     for index, page in enumerate(pages):
         text = template.substitute(
+            name=page.name,
             title=html.escape(page.title),
             contents=contents(pages, page),
             body=page.body,
