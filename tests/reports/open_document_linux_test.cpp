@@ -99,6 +99,17 @@ TEST_F(OpenDocument, UsesAProgramThatOffersItself) {
               (Words{"file://" + folder_.Path("T%2012.xlsx").toStdString(), "--100%"}));
 }
 
+TEST_F(OpenDocument, ShowsAPageInTheBrowserAndNotInASpreadsheet) {
+    AddProgram("sheets", "%f");
+    AddProgram("browser", "%u");
+    WriteList("config/mimeapps.list", "Default Applications", "sheets.desktop;");
+    ReplaceFile(folder_.Path("data/applications/mimeinfo.cache"),
+                "[MIME Cache]\ntext/html=browser.desktop;\n");
+    EXPECT_TRUE(ShowDocument(folder_.Path("index.html")));
+    EXPECT_EQ(GivenTo("browser"), (Words{"file://" + folder_.Path("index.html").toStdString()}));
+    EXPECT_FALSE(FileExists(folder_.Path("sheets.note")));
+}
+
 TEST_F(OpenDocument, GivesThePathToACommandWithoutAPlaceForIt) {
     AddProgram("sheets", "%i");
     WriteList("config/mimeapps.list", "Added Associations", "sheets.desktop;");
