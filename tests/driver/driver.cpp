@@ -1,16 +1,16 @@
 #include "driver.h"
 
-#include <unistd.h>
-
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
-#include <QSocketNotifier>
 #include <QTimer>
 #include <QWidget>
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
+#include <string>
+#include <thread>
 
 #include "script_line.h"
 #include "widgets.h"
@@ -23,7 +23,7 @@ constexpr int kFailed = 3;
 constexpr int kInputEnded = 4;
 
 void Say(const QString& text) {
-    std::fprintf(stdout, "driver: %s\n", qPrintable(text));
+    std::fprintf(stdout, "driver: %s\n", text.toUtf8().constData());
     std::fflush(stdout);
 }
 
@@ -31,8 +31,9 @@ void Say(const QString& text) {
 
 Driver::Driver(const QString& script) {
     if (script == QLatin1String("-")) {
-        notifier_ = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this);
-        connect(notifier_, &QSocketNotifier::activated, this, &Driver::ReadStandardInput);
+        // A thread, because not every platform's event loop can wait for a pipe. It ends with the
+        // process.
+        std::thread([this] { ReadStandardInput(); }).detach();
         return;
     }
     QFile file(script);
@@ -46,25 +47,28 @@ Driver::Driver(const QString& script) {
 }
 
 void Driver::ReadStandardInput() {
-    char buffer[4096];
-    const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
-    if (count <= 0) {
-        // Who gave the commands has gone: nobody would ever end the program.
-        notifier_->setEnabled(false);
-        Step end;
-        end.line = QStringLiteral("end, since the input has ended");
-        end.missing = [] { return QString(); };
-        end.act = [] { std::_Exit(kInputEnded); };
-        steps_.push_back(std::move(end));
-        Schedule(0);
-        return;
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this, text = QString::fromStdString(line)] {
+                AddLine(text);
+                Schedule(0);
+            },
+            Qt::QueuedConnection);
     }
-    unread_.append(buffer, count);
-    for (qsizetype end = unread_.indexOf('\n'); end >= 0; end = unread_.indexOf('\n')) {
-        AddLine(QString::fromUtf8(unread_.left(end)));
-        unread_.remove(0, end + 1);
-    }
-    Schedule(0);
+    // Who gave the commands has gone: nobody would ever end the program.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            Step end;
+            end.line = QStringLiteral("end, since the input has ended");
+            end.missing = [] { return QString(); };
+            end.act = [] { std::_Exit(kInputEnded); };
+            steps_.push_back(std::move(end));
+            Schedule(0);
+        },
+        Qt::QueuedConnection);
 }
 
 void Driver::AddLine(const QString& line) {

@@ -6,8 +6,6 @@
 #include <deque>
 #include <functional>
 
-class QSocketNotifier;
-
 namespace davo::test {
 
 // One thing to do: when missing() has nothing to say any more, act() runs. A limit passed ends
@@ -67,8 +65,6 @@ class Driver : public QObject {
     QElapsedTimer sinceStep_;
     bool timing_ = false;
     bool scheduled_ = false;
-    QByteArray unread_;
-    QSocketNotifier* notifier_ = nullptr;
 };
 
 }  // namespace davo::test

@@ -78,7 +78,7 @@ class Program:
         self._new = queue.Queue()
         self.log = open(bench.folder / "program.log", "ab")
         self.process = subprocess.Popen(
-            [PROGRAM],
+            bench.command or [PROGRAM],
             env=self.environment,
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
@@ -90,7 +90,7 @@ class Program:
 
     def _read(self):
         for raw in self.process.stdout:
-            line = raw.decode("utf-8", "replace").rstrip("\n")
+            line = raw.decode("utf-8", "replace").rstrip("\r\n")
             self.lines.append(line)
             self._new.put(line)
         self._new.put(None)
@@ -156,6 +156,8 @@ class Program:
 
 class Bench:
     """A folder with everything a run needs, the instrument on its line, and the program."""
+
+    command = None  # PROGRAM
 
     def __init__(self, *instrument_options):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="davo-"))

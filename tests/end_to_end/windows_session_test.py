@@ -1,0 +1,84 @@
+"""A whole session with the Windows program: its record file is what went over the line, and what the
+program for this machine writes of the same conversation."""
+
+import datetime
+import os
+import re
+import sys
+import unittest
+
+import expected_record
+import harness
+import windows_bench
+from session_test import HEADER, NOTES, Session, fill_header, stored
+
+LINUX_PROGRAM = os.environ["DAVO_LINUX_PROGRAM"]
+LINUX_PLUGINS = os.environ["DAVO_LINUX_PLUGINS"]
+PICTURES = os.environ.get("DAVO_WINDOWS_PICTURES", "")
+WHEN = re.compile(rb"DATE: .*\r\nTIME: .*\r\n")
+
+
+class LinuxBench(harness.Bench):
+    command = [LINUX_PROGRAM]
+
+    def __init__(self, *instrument_options):
+        super().__init__(*instrument_options)
+        self.environment["QT_PLUGIN_PATH"] = LINUX_PLUGINS
+
+
+def play(bench, pictures=False):
+    """Three shots, the second dropped, one of the ratio only; the record file's bytes."""
+    grab = (lambda name: program.do(f"grab {name}")) if pictures else (lambda name: None)
+    program = bench.start_program()
+    program.do("wait frmMain")
+    grab("main-window")
+    harness.open_test_window(program)
+    grab("test-window")
+    fill_header(program, HEADER, NOTES)
+    program.do("type txtHVolt 1200", "focusOut", "type txtXVolt 5", "focusOut")
+    harness.full_shot(program, first=True)
+    grab("shot-complete")
+    harness.full_shot(program)
+    harness.repeat_shot(program)
+    harness.full_shot(program)
+    harness.ratio_shot(program)
+    harness.save_session(program, "T17.txt")
+    grab("main-window-with-records")
+    return program, (bench.data / "T17.txt").read_bytes()
+
+
+class WindowsSession(Session):
+    def test_the_record_file_is_what_went_over_the_line(self):
+        began = datetime.datetime.now().replace(second=0, microsecond=0)
+        options = ("--unpaced", "--quick", "--seed", "5")
+        with windows_bench.WindowsBench(*options) as bench:
+            program, record = play(bench, pictures=True)
+            self.assertEqual(harness.leave(program), 0)
+            if PICTURES:
+                bench.keep_pictures(PICTURES)
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
+            self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
+            del shots[1]
+            self.check(
+                bench, "T17.txt", began, [stored(field) for field in HEADER], shots, ("1200", "5"),
+                "\r\n".join(NOTES),
+            )
+        with LinuxBench(*options) as bench:
+            program, other = play(bench)
+            self.assertEqual(harness.leave(program), 0)
+        self.assertEqual(len(WHEN.findall(record)), 1)
+        self.assertEqual(WHEN.sub(b"", record), WHEN.sub(b"", other))
+
+    def test_settings_are_written_to_the_registry_as_texts(self):
+        with windows_bench.WindowsBench("--unpaced", "--quick") as bench:
+            program = bench.start_program()
+            program.do("wait frmMain")
+            self.assertEqual(harness.leave(program), 0)
+            values = windows_bench.stored()
+            data = windows_bench.in_windows(bench.data) + "\\"
+            self.assertEqual(values[("DATAPATH", "PATH", "PATHVAL")], ("REG_SZ", data))
+            self.assertTrue(all(kind == "REG_SZ" for kind, _ in values.values()), values)
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())
