@@ -10,7 +10,11 @@
 namespace davo {
 
 QString InstalledTemplate() {
-    return QDir(QCoreApplication::applicationDirPath()).filePath(QLatin1String(kTemplateFileName));
+    const QDir program(QCoreApplication::applicationDirPath());
+    const QString beside = program.filePath(QLatin1String(kTemplateFileName));
+    const QString shared = QDir::cleanPath(
+        program.filePath(QStringLiteral("../share/davo/") + QLatin1String(kTemplateFileName)));
+    return !FileExists(beside) && FileExists(shared) ? shared : beside;
 }
 
 void PutTemplate(const QString& excelPath, const QString& installed) {

@@ -8,7 +8,8 @@ namespace davo {
 // where its owner may put a letterhead of his own in it.
 inline constexpr const char* kTemplateFileName = "DAVO_Header.xls";
 
-// The one that came with the program, in the program's folder.
+// The one that came with the program: in the program's folder, or, when there is none, in
+// ../share/davo, where a package puts it. The former's path when there is neither.
 QString InstalledTemplate();
 
 // Puts a copy of installed into excelPath (with or without a separator at its end), unless a

@@ -37,6 +37,24 @@ TEST(Template, LiesBesideTheProgram) {
               QCoreApplication::applicationDirPath() + QStringLiteral("/DAVO_Header.xls"));
 }
 
+TEST(Template, IsTheSharedOneWhereNoneLiesBesideTheProgram) {
+    const QDir program(QCoreApplication::applicationDirPath());
+    const QString shared = QDir::cleanPath(program.filePath(QStringLiteral("../share/davo")));
+    ASSERT_FALSE(QDir(shared).exists());
+    ASSERT_TRUE(QDir().mkpath(shared));
+    const QString file = shared + QStringLiteral("/DAVO_Header.xls");
+    ReplaceFile(file, "shared");
+    const QString found = InstalledTemplate();
+    const QString beside = program.filePath(QStringLiteral("DAVO_Header.xls"));
+    ReplaceFile(beside, "beside");
+    const QString foundOfBoth = InstalledTemplate();
+    QFile::remove(beside);
+    QDir(shared).removeRecursively();
+    QDir().rmdir(QDir::cleanPath(program.filePath(QStringLiteral("../share"))));
+    EXPECT_EQ(found, file);
+    EXPECT_EQ(foundOfBoth, beside);
+}
+
 // xlrd, an independent reader, says what a report's sheet is a copy of.
 TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
     QProcess python;

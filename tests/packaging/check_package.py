@@ -1,0 +1,149 @@
+"""What the Debian package must be: check_package.py PACKAGE. Names every fault and ends with 1."""
+
+import hashlib
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+SOURCES = pathlib.Path(__file__).resolve().parents[2]
+ICON_SIZES = (16, 24, 32, 48, 64, 128, 256)
+PROGRAMS = ("usr/bin/davo", "usr/bin/davo-instrument")
+MODULE = "usr/lib/davo/libdavo_reports_calc.so"
+DESKTOP = "usr/share/applications/davo.desktop"
+METAINFO = "usr/share/metainfo/local.davo.davo.metainfo.xml"
+GUIDE = "usr/share/doc/davo/guide/"
+TEMPLATE = "usr/share/davo/DAVO_Header.xls"
+CALC_FOLDER = "/usr/lib/libreoffice/program"  # where the module's libraries lie, and only there
+
+FILES = {
+    *PROGRAMS,
+    MODULE,
+    DESKTOP,
+    METAINFO,
+    TEMPLATE,
+    "usr/share/doc/davo/changelog.gz",
+    "usr/share/doc/davo/copyright",
+    "usr/share/icons/hicolor/scalable/apps/davo.svg",
+    *(f"usr/share/icons/hicolor/{size}x{size}/apps/davo.png" for size in ICON_SIZES),
+    "usr/share/lintian/overrides/davo",
+    "usr/share/man/man1/davo.1.gz",
+    "usr/share/man/man1/davo-instrument.1.gz",
+}
+LIBRARIES = {
+    "libc6",
+    "libqt6core6",
+    "libqt6gui6",
+    "libqt6serialport6",
+    "libqt6widgets6",
+    "libstdc++6",
+    "libxlsxwriter4",
+}
+
+faults = []
+
+
+def expect(condition, fault):
+    if not condition:
+        faults.append(fault)
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def check_fields(package):
+    fields = {}
+    for line in output_of("dpkg-deb", "--field", package).splitlines():
+        if not line.startswith(" "):
+            name, _, value = line.partition(": ")
+            fields[name] = value
+    version = re.search(r"project\(davo VERSION (\S+)", (SOURCES / "CMakeLists.txt").read_text())[1]
+    expect(fields["Package"] == "davo", f"package {fields['Package']}")
+    expect(fields["Version"] == version, f"version {fields['Version']}, the program's is {version}")
+    expect(fields["Section"] == "science", f"section {fields['Section']}")
+    expect("Homepage" not in fields, "a home page, and there is none")
+    alternatives = set(re.split(r"\s*\|\s*", fields.get("Recommends", "")))
+    expect(alternatives == {"libreoffice-calc", "libreoffice-calc-nogui"}, f"recommends {alternatives}")
+    depends = {re.split(r"[ :(]", entry.strip())[0] for entry in fields["Depends"].split(",")}
+    expect(LIBRARIES <= depends, f"no dependency on {sorted(LIBRARIES - depends)}")
+    needless = sorted(name for name in depends if name.endswith("-dev") or name.startswith("libreoffice"))
+    expect(not needless, f"dependency on {needless}")
+    kept = output_of("dpkg-parsechangelog", "-l", str(SOURCES / "packaging/debian/changelog"), "-S", "Version")
+    expect(kept.strip() == version, f"the changelog begins with {kept.strip()}")
+
+
+def check_files(package, root):
+    listed = set()
+    for line in output_of("dpkg-deb", "--contents", package).splitlines():
+        mode, owner, _, _, _, name = line.split(maxsplit=5)
+        name = name.removeprefix("./")
+        expect(owner == "root/root", f"{name} belongs to {owner}")
+        if mode.startswith("d"):
+            expect(mode == "drwxr-xr-x", f"folder {name} has mode {mode}")
+            continue
+        listed.add(name)
+        wanted = "-rwxr-xr-x" if name in PROGRAMS else "-rw-r--r--"
+        expect(mode == wanted, f"{name} has mode {mode}")
+    expect(FILES <= listed, f"missing: {sorted(FILES - listed)}")
+    strangers = sorted(name for name in listed - FILES if not name.startswith(GUIDE))
+    expect(not strangers, f"not wanted: {strangers}")
+    expect(GUIDE + "index.html" in listed, "the guide is missing")
+    for line in (root / "DEBIAN/md5sums").read_text().splitlines():
+        digest, name = line.split(maxsplit=1)
+        expect(hashlib.md5((root / name).read_bytes()).hexdigest() == digest, f"md5sum of {name}")
+        listed.discard(name)
+    expect(not listed, f"without md5sum: {sorted(listed)}")
+    committed = (SOURCES / "packaging/template/DAVO_Header.xls").read_bytes()
+    expect((root / TEMPLATE).read_bytes() == committed, "another template than the committed one")
+
+
+def check_binaries(root):
+    for name in (*PROGRAMS, MODULE):
+        file = root / name
+        run_path = re.findall(r"\((?:RPATH|RUNPATH)\).*\[(.*)\]", output_of("readelf", "-dW", str(file)))
+        expect(run_path == ([CALC_FOLDER] if name == MODULE else []), f"{name} searches {run_path}")
+        sections = output_of("readelf", "-SW", str(file))
+        expect(".symtab" not in sections and ".debug_info" not in sections, f"{name} is not stripped")
+        expect(str(SOURCES).encode() not in file.read_bytes(), f"{name} knows the source folder")
+
+
+def check_links(root):
+    """The guide's pages lead to files that are there."""
+    for page in (root / GUIDE).rglob("*.html"):
+        for target in re.findall(r'(?:href|src)="([^"#:]+)', page.read_text()):
+            expect((page.parent / target).exists(), f"{page.relative_to(root)} leads to {target}")
+
+
+def check_with(tool, *arguments):
+    """What the tool says of the files; skipped, and said, where it is not installed."""
+    if shutil.which(tool) is None:
+        print(f"{tool} is not installed")
+        return
+    run = subprocess.run((tool, *arguments), capture_output=True, text=True)
+    said = run.stdout + run.stderr
+    expect(run.returncode == 0, f"{tool} ended with {run.returncode}:\n{said}")
+
+
+def main():
+    package = sys.argv[1]
+    with tempfile.TemporaryDirectory() as folder:
+        root = pathlib.Path(folder)
+        subprocess.run(("dpkg-deb", "--raw-extract", package, folder), check=True)
+        check_fields(package)
+        check_files(package, root)
+        check_binaries(root)
+        check_links(root)
+        check_with("desktop-file-validate", "--warn-kde", str(root / DESKTOP))
+        check_with("appstreamcli", "validate", "--no-net", "--no-color", str(root / METAINFO))
+    check_with("lintian", "--allow-root", "--fail-on", "error,warning", package)
+    for fault in faults:
+        print(f"{package}: {fault}")
+    if faults:
+        sys.exit(1)
+    print(f"{package}: as it must be")
+
+
+main()
