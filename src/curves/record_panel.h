@@ -1,12 +1,28 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
+#include <map>
+#include <optional>
 #include <vector>
 
 #include "common/prompts.h"
+#include "curves/record_tests.h"
+
+class QBoxLayout;
+class QLabel;
+class QPlainTextEdit;
+class QPushButton;
+class QTableWidget;
 
 namespace davo {
+
+class CurveChart;
+
+// How many records the panel shows over each other.
+inline constexpr std::size_t kMostShownRecords = 10;
 
 // The selected records at a glance, beside a list of records: curves, kneepoints, results, header,
 // and what is doubtful, in words. Several records: their curves over each other, ten at most.
@@ -15,12 +31,67 @@ class RecordPanel : public QWidget {
     // prompts must outlive it.
     explicit RecordPanel(Prompts& prompts, QWidget* parent = nullptr);
 
-    // Shows the records of these files (full paths), at once when it is visible, else when it
-    // becomes so. A file that cannot be read is said in the panel; nothing is thrown. Files are
+    // Shows the records of these files (full paths) a moment later, once for many calls, as soon as
+    // it is visible. A file that cannot be read is said in the panel; nothing is thrown. Files are
     // read again only when they have changed.
     void ShowRecords(const std::vector<QString>& files);
 
     QSize sizeHint() const override;
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    // A file as it was read: its facts, or why there are none.
+    struct Read {
+        QDateTime changed;
+        qint64 size = 0;
+        std::optional<RecordFacts> facts;
+        QString trouble;
+    };
+    // A column of the table.
+    struct ShownTest {
+        std::size_t record = 0;  // in records_
+        const RecordTest* test = nullptr;
+        QString name;
+    };
+
+    void BuildTop(QBoxLayout* column);
+    void BuildTable(QBoxLayout* column);
+    void BuildButtons(QBoxLayout* column);
+
+    void ReadAndShow();
+    void ReadFiles();
+    void ShowTop();
+    void FillTable();
+    void ShowCurves();
+    void ShowDoubts();
+    // The test that stands out; nothing without a test.
+    std::optional<std::size_t> Chosen() const;
+
+    // A file to write to that the operator has chosen; empty when he would rather not.
+    QString AskForFile(const QString& ending);
+    template <class Write>
+    void Save(const QString& ending, const Write& write);
+    void cmdSaveCsv_Click();
+
+    Prompts& prompts_;
+    QTimer soon_;
+    std::vector<QString> files_;
+    std::map<QString, Read> read_;
+    std::vector<const RecordFacts*> records_;  // of read_, in the order of files_
+    std::vector<ShownTest> tests_;
+    QString saveFolder_;
+
+    QLabel* lblRecord_ = nullptr;
+    QLabel* lblHeader_ = nullptr;
+    QLabel* lblTrouble_ = nullptr;
+    CurveChart* chart_ = nullptr;
+    QTableWidget* tblTests_ = nullptr;
+    QPlainTextEdit* txtDoubts_ = nullptr;
+    QPushButton* cmdSavePng_ = nullptr;
+    QPushButton* cmdSavePdf_ = nullptr;
+    QPushButton* cmdSaveCsv_ = nullptr;
 };
 
 }  // namespace davo

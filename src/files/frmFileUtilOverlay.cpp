@@ -18,6 +18,7 @@
 #include "common/close_form.h"
 #include "common/files.h"
 #include "common/text.h"
+#include "curves/beside_records.h"
 #include "files/form_parts.h"
 #include "files/group_file.h"
 #include "files/record_names.h"
@@ -43,7 +44,9 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     : mode_(mode), around_(around), handlers_(around.prompts) {
     setObjectName(QStringLiteral("frmFileUtilOverlay"));
     setWindowTitle(IsOverlay() ? QLatin1String(kOverlayCaption) : QLatin1String("File Utilities"));
-    auto* column = new QVBoxLayout(this);
+    auto* controls = new QWidget(this);
+    auto* column = new QVBoxLayout(controls);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(kFormSpacing);
     auto* lists = new QHBoxLayout;
     const auto columns = IsOverlay() ? RecordColumns::UpToStation : RecordColumns::All;
@@ -64,6 +67,8 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     lblMessage_->hide();
     column->addWidget(lblMessage_);
     column->addLayout(BuildButtons());
+    beside_ = new BesideRecords(controls, *lvTest_, around_.prompts, this);
+    (new QVBoxLayout(this))->addWidget(beside_);
     Connect();
 }
 
@@ -111,6 +116,7 @@ void frmFileUtilOverlay::Connect() {
                 [this, i] { handlers_.RunAlone([&] { cmdOp_Click(static_cast<int>(i)); }); });
     }
     connect(cmdExit_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
+    connect(lvTest_, &QTreeWidget::itemSelectionChanged, this, [this] { ShowSelectedRecords(); });
     if (!IsOverlay()) return;
     connect(lvTest_, &QTreeWidget::itemSelectionChanged, this,
             [this] { handlers_.RunAlone([&] { FillTests(); }); });
@@ -145,6 +151,13 @@ std::vector<QString> frmFileUtilOverlay::SelectedNames() const {
     for (const int row : lvTest_->SelectedRows())
         names.push_back(names_.at(static_cast<std::size_t>(row)));
     return names;
+}
+
+void frmFileUtilOverlay::ShowSelectedRecords() {
+    std::vector<QString> files;
+    for (const QString& name : SelectedNames())
+        files.push_back(around_.settings.dataPath + name + QStringLiteral(".txt"));
+    beside_->ShowRecords(files);
 }
 
 void frmFileUtilOverlay::RunOperation(int index) {

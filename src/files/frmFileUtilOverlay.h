@@ -19,6 +19,7 @@ class QPushButton;
 
 namespace davo {
 
+class BesideRecords;
 class RecordList;
 
 // What the window is for; the values are those of fileUtilMode.
@@ -57,6 +58,7 @@ class frmFileUtilOverlay : public QWidget {
 
     void cmdOp_Click(int index);
     std::vector<QString> SelectedNames() const;
+    void ShowSelectedRecords();
     void RunOperation(int index);
     void FillTests();
     void ChooseTest(int graph);
@@ -70,6 +72,7 @@ class frmFileUtilOverlay : public QWidget {
     bool plotting_ = false;
     bool closeWanted_ = false;
 
+    BesideRecords* beside_ = nullptr;
     RecordList* lvTest_ = nullptr;
     QListWidget* lstTest_ = nullptr;
     QGroupBox* frmeOverlay_ = nullptr;

@@ -18,6 +18,7 @@
 #include "common/frmNotepad.h"
 #include "common/page_input.h"
 #include "common/text.h"
+#include "curves/beside_records.h"
 #include "records/record_list.h"
 
 namespace davo {
@@ -68,10 +69,14 @@ frmSetDescr::frmSetDescr(const DirectoryTables& directory, const QString& dataPa
     : directory_(directory), dataPath_(dataPath), prompts_(prompts), handlers_(prompts) {
     setObjectName(QStringLiteral("frmSetDescr"));
     setWindowTitle(QStringLiteral("TEST Directory"));
-    auto* column = new QVBoxLayout(this);
+    auto* controls = new QWidget(this);
+    auto* column = new QVBoxLayout(controls);
+    column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(BuildLists(), 1);
     column->addWidget(BuildFrame());
     column->addWidget(BuildButtons());
+    beside_ = new BesideRecords(controls, *lvTest_, prompts_, this);
+    (new QVBoxLayout(this))->addWidget(beside_);
     Connect();
     ShowStates();
 }
@@ -200,6 +205,7 @@ void frmSetDescr::Connect() {
     connect(
         lvTest_, &QTreeWidget::itemSelectionChanged, this,
         [this] { handlers_.RunAlone([this] { lvTest_Click(); }); }, Qt::QueuedConnection);
+    connect(lvTest_, &QTreeWidget::itemSelectionChanged, this, [this] { ShowSelectedRecord(); });
     connect(lstTest_, &QListWidget::itemSelectionChanged, this,
             [this] { handlers_.Run([this] { lstTest_Click(); }); });
     // The first row is where a list's focus begins: Enter chooses it too.
@@ -278,6 +284,13 @@ void frmSetDescr::ShowFile() {
     }
     test_ = -1;
     ShowTest();
+}
+
+void frmSetDescr::ShowSelectedRecord() {
+    std::vector<QString> files;
+    for (const int row : lvTest_->SelectedRows())
+        files.push_back(PathOf(FromPage(rows_.at(static_cast<std::size_t>(row)).filename)));
+    beside_->ShowRecords(files);
 }
 
 void frmSetDescr::lstTest_Click() {
@@ -401,6 +414,7 @@ bool frmSetDescr::WriteBack() {
     ReplaceFile(path, written);
     file_->bytes = std::move(written);
     file_->changed = false;
+    ShowSelectedRecord();
     return true;
 }
 

@@ -23,6 +23,7 @@ class QPushButton;
 namespace davo {
 
 class frmNotepad;
+class BesideRecords;
 class RecordList;
 
 // "TEST Directory": the header, the tests' texts and the notes of saved records.
@@ -68,6 +69,7 @@ class frmSetDescr : public QWidget {
     // Takes the record of row in hand, or none.
     void Choose(int row);
     void ShowFile();
+    void ShowSelectedRecord();
     void ShowTest();
     void ShowStates();
     void MarkChanged();
@@ -95,6 +97,7 @@ class frmSetDescr : public QWidget {
     std::optional<OpenFile> file_;
     int test_ = -1;  // the selected test, from 0; none: -1
 
+    BesideRecords* beside_ = nullptr;
     RecordList* lvTest_ = nullptr;
     QListWidget* lstTest_ = nullptr;
     QLabel* lblTest_ = nullptr;

@@ -23,6 +23,7 @@
 #include "common/close_form.h"
 #include "common/files.h"
 #include "common/places.h"
+#include "curves/beside_records.h"
 #include "records/record_list.h"
 #include "records/sorting.h"
 #include "retrieval/memory_directory.h"
@@ -91,11 +92,20 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     : QWidget(parent), mode_(mode), around_(std::move(around)), handlers_(around_.prompts) {
     setObjectName(QStringLiteral("frmTestList"));
     setWindowTitle(QStringLiteral("DAVO Memory Content"));
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    auto* controls = new QWidget(this);
+    auto* column = new QVBoxLayout(controls);
+    column->setContentsMargins(0, 0, 0, 0);
     BuildTop(column);
     BuildList(column);
     BuildBottom(column);
+    auto* whole = new QVBoxLayout(this);
+    whole->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    if (mode_ == ListMode::Folder) {
+        beside_ = new BesideRecords(controls, *lvTest_, around_.prompts, this);
+        whole->addWidget(beside_);
+    } else {
+        whole->addWidget(controls);
+    }
     Connect();
 }
 
@@ -433,6 +443,16 @@ void frmTestList::lvTest_SelectionChange() {
     lblSelect_->setText(QStringLiteral("Select: %1 of %2")
                             .arg(lvTest_->selectionModel()->selectedRows().size())
                             .arg(lvTest_->topLevelItemCount()));
+    ShowSelectedRecords();
+}
+
+void frmTestList::ShowSelectedRecords() {
+    if (beside_ == nullptr) return;
+    std::vector<QString> files;
+    for (const int row : lvTest_->SelectedRows())
+        files.push_back(around_.settings.dataPath +
+                        around_.tables.dirFileNames.at(static_cast<std::size_t>(row)));
+    beside_->ShowRecords(files);
 }
 
 void frmTestList::ShowTotal(std::size_t count) {

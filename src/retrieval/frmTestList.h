@@ -23,6 +23,7 @@ class QRadioButton;
 
 namespace davo {
 
+class BesideRecords;
 class RecordList;
 
 // What the test list shows: the record files of the data folder, to be viewed, or the instrument's
@@ -89,6 +90,7 @@ class frmTestList : public QWidget {
     void cmdSave_Click();
     void cmdExit_Click();
     void lvTest_SelectionChange();
+    void ShowSelectedRecords();
     void Form_Unload();
 
     void ShowTotal(std::size_t count);
@@ -105,6 +107,7 @@ class frmTestList : public QWidget {
     std::function<void()> leave_;  // ends the activity
     bool closeWanted_ = false;
 
+    BesideRecords* beside_ = nullptr;  // in folder mode
     QWidget* frameDisplaySort_ = nullptr;
     std::array<QRadioButton*, 3> optDisplay_{};
     std::array<QRadioButton*, 2> optSort_{};
