@@ -32,6 +32,8 @@ std::string ErrorText(ErrorNumber number) {
             return "Path/File access error";
         case ErrorNumber::PathNotFound:
             return "Path not found";
+        case ErrorNumber::CannotCreateObject:
+            return "ActiveX component can't create object";
         case ErrorNumber::Automation:
             return "Automation error";
         case ErrorNumber::InvalidPortNumber:

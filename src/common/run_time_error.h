@@ -21,6 +21,7 @@ enum class ErrorNumber {
     PermissionDenied = 70,
     PathFileAccess = 75,
     PathNotFound = 76,
+    CannotCreateObject = 429,
     Automation = 440,
     InvalidPortNumber = 8002,
     PortAlreadyOpen = 8005,

@@ -6,16 +6,15 @@
 
 namespace davo {
 
-// The first of these that this machine has: LibreOffice Calc, the built-in renderer. Another
-// program that writes ".xls" would be asked for in front of them.
+// The first of these that this machine has: Microsoft Excel, LibreOffice Calc, the built-in
+// renderer.
 struct ChosenRenderer {
     std::unique_ptr<ReportRenderer> renderer;  // never null
     bool isBuiltIn = false;                    // the technician is told kBuiltInRendererText once
 };
 ChosenRenderer ChooseRenderer(const CalcSettings& settings = {});
 
-inline constexpr const char* kBuiltInRendererText =
-    "Reports are made as .xlsx workbooks. Install LibreOffice Calc to have them as .xls workbooks "
-    "with the letterhead of DAVO_Header.xls.";
+// Names the program that would be looked for first on this system.
+extern const char* const kBuiltInRendererText;
 
 }  // namespace davo

@@ -24,11 +24,5 @@ TEST(ChooseRenderer, CalcWhereItIs) {
     EXPECT_EQ(chosen.renderer->Extension(), QStringLiteral(".xls"));
 }
 
-TEST(ChooseRenderer, TheTechnicianIsToldWhatWouldMakeXls) {
-    EXPECT_STREQ(kBuiltInRendererText,
-                 "Reports are made as .xlsx workbooks. Install LibreOffice Calc to have them as "
-                 ".xls workbooks with the letterhead of DAVO_Header.xls.");
-}
-
 }  // namespace
 }  // namespace davo::test

@@ -1,0 +1,9 @@
+#include "reports/choose_renderer.h"
+
+namespace davo {
+
+const char* const kBuiltInRendererText =
+    "Reports are made as .xlsx workbooks. Install Microsoft Excel to have them as .xls workbooks "
+    "with the letterhead of DAVO_Header.xls.";
+
+}  // namespace davo
