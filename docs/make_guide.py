@@ -10,10 +10,13 @@ A heading may say which windows of the program it is about:
     ## The test window {#window f1="frmCControl"}
 
 For each such window f1/<window>.html leads there: the program's F1 key opens it, and needs to know
-no anchor (many desktops pass on a file's name only). Every page is whole by itself: style within,
+no anchor (many desktops pass on a file's name only). On the page about the message boxes each block of
+literal text is a place of its own, f1/message-N.html; f1/messages.txt says by which part of a message
+it is found: the file's name without its ending, a tab, the part. Every page is whole by itself: style within,
 nothing from the network. The pictures lie in OUTPUT/pictures and are made by a test.
 """
 
+import collections
 import html
 import pathlib
 import re
@@ -36,6 +39,10 @@ REDIRECT = """<!DOCTYPE html>
 <p><a href="{target}">To the guide</a></p>
 </html>
 """
+
+
+MESSAGES = "msgBox"
+LEAST_PART = 10  # characters of a message by which it may be found
 
 
 class PageParts(Treeprocessor):
@@ -88,11 +95,20 @@ class Page:
         )
         self.body = converter.convert(text)
         self.windows = parts.processor.windows
+        self.messages = []  # for each message the parts of it that are always the same
+        if MESSAGES in self.windows:
+            self.body = re.sub(r"<pre><code>(.*?)</code></pre>", self.message, self.body, flags=re.S)
         self.sections = parts.processor.sections
         title = re.match(r"# (.+?)(?: *\{.*\})?\n", text)
         if not title:
             raise SystemExit(f"{path} does not begin with its title")
         self.title = title[1]
+
+
+    def message(self, block):
+        parts = re.split(r"‹[^›]*›|\n", html.unescape(block[1]))
+        self.messages.append([part.strip() for part in parts if len(part.strip()) >= LEAST_PART])
+        return f'<pre id="message-{len(self.messages)}"><code>{block[1]}</code></pre>'
 
 
 def contents(pages, current):
@@ -148,6 +164,19 @@ def main(output, sources):
             windows[window] = page.name
             target = f"../{page.name}.html#{anchor}"
             (redirects / f"{window}.html").write_text(REDIRECT.format(target=target), "utf-8")
+        for number, parts in enumerate(page.messages, 1):
+            target = f"../{page.name}.html#message-{number}"
+            (redirects / f"message-{number}.html").write_text(REDIRECT.format(target=target), "utf-8")
+        if page.messages:
+            # What two messages have in common tells neither.
+            times = collections.Counter(part for parts in page.messages for part in set(parts))
+            lines = [
+                f"message-{number}\t{part}\n"
+                for number, parts in enumerate(page.messages, 1)
+                for part in parts
+                if times[part] == 1
+            ]
+            (redirects / "messages.txt").write_text("".join(lines), "utf-8")
 
 
 if __name__ == "__main__":

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QMdiArea>
@@ -27,6 +28,23 @@ QString PageOf(const QString& folder, const QWidget* widget) {
     return QFileInfo::exists(page) ? page : QString();
 }
 
+// The guide's file for the message that widget shows; empty when it shows none that is known.
+QString PageOfMessage(const QString& folder, const QWidget* widget) {
+    const QString message = widget->property("exactText").toString();
+    QFile file(QDir(folder).filePath(QStringLiteral("f1/messages.txt")));
+    if (message.isEmpty() || !file.open(QIODevice::ReadOnly)) return {};
+    QString found;
+    qsizetype longest = 0;
+    for (const QString& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'))) {
+        const QString part = line.section(QLatin1Char('\t'), 1);
+        if (part.size() <= longest || !message.contains(part)) continue;
+        longest = part.size();
+        found = line.section(QLatin1Char('\t'), 0, 0);
+    }
+    if (found.isEmpty()) return {};
+    return QDir(folder).filePath(QStringLiteral("f1/%1.html").arg(found));
+}
+
 // The window that is open in the area of this one; null without.
 const QWidget* OpenWithin(const QWidget* widget) {
     const auto* area = widget->findChild<QMdiArea*>();
@@ -46,6 +64,7 @@ QString GuidePage(const QString& folder, const QWidget* widget) {
     for (; widget != nullptr; widget = widget->parentWidget()) {
         const QWidget* within = OpenWithin(widget);
         QString page = within == nullptr ? QString() : PageOf(folder, within);
+        if (page.isEmpty()) page = PageOfMessage(folder, widget);
         if (page.isEmpty()) page = PageOf(folder, widget);
         if (!page.isEmpty()) return page;
     }

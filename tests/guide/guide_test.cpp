@@ -49,6 +49,18 @@ QString TargetOf(const QString& page) {
     return text.mid(start, text.indexOf(QLatin1Char('"'), start) - start);
 }
 
+// The message at a place of the page of messages, as the page shows it.
+QString MessageAt(const QString& target) {
+    QFile file(kGuide + QStringLiteral("/messages.html"));
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    const QString page = QString::fromUtf8(file.readAll());
+    const QString opening =
+        QStringLiteral("<pre id=\"%1\"><code>").arg(target.section(QLatin1Char('#'), 1));
+    const auto start = page.indexOf(opening) + opening.size();
+    const auto end = page.indexOf(QStringLiteral("</code>"), start);
+    return page.mid(start, end - start).trimmed();
+}
+
 // What was asked to be opened, from whatever thread.
 class Opened {
   public:
@@ -169,7 +181,29 @@ TEST_F(Guide, AModalMessageLeadsToTheMessages) {
         QTest::keyClick(box, Qt::Key_Escape);
     });
     DialogPrompts().YesNo(QStringLiteral("Do You Want to Exit?"), Answer::No);
-    EXPECT_THAT(opened.Paths(), ElementsAre(Place("msgBox")));
+    ASSERT_EQ(opened.Paths().size(), 1U);
+    const QString target = TargetOf(opened.Paths().front());
+    EXPECT_THAT(target.toStdString(), StartsWith("../messages.html#message-"));
+    EXPECT_EQ(MessageAt(target), QStringLiteral("Do You Want to Exit?"));
+}
+
+TEST_F(Guide, AMessageIsFoundByWhatIsAlwaysTheSameInIt) {
+    QMessageBox box;
+    box.setObjectName(QStringLiteral("msgBox"));
+    const auto found = [&box](const char* text) {
+        box.setProperty("exactText", QString::fromUtf8(text));
+        return MessageAt(TargetOf(GuidePage(kGuide, &box)));
+    };
+    EXPECT_EQ(found("File 'T1.txt' exists. Do you want to override? "),
+              QStringLiteral("File '‹name›' exists. Do you want to override?"));
+    EXPECT_EQ(found("DAVO is not available\r\nor\r\nnot under computer control."),
+              QStringLiteral("DAVO is not available\nor\nnot under computer control."));
+    EXPECT_EQ(found("Run-time error '61': Disk full: /a/T1.txt"),
+              QStringLiteral("Run-time error '‹number›': ‹text›: ‹file or line›"));
+    EXPECT_EQ(found("The test record was not saved.\r\nRun-time error '61': Disk full"),
+              QStringLiteral("The test record was not saved.\n‹error›"));
+    box.setProperty("exactText", QStringLiteral("Something else"));
+    EXPECT_EQ(GuidePage(kGuide, &box), Place("msgBox"));
 }
 
 TEST_F(Guide, OtherKeysGoOn) {

@@ -81,7 +81,19 @@ class Links(unittest.TestCase):
     def test_every_place_is_that_of_a_window(self):
         sources = "\n".join(path.read_text("utf-8") for path in SOURCES.rglob("*.cpp"))
         names = {path.stem for path in (GUIDE / "f1").glob("*.html")}
+        names = {name for name in names if not name.startswith("message-")}
         self.assertEqual(sorted(name for name in names if f'"{name}"' not in sources), [])
+
+    def test_every_message_is_found_at_its_own_place(self):
+        lines = (GUIDE / "f1" / "messages.txt").read_text("utf-8").splitlines()
+        found = {}
+        for line in lines:
+            place, _, part = line.partition("\t")
+            self.assertTrue((GUIDE / "f1" / f"{place}.html").exists(), place)
+            found.setdefault(part, set()).add(place)
+        self.assertGreater(len(found), 100)
+        twice = sorted(part for part, places in found.items() if len(places) > 1)
+        self.assertEqual(twice, [])
 
 
 if __name__ == "__main__":
