@@ -13,15 +13,18 @@ namespace davo {
 namespace {
 
 constexpr int kHandleWidth = 10;
-constexpr int kLeastPanelHeight = 480;
+constexpr int kLeastPanelHeight = 600;
+constexpr int kListRoom = 24;
+constexpr double kControlsShare = 0.5;
 
 }  // namespace
 
-BesideRecords::BesideRecords(QWidget* controls, const QTreeView& list, Prompts& prompts,
-                             QWidget* parent)
+BesideRecords::BesideRecords(QWidget* controls, const QTreeView& list, double listShare,
+                             Prompts& prompts, QWidget* parent)
     : QSplitter(Qt::Horizontal, parent),
       controls_(controls),
       list_(list),
+      listShare_(listShare),
       panel_(new RecordPanel(prompts)) {
     setObjectName(QStringLiteral("splRecords"));
     setHandleWidth(kHandleWidth);
@@ -46,11 +49,12 @@ QSize BesideRecords::minimumSizeHint() const {
 }
 
 int BesideRecords::ControlsWidth() const {
-    int columns = list_.verticalScrollBar()->sizeHint().width() + 2 * list_.frameWidth();
+    int columns =
+        kListRoom + list_.verticalScrollBar()->sizeHint().width() + 2 * list_.frameWidth();
     for (int column = 0; column < list_.model()->columnCount(); ++column)
         columns += std::max(static_cast<const QAbstractItemView&>(list_).sizeHintForColumn(column),
                             list_.header()->sectionSizeHint(column));
-    return std::max(columns, controls_->minimumSizeHint().width());
+    return std::max(static_cast<int>(columns / listShare_), controls_->minimumSizeHint().width());
 }
 
 void BesideRecords::resizeEvent(QResizeEvent* event) {
@@ -62,7 +66,10 @@ void BesideRecords::resizeEvent(QResizeEvent* event) {
     QSplitter::resizeEvent(event);
     if (!room || placed_) return;
     placed_ = true;
-    setSizes({controls, event->size().width() - controls - kHandleWidth});
+    const int width = event->size().width() - kHandleWidth;
+    const int wanted =
+        std::clamp(static_cast<int>(width * kControlsShare), controls, width - panel);
+    setSizes({wanted, width - wanted});
 }
 
 }  // namespace davo

@@ -15,8 +15,10 @@ class RecordPanel;
 // is away where it would cut the list: the window needs no more room than without it.
 class BesideRecords : public QSplitter {
   public:
-    // list is one of the controls; its columns stay whole. prompts must outlive it.
-    BesideRecords(QWidget* controls, const QTreeView& list, Prompts& prompts, QWidget* parent);
+    // list is one of the controls and has listShare (0 to 1) of their width; its columns stay
+    // whole. prompts must outlive it.
+    BesideRecords(QWidget* controls, const QTreeView& list, double listShare, Prompts& prompts,
+                  QWidget* parent);
 
     // RecordPanel::ShowRecords.
     void ShowRecords(const std::vector<QString>& files);
@@ -33,6 +35,7 @@ class BesideRecords : public QSplitter {
 
     QWidget* controls_;
     const QTreeView& list_;
+    double listShare_;
     RecordPanel* panel_;
     bool placed_ = false;
 };

@@ -47,7 +47,7 @@ ChartColours Colours(const QColor& base, const QColor& text) {
     colours.text = text;
     colours.grid = Mixed(base, text, 0.28);
     colours.fineGrid = Mixed(base, text, 0.10);
-    colours.faint = Mixed(base, text, 0.38);
+    colours.faint = Mixed(base, text, 0.30);
     std::transform(kCurveColours.begin(), kCurveColours.end(), colours.curves.begin(),
                    [&](QRgb colour) { return Readable(QColor(colour), base, text); });
     return colours;

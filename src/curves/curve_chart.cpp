@@ -20,6 +20,7 @@
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "curves/chart_look.h"
+#include "curves/knee_marks.h"
 
 namespace davo {
 
@@ -35,8 +36,6 @@ constexpr std::array<Qt::PenStyle, 5> kDashes = {Qt::SolidLine, Qt::DashLine, Qt
                                                  Qt::DotLine, Qt::DashDotDotLine};
 constexpr double kCurveWidth = 2;
 constexpr double kMarkerSize = 7;
-constexpr double kKneeSize = 15;
-constexpr double kLabelWay = 14;
 constexpr double kAxisTextGrowth = 1.1;
 constexpr double kTitleGrowth = 1.3;
 constexpr double kZoomStep = 1.25;
@@ -46,7 +45,7 @@ constexpr int kPageDots = 96;
 constexpr double kPointsPerInch = 72;
 constexpr QSize kPage(1123, 794);  // A4 across at kPageDots
 constexpr QSize kUsualSize(460, 420);
-constexpr QSize kLeastSize(260, 220);
+constexpr QSize kLeastSize(260, 180);
 
 bool CanBeDrawn(const CurvePoint& point) {
     return point.current > 0 && point.voltage > 0 && std::isfinite(point.current) &&
@@ -110,40 +109,6 @@ class Drawn : public QCPLayerable {
     Draw draw_;
 };
 
-// The marker of a rule: a triangle, a diamond, a ringed cross.
-void DrawKnee(QCPPainter& painter, KneeRule rule, QPointF at) {
-    constexpr double kHalf = kKneeSize / 2;
-    if (rule == KneeRule::Ieee30) {
-        painter.drawPolygon(QPolygonF(
-            {at + QPointF(0, -kHalf), at + QPointF(kHalf, kHalf), at + QPointF(-kHalf, kHalf)}));
-    } else if (rule == KneeRule::Ieee45) {
-        painter.drawPolygon(QPolygonF({at + QPointF(0, -kHalf), at + QPointF(kHalf, 0),
-                                       at + QPointF(0, kHalf), at + QPointF(-kHalf, 0)}));
-    } else {
-        painter.drawEllipse(at, kHalf, kHalf);
-        painter.drawLine(at - QPointF(kHalf, 0), at + QPointF(kHalf, 0));
-        painter.drawLine(at - QPointF(0, kHalf), at + QPointF(0, kHalf));
-    }
-}
-
-// Where a label of size goes for a mark: to the right and below, where a curve leaves room, and
-// further down past what is there already.
-QRectF LabelPlace(QPointF mark, QSizeF size, const QRectF& area, const std::vector<QRectF>& taken) {
-    QRectF place(mark + QPointF(kLabelWay, kLabelWay), size);
-    if (place.right() > area.right()) place.moveRight(area.right());
-    const auto blocking = [&] {
-        return std::find_if(taken.begin(), taken.end(),
-                            [&](const QRectF& other) { return other.intersects(place); });
-    };
-    for (auto other = blocking(); other != taken.end(); other = blocking())
-        place.moveTop(other->bottom() + 1);
-    if (place.bottom() <= area.bottom()) return place;
-    place.moveBottom(mark.y() - kLabelWay);
-    for (auto other = blocking(); other != taken.end(); other = blocking())
-        place.moveBottom(other->top() - 1);
-    return place;
-}
-
 bool Written(const QString& path, const QByteArray& bytes) {
     if (bytes.isEmpty()) return false;
     try {
@@ -155,18 +120,6 @@ bool Written(const QString& path, const QByteArray& bytes) {
 }
 
 }  // namespace
-
-QString KneeWord(KneeRule rule) {
-    switch (rule) {
-        case KneeRule::Ieee30:
-            return QStringLiteral("IEEE 30");
-        case KneeRule::Ieee45:
-            return QStringLiteral("IEEE 45");
-        case KneeRule::Asa1050:
-            break;
-    }
-    return QStringLiteral("ASA 10/50");
-}
 
 QString ValueText(double value) {
     constexpr int kDigits = 6;
@@ -195,6 +148,7 @@ class CurveChart::Plot : public QCustomPlot {
     void OnPaper(const Work& work);
 
   protected:
+    void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -212,12 +166,14 @@ class CurveChart::Plot : public QCustomPlot {
     };
 
     void BuildAxes();
+    void Redraw();
     QCPCurve* CurveOf(const ChartCurve& curve);
     void TakeWhole(const std::vector<double>& amperes, const std::vector<double>& volts);
     void GrowTo(CurvePoint point);
     void ShowSpans();
     void StyleLines();
     void StyleLine(const Line& line, std::size_t look);
+    std::vector<QCPAbstractLegendItem*> LegendItems() const;
     void WrapLegend(int width);
     QPointF PixelOf(CurvePoint point) const;
     void DrawKnees(QCPPainter& painter) const;
@@ -262,6 +218,11 @@ CurveChart::Plot::Plot(CurveChart* chart, QLabel* lblCrosshair)
     new Drawn(*axisRect(), QStringLiteral("axes"), [this](QCPPainter& p) { DrawLastReadings(p); });
     new Drawn(*axisRect(), QStringLiteral("overlay"), [this](QCPPainter& p) { DrawCross(p); });
     Set({});
+}
+
+// Nothing while it is hidden; it may have no size then.
+void CurveChart::Plot::Redraw() {
+    if (isVisible() && !size().isEmpty()) replot(rpQueuedReplot);
 }
 
 void CurveChart::Plot::BuildAxes() {
@@ -337,7 +298,7 @@ void CurveChart::Plot::Append(std::size_t index, CurvePoint point) {
     } else {
         GrowTo(point);
     }
-    replot(rpQueuedReplot);
+    Redraw();
 }
 
 void CurveChart::Plot::GrowTo(CurvePoint point) {
@@ -361,7 +322,7 @@ void CurveChart::Plot::ShowSpans() {
     show(xAxis2, across_);
     show(yAxis, up_);
     show(yAxis2, up_);
-    replot(rpQueuedReplot);
+    Redraw();
 }
 
 void CurveChart::Plot::ShowWhole() {
@@ -401,12 +362,12 @@ void CurveChart::Plot::TakeColours(const ChartColours& colours) {
     }
     legend->setFont(Grown(font(), 1));
     legend->setTextColor(colours.text);
-    for (int i = 0; i < legend->itemCount(); ++i) {
-        legend->item(i)->setFont(legend->font());
-        legend->item(i)->setTextColor(colours.text);
+    for (QCPAbstractLegendItem* item : LegendItems()) {
+        item->setFont(legend->font());
+        item->setTextColor(colours.text);
     }
     StyleLines();
-    replot(rpQueuedReplot);
+    Redraw();
 }
 
 void CurveChart::Plot::StyleLines() {
@@ -437,12 +398,31 @@ void CurveChart::Plot::StyleLine(const Line& line, std::size_t look) {
     line.drawn->setScatterStyle({shape, marker, colours_.base, kMarkerSize});
 }
 
+// The legend's grid may have empty places.
+std::vector<QCPAbstractLegendItem*> CurveChart::Plot::LegendItems() const {
+    std::vector<QCPAbstractLegendItem*> items;
+    for (int i = 0; i < legend->itemCount(); ++i) {
+        if (QCPAbstractLegendItem* item = legend->item(i); item != nullptr) items.push_back(item);
+    }
+    return items;
+}
+
 // As many names beside each other as there is room for.
 void CurveChart::Plot::WrapLegend(int width) {
-    legend->setVisible(legend->itemCount() > 0);
+    const std::vector<QCPAbstractLegendItem*> items = LegendItems();
+    // An empty one in the layout would narrow the axes.
+    const bool placed = legend->layout() == plotLayout();
+    if (placed && items.empty()) {
+        plotLayout()->take(legend);
+        plotLayout()->simplify();
+    } else if (!placed && !items.empty()) {
+        plotLayout()->addElement(1, 0, legend);
+        plotLayout()->setRowStretchFactor(1, 0.001);
+    }
+    legend->setVisible(!items.empty());
     int widest = 1;
-    for (int i = 0; i < legend->itemCount(); ++i)
-        widest = std::max(widest, legend->item(i)->minimumOuterSizeHint().width());
+    for (const QCPAbstractLegendItem* item : items)
+        widest = std::max(widest, item->minimumOuterSizeHint().width());
     legend->setWrap(std::max(1, width / (widest + legend->columnSpacing())));
     legend->setFillOrder(QCPLayoutGrid::foColumnsFirst, true);
 }
@@ -454,42 +434,17 @@ QPointF CurveChart::Plot::PixelOf(CurvePoint point) const {
 }
 
 void CurveChart::Plot::DrawKnees(QCPPainter& painter) const {
-    struct Mark {
-        KneeRule rule;
-        QPointF at;
-    };
     const QRectF area = QRectF(axisRect()->rect()).adjusted(2, 2, -2, -2);
-    std::vector<Mark> marks;
-    std::vector<QRectF> taken;
+    std::vector<PlacedKnee> knees;
     for (const Line& line : lines_) {
         for (const KneeMark& knee : line.curve.knees) {
             if (!CanBeDrawn(knee.at) || !area.contains(PixelOf(knee.at))) continue;
-            marks.push_back({knee.rule, PixelOf(knee.at)});
-            const QPointF half(kKneeSize / 2, kKneeSize / 2);
-            taken.emplace_back(marks.back().at - half, marks.back().at + half);
+            knees.push_back({knee.rule, PixelOf(knee.at), {}});
         }
     }
-    std::sort(marks.begin(), marks.end(),
-              [](const Mark& one, const Mark& other) { return one.at.y() < other.at.y(); });
     painter.setFont(Grown(font(), 1, true));
-    const QPen pen(colours_.text, kCurveWidth);
-    for (const Mark& mark : marks) {
-        const QString word = QLatin1Char(' ') + KneeWord(mark.rule) + QLatin1Char(' ');
-        const QSizeF size = painter.fontMetrics().size(Qt::TextSingleLine, word);
-        const QRectF place = LabelPlace(mark.at, size, area, taken);
-        taken.push_back(place);
-        painter.setPen(QPen(colours_.text, 1));
-        painter.setBrush(Qt::NoBrush);
-        const bool left = place.left() > mark.at.x();
-        painter.drawLine(mark.at, left ? QPointF(place.left(), place.center().y())
-                                       : QPointF(place.center().x(), place.top()));
-        painter.setBrush(colours_.base);
-        painter.drawRect(place);
-        painter.drawText(place, Qt::AlignCenter, word);
-        painter.setPen(pen);
-        painter.setBrush(Qt::NoBrush);
-        DrawKnee(painter, mark.rule, mark.at);
-    }
+    PlaceLabels(knees, painter.fontMetrics(), area);
+    DrawKneeMarks(painter, knees, colours_);
 }
 
 void CurveChart::Plot::DrawLastReadings(QCPPainter& painter) const {
@@ -536,7 +491,12 @@ void CurveChart::Plot::SetCross(std::optional<Crosshair> cross) {
                                              ValueText(cross_->point.voltage))
                                   : QString());
     setAccessibleDescription(lblCrosshair_->text());
-    layer(QStringLiteral("overlay"))->replot();
+    // Only the layer of the crosshair, once there is something below it.
+    if (paints_ > 0) {
+        layer(QStringLiteral("overlay"))->replot();
+    } else {
+        Redraw();
+    }
 }
 
 void CurveChart::Plot::PointTo(QPointF pixel) {
@@ -595,7 +555,12 @@ void CurveChart::Plot::SetInteractive(bool on) {
     interactive_ = on;
     setFocusPolicy(on ? Qt::StrongFocus : Qt::NoFocus);
     lblCrosshair_->setVisible(on);
-    if (!on) SetCross(std::nullopt);
+    if (!on && cross_) SetCross(std::nullopt);
+}
+
+void CurveChart::Plot::showEvent(QShowEvent* event) {
+    QCustomPlot::showEvent(event);
+    Redraw();
 }
 
 void CurveChart::Plot::paintEvent(QPaintEvent* event) {
@@ -608,6 +573,7 @@ void CurveChart::Plot::paintEvent(QPaintEvent* event) {
 }
 
 void CurveChart::Plot::resizeEvent(QResizeEvent* event) {
+    if (event->size().isEmpty()) return;
     WrapLegend(event->size().width());
     QCustomPlot::resizeEvent(event);
 }

@@ -13,9 +13,6 @@ class QLabel;
 
 namespace davo {
 
-// The word of a rule: "IEEE 30", "IEEE 45", "ASA 10/50".
-QString KneeWord(KneeRule rule);
-
 // A value in amperes or volts as a person reads it, with six digits at most: "0.0124", "152.3".
 QString ValueText(double value);
 

@@ -14,6 +14,7 @@ constexpr double kLeastSpan = 0.05;
 constexpr double kEveryDigit = 0.8;
 constexpr double kSomeDigits = 2;
 constexpr double kEvenSteps = 0.35;
+constexpr double kRounding = 1e-9;
 constexpr double kStepsWanted = 5;
 
 double Power(double exponent) {
@@ -21,7 +22,9 @@ double Power(double exponent) {
 }
 
 LogSpan Inside(LogSpan span, LogSpan whole) {
-    const double length = std::min(span.Length(), whole.Length());
+    const double length = span.Length();
+    // Steps in and out again come back to the whole, whatever they were rounded to.
+    if (length > whole.Length() * (1 - kRounding)) return whole;
     const double low = std::clamp(span.low, whole.low, whole.high - length);
     return {low, low + length};
 }

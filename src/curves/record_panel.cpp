@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -17,6 +18,7 @@
 #include "common/text.h"
 #include "curves/curve_chart.h"
 #include "curves/curve_export.h"
+#include "curves/knee_marks.h"
 
 namespace davo {
 
@@ -71,14 +73,18 @@ QString DoubtOf(const KneeFact& fact) {
 
 QString HeaderText(const RecordFacts& record) {
     constexpr std::array<const char*, 8> kCaptions = {
-        "Company", "Station", "Circuit", "MFR", "Model", "Serial #", "Comments", "Operator"};
+        "Company", "Station", "Circuit", "MFR", "Model", "Serial&nbsp;#", "Comments", "Operator"};
     QStringList fields;
     for (std::size_t i = 0; i < kCaptions.size(); ++i) {
-        const QString text = FromPage(TrimBlanks(record.header.at(i))).toHtmlEscaped();
+        // A caption stays with its text.
+        const QString text = FromPage(TrimBlanks(record.header.at(i)))
+                                 .replace(QLatin1Char(' '), QChar::Nbsp)
+                                 .toHtmlEscaped();
         if (!text.isEmpty())
-            fields += QStringLiteral("%1: <b>%2</b>").arg(QLatin1String(kCaptions.at(i)), text);
+            fields +=
+                QStringLiteral("%1:&nbsp;<b>%2</b>").arg(QLatin1String(kCaptions.at(i)), text);
     }
-    return fields.join(QStringLiteral(" &nbsp; "));
+    return fields.join(QStringLiteral("&nbsp; "));
 }
 
 }  // namespace
@@ -131,10 +137,6 @@ void RecordPanel::BuildTable(QBoxLayout* column) {
     tblTests_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     tblTests_->verticalHeader()->setDefaultSectionSize(tblTests_->fontMetrics().height() + kRoom);
     tblTests_->verticalHeader()->setMinimumSectionSize(1);
-    const int bar = tblTests_->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-    tblTests_->setFixedHeight(tblTests_->verticalHeader()->length() +
-                              tblTests_->horizontalHeader()->sizeHint().height() + bar +
-                              2 * tblTests_->frameWidth());
     column->addWidget(tblTests_);
     connect(tblTests_, &QTableWidget::currentCellChanged, this,
             [this](int /*row*/, int test, int /*rowBefore*/, int before) {
@@ -147,6 +149,7 @@ void RecordPanel::BuildTable(QBoxLayout* column) {
     txtDoubts_->setAccessibleName(QStringLiteral("What is doubtful"));
     txtDoubts_->setReadOnly(true);
     txtDoubts_->setTabChangesFocus(true);
+    txtDoubts_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     Enlarge(txtDoubts_, kTextGrowth);
     txtDoubts_->setFixedHeight(kDoubtLines * txtDoubts_->fontMetrics().lineSpacing() + 2 * kRoom);
     column->addWidget(txtDoubts_);
@@ -299,7 +302,14 @@ void RecordPanel::FillTable() {
     tblTests_->horizontalHeader()->setDefaultSectionSize(widest + 3 * kRoom);
     for (int column = 0; column < tblTests_->columnCount(); ++column)
         tblTests_->setColumnWidth(column, widest + 3 * kRoom);
-    if (!tests_.empty()) tblTests_->setCurrentCell(0, 0);
+    tblTests_->setSelectionMode(tests_.size() > 1 ? QAbstractItemView::SingleSelection
+                                                  : QAbstractItemView::NoSelection);
+    if (tests_.empty()) return;
+    tblTests_->setCurrentCell(0, 0);
+    const int bar = tblTests_->horizontalScrollBar()->sizeHint().height();
+    tblTests_->setFixedHeight(tblTests_->verticalHeader()->length() +
+                              tblTests_->horizontalHeader()->sizeHint().height() + bar +
+                              2 * tblTests_->frameWidth());
 }
 
 std::optional<std::size_t> RecordPanel::Chosen() const {

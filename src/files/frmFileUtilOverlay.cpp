@@ -67,7 +67,8 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     lblMessage_->hide();
     column->addWidget(lblMessage_);
     column->addLayout(BuildButtons());
-    beside_ = new BesideRecords(controls, *lvTest_, around_.prompts, this);
+    const double listShare = IsOverlay() ? 1.0 * kListShare / (kListShare + kTestShare) : 1;
+    beside_ = new BesideRecords(controls, *lvTest_, listShare, around_.prompts, this);
     (new QVBoxLayout(this))->addWidget(beside_);
     Connect();
 }

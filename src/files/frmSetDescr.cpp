@@ -75,7 +75,7 @@ frmSetDescr::frmSetDescr(const DirectoryTables& directory, const QString& dataPa
     column->addWidget(BuildLists(), 1);
     column->addWidget(BuildFrame());
     column->addWidget(BuildButtons());
-    beside_ = new BesideRecords(controls, *lvTest_, prompts_, this);
+    beside_ = new BesideRecords(controls, *lvTest_, 0.5, prompts_, this);
     (new QVBoxLayout(this))->addWidget(beside_);
     Connect();
     ShowStates();

@@ -101,7 +101,7 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     auto* whole = new QVBoxLayout(this);
     whole->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     if (mode_ == ListMode::Folder) {
-        beside_ = new BesideRecords(controls, *lvTest_, around_.prompts, this);
+        beside_ = new BesideRecords(controls, *lvTest_, 1, around_.prompts, this);
         whole->addWidget(beside_);
     } else {
         whole->addWidget(controls);

@@ -1,0 +1,322 @@
+#include "curves/curve_chart.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFontMetrics>
+#include <QImage>
+#include <QLabel>
+#include <QProcess>
+#include <QTest>
+#include <QWheelEvent>
+#include <cmath>
+#include <limits>
+
+#include "common/files.h"
+#include "curves/chart_look.h"
+#include "curves/knee_marks.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::DoubleEq;
+using ::testing::DoubleNear;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::Pointwise;
+
+TEST(DecadesOf, HoldsEveryValueAboveZero) {
+    EXPECT_EQ(DecadesOf({0.02, 3.5}), (Decades{-2, 1}));
+    EXPECT_EQ(DecadesOf({0.01, 100}), (Decades{-2, 2}));
+    EXPECT_EQ(DecadesOf({7, 0, -3}), (Decades{0, 1}));
+    EXPECT_EQ(DecadesOf({10}), (Decades{1, 2}));
+    EXPECT_EQ(DecadesOf({0.001}), (Decades{-3, -2}));
+    EXPECT_EQ(DecadesOf({std::numeric_limits<double>::infinity(), std::nan(""), 5}),
+              (Decades{0, 1}));
+    EXPECT_EQ(DecadesOf({}), (Decades{-2, 0}));
+    EXPECT_EQ(DecadesOf({0, -1}), (Decades{-2, 0}));
+}
+
+TEST(LogSpans, ZoomAroundAPointAndStayInside) {
+    const LogSpan whole{-2, 2};
+    const LogSpan half = Zoomed(whole, 2, 0, whole);
+    EXPECT_EQ(half, (LogSpan{-1, 1}));
+    EXPECT_EQ(Zoomed(whole, 2, -2, whole), (LogSpan{-2, 0}));
+    EXPECT_EQ(Zoomed(half, 0.1, 0, whole), whole);
+    EXPECT_NEAR(Zoomed(whole, 1e9, 0, whole).Length(), 0.05, 1e-12);
+    EXPECT_EQ(Moved(half, 0.25, whole), (LogSpan{-0.5, 1.5}));
+    EXPECT_EQ(Moved(half, 5, whole), (LogSpan{0, 2}));
+    EXPECT_EQ(Moved(half, -5, whole), (LogSpan{-2, 0}));
+}
+
+TEST(LogSpans, HaveMarksAtDecadesAndBetweenThemWhereFewAreShown) {
+    EXPECT_THAT(AxisMarks({-2, 1}), Pointwise(DoubleNear(1e-9), {0.01, 0.1, 1.0, 10.0}));
+    EXPECT_THAT(AxisMarks({0, 1}), Pointwise(DoubleNear(1e-9), {1.0, 2.0, 5.0, 10.0, 20.0, 50.0}));
+    EXPECT_THAT(AxisMarks({std::log10(100), std::log10(140)}),
+                Pointwise(DoubleNear(1e-9), {100.0, 110.0, 120.0, 130.0, 140.0}));
+}
+
+TEST(ChartColours, StandOutFromEveryPalette) {
+    for (const auto& [base, text] : std::vector<std::pair<QColor, QColor>>{
+             {Qt::white, Qt::black}, {QColor(28, 28, 30), Qt::white}, {Qt::black, Qt::yellow}}) {
+        QPalette palette;
+        palette.setColor(QPalette::Base, base);
+        palette.setColor(QPalette::Text, text);
+        const ChartColours colours = ColoursOn(palette);
+        EXPECT_EQ(colours.base, base);
+        EXPECT_EQ(colours.text, text);
+        for (const QColor& colour : colours.curves)
+            EXPECT_GE(Contrast(colour, base), 3);
+        EXPECT_LT(Contrast(colours.faint, base), Contrast(text, base) / 2);
+    }
+    EXPECT_NEAR(Contrast(Qt::white, Qt::black), 21, 0.01);
+}
+
+TEST(KneeMarks, HaveTheirWordsBesideEachOther) {
+    EXPECT_EQ(KneeWord(KneeRule::Ieee30), QStringLiteral("IEEE 30"));
+    EXPECT_EQ(KneeWord(KneeRule::Ieee45), QStringLiteral("IEEE 45"));
+    EXPECT_EQ(KneeWord(KneeRule::Asa1050), QStringLiteral("ASA 10/50"));
+    const QRectF area(0, 0, 400, 300);
+    const QFontMetrics metrics(QApplication::font());
+    // In the middle, in the corner where no label has room at its usual place, all at one point.
+    for (const QPointF& at :
+         {QPointF(200, 100), QPointF(395, 20), QPointF(395, 295), QPointF(5, 290)}) {
+        std::vector<PlacedKnee> knees = {{KneeRule::Ieee30, at, {}},
+                                         {KneeRule::Ieee45, at + QPointF(-3, 2), {}},
+                                         {KneeRule::Asa1050, at + QPointF(-6, 4), {}}};
+        PlaceLabels(knees, metrics, area);
+        for (std::size_t i = 0; i < knees.size(); ++i) {
+            EXPECT_TRUE(area.contains(knees.at(i).label)) << at.x() << ' ' << at.y();
+            for (std::size_t j = 0; j < knees.size(); ++j) {
+                EXPECT_FALSE(knees.at(i).label.intersects(MarkerOf(knees.at(j))));
+                if (i != j) {
+                    EXPECT_FALSE(knees.at(i).label.intersects(knees.at(j).label));
+                }
+            }
+        }
+    }
+}
+
+class Chart : public ::testing::Test {
+  protected:
+    Chart() {
+        chart.resize(600, 450);
+        chart.SetCurves({One()});
+        chart.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&chart));
+        QTest::qWait(20);
+    }
+    static ChartCurve One() {
+        return {QStringLiteral("Test 1"),
+                {{0, 5}, {0.02, 30}, {0.1, 100}, {2, 250}},
+                {{KneeRule::Ieee30, {0.1, 100}}, {KneeRule::Asa1050, {0.11, 105}}},
+                CurveLook::Normal};
+    }
+    QWidget* Plot() { return chart.findChild<QWidget*>(QStringLiteral("plotCurves")); }
+    QString Said() { return chart.findChild<QLabel*>(QStringLiteral("lblCrosshair"))->text(); }
+    void Key(Qt::Key key, Qt::KeyboardModifiers with = Qt::NoModifier) {
+        QTest::keyClick(Plot(), key, with);
+    }
+    void Wheel(QPointF at, int turn) {
+        QWheelEvent event(at, Plot()->mapToGlobal(at), {}, {0, turn}, Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(Plot(), &event);
+    }
+    // Where the pointer meets a curve's point: the axes' frame is where the crosshair begins.
+    bool PointUntil(const CurvePoint& wanted) {
+        for (int x = 0; x < Plot()->width(); x += 6) {
+            for (int y = 0; y < Plot()->height(); y += 6) {
+                QTest::mouseMove(Plot(), QPoint(x, y));
+                if (chart.AtCrosshair() && chart.AtCrosshair()->point == wanted) return true;
+            }
+        }
+        return false;
+    }
+    QString TextOfPdf(const QString& path) {
+        QProcess process;
+        process.start(QStringLiteral("pdftotext"),
+                      {QStringLiteral("-layout"), path, QStringLiteral("-")});
+        EXPECT_TRUE(process.waitForFinished());
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+
+    CurveChart chart;
+    TemporaryFolder folder;
+};
+
+TEST_F(Chart, ShowsWholeDecades) {
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+    EXPECT_EQ(chart.Up(), (LogSpan{1, 3}));
+}
+
+TEST_F(Chart, PaintsOnceForManyChanges) {
+    const int before = chart.Paints();
+    for (int i = 0; i < 200; ++i)
+        chart.SetCurves({One()});
+    for (int i = 0; i < 200; ++i)
+        chart.AppendPoint(0, {2 + i * 0.01, 251});
+    EXPECT_EQ(chart.Paints(), before);
+    QTest::qWait(100);
+    EXPECT_GT(chart.Paints(), before);
+    EXPECT_LE(chart.Paints(), before + 3);
+}
+
+TEST_F(Chart, ZoomsAndMovesByKeys) {
+    for (int i = 0; i < 3; ++i)
+        Key(Qt::Key_Plus);
+    EXPECT_LT(chart.Across().Length(), 3);
+    EXPECT_LT(chart.Up().Length(), 2);
+    const LogSpan across = chart.Across();
+    Key(Qt::Key_Right);
+    EXPECT_GT(chart.Across().low, across.low);
+    EXPECT_EQ(chart.Across().Length(), across.Length());
+    Key(Qt::Key_Left);
+    EXPECT_NEAR(chart.Across().low, across.low, 1e-12);
+    const LogSpan up = chart.Up();
+    Key(Qt::Key_Up);
+    EXPECT_GT(chart.Up().low, up.low);
+    Key(Qt::Key_Down);
+    EXPECT_NEAR(chart.Up().low, up.low, 1e-12);
+    for (int i = 0; i < 3; ++i)
+        Key(Qt::Key_Minus);
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+    for (const Qt::Key all : {Qt::Key_0, Qt::Key_Home}) {
+        Key(Qt::Key_Equal);
+        Key(Qt::Key_Equal);
+        EXPECT_LT(chart.Across().Length(), 3);
+        Key(all);
+        EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+        EXPECT_EQ(chart.Up(), (LogSpan{1, 3}));
+    }
+}
+
+TEST_F(Chart, TheWheelZoomsAtThePointer) {
+    Wheel({Plot()->width() * 0.95, Plot()->height() * 0.1}, 120);
+    EXPECT_LT(chart.Across().Length(), 3);
+    // What is near the pointer stays: the upper right corner.
+    EXPECT_LT(1 - chart.Across().high, chart.Across().low + 2);
+    EXPECT_LT(3 - chart.Up().high, chart.Up().low - 1);
+    Wheel({10, 10}, -1200);
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+}
+
+TEST_F(Chart, ThePointerReadsTheNearestPoint) {
+    ASSERT_TRUE(PointUntil({0.1, 100}));
+    EXPECT_EQ(Said(), QStringLiteral("Test 1: 0.1 A, 100 V"));
+    ASSERT_TRUE(PointUntil({2, 250}));
+    EXPECT_EQ(Said(), QStringLiteral("Test 1: 2 A, 250 V"));
+    // A point at zero is not on the chart.
+    EXPECT_FALSE(PointUntil({0, 5}));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(Plot(), &leave);
+    EXPECT_EQ(chart.AtCrosshair(), std::nullopt);
+    EXPECT_EQ(Said(), QString());
+}
+
+TEST_F(Chart, KeysStepFromPointToPoint) {
+    ChartCurve other = One();
+    other.name = QStringLiteral("Test 2");
+    other.points = {{0.5, 60}};
+    chart.SetCurves({One(), other});
+    std::vector<std::string> said;
+    for (int i = 0; i < 5; ++i) {
+        Key(Qt::Key_Right, Qt::ControlModifier);
+        said.push_back(Said().toStdString());
+    }
+    EXPECT_THAT(said,
+                ElementsAre("Test 1: 0.02 A, 30 V", "Test 1: 0.1 A, 100 V", "Test 1: 2 A, 250 V",
+                            "Test 2: 0.5 A, 60 V", "Test 2: 0.5 A, 60 V"));
+    Key(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(Said(), QStringLiteral("Test 1: 2 A, 250 V"));
+    // A point outside of what is shown is brought into sight.
+    for (int i = 0; i < 12; ++i)
+        Key(Qt::Key_Plus);
+    for (int i = 0; i < 2; ++i)
+        Key(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(Said(), QStringLiteral("Test 1: 0.02 A, 30 V"));
+    EXPECT_LE(chart.Across().low, std::log10(0.02));
+    EXPECT_GE(chart.Across().high, std::log10(0.02));
+    EXPECT_LE(chart.Up().low, std::log10(30));
+    EXPECT_GE(chart.Up().high, std::log10(30));
+}
+
+TEST_F(Chart, GrowsByDecadesWithItsReadings) {
+    chart.SetCurves({{QStringLiteral("Shot"), {}, {}, CurveLook::Readings}});
+    chart.AppendPoint(0, {0.02, 30});
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, -1}));
+    EXPECT_EQ(chart.Up(), (LogSpan{1, 2}));
+    chart.AppendPoint(0, {3, 450});
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+    EXPECT_EQ(chart.Up(), (LogSpan{1, 3}));
+    chart.AppendPoint(0, {0.5, 200});
+    chart.AppendPoint(0, {0, 0});
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+    // What the operator looks at stays where it is.
+    Key(Qt::Key_Plus);
+    const LogSpan across = chart.Across();
+    chart.AppendPoint(0, {30, 4500});
+    EXPECT_EQ(chart.Across(), across);
+    Key(Qt::Key_0);
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 2}));
+    EXPECT_EQ(chart.Up(), (LogSpan{1, 4}));
+}
+
+TEST_F(Chart, ThatIsOnlyLookedAtTakesNoInput) {
+    chart.SetInteractive(false);
+    EXPECT_EQ(Plot()->focusPolicy(), Qt::NoFocus);
+    Key(Qt::Key_Plus);
+    Wheel({200, 200}, 120);
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+    EXPECT_FALSE(PointUntil({0.1, 100}));
+}
+
+TEST_F(Chart, SavesAPictureOnWhite) {
+    QPalette dark = chart.palette();
+    dark.setColor(QPalette::Base, Qt::black);
+    dark.setColor(QPalette::Text, Qt::white);
+    chart.setPalette(dark);
+    const QString path = folder.Path("chart.png");
+    ASSERT_TRUE(chart.SavePng(path, {800, 600}));
+    const QImage picture(path);
+    ASSERT_EQ(picture.size(), QSize(800, 600));
+    EXPECT_EQ(picture.pixelColor(1, 1), QColor(Qt::white));
+    int inked = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (picture.pixelColor(x, y).lightness() < 128) ++inked;
+        }
+    }
+    EXPECT_GT(inked, 2000);
+    // The screen keeps the colours of its palette.
+    QTest::qWait(50);
+    EXPECT_EQ(Plot()->grab().toImage().pixelColor(5, 5), QColor(Qt::black));
+}
+
+TEST_F(Chart, SavesAPageOfWords) {
+    ChartCurve faint = One();
+    faint.name = QStringLiteral("Earlier");
+    faint.look = CurveLook::Faint;
+    faint.knees.clear();
+    chart.SetCurves({One(), faint});
+    const QString path = folder.Path("chart.pdf");
+    ASSERT_TRUE(chart.SavePdf(path));
+    const std::string text = TextOfPdf(path).toStdString();
+    for (const char* word : {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "Test 1", "0.01", "1000"})
+        EXPECT_THAT(text, HasSubstr(word));
+    EXPECT_THAT(text, Not(HasSubstr("Earlier")));
+    EXPECT_THAT(ReadWholeFile(path), HasSubstr("/Count 1"));
+}
+
+TEST_F(Chart, SaysWhenItCannotBeWritten) {
+    EXPECT_FALSE(chart.SavePng(folder.Path("none/chart.png"), {100, 100}));
+    EXPECT_FALSE(chart.SavePdf(folder.Path("none/chart.pdf")));
+}
+
+}  // namespace
+
+}  // namespace davo::test
