@@ -10,10 +10,12 @@ A heading may say which windows of the program it is about:
     ## The test window {#window f1="frmCControl"}
 
 For each such window f1/<window>.html leads there: the program's F1 key opens it, and needs to know
-no anchor (many desktops pass on a file's name only). On the page about the message boxes each block of
-literal text is a place of its own, f1/message-N.html; f1/messages.txt says by which part of a message
-it is found: the file's name without its ending, a tab, the part. Every page is whole by itself: style within,
-nothing from the network. The pictures lie in OUTPUT/pictures and are made by a test.
+no anchor (many desktops pass on a file's name only). On the page about the message boxes each block
+of literal text is a place of its own, f1/message-N.html; f1/messages.txt says by which part of a
+message it is found: the file's name without its ending, a tab, the part.
+
+Every page is whole by itself: style within, nothing from the network. The pictures lie in
+OUTPUT/pictures and are made by a test.
 """
 
 import collections

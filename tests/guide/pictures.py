@@ -73,14 +73,16 @@ def session(program):
 def records(program, bench):
     """What is done with records: fetched, listed, edited, laid over each other, copied."""
     program.do("menu mnuDownload", "wait frmTestList", "waitText cmdSave Save", "click lvTest",
-               "key End", "key Home", "key Shift+Down", "key Shift+Down", 'waitText lblSelect "Select: 3 of 8"',
-               "grab memory frmMain", "click cmdSave", "waitContains lblMessage \"were saved.\"",
+               "key End", "key Home", "key Shift+Down", "key Shift+Down",
+               'waitText lblSelect "Select: 3 of 8"', "grab memory frmMain",
+               "click cmdSave", 'waitContains lblMessage "were saved."',
                "waitEnabled cmdSave", "click cmdExit", "waitGone frmTestList")
     program.do("grab main frmMain")
-    program.do("menu mnuRecall", "wait frmTestList", "click lvTest", "key End", "key Home", "sleep 1000",
-               "grab recall frmMain", "click cmdExit", "waitGone frmTestList")
-    program.do("menu mnuSetDescr", "wait frmSetDescr", "click lvTest", "key End", "key Home", "key Return",
-               "waitEnabled cmdSave", "click lstTest", "key Home", "sleep 1000",
+    program.do("menu mnuRecall", "wait frmTestList", "click lvTest", "key End", "key Home",
+               "sleep 1000", "grab recall frmMain", "grab record-panel RecordPanel",
+               "click cmdExit", "waitGone frmTestList")
+    program.do("menu mnuSetDescr", "wait frmSetDescr", "click lvTest", "key End", "key Home",
+               "key Return", "waitEnabled cmdSave", "click lstTest", "key Home", "sleep 1000",
                "grab record-headers frmMain", "click cmdExit", "waitGone frmSetDescr")
     program.do("menu mnuOverlay", "wait frmFileUtilOverlay", "click lvTest", "key End", "key Home",
                "click cmdOp0", "click lvTest", "key Down", "key Down", "click cmdOp1", "sleep 1000",
