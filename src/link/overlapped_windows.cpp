@@ -47,7 +47,10 @@ DWORD Overlapped::Write(HANDLE file, const char* bytes, DWORD size) {
     return Begun(::WriteFile(file, bytes, size, nullptr, &state_));
 }
 
+// The event decides, not the state: where the state is written first, the event of this operation
+// would end the wait for the next one.
 DWORD Overlapped::Result(HANDLE file, DWORD& size) {
+    if (::WaitForSingleObject(state_.hEvent, 0) != WAIT_OBJECT_0) return ERROR_IO_INCOMPLETE;
     if (::GetOverlappedResult(file, &state_, &size, FALSE) != 0) {
         pending_ = false;
         ::ResetEvent(state_.hEvent);

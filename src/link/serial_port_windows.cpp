@@ -158,11 +158,7 @@ class WindowsSerialPort : public SerialPort {
         state.fRtsControl = RTS_CONTROL_ENABLE;
         if (::SetCommState(port_, &state) == 0) return false;
         COMMTIMEOUTS none{};
-        if (::SetCommTimeouts(port_, &none) == 0) return false;
-        constexpr DWORD kDriverBuffer = 65536;
-        ::SetupComm(port_, kDriverBuffer, kDriverBuffer);  // a wish; drivers may refuse it
-        ::PurgeComm(port_, PURGE_RXCLEAR | PURGE_TXCLEAR);
-        return true;
+        return ::SetCommTimeouts(port_, &none) != 0;
     }
 
     void StartReading() {
