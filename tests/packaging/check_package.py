@@ -34,6 +34,7 @@ FILES = {
 }
 LIBRARIES = {
     "libc6",
+    "libqcustomplot2.1-qt6",
     "libqt6core6",
     "libqt6gui6",
     "libqt6serialport6",
