@@ -171,14 +171,24 @@ class WindowsSerialPort : public SerialPort {
             DWORD size = 0;
             const DWORD result = read_.Result(port_, size);
             if (result == ERROR_IO_INCOMPLETE) return;
-            if (result != 0 || size == 0) {
+            const bool empty = size == 0 && (result == 0 || result == ERROR_BROKEN_PIPE);
+            // Some drivers end a read without text although the device is there.
+            if (empty ? !IsThere() : result != 0) {
                 Lose(result != 0 ? result : ERROR_DEVICE_NOT_CONNECTED);
                 return;
             }
-            text_.push_back(first_);
-            if (!TakeQueue()) return;
+            if (!empty) {
+                text_.push_back(first_);
+                if (!TakeQueue()) return;
+            }
             StartReading();
         }
+    }
+
+    bool IsThere() {
+        DCB state{};
+        state.DCBlength = sizeof state;
+        return ::GetCommState(port_, &state) != 0;
     }
 
     // What the driver holds behind the first character; it is there, so nothing waits.

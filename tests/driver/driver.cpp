@@ -30,6 +30,8 @@ void Say(const QString& text) {
 }  // namespace
 
 Driver::Driver(const QString& script) {
+    // A platform's own dialogs have no widgets that could be driven.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     if (script == QLatin1String("-")) {
         // A thread, because not every platform's event loop can wait for a pipe. It ends with the
         // process.

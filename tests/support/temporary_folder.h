@@ -9,13 +9,14 @@
 
 namespace davo::test {
 
-// A folder that lasts as long as the test, with places of its own in it. Paths end with '/'.
+// A folder that lasts as long as the test, with places of its own in it. Paths have the
+// platform's separators and end with one.
 class TemporaryFolder {
   public:
     TemporaryFolder() { EXPECT_TRUE(folder_.isValid()) << folder_.errorString().toStdString(); }
 
-    QString Path() const { return folder_.path() + QLatin1Char('/'); }
-    QString Path(const char* name) const { return Path() + QLatin1String(name); }
+    QString Path() const { return ShownPath(folder_.path() + QLatin1Char('/')); }
+    QString Path(const char* name) const { return Path() + ShownPath(QLatin1String(name)); }
 
     // Three folders in it, made when they are asked for.
     Places MakePlaces() const {
