@@ -94,7 +94,8 @@ def check_files(package, root):
     expect(GUIDE + "index.html" in listed, "the guide is missing")
     for line in (root / "DEBIAN/md5sums").read_text().splitlines():
         digest, name = line.split(maxsplit=1)
-        expect(hashlib.md5((root / name).read_bytes()).hexdigest() == digest, f"md5sum of {name}")
+        content = (root / name).read_bytes() if (root / name).is_file() else b""
+        expect(hashlib.md5(content).hexdigest() == digest, f"md5sum of {name}")
         listed.discard(name)
     expect(not listed, f"without md5sum: {sorted(listed)}")
     committed = (SOURCES / "packaging/template/DAVO_Header.xls").read_bytes()
