@@ -71,4 +71,5 @@ class WindowsBench(harness.Bench):
         self.link.unlink(missing_ok=True)
 
     def keep_pictures(self, folder):
-        shutil.copytree(self.pictures, folder, dirs_exist_ok=True)
+        for picture in self.pictures.iterdir():
+            shutil.copyfile(picture, pathlib.Path(folder) / picture.name)

@@ -1,10 +1,12 @@
 """A whole session with the Windows program: its record file is what went over the line, and what the
-program for this machine writes of the same conversation."""
+program for this machine writes of the very same conversation."""
 
 import datetime
 import os
 import re
 import sys
+import threading
+import tty
 import unittest
 
 import expected_record
@@ -18,12 +20,42 @@ PICTURES = os.environ.get("DAVO_WINDOWS_PICTURES", "")
 WHEN = re.compile(rb"DATE: .*\r\nTIME: .*\r\n")
 
 
+class Replay:
+    """An instrument that says what another one said, each time after the same words of the program."""
+
+    def __init__(self, byte_log, link):
+        self.events = expected_record.read_byte_log(byte_log)
+        self.difference = None
+        self.master, self.slave = os.openpty()
+        tty.setraw(self.slave)
+        link.unlink(missing_ok=True)
+        link.symlink_to(os.ttyname(self.slave))
+        self.player = threading.Thread(target=self.play, daemon=True)
+        self.player.start()
+
+    def play(self):
+        for to_pc, said in self.events:
+            if to_pc:
+                os.write(self.master, said)
+                continue
+            heard = b""
+            while len(heard) < len(said):
+                heard += os.read(self.master, len(said) - len(heard))
+            if heard != said:
+                self.difference = (said, heard)
+                return
+
+
 class LinuxBench(harness.Bench):
+    """The program for this machine with a conversation of another bench."""
+
     command = [LINUX_PROGRAM]
 
-    def __init__(self, *instrument_options):
-        super().__init__(*instrument_options)
+    def __init__(self, byte_log):
+        super().__init__("--unpaced", "--quick")
         self.environment["QT_PLUGIN_PATH"] = LINUX_PLUGINS
+        harness.end_group(self.instrument)
+        self.replay = Replay(byte_log, self.port)
 
 
 def play(bench, pictures=False):
@@ -63,9 +95,10 @@ class WindowsSession(Session):
                 bench, "T17.txt", began, [stored(field) for field in HEADER], shots, ("1200", "5"),
                 "\r\n".join(NOTES),
             )
-        with LinuxBench(*options) as bench:
-            program, other = play(bench)
-            self.assertEqual(harness.leave(program), 0)
+            with LinuxBench(bench.byte_log) as own:
+                program, other = play(own)
+                self.assertEqual(harness.leave(program), 0)
+                self.assertIsNone(own.replay.difference)
         self.assertEqual(len(WHEN.findall(record)), 1)
         self.assertEqual(WHEN.sub(b"", record), WHEN.sub(b"", other))
 
