@@ -24,8 +24,8 @@ namespace davo {
 
 namespace {
 
-// Longer than a moment between two selections of a key that is held down.
-constexpr int kSoon = 20;
+// Many selections at once are shown once; a key that is held down repeats more slowly.
+constexpr int kSoon = 10;
 constexpr std::size_t kMostNormalCurves = 10;
 constexpr double kTitleGrowth = 1.4;
 constexpr double kTextGrowth = 1.1;
@@ -328,8 +328,11 @@ void RecordPanel::ShowCurves() {
         const bool first = i == 0 || tests_.at(i - 1).record != shown.record;
         const bool ofChosen = tests_.at(*chosen).record == shown.record;
         const bool normal = few || i == *chosen || (first && !ofChosen);
+        // A saved picture tells whose curve it is.
+        const QString name = FromPage(shown.test->recordName) +
+                             QStringLiteral(" Test %1").arg(shown.test->testNumber);
         ChartCurve curve{
-            shown.name, shown.test->points, {}, normal ? CurveLook::Normal : CurveLook::Faint};
+            name, shown.test->points, {}, normal ? CurveLook::Normal : CurveLook::Faint};
         for (const KneeFact& fact : shown.test->knees) {
             if (i == *chosen && fact.At()) curve.knees.push_back({fact.rule, *fact.At()});
         }
