@@ -1,6 +1,5 @@
 #include "reports/template_file.h"
 
-#include <QCoreApplication>
 #include <QDir>
 
 #include "common/files.h"
@@ -9,11 +8,11 @@
 
 namespace davo {
 
-QString InstalledTemplate() {
-    const QDir program(QCoreApplication::applicationDirPath());
-    const QString beside = program.filePath(QLatin1String(kTemplateFileName));
-    const QString shared = QDir::cleanPath(
-        program.filePath(QStringLiteral("../share/davo/") + QLatin1String(kTemplateFileName)));
+QString InstalledTemplate(const QString& programFolder) {
+    const QString name = QLatin1String(kTemplateFileName);
+    const QString beside = QDir(programFolder).filePath(name);
+    const QString shared =
+        QDir::cleanPath(programFolder + QStringLiteral("/../share/davo/") + name);
     return !FileExists(beside) && FileExists(shared) ? shared : beside;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 namespace davo {
@@ -10,7 +11,7 @@ inline constexpr const char* kTemplateFileName = "DAVO_Header.xls";
 
 // The one that came with the program: in the program's folder, or, when there is none, in
 // ../share/davo, where a package puts it. The former's path when there is neither.
-QString InstalledTemplate();
+QString InstalledTemplate(const QString& programFolder = QCoreApplication::applicationDirPath());
 
 // Puts a copy of installed into excelPath (with or without a separator at its end), unless a
 // template is there; to be called whenever that folder has been made, and after the settings are

@@ -38,21 +38,17 @@ TEST(Template, LiesBesideTheProgram) {
 }
 
 TEST(Template, IsTheSharedOneWhereNoneLiesBesideTheProgram) {
-    const QDir program(QCoreApplication::applicationDirPath());
-    const QString shared = QDir::cleanPath(program.filePath(QStringLiteral("../share/davo")));
-    ASSERT_FALSE(QDir(shared).exists());
-    ASSERT_TRUE(QDir().mkpath(shared));
-    const QString file = shared + QStringLiteral("/DAVO_Header.xls");
-    ReplaceFile(file, "shared");
-    const QString found = InstalledTemplate();
-    const QString beside = program.filePath(QStringLiteral("DAVO_Header.xls"));
+    const test::TemporaryFolder folder;
+    const QDir root(folder.Path());
+    ASSERT_TRUE(root.mkpath(QStringLiteral("bin")) && root.mkpath(QStringLiteral("share/davo")));
+    const QString program = root.filePath(QStringLiteral("bin"));
+    const QString beside = root.filePath(QStringLiteral("bin/DAVO_Header.xls"));
+    const QString shared = root.filePath(QStringLiteral("share/davo/DAVO_Header.xls"));
+    EXPECT_EQ(InstalledTemplate(program), beside);
+    ReplaceFile(shared, "shared");
+    EXPECT_EQ(InstalledTemplate(program), shared);
     ReplaceFile(beside, "beside");
-    const QString foundOfBoth = InstalledTemplate();
-    QFile::remove(beside);
-    QDir(shared).removeRecursively();
-    QDir().rmdir(QDir::cleanPath(program.filePath(QStringLiteral("../share"))));
-    EXPECT_EQ(found, file);
-    EXPECT_EQ(foundOfBoth, beside);
+    EXPECT_EQ(InstalledTemplate(program), beside);
 }
 
 // xlrd, an independent reader, says what a report's sheet is a copy of.
