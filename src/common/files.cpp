@@ -1,9 +1,7 @@
 #include "common/files.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <filesystem>
 #include <system_error>
 
 #include "common/file_system.h"
@@ -15,10 +13,6 @@ namespace davo {
 
 namespace {
 
-std::filesystem::path SystemPath(const QString& path) {
-    return std::filesystem::path(path.toStdU16String());
-}
-
 // 76 when the folder that would hold path is missing, else 53.
 ErrorNumber MissingNumber(const QString& path) {
     return FolderExists(QFileInfo(path).path()) ? ErrorNumber::FileNotFound
@@ -26,7 +20,7 @@ ErrorNumber MissingNumber(const QString& path) {
 }
 
 ErrorNumber NumberOf(const std::error_code& error, const QString& path) {
-    const auto said = error.default_error_condition();
+    const auto said = MeaningOf(error);
     for (const auto missing : {std::errc::no_such_file_or_directory, std::errc::not_a_directory}) {
         if (said == missing) return MissingNumber(path);
     }
@@ -39,6 +33,7 @@ ErrorNumber NumberOf(const std::error_code& error, const QString& path) {
     for (const auto full : {std::errc::no_space_on_device, std::errc::file_too_large}) {
         if (said == full) return ErrorNumber::DiskFull;
     }
+    if (said == std::errc::filename_too_long) return ErrorNumber::BadFileNameOrNumber;
     return ErrorNumber::DeviceInputOutput;
 }
 
@@ -72,29 +67,18 @@ bool FolderExists(const QString& path) {
 void CreateFolder(const QString& path) {
     const QString folder = QDir::cleanPath(path);
     if (FileExists(folder)) Throw(ErrorNumber::PermissionDenied, path);
-    std::error_code error;
-    std::filesystem::create_directories(SystemPath(folder), error);
-    ThrowIf(error, path);
+    ThrowIf(MakeFolders(folder), path);
 }
 
 void DeleteFile(const QString& path) {
     if (FolderExists(path)) Throw(ErrorNumber::PermissionDenied, path);
-    std::error_code error;
-    const bool removed = std::filesystem::remove(SystemPath(path), error);
-    ThrowIf(error, path);
-    if (!removed) Throw(MissingNumber(path), path);
+    ThrowIf(RemoveFile(path), path);
 }
 
 std::string ReadWholeFile(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        if (!QFileInfo::exists(path)) Throw(MissingNumber(path), path);
-        const bool denied = FolderExists(path) || !QFileInfo(path).isReadable();
-        Throw(denied ? ErrorNumber::PermissionDenied : ErrorNumber::DeviceInputOutput, path);
-    }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) Throw(ErrorNumber::DeviceInputOutput, path);
-    return bytes.toStdString();
+    std::string bytes;
+    ThrowIf(ReadBytes(path, bytes), path);
+    return bytes;
 }
 
 std::vector<std::string> SplitLines(std::string_view bytes) {
@@ -130,7 +114,7 @@ void ReplaceFile(const QString& path, std::string_view bytes) {
     std::error_code error = WriteFlushed(written, bytes);
     if (!error) error = MoveOver(written, path);
     if (error) {
-        QFile::remove(written);
+        RemoveFile(written);
         Throw(NumberOf(error, path), path);
     }
 }

@@ -4,8 +4,10 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 
 #include "common/file_system.h"
 
@@ -40,7 +42,48 @@ std::error_code FlushFolder(const QString& path) {
     return error;
 }
 
+std::error_code ReadAll(int file, std::string& bytes) {
+    constexpr std::size_t kBlock = 1U << 20U;
+    struct stat now {};
+    if (::fstat(file, &now) != 0) return LastError();
+    // One more than there is, so that the second read finds the end of a file that stays as it is.
+    std::size_t room = std::min(kBlock, static_cast<std::size_t>(now.st_size) + 1);
+    for (;;) {
+        const std::size_t end = bytes.size();
+        bytes.resize(end + room);
+        const ssize_t count = ::read(file, bytes.data() + end, room);
+        const std::error_code error = count < 0 ? LastError() : std::error_code();
+        bytes.resize(end + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (error == std::errc::interrupted) continue;
+        if (error || count == 0) return error;
+        room = std::max(room - static_cast<std::size_t>(count), std::size_t{4096});
+    }
+}
+
 }  // namespace
+
+std::error_condition MeaningOf(const std::error_code& error) {
+    return error.default_error_condition();
+}
+
+std::error_code MakeFolders(const QString& path) {
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(path.toStdU16String()), error);
+    return error;
+}
+
+std::error_code RemoveFile(const QString& path) {
+    if (::unlink(QFile::encodeName(path).constData()) != 0) return LastError();
+    return {};
+}
+
+std::error_code ReadBytes(const QString& path, std::string& bytes) {
+    const int file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return LastError();
+    const std::error_code error = ReadAll(file, bytes);
+    ::close(file);
+    return error;
+}
 
 std::error_code WriteFlushed(const QString& path, std::string_view bytes) {
     const int file =

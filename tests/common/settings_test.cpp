@@ -63,8 +63,10 @@ TEST_F(StoredSettings, FirstRunTakesTheDefaultsAndMakesBothFolders) {
     EXPECT_FALSE(settings.showImpedance);
     EXPECT_EQ(settings.sortOrder, -1);
     EXPECT_EQ(settings.sortDisplay, -1);
-    EXPECT_EQ(settings.dataPath, places_.applicationFolder + QStringLiteral("Shots_Data/"));
-    EXPECT_EQ(settings.excelPath, places_.applicationFolder + QStringLiteral("Shots_Excel/"));
+    EXPECT_EQ(settings.dataPath,
+              places_.applicationFolder + ShownPath(QStringLiteral("Shots_Data/")));
+    EXPECT_EQ(settings.excelPath,
+              places_.applicationFolder + ShownPath(QStringLiteral("Shots_Excel/")));
     EXPECT_TRUE(FolderExists(settings.dataPath));
     EXPECT_TRUE(FolderExists(settings.excelPath));
     EXPECT_TRUE(store_.written.empty());
@@ -88,7 +90,8 @@ TEST_F(StoredSettings, FirstRunGoesOnWhereAFileTakesAFoldersName) {
     ReplaceFile(places_.applicationFolder + QStringLiteral("Shots_Data"), "a file");
     const SettingsRead read = ReadSettings(store_, places_);
     ASSERT_EQ(read.errors.size(), 1U);
-    EXPECT_EQ(read.settings.dataPath, places_.applicationFolder + QStringLiteral("Shots_Data/"));
+    EXPECT_EQ(read.settings.dataPath,
+              places_.applicationFolder + ShownPath(QStringLiteral("Shots_Data/")));
     EXPECT_TRUE(FolderExists(read.settings.excelPath)) << "the other folder is made all the same";
 }
 
@@ -137,7 +140,7 @@ TEST_F(StoredSettings, ADamagedValueDoesNotKeepTheOthersFromBeingRead) {
     store_.texts[Key("DAVO/COMPORT/COMPORTVAL")] = QStringLiteral("abc");
     store_.texts[Key("IMPEDANCE/IMP/IMPVAL")] = QStringLiteral("Y");
     store_.texts[Key("SORTVALUES/SORT/SORTVAL")] = QStringLiteral("1 3");
-    store_.texts[Key("DATAPATH/PATH/PATHVAL")] = QStringLiteral("/d/Shots_Data/");
+    store_.texts[Key("DATAPATH/PATH/PATHVAL")] = ShownPath(QStringLiteral("/d/Shots_Data/"));
     const SettingsRead read = ReadSettings(store_, places_);
     ASSERT_EQ(read.errors.size(), 1U);
     EXPECT_EQ(read.errors.front().Number(), ErrorNumber::TypeMismatch);
@@ -146,8 +149,8 @@ TEST_F(StoredSettings, ADamagedValueDoesNotKeepTheOthersFromBeingRead) {
     EXPECT_TRUE(read.settings.showImpedance);
     EXPECT_EQ(read.settings.sortOrder, 1);
     EXPECT_EQ(read.settings.sortDisplay, 3);
-    EXPECT_EQ(read.settings.dataPath, QStringLiteral("/d/Shots_Data/"));
-    EXPECT_EQ(read.settings.excelPath, QStringLiteral("/d/Shots_Excel/"));
+    EXPECT_EQ(read.settings.dataPath, ShownPath(QStringLiteral("/d/Shots_Data/")));
+    EXPECT_EQ(read.settings.excelPath, ShownPath(QStringLiteral("/d/Shots_Excel/")));
 }
 
 TEST_F(StoredSettings, ImpedanceIsShownForExactlyY) {
@@ -197,7 +200,7 @@ TEST(ExcelPathOf, LiesInAPathWithoutTheMarker) {
 
 TEST_F(StoredSettings, AreWrittenInTheOrderOfTheirKeys) {
     Settings settings;
-    settings.dataPath = QStringLiteral("/d/Shots_Data/");
+    settings.dataPath = ShownPath(QStringLiteral("/d/Shots_Data/"));
     WriteSettings(store_, settings);
     EXPECT_THAT(store_.written,
                 ElementsAre(Key("DAVO/KPTYPE/KPTYPEVAL"), Key("DAVO/COMPORT/COMPORTVAL"),
@@ -207,7 +210,8 @@ TEST_F(StoredSettings, AreWrittenInTheOrderOfTheirKeys) {
     EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], QStringLiteral(" 1"));
     EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("N"));
     EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], QStringLiteral("-1 -1"));
-    EXPECT_EQ(store_.texts[Key("DATAPATH/PATH/PATHVAL")], QStringLiteral("/d/Shots_Data/"));
+    EXPECT_EQ(store_.texts[Key("DATAPATH/PATH/PATHVAL")],
+              ShownPath(QStringLiteral("/d/Shots_Data/")));
 }
 
 TEST_F(StoredSettings, AreWrittenAsTheyStand) {
@@ -217,7 +221,7 @@ TEST_F(StoredSettings, AreWrittenAsTheyStand) {
     settings.showImpedance = true;
     settings.sortOrder = 1;
     settings.sortDisplay = 3;
-    settings.dataPath = QStringLiteral("/d/Shots_Data/");
+    settings.dataPath = ShownPath(QStringLiteral("/d/Shots_Data/"));
     WriteSettings(store_, settings);
     EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], settings.kneepointType);
     EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], QStringLiteral("-99"));
@@ -230,7 +234,7 @@ TEST_F(StoredSettings, AreWrittenAsTheyStand) {
     EXPECT_EQ(back.sortOrder, 1);
     EXPECT_EQ(back.sortDisplay, 3);
     EXPECT_EQ(back.dataPath, settings.dataPath);
-    EXPECT_EQ(back.excelPath, QStringLiteral("/d/Shots_Excel/"));
+    EXPECT_EQ(back.excelPath, ShownPath(QStringLiteral("/d/Shots_Excel/")));
 }
 
 // The default pair comes back as 0 and 1: one character each is read.
