@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QLocale>
 #include <vector>
 
 namespace davo {
@@ -83,19 +82,6 @@ TEST(DateGuard, UndoWithoutRunChangesNothing) {
     DateGuard guard(format);
     guard.Undo();
     EXPECT_THAT(format.sets, IsEmpty());
-}
-
-// The platform of these tests has no user-wide setting: nothing outside the object may change.
-TEST(PlatformShortDateFormat, ReadsTheLocaleAndKeepsAChangeInside) {
-    const QString system = QLocale::system().dateFormat(QLocale::ShortFormat);
-    const auto format = MakeShortDateFormat();
-    EXPECT_EQ(format->Read(), system);
-    format->Set(QStringLiteral("MM/dd/yyyy"));
-    EXPECT_EQ(format->Read(), QStringLiteral("MM/dd/yyyy"));
-    format->Set(QString());
-    EXPECT_EQ(format->Read(), QString());
-    EXPECT_EQ(MakeShortDateFormat()->Read(), system);
-    EXPECT_EQ(QLocale::system().dateFormat(QLocale::ShortFormat), system);
 }
 
 }  // namespace
