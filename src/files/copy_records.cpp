@@ -1,9 +1,6 @@
 #include "files/copy_records.h"
 
-#include <QDateTime>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QStringList>
 #include <algorithm>
 #include <filesystem>
@@ -11,39 +8,15 @@
 
 #include "common/files.h"
 #include "common/places.h"
+#include "files/copy_file.h"
 
 namespace davo {
 
 namespace {
 
-std::filesystem::path PathOf(const QString& path) {
-    return {path.toStdU16String()};
-}
-
-// Writes content as the file path with that time; why it could not, in words.
-QString WriteNew(const QString& path, const QByteArray& content, const QDateTime& time) {
-    QFile file(path);
-    const bool isWritten = file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-                           file.write(content) == content.size() && file.flush();
-    if (!isWritten) return file.errorString();
-    // A disk that keeps no times keeps the content all the same.
-    file.setFileTime(time, QFileDevice::FileModificationTime);
-    return {};
-}
-
-QString CopyWhole(const QString& source, const QString& target) {
-    QFile from(source);
-    if (!from.open(QIODevice::ReadOnly)) return from.errorString();
-    const QByteArray content = from.readAll();
-    if (from.error() != QFileDevice::NoError) return from.errorString();
-    const QString beside = target + QStringLiteral(".part");
-    const QString reason =
-        WriteNew(beside, content, from.fileTime(QFileDevice::FileModificationTime));
-    std::error_code error;
-    if (reason.isEmpty()) std::filesystem::rename(PathOf(beside), PathOf(target), error);
-    if (reason.isEmpty() && !error) return {};
-    QFile::remove(beside);
-    return reason.isEmpty() ? QString::fromLocal8Bit(error.message().c_str()) : reason;
+// Without a separator at its end, which not every platform takes here.
+std::filesystem::path PathOf(const QString& folder) {
+    return {QDir::cleanPath(folder).toStdU16String()};
 }
 
 }  // namespace
@@ -57,8 +30,8 @@ QString CopyTarget(const QString& target) {
 
 bool IsSameFolder(const QString& one, const QString& other) {
     if (one == other) return true;
-    const QString there = QFileInfo(one).canonicalFilePath();
-    return !there.isEmpty() && there == QFileInfo(other).canonicalFilePath();
+    std::error_code error;
+    return std::filesystem::equivalent(PathOf(one), PathOf(other), error);
 }
 
 CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QString& name,
@@ -72,7 +45,7 @@ CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QSt
         if (answer == Answer::Cancel) return {CopyEnd::Cancelled, {}};
         if (answer != Answer::Yes) return {CopyEnd::Skipped, {}};
     }
-    const QString reason = CopyWhole(dataPath + file, target + file);
+    const QString reason = CopyFileOver(dataPath + file, target + file);
     if (reason.isEmpty()) return {CopyEnd::Copied, {}};
     return {CopyEnd::Failed, reason};
 }
