@@ -69,9 +69,9 @@ TEST_F(DirectoryFile, RecordsOfOneDayStandTogetherInTheOrderOfTheirNames) {
     Write("b.txt", RecordText("03/09/21"));
     Write("C.txt", RecordText("12/31/99"));
     Write("a.txt", RecordText("03/09/21"));
-    Write("B.txt", RecordText("03/09/21"));
+    Write("A1.txt", RecordText("03/09/21"));
     Rebuild();
-    EXPECT_THAT(tables.dirFileNames, ElementsAre(QStringLiteral("B.txt"), QStringLiteral("a.txt"),
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(QStringLiteral("A1.txt"), QStringLiteral("a.txt"),
                                                  QStringLiteral("b.txt"), QStringLiteral("C.txt")));
 }
 
