@@ -1,20 +1,47 @@
 #include <windows.h>
 
+#include <objbase.h>
 #include <shellapi.h>
 
 #include <QDir>
+#include <QFileInfo>
+#include <string>
 
 #include "reports/open_document.h"
 
 namespace davo {
 
+namespace {
+
+// The shell may hand a document over by COM. A thread that has COM already, of whatever kind, keeps
+// it as it is.
+class ComOfThread {
+  public:
+    ComOfThread()
+        : result_(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
+    ~ComOfThread() {
+        if (SUCCEEDED(result_)) ::CoUninitialize();
+    }
+    ComOfThread(const ComOfThread&) = delete;
+    ComOfThread& operator=(const ComOfThread&) = delete;
+
+  private:
+    HRESULT result_;
+};
+
+}  // namespace
+
 bool ShowDocument(const QString& path) {
-    const std::wstring file = QDir::toNativeSeparators(path).toStdWString();
-    const HINSTANCE result =
-        ::ShellExecuteW(nullptr, L"open", file.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
-    // Not a handle but a number; up to 32 they are errors.
-    constexpr INT_PTR kLastError = 32;
-    return reinterpret_cast<INT_PTR>(result) > kLastError;
+    const ComOfThread com;
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    const std::wstring file = QDir::toNativeSeparators(absolute).toStdWString();
+    SHELLEXECUTEINFOW what = {};
+    what.cbSize = sizeof what;
+    // No message of the shell's own; and the thread may end as soon as this is done.
+    what.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
+    what.lpFile = file.c_str();
+    what.nShow = SW_SHOWNORMAL;
+    return ::ShellExecuteExW(&what) != 0;
 }
 
 }  // namespace davo
