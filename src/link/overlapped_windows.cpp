@@ -61,9 +61,11 @@ DWORD Overlapped::Result(HANDLE file, DWORD& size) {
     return error;
 }
 
-DWORD Overlapped::Finish(HANDLE file, DWORD& size) {
-    ::WaitForSingleObject(state_.hEvent, INFINITE);
-    return Result(file, size);
+DWORD Overlapped::Finish(HANDLE file, DWORD& size, std::chrono::milliseconds longest,
+                         HANDLE timer) {
+    if (Wait(std::chrono::steady_clock::now() + longest, timer)) return Result(file, size);
+    size = Cancel(file);
+    return ERROR_SUCCESS;
 }
 
 bool Overlapped::Wait(std::chrono::steady_clock::time_point until, HANDLE timer) {
@@ -78,13 +80,14 @@ bool Overlapped::Wait(std::chrono::steady_clock::time_point until, HANDLE timer)
     return ::WaitForMultipleObjects(2, either.data(), FALSE, INFINITE) == WAIT_OBJECT_0;
 }
 
-void Overlapped::Cancel(HANDLE file) {
-    if (!pending_) return;
+DWORD Overlapped::Cancel(HANDLE file) {
+    if (!pending_) return 0;
     ::CancelIoEx(file, &state_);
     DWORD size = 0;
     ::GetOverlappedResult(file, &state_, &size, TRUE);
     pending_ = false;
     ::ResetEvent(state_.hEvent);
+    return size;
 }
 
 }  // namespace davo

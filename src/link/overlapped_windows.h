@@ -45,12 +45,12 @@ class Overlapped {
     bool Pending() const { return pending_; }
     // Its result: 0 and the bytes moved, ERROR_IO_INCOMPLETE while it goes on, or its error.
     DWORD Result(HANDLE file, DWORD& size);
-    // The same, and waits for its end.
-    DWORD Finish(HANDLE file, DWORD& size);
+    // The same, and waits for its end; ends it after longest, with what was moved until then.
+    DWORD Finish(HANDLE file, DWORD& size, std::chrono::milliseconds longest, HANDLE timer);
     // Sleeps until it ends (true) or the time has come; timer is free to be used.
     bool Wait(std::chrono::steady_clock::time_point until, HANDLE timer);
-    // Ends it and waits for that.
-    void Cancel(HANDLE file);
+    // Ends it and waits for that; the bytes moved until then.
+    DWORD Cancel(HANDLE file);
 
     HANDLE Event() const { return state_.hEvent; }
 

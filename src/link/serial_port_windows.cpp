@@ -1,12 +1,13 @@
 #include <windows.h>
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QObject>
+#include <QTimer>
 #include <QWinEventNotifier>
 #include <algorithm>
 #include <chrono>
 #include <string>
+#include <utility>
 
 #include "common/run_time_error.h"
 #include "link/overlapped_windows.h"
@@ -19,6 +20,10 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr auto kLongestDrain = std::chrono::milliseconds(200);
+// For taking what the driver says it holds; text that something else threw away never comes.
+constexpr auto kLongestTake = std::chrono::milliseconds(200);
+// There are drivers that leave a read waiting when their adapter is pulled out.
+constexpr auto kPresencePeriod = std::chrono::milliseconds(1000);
 
 BYTE ParityOf(char letter) {
     switch (letter) {
@@ -49,6 +54,10 @@ class WindowsSerialPort : public SerialPort {
         });
         QObject::connect(&writeNotifier_, &QWinEventNotifier::activated, &context_,
                          [this] { WriteOn(); });
+        QObject::connect(&presence_, &QTimer::timeout, &context_, [this] {
+            COMSTAT queue{};
+            AskQueue(queue);
+        });
     }
     WindowsSerialPort(const WindowsSerialPort&) = delete;
     WindowsSerialPort& operator=(const WindowsSerialPort&) = delete;
@@ -112,6 +121,7 @@ class WindowsSerialPort : public SerialPort {
         }
         StartReading();
         readNotifier_.setEnabled(true);
+        presence_.start(kPresencePeriod);
     }
 
     void Output(std::string_view bytes) override {
@@ -191,20 +201,27 @@ class WindowsSerialPort : public SerialPort {
         return ::GetCommState(port_, &state) != 0;
     }
 
-    // What the driver holds behind the first character; it is there, so nothing waits.
-    bool TakeQueue() {
+    // What the driver holds, and the errors on the line since it was last asked. False when the
+    // device does not answer: it is gone.
+    bool AskQueue(COMSTAT& queue) {
         DWORD errors = 0;
-        COMSTAT queue{};
         if (::ClearCommError(port_, &errors, &queue) == 0) {
             Lose(::GetLastError());
             return false;
         }
         errors_ |= errors;
+        return true;
+    }
+
+    // What the driver holds behind the first character; it is there, so nothing waits.
+    bool TakeQueue() {
+        COMSTAT queue{};
+        if (!AskQueue(queue)) return false;
         if (queue.cbInQue == 0) return true;
         std::string more(queue.cbInQue, '\0');
         DWORD size = 0;
         DWORD result = read_.Read(port_, more.data(), queue.cbInQue);
-        if (result == 0) result = read_.Finish(port_, size);
+        if (result == 0) result = read_.Finish(port_, size, kLongestTake, timer_.Handle());
         if (result != 0) {
             Lose(result);
             return false;
@@ -253,6 +270,7 @@ class WindowsSerialPort : public SerialPort {
         if (PortOpen() && !lostPosted_) Drain();
         readNotifier_.setEnabled(false);
         writeNotifier_.setEnabled(false);
+        presence_.stop();
         if (PortOpen()) {
             read_.Cancel(port_);
             write_.Cancel(port_);
@@ -298,6 +316,7 @@ class WindowsSerialPort : public SerialPort {
         lostPosted_ = true;
         readNotifier_.setEnabled(false);
         writeNotifier_.setEnabled(false);
+        presence_.stop();
         const QString reason = QString::fromStdString(SystemText(error));
         QMetaObject::invokeMethod(
             &context_,
@@ -327,6 +346,7 @@ class WindowsSerialPort : public SerialPort {
     FineTimer timer_;
     QWinEventNotifier readNotifier_{read_.Event()};
     QWinEventNotifier writeNotifier_{write_.Event()};
+    QTimer presence_;
 };
 
 }  // namespace
