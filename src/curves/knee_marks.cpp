@@ -68,6 +68,7 @@ void PlaceLabels(std::vector<PlacedKnee>& knees, const QFontMetrics& metrics, co
         return one.at.y() < other.at.y();
     });
     std::vector<QRectF> taken;
+    taken.reserve(2 * knees.size());
     for (const PlacedKnee& knee : knees)
         taken.push_back(MarkerOf(knee));
     for (PlacedKnee& knee : knees) {

@@ -59,7 +59,7 @@ const KneeFact& FactOf(const RecordTest& test, KneeRule rule) {
 }
 
 QString PrintedText(const KneeFact& fact) {
-    const QString voltage = FromPage(fact.printed.voltage);
+    QString voltage = FromPage(fact.printed.voltage);
     if (!fact.At()) return voltage;
     return QStringLiteral("%1 V, %2 A").arg(voltage, FromPage(fact.printed.current));
 }
