@@ -50,7 +50,7 @@ class WindowsSerialPort : public SerialPort {
     explicit WindowsSerialPort(const PortDevices& devices) : devices_(devices) {
         QObject::connect(&readNotifier_, &QWinEventNotifier::activated, &context_, [this] {
             Gather();
-            if (!text_.empty()) TellText();
+            if (!text_.empty()) PostText();
         });
         QObject::connect(&writeNotifier_, &QWinEventNotifier::activated, &context_,
                          [this] { WriteOn(); });
@@ -285,7 +285,8 @@ class WindowsSerialPort : public SerialPort {
         waiting_.clear();
     }
 
-    // Callbacks never come from inside a call: an exchange or a box may run inside them.
+    // Callbacks never come from inside a call or a notifier's signal, in which it is deaf: an
+    // exchange or a box may run inside them.
     void PostText() {
         if (textPosted_) return;
         textPosted_ = true;

@@ -344,6 +344,45 @@ TEST_F(WindowsSerialPortTest, AQuietLinesLossIsNoticed) {
     EXPECT_TRUE(link.OpenComPort(1));
 }
 
+TEST_F(WindowsSerialPortTest, AnExchangeStartedByWaitingTextIsAnswered) {
+    LinkState state;
+    FakePrompts prompts;
+    BusyPointer pointer;
+    Link link(*port, state, prompts, pointer);
+    ASSERT_TRUE(link.OpenComPort(1));
+    std::string reply;
+    link.OnTextWaiting = [&] {
+        link.Input();
+        Line("writelater 100 " + Hex("W-reply\r\n"));
+        QTimer::singleShot(5000, qApp, [&] { link.EndWait(); });
+        reply = link.SendCommand("W", "\r\n");
+    };
+    Write("prompt\r\n");
+    EXPECT_TRUE(RunEventsUntil([&] { return !reply.empty(); }));
+    EXPECT_EQ(reply, "W-reply\r\n");
+}
+
+TEST_F(WindowsSerialPortTest, AnUnansweredHandshakeLastsThreeSecondsAndTheClockTicks) {
+    LinkState state;
+    FakePrompts prompts;
+    BusyPointer pointer;
+    Link link(*port, state, prompts, pointer);
+    ASSERT_TRUE(link.OpenComPort(1));
+    int ticks = 0;
+    QTimer clock;
+    QObject::connect(&clock, &QTimer::timeout, [&] { ++ticks; });
+    clock.start(20);
+    const auto used = ProcessorTime();
+    const auto start = steady_clock::now();
+    EXPECT_EQ(link.SendCommand("B", "RDY\r\n"), "");
+    const auto lasted = Since(start);
+    std::cout << "handshake unanswered: " << lasted.count() << " ms, processor "
+              << (ProcessorTime() - used).count() << " ms\n";
+    EXPECT_GE(lasted, milliseconds(3000));
+    EXPECT_LT(lasted, milliseconds(3500));
+    EXPECT_GT(ticks, 50);
+}
+
 // With the simulated instrument on the line.
 TEST(WindowsInstrumentTest, HandshakeModelAndDirectory) {
     OnePort devices;
