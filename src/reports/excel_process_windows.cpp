@@ -23,8 +23,11 @@ ExcelProcess::~ExcelProcess() {
     watcher_.request_stop();
     watcher_.join();
     if (process_ == nullptr) return;
-    if (::WaitForSingleObject(process_, kPatienceAtEnd) != WAIT_OBJECT_0)
+    if (::WaitForSingleObject(process_, kPatienceAtEnd) != WAIT_OBJECT_0) {
         ::TerminateProcess(process_, kEndedByUs);
+        // Its files can be deleted only when it is gone.
+        ::WaitForSingleObject(process_, kPatienceAtEnd);
+    }
     ::CloseHandle(process_);
 }
 
