@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "common/places.h"
+
 namespace davo {
 
 // "TESTFILE.txt" in the scratch folder.
@@ -24,7 +26,7 @@ class CaptureFile {
     // length it had, so that a later try does not follow a part. Throws 52 when it is not open.
     void Append(std::string_view block);
     void Close();
-    QString Path() const { return file_.fileName(); }
+    QString Path() const { return ShownPath(file_.fileName()); }
 
   private:
     QFile file_;

@@ -8,6 +8,7 @@
 namespace davo {
 
 bool FlushToDisk(int descriptor) {
+    if (descriptor < 0) return false;
     const std::intptr_t handle = _get_osfhandle(descriptor);
     return handle != -1 && FlushFileBuffers(reinterpret_cast<HANDLE>(handle)) != 0;
 }

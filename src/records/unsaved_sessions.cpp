@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "common/files.h"
+#include "common/places.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/capture_file.h"
@@ -132,8 +133,8 @@ std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder
     std::vector<UnsavedSession> sessions;
     for (const QString& name : names) {
         UnsavedSession session;
-        session.capturePath = folder.filePath(name + QStringLiteral(".txt"));
-        session.journalPath = folder.filePath(name + QStringLiteral(".jnl"));
+        session.capturePath = ShownPath(folder.filePath(name + QStringLiteral(".txt")));
+        session.journalPath = ShownPath(folder.filePath(name + QStringLiteral(".jnl")));
         session.journal = ReadableJournal(session.journalPath).value_or(SessionJournal{});
         if (session.journal.saved) continue;
         session.shots = static_cast<int>(CapturedShots(ReadWholeFile(session.capturePath)).size());
