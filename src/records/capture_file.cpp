@@ -20,6 +20,8 @@ namespace {
 ErrorNumber OpeningError(const QFile& file) {
     if (!QFileInfo(file.fileName()).dir().exists()) return ErrorNumber::PathNotFound;
     if (file.error() == QFileDevice::PermissionsError) return ErrorNumber::PermissionDenied;
+    // Not every system says that a file, which is there, is in use or may not be written.
+    if (QFileInfo(file.fileName()).isFile()) return ErrorNumber::PermissionDenied;
     return ErrorNumber::DeviceInputOutput;
 }
 
