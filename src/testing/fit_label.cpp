@@ -43,6 +43,15 @@ int FitLabel::LeastPixelSize() const {
     return PixelSizeForCapitals(font(), leastCapitals_, *this);
 }
 
+bool FitLabel::HasRoomFor(const QString& text, QSize size) const {
+    QFont least = font();
+    least.setPixelSize(LeastPixelSize());
+    const QSize room = size - QSize(2 * kMargin, 2 * kMargin);
+    const QRect needed = QFontMetrics(least).boundingRect(
+        QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text);
+    return needed.width() <= room.width() && needed.height() <= room.height();
+}
+
 QRect FitLabel::TextRect() const {
     const int margin = kMargin + (alert_ ? kAlertFrame : 0);
     const QRect inner = rect().adjusted(margin, margin, -margin, -margin);

@@ -20,6 +20,8 @@ class FitLabel : public QLabel {
     // The pixel size that the text is written in now.
     int FittedPixelSize() const;
     int LeastPixelSize() const;
+    // Whether text can be written in the least size in a label of this size.
+    bool HasRoomFor(const QString& text, QSize size) const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

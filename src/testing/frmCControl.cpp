@@ -39,8 +39,10 @@ frmCControl::frmCControl(const TestSurroundings& around, Settings& settings, QWi
       sequence_(around),
       settings_(settings),
       handlers_(around.prompts),
-      controls_(this) {
+      controls_(this),
+      live_(this) {
     setObjectName(QStringLiteral("frmCControl"));
+    controls_.PlaceBesidePrompt(live_.Chart());
     setWindowTitle(QStringLiteral("Computer Control"));
     Timer1_.setInterval(kPollInterval);
     timDateTime_.setInterval(kClockInterval);
@@ -61,12 +63,13 @@ void frmCControl::ConnectEvents() {
     const auto onClick = [this](QPushButton* button, auto handler) {
         connect(button, &QPushButton::clicked, this, handler);
     };
-    onClick(controls_.cmdStart,
-            [this] { ClickOf(controls_.cmdStart, &TestSequence::cmdStart_Click); });
-    onClick(controls_.cmdContinue,
-            [this] { ClickOf(controls_.cmdContinue, &TestSequence::cmdContinue_Click); });
-    onClick(controls_.cmdCancel,
-            [this] { ClickOf(controls_.cmdCancel, &TestSequence::cmdCancel_Click); });
+    onClick(controls_.cmdStart, [this] { cmdStart_Click(); });
+    onClick(controls_.cmdContinue, [this] { cmdContinue_Click(); });
+    onClick(controls_.cmdCancel, [this] {
+        ClickOf(controls_.cmdCancel, &TestSequence::cmdCancel_Click);
+        live_.DropShot();
+        ShowCurve();
+    });
     onClick(controls_.cmdHeader, [this] { cmdHeader_Click(); });
     onClick(controls_.cmdExit, [this] { cmdExit_Click(); });
     connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
@@ -78,6 +81,11 @@ void frmCControl::ConnectEvents() {
     controls_.txtHVolt->installEventFilter(this);
     controls_.txtXVolt->installEventFilter(this);
     sequence_.OnShow = [this] { Paint(); };
+    sequence_.OnReading = [this](const std::string& current, const std::string& voltage) {
+        if (sequence_.Screen().lblTest.text == "SATURATION TEST") {
+            live_.AddReading(current, voltage);
+        }
+    };
     sequence_.OnFocus = [this](const char* control) { FocusControl(control); };
 }
 
@@ -133,6 +141,41 @@ void frmCControl::ClickOf(QPushButton* button, void (TestSequence::*handler)()) 
     Act(handler);
 }
 
+void frmCControl::cmdStart_Click() {
+    ClickOf(controls_.cmdStart, &TestSequence::cmdStart_Click);
+    // It may have been refused.
+    if (!sequence_.Polling() || sequence_.TestState() == kStateShotComplete) return;
+    shotShown_ = false;
+    live_.StartShot(sequence_.Around().modes.testRatioOnlyMode);
+    ShowCurve();
+}
+
+void frmCControl::cmdContinue_Click() {
+    const bool wasPending = sequence_.ShotPending();
+    ClickOf(controls_.cmdContinue, &TestSequence::cmdContinue_Click);
+    if (!wasPending || sequence_.ShotPending()) return;
+    live_.DropShot();
+    ShowCurve();
+}
+
+void frmCControl::ShowCurve() {
+    if (!shotShown_ && sequence_.TestState() == kStateShotComplete) {
+        shotShown_ = true;
+        if (sequence_.ShotPending()) {
+            live_.CompleteShot(sequence_.ShotTrailer());
+        } else {
+            live_.DropShot();
+        }
+    }
+    const bool shows = live_.Wanted() && controls_.RoomBesidePrompt();
+    if (live_.Chart()->isVisibleTo(this) != shows) live_.Chart()->setVisible(shows);
+}
+
+void frmCControl::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    ShowCurve();
+}
+
 void frmCControl::LostFocus(void (TestSequence::*handler)()) {
     if (handlers_.Running()) {
         // A step took the focus away; the box has its turn when the step is done.
@@ -148,6 +191,7 @@ void frmCControl::Timer1_Timer() {
         TakeTyped();
         sequence_.Timer1_Timer();
     });
+    ShowCurve();
     Refresh();
 }
 
@@ -258,7 +302,9 @@ bool frmCControl::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void frmCControl::PortLost() {
+    const bool lost = sequence_.Polling();
     handlers_.Run([this] { sequence_.PortLost(); });
+    if (lost) live_.DropShot();
     Refresh();
 }
 

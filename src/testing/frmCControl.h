@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "common/event_handlers.h"
+#include "testing/live_curve.h"
 #include "testing/session_save.h"
 #include "testing/test_sequence.h"
 #include "testing/test_window_controls.h"
@@ -39,6 +40,7 @@ class frmCControl : public QWidget {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -67,6 +69,9 @@ class frmCControl : public QWidget {
     // the end of the handler under way.
     void Refresh();
     void Paint();
+    void cmdStart_Click();
+    void cmdContinue_Click();
+    void ShowCurve();
     void LeaveFocusSafely(const TestScreen& next);
     void FocusControl(const char* name);
     void CloseNow();
@@ -75,6 +80,8 @@ class frmCControl : public QWidget {
     Settings& settings_;
     EventHandlers handlers_;
     TestWindowControls controls_;
+    LiveCurve live_;
+    bool shotShown_ = false;  // the complete shot is in live_
     TestScreen painted_;
     QTimer Timer1_;
     QTimer timDateTime_;

@@ -21,6 +21,10 @@ namespace davo {
 
 namespace {
 
+// Of the width beside a chart, in parts of a hundred.
+constexpr int kPromptShare = 62;
+constexpr int kChartShare = 100 - kPromptShare;
+constexpr const char* kLongestPrompt = "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)";
 constexpr double kPromptGrowth = 2.0;
 constexpr double kConfirmCapitals = 5.5;  // mm
 constexpr double kDamageCapitals = 4.0;   // mm
@@ -164,7 +168,9 @@ TestWindowControls::TestWindowControls(QWidget* window) {
     auto* column = Tight(new QVBoxLayout(window));
     column->addLayout(BuildTopRow(window));
     BuildMessage(window);
-    column->addWidget(frmeMessage, 1);
+    promptRow_ = new QHBoxLayout;
+    promptRow_->addWidget(frmeMessage, kPromptShare);
+    column->addLayout(promptRow_, 1);
     column->addLayout(BuildResults(window));
     BuildButtons(window);
     column->addWidget(Frame1);
@@ -316,6 +322,17 @@ void TestWindowControls::Paint(TestScreen& painted, const TestScreen& screen) {
 
 void TestWindowControls::PaintAll(const TestScreen& screen) {
     PaintControls(*this, nullptr, screen);
+}
+
+void TestWindowControls::PlaceBesidePrompt(QWidget* chart) {
+    promptRow_->addWidget(chart, kChartShare);
+}
+
+bool TestWindowControls::RoomBesidePrompt() const {
+    const int around = frmeMessage->width() - lblMessage->width();
+    const int row = promptRow_->geometry().width() - promptRow_->spacing();
+    const QSize room(row * kPromptShare / 100 - around, lblMessage->height());
+    return lblMessage->HasRoomFor(QLatin1String(kLongestPrompt), room);
 }
 
 std::vector<QPushButton*> TestWindowControls::Buttons() const {

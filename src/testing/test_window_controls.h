@@ -26,6 +26,11 @@ struct TestWindowControls {
     // Everything of screen, whatever was painted before.
     void PaintAll(const TestScreen& screen);
 
+    // Puts chart at the right of the prompt, where it has its share of the width when visible.
+    void PlaceBesidePrompt(QWidget* chart);
+    // Whether every prompt can still be read from two metres beside the chart.
+    bool RoomBesidePrompt() const;
+
     // In the order of the eye, which is the tab order.
     std::vector<QPushButton*> Buttons() const;
 
@@ -59,6 +64,8 @@ struct TestWindowControls {
     QPushButton* cmdExit;
 
   private:
+    QHBoxLayout* promptRow_ = nullptr;
+
     QHBoxLayout* BuildTopRow(QWidget* window);
     void BuildMessage(QWidget* window);
     QHBoxLayout* BuildResults(QWidget* window);

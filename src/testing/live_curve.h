@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QTimer>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "curves/curve_chart.h"
+
+class QWidget;
+
+namespace davo {
+
+// How many readings of a shot are kept; beyond that every other one is left out.
+inline constexpr std::size_t kMostLiveReadings = 20000;
+
+// The curve of the shot under way beside the prompt, the session's earlier shots faint behind it.
+// What arrives is only noted; the chart is brought up to date ten times a second at most.
+class LiveCurve {
+  public:
+    // The chart belongs to parent. It takes no focus and asks for no room.
+    explicit LiveCurve(QWidget* parent);
+
+    // A shot begins. The one that was complete is an earlier one from now on.
+    void StartShot(bool ratioOnly);
+    // A reading of the saturation test, amperes and volts as received; one that is no number above
+    // zero is left out.
+    void AddReading(std::string_view current, std::string_view voltage);
+    // The shot's own points and kneepoints replace the readings; capture is its block of the
+    // capture file. Of a record that cannot be read the readings stay.
+    void CompleteShot(const std::string& capture);
+    // The shot under way or just complete does not count.
+    void DropShot();
+
+    // Whether there is something to show, had the window room for it.
+    bool Wanted() const;
+
+    CurveChart* Chart() const { return chart_; }
+    const std::vector<CurvePoint>& Readings() const { return readings_; }
+
+  private:
+    void ShowSoon();
+    void ShowAllAgain();
+    void Flush();
+
+    CurveChart* chart_;
+    QTimer soon_;
+    std::vector<ChartCurve> earlier_;
+    std::optional<ChartCurve> complete_;
+    std::vector<CurvePoint> readings_;
+    std::size_t shown_ = 0;  // of readings_
+    bool rebuild_ = true;
+    bool ratioOnly_ = true;  // until the first shot
+};
+
+}  // namespace davo
