@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs what debian-packages.txt names and this machine lacks; quick when nothing does.
+# install-debian-packages.sh [LIST]: installs what LIST (debian-packages.txt) names and this machine
+# lacks; quick when nothing does.
 set -euo pipefail
 
-list="$(dirname "${BASH_SOURCE[0]}")/debian-packages.txt"
+list=${1:-$(dirname "${BASH_SOURCE[0]}")/debian-packages.txt}
 mapfile -t wanted < <(sed 's/#.*//' "$list" | tr -s '[:space:]' '\n' | grep .)
 
 is_installed() {
