@@ -42,11 +42,15 @@ function(davo_library name)
   set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC} POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
-# davo_test(<name> SOURCES ... [LINKS ...] [WIDGETS] [LABELS ...] [TIMEOUT seconds] [SERIAL])
+# davo_test(<name> SOURCES ... [LINKS ...] [WIDGETS] [LABELS ...] [TIMEOUT seconds] [SERIAL]
+#           [NOT_IN_WINE pattern ...])
+# NOT_IN_WINE names tests, as --gtest_filter does, that cannot run there: they start programs of this
+# machine, remove files that are open, ask for processor time as POSIX has it, or measure texts, for
+# which Wine has not the interface's font.
 # One executable, one CTest entry. Each runs offscreen with a home and configuration folder of
 # its own, so that no test reads or writes the user's settings.
 function(davo_test name)
-  cmake_parse_arguments(ARG "WIDGETS;SERIAL" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "WIDGETS;SERIAL" "TIMEOUT" "SOURCES;LINKS;LABELS;NOT_IN_WINE" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -59,7 +63,12 @@ function(davo_test name)
   target_link_libraries(${name} PRIVATE davo_flags ${ARG_LINKS} ${main} GTest::gmock GTest::gtest)
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_compile_definitions(${name} PRIVATE DAVO_TESTS_FOLDER="${CMAKE_SOURCE_DIR}/tests")
-  add_test(NAME ${name} COMMAND ${name})
+  set(filter)
+  if(WIN32 AND ARG_NOT_IN_WINE)
+    list(JOIN ARG_NOT_IN_WINE ":" filter)
+    set(filter "--gtest_filter=-${filter}")
+  endif()
+  add_test(NAME ${name} COMMAND ${name} ${filter})
   set(home "${CMAKE_BINARY_DIR}/homes/${name}")
   file(MAKE_DIRECTORY "${home}")
   set(environment "QT_QPA_PLATFORM=offscreen")

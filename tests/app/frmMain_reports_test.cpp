@@ -59,7 +59,7 @@ class MainWindowWithReports : public MainWindow {
         QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
     }
     QString ExcelFolder() const {
-        return places.applicationFolder + QStringLiteral("Shots_Excel/");
+        return ShownPath(places.applicationFolder + QStringLiteral("Shots_Excel/"));
     }
     void PutInstalledTemplate() { ReplaceFile(InstalledTemplate(), "a workbook"); }
     ~MainWindowWithReports() override {

@@ -12,6 +12,7 @@
 #include <QTest>
 #include <QTreeWidget>
 
+#include "common/places.h"
 #include "tests/app/window_checks.h"
 
 namespace davo::test {
@@ -169,7 +170,8 @@ TEST_F(Home, WithoutRecordsSaysWhereTheyWillBe) {
     facts.records.clear();
     panel->ShowFacts(facts);
     EXPECT_EQ(Find<QLabel>("lblNoRecords")->text(),
-              QStringLiteral("No test records yet in /home/technician/Documents/DAVO/Shots_Data/"));
+              QStringLiteral("No test records yet in ") +
+                  ShownPath(QStringLiteral("/home/technician/Documents/DAVO/Shots_Data/")));
     EXPECT_TRUE(Find<QLabel>("lblNoRecords")->isVisible());
     EXPECT_FALSE(Find<QTreeWidget>("lvNewest")->isVisible());
 }

@@ -17,6 +17,7 @@
 #include "app/cursor_pointer.h"
 #include "app/frmMain.h"
 #include "common/files.h"
+#include "common/places.h"
 #include "tests/app/fake_port_devices.h"
 #include "tests/link/fake_serial_port.h"
 #include "tests/support/fake_prompts.h"
@@ -100,7 +101,9 @@ class MainWindow : public ::testing::Test {
     }
     void Store(const char* key, const QString& text) { store.texts[QLatin1String(key)] = text; }
     // The data folder of a first run, made here, with a record file.
-    QString DataFolder() const { return places.applicationFolder + QStringLiteral("Shots_Data/"); }
+    QString DataFolder() const {
+        return ShownPath(places.applicationFolder + QStringLiteral("Shots_Data/"));
+    }
     void AddRecord(const char* name, const char* date, const char* station = "NORTH") {
         ASSERT_TRUE(QDir().mkpath(DataFolder()));
         ReplaceFile(DataFolder() + QLatin1String(name), RecordText(date, station));

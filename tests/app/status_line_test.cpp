@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include "common/places.h"
 #include "tests/app/fake_port_devices.h"
 #include "tests/app/window_checks.h"
 #include "tests/link/fake_serial_port.h"
@@ -161,8 +162,8 @@ TEST_F(StatusLineTest, SaysEverythingAtAGlance) {
     EXPECT_EQ(TextOf("lblPort"), QStringLiteral("COM1 open"));
     EXPECT_EQ(TextOf("lblDevice"), facts.link.deviceWords);
     EXPECT_EQ(TextOf("lblModel"), QStringLiteral("DAVO-E R3.10"));
-    EXPECT_EQ(TextOf("lblDataPath"), facts.dataPath);
-    EXPECT_EQ(Find<QLabel>("lblDataPath")->toolTip(), facts.dataPath);
+    EXPECT_EQ(TextOf("lblDataPath"), ShownPath(facts.dataPath));
+    EXPECT_EQ(Find<QLabel>("lblDataPath")->toolTip(), ShownPath(facts.dataPath));
     EXPECT_EQ(TextOf("lblKneepoint"), QStringLiteral("ASA 10/50 Marker"));
     EXPECT_FALSE(Find<QPushButton>("cmdNotice")->isVisible());
     EXPECT_FALSE(Find<QPushButton>("cmdStopWait")->isVisible());

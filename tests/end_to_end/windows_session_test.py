@@ -11,6 +11,7 @@ import unittest
 
 import expected_record
 import harness
+import openpyxl
 import windows_bench
 from session_test import HEADER, NOTES, Session, fill_header, stored
 
@@ -101,6 +102,45 @@ class WindowsSession(Session):
                 self.assertIsNone(own.replay.difference)
         self.assertEqual(len(WHEN.findall(record)), 1)
         self.assertEqual(WHEN.sub(b"", record), WHEN.sub(b"", other))
+
+    def test_a_killed_session_is_offered_again_and_reported(self):
+        with windows_bench.WindowsBench("--unpaced", "--quick", "--seed", "6") as bench:
+            program = bench.start_program()
+            harness.open_test_window(program)
+            harness.full_shot(program, first=True)
+            program.process.kill()
+            program.wait_end()
+
+            program = bench.start_program()
+            program.do("wait frmMain", "menu mnuBoth")
+            harness.wait_until(program.prompt, "the offer of the session")
+            self.assertRegex(
+                program.prompt(),
+                "An earlier session of .* with 1 shot was never saved. Do you want to save it as a "
+                "test record file now\\?",
+            )
+            program.do("answer Yes", 'chooseFile "Kept.txt"', "waitDisabled cmdCancel")
+            kept = (bench.data / "Kept.txt").read_bytes()
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
+            self.assertEqual(len(shots), 1)
+            date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", kept).groups()
+            self.assertEqual(
+                kept,
+                expected_record.record_file(
+                    "Kept.txt", date.decode(), at.decode(), [" " * 20] * 8, shots, None, None
+                ),
+            )
+            # The next session ends with a report, which without Excel is the built-in renderer's.
+            harness.full_shot(program, first=True)
+            harness.save_session(program, "T18.txt", view=True)
+            workbook = bench.excel / "T18.xlsx"
+            harness.wait_until(workbook.exists, "the workbook")
+            while program.window("frmCControl") or program.prompt():
+                if program.prompt():
+                    program.do("answer Ok")
+            sheets = openpyxl.load_workbook(workbook)
+            self.assertTrue(any(sheet._charts for sheet in sheets.worksheets), sheets.sheetnames)
+            self.assertEqual(harness.leave(program), 0)
 
     def test_settings_are_written_to_the_registry_as_texts(self):
         with windows_bench.WindowsBench("--unpaced", "--quick") as bench:

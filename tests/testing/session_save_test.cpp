@@ -5,6 +5,7 @@
 
 #include <QDir>
 
+#include "common/places.h"
 #include "common/text.h"
 #include "records/record_file.h"
 #include "tests/testing/sequence_bench.h"
@@ -190,7 +191,7 @@ TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
     ASSERT_TRUE(QDir().mkpath(other));
     answers = {Answer::Yes};
     files = {other + QStringLiteral("T1.txt")};
-    const QString target = other + QStringLiteral("Shots_Data/T1.txt");
+    const QString target = ShownPath(other + QStringLiteral("Shots_Data/T1.txt"));
     EXPECT_EQ(Exit().savedFile, target);
     EXPECT_EQ(ReadTestRecordFile(target).testNumber, "T1");
     EXPECT_FALSE(FileExists(before + QStringLiteral("T1.txt")));
