@@ -4,11 +4,11 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QSemaphore>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
 #include <memory>
-#include <semaphore>
 #include <stdexcept>
 #include <vector>
 
@@ -95,9 +95,9 @@ TEST_F(BackgroundRenderTest, TellsProgressAndThenTheEndOnTheThreadThatBegan) {
 }
 
 TEST_F(BackgroundRenderTest, TheEventLoopGoesOnWhileAReportIsMade) {
-    std::binary_semaphore wasAlive(0);
+    QSemaphore wasAlive;
     Begin([&](const QString&, const RenderProgress&, const std::stop_token&) {
-        return wasAlive.try_acquire_for(std::chrono::seconds(8));
+        return wasAlive.tryAcquire(1, 8000);
     });
     QTimer::singleShot(0, &loop_, [&] { wasAlive.release(); });
     AwaitEnd();
@@ -138,7 +138,7 @@ TEST_F(BackgroundRenderTest, CancelEndsItWithoutAnError) {
 
 TEST_F(BackgroundRenderTest, NothingIsToldAfterItsEndOfLife) {
     std::atomic<bool> hasEnded = false;
-    std::binary_semaphore hasBegun(0);
+    QSemaphore hasBegun;
     Begin([&](const QString&, const RenderProgress& progress, const std::stop_token& stop) {
         progress(1, 1);
         hasBegun.release();
