@@ -1,6 +1,7 @@
 ; Installs the program for the user who runs it: no administrator, nothing outside his own folders.
 ; What he measured lies in Documents\DAVO or beside the program; removing the program leaves both.
-Unicode true
+; The program is for 64 bit, and so is what installs it.
+Target amd64-unicode
 !include MUI2.nsh
 !include FileFunc.nsh
 
