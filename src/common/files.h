@@ -9,8 +9,8 @@
 namespace davo {
 
 // Every function here throws RunTimeError with the number of what the system said: 53 no such
-// file, 76 no such folder, 70 permission denied, 61 disk full, 52 a name that cannot be, 57 any other device
-// error.
+// file, 76 no such folder, 70 permission denied, 61 disk full, 52 a name that cannot be, 57 any
+// other device error.
 
 bool FileExists(const QString& path);
 bool FolderExists(const QString& path);
