@@ -305,6 +305,7 @@ void frmCControl::PortLost() {
     const bool lost = sequence_.Polling();
     handlers_.Run([this] { sequence_.PortLost(); });
     if (lost) live_.DropShot();
+    ShowCurve();
     Refresh();
 }
 
