@@ -1,0 +1,63 @@
+#pragma once
+
+#include <string>
+
+#include "testing/test_sequence.h"
+
+namespace davo {
+
+// Nothing arrives and nothing is sent.
+class QuietPort : public SerialPort {
+  public:
+    void SetCommPort(std::int16_t) override {}
+    void SetSettings(std::string_view) override {}
+    void SetInputLen(int) override {}
+    void SetInBufferSize(int) override {}
+    void SetRThreshold(int) override {}
+    bool PortOpen() const override { return true; }
+    void SetPortOpen(bool) override {}
+    void Output(std::string_view) override {}
+    std::string Input() override { return {}; }
+    bool WaitForText(Time) override { return false; }
+};
+
+class QuietPrompts : public Prompts {
+  public:
+    void Message(const QString&, const QString&) override {}
+    Answer YesNo(const QString&, Answer preset, const QString&) override { return preset; }
+    Answer YesNoCancel(const QString&, Answer preset, const QString&) override { return preset; }
+    std::optional<QString> Input(const QString&, const QString&, const QString&) override {
+        return std::nullopt;
+    }
+    QString SaveFile(const QString&, const QString&) override { return {}; }
+    QString ChooseFolder(const QString&, const QString&) override { return {}; }
+};
+
+// The test sequence with nothing around it.
+class Sequence {
+  public:
+    TestSequence& operator*() { return sequence_; }
+
+    // One step over text, as if it had just arrived.
+    void Pass(const std::string& text) {
+        sequence_.Reply().sessionPending = text;
+        sequence_.Reply().sessionWindow = text;
+        sequence_.RunTestStep();
+    }
+
+  private:
+    QuietPort port_;
+    LinkState state_;
+    QuietPrompts prompts_;
+    BusyPointer pointer_;
+    Link link_{port_, state_, prompts_, pointer_};
+    Clock clock_;
+    Places places_;
+    TestModes modes_;
+    SessionState session_;
+    HeaderTable header_;
+    TestSequence sequence_{
+        {link_, prompts_, clock_, places_, modes_, session_, header_, [] {}, {}}};
+};
+
+}  // namespace davo
