@@ -1,10 +1,14 @@
-// A burst of 10,000 readings through the test sequence's step, with and without the live curve that
-// notes each of them; and what the curve keeps of a burst.
+// A burst of 10,000 readings through the test sequence's step: bare, with a display that does
+// nothing, and with the live curve; and what the curve keeps of a burst. The three take turns in a
+// random order, and their medians are compared.
 
 #include <QApplication>
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -37,6 +41,12 @@ double Milliseconds(Sequence& sequence, const std::vector<std::string>& blocks) 
     return taken.count();
 }
 
+double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
 double ResidentMegabytes() {
     std::ifstream status("/proc/self/statm");
     long all = 0;
@@ -59,28 +69,38 @@ int main(int argc, char** argv) {
     curve.Chart()->resize(window.size());
     curve.Chart()->show();
 
-    Sequence without;
-    Sequence with;
-    int noted = 0;
-    (*with).OnReading = [&](const std::string& current, const std::string& voltage) {
-        ++noted;
-        curve.AddReading(current, voltage);
+    Sequence bare;
+    Sequence idle;
+    Sequence live;
+    (*idle).OnReadings = [](std::string_view) {};
+    (*live).OnReadings = [&](std::string_view text) { curve.AddReadings(text); };
+    struct Way {
+        Sequence& sequence;
+        std::vector<double> taken;
     };
-    constexpr int kRounds = 40;
-    double bare = 0;
-    double observed = 0;
+    std::array<Way, 3> ways{{{bare, {}}, {idle, {}}, {live, {}}}};
+    constexpr int kRounds = 300;
+    constexpr unsigned kSeed = 20261121;
+    std::mt19937 order(kSeed);
     const double before = ResidentMegabytes();
+    std::size_t kept = 0;
     for (int round = 0; round < kRounds; ++round) {
         curve.StartShot(false);
-        bare += Milliseconds(without, blocks);
-        observed += Milliseconds(with, blocks);
+        curve.BeginSaturation();
+        std::array<std::size_t, 3> turns{0, 1, 2};
+        std::shuffle(turns.begin(), turns.end(), order);
+        for (const std::size_t turn : turns)
+            ways.at(turn).taken.push_back(Milliseconds(ways.at(turn).sequence, blocks));
         // What the timer would do, outside of the step.
+        kept = curve.Readings().size();
         QApplication::processEvents();
     }
+    const double step = Median(ways[0].taken);
     std::printf(
-        "burst of %d readings: step %.2f ms, with the live curve %.2f ms, ratio %.3f; noted %d; "
-        "memory %.1f to %.1f MB\n",
-        kReadings, bare / kRounds, observed / kRounds, observed / bare, noted / kRounds, before,
-        ResidentMegabytes());
+        "burst of %d readings, medians of %d: step %.3f ms; with a display that does "
+        "nothing %.3f; with the live curve %.3f, ratio %.3f; kept %zu; memory %.1f to %.1f "
+        "MB\n",
+        kReadings, kRounds, step, Median(ways[1].taken), Median(ways[2].taken),
+        Median(ways[2].taken) / step, kept, before, ResidentMegabytes());
     return 0;
 }

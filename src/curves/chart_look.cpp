@@ -47,7 +47,8 @@ ChartColours Colours(const QColor& base, const QColor& text) {
     colours.text = text;
     colours.grid = Mixed(base, text, 0.28);
     colours.fineGrid = Mixed(base, text, 0.10);
-    colours.faint = Mixed(base, text, 0.30);
+    // Not a grey: it is no line of the grid.
+    colours.faint = Mixed(base, QColor(kCurveColours.front()), 0.45);
     std::transform(kCurveColours.begin(), kCurveColours.end(), colours.curves.begin(),
                    [&](QRgb colour) { return Readable(QColor(colour), base, text); });
     return colours;

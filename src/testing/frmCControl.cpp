@@ -66,8 +66,9 @@ void frmCControl::ConnectEvents() {
     onClick(controls_.cmdStart, [this] { cmdStart_Click(); });
     onClick(controls_.cmdContinue, [this] { cmdContinue_Click(); });
     onClick(controls_.cmdCancel, [this] {
+        const bool refused = handlers_.Running();
         ClickOf(controls_.cmdCancel, &TestSequence::cmdCancel_Click);
-        live_.DropShot();
+        if (!refused) live_.DropShot();
         ShowCurve();
     });
     onClick(controls_.cmdHeader, [this] { cmdHeader_Click(); });
@@ -81,10 +82,8 @@ void frmCControl::ConnectEvents() {
     controls_.txtHVolt->installEventFilter(this);
     controls_.txtXVolt->installEventFilter(this);
     sequence_.OnShow = [this] { Paint(); };
-    sequence_.OnReading = [this](const std::string& current, const std::string& voltage) {
-        if (sequence_.Screen().lblTest.text == "SATURATION TEST") {
-            live_.AddReading(current, voltage);
-        }
+    sequence_.OnReadings = [this](std::string_view window) {
+        if (InSaturationTest()) live_.AddReadings(window);
     };
     sequence_.OnFocus = [this](const char* control) { FocusControl(control); };
 }
@@ -159,6 +158,7 @@ void frmCControl::cmdContinue_Click() {
 }
 
 void frmCControl::ShowCurve() {
+    if (sequence_.Polling() && InSaturationTest()) live_.BeginSaturation();
     if (!shotShown_ && sequence_.TestState() == kStateShotComplete) {
         shotShown_ = true;
         if (sequence_.ShotPending()) {
@@ -167,8 +167,11 @@ void frmCControl::ShowCurve() {
             live_.DropShot();
         }
     }
-    const bool shows = live_.Wanted() && controls_.RoomBesidePrompt();
-    if (live_.Chart()->isVisibleTo(this) != shows) live_.Chart()->setVisible(shows);
+    controls_.ShowBesidePrompt(live_.Wanted());
+}
+
+bool frmCControl::InSaturationTest() const {
+    return sequence_.Screen().lblTest.text == "SATURATION TEST";
 }
 
 void frmCControl::resizeEvent(QResizeEvent* event) {
@@ -333,6 +336,7 @@ void frmCControl::Refresh() {
 void frmCControl::Paint() {
     LeaveFocusSafely(sequence_.Screen());
     controls_.Paint(painted_, sequence_.Screen());
+    controls_.ShowBesidePrompt(live_.Wanted());
 }
 
 void frmCControl::LeaveFocusSafely(const TestScreen& next) {

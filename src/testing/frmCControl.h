@@ -72,6 +72,7 @@ class frmCControl : public QWidget {
     void cmdStart_Click();
     void cmdContinue_Click();
     void ShowCurve();
+    bool InSaturationTest() const;
     void LeaveFocusSafely(const TestScreen& next);
     void FocusControl(const char* name);
     void CloseNow();

@@ -1,11 +1,13 @@
 #include "testing/live_curve.h"
 
 #include <charconv>
+#include <cmath>
 #include <utility>
 
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "curves/record_tests.h"
+#include "testing/session_text.h"
 
 namespace davo {
 
@@ -18,7 +20,7 @@ std::optional<double> Number(std::string_view text) {
     if (from == std::string_view::npos) return std::nullopt;
     double value = 0;
     const auto result = std::from_chars(text.data() + from, text.data() + text.size(), value);
-    if (result.ec != std::errc() || !(value > 0)) return std::nullopt;
+    if (result.ec != std::errc() || !(value > 0) || std::isinf(value)) return std::nullopt;
     return value;
 }
 
@@ -44,15 +46,38 @@ void LiveCurve::StartShot(bool ratioOnly) {
         complete_->knees.clear();
         earlier_.push_back(*std::exchange(complete_, std::nullopt));
     }
-    readings_.clear();
     ratioOnly_ = ratioOnly;
-    ShowAllAgain();
+    ForgetReadings();
 }
 
-void LiveCurve::AddReading(std::string_view current, std::string_view voltage) {
-    const auto amperes = Number(current);
-    const auto volts = Number(voltage);
-    if (!amperes || !volts) return;
+void LiveCurve::AddReadings(std::string_view text) {
+    unread_ += text;
+    textEnds_.push_back(unread_.size());
+    ShowSoon();
+}
+
+const std::vector<CurvePoint>& LiveCurve::Readings() {
+    ReadText();
+    return readings_;
+}
+
+// Each text by itself: what one of them ends with is no part of the next.
+void LiveCurve::ReadText() {
+    std::size_t from = 0;
+    for (const std::size_t end : textEnds_) {
+        for (const Reading& reading :
+             CompleteReadings(std::string_view(unread_).substr(from, end - from))) {
+            const auto amperes = Number(reading.current);
+            const auto volts = Number(reading.voltage);
+            if (amperes && volts) AddReading({*amperes, *volts});
+        }
+        from = end;
+    }
+    unread_.clear();
+    textEnds_.clear();
+}
+
+void LiveCurve::AddReading(CurvePoint reading) {
     if (readings_.size() >= kMostLiveReadings) {
         std::vector<CurvePoint> thinned;
         for (std::size_t i = 0; i < readings_.size(); i += 2)
@@ -60,8 +85,15 @@ void LiveCurve::AddReading(std::string_view current, std::string_view voltage) {
         readings_ = std::move(thinned);
         rebuild_ = true;
     }
-    readings_.push_back({*amperes, *volts});
-    ShowSoon();
+    readings_.push_back(reading);
+}
+
+void LiveCurve::ForgetReadings() {
+    unread_.clear();
+    textEnds_.clear();
+    readings_.clear();
+    saturation_ = false;
+    ShowAllAgain();
 }
 
 void LiveCurve::CompleteShot(const std::string& capture) {
@@ -69,14 +101,13 @@ void LiveCurve::CompleteShot(const std::string& capture) {
     try {
         const std::vector<RecordTest> tests = TestsOfCapture(capture);
         if (tests.empty() || tests.front().points.empty()) return;
-        ChartCurve curve{
-            QStringLiteral("Shot %1").arg(earlier_.size() + 1), tests.front().points, {}, {}};
+        // No name: a legend would take the room of the curve, and there is one of each look.
+        ChartCurve curve{{}, tests.front().points, {}, {}};
         for (const KneeFact& fact : tests.front().knees) {
             if (const auto at = fact.At()) curve.knees.push_back({fact.rule, *at});
         }
         complete_ = std::move(curve);
-        readings_.clear();
-        ShowAllAgain();
+        ForgetReadings();
     } catch (const RunTimeError&) {
         // The window says what is wrong with the record.
     }
@@ -84,12 +115,11 @@ void LiveCurve::CompleteShot(const std::string& capture) {
 
 void LiveCurve::DropShot() {
     complete_.reset();
-    readings_.clear();
-    ShowAllAgain();
+    ForgetReadings();
 }
 
 bool LiveCurve::Wanted() const {
-    return !ratioOnly_ && (!readings_.empty() || complete_ || !earlier_.empty());
+    return !ratioOnly_ && (saturation_ || complete_ || !earlier_.empty());
 }
 
 void LiveCurve::ShowSoon() {
@@ -102,11 +132,12 @@ void LiveCurve::ShowAllAgain() {
 }
 
 void LiveCurve::Flush() {
+    ReadText();
     const std::size_t index = earlier_.size() + (complete_ ? 1 : 0);
     if (rebuild_) {
         std::vector<ChartCurve> curves = earlier_;
         if (complete_) curves.push_back(*complete_);
-        curves.push_back({QStringLiteral("Readings"), readings_, {}, CurveLook::Readings});
+        curves.push_back({{}, readings_, {}, CurveLook::Readings});
         if (readings_.empty()) curves.pop_back();
         chart_->SetCurves(std::move(curves));
         rebuild_ = readings_.empty();

@@ -16,7 +16,7 @@ namespace davo {
 inline constexpr std::size_t kMostLiveReadings = 20000;
 
 // The curve of the shot under way beside the prompt, the session's earlier shots faint behind it.
-// What arrives is only noted; the chart is brought up to date ten times a second at most.
+// What arrives is only kept; the chart is brought up to date ten times a second at most.
 class LiveCurve {
   public:
     // The chart belongs to parent. It takes no focus and asks for no room.
@@ -24,9 +24,11 @@ class LiveCurve {
 
     // A shot begins. The one that was complete is an earlier one from now on.
     void StartShot(bool ratioOnly);
-    // A reading of the saturation test, amperes and volts as received; one that is no number above
-    // zero is left out.
-    void AddReading(std::string_view current, std::string_view voltage);
+    // Its saturation test has begun.
+    void BeginSaturation() { saturation_ = true; }
+    // Text of the saturation test with complete readings in it. It is kept as it is and read when
+    // the chart is brought up to date; a reading that is no number above zero is left out.
+    void AddReadings(std::string_view text);
     // The shot's own points and kneepoints replace the readings; capture is its block of the
     // capture file. Of a record that cannot be read the readings stay.
     void CompleteShot(const std::string& capture);
@@ -37,9 +39,12 @@ class LiveCurve {
     bool Wanted() const;
 
     CurveChart* Chart() const { return chart_; }
-    const std::vector<CurvePoint>& Readings() const { return readings_; }
+    const std::vector<CurvePoint>& Readings();
 
   private:
+    void ReadText();
+    void AddReading(CurvePoint reading);
+    void ForgetReadings();
     void ShowSoon();
     void ShowAllAgain();
     void Flush();
@@ -48,10 +53,13 @@ class LiveCurve {
     QTimer soon_;
     std::vector<ChartCurve> earlier_;
     std::optional<ChartCurve> complete_;
+    std::string unread_;                 // texts of AddReadings
+    std::vector<std::size_t> textEnds_;  // in unread_
     std::vector<CurvePoint> readings_;
     std::size_t shown_ = 0;  // of readings_
     bool rebuild_ = true;
     bool ratioOnly_ = true;  // until the first shot
+    bool saturation_ = false;
 };
 
 }  // namespace davo

@@ -117,8 +117,9 @@ class TestSequence {
     // Called where the rules let pending window events be processed: the window repaints; it runs
     // no events of the operator, so that no step runs inside a step.
     std::function<void()> OnShow;
-    // Each complete reading as it arrives (amperes and volts as received); for a live display.
-    std::function<void(const std::string& current, const std::string& voltage)> OnReading;
+    // The examined text when it holds complete readings (CompleteReadings finds them); for a live
+    // display, which is not to read it within the step.
+    std::function<void(std::string_view window)> OnReadings;
 
   private:
     // One pass; unexamined: sessionPending holds what the last block left. Whether it does now.

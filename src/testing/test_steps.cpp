@@ -120,10 +120,7 @@ void TestSequence::LiveReadings() {
     const Reading& latest = readings.back();
     screen_.txtCur = {latest.current.substr(0, kCurrentWidth), true, screen_.txtCur.visible};
     screen_.txtVolt = {latest.voltage, true, screen_.txtVolt.visible};
-    if (OnReading) {
-        for (const Reading& reading : readings)
-            OnReading(reading.current, reading.voltage);
-    }
+    if (OnReadings) OnReadings(reply_.sessionWindow);
     if (!liveConfirm_) return;
     const bool open = screen_.cmdContinue.enabled && screen_.lblConfirm.visible;
     screen_.cmdContinue.enabled = true;

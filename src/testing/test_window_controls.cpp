@@ -21,9 +21,11 @@ namespace davo {
 
 namespace {
 
-// Of the width beside a chart, in parts of a hundred.
-constexpr int kPromptShare = 62;
-constexpr int kChartShare = 100 - kPromptShare;
+// Of the chart's width in the prompt's row, in parts of a hundred: beside a prompt at most, and
+// while there is none.
+constexpr int kChartShare = 40;
+constexpr int kAloneShare = 60;
+constexpr int kLeastChart = 300;
 constexpr const char* kLongestPrompt = "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)";
 constexpr double kPromptGrowth = 2.0;
 constexpr double kConfirmCapitals = 5.5;  // mm
@@ -169,7 +171,7 @@ TestWindowControls::TestWindowControls(QWidget* window) {
     column->addLayout(BuildTopRow(window));
     BuildMessage(window);
     promptRow_ = new QHBoxLayout;
-    promptRow_->addWidget(frmeMessage, kPromptShare);
+    promptRow_->addWidget(frmeMessage, 1);
     column->addLayout(promptRow_, 1);
     column->addLayout(BuildResults(window));
     BuildButtons(window);
@@ -325,14 +327,40 @@ void TestWindowControls::PaintAll(const TestScreen& screen) {
 }
 
 void TestWindowControls::PlaceBesidePrompt(QWidget* chart) {
-    promptRow_->addWidget(chart, kChartShare);
+    besidePrompt_ = chart;
+    promptRow_->addWidget(chart);
 }
 
-bool TestWindowControls::RoomBesidePrompt() const {
+void TestWindowControls::ShowBesidePrompt(bool wanted) {
+    const QSize room = PromptRoom();
+    if (room != promptRoom_) {
+        promptRoom_ = room;
+        widthBeside_ = WidthBeside(room);
+    }
+    const bool silent = lblMessage->text().isEmpty() && lblDamage->text().isEmpty();
+    const int width = silent ? room.width() * kAloneShare / 100 : widthBeside_;
+    const bool shows = wanted && width > 0;
+    if (shows) {
+        promptRow_->setStretch(0, room.width() - width);
+        promptRow_->setStretch(1, width);
+    }
+    if (besidePrompt_->isHidden() == shows) besidePrompt_->setVisible(shows);
+}
+
+// The row's width, and the height that the message has.
+QSize TestWindowControls::PromptRoom() const {
+    const int damage = lblDamage->isHidden() ? 0 : lblDamage->height() + kSpacing;
+    return {promptRow_->geometry().width() - promptRow_->spacing(), lblMessage->height() + damage};
+}
+
+int TestWindowControls::WidthBeside(QSize room) const {
+    constexpr int kStep = 8;
     const int around = frmeMessage->width() - lblMessage->width();
-    const int row = promptRow_->geometry().width() - promptRow_->spacing();
-    const QSize room(row * kPromptShare / 100 - around, lblMessage->height());
-    return lblMessage->HasRoomFor(QLatin1String(kLongestPrompt), room);
+    for (int width = room.width() * kChartShare / 100; width >= kLeastChart; width -= kStep) {
+        const QSize left(room.width() - width - around, room.height());
+        if (lblMessage->HasRoomFor(QLatin1String(kLongestPrompt), left)) return width;
+    }
+    return 0;
 }
 
 std::vector<QPushButton*> TestWindowControls::Buttons() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSize>
 #include <vector>
 
 #include "testing/test_screen.h"
@@ -26,10 +27,11 @@ struct TestWindowControls {
     // Everything of screen, whatever was painted before.
     void PaintAll(const TestScreen& screen);
 
-    // Puts chart at the right of the prompt, where it has its share of the width when visible.
+    // Puts chart at the right of the prompt, hidden.
     void PlaceBesidePrompt(QWidget* chart);
-    // Whether every prompt can still be read from two metres beside the chart.
-    bool RoomBesidePrompt() const;
+    // Shows or hides it. It stays hidden where the longest prompt could no longer be read from two
+    // metres beside it, unless there is no message now.
+    void ShowBesidePrompt(bool wanted);
 
     // In the order of the eye, which is the tab order.
     std::vector<QPushButton*> Buttons() const;
@@ -65,7 +67,12 @@ struct TestWindowControls {
 
   private:
     QHBoxLayout* promptRow_ = nullptr;
+    QWidget* besidePrompt_ = nullptr;
+    QSize promptRoom_;     // for which widthBeside_ was found
+    int widthBeside_ = 0;  // what the longest prompt leaves beside it; 0: too little
 
+    QSize PromptRoom() const;
+    int WidthBeside(QSize room) const;
     QHBoxLayout* BuildTopRow(QWidget* window);
     void BuildMessage(QWidget* window);
     QHBoxLayout* BuildResults(QWidget* window);

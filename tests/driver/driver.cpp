@@ -196,6 +196,9 @@ Step Driver::BuildAct(const QString& command, const QStringList& args) {
     if (command == QLatin1String("grab")) {
         return BuildGrab(args);
     }
+    if (command == QLatin1String("colours")) {
+        return BuildColours(at(0));
+    }
     if (command == QLatin1String("close")) {
         return BuildClose(at(0));
     }

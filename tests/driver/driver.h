@@ -35,6 +35,7 @@ struct Step {
 //   answer BUTTON [TEXT] [ms]  a button of the prompt "msgBox", once it shows exactly TEXT
 //   chooseFile NAME [ms]     in the save dialog "cdFile"
 //   grab NAME [W]            NAME.png of W or of the window in front, in DAVO_DRIVER_PICTURES
+//   colours dark             all windows go to dark colours; any other word: back
 //   close W                  closes the window as its frame does
 //   state                    writes what all windows show, as one line of JSON
 //   sleep MS   log TEXT   quit
@@ -60,6 +61,7 @@ class Driver : public QObject {
     Step BuildChooseFile(const QString& name);
     Step BuildGrab(const QStringList& args);
     Step BuildClose(const QString& widget);
+    Step BuildColours(const QString& name);
 
     std::deque<Step> steps_;
     QElapsedTimer sinceStep_;

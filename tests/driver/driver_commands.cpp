@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPalette>
 #include <QPushButton>
 #include <QTest>
 
@@ -235,6 +236,21 @@ Step Driver::BuildGrab(const QStringList& args) {
         if (!target->grab().save(path)) {
             Fail(QStringLiteral("cannot write ") + path);
         }
+    };
+    return step;
+}
+
+Step Driver::BuildColours(const QString& name) {
+    Step step;
+    step.missing = [] { return QString(); };
+    step.act = [name] {
+        QPalette palette;
+        if (name == QLatin1String("dark")) {
+            palette = QPalette(QColor(45, 45, 48), QColor(45, 45, 48));
+            palette.setColor(QPalette::Base, QColor(28, 28, 30));
+            palette.setColor(QPalette::Highlight, QColor(42, 130, 218));
+        }
+        QApplication::setPalette(palette);
     };
     return step;
 }

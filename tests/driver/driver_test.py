@@ -57,6 +57,9 @@ menu mnuSave
 chooseFile T1.txt
 waitText lblMessage T1.txt
 grab sample
+colours dark
+grab sample-dark
+colours light
 state
 close frmSample
 """
@@ -66,7 +69,9 @@ close frmSample
         self.assertEqual(code, 0, output)
         self.assertIn("driver: do close frmSample", output)
         self.assertIn('"text":"T1.txt"', output)
-        self.assertTrue((self.pictures / "sample.png").read_bytes().startswith(b"\x89PNG"))
+        light = (self.pictures / "sample.png").read_bytes()
+        self.assertTrue(light.startswith(b"\x89PNG"))
+        self.assertNotEqual((self.pictures / "sample-dark.png").read_bytes(), light)
 
     def test_plays_commands_from_the_standard_input(self):
         code, output = drive(self.SESSION, self.pictures, by_input=True)

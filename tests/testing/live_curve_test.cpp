@@ -2,12 +2,16 @@
 
 #include "testing/live_curve.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QImage>
 #include <algorithm>
 #include <string>
 
+#include "curves/chart_look.h"
+#include "testing/fit_label.h"
 #include "tests/records/captures.h"
 #include "tests/testing/test_window.h"
 
@@ -24,10 +28,14 @@ class LiveCurveWindow : public TestWindow {
 
 TEST_F(LiveCurveWindow, ReadingsAppearAndTheShotReplacesThem) {
     Open();
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
     EXPECT_FALSE(Chart()->isVisible());
-    StartFullShot();
+    Click("cmdContinue");
+    Say("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+    EXPECT_TRUE(Chart()->isVisible()) << "its axes come with the prompt, not in the midst of it";
     Say("I=0.0123 V=152.4");
-    ASSERT_TRUE(Until([this] { return Chart()->isVisible(); }));
     EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, -1}; }));
     Say("I=2.5 V=800");
     EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, 1}; }));
@@ -80,12 +88,140 @@ TEST_F(LiveCurveWindow, ARatioOnlyTestShowsNoChart) {
     EXPECT_FALSE(Chart()->isVisible());
 }
 
-TEST_F(LiveCurveWindow, ASmallWindowKeepsItsPrompt) {
+TEST_F(LiveCurveWindow, ASmallWindowKeepsItsPromptAndShowsTheCurveWhenItIsDone) {
     main.resize(1024, 600);
     Open();
     StartFullShot();
     Say("I=0.0123 V=152.4");
     EXPECT_FALSE(Chart()->isVisible());
+    EndShot(EncodeRecordImage(ImageWithPoints(12)));
+    EXPECT_TRUE(Until([this] { return Chart()->isVisible() && Chart()->width() > 500; }));
+    Click("cmdStart");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
+}
+
+TEST_F(LiveCurveWindow, APromptCanBeReadBesideIt) {
+    // The offscreen screen has no margins for a task bar.
+    constexpr int kTaskBar = 40;
+    main.resize(main.screen()->availableSize().boundedTo({1366, 768}) - QSize(0, kTaskBar));
+    Open();
+    const auto* prompt = dynamic_cast<FitLabel*>(Label("lblMessage"));
+    ASSERT_NE(prompt, nullptr);
+    StartFullShot();
+    for (const char* said : {"I=0.0123 V=152.4", "MESSAGE=VOLTAGE TOO HIGH!",
+                             "MESSAGE=S-L-O-W-L-Y LOWER CURRENT NOW..."}) {
+        Say(said);
+        ASSERT_TRUE(Chart()->isVisible()) << said;
+        EXPECT_GE(Chart()->width(), 300) << said;
+        EXPECT_GE(Chart()->height(), 180) << said;
+        EXPECT_GE(prompt->FittedPixelSize(), prompt->LeastPixelSize()) << said;
+        EXPECT_LE(prompt->mapTo(window, prompt->rect().bottomRight()).x(),
+                  Chart()->mapTo(window, QPoint()).x())
+            << said;
+    }
+}
+
+TEST_F(LiveCurveWindow, TheTabKeyPassesItBy) {
+    Open();
+    StartFullShot();
+    EndShot(EncodeRecordImage(ImageWithPoints(12)));
+    ASSERT_TRUE(Until([this] { return Chart()->isVisible(); }));
+    Box("txtHVolt")->setFocus();
+    std::vector<std::string> order;
+    for (int i = 0; i < 7; ++i) {
+        order.push_back(QApplication::focusWidget()->objectName().toStdString());
+        Key(Qt::Key_Tab);
+    }
+    EXPECT_THAT(order, ::testing::ElementsAre("txtHVolt", "txtXVolt", "cmdStart", "cmdContinue",
+                                              "cmdHeader", "cmdExit", "txtHVolt"));
+    QTest::mouseClick(Chart(), Qt::LeftButton);
+    EXPECT_NE(QApplication::focusWidget(), Chart());
+}
+
+TEST_F(LiveCurveWindow, ALostPortTakesTheUnfinishedShotAway) {
+    Open();
+    StartFullShot();
+    Say("I=0.0123 V=152.4");
+    ASSERT_TRUE(Chart()->isVisible());
+    port.Unplug();
+    ASSERT_TRUE(Until([this] { return !linkState.portOpen; }));
+    EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
+    StartFullShot();
+    Say("I=5 V=152.4");
+    EXPECT_TRUE(Until([this] {
+        return Chart()->Across() == LogSpan{0, 1};
+    })) << "of the shot before nothing is left";
+}
+
+TEST_F(LiveCurveWindow, ALostPortLeavesTheCompleteShot) {
+    Open();
+    StartFullShot();
+    EndShot(EncodeRecordImage(ImageWithPoints(12)));
+    port.Unplug();
+    ASSERT_TRUE(Until([this] { return !linkState.portOpen; }));
+    EXPECT_TRUE(Chart()->isVisible());
+    EXPECT_EQ(Chart()->Across(), (LogSpan{-2, 0}));
+}
+
+TEST_F(LiveCurveWindow, OfADamagedRecordTheReadingsStay) {
+    Open();
+    StartFullShot();
+    Say("I=0.0123 V=152.4");
+    EndShot(std::string(290, '0'));
+    ASSERT_FALSE(prompts.shown.empty());
+    EXPECT_TRUE(prompts.shown.back().startsWith(
+        QStringLiteral("The record of this shot is damaged: 290 of 296 digits.")));
+    EXPECT_TRUE(Chart()->isVisible());
+    QTest::qWait(150);
+    EXPECT_EQ(Chart()->Across(), (LogSpan{-2, -1}));
+    const auto* damage = dynamic_cast<FitLabel*>(Label("lblDamage"));
+    ASSERT_NE(damage, nullptr);
+    EXPECT_GE(damage->FittedPixelSize(), damage->LeastPixelSize()) << "beside the chart";
+    Click("cmdContinue");
+    EXPECT_FALSE(Chart()->isVisible());
+}
+
+TEST_F(LiveCurveWindow, ANewSessionBeginsWithoutCurves) {
+    Open();
+    StartFullShot();
+    EndShot(EncodeRecordImage(ImageWithPoints(12)));
+    ASSERT_TRUE(Until([this] { return Chart()->isVisible(); }));
+    Key(Qt::Key_Escape);
+    ASSERT_TRUE(Closed());
+    link.OpenComPort(1);
+    prompts.answers = {Answer::No};
+    Open();
+    EXPECT_FALSE(Chart()->isVisible());
+    StartFullShot();
+    Say("I=5 V=152.4");
+    EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{0, 1}; }));
+}
+
+TEST_F(LiveCurveWindow, ARefusedShotLeavesTheEarlierOnes) {
+    Open();
+    StartFullShot();
+    EndShot(EncodeRecordImage(ImageWithPoints(12)));
+    session.shotCount = kShotRefusal;
+    prompts.answers = {Answer::No};
+    StartFullShot();
+    Say("I=5 V=152.4");
+    EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, 1}; }));
+    EndShot();
+    EXPECT_EQ(prompts.shown.back(),
+              QStringLiteral("You have ran the maximum limit (100) of shots."));
+    EXPECT_TRUE(Chart()->isVisible());
+    EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, 0}; }));
+}
+
+TEST_F(LiveCurveWindow, TheRatioTestAddsNoReadings) {
+    Open();
+    StartFullShot();
+    Say("I=0.0123 V=152.4");
+    Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+    Say("I=5 V=52.4");
+    QTest::qWait(150);
+    EXPECT_EQ(Chart()->Across(), (LogSpan{-2, -1}));
 }
 
 TEST_F(LiveCurveWindow, TheRepeatedShotGoes) {
@@ -98,12 +234,66 @@ TEST_F(LiveCurveWindow, TheRepeatedShotGoes) {
     EXPECT_FALSE(Chart()->isVisible());
 }
 
+// How many points of widget are painted in colour.
+int Painted(QWidget& widget, const QColor& colour) {
+    const QImage image = widget.grab().toImage();
+    int painted = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            painted += image.pixelColor(x, y) == colour ? 1 : 0;
+    }
+    return painted;
+}
+
+TEST(LiveCurve, EarlierShotsAreFaintAndWithoutKneepoints) {
+    QWidget parent;
+    LiveCurve live(&parent);
+    parent.resize(600, 400);
+    live.Chart()->resize(600, 400);
+    live.Chart()->show();
+    parent.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&parent));
+    const ChartColours colours = ColoursOn(parent.palette());
+    const auto shows = [&](const QColor& colour) {
+        constexpr int kOfACurve = 20;
+        return Painted(*live.Chart(), colour) > kOfACurve;
+    };
+    live.StartShot(false);
+    QTest::qWait(150);
+    EXPECT_FALSE(shows(colours.faint));
+    live.CompleteShot(CaptureBlock(ImageWithPoints(12)));
+    QTest::qWait(150);
+    EXPECT_TRUE(shows(colours.curves[0]));
+    EXPECT_FALSE(shows(colours.faint));
+    const int withKnees = Painted(*live.Chart(), colours.text);
+    live.StartShot(false);
+    QTest::qWait(150);
+    EXPECT_FALSE(shows(colours.curves[0]));
+    EXPECT_TRUE(shows(colours.faint));
+    EXPECT_LT(Painted(*live.Chart(), colours.text), withKnees);
+    EXPECT_TRUE(live.Wanted());
+    EXPECT_EQ(live.Chart()->Across(), (LogSpan{-2, 0})) << "the axes hold the earlier shots";
+}
+
+TEST(LiveCurve, TextIsReadLaterAndEachByItself) {
+    QWidget parent;
+    LiveCurve live(&parent);
+    live.StartShot(false);
+    const LogSpan before = live.Chart()->Across();
+    live.AddReadings("I=0.5 V=10\r\nI=0.5 V=1");
+    live.AddReadings("I=0.5 V=12\r\n");
+    EXPECT_EQ(live.Chart()->Across(), before) << "not while it arrives";
+    ASSERT_EQ(live.Readings().size(), 2U);
+    EXPECT_EQ(live.Readings()[0].voltage, 10);
+    EXPECT_EQ(live.Readings()[1].voltage, 12);
+}
+
 TEST(LiveCurve, KeepsABoundedNumberOfReadings) {
     QWidget parent;
     LiveCurve live(&parent);
     live.StartShot(false);
     for (int i = 1; i <= 100000; ++i)
-        live.AddReading("0.5", std::to_string(i));
+        live.AddReadings("I=0.5 V=" + std::to_string(i) + "\r\n");
     EXPECT_LE(live.Readings().size(), kMostLiveReadings);
     EXPECT_EQ(live.Readings().front().voltage, 1);
     EXPECT_EQ(live.Readings().back().voltage, 100000);
@@ -113,11 +303,9 @@ TEST(LiveCurve, LeavesOutWhatIsNoNumber) {
     QWidget parent;
     LiveCurve live(&parent);
     live.StartShot(false);
-    live.AddReading("noise", "12");
-    live.AddReading("0.5", "");
-    live.AddReading("0", "12");
+    live.AddReadings("I=noise V=12\r\nI=0.5 V=\r\n");
+    live.AddReadings("I=0 V=12\r\nI=-1 V=12\r\nI=inf V=12\r\nI=nan V=12\r\n");
     EXPECT_TRUE(live.Readings().empty());
-    EXPECT_FALSE(live.Wanted());
 }
 
 }  // namespace

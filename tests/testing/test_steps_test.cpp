@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "testing/session_text.h"
 #include "tests/testing/sequence_bench.h"
 
 namespace davo::test {
@@ -21,8 +22,9 @@ class StepsTest : public testing::Test, public SequenceBench {
         OpenFor(false);
         sequence.OnFocus = [this](const char* control) { focused.emplace_back(control); };
         sequence.OnShow = [this] { ++shows; };
-        sequence.OnReading = [this](const std::string& current, const std::string& voltage) {
-            readings += "[" + current + "|" + voltage + "]";
+        sequence.OnReadings = [this](std::string_view window) {
+            for (const Reading& reading : CompleteReadings(window))
+                readings += "[" + reading.current + "|" + reading.voltage + "]";
         };
     }
     void StartRatioOnly() {
