@@ -380,7 +380,7 @@ void CurveChart::Plot::StyleLines() {
 
 void CurveChart::Plot::StyleLine(const Line& line, std::size_t look) {
     if (line.curve.look == CurveLook::Faint) {
-        line.drawn->setPen(QPen(colours_.faint, 1));
+        line.drawn->setPen(QPen(colours_.faint, kCurveWidth));
         line.drawn->setScatterStyle(QCPScatterStyle::ssNone);
         return;
     }

@@ -24,7 +24,7 @@ struct KneeMark {
 
 enum class CurveLook {
     Normal,    // line with markers; dash and marker by the curve's place in the list
-    Faint,     // thin and pale, behind the others, not in the legend
+    Faint,     // pale, behind the others, not in the legend
     Readings,  // points as they arrive, the last one marked
 };
 

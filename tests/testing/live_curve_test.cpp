@@ -96,6 +96,7 @@ TEST_F(LiveCurveWindow, ASmallWindowKeepsItsPromptAndShowsTheCurveWhenItIsDone) 
     EXPECT_FALSE(Chart()->isVisible());
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
     EXPECT_TRUE(Until([this] { return Chart()->isVisible() && Chart()->width() > 500; }));
+    prompts.answers = {Answer::No};
     Click("cmdStart");
     Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
     EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
@@ -104,7 +105,8 @@ TEST_F(LiveCurveWindow, ASmallWindowKeepsItsPromptAndShowsTheCurveWhenItIsDone) 
 TEST_F(LiveCurveWindow, APromptCanBeReadBesideIt) {
     // The offscreen screen has no margins for a task bar.
     constexpr int kTaskBar = 40;
-    main.resize(main.screen()->availableSize().boundedTo({1366, 768}) - QSize(0, kTaskBar));
+    const QSize screen = main.devicePixelRatioF() > 1 ? main.screen()->size() : QSize(1366, 768);
+    main.resize(screen - QSize(0, kTaskBar));
     Open();
     const auto* prompt = dynamic_cast<FitLabel*>(Label("lblMessage"));
     ASSERT_NE(prompt, nullptr);
