@@ -1,0 +1,362 @@
+#include "curves/curve_plot.h"
+
+#include <QEvent>
+#include <QLabel>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <utility>
+
+#include "curves/knee_marks.h"
+
+namespace davo {
+
+namespace {
+
+using Shape = QCPScatterStyle::ScatterShape;
+constexpr std::array<Shape, kCurveLooks> kMarkers = {
+    Shape::ssDisc,     Shape::ssSquare,      Shape::ssDiamond,
+    Shape::ssTriangle, Shape::ssCross,       Shape::ssPlus,
+    Shape::ssStar,     Shape::ssCrossSquare, Shape::ssTriangleInverted,
+    Shape::ssCircle};
+constexpr std::array<Qt::PenStyle, 5> kDashes = {Qt::SolidLine, Qt::DashLine, Qt::DashDotLine,
+                                                 Qt::DotLine, Qt::DashDotDotLine};
+constexpr double kMarkerSize = 7;
+constexpr double kTitleGrowth = 1.3;
+constexpr int kLegendIcon = 40;
+constexpr int kRing = 9;  // around the last reading, which may lie at the edge
+
+LogSpan SpanOf(const Decades& decades) {
+    return {static_cast<double>(decades.first), static_cast<double>(decades.last)};
+}
+
+// Marks at decades and, where few are shown, between them.
+class DecadeTicker : public QCPAxisTicker {
+  public:
+    void generate(const QCPRange& range, const QLocale& /*locale*/, QChar /*format*/,
+                  int /*precision*/, QVector<double>& ticks, QVector<double>* subTicks,
+                  QVector<QString>* labels) override {
+        const LogSpan span{std::log10(range.lower), std::log10(range.upper)};
+        ticks = Within(AxisMarks(span), range);
+        if (subTicks != nullptr) *subTicks = Within(FineMarks(span), range);
+        if (labels == nullptr) return;
+        labels->clear();
+        for (const double tick : std::as_const(ticks))
+            labels->append(ValueText(tick));
+    }
+
+  private:
+    static QVector<double> Within(const std::vector<double>& marks, const QCPRange& range) {
+        constexpr double kSlack = 1e-9;
+        QVector<double> within;
+        for (const double mark : marks) {
+            if (mark >= range.lower * (1 - kSlack) && mark <= range.upper * (1 + kSlack))
+                within.append(mark);
+        }
+        return within;
+    }
+};
+
+// Something of our own on one of the chart's layers.
+class Drawn : public QCPLayerable {
+  public:
+    using Draw = std::function<void(QCPPainter& painter)>;
+    // Cut off margin pixels outside of area.
+    Drawn(QCPAxisRect& area, const QString& layer, int margin, Draw drawIt)
+        : QCPLayerable(area.parentPlot(), layer),
+          area_(area),
+          margin_(margin),
+          draw_(std::move(drawIt)) {}
+
+  protected:
+    QRect clipRect() const override {
+        return area_.rect().adjusted(-margin_, -margin_, margin_, margin_);
+    }
+    void applyDefaultAntialiasingHint(QCPPainter* painter) const override {
+        painter->setAntialiasing(true);
+    }
+    void draw(QCPPainter* painter) override { draw_(*painter); }
+
+  private:
+    QCPAxisRect& area_;
+    int margin_;
+    Draw draw_;
+};
+
+}  // namespace
+
+CurveChart::Plot::Plot(CurveChart* chart, QLabel* lblCrosshair)
+    : QCustomPlot(chart), lblCrosshair_(lblCrosshair) {
+    setObjectName(QStringLiteral("plotCurves"));
+    setAccessibleName(QStringLiteral("Excitation curves"));
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setAutoAddPlottableToLegend(false);
+    setNoAntialiasingOnDrag(true);
+    BuildAxes();
+    // Its own place below, so that it hides no curve.
+    plotLayout()->addElement(1, 0, legend);
+    plotLayout()->setRowStretchFactor(1, 0.001);
+    legend->setFillOrder(QCPLayoutGrid::foColumnsFirst);
+    legend->setIconSize(kLegendIcon, legend->iconSize().height());
+    legend->setBorderPen(Qt::NoPen);
+    legend->setBrush(Qt::NoBrush);
+    new Drawn(*axisRect(), QStringLiteral("axes"), 0, [this](QCPPainter& p) { DrawKnees(p); });
+    new Drawn(*axisRect(), QStringLiteral("axes"), kRing + kCurveWidth,
+              [this](QCPPainter& p) { DrawLastReadings(p); });
+    new Drawn(*axisRect(), QStringLiteral("overlay"), 0, [this](QCPPainter& p) { DrawCross(p); });
+    Set({});
+}
+
+// Nothing while it is hidden; it may have no size then.
+void CurveChart::Plot::Redraw() {
+    if (isVisible() && !size().isEmpty()) replot(rpQueuedReplot);
+}
+
+void CurveChart::Plot::BuildAxes() {
+    axisRect()->setupFullAxesBox();
+    for (QCPAxis* axis : axisRect()->axes()) {
+        axis->setScaleType(QCPAxis::stLogarithmic);
+        axis->setTicker(QSharedPointer<DecadeTicker>::create());
+        axis->grid()->setSubGridVisible(true);
+        axis->grid()->setZeroLinePen(Qt::NoPen);
+    }
+    xAxis->setLabel(QStringLiteral("Amperes"));
+    yAxis->setLabel(QStringLiteral("Volts"));
+}
+
+void CurveChart::Plot::Set(std::vector<ChartCurve> curves) {
+    clearPlottables();
+    lines_.clear();
+    cross_.reset();
+    lblCrosshair_->clear();
+    stepLine_ = 0;
+    stepPoint_ = 0;
+    std::vector<double> amperes;
+    std::vector<double> volts;
+    const auto hold = [&](const CurvePoint& point) {
+        if (!CanBeDrawn(point)) return;
+        amperes.push_back(point.current);
+        volts.push_back(point.voltage);
+    };
+    for (ChartCurve& curve : curves) {
+        std::for_each(curve.points.begin(), curve.points.end(), hold);
+        for (const KneeMark& knee : curve.knees)
+            hold(knee.at);
+        QCPCurve* drawn = CurveOf(curve);
+        lines_.push_back({std::move(curve), drawn});
+    }
+    TakeWhole(amperes, volts);
+    TakeColours(colours_);
+    WrapLegend(width());
+}
+
+QCPCurve* CurveChart::Plot::CurveOf(const ChartCurve& curve) {
+    auto* drawn = new QCPCurve(xAxis, yAxis);
+    // Behind the others, and behind the lines of none.
+    if (curve.look == CurveLook::Faint) drawn->setLayer(QStringLiteral("grid"));
+    drawn->setName(curve.name);
+    QVector<QCPCurveData> shown;
+    for (const CurvePoint& point : curve.points) {
+        if (CanBeDrawn(point))
+            shown.append({static_cast<double>(shown.size()), point.current, point.voltage});
+    }
+    drawn->data()->set(shown, true);
+    if (curve.look != CurveLook::Faint && !curve.name.isEmpty()) drawn->addToLegend();
+    return drawn;
+}
+
+void CurveChart::Plot::TakeWhole(const std::vector<double>& amperes,
+                                 const std::vector<double>& volts) {
+    wholeAcross_ = SpanOf(DecadesOf(amperes));
+    wholeUp_ = volts.empty() ? LogSpan{0, 3} : SpanOf(DecadesOf(volts));
+    ShowWhole();
+}
+
+void CurveChart::Plot::Append(std::size_t index, CurvePoint point) {
+    Line& line = lines_.at(index);
+    line.curve.points.push_back(point);
+    if (!CanBeDrawn(point)) return;
+    const bool first = std::all_of(lines_.begin(), lines_.end(), [](const Line& other) {
+        return other.drawn->data()->isEmpty();
+    });
+    line.drawn->addData(line.drawn->data()->size(), point.current, point.voltage);
+    if (first) {
+        TakeWhole({point.current}, {point.voltage});
+    } else {
+        GrowTo(point);
+    }
+    Redraw();
+}
+
+void CurveChart::Plot::GrowTo(CurvePoint point) {
+    const auto grow = [](LogSpan& whole, LogSpan& shown, double value) {
+        const LogSpan needed = SpanOf(DecadesOf({value}));
+        const LogSpan grown{std::log10(value) < whole.low ? needed.low : whole.low,
+                            std::log10(value) > whole.high ? needed.high : whole.high};
+        if (shown == whole) shown = grown;
+        whole = grown;
+    };
+    grow(wholeAcross_, across_, point.current);
+    grow(wholeUp_, up_, point.voltage);
+    ShowSpans();
+}
+
+void CurveChart::Plot::ShowSpans() {
+    const auto show = [](QCPAxis* axis, LogSpan span) {
+        axis->setRange(std::pow(10.0, span.low), std::pow(10.0, span.high));
+    };
+    show(xAxis, across_);
+    show(xAxis2, across_);
+    show(yAxis, up_);
+    show(yAxis2, up_);
+    Redraw();
+}
+
+void CurveChart::Plot::ShowWhole() {
+    across_ = wholeAcross_;
+    up_ = wholeUp_;
+    ShowSpans();
+}
+
+void CurveChart::Plot::Zoom(double factor, QPointF at) {
+    across_ = Zoomed(across_, factor, std::log10(xAxis->pixelToCoord(at.x())), wholeAcross_);
+    up_ = Zoomed(up_, factor, std::log10(yAxis->pixelToCoord(at.y())), wholeUp_);
+    ShowSpans();
+}
+
+void CurveChart::Plot::Move(double across, double up) {
+    across_ = Moved(across_, across, wholeAcross_);
+    up_ = Moved(up_, up, wholeUp_);
+    ShowSpans();
+}
+
+// --- Looks --------------------------------------------------------------------------------------
+
+void CurveChart::Plot::TakeColours(const ChartColours& colours) {
+    colours_ = colours;
+    setBackground(colours.base);
+    for (QCPAxis* axis : axisRect()->axes()) {
+        const QPen line(colours.text, 1);
+        axis->setBasePen(line);
+        axis->setTickPen(line);
+        axis->setSubTickPen(line);
+        axis->setTickLabelColor(colours.text);
+        axis->setLabelColor(colours.text);
+        axis->setTickLabelFont(Grown(font(), kAxisTextGrowth));
+        axis->setLabelFont(Grown(font(), kTitleGrowth, true));
+        axis->grid()->setPen(QPen(colours.grid, 1));
+        axis->grid()->setSubGridPen(QPen(colours.fineGrid, 1));
+    }
+    legend->setFont(Grown(font(), 1));
+    legend->setTextColor(colours.text);
+    for (QCPAbstractLegendItem* item : LegendItems()) {
+        item->setFont(legend->font());
+        item->setTextColor(colours.text);
+    }
+    StyleLines();
+    Redraw();
+}
+
+void CurveChart::Plot::StyleLines() {
+    std::size_t look = 0;
+    for (const Line& line : lines_) {
+        StyleLine(line, look);
+        if (line.curve.look == CurveLook::Normal) ++look;
+    }
+}
+
+void CurveChart::Plot::StyleLine(const Line& line, std::size_t look) {
+    if (line.curve.look == CurveLook::Faint) {
+        line.drawn->setPen(QPen(colours_.faint, kCurveWidth));
+        line.drawn->setScatterStyle(QCPScatterStyle::ssNone);
+        return;
+    }
+    const QColor colour = colours_.curves.at(look % kCurveLooks);
+    QPen marker(colour, kCurveWidth);
+    if (line.curve.look == CurveLook::Readings) {
+        line.drawn->setPen(QPen(colour, 1));
+        line.drawn->setScatterStyle({Shape::ssDisc, marker, colour, kMarkerSize});
+        return;
+    }
+    QPen pen(colour, kCurveWidth);
+    pen.setStyle(kDashes.at(look % kDashes.size()));
+    line.drawn->setPen(pen);
+    const Shape shape = kMarkers.at(look % kMarkers.size());
+    line.drawn->setScatterStyle({shape, marker, colours_.base, kMarkerSize});
+}
+
+// The legend's grid may have empty places.
+std::vector<QCPAbstractLegendItem*> CurveChart::Plot::LegendItems() const {
+    std::vector<QCPAbstractLegendItem*> items;
+    for (int i = 0; i < legend->itemCount(); ++i) {
+        if (QCPAbstractLegendItem* item = legend->item(i); item != nullptr) items.push_back(item);
+    }
+    return items;
+}
+
+// As many names beside each other as there is room for.
+void CurveChart::Plot::WrapLegend(int width) {
+    const std::vector<QCPAbstractLegendItem*> items = LegendItems();
+    // An empty one in the layout would narrow the axes.
+    const bool placed = legend->layout() == plotLayout();
+    if (placed && items.empty()) {
+        plotLayout()->take(legend);
+        plotLayout()->simplify();
+    } else if (!placed && !items.empty()) {
+        plotLayout()->addElement(1, 0, legend);
+        plotLayout()->setRowStretchFactor(1, 0.001);
+    }
+    legend->setVisible(!items.empty());
+    int widest = 1;
+    for (const QCPAbstractLegendItem* item : items)
+        widest = std::max(widest, item->minimumOuterSizeHint().width());
+    legend->setWrap(std::max(1, width / (widest + legend->columnSpacing())));
+    legend->setFillOrder(QCPLayoutGrid::foColumnsFirst, true);
+}
+
+// --- Drawing ------------------------------------------------------------------------------------
+
+QPointF CurveChart::Plot::PixelOf(CurvePoint point) const {
+    return {xAxis->coordToPixel(point.current), yAxis->coordToPixel(point.voltage)};
+}
+
+void CurveChart::Plot::DrawKnees(QCPPainter& painter) const {
+    const QRectF area = QRectF(axisRect()->rect()).adjusted(2, 2, -2, -2);
+    std::vector<PlacedKnee> knees;
+    for (const Line& line : lines_) {
+        for (const KneeMark& knee : line.curve.knees) {
+            if (!CanBeDrawn(knee.at) || !area.contains(PixelOf(knee.at))) continue;
+            knees.push_back({knee.rule, PixelOf(knee.at), {}});
+        }
+    }
+    painter.setFont(Grown(font(), 1, true));
+    PlaceLabels(knees, painter.fontMetrics(), area);
+    DrawKneeMarks(painter, knees, colours_);
+}
+
+void CurveChart::Plot::DrawLastReadings(QCPPainter& painter) const {
+    for (const Line& line : lines_) {
+        if (line.curve.look != CurveLook::Readings || line.drawn->data()->isEmpty()) continue;
+        const auto last = line.drawn->data()->constEnd() - 1;
+        painter.setPen(QPen(colours_.text, kCurveWidth + 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawEllipse(PixelOf({last->key, last->value}), kRing, kRing);
+    }
+}
+
+void CurveChart::Plot::DrawCross(QCPPainter& painter) const {
+    if (!cross_) return;
+    constexpr double kPointRing = 6;
+    const QPointF at = PixelOf(cross_->point);
+    const QRectF area = axisRect()->rect();
+    painter.setPen(QPen(colours_.text, 1, Qt::DashLine));
+    painter.drawLine(QPointF(area.left(), at.y()), QPointF(area.right(), at.y()));
+    painter.drawLine(QPointF(at.x(), area.top()), QPointF(at.x(), area.bottom()));
+    painter.setPen(QPen(colours_.text, kCurveWidth));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(at, kPointRing, kPointRing);
+}
+
+}  // namespace davo

@@ -1,0 +1,116 @@
+#pragma once
+
+// The drawing library is written with Qt's keywords: include this before any other header.
+#undef QT_NO_KEYWORDS
+#include <qcustomplot.h>
+
+#include <cmath>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "curves/chart_look.h"
+#include "curves/curve_chart.h"
+
+class QLabel;
+
+namespace davo {
+
+inline constexpr int kCurveWidth = 2;
+inline constexpr double kAxisTextGrowth = 1.1;
+
+inline bool CanBeDrawn(const CurvePoint& point) {
+    return point.current > 0 && point.voltage > 0 && std::isfinite(point.current) &&
+           std::isfinite(point.voltage);
+}
+
+inline QFont Grown(const QFont& font, double growth, bool bold = false) {
+    QFont grown = font;
+    grown.setPointSizeF(font.pointSizeF() * growth);
+    grown.setBold(bold);
+    return grown;
+}
+
+// What CurveChart draws on: axes, curves, kneepoints, the crosshair and the operator's hands.
+class CurveChart::Plot : public QCustomPlot {
+  public:
+    Plot(CurveChart* chart, QLabel* lblCrosshair);
+
+    void Set(std::vector<ChartCurve> curves);
+    void Append(std::size_t index, CurvePoint point);
+    void SetInteractive(bool on);
+    void Zoom(double factor, QPointF at);
+    void Move(double across, double up);
+    void ShowWhole();
+    void TakeColours(const ChartColours& colours);
+    const std::optional<Crosshair>& Cross() const { return cross_; }
+    LogSpan Across() const { return across_; }
+    LogSpan Up() const { return up_; }
+    int Paints() const { return paints_; }
+    // Draws with the colours of paper and without the crosshair.
+    template <class Work>
+    void OnPaper(const Work& work);
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    struct Line {
+        ChartCurve curve;
+        QCPCurve* drawn = nullptr;
+    };
+
+    void BuildAxes();
+    void Redraw();
+    QCPCurve* CurveOf(const ChartCurve& curve);
+    void TakeWhole(const std::vector<double>& amperes, const std::vector<double>& volts);
+    void GrowTo(CurvePoint point);
+    void ShowSpans();
+    void StyleLines();
+    void StyleLine(const Line& line, std::size_t look);
+    std::vector<QCPAbstractLegendItem*> LegendItems() const;
+    void WrapLegend(int width);
+    QPointF PixelOf(CurvePoint point) const;
+    void DrawKnees(QCPPainter& painter) const;
+    void DrawLastReadings(QCPPainter& painter) const;
+    void DrawCross(QCPPainter& painter) const;
+    void PointTo(QPointF pixel);
+    void Step(int by);
+    void SetCross(std::optional<Crosshair> cross);
+    bool HandleKey(int key, bool control);
+
+    QLabel* lblCrosshair_;
+    std::vector<Line> lines_;
+    LogSpan wholeAcross_;
+    LogSpan wholeUp_;
+    LogSpan across_;
+    LogSpan up_;
+    ChartColours colours_;
+    std::optional<Crosshair> cross_;
+    std::size_t stepLine_ = 0;
+    std::size_t stepPoint_ = 0;
+    bool interactive_ = true;
+    int paints_ = 0;
+};
+
+template <class Work>
+void CurveChart::Plot::OnPaper(const Work& work) {
+    const ChartColours shown = colours_;
+    const std::optional<Crosshair> cross = std::exchange(cross_, std::nullopt);
+    TakeColours(PaperColours());
+    work();
+    cross_ = cross;
+    WrapLegend(width());
+    TakeColours(shown);
+}
+
+}  // namespace davo
