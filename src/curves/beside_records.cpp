@@ -1,9 +1,11 @@
 #include "curves/beside_records.h"
 
 #include <QHeaderView>
-#include <QResizeEvent>
+#include <QPushButton>
 #include <QScrollBar>
+#include <QSplitter>
 #include <QTreeView>
+#include <QVBoxLayout>
 #include <algorithm>
 
 #include "curves/record_panel.h"
@@ -13,27 +15,38 @@ namespace davo {
 namespace {
 
 constexpr int kHandleWidth = 10;
-constexpr int kLeastPanelHeight = 600;
 constexpr int kListRoom = 24;
+// Filename, date and number of tests; the panel shows the rest, too.
+constexpr int kLeastColumns = 3;
 constexpr double kControlsShare = 0.5;
+constexpr double kMostControlsShare = 0.6;
 
 }  // namespace
 
-BesideRecords::BesideRecords(QWidget* controls, const QTreeView& list, double listShare,
-                             Prompts& prompts, QWidget* parent)
-    : QSplitter(Qt::Horizontal, parent),
+BesideRecords::BesideRecords(QWidget* controls, QTreeView& list, double listShare,
+                             QPushButton& cmdRecord, Prompts& prompts, QWidget* parent)
+    : QWidget(parent),
       controls_(controls),
       list_(list),
       listShare_(listShare),
+      cmdRecord_(cmdRecord),
+      splitter_(new QSplitter(Qt::Horizontal, this)),
       panel_(new RecordPanel(prompts)) {
-    setObjectName(QStringLiteral("splRecords"));
-    setHandleWidth(kHandleWidth);
-    addWidget(controls);
-    addWidget(panel_);
-    setCollapsible(0, false);
-    setStretchFactor(0, 0);
-    setStretchFactor(1, 1);
+    setObjectName(QStringLiteral("BesideRecords"));
+    auto* whole = new QVBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->addWidget(splitter_);
+    splitter_->setObjectName(QStringLiteral("splRecords"));
+    splitter_->setHandleWidth(kHandleWidth);
+    splitter_->addWidget(controls);
+    splitter_->addWidget(panel_);
+    splitter_->setCollapsible(0, false);
+    splitter_->setStretchFactor(0, 0);
+    splitter_->setStretchFactor(1, 1);
     panel_->hide();
+    cmdRecord_.hide();
+    connect(&cmdRecord_, &QPushButton::clicked, this, [this] { ShowAlone(true); });
+    panel_->OnBack = [this] { ShowAlone(false); };
 }
 
 void BesideRecords::ShowRecords(const std::vector<QString>& files) {
@@ -48,28 +61,46 @@ QSize BesideRecords::minimumSizeHint() const {
     return controls_->minimumSizeHint();
 }
 
-int BesideRecords::ControlsWidth() const {
-    int columns =
-        kListRoom + list_.verticalScrollBar()->sizeHint().width() + 2 * list_.frameWidth();
-    for (int column = 0; column < list_.model()->columnCount(); ++column)
-        columns += std::max(static_cast<const QAbstractItemView&>(list_).sizeHintForColumn(column),
-                            list_.header()->sectionSizeHint(column));
-    return std::max(static_cast<int>(columns / listShare_), controls_->minimumSizeHint().width());
+int BesideRecords::ControlsWidth(int columns) const {
+    int width = kListRoom + list_.verticalScrollBar()->sizeHint().width() + 2 * list_.frameWidth();
+    for (int column = 0; column < std::min(columns, list_.model()->columnCount()); ++column)
+        width += std::max(static_cast<const QAbstractItemView&>(list_).sizeHintForColumn(column),
+                          list_.header()->sectionSizeHint(column));
+    return std::max(static_cast<int>(width / listShare_), controls_->minimumSizeHint().width());
 }
 
 void BesideRecords::resizeEvent(QResizeEvent* event) {
-    const int controls = ControlsWidth();
-    const int panel = panel_->minimumSizeHint().width();
-    const bool room = event->size().width() >= controls + kHandleWidth + panel &&
-                      event->size().height() >= kLeastPanelHeight;
-    panel_->setVisible(room);
-    QSplitter::resizeEvent(event);
+    QWidget::resizeEvent(event);
+    Place();
+}
+
+void BesideRecords::Place() {
+    const int least = ControlsWidth(kLeastColumns);
+    const QSize panel = panel_->minimumSizeHint();
+    const int both = width() - kHandleWidth;
+    const bool room = both >= least + panel.width() && height() >= panel.height();
+    if (room) alone_ = false;
+    cmdRecord_.setVisible(!room);
+    panel_->OfferBack(!room);
+    controls_->setVisible(room || !alone_);
+    panel_->setVisible(room || alone_);
     if (!room || placed_) return;
     placed_ = true;
-    const int width = event->size().width() - kHandleWidth;
-    const int wanted =
-        std::clamp(static_cast<int>(width * kControlsShare), controls, width - panel);
-    setSizes({wanted, width - wanted});
+    const int most = std::max(least, static_cast<int>(both * kMostControlsShare));
+    const int wanted = std::max(ControlsWidth(list_.model()->columnCount()),
+                                static_cast<int>(both * kControlsShare));
+    const int controls = std::min({wanted, most, both - panel.width()});
+    splitter_->setSizes({controls, both - controls});
+}
+
+void BesideRecords::ShowAlone(bool panel) {
+    alone_ = panel;
+    Place();
+    if (panel) {
+        panel_->FocusBack();
+    } else {
+        list_.setFocus();
+    }
 }
 
 }  // namespace davo

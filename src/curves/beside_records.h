@@ -1,24 +1,28 @@
 #pragma once
 
-#include <QSplitter>
+#include <QWidget>
 #include <vector>
 
 #include "common/prompts.h"
 
+class QPushButton;
+class QSplitter;
 class QTreeView;
 
 namespace davo {
 
 class RecordPanel;
 
-// A window's controls with the record panel at their right. The panel can be shut by its edge, and
-// is away where it would cut the list: the window needs no more room than without it.
-class BesideRecords : public QSplitter {
+// A window's controls with the record panel at their right; the operator moves the edge between
+// them, or shuts the panel by it. Where there is no room for both, a button of the controls shows
+// the panel in their place: the window needs no more room than without it.
+class BesideRecords : public QWidget {
   public:
-    // list is one of the controls and has listShare (0 to 1) of their width; its columns stay
-    // whole. prompts must outlive it.
-    BesideRecords(QWidget* controls, const QTreeView& list, double listShare, Prompts& prompts,
-                  QWidget* parent);
+    // list is one of the controls and has listShare (0 to 1) of their width; its first three
+    // columns stay whole. cmdRecord is one of the controls, too, and is seen only where there is no
+    // room for both. prompts must outlive it.
+    BesideRecords(QWidget* controls, QTreeView& list, double listShare, QPushButton& cmdRecord,
+                  Prompts& prompts, QWidget* parent);
 
     // RecordPanel::ShowRecords.
     void ShowRecords(const std::vector<QString>& files);
@@ -30,13 +34,19 @@ class BesideRecords : public QSplitter {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
-    // The width that the controls want.
-    int ControlsWidth() const;
+    // The width that the controls need for so many columns of the list.
+    int ControlsWidth(int columns) const;
+    void Place();
+    // Shows the panel in place of the controls, or the controls again.
+    void ShowAlone(bool panel);
 
     QWidget* controls_;
-    const QTreeView& list_;
+    QTreeView& list_;
     double listShare_;
+    QPushButton& cmdRecord_;
+    QSplitter* splitter_;
     RecordPanel* panel_;
+    bool alone_ = false;
     bool placed_ = false;
 };
 

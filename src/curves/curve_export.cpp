@@ -15,7 +15,7 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kColumns =
     "record,date,time,company,station,circuit,manufacturer,model,serial_number,comments,operator,"
     "test,point,current_A,voltage_V,asa_10_50_V,asa_10_50_A,ieee_45_V,ieee_45_A,ieee_30_V,"
-    "ieee_30_A,nameplate_ratio,measured_ratio,percent_error,polarity,phase";
+    "ieee_30_A,nameplate_ratio,measured_ratio,percent_error,polarity,phase,phase_deg";
 
 // One row; every field is in the page of the records.
 class Row {
@@ -63,7 +63,7 @@ std::string RowsOf(const RecordFacts& record, const RecordTest& test) {
         behind.Put(knee.printed.current);
     }
     for (const std::string* text : {&test.nameplateRatio, &test.measuredRatio, &test.percentError,
-                                    &test.polarity, &test.phase}) {
+                                    &test.polarity, &test.phase, &test.phaseAngle}) {
         behind.Put(*text);
     }
 

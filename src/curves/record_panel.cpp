@@ -3,22 +3,26 @@
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTableWidget>
+#include <QTextDocumentFragment>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
 #include <exception>
 
+#include "common/big_button.h"
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "curves/curve_chart.h"
 #include "curves/curve_export.h"
 #include "curves/knee_marks.h"
+#include "curves/record_texts.h"
 
 namespace davo {
 
@@ -31,6 +35,13 @@ constexpr double kTitleGrowth = 1.4;
 constexpr double kTextGrowth = 1.1;
 constexpr int kButtonHeight = 40;
 constexpr int kDoubtLines = 4;
+constexpr int kLeastDoubtLines = 2;
+constexpr int kLeastRows = 3;
+constexpr int kChartHeight = 280;
+constexpr int kLeastChartHeight = 250;
+// A panel that is as low and as wide as that has its facts beside the chart.
+constexpr int kLowHeight = 600;
+constexpr int kWideWidth = 680;
 constexpr int kRoom = 6;
 constexpr QSize kPicture(1600, 1100);
 constexpr QSize kUsualSize(480, 640);
@@ -53,51 +64,22 @@ QLabel* MakeLabel(const char* name, QWidget* parent) {
     return label;
 }
 
-const KneeFact& FactOf(const RecordTest& test, KneeRule rule) {
-    return *std::find_if(test.knees.begin(), test.knees.end(),
-                         [rule](const KneeFact& fact) { return fact.rule == rule; });
-}
-
-QString PrintedText(const KneeFact& fact) {
-    QString voltage = FromPage(fact.printed.voltage);
-    if (!fact.At()) return voltage;
-    return QStringLiteral("%1 V, %2 A").arg(voltage, FromPage(fact.printed.current));
-}
-
-// "IEEE 30: 0. No pair of points crossed the threshold."; empty where there is nothing to say.
-QString DoubtOf(const KneeFact& fact) {
-    const std::string& said = fact.reason.empty() ? fact.doubt : fact.reason;
-    if (said.empty()) return {};
-    return QStringLiteral("%1: %2. %3").arg(KneeWord(fact.rule), PrintedText(fact), FromPage(said));
-}
-
-QString HeaderText(const RecordFacts& record) {
-    constexpr std::array<const char*, 8> kCaptions = {
-        "Company", "Station", "Circuit", "MFR", "Model", "Serial&nbsp;#", "Comments", "Operator"};
-    QStringList fields;
-    for (std::size_t i = 0; i < kCaptions.size(); ++i) {
-        // A caption stays with its text.
-        const QString text = FromPage(TrimBlanks(record.header.at(i)))
-                                 .replace(QLatin1Char(' '), QChar::Nbsp)
-                                 .toHtmlEscaped();
-        if (!text.isEmpty())
-            fields +=
-                QStringLiteral("%1:&nbsp;<b>%2</b>").arg(QLatin1String(kCaptions.at(i)), text);
-    }
-    return fields.join(QStringLiteral("&nbsp; "));
-}
-
 }  // namespace
 
 RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), prompts_(prompts) {
     setObjectName(QStringLiteral("RecordPanel"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(kRoom, 0, 0, 0);
+    column->setSpacing(kRoom);
     BuildTop(column);
+    body_ = new QBoxLayout(QBoxLayout::TopToBottom);
+    column->addLayout(body_, 1);
     chart_ = new CurveChart(this);
     chart_->setObjectName(QStringLiteral("chtCurves"));
-    column->addWidget(chart_, 1);
-    BuildTable(column);
+    body_->addWidget(chart_, 1);
+    facts_ = new QVBoxLayout;
+    body_->addLayout(facts_);
+    BuildTable(facts_);
     BuildButtons(column);
     soon_.setSingleShot(true);
     soon_.setInterval(kSoon);
@@ -126,7 +108,9 @@ void RecordPanel::BuildTable(QBoxLayout* column) {
     tblTests_->setSelectionBehavior(QAbstractItemView::SelectColumns);
     tblTests_->setSelectionMode(QAbstractItemView::SingleSelection);
     tblTests_->setTabKeyNavigation(false);
-    tblTests_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    Enlarge(tblTests_, kTextGrowth);
+    for (QHeaderView* header : {tblTests_->horizontalHeader(), tblTests_->verticalHeader()})
+        header->setFont(tblTests_->font());
     QStringList rows;
     for (const KneeRule rule : kRuleRows)
         rows += KneeWord(rule);
@@ -151,25 +135,33 @@ void RecordPanel::BuildTable(QBoxLayout* column) {
     txtDoubts_->setTabChangesFocus(true);
     txtDoubts_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     Enlarge(txtDoubts_, kTextGrowth);
-    txtDoubts_->setFixedHeight(kDoubtLines * txtDoubts_->fontMetrics().lineSpacing() + 2 * kRoom);
     column->addWidget(txtDoubts_);
 }
 
 void RecordPanel::BuildButtons(QBoxLayout* column) {
-    auto* row = new QHBoxLayout;
+    buttons_ = new QHBoxLayout;
+    cmdBack_ = new BigButton(this);
+    cmdBack_->setObjectName(QStringLiteral("cmdBack"));
+    cmdBack_->setText(QStringLiteral("&Back to the List"));
+    cmdBack_->setFont(font());
+    cmdBack_->setMinimumHeight(kButtonHeight);
+    cmdBack_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    cmdBack_->hide();
+    buttons_->addWidget(cmdBack_);
+    connect(cmdBack_, &QPushButton::clicked, this, [this] { OnBack(); });
     const auto add = [&](const char* name, const char* caption) {
         auto* button = new QPushButton(QLatin1String(caption), this);
         button->setObjectName(QLatin1String(name));
         button->setMinimumHeight(kButtonHeight);
         button->setAutoDefault(true);
-        row->addWidget(button);
+        buttons_->addWidget(button);
         return button;
     };
-    // Letters that no window with a list of records uses; there is none left for the second.
+    // Letters that no window with a list of records uses.
     cmdSavePng_ = add("cmdSavePng", "Save as PN&G...");
-    cmdSavePdf_ = add("cmdSavePdf", "Save as PDF...");
-    cmdSaveCsv_ = add("cmdSaveCsv", "Save &as CSV...");
-    column->addLayout(row);
+    cmdSavePdf_ = add("cmdSavePdf", "Save &as PDF...");
+    cmdSaveCsv_ = add("cmdSaveCsv", "Save as CS&V...");
+    column->addLayout(buttons_);
     connect(cmdSavePng_, &QPushButton::clicked, this, [this] {
         Save(QStringLiteral(".png"), [this](const QString& path) {
             if (!chart_->SavePng(path, kPicture))
@@ -202,9 +194,9 @@ void RecordPanel::ReadAndShow() {
     ShowTop();
     FillTable();
     ShowCurves();
-    ShowDoubts();
     const bool any = !tests_.empty();
     tblTests_->setVisible(any);
+    Arrange();
     chart_->SetInteractive(any);
     for (QPushButton* button : {cmdSavePng_, cmdSavePdf_, cmdSaveCsv_})
         button->setEnabled(any);
@@ -260,7 +252,6 @@ void RecordPanel::ShowTop() {
     }
     lblRecord_->setText(title);
     lblHeader_->setText(records_.size() == 1 ? HeaderText(*records_.front()) : QString());
-    lblHeader_->setVisible(!lblHeader_->text().isEmpty());
     QStringList troubles;
     for (const auto& [file, read] : read_) {
         if (!read.trouble.isEmpty()) troubles += read.trouble;
@@ -293,9 +284,10 @@ void RecordPanel::FillTable() {
             put(PrintedText(fact) + (fact.doubt.empty() ? QString() : QStringLiteral(" (?)")),
                 doubt);
         }
-        for (const std::string& text : {test.measuredRatio, test.nameplateRatio, test.percentError,
-                                        test.polarity, test.phase})
-            put(FromPage(TrimBlanks(text)), {});
+        for (const std::string& text :
+             {test.measuredRatio, test.nameplateRatio, test.percentError, test.polarity})
+            put(FromPage(text), {});
+        put(PhaseAndAngle(test), {});
         tblTests_->setHorizontalHeaderItem(column, new QTableWidgetItem(tests_.at(i).name));
         widest = std::max(widest, metrics.horizontalAdvance(tests_.at(i).name));
     }
@@ -306,10 +298,6 @@ void RecordPanel::FillTable() {
                                                   : QAbstractItemView::NoSelection);
     if (tests_.empty()) return;
     tblTests_->setCurrentCell(0, 0);
-    const int bar = tblTests_->horizontalScrollBar()->sizeHint().height();
-    tblTests_->setFixedHeight(tblTests_->verticalHeader()->length() +
-                              tblTests_->horizontalHeader()->sizeHint().height() + bar +
-                              2 * tblTests_->frameWidth());
 }
 
 std::optional<std::size_t> RecordPanel::Chosen() const {
@@ -351,13 +339,115 @@ void RecordPanel::ShowDoubts() {
         }
         if (!lines.isEmpty() && tests_.size() > 1) lines.prepend(tests_.at(*chosen).name);
     }
-    txtDoubts_->setPlainText(lines.join(QLatin1Char('\n')));
+    const bool header = lblHeader_->isHidden() && !lblHeader_->text().isEmpty();
+    if (header) lines += QTextDocumentFragment::fromHtml(lblHeader_->text()).toPlainText();
+    const QString text = lines.join(QLatin1Char('\n'));
+    if (text != txtDoubts_->toPlainText()) txtDoubts_->setPlainText(text);
     // A chart that jumps from test to test would be hard to compare.
-    const bool any = std::any_of(tests_.begin(), tests_.end(), [](const ShownTest& shown) {
-        return std::any_of(shown.test->knees.begin(), shown.test->knees.end(),
-                           [](const KneeFact& fact) { return !DoubtOf(fact).isEmpty(); });
-    });
+    const bool any =
+        header || std::any_of(tests_.begin(), tests_.end(), [](const ShownTest& test) {
+            return std::any_of(test.test->knees.begin(), test.test->knees.end(),
+                               [](const KneeFact& fact) { return !DoubtOf(fact).isEmpty(); });
+        });
     txtDoubts_->setVisible(any);
+}
+
+// --- Room ---------------------------------------------------------------------------------------
+
+void RecordPanel::Arrange() {
+    const bool low = height() < kLowHeight;
+    const bool beside = low && width() >= kWideWidth;
+    body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    body_->setStretch(1, beside ? 1 : 0);
+    const auto heightOf = [this](const QLabel* label) {
+        return label->isHidden() ? 0 : label->heightForWidth(width() - kRoom) + kRoom;
+    };
+    int room = height() - heightOf(lblRecord_) - heightOf(lblTrouble_) - kButtonHeight - kRoom;
+    // The header gives way to a chart that can be read: it stands below the doubts then.
+    const int least = TableHeight(kLeastRows) + DoubtsHeight(kLeastDoubtLines) + 2 * kRoom;
+    lblHeader_->setVisible(!lblHeader_->text().isEmpty());
+    const bool header = beside || room - heightOf(lblHeader_) >= kLeastChartHeight + least;
+    if (!header) lblHeader_->hide();
+    ShowDoubts();
+    room -= heightOf(lblHeader_);
+    ArrangeFacts(beside ? room : std::max(room - kChartHeight - kRoom, least));
+}
+
+// Too much for the height: the doubts give way to the table, then both scroll.
+void RecordPanel::ArrangeFacts(int height) {
+    const int doubts = txtDoubts_->isHidden() ? 0 : DoubtsHeight(kDoubtLines) + kRoom;
+    const int leastDoubts = txtDoubts_->isHidden() ? 0 : DoubtsHeight(kLeastDoubtLines) + kRoom;
+    const int whole = TableHeight(tblTests_->rowCount());
+    const int table = std::clamp(height - leastDoubts, TableHeight(kLeastRows), whole);
+    tblTests_->setFixedHeight(table);
+    const bool beside = body_->direction() == QBoxLayout::LeftToRight;
+    const int left = std::max(height - table, leastDoubts);
+    txtDoubts_->setFixedHeight(std::max(0, (beside ? left : std::min(left, doubts)) - kRoom));
+}
+
+int RecordPanel::TableHeight(int rows) const {
+    const int wide = tblTests_->verticalHeader()->sizeHint().width() +
+                     tblTests_->horizontalHeader()->length() + 2 * tblTests_->frameWidth();
+    const bool scrolls =
+        wide >
+        (body_->direction() == QBoxLayout::LeftToRight ? (width() - kRoom) / 2 : width() - kRoom) -
+            tblTests_->verticalScrollBar()->sizeHint().width();
+    const int bar = scrolls ? tblTests_->horizontalScrollBar()->sizeHint().height() : 0;
+    return rows * tblTests_->verticalHeader()->defaultSectionSize() +
+           tblTests_->horizontalHeader()->sizeHint().height() + bar + 2 * tblTests_->frameWidth();
+}
+
+int RecordPanel::DoubtsHeight(int lines) const {
+    return lines * txtDoubts_->fontMetrics().lineSpacing() + 2 * kRoom;
+}
+
+int RecordPanel::ButtonsWidth() const {
+    int wide = 0;
+    for (const QPushButton* button : {cmdSavePng_, cmdSavePdf_, cmdSaveCsv_})
+        wide += button->sizeHint().width() + buttons_->spacing();
+    return wide;
+}
+
+void RecordPanel::OfferBack(bool on) {
+    cmdBack_->setVisible(on);
+}
+
+void RecordPanel::FocusBack() {
+    cmdBack_->setFocus();
+}
+
+void RecordPanel::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    Arrange();
+}
+
+// Escape is taken before a shortcut of the window has it.
+bool RecordPanel::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride && cmdBack_->isVisible() &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+void RecordPanel::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && cmdBack_->isVisible()) {
+        OnBack();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+QSize RecordPanel::sizeHint() const {
+    return kUsualSize;
+}
+
+QSize RecordPanel::minimumSizeHint() const {
+    const int height = lblRecord_->fontMetrics().height() + kLeastChartHeight +
+                       TableHeight(kLeastRows) + DoubtsHeight(kLeastDoubtLines) + kButtonHeight +
+                       4 * kRoom;
+    return {ButtonsWidth() + kRoom, height};
 }
 
 // --- Saving -------------------------------------------------------------------------------------
@@ -393,10 +483,6 @@ void RecordPanel::cmdSaveCsv_Click() {
             records.push_back(*record);
         ReplaceFile(path, RecordsAsCsv(records));
     });
-}
-
-QSize RecordPanel::sizeHint() const {
-    return kUsualSize;
 }
 
 }  // namespace davo

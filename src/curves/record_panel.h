@@ -4,6 +4,7 @@
 #include <QString>
 #include <QTimer>
 #include <QWidget>
+#include <functional>
 #include <map>
 #include <optional>
 #include <vector>
@@ -36,10 +37,21 @@ class RecordPanel : public QWidget {
     // read again only when they have changed.
     void ShowRecords(const std::vector<QString>& files);
 
+    // Whether a button, and Escape, lead back to the list of records.
+    void OfferBack(bool on);
+    void FocusBack();
+    std::function<void()> OnBack;
+
     QSize sizeHint() const override;
+    // Of the panel in a small window: a low chart, a few rows of results, two lines of doubts, and
+    // the header below them.
+    QSize minimumSizeHint() const override;
 
   protected:
+    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     // A file as it was read: its facts, or why there are none.
@@ -60,6 +72,14 @@ class RecordPanel : public QWidget {
     void BuildTable(QBoxLayout* column);
     void BuildButtons(QBoxLayout* column);
 
+    // Gives the chart, the results and the doubts their room.
+    void Arrange();
+    void ArrangeFacts(int height);
+    // The height of the table with so many rows in sight.
+    int TableHeight(int rows) const;
+    int DoubtsHeight(int lines) const;
+    int ButtonsWidth() const;
+
     void ReadAndShow();
     void ReadFiles();
     void ShowTop();
@@ -77,6 +97,9 @@ class RecordPanel : public QWidget {
 
     Prompts& prompts_;
     QTimer soon_;
+    QBoxLayout* body_ = nullptr;   // chart and facts, below or beside each other
+    QBoxLayout* facts_ = nullptr;  // results and doubts
+    QBoxLayout* buttons_ = nullptr;
     std::vector<QString> files_;
     std::map<QString, Read> read_;
     std::vector<const RecordFacts*> records_;  // of read_, in the order of files_
@@ -89,6 +112,7 @@ class RecordPanel : public QWidget {
     CurveChart* chart_ = nullptr;
     QTableWidget* tblTests_ = nullptr;
     QPlainTextEdit* txtDoubts_ = nullptr;
+    QPushButton* cmdBack_ = nullptr;
     QPushButton* cmdSavePng_ = nullptr;
     QPushButton* cmdSavePdf_ = nullptr;
     QPushButton* cmdSaveCsv_ = nullptr;

@@ -43,6 +43,14 @@ std::vector<CurvePoint> CountedPoints(std::vector<CurvePoint> points, int dataPo
     return points;
 }
 
+// The number that PhaseText goes by.
+std::string AngleText(std::string_view phase) {
+    const std::size_t unit = phase.find("DEG");
+    if (unit == std::string_view::npos) return {};
+    const std::string_view degrees = phase.substr(0, unit);
+    return WholeNumericValue(degrees) ? std::string(TrimBlanks(degrees)) : std::string();
+}
+
 }  // namespace
 
 std::optional<CurvePoint> KneeFact::At() const {
@@ -86,6 +94,7 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
     test.percentError = TrimBlanks(record.percentError);
     test.polarity = TrimBlanks(record.polarity);
     test.phase = PhaseText(TrimBlanks(record.phaseAngle));
+    test.phaseAngle = AngleText(record.phaseAngle);
     return test;
 }
 

@@ -40,6 +40,7 @@ struct RecordTest {
     std::string percentError;
     std::string polarity;
     std::string phase;
+    std::string phaseAngle;  // in degrees, as the record has it: "1.5"; empty where it has none
 };
 
 // A record file: its header's eight fields in the order of TestHeader, without padding, the time

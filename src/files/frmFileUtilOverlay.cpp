@@ -68,7 +68,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     column->addWidget(lblMessage_);
     column->addLayout(BuildButtons());
     const double listShare = IsOverlay() ? 1.0 * kListShare / (kListShare + kTestShare) : 1;
-    beside_ = new BesideRecords(controls, *lvTest_, listShare, around_.prompts, this);
+    beside_ = new BesideRecords(controls, *lvTest_, listShare, *cmdRecord_, around_.prompts, this);
     (new QVBoxLayout(this))->addWidget(beside_);
     Connect();
 }
@@ -108,6 +108,9 @@ QHBoxLayout* frmFileUtilOverlay::BuildButtons() {
     cmdExit_ = Named(new BigButton(this), QStringLiteral("cmdExit"));
     cmdExit_->setText(QStringLiteral("&Exit"));
     row->addWidget(cmdExit_, kTestShare, Qt::AlignVCenter);
+    cmdRecord_ = Named(new BigButton(this), QStringLiteral("cmdRecord"));
+    cmdRecord_->setText(QStringLiteral("S&how Record"));
+    row->addWidget(cmdRecord_, kTestShare, Qt::AlignVCenter);
     return row;
 }
 

@@ -81,6 +81,7 @@ class frmFileUtilOverlay : public QWidget {
     std::array<QPushButton*, 3> cmdOp_{};
     QLabel* lblMessage_ = nullptr;
     QPushButton* cmdExit_ = nullptr;
+    QPushButton* cmdRecord_ = nullptr;
 };
 
 }  // namespace davo

@@ -75,7 +75,7 @@ frmSetDescr::frmSetDescr(const DirectoryTables& directory, const QString& dataPa
     column->addWidget(BuildLists(), 1);
     column->addWidget(BuildFrame());
     column->addWidget(BuildButtons());
-    beside_ = new BesideRecords(controls, *lvTest_, 0.5, prompts_, this);
+    beside_ = new BesideRecords(controls, *lvTest_, 0.5, *cmdRecord_, prompts_, this);
     (new QVBoxLayout(this))->addWidget(beside_);
     Connect();
     ShowStates();
@@ -197,6 +197,7 @@ QWidget* frmSetDescr::BuildButtons() {
     cmdNotes_ = add("cmdNotes", "&Notepad");
     cmdSave_ = add("cmdSave", "&Save");
     cmdExit_ = add("cmdExit", "&Exit");
+    cmdRecord_ = add("cmdRecord", "S&how Record");
     return buttons;
 }
 

@@ -111,6 +111,7 @@ class frmSetDescr : public QWidget {
     QPushButton* cmdNotes_ = nullptr;
     QPushButton* cmdSave_ = nullptr;
     QPushButton* cmdExit_ = nullptr;
+    QPushButton* cmdRecord_ = nullptr;
     QPointer<frmNotepad> notepad_;
 };
 

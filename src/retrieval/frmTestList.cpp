@@ -101,7 +101,7 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     auto* whole = new QVBoxLayout(this);
     whole->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     if (mode_ == ListMode::Folder) {
-        beside_ = new BesideRecords(controls, *lvTest_, 1, around_.prompts, this);
+        beside_ = new BesideRecords(controls, *lvTest_, 1, *cmdRecord_, around_.prompts, this);
         whole->addWidget(beside_);
     } else {
         whole->addWidget(controls);
@@ -200,6 +200,10 @@ void frmTestList::BuildBottom(QBoxLayout* column) {
     cmdSave_ = MakeButton("cmdSave", "&Save", this);
     buttons->addWidget(cmdExit_);
     buttons->addWidget(cmdSave_);
+    if (mode_ == ListMode::Folder) {
+        cmdRecord_ = MakeButton("cmdRecord", "S&how Record", this);
+        buttons->addWidget(cmdRecord_);
+    }
     column->addLayout(buttons);
 }
 

@@ -107,7 +107,8 @@ class frmTestList : public QWidget {
     std::function<void()> leave_;  // ends the activity
     bool closeWanted_ = false;
 
-    BesideRecords* beside_ = nullptr;  // in folder mode
+    BesideRecords* beside_ = nullptr;   // in folder mode
+    QPushButton* cmdRecord_ = nullptr;  // in folder mode
     QWidget* frameDisplaySort_ = nullptr;
     std::array<QRadioButton*, 3> optDisplay_{};
     std::array<QRadioButton*, 2> optSort_{};

@@ -80,7 +80,7 @@ Fields ExpectedRow(const RecordFacts& record, const RecordTest& test, std::size_
         row.push_back(knee.printed.current);
     }
     row.insert(row.end(), {test.nameplateRatio, test.measuredRatio, test.percentError,
-                           test.polarity, test.phase});
+                           test.polarity, test.phase, test.phaseAngle});
     for (std::string& field : row)
         field = Utf8(field);
     return row;
@@ -96,7 +96,7 @@ void ExpectRows(const std::vector<Fields>& rows, const std::vector<RecordFacts>&
             for (std::size_t i = 0; i < std::max<std::size_t>(test.points.size(), 1); ++i) {
                 ASSERT_LT(at, rows.size());
                 Fields row = rows[at++];
-                ASSERT_THAT(row, SizeIs(26));
+                ASSERT_THAT(row, SizeIs(27));
                 if (!test.points.empty()) {
                     EXPECT_EQ(std::stod(row[kCurrentColumn]), test.points[i].current);
                     EXPECT_EQ(std::stod(row[kVoltageColumn]), test.points[i].voltage);
@@ -117,7 +117,7 @@ TEST(CurveExport, HasAHeaderRow) {
                             "manufacturer", "model", "serial_number", "comments", "operator",
                             "test", "point", "current_A", "voltage_V", "asa_10_50_V", "asa_10_50_A",
                             "ieee_45_V", "ieee_45_A", "ieee_30_V", "ieee_30_A", "nameplate_ratio",
-                            "measured_ratio", "percent_error", "polarity", "phase"));
+                            "measured_ratio", "percent_error", "polarity", "phase", "phase_deg"));
 }
 
 TEST(CurveExport, EveryColumnIsTold) {
@@ -136,7 +136,7 @@ TEST(CurveExport, APointIsARow) {
                                      "Feeder 4", "Acme", "CT-600", "00012345", "a: b, c", "J. Doe",
                                      "1", "1", "0.05", "10", rows[1][15], rows[1][16], rows[1][17],
                                      rows[1][18], rows[1][19], rows[1][20], "240 (1200:5)",
-                                     "241.20", "0.50%", "IN PHASE", "IN PHASE"));
+                                     "241.20", "0.50%", "IN PHASE", "IN PHASE", "1.5"));
     EXPECT_EQ(rows[14][11], "2");
     EXPECT_EQ(rows[14][12], "7");
 }

@@ -6,15 +6,18 @@
 #include <QApplication>
 #include <QDir>
 #include <QImage>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QSplitter>
 #include <QTableWidget>
 #include <QTest>
 #include <QTreeWidget>
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 #include "common/files.h"
@@ -128,7 +131,7 @@ TEST_F(Panel, ShowsTheFactsOfARecord) {
                       HasSubstr("Operator:"), HasSubstr("Doe")));
     EXPECT_THAT(ColumnOf(panel, 0),
                 ElementsAre("29.9 V, 0.090 A", "26.8 V, 0.082 A", "24.1 V, 0.075 A (?)", "241.20",
-                            "240 (1200:5)", "0.50%", "IN PHASE", "IN PHASE"));
+                            "240 (1200:5)", "0.50%", "IN PHASE", "IN PHASE, 1.5\u00b0"));
     EXPECT_EQ(Doubts(panel),
               "ASA 10/50: 24.1 V, 0.075 A. The points are too few or too uneven for this rule: a "
               "smooth curve through them has its kneepoint at 34.5 V, 0.1169 A.");
@@ -275,6 +278,38 @@ class PanelInWindow : public PanelTest {
         Show(new frmSetDescr(directory, settings.dataPath, prompts), size);
     }
     bool HasPanel() const { return FindIn<QWidget>(*window, "RecordPanel")->isVisible(); }
+    void ExpectMnemonicsAreUnique() const {
+        std::vector<std::string> mnemonics = MnemonicsOf(*window);
+        mnemonics.emplace_back("Alt+F");  // the main window's menu
+        std::sort(mnemonics.begin(), mnemonics.end());
+        EXPECT_EQ(std::adjacent_find(mnemonics.begin(), mnemonics.end()), mnemonics.end())
+            << ::testing::PrintToString(mnemonics);
+        for (const char* command : {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"}) {
+            EXPECT_FALSE(
+                QKeySequence::mnemonic(FindIn<QPushButton>(*window, command)->text()).isEmpty())
+                << command;
+        }
+    }
+    // The Tab key goes through the panel as the eye does, behind the window's other controls.
+    void ExpectPanelInOrder(bool alone) const {
+        std::vector<std::string> wanted = {"plotCurves", "tblTests", "txtDoubts"};
+        if (alone) wanted.emplace_back("cmdBack");
+        wanted.insert(wanted.end(), {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"});
+        std::vector<std::string> order = TabOrderOf(*window);
+        std::erase_if(order, [&](const std::string& name) {
+            return FindIn<QWidget>(*window, "RecordPanel")
+                       ->findChild<QWidget*>(QString::fromStdString(name)) == nullptr;
+        });
+        if (!FindIn<QWidget>(*window, "txtDoubts")->isVisible()) std::erase(wanted, "txtDoubts");
+        EXPECT_EQ(order, wanted);
+        const std::vector<std::string> all = TabOrderOf(*window);
+        EXPECT_EQ(std::vector<std::string>(all.end() - static_cast<std::ptrdiff_t>(order.size()),
+                                           all.end()),
+                  order);
+    }
+    QRect PlaceOf(const QWidget* control) const {
+        return {control->mapTo(window.get(), QPoint()), control->size()};
+    }
     // What every window keeps beside the panel.
     void ChooseByKeys() {
         ASSERT_TRUE(HasPanel());
@@ -284,15 +319,13 @@ class PanelInWindow : public PanelTest {
         EXPECT_TRUE(Comes(*window, name.c_str()));
         EXPECT_TRUE(list->hasFocus());
         EXPECT_THAT(CutTextsOf(*window), IsEmpty());
-        std::vector<std::string> mnemonics = MnemonicsOf(*window);
-        mnemonics.emplace_back("Alt+F");  // the main window's menu
-        std::sort(mnemonics.begin(), mnemonics.end());
-        EXPECT_EQ(std::adjacent_find(mnemonics.begin(), mnemonics.end()), mnemonics.end());
+        ExpectMnemonicsAreUnique();
+        ExpectPanelInOrder(false);
         EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
     }
 
     static constexpr QSize kWide{1366, 690};
-    static constexpr QSize kLaptop{1000, 540};
+    static constexpr QSize kLaptop{888, 450};  // of 1366 x 768 pixels at 150 %
     FakeSerialPort port;
     LinkState state;
     BusyPointer pointer;
@@ -342,22 +375,69 @@ TEST_F(PanelInWindow, FollowsTheHeadersAndWhatIsSaved) {
         kPatience));
 }
 
-TEST_F(PanelInWindow, IsAwayWhereItWouldCutTheList) {
-    for (const FileUtilMode mode : {FileUtilMode::FileUtilities, FileUtilMode::Overlay}) {
-        ShowFileUtilities(kLaptop, mode);
+// Where there is no room for both, a button shows it in the place of the list, another one the
+// list.
+TEST_F(PanelInWindow, IsShownInPlaceOfTheListInASmallWindow) {
+    const std::vector<std::function<void()>> windows = {
+        [this] { ShowTestList(kLaptop); }, [this] { ShowFileUtilities(kLaptop); },
+        [this] { ShowFileUtilities(kLaptop, FileUtilMode::Overlay); },
+        [this] { ShowHeaders(kLaptop); }};
+    for (const auto& open : windows) {
+        open();
+        SCOPED_TRACE(window->objectName().toStdString());
+        const QSize size = window->size();
         EXPECT_FALSE(HasPanel());
+        QTest::keyClick(list, Qt::Key_Home);
+        QTest::keyClick(list, Qt::Key_Space);
+        auto* button = FindIn<QPushButton>(*window, "cmdRecord");
+        ASSERT_TRUE(button->isVisible());
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+        ExpectMnemonicsAreUnique();
+        QTest::keyClick(window.get(), Qt::Key_H, Qt::AltModifier);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return HasPanel(); }, kPatience));
+        EXPECT_FALSE(list->isVisible());
+        EXPECT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
+        QTest::qWait(20);
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+        ExpectMnemonicsAreUnique();
+        ExpectPanelInOrder(true);
+        // The curve and the results, beside each other and large enough to be read.
+        const auto* chart = FindIn<QWidget>(*window, "chtCurves");
+        const auto* table = FindIn<QTableWidget>(*window, "tblTests");
+        EXPECT_GE(chart->height(), 250);
+        EXPECT_EQ(table->verticalScrollBar()->maximum(), 0);
+        EXPECT_GE(PlaceOf(table).left(), PlaceOf(chart).right());
+        EXPECT_EQ(window->size(), size);
+        // Back by Escape, and by its button.
+        QTest::keyClick(window->focusWidget(), Qt::Key_Escape);
+        EXPECT_FALSE(HasPanel());
+        EXPECT_TRUE(list->hasFocus());
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::mouseClick(FindIn<QPushButton>(*window, "cmdBack"), Qt::LeftButton);
+        EXPECT_TRUE(list->isVisible());
+        // Both in a larger window.
+        QTest::mouseClick(button, Qt::LeftButton);
         window->resize(kWide);
         QApplication::processEvents();
         EXPECT_TRUE(HasPanel());
-        window->resize(kLaptop);
-        QApplication::processEvents();
-        EXPECT_FALSE(HasPanel());
-        EXPECT_EQ(window->size(), kLaptop);
+        EXPECT_TRUE(list->isVisible());
+        EXPECT_FALSE(button->isVisible());
+        EXPECT_FALSE(FindIn<QPushButton>(*window, "cmdBack")->isVisible());
     }
-    ShowTestList(kLaptop);
-    EXPECT_FALSE(HasPanel());
-    ShowHeaders(kLaptop);
-    EXPECT_FALSE(HasPanel());
+}
+
+TEST_F(PanelInWindow, TheHeaderStandsBelowTheDoubtsInALowPanel) {
+    ShowFileUtilities({1000, 525});
+    ASSERT_TRUE(HasPanel());
+    QTest::keyClick(list, Qt::Key_Home);
+    QTest::keyClick(list, Qt::Key_Space);
+    ASSERT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
+    EXPECT_EQ(TextOf(*window, "lblHeader"), "");
+    EXPECT_THAT(Doubts(*window), HasSubstr("Station: Hilltop"));
+    window->resize(kWide);
+    QApplication::processEvents();
+    EXPECT_THAT(TextOf(*window, "lblHeader"), HasSubstr("Hilltop"));
+    EXPECT_THAT(Doubts(*window), Not(HasSubstr("Hilltop")));
 }
 
 TEST_F(PanelInWindow, CanBeShutByItsEdge) {

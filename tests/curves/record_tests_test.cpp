@@ -56,9 +56,34 @@ TEST(RecordTests, AFileIsReadWhole) {
     EXPECT_EQ(second.percentError, "0.50%");
     EXPECT_EQ(second.polarity, "IN PHASE");
     EXPECT_EQ(second.phase, "IN PHASE");
+    EXPECT_EQ(second.phaseAngle, "1.5");
     for (std::size_t i = 0; i < kKneeRules.size(); ++i) {
         EXPECT_EQ(second.knees.at(i).rule, kKneeRules.at(i));
         EXPECT_NE(second.knees.at(i).At(), std::nullopt);
+    }
+}
+
+// As the word of the report, it is there where a number stands before "DEG".
+TEST(RecordTests, ThePhaseHasItsAngleWhereTheRecordHasOne) {
+    struct Case {
+        const char* line;
+        const char* word;
+        const char* angle;
+    };
+    for (const Case& phase : {Case{"0.0 DEG", "IN PHASE", "0.0"},
+                              {" 90.1  DEG", "OUT OF PHASE", "90.1"},
+                              {"90.05 DEG", "N/A", "90.05"},
+                              {"400.0 DEG", "N/A", "400.0"},
+                              {"N/A", "N/A", ""},
+                              {"12.5", "N/A", ""},
+                              {"x DEG", "N/A", ""},
+                              {"", "N/A", ""}}) {
+        test::RecordParts parts;
+        parts.phase = phase.line;
+        const RecordFacts facts =
+            ParseRecordFacts(test::HeaderText() + test::RecordText(parts), "T");
+        EXPECT_EQ(facts.tests.at(0).phase, phase.word) << phase.line;
+        EXPECT_EQ(facts.tests.at(0).phaseAngle, phase.angle) << phase.line;
     }
 }
 
@@ -213,6 +238,7 @@ TEST(RecordTests, TheShotsOfACaptureAreItsTests) {
     EXPECT_EQ(tests[1].testNumber, 2);
     EXPECT_EQ(tests[1].points, inFile.points);
     EXPECT_EQ(tests[1].phase, "OUT OF PHASE");
+    EXPECT_EQ(tests[1].phaseAngle, "180.0");
     EXPECT_EQ(tests[1].nameplateRatio, "240 (1200:5)");
     for (std::size_t i = 0; i < kKneeRules.size(); ++i)
         EXPECT_EQ(tests[1].knees.at(i).printed, inFile.knees.at(i).printed);

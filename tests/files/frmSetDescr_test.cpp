@@ -522,11 +522,13 @@ TEST_F(SetDescrWindow, TheKeysReachEverythingInTheOrderOfTheEye) {
     Open();
     ClickFile("T1");
     ClickTest(0);
-    EXPECT_THAT(TabOrderOf(*window),
-                ElementsAre("lvTest", "lstTest", "txtTestDescr", "txtTestNotes", "txtHeader0",
-                            "txtHeader1", "txtHeader2", "txtHeader3", "txtHeader4", "txtHeader5",
-                            "txtHeader6", "txtHeader7", "cmdNotes", "cmdSave", "cmdExit"));
-    EXPECT_THAT(MnemonicsOf(*window), ::testing::UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E"));
+    EXPECT_THAT(
+        TabOrderOf(*window),
+        ElementsAre("lvTest", "lstTest", "txtTestDescr", "txtTestNotes", "txtHeader0", "txtHeader1",
+                    "txtHeader2", "txtHeader3", "txtHeader4", "txtHeader5", "txtHeader6",
+                    "txtHeader7", "cmdNotes", "cmdSave", "cmdExit", "cmdRecord"));
+    EXPECT_THAT(MnemonicsOf(*window),
+                ::testing::UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E", "Alt+H"));
 }
 
 TEST_F(SetDescrWindow, EverythingIsChosenByTheKeyboard) {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+#include "curves/record_tests.h"
+
+namespace davo {
+
+// The texts of the record panel.
+
+const KneeFact& FactOf(const RecordTest& test, KneeRule rule);
+
+// "29.9 V, 0.090 A"; "0" or "N/A" where there is no kneepoint.
+QString PrintedText(const KneeFact& fact);
+
+// "IEEE 30: 0. No pair of points crossed the threshold."; empty where there is nothing to say.
+QString DoubtOf(const KneeFact& fact);
+
+// The polarity by the phase angle as the report has it, and the angle where the record has one:
+// "IN PHASE, 1.5\u00b0".
+QString PhaseAndAngle(const RecordTest& test);
+
+// The header's fields that are not empty, with their captions, as rich text.
+QString HeaderText(const RecordFacts& record);
+
+}  // namespace davo
