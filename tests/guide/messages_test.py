@@ -1,4 +1,6 @@
-"""Every text that the program can show stands in the guide, word for word, blanks and all."""
+"""Every message that the program can show stands on the guide's page of messages, word for word.
+
+Each constant of two words or more in the sources is a message, unless no_messages.txt names it."""
 
 import pathlib
 import re
@@ -11,14 +13,29 @@ HERE = pathlib.Path(__file__).parent
 ROOT = HERE.parents[1]
 
 
-def guide_text():
-    return "\n".join(page.read_text("utf-8") for page in sorted((ROOT / "docs/guide").glob("*.md")))
+GUIDE = ROOT / "docs/guide"
+ON_OTHER_PAGES = "## named on other pages of the guide"
+# The number and the text of each error, as the sources have them.
+NUMBER = re.compile(r"^    (\w+) = (\d+),$", re.M)
+ERROR_TEXT = re.compile(r'case ErrorNumber::(\w+):\s+return "([^"]+)";')
+
+
+def page(name):
+    return (GUIDE / name).read_text("utf-8")
 
 
 def no_messages():
-    """The constants that are no messages: captions, lines of files, names, styles."""
+    """The constants that are no messages, and of them those that other pages of the guide name."""
     lines = (HERE / "no_messages.txt").read_text("utf-8").splitlines()
-    return {line for line in lines if line and not line.startswith("## ")}
+    others = lines.index(ON_OTHER_PAGES)
+    texts = [{line for line in part if line and not line.startswith("## ")}
+             for part in (lines[:others], lines[others:])]
+    return texts[0] | texts[1], texts[1]
+
+
+def written(text):
+    """A constant as no_messages.txt writes it."""
+    return repr(text)[1:-1]
 
 
 def parts(text):
@@ -33,18 +50,37 @@ class Messages(unittest.TestCase):
     def setUp(self):
         self.texts = program_texts(ROOT / "src")
 
-    def test_every_message_stands_in_the_guide(self):
-        guide, left_out = guide_text(), no_messages()
-        missing = {
-            f"{files[0]}: {text!r}"
-            for text, files in self.texts.items()
-            if repr(text)[1:-1] not in left_out and any(part not in guide for part in parts(text))
-        }
-        self.assertEqual(sorted(missing), [])
+    def missing(self, text, texts):
+        """Those of the program's texts that do not stand in text, each with its file."""
+        return sorted(
+            f"{self.texts[each][0]}: {each!r}"
+            for each in texts
+            if any(part not in text for part in parts(each))
+        )
+
+    def test_every_message_stands_on_the_page_of_messages(self):
+        left_out = no_messages()[0]
+        messages = [text for text in self.texts if written(text) not in left_out]
+        self.assertGreater(len(messages), 150)
+        self.assertEqual(self.missing(page("messages.md"), messages), [])
+
+    def test_what_other_pages_name_stands_there(self):
+        others = "\n".join(page(path.name) for path in sorted(GUIDE.glob("*.md")))
+        named = no_messages()[1]
+        self.assertEqual(self.missing(others, [t for t in self.texts if written(t) in named]), [])
 
     def test_what_is_left_out_is_still_in_the_program(self):
-        known = {repr(text)[1:-1] for text in self.texts}
-        self.assertEqual(sorted(no_messages() - known), [])
+        known = {written(text) for text in self.texts}
+        self.assertEqual(sorted(no_messages()[0] - known), [])
+
+    def test_every_error_has_a_line_in_the_table_of_errors(self):
+        numbers = dict(NUMBER.findall((ROOT / "src/common/run_time_error.h").read_text("utf-8")))
+        texts = dict(ERROR_TEXT.findall((ROOT / "src/common/run_time_error.cpp").read_text("utf-8")))
+        self.assertEqual(numbers.keys(), texts.keys())
+        self.assertGreater(len(numbers), 15)
+        rows = page("messages.md")
+        for name, number in numbers.items():
+            self.assertRegex(rows, rf"(?m)^\| {number} \| `{re.escape(texts[name])}` \| \S.* \|$")
 
     def test_the_texts_are_collected(self):
         for text in (

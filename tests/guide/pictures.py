@@ -60,7 +60,8 @@ def session(program):
                "grab test-saturation", "click cmdContinue")
     program.do(f'waitText lblMessage "{harness.LOWER}"', "sleep 1000", "grab test-lower")
     program.do(f'waitText lblMessage "{harness.RATIO}" 60000', "sleep 2000", "grab test-ratio",
-               "click cmdContinue", 'waitText lblTest "TEST COMPLETE."', "grab test-complete")
+               "click cmdContinue", 'waitText lblTest "TEST COMPLETE."', "sleep 1000",
+               "grab test-complete")
     program.do("click cmdStart", f'waitText msgBox "{harness.RATIO_ONLY}"', "grab question")
     program.do(f'answer Yes "{harness.RATIO_ONLY}"')
     program.do(f'waitText lblMessage "{harness.RATIO}" 60000', "click cmdContinue",
