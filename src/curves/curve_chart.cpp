@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "common/files.h"
-#include "common/run_time_error.h"
 
 namespace davo {
 
@@ -20,16 +19,6 @@ constexpr double kPointsPerInch = 72;
 constexpr QSize kPage(1123, 794);  // A4 across at kPageDots
 constexpr QSize kUsualSize(460, 420);
 constexpr QSize kLeastSize(260, 180);
-
-bool Written(const QString& path, const QByteArray& bytes) {
-    if (bytes.isEmpty()) return false;
-    try {
-        ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
-    } catch (const RunTimeError&) {
-        return false;
-    }
-    return true;
-}
 
 }  // namespace
 
@@ -90,15 +79,15 @@ std::optional<CurveChart::Crosshair> CurveChart::AtCrosshair() const {
     return plot_->Cross();
 }
 
-bool CurveChart::SavePng(const QString& path, QSize size) {
+void CurveChart::SavePng(const QString& path, QSize size) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     plot_->OnPaper([&] { plot_->toPixmap(size.width(), size.height()).save(&buffer, "PNG"); });
-    return Written(path, bytes);
+    ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
-bool CurveChart::SavePdf(const QString& path) {
+void CurveChart::SavePdf(const QString& path) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
@@ -113,7 +102,7 @@ bool CurveChart::SavePdf(const QString& path) {
         painter.setMode(QCPPainter::pmNoCaching);
         plot_->toPainter(&painter, kPage.width(), kPage.height());
     });
-    return Written(path, bytes);
+    ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
 int CurveChart::Paints() const {

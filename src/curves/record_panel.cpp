@@ -13,7 +13,6 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
-#include <exception>
 
 #include "common/big_button.h"
 #include "common/files.h"
@@ -163,16 +162,11 @@ void RecordPanel::BuildButtons(QBoxLayout* column) {
     cmdSaveCsv_ = add("cmdSaveCsv", "Save as CS&V...");
     column->addLayout(buttons_);
     connect(cmdSavePng_, &QPushButton::clicked, this, [this] {
-        Save(QStringLiteral(".png"), [this](const QString& path) {
-            if (!chart_->SavePng(path, kPicture))
-                throw RunTimeError(ErrorNumber::PathFileAccess, path.toStdString());
-        });
+        Save(QStringLiteral(".png"),
+             [this](const QString& path) { chart_->SavePng(path, kPicture); });
     });
     connect(cmdSavePdf_, &QPushButton::clicked, this, [this] {
-        Save(QStringLiteral(".pdf"), [this](const QString& path) {
-            if (!chart_->SavePdf(path))
-                throw RunTimeError(ErrorNumber::PathFileAccess, path.toStdString());
-        });
+        Save(QStringLiteral(".pdf"), [this](const QString& path) { chart_->SavePdf(path); });
     });
     connect(cmdSaveCsv_, &QPushButton::clicked, this, [this] { cmdSaveCsv_Click(); });
 }
@@ -222,9 +216,8 @@ void RecordPanel::ReadFiles() {
             read.size = info.size();
             try {
                 read.facts = ReadRecordFacts(file);
-            } catch (const std::exception& error) {
-                read.trouble = QStringLiteral("%1 cannot be shown: %2")
-                                   .arg(info.completeBaseName(), QString::fromUtf8(error.what()));
+            } catch (const RunTimeError& error) {
+                read.trouble = TroubleText(info.completeBaseName(), error);
             }
         }
         if (read.facts) records_.push_back(&*read.facts);

@@ -26,6 +26,17 @@ QString DoubtOf(const KneeFact& fact) {
     return QStringLiteral("%1: %2. %3").arg(KneeWord(fact.rule), PrintedText(fact), FromPage(said));
 }
 
+QString TroubleText(const QString& name, const RunTimeError& error) {
+    // What ParseRecordFacts throws; the others are those of a file that cannot be read.
+    constexpr std::array kOfTheText = {ErrorNumber::InputPastEnd, ErrorNumber::TypeMismatch,
+                                       ErrorNumber::SubscriptOutOfRange, ErrorNumber::Overflow};
+    const bool damaged =
+        std::find(kOfTheText.begin(), kOfTheText.end(), error.Number()) != kOfTheText.end();
+    return QStringLiteral("%1 cannot be shown: %2%3")
+        .arg(name, damaged ? QStringLiteral("the file is damaged. ") : QString(),
+             QString::fromUtf8(error.what()));
+}
+
 QString PhaseAndAngle(const RecordTest& test) {
     const QString word = FromPage(test.phase);
     if (test.phaseAngle.empty()) return word;

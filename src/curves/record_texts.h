@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include "common/run_time_error.h"
 #include "curves/record_tests.h"
 
 namespace davo {
@@ -15,6 +16,9 @@ QString PrintedText(const KneeFact& fact);
 
 // "IEEE 30: 0. No pair of points crossed the threshold."; empty where there is nothing to say.
 QString DoubtOf(const KneeFact& fact);
+
+// Why a record file of that name is not shown.
+QString TroubleText(const QString& name, const RunTimeError& error);
 
 // The polarity by the phase angle as the report has it, and the angle where the record has one:
 // "IN PHASE, 1.5\u00b0".

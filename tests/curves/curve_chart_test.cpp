@@ -14,6 +14,7 @@
 #include <limits>
 
 #include "common/files.h"
+#include "common/run_time_error.h"
 #include "curves/chart_look.h"
 #include "curves/knee_marks.h"
 #include "tests/support/temporary_folder.h"
@@ -281,7 +282,7 @@ TEST_F(Chart, SavesAPictureOnWhite) {
     dark.setColor(QPalette::Text, Qt::white);
     chart.setPalette(dark);
     const QString path = folder.Path("chart.png");
-    ASSERT_TRUE(chart.SavePng(path, {800, 600}));
+    chart.SavePng(path, {800, 600});
     const QImage picture(path);
     ASSERT_EQ(picture.size(), QSize(800, 600));
     EXPECT_EQ(picture.pixelColor(1, 1), QColor(Qt::white));
@@ -304,7 +305,7 @@ TEST_F(Chart, SavesAPageOfWords) {
     faint.knees.clear();
     chart.SetCurves({One(), faint});
     const QString path = folder.Path("chart.pdf");
-    ASSERT_TRUE(chart.SavePdf(path));
+    chart.SavePdf(path);
     const std::string text = TextOfPdf(path).toStdString();
     for (const char* word : {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "Test 1", "0.01", "1000"})
         EXPECT_THAT(text, HasSubstr(word));
@@ -313,8 +314,8 @@ TEST_F(Chart, SavesAPageOfWords) {
 }
 
 TEST_F(Chart, SaysWhenItCannotBeWritten) {
-    EXPECT_FALSE(chart.SavePng(folder.Path("none/chart.png"), {100, 100}));
-    EXPECT_FALSE(chart.SavePdf(folder.Path("none/chart.pdf")));
+    EXPECT_THROW(chart.SavePng(folder.Path("none/chart.png"), {100, 100}), RunTimeError);
+    EXPECT_THROW(chart.SavePdf(folder.Path("none/chart.pdf")), RunTimeError);
 }
 
 }  // namespace

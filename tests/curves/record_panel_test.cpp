@@ -1,36 +1,11 @@
 #include "curves/record_panel.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QDir>
 #include <QImage>
-#include <QKeySequence>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QSplitter>
-#include <QTableWidget>
-#include <QTest>
-#include <QTreeWidget>
 #include <algorithm>
-#include <functional>
-#include <memory>
 
-#include "common/files.h"
-#include "curves/beside_records.h"
-#include "curves/curve_chart.h"
-#include "files/frmFileUtilOverlay.h"
-#include "files/frmSetDescr.h"
-#include "retrieval/frmTestList.h"
-#include "tests/app/window_checks.h"
-#include "tests/curves/panel_records.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/curves/panel_test.h"
 
 namespace davo::test {
 
@@ -40,81 +15,7 @@ using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::StartsWith;
-
-constexpr int kPatience = 5000;
-
-// Records in a folder and a place where a panel is shown.
-class PanelTest : public ::testing::Test {
-  protected:
-    PanelTest() {
-        settings.dataPath = folder.Path("Shots_Data/");
-        settings.excelPath = folder.Path("Shots_Excel/");
-        QDir().mkpath(settings.dataPath);
-        QDir().mkpath(settings.excelPath);
-        Add("ONE", Curve(KneeCurve(), 1));
-        Add("STRAIGHT", Curve(StraightCurve(), 1));
-        Add("THREE",
-            Curve(SmoothCurve(150), 1) + Curve(SmoothCurve(310), 2) + Curve(SmoothCurve(640), 3));
-    }
-    QString File(const std::string& name) const {
-        return settings.dataPath + QString::fromStdString(name) + QStringLiteral(".txt");
-    }
-    void Add(const std::string& name, const std::string& tests) {
-        ReplaceFile(File(name), HeaderText(name) + tests);
-    }
-    template <class Control>
-    Control* In(const QWidget& parent, const char* name) const {
-        return FindIn<Control>(parent, name);
-    }
-    static std::string TextOf(const QWidget& parent, const char* name) {
-        const auto* label = FindIn<QLabel>(parent, name);
-        return label->isHidden() ? std::string() : label->text().toStdString();
-    }
-    static std::vector<std::string> ColumnOf(const QWidget& parent, int column) {
-        const auto* table = FindIn<QTableWidget>(parent, "tblTests");
-        std::vector<std::string> cells;
-        for (int row = 0; row < table->rowCount(); ++row)
-            cells.push_back(table->item(row, column)->text().toStdString());
-        return cells;
-    }
-    static std::string Doubts(const QWidget& parent) {
-        return FindIn<QPlainTextEdit>(parent, "txtDoubts")->toPlainText().toStdString();
-    }
-    static bool Comes(const QWidget& parent, const char* title) {
-        return QTest::qWaitFor([&] { return TextOf(parent, "lblRecord").starts_with(title); },
-                               kPatience);
-    }
-
-    TemporaryFolder folder;
-    Settings settings;
-    DirectoryTables directory;
-    FakePrompts prompts;
-};
-
-class Panel : public PanelTest {
-  protected:
-    Panel() {
-        panel.resize(500, 680);
-        panel.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel));
-    }
-    void ShowFiles(const std::vector<std::string>& names) {
-        std::vector<QString> files;
-        for (const std::string& name : names)
-            files.push_back(File(name));
-        panel.ShowRecords(files);
-        QTest::qWait(60);
-    }
-    CurveChart* TheChart() {
-        return dynamic_cast<CurveChart*>(FindIn<QWidget>(panel, "chtCurves"));
-    }
-    void Press(const char* name) {
-        QTest::mouseClick(FindIn<QPushButton>(panel, name), Qt::LeftButton);
-    }
-    RecordPanel panel{prompts};
-};
 
 TEST_F(Panel, IsEmptyWithoutARecord) {
     ShowFiles({});
@@ -186,6 +87,34 @@ TEST_F(Panel, SaysWhatCannotBeRead) {
     EXPECT_EQ(TextOf(panel, "lblTrouble"), "There is no test in it.");
 }
 
+TEST_F(Panel, NothingOfTheRecordBeforeStaysBesideADamagedOne) {
+    ReplaceFile(File("BROKEN"), HeaderText("BROKEN") + "REC NUMBER: 1\r\nCURRENT: 0.1\r\n");
+    ShowFiles({});
+    const QImage empty = TheChart()->grab().toImage();
+    for (const char* before : {"ONE", "THREE"}) {
+        ShowFiles({before});
+        QTest::keyClick(FindIn<QWidget>(panel, "plotCurves"), Qt::Key_Right, Qt::ControlModifier);
+        EXPECT_NE(TheChart()->AtCrosshair(), std::nullopt);
+        ShowFiles({"BROKEN"});
+        EXPECT_EQ(TextOf(panel, "lblRecord"), "BROKEN");
+        EXPECT_EQ(TextOf(panel, "lblTrouble"),
+                  "BROKEN cannot be shown: the file is damaged. Run-time error '13': Type "
+                  "mismatch: line 14");
+        EXPECT_EQ(TextOf(panel, "lblHeader"), "");
+        EXPECT_EQ(Doubts(panel), "");
+        EXPECT_FALSE(FindIn<QWidget>(panel, "tblTests")->isVisible());
+        EXPECT_FALSE(FindIn<QWidget>(panel, "txtDoubts")->isVisible());
+        for (const char* command : {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"})
+            EXPECT_FALSE(FindIn<QPushButton>(panel, command)->isEnabled());
+        EXPECT_EQ(TheChart()->AtCrosshair(), std::nullopt);
+        TheChart()->resize(empty.size());
+        EXPECT_EQ(TheChart()->grab().toImage(), empty);
+    }
+    ShowFiles({"ONE"});
+    EXPECT_EQ(TextOf(panel, "lblTrouble"), "");
+    EXPECT_TRUE(FindIn<QWidget>(panel, "tblTests")->isVisible());
+}
+
 TEST_F(Panel, ReadsAFileAgainWhenItHasChanged) {
     ShowFiles({"ONE"});
     Add("ONE", Curve(KneeCurve(), 1) + Curve(StraightCurve(), 2));
@@ -243,213 +172,6 @@ TEST_F(Panel, SaysWhenNothingWasSaved) {
         Press(button);
         EXPECT_THAT(prompts.shown.back().toStdString(), StartsWith("The file was not saved. "));
     }
-}
-
-// --- In the windows -----------------------------------------------------------------------------
-
-class PanelInWindow : public PanelTest {
-  protected:
-    template <class Window>
-    void Show(Window* shown, QSize size) {
-        window.reset(shown);
-        shown->Form_Load();
-        shown->resize(size);
-        shown->show();
-        shown->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(shown));
-        list = FindIn<QTreeWidget>(*shown, "lvTest");
-        list->setFocus();
-        ASSERT_TRUE(QTest::qWaitFor([this] { return list->hasFocus(); }, kPatience));
-    }
-    void Load() {
-        RebuildDirectory(settings.dataPath, directory);
-        LoadDirectoryFile(settings.dataPath, directory);
-    }
-    void ShowTestList(QSize size, ListMode mode = ListMode::Folder) {
-        Load();
-        Show(new frmTestList(mode, {settings, directory, prompts, link, folder.Path(), {}}), size);
-    }
-    void ShowFileUtilities(QSize size, FileUtilMode mode = FileUtilMode::FileUtilities) {
-        Load();
-        Show(new frmFileUtilOverlay(mode, {settings, directory, prompts, nullptr}), size);
-    }
-    void ShowHeaders(QSize size) {
-        Load();
-        Show(new frmSetDescr(directory, settings.dataPath, prompts), size);
-    }
-    bool HasPanel() const { return FindIn<QWidget>(*window, "RecordPanel")->isVisible(); }
-    void ExpectMnemonicsAreUnique() const {
-        std::vector<std::string> mnemonics = MnemonicsOf(*window);
-        mnemonics.emplace_back("Alt+F");  // the main window's menu
-        std::sort(mnemonics.begin(), mnemonics.end());
-        EXPECT_EQ(std::adjacent_find(mnemonics.begin(), mnemonics.end()), mnemonics.end())
-            << ::testing::PrintToString(mnemonics);
-        for (const char* command : {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"}) {
-            EXPECT_FALSE(
-                QKeySequence::mnemonic(FindIn<QPushButton>(*window, command)->text()).isEmpty())
-                << command;
-        }
-    }
-    // The Tab key goes through the panel as the eye does, behind the window's other controls.
-    void ExpectPanelInOrder(bool alone) const {
-        std::vector<std::string> wanted = {"plotCurves", "tblTests", "txtDoubts"};
-        if (alone) wanted.emplace_back("cmdBack");
-        wanted.insert(wanted.end(), {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"});
-        std::vector<std::string> order = TabOrderOf(*window);
-        std::erase_if(order, [&](const std::string& name) {
-            return FindIn<QWidget>(*window, "RecordPanel")
-                       ->findChild<QWidget*>(QString::fromStdString(name)) == nullptr;
-        });
-        if (!FindIn<QWidget>(*window, "txtDoubts")->isVisible()) std::erase(wanted, "txtDoubts");
-        EXPECT_EQ(order, wanted);
-        const std::vector<std::string> all = TabOrderOf(*window);
-        EXPECT_EQ(std::vector<std::string>(all.end() - static_cast<std::ptrdiff_t>(order.size()),
-                                           all.end()),
-                  order);
-    }
-    QRect PlaceOf(const QWidget* control) const {
-        return {control->mapTo(window.get(), QPoint()), control->size()};
-    }
-    // What every window keeps beside the panel.
-    void ChooseByKeys() {
-        ASSERT_TRUE(HasPanel());
-        QTest::keyClick(list, Qt::Key_Home);
-        QTest::keyClick(list, Qt::Key_Down);
-        const std::string name = list->currentItem()->text(0).toStdString();
-        EXPECT_TRUE(Comes(*window, name.c_str()));
-        EXPECT_TRUE(list->hasFocus());
-        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
-        ExpectMnemonicsAreUnique();
-        ExpectPanelInOrder(false);
-        EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
-    }
-
-    static constexpr QSize kWide{1366, 690};
-    static constexpr QSize kLaptop{888, 450};  // of 1366 x 768 pixels at 150 %
-    FakeSerialPort port;
-    LinkState state;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
-    std::unique_ptr<QWidget> window;
-    QTreeWidget* list = nullptr;
-};
-
-TEST_F(PanelInWindow, FollowsTheTestList) {
-    ShowTestList(kWide);
-    ChooseByKeys();
-    // The panel comes last in the order of the Tab key.
-    const std::vector<std::string> order = TabOrderOf(*window);
-    EXPECT_GT(std::find(order.begin(), order.end(), "plotCurves"),
-              std::find(order.begin(), order.end(), "cmdSave"));
-    QTest::keyClick(list, Qt::Key_A, Qt::ControlModifier);
-    EXPECT_TRUE(Comes(*window, "3 records"));
-}
-
-TEST_F(PanelInWindow, IsNotBesideTheInstrument_sMemory) {
-    ShowTestList(kWide, ListMode::Instrument);
-    EXPECT_EQ(window->findChild<QWidget*>(QStringLiteral("RecordPanel")), nullptr);
-}
-
-TEST_F(PanelInWindow, FollowsTheFileUtilities) {
-    ShowFileUtilities(kWide);
-    ChooseByKeys();
-    QTest::keyClick(list, Qt::Key_A, Qt::ControlModifier);
-    EXPECT_TRUE(Comes(*window, "3 records"));
-}
-
-TEST_F(PanelInWindow, FollowsTheOverlay) {
-    ShowFileUtilities(kWide, FileUtilMode::Overlay);
-    ChooseByKeys();
-}
-
-TEST_F(PanelInWindow, FollowsTheHeadersAndWhatIsSaved) {
-    ShowHeaders(kWide);
-    ChooseByKeys();
-    auto* company = FindIn<QLineEdit>(*window, "txtHeader0");
-    company->setFocus();
-    company->selectAll();
-    QTest::keyClicks(company, QStringLiteral("Northern"));
-    QTest::mouseClick(FindIn<QPushButton>(*window, "cmdSave"), Qt::LeftButton);
-    EXPECT_TRUE(QTest::qWaitFor(
-        [this] { return TextOf(*window, "lblHeader").find("Northern") != std::string::npos; },
-        kPatience));
-}
-
-// Where there is no room for both, a button shows it in the place of the list, another one the
-// list.
-TEST_F(PanelInWindow, IsShownInPlaceOfTheListInASmallWindow) {
-    const std::vector<std::function<void()>> windows = {
-        [this] { ShowTestList(kLaptop); }, [this] { ShowFileUtilities(kLaptop); },
-        [this] { ShowFileUtilities(kLaptop, FileUtilMode::Overlay); },
-        [this] { ShowHeaders(kLaptop); }};
-    for (const auto& open : windows) {
-        open();
-        SCOPED_TRACE(window->objectName().toStdString());
-        const QSize size = window->size();
-        EXPECT_FALSE(HasPanel());
-        QTest::keyClick(list, Qt::Key_Home);
-        QTest::keyClick(list, Qt::Key_Space);
-        auto* button = FindIn<QPushButton>(*window, "cmdRecord");
-        ASSERT_TRUE(button->isVisible());
-        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
-        ExpectMnemonicsAreUnique();
-        QTest::keyClick(window.get(), Qt::Key_H, Qt::AltModifier);
-        ASSERT_TRUE(QTest::qWaitFor([this] { return HasPanel(); }, kPatience));
-        EXPECT_FALSE(list->isVisible());
-        EXPECT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
-        QTest::qWait(20);
-        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
-        ExpectMnemonicsAreUnique();
-        ExpectPanelInOrder(true);
-        // The curve and the results, beside each other and large enough to be read.
-        const auto* chart = FindIn<QWidget>(*window, "chtCurves");
-        const auto* table = FindIn<QTableWidget>(*window, "tblTests");
-        EXPECT_GE(chart->height(), 250);
-        EXPECT_EQ(table->verticalScrollBar()->maximum(), 0);
-        EXPECT_GE(PlaceOf(table).left(), PlaceOf(chart).right());
-        EXPECT_EQ(window->size(), size);
-        // Back by Escape, and by its button.
-        QTest::keyClick(window->focusWidget(), Qt::Key_Escape);
-        EXPECT_FALSE(HasPanel());
-        EXPECT_TRUE(list->hasFocus());
-        QTest::mouseClick(button, Qt::LeftButton);
-        QTest::mouseClick(FindIn<QPushButton>(*window, "cmdBack"), Qt::LeftButton);
-        EXPECT_TRUE(list->isVisible());
-        // Both in a larger window.
-        QTest::mouseClick(button, Qt::LeftButton);
-        window->resize(kWide);
-        QApplication::processEvents();
-        EXPECT_TRUE(HasPanel());
-        EXPECT_TRUE(list->isVisible());
-        EXPECT_FALSE(button->isVisible());
-        EXPECT_FALSE(FindIn<QPushButton>(*window, "cmdBack")->isVisible());
-    }
-}
-
-TEST_F(PanelInWindow, TheHeaderStandsBelowTheDoubtsInALowPanel) {
-    ShowFileUtilities({1000, 525});
-    ASSERT_TRUE(HasPanel());
-    QTest::keyClick(list, Qt::Key_Home);
-    QTest::keyClick(list, Qt::Key_Space);
-    ASSERT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
-    EXPECT_EQ(TextOf(*window, "lblHeader"), "");
-    EXPECT_THAT(Doubts(*window), HasSubstr("Station: Hilltop"));
-    window->resize(kWide);
-    QApplication::processEvents();
-    EXPECT_THAT(TextOf(*window, "lblHeader"), HasSubstr("Hilltop"));
-    EXPECT_THAT(Doubts(*window), Not(HasSubstr("Hilltop")));
-}
-
-TEST_F(PanelInWindow, CanBeShutByItsEdge) {
-    ShowFileUtilities(kWide);
-    auto* splitter = dynamic_cast<QSplitter*>(FindIn<QWidget>(*window, "splRecords"));
-    ASSERT_NE(splitter, nullptr);
-    QWidget* handle = splitter->handle(1);
-    QTest::mousePress(handle, Qt::LeftButton, {}, handle->rect().center());
-    QTest::mouseMove(handle, QPoint(splitter->width(), 100));
-    QTest::mouseRelease(handle, Qt::LeftButton, {}, QPoint(splitter->width(), 100));
-    EXPECT_EQ(splitter->sizes().at(1), 0);
-    EXPECT_TRUE(list->isVisible());
 }
 
 }  // namespace

@@ -1,0 +1,236 @@
+#include "curves/beside_records.h"
+
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QKeySequence>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QSplitter>
+#include <QTreeWidget>
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+#include "files/frmFileUtilOverlay.h"
+#include "files/frmSetDescr.h"
+#include "retrieval/frmTestList.h"
+#include "tests/curves/panel_test.h"
+#include "tests/link/fake_serial_port.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+class PanelInWindow : public PanelTest {
+  protected:
+    template <class Window>
+    void Show(Window* shown, QSize size) {
+        window.reset(shown);
+        shown->Form_Load();
+        shown->resize(size);
+        shown->show();
+        shown->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(shown));
+        list = FindIn<QTreeWidget>(*shown, "lvTest");
+        list->setFocus();
+        ASSERT_TRUE(QTest::qWaitFor([this] { return list->hasFocus(); }, kPatience));
+    }
+    void Load() {
+        RebuildDirectory(settings.dataPath, directory);
+        LoadDirectoryFile(settings.dataPath, directory);
+    }
+    void ShowTestList(QSize size, ListMode mode = ListMode::Folder) {
+        Load();
+        Show(new frmTestList(mode, {settings, directory, prompts, link, folder.Path(), {}}), size);
+    }
+    void ShowFileUtilities(QSize size, FileUtilMode mode = FileUtilMode::FileUtilities) {
+        Load();
+        Show(new frmFileUtilOverlay(mode, {settings, directory, prompts, nullptr}), size);
+    }
+    void ShowHeaders(QSize size) {
+        Load();
+        Show(new frmSetDescr(directory, settings.dataPath, prompts), size);
+    }
+    bool HasPanel() const { return FindIn<QWidget>(*window, "RecordPanel")->isVisible(); }
+    void ExpectMnemonicsAreUnique() const {
+        std::vector<std::string> mnemonics = MnemonicsOf(*window);
+        mnemonics.emplace_back("Alt+F");  // the main window's menu
+        std::sort(mnemonics.begin(), mnemonics.end());
+        EXPECT_EQ(std::adjacent_find(mnemonics.begin(), mnemonics.end()), mnemonics.end())
+            << ::testing::PrintToString(mnemonics);
+        for (const char* command : {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"}) {
+            EXPECT_FALSE(
+                QKeySequence::mnemonic(FindIn<QPushButton>(*window, command)->text()).isEmpty())
+                << command;
+        }
+    }
+    // The Tab key goes through the panel as the eye does, behind the window's other controls.
+    void ExpectPanelInOrder(bool alone) const {
+        std::vector<std::string> wanted = {"plotCurves", "tblTests", "txtDoubts"};
+        if (alone) wanted.emplace_back("cmdBack");
+        wanted.insert(wanted.end(), {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"});
+        std::vector<std::string> order = TabOrderOf(*window);
+        std::erase_if(order, [&](const std::string& name) {
+            return FindIn<QWidget>(*window, "RecordPanel")
+                       ->findChild<QWidget*>(QString::fromStdString(name)) == nullptr;
+        });
+        if (!FindIn<QWidget>(*window, "txtDoubts")->isVisible()) std::erase(wanted, "txtDoubts");
+        EXPECT_EQ(order, wanted);
+        const std::vector<std::string> all = TabOrderOf(*window);
+        EXPECT_EQ(std::vector<std::string>(all.end() - static_cast<std::ptrdiff_t>(order.size()),
+                                           all.end()),
+                  order);
+    }
+    QRect PlaceOf(const QWidget* control) const {
+        return {control->mapTo(window.get(), QPoint()), control->size()};
+    }
+    // What every window keeps beside the panel.
+    void ChooseByKeys() {
+        ASSERT_TRUE(HasPanel());
+        QTest::keyClick(list, Qt::Key_Home);
+        QTest::keyClick(list, Qt::Key_Down);
+        const std::string name = list->currentItem()->text(0).toStdString();
+        EXPECT_TRUE(Comes(*window, name.c_str()));
+        EXPECT_TRUE(list->hasFocus());
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+        ExpectMnemonicsAreUnique();
+        ExpectPanelInOrder(false);
+        EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
+    }
+
+    static constexpr QSize kWide{1366, 690};
+    static constexpr QSize kLaptop{888, 450};  // of 1366 x 768 pixels at 150 %
+    FakeSerialPort port;
+    LinkState state;
+    BusyPointer pointer;
+    Link link{port, state, prompts, pointer};
+    std::unique_ptr<QWidget> window;
+    QTreeWidget* list = nullptr;
+};
+
+TEST_F(PanelInWindow, FollowsTheTestList) {
+    ShowTestList(kWide);
+    ChooseByKeys();
+    // The panel comes last in the order of the Tab key.
+    const std::vector<std::string> order = TabOrderOf(*window);
+    EXPECT_GT(std::find(order.begin(), order.end(), "plotCurves"),
+              std::find(order.begin(), order.end(), "cmdSave"));
+    QTest::keyClick(list, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(Comes(*window, "3 records"));
+}
+
+TEST_F(PanelInWindow, IsNotBesideTheInstrument_sMemory) {
+    ShowTestList(kWide, ListMode::Instrument);
+    EXPECT_EQ(window->findChild<QWidget*>(QStringLiteral("RecordPanel")), nullptr);
+}
+
+TEST_F(PanelInWindow, FollowsTheFileUtilities) {
+    ShowFileUtilities(kWide);
+    ChooseByKeys();
+    QTest::keyClick(list, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(Comes(*window, "3 records"));
+}
+
+TEST_F(PanelInWindow, FollowsTheOverlay) {
+    ShowFileUtilities(kWide, FileUtilMode::Overlay);
+    ChooseByKeys();
+}
+
+TEST_F(PanelInWindow, FollowsTheHeadersAndWhatIsSaved) {
+    ShowHeaders(kWide);
+    ChooseByKeys();
+    auto* company = FindIn<QLineEdit>(*window, "txtHeader0");
+    company->setFocus();
+    company->selectAll();
+    QTest::keyClicks(company, QStringLiteral("Northern"));
+    QTest::mouseClick(FindIn<QPushButton>(*window, "cmdSave"), Qt::LeftButton);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [this] { return TextOf(*window, "lblHeader").find("Northern") != std::string::npos; },
+        kPatience));
+}
+
+// Where there is no room for both, a button shows it in the place of the list, another one the
+// list.
+TEST_F(PanelInWindow, IsShownInPlaceOfTheListInASmallWindow) {
+    const std::vector<std::function<void()>> windows = {
+        [this] { ShowTestList(kLaptop); }, [this] { ShowFileUtilities(kLaptop); },
+        [this] { ShowFileUtilities(kLaptop, FileUtilMode::Overlay); },
+        [this] { ShowHeaders(kLaptop); }};
+    for (const auto& open : windows) {
+        open();
+        SCOPED_TRACE(window->objectName().toStdString());
+        const QSize size = window->size();
+        EXPECT_FALSE(HasPanel());
+        QTest::keyClick(list, Qt::Key_Home);
+        QTest::keyClick(list, Qt::Key_Space);
+        auto* button = FindIn<QPushButton>(*window, "cmdRecord");
+        ASSERT_TRUE(button->isVisible());
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+        ExpectMnemonicsAreUnique();
+        QTest::keyClick(window.get(), Qt::Key_H, Qt::AltModifier);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return HasPanel(); }, kPatience));
+        EXPECT_FALSE(list->isVisible());
+        EXPECT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
+        QTest::qWait(20);
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+        ExpectMnemonicsAreUnique();
+        ExpectPanelInOrder(true);
+        // The curve and the results, beside each other and large enough to be read.
+        const auto* chart = FindIn<QWidget>(*window, "chtCurves");
+        const auto* table = FindIn<QTableWidget>(*window, "tblTests");
+        EXPECT_GE(chart->height(), 250);
+        EXPECT_EQ(table->verticalScrollBar()->maximum(), 0);
+        EXPECT_GE(PlaceOf(table).left(), PlaceOf(chart).right());
+        EXPECT_EQ(window->size(), size);
+        // Back by Escape, and by its button.
+        QTest::keyClick(window->focusWidget(), Qt::Key_Escape);
+        EXPECT_FALSE(HasPanel());
+        EXPECT_TRUE(list->hasFocus());
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::mouseClick(FindIn<QPushButton>(*window, "cmdBack"), Qt::LeftButton);
+        EXPECT_TRUE(list->isVisible());
+        // Both in a larger window.
+        QTest::mouseClick(button, Qt::LeftButton);
+        window->resize(kWide);
+        QApplication::processEvents();
+        EXPECT_TRUE(HasPanel());
+        EXPECT_TRUE(list->isVisible());
+        EXPECT_FALSE(button->isVisible());
+        EXPECT_FALSE(FindIn<QPushButton>(*window, "cmdBack")->isVisible());
+    }
+}
+
+TEST_F(PanelInWindow, TheHeaderStandsBelowTheDoubtsInALowPanel) {
+    ShowFileUtilities({1000, 525});
+    ASSERT_TRUE(HasPanel());
+    QTest::keyClick(list, Qt::Key_Home);
+    QTest::keyClick(list, Qt::Key_Space);
+    ASSERT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
+    EXPECT_EQ(TextOf(*window, "lblHeader"), "");
+    EXPECT_THAT(Doubts(*window), HasSubstr("Station: Hilltop"));
+    window->resize(kWide);
+    QApplication::processEvents();
+    EXPECT_THAT(TextOf(*window, "lblHeader"), HasSubstr("Hilltop"));
+    EXPECT_THAT(Doubts(*window), Not(HasSubstr("Hilltop")));
+}
+
+TEST_F(PanelInWindow, CanBeShutByItsEdge) {
+    ShowFileUtilities(kWide);
+    auto* splitter = dynamic_cast<QSplitter*>(FindIn<QWidget>(*window, "splRecords"));
+    ASSERT_NE(splitter, nullptr);
+    QWidget* handle = splitter->handle(1);
+    QTest::mousePress(handle, Qt::LeftButton, {}, handle->rect().center());
+    QTest::mouseMove(handle, QPoint(splitter->width(), 100));
+    QTest::mouseRelease(handle, Qt::LeftButton, {}, QPoint(splitter->width(), 100));
+    EXPECT_EQ(splitter->sizes().at(1), 0);
+    EXPECT_TRUE(list->isVisible());
+}
+
+}  // namespace
+
+}  // namespace davo::test
