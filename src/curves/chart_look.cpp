@@ -8,6 +8,7 @@ namespace davo {
 namespace {
 
 constexpr double kLeastContrast = 3;
+constexpr double kFaintContrast = 2;
 // Hues that also differ in lightness for who sees few colours.
 constexpr std::array<QRgb, kCurveLooks> kCurveColours = {
     0xff0060a8, 0xffc24a00, 0xff007a5a, 0xff8a2f84, 0xff6b5900,
@@ -31,14 +32,14 @@ QColor Mixed(const QColor& one, const QColor& other, double part) {
             mix(one.blue(), other.blue())};
 }
 
-// colour, moved towards text until it stands out from base.
-QColor Readable(const QColor& colour, const QColor& base, const QColor& text) {
+// colour, moved towards other until it stands out from base by a contrast.
+QColor Readable(const QColor& colour, const QColor& base, const QColor& other, double contrast) {
     constexpr int kSteps = 20;
     for (int step = 0; step < kSteps; ++step) {
-        QColor tried = Mixed(colour, text, static_cast<double>(step) / kSteps);
-        if (Contrast(tried, base) >= kLeastContrast) return tried;
+        QColor tried = Mixed(colour, other, static_cast<double>(step) / kSteps);
+        if (Contrast(tried, base) >= contrast) return tried;
     }
-    return text;
+    return other;
 }
 
 ChartColours Colours(const QColor& base, const QColor& text) {
@@ -47,10 +48,12 @@ ChartColours Colours(const QColor& base, const QColor& text) {
     colours.text = text;
     colours.grid = Mixed(base, text, 0.28);
     colours.fineGrid = Mixed(base, text, 0.10);
+    std::transform(
+        kCurveColours.begin(), kCurveColours.end(), colours.curves.begin(),
+        [&](QRgb colour) { return Readable(QColor(colour), base, text, kLeastContrast); });
     // Not a grey: it is no line of the grid.
-    colours.faint = Mixed(base, QColor(kCurveColours.front()), 0.45);
-    std::transform(kCurveColours.begin(), kCurveColours.end(), colours.curves.begin(),
-                   [&](QRgb colour) { return Readable(QColor(colour), base, text); });
+    const QColor& first = colours.curves.front();
+    colours.faint = Readable(Mixed(base, first, 0.45), base, first, kFaintContrast);
     return colours;
 }
 

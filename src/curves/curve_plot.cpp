@@ -24,22 +24,40 @@ constexpr std::array<Qt::PenStyle, 5> kDashes = {Qt::SolidLine, Qt::DashLine, Qt
                                                  Qt::DotLine, Qt::DashDotDotLine};
 constexpr double kMarkerSize = 7;
 constexpr double kTitleGrowth = 1.3;
+constexpr int kMargin = 15;
+constexpr int kCompactMargin = 8;
+constexpr int kLabelPadding = 5;
+constexpr int kCompactLabelPadding = 7;
 constexpr int kLegendIcon = 40;
-constexpr int kRing = 9;  // around the last reading, which may lie at the edge
+constexpr double kMarkSlack = 1e-9;  // a mark at the axis' end is on it
+constexpr int kRing = 9;             // around the last reading, which may lie at the edge
 
 LogSpan SpanOf(const Decades& decades) {
     return {static_cast<double>(decades.first), static_cast<double>(decades.last)};
 }
 
-// Marks at decades and, where few are shown, between them.
+bool IsDecade(double mark) {
+    constexpr double kSlack = 1e-6;
+    const double exponent = std::log10(mark);
+    return std::abs(exponent - std::round(exponent)) < kSlack;
+}
+
+// Marks at decades and, where there is room, between them.
 class DecadeTicker : public QCPAxisTicker {
   public:
+    explicit DecadeTicker(const QCPAxis& axis) : axis_(axis) {}
+
+    // Fewer marks without a number in a small chart.
+    void SetCompact(bool compact) { compact_ = compact; }
+
     void generate(const QCPRange& range, const QLocale& /*locale*/, QChar /*format*/,
                   int /*precision*/, QVector<double>& ticks, QVector<double>* subTicks,
                   QVector<QString>* labels) override {
         const LogSpan span{std::log10(range.lower), std::log10(range.upper)};
         ticks = Within(AxisMarks(span), range);
-        if (subTicks != nullptr) *subTicks = Within(FineMarks(span), range);
+        if (span.Length() >= 1 && NumbersTouch(ticks, span))
+            ticks.removeIf([](double mark) { return !IsDecade(mark); });
+        if (subTicks != nullptr) *subTicks = Within(FineOnes(span), range);
         if (labels == nullptr) return;
         labels->clear();
         for (const double tick : std::as_const(ticks))
@@ -48,14 +66,44 @@ class DecadeTicker : public QCPAxisTicker {
 
   private:
     static QVector<double> Within(const std::vector<double>& marks, const QCPRange& range) {
-        constexpr double kSlack = 1e-9;
         QVector<double> within;
         for (const double mark : marks) {
-            if (mark >= range.lower * (1 - kSlack) && mark <= range.upper * (1 + kSlack))
+            if (mark >= range.lower * (1 - kMarkSlack) && mark <= range.upper * (1 + kMarkSlack))
                 within.append(mark);
         }
         return within;
     }
+    bool Across() const { return axis_.orientation() == Qt::Horizontal; }
+    // Pixels of a decade. The axis itself has its length only after its marks, so what the texts
+    // around it take is reckoned by their height.
+    double DecadeLength(LogSpan span) const {
+        constexpr int kTextsBeside = 6;
+        constexpr int kTextsBelow = 4;
+        const QSize all = axis_.parentPlot()->viewport().size();
+        const int text = QFontMetrics(axis_.tickLabelFont()).height();
+        return (Across() ? all.width() - kTextsBeside * text : all.height() - kTextsBelow * text) /
+               span.Length();
+    }
+    bool NumbersTouch(const QVector<double>& ticks, LogSpan span) const {
+        constexpr int kGapAcross = 12;
+        const QFontMetrics metrics(axis_.tickLabelFont());
+        int needed = metrics.height();
+        for (const double tick : ticks) {
+            if (Across())
+                needed = std::max(needed, kGapAcross + metrics.horizontalAdvance(ValueText(tick)));
+        }
+        for (int i = 1; i < ticks.size(); ++i) {
+            if (std::log10(ticks[i] / ticks[i - 1]) * DecadeLength(span) < needed) return true;
+        }
+        return false;
+    }
+    std::vector<double> FineOnes(LogSpan span) const {
+        constexpr double kRoomForAll = 90;
+        return compact_ && DecadeLength(span) < kRoomForAll ? SparseMarks(span) : FineMarks(span);
+    }
+
+    const QCPAxis& axis_;
+    bool compact_ = false;
 };
 
 // Something of our own on one of the chart's layers.
@@ -118,7 +166,7 @@ void CurveChart::Plot::BuildAxes() {
     axisRect()->setupFullAxesBox();
     for (QCPAxis* axis : axisRect()->axes()) {
         axis->setScaleType(QCPAxis::stLogarithmic);
-        axis->setTicker(QSharedPointer<DecadeTicker>::create());
+        axis->setTicker(QSharedPointer<DecadeTicker>::create(*axis));
         axis->grid()->setSubGridVisible(true);
         axis->grid()->setZeroLinePen(Qt::NoPen);
     }
@@ -211,7 +259,21 @@ void CurveChart::Plot::ShowSpans() {
     show(xAxis2, across_);
     show(yAxis, up_);
     show(yAxis2, up_);
+    LeaveMargins();
     Redraw();
+}
+
+// Half of a number stands out at the ends of the axes; one that would be cut is not drawn at all.
+void CurveChart::Plot::LeaveMargins() {
+    const int least = interactive_ ? kMargin : kCompactMargin;
+    const QFontMetrics metrics(xAxis->tickLabelFont());
+    int last = 0;
+    for (const double mark : AxisMarks(across_)) {
+        if (mark <= xAxis->range().upper * (1 + kMarkSlack))
+            last = metrics.horizontalAdvance(ValueText(mark));
+    }
+    axisRect()->setMinimumMargins(QMargins(least, std::max(least, metrics.height() / 2 + 2),
+                                           std::max(least, last / 2 + 4), least));
 }
 
 void CurveChart::Plot::ShowWhole() {
@@ -237,7 +299,10 @@ void CurveChart::Plot::Move(double across, double up) {
 void CurveChart::Plot::TakeColours(const ChartColours& colours) {
     colours_ = colours;
     setBackground(colours.base);
+    const bool compact = !interactive_;
+    xAxis->setTickLabelPadding(compact ? kCompactLabelPadding : kLabelPadding);
     for (QCPAxis* axis : axisRect()->axes()) {
+        axis->ticker().staticCast<DecadeTicker>()->SetCompact(compact);
         const QPen line(colours.text, 1);
         axis->setBasePen(line);
         axis->setTickPen(line);
@@ -245,7 +310,7 @@ void CurveChart::Plot::TakeColours(const ChartColours& colours) {
         axis->setTickLabelColor(colours.text);
         axis->setLabelColor(colours.text);
         axis->setTickLabelFont(Grown(font(), kAxisTextGrowth));
-        axis->setLabelFont(Grown(font(), kTitleGrowth, true));
+        axis->setLabelFont(Grown(font(), compact ? kAxisTextGrowth : kTitleGrowth, true));
         axis->grid()->setPen(QPen(colours.grid, 1));
         axis->grid()->setSubGridPen(QPen(colours.fineGrid, 1));
     }
@@ -256,6 +321,7 @@ void CurveChart::Plot::TakeColours(const ChartColours& colours) {
         item->setTextColor(colours.text);
     }
     StyleLines();
+    LeaveMargins();
     Redraw();
 }
 

@@ -75,6 +75,7 @@ class CurveChart::Plot : public QCustomPlot {
     void TakeWhole(const std::vector<double>& amperes, const std::vector<double>& volts);
     void GrowTo(CurvePoint point);
     void ShowSpans();
+    void LeaveMargins();
     void StyleLines();
     void StyleLine(const Line& line, std::size_t look);
     std::vector<QCPAbstractLegendItem*> LegendItems() const;

@@ -88,6 +88,8 @@ void CurveChart::Plot::SetInteractive(bool on) {
     interactive_ = on;
     setFocusPolicy(on ? Qt::StrongFocus : Qt::NoFocus);
     lblCrosshair_->setVisible(on);
+    // One that is only looked at stands beside something else: it keeps its room for the curve.
+    TakeColours(colours_);
     if (!on && cross_) SetCross(std::nullopt);
 }
 

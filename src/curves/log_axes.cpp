@@ -31,7 +31,7 @@ LogSpan Inside(LogSpan span, LogSpan whole) {
 
 std::vector<double> Digits(LogSpan span, std::initializer_list<int> digits) {
     std::vector<double> marks;
-    const int last = static_cast<int>(std::floor(span.high));
+    const int last = static_cast<int>(std::floor(span.high + kRounding));
     for (int decade = static_cast<int>(std::floor(span.low)); decade <= last; ++decade) {
         for (const int digit : digits)
             marks.push_back(digit * Power(decade));
@@ -95,6 +95,10 @@ std::vector<double> AxisMarks(LogSpan span) {
 std::vector<double> FineMarks(LogSpan span) {
     if (span.Length() <= kEvenSteps) return {};
     return Digits(span, {2, 3, 4, 5, 6, 7, 8, 9});
+}
+
+std::vector<double> SparseMarks(LogSpan span) {
+    return Digits(span, {2, 5});
 }
 
 }  // namespace davo

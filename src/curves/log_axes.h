@@ -35,5 +35,7 @@ LogSpan Moved(LogSpan span, double part, LogSpan whole);
 std::vector<double> AxisMarks(LogSpan span);
 // The marks between those, without a number: 2 to 9 of every decade.
 std::vector<double> FineMarks(LogSpan span);
+// The same where there is no room for all of them: 2 and 5 of every decade.
+std::vector<double> SparseMarks(LogSpan span);
 
 }  // namespace davo

@@ -16,6 +16,7 @@
 #include "files/frmFileUtilOverlay.h"
 #include "files/frmSetDescr.h"
 #include "tests/curves/panel_records.h"
+#include "tests/curves/small_chart.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
 
@@ -73,7 +74,9 @@ class Pictures {
         Panel("TEN", ten);
         Panel("NONE", {});
         const QPalette usual = QApplication::palette();
+        SmallCharts("light");
         QApplication::setPalette(DarkPalette());
+        SmallCharts("dark");
         Panel("dark", {Path("THREE")});
         QApplication::setPalette(HighContrastPalette());
         Panel("contrast", {Path("ONE")});
@@ -123,6 +126,21 @@ class Pictures {
             chart.ZoomBy(1.25);
         Grab(chart, QStringLiteral("chart-zoomed"));
         chart.SavePng(QDir(folderName_).filePath(QStringLiteral("chart-saved.png")), {800, 600});
+    }
+    // The display of a running shot beside its prompt.
+    void SmallCharts(const char* palette) {
+        for (const QSize size : {QSize(420, 260), QSize(340, 220)}) {
+            for (int moment = 0; moment < 4; ++moment) {
+                CurveChart chart;
+                chart.resize(size);
+                ShowMoment(chart, static_cast<Moment>(moment));
+                chart.show();
+                Grab(chart, QStringLiteral("small-%1-%2-%3")
+                                .arg(QLatin1String(palette))
+                                .arg(size.width())
+                                .arg(moment));
+            }
+        }
     }
     template <class Form>
     void Window(const char* name, Form* window) {
