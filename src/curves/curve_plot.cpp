@@ -26,8 +26,11 @@ constexpr double kMarkerSize = 7;
 constexpr double kTitleGrowth = 1.3;
 constexpr int kMargin = 15;
 constexpr int kCompactMargin = 8;
-constexpr int kLabelPadding = 5;
-constexpr int kCompactLabelPadding = 7;
+constexpr int kNumberPadding = 3;
+constexpr int kCompactNumberPadding = 6;
+constexpr int kTitlePaddingBelow = 3;
+constexpr int kTitlePaddingBeside = 10;
+constexpr int kCompactTitlePadding = 2;
 constexpr int kLegendIcon = 40;
 constexpr double kMarkSlack = 1e-9;  // a mark at the axis' end is on it
 constexpr int kRing = 9;             // around the last reading, which may lie at the edge
@@ -300,7 +303,9 @@ void CurveChart::Plot::TakeColours(const ChartColours& colours) {
     colours_ = colours;
     setBackground(colours.base);
     const bool compact = !interactive_;
-    xAxis->setTickLabelPadding(compact ? kCompactLabelPadding : kLabelPadding);
+    xAxis->setTickLabelPadding(compact ? kCompactNumberPadding : kNumberPadding);
+    xAxis->setLabelPadding(compact ? kCompactTitlePadding : kTitlePaddingBelow);
+    yAxis->setLabelPadding(compact ? kCompactTitlePadding : kTitlePaddingBeside);
     for (QCPAxis* axis : axisRect()->axes()) {
         axis->ticker().staticCast<DecadeTicker>()->SetCompact(compact);
         const QPen line(colours.text, 1);

@@ -101,7 +101,7 @@ void CurveChart::Plot::showEvent(QShowEvent* event) {
 void CurveChart::Plot::paintEvent(QPaintEvent* event) {
     QCustomPlot::paintEvent(event);
     ++paints_;
-    if (!hasFocus()) return;
+    if (!interactive_ || !hasFocus()) return;
     QPainter painter(this);
     painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
     painter.drawRect(rect().adjusted(1, 1, -1, -1));

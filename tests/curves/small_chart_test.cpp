@@ -1,0 +1,250 @@
+// The drawing library is written with Qt's keywords: include this before any other header.
+#undef QT_NO_KEYWORDS
+#include <gtest/gtest.h>
+#include <qcustomplot.h>
+
+#include <QApplication>
+#include <QFontMetricsF>
+#include <QImage>
+#include <QTest>
+#include <algorithm>
+#include <random>
+
+#include "curves/chart_look.h"
+#include "curves/knee_marks.h"
+#include "tests/curves/small_chart.h"
+#include "tests/support/random_seed.h"
+
+namespace davo::test {
+
+namespace {
+
+constexpr Moment kMoments[] = {Moment::Empty, Moment::FirstReading, Moment::Readings,
+                               Moment::Complete};
+
+struct Look {
+    QSize size;
+    double textGrowth = 1;
+};
+
+void PrintTo(const Look& look, std::ostream* out) {
+    *out << look.size.width() << 'x' << look.size.height() << " text " << look.textGrowth;
+}
+
+class SmallChart : public ::testing::TestWithParam<Look> {
+  protected:
+    SmallChart() {
+        QFont font = QApplication::font();
+        font.setPointSizeF(font.pointSizeF() * GetParam().textGrowth);
+        chart.setFont(font);
+        chart.resize(GetParam().size);
+        chart.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&chart));
+    }
+    void Show(Moment moment, double knee = 152) {
+        ShowMoment(chart, moment, knee);
+        QTest::qWait(60);
+    }
+    QCustomPlot& Plot() { return *chart.findChild<QCustomPlot*>(QStringLiteral("plotCurves")); }
+    QImage Grabbed() { return Plot().grab().toImage().convertToFormat(QImage::Format_RGB32); }
+    // Whether area, in the plot's pixels, has something else than the base colour in it.
+    static bool Inked(const QImage& picture, const QRectF& area, const QColor& base) {
+        const double dense = picture.devicePixelRatio();
+        const QRect pixels =
+            QRectF(area.topLeft() * dense, area.size() * dense).toAlignedRect() & picture.rect();
+        for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+            for (int x = pixels.left(); x <= pixels.right(); ++x) {
+                if (picture.pixelColor(x, y) != base) return true;
+            }
+        }
+        return false;
+    }
+    struct Number {
+        std::string text;
+        QRectF place;
+    };
+    // Where an axis has its numbers.
+    static std::vector<Number> NumbersOf(const QCPAxis& axis) {
+        std::vector<Number> numbers;
+        const QFontMetricsF metrics(axis.tickLabelFont());
+        const QRectF area = axis.axisRect()->rect();
+        for (int i = 0; i < axis.tickVector().size(); ++i) {
+            const QString text = axis.tickVectorLabels().at(i);
+            const double at = axis.coordToPixel(axis.tickVector().at(i));
+            QRectF place({}, QSizeF(metrics.horizontalAdvance(text), metrics.height()));
+            if (axis.orientation() == Qt::Horizontal) {
+                place.moveCenter({at, 0});
+                place.moveTop(area.bottom() + axis.tickLabelPadding());
+            } else {
+                place.moveCenter({0, at});
+                place.moveRight(area.left() - axis.tickLabelPadding());
+            }
+            numbers.push_back({text.toStdString(), place});
+        }
+        return numbers;
+    }
+    // Where a Normal or Faint line is drawn between two points.
+    QPoint Between(const CurvePoint& one, const CurvePoint& other) {
+        const auto middle = [](const QCPAxis& axis, double a, double b) {
+            return (axis.coordToPixel(a) + axis.coordToPixel(b)) / 2;
+        };
+        return QPointF(middle(*Plot().xAxis, one.current, other.current),
+                       middle(*Plot().yAxis, one.voltage, other.voltage))
+            .toPoint();
+    }
+    // Whether colour is painted within a pixel of at.
+    bool Painted(const QColor& colour, QPoint at) {
+        const QImage picture = Grabbed();
+        const double dense = picture.devicePixelRatio();
+        const QPoint middle = (QPointF(at) * dense).toPoint();
+        for (int y = -1; y <= 1; ++y) {
+            for (int x = -1; x <= 1; ++x) {
+                if (picture.pixelColor(middle + QPoint(x, y)) == colour) return true;
+            }
+        }
+        return false;
+    }
+
+    CurveChart chart;
+};
+
+TEST_P(SmallChart, DrawsEveryNumberAndCutsNone) {
+    for (const Moment moment : kMoments) {
+        for (const double knee : {1.5, 152.0, 1900.0}) {
+            Show(moment, knee);
+            const QImage picture = Grabbed();
+            const QColor base = chart.palette().color(QPalette::Base);
+            for (const QCPAxis* axis : {Plot().xAxis, Plot().yAxis}) {
+                const std::vector<Number> numbers = NumbersOf(*axis);
+                EXPECT_GE(numbers.size(), 2U);
+                for (std::size_t i = 0; i < numbers.size(); ++i) {
+                    const auto& [text, place] = numbers[i];
+                    EXPECT_TRUE(QRectF(Plot().rect()).contains(place)) << text;
+                    EXPECT_TRUE(Inked(picture, place.adjusted(2, 2, -2, -2), base)) << text;
+                    if (i > 0) {
+                        EXPECT_FALSE(place.intersects(numbers[i - 1].place))
+                            << text << " and " << numbers[i - 1].text;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST_P(SmallChart, HasItsTitlesWholeAndNothingAtItsEdge) {
+    for (const Moment moment : kMoments) {
+        Show(moment);
+        const QRectF area = Plot().axisRect()->rect();
+        const QFontMetricsF metrics(Plot().xAxis->labelFont());
+        EXPECT_EQ(Plot().xAxis->label(), QStringLiteral("Amperes"));
+        EXPECT_EQ(Plot().yAxis->label(), QStringLiteral("Volts"));
+        EXPECT_LT(metrics.horizontalAdvance(Plot().xAxis->label()), area.width());
+        EXPECT_LT(metrics.horizontalAdvance(Plot().yAxis->label()), area.height());
+        const QImage picture = Grabbed();
+        const QColor base = chart.palette().color(QPalette::Base);
+        const QRectF all = Plot().rect();
+        for (const QRectF& edge : {QRectF(all.topLeft(), QSizeF(all.width(), 1)),
+                                   QRectF(all.topLeft(), QSizeF(1, all.height())),
+                                   QRectF(all.right() - 1, all.top(), 1, all.height()),
+                                   QRectF(all.left(), all.bottom() - 1, all.width(), 1)}) {
+            EXPECT_FALSE(Inked(picture, edge, base)) << edge.x() << ' ' << edge.y();
+        }
+        // The curve has most of the room.
+        EXPECT_GT(area.width() * area.height(), 0.45 * all.width() * all.height());
+    }
+}
+
+TEST_P(SmallChart, KeepsTheWordsOfKneepointsApart) {
+    Show(Moment::Complete);
+    const QRectF area = QRectF(Plot().axisRect()->rect()).adjusted(2, 2, -2, -2);
+    QFont font = chart.font();
+    font.setBold(true);
+    const QFontMetrics metrics(font);
+    std::mt19937_64 random(RandomSeed(20261121));
+    std::uniform_real_distribution<double> part(0, 1);
+    constexpr int kRounds = 500;
+    for (int round = 0; round < kRounds; ++round) {
+        // Near each other, as the kneepoints of one curve are.
+        const QPointF first(area.left() + area.width() * part(random),
+                            area.top() + area.height() * part(random));
+        std::vector<PlacedKnee> knees;
+        for (const KneeRule rule : {KneeRule::Ieee30, KneeRule::Ieee45, KneeRule::Asa1050}) {
+            const QPointF at = first + QPointF(60 * part(random), -25 * part(random));
+            knees.push_back(
+                {rule, {std::min(at.x(), area.right() - 1), std::max(at.y(), area.top() + 1)}, {}});
+        }
+        PlaceLabels(knees, metrics, area);
+        for (std::size_t i = 0; i < knees.size(); ++i) {
+            const QRectF& word = knees[i].label;
+            EXPECT_TRUE(area.contains(word)) << round << ' ' << first.x() << ' ' << first.y();
+            for (std::size_t j = 0; j < knees.size(); ++j) {
+                EXPECT_FALSE(word.intersects(MarkerOf(knees[j]))) << round;
+                if (j < i) {
+                    EXPECT_FALSE(word.intersects(knees[j].label)) << round;
+                }
+            }
+        }
+    }
+}
+
+TEST_P(SmallChart, GrowsByWholeDecadesBothWays) {
+    Show(Moment::Empty);
+    EXPECT_EQ(chart.Across(), (LogSpan{-2, 0}));
+    EXPECT_EQ(chart.Up(), (LogSpan{0, 3}));
+    chart.SetCurves({{{}, {{0.5, 50}}, {}, CurveLook::Readings}});
+    struct Step {
+        CurvePoint point;
+        LogSpan across;
+        LogSpan up;
+    };
+    const Step steps[] = {
+        {{0.6, 99}, {-1, 0}, {1, 2}},     {{1.01, 99}, {-1, 1}, {1, 2}},
+        {{1.01, 101}, {-1, 1}, {1, 3}},   {{0.09, 101}, {-2, 1}, {1, 3}},
+        {{0.09, 9.9}, {-2, 1}, {0, 3}},   {{0.0009, 0.5}, {-4, 1}, {-1, 3}},
+        {{0.5, 20000}, {-4, 1}, {-1, 5}}, {{0.5, 50}, {-4, 1}, {-1, 5}},
+    };
+    for (const Step& step : steps) {
+        chart.AppendPoint(0, step.point);
+        EXPECT_EQ(chart.Across(), step.across) << step.point.current << ' ' << step.point.voltage;
+        EXPECT_EQ(chart.Up(), step.up) << step.point.current << ' ' << step.point.voltage;
+    }
+}
+
+TEST_P(SmallChart, HasEarlierCurvesPaleBehindTheOthersAndWithoutAName) {
+    const std::vector<CurvePoint> points = {{0.02, 20}, {0.05, 300}, {0.9, 800}};
+    const ChartCurve faint{QStringLiteral("Earlier"), points, {}, CurveLook::Faint};
+    const ChartCurve normal{QStringLiteral("This one"), points, {}, CurveLook::Normal};
+    const ChartColours colours = ColoursOn(chart.palette());
+    chart.SetInteractive(false);
+    chart.SetCurves({faint});
+    QTest::qWait(60);
+    EXPECT_EQ(Plot().legend->itemCount(), 0);
+    EXPECT_TRUE(Painted(colours.faint, Between(points[1], points[2])));
+    // The last in the list, and yet behind.
+    chart.SetCurves({normal, faint});
+    QTest::qWait(60);
+    ASSERT_EQ(Plot().legend->itemCount(), 1);
+    const QPoint at = Between(points[1], points[2]);
+    EXPECT_TRUE(Painted(colours.curves.front(), at));
+    EXPECT_FALSE(Painted(colours.faint, at));
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, SmallChart,
+                         ::testing::Values(Look{{420, 260}}, Look{{340, 220}},
+                                           Look{{420, 260}, 1.5}, Look{{340, 220}, 1.5}));
+
+TEST(ChartColours, HaveAFaintOneThatIsSeenOnEveryPalette) {
+    for (const auto& [base, text] : std::vector<std::pair<QColor, QColor>>{
+             {Qt::white, Qt::black}, {QColor(28, 28, 30), Qt::white}, {Qt::black, Qt::yellow}}) {
+        QPalette palette;
+        palette.setColor(QPalette::Base, base);
+        palette.setColor(QPalette::Text, text);
+        const ChartColours colours = ColoursOn(palette);
+        EXPECT_GE(Contrast(colours.faint, base), 2);
+        EXPECT_LT(Contrast(colours.faint, base), Contrast(colours.curves.front(), base));
+    }
+}
+
+}  // namespace
+
+}  // namespace davo::test
