@@ -86,7 +86,7 @@ def records(program, bench):
                "key Return", "waitEnabled cmdSave", "click lstTest", "key Home", "sleep 1000",
                "grab record-headers frmMain", "click cmdExit", "waitGone frmSetDescr")
     program.do("menu mnuOverlay", "wait frmFileUtilOverlay", "click lvTest", "key End", "key Home",
-               "click cmdOp0", "click lvTest", "key Down", "key Down", "click cmdOp1", "sleep 1000",
+               "click cmdOp0", "click lvTest", "key Down", "click cmdOp1", "sleep 1000",
                "grab overlay frmMain", "click cmdExit", "waitGone frmFileUtilOverlay")
     target = bench.folder / "usb-stick"
     target.mkdir()
