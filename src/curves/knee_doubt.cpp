@@ -5,6 +5,7 @@
 
 #include "analysis/test_tables.h"
 #include "common/numbers.h"
+#include "common/run_time_error.h"
 #include "curves/smooth_knee.h"
 
 namespace davo {
@@ -35,6 +36,10 @@ double RelativeChange(double from, double to) {
     return RoundByPicture((to - from) / from, "####0.000");
 }
 
+bool Agree(double voltage, double printed) {
+    return std::abs(voltage - printed) <= kTrustedDifference * std::abs(printed);
+}
+
 std::string Volts(double voltage) {
     return Picture(voltage, kVoltagePicture) + " V";
 }
@@ -43,15 +48,23 @@ std::string VoltsAndAmperes(const CurvePoint& point) {
     return Volts(point.voltage) + ", " + Picture(point.current, kCurrentPicture) + " A";
 }
 
+std::size_t PointsAboveZero(const std::vector<CurvePoint>& points) {
+    return static_cast<std::size_t>(std::count_if(
+        points.begin(), points.end(),
+        [](const CurvePoint& point) { return point.current > 0 && point.voltage > 0; }));
+}
+
 std::string TooFewPoints(std::size_t points) {
     if (points == 0) return "There is no excitation curve.";
     return "Only " + std::to_string(points) + (points == 1 ? " point" : " points") +
            ": a kneepoint needs at least " + std::to_string(kPointsForKnee) + ".";
 }
 
-std::string ReasonOfNoPair(const SearchPath& path) {
+std::string ReasonOfNoPair(const SearchPath& path, bool falls) {
     if (path.pairs.empty()) return "No two points can be compared: current or voltage is zero.";
     if (!path.metAbove) {
+        // A reading that fell tells nothing of the core.
+        if (falls) return "No pair of points lies above the rule's limit.";
         return "The core did not saturate: no pair of points lies above the rule's limit. Raise "
                "the voltage further.";
     }
@@ -63,11 +76,13 @@ std::string ReasonOfNoPair(const SearchPath& path) {
            "limit. Take points at lower voltages.";
 }
 
-std::string ReasonOf(const SearchPath& path, const std::vector<CurvePoint>& points) {
+std::string ReasonOf(const SearchPath& path, const std::vector<CurvePoint>& points, bool falls) {
     switch (path.end) {
         case SearchEnd::NoPair:
-            return ReasonOfNoPair(path);
+            return ReasonOfNoPair(path, falls);
         case SearchEnd::FirstPoints:
+            // The others that the record counts are zero.
+            if (!path.metAbove) return TooFewPoints(PointsAboveZero(points));
             return "The curve bends at its first three points already. Take more points at lower "
                    "voltages.";
         case SearchEnd::Exact: {
@@ -82,22 +97,63 @@ std::string ReasonOf(const SearchPath& path, const std::vector<CurvePoint>& poin
     return {};
 }
 
-// The first pair that falls, in a sentence; effect is what it can do to the kneepoint.
-std::string FallOf(const SearchPath& path, const std::vector<CurvePoint>& points,
-                   const std::string& effect) {
-    const auto falls = [](const SearchedPair& pair) {
-        return pair.currentFalls || pair.voltageFalls;
-    };
-    const auto pair = std::find_if(path.pairs.begin(), path.pairs.end(), falls);
-    if (pair == path.pairs.end()) return {};
-    std::string what = "the voltage falls";
-    if (pair->currentFalls) {
-        what = pair->voltageFalls ? "current and voltage fall" : "the current falls";
+// A point that lies below the one before it, in current or in voltage.
+struct Fall {
+    std::size_t upper = 0;
+    bool current = false;
+    bool voltage = false;  // by what the rules do not round away
+};
+
+std::optional<Fall> FallAt(const std::vector<CurvePoint>& points, std::size_t upper) {
+    const CurvePoint& from = points[upper - 1];
+    const CurvePoint& to = points[upper];
+    const bool level = to.voltage >= from.voltage ||
+                       (to.voltage > 0 && RelativeChange(from.voltage, to.voltage) == 0);
+    const Fall fall{upper, to.current < from.current, !level};
+    if (!fall.current && !fall.voltage) return std::nullopt;
+    return fall;
+}
+
+// The falls between neighbours, whatever the rule's pairs, from the top down to the lowest point
+// that the search met.
+std::vector<Fall> FallsOn(const SearchPath& path, const std::vector<CurvePoint>& points) {
+    std::vector<Fall> falls;
+    const std::size_t lowest = path.pairs.empty() ? points.size() : path.pairs.back().lower;
+    for (std::size_t upper = points.size(); upper-- > std::max<std::size_t>(lowest, 1);) {
+        if (const std::optional<Fall> fall = FallAt(points, upper)) falls.push_back(*fall);
     }
-    return "From point " + std::to_string(pair->lower + 1) + " (" +
-           VoltsAndAmperes(points[pair->lower]) + ") to point " + std::to_string(pair->upper + 1) +
-           " (" + VoltsAndAmperes(points[pair->upper]) + ") " + what + "; one wrong point can " +
-           effect + " the kneepoint.";
+    return falls;
+}
+
+// Whether the kneepoint is another one, or none, without this point.
+bool HangsOn(std::size_t point, const KneeFact& fact, const std::vector<CurvePoint>& points) {
+    KneeFact without;
+    without.rule = fact.rule;
+    std::vector<double> current;
+    std::vector<double> voltage;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (i == point) continue;
+        current.push_back(points[i].current);
+        voltage.push_back(points[i].voltage);
+    }
+    try {
+        without.printed = ComputeKneepoint(fact.rule, current, voltage);
+    } catch (const RunTimeError&) {
+        return true;  // a number that is too large for the rule
+    }
+    const std::optional<CurvePoint> at = without.At();
+    return !at || !Agree(at->voltage, fact.At()->voltage);
+}
+
+// effect is what the fall can do to the kneepoint.
+std::string FallText(const Fall& fall, const std::vector<CurvePoint>& points,
+                     const std::string& effect) {
+    std::string what = "the voltage falls";
+    if (fall.current) what = fall.voltage ? "current and voltage fall" : "the current falls";
+    return "From point " + std::to_string(fall.upper) + " (" +
+           VoltsAndAmperes(points[fall.upper - 1]) + ") to point " +
+           std::to_string(fall.upper + 1) + " (" + VoltsAndAmperes(points[fall.upper]) + ") " +
+           what + "; one wrong point can " + effect + " the kneepoint.";
 }
 
 void AddSentence(std::string& text, const std::string& sentence) {
@@ -120,8 +176,7 @@ SearchPath FollowSearch(KneeRule rule, const std::vector<CurvePoint>& points) {
         if (held) continue;
         const double current = RelativeChange(points[lower].current, points[from].current);
         const double voltage = RelativeChange(points[lower].voltage, points[from].voltage);
-        path.pairs.push_back({lower, from, points[from].current < points[lower].current,
-                              points[from].voltage < points[lower].voltage && voltage != 0});
+        path.pairs.push_back({lower, from});
         if (voltage != 0) ratio = RoundByPicture(current / voltage, "####0.00");
         if (ratio > limit) {
             path.metAbove = true;
@@ -149,19 +204,23 @@ void AddDoubts(KneeFact& fact, const std::vector<CurvePoint>& points) {
     // Without a pair above the limit nothing is bent: a bend of the smooth curve is then one of the
     // digits of small currents.
     if (path.metAbove) fact.smooth = SmoothKneepoint(fact.rule, points);
+    const std::vector<Fall> falls = FallsOn(path, points);
     if (!printed) {
-        fact.reason = ReasonOf(path, points);
-        AddSentence(fact.reason, FallOf(path, points, "hide"));
+        fact.reason = ReasonOf(path, points, !falls.empty());
+        if (!falls.empty()) AddSentence(fact.reason, FallText(falls.front(), points, "hide"));
         if (fact.smooth) {
             AddSentence(fact.reason, "A smooth curve through the points has its kneepoint at " +
                                          VoltsAndAmperes(*fact.smooth) + ".");
         }
         return;
     }
-    fact.doubt = FallOf(path, points, "move");
+    for (const Fall& fall : falls) {
+        if (!HangsOn(fall.upper, fact, points) && !HangsOn(fall.upper - 1, fact, points)) continue;
+        fact.doubt = FallText(fall, points, "move");
+        break;
+    }
     if (!fact.smooth) return;
-    if (std::abs(fact.smooth->voltage - printed->voltage) <=
-        kTrustedDifference * printed->voltage) {
+    if (Agree(fact.smooth->voltage, printed->voltage)) {
         fact.smooth.reset();
         return;
     }

@@ -7,7 +7,8 @@
 
 namespace davo {
 
-// How far a smooth curve's kneepoint may be from the printed one, as a part of its voltage.
+// How far a smooth curve's kneepoint, or one without a doubtful point, may be from the printed one,
+// as a part of its voltage.
 inline constexpr double kTrustedDifference = 0.15;
 
 // Fills reason, doubt and smooth of a fact whose rule and printed kneepoint are those of these
@@ -27,8 +28,6 @@ enum class SearchEnd {
 struct SearchedPair {
     std::size_t lower = 0;
     std::size_t upper = 0;  // the point that the differences were taken from
-    bool currentFalls = false;
-    bool voltageFalls = false;
 };
 
 // The search through the points of a curve, from the top down to the pair that ended it.

@@ -144,6 +144,45 @@ TEST(KneeDoubt, AFallThatMovesTheKneepointIsNamed) {
     EXPECT_EQ(FactOf(KneeRule::Ieee45, points).doubt, "");
 }
 
+TEST(KneeDoubt, AFallThatMovesNothingIsNotNamed) {
+    // The highest pair only: the search passes it over.
+    const Points points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100},
+                           {0.1, 110}, {0.2, 114}, {0.4, 117}, {0.8, 116}};
+    const KneeFact fact = FactOf(KneeRule::Ieee45, points);
+    EXPECT_TRUE(fact.At().has_value());
+    EXPECT_EQ(fact.doubt, "");
+}
+
+// Every other point is compared: the fall is between two neighbours.
+TEST(KneeDoubt, AFallBetweenThePointsOfAPairIsNamed) {
+    Points points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100}};
+    for (int i = 0; i < 12; ++i)
+        points.push_back({points.back().current * 1.1, points.back().voltage * 1.013});
+    EXPECT_EQ(FactOf(KneeRule::Asa1050, points).doubt, "");
+    points[11].voltage *= 0.98;
+    ASSERT_GT(points[11].voltage, points[9].voltage);
+    const KneeFact fact = FactOf(KneeRule::Asa1050, points);
+    ASSERT_TRUE(fact.At().has_value());
+    EXPECT_EQ(
+        fact.doubt,
+        "From point 11 (109.5 V, 0.0779 A) to point 12 (108.7 V, 0.0857 A) the voltage falls; "
+        "one wrong point can move the kneepoint.");
+}
+
+TEST(KneeDoubt, ACoreWhoseVoltageFellIsNotSaidToBeUnsaturated) {
+    const Points points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100}, {0.1, 99}};
+    ExpectNone(FactOf(KneeRule::Ieee45, points), "0",
+               "No pair of points lies above the rule's limit. From point 4 (100.0 V, 0.0400 A) "
+               "to point 5 (99.0 V, 0.1000 A) the voltage falls; one wrong point can hide the "
+               "kneepoint.");
+}
+
+// The count of the record is larger than its points: the missing ones are zero.
+TEST(KneeDoubt, PointsThatARecordOnlyCountsAreNotABend) {
+    EXPECT_TRUE(FactOf(KneeRule::Ieee30, {{0.1, 10}, {0.2, 20}, {0, 0}, {0, 0}})
+                    .reason.starts_with("Only 2 points: a kneepoint needs at least 4."));
+}
+
 TEST(KneeDoubt, AFallBelowTheKneepointIsNotNamed) {
     const Points points = {{0.005, 21}, {0.01, 20}, {0.02, 45}, {0.03, 70},
                            {0.04, 100}, {0.1, 110}, {0.2, 114}, {0.8, 117}};
