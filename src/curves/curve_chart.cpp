@@ -6,6 +6,7 @@
 #include <QPageSize>
 #include <QPdfWriter>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "common/files.h"
@@ -16,7 +17,9 @@ namespace {
 
 constexpr int kPageDots = 96;
 constexpr double kPointsPerInch = 72;
-constexpr QSize kPage(1123, 794);  // A4 across at kPageDots
+constexpr QSize kPage(1123, 794);      // A4 across at kPageDots
+constexpr int kPageMargin = 38;        // 10 mm: a printer does not reach the edge
+constexpr double kPictureWidth = 800;  // up to it a pixel of a picture is one of the screen
 constexpr QSize kUsualSize(460, 420);
 constexpr QSize kLeastSize(260, 180);
 
@@ -83,7 +86,12 @@ void CurveChart::SavePng(const QString& path, QSize size) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    plot_->OnPaper([&] { plot_->toPixmap(size.width(), size.height()).save(&buffer, "PNG"); });
+    // A larger picture has larger texts, not more room.
+    const double scale = std::max(1.0, size.width() / kPictureWidth);
+    const QSize drawn = (QSizeF(size) / scale).toSize();
+    plot_->OnPaper(drawn.width(), [&] {
+        plot_->toPixmap(drawn.width(), drawn.height(), scale).scaled(size).save(&buffer, "PNG");
+    });
     ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
@@ -95,12 +103,14 @@ void CurveChart::SavePdf(const QString& path) {
     writer.setResolution(kPageDots);
     writer.setPageSize(QPageSize(QSizeF(kPage) * kPointsPerInch / kPageDots, QPageSize::Point));
     writer.setPageMargins({});
-    plot_->OnPaper([&] {
+    constexpr QSize kDrawn = kPage - QSize(2 * kPageMargin, 2 * kPageMargin);
+    plot_->OnPaper(kDrawn.width(), [&] {
         QCPPainter painter;
         if (!painter.begin(&writer)) return;
         painter.setMode(QCPPainter::pmVectorized);
         painter.setMode(QCPPainter::pmNoCaching);
-        plot_->toPainter(&painter, kPage.width(), kPage.height());
+        painter.translate(kPageMargin, kPageMargin);
+        plot_->toPainter(&painter, kDrawn.width(), kDrawn.height());
     });
     ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }

@@ -47,9 +47,9 @@ class CurveChart::Plot : public QCustomPlot {
     LogSpan Across() const { return across_; }
     LogSpan Up() const { return up_; }
     int Paints() const { return paints_; }
-    // Draws with the colours of paper and without the crosshair.
+    // Draws with the colours of paper and without the crosshair, the legend as wide as the paper.
     template <class Work>
-    void OnPaper(const Work& work);
+    void OnPaper(int paperWidth, const Work& work);
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -104,10 +104,11 @@ class CurveChart::Plot : public QCustomPlot {
 };
 
 template <class Work>
-void CurveChart::Plot::OnPaper(const Work& work) {
+void CurveChart::Plot::OnPaper(int paperWidth, const Work& work) {
     const ChartColours shown = colours_;
     const std::optional<Crosshair> cross = std::exchange(cross_, std::nullopt);
     TakeColours(PaperColours());
+    WrapLegend(paperWidth);
     work();
     cross_ = cross;
     WrapLegend(width());

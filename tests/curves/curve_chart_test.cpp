@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
 #include <QWheelEvent>
 #include <cmath>
@@ -296,6 +297,56 @@ TEST_F(Chart, SavesAPictureOnWhite) {
     // The screen keeps the colours of its palette.
     QTest::qWait(50);
     EXPECT_EQ(Plot()->grab().toImage().pixelColor(5, 5), QColor(Qt::black));
+}
+
+// The column of the first pixel that is not white.
+int FirstInk(const QImage& picture) {
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int y = 0; y < picture.height(); ++y) {
+            if (picture.pixelColor(x, y) != QColor(Qt::white)) return x;
+        }
+    }
+    return picture.width();
+}
+
+TEST_F(Chart, DrawsALargerPictureLarger) {
+    const QString small = folder.Path("small.png");
+    const QString large = folder.Path("large.png");
+    chart.SavePng(small, {800, 550});
+    chart.SavePng(large, {2400, 1650});
+    EXPECT_EQ(QImage(large).size(), QSize(2400, 1650));
+    EXPECT_NEAR(FirstInk(QImage(large)), 3 * FirstInk(QImage(small)), 6);
+    // Not every size is a multiple of what is drawn.
+    chart.SavePng(large, {1601, 1103});
+    EXPECT_EQ(QImage(large).size(), QSize(1601, 1103));
+}
+
+// Where its words stand from the edges, in points: a printer does not reach the edge.
+TEST_F(Chart, LeavesThePageAMargin) {
+    const QString path = folder.Path("chart.pdf");
+    chart.SavePdf(path);
+    QProcess process;
+    process.start(QStringLiteral("pdftotext"),
+                  {QStringLiteral("-bbox"), path, QStringLiteral("-")});
+    ASSERT_TRUE(process.waitForFinished());
+    const QString words = QString::fromUtf8(process.readAllStandardOutput());
+    const auto number = [](const QString& text) { return text.toDouble(); };
+    static const QRegularExpression kPageSize(
+        QStringLiteral(R"re(<page width="([\d.]+)" height="([\d.]+)")re"));
+    const QRegularExpressionMatch page = kPageSize.match(words);
+    ASSERT_TRUE(page.hasMatch()) << words.toStdString();
+    static const QRegularExpression kWord(QStringLiteral(
+        R"re(<word xMin="([\d.]+)" yMin="([\d.]+)" xMax="([\d.]+)" yMax="([\d.]+)">)re"));
+    constexpr double kMargin = 28;
+    int count = 0;
+    for (auto word = kWord.globalMatch(words); word.hasNext(); ++count) {
+        const QRegularExpressionMatch at = word.next();
+        EXPECT_GE(number(at.captured(1)), kMargin);
+        EXPECT_GE(number(at.captured(2)), kMargin);
+        EXPECT_LE(number(at.captured(3)), number(page.captured(1)) - kMargin);
+        EXPECT_LE(number(at.captured(4)), number(page.captured(2)) - kMargin);
+    }
+    EXPECT_GT(count, 8);
 }
 
 TEST_F(Chart, SavesAPageOfWords) {

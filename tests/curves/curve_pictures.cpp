@@ -82,6 +82,8 @@ class Pictures {
         Panel("contrast", {Path("ONE")});
         QApplication::setPalette(usual);
         Chart();
+        for (const int records : {1, 3, 10})
+            Saved(records);
         Window("utilities", new frmFileUtilOverlay(FileUtilMode::FileUtilities,
                                                    {settings_, directory_, prompts_, nullptr}));
         Window("overlay", new frmFileUtilOverlay(FileUtilMode::Overlay,
@@ -126,6 +128,27 @@ class Pictures {
             chart.ZoomBy(1.25);
         Grab(chart, QStringLiteral("chart-zoomed"));
         chart.SavePng(QDir(folderName_).filePath(QStringLiteral("chart-saved.png")), {800, 600});
+    }
+    // What the panel's buttons save.
+    void Saved(int records) {
+        RecordPanel panel(prompts_);
+        panel.resize(480, 660);
+        panel.show();
+        std::vector<QString> files;
+        for (int i = 0; i < records; ++i)
+            files.push_back(Path("TEN" + std::to_string(i)));
+        panel.ShowRecords(files);
+        for (const char* kind : {"png", "pdf"}) {
+            prompts_.files = {
+                QDir(folderName_)
+                    .filePath(QStringLiteral("saved-%1.%2").arg(records).arg(QLatin1String(kind)))};
+            prompts_.answers = {Answer::Yes};
+            const QString button = QLatin1String(kind) == QLatin1String("png")
+                                       ? QStringLiteral("cmdSavePng")
+                                       : QStringLiteral("cmdSavePdf");
+            QTest::qWait(80);
+            panel.findChild<QAbstractButton*>(button)->click();
+        }
     }
     // The display of a running shot beside its prompt.
     void SmallCharts(const char* palette) {
