@@ -41,6 +41,8 @@ constexpr int kLeastChartHeight = 250;
 // A panel that is as low and as wide as that has its facts beside the chart.
 constexpr int kLowHeight = 600;
 constexpr int kWideWidth = 680;
+constexpr int kChartShare = 3;
+constexpr int kFactsShare = 2;
 constexpr int kRoom = 6;
 constexpr QSize kPicture(1600, 1100);
 constexpr QSize kUsualSize(480, 640);
@@ -260,6 +262,9 @@ void RecordPanel::FillTable() {
     tblTests_->clearContents();
     tblTests_->setColumnCount(static_cast<int>(tests_.size()));
     const QFontMetrics metrics = tblTests_->fontMetrics();
+    QFont bold = tblTests_->font();  // of the chosen test's name
+    bold.setBold(true);
+    const QFontMetrics boldMetrics(bold);
     int widest = 0;
     for (std::size_t i = 0; i < tests_.size(); ++i) {
         const int column = static_cast<int>(i);
@@ -282,7 +287,7 @@ void RecordPanel::FillTable() {
             put(FromPage(text), {});
         put(PhaseAndAngle(test), {});
         tblTests_->setHorizontalHeaderItem(column, new QTableWidgetItem(tests_.at(i).name));
-        widest = std::max(widest, metrics.horizontalAdvance(tests_.at(i).name));
+        widest = std::max(widest, boldMetrics.horizontalAdvance(tests_.at(i).name));
     }
     tblTests_->horizontalHeader()->setDefaultSectionSize(widest + 3 * kRoom);
     for (int column = 0; column < tblTests_->columnCount(); ++column)
@@ -349,9 +354,10 @@ void RecordPanel::ShowDoubts() {
 
 void RecordPanel::Arrange() {
     const bool low = height() < kLowHeight;
-    const bool beside = low && width() >= kWideWidth;
+    const bool beside = low && width() >= kWideWidth && !tests_.empty();
     body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    body_->setStretch(1, beside ? 1 : 0);
+    body_->setStretch(0, kChartShare);
+    body_->setStretch(1, beside ? kFactsShare : 0);
     const auto heightOf = [this](const QLabel* label) {
         return label->isHidden() ? 0 : label->heightForWidth(width() - kRoom) + kRoom;
     };
@@ -363,7 +369,10 @@ void RecordPanel::Arrange() {
     if (!header) lblHeader_->hide();
     ShowDoubts();
     room -= heightOf(lblHeader_);
-    ArrangeFacts(beside ? room : std::max(room - kChartHeight - kRoom, least));
+    // The legend of many curves, two names a line, would take its room from the axes.
+    const auto curves = static_cast<int>(std::min(tests_.size(), kMostNormalCurves));
+    const int legend = std::max(0, curves / 2 - 2) * fontMetrics().lineSpacing();
+    ArrangeFacts(beside ? room : std::max(room - kChartHeight - legend - kRoom, least));
 }
 
 // Too much for the height: the doubts give way to the table, then both scroll.
@@ -381,10 +390,10 @@ void RecordPanel::ArrangeFacts(int height) {
 int RecordPanel::TableHeight(int rows) const {
     const int wide = tblTests_->verticalHeader()->sizeHint().width() +
                      tblTests_->horizontalHeader()->length() + 2 * tblTests_->frameWidth();
-    const bool scrolls =
-        wide >
-        (body_->direction() == QBoxLayout::LeftToRight ? (width() - kRoom) / 2 : width() - kRoom) -
-            tblTests_->verticalScrollBar()->sizeHint().width();
+    const int room = body_->direction() == QBoxLayout::LeftToRight
+                         ? (width() - kRoom) * kFactsShare / (kChartShare + kFactsShare)
+                         : width() - kRoom;
+    const bool scrolls = wide > room - tblTests_->verticalScrollBar()->sizeHint().width();
     const int bar = scrolls ? tblTests_->horizontalScrollBar()->sizeHint().height() : 0;
     return rows * tblTests_->verticalHeader()->defaultSectionSize() +
            tblTests_->horizontalHeader()->sizeHint().height() + bar + 2 * tblTests_->frameWidth();

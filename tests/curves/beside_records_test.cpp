@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <QApplication>
+#include <QHeaderView>
 #include <QKeySequence>
 #include <QLineEdit>
 #include <QScrollBar>
@@ -217,6 +218,29 @@ TEST_F(PanelInWindow, TheHeaderStandsBelowTheDoubtsInALowPanel) {
     QApplication::processEvents();
     EXPECT_THAT(TextOf(*window, "lblHeader"), HasSubstr("Hilltop"));
     EXPECT_THAT(Doubts(*window), Not(HasSubstr("Hilltop")));
+}
+
+// The columns behind the number of tests may be wide: the panel shows them, too.
+TEST_F(PanelInWindow, StaysBesideAListOfLongTexts) {
+    std::string header = HeaderText("LONG");
+    for (const char* key : {"STATION: ", "CIRCUIT: ", "MFR: ", "MODEL: "}) {
+        const std::size_t from = header.find(key) + std::string(key).size();
+        header.replace(from, header.find('\r', from) - from, "WWWWWWWWWWWWWWWWWWWW");
+    }
+    ReplaceFile(File("LONG"), header + Curve(KneeCurve(), 1));
+    for (const QSize size : {kWide, QSize(1000, 525)}) {
+        ShowFileUtilities(size);
+        ASSERT_TRUE(HasPanel());
+        EXPECT_GT(list->horizontalScrollBar()->maximum(), 0);
+        EXPECT_GE(list->viewport()->width(),
+                  list->header()->sectionPosition(3));  // filename, date, tests
+        EXPECT_GE(FindIn<QWidget>(*window, "chtCurves")->width(), 300);
+        EXPECT_GE(FindIn<QWidget>(*window, "chtCurves")->height(), 250);
+        QTest::keyClick(list, Qt::Key_Home);
+        QTest::keyClick(list, Qt::Key_Space);
+        EXPECT_TRUE(Comes(*window, "LONG"));
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+    }
 }
 
 TEST_F(PanelInWindow, CanBeShutByItsEdge) {
