@@ -38,7 +38,7 @@ QString TroubleText(const QString& name, const RunTimeError& error) {
 }
 
 QString PhaseAndAngle(const RecordTest& test) {
-    const QString word = FromPage(test.phase);
+    QString word = FromPage(test.phase);
     if (test.phaseAngle.empty()) return word;
     return QStringLiteral("%1, %2\u00b0").arg(word, FromPage(test.phaseAngle));
 }

@@ -211,6 +211,75 @@ TEST(CurveExport, RandomRecordsReadBack) {
     }
 }
 
+// The lines of a record file that begin with key, without it and without blanks at their ends.
+Fields LinesOf(const std::string& file, const std::string& key) {
+    Fields values;
+    const std::string begin = "\r\n" + key;
+    for (std::size_t at = file.find(begin); at != std::string::npos;
+         at = file.find(begin, at + 2)) {
+        const std::size_t from = at + begin.size();
+        const std::string value = file.substr(from, file.find("\r\n", from) - from);
+        const std::size_t first = value.find_first_not_of(' ');
+        values.push_back(first == std::string::npos
+                             ? ""
+                             : value.substr(first, value.find_last_not_of(' ') + 1 - first));
+    }
+    return values;
+}
+
+// Header lines of every letter of the page, with what quoting stumbles over.
+std::string WithRandomHeader(std::string file, const Fields& keys, test::RecordSource& random) {
+    constexpr int kLongest = 20;
+    for (const std::string& key : keys) {
+        std::string text;
+        for (int letters = random.Below(kLongest + 1); letters > 0; --letters) {
+            text += random.Below(3) == 0 ? ",\" ;"[random.Below(4)]
+                                         : static_cast<char>(' ' + random.Below(256 - ' '));
+        }
+        const std::size_t from = file.find(key) + key.size();
+        file.replace(from, file.find('\r', from) - from, text);
+    }
+    return file;
+}
+
+// Against the file's own lines, without the reader of records.
+TEST(CurveExport, RandomFilesReadBackLineByLine) {
+    const Fields keys = {"COMPANY: ", "STATION: ", "CIRCUIT: ",  "MFR: ",
+                         "MODEL: ",   "SN: ",      "COMMENTS: ", "OPERATOR: "};
+    test::RecordSource random(test::RandomSeed(4182));
+    std::size_t points = 0;
+    for (int n = 0; n < 200 && !testing::Test::HasFailure(); ++n) {
+        const std::string file = WithRandomHeader(random.File(), keys, random);
+        const std::vector<Fields> rows = RowsOf(RecordsAsCsv({ParseRecordFacts(file, "T")}));
+        std::size_t at = 1;
+        std::size_t from = file.find("\r\nREC NUMBER:");
+        for (int test = 1; from != std::string::npos; ++test) {
+            const std::size_t next = file.find("\r\nREC NUMBER:", from + 1);
+            const std::string shot = file.substr(from, next - from);
+            from = next;
+            const Fields lines = LinesOf(shot, "CURRENT: ");
+            for (std::size_t i = 0; i < std::max<std::size_t>(lines.size(), 1); ++i) {
+                ASSERT_LT(at, rows.size());
+                const Fields& row = rows[at++];
+                for (std::size_t field = 0; field < keys.size(); ++field)
+                    ASSERT_EQ(row[3 + field], Utf8(LinesOf(file, keys[field]).at(0))) << n;
+                ASSERT_EQ(row[11], std::to_string(test));
+                ASSERT_EQ(row[21], LinesOf(shot, "NAMEPLATE RATIO: ").at(0));
+                ASSERT_EQ(row[22], LinesOf(shot, "MEASURED RATIO: ").at(0));
+                ASSERT_EQ(row[23], LinesOf(shot, "PERCENT ERROR: ").at(0));
+                ASSERT_EQ(row[24], LinesOf(shot, "POLARITY: ").at(0));
+                if (lines.empty()) continue;
+                const std::size_t volts = lines[i].find("VOLTAGE:");
+                ASSERT_EQ(std::stod(row[kCurrentColumn]), std::stod(lines[i].substr(0, volts)));
+                ASSERT_EQ(std::stod(row[kVoltageColumn]), std::stod(lines[i].substr(volts + 8)));
+                ++points;
+            }
+        }
+        EXPECT_EQ(at, rows.size());
+    }
+    EXPECT_GT(points, 2000U);
+}
+
 // Python's reader gives the fields back, each as hexadecimal digits of its UTF-8.
 TEST(CurveExport, PythonReadsTheSame) {
     const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
