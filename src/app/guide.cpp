@@ -57,7 +57,7 @@ const QWidget* OpenWithin(const QWidget* widget) {
 QStringList GuideFolders() {
     const QDir program(QCoreApplication::applicationDirPath());
     return {program.filePath(QStringLiteral("guide")),
-            QDir::cleanPath(program.filePath(QStringLiteral("../share/doc/davo/guide")))};
+            QDir::cleanPath(program.filePath(QStringLiteral("../share/davo/guide")))};
 }
 
 QString GuidePage(const QString& folder, const QWidget* widget) {

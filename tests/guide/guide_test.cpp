@@ -292,7 +292,7 @@ TEST(GuideFolders, AreBesideTheProgramAndWhereAPackagePutsIt) {
     const QString program = QCoreApplication::applicationDirPath();
     EXPECT_THAT(GuideFolders(),
                 ElementsAre(program + QStringLiteral("/guide"),
-                            QDir::cleanPath(program + QStringLiteral("/../share/doc/davo/guide"))));
+                            QDir::cleanPath(program + QStringLiteral("/../share/davo/guide"))));
 }
 
 }  // namespace

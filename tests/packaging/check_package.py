@@ -14,7 +14,7 @@ PROGRAMS = ("usr/bin/davo", "usr/bin/davo-instrument")
 MODULE = "usr/lib/davo/libdavo_reports_calc.so"
 DESKTOP = "usr/share/applications/davo.desktop"
 METAINFO = "usr/share/metainfo/local.davo.davo.metainfo.xml"
-GUIDE = "usr/share/doc/davo/guide/"
+GUIDE = "usr/share/davo/guide/"
 TEMPLATE = "usr/share/davo/DAVO_Header.xls"
 CALC_FOLDER = "/usr/lib/libreoffice/program"  # where the module's libraries lie, and only there
 
