@@ -109,6 +109,22 @@ class DecadeTicker : public QCPAxisTicker {
     bool compact_ = false;
 };
 
+// A curve whose markers are seen whole on the frame, margin pixels outside of it.
+class CurveLine : public QCPCurve {
+  public:
+    CurveLine(QCPAxis* across, QCPAxis* up, std::function<int()> margin)
+        : QCPCurve(across, up), margin_(std::move(margin)) {}
+
+  protected:
+    QRect clipRect() const override {
+        const int margin = margin_();
+        return QCPCurve::clipRect().adjusted(-margin, -margin, margin, margin);
+    }
+
+  private:
+    std::function<int()> margin_;
+};
+
 // Something of our own on one of the chart's layers.
 class Drawn : public QCPLayerable {
   public:
@@ -204,7 +220,10 @@ void CurveChart::Plot::Set(std::vector<ChartCurve> curves) {
 }
 
 QCPCurve* CurveChart::Plot::CurveOf(const ChartCurve& curve) {
-    auto* drawn = new QCPCurve(xAxis, yAxis);
+    auto* drawn = new CurveLine(xAxis, yAxis, [this] {
+        // Of a part, what lies outside is cut off.
+        return across_ == wholeAcross_ && up_ == wholeUp_ ? static_cast<int>(kMarkerSize) : 0;
+    });
     // Behind the others, and behind the lines of none.
     if (curve.look == CurveLook::Faint) drawn->setLayer(QStringLiteral("grid"));
     drawn->setName(curve.name);

@@ -229,6 +229,29 @@ TEST_P(SmallChart, HasEarlierCurvesPaleBehindTheOthersAndWithoutAName) {
     EXPECT_FALSE(Painted(colours.faint, at));
 }
 
+TEST_P(SmallChart, HasWholeMarkersOnTheFrame) {
+    const std::vector<CurvePoint> points = {{0.01, 10}, {0.05, 30}, {0.2, 50}};
+    const QColor colour = ColoursOn(chart.palette()).curves.front();
+    const auto paintedOutside = [&] {
+        const QRect frame = Plot().axisRect()->rect();
+        return Painted(colour, {frame.left() - 2, frame.bottom() + 1}) ||
+               Painted(colour, {frame.left() - 2, frame.bottom() - 1});
+    };
+    chart.SetCurves({{{}, points, {}, CurveLook::Readings}});
+    QTest::qWait(60);
+    EXPECT_TRUE(paintedOutside());
+    // A part of the curve ends at the frame.
+    chart.ZoomBy(2);
+    QTest::qWait(60);
+    const QRect frame = Plot().axisRect()->rect();
+    const QImage picture = Grabbed();
+    const double dense = picture.devicePixelRatio();
+    for (int y = frame.top(); y <= frame.bottom(); ++y) {
+        const QPoint at = (QPointF(frame.left() - 2, y) * dense).toPoint();
+        EXPECT_NE(picture.pixelColor(at), colour) << y;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Sizes, SmallChart,
                          ::testing::Values(Look{{420, 260}}, Look{{340, 220}},
                                            Look{{420, 260}, 1.5}, Look{{340, 220}, 1.5}));
