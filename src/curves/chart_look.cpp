@@ -7,7 +7,7 @@ namespace davo {
 
 namespace {
 
-constexpr double kLeastContrast = 3;
+constexpr double kLeastContrast = 4.5;
 constexpr double kFaintContrast = 2;
 // Hues that also differ in lightness for who sees few colours.
 constexpr std::array<QRgb, kCurveLooks> kCurveColours = {

@@ -72,7 +72,7 @@ TEST(ChartColours, StandOutFromEveryPalette) {
         EXPECT_EQ(colours.base, base);
         EXPECT_EQ(colours.text, text);
         for (const QColor& colour : colours.curves)
-            EXPECT_GE(Contrast(colour, base), 3);
+            EXPECT_GE(Contrast(colour, base), 4.5);
         EXPECT_LT(Contrast(colours.faint, base), Contrast(text, base) / 2);
     }
     EXPECT_NEAR(Contrast(Qt::white, Qt::black), 21, 0.01);
