@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
@@ -147,6 +148,15 @@ void frmCopyFile::CopyAll(const QString& target) {
 
 void frmCopyFile::Timer1_Timer() {
     pbarProgress_->setValue(static_cast<int>(next_ * kWholeBar / names_.size()));
+}
+
+// The window has no button that leaves it before the copy has begun.
+void frmCopyFile::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        CloseForm(*this);
+    } else {
+        QWidget::keyPressEvent(event);
+    }
 }
 
 void frmCopyFile::closeEvent(QCloseEvent* event) {

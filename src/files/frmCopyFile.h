@@ -29,6 +29,7 @@ class frmCopyFile : public QWidget {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     void cmdPath_Click();

@@ -207,6 +207,14 @@ TEST_F(CopyWindow, CancelEndsBetweenFiles) {
     }
 }
 
+TEST_F(CopyWindow, EscapeLeavesWithoutCopying) {
+    OpenTwo();
+    Type(folder.Path("disk"));
+    QTest::keyClick(Find<QLineEdit>("txtPath"), Qt::Key_Escape);
+    EXPECT_TRUE(Unloaded());
+    EXPECT_THAT(NamesIn(target), IsEmpty());
+}
+
 TEST_F(CopyWindow, HoldsAtMost251Names) {
     std::vector<QString> names;
     for (int i = 0; i < 252; ++i) {
