@@ -32,7 +32,7 @@ using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 const std::string kErasingReply = "ERASING...H:\r\n";
-constexpr int kRuns = 5;
+constexpr int kRuns = 3;
 constexpr std::chrono::nanoseconds kCharacter{10 * 1'000'000'000LL / 19200};
 
 // An instrument with header slots that echoes each character as a line of that speed does: it takes

@@ -11,6 +11,7 @@
 #include "common/run_time_error.h"
 #include "tests/analysis/curve_source.h"
 #include "tests/support/number_reference.h"
+#include "tests/support/random_rounds.h"
 #include "tests/support/random_seed.h"
 
 namespace davo {
@@ -120,7 +121,7 @@ std::string FoundText(const RandomCurve& curve) {
 }
 
 TEST(GridPointsRandom, AgreeWithTheReference) {
-    constexpr int kCurves = 120000;
+    constexpr int kCurves = test::RandomRounds(120000);
     test::CurveSource source(test::RandomSeed(20240502));
     std::map<std::string, int> kinds;
     for (int n = 0; n < kCurves; ++n) {
@@ -134,7 +135,7 @@ TEST(GridPointsRandom, AgreeWithTheReference) {
     for (const auto& [kind, count] : kinds)
         std::cout << kind << ": " << count << "\n";
     for (const char* kind : {"more points", "fewer points", "as many", "error 6", "error 9"}) {
-        EXPECT_GT(kinds[kind], 100) << kind;
+        EXPECT_GT(kinds[kind], test::RandomRounds(100)) << kind;
     }
 }
 

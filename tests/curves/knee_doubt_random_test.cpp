@@ -11,6 +11,7 @@
 #include "common/run_time_error.h"
 #include "curves/knee_doubt.h"
 #include "tests/analysis/curve_source.h"
+#include "tests/support/random_rounds.h"
 #include "tests/support/random_seed.h"
 
 namespace davo {
@@ -19,7 +20,7 @@ namespace {
 using Points = std::vector<CurvePoint>;
 
 TEST(KneeDoubtRandom, FollowsTheSearchOfTheRules) {
-    constexpr int kCurves = 40000;
+    constexpr int kCurves = test::RandomRounds(40000);
     test::CurveSource source(test::RandomSeed(20261122));
     std::map<SearchEnd, int> ends;
     for (int n = 0; n < kCurves; ++n) {
@@ -52,7 +53,7 @@ TEST(KneeDoubtRandom, FollowsTheSearchOfTheRules) {
     }
     for (const auto& [end, count] : ends) {
         std::cout << "end " << static_cast<int>(end) << ": " << count << "\n";
-        EXPECT_GT(count, 500);
+        EXPECT_GT(count, test::RandomRounds(500));
     }
     EXPECT_EQ(ends.size(), 4U);
 }
