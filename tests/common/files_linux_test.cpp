@@ -3,7 +3,6 @@
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +17,7 @@
 
 #include "common/files.h"
 #include "common/run_time_error.h"
+#include "tests/support/file_size_limit.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
 
@@ -57,33 +57,13 @@ QStringList Listing(const QString& folder) {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
 }
 
-// Writes past a size fail as on a full disk while this lives.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit = {bytes, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
-
 TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheFileGrowsTooLarge) {
     const test::TemporaryFolder folder;
     const QString path = folder.Path("T1.txt");
     ReplaceFile(path, "old");
     int number = 0;
     {
-        const FileSizeLimit limit(4096);
+        const test::FileSizeLimit limit(4096);
         number = ErrorOf([&] { ReplaceFile(path, std::string(100000, 'n')); });
     }
     EXPECT_EQ(number, 61);

@@ -1,16 +1,15 @@
 // What the panel says when a file cannot be saved or read, by means of Linux.
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
-#include <csignal>
 
 #include "tests/curves/panel_test.h"
+#include "tests/support/file_size_limit.h"
 
 namespace davo::test {
 
@@ -24,24 +23,9 @@ using ::testing::StartsWith;
 constexpr uid_t kNobody = 65534;
 constexpr mode_t kAllMayRead = 0755;
 
-// Writes past a size fail as on a full disk while this lives.
-class FullDisk {
+class FullDisk : public FileSizeLimit {
   public:
-    FullDisk() : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit = {1, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
+    FullDisk() : FileSizeLimit(1) {}
 };
 
 // The rights of a plain user while this lives, also when root runs the tests.

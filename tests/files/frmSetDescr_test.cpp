@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <QApplication>
 #include <QDialog>
@@ -24,6 +23,7 @@
 #include "tests/app/window_checks.h"
 #include "tests/files/record_text.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/file_size_limit.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {
@@ -135,27 +135,6 @@ class SetDescrWindow : public ::testing::Test {
             texts.push_back(text.toStdString());
         return texts;
     }
-    // A disk on which no file can grow beyond a few bytes.
-    class FullDisk {
-      public:
-        FullDisk() {
-            getrlimit(RLIMIT_FSIZE, &before_);
-            rlimit small = before_;
-            small.rlim_cur = 16;
-            setrlimit(RLIMIT_FSIZE, &small);
-            handler_ = signal(SIGXFSZ, SIG_IGN);
-        }
-        ~FullDisk() {
-            setrlimit(RLIMIT_FSIZE, &before_);
-            signal(SIGXFSZ, handler_);
-        }
-        FullDisk(const FullDisk&) = delete;
-        FullDisk& operator=(const FullDisk&) = delete;
-
-      private:
-        rlimit before_{};
-        void (*handler_)(int) = nullptr;
-    };
 
     TemporaryFolder folder;
     QString dataPath = folder.Path();
@@ -368,7 +347,7 @@ TEST_F(SetDescrWindow, AFullDiskIsSaidAndTheTextKept) {
     Type("txtTestDescr", "kept");
     const std::string before = Bytes("T1");
     {
-        const FullDisk disk;
+        const FileSizeLimit disk(16);
         Click("cmdSave");
         ASSERT_EQ(prompts.shown.size(), 1U);
         EXPECT_THAT(Shown()[0], StartsWith("Run-time error '61': Disk full"));

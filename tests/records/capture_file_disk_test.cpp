@@ -1,13 +1,11 @@
 // What a full disk does to the capture file; by means of Linux.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "common/run_time_error.h"
 #include "records/capture_file.h"
 #include "tests/records/captures.h"
+#include "tests/support/file_size_limit.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {
@@ -27,27 +25,6 @@ ErrorNumber NumberThrownBy(Act act) {
     return {};
 }
 
-// While it lives no file of this process grows beyond bytes.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) {
-        signal_ = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, signal_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit before_{};
-    void (*signal_)(int) = nullptr;
-};
-
 TEST(CaptureFileDisk, FullDiskIsError61) {
     CaptureFile capture;
     capture.Create(QStringLiteral("/dev/full"));
@@ -62,7 +39,7 @@ TEST(CaptureFileDisk, PartOfAFailedBlockIsCutOff) {
     capture.Create(path);
     capture.Append(block);
     {
-        const FileSizeLimit limit(1500);
+        const test::FileSizeLimit limit(1500);
         EXPECT_EQ(NumberThrownBy([&] { capture.Append(block); }), ErrorNumber::DeviceInputOutput);
         EXPECT_EQ(FileBytes(path), block);
     }

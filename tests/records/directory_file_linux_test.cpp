@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,6 +6,7 @@
 #include <csignal>
 
 #include "tests/records/directory_folder.h"
+#include "tests/support/file_size_limit.h"
 
 namespace davo::test {
 namespace {
@@ -48,26 +48,6 @@ TEST_F(DirectoryFile, NoFileStaysOpen) {
     LoadDirectoryFile(dataPath, tables);
     EXPECT_EQ(open(), before);
 }
-
-// Refuses to let any file of this process grow beyond limit bytes while it lives.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t limit) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit small = {limit, old_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &old_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit old_ = {};
-    void (*handler_)(int);
-};
 
 TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndTheTables) {
     Write("a.txt", RecordText("03/09/21"));

@@ -4,10 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 
 #include <QTimer>
-#include <csignal>
 
 #include "instrument/instrument.h"
 #include "instrument/transformer.h"
@@ -18,6 +16,7 @@
 #include "tests/link/pseudo_terminal.h"
 #include "tests/records/captures.h"
 #include "tests/retrieval/record_download_bench.h"
+#include "tests/support/file_size_limit.h"
 #include "tests/support/random_seed.h"
 
 namespace davo::test {
@@ -191,26 +190,6 @@ TEST_F(DownloadLine, LeavingAPacedRecordIsQuickAndTheNextDownloadIsWhole) {
     EXPECT_EQ(File("TST_001.txt"), Whole(0, memory[0], "TST_001"));
     EXPECT_GT(progress.size(), 100U);
 }
-
-// While it lives no file of this process grows beyond bytes: what a full disk does.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
 
 TEST_F(DownloadLine, AFullDiskLeavesTheEarlierRecordsAndTheOldFile) {
     const std::vector<MemoryRecord> memory = {MemoryRecordOf(1, 1), MemoryRecordOf(2, 30),
