@@ -74,6 +74,8 @@ TEST(ChartColours, StandOutFromEveryPalette) {
         for (const QColor& colour : colours.curves)
             EXPECT_GE(Contrast(colour, base), 4.5);
         EXPECT_LT(Contrast(colours.faint, base), Contrast(text, base) / 2);
+        EXPECT_GE(Contrast(colours.faint, base), 2);
+        EXPECT_LT(Contrast(colours.faint, base), Contrast(colours.curves.front(), base));
     }
     EXPECT_NEAR(Contrast(Qt::white, Qt::black), 21, 0.01);
 }

@@ -256,18 +256,6 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SmallChart,
                          ::testing::Values(Look{{420, 260}}, Look{{340, 220}},
                                            Look{{420, 260}, 1.5}, Look{{340, 220}, 1.5}));
 
-TEST(ChartColours, HaveAFaintOneThatIsSeenOnEveryPalette) {
-    for (const auto& [base, text] : std::vector<std::pair<QColor, QColor>>{
-             {Qt::white, Qt::black}, {QColor(28, 28, 30), Qt::white}, {Qt::black, Qt::yellow}}) {
-        QPalette palette;
-        palette.setColor(QPalette::Base, base);
-        palette.setColor(QPalette::Text, text);
-        const ChartColours colours = ColoursOn(palette);
-        EXPECT_GE(Contrast(colours.faint, base), 2);
-        EXPECT_LT(Contrast(colours.faint, base), Contrast(colours.curves.front(), base));
-    }
-}
-
 }  // namespace
 
 }  // namespace davo::test
