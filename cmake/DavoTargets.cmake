@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # How this house makes libraries, tests and benchmarks, in one place.
 
 set(CMAKE_CXX_STANDARD 20)
@@ -87,11 +88,11 @@ function(davo_test name)
 endfunction()
 
 # davo_test_at_150_percent(name test screen filter): once more those of test's cases that filter
-# picks, at 150 % on the screen of tests/driver/<screen>.json, where texts are cut first.
+# picks, at 150 % on the screen of tools/driver/<screen>.json, where texts are cut first.
 function(davo_test_at_150_percent name test screen filter)
   add_test(NAME ${name} COMMAND ${test} "--gtest_filter=${filter}")
   get_test_property(${test} ENVIRONMENT environment)
   list(FILTER environment EXCLUDE REGEX "^QT_QPA_PLATFORM=")
   set_tests_properties(${name} PROPERTIES
-    ENVIRONMENT "${environment};QT_SCALE_FACTOR=1.5;QT_QPA_PLATFORM=offscreen:configfile=${CMAKE_SOURCE_DIR}/tests/driver/${screen}.json")
+    ENVIRONMENT "${environment};QT_SCALE_FACTOR=1.5;QT_QPA_PLATFORM=offscreen:configfile=${CMAKE_SOURCE_DIR}/tools/driver/${screen}.json")
 endfunction()

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Where everything lies when the program is installed, and the Debian package that CPack makes of it
 # (packaging/debian/build). What a Windows build ships stands in WindowsProgram.
 if(WIN32)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The library that draws curves: the target davo_qcustomplot.
 if(NOT TARGET davo_qcustomplot)
   find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets PrintSupport)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # LibreOffice's C++ interface (UNO): sets DAVO_UNO to whether its SDK is here and, when it is, makes
 # the target davo_uno with the generated headers and the client libraries.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # What a Windows build has beside the program: its icon, version and manifest, and the libraries that
 # must lie in its folder. DAVO_WINDOWS_LIBRARIES is what packaging/windows/make-libraries made.
 enable_language(RC)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Number pictures, the general form and the reading of numbers against their references.
 #include <algorithm>
 #include <cmath>

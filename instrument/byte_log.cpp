@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/byte_log.h"
 
 #include "common/run_time_error.h"

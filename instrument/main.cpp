@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The steps of one shot, as the instrument leads the operator through it.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // All three kneepoints of a test of 32 points, and the insertion of its grid points, as ratios to a
 // plain pass over the same curve in the same run: the relative changes and ratios of the same
 // pairs, not rounded as text.

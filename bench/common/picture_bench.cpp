@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The time of a number picture and of the general form as ratios to snprintf in the same run.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From the selection of a record to the painted panel, and through 250 records one by one; run it
 // offscreen. Milliseconds, and the memory that the process holds.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The file utilities over a full folder of records, against the bare operations on the same files.
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Writing the header of one record of a full data folder back, against a bare read, write, flush
 // and rename of the same bytes.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How long exchanges take against the time that their bytes need on a line of 19200 baud, both
 // measured in one run over a pseudo terminal, and what waiting costs the processor.
 

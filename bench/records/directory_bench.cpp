@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Rebuilding the directory of a full data folder, against reading the same files once.
 
 #include <benchmark/benchmark.h>

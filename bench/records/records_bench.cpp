@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Converting the capture file of a session of 100 shots into its record file, against reading and
 // writing the same numbers of bytes, in the same run; without and with the flush to the disk.
 

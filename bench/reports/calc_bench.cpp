@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reports of 1, 3 and 31 tests by a warm LibreOffice Calc, against what a script would do in the
 // same run: write the workbook as .xlsx and let `soffice --convert-to xls` make the .xls.
 
@@ -14,7 +15,7 @@
 
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
-#include "reports/xlsx_renderer.h"
+#include "reports/xlsx/renderer.h"
 #include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
 

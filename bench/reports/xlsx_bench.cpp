@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The built-in renderer's workbook of 31 tests, against replacing a file by as many bytes, which
 // is mostly the flush to the disk, in the same run. The processor time is what a faster disk
 // leaves.
@@ -11,8 +12,8 @@
 #include <vector>
 
 #include "common/files.h"
-#include "reports/xlsx_renderer.h"
-#include "tests/reports/xlsx_report.h"
+#include "reports/xlsx/renderer.h"
+#include "tests/reports/xlsx/report.h"
 
 namespace davo {
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How long an upload of the ten header slots takes on a line of 19200 baud against the time of
 // that line alone: every character and its echo, one after the other.
 

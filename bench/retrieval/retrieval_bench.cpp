@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The memory directory of 135 records and the download of 20 records of 1 to 100 tests over the
 // line at 19200 baud, against the bare time that their bytes take on it; the conversions against
 // the same time. An option makes it a short run.

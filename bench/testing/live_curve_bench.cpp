@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A burst of 10,000 readings through the test sequence's step: bare, with a display that does
 // nothing, and with the live curve; and what the curve keeps of a burst. The three take turns in a
 // random order, and their medians are compared.

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <string>
 
-#include "testing/test_sequence.h"
+#include "testing/shot_sequence.h"
 
 namespace davo {
 
@@ -36,7 +37,7 @@ class QuietPrompts : public Prompts {
 // The test sequence with nothing around it.
 class Sequence {
   public:
-    TestSequence& operator*() { return sequence_; }
+    ShotSequence& operator*() { return sequence_; }
 
     // One step over text, as if it had just arrived.
     void Pass(const std::string& text) {
@@ -56,7 +57,7 @@ class Sequence {
     TestModes modes_;
     SessionState session_;
     HeaderTable header_;
-    TestSequence sequence_{
+    ShotSequence sequence_{
         {link_, prompts_, clock_, places_, modes_, session_, header_, [] {}, {}}};
 };
 

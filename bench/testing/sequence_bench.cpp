@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One pass of the test sequence over a full block of session text, against copying the same text
 // and looking through it once.
 

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "analysis/grid_points.h"
 
 #include <cmath>
 
-#include "analysis/test_tables.h"
+#include "analysis/result_tables.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 

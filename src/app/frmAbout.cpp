@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/frmAbout.h"
 
 #include <QGroupBox>
@@ -6,9 +7,9 @@
 #include <QVBoxLayout>
 
 #include "app/program_icon.h"
-#include "common/big_button.h"
-#include "common/centre_form.h"
 #include "common/text.h"
+#include "ui/big_button.h"
+#include "ui/centre_form.h"
 
 namespace davo {
 

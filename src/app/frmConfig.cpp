@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/frmConfig.h"
 
 #include <QAbstractItemView>
@@ -15,9 +16,9 @@
 #include <QWheelEvent>
 
 #include "app/port_labels.h"
-#include "common/big_button.h"
-#include "common/centre_form.h"
 #include "link/port_choice.h"
+#include "ui/big_button.h"
+#include "ui/centre_form.h"
 
 namespace davo {
 

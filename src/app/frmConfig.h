@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QDialog>
 
-#include "common/event_handlers.h"
 #include "common/settings.h"
 #include "link/link.h"
 #include "link/port_devices.h"
+#include "ui/event_handlers.h"
 
 class QAbstractButton;
 class QCheckBox;

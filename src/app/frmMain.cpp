@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/frmMain.h"
 
 #include <QAction>
@@ -37,7 +38,7 @@ QString PlainCaption(const QAction& item) {
 
 }  // namespace
 
-frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildWindows windows)
+frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForms windows)
     : state_(state),
       services_(services),
       windows_(std::move(windows)),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QMainWindow>
@@ -5,12 +6,12 @@
 #include <QTimer>
 #include <vector>
 
-#include "app/child_windows.h"
+#include "app/child_forms.h"
 #include "app/date_guard.h"
 #include "app/main_menu.h"
 #include "app/program_state.h"
 #include "app/status_line.h"
-#include "common/event_handlers.h"
+#include "ui/event_handlers.h"
 
 class QMdiArea;
 class QStackedWidget;
@@ -25,7 +26,7 @@ class HomePanel;
 class frmMain : public QMainWindow {
   public:
     // state, and everything of services, must outlive the window.
-    frmMain(ProgramState& state, const ProgramServices& services, ChildWindows windows = {});
+    frmMain(ProgramState& state, const ProgramServices& services, ChildForms windows = {});
     ~frmMain() override;
 
     // Forces the date format, reads the settings and the header file, opens the port (nothing is
@@ -103,7 +104,7 @@ class frmMain : public QMainWindow {
 
     ProgramState& state_;
     ProgramServices services_;
-    ChildWindows windows_;
+    ChildForms windows_;
     EventHandlers handlers_;
     DateGuard dateGuard_;
     MainMenu menu_;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/frmSplash.h"
 
 #include <QHBoxLayout>
@@ -7,7 +8,7 @@
 #include <utility>
 
 #include "app/program_icon.h"
-#include "common/centre_form.h"
+#include "ui/centre_form.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/home_panel.h"
 
 #include <QAction>
@@ -9,9 +10,9 @@
 #include <algorithm>
 
 #include "app/program_icon.h"
-#include "common/big_button.h"
 #include "common/places.h"
-#include "records/record_list.h"
+#include "ui/big_button.h"
+#include "ui/record_list.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/program.h"
 
 #include <QApplication>
@@ -10,15 +11,15 @@
 #include "app/frmMain.h"
 #include "app/frmSplash.h"
 #include "app/guide.h"
-#include "app/open_windows.h"
+#include "app/open_forms.h"
 #include "app/program_icon.h"
-#include "app/settings_store.h"
 #include "app/single_instance.h"
 #include "app/window_geometry.h"
-#include "common/centre_form.h"
-#include "common/dialog_prompts.h"
+#include "common/open_document.h"
+#include "common/settings_store.h"
 #include "link/serial_port.h"
-#include "reports/open_document.h"
+#include "ui/centre_form.h"
+#include "ui/dialog_prompts.h"
 
 namespace davo {
 
@@ -84,7 +85,7 @@ int RunProgram(QApplication& application) {
     const ProgramServices services{*store,  places,   clock,      prompts,
                                    link,    *devices, *shortDate, [] { QApplication::beep(); },
                                    &reports};
-    frmMain window(state, services, OpenWindows(state, services));
+    frmMain window(state, services, OpenForms(state, services));
     frmSplash splash(pointer, [&] { ShowMain(window, places); });
     QuitFilter quitFilter(window);
     application.installEventFilter(&quitFilter);

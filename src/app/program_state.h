@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <cstdint>
@@ -11,7 +12,7 @@
 #include "records/directory_file.h"
 #include "records/header_table.h"
 #include "reports/report_runner.h"
-#include "testing/test_sequence.h"
+#include "testing/shot_sequence.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/chart_look.h"
 
 #include <algorithm>

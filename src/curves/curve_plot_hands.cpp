@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The crosshair, the mouse and the keys.
 #include "curves/curve_plot.h"
 

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/knee_doubt.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "analysis/test_tables.h"
+#include "analysis/result_tables.h"
+#include "analysis/smooth_knee.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
-#include "curves/smooth_knee.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/record_panel.h"
 
 #include <QFileInfo>
@@ -14,7 +15,6 @@
 #include <algorithm>
 #include <array>
 
-#include "common/big_button.h"
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
@@ -22,6 +22,7 @@
 #include "curves/curve_export.h"
 #include "curves/knee_marks.h"
 #include "curves/record_texts.h"
+#include "ui/big_button.h"
 
 namespace davo {
 

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/record_tests.h"
 
-#include "analysis/test_tables.h"
+#include "analysis/result_tables.h"
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"

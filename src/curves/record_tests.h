@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QString>
@@ -66,7 +67,7 @@ RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name);
 RecordFacts ReadRecordFacts(const QString& path);
 
 // The tests of a running session, by what the capture file will be converted to: capture is the
-// bytes of a capture file or of one shot (TestSequence::ShotTrailer). They are numbered from 1 and
+// bytes of a capture file or of one shot (ShotSequence::ShotTrailer). They are numbered from 1 and
 // bear no name. A record without its "DONE" is no test.
 std::vector<RecordTest> TestsOfCapture(std::string_view capture);
 

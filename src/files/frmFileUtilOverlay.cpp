@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/frmFileUtilOverlay.h"
 
 #include <QCloseEvent>
@@ -14,15 +15,15 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "common/big_button.h"
-#include "common/close_form.h"
 #include "common/files.h"
 #include "common/text.h"
 #include "curves/beside_records.h"
-#include "files/form_parts.h"
 #include "files/group_file.h"
 #include "files/record_names.h"
-#include "records/record_list.h"
+#include "ui/big_button.h"
+#include "ui/close_form.h"
+#include "ui/form_parts.h"
+#include "ui/record_list.h"
 
 namespace davo {
 

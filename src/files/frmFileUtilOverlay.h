@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QWidget>
@@ -5,10 +6,10 @@
 #include <functional>
 #include <vector>
 
-#include "common/event_handlers.h"
 #include "common/settings.h"
 #include "records/directory_file.h"
 #include "reports/report_runner.h"
+#include "ui/event_handlers.h"
 
 class QGroupBox;
 class QHBoxLayout;

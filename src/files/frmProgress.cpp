@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/frmProgress.h"
 
 #include <QProgressBar>
@@ -5,7 +6,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "files/form_parts.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/frmSetDescr.h"
 
 #include <QCloseEvent>
@@ -12,14 +13,14 @@
 #include <exception>
 #include <utility>
 
-#include "common/big_button.h"
-#include "common/close_form.h"
 #include "common/files.h"
-#include "common/frmNotepad.h"
-#include "common/page_input.h"
 #include "common/text.h"
 #include "curves/beside_records.h"
-#include "records/record_list.h"
+#include "ui/big_button.h"
+#include "ui/close_form.h"
+#include "ui/frmNotepad.h"
+#include "ui/page_input.h"
+#include "ui/record_list.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QPointer>
@@ -9,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "common/event_handlers.h"
 #include "files/record_headers.h"
 #include "records/directory_file.h"
+#include "ui/event_handlers.h"
 
 class QGridLayout;
 class QGroupBox;

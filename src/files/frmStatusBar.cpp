@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/frmStatusBar.h"
 
 #include <QCloseEvent>
@@ -9,12 +10,12 @@
 #include <chrono>
 #include <utility>
 
-#include "common/big_button.h"
-#include "common/close_form.h"
 #include "common/run_time_error.h"
 #include "files/copy_records.h"
-#include "files/form_parts.h"
 #include "files/record_names.h"
+#include "ui/big_button.h"
+#include "ui/close_form.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 

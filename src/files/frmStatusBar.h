@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QTimer>
@@ -5,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "common/event_handlers.h"
+#include "ui/event_handlers.h"
 
 class QLabel;
 class QPushButton;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "link/overlapped_windows.h"
 
 #include <QString>

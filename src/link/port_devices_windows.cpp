@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <initguid.h>
 #include <windows.h>
 // After it, and in this order.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <linux/serial.h>
 #include <poll.h>
 #include <sys/ioctl.h>

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/capture_file.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 
+#include "common/flush_to_disk.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
-#include "records/flush_to_disk.h"
 #include "records/line_cursor.h"
 
 namespace davo {

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_image.h"
 
 #include <algorithm>
 #include <array>
 
+#include "common/hex_text.h"
 #include "common/text.h"
-#include "link/hex_text.h"
 
 namespace davo {
 

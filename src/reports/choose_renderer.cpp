@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/choose_renderer.h"
 
-#include "reports/excel_renderer.h"
-#include "reports/xlsx_renderer.h"
+#include "reports/excel/renderer.h"
+#include "reports/xlsx/renderer.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 // Who makes the test set, as reports name them. All of it is fictional: a reserved example domain

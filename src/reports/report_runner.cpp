@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/report_runner.h"
 
 #include <QEventLoop>
@@ -5,9 +6,9 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
+#include "common/open_document.h"
 #include "common/text.h"
 #include "reports/background_render.h"
-#include "reports/open_document.h"
 #include "reports/report_writer.h"
 #include "reports/template_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <array>
@@ -5,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "analysis/test_tables.h"
+#include "analysis/result_tables.h"
 #include "records/header_table.h"
 
 namespace davo {
@@ -30,7 +31,7 @@ struct ReportTest {
 struct ReportTables {
     std::string reportName;         // "T0012", "2Graphs"
     std::vector<ReportTest> tests;  // by test slot, as many as were read
-    TestTables tables;
+    ResultTables tables;
     std::string notes;  // every line preceded by kNotesSeparator
     bool isOverlay = false;
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/frmHeader.h"
 
 #include <QComboBox>
@@ -15,10 +16,10 @@
 #include <QValidator>
 #include <utility>
 
-#include "common/centre_form.h"
-#include "common/frmNotepad.h"
-#include "common/page_input.h"
 #include "common/text.h"
+#include "ui/centre_form.h"
+#include "ui/frmNotepad.h"
+#include "ui/page_input.h"
 
 namespace davo {
 

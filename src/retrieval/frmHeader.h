@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QDialog>
@@ -7,9 +8,9 @@
 #include <optional>
 #include <string>
 
-#include "common/event_handlers.h"
 #include "records/header_table.h"
 #include "retrieval/header_upload.h"
+#include "ui/event_handlers.h"
 
 class QComboBox;
 class QFormLayout;

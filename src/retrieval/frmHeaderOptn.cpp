@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/frmHeaderOptn.h"
 
 #include <QVBoxLayout>
 #include <utility>
 
-#include "common/big_button.h"
-#include "common/centre_form.h"
+#include "ui/big_button.h"
+#include "ui/centre_form.h"
 
 namespace davo {
 

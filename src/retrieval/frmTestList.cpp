@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/frmTestList.h"
 
 #include <QButtonGroup>
@@ -18,16 +19,16 @@
 #include <algorithm>
 #include <utility>
 
-#include "common/big_button.h"
-#include "common/centre_form.h"
-#include "common/close_form.h"
 #include "common/files.h"
 #include "common/places.h"
 #include "curves/beside_records.h"
-#include "records/record_list.h"
 #include "records/sorting.h"
 #include "retrieval/memory_directory.h"
 #include "retrieval/record_download.h"
+#include "ui/big_button.h"
+#include "ui/centre_form.h"
+#include "ui/close_form.h"
+#include "ui/record_list.h"
 
 namespace davo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QWidget>
@@ -7,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "common/event_handlers.h"
 #include "common/prompts.h"
 #include "common/settings.h"
 #include "link/link.h"
 #include "records/directory_file.h"
 #include "retrieval/list_order.h"
+#include "ui/event_handlers.h"
 
 class QBoxLayout;
 class QLabel;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/header_upload.h"
 
 #include <QScopedValueRollback>

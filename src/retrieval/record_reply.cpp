@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/record_reply.h"
 
 #include <algorithm>
@@ -5,9 +6,9 @@
 #include <cmath>
 #include <optional>
 
+#include "common/hex_text.h"
 #include "common/numbers.h"
 #include "common/text.h"
-#include "link/hex_text.h"
 #include "records/directory_entry.h"
 #include "records/record_image.h"
 #include "records/record_lines.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/frmCControl.h"
 
 #include <QCloseEvent>
@@ -67,7 +68,7 @@ void frmCControl::ConnectEvents() {
     onClick(controls_.cmdContinue, [this] { cmdContinue_Click(); });
     onClick(controls_.cmdCancel, [this] {
         const bool refused = handlers_.Running();
-        ClickOf(controls_.cmdCancel, &TestSequence::cmdCancel_Click);
+        ClickOf(controls_.cmdCancel, &ShotSequence::cmdCancel_Click);
         if (!refused) live_.DropShot();
         ShowCurve();
     });
@@ -117,7 +118,7 @@ void frmCControl::ResetTestWindow() {
 }
 
 void frmCControl::TakeTyped() {
-    TestScreen& screen = sequence_.Screen();
+    ShotScreen& screen = sequence_.Screen();
     // The boxes refuse what is not in the page.
     screen.txtHVolt.text = ToPage(controls_.txtHVolt->text()).value();
     screen.txtXVolt.text = ToPage(controls_.txtXVolt->text()).value();
@@ -125,7 +126,7 @@ void frmCControl::TakeTyped() {
     painted_.txtXVolt.text = screen.txtXVolt.text;
 }
 
-void frmCControl::Act(void (TestSequence::*handler)()) {
+void frmCControl::Act(void (ShotSequence::*handler)()) {
     handlers_.RunAlone([this, handler] {
         TakeTyped();
         (sequence_.*handler)();
@@ -134,14 +135,14 @@ void frmCControl::Act(void (TestSequence::*handler)()) {
     Refresh();
 }
 
-void frmCControl::ClickOf(QPushButton* button, void (TestSequence::*handler)()) {
+void frmCControl::ClickOf(QPushButton* button, void (ShotSequence::*handler)()) {
     // A shortcut presses a button without giving it the focus; the box that is left is to know.
     button->setFocus();
     Act(handler);
 }
 
 void frmCControl::cmdStart_Click() {
-    ClickOf(controls_.cmdStart, &TestSequence::cmdStart_Click);
+    ClickOf(controls_.cmdStart, &ShotSequence::cmdStart_Click);
     // It may have been refused.
     if (!sequence_.Polling() || sequence_.TestState() == kStateShotComplete) return;
     shotShown_ = false;
@@ -151,7 +152,7 @@ void frmCControl::cmdStart_Click() {
 
 void frmCControl::cmdContinue_Click() {
     const bool wasPending = sequence_.ShotPending();
-    ClickOf(controls_.cmdContinue, &TestSequence::cmdContinue_Click);
+    ClickOf(controls_.cmdContinue, &ShotSequence::cmdContinue_Click);
     if (!wasPending || sequence_.ShotPending()) return;
     live_.DropShot();
     ShowCurve();
@@ -179,7 +180,7 @@ void frmCControl::resizeEvent(QResizeEvent* event) {
     ShowCurve();
 }
 
-void frmCControl::LostFocus(void (TestSequence::*handler)()) {
+void frmCControl::LostFocus(void (ShotSequence::*handler)()) {
     if (handlers_.Running()) {
         // A step took the focus away; the box has its turn when the step is done.
         lostFocusDue_ = handler;
@@ -241,7 +242,7 @@ void frmCControl::cmdExit_Click() {
 void frmCControl::ViewResults(const QString& savedFile) {
     const QScopedValueRollback viewing(viewing_, true);
     setWindowTitle(QLatin1String(kPlottingCaption));
-    TestScreen& screen = sequence_.Screen();
+    ShotScreen& screen = sequence_.Screen();
     for (ControlView* button :
          {&screen.cmdStart, &screen.cmdContinue, &screen.cmdCancel, &screen.cmdHeader}) {
         button->enabled = false;
@@ -294,9 +295,9 @@ void frmCControl::keyPressEvent(QKeyEvent* event) {
 
 bool frmCControl::eventFilter(QObject* watched, QEvent* event) {
     if (watched == controls_.txtHVolt && MovesFocus(*event)) {
-        LostFocus(&TestSequence::txtHVolt_LostFocus);
+        LostFocus(&ShotSequence::txtHVolt_LostFocus);
     } else if (watched == controls_.txtXVolt && MovesFocus(*event)) {
-        LostFocus(&TestSequence::txtXVolt_LostFocus);
+        LostFocus(&ShotSequence::txtXVolt_LostFocus);
     } else if (watched == window() && watched != this && IsEscape(*event)) {
         Form_KeyDown();
         return true;
@@ -339,7 +340,7 @@ void frmCControl::Paint() {
     controls_.ShowBesidePrompt(live_.Wanted());
 }
 
-void frmCControl::LeaveFocusSafely(const TestScreen& next) {
+void frmCControl::LeaveFocusSafely(const ShotScreen& next) {
     // A control that is disabled hands the focus to the next one: Enter, pressed once more, would
     // cancel the test or leave. And what confirmed a step must not drop the shot.
     const bool repeats = next.cmdContinue.text != painted_.cmdContinue.text &&

@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <QTimer>
 #include <QWidget>
 #include <functional>
 
-#include "common/event_handlers.h"
 #include "testing/live_curve.h"
 #include "testing/session_save.h"
-#include "testing/test_sequence.h"
-#include "testing/test_window_controls.h"
+#include "testing/shot_controls.h"
+#include "testing/shot_sequence.h"
+#include "ui/event_handlers.h"
 
 namespace davo {
 
@@ -50,9 +51,9 @@ class frmCControl : public QWidget {
     void ListenToLink();
     // Runs one of the operator's acts: what he has typed is taken before it, the sequence makes a
     // pass after it.
-    void Act(void (TestSequence::*handler)());
-    void ClickOf(QPushButton* button, void (TestSequence::*handler)());
-    void LostFocus(void (TestSequence::*handler)());
+    void Act(void (ShotSequence::*handler)());
+    void ClickOf(QPushButton* button, void (ShotSequence::*handler)());
+    void LostFocus(void (ShotSequence::*handler)());
     void cmdExit_Click();
     void ViewResults(const QString& savedFile);
     void LeaveReport();
@@ -73,21 +74,21 @@ class frmCControl : public QWidget {
     void cmdContinue_Click();
     void ShowCurve();
     bool InSaturationTest() const;
-    void LeaveFocusSafely(const TestScreen& next);
+    void LeaveFocusSafely(const ShotScreen& next);
     void FocusControl(const char* name);
     void CloseNow();
 
-    TestSequence sequence_;
+    ShotSequence sequence_;
     Settings& settings_;
     EventHandlers handlers_;
-    TestWindowControls controls_;
+    ShotControls controls_;
     LiveCurve live_;
     bool shotShown_ = false;  // the complete shot is in live_
-    TestScreen painted_;
+    ShotScreen painted_;
     QTimer Timer1_;
     QTimer timDateTime_;
     QTimer timBeep_;
-    void (TestSequence::*lostFocusDue_)() = nullptr;
+    void (ShotSequence::*lostFocusDue_)() = nullptr;
     bool shown_ = false;
     bool closeWanted_ = false;
     bool closing_ = false;

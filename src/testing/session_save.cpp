@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/session_save.h"
 
 #include <QFileInfo>
@@ -118,7 +119,7 @@ DialogueResult TrySave(const SessionContent& content, Prompts& prompts, Settings
 }
 
 // The pending shot into the capture file. False when the disk refuses; the shot stays pending.
-bool FinishCapture(TestSequence& sequence) {
+bool FinishCapture(ShotSequence& sequence) {
     try {
         sequence.WriteShotTrailer();
         sequence.Capture().Close();
@@ -147,7 +148,7 @@ void MarkSessionSaved(const TestSurroundings& around) {
 }
 
 // The question and the dialogue until the session is saved or given up.
-SaveOutcome AskAndSave(const TestSequence& sequence, const QString& capturePath,
+SaveOutcome AskAndSave(const ShotSequence& sequence, const QString& capturePath,
                        Settings& settings) {
     const TestSurroundings& around = sequence.Around();
     Prompts& prompts = around.prompts;
@@ -202,7 +203,7 @@ void Offer(const UnsavedSession& session, Prompts& prompts, Settings& settings) 
 
 }  // namespace
 
-SaveOutcome ExitAndSave(TestSequence& sequence, Settings& settings, bool offerResults) {
+SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerResults) {
     const TestSurroundings& around = sequence.Around();
     sequence.StopTimers();
     around.beep();

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include "common/settings.h"
-#include "testing/test_sequence.h"
+#include "testing/shot_sequence.h"
 
 namespace davo {
 
@@ -15,7 +16,7 @@ struct SaveOutcome {
 // cmdExit_Click: writes the pending shot, asks, saves. A failed save says so and leads back to
 // the question, so that the session can be saved elsewhere; a pending shot that cannot be written
 // keeps the window open. offerResults: there is a report to view, so ask for it after a save.
-SaveOutcome ExitAndSave(TestSequence& sequence, Settings& settings, bool offerResults);
+SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerResults);
 
 // Asks, for each session set aside and not yet answered for, whether to save it as a record file
 // now, and saves it by the same dialogue. Called before a new capture file is created. Throws

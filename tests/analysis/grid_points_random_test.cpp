@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The insertion of grid points against the same rules written pair by pair: the part of the grid
 // that lies inside a pair is found by binary search.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The three searches against the same rules written down another way: first the list of all pairs
 // with their ratios, then one look through that list.
 

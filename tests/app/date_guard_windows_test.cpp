@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The guard over the user's own setting of Windows, which the tests find and leave as it was.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Closing the main window while another of its windows is open.
 
 #include <QCloseEvent>
@@ -54,7 +55,7 @@ class Child : public QWidget {
 class ClosingWithAChild : public MainWindow {
   protected:
     void OpenWithChild() {
-        ChildWindows children;
+        ChildForms children;
         children.headerSetup = [this](QMdiArea& area, std::function<void()> closed) {
             child = new Child;
             child->onUnload = [this, closed = std::move(closed)] {

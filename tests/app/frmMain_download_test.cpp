@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // mnuDownload: what is asked of the instrument, and what becomes of the menu item.
 
 #include <QMdiArea>
@@ -16,7 +17,7 @@ using ::testing::IsEmpty;
 class Download : public MainWindow {
   protected:
     void OpenWithTestList() {
-        ChildWindows children;
+        ChildForms children;
         children.memoryDirectory = [this](QMdiArea&, std::function<void()> closed) {
             ++opened;
             if (fails) throw RunTimeError(ErrorNumber::FileNotFound, "child");

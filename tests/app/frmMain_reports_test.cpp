@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the main window does for reports: the template is put, the test window may ask for one.
 
 #include <QElapsedTimer>

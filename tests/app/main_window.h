@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <gmock/gmock.h>
@@ -55,12 +56,12 @@ class MainWindow : public ::testing::Test {
     MainWindow() { port.Always("B", "RDY\r\n"); }
     ~MainWindow() override { window.reset(); }
 
-    void Make(const ChildWindows& windows = {}) {
+    void Make(const ChildForms& windows = {}) {
         window = std::make_unique<frmMain>(
             state, ProgramServices{store, places, clock, prompts, link, devices, shortDate, [] {}},
             windows);
     }
-    void Open(const char* model = "DAVO-E R3.10", const ChildWindows& windows = {}) {
+    void Open(const char* model = "DAVO-E R3.10", const ChildForms& windows = {}) {
         port.Always("W", std::string(model) + "\r\n");
         Make(windows);
         window->Form_Load();

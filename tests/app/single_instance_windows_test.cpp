@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Two processes: one that is killed while it counts as running.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
@@ -23,7 +24,7 @@
 
 // Grabs the shell's windows into the folder that the argument names, in light and in dark colours.
 // Scale: QT_SCALE_FACTOR; screen:
-// QT_QPA_PLATFORM=offscreen:configfile=tests/driver/laptop_screen.json
+// QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
 
 namespace davo::test {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a full disk, a user without rights and a kill do to a file that is being replaced, by the
 // means that this platform has for it.
 #include <grp.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What is Windows's own about files: other programs that hold them, long paths, and the numbers of
 // the system's errors.
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-#include "app/settings_store.h"
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "common/settings_store.h"
 
 #include <gtest/gtest.h>
 

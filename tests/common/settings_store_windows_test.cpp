@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How the settings lie in the registry, looked at and written past the store. The tests run with a
 // registry of their own.
 #include <gtest/gtest.h>
@@ -5,7 +6,7 @@
 
 #include <string>
 
-#include "app/settings_store.h"
+#include "common/settings_store.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {

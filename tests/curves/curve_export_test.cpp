@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The export of records, read back by a reader of RFC 4180 written here and by Python's.
 
 #include "curves/curve_export.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Random damage to record files: read, or refused with an error of ours, never a crash.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Shots of the simulated instrument: what is doubtful about them, and what is not.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the sentences about a search go by, against the search itself.
 
 #include <gtest/gtest.h>

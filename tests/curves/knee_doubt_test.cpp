@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Why there is no kneepoint and why one is doubtful, in words.
 
 #include "curves/knee_doubt.h"
@@ -6,9 +7,9 @@
 
 #include <sstream>
 
+#include "analysis/smooth_knee.h"
 #include "common/files.h"
 #include "common/numbers.h"
-#include "curves/smooth_knee.h"
 #include "tests/curves/published_curves.h"
 
 namespace davo {

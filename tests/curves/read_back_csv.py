@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Prints the rows of a CSV file, every field as the hexadecimal digits of its UTF-8 and a blank."""
 
 import csv

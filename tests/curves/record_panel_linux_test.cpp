@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the panel says when a file cannot be saved or read, by means of Linux.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tests of a record file as values, beside those of its report.
 
 #include "curves/record_tests.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The drawing library is written with Qt's keywords: include this before any other header.
 #undef QT_NO_KEYWORDS
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The record file of the demonstration against what went over the line, byte for byte, and its
 report against the record file.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What a downloaded record file must hold, worked out from what went over the line.
 
 Nothing here is shared with the program: the directory and the records are taken from the

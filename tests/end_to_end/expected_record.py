@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What a record file must hold, worked out from what went over the line.
 
 Nothing here is shared with the program: the instrument's byte log is read, the hexadecimal record

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the workbook of a record file must hold, read from the record file's own lines."""
 
 import json

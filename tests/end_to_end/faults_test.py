@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What goes wrong around a session: the cable, the disk, the operator's ESC key."""
 
 import os

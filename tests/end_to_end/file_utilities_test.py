@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Record files are renamed, copied, deleted and laid over each other in the real program."""
 
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The real program and the simulated instrument in a folder of their own, driven by an operator.
 
 Paths come from the environment (see CMakeLists.txt): DAVO_PROGRAM, DAVO_INSTRUMENT, DAVO_PLUGINS,
@@ -21,7 +22,7 @@ PROGRAM = os.environ["DAVO_PROGRAM"]
 INSTRUMENT = os.environ["DAVO_INSTRUMENT"]
 PLUGINS = os.environ["DAVO_PLUGINS"]
 KILL_AT = os.environ.get("DAVO_KILL_AT_LIBRARY", "")
-SCREEN = pathlib.Path(__file__).parents[1] / "driver" / "laptop_screen.json"
+SCREEN = pathlib.Path(__file__).parents[2] / "tools" / "driver" / "laptop_screen.json"
 PATIENCE = 60  # seconds for anything that has no limit of its own
 
 SAVE = "Do you want to save the test record? "

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The headers of the PC and of the instrument are set up in the real program."""
 
 import sys

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the program takes of the processor while it waits for the operator."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Ends the program at every single call by which it changes a file, and looks what is left.
 
 A session of three shots is played with the program killed at call 1, 2, 3 ... until a session ends

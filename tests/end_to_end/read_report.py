@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Prints the cells of an Excel 97 workbook as JSON: {sheet: {"A1": value}}.
 
 usage: read_report.py FILE

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The header of a saved record is edited in the real program; the file is checked here, alone."""
 
 import itertools

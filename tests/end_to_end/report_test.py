@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The report that is asked for at the end of a session, from the question to the workbook."""
 
 import pathlib

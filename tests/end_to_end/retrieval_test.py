@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Records that the operator fetches from the instrument, and those that he calls up again."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Whole sessions: what lies in the record file is what went over the line."""
 
 import datetime

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The program around its windows: what it starts with, how it is left, what it takes."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Start and end of the program: one copy at a time, and the settings that it leaves."""
 
 import sys

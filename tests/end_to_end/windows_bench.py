@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The Windows program in Wine, with the instrument of this machine on its COM1.
 
 Runs inside packaging/windows/in-wine, which gives WINEPREFIX and a display, and sees to it that COM1

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A whole session with the Windows program: its record file is what went over the line, and what the
 program for this machine writes of the very same conversation."""
 

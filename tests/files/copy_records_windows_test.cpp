@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the copying of a record does on Windows: the attributes go with it, what is read-only or
 // held by another program stays, and a folder is the same however it is written.
 #include <gtest/gtest.h>

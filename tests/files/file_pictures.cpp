@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Grabs the file windows into the folder that the argument names. Scale: QT_SCALE_FACTOR; screen:
-// QT_QPA_PLATFORM=offscreen:configfile=tests/driver/laptop_screen.json
+// QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
 
 #include <QApplication>
 #include <QDir>

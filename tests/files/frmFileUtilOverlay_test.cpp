@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // File utilities and the overlay of two tests, by their real controls.
 #include "files/frmFileUtilOverlay.h"
 

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Grabs the editor of saved headers into the folder that the argument names. Scale:
-// QT_SCALE_FACTOR; screen: QT_QPA_PLATFORM=offscreen:configfile=tests/driver/laptop_screen.json
+// QT_SCALE_FACTOR; screen: QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
 
 #include <QApplication>
 #include <QDir>
@@ -16,10 +17,10 @@
 
 #include "common/files.h"
 #include "files/frmSetDescr.h"
-#include "records/record_list.h"
 #include "tests/files/record_text.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
+#include "ui/record_list.h"
 
 namespace davo::test {
 

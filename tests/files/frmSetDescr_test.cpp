@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/frmSetDescr.h"
 
 #include <gmock/gmock.h>
@@ -19,12 +20,12 @@
 #include <QTreeWidget>
 
 #include "common/files.h"
-#include "common/page_input.h"
 #include "tests/app/window_checks.h"
 #include "tests/files/record_text.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/file_size_limit.h"
 #include "tests/support/temporary_folder.h"
+#include "ui/page_input.h"
 
 namespace davo::test {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The two tests of an overlay as one file.
 #include "files/group_file.h"
 

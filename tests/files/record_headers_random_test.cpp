@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Compares the rewrite and the reading of the notes with a second way to say the same rules: marks
 // on numbered lines instead of a walk.
 

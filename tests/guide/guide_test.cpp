@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/guide.h"
 
 #include <gmock/gmock.h>
@@ -21,9 +22,9 @@
 #include <mutex>
 #include <vector>
 
-#include "common/dialog_prompts.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
+#include "ui/dialog_prompts.h"
 
 namespace davo::test {
 

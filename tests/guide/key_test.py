@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """F1 in the real program: in every window and dialog, in a message, in the middle of a shot."""
 
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The guide's pages hold together: links, anchors, windows. DAVO_GUIDE names their folder."""
 
 import html.parser
@@ -9,7 +10,7 @@ import unittest
 
 GUIDE = pathlib.Path(os.environ["DAVO_GUIDE"])
 SOURCES = pathlib.Path(__file__).parents[2] / "src"
-# Those of the prompts (src/common/dialog_prompts.h).
+# Those of the prompts (src/ui/dialog_prompts.h).
 DIALOGS = {"msgBox", "inputBox", "cdFile", "folderBrowser"}
 
 

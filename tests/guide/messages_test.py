@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Every message that the program can show stands on the guide's page of messages, word for word.
 
 Each constant of two words or more in the sources is a message, unless no_messages.txt names it."""

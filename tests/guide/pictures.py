@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Makes the guide's pictures: the real program on the simulated instrument, window by window.
 
 usage: pictures.py FOLDER; the environment is that of the end-to-end tests. What the guide shows and

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The texts in the program's sources that a person may read: string constants of two words or more."""
 
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The record that the guide shows line by line is one that the program reads.
 #include <gtest/gtest.h>
 

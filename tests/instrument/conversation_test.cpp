@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Commands that are answered at once, the header slots, and the way in and out of computer control.
 
 #include "instrument/conversation.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The instrument in the background of a test, spoken to over its device.
 
 #include "instrument/instrument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The bulky replies, cut the way the PC cuts them, written here a second time.
 
 #include "instrument/memory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program: its command line, and the process from its ready line to its end.
 
 #include <gmock/gmock.h>

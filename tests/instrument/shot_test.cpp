@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Whole shots in memory: what is said, in which order, and what a seed decides.
 
 #include <gmock/gmock.h>

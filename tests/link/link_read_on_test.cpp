@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading on without a command, and the growth of a reply.
 
 #include <gmock/gmock.h>

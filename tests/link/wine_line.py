@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Runs a Windows test in Wine with a line on its COM1.
 
 wine_line.py PROGRAM ARGUMENT...: the line's far end is played here. The test asks for what the far

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the Debian package must be: check_package.py PACKAGE. Names every fault and ends with 1."""
 
 import hashlib

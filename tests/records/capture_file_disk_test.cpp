@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a full disk does to the capture file; by means of Linux.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Random sessions as plain values. From each, the capture file's text and the record file that it
 // must become are written independently of the converter: counts are integers, so every decimal
 // text follows from integer arithmetic.

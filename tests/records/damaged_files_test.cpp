@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Random damage to record files and capture files: an error of ours at most, never a crash.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The directory against a second way to write it: text is cut by 1-based positions, sorts move
 // whole chains of exchanges at once, placing erases what it takes from a list.
 

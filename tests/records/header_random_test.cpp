@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // "Davo.ini" against a second reader: it looks for each key with strstr and keeps a map.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A session as the test window leaves it on the disk, for the test that kills this program at
 // every change of the disk: davo_kill_session <what> <folder>
 //   session    three shots of different content, then the end without saving

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Kills a session and its recovery at every single change of the disk, before it, in the middle of
 // a write and after it, and looks at what the next start finds.
 

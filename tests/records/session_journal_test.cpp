@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/session_journal.h"
 
 #include <gtest/gtest.h>

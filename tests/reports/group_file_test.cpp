@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Group files: the two tests of an overlay, each behind its own header, every line a field that a
 // comma has cut.
 

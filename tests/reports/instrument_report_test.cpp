@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Shots of the simulated instrument on their whole way into a report.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Measured curves of real transformers, as published, on their whole way through a report. What
 // comes out is written down in docs/kneepoints.md, which this keeps true.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Prints what a workbook of a report holds, a line for each thing, for a test to compare.
 
 usage: read_back_xlsx.py FILE

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The charts of a report: of one test, of several, of an overlay; and the notes.
 
 #include "reports/report_charts.h"

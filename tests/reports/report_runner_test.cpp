@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/report_runner.h"
 
 #include <gmock/gmock.h>
@@ -13,7 +14,7 @@
 #include <vector>
 
 #include "common/files.h"
-#include "reports/open_document.h"
+#include "common/open_document.h"
 #include "reports/template_file.h"
 #include "tests/reports/record_text.h"
 #include "tests/support/fake_prompts.h"

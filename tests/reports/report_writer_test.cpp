@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sheet of one test: every label, value and format.
 
 #include "reports/report_writer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/template_file.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,7 @@
 
 #include "common/files.h"
 #include "common/run_time_error.h"
-#include "tests/reports/xlsx_report.h"
+#include "tests/reports/xlsx/report.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/frmHeader.h"
 
 #include <gmock/gmock.h>
@@ -13,10 +14,10 @@
 #include <QTextEdit>
 #include <QToolTip>
 
-#include "common/frmNotepad.h"
-#include "common/page_input.h"
 #include "common/run_time_error.h"
 #include "tests/support/fake_prompts.h"
+#include "ui/frmNotepad.h"
+#include "ui/page_input.h"
 
 namespace davo::test {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The test list over the instrument's memory, with the simulated instrument on its device.
 #include <QTimer>
 

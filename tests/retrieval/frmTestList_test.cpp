@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The test list over the data folder, by its real controls.
 #include "retrieval/frmTestList.h"
 

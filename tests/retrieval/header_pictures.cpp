@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
@@ -14,7 +15,7 @@
 #include "tests/support/fake_prompts.h"
 
 // Grabs the header windows into the folder that the argument names. Scale: QT_SCALE_FACTOR; screen:
-// QT_QPA_PLATFORM=offscreen:configfile=tests/driver/laptop_screen.json
+// QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
 
 namespace davo::test {
 

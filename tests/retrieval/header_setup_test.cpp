@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <QLineEdit>
 #include <QPointer>
 
-#include "app/open_windows.h"
+#include "app/open_forms.h"
 #include "retrieval/frmHeader.h"
 #include "retrieval/frmHeaderOptn.h"
 #include "tests/app/main_window.h"
@@ -14,7 +15,7 @@ namespace {
 class HeaderSetup : public MainWindow {
   protected:
     void Start() {
-        Make(OpenWindows(state, {store, places, clock, prompts, link, devices, shortDate, [] {}}));
+        Make(OpenForms(state, {store, places, clock, prompts, link, devices, shortDate, [] {}}));
         window->Form_Load();
         window->show();
         port.sent.clear();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A download of two records over a scripted line, the first over an earlier file, for the test that
 // kills this program at every change of the disk: davo_kill_download <folder>
 

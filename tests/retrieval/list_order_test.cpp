@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The order of a record list, and the folders that belong to a chosen one.
 #include "retrieval/list_order.h"
 

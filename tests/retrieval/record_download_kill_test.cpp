@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Kills a download at every single change of the disk, before it, in the middle of a write and
 // after it, and looks at what is there then.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Whole downloads from the simulated instrument on its device, and what its faults and a full disk
 // leave on disk.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Downloads over a scripted line: the exchange, the questions, what is told and what is on disk.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Random replies converted a second time by other means: the rules' own character positions over
 // the whole text, regular expressions for the fields, and the number reference for the pictures.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <QApplication>
 #include <QStyleFactory>
 #include <QTimer>
@@ -10,7 +11,7 @@
 #include "tests/retrieval/test_list_window.h"
 
 // Grabs the test list into the folder that the argument names. Scale: QT_SCALE_FACTOR; screen:
-// QT_QPA_PLATFORM=offscreen:configfile=tests/driver/laptop_screen.json
+// QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
 
 namespace davo::test {
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <gmock/gmock.h>
@@ -14,12 +15,12 @@
 #include <vector>
 
 #include "common/files.h"
-#include "records/record_list.h"
 #include "reports/report_runner.h"
 #include "retrieval/frmTestList.h"
 #include "tests/reports/waiting_renderer.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
+#include "ui/record_list.h"
 
 namespace davo::test {
 

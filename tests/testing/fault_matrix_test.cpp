@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Every fault at every byte of a shot: the program always has a way out, nothing measured before
 // is lost, and no damaged record passes for a whole one where that can be known at all.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The ways out of the test window, and what is left behind.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The test window under the operator's hands and eyes: keys, focus, shortcuts, sizes.
 
 #include <gmock/gmock.h>
@@ -6,9 +7,9 @@
 #include <QToolTip>
 #include <set>
 
-#include "common/page_input.h"
-#include "testing/fit_label.h"
 #include "tests/testing/test_window.h"
+#include "ui/fit_label.h"
+#include "ui/page_input.h"
 
 namespace davo::test {
 

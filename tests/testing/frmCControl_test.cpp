@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the test window shows, from opening it to a complete shot.
 
 #include "testing/frmCControl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The curve beside the prompt, in the real window.
 
 #include "testing/live_curve.h"
@@ -11,9 +12,9 @@
 #include <string>
 
 #include "curves/chart_look.h"
-#include "testing/fit_label.h"
 #include "tests/records/captures.h"
 #include "tests/testing/test_window.h"
+#include "ui/fit_label.h"
 
 namespace davo::test {
 

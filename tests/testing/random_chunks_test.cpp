@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Whatever pieces the line delivers a shot in, the session is the same.
 
 #include <gtest/gtest.h>

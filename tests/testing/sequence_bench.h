@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "common/files.h"
-#include "testing/test_sequence.h"
+#include "testing/shot_sequence.h"
 #include "tests/link/fake_serial_port.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
@@ -64,7 +65,7 @@ class SequenceBench {
         EndShot(ratio);
     }
 
-    TestScreen& Screen() { return sequence.Screen(); }
+    ShotScreen& Screen() { return sequence.Screen(); }
     std::string CaptureBytes() const {
         return ReadWholeFile(places.scratchFolder + QLatin1String(kCaptureFileName));
     }
@@ -86,7 +87,7 @@ class SequenceBench {
     int beeps = 0;
     bool reopens = false;  // what reopening the port does
     int reopenings = 0;
-    TestSequence sequence{{link, prompts, clock, places, modes, session, header,
+    ShotSequence sequence{{link, prompts, clock, places, modes, session, header,
                            [this] { ++beeps; },
                            [this] {
                                ++reopenings;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What is on the disk when, the limit of shots, and the loss of the port.
 
 #include <gtest/gtest.h>
@@ -143,7 +144,7 @@ TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
 TEST_F(SafetyTest, LosingThePortBetweenShotsChangesNothing) {
     OpenFor(false);
     RunFullShot();
-    const TestScreen before = Screen();
+    const ShotScreen before = Screen();
     sequence.PortLost();
     EXPECT_EQ(Screen(), before);
     EXPECT_TRUE(sequence.ShotPending());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/session_text.h"
 
 #include <gmock/gmock.h>

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/open_forms.h"
+
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <memory>
+#include <utility>
+
+#include "files/frmCopyFile.h"
+#include "files/frmFileUtilOverlay.h"
+#include "files/frmSetDescr.h"
+#include "reports/template_file.h"
+#include "retrieval/frmHeader.h"
+#include "retrieval/frmHeaderOptn.h"
+#include "retrieval/frmTestList.h"
+
+namespace davo {
+
+namespace {
+
+// Loads window, then shows it in area; closed is called when it unloads. Throws what Form_Load
+// throws; nothing is shown then.
+template <class Window>
+void ShowIn(QMdiArea& area, std::unique_ptr<Window> window, const std::function<void()>& closed) {
+    window->Form_Load();
+    window->OnUnload = closed;
+    Window* shown = window.release();
+    QMdiSubWindow* frame = area.addSubWindow(shown);
+    frame->setAttribute(Qt::WA_DeleteOnClose);
+    frame->showMaximized();
+    // No button of it may be pushed out of a main window that is made small.
+    area.setMinimumSize(shown->minimumSizeHint());
+}
+
+// The chooser and the header window that it opens; closed is called when the last one has closed.
+OpenChild HeaderSetup(ProgramState& state, const ProgramServices& services) {
+    const auto slots = std::make_shared<HeaderSlots>();
+    return [&state, services, slots](QMdiArea& area, std::function<void()> closed) {
+        const auto openWindows = std::make_shared<int>(1);
+        const auto unloaded = [openWindows, closed = std::move(closed)] {
+            if (--*openWindows == 0) closed();
+        };
+        QWidget* main = area.window();
+        auto* chooser = new frmHeaderOptn(main);
+        chooser->OnChosen = [&state, services, slots, openWindows, unloaded,
+                             main](HeaderMode mode) {
+            const HeaderTargets targets{
+                state.header, state.settings.dataPath, *slots, services.link,
+                [&state, services] { return services.link.OpenComPort(state.settings.comPort); }};
+            auto* header = new frmHeader(mode, targets, services.prompts, main);
+            ++*openWindows;
+            header->OnUnload = unloaded;
+            header->open();
+        };
+        chooser->OnUnload = unloaded;
+        chooser->open();
+    };
+}
+
+// The test list over the data folder or over what the instrument sent as its directory.
+OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMode mode) {
+    return [&state, services, mode](QMdiArea& area, const std::function<void()>& closed) {
+        auto window = std::make_unique<frmTestList>(
+            mode, TestListSurroundings{state.settings, state.directory, services.prompts,
+                                       services.link, services.places.scratchFolder,
+                                       mode == ListMode::Instrument ? state.dirReply : ""});
+        window->OnExcelFolderMade = [](const QString& excelPath) { PutTemplate(excelPath); };
+        if (ReportRunner* reports = services.reports; reports != nullptr) {
+            window->OnView = [reports](const QString& file, const ReportRunner::Show& show) {
+                reports->Run(file, show);
+            };
+            window->OnLeaveReport = [reports] { reports->Cancel(); };
+            if (mode == ListMode::Folder) reports->PrepareSoon(*window);
+        }
+        ShowIn(area, std::move(window), closed);
+    };
+}
+
+OpenChild RecordHeaderEditor(ProgramState& state, const ProgramServices& services) {
+    return [&state, services](QMdiArea& area, const std::function<void()>& closed) {
+        ShowIn(area,
+               std::make_unique<frmSetDescr>(state.directory, state.settings.dataPath,
+                                             services.prompts),
+               closed);
+    };
+}
+
+// The file window, and the copy window that takes its place; closed is called when the last one
+// has closed.
+OpenChild FileUtilities(ProgramState& state, const ProgramServices& services) {
+    return [&state, services](QMdiArea& area, std::function<void()> closed) {
+        const FileUtilMode mode = state.listCaller == ListCaller::Overlay
+                                      ? FileUtilMode::Overlay
+                                      : FileUtilMode::FileUtilities;
+        const auto openWindows = std::make_shared<int>(1);
+        const auto unloaded = [openWindows, closed = std::move(closed)] {
+            if (--*openWindows == 0) closed();
+        };
+        auto window = std::make_unique<frmFileUtilOverlay>(
+            mode, FileUtilSurroundings{state.settings, state.directory, services.prompts,
+                                       services.reports});
+        window->OnCopy = [&state, &area, services, openWindows,
+                          unloaded](const std::vector<QString>& names) {
+            ShowIn(area, std::make_unique<frmCopyFile>(names, state.settings, services.prompts),
+                   unloaded);
+            ++*openWindows;
+        };
+        ShowIn(area, std::move(window), unloaded);
+    };
+}
+
+}  // namespace
+
+ChildForms OpenForms(ProgramState& state, const ProgramServices& services) {
+    ChildForms windows;
+    windows.testList = TestList(state, services, ListMode::Folder);
+    windows.memoryDirectory = TestList(state, services, ListMode::Instrument);
+    windows.headerSetup = HeaderSetup(state, services);
+    windows.recordHeaders = RecordHeaderEditor(state, services);
+    windows.fileUtilities = FileUtilities(state, services);
+    return windows;
+}
+
+}  // namespace davo

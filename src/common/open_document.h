@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+namespace davo {
+
+// Opens the document at path, a workbook or a page of HTML, with the program that this user's
+// desktop has for its kind, and leaves it to the user. False when there is no such program or it
+// does not start. May be called on any thread.
+bool ShowDocument(const QString& path);
+
+// ShowDocument of a finished workbook. When false: show NoProgramText.
+bool ShowReportInExcel(const QString& path);
+
+inline constexpr const char* kNoProgramText =
+    "The report is finished, but this computer has no program that shows it. It is stored as ";
+
+// kNoProgramText with the path as the user writes it.
+QString NoProgramText(const QString& path);
+
+}  // namespace davo

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <windows.h>
+
+#include <objbase.h>
+#include <shellapi.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <string>
+
+#include "common/open_document.h"
+
+namespace davo {
+
+namespace {
+
+// The shell may hand a document over by COM. A thread that has COM already, of whatever kind, keeps
+// it as it is.
+class ComOfThread {
+  public:
+    ComOfThread()
+        : result_(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
+    ~ComOfThread() {
+        if (SUCCEEDED(result_)) ::CoUninitialize();
+    }
+    ComOfThread(const ComOfThread&) = delete;
+    ComOfThread& operator=(const ComOfThread&) = delete;
+
+  private:
+    HRESULT result_;
+};
+
+}  // namespace
+
+bool ShowDocument(const QString& path) {
+    const ComOfThread com;
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    const std::wstring file = QDir::toNativeSeparators(absolute).toStdWString();
+    SHELLEXECUTEINFOW what = {};
+    what.cbSize = sizeof what;
+    // No message of the shell's own; and the thread may end as soon as this is done.
+    what.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
+    what.lpFile = file.c_str();
+    what.nShow = SW_SHOWNORMAL;
+    return ::ShellExecuteExW(&what) != 0;
+}
+
+}  // namespace davo

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "common/settings_store.h"
+
+#include <QSettings>
+
+#include "common/run_time_error.h"
+
+namespace davo {
+
+namespace {
+
+QString KeyOf(const QString& application, const QString& section, const QString& value) {
+    return application + QLatin1Char('/') + section + QLatin1Char('/') + value;
+}
+
+class IniSettingsStore : public SettingsStore {
+  public:
+    explicit IniSettingsStore(const QString& path) : settings_(path, QSettings::IniFormat) {}
+
+    QString Read(const QString& application, const QString& section,
+                 const QString& value) const override {
+        return settings_.value(KeyOf(application, section, value)).toString();
+    }
+
+    void Write(const QString& application, const QString& section, const QString& value,
+               const QString& text) override {
+        settings_.setValue(KeyOf(application, section, value), text);
+        settings_.sync();
+        if (settings_.status() != QSettings::NoError) {
+            throw RunTimeError(ErrorNumber::PathFileAccess, settings_.fileName().toStdString());
+        }
+    }
+
+  private:
+    QSettings settings_;
+};
+
+}  // namespace
+
+std::unique_ptr<SettingsStore> MakeSettingsStore(const Places& places) {
+    return std::make_unique<IniSettingsStore>(places.configurationFolder +
+                                              QStringLiteral("davo.ini"));
+}
+
+}  // namespace davo

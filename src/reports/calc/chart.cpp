@@ -1,0 +1,294 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "reports/calc/chart.h"
+
+#include <algorithm>
+#include <cmath>
+#include <com/sun/star/awt/Rectangle.hpp>
+#include <com/sun/star/chart/ChartAxisLabelPosition.hpp>
+#include <com/sun/star/chart/ChartAxisMarks.hpp>
+#include <com/sun/star/chart/ChartLegendPosition.hpp>
+#include <com/sun/star/chart/X3DDisplay.hpp>
+#include <com/sun/star/chart/XAxisXSupplier.hpp>
+#include <com/sun/star/chart/XAxisYSupplier.hpp>
+#include <com/sun/star/chart/XChartDocument.hpp>
+#include <com/sun/star/chart2/CurveStyle.hpp>
+#include <com/sun/star/chart2/Symbol.hpp>
+#include <com/sun/star/chart2/XChartDocument.hpp>
+#include <com/sun/star/chart2/XChartTypeContainer.hpp>
+#include <com/sun/star/chart2/XCoordinateSystemContainer.hpp>
+#include <com/sun/star/chart2/XDataSeriesContainer.hpp>
+#include <com/sun/star/chart2/data/XDataProvider.hpp>
+#include <com/sun/star/chart2/data/XDataSink.hpp>
+#include <com/sun/star/chart2/data/XLabeledDataSequence.hpp>
+#include <com/sun/star/container/XNamed.hpp>
+#include <com/sun/star/document/XEmbeddedObjectSupplier.hpp>
+#include <com/sun/star/drawing/FillStyle.hpp>
+#include <com/sun/star/drawing/LineStyle.hpp>
+#include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/lang/XMultiComponentFactory.hpp>
+#include <com/sun/star/lang/XMultiServiceFactory.hpp>
+#include <com/sun/star/sheet/XCellRangeAddressable.hpp>
+#include <com/sun/star/table/XTableChartsSupplier.hpp>
+#include <vector>
+
+namespace davo::calc {
+
+namespace {
+
+// What the engine writes as Excel's thin and medium line.
+constexpr sal_Int32 kThinLine = 35;
+constexpr sal_Int32 kMediumLine = 70;
+
+constexpr sal_Int32 WidthOf(LineWeight weight) {
+    return weight == LineWeight::Thin ? kThinLine : kMediumLine;
+}
+
+class ChartMaker {
+  public:
+    ChartMaker(const Context& context, const Document& document, const Workbook& workbook,
+               const Sheet& sheet, const Chart& chart)
+        : context_(context),
+          document_(document),
+          workbook_(workbook),
+          sheet_(sheet),
+          chart_(chart) {}
+    void Make();
+
+  private:
+    void Embed();
+    void SetTitles();
+    void SetAxes();
+    void SetAxis(const PropertySet& axis);
+    void SetPlotArea();
+    void SetSeries();
+    Reference<sun::chart2::data::XLabeledDataSequence> DataOf(const SheetRange& range,
+                                                              const char* role);
+    void SetName(const ChartSeries& series,
+                 const Reference<sun::chart2::data::XLabeledDataSequence>& values);
+    void SetLook(const ChartSeries& series, const PropertySet& target);
+    Reference<sun::uno::XInterface> Create(const char* service);
+
+    const Context& context_;
+    const Document& document_;
+    const Workbook& workbook_;
+    const Sheet& sheet_;
+    const Chart& chart_;
+    Reference<sun::chart::XChartDocument> old_;
+    Reference<sun::chart2::XChartDocument> new_;
+    Reference<sun::chart::XDiagram> diagram_;
+    Reference<sun::chart2::data::XDataProvider> provider_;
+};
+
+void ChartMaker::Make() {
+    Embed();
+    const Reference<sun::frame::XModel> model(old_, UNO_QUERY_THROW);
+    model->lockControllers();
+    SetSeries();
+    SetTitles();
+    SetAxes();
+    SetPlotArea();
+    Set(PropertySet(old_, UNO_QUERY_THROW), "HasLegend", chart_.legend);
+    model->unlockControllers();
+}
+
+// With the first series' numbers: a chart that is made of nothing has no source of data.
+void ChartMaker::Embed() {
+    const Reference<sun::sheet::XSpreadsheet> sheet(
+        document_->getSheets()->getByName(ToUno(sheet_.finalName)), UNO_QUERY_THROW);
+    const Reference<sun::table::XTableChartsSupplier> supplier(sheet, UNO_QUERY_THROW);
+    const auto charts = supplier->getCharts();
+    const PropertySet anchor(
+        sheet->getCellByPosition(chart_.anchor.column - 1, chart_.anchor.row - 1), UNO_QUERY_THROW);
+    const auto corner = Get<sun::awt::Point>(anchor, "Position");
+    const double stretch = kColumnLengthPerPixel / kPixelLength;
+    const sun::awt::Rectangle place(
+        corner.X, corner.Y, static_cast<sal_Int32>(std::lround(LengthOf(chart_.width) * stretch)),
+        LengthOf(chart_.height));
+    Sequence<sun::table::CellRangeAddress> ranges;
+    if (!chart_.series.empty()) {
+        const SheetRange& first = chart_.series.front().values;
+        const CellRange& range = first.range;
+        ranges = SequenceOf({sun::table::CellRangeAddress(
+            static_cast<sal_Int16>(first.sheet), range.first.column - 1, range.first.row - 1,
+            range.last.column - 1, range.last.row - 1)});
+    }
+    // Unique in the whole document.
+    const rtl::OUString name = ToUno(sheet_.finalName) + " chart " +
+                               rtl::OUString::number(charts->getElementNames().getLength() + 1);
+    charts->addNewByName(name, place, ranges, false, false);
+    const Reference<sun::document::XEmbeddedObjectSupplier> embedded(charts->getByName(name),
+                                                                     UNO_QUERY_THROW);
+    old_.set(embedded->getEmbeddedObject(), UNO_QUERY_THROW);
+    new_.set(old_, UNO_QUERY_THROW);
+    const Reference<sun::lang::XMultiServiceFactory> factory(old_, UNO_QUERY_THROW);
+    diagram_.set(factory->createInstance("com.sun.star.chart.XYDiagram"), UNO_QUERY_THROW);
+    old_->setDiagram(diagram_);
+    provider_ = new_->getDataProvider();
+}
+
+void ChartMaker::SetTitles() {
+    std::string text;
+    for (const std::string& line : chart_.titleLines)
+        text += (text.empty() ? "" : "\n") + line;
+    const PropertySet document(old_, UNO_QUERY_THROW);
+    Set(document, "HasMainTitle", !text.empty());
+    if (!text.empty()) {
+        const PropertySet title(old_->getTitle(), UNO_QUERY_THROW);
+        Set(title, "String", ToUno(text));
+    }
+    const PropertySet diagram(diagram_, UNO_QUERY_THROW);
+    Set(diagram, "HasXAxisTitle", true);
+    Set(diagram, "HasYAxisTitle", true);
+    const Reference<sun::chart::XAxisXSupplier> x(diagram_, UNO_QUERY_THROW);
+    const Reference<sun::chart::XAxisYSupplier> y(diagram_, UNO_QUERY_THROW);
+    Set(PropertySet(x->getXAxisTitle(), UNO_QUERY_THROW), "String",
+        ToUno(chart_.axes.categoryTitle));
+    Set(PropertySet(y->getYAxisTitle(), UNO_QUERY_THROW), "String", ToUno(chart_.axes.valueTitle));
+}
+
+void ChartMaker::SetAxis(const PropertySet& axis) {
+    const auto marksOf = [](TickMarks marks) {
+        return marks == TickMarks::Outside ? sun::chart::ChartAxisMarks::OUTER
+                                           : sun::chart::ChartAxisMarks::NONE;
+    };
+    Set(axis, "Logarithmic", chart_.axes.logarithmic);
+    for (const char* automatic :
+         {"AutoMin", "AutoMax", "AutoStepMain", "AutoStepHelp", "AutoOrigin"})
+        Set(axis, automatic, true);
+    Set(axis, "Marks", marksOf(chart_.axes.majorTickMarks));
+    Set(axis, "HelpMarks", marksOf(chart_.axes.minorTickMarks));
+    Set(axis, "DisplayLabels", true);
+    Set(axis, "LabelPosition", sun::chart::ChartAxisLabelPosition_OUTSIDE_START);
+    Set(axis, "ReverseDirection", false);
+}
+
+void ChartMaker::SetAxes() {
+    const PropertySet diagram(diagram_, UNO_QUERY_THROW);
+    for (const char* major : {"HasXAxisGrid", "HasYAxisGrid"})
+        Set(diagram, major, chart_.axes.majorGridlines);
+    for (const char* minor : {"HasXAxisHelpGrid", "HasYAxisHelpGrid"})
+        Set(diagram, minor, chart_.axes.minorGridlines);
+    const Reference<sun::chart::XAxisXSupplier> x(diagram_, UNO_QUERY_THROW);
+    const Reference<sun::chart::XAxisYSupplier> y(diagram_, UNO_QUERY_THROW);
+    SetAxis(PropertySet(x->getXAxis(), UNO_QUERY_THROW));
+    SetAxis(PropertySet(y->getYAxis(), UNO_QUERY_THROW));
+    constexpr sal_Int32 kMajorGrey = 0x808080;
+    constexpr sal_Int32 kMinorGrey = 0xC0C0C0;
+    for (const auto& grid : {x->getXMainGrid(), y->getYMainGrid()}) {
+        if (grid.is()) Set(grid, "LineColor", kMajorGrey);
+    }
+    for (const auto& grid : {x->getXHelpGrid(), y->getYHelpGrid()}) {
+        if (grid.is()) Set(grid, "LineColor", kMinorGrey);
+    }
+}
+
+void ChartMaker::SetPlotArea() {
+    const Reference<sun::chart::X3DDisplay> display(diagram_, UNO_QUERY_THROW);
+    const PropertySet wall = display->getWall();
+    const PlotArea& area = chart_.plotArea;
+    Set(wall, "FillStyle",
+        area.filled ? sun::drawing::FillStyle_SOLID : sun::drawing::FillStyle_NONE);
+    if (area.filled) Set(wall, "FillColor", ColourOf(area.fillColour));
+    Set(wall, "LineStyle", sun::drawing::LineStyle_SOLID);
+    Set(wall, "LineWidth", WidthOf(area.borderWeight));
+    Set(wall, "LineColor", sal_Int32{0x808080});
+}
+
+Reference<sun::uno::XInterface> ChartMaker::Create(const char* service) {
+    return context_->getServiceManager()->createInstanceWithContext(
+        rtl::OUString::createFromAscii(service), context_);
+}
+
+Reference<sun::chart2::data::XLabeledDataSequence> ChartMaker::DataOf(const SheetRange& range,
+                                                                      const char* role) {
+    const Sheet& sheet = workbook_.sheets.at(range.sheet);
+    const auto values =
+        provider_->createDataSequenceByRangeRepresentation(RangeText(sheet.finalName, range.range));
+    Set(PropertySet(values, UNO_QUERY_THROW), "Role", rtl::OUString::createFromAscii(role));
+    Reference<sun::chart2::data::XLabeledDataSequence> labelled(
+        Create("com.sun.star.chart2.data.LabeledDataSequence"), UNO_QUERY_THROW);
+    labelled->setValues(values);
+    return labelled;
+}
+
+// The engine takes names from cells only: the first one of the chart's sheet that holds the name.
+// Its files have no legend without an entry for a series, so one without a name shows there what
+// stands at the left of its numbers.
+void ChartMaker::SetName(const ChartSeries& series,
+                         const Reference<sun::chart2::data::XLabeledDataSequence>& values) {
+    rtl::OUString range;
+    if (series.name.empty()) {
+        if (!chart_.legend) return;
+        const CellPlace left{series.values.range.first.row, 1};
+        range = RangeText(workbook_.sheets.at(series.values.sheet).finalName, {left, left});
+    } else {
+        const auto cell =
+            std::find_if(sheet_.cells.begin(), sheet_.cells.end(), [&](const Cell& candidate) {
+                const auto* text = std::get_if<std::string>(&candidate.value);
+                return text != nullptr && *text == series.name;
+            });
+        if (cell == sheet_.cells.end()) return;
+        range = RangeText(sheet_.finalName, {cell->place, cell->place});
+    }
+    const auto label = provider_->createDataSequenceByRangeRepresentation(range);
+    Set(PropertySet(label, UNO_QUERY_THROW), "Role", rtl::OUString("label"));
+    values->setLabel(label);
+}
+
+void ChartMaker::SetLook(const ChartSeries& series, const PropertySet& target) {
+    // A series of one point has no line to draw, but its markers get the line's colour.
+    int colour = kColourRed;
+    if (series.line) {
+        colour = series.line->colour;
+    } else if (series.marker) {
+        colour = series.marker->foreground;
+    }
+    Set(target, "Color", ColourOf(colour));
+    Set(target, "LineStyle", sun::drawing::LineStyle_SOLID);
+    Set(target, "LineWidth", series.line ? WidthOf(series.line->weight) : kThinLine);
+    sun::chart2::Symbol symbol;
+    symbol.Style = sun::chart2::SymbolStyle_NONE;
+    if (series.marker) {
+        constexpr sal_Int32 kStar = 12;
+        symbol.Style = sun::chart2::SymbolStyle_STANDARD;
+        symbol.StandardSymbol = kStar;
+        const sal_Int32 size = LengthOf(series.marker->size);
+        symbol.Size = {size, size};
+        symbol.BorderColor = ColourOf(series.marker->foreground);
+        symbol.FillColor = ColourOf(series.marker->background);
+    }
+    Set(target, "Symbol", symbol);
+    Set(target, "ShowLegendEntry", series.inLegend);
+}
+
+void ChartMaker::SetSeries() {
+    std::vector<Reference<sun::chart2::XDataSeries>> made;
+    for (const ChartSeries& series : chart_.series) {
+        const Reference<sun::chart2::XDataSeries> target(Create("com.sun.star.chart2.DataSeries"),
+                                                         UNO_QUERY_THROW);
+        const auto x = DataOf(series.x, "values-x");
+        const auto values = DataOf(series.values, "values-y");
+        SetName(series, values);
+        const Reference<sun::chart2::data::XDataSink> sink(target, UNO_QUERY_THROW);
+        sink->setData(SequenceOf({x, values}));
+        SetLook(series, PropertySet(target, UNO_QUERY_THROW));
+        made.push_back(target);
+    }
+    const Reference<sun::chart2::XCoordinateSystemContainer> systems(new_->getFirstDiagram(),
+                                                                     UNO_QUERY_THROW);
+    const Reference<sun::chart2::XChartTypeContainer> types(systems->getCoordinateSystems()[0],
+                                                            UNO_QUERY_THROW);
+    const Reference<sun::chart2::XDataSeriesContainer> container(types->getChartTypes()[0],
+                                                                 UNO_QUERY_THROW);
+    container->setDataSeries(Sequence<Reference<sun::chart2::XDataSeries>>(
+        made.data(), static_cast<sal_Int32>(made.size())));
+}
+
+}  // namespace
+
+void AddChart(const Context& context, const Document& document, const Workbook& workbook,
+              const Sheet& sheet, const Chart& chart) {
+    ChartMaker(context, document, workbook, sheet, chart).Make();
+}
+
+}  // namespace davo::calc

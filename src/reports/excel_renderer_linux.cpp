@@ -1,9 +1,0 @@
-#include "reports/excel_renderer.h"
-
-namespace davo {
-
-std::unique_ptr<ReportRenderer> MakeExcelRenderer() {
-    return nullptr;
-}
-
-}  // namespace davo

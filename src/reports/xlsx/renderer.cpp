@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "reports/xlsx/renderer.h"
+
+#include <xlsxwriter.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <vector>
+
+#include "common/files.h"
+#include "reports/xlsx/chart.h"
+#include "reports/xlsx/formats.h"
+#include "reports/xlsx/letterhead.h"
+#include "reports/xlsx/sheet.h"
+#include "reports/xlsx/text.h"
+
+namespace davo {
+
+namespace {
+
+struct FreeWorkbook {
+    void operator()(lxw_workbook* workbook) const { lxw_workbook_free(workbook); }
+};
+using OwnedWorkbook = std::unique_ptr<lxw_workbook, FreeWorkbook>;
+
+// Makes the sheets first, because charts refer to them, and fills them then. Returns false when
+// stop was requested.
+bool Fill(const Workbook& workbook, lxw_workbook* target, const RenderProgress& progress,
+          const std::stop_token& stop) {
+    std::vector<lxw_worksheet*> sheets;
+    for (const Sheet& sheet : workbook.sheets) {
+        const std::string name = Utf8(sheet.finalName);
+        RequireXlsx(workbook_validate_sheet_name(target, name.c_str()));
+        sheets.push_back(workbook_add_worksheet(target, name.c_str()));
+    }
+    XlsxFormats formats(target);
+    const QByteArray picture = LetterheadPicture();
+    const auto isTest = [](const Sheet& sheet) { return sheet.fromTemplate; };
+    const auto testCount =
+        static_cast<int>(std::count_if(workbook.sheets.begin(), workbook.sheets.end(), isTest));
+    int test = 0;
+    for (std::size_t i = 0; i < sheets.size(); ++i) {
+        if (stop.stop_requested()) return false;
+        const Sheet& sheet = workbook.sheets[i];
+        if (isTest(sheet) && progress) progress(++test, testCount);
+        WriteXlsxSheet(sheet, picture, formats, sheets[i]);
+        for (const Chart& chart : sheet.charts)
+            WriteXlsxChart(workbook, chart, target, sheets[i]);
+    }
+    worksheet_activate(sheets.at(workbook.activeSheet));
+    return true;
+}
+
+// Ends the file; the workbook is gone then in any case.
+void Close(OwnedWorkbook workbook) {
+    errno = 0;
+    const lxw_error error = workbook_close(workbook.release());
+    if (error == LXW_NO_ERROR) return;
+    const bool isFull = errno == ENOSPC;
+    throw RunTimeError(isFull ? ErrorNumber::DiskFull : ErrorNumber::Automation,
+                       lxw_strerror(error));
+}
+
+}  // namespace
+
+bool XlsxRenderer::Render(const Workbook& workbook, const QString& /*templatePath*/,
+                          const QString& targetPath, const RenderProgress& progress,
+                          const std::stop_token& stop) {
+    // The library cannot tell all failures of a file; ReplaceFile can.
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("report.xlsx"));
+    QByteArray folderName = QFile::encodeName(folder.path());
+    lxw_workbook_options options{};
+    options.tmpdir = folderName.data();
+    OwnedWorkbook target(workbook_new_opt(QFile::encodeName(path).constData(), &options));
+    if (!target) throw RunTimeError(ErrorNumber::Automation, path.toStdString());
+    if (!Fill(workbook, target.get(), progress, stop)) return false;
+    Close(std::move(target));
+    return FinishRendering(targetPath, ReadWholeFile(path), stop);
+}
+
+}  // namespace davo

@@ -1,0 +1,370 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "testing/shot_controls.h"
+
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMargins>
+#include <QPalette>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <string>
+
+#include "common/text.h"
+#include "ui/big_button.h"
+#include "ui/fit_label.h"
+#include "ui/page_input.h"
+#include "ui/reading_size.h"
+
+namespace davo {
+
+namespace {
+
+// Of the chart's width in the prompt's row, in parts of a hundred: beside a prompt at most, and
+// while there is none.
+constexpr int kChartShare = 40;
+constexpr int kAloneShare = 60;
+constexpr int kLeastChart = 300;
+constexpr const char* kLongestPrompt = "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)";
+constexpr double kPromptGrowth = 2.0;
+constexpr double kConfirmCapitals = 5.5;  // mm
+constexpr double kDamageCapitals = 4.0;   // mm
+constexpr double kDamageGrowth = kPromptCapitals / kDamageCapitals;
+constexpr int kDamageStretch = 3;         // it comes when the prompt is empty
+constexpr double kHeadingCapitals = 5.0;  // mm
+constexpr double kCaptionGrowth = 1.2;
+constexpr double kBoxGrowth = 1.4;
+constexpr int kInputHeight = 34;  // a glove meets it
+constexpr QMargins kMargins(8, 5, 8, 6);
+constexpr int kIndent = 12;  // between the readings and the results
+constexpr int kSpacing = 4;  // what is saved here is the prompt's on a small screen
+
+template <class Control>
+Control* Named(Control* control, const char* name) {
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+void Enlarge(QWidget* widget, double growth) {
+    QFont font = widget->font();
+    font.setPointSizeF(font.pointSizeF() * growth);
+    widget->setFont(font);
+}
+
+void EnlargeTo(QWidget* widget, double capitals) {
+    QFont font = widget->font();
+    font.setBold(true);
+    font.setPixelSize(PixelSizeForCapitals(font, capitals, *widget));
+    widget->setFont(font);
+}
+
+// What is disabled is still to be read in sunlight: half way between the ink and the ground.
+void DarkenDisabledText(QWidget* window) {
+    QPalette palette = window->palette();
+    const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const QColor middle((ink.red() + ground.red()) / 2, (ink.green() + ground.green()) / 2,
+                        (ink.blue() + ground.blue()) / 2);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, middle);
+    }
+    window->setPalette(palette);
+}
+
+QLabel* Caption(QWidget* window, const char* name, const char* text) {
+    auto* label = Named(new QLabel(QLatin1String(text), window), name);
+    label->setTextFormat(Qt::PlainText);
+    Enlarge(label, kCaptionGrowth);
+    return label;
+}
+
+// A box that shows a result: it can be read and copied, and is no stop of the Tab key.
+QLineEdit* ResultBox(QWidget* window, const char* name, QLabel* label) {
+    auto* box = Named(new QLineEdit(window), name);
+    box->setReadOnly(true);
+    box->setFocusPolicy(Qt::ClickFocus);
+    box->setAccessibleName(label->text());
+    Enlarge(box, kBoxGrowth);
+    return box;
+}
+
+template <class Layout>
+Layout* Tight(Layout* layout) {
+    layout->setContentsMargins(kMargins);
+    layout->setSpacing(kSpacing);
+    return layout;
+}
+
+// As wide as text at least.
+void MakeRoomFor(QLineEdit* box, const char* text) {
+    const int frame = box->sizeHint().width() -
+                      box->fontMetrics().horizontalAdvance(QString(17, QLatin1Char('x')));
+    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QLatin1String(text)) + frame);
+}
+
+void MakeReading(QLineEdit* box) {
+    EnlargeTo(box, kReadingCapitals);
+    box->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    MakeRoomFor(box, "0000.00");
+}
+
+using LabelView = std::pair<QLabel*, ControlView ShotScreen::*>;
+using BoxView = std::pair<QLineEdit*, ControlView ShotScreen::*>;
+using ButtonView = std::pair<QPushButton*, ControlView ShotScreen::*>;
+
+template <class Control>
+void Show(Control* control, const ControlView& view) {
+    const QString text = FromPage(view.text);
+    // The same text set again would move the cursor of a box that the operator types in.
+    if (control->text() != text) control->setText(text);
+    control->setEnabled(view.enabled);
+    control->setVisible(view.visible);
+}
+
+template <class Views>
+void PaintViews(const Views& views, const ShotScreen* painted, const ShotScreen& screen) {
+    for (const auto& [control, member] : views) {
+        if (painted == nullptr || painted->*member != screen.*member) {
+            Show(control, screen.*member);
+        }
+    }
+}
+
+void PaintControls(const ShotControls& c, const ShotScreen* painted, const ShotScreen& screen) {
+    using S = ShotScreen;
+    PaintViews(std::vector<LabelView>{{c.lblTest, &S::lblTest},
+                                      {c.lblTime, &S::lblTime},
+                                      {c.lblMessage, &S::lblMessage},
+                                      {c.lblConfirm, &S::lblConfirm},
+                                      {c.lblDamage, &S::lblDamage},
+                                      {c.lblPE, &S::lblPE},
+                                      {c.lblCRatio, &S::lblCRatio},
+                                      {c.lblCRCount, &S::lblCRCount},
+                                      {c.lblRatioCount, &S::lblRatioCount},
+                                      {c.lblSatCount, &S::lblSatCount}},
+               painted, screen);
+    PaintViews(std::vector<BoxView>{{c.txtCur, &S::txtCur},
+                                    {c.txtVolt, &S::txtVolt},
+                                    {c.txtRatio, &S::txtRatio},
+                                    {c.txtPolarity, &S::txtPolarity},
+                                    {c.txtPE, &S::txtPE},
+                                    {c.txtHVolt, &S::txtHVolt},
+                                    {c.txtXVolt, &S::txtXVolt},
+                                    {c.txtCRatio, &S::txtCRatio}},
+               painted, screen);
+    PaintViews(std::vector<ButtonView>{{c.cmdStart, &S::cmdStart},
+                                       {c.cmdContinue, &S::cmdContinue},
+                                       {c.cmdCancel, &S::cmdCancel},
+                                       {c.cmdHeader, &S::cmdHeader},
+                                       {c.cmdExit, &S::cmdExit}},
+               painted, screen);
+    c.lblMessage->SetAlert(screen.lblMessage.text.starts_with("VOLTAGE TOO HIGH!"));
+}
+
+}  // namespace
+
+ShotControls::ShotControls(QWidget* window) {
+    DarkenDisabledText(window);
+    auto* column = Tight(new QVBoxLayout(window));
+    column->addLayout(BuildTopRow(window));
+    BuildMessage(window);
+    promptRow_ = new QHBoxLayout;
+    promptRow_->addWidget(frmeMessage, 1);
+    column->addLayout(promptRow_, 1);
+    column->addLayout(BuildResults(window));
+    BuildButtons(window);
+    column->addWidget(Frame1);
+    QWidget* before = txtHVolt;
+    for (QWidget* next : {static_cast<QWidget*>(txtXVolt), static_cast<QWidget*>(cmdStart),
+                          static_cast<QWidget*>(cmdContinue), static_cast<QWidget*>(cmdCancel),
+                          static_cast<QWidget*>(cmdHeader), static_cast<QWidget*>(cmdExit)}) {
+        QWidget::setTabOrder(before, next);
+        before = next;
+    }
+}
+
+QHBoxLayout* ShotControls::BuildTopRow(QWidget* window) {
+    lblTest = Caption(window, "lblTest", "");
+    EnlargeTo(lblTest, kHeadingCapitals);
+    QSizePolicy keepsRoom(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    keepsRoom.setRetainSizeWhenHidden(true);
+    lblTest->setSizePolicy(keepsRoom);
+    lblTime = Caption(window, "lblTime", "");
+    auto* row = new QHBoxLayout;
+    row->addWidget(lblTest, 1);
+    row->addWidget(lblTime);
+    return row;
+}
+
+void ShotControls::BuildMessage(QWidget* window) {
+    frmeMessage = Named(new QGroupBox(QStringLiteral("MESSAGE"), window), "frmeMessage");
+    lblMessage = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblMessage");
+    lblConfirm = Named(new FitLabel(kConfirmCapitals, 1.0, frmeMessage), "lblConfirm");
+    lblConfirm->SetCallToAct(true);
+    lblDamage = Named(new FitLabel(kDamageCapitals, kDamageGrowth, frmeMessage), "lblDamage");
+    lblDamage->SetAlert(true);
+    // The prompt keeps its size when the call to confirm comes and goes.
+    QSizePolicy keepsRoom(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    keepsRoom.setRetainSizeWhenHidden(true);
+    lblConfirm->setSizePolicy(keepsRoom);
+    lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    lblMessage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    auto* column = Tight(new QVBoxLayout(frmeMessage));
+    column->addWidget(lblMessage, 1);
+    column->addWidget(lblConfirm);
+    column->addWidget(lblDamage, kDamageStretch);
+}
+
+QHBoxLayout* ShotControls::BuildResults(QWidget* window) {
+    BuildData(window);
+    BuildInputs(window);
+    BuildCounters(window);
+    auto* row = new QHBoxLayout;
+    row->addWidget(Frame3, 3);
+    row->addWidget(Frame4, 2);
+    row->addWidget(Frame5);
+    return row;
+}
+
+void ShotControls::BuildData(QWidget* window) {
+    Frame3 = Named(new QGroupBox(QStringLiteral("DATA"), window), "Frame3");
+    auto* grid = Tight(new QGridLayout(Frame3));
+    auto* current = Caption(Frame3, "Label1", "Current:");
+    auto* voltage = Caption(Frame3, "Label2", "Voltage:");
+    auto* ratio = Caption(Frame3, "Label3", "Ratio:");
+    auto* polarity = Caption(Frame3, "Label4", "Polarity:");
+    lblPE = Caption(Frame3, "lblPE", "Percent Error:");
+    txtCur = ResultBox(Frame3, "txtCur", current);
+    txtVolt = ResultBox(Frame3, "txtVolt", voltage);
+    txtRatio = ResultBox(Frame3, "txtRatio", ratio);
+    txtPolarity = ResultBox(Frame3, "txtPolarity", polarity);
+    txtPE = ResultBox(Frame3, "txtPE", lblPE);
+    MakeReading(txtCur);
+    MakeReading(txtVolt);
+    MakeRoomFor(txtPolarity, "UNDETERMINED");
+    // Six lines, so that two large readings stand beside three results.
+    grid->addWidget(current, 0, 0, 3, 1);
+    grid->addWidget(txtCur, 0, 1, 3, 1);
+    grid->addWidget(voltage, 3, 0, 3, 1);
+    grid->addWidget(txtVolt, 3, 1, 3, 1);
+    grid->addWidget(ratio, 0, 2, 2, 1);
+    grid->addWidget(txtRatio, 0, 3, 2, 1);
+    grid->addWidget(polarity, 2, 2, 2, 1);
+    grid->addWidget(txtPolarity, 2, 3, 2, 1);
+    grid->addWidget(lblPE, 4, 2, 2, 1);
+    grid->addWidget(txtPE, 4, 3, 2, 1);
+    ratio->setIndent(kIndent);
+    polarity->setIndent(kIndent);
+    lblPE->setIndent(kIndent);
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(3, 2);
+}
+
+void ShotControls::BuildInputs(QWidget* window) {
+    Frame4 = Named(new QGroupBox(QStringLiteral("Operator Inputs (Nameplate Currents)"), window),
+                   "Frame4");
+    auto* grid = Tight(new QGridLayout(Frame4));
+    const auto input = [this](const char* name, const QLabel* label) {
+        auto* box = Named(new QLineEdit(Frame4), name);
+        box->setAccessibleName(label->text());
+        Enlarge(box, kBoxGrowth);
+        box->setMinimumHeight(kInputHeight);
+        KeepToPage(box);
+        return box;
+    };
+    auto* primary = Caption(Frame4, "Label5", "H Current:");
+    auto* secondary = Caption(Frame4, "Label6", "X Current:");
+    lblCRatio = Caption(Frame4, "lblCRatio", "Calculated Ratio:");
+    txtHVolt = input("txtHVolt", primary);
+    txtXVolt = input("txtXVolt", secondary);
+    txtCRatio = ResultBox(Frame4, "txtCRatio", lblCRatio);
+    grid->addWidget(primary, 0, 0);
+    grid->addWidget(txtHVolt, 0, 1);
+    grid->addWidget(secondary, 1, 0);
+    grid->addWidget(txtXVolt, 1, 1);
+    grid->addWidget(lblCRatio, 2, 0);
+    grid->addWidget(txtCRatio, 2, 1);
+}
+
+void ShotControls::BuildCounters(QWidget* window) {
+    Frame5 = Named(new QGroupBox(window), "Frame5");
+    auto* column = Tight(new QVBoxLayout(Frame5));
+    lblSatCount = Caption(Frame5, "lblSatCount", "");
+    lblRatioCount = Caption(Frame5, "lblRatioCount", "");
+    lblCRCount = Caption(Frame5, "lblCRCount", "");
+    for (QLabel* label : {lblSatCount, lblRatioCount, lblCRCount}) {
+        column->addWidget(label);
+    }
+    lblRatioCount->setMinimumWidth(
+        lblRatioCount->fontMetrics().horizontalAdvance(QStringLiteral("Ratio - 100 ")));
+}
+
+void ShotControls::BuildButtons(QWidget* window) {
+    Frame1 = Named(new QGroupBox(QStringLiteral("Hit the ESC key to Abort Test && Exit"), window),
+                   "Frame1");
+    auto* row = Tight(new QHBoxLayout(Frame1));
+    const auto add = [this, row](const char* name) {
+        auto* button = Named(new BigButton(Frame1), name);
+        row->addWidget(button, 1);
+        return button;
+    };
+    cmdStart = add("cmdStart");
+    cmdContinue = add("cmdContinue");
+    cmdCancel = add("cmdCancel");
+    cmdHeader = add("cmdHeader");
+    cmdExit = add("cmdExit");
+}
+
+void ShotControls::Paint(ShotScreen& painted, const ShotScreen& screen) {
+    PaintControls(*this, &painted, screen);
+    painted = screen;
+}
+
+void ShotControls::PaintAll(const ShotScreen& screen) {
+    PaintControls(*this, nullptr, screen);
+}
+
+void ShotControls::PlaceBesidePrompt(QWidget* chart) {
+    besidePrompt_ = chart;
+    promptRow_->addWidget(chart);
+}
+
+void ShotControls::ShowBesidePrompt(bool wanted) {
+    const QSize room = PromptRoom();
+    if (room != promptRoom_) {
+        promptRoom_ = room;
+        widthBeside_ = WidthBeside(room);
+    }
+    const bool silent = lblMessage->text().isEmpty() && lblDamage->text().isEmpty();
+    const int width = silent ? room.width() * kAloneShare / 100 : widthBeside_;
+    const bool shows = wanted && width > 0;
+    if (shows) {
+        promptRow_->setStretch(0, room.width() - width);
+        promptRow_->setStretch(1, width);
+    }
+    if (besidePrompt_->isHidden() == shows) besidePrompt_->setVisible(shows);
+}
+
+// The row's width, and the height that the message has.
+QSize ShotControls::PromptRoom() const {
+    const int damage = lblDamage->isHidden() ? 0 : lblDamage->height() + kSpacing;
+    return {promptRow_->geometry().width() - promptRow_->spacing(), lblMessage->height() + damage};
+}
+
+int ShotControls::WidthBeside(QSize room) const {
+    constexpr int kStep = 8;
+    const int around = frmeMessage->width() - lblMessage->width();
+    for (int width = room.width() * kChartShare / 100; width >= kLeastChart; width -= kStep) {
+        const QSize left(room.width() - width - around, room.height());
+        if (lblMessage->HasRoomFor(QLatin1String(kLongestPrompt), left)) return width;
+    }
+    return 0;
+}
+
+std::vector<QPushButton*> ShotControls::Buttons() const {
+    return {cmdStart, cmdContinue, cmdCancel, cmdHeader, cmdExit};
+}
+
+}  // namespace davo

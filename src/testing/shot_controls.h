@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QSize>
+#include <vector>
+
+#include "testing/shot_screen.h"
+
+class QGroupBox;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QWidget;
+
+namespace davo {
+
+class FitLabel;
+
+// The test window's controls by their own names, laid out in window: what is under way, the
+// prompt, the readings, the buttons.
+struct ShotControls {
+    explicit ShotControls(QWidget* window);
+
+    // Shows the difference between what is painted and screen; painted becomes screen. Texts of
+    // buttons and labels are their captions, of boxes their content.
+    void Paint(ShotScreen& painted, const ShotScreen& screen);
+    // Everything of screen, whatever was painted before.
+    void PaintAll(const ShotScreen& screen);
+
+    // Puts chart at the right of the prompt, hidden.
+    void PlaceBesidePrompt(QWidget* chart);
+    // Shows or hides it. It stays hidden where the longest prompt could no longer be read from two
+    // metres beside it, unless there is no message now.
+    void ShowBesidePrompt(bool wanted);
+
+    // In the order of the eye, which is the tab order.
+    std::vector<QPushButton*> Buttons() const;
+
+    QLabel* lblTest;
+    QLabel* lblTime;
+    QGroupBox* frmeMessage;
+    FitLabel* lblMessage;
+    FitLabel* lblConfirm;
+    FitLabel* lblDamage;
+    QGroupBox* Frame3;
+    QLineEdit* txtCur;
+    QLineEdit* txtVolt;
+    QLineEdit* txtRatio;
+    QLineEdit* txtPolarity;
+    QLabel* lblPE;
+    QLineEdit* txtPE;
+    QGroupBox* Frame4;
+    QLineEdit* txtHVolt;
+    QLineEdit* txtXVolt;
+    QLabel* lblCRatio;
+    QLineEdit* txtCRatio;
+    QGroupBox* Frame5;
+    QLabel* lblCRCount;
+    QLabel* lblRatioCount;
+    QLabel* lblSatCount;
+    QGroupBox* Frame1;
+    QPushButton* cmdStart;
+    QPushButton* cmdContinue;
+    QPushButton* cmdCancel;
+    QPushButton* cmdHeader;
+    QPushButton* cmdExit;
+
+  private:
+    QHBoxLayout* promptRow_ = nullptr;
+    QWidget* besidePrompt_ = nullptr;
+    QSize promptRoom_;     // for which widthBeside_ was found
+    int widthBeside_ = 0;  // what the longest prompt leaves beside it; 0: too little
+
+    QSize PromptRoom() const;
+    int WidthBeside(QSize room) const;
+    QHBoxLayout* BuildTopRow(QWidget* window);
+    void BuildMessage(QWidget* window);
+    QHBoxLayout* BuildResults(QWidget* window);
+    void BuildData(QWidget* window);
+    void BuildInputs(QWidget* window);
+    void BuildCounters(QWidget* window);
+    void BuildButtons(QWidget* window);
+};
+
+}  // namespace davo

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+
+namespace davo {
+
+// A plain mirror of the test window: what each control shows, by the control's own name. The
+// rules work on it; the window paints what changed and copies what the operator typed into it.
+// Texts are Windows-1252; captions hold their "&".
+struct ControlView {
+    std::string text;
+    bool enabled = true;
+    bool visible = true;
+
+    bool operator==(const ControlView&) const = default;
+};
+
+struct ShotScreen {
+    ControlView lblTest{"", true, false};
+    ControlView lblTime;
+    ControlView txtCur, txtVolt, txtRatio, txtPolarity, txtPE;
+    ControlView lblPE{"Percent Error:", false, true};
+    ControlView txtHVolt, txtXVolt, txtCRatio;
+    ControlView lblCRatio{"Calculated Ratio:", false, true};
+    ControlView lblCRCount{"(0)"};
+    ControlView lblRatioCount{"Ratio - 0"};
+    ControlView lblSatCount{"Sat. - 0"};
+    ControlView lblMessage;
+    ControlView lblConfirm{"Click <&OK> to Continue", true, false};
+    ControlView cmdStart{"&Start Test"};
+    ControlView cmdContinue{"&Continue Test", false, true};
+    ControlView cmdCancel{"C&ancel Test"};
+    ControlView cmdExit{"&Exit"};
+    ControlView cmdHeader{"&Header Info"};
+    // Beyond the system's own controls: what is wrong with the shot that just completed; empty
+    // when it is whole. It stays until the shot is dropped or the next one starts.
+    ControlView lblDamage{"", true, false};
+
+    bool operator==(const ShotScreen&) const = default;
+};
+
+}  // namespace davo

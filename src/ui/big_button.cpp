@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/big_button.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace davo {
+
+namespace {
+
+constexpr int kLeastHeight = 56;
+constexpr double kLetterGrowth = 1.3;
+constexpr int kFocusFrame = 4;
+
+}  // namespace
+
+BigButton::BigButton(QWidget* parent) : QPushButton(parent) {
+    setMinimumHeight(kLeastHeight);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    setAutoDefault(true);
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * kLetterGrowth);
+    setFont(large);
+}
+
+void BigButton::keyPressEvent(QKeyEvent* event) {
+    if (event->isAutoRepeat()) return;
+    QPushButton::keyPressEvent(event);
+}
+
+void BigButton::paintEvent(QPaintEvent* event) {
+    QPushButton::paintEvent(event);
+    if (!hasFocus()) return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), kFocusFrame));
+    const int half = kFocusFrame / 2;
+    painter.drawRoundedRect(rect().adjusted(half, half, -half - 1, -half - 1), half, half);
+}
+
+}  // namespace davo

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/dialog_prompts.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+
+#include "common/places.h"
+
+namespace davo {
+
+namespace {
+
+// The text as it was given, for those who read the dialog by its properties.
+constexpr const char* kExactText = "exactText";
+
+// Buttons that a gloved finger meets.
+constexpr const char* kButtonSize = "QPushButton { min-height: 40px; min-width: 90px; }";
+
+// A label breaks lines at LF only and would show CR as a box.
+QString Shown(QString text) {
+    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+}
+
+QWidget* Parent() {
+    QWidget* modal = QApplication::activeModalWidget();
+    return modal != nullptr ? modal : QApplication::activeWindow();
+}
+
+void SetUp(QDialog& dialog, const char* name, const QString& text, const QString& title) {
+    dialog.setObjectName(QLatin1String(name));
+    dialog.setProperty(kExactText, text);
+    dialog.setWindowTitle(title);
+    dialog.setStyleSheet(QLatin1String(kButtonSize));
+}
+
+// Shows a message box until it is answered. When its parent is destroyed meanwhile, the answer is
+// that of the Escape key.
+QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& text, const QString& title,
+                                QMessageBox::StandardButtons buttons,
+                                QMessageBox::StandardButton preset,
+                                QMessageBox::StandardButton escape) {
+    const QPointer<QMessageBox> box = new QMessageBox(Parent());
+    SetUp(*box, "msgBox", text, title);
+    box->setIcon(icon);
+    box->setTextFormat(Qt::PlainText);
+    box->setText(Shown(text));
+    box->setStandardButtons(buttons);
+    box->setDefaultButton(preset);
+    box->setEscapeButton(escape);
+    const int pressed = box->exec();
+    if (box.isNull()) return escape;
+    delete box;
+    return static_cast<QMessageBox::StandardButton>(pressed);
+}
+
+QMessageBox::StandardButton ButtonOf(Answer answer) {
+    switch (answer) {
+        case Answer::Yes:
+            return QMessageBox::Yes;
+        case Answer::No:
+            return QMessageBox::No;
+        case Answer::Cancel:
+            return QMessageBox::Cancel;
+        case Answer::Ok:
+            break;
+    }
+    return QMessageBox::Ok;
+}
+
+Answer AnswerOf(QMessageBox::StandardButton button) {
+    if (button == QMessageBox::Yes) return Answer::Yes;
+    return button == QMessageBox::No ? Answer::No : Answer::Cancel;
+}
+
+// Runs a file dialog to its end: the path chosen, empty when cancelled. Without a desktop there
+// is no native dialog to be driven.
+QString Chosen(const QPointer<QFileDialog>& dialog) {
+    const bool bare = QGuiApplication::platformName() == QLatin1String("offscreen");
+    dialog->setOption(QFileDialog::DontUseNativeDialog, bare);
+    const bool accepted = dialog->exec() == QDialog::Accepted;
+    if (dialog.isNull()) return {};
+    const QStringList chosen = dialog->selectedFiles();
+    delete dialog;
+    return accepted && !chosen.isEmpty() ? ShownPath(chosen.first()) : QString();
+}
+
+}  // namespace
+
+void DialogPrompts::Message(const QString& text, const QString& title) {
+    Ask(QMessageBox::NoIcon, text, title, QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok);
+}
+
+Answer DialogPrompts::YesNo(const QString& text, Answer preset, const QString& title) {
+    const auto button = ButtonOf(preset);
+    return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
+                        button, button));
+}
+
+Answer DialogPrompts::YesNoCancel(const QString& text, Answer preset, const QString& title) {
+    return AnswerOf(Ask(QMessageBox::Question, text, title,
+                        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, ButtonOf(preset),
+                        QMessageBox::Cancel));
+}
+
+std::optional<QString> DialogPrompts::Input(const QString& title, const QString& prompt,
+                                            const QString& initial) {
+    const QPointer<QInputDialog> dialog = new QInputDialog(Parent());
+    SetUp(*dialog, "inputBox", prompt, title);
+    dialog->setInputMode(QInputDialog::TextInput);
+    // The label is the line's buddy: a single '&' would become its mnemonic.
+    dialog->setLabelText(Shown(prompt).replace(QLatin1Char('&'), QStringLiteral("&&")));
+    for (QLabel* label : dialog->findChildren<QLabel*>())
+        label->setTextFormat(Qt::PlainText);
+    dialog->setTextValue(initial);
+    for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
+        line->setObjectName(QStringLiteral("txtInput"));
+    const bool accepted = dialog->exec() == QDialog::Accepted;
+    if (dialog.isNull()) return std::nullopt;
+    const QString text = dialog->textValue();
+    delete dialog;
+    return accepted ? std::optional(text) : std::nullopt;
+}
+
+QString DialogPrompts::SaveFile(const QString& folder, const QString& filter) {
+    const QPointer<QFileDialog> dialog = new QFileDialog(Parent());
+    SetUp(*dialog, "cdFile", {}, {});
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setOption(QFileDialog::DontConfirmOverwrite);
+    dialog->setNameFilter(filter);
+    dialog->setDirectory(folder);
+    return Chosen(dialog);
+}
+
+QString DialogPrompts::ChooseFolder(const QString& prompt, const QString& start) {
+    const QPointer<QFileDialog> dialog = new QFileDialog(Parent());
+    SetUp(*dialog, "folderBrowser", prompt, prompt);
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setDirectory(start);
+    return Chosen(dialog);
+}
+
+}  // namespace davo

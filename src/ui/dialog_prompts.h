@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "common/prompts.h"
+
+namespace davo {
+
+// Prompts as real dialogs over the active window. Object names for tests: the message boxes are
+// "msgBox" (buttons by their standard role), the input box "inputBox", the file dialog "cdFile",
+// the folder dialog "folderBrowser". The text of each stands in its property "exactText" as it was
+// given. Escape and the window's close button answer Cancel, or the preset where there is none.
+class DialogPrompts : public Prompts {
+  public:
+    void Message(const QString& text, const QString& title = {}) override;
+    Answer YesNo(const QString& text, Answer preset, const QString& title = {}) override;
+    Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
+    std::optional<QString> Input(const QString& title, const QString& prompt,
+                                 const QString& initial = {}) override;
+    QString SaveFile(const QString& folder, const QString& filter) override;
+    QString ChooseFolder(const QString& prompt, const QString& start) override;
+};
+
+}  // namespace davo

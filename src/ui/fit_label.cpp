@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/fit_label.h"
+
+#include <QPainter>
+#include <QPolygon>
+
+#include "ui/reading_size.h"
+
+namespace davo {
+
+namespace {
+
+constexpr int kTextFlags = Qt::AlignCenter | Qt::TextWordWrap | Qt::TextShowMnemonic;
+constexpr int kSmallestPixelSize = 8;
+constexpr int kMargin = 5;
+constexpr int kArrowMargin = 10;
+constexpr int kAlertFrame = 4;
+
+// Black on this yellow is the hazard sign everywhere, in light and dark surroundings alike.
+const QColor kHazard(0xFF, 0xD4, 0x00);
+
+}  // namespace
+
+FitLabel::FitLabel(double leastCapitals, double growth, QWidget* parent)
+    : QLabel(parent), leastCapitals_(leastCapitals), growth_(growth) {
+    setTextFormat(Qt::PlainText);
+    QFont bold = font();
+    bold.setBold(true);
+    setFont(bold);
+}
+
+void FitLabel::SetAlert(bool alert) {
+    if (alert_ == alert) return;
+    alert_ = alert;
+    update();
+}
+
+void FitLabel::SetCallToAct(bool call) {
+    call_ = call;
+    update();
+}
+
+int FitLabel::LeastPixelSize() const {
+    return PixelSizeForCapitals(font(), leastCapitals_, *this);
+}
+
+bool FitLabel::HasRoomFor(const QString& text, QSize size) const {
+    QFont least = font();
+    least.setPixelSize(LeastPixelSize());
+    const QSize room = size - QSize(2 * kMargin, 2 * kMargin);
+    const QRect needed = QFontMetrics(least).boundingRect(
+        QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text);
+    return needed.width() <= room.width() && needed.height() <= room.height();
+}
+
+QRect FitLabel::TextRect() const {
+    const int margin = kMargin + (alert_ ? kAlertFrame : 0);
+    const QRect inner = rect().adjusted(margin, margin, -margin, -margin);
+    // Room for the arrow on both sides keeps the text in the middle.
+    const int arrow = call_ ? inner.height() : 0;
+    return inner.adjusted(arrow, 0, -arrow, 0);
+}
+
+bool FitLabel::Fits(int pixelSize) const {
+    QFont trial = font();
+    trial.setPixelSize(pixelSize);
+    const QRect room = TextRect();
+    const QRect needed = QFontMetrics(trial).boundingRect(
+        QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text());
+    return needed.width() <= room.width() && needed.height() <= room.height();
+}
+
+int FitLabel::FittedPixelSize() const {
+    const int least = LeastPixelSize();
+    int low = kSmallestPixelSize;
+    int high = static_cast<int>(least * growth_);
+    while (low < high) {
+        const int middle = (low + high + 1) / 2;
+        if (Fits(middle)) {
+            low = middle;
+        } else {
+            high = middle - 1;
+        }
+    }
+    return low;
+}
+
+QSize FitLabel::sizeHint() const {
+    return minimumSizeHint();
+}
+
+QSize FitLabel::minimumSizeHint() const {
+    QFont least = font();
+    least.setPixelSize(LeastPixelSize());
+    const QFontMetrics metrics(least);
+    return {metrics.averageCharWidth() * 8, metrics.lineSpacing() + 2 * (kMargin + kAlertFrame)};
+}
+
+void FitLabel::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor ink = palette().color(QPalette::WindowText);
+    if (alert_) {
+        painter.fillRect(rect(), kHazard);
+        painter.setPen(QPen(Qt::black, kAlertFrame));
+        const int half = kAlertFrame / 2;
+        painter.drawRect(rect().adjusted(half, half, -half - 1, -half - 1));
+        ink = Qt::black;
+    } else if (call_) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(palette().color(QPalette::Highlight));
+        painter.drawRoundedRect(rect(), kMargin, kMargin);
+        ink = palette().color(QPalette::HighlightedText);
+        const int side = height() - 2 * kArrowMargin;
+        QPolygon arrow;
+        arrow << QPoint(kArrowMargin, kArrowMargin) << QPoint(kArrowMargin, kArrowMargin + side)
+              << QPoint(kArrowMargin + side, height() / 2);
+        painter.setBrush(ink);
+        painter.drawPolygon(arrow);
+    }
+    QFont fitted = font();
+    fitted.setPixelSize(FittedPixelSize());
+    painter.setFont(fitted);
+    painter.setPen(ink);
+    painter.drawText(TextRect(), kTextFlags, text());
+}
+
+}  // namespace davo

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QLabel>
+
+namespace davo {
+
+// A label that writes its text as large as its rectangle allows: wrapped between words, never
+// cut, not below the least size unless the rectangle is too small for that, not above the largest.
+// An "&" underlines the next character and is no shortcut.
+class FitLabel : public QLabel {
+  public:
+    // least: height of the capitals in millimetres; the largest is growth times that.
+    FitLabel(double leastCapitals, double growth, QWidget* parent);
+
+    // A frame and a hazard ground, for what must not be overlooked.
+    void SetAlert(bool alert);
+    // An arrow in front of the text, on the ground of what is to be done now.
+    void SetCallToAct(bool call);
+
+    // The pixel size that the text is written in now.
+    int FittedPixelSize() const;
+    int LeastPixelSize() const;
+    // Whether text can be written in the least size in a label of this size.
+    bool HasRoomFor(const QString& text, QSize size) const;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QRect TextRect() const;
+    bool Fits(int pixelSize) const;
+
+    double leastCapitals_;
+    double growth_;
+    bool alert_ = false;
+    bool call_ = false;
+};
+
+}  // namespace davo

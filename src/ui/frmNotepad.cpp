@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/frmNotepad.h"
+
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+#include "common/text.h"
+#include "ui/page_input.h"
+
+namespace davo {
+
+namespace {
+
+// Paragraphs and line breaks inside one, as the document holds them.
+bool IsLineBreak(QChar character) {
+    return character == QChar::ParagraphSeparator || character == QChar::LineSeparator;
+}
+
+}  // namespace
+
+frmNotepad::frmNotepad(std::string& notes, Prompts& prompts, QWidget* parent)
+    : QDialog(parent),
+      notes_(notes),
+      prompts_(prompts),
+      handlers_(prompts),
+      rt_(new QTextEdit(this)) {
+    setObjectName(QStringLiteral("frmNotepad"));
+    setWindowTitle(QStringLiteral("Notepad"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(rt_);
+    rt_->setObjectName(QStringLiteral("rt"));
+    rt_->setAccessibleName(windowTitle());
+    rt_->setAcceptRichText(false);
+    rt_->setFrameShape(QFrame::NoFrame);
+    rt_->setPlainText(FromPage(notes_));
+    rt_->document()->setModified(false);
+    resize(fontMetrics().averageCharWidth() * 80, fontMetrics().lineSpacing() * 24);
+}
+
+void frmNotepad::done(int result) {
+    bool taken = false;
+    handlers_.Run([this, &taken] { taken = TakeText(); });
+    if (taken) QDialog::done(result);
+}
+
+bool frmNotepad::TakeText() {
+    if (!rt_->document()->isModified()) return true;
+    // The raw text: the plain one would have blanks for the page's fixed blanks.
+    const QString raw = rt_->document()->toRawText();
+    QString text;
+    for (qsizetype i = 0; i < raw.size(); ++i) {
+        const QChar character = raw.at(i);
+        if (IsLineBreak(character)) {
+            text += QStringLiteral("\r\n");
+            continue;
+        }
+        if (!ToPage(QString(character))) {
+            QTextCursor cursor(rt_->document());
+            cursor.setPosition(static_cast<int>(i));
+            cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+            rt_->setTextCursor(cursor);
+            prompts_.Message(NotInPageMessage());
+            return false;
+        }
+        text += character;
+    }
+    notes_ = ToPage(text).value_or(std::string());
+    rt_->document()->setModified(false);
+    if (OnChanged) OnChanged();
+    return true;
+}
+
+}  // namespace davo

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+#include <QTimer>
+
+#include "app/frmAbout.h"
+#include "app/frmSplash.h"
+#include "app/program_icon.h"
+#include "tests/app/window_checks.h"
+#include "ui/centre_form.h"
+
+namespace davo::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// Notes what happens to it.
+class NotingPointer : public BusyPointer {
+  public:
+    explicit NotingPointer(std::vector<std::string>& events) : events_(events) {}
+    void ShowBusyPointer() override { events_.emplace_back("hourglass"); }
+    void RestoreMousePointer() override { events_.emplace_back("default pointer"); }
+
+  private:
+    std::vector<std::string>& events_;
+};
+
+// The checks of the other tests can fail.
+TEST(WindowChecks, SeeACutText) {
+    QWidget window;
+    QWidget* const controls[] = {new QLabel(QStringLiteral("a long text"), &window),
+                                 new QLabel(QStringLiteral("a long text to be wrapped"), &window),
+                                 new QPushButton(QStringLiteral("a long caption"), &window)};
+    static_cast<QLabel*>(controls[1])->setWordWrap(true);
+    int y = 0;
+    for (QWidget* control : controls) {
+        control->setObjectName(QStringLiteral("control%1").arg(y));
+        control->setGeometry(0, y++ * 100, 200, 90);
+    }
+    window.resize(300, 300);
+    window.show();
+    EXPECT_THAT(CutTextsOf(window), IsEmpty());
+    controls[0]->resize(30, 90);
+    controls[1]->resize(80, 20);
+    controls[2]->resize(30, 90);
+    EXPECT_THAT(CutTextsOf(window), ElementsAre("control0", "control1", "control2"));
+}
+
+// Half of what the screen has more than the window, rounded towards zero.
+QPoint MiddleFor(const QWidget& window, const QRect& screen) {
+    return {screen.x() + (screen.width() - window.frameGeometry().width()) / 2,
+            screen.y() + (screen.height() - window.frameGeometry().height()) / 2};
+}
+
+TEST(CentreForm, PutsAWindowInTheMiddleOfTheScreen) {
+    QWidget window;
+    window.resize(301, 200);
+    CentreForm(window, nullptr);
+    EXPECT_EQ(window.pos(), MiddleFor(window, QGuiApplication::primaryScreen()->geometry()));
+    EXPECT_EQ(window.size(), QSize(301, 200)) << "a size that was given is kept";
+}
+
+TEST(CentreForm, TakesTheScreenThatTheOtherWindowIsOn) {
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        QWidget other;
+        other.setGeometry(screen->geometry().adjusted(50, 50, -50, -50));
+        other.show();
+        QWidget window;
+        window.resize(100, 80);
+        CentreForm(window, &other);
+        EXPECT_EQ(window.pos(), MiddleFor(window, screen->geometry()))
+            << screen->name().toStdString();
+    }
+}
+
+TEST(About, ShowsModelAndVersionUntilItsButtonIsPressed) {
+    const QPointer<frmAbout> about = new frmAbout(nullptr);
+    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoVer")->text(), QStringLiteral("DAVO-E Rx.xx"));
+    about->Form_Load("DAVO N/A");
+    about->show();
+    EXPECT_EQ(about->windowTitle(), QStringLiteral("About DAVO"));
+    EXPECT_FALSE(about->isModal());
+    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoVer")->text(), QStringLiteral("DAVO N/A"));
+    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoPcVer")->text(), QStringLiteral("DAVO-PC V.3.15"));
+    EXPECT_EQ(FindIn<QGroupBox>(*about, "Frame1")->title(), QStringLiteral("Software Rev."));
+    EXPECT_EQ(about->pos(), MiddleFor(*about, about->screen()->geometry()));
+    QTest::mouseClick(FindIn<QPushButton>(*about, "Command1"), Qt::LeftButton);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(about.isNull()) << "unloaded";
+}
+
+TEST(About, EscapeAndEnterUnloadIt) {
+    for (const auto key : {Qt::Key_Escape, Qt::Key_Return}) {
+        const QPointer<frmAbout> about = new frmAbout(nullptr);
+        about->Form_Load("DAVO-E R3.10");
+        about->show();
+        QTest::keyClick(about, key);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_TRUE(about.isNull()) << key;
+    }
+}
+
+TEST(About, NoTextIsCutAndItFitsTheScreen) {
+    frmAbout about(nullptr);
+    about.setAttribute(Qt::WA_DeleteOnClose, false);
+    about.Form_Load("DAVO-E R3.10 WITH A REVISION THAT TAKES MORE THAN A LINE OF THE WINDOW");
+    about.show();
+    EXPECT_THAT(CutTextsOf(about), IsEmpty());
+    EXPECT_TRUE(FitsItsScreen(about));
+}
+
+TEST(Splash, WaitsAndThenShowsTheMainWindowUnderTheHourglass) {
+    std::vector<std::string> events;
+    NotingPointer pointer(events);
+    frmSplash* window = nullptr;
+    frmSplash splash(pointer, [&] {
+        events.emplace_back(window->isVisible() ? "main over splash" : "main after splash");
+    });
+    window = &splash;
+    splash.Form_Load();
+    splash.show();
+    EXPECT_EQ(splash.windowTitle(), QStringLiteral("DAVO PC-Interface"));
+    EXPECT_EQ(splash.pos(), MiddleFor(splash, splash.screen()->geometry()));
+    const auto* timer = splash.findChild<QTimer*>(QStringLiteral("Timer1"));
+    ASSERT_NE(timer, nullptr);
+    EXPECT_EQ(timer->interval(), 1270);
+    EXPECT_TRUE(timer->isActive());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !splash.isVisible(); }, 5000));
+    EXPECT_GE(elapsed.elapsed(), 1200);
+    EXPECT_THAT(events, ElementsAre("hourglass", "main over splash", "default pointer"));
+    EXPECT_FALSE(timer->isActive());
+}
+
+TEST(Splash, NoTextIsCutAndItFitsTheScreen) {
+    BusyPointer pointer;
+    frmSplash splash(pointer, [] {});
+    splash.Form_Load();
+    splash.show();
+    EXPECT_THAT(CutTextsOf(splash), IsEmpty());
+    EXPECT_TRUE(FitsItsScreen(splash));
+}
+
+TEST(ProgramIcon, HasAPictureOfItsOwnForEverySize) {
+    const QIcon icon = ProgramIcon();
+    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+        const QImage picture = icon.pixmap(QSize(size, size), 1.0).toImage();
+        EXPECT_EQ(picture.size(), QSize(size, size));
+        const QImage file(QStringLiteral(":/davo/icon/davo-%1.png").arg(size));
+        ASSERT_FALSE(file.isNull()) << size;
+        EXPECT_EQ(picture.convertToFormat(QImage::Format_ARGB32_Premultiplied),
+                  file.convertToFormat(QImage::Format_ARGB32_Premultiplied))
+            << size;
+        EXPECT_EQ(qAlpha(file.pixel(0, 0)), 0) << "a tile with round corners, size " << size;
+        EXPECT_EQ(qAlpha(file.pixel(size / 2, size / 2)), 255) << size;
+    }
+}
+
+}  // namespace
+
+}  // namespace davo::test

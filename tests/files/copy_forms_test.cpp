@@ -1,0 +1,309 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Copying records: the window that asks for a folder, the one that a timer drives, and the bar.
+#include <sys/mount.h>
+
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QTimer>
+
+#include "files/copy_records.h"
+#include "files/frmCopyFile.h"
+#include "files/frmProgress.h"
+#include "files/frmStatusBar.h"
+#include "tests/app/window_checks.h"
+#include "tests/files/file_window.h"
+
+namespace davo::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class CopyWindow : public FileWindow<frmCopyFile> {
+  protected:
+    CopyWindow() { QDir().mkpath(target); }
+    void Open(const std::vector<QString>& names) {
+        window = std::make_unique<frmCopyFile>(names, settings, prompts);
+        ShowWindow();
+    }
+    void OpenTwo() {
+        AddRecord(QStringLiteral("one"));
+        AddRecord(QStringLiteral("two"));
+        Open({QStringLiteral("one"), QStringLiteral("two")});
+    }
+    void Type(const QString& path) { QTest::keyClicks(Find<QLineEdit>("txtPath"), path); }
+    std::string Question(const char* name) {
+        return std::string("The file ") + name +
+               "already  exists.  Do you want to replace the existing file? ";
+    }
+
+    QString target = folder.Path("disk/");
+};
+
+TEST_F(CopyWindow, CopiesWhatIsChosen) {
+    OpenTwo();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Copy File(s)"));
+    EXPECT_EQ(Find<QPushButton>("cmdPath")->text(), QStringLiteral("&Path"));
+    EXPECT_EQ(Find<QPushButton>("cmdOK")->text(), QStringLiteral("&OK"));
+    EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+    Type(folder.Path("disk"));
+    Click("cmdOK");
+    EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
+    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("one.txt")), RecordFileText("one"));
+    EXPECT_EQ(QFileInfo(target + QStringLiteral("one.txt")).lastModified(),
+              QFileInfo(DataFile(QStringLiteral("one"))).lastModified());
+    EXPECT_EQ(Find<QLabel>("lblStatus")->text(),
+              QStringLiteral("Copying '") + DataFile(QStringLiteral("two")) +
+                  QStringLiteral("'\r\n\r\nTO '") + target + QStringLiteral("two.txt'"));
+    EXPECT_EQ(Find<QPushButton>("cmdOK")->text(), QStringLiteral("&OK"));
+    EXPECT_EQ(Find<QProgressBar>("pbarProgress")->value(), 100);
+    EXPECT_THAT(Shown(), IsEmpty());
+    EXPECT_TRUE(Unloaded());
+}
+
+TEST_F(CopyWindow, TheFolderCanBeChosen) {
+    OpenTwo();
+    prompts.folders = {QString(), folder.Path("disk")};
+    Click("cmdPath");
+    EXPECT_EQ(Find<QLineEdit>("txtPath")->text(), QString());
+    Click("cmdPath");
+    EXPECT_EQ(Find<QLineEdit>("txtPath")->text(), folder.Path("disk"));
+    EXPECT_THAT(Shown(), ElementsAre("&Select a directory:|C:\\", "&Select a directory:|C:\\"));
+}
+
+TEST_F(CopyWindow, RefusesTheDataFolderHoweverItIsSpelt) {
+    OpenTwo();
+    ASSERT_TRUE(QFile::link(settings.dataPath, folder.Path("link")));
+    for (const QString& path :
+         {QString(), QStringLiteral("   "), settings.dataPath, folder.Path("Shots_Data"),
+          folder.Path("disk/../Shots_Data"), folder.Path("link"), folder.Path("nowhere")}) {
+        Find<QLineEdit>("txtPath")->setText(path);
+        prompts.shown.clear();
+        Click("cmdOK");
+        EXPECT_THAT(Shown(), ElementsAre("Invalid Path. Please select another path."))
+            << path.toStdString();
+        EXPECT_TRUE(Find<QPushButton>("cmdPath")->hasFocus());
+    }
+    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("one.txt", "two.txt"));
+    EXPECT_EQ(unloaded, 0);
+}
+
+TEST_F(CopyWindow, AFolderInsideTheDataFolderIsAnotherOne) {
+    OpenTwo();
+    QDir().mkpath(folder.Path("Shots_Data/inner"));
+    Type(folder.Path("Shots_Data/inner"));
+    Click("cmdOK");
+    EXPECT_THAT(NamesIn(folder.Path("Shots_Data/inner")), ElementsAre("one.txt", "two.txt"));
+}
+
+TEST_F(CopyWindow, NoKeepsTheFileThereAndCopiesTheOthers) {
+    OpenTwo();
+    ReplaceFile(target + QStringLiteral("one.txt"), "there");
+    prompts.answers = {Answer::No};
+    Type(target);
+    Click("cmdOK");
+    EXPECT_THAT(Shown(), ElementsAre(Question("one")));
+    EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
+    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("one.txt")), "there");
+    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("two.txt")), RecordFileText("two"));
+}
+
+TEST_F(CopyWindow, YesReplacesAndCancelEnds) {
+    OpenTwo();
+    ReplaceFile(target + QStringLiteral("one.txt"), "there");
+    ReplaceFile(target + QStringLiteral("two.txt"), "there");
+    prompts.answers = {Answer::Yes, Answer::Cancel};
+    Type(target);
+    Click("cmdOK");
+    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("one.txt")), RecordFileText("one"));
+    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("two.txt")), "there");
+    EXPECT_TRUE(Unloaded());
+}
+
+TEST_F(CopyWindow, WhatDoesNotArriveIsSaidAtTheEnd) {
+    AddRecord(QStringLiteral("one"));
+    AddRecord(QStringLiteral("three"));
+    QDir().mkpath(target + QStringLiteral("three.txt/x"));
+    Open({QStringLiteral("one"), QStringLiteral("gone"), QStringLiteral("three")});
+    Type(target);
+    Click("cmdOK");
+    ASSERT_THAT(Shown(), SizeIs(1));
+    EXPECT_THAT(Shown().front(), ::testing::StartsWith("2 of 3 files were not copied:\r\ngone: "));
+    EXPECT_THAT(Shown().front(), HasSubstr("\r\nthree: "));
+    EXPECT_THAT(NamesIn(target), ElementsAre("one.txt")) << "no part of a file is left";
+    EXPECT_TRUE(Unloaded());
+}
+
+TEST_F(CopyWindow, AFullDiskIsSaidAndHoldsNoHalfFile) {
+    const QByteArray disk = QFile::encodeName(folder.Path("disk"));
+    if (::mount("none", disk.constData(), "tmpfs", 0, "size=16k") != 0)
+        GTEST_SKIP() << "a small disk can be mounted by root only";
+    AddRecord(QStringLiteral("one"));
+    AddRecord(QStringLiteral("large"), std::string(100000, 'x'));
+    AddRecord(QStringLiteral("two"));
+    Open({QStringLiteral("one"), QStringLiteral("large"), QStringLiteral("two")});
+    Type(target);
+    Click("cmdOK");
+    EXPECT_THAT(Shown(),
+                ElementsAre(::testing::StartsWith("1 of 3 files were not copied:\r\nlarge: ")));
+    EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
+    EXPECT_EQ(::umount(disk.constData()), 0);
+}
+
+TEST_F(CopyWindow, AFolderThatMayNotBeWrittenIsSaid) {
+    const QByteArray disk = QFile::encodeName(folder.Path("disk"));
+    if (::mount("none", disk.constData(), "tmpfs", MS_RDONLY, "size=16k") != 0)
+        GTEST_SKIP() << "a disk can be mounted by root only";
+    OpenTwo();
+    Type(target);
+    Click("cmdOK");
+    EXPECT_THAT(Shown(), ElementsAre(::testing::StartsWith("2 of 2 files were not copied:")));
+    EXPECT_EQ(::umount(disk.constData()), 0);
+}
+
+// The disk is taken away while the question about its second file is asked.
+TEST_F(CopyWindow, ADiskThatIsPulledOutIsSaid) {
+    OpenTwo();
+    ReplaceFile(target + QStringLiteral("two.txt"), "there");
+    prompts.answers = {Answer::Yes};
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, window.get(), [&] {
+        if (FileExists(target + QStringLiteral("one.txt"))) QDir(target).removeRecursively();
+    });
+    timer.start(0);
+    Type(target);
+    Click("cmdOK");
+    EXPECT_FALSE(FolderExists(target));
+    EXPECT_THAT(Shown(), Contains(HasSubstr("1 of 2 files were not copied:\r\ntwo: ")));
+    EXPECT_TRUE(Unloaded());
+}
+
+TEST_F(CopyWindow, CancelEndsBetweenFiles) {
+    std::vector<QString> names;
+    for (int i = 0; i < 100; ++i) {
+        names.push_back(QStringLiteral("r%1").arg(i));
+        AddRecord(names.back());
+    }
+    Open(names);
+    Type(target);
+    QTimer::singleShot(0, window.get(), [&] {
+        EXPECT_EQ(Find<QPushButton>("cmdOK")->text(), QStringLiteral("Cancel"));
+        EXPECT_FALSE(Find<QLineEdit>("txtPath")->isVisible());
+        EXPECT_FALSE(Find<QPushButton>("cmdPath")->isVisible());
+        EXPECT_TRUE(Find<QProgressBar>("pbarProgress")->isVisible());
+        Click("cmdOK");
+    });
+    Click("cmdOK");
+    EXPECT_TRUE(Unloaded());
+    const std::vector<std::string> there = NamesIn(target);
+    EXPECT_LT(there.size(), 100U);
+    for (const std::string& name : there) {
+        EXPECT_EQ(ReadWholeFile(target + QString::fromStdString(name)),
+                  RecordFileText(name.substr(0, name.size() - 4)));
+    }
+}
+
+TEST_F(CopyWindow, EscapeLeavesWithoutCopying) {
+    OpenTwo();
+    Type(folder.Path("disk"));
+    QTest::keyClick(Find<QLineEdit>("txtPath"), Qt::Key_Escape);
+    EXPECT_TRUE(Unloaded());
+    EXPECT_THAT(NamesIn(target), IsEmpty());
+}
+
+TEST_F(CopyWindow, HoldsAtMost251Names) {
+    std::vector<QString> names;
+    for (int i = 0; i < 252; ++i) {
+        names.push_back(QStringLiteral("r%1").arg(i));
+        AddRecord(names.back());
+    }
+    Open(names);
+    Type(target);
+    Click("cmdOK");
+    EXPECT_THAT(Shown(), ElementsAre("Run-time error '9': Subscript out of range"));
+    EXPECT_THAT(NamesIn(target), SizeIs(251));
+}
+
+// --- The window that a timer drives ---
+
+class StatusBarWindow : public FileWindow<frmStatusBar> {
+  protected:
+    StatusBarWindow() {
+        QDir().mkpath(target);
+        AddRecord(QStringLiteral("one"));
+        AddRecord(QStringLiteral("two"));
+    }
+    void Open(const std::vector<QString>& names) {
+        window = std::make_unique<frmStatusBar>(names, settings.dataPath, target, prompts);
+        ShowWindow();
+    }
+    QString Percent() { return Find<QWidget>("picStatus")->accessibleName(); }
+
+    QString target = folder.Path("disk/");
+};
+
+TEST_F(StatusBarWindow, CopiesOneFileATickAndCloses) {
+    Open({QStringLiteral("one"), QStringLiteral("two")});
+    EXPECT_TRUE(Find<QPushButton>("cmdCancel")->hasFocus());
+    EXPECT_EQ(Find<QPushButton>("cmdCancel")->text(), QStringLiteral("&Cancel"));
+    EXPECT_EQ(Percent(), QStringLiteral("0%"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Percent() == QStringLiteral("50%"); }));
+    EXPECT_TRUE(Unloaded());
+    EXPECT_EQ(Percent(), QStringLiteral("100%"));
+    EXPECT_EQ(Find<QLabel>("lblSource")->text(), DataFile(QStringLiteral("two")));
+    EXPECT_EQ(Find<QLabel>("lblDest")->text(), target + QStringLiteral("two.txt"));
+    EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
+}
+
+TEST_F(StatusBarWindow, AsksBeforeItReplaces) {
+    ReplaceFile(target + QStringLiteral("one.txt"), "there");
+    ReplaceFile(target + QStringLiteral("two.txt"), "there");
+    prompts.answers = {Answer::No, Answer::Cancel};
+    Open({QStringLiteral("one"), QStringLiteral("two")});
+    EXPECT_TRUE(Unloaded());
+    EXPECT_THAT(Shown(),
+                ElementsAre("The file onealready  exists.  Do you want to replace the existing "
+                            "file? ",
+                            "The file twoalready  exists.  Do you want to replace the existing "
+                            "file? "));
+    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("two.txt")), "there");
+}
+
+TEST_F(StatusBarWindow, CancelClosesAtOnce) {
+    Open({QStringLiteral("one"), QStringLiteral("two")});
+    Click("cmdCancel");
+    EXPECT_EQ(unloaded, 1);
+    QTest::qWait(50);
+    EXPECT_LT(NamesIn(target).size(), 2U);
+}
+
+TEST_F(StatusBarWindow, SaysWhatDidNotArrive) {
+    Open({QStringLiteral("gone"), QStringLiteral("two")});
+    EXPECT_TRUE(Unloaded());
+    EXPECT_THAT(Shown(),
+                ElementsAre(::testing::StartsWith("1 of 2 files were not copied:\r\ngone: ")));
+}
+
+// --- The bar ---
+
+TEST(ProgressWindow, FillsInFourSteps) {
+    frmProgress window;
+    window.Form_Load();
+    const auto* bar = window.findChild<QProgressBar*>(QStringLiteral("pbarProgress"));
+    std::vector<int> values{bar->value()};
+    QObject::connect(bar, &QProgressBar::valueChanged, &window,
+                     [&](int value) { values.push_back(value); });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return values.size() == 5; }));
+    QTest::qWait(400);
+    EXPECT_THAT(values, ElementsAre(0, 25, 50, 75, 100));
+    window.Form_Load();
+    EXPECT_EQ(bar->value(), 0);
+}
+
+}  // namespace
+}  // namespace davo::test

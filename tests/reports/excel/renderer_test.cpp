@@ -1,0 +1,379 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "reports/excel/renderer.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include "common/files.h"
+#include "reports/excel/steps.h"
+#include "tests/reports/excel/recording.h"
+#include "tests/reports/xlsx/report.h"
+
+namespace davo::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+class RecordedSession : public excel::Session {
+  public:
+    RecordedSession(ExcelRecording& recording, int& sessions)
+        : application_(std::make_shared<RecordedObject>(recording, QStringLiteral("Application"))),
+          sessions_(sessions) {
+        excel::Quieten(application_);
+        ++sessions_;
+    }
+    ~RecordedSession() override { --sessions_; }
+    RecordedSession(const RecordedSession&) = delete;
+    RecordedSession& operator=(const RecordedSession&) = delete;
+    RecordedSession(RecordedSession&&) = delete;
+    RecordedSession& operator=(RecordedSession&&) = delete;
+    const excel::Object& Application() const override { return application_; }
+    void KeepWatch() override {}
+
+  private:
+    excel::Object application_;
+    int& sessions_;
+};
+
+class RecordedLauncher : public excel::Launcher {
+  public:
+    RecordedLauncher(ExcelRecording& recording, int& sessions)
+        : recording_(recording), sessions_(sessions) {}
+    std::unique_ptr<excel::Session> Start(const std::stop_token&) override {
+        return std::make_unique<RecordedSession>(recording_, sessions_);
+    }
+
+  private:
+    ExcelRecording& recording_;
+    int& sessions_;
+};
+
+class ExcelRendererTest : public testing::Test {
+  protected:
+    ExcelRendererTest() {
+        ReplaceFile(template_, "the template");
+        ReplaceFile(target_, "the old report");
+    }
+
+    bool Render(const Workbook& workbook) {
+        ExcelRenderer renderer(std::make_unique<RecordedLauncher>(recording_, sessions_));
+        return renderer.Render(
+            workbook, template_, target_, [this](int n, int m) { progress_.emplace_back(n, m); },
+            stop_.get_token());
+    }
+
+    QStringList LinesWith(const QString& part) const { return recording_.lines.filter(part); }
+    qsizetype At(const QString& line) const { return recording_.lines.indexOf(line); }
+
+    const QTemporaryDir folder_;
+    const QString template_ = folder_.filePath(QStringLiteral("DAVO_Header.xls"));
+    const QString target_ = folder_.filePath(QStringLiteral("T0012.xls"));
+    ExcelRecording recording_;
+    int sessions_ = 0;
+    std::stop_source stop_;
+    std::vector<std::pair<int, int>> progress_;
+};
+
+std::vector<std::string> Plain(const QStringList& lines) {
+    std::vector<std::string> plain;
+    for (const QString& line : lines)
+        plain.push_back(line.toStdString());
+    return plain;
+}
+
+TEST_F(ExcelRendererTest, WritesTheReportInPlaceOfTheOldOneAndLeavesNothingElse) {
+    ASSERT_TRUE(Render(ReportOf(1)));
+    EXPECT_EQ(ReadWholeFile(target_), "a workbook");
+    EXPECT_EQ(ReadWholeFile(template_), "the template");
+    EXPECT_EQ(sessions_, 0);
+    EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files).size(), 2);
+    EXPECT_EQ(progress_, (std::vector<std::pair<int, int>>{{1, 1}}));
+}
+
+TEST_F(ExcelRendererTest, IsSilencedBeforeAnythingIsOpened) {
+    Render(ReportOf(1));
+    EXPECT_THAT(
+        Plain(recording_.lines.mid(0, 7)),
+        ElementsAre("Application.Visible = false", "Application.DisplayAlerts = false",
+                    "Application.ScreenUpdating = false", "Application.EnableEvents = false",
+                    "Application.AutomationSecurity = 3", "Application.Version",
+                    "Application.Workbooks"));
+    EXPECT_THAT(recording_.lines.at(7).toStdString(), HasSubstr("Application.Workbooks.Open(\""));
+    EXPECT_THAT(recording_.lines.at(7).toStdString(), HasSubstr("DAVO_Header.xls\", 0)"));
+}
+
+TEST_F(ExcelRendererTest, CopiesTheModelBeforeItselfForEveryTest) {
+    Render(ReportOf(3));
+    const QString model = QStringLiteral("Book.Sheets.Item(1)");
+    EXPECT_EQ(LinesWith(model + QStringLiteral(".Copy(") + model).size(), 3);
+    // The summary and the notes.
+    EXPECT_EQ(LinesWith(QStringLiteral("Book.Sheets.Add(") + model).size(), 2);
+    EXPECT_THAT(Plain(LinesWith(QStringLiteral(".Name = \""))
+                          .filter(QRegularExpression(QStringLiteral("^Sheet[0-9]\\.Name")))),
+                ElementsAre("Sheet1.Name = \"Sheet1\"", "Sheet2.Name = \"Sheet2\"",
+                            "Sheet3.Name = \"Sheet3\"", "Sheet4.Name = \"SummaryGraph\"",
+                            "Sheet5.Name = \"NOTES\"", "Sheet1.Name = \"Test 1-Graph\"",
+                            "Sheet2.Name = \"Test 2-Graph\"", "Sheet3.Name = \"Test 3-Graph\"",
+                            "Sheet4.Name = \"SummaryGraph\"", "Sheet5.Name = \"NOTES\""));
+    EXPECT_EQ(progress_, (std::vector<std::pair<int, int>>{{1, 3}, {2, 3}, {3, 3}}));
+}
+
+TEST_F(ExcelRendererTest, StylesTheTitleAndTheBody) {
+    Render(ReportOf(1));
+    const QString title = QStringLiteral("Sheet1.Range(\"A1:D1\")");
+    const QString body = QStringLiteral("Sheet1.Range(\"A4:D100\")");
+    for (const char* line :
+         {".Font.Size = 12", ".Font.Bold = true", ".HorizontalAlignment = -4108",
+          ".VerticalAlignment = -4107", ".WrapText = false", ".Orientation = 0", ".Merge"})
+        EXPECT_TRUE(recording_.lines.contains(title + QLatin1String(line))) << line;
+    for (const char* line : {".ColumnWidth = 20", ".HorizontalAlignment = -4131",
+                             ".Font.Name = \"Arial\"", ".Font.Size = 8"})
+        EXPECT_TRUE(recording_.lines.contains(body + QLatin1String(line))) << line;
+    EXPECT_TRUE(
+        recording_.lines.contains(QStringLiteral("Sheet1.Range(\"B4:D9\").NumberFormat = \"@\"")));
+}
+
+TEST_F(ExcelRendererTest, WritesTablesAtOnceNumbersAsNumbersAndTextsAsTexts) {
+    Render(ReportOf(1));
+    const QString sheet = QStringLiteral("Sheet1.");
+    // A4:D9 is formatted as text but for its first column, and needs no quote there.
+    const QStringList head = LinesWith(sheet + QStringLiteral("Range(\"A4:D14\").Value2 = "));
+    ASSERT_EQ(head.size(), 1);
+    EXPECT_THAT(head.front().toStdString(),
+                HasSubstr("{\"'DATE & TIME: \", \"03/07/24 - 14:05:00\", \"COMPANY: \","));
+    EXPECT_THAT(head.front().toStdString(), HasSubstr("\"'NAMEPLATE RATIO: \", \"'240 (1200:5)\""));
+    EXPECT_THAT(head.front().toStdString(), HasSubstr("\"'MEASURED RATIO: \", 241.2"));
+    const QStringList points = LinesWith(sheet + QStringLiteral("Range(\"A18:D32\").Value2 = "));
+    ASSERT_EQ(points.size(), 1);
+    EXPECT_THAT(points.front().toStdString(),
+                HasSubstr("{\"'CT DATA POINTS:\", \"'CUR (A)\", \"'VTG (V)\", "
+                          "\"'IMPEDANCE (OHM)\"; 1, 0.05, 10, 200;"));
+}
+
+TEST_F(ExcelRendererTest, MakesTheChartOnItsOwnSheetAndPastesItAtG42) {
+    Render(ReportOf(1));
+    const qsizetype added = At(QStringLiteral("Book.Charts.Add"));
+    ASSERT_GE(added, 0);
+    EXPECT_TRUE(recording_.lines.contains(
+        QStringLiteral("Chart.SetSourceData(Book.Sheets.Item(\"Sheet1\").Range(\"B19:C32\"), 2)")));
+    EXPECT_TRUE(recording_.lines.contains(QStringLiteral("Chart.ChartType = 75")));
+    const QString curve = QStringLiteral("Chart.SeriesCollection.Item(2)");
+    EXPECT_TRUE(recording_.lines.contains(curve + QStringLiteral(".Delete")));
+    EXPECT_THAT(Plain(LinesWith(QStringLiteral("Values = "))),
+                ElementsAre(HasSubstr(".XValues = \"=Sheet1!R19C2:R32C2\""),
+                            HasSubstr(".Values = \"=Sheet1!R19C3:R32C3\""),
+                            HasSubstr(".XValues = \"=Sheet1!R11C4\""),
+                            HasSubstr(".Values = \"=Sheet1!R11C2\"")));
+    const qsizetype copied = At(QStringLiteral("Chart.ChartArea.Copy"));
+    const qsizetype pasted = At(QStringLiteral("Sheet1.Paste(Sheet1.Range(\"G42\"))"));
+    const qsizetype deleted = At(QStringLiteral("Chart.Delete"));
+    EXPECT_LT(added, copied);
+    EXPECT_LT(copied, pasted);
+    EXPECT_LT(pasted, deleted);
+    EXPECT_TRUE(
+        recording_.lines.contains(QStringLiteral("Sheet1.ChartObjects.Item(1).Left = 484.5")));
+}
+
+TEST_F(ExcelRendererTest, TheMarkerIsARedStarWithoutALine) {
+    Render(ReportOf(1));
+    const QString marker = QStringLiteral("Chart.SeriesCollection.NewSeries");
+    for (const char* line : {".Border.LineStyle = -4142", ".MarkerStyle = 5", ".MarkerSize = 4",
+                             ".MarkerForegroundColorIndex = 3", ".MarkerBackgroundColorIndex = 3",
+                             ".Shadow = false", ".Smooth = true"})
+        EXPECT_TRUE(recording_.lines.contains(marker + QLatin1String(line))) << line;
+}
+
+TEST_F(ExcelRendererTest, BothAxesAreAutomaticAndLogarithmicWithBothGrids) {
+    Render(ReportOf(1));
+    for (const char* axis : {"Chart.Axes(1)", "Chart.Axes(2)"}) {
+        for (const char* line :
+             {".ScaleType = -4133", ".MinimumScaleIsAuto = true", ".MaximumScaleIsAuto = true",
+              ".MajorUnitIsAuto = true", ".MinorUnitIsAuto = true", ".Crosses = -4105",
+              ".ReversePlotOrder = false", ".MajorTickMark = 3", ".MinorTickMark = -4142",
+              ".TickLabelPosition = -4134", ".HasMajorGridlines = true",
+              ".HasMinorGridlines = true"})
+            EXPECT_TRUE(recording_.lines.contains(QLatin1String(axis) + QLatin1String(line)))
+                << axis << line;
+    }
+    for (const char* line :
+         {"Chart.Axes(1).AxisTitle.Text = \"Amperes\"", "Chart.Axes(2).AxisTitle.Text = \"Volts\"",
+          "Chart.PlotArea.Border.Weight = 2", "Chart.PlotArea.Border.LineStyle = -4105",
+          "Chart.PlotArea.Fill.Visible = true", "Chart.PlotArea.Fill.ForeColor.SchemeColor = 2",
+          "Chart.HasLegend = false"})
+        EXPECT_TRUE(recording_.lines.contains(QLatin1String(line))) << line;
+    EXPECT_THAT(LinesWith(QStringLiteral("Chart.ChartTitle.Text")).value(0).toStdString(),
+                HasSubstr("\\nKneepoint Type - IEEE 30 Degree Marker\""));
+}
+
+TEST_F(ExcelRendererTest, SetsUpThePage) {
+    Render(ReportOf(1));
+    const QString setup = QStringLiteral("Sheet1.PageSetup");
+    EXPECT_THAT(LinesWith(setup + QStringLiteral(".CenterFooter")).value(0).toStdString(),
+                HasSubstr(".CenterFooter = \"&\"Arial,Bold Italic\"&8"));
+    for (const char* line :
+         {".PrintTitleRows = \"\"", ".PrintTitleColumns = \"\"", ".Orientation = 2",
+          ".Zoom = false", ".FitToPagesWide = 1", ".FitToPagesTall = 1"})
+        EXPECT_TRUE(recording_.lines.contains(setup + QLatin1String(line))) << line;
+    EXPECT_EQ(LinesWith(setup + QStringLiteral(".PrintArea = \"A1:")).size(), 1);
+}
+
+TEST_F(ExcelRendererTest, TheSummaryNamesItsCurvesAndLeavesMarkersOutOfTheLegend) {
+    Render(ReportOf(3));
+    EXPECT_THAT(
+        Plain(LinesWith(QStringLiteral(".Name = \"Test #"))),
+        ElementsAre(HasSubstr("\"Test #1\""), HasSubstr("\"Test #2\""), HasSubstr("\"Test #3\"")));
+    EXPECT_THAT(
+        Plain(LinesWith(QStringLiteral("Chart.Legend.LegendEntries"))
+                  .filter(QStringLiteral(".Delete"))),
+        ElementsAre("Chart.Legend.LegendEntries(6).Delete", "Chart.Legend.LegendEntries(4).Delete",
+                    "Chart.Legend.LegendEntries(2).Delete"));
+}
+
+TEST_F(ExcelRendererTest, AnOverlayEndsWithItsSummaryInFront) {
+    Workbook overlay = ReportOf(2);
+    overlay.activeSheet = 2;
+    Render(overlay);
+    const QStringList activated = LinesWith(QStringLiteral(".Activate"));
+    EXPECT_EQ(activated.last(), QStringLiteral("Sheet3.Activate"));
+}
+
+TEST_F(ExcelRendererTest, TakesTheModelAwayAndSavesAtTheEnd) {
+    Render(ReportOf(1));
+    const QStringList end = recording_.lines.mid(recording_.lines.size() - 5);
+    EXPECT_THAT(Plain(end), ElementsAre("Book.Sheets.Item(1).Delete", "Sheet1.Activate",
+                                        "Application.CutCopyMode = false",
+                                        testing::AllOf(HasSubstr("Book.SaveAs(\""),
+                                                       HasSubstr("report.xls\", 56)")),
+                                        "Book.Close(false)"));
+}
+
+TEST_F(ExcelRendererTest, AnOldExcelIsAskedForItsOwnFormat) {
+    recording_.version = QStringLiteral("11.0");
+    Render(ReportOf(1));
+    EXPECT_THAT(LinesWith(QStringLiteral("Book.SaveAs")).value(0).toStdString(),
+                HasSubstr(", -4143)"));
+}
+
+TEST_F(ExcelRendererTest, SheetsOfTheTemplateMakeRoomForTheReports) {
+    recording_.templateSheets = {QStringLiteral("sheet1"), QStringLiteral("Mine"),
+                                 QStringLiteral("HEADER")};
+    ASSERT_TRUE(Render(ReportOf(1)));
+    EXPECT_TRUE(recording_.lines.contains(
+        QStringLiteral("Book.Sheets.Item(1).Name = \"sheet1 (template)\"")));
+    EXPECT_FALSE(
+        recording_.lines.join(QLatin1Char('\n')).contains(QStringLiteral("Mine (template)")));
+    EXPECT_TRUE(
+        recording_.lines.contains(QStringLiteral("Book.Sheets.Item(3).Copy(Book.Sheets.Item(3))")));
+}
+
+TEST_F(ExcelRendererTest, ATemplateWithoutItsModelIsTold) {
+    recording_.templateSheets = {QStringLiteral("Other")};
+    try {
+        Render(ReportOf(1));
+        FAIL() << "nothing was thrown";
+    } catch (const RunTimeError& error) {
+        EXPECT_STREQ(error.what(),
+                     "Run-time error '440': Automation error: DAVO_Header.xls has no sheet "
+                     "\"HEADER\"");
+    }
+    EXPECT_EQ(recording_.lines.last(), QStringLiteral("Book.Close(false)"));
+}
+
+TEST_F(ExcelRendererTest, AFirstQuoteStaysInAFieldOfText) {
+    Workbook workbook;
+    workbook.templateFile = "DAVO_Header.xls";
+    workbook.templateSheet = "HEADER";
+    Sheet sheet;
+    sheet.buildName = sheet.finalName = "Sheet1";
+    sheet.fromTemplate = true;
+    CellStyle text;
+    text.numberFormat = "@";
+    sheet.styles.push_back({RangeOf("B4:D9"), text});
+    sheet.cells.push_back({PlaceOf("B4"), "'70s"});
+    workbook.sheets.push_back(sheet);
+    ASSERT_TRUE(Render(workbook));
+    EXPECT_EQ(LinesWith(QStringLiteral("Value2 = \"''70s\"")).size(), 0);
+    recording_ = {};
+    recording_.takesFirstQuotes = true;
+    ASSERT_TRUE(Render(workbook));
+    EXPECT_EQ(LinesWith(QStringLiteral("Value2 = \"''70s\"")).size(), 1);
+}
+
+TEST_F(ExcelRendererTest, AFailureAtAnyCallIsToldAndLeavesTheOldReport) {
+    const Workbook report = ReportOf(2);
+    ASSERT_TRUE(Render(report));
+    const int calls = recording_.calls;
+    ReplaceFile(target_, "the old report");
+    for (int n = 1; n <= calls; ++n) {
+        SCOPED_TRACE("call " + std::to_string(n) + " of " + std::to_string(calls) + ": " +
+                     recording_.lines.value(n - 1).toStdString());
+        recording_ = {};
+        recording_.failAt = n;
+        try {
+            Render(report);
+            FAIL() << "nothing was thrown";
+        } catch (const RunTimeError& error) {
+            EXPECT_EQ(error.Number(), ErrorNumber::Automation);
+            EXPECT_THAT(error.what(), HasSubstr("call " + std::to_string(n) + " fails"));
+        }
+        ASSERT_EQ(ReadWholeFile(target_), "the old report");
+        ASSERT_EQ(sessions_, 0);
+        ASSERT_EQ(QDir(folder_.path()).entryList(QDir::Files).size(), 2);
+        const bool wasOpened = recording_.lines.contains(QStringLiteral("Book.Sheets"));
+        if (wasOpened) {
+            ASSERT_THAT(Plain(recording_.lines), Contains("Book.Close(false)"));
+        }
+    }
+}
+
+TEST_F(ExcelRendererTest, AStopAtAnyMomentLeavesTheOldReport) {
+    const Workbook report = ReportOf(1);
+    ASSERT_TRUE(Render(report));
+    const int calls = recording_.calls;
+    ReplaceFile(target_, "the old report");
+    for (int n = 1; n < calls; ++n) {
+        SCOPED_TRACE("call " + std::to_string(n));
+        recording_ = {};
+        stop_ = {};
+        recording_.written = [&](const QString&) {
+            if (recording_.calls == n) stop_.request_stop();
+        };
+        ASSERT_FALSE(Render(report));
+        ASSERT_EQ(ReadWholeFile(target_), "the old report");
+        ASSERT_EQ(sessions_, 0);
+        // No more than what is left of one step.
+        ASSERT_LT(recording_.calls, n + 120);
+    }
+}
+
+TEST_F(ExcelRendererTest, WhoHasStoppedAlreadyStartsNoExcel) {
+    stop_.request_stop();
+    EXPECT_FALSE(Render(ReportOf(1)));
+    EXPECT_EQ(recording_.calls, 0);
+}
+
+TEST_F(ExcelRendererTest, AMissingTemplateOrFolderIsToldBeforeExcelStarts) {
+    DeleteFile(template_);
+    try {
+        Render(ReportOf(1));
+        FAIL() << "nothing was thrown";
+    } catch (const RunTimeError& error) {
+        EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
+        EXPECT_THAT(error.what(), HasSubstr("DAVO_Header.xls"));
+    }
+    EXPECT_EQ(recording_.calls, 0);
+}
+
+TEST_F(ExcelRendererTest, MakesXls) {
+    const ExcelRenderer renderer(std::make_unique<RecordedLauncher>(recording_, sessions_));
+    EXPECT_EQ(renderer.Extension(), QStringLiteral(".xls"));
+}
+
+}  // namespace
+}  // namespace davo::test

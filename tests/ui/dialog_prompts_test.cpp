@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/dialog_prompts.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <functional>
+
+#include "common/files.h"
+#include "tests/support/temporary_folder.h"
+
+namespace davo {
+namespace {
+
+constexpr int kGloveHeight = 40;
+
+// Acts once on the next dialog, as soon as it has the keyboard. One that is still open long after
+// fails the test and is closed, so that none hangs it.
+class WhenShown {
+  public:
+    template <class Dialog>
+    static std::unique_ptr<WhenShown> Do(const char* name, std::function<void(Dialog&)> act) {
+        return std::unique_ptr<WhenShown>(new WhenShown([name, act](QDialog& shown) {
+            auto* dialog = qobject_cast<Dialog*>(&shown);
+            ASSERT_NE(dialog, nullptr);
+            EXPECT_EQ(dialog->objectName(), QLatin1String(name));
+            act(*dialog);
+        }));
+    }
+
+    ~WhenShown() { EXPECT_TRUE(acted_) << "no dialog was shown"; }
+    WhenShown(const WhenShown&) = delete;
+    WhenShown& operator=(const WhenShown&) = delete;
+
+  private:
+    static constexpr int kLimit = 20000;  // milliseconds
+
+    explicit WhenShown(std::function<void(QDialog&)> act) : act_(std::move(act)) {
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Look(); });
+        timer_.start(1);
+        since_.start();
+    }
+
+    void Look() {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr) return;
+        if (since_.elapsed() > kLimit) {
+            ADD_FAILURE() << "the dialog stays open";
+            dialog->done(QDialog::Rejected);
+        } else if (!acted_ && dialog->isActiveWindow()) {
+            acted_ = true;
+            act_(*dialog);
+        }
+    }
+
+    std::function<void(QDialog&)> act_;
+    QTimer timer_;
+    QElapsedTimer since_;
+    bool acted_ = false;
+};
+
+QString ExactText(const QDialog& dialog) {
+    return dialog.property("exactText").toString();
+}
+
+void ExpectButtonsForGloves(const QDialog& dialog) {
+    const auto* box = dialog.findChild<QDialogButtonBox*>();
+    ASSERT_NE(box, nullptr);
+    ASSERT_FALSE(box->buttons().isEmpty());
+    for (const QAbstractButton* button : box->buttons()) {
+        EXPECT_GE(button->height(), kGloveHeight) << button->text().toStdString();
+    }
+}
+
+TEST(MessagePrompt, ShowsTheTextAsItWasGiven) {
+    const QString text = QStringLiteral("  <b>R&D</b> && one\r\n two  ");
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        EXPECT_EQ(ExactText(box), text);
+        EXPECT_EQ(box.text(), QStringLiteral("  <b>R&D</b> && one\n two  "));
+        const auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        EXPECT_EQ(label->buddy(), nullptr);  // so that no '&' is a mnemonic
+        EXPECT_EQ(box.windowTitle(), QString());
+        EXPECT_EQ(box.standardButtons(), QMessageBox::Ok);
+        ExpectButtonsForGloves(box);
+        QTest::keyClick(&box, Qt::Key_Return);
+    });
+    DialogPrompts().Message(text);
+}
+
+TEST(MessagePrompt, HasTheTitleGivenAndEndsByEscape) {
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        EXPECT_EQ(box.windowTitle(), QStringLiteral("Title"));
+        QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    DialogPrompts().Message(QStringLiteral("text"), QStringLiteral("Title"));
+}
+
+Answer YesNoBy(Answer preset, const std::function<void(QMessageBox&)>& act) {
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        EXPECT_EQ(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
+        EXPECT_EQ(ExactText(box), QStringLiteral("Do You Want to Exit?"));
+        ExpectButtonsForGloves(box);
+        act(box);
+    });
+    return DialogPrompts().YesNo(QStringLiteral("Do You Want to Exit?"), preset);
+}
+
+TEST(YesNoPrompt, AnswersByItsButtons) {
+    for (const auto& [button, answer] :
+         {std::pair(QMessageBox::Yes, Answer::Yes), std::pair(QMessageBox::No, Answer::No)}) {
+        EXPECT_EQ(YesNoBy(Answer::No,
+                          [button = button](QMessageBox& box) {
+                              QTest::mouseClick(box.button(button), Qt::LeftButton);
+                          }),
+                  answer);
+    }
+}
+
+TEST(YesNoPrompt, AnswersThePresetByReturnAndEscape) {
+    for (const Answer preset : {Answer::Yes, Answer::No}) {
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+            EXPECT_EQ(YesNoBy(preset, [key](QMessageBox& box) { QTest::keyClick(&box, key); }),
+                      preset);
+        }
+        EXPECT_EQ(YesNoBy(preset, [](QMessageBox& box) { box.close(); }), preset);
+    }
+}
+
+TEST(YesNoPrompt, AnswersTheLetters) {
+    EXPECT_EQ(YesNoBy(Answer::No,
+                      [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Y, Qt::AltModifier); }),
+              Answer::Yes);
+}
+
+TEST(YesNoPrompt, AnswersThePresetWhenItsWindowGoes) {
+    auto window = std::make_unique<QWidget>();
+    window->show();
+    QApplication::setActiveWindow(window.get());
+    EXPECT_EQ(YesNoBy(Answer::No,
+                      [&](QMessageBox& box) {
+                          EXPECT_EQ(box.parentWidget(), window.get());
+                          window.reset();
+                      }),
+              Answer::No);
+}
+
+Answer YesNoCancelBy(Answer preset, const std::function<void(QMessageBox&)>& act) {
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        EXPECT_EQ(box.standardButtons(), QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        EXPECT_EQ(box.windowTitle(), QStringLiteral("Title"));
+        act(box);
+    });
+    return DialogPrompts().YesNoCancel(QStringLiteral("Save?"), preset, QStringLiteral("Title"));
+}
+
+TEST(YesNoCancelPrompt, AnswersByItsButtonsAndKeys) {
+    for (const auto& [button, answer] :
+         {std::pair(QMessageBox::Yes, Answer::Yes), std::pair(QMessageBox::No, Answer::No),
+          std::pair(QMessageBox::Cancel, Answer::Cancel)}) {
+        EXPECT_EQ(YesNoCancelBy(Answer::Cancel,
+                                [button = button](QMessageBox& box) {
+                                    QTest::mouseClick(box.button(button), Qt::LeftButton);
+                                }),
+                  answer);
+    }
+    const auto press = [](Qt::Key key) {
+        return [key](QMessageBox& box) { QTest::keyClick(&box, key); };
+    };
+    EXPECT_EQ(YesNoCancelBy(Answer::Yes, press(Qt::Key_Return)), Answer::Yes);
+    EXPECT_EQ(YesNoCancelBy(Answer::Cancel, press(Qt::Key_Return)), Answer::Cancel);
+    EXPECT_EQ(YesNoCancelBy(Answer::Yes, press(Qt::Key_Escape)), Answer::Cancel);
+    EXPECT_EQ(YesNoCancelBy(Answer::Yes, [](QMessageBox& box) { box.close(); }), Answer::Cancel);
+}
+
+std::optional<QString> InputBy(const std::function<void(QInputDialog&)>& act) {
+    const QString prompt = QStringLiteral("R&D <i>name</i>:\r\nsecond");
+    const auto shown = WhenShown::Do<QInputDialog>("inputBox", [&](QInputDialog& box) {
+        EXPECT_EQ(ExactText(box), prompt);
+        EXPECT_EQ(box.windowTitle(), QStringLiteral("Title"));
+        const auto* label = box.findChild<QLabel*>();
+        EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        // A doubled '&' is shown as one.
+        EXPECT_EQ(label->text(), QStringLiteral("R&&D <i>name</i>:\nsecond"));
+        EXPECT_EQ(box.findChild<QLineEdit*>()->selectedText(), QStringLiteral("T1"));
+        ExpectButtonsForGloves(box);
+        act(box);
+    });
+    return DialogPrompts().Input(QStringLiteral("Title"), prompt, QStringLiteral("T1"));
+}
+
+TEST(InputPrompt, GivesWhatWasTyped) {
+    EXPECT_EQ(InputBy([](QInputDialog& box) {
+                  QTest::keyClicks(box.findChild<QLineEdit*>(), QStringLiteral(" T2 "));
+                  QTest::keyClick(&box, Qt::Key_Return);
+              }),
+              QStringLiteral(" T2 "));
+    EXPECT_EQ(InputBy([](QInputDialog& box) { QTest::keyClick(&box, Qt::Key_Return); }),
+              QStringLiteral("T1"));
+}
+
+TEST(InputPrompt, TellsAnEmptyTextFromACancel) {
+    EXPECT_EQ(InputBy([](QInputDialog& box) {
+                  box.findChild<QLineEdit*>()->clear();
+                  QTest::keyClick(&box, Qt::Key_Return);
+              }),
+              QString());
+    EXPECT_EQ(InputBy([](QInputDialog& box) { QTest::keyClick(&box, Qt::Key_Escape); }),
+              std::nullopt);
+}
+
+void Type(QFileDialog& dialog, const QString& name) {
+    auto* line = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    line->setText(name);
+    QMetaObject::invokeMethod(&dialog, "accept");
+}
+
+TEST(SaveFilePrompt, GivesThePathAndAsksNothingAboutAFileThatIsThere) {
+    const test::TemporaryFolder folder;
+    ReplaceFile(folder.Path("T1.txt"), "old");
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", [&](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptSave);
+        EXPECT_EQ(dialog.nameFilters(), QStringList(QStringLiteral("*.txt")));
+        EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
+        Type(dialog, QStringLiteral("T1.txt"));
+    });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), QStringLiteral("*.txt")),
+              ShownPath(folder.Path("T1.txt")));
+    EXPECT_EQ(ReadWholeFile(folder.Path("T1.txt")), "old");
+}
+
+TEST(SaveFilePrompt, AddsNothingToANewName) {
+    const test::TemporaryFolder folder;
+    const auto shown = WhenShown::Do<QFileDialog>(
+        "cdFile", [](QFileDialog& dialog) { Type(dialog, QStringLiteral("T2")); });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), QStringLiteral("*.txt")),
+              ShownPath(folder.Path("T2")));
+}
+
+TEST(SaveFilePrompt, IsEmptyWhenCancelled) {
+    const test::TemporaryFolder folder;
+    const auto shown = WhenShown::Do<QFileDialog>(
+        "cdFile", [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), QStringLiteral("*.txt")), QString());
+}
+
+TEST(ChooseFolderPrompt, GivesTheFolderChosen) {
+    const test::TemporaryFolder folder;
+    CreateFolder(folder.Path("inside"));
+    const auto shown = WhenShown::Do<QFileDialog>("folderBrowser", [&](QFileDialog& dialog) {
+        EXPECT_EQ(ExactText(dialog), QStringLiteral("Select a folder"));
+        EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Select a folder"));
+        EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
+        Type(dialog, QStringLiteral("inside"));
+    });
+    EXPECT_EQ(DialogPrompts().ChooseFolder(QStringLiteral("Select a folder"), folder.Path()),
+              ShownPath(folder.Path("inside")));
+}
+
+TEST(ChooseFolderPrompt, IsEmptyWhenCancelled) {
+    const test::TemporaryFolder folder;
+    const auto shown = WhenShown::Do<QFileDialog>(
+        "folderBrowser", [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    EXPECT_EQ(DialogPrompts().ChooseFolder(QStringLiteral("Select"), folder.Path()), QString());
+}
+
+}  // namespace
+}  // namespace davo

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "driver.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QTimer>
+#include <QWidget>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <thread>
+
+#include "script_line.h"
+#include "widgets.h"
+
+namespace davo::test {
+namespace {
+
+constexpr int kPollMs = 5;
+constexpr int kFailed = 3;
+constexpr int kInputEnded = 4;
+
+void Say(const QString& text) {
+    std::fprintf(stdout, "driver: %s\n", text.toUtf8().constData());
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+Driver::Driver(const QString& script) {
+    // A platform's own dialogs have no widgets that could be driven.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    if (script == QLatin1String("-")) {
+        // A thread, because not every platform's event loop can wait for a pipe. It ends with the
+        // process.
+        std::thread([this] { ReadStandardInput(); }).detach();
+        return;
+    }
+    QFile file(script);
+    if (!file.open(QIODevice::ReadOnly)) {
+        Fail(QStringLiteral("cannot read ") + script);
+    }
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        AddLine(QString::fromUtf8(line));
+    }
+    Schedule(0);
+}
+
+void Driver::ReadStandardInput() {
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this, text = QString::fromStdString(line)] {
+                AddLine(text);
+                Schedule(0);
+            },
+            Qt::QueuedConnection);
+    }
+    // Who gave the commands has gone: nobody would ever end the program.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            Step end;
+            end.line = QStringLiteral("end, since the input has ended");
+            end.missing = [] { return QString(); };
+            end.act = [] { std::_Exit(kInputEnded); };
+            steps_.push_back(std::move(end));
+            Schedule(0);
+        },
+        Qt::QueuedConnection);
+}
+
+void Driver::AddLine(const QString& line) {
+    const QStringList words = ScriptWords(line);
+    if (!words.isEmpty()) {
+        steps_.push_back(Build(line.trimmed(), words));
+    }
+}
+
+// Without anything to do no timer runs, so that the program's own use of the processor can be
+// measured.
+void Driver::Schedule(int ms) {
+    if (!scheduled_ && !steps_.empty()) {
+        scheduled_ = true;
+        QTimer::singleShot(ms, this, &Driver::Tick);
+    }
+}
+
+void Driver::Tick() {
+    scheduled_ = false;
+    if (steps_.empty()) {
+        return;
+    }
+    if (!timing_) {
+        timing_ = true;
+        sinceStep_.start();
+    }
+    ActivateSomeWindow();
+    const QString missing = steps_.front().missing();
+    if (!missing.isEmpty()) {
+        if (sinceStep_.elapsed() > steps_.front().limitMs) {
+            Fail(steps_.front().line + QStringLiteral(": waited ") +
+                 QString::number(steps_.front().limitMs) + QStringLiteral(" ms, but ") + missing);
+        }
+        Schedule(kPollMs);
+        return;
+    }
+    const Step step = std::move(steps_.front());
+    steps_.pop_front();
+    timing_ = false;
+    if (step.logged) {
+        Say(QStringLiteral("do ") + step.line);
+    }
+    Schedule(kPollMs);
+    if (step.act) {
+        step.act();
+    }
+}
+
+void Driver::Fail(const QString& reason) {
+    Say(QStringLiteral("FAILED ") + reason);
+    Say(QStringLiteral("state ") +
+        QString::fromUtf8(QJsonDocument(VisibleState()).toJson(QJsonDocument::Compact)));
+    const QString pictures = qEnvironmentVariable("DAVO_DRIVER_PICTURES");
+    QWidget* front = FrontWindow();
+    if (!pictures.isEmpty() && front != nullptr) {
+        const QString path = QDir(pictures).filePath(QStringLiteral("failed.png"));
+        front->grab().save(path);
+        Say(QStringLiteral("picture ") + path);
+    }
+    std::_Exit(kFailed);
+}
+
+Step Driver::Build(const QString& line, const QStringList& words) {
+    // Commands whose last word may be a limit, with the words they need before it.
+    static const QHash<QString, int> kWithLimit{
+        {QStringLiteral("wait"), 1},        {QStringLiteral("waitGone"), 1},
+        {QStringLiteral("waitText"), 2},    {QStringLiteral("waitContains"), 2},
+        {QStringLiteral("waitEnabled"), 1}, {QStringLiteral("waitDisabled"), 1},
+        {QStringLiteral("click"), 1},       {QStringLiteral("menu"), 1},
+        {QStringLiteral("type"), 2},        {QStringLiteral("answer"), 1},
+        {QStringLiteral("chooseFile"), 1}};
+    constexpr int kLimitMs = 15000;
+
+    const QString& command = words.front();
+    QStringList args = words.mid(1);
+    const qsizetype needed = kWithLimit.value(command, 0);
+    if (args.size() < needed) {
+        Fail(QStringLiteral("too few words: ") + line);
+    }
+    int limitMs = kLimitMs;
+    if (kWithLimit.contains(command) && args.size() > needed) {
+        bool isNumber = false;
+        const int number = args.back().toInt(&isNumber);
+        if (isNumber) {
+            limitMs = number;
+            args.removeLast();
+        }
+    }
+    Step step = command.startsWith(QLatin1String("wait")) ? BuildWait(command, args)
+                                                          : BuildAct(command, args);
+    if (!step.missing) {
+        Fail(QStringLiteral("unknown command: ") + line);
+    }
+    step.line = line;
+    step.limitMs = limitMs;
+    return step;
+}
+
+Step Driver::BuildAct(const QString& command, const QStringList& args) {
+    const auto at = [&](qsizetype i) { return args.value(i); };
+    const auto atOnce = [](std::function<void()> act) {
+        return Step{{}, [] { return QString(); }, std::move(act)};
+    };
+    if (command == QLatin1String("click")) {
+        return BuildClick(at(0));
+    }
+    if (command == QLatin1String("menu")) {
+        return BuildMenu(at(0));
+    }
+    if (command == QLatin1String("type")) {
+        return BuildType(at(0), at(1));
+    }
+    if (command == QLatin1String("focusOut") || command == QLatin1String("key")) {
+        return BuildKey(command == QLatin1String("key") ? at(0) : QStringLiteral("Tab"));
+    }
+    if (command == QLatin1String("answer")) {
+        return BuildAnswer(args);
+    }
+    if (command == QLatin1String("chooseFile")) {
+        return BuildChooseFile(at(0));
+    }
+    if (command == QLatin1String("grab")) {
+        return BuildGrab(args);
+    }
+    if (command == QLatin1String("colours")) {
+        return BuildColours(at(0));
+    }
+    if (command == QLatin1String("close")) {
+        return BuildClose(at(0));
+    }
+    if (command == QLatin1String("state")) {
+        return atOnce([] {
+            Say(QStringLiteral("state ") +
+                QString::fromUtf8(QJsonDocument(VisibleState()).toJson(QJsonDocument::Compact)));
+        });
+    }
+    if (command == QLatin1String("log")) {
+        return atOnce([text = at(0)] { Say(QStringLiteral("log ") + text); });
+    }
+    if (command == QLatin1String("quit")) {
+        return atOnce([] { QCoreApplication::quit(); });
+    }
+    if (command == QLatin1String("sleep")) {
+        Step step;
+        step.missing = [this, ms = at(0).toInt()] {
+            return sinceStep_.elapsed() < ms ? QStringLiteral("asleep") : QString();
+        };
+        return step;
+    }
+    return {};
+}
+
+}  // namespace davo::test

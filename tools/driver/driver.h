@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+#include <deque>
+#include <functional>
+
+namespace davo::test {
+
+// One thing to do: when missing() has nothing to say any more, act() runs. A limit passed ends
+// the process.
+struct Step {
+    QString line;                      // as the script has it, for the log
+    std::function<QString()> missing;  // empty: go; else what is waited for
+    std::function<void()> act;
+    int limitMs = 0;
+    bool logged = true;
+};
+
+// Plays a script of operator's acts inside a running program: the file named by
+// DAVO_DRIVER_SCRIPT, one command per line, or "-": commands as they come on the standard input,
+// whose end ends the program.
+// It works from single-shot timers, each scheduled before the act it follows, so that an act that
+// opens a modal dialog (and returns only when that closes) does not stop it.
+//
+//   wait W [ms]              until W is visible            waitGone W [ms]
+//   waitText W TEXT [ms]     until W shows exactly TEXT    waitContains W TEXT [ms]
+//   waitEnabled W [ms]       waitDisabled W [ms]
+//   click W [ms]             once it can be pressed
+//   menu ACTION [ms]         through its menus, from the menu bar
+//   type W TEXT [ms]         replaces W's text, key by key
+//   focusOut                 the Tab key
+//   key NAME                 one key, by its portable name, to the widget with the focus
+//   answer BUTTON [TEXT] [ms]  a button of the prompt "msgBox", once it shows exactly TEXT
+//   chooseFile NAME [ms]     in the save dialog "cdFile"
+//   grab NAME [W]            NAME.png of W or of the window in front, in DAVO_DRIVER_PICTURES
+//   colours dark             all windows go to dark colours; any other word: back
+//   close W                  closes the window as its frame does
+//   state                    writes what all windows show, as one line of JSON
+//   sleep MS   log TEXT   quit
+class Driver : public QObject {
+  public:
+    explicit Driver(const QString& script);
+
+  private:
+    void ReadStandardInput();
+    void AddLine(const QString& line);
+    void Schedule(int ms);
+    void Tick();
+    [[noreturn]] void Fail(const QString& reason);
+
+    Step Build(const QString& line, const QStringList& words);
+    Step BuildWait(const QString& command, const QStringList& args);
+    Step BuildAct(const QString& command, const QStringList& args);
+    Step BuildClick(const QString& widget);
+    Step BuildKey(const QString& key);
+    Step BuildType(const QString& widget, const QString& text);
+    Step BuildAnswer(const QStringList& args);
+    Step BuildMenu(const QString& action);
+    Step BuildChooseFile(const QString& name);
+    Step BuildGrab(const QStringList& args);
+    Step BuildClose(const QString& widget);
+    Step BuildColours(const QString& name);
+
+    std::deque<Step> steps_;
+    QElapsedTimer sinceStep_;
+    bool timing_ = false;
+    bool scheduled_ = false;
+};
+
+}  // namespace davo::test

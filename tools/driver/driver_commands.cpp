@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QKeySequence>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPalette>
+#include <QPushButton>
+#include <QTest>
+
+#include "driver.h"
+#include "widgets.h"
+
+// What each command waits for and does.
+
+namespace davo::test {
+namespace {
+
+QString NotVisible(const QString& name) {
+    return name + QStringLiteral(" is not visible");
+}
+
+// Line ends as the operator sees them.
+QString Plain(QString text) {
+    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+}
+
+// The standard button of a prompt by its name ("Yes"); null when it has none such.
+QAbstractButton* PromptButton(const QMessageBox* prompt, const QString& name) {
+    static const QHash<QString, QMessageBox::StandardButton> kButtons{
+        {QStringLiteral("Ok"), QMessageBox::Ok},
+        {QStringLiteral("Yes"), QMessageBox::Yes},
+        {QStringLiteral("No"), QMessageBox::No},
+        {QStringLiteral("Cancel"), QMessageBox::Cancel}};
+    return prompt->button(kButtons.value(name, QMessageBox::NoButton));
+}
+
+QString WhyNoPress(QWidget* widget, const QString& name) {
+    return widget == nullptr ? NotVisible(name) : WhyNotPressable(widget);
+}
+
+}  // namespace
+
+Step Driver::BuildWait(const QString& command, const QStringList& args) {
+    const QString name = args.value(0);
+    const QString text = args.value(1);
+    Step step;
+    if (command == QLatin1String("wait")) {
+        step.missing = [name] {
+            return FindWidget(name) == nullptr ? NotVisible(name) : QString();
+        };
+    } else if (command == QLatin1String("waitGone")) {
+        step.missing = [name] {
+            return FindWidget(name) == nullptr ? QString() : name + QStringLiteral(" is visible");
+        };
+    } else if (command == QLatin1String("waitEnabled") ||
+               command == QLatin1String("waitDisabled")) {
+        const bool enabled = command == QLatin1String("waitEnabled");
+        step.missing = [name, enabled] {
+            const QWidget* widget = FindWidget(name);
+            if (widget == nullptr) {
+                return NotVisible(name);
+            }
+            return widget->isEnabled() == enabled
+                       ? QString()
+                       : name + (enabled ? QStringLiteral(" is disabled")
+                                         : QStringLiteral(" is enabled"));
+        };
+    } else if (command == QLatin1String("waitText") || command == QLatin1String("waitContains")) {
+        const bool whole = command == QLatin1String("waitText");
+        step.missing = [name, text, whole] {
+            const QWidget* widget = FindWidget(name);
+            if (widget == nullptr) {
+                return NotVisible(name);
+            }
+            const QString shown = Plain(ShownText(widget));
+            return (whole ? shown == text : shown.contains(text))
+                       ? QString()
+                       : QStringLiteral("%1 shows \"%2\"").arg(name, shown);
+        };
+    }
+    return step;
+}
+
+Step Driver::BuildClick(const QString& widget) {
+    Step step;
+    step.missing = [widget] { return WhyNoPress(FindWidget(widget), widget); };
+    step.act = [widget] {
+        QWidget* found = FindWidget(widget);
+        ClickAt(found, found->rect().center());
+    };
+    return step;
+}
+
+Step Driver::BuildKey(const QString& key) {
+    Step step;
+    step.missing = [] {
+        return QApplication::activeWindow() == nullptr &&
+                       QApplication::activePopupWidget() == nullptr
+                   ? QStringLiteral("no window is active")
+                   : QString();
+    };
+    step.act = [key] {
+        const QKeyCombination keys = QKeySequence(key, QKeySequence::PortableText)[0];
+        QWidget* target = QApplication::focusWidget();
+        if (target == nullptr) {
+            target = FrontWindow();
+        }
+        QTest::keyClick(target->window()->windowHandle(), keys.key(), keys.keyboardModifiers());
+    };
+    return step;
+}
+
+Step Driver::BuildType(const QString& widget, const QString& text) {
+    Step step;
+    step.missing = [widget] { return WhyNoPress(FindWidget(widget), widget); };
+    step.act = [widget, text] {
+        QWidget* found = FindWidget(widget);
+        ClickAt(found, found->rect().center());
+        QTest::keyClick(found, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(found, Qt::Key_Delete);
+        for (const QChar c : text) {
+            if (c == QLatin1Char('\n')) {
+                QTest::keyClick(found, Qt::Key_Return);
+            } else {
+                QTest::sendKeyEvent(QTest::Click, found, Qt::Key_unknown, QString(c), {});
+            }
+        }
+    };
+    return step;
+}
+
+Step Driver::BuildAnswer(const QStringList& args) {
+    Step step;
+    const QString button = args.value(0);
+    step.missing = [button, expected = args.value(1), checked = args.size() > 1] {
+        const QMessageBox* prompt = VisiblePrompt();
+        if (prompt == nullptr) {
+            return QStringLiteral("no prompt is shown");
+        }
+        if (checked && Plain(prompt->text()) != expected) {
+            return QStringLiteral("the prompt says \"%1\"").arg(prompt->text());
+        }
+        QAbstractButton* found = PromptButton(prompt, button);
+        return found == nullptr ? QStringLiteral("the prompt has no such button")
+                                : WhyNotPressable(found);
+    };
+    step.act = [button] {
+        QAbstractButton* found = PromptButton(VisiblePrompt(), button);
+        ClickAt(found, found->rect().center());
+    };
+    return step;
+}
+
+Step Driver::BuildMenu(const QString& action) {
+    Step first;
+    first.missing = [action] {
+        const MenuPath path = FindMenuPath(action);
+        if (path.bar == nullptr) {
+            return QStringLiteral("no menu bar has ") + action;
+        }
+        for (const QAction* step : path.actions) {
+            if (!step->isEnabled()) {
+                return step->objectName() + QStringLiteral(" is disabled");
+            }
+        }
+        return WhyNotPressable(path.bar);
+    };
+    first.act = [this, action] {
+        const MenuPath path = FindMenuPath(action);
+        // The rest of the way, innermost first, since each goes to the front of the queue.
+        for (qsizetype i = path.actions.size() - 1; i > 0; --i) {
+            QMenu* menu = path.actions.at(i - 1)->menu();
+            QAction* pressed = path.actions.at(i);
+            Step step;
+            step.line = QStringLiteral("menu ") + action;
+            step.limitMs = 5000;
+            step.logged = false;
+            step.missing = [menu] {
+                return menu->isVisible() ? QString() : QStringLiteral("a menu did not open");
+            };
+            step.act = [menu, pressed] { ClickAt(menu, menu->actionGeometry(pressed).center()); };
+            steps_.push_front(std::move(step));
+        }
+        Schedule(0);
+        ClickAt(path.bar, path.bar->actionGeometry(path.actions.front()).center());
+    };
+    return first;
+}
+
+Step Driver::BuildChooseFile(const QString& name) {
+    const auto dialog = [] {
+        return qobject_cast<QFileDialog*>(FindWidget(QStringLiteral("cdFile")));
+    };
+    const auto save = [dialog] {
+        const auto* box = dialog()->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
+        return box->button(QDialogButtonBox::Save);
+    };
+    Step step;
+    step.missing = [dialog] {
+        return dialog() == nullptr ? QStringLiteral("the file dialog is not shown") : QString();
+    };
+    step.act = [this, dialog, save, name] {
+        dialog()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(name);
+        Step press;
+        press.line = QStringLiteral("chooseFile ") + name;
+        press.limitMs = 5000;
+        press.logged = false;
+        press.missing = [dialog, save] {
+            return dialog() == nullptr ? QStringLiteral("the file dialog has gone")
+                                       : WhyNotPressable(save());
+        };
+        press.act = [save] { ClickAt(save(), save()->rect().center()); };
+        steps_.push_front(std::move(press));
+        Schedule(0);
+    };
+    return step;
+}
+
+Step Driver::BuildGrab(const QStringList& args) {
+    Step step;
+    step.missing = [args] {
+        const QWidget* target = args.size() > 1 ? FindWidget(args.at(1)) : FrontWindow();
+        return target == nullptr ? QStringLiteral("there is nothing to take a picture of")
+                                 : QString();
+    };
+    step.act = [this, args] {
+        QWidget* target = args.size() > 1 ? FindWidget(args.at(1)) : FrontWindow();
+        const QDir folder(qEnvironmentVariable("DAVO_DRIVER_PICTURES"));
+        const QString path = folder.filePath(args.value(0) + QStringLiteral(".png"));
+        if (!target->grab().save(path)) {
+            Fail(QStringLiteral("cannot write ") + path);
+        }
+    };
+    return step;
+}
+
+Step Driver::BuildColours(const QString& name) {
+    Step step;
+    step.missing = [] { return QString(); };
+    step.act = [name] {
+        QPalette palette;
+        if (name == QLatin1String("dark")) {
+            palette = QPalette(QColor(45, 45, 48), QColor(45, 45, 48));
+            palette.setColor(QPalette::Base, QColor(28, 28, 30));
+            palette.setColor(QPalette::Highlight, QColor(42, 130, 218));
+        }
+        QApplication::setPalette(palette);
+    };
+    return step;
+}
+
+Step Driver::BuildClose(const QString& widget) {
+    Step step;
+    step.missing = [widget] {
+        return FindWidget(widget) == nullptr ? NotVisible(widget) : QString();
+    };
+    step.act = [widget] { FindWidget(widget)->window()->close(); };
+    return step;
+}
+
+}  // namespace davo::test

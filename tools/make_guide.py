@@ -1,0 +1,186 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Makes the guide's pages of HTML from Markdown.
+
+usage: make_guide.py OUTPUT PAGE.md...
+
+The pages stand in the table of contents in the order given; each begins with its title, a heading
+of the first level. A link to another page is written to its Markdown file ("records.md#format").
+A heading may say which windows of the program it is about:
+
+    ## The test window {#window f1="frmCControl"}
+
+For each such window f1/<window>.html leads there: the program's F1 key opens it, and needs to know
+no anchor (many desktops pass on a file's name only). On the page about the message boxes each block
+of literal text is a place of its own, f1/message-N.html; f1/messages.txt says by which part of a
+message it is found: the file's name without its ending, a tab, the part.
+
+Every page is whole by itself: style within, nothing from the network. The pictures lie in
+OUTPUT/pictures and are made by a test.
+"""
+
+import collections
+import html
+import pathlib
+import re
+import string
+import sys
+import textwrap
+
+import markdown
+from markdown.extensions import Extension
+from markdown.treeprocessors import Treeprocessor
+from markdown.util import AtomicString
+
+TEMPLATE = pathlib.Path(__file__).parents[1] / "docs" / "guide" / "template.html"
+EXTENSIONS = ["attr_list", "def_list", "fenced_code", "sane_lists", "tables"]
+REDIRECT = """<!DOCTYPE html>
+<html lang="en">
+<meta charset="utf-8">
+<meta http-equiv="refresh" content="0; url={target}">
+<title>Guide</title>
+<p><a href="{target}">To the guide</a></p>
+</html>
+"""
+
+
+MESSAGES = "msgBox"
+LEAST_PART = 10  # characters of a message by which it may be found
+
+
+class PageParts(Treeprocessor):
+    """Takes windows out of headings, turns links to Markdown into links to pages."""
+
+    def __init__(self, md):
+        super().__init__(md)
+        self.windows = {}
+        self.sections = []
+
+    def run(self, root):
+        for element in root.iter():
+            if element.tag in ("h2", "h3", "h1"):
+                self.heading(element)
+            elif element.tag == "a":
+                page, hash_, anchor = element.get("href", "").partition("#")
+                if page.endswith(".md") and "://" not in page:
+                    name = pathlib.PurePosixPath(page).stem
+                    element.set("href", name + ".html" + hash_ + anchor)
+            elif element.tag == "pre":
+                for code in element:
+                    code.text = AtomicString(textwrap.dedent(code.text))
+            elif element.tag == "table":
+                # A wide table scrolls by itself on a narrow screen.
+                element.set("tabindex", "0")
+
+    def heading(self, element):
+        text = "".join(element.itertext())
+        if not element.get("id"):
+            element.set("id", re.sub(r"[^a-z0-9]+", "-", text.lower()).strip("-"))
+        for window in element.attrib.pop("f1", "").split():
+            self.windows[window] = element.get("id")
+        if element.tag == "h2":
+            self.sections.append((element.get("id"), text))
+
+
+class Parts(Extension):
+    def extendMarkdown(self, md):
+        self.processor = PageParts(md)
+        md.treeprocessors.register(self.processor, "page-parts", 0)
+
+
+class Page:
+    def __init__(self, path):
+        self.name = path.stem
+        text = path.read_text("utf-8")
+        parts = Parts()
+        converter = markdown.Markdown(
+            extensions=[*EXTENSIONS, parts], output_format="html", tab_length=2
+        )
+        self.body = converter.convert(text)
+        self.windows = parts.processor.windows
+        self.messages = []  # for each message the parts of it that are always the same
+        if MESSAGES in self.windows:
+            self.body = re.sub(r"<pre><code>(.*?)</code></pre>", self.message, self.body, flags=re.S)
+        self.sections = parts.processor.sections
+        title = re.match(r"# (.+?)(?: *\{.*\})?\n", text)
+        if not title:
+            raise SystemExit(f"{path} does not begin with its title")
+        self.title = title[1]
+
+
+    def message(self, block):
+        parts = re.split(r"‹[^›]*›|\n", html.unescape(block[1]))
+        self.messages.append([part.strip() for part in parts if len(part.strip()) >= LEAST_PART])
+        return f'<pre id="message-{len(self.messages)}"><code>{block[1]}</code></pre>'
+
+
+def contents(pages, current):
+    """The table of contents, with the sections of the page that is shown."""
+    lines = ["<ul>"]
+    for page in pages:
+        mark = ' aria-current="page"' if page is current else ""
+        lines.append(f'<li><a href="{page.name}.html"{mark}>{html.escape(page.title)}</a>')
+        if page is current and page.sections:
+            lines.append("<ul>")
+            lines += [
+                f'<li><a href="#{anchor}">{html.escape(text)}</a></li>'
+                for anchor, text in page.sections
+            ]
+            lines.append("</ul>")
+        lines.append("</li>")
+    lines.append("</ul>")
+    return "\n".join(lines)
+
+
+def neighbours(pages, index):
+    """Links to the page before and the one after."""
+    links = []
+    if index > 0:
+        before = pages[index - 1]
+        links.append(f'<a rel="prev" href="{before.name}.html">← {html.escape(before.title)}</a>')
+    if index + 1 < len(pages):
+        after = pages[index + 1]
+        links.append(f'<a rel="next" href="{after.name}.html">{html.escape(after.title)} →</a>')
+    return "\n".join(links)
+
+
+def main(output, sources):
+    pages = [Page(source) for source in sources]
+    template = string.Template(TEMPLATE.read_text("utf-8"))
+    redirects = output / "f1"
+    redirects.mkdir(parents=True, exist_ok=True)
+    for old in [*output.glob("*.html"), *redirects.glob("*.html")]:
+        old.unlink()
+    windows = {}
+    for index, page in enumerate(pages):
+        text = template.substitute(
+            name=page.name,
+            title=html.escape(page.title),
+            contents=contents(pages, page),
+            body=page.body,
+            neighbours=neighbours(pages, index),
+        )
+        (output / f"{page.name}.html").write_text(text, "utf-8")
+        for window, anchor in page.windows.items():
+            if window in windows:
+                raise SystemExit(f"{window} has two places: {windows[window]}, {page.name}")
+            windows[window] = page.name
+            target = f"../{page.name}.html#{anchor}"
+            (redirects / f"{window}.html").write_text(REDIRECT.format(target=target), "utf-8")
+        for number, parts in enumerate(page.messages, 1):
+            target = f"../{page.name}.html#message-{number}"
+            (redirects / f"message-{number}.html").write_text(REDIRECT.format(target=target), "utf-8")
+        if page.messages:
+            # What two messages have in common tells neither.
+            times = collections.Counter(part for parts in page.messages for part in set(parts))
+            lines = [
+                f"message-{number}\t{part}\n"
+                for number, parts in enumerate(page.messages, 1)
+                for part in parts
+                if times[part] == 1
+            ]
+            (redirects / "messages.txt").write_text("".join(lines), "utf-8")
+
+
+if __name__ == "__main__":
+    main(pathlib.Path(sys.argv[1]), [pathlib.Path(name) for name in sys.argv[2:]])
