@@ -43,3 +43,6 @@ endforeach()
 install(FILES "${CMAKE_SOURCE_DIR}/packaging/template/DAVO_Header.xls" DESTINATION . COMPONENT windows)
 install(FILES "${CMAKE_SOURCE_DIR}/packaging/windows/read-me.txt" DESTINATION . COMPONENT windows)
 install(DIRECTORY "${DAVO_WINDOWS_LIBRARIES}/licences/" DESTINATION licences COMPONENT windows)
+# The program's own licence, as the system that packs it has it.
+install(FILES /usr/share/common-licenses/GPL-3 DESTINATION licences RENAME GPL-3.txt
+  COMPONENT windows)

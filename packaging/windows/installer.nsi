@@ -1,3 +1,4 @@
+; SPDX-License-Identifier: GPL-3.0-or-later
 ; Installs the program for the user who runs it: no administrator, nothing outside his own folders.
 ; What he measured lies in Documents\DAVO or beside the program; removing the program leaves both.
 ; The program is for 64 bit, and so is what installs it.

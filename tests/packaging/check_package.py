@@ -103,6 +103,15 @@ def check_files(package, root):
     expect((root / TEMPLATE).read_bytes() == committed, "another template than the committed one")
 
 
+def check_licence(root):
+    """The program is under the GPL, and the text is the system's: policy forbids a second copy."""
+    stanzas = (root / "usr/share/doc/davo/copyright").read_text("utf-8").split("\n\n")
+    program = [stanza for stanza in stanzas if stanza.startswith("Files: *\n")]
+    expect(len(program) == 1 and program[0].endswith("\nLicense: GPL-3+"), f"copyright says {program}")
+    terms = [stanza for stanza in stanzas if stanza.startswith("License: GPL-3+\n")]
+    expect(len(terms) == 1 and "/usr/share/common-licenses/GPL-3." in terms[0], f"the terms are {terms}")
+
+
 def check_binaries(root):
     for name in (*PROGRAMS, MODULE):
         file = root / name
@@ -137,6 +146,7 @@ def main():
         subprocess.run(("dpkg-deb", "--raw-extract", package, folder), check=True)
         check_fields(package)
         check_files(package, root)
+        check_licence(root)
         check_binaries(root)
         check_links(root)
         check_with("desktop-file-validate", "--warn-kde", str(root / DESKTOP))
