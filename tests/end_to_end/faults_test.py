@@ -49,8 +49,8 @@ class Faults(unittest.TestCase):
         )
         self.assertEqual(actual, expected)
 
-    def line_shots(self, bench):
-        return expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
+    def line_shots(self, rig):
+        return expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
 
     def assert_no_prompt_follows(self, program):
         end = time.monotonic() + 1.5
@@ -61,14 +61,14 @@ class Faults(unittest.TestCase):
 
 class Unplugged(Faults):
     def test_the_cable_is_pulled_in_mid_shot(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             harness.open_test_window(program)
             type_nameplate(program)
             harness.full_shot(program, first=True)
             begin_second_shot(program)
-            harness.end_group(bench.instrument)
-            shots = self.line_shots(bench)
+            harness.end_group(rig.instrument)
+            shots = self.line_shots(rig)
             program.do(f'answer Ok "{LOST}"')
             self.assert_no_prompt_follows(program)
             program.do("waitEnabled cmdExit", "waitDisabled cmdContinue")
@@ -76,57 +76,57 @@ class Unplugged(Faults):
             # The broken shot leaves nothing to ask about; the shot before it is offered when the
             # test window opens again, which finds the instrument plugged in.
             program.do("click cmdExit", "waitGone frmCControl")
-            bench.byte_log = bench.folder / "line2.log"
-            bench.start_instrument(*QUICK)
+            rig.byte_log = rig.folder / "line2.log"
+            rig.start_instrument(*QUICK)
             program.do("menu mnuBoth", "wait msgBox")
             self.assertRegex(program.prompt(), OFFER)
             program.do("answer Yes", "chooseFile T1.txt")
             self.assertEqual(len(shots), 1)
             program.do("wait frmCControl", "waitDisabled cmdCancel")
-            self.assert_record(bench.data / "T1.txt", shots)
+            self.assert_record(rig.data / "T1.txt", shots)
 
             type_nameplate(program)
             harness.full_shot(program, first=True)
             harness.save_session(program, "T2.txt")
-            self.assert_record(bench.data / "T2.txt", self.line_shots(bench))
+            self.assert_record(rig.data / "T2.txt", self.line_shots(rig))
             self.assertEqual(harness.leave(program), 0)
 
     def test_a_completed_shot_is_saved_without_the_instrument(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             harness.open_test_window(program)
             type_nameplate(program)
             harness.full_shot(program, first=True)
-            harness.end_group(bench.instrument)
+            harness.end_group(rig.instrument)
             program.do(f'answer Ok "{LOST}"')
             self.assert_no_prompt_follows(program)
             harness.save_session(program, "T1.txt")
-            self.assert_record(bench.data / "T1.txt", self.line_shots(bench))
+            self.assert_record(rig.data / "T1.txt", self.line_shots(rig))
             self.assertEqual(harness.leave(program), 0)
 
     def test_the_session_goes_on_when_it_is_plugged_in_again(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             harness.open_test_window(program)
             type_nameplate(program)
             harness.full_shot(program, first=True)
             begin_second_shot(program)
-            harness.end_group(bench.instrument)
-            shots = self.line_shots(bench)
+            harness.end_group(rig.instrument)
+            shots = self.line_shots(rig)
             program.do(f'answer Ok "{LOST}"')
-            bench.byte_log = bench.folder / "line2.log"
-            bench.start_instrument(*QUICK)
+            rig.byte_log = rig.folder / "line2.log"
+            rig.start_instrument(*QUICK)
             # The broken shot is started anew; nothing is asked, since none was completed.
             program.do('waitText cmdStart "&Start Test"')
             harness.full_shot(program, first=True)
             harness.save_session(program, "T1.txt")
-            self.assert_record(bench.data / "T1.txt", shots + self.line_shots(bench))
+            self.assert_record(rig.data / "T1.txt", shots + self.line_shots(rig))
             self.assertEqual(harness.leave(program), 0)
 
     def test_the_adapter_vanishes_in_the_first_shot(self):
         # The instrument's own fault: after that many bytes, in the saturation test.
-        with harness.Bench(*QUICK, "--fault", "unplugged:260") as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK, "--fault", "unplugged:260") as rig:
+            program = rig.start_program()
             harness.open_test_window(program)
             harness.start_shot(program, first=True)
             program.do(f'waitText lblMessage "{harness.RANGE}"', "click cmdContinue")
@@ -134,11 +134,11 @@ class Unplugged(Faults):
             self.assert_no_prompt_follows(program)
             program.do("click cmdExit", "waitGone frmCControl")
             self.assertEqual(harness.leave(program), 0)
-            self.assertEqual(list(bench.data.glob("*.txt")), [])
+            self.assertEqual(list(rig.data.glob("*.txt")), [])
 
 
 class Escape(Faults):
-    def abort_second_shot(self, bench, program):
+    def abort_second_shot(self, rig, program):
         harness.open_test_window(program)
         type_nameplate(program)
         harness.full_shot(program, first=True)
@@ -146,37 +146,37 @@ class Escape(Faults):
         program.do("key Escape", "waitGone frmCControl")
         self.assertIsNone(program.prompt(), "ESC asks nothing")
         harness.wait_until(
-            lambda: (False, b"\x1b") in expected_record.read_byte_log(bench.byte_log),
+            lambda: (False, b"\x1b") in expected_record.read_byte_log(rig.byte_log),
             "ESC at the instrument",
         )
 
     def test_an_aborted_session_is_offered_at_the_next_start(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
-            self.abort_second_shot(bench, program)
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
+            self.abort_second_shot(rig, program)
             self.assertEqual(harness.leave(program), 0)
 
-            program = bench.start_program()
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuBoth", "wait msgBox")
             self.assertRegex(program.prompt(), OFFER)
             program.do("answer Yes", "chooseFile T1.txt")
             program.do("wait frmCControl", "waitDisabled cmdCancel")
-            self.assert_record(bench.data / "T1.txt", self.line_shots(bench))
+            self.assert_record(rig.data / "T1.txt", self.line_shots(rig))
             program.do("click cmdExit", "waitGone frmCControl")
             self.assertEqual(harness.leave(program), 0)
 
     def test_a_refused_offer_keeps_the_capture_and_is_not_repeated(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
-            self.abort_second_shot(bench, program)
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
+            self.abort_second_shot(rig, program)
             program.do("menu mnuBoth", "wait msgBox")
             self.assertRegex(program.prompt(), OFFER)
             program.do("answer No", "waitContains msgBox \"The session is kept in '\"")
             kept = pathlib.Path(re.fullmatch(r"The session is kept in '(.*)'\.", program.prompt())[1])
             program.do("answer Ok", "wait frmCControl", "waitDisabled cmdCancel")
             program.do("click cmdExit", "waitGone frmCControl")
-            self.assertEqual(kept.parent, bench.scratch)
-            self.assertIn(self.line_shots(bench)[0].ratio.encode(), kept.read_bytes())
+            self.assertEqual(kept.parent, rig.scratch)
+            self.assertIn(self.line_shots(rig)[0].ratio.encode(), kept.read_bytes())
             harness.open_test_window(program)
             program.do("click cmdExit", "waitGone frmCControl")
             self.assertEqual(harness.leave(program), 0)
@@ -220,30 +220,30 @@ class Disk(Faults):
         harness.full_shot(program, first=True)
 
     def test_a_full_disk_during_the_save_leads_to_a_save_elsewhere(self):
-        with harness.Bench(*QUICK) as bench, SmallDisk(bench.data) as disk:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig, SmallDisk(rig.data) as disk:
+            program = rig.start_program()
             self.one_shot(program)
             old = b"an older record\r\n"
-            (bench.data / "T1.txt").write_bytes(old)
+            (rig.data / "T1.txt").write_bytes(old)
             disk.fill()
             program.do("click cmdExit", f'answer Yes "{harness.SAVE}"', "chooseFile T1.txt")
             program.do("answer Yes \"File 'T1.txt' exists. Do you want to override? \"")
             program.do("waitContains msgBox \"The test record was not saved.\"")
             self.assertIn("Disk full", program.prompt())
             program.do("answer Ok")
-            self.assertEqual((bench.data / "T1.txt").read_bytes(), old)
+            self.assertEqual((rig.data / "T1.txt").read_bytes(), old)
 
-            elsewhere = bench.folder / "stick"
+            elsewhere = rig.folder / "stick"
             elsewhere.mkdir()
             program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
             harness.finish_save(program)
-            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(bench))
+            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(rig))
             self.assertEqual(harness.leave(program), 0)
-            self.assertEqual(sorted(os.listdir(bench.data)), ["T1.txt", "filler"])
+            self.assertEqual(sorted(os.listdir(rig.data)), ["T1.txt", "filler"])
 
     def test_a_full_disk_under_the_session_is_said_and_nothing_is_lost(self):
-        with harness.Bench(*QUICK) as bench, SmallDisk(bench.scratch) as disk:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig, SmallDisk(rig.scratch) as disk:
+            program = rig.start_program()
             harness.open_test_window(program)
             type_nameplate(program)
             harness.start_shot(program, first=True)
@@ -266,25 +266,25 @@ class Disk(Faults):
             program.do("answer Ok")
             disk.empty()
             harness.save_session(program, "T1.txt")
-            self.assert_record(bench.data / "T1.txt", self.line_shots(bench))
+            self.assert_record(rig.data / "T1.txt", self.line_shots(rig))
             self.assertEqual(harness.leave(program), 0)
 
     def test_a_vanished_folder_leads_to_a_save_elsewhere(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             self.one_shot(program)
             program.do("click cmdExit", f'answer Yes "{harness.SAVE}"', "wait cdFile")
             # The stick is pulled out while the dialog stands; a file bars its folder's place.
-            shutil.rmtree(bench.data)
-            bench.data.write_text("no folder any more")
+            shutil.rmtree(rig.data)
+            rig.data.write_text("no folder any more")
             program.do("chooseFile T1.txt")
             program.do("waitContains msgBox \"The test record was not saved.\"")
             program.do("answer Ok")
-            elsewhere = bench.folder / "stick"
+            elsewhere = rig.folder / "stick"
             elsewhere.mkdir()
             program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
             harness.finish_save(program)
-            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(bench))
+            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(rig))
             self.assertEqual(harness.leave(program), 0)
 
 

@@ -32,12 +32,12 @@ def full_record(name, numbers):
 
 class FileUtilities(unittest.TestCase):
     def setUp(self):
-        self.bench = harness.Bench(*QUICK)
-        self.addCleanup(self.bench.close)
+        self.rig = harness.Rig(*QUICK)
+        self.addCleanup(self.rig.close)
         self.files = {name: full_record(name, [1, 2]) for name in ("A1", "B2", "C3")}
         for name, content in self.files.items():
-            (self.bench.data / f"{name}.txt").write_bytes(content)
-        self.program = self.bench.start_program()
+            (self.rig.data / f"{name}.txt").write_bytes(content)
+        self.program = self.rig.start_program()
         self.program.do("wait frmMain")
 
     def open(self, item="mnuFileUtil"):
@@ -52,15 +52,15 @@ class FileUtilities(unittest.TestCase):
         self.program.do("answer Yes \"Rename file: 'A1'\\nTo: 'Fresh' ? \"")
         self.program.do("waitGone frmFileUtilOverlay")
         self.assertEqual(
-            self.names(self.bench.data), ["B2.txt", "C3.txt", "DIRDNLD.DNL", "Fresh.txt"]
+            self.names(self.rig.data), ["B2.txt", "C3.txt", "DIRDNLD.DNL", "Fresh.txt"]
         )
         expected = self.files["A1"].replace(b"TEST NUMBER: A1", b"TEST NUMBER: Fresh", 1)
-        self.assertEqual((self.bench.data / "Fresh.txt").read_bytes(), expected)
-        self.assertIn(b"Fresh!", (self.bench.data / "DIRDNLD.DNL").read_bytes())
+        self.assertEqual((self.rig.data / "Fresh.txt").read_bytes(), expected)
+        self.assertIn(b"Fresh!", (self.rig.data / "DIRDNLD.DNL").read_bytes())
         self.assertEqual(harness.leave(self.program), 0)
 
     def test_records_are_copied(self):
-        target = self.bench.folder / "disk"
+        target = self.rig.folder / "disk"
         target.mkdir()
         (target / "B2.txt").write_bytes(b"there")
         self.open()
@@ -84,7 +84,7 @@ class FileUtilities(unittest.TestCase):
         self.program.do("key Ctrl+A", "click cmdOp2")
         self.program.do('answer Yes "Delete file: A1\\n"', 'answer No "Delete file: B2\\n"')
         self.program.do('answer Cancel "Delete file: C3\\n"', "waitGone frmFileUtilOverlay")
-        self.assertEqual(self.names(self.bench.data), ["B2.txt", "C3.txt", "DIRDNLD.DNL"])
+        self.assertEqual(self.names(self.rig.data), ["B2.txt", "C3.txt", "DIRDNLD.DNL"])
         self.assertEqual(harness.leave(self.program), 0)
 
     @unittest.skipUnless(ENGINE.exists(), "this machine has no LibreOffice Calc")
@@ -94,7 +94,7 @@ class FileUtilities(unittest.TestCase):
         self.program.do("key End", "click cmdOp1")
         self.assertEqual(self.program.control("txtTest1")["text"], "A1 - TEST NUMBER:1")
         self.assertEqual(self.program.control("txtTest2")["text"], "C3 - TEST NUMBER:2")
-        workbook = self.bench.excel / "2Graphs.xls"
+        workbook = self.rig.excel / "2Graphs.xls"
         self.program.do("click cmdOp2", f'answer Ok "{harness.NO_VIEWER}{workbook}"')
         self.program.do("waitEnabled cmdOp2", "click cmdExit", "waitGone frmFileUtilOverlay")
         sheets = expected_report.read_report(workbook)

@@ -73,13 +73,13 @@ def end_group(process):
 class Program:
     """The program with the driver in it."""
 
-    def __init__(self, bench, environment=None):
-        self.environment = dict(os.environ, **bench.environment, **(environment or {}))
+    def __init__(self, rig, environment=None):
+        self.environment = dict(os.environ, **rig.environment, **(environment or {}))
         self.lines = []
         self._new = queue.Queue()
-        self.log = open(bench.folder / "program.log", "ab")
+        self.log = open(rig.folder / "program.log", "ab")
         self.process = subprocess.Popen(
-            bench.command or [PROGRAM],
+            rig.command or [PROGRAM],
             env=self.environment,
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
@@ -155,7 +155,7 @@ class Program:
         self.log.close()
 
 
-class Bench:
+class Rig:
     """A folder with everything a run needs, the instrument on its line, and the program."""
 
     command = None  # PROGRAM

@@ -23,17 +23,17 @@ class Headers(unittest.TestCase):
         return program.control(control)["text"]
 
     def test_the_header_of_the_pc_is_there_after_a_restart(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             open_header(program, "cmdHeader0")
             program.do("type txtHeader0 ACME", 'type txtHeader7 "J. DOE"', "click frmHeader/cmdSave")
             program.do('waitText lblUsed "This header is saved and used for the tests that follow."')
-            lines = (bench.data / "Davo.ini").read_bytes().split(b"\r\n")
+            lines = (rig.data / "Davo.ini").read_bytes().split(b"\r\n")
             self.assertEqual(lines[0], b"COMPANY:" + b"ACME".ljust(20))
             self.assertEqual(lines[7], b"OPERATOR:" + b"J. DOE".ljust(20))
             leave_header(program)
             self.assertEqual(harness.leave(program), 0)
-            program = bench.start_program()
+            program = rig.start_program()
             open_header(program, "cmdHeader0")
             self.assertEqual(self.text(program, "txtHeader0"), "ACME")
             self.assertEqual(self.text(program, "txtHeader7"), "J. DOE")
@@ -41,8 +41,8 @@ class Headers(unittest.TestCase):
             self.assertEqual(harness.leave(program), 0)
 
     def test_the_headers_of_the_instrument_are_read_changed_and_read_again(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             open_header(program, "cmdHeader1")
             program.do('waitText txtHeader0 "CENTRAL POWER"', 'type txtHeader0 "XB & SONS"')
             program.do("click frmHeader/cmdSave")
@@ -56,8 +56,8 @@ class Headers(unittest.TestCase):
             self.assertEqual(harness.leave(program), 0)
 
     def test_an_instrument_that_is_silent_is_said_and_the_menu_comes_back(self):
-        with harness.Bench(*QUICK, "--fault", "silent") as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK, "--fault", "silent") as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuSetHeaderFile", "wait frmHeaderOptn")
             program.do("click cmdHeader1")
             program.do('answer Ok "DAVO is not ready.  Please check equipment."')

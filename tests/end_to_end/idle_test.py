@@ -27,18 +27,18 @@ class Idle(unittest.TestCase):
         used = processor_seconds(program.process.pid) - before
         return used / (time.monotonic() - began)
 
-    def assert_idle(self, program, what, bench=None):
-        """bench: readings are to arrive meanwhile."""
-        before = bench and bench.byte_log.stat().st_size
+    def assert_idle(self, program, what, rig=None):
+        """rig: readings are to arrive meanwhile."""
+        before = rig and rig.byte_log.stat().st_size
         share = self.share(program)
-        if bench:
-            self.assertGreater(bench.byte_log.stat().st_size, before, "no readings arrived")
+        if rig:
+            self.assertGreater(rig.byte_log.stat().st_size, before, "no readings arrived")
         print(f"{what}: {share:.2%} of one core", flush=True)
         self.assertLess(share, MOST, what)
 
     def test_waiting_takes_next_to_nothing(self):
-        with harness.Bench("--seed", "5") as bench:
-            program = bench.start_program()
+        with harness.Rig("--seed", "5") as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
             self.assert_idle(program, "main window")
             harness.open_test_window(program)
@@ -50,9 +50,9 @@ class Idle(unittest.TestCase):
                 f'waitText lblMessage "{harness.SATURATE}"',
                 "waitEnabled cmdContinue",
             )
-            self.assert_idle(program, "a prompt, with readings arriving", bench)
+            self.assert_idle(program, "a prompt, with readings arriving", rig)
             program.do("click cmdContinue", f'waitText lblMessage "{harness.RATIO}" 60000')
-            self.assert_idle(program, "the ratio prompt, with readings arriving", bench)
+            self.assert_idle(program, "the ratio prompt, with readings arriving", rig)
             program.do("click cmdContinue", 'waitText lblTest "TEST COMPLETE."')
             self.assert_idle(program, "a completed shot")
 

@@ -40,14 +40,14 @@ class Run:
     def __str__(self):
         return f"kill {self.when} call {self.number}, {self.shown} shots shown"
 
-    def killer(self, bench):
+    def killer(self, rig):
         """The environment that kills the program."""
         return {
             "LD_PRELOAD": harness.KILL_AT,
-            "DAVO_KILL_FOLDERS": f"{bench.scratch}:{bench.data}",
+            "DAVO_KILL_FOLDERS": f"{rig.scratch}:{rig.data}",
             "DAVO_KILL_AT": str(self.number),
             "DAVO_KILL_WHEN": self.when,
-            "DAVO_KILL_LOG": str(bench.folder / "calls.log"),
+            "DAVO_KILL_LOG": str(rig.folder / "calls.log"),
         }
 
     def until_killed(self, program, act):
@@ -91,10 +91,10 @@ class Run:
         harness.open_test_window(program)
         program.do("click cmdExit", "waitGone frmCControl")
 
-    def check(self, bench):
+    def check(self, rig):
         """Every shot that was shown stands in a record file, and every record file is right."""
-        line = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
-        files = sorted(bench.data.glob("*.txt"))
+        line = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
+        files = sorted(rig.data.glob("*.txt"))
         held = 0
         for path in files:
             actual = path.read_bytes()
@@ -109,27 +109,27 @@ class Run:
         assert held >= self.shown, f"{self}: only {held} in {[path.name for path in files]}"
 
 
-def kill_session(run, bench):
+def kill_session(run, rig):
     """Kills the program during a session; whether it was killed."""
-    killed = run.until_killed(bench.start_program(run.killer(bench)), run.three_shots_saved)
+    killed = run.until_killed(rig.start_program(run.killer(rig)), run.three_shots_saved)
     if killed:
-        run.until_killed(bench.start_program(), run.recover)
+        run.until_killed(rig.start_program(), run.recover)
     else:
         assert run.shown == 3, run
-    run.check(bench)
+    run.check(rig)
     return killed
 
 
-def kill_recovery(run, bench):
+def kill_recovery(run, rig):
     """A session ends with the power; the program is killed while it saves it."""
-    program = bench.start_program()
+    program = rig.start_program()
     run.three_shots(program)
     program.process.kill()
     program.end()
-    killed = run.until_killed(bench.start_program(run.killer(bench)), run.recover)
+    killed = run.until_killed(rig.start_program(run.killer(rig)), run.recover)
     if killed:
-        run.until_killed(bench.start_program(), run.recover)
-    run.check(bench)
+        run.until_killed(rig.start_program(), run.recover)
+    run.check(rig)
     return killed
 
 
@@ -144,8 +144,8 @@ def series(when, play):
         while not finished.is_set() and not errors:
             run = Run(when, next(numbers))
             try:
-                with harness.Bench("--unpaced", "--quick", "--seed", str(run.number)) as bench:
-                    if play(run, bench):
+                with harness.Rig("--unpaced", "--quick", "--seed", str(run.number)) as rig:
+                    if play(run, rig):
                         killed.append(run)
                     else:
                         finished.set()

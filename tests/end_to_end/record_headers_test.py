@@ -60,15 +60,15 @@ def edit(program):
 
 class Editor(unittest.TestCase):
     def setUp(self):
-        self.bench = harness.Bench(*QUICK)
-        self.addCleanup(self.bench.close)
-        self.file = self.bench.data / "T1.txt"
+        self.rig = harness.Rig(*QUICK)
+        self.addCleanup(self.rig.close)
+        self.file = self.rig.data / "T1.txt"
         self.file.write_bytes(OLD)
         self.other = record("T2", [("", "")])
-        (self.bench.data / "T2.txt").write_bytes(self.other)
+        (self.rig.data / "T2.txt").write_bytes(self.other)
 
     def test_the_exit_button_writes_back(self):
-        program = self.bench.start_program()
+        program = self.rig.start_program()
         edit(program)
         self.assertEqual(self.file.read_bytes(), OLD)
         program.do("grab editor frmMain", "click cmdExit", "waitGone frmSetDescr")
@@ -76,26 +76,26 @@ class Editor(unittest.TestCase):
         # The menu can be used again.
         program.do("menu mnuSetDescr", "wait frmSetDescr", "click cmdExit", "waitGone frmSetDescr")
         self.assertEqual(harness.leave(program), 0)
-        self.assertEqual((self.bench.data / "T2.txt").read_bytes(), self.other)
-        names = sorted(path.name for path in self.bench.data.iterdir())
+        self.assertEqual((self.rig.data / "T2.txt").read_bytes(), self.other)
+        names = sorted(path.name for path in self.rig.data.iterdir())
         self.assertEqual(names, ["DIRDNLD.DNL", "T1.txt", "T2.txt"])
 
     def test_the_frame_writes_back(self):
-        program = self.bench.start_program()
+        program = self.rig.start_program()
         edit(program)
         program.do("close frmMain")
         self.assertEqual(program.wait_end(), 0)
         self.assertEqual(self.file.read_bytes(), NEW)
 
     def test_the_end_of_the_session_writes_back(self):
-        program = self.bench.start_program()
+        program = self.rig.start_program()
         edit(program)
         program.process.send_signal(signal.SIGTERM)
         self.assertEqual(program.wait_end(10), 0)
         self.assertEqual(self.file.read_bytes(), NEW)
 
     def test_a_file_that_has_gone_keeps_the_window(self):
-        program = self.bench.start_program()
+        program = self.rig.start_program()
         edit(program)
         self.file.unlink()
         program.do("click cmdExit", "wait msgBox")
@@ -114,16 +114,16 @@ class Editor(unittest.TestCase):
         # The list is written once before and names no test's text, so that the calls counted are
         # those of the record.
         new = record("T1", [("first", ""), ("second", "dry"), ("", "")], notes=["old notes"])
-        program = self.bench.start_program()
+        program = self.rig.start_program()
         program.do("wait frmMain")
         self.assertEqual(harness.leave(program), 0)
         seen = []
         for when in ("before", "half", "after"):
             for number in itertools.count(1):
                 self.file.write_bytes(OLD)
-                program = self.bench.start_program({
+                program = self.rig.start_program({
                     "LD_PRELOAD": harness.KILL_AT,
-                    "DAVO_KILL_FOLDERS": str(self.bench.data),
+                    "DAVO_KILL_FOLDERS": str(self.rig.data),
                     "DAVO_KILL_AT": str(number),
                     "DAVO_KILL_WHEN": when,
                 })

@@ -46,65 +46,65 @@ def download_all(program, count):
 
 
 class Retrieval(unittest.TestCase):
-    def assert_files(self, bench, names):
+    def assert_files(self, rig, names):
         """The data folder holds these records, byte for byte what went over the line."""
-        log = expected_record.read_byte_log(bench.byte_log)
+        log = expected_record.read_byte_log(rig.byte_log)
         directory, records = expected_download.replies(log)
-        self.assertEqual(sorted(path.name for path in bench.data.iterdir()),
+        self.assertEqual(sorted(path.name for path in rig.data.iterdir()),
                          ["DIRDNLD.DNL", *sorted(name + ".txt" for name in names)])
         for name in names:
             number = name.removeprefix("TST_")
             expected = expected_download.record_file(directory, number, records[number])
-            self.assertEqual((bench.data / (name + ".txt")).read_bytes(), expected, name)
-        listed = (bench.data / "DIRDNLD.DNL").read_text("cp1252").split("\n")
+            self.assertEqual((rig.data / (name + ".txt")).read_bytes(), expected, name)
+        listed = (rig.data / "DIRDNLD.DNL").read_text("cp1252").split("\n")
         self.assertEqual(listed[0].rstrip("\r"), f"REC=={len(names):03}")
         self.assertEqual(sorted(line.split("!")[0] for line in listed[1:-1]), sorted(names))
 
 
 class Download(Retrieval):
     def test_three_records_are_saved(self):
-        with harness.Bench("--unpaced", "--quick", "--memory", "3", "--seed", "7") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick", "--memory", "3", "--seed", "7") as rig:
+            program = rig.start_program()
             download_all(program, 3)
             self.assertIsNone(program.prompt())
-            self.assert_files(bench, ["TST_001", "TST_002", "TST_003"])
+            self.assert_files(rig, ["TST_001", "TST_002", "TST_003"])
             program.do("click cmdExit", "waitGone frmTestList")
             self.assertEqual(harness.leave(program), 0)
 
     def test_an_existing_record_is_asked_for(self):
-        with harness.Bench("--unpaced", "--quick", "--memory", "1", "--seed", "8") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick", "--memory", "1", "--seed", "8") as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
-            (bench.data / "TST_001.txt").write_bytes(b"an earlier record")
+            (rig.data / "TST_001.txt").write_bytes(b"an earlier record")
             list_memory(program, 1)
             question = (
                 "The file TST_001 already exists. Do you want to replace the existing file? "
             )
             program.do("key Ctrl+A", "click cmdSave", f'answer Cancel "{question}"')
             program.do("waitEnabled cmdSave")
-            self.assertEqual((bench.data / "TST_001.txt").read_bytes(), b"an earlier record")
+            self.assertEqual((rig.data / "TST_001.txt").read_bytes(), b"an earlier record")
             program.do("click cmdSave", f'answer Yes "{question}"')
             program.do('answer Ok "The record TST_001 shall be overwritten!"')
             program.do('waitText lblMessage "1 of 1 records were saved."')
-            self.assert_files(bench, ["TST_001"])
+            self.assert_files(rig, ["TST_001"])
             program.do("key Escape", "waitGone frmTestList")
             self.assertEqual(harness.leave(program), 0)
 
     def test_nothing_selected_is_said(self):
-        with harness.Bench("--unpaced", "--quick", "--memory", "2", "--seed", "9") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick", "--memory", "2", "--seed", "9") as rig:
+            program = rig.start_program()
             list_memory(program, 2)
             program.do("click cmdSave", 'answer Ok "Please choose File(s) to Download."')
             program.do("click cmdExit", "waitGone frmTestList")
             self.assertEqual(harness.leave(program), 0)
 
     def test_the_cable_is_pulled_in_mid_record(self):
-        with harness.Bench("--quick", "--memory", "12", "--seed", "7") as bench:
-            program = bench.start_program()
+        with harness.Rig("--quick", "--memory", "12", "--seed", "7") as rig:
+            program = rig.start_program()
             list_memory(program, 12)
             program.do("key Ctrl+A", "click cmdSave")
             program.do(f'waitText lblMessage "{MANY}"', "sleep 700")
-            harness.end_group(bench.instrument)
+            harness.end_group(rig.instrument)
             program.do(f'answer Ok "{LOST}"', "wait msgBox")
             reason, missing = program.prompt().split("\n")
             self.assertEqual(reason.rstrip("\r"), "The DAVO cannot be reached.")
@@ -112,13 +112,13 @@ class Download(Retrieval):
             self.assertEqual(names[0], "TST_010")
             program.do("answer Ok", "waitEnabled cmdSave")
             every = {f"TST_{number:03}" for number in range(1, 13)}
-            self.assert_files(bench, sorted(every - set(names)))
+            self.assert_files(rig, sorted(every - set(names)))
             program.do("click cmdExit", "waitGone frmTestList")
             self.assertEqual(harness.leave(program), 0)
 
     def test_the_window_is_left_in_mid_record(self):
-        with harness.Bench("--quick", "--memory", "12", "--seed", "7") as bench:
-            program = bench.start_program()
+        with harness.Rig("--quick", "--memory", "12", "--seed", "7") as rig:
+            program = rig.start_program()
             list_memory(program, 12)
             program.do("key Ctrl+A", "click cmdSave")
             program.do(f'waitText lblMessage "{MANY}"', "sleep 700")
@@ -128,17 +128,17 @@ class Download(Retrieval):
             names = re.findall(r"TST_\d{3}", missing)
             self.assertEqual(names[0], "TST_010")
             program.do("answer Ok", "waitGone frmTestList")
-            self.assertFalse((bench.data / "TST_010.txt").exists())
+            self.assertFalse((rig.data / "TST_010.txt").exists())
             self.assertEqual(harness.leave(program), 0)
 
 
 class Recall(Retrieval):
     @unittest.skipUnless(ENGINE.exists(), "this machine has no LibreOffice Calc")
     def test_a_record_becomes_a_workbook(self):
-        with harness.Bench("--unpaced", "--quick", "--memory", "3", "--seed", "7") as bench:
-            reports = bench.folder / "Shots_Excel"
+        with harness.Rig("--unpaced", "--quick", "--memory", "3", "--seed", "7") as rig:
+            reports = rig.folder / "Shots_Excel"
             reports.mkdir(exist_ok=True)
-            program = bench.start_program()
+            program = rig.start_program()
             download_all(program, 3)
             program.do("click cmdExit", "waitGone frmTestList", "menu mnuRecall")
             program.do(
@@ -157,7 +157,7 @@ class Recall(Retrieval):
             workbook = pathlib.Path(stored[1])
             self.assertEqual(workbook.parent, reports)
             self.assertEqual(workbook.suffix, ".xls")
-            tests = (bench.data / (workbook.stem + ".txt")).read_text("cp1252").count("REC NUMBER:")
+            tests = (rig.data / (workbook.stem + ".txt")).read_text("cp1252").count("REC NUMBER:")
             done = subprocess.run(
                 [XLRD, "-c", SHEETS, workbook], check=True, capture_output=True, timeout=60
             )

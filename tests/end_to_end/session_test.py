@@ -44,10 +44,10 @@ def stored(field):
 
 
 class Session(unittest.TestCase):
-    def check(self, bench, name, began, header, shots, nameplate, notes=None):
+    def check(self, rig, name, began, header, shots, nameplate, notes=None):
         """The record file is made of exactly these shots, dated within the run."""
         ended = datetime.datetime.now()
-        actual = (bench.data / name).read_bytes()
+        actual = (rig.data / name).read_bytes()
         date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
         started = datetime.datetime.strptime((date + b" " + at).decode(), "%m/%d/%y %H:%M")
         self.assertTrue(began <= started <= ended, f"{began} <= {started} <= {ended}")
@@ -62,8 +62,8 @@ class Session(unittest.TestCase):
     def play(self, nameplate, *instrument_options):
         """Four shots, the second dropped; the record file must be the expected one."""
         began = datetime.datetime.now().replace(second=0, microsecond=0)
-        with harness.Bench(*instrument_options) as bench:
-            program = bench.start_program()
+        with harness.Rig(*instrument_options) as rig:
+            program = rig.start_program()
             harness.open_test_window(program)
             fill_header(program, HEADER, NOTES)
             program.do(f"type txtHVolt {nameplate[0]}", "focusOut")
@@ -75,11 +75,11 @@ class Session(unittest.TestCase):
             harness.ratio_shot(program)
             harness.save_session(program, "T17.txt")
             self.assertEqual(harness.leave(program), 0)
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
             self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
             del shots[1]
             header = [stored(field) for field in HEADER]
-            self.check(bench, "T17.txt", began, header, shots, nameplate, "\r\n".join(NOTES))
+            self.check(rig, "T17.txt", began, header, shots, nameplate, "\r\n".join(NOTES))
 
 
 class QuickSessions(Session):
@@ -94,16 +94,16 @@ class QuickSessions(Session):
 
     def test_a_session_of_ratio_tests_only(self):
         began = datetime.datetime.now().replace(second=0, microsecond=0)
-        with harness.Bench("--unpaced", "--quick", "--seed", "21") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick", "--seed", "21") as rig:
+            program = rig.start_program()
             harness.open_test_window(program, "mnuRatio")
             harness.ratio_shot(program, first=True, both=False)
             harness.ratio_shot(program, both=False)
             harness.save_session(program, "R2.txt")
             self.assertEqual(harness.leave(program), 0)
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
             self.assertEqual([shot.ratio_only for shot in shots], [True, True])
-            self.check(bench, "R2.txt", began, [" " * 20] * 8, shots, None)
+            self.check(rig, "R2.txt", began, [" " * 20] * 8, shots, None)
 
 
 class PacedSession(Session):

@@ -43,21 +43,21 @@ def memory(pid):
     return int(re.search(r"VmRSS:\s*(\d+) kB", pathlib.Path(f"/proc/{pid}/status").read_text())[1]) / 1024
 
 
-def settings_of(bench):
-    return (bench.folder / "config" / "davo" / "davo.ini").read_text().splitlines()
+def settings_of(rig):
+    return (rig.folder / "config" / "davo" / "davo.ini").read_text().splitlines()
 
 
 class Menu(unittest.TestCase):
     def test_records_decide_about_the_items_that_need_them(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
-            self.assertFalse((bench.data / "DIRDNLD.DNL").exists())
+            self.assertFalse((rig.data / "DIRDNLD.DNL").exists())
             with self.assertRaisesRegex(harness.DriverFailed, "mnuFileUtil is disabled"):
                 program.do("menu mnuFileUtil 500")
             program.end()
-            write_record(bench.data / "T1.txt", 1)
-            program = bench.start_program()
+            write_record(rig.data / "T1.txt", 1)
+            program = rig.start_program()
             program.do("wait frmMain")
             for item, window in (
                 ("mnuFileUtil", "frmFileUtilOverlay"),
@@ -66,33 +66,33 @@ class Menu(unittest.TestCase):
             ):
                 program.do(f"menu {item}", f"wait {window}")
                 program.do(f"click {window}/cmdExit", f"waitGone {window}")
-            self.assertTrue((bench.data / "DIRDNLD.DNL").read_bytes().startswith(b"REC==001\r\nT1!"))
+            self.assertTrue((rig.data / "DIRDNLD.DNL").read_bytes().startswith(b"REC==001\r\nT1!"))
             self.assertEqual(harness.leave(program), 0)
 
     def test_exit_asks(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuExit", f'answer No "{harness.LEAVE}"')
             self.assertIsNone(program.process.poll())
             self.assertEqual(harness.leave(program), 0)
-            self.assertEqual(expected_record.read_byte_log(bench.byte_log)[-1], (False, b"X"))
+            self.assertEqual(expected_record.read_byte_log(rig.byte_log)[-1], (False, b"X"))
 
     def test_a_marker_is_kept_for_the_next_run(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuKneepoint45")
             self.assertEqual(program.control("lblKneepoint")["text"], "IEEE 45 Degree Marker")
             program.do("close frmMain")
             self.assertEqual(program.wait_end(), 0)
-            self.assertIn("KPTYPE\\KPTYPEVAL=IEEE 45 Degree Marker", settings_of(bench))
-            program = bench.start_program()
+            self.assertIn("KPTYPE\\KPTYPEVAL=IEEE 45 Degree Marker", settings_of(rig))
+            program = rig.start_program()
             program.do("wait frmMain")
             self.assertEqual(program.control("lblKneepoint")["text"], "IEEE 45 Degree Marker")
             self.assertEqual(harness.leave(program), 0)
 
     def test_about_shows_the_model(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuAbout", "wait frmAbout")
             self.assertRegex(program.control("lblDavoVer")["text"], "^DAVO-E ")
             program.do("click Command1", "waitGone frmAbout")
@@ -101,15 +101,15 @@ class Menu(unittest.TestCase):
 
 class FirstRun(unittest.TestCase):
     def test_makes_its_folders_beside_the_program(self):
-        with harness.Bench(*QUICK) as bench:
-            shutil.rmtree(bench.folder / "config")
-            there = bench.folder / "program"
+        with harness.Rig(*QUICK) as rig:
+            shutil.rmtree(rig.folder / "config")
+            there = rig.folder / "program"
             there.mkdir()
             shutil.copy(harness.PROGRAM, there / "davo")
             before = harness.PROGRAM
             harness.PROGRAM = str(there / "davo")
             try:
-                program = bench.start_program()
+                program = rig.start_program()
             finally:
                 harness.PROGRAM = before
             program.do("wait frmMain")
@@ -117,13 +117,13 @@ class FirstRun(unittest.TestCase):
             self.assertTrue((there / "Shots_Excel").is_dir())
             self.assertEqual(program.control("lblKneepoint")["text"], "ASA 10/50 Marker")
             self.assertEqual(harness.leave(program), 0)
-            self.assertIn(f"PATH\\PATHVAL={there}/Shots_Data/", settings_of(bench))
+            self.assertIn(f"PATH\\PATHVAL={there}/Shots_Data/", settings_of(rig))
 
     def test_a_damaged_setting_is_said_and_the_program_starts(self):
-        with harness.Bench(*QUICK) as bench:
-            file = bench.folder / "config" / "davo" / "davo.ini"
+        with harness.Rig(*QUICK) as rig:
+            file = rig.folder / "config" / "davo" / "davo.ini"
             file.write_text(file.read_text() + "COMPORT\\COMPORTVAL=abc\n")
-            program = bench.start_program()
+            program = rig.start_program()
             program.do("wait frmMain", 'waitText cmdNotice "Setting not usable"')
             self.assertIsNone(program.prompt())
             harness.open_test_window(program)  # COM1 is the instrument's
@@ -134,18 +134,18 @@ class FirstRun(unittest.TestCase):
 class Locale(unittest.TestCase):
     def session(self, environment):
         """The record file of a session with a shot, and the directory file."""
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program(environment)
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program(environment)
             program.do("wait frmMain")
             harness.open_test_window(program)
             harness.full_shot(program, first=True)
-            harness.save_session(program, str(bench.data / "T1"))
+            harness.save_session(program, str(rig.data / "T1"))
             self.assertEqual(harness.leave(program), 0)
-            record = (bench.data / "T1.txt").read_bytes()
+            record = (rig.data / "T1.txt").read_bytes()
             date = re.search(rb"DATE: (\d\d/\d\d/\d\d)\r\nTIME: (\d\d:\d\d)\r\n", record)
             self.assertTrue(date, "the date is written month first")
-            directory = (bench.data / "DIRDNLD.DNL").read_bytes()
-            port = [line for line in settings_of(bench) if line.startswith("COMPORT")]
+            directory = (rig.data / "DIRDNLD.DNL").read_bytes()
+            port = [line for line in settings_of(rig) if line.startswith("COMPORT")]
             return record.replace(date[0], b""), directory[:12], port
 
     def test_does_not_change_what_is_written(self):
@@ -154,102 +154,102 @@ class Locale(unittest.TestCase):
 
 
 class EndRequests(unittest.TestCase):
-    def end(self, bench, program):
+    def end(self, rig, program):
         """The platform asks the program to end: it leaves in order, and soon."""
         program.process.send_signal(signal.SIGTERM)
         self.assertEqual(program.wait_end(10), 0)
-        self.assertIn('COMPORT\\COMPORTVAL=" 1"', settings_of(bench))
-        self.assertFalse((bench.folder / "config" / "davo" / "davo.lock").exists())
+        self.assertIn('COMPORT\\COMPORTVAL=" 1"', settings_of(rig))
+        self.assertFalse((rig.folder / "config" / "davo" / "davo.lock").exists())
 
     def test_at_the_main_window(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
-            self.end(bench, program)
+            self.end(rig, program)
 
     def test_while_a_question_is_asked(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuExit", "wait msgBox")
-            self.end(bench, program)
+            self.end(rig, program)
 
     def test_while_the_configuration_is_open(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuConfig", "wait frmConfig")
-            self.end(bench, program)
+            self.end(rig, program)
 
-    def open_test_list(self, bench):
-        write_record(bench.data / "T1.txt", 1)
-        program = bench.start_program()
+    def open_test_list(self, rig):
+        write_record(rig.data / "T1.txt", 1)
+        program = rig.start_program()
         program.do("wait frmMain", "menu mnuRecall", "wait frmTestList")
         return program
 
     def test_while_another_window_is_open(self):
-        with harness.Bench(*QUICK) as bench:
-            self.end(bench, self.open_test_list(bench))
+        with harness.Rig(*QUICK) as rig:
+            self.end(rig, self.open_test_list(rig))
 
     def test_the_main_window_is_closed_while_another_one_is_open(self):
-        with harness.Bench(*QUICK) as bench:
-            program = self.open_test_list(bench)
+        with harness.Rig(*QUICK) as rig:
+            program = self.open_test_list(rig)
             program.do("close frmMain")
             self.assertEqual(program.wait_end(10), 0)
-            self.assertIn('COMPORT\\COMPORTVAL=" 1"', settings_of(bench))
+            self.assertIn('COMPORT\\COMPORTVAL=" 1"', settings_of(rig))
 
     def test_while_the_instrument_is_waited_for(self):
-        with harness.Bench(*QUICK, "--fault", "silent") as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK, "--fault", "silent") as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuBoth")
-            self.end(bench, program)
+            self.end(rig, program)
 
     def test_before_the_main_window_is_loaded(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmSplash")
             program.process.send_signal(signal.SIGTERM)
             self.assertEqual(program.wait_end(10), 0)
-            self.assertFalse([line for line in settings_of(bench) if "KPTYPE" in line])
+            self.assertFalse([line for line in settings_of(rig) if "KPTYPE" in line])
 
     def test_during_a_session_keeps_its_shots(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
             harness.open_test_window(program)
             harness.full_shot(program, first=True)
-            self.end(bench, program)
-            program = bench.start_program()
+            self.end(rig, program)
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuBoth", "wait msgBox")
             self.assertIn("with 1 shot was never saved", program.prompt())
 
     def test_during_a_shot(self):
-        with harness.Bench(*QUICK) as bench:
-            program = bench.start_program()
+        with harness.Rig(*QUICK) as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
             harness.open_test_window(program)
             program.do("click cmdStart", f'waitText lblMessage "{harness.RANGE}"')
-            self.end(bench, program)
+            self.end(rig, program)
 
 
 class Figures(unittest.TestCase):
-    def start(self, bench):
+    def start(self, rig):
         began = time.monotonic()
-        program = bench.start_program()
+        program = rig.start_program()
         program.do("wait frmMain", "waitGone frmSplash")
         return program, time.monotonic() - began - SPLASH
 
     def test_start_with_a_full_data_folder(self):
-        with harness.Bench(*QUICK) as bench:
-            empty, empty_wall = self.start(bench)
+        with harness.Rig(*QUICK) as rig:
+            empty, empty_wall = self.start(rig)
             empty_cpu = processor_seconds(empty.process.pid)
             self.assertEqual(harness.leave(empty), 0)
             for number in range(RECORDS):
-                write_record(bench.data / f"T{number}.txt", number)
-            program, wall = self.start(bench)
+                write_record(rig.data / f"T{number}.txt", number)
+            program, wall = self.start(rig)
             pid = program.process.pid
             cpu = processor_seconds(pid)
             began = time.monotonic()
             for number in range(RECORDS):
-                (bench.data / f"T{number}.txt").read_bytes()
+                (rig.data / f"T{number}.txt").read_bytes()
             reading = time.monotonic() - began
             resident = memory(pid)
             time.sleep(0.5)

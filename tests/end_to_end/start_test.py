@@ -11,10 +11,10 @@ AGAIN = "Cannot load DAVO again. The application is already opened."
 
 class Start(unittest.TestCase):
     def test_a_second_copy_says_so_and_ends(self):
-        with harness.Bench("--unpaced", "--quick") as bench:
-            first = bench.start_program()
+        with harness.Rig("--unpaced", "--quick") as rig:
+            first = rig.start_program()
             first.do("wait frmMain")
-            second = bench.start_program()
+            second = rig.start_program()
             second.do(f'answer Ok "{AGAIN}"')
             self.assertEqual(second.wait_end(), 0)
             # The first one is untouched and still has the instrument.
@@ -23,36 +23,36 @@ class Start(unittest.TestCase):
             self.assertEqual(harness.leave(first), 0)
 
     def test_a_copy_that_was_killed_does_not_bar_the_next(self):
-        with harness.Bench("--unpaced", "--quick") as bench:
-            first = bench.start_program()
+        with harness.Rig("--unpaced", "--quick") as rig:
+            first = rig.start_program()
             first.do("wait frmMain")
             first.process.kill()
             first.end()
-            second = bench.start_program()
+            second = rig.start_program()
             second.do("wait frmMain")
             self.assertEqual(harness.leave(second), 0)
 
     def test_the_splash_stands_before_the_main_window(self):
-        with harness.Bench("--unpaced", "--quick") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick") as rig:
+            program = rig.start_program()
             program.do("wait frmSplash")
             self.assertIsNone(program.window("frmMain"))
             program.do("wait frmMain", "waitGone frmSplash")
             self.assertEqual(harness.leave(program), 0)
 
     def test_settings_are_written_at_the_end(self):
-        with harness.Bench("--unpaced", "--quick") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick") as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
             self.assertEqual(harness.leave(program), 0)
-            settings = (bench.folder / "config" / "davo" / "davo.ini").read_text().splitlines()
+            settings = (rig.folder / "config" / "davo" / "davo.ini").read_text().splitlines()
             for line in (
                 "KPTYPE\\KPTYPEVAL=ASA 10/50 Marker",
                 'COMPORT\\COMPORTVAL=" 1"',
-                f"PORTDEVICES\\COM1={bench.port}",
+                f"PORTDEVICES\\COM1={rig.port}",
                 "IMP\\IMPVAL=N",
                 "SORT\\SORTVAL=-1 -1",
-                f"PATH\\PATHVAL={bench.data}/",
+                f"PATH\\PATHVAL={rig.data}/",
             ):
                 self.assertIn(line, settings)
 

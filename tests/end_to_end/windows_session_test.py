@@ -13,7 +13,7 @@ import unittest
 import expected_record
 import harness
 import openpyxl
-import windows_bench
+import windows_rig
 from session_test import HEADER, NOTES, Session, fill_header, stored
 
 LINUX_PROGRAM = os.environ["DAVO_LINUX_PROGRAM"]
@@ -48,8 +48,8 @@ class Replay:
                 return
 
 
-class LinuxBench(harness.Bench):
-    """The program for this machine with a conversation of another bench."""
+class LinuxRig(harness.Rig):
+    """The program for this machine with a conversation of another rig."""
 
     command = [LINUX_PROGRAM]
 
@@ -60,10 +60,10 @@ class LinuxBench(harness.Bench):
         self.replay = Replay(byte_log, self.port)
 
 
-def play(bench, pictures=False):
+def play(rig, pictures=False):
     """Three shots, the second dropped, one of the ratio only; the record file's bytes."""
     grab = (lambda name: program.do(f"grab {name}")) if pictures else (lambda name: None)
-    program = bench.start_program()
+    program = rig.start_program()
     program.do("wait frmMain")
     grab("main-window")
     harness.open_test_window(program)
@@ -78,26 +78,26 @@ def play(bench, pictures=False):
     harness.ratio_shot(program)
     harness.save_session(program, "T17.txt")
     grab("main-window-with-records")
-    return program, (bench.data / "T17.txt").read_bytes()
+    return program, (rig.data / "T17.txt").read_bytes()
 
 
 class WindowsSession(Session):
     def test_the_record_file_is_what_went_over_the_line(self):
         began = datetime.datetime.now().replace(second=0, microsecond=0)
         options = ("--unpaced", "--quick", "--seed", "5")
-        with windows_bench.WindowsBench(*options) as bench:
-            program, record = play(bench, pictures=True)
+        with windows_rig.WindowsRig(*options) as rig:
+            program, record = play(rig, pictures=True)
             self.assertEqual(harness.leave(program), 0)
             if PICTURES:
-                bench.keep_pictures(PICTURES)
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
+                rig.keep_pictures(PICTURES)
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
             self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
             del shots[1]
             self.check(
-                bench, "T17.txt", began, [stored(field) for field in HEADER], shots, ("1200", "5"),
+                rig, "T17.txt", began, [stored(field) for field in HEADER], shots, ("1200", "5"),
                 "\r\n".join(NOTES),
             )
-            with LinuxBench(bench.byte_log) as own:
+            with LinuxRig(rig.byte_log) as own:
                 program, other = play(own)
                 self.assertEqual(harness.leave(program), 0)
                 self.assertIsNone(own.replay.difference)
@@ -105,14 +105,14 @@ class WindowsSession(Session):
         self.assertEqual(WHEN.sub(b"", record), WHEN.sub(b"", other))
 
     def test_a_killed_session_is_offered_again_and_reported(self):
-        with windows_bench.WindowsBench("--unpaced", "--quick", "--seed", "6") as bench:
-            program = bench.start_program()
+        with windows_rig.WindowsRig("--unpaced", "--quick", "--seed", "6") as rig:
+            program = rig.start_program()
             harness.open_test_window(program)
             harness.full_shot(program, first=True)
             program.process.kill()
             program.wait_end()
 
-            program = bench.start_program()
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuBoth")
             harness.wait_until(program.prompt, "the offer of the session")
             self.assertRegex(
@@ -121,8 +121,8 @@ class WindowsSession(Session):
                 "test record file now\\?",
             )
             program.do("answer Yes", 'chooseFile "Kept.txt"', "waitDisabled cmdCancel")
-            kept = (bench.data / "Kept.txt").read_bytes()
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(bench.byte_log))
+            kept = (rig.data / "Kept.txt").read_bytes()
+            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
             self.assertEqual(len(shots), 1)
             date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", kept).groups()
             self.assertEqual(
@@ -134,7 +134,7 @@ class WindowsSession(Session):
             # The next session ends with a report, which without Excel is the built-in renderer's.
             harness.full_shot(program, first=True)
             harness.save_session(program, "T18.txt", view=True)
-            workbook = bench.excel / "T18.xlsx"
+            workbook = rig.excel / "T18.xlsx"
             harness.wait_until(workbook.exists, "the workbook")
             while program.window("frmCControl") or program.prompt():
                 if program.prompt():
@@ -144,12 +144,12 @@ class WindowsSession(Session):
             self.assertEqual(harness.leave(program), 0)
 
     def test_settings_are_written_to_the_registry_as_texts(self):
-        with windows_bench.WindowsBench("--unpaced", "--quick") as bench:
-            program = bench.start_program()
+        with windows_rig.WindowsRig("--unpaced", "--quick") as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
             self.assertEqual(harness.leave(program), 0)
-            values = windows_bench.stored()
-            data = windows_bench.in_windows(bench.data) + "\\"
+            values = windows_rig.stored()
+            data = windows_rig.in_windows(rig.data) + "\\"
             self.assertEqual(values[("DATAPATH", "PATH", "PATHVAL")], ("REG_SZ", data))
             self.assertTrue(all(kind == "REG_SZ" for kind, _ in values.values()), values)
 

@@ -29,8 +29,8 @@ def first_record(program):
 
 class Key(unittest.TestCase):
     def test_the_guide_fits_the_window_and_the_shot_goes_on(self):
-        with harness.Bench("--unpaced", "--quick", "--seed", "3") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick", "--seed", "3") as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
             press(program, "frmMain")
             harness.open_test_window(program)
@@ -58,8 +58,8 @@ class Key(unittest.TestCase):
             self.assertEqual(harness.leave(program), 0)
 
     def test_settings_headers_and_about(self):
-        with harness.Bench("--unpaced", "--quick", "--seed", "3") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick", "--seed", "3") as rig:
+            program = rig.start_program()
             program.do("wait frmMain")
             for menu, window, leave in (("mnuConfig", "frmConfig", "frmConfig/cmdExit"),
                                         ("mnuAbout", "frmAbout", "frmAbout/Command1")):
@@ -78,8 +78,8 @@ class Key(unittest.TestCase):
             self.assertEqual(program.wait_end(), 0)
 
     def test_the_windows_of_records(self):
-        with harness.Bench("--unpaced", "--quick", "--seed", "3", "--memory", "3") as bench:
-            program = bench.start_program()
+        with harness.Rig("--unpaced", "--quick", "--seed", "3", "--memory", "3") as rig:
+            program = rig.start_program()
             program.do("wait frmMain", "menu mnuDownload", "wait frmTestList",
                        "waitText cmdSave Save")
             press(program, "frmTestList")
@@ -116,7 +116,7 @@ class Key(unittest.TestCase):
             first_record(program)
             program.do("click cmdOp1", "wait frmCopyFile")
             press(program, "frmCopyFile")
-            program.do(f'type txtPath "{bench.folder}"', "click cmdOK", "waitGone frmCopyFile")
+            program.do(f'type txtPath "{rig.folder}"', "click cmdOK", "waitGone frmCopyFile")
             self.assertEqual(harness.leave(program), 0)
 
 

@@ -72,7 +72,7 @@ def session(program):
     harness.finish_save(program)
 
 
-def records(program, bench):
+def records(program, rig):
     """What is done with records: fetched, listed, edited, laid over each other, copied."""
     program.do("menu mnuDownload", "wait frmTestList", "waitText cmdSave Save", "click lvTest",
                "key End", "key Home", "key Shift+Down", "key Shift+Down",
@@ -89,7 +89,7 @@ def records(program, bench):
     program.do("menu mnuOverlay", "wait frmFileUtilOverlay", "click lvTest", "key End", "key Home",
                "click cmdOp0", "click lvTest", "key Down", "click cmdOp1", "sleep 1000",
                "grab overlay frmMain", "click cmdExit", "waitGone frmFileUtilOverlay")
-    target = bench.folder / "usb-stick"
+    target = rig.folder / "usb-stick"
     target.mkdir()
     program.do("menu mnuFileUtil", "wait frmFileUtilOverlay", "click lvTest", "key End", "key Home",
                "key Shift+Down", "sleep 1000", "grab file-utilities frmMain", "click cmdOp1",
@@ -97,25 +97,25 @@ def records(program, bench):
                "grab copy frmMain", "click cmdOK", "waitGone frmCopyFile")
 
 
-def make(bench):
-    program = bench.start_program()
+def make(rig):
+    program = rig.start_program()
     settings_and_headers(program)
     session(program)
-    records(program, bench)
+    records(program, rig)
     if harness.leave(program) != 0:
         raise AssertionError("the program did not end well")
 
 
 def main(folder):
-    with harness.Bench("--unpaced", "--seed", "5", "--memory", "8") as bench:
-        make(bench)
-        made = {path.name for path in bench.pictures.glob("*.png")}
+    with harness.Rig("--unpaced", "--seed", "5", "--memory", "8") as rig:
+        make(rig)
+        made = {path.name for path in rig.pictures.glob("*.png")}
         for name in sorted(wanted() - made):
             print("the guide shows a picture that is not made:", name)
         for name in sorted(made - wanted()):
             print("this picture is made and not shown in the guide:", name)
         shutil.rmtree(folder, ignore_errors=True)
-        shutil.copytree(bench.pictures, folder)
+        shutil.copytree(rig.pictures, folder)
     return 1 if made != wanted() else 0
 
 

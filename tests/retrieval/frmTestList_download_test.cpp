@@ -5,7 +5,7 @@
 #include "instrument/instrument.h"
 #include "link/serial_port.h"
 #include "tests/link/pseudo_terminal.h"
-#include "tests/retrieval/record_download_bench.h"
+#include "tests/retrieval/record_download_rig.h"
 #include "tests/retrieval/test_list_window.h"
 
 namespace davo::test {

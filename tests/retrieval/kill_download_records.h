@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/retrieval/record_download_bench.h"
+#include "tests/retrieval/record_download_rig.h"
 
 namespace davo::test {
 

@@ -16,7 +16,7 @@
 #include "retrieval/record_reply.h"
 #include "tests/link/pseudo_terminal.h"
 #include "tests/records/captures.h"
-#include "tests/retrieval/record_download_bench.h"
+#include "tests/retrieval/record_download_rig.h"
 #include "tests/support/file_size_limit.h"
 #include "tests/support/random_seed.h"
 

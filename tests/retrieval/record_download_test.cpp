@@ -8,7 +8,7 @@
 
 #include "retrieval/record_reply.h"
 #include "tests/link/fake_serial_port.h"
-#include "tests/retrieval/record_download_bench.h"
+#include "tests/retrieval/record_download_rig.h"
 
 namespace davo::test {
 namespace {

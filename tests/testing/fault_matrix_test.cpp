@@ -41,14 +41,13 @@ bool IsDigit(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
 }
 
-void Unplug(SequenceBench& bench) {
-    bench.port.open = false;
-    bench.linkState.portOpen = false;
-    bench.sequence.PortLost();
+void Unplug(SequenceRig& rig) {
+    rig.port.open = false;
+    rig.linkState.portOpen = false;
+    rig.sequence.PortLost();
 }
 
-void DeliverFaulty(SequenceBench& bench, std::string part, std::size_t position,
-                   const Fault& fault) {
+void DeliverFaulty(SequenceRig& rig, std::string part, std::size_t position, const Fault& fault) {
     const bool silent = fault.kind == Kind::Cut || fault.kind == Kind::Unplug;
     if (silent && fault.at < position) return;
     const bool here = fault.at >= position && fault.at < position + part.size();
@@ -74,12 +73,12 @@ void DeliverFaulty(SequenceBench& bench, std::string part, std::size_t position,
                 break;
         }
     }
-    DeliverLines(bench, part.substr(0, pauseAt));
+    DeliverLines(rig, part.substr(0, pauseAt));
     for (int tick = 0; tick < 3; ++tick) {
-        bench.sequence.Timer1_Timer();
+        rig.sequence.Timer1_Timer();
     }
-    DeliverLines(bench, part.substr(std::min(pauseAt, part.size())));
-    if (here && fault.kind == Kind::Unplug) Unplug(bench);
+    DeliverLines(rig, part.substr(std::min(pauseAt, part.size())));
+    if (here && fault.kind == Kind::Unplug) Unplug(rig);
 }
 
 class FaultMatrixTest : public testing::TestWithParam<bool> {
@@ -118,7 +117,7 @@ class FaultMatrixTest : public testing::TestWithParam<bool> {
     }
 
     void RunCase(const Fault& fault);
-    void StartAgain(SequenceBench& bench, const std::string& before);
+    void StartAgain(SequenceRig& rig, const std::string& before);
 
     const ShotScript script_ = RecordScript(5, GetParam(), 3);
     std::set<std::size_t> digits_;  // places of the record's digits
@@ -127,43 +126,43 @@ class FaultMatrixTest : public testing::TestWithParam<bool> {
 
 void FaultMatrixTest::RunCase(const Fault& fault) {
     ++counts_.cases;
-    SequenceBench bench;
-    bench.OpenFor(GetParam());
-    ASSERT_TRUE(PlayShot(
-        bench, script_,
-        [](SequenceBench& to, const std::string& part, std::size_t) { DeliverLines(to, part); }));
-    const std::string before = bench.sequence.ShotTrailer();
+    SequenceRig rig;
+    rig.OpenFor(GetParam());
+    ASSERT_TRUE(PlayShot(rig, script_, [](SequenceRig& to, const std::string& part, std::size_t) {
+        DeliverLines(to, part);
+    }));
+    const std::string before = rig.sequence.ShotTrailer();
     const CapturedShot whole = CapturedShots(before).at(0);
 
     PlayShot(
-        bench, script_,
-        [&](SequenceBench& to, const std::string& part, std::size_t position) {
+        rig, script_,
+        [&](SequenceRig& to, const std::string& part, std::size_t position) {
             DeliverFaulty(to, part, position, fault);
         },
         fault.kind == Kind::Cut || fault.kind == Kind::Unplug);
-    if (fault.kind == Kind::Unplug && bench.sequence.TestState() != kStateShotComplete) {
-        StartAgain(bench, before);
+    if (fault.kind == Kind::Unplug && rig.sequence.TestState() != kStateShotComplete) {
+        StartAgain(rig, before);
         return;
     }
-    ASSERT_TRUE(bench.sequence.TestState() == kStateShotComplete || bench.sequence.Polling());
-    if (bench.sequence.TestState() != kStateShotComplete) {
+    ASSERT_TRUE(rig.sequence.TestState() == kStateShotComplete || rig.sequence.Polling());
+    if (rig.sequence.TestState() != kStateShotComplete) {
         ++counts_.cancelled;
         ASSERT_NE(fault.kind, Kind::Stall) << "a stalled line comes back";
-        ASSERT_TRUE(bench.Screen().cmdCancel.enabled);
-        bench.sequence.cmdCancel_Click();
+        ASSERT_TRUE(rig.Screen().cmdCancel.enabled);
+        rig.sequence.cmdCancel_Click();
     }
-    ASSERT_TRUE(bench.Screen().cmdExit.enabled);
-    ASSERT_EQ(bench.CaptureBytes(), before) << "the shot before";
-    if (!bench.sequence.ShotPending()) return;
+    ASSERT_TRUE(rig.Screen().cmdExit.enabled);
+    ASSERT_EQ(rig.CaptureBytes(), before) << "the shot before";
+    if (!rig.sequence.ShotPending()) return;
 
-    bench.sequence.WriteShotTrailer();
-    const auto shots = CapturedShots(bench.CaptureBytes());
+    rig.sequence.WriteShotTrailer();
+    const auto shots = CapturedShots(rig.CaptureBytes());
     ASSERT_EQ(shots.size(), 2U);
     ASSERT_EQ(shots[0].hexText, whole.hexText);
     ASSERT_EQ(shots[0].measuredRatio, whole.measuredRatio);
     const bool damaged = shots[1].hexText != whole.hexText;
-    const bool shown = bench.Screen().lblDamage.visible;
-    ASSERT_EQ(bench.prompts.shown.size(), (GetParam() ? 0U : 1U) + (shown ? 1U : 0U));
+    const bool shown = rig.Screen().lblDamage.visible;
+    ASSERT_EQ(rig.prompts.shown.size(), (GetParam() ? 0U : 1U) + (shown ? 1U : 0U));
     ASSERT_EQ(shown, damaged && !CannotBeSeen(fault));
     ASSERT_EQ(damaged && !shown, CannotBeSeen(fault));
     counts_.whole += damaged ? 0 : 1;
@@ -171,23 +170,23 @@ void FaultMatrixTest::RunCase(const Fault& fault) {
     counts_.damageUnseen += damaged && !shown ? 1 : 0;
     counts_.ratioChanged += shots[1].measuredRatio != whole.measuredRatio ? 1 : 0;
     if (fault.kind == Kind::Stall) {
-        ASSERT_EQ(bench.CaptureBytes(), before + before);
+        ASSERT_EQ(rig.CaptureBytes(), before + before);
     }
 }
 
 // The cable is back: the shot that was lost is run again in the same session.
-void FaultMatrixTest::StartAgain(SequenceBench& bench, const std::string& before) {
+void FaultMatrixTest::StartAgain(SequenceRig& rig, const std::string& before) {
     ++counts_.startedAgain;
-    ASSERT_TRUE(bench.Screen().cmdExit.enabled);
-    ASSERT_TRUE(bench.Screen().cmdStart.enabled);
-    ASSERT_EQ(bench.CaptureBytes(), before);
-    bench.reopens = true;
-    ASSERT_TRUE(PlayShot(
-        bench, script_,
-        [](SequenceBench& to, const std::string& part, std::size_t) { DeliverLines(to, part); }));
-    bench.sequence.WriteShotTrailer();
-    ASSERT_EQ(bench.CaptureBytes(), before + before);
-    ASSERT_EQ(bench.session.shotCount, 2);
+    ASSERT_TRUE(rig.Screen().cmdExit.enabled);
+    ASSERT_TRUE(rig.Screen().cmdStart.enabled);
+    ASSERT_EQ(rig.CaptureBytes(), before);
+    rig.reopens = true;
+    ASSERT_TRUE(PlayShot(rig, script_, [](SequenceRig& to, const std::string& part, std::size_t) {
+        DeliverLines(to, part);
+    }));
+    rig.sequence.WriteShotTrailer();
+    ASSERT_EQ(rig.CaptureBytes(), before + before);
+    ASSERT_EQ(rig.session.shotCount, 2);
 }
 
 TEST_P(FaultMatrixTest, EveryFaultAtEveryByte) {

@@ -22,15 +22,15 @@ class RandomPieces {
         return std::uniform_int_distribution<int>(low, high)(random_);
     }
     // Cuts text into pieces of up to a length that differs from call to call, with idle ticks.
-    void Deliver(SequenceBench& bench, const std::string& text) {
+    void Deliver(SequenceRig& rig, const std::string& text) {
         constexpr int kLongest[] = {1, 3, 16, 40, 300, 5000};
         const int longest = kLongest[Between(0, 5)];
         std::size_t from = 0;
         while (from < text.size()) {
             const auto length = static_cast<std::size_t>(Between(1, longest));
-            bench.Say(text.substr(from, length));
+            rig.Say(text.substr(from, length));
             from += length;
-            if (Between(0, 9) == 0) bench.sequence.Timer1_Timer();
+            if (Between(0, 9) == 0) rig.sequence.Timer1_Timer();
         }
     }
 
@@ -40,19 +40,19 @@ class RandomPieces {
 
 // The bytes of a session of the two shots.
 std::string Session(const ShotScript& first, const ShotScript& second, const Delivery& delivery) {
-    SequenceBench bench;
-    bench.OpenFor(first.ratioOnly);
-    bench.Screen().txtHVolt.text = "1200";
-    bench.Screen().txtXVolt.text = "5";
-    bench.sequence.txtXVolt_LostFocus();
+    SequenceRig rig;
+    rig.OpenFor(first.ratioOnly);
+    rig.Screen().txtHVolt.text = "1200";
+    rig.Screen().txtXVolt.text = "5";
+    rig.sequence.txtXVolt_LostFocus();
     for (const ShotScript* script : {&first, &second}) {
-        EXPECT_TRUE(PlayShot(bench, *script, delivery));
-        EXPECT_EQ(bench.sequence.TestState(), kStateShotComplete);
-        EXPECT_FALSE(bench.Screen().lblDamage.visible);
+        EXPECT_TRUE(PlayShot(rig, *script, delivery));
+        EXPECT_EQ(rig.sequence.TestState(), kStateShotComplete);
+        EXPECT_FALSE(rig.Screen().lblDamage.visible);
     }
-    bench.sequence.WriteShotTrailer();
-    EXPECT_EQ(bench.session.shotCount, 2);
-    return bench.CaptureBytes() + bench.Screen().txtPolarity.text;
+    rig.sequence.WriteShotTrailer();
+    EXPECT_EQ(rig.session.shotCount, 2);
+    return rig.CaptureBytes() + rig.Screen().txtPolarity.text;
 }
 
 TEST(RandomChunksTest, TheCaptureIsTheSameInAnyPieces) {
@@ -69,8 +69,8 @@ TEST(RandomChunksTest, TheCaptureIsTheSameInAnyPieces) {
                       RecordScript(recorded + 1, ratioOnly, readings),
                       {}};
             pair.expected = Session(pair.first, pair.second,
-                                    [](SequenceBench& bench, const std::string& part, std::size_t) {
-                                        DeliverLines(bench, part);
+                                    [](SequenceRig& rig, const std::string& part, std::size_t) {
+                                        DeliverLines(rig, part);
                                     });
             ASSERT_EQ(CapturedShots(pair.expected).size(), 2U);
             pairs.push_back(std::move(pair));
@@ -80,9 +80,10 @@ TEST(RandomChunksTest, TheCaptureIsTheSameInAnyPieces) {
     RandomPieces pieces(seed);
     for (int i = 0; i < kChunkings; ++i) {
         const Pair& pair = pairs[static_cast<std::size_t>(i) % pairs.size()];
-        const std::string bytes = Session(pair.first, pair.second,
-                                          [&](SequenceBench& bench, const std::string& part,
-                                              std::size_t) { pieces.Deliver(bench, part); });
+        const std::string bytes = Session(
+            pair.first, pair.second, [&](SequenceRig& rig, const std::string& part, std::size_t) {
+                pieces.Deliver(rig, part);
+            });
         ASSERT_EQ(bytes, pair.expected) << "chunking " << i << " of seed " << seed;
         if (testing::Test::HasFailure()) FAIL() << "chunking " << i << " of seed " << seed;
     }

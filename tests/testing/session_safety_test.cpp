@@ -6,19 +6,19 @@
 #include <QCoreApplication>
 #include <QFile>
 
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 namespace {
 
-class SafetyTest : public testing::Test, public SequenceBench {};
+class SafetyTest : public testing::Test, public SequenceRig {};
 
 using Sent = std::vector<std::string>;
 
 // A folder in the way of the journal: nothing can be written over it.
-void BlockJournal(const SequenceBench& bench) {
-    QFile::remove(bench.JournalPath());
-    ASSERT_TRUE(QDir().mkpath(bench.JournalPath() + QStringLiteral("/in the way")));
+void BlockJournal(const SequenceRig& rig) {
+    QFile::remove(rig.JournalPath());
+    ASSERT_TRUE(QDir().mkpath(rig.JournalPath() + QStringLiteral("/in the way")));
 }
 
 TEST_F(SafetyTest, WhenTheDiskRefusesNothingIsSentAndTheShotStaysPending) {

@@ -9,7 +9,7 @@
 #include "common/places.h"
 #include "common/text.h"
 #include "records/record_file.h"
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 
@@ -36,55 +36,55 @@ std::vector<std::string> Utf8(const std::vector<QString>& texts) {
 class SessionSave : public ::testing::Test {
   protected:
     SessionSave() {
-        settings.dataPath = bench.folder.Path("Shots_Data/");
+        settings.dataPath = rig.folder.Path("Shots_Data/");
         EXPECT_TRUE(QDir().mkpath(settings.dataPath));
-        bench.OpenFor(true);
+        rig.OpenFor(true);
     }
 
     SaveOutcome Exit(bool offerResults = false) {
-        return ExitAndSave(bench.sequence, settings, offerResults);
+        return ExitAndSave(rig.sequence, settings, offerResults);
     }
     // "folder|*.txt" as the prompts keep it.
     QString Dialog(const QString& folder) const { return folder + QStringLiteral("|*.txt"); }
     QString Data(const char* name) const { return settings.dataPath + QLatin1String(name); }
-    std::vector<std::string> Shown() const { return Utf8(bench.prompts.shown); }
+    std::vector<std::string> Shown() const { return Utf8(rig.prompts.shown); }
 
-    SequenceBench bench;
+    SequenceRig rig;
     Settings settings;
-    std::deque<Answer>& answers = bench.prompts.answers;
-    std::deque<QString>& files = bench.prompts.files;
+    std::deque<Answer>& answers = rig.prompts.answers;
+    std::deque<QString>& files = rig.prompts.files;
 };
 
 TEST_F(SessionSave, BeepsTwiceAndStopsTheTimers) {
-    bench.RunRatioShot();
-    bench.beeps = 0;
+    rig.RunRatioShot();
+    rig.beeps = 0;
     answers = {Answer::No, Answer::Yes};
     Exit();
-    EXPECT_EQ(bench.beeps, 2);
-    EXPECT_FALSE(bench.sequence.Polling());
-    EXPECT_FALSE(bench.sequence.Clocking());
+    EXPECT_EQ(rig.beeps, 2);
+    EXPECT_FALSE(rig.sequence.Polling());
+    EXPECT_FALSE(rig.sequence.Clocking());
 }
 
 TEST_F(SessionSave, ClosesWithoutAQuestionWhenNoShotWasTaken) {
     const SaveOutcome outcome = Exit();
     EXPECT_TRUE(outcome.closeWindow);
-    EXPECT_TRUE(bench.prompts.shown.empty());
+    EXPECT_TRUE(rig.prompts.shown.empty());
 }
 
 TEST_F(SessionSave, StaysOpenAfterTheShotWasDropped) {
-    bench.RunRatioShot();
-    bench.sequence.cmdContinue_Click();  // "&Repeat Test"
+    rig.RunRatioShot();
+    rig.sequence.cmdContinue_Click();  // "&Repeat Test"
     const SaveOutcome outcome = Exit();
     EXPECT_FALSE(outcome.closeWindow);
-    EXPECT_FALSE(bench.sequence.Clocking());
-    EXPECT_TRUE(bench.prompts.shown.empty());
+    EXPECT_FALSE(rig.sequence.Clocking());
+    EXPECT_TRUE(rig.prompts.shown.empty());
 }
 
 TEST_F(SessionSave, WritesTheRecordFile) {
-    bench.header.Field(0) = PadRight("ACME", 20);
-    bench.session.testNotes = "first\r\nsecond";
-    bench.RunRatioShot("241.2");
-    bench.RunRatioShot("238.8");
+    rig.header.Field(0) = PadRight("ACME", 20);
+    rig.session.testNotes = "first\r\nsecond";
+    rig.RunRatioShot("241.2");
+    rig.RunRatioShot("238.8");
     answers = {Answer::Yes};
     files = {Data("T1.txt")};
     const SaveOutcome outcome = Exit();
@@ -93,7 +93,7 @@ TEST_F(SessionSave, WritesTheRecordFile) {
     EXPECT_EQ(outcome.savedFile, Data("T1.txt"));
     EXPECT_THAT(Shown(),
                 ElementsAre(kSaveQuestion.toStdString(), Dialog(settings.dataPath).toStdString()));
-    EXPECT_THAT(bench.prompts.presets, ElementsAre(Answer::Yes));
+    EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::Yes));
     const TestRecordFile record = ReadTestRecordFile(Data("T1.txt"));
     EXPECT_EQ(record.testNumber, "T1");
     EXPECT_EQ(record.date, "11/21/26");
@@ -107,31 +107,31 @@ TEST_F(SessionSave, WritesTheRecordFile) {
 }
 
 TEST_F(SessionSave, MarksTheJournalSavedOnlyAfterASave) {
-    bench.RunRatioShot();
-    EXPECT_FALSE(bench.Journal().saved);
+    rig.RunRatioShot();
+    EXPECT_FALSE(rig.Journal().saved);
     answers = {Answer::Yes};
     files = {Data("T1.txt")};
-    bench.prompts.onMessage = [](const QString& text) { FAIL() << text.toStdString(); };
+    rig.prompts.onMessage = [](const QString& text) { FAIL() << text.toStdString(); };
     Exit();
-    EXPECT_TRUE(bench.Journal().saved);
-    EXPECT_TRUE(SetAsideUnsavedSessions(bench.places.scratchFolder).empty());
+    EXPECT_TRUE(rig.Journal().saved);
+    EXPECT_TRUE(SetAsideUnsavedSessions(rig.places.scratchFolder).empty());
 }
 
 TEST_F(SessionSave, ADeclinedSessionCanStillBeRecovered) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::No, Answer::Yes};
     const SaveOutcome outcome = Exit();
     EXPECT_TRUE(outcome.closeWindow);
     EXPECT_TRUE(outcome.savedFile.isEmpty());
     EXPECT_THAT(Shown(), ElementsAre(kSaveQuestion.toStdString(), kNotSavedQuestion.toStdString()));
-    EXPECT_THAT(bench.prompts.presets, ElementsAre(Answer::Yes, Answer::No));
-    const auto sessions = SetAsideUnsavedSessions(bench.places.scratchFolder);
+    EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::Yes, Answer::No));
+    const auto sessions = SetAsideUnsavedSessions(rig.places.scratchFolder);
     ASSERT_EQ(sessions.size(), 1U);
     EXPECT_EQ(sessions.front().shots, 1);
 }
 
 TEST_F(SessionSave, DecliningToExitAsksAgainWhetherToSave) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::No, Answer::No, Answer::Yes};
     files = {Data("T1.txt")};
     EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
@@ -141,18 +141,18 @@ TEST_F(SessionSave, DecliningToExitAsksAgainWhetherToSave) {
 }
 
 TEST_F(SessionSave, AnEmptyNameClosesWithoutSaving) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::Yes};
     files = {QString()};
     const SaveOutcome outcome = Exit(true);
     EXPECT_TRUE(outcome.closeWindow);
     EXPECT_TRUE(outcome.savedFile.isEmpty());
-    EXPECT_FALSE(bench.Journal().saved);
+    EXPECT_FALSE(rig.Journal().saved);
     EXPECT_TRUE(QDir(settings.dataPath).isEmpty());
 }
 
 TEST_F(SessionSave, AnInnerDotIsRefusedAndTheDialogShownAgain) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::Yes};
     files = {Data("My.Test.txt"), Data("My.Test"), Data("T1.dat"), Data("T1.txt")};
     Exit();
@@ -165,7 +165,7 @@ TEST_F(SessionSave, AnInnerDotIsRefusedAndTheDialogShownAgain) {
 }
 
 TEST_F(SessionSave, ANameWithoutAnExtensionGetsOne) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::Yes};
     files = {Data("T1")};
     EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
@@ -173,12 +173,12 @@ TEST_F(SessionSave, ANameWithoutAnExtensionGetsOne) {
 }
 
 TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::Yes};
     files = {settings.dataPath + QStringLiteral("\u03A9.txt"),
              settings.dataPath + QStringLiteral("M\u00FCller.txt")};
     EXPECT_EQ(Exit().savedFile, settings.dataPath + QStringLiteral("M\u00FCller.txt"));
-    EXPECT_EQ(bench.prompts.shown.at(2),
+    EXPECT_EQ(rig.prompts.shown.at(2),
               QStringLiteral("Filename contains a character that cannot be written in a test "
                              "record.  Please Re-enter."));
     EXPECT_EQ(ReadTestRecordFile(settings.dataPath + QStringLiteral("M\u00FCller.txt")).testNumber,
@@ -186,9 +186,9 @@ TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
 }
 
 TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     const QString before = settings.dataPath;
-    const QString other = bench.folder.Path("Other/");
+    const QString other = rig.folder.Path("Other/");
     ASSERT_TRUE(QDir().mkpath(other));
     answers = {Answer::Yes};
     files = {other + QStringLiteral("T1.txt")};
@@ -200,16 +200,16 @@ TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
 }
 
 TEST_F(SessionSave, AnotherDataFolderThatExistsIsNotWrittenTo) {
-    bench.RunRatioShot();
-    const QString other = bench.folder.Path("Other/Shots_Data/");
+    rig.RunRatioShot();
+    const QString other = rig.folder.Path("Other/Shots_Data/");
     ASSERT_TRUE(QDir().mkpath(other));
     answers = {Answer::Yes};
-    files = {bench.folder.Path("Other/T1.txt")};
+    files = {rig.folder.Path("Other/T1.txt")};
     EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
     EXPECT_TRUE(QDir(other).isEmpty());
 
-    bench.OpenFor(true);
-    bench.RunRatioShot();
+    rig.OpenFor(true);
+    rig.RunRatioShot();
     answers = {Answer::Yes};
     files = {other + QStringLiteral("T2.txt")};
     EXPECT_EQ(Exit().savedFile, Data("T2.txt"));
@@ -217,7 +217,7 @@ TEST_F(SessionSave, AnotherDataFolderThatExistsIsNotWrittenTo) {
 }
 
 TEST_F(SessionSave, AnExistingFileIsReplacedOnlyAfterYes) {
-    bench.RunRatioShot("241.2");
+    rig.RunRatioShot("241.2");
     ReplaceFile(Data("T1.txt"), "old");
     answers = {Answer::Yes, Answer::No, Answer::Yes, Answer::Yes};
     files = {Data("T1.txt"), Data("T1.txt")};
@@ -226,13 +226,12 @@ TEST_F(SessionSave, AnExistingFileIsReplacedOnlyAfterYes) {
     const std::string exists = "File 'T1.txt' exists. Do you want to override? ";
     EXPECT_THAT(Shown(), ElementsAre(kSaveQuestion.toStdString(), dialog, exists,
                                      kSaveQuestion.toStdString(), dialog, exists));
-    EXPECT_THAT(bench.prompts.presets,
-                ElementsAre(Answer::Yes, Answer::No, Answer::Yes, Answer::No));
+    EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::Yes, Answer::No, Answer::Yes, Answer::No));
     EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.at(0).measuredRatio, "241.2");
 }
 
 TEST_F(SessionSave, ARefusedOverrideKeepsTheOldFile) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     ReplaceFile(Data("T1.txt"), "old");
     answers = {Answer::Yes, Answer::No, Answer::No, Answer::Yes};
     files = {Data("T1.txt")};
@@ -241,9 +240,9 @@ TEST_F(SessionSave, ARefusedOverrideKeepsTheOldFile) {
 }
 
 TEST_F(SessionSave, AFailedSaveIsSaidAndCanBeDoneElsewhere) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     // A file where a folder is needed: nothing can be written in it.
-    const QString blocked = bench.folder.Path("blocked");
+    const QString blocked = rig.folder.Path("blocked");
     ReplaceFile(blocked, "");
     const QString before = settings.dataPath;
     answers = {Answer::Yes, Answer::Yes};
@@ -251,46 +250,46 @@ TEST_F(SessionSave, AFailedSaveIsSaidAndCanBeDoneElsewhere) {
     const SaveOutcome outcome = Exit();
     EXPECT_EQ(outcome.savedFile, before + QStringLiteral("T2.txt"));
     EXPECT_EQ(settings.dataPath, before);
-    ASSERT_EQ(bench.prompts.shown.size(), 5U);
-    EXPECT_THAT(bench.prompts.shown.at(2).toStdString(),
+    ASSERT_EQ(rig.prompts.shown.size(), 5U);
+    EXPECT_THAT(rig.prompts.shown.at(2).toStdString(),
                 HasSubstr("The test record was not saved.\r\nRun-time error '"));
-    EXPECT_EQ(bench.prompts.shown.at(3), kSaveQuestion);
+    EXPECT_EQ(rig.prompts.shown.at(3), kSaveQuestion);
 }
 
 TEST_F(SessionSave, AVanishedDataFolderIsSaidAndTheSessionKept) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     // It vanishes between the question and the writing; no folder is made, for it was there.
     answers = {Answer::Yes, Answer::No, Answer::Yes};
-    const QString other = bench.folder.Path("Other/Shots_Data/");
+    const QString other = rig.folder.Path("Other/Shots_Data/");
     ASSERT_TRUE(QDir().mkpath(other));
     files = {other + QStringLiteral("T1.txt")};
     ASSERT_TRUE(QDir(settings.dataPath).removeRecursively());
     EXPECT_TRUE(Exit().savedFile.isEmpty());
-    EXPECT_THAT(bench.prompts.shown.at(2).toStdString(), HasSubstr("Path not found"));
-    EXPECT_EQ(SetAsideUnsavedSessions(bench.places.scratchFolder).size(), 1U);
+    EXPECT_THAT(rig.prompts.shown.at(2).toStdString(), HasSubstr("Path not found"));
+    EXPECT_EQ(SetAsideUnsavedSessions(rig.places.scratchFolder).size(), 1U);
 }
 
 TEST_F(SessionSave, APendingShotThatCannotBeWrittenKeepsTheWindow) {
-    bench.RunRatioShot();
-    bench.sequence.Capture().Close();  // as after the loss of its disk
+    rig.RunRatioShot();
+    rig.sequence.Capture().Close();  // as after the loss of its disk
     const SaveOutcome outcome = Exit();
     EXPECT_FALSE(outcome.closeWindow);
-    ASSERT_EQ(bench.prompts.shown.size(), 1U);
-    EXPECT_THAT(bench.prompts.shown.front().toStdString(),
+    ASSERT_EQ(rig.prompts.shown.size(), 1U);
+    EXPECT_THAT(rig.prompts.shown.front().toStdString(),
                 HasSubstr("The last shot could not be written; the session is kept.\r\n"
                           "Run-time error '"));
-    EXPECT_TRUE(bench.sequence.ShotPending());
+    EXPECT_TRUE(rig.sequence.ShotPending());
 }
 
 TEST_F(SessionSave, AsksForTheResultsWhenThereIsAReport) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::Yes, Answer::Yes};
     files = {Data("T1.txt")};
     EXPECT_TRUE(Exit(true).viewResults);
-    EXPECT_EQ(bench.prompts.shown.back(), kViewQuestion);
+    EXPECT_EQ(rig.prompts.shown.back(), kViewQuestion);
 
-    bench.OpenFor(true);
-    bench.RunRatioShot();
+    rig.OpenFor(true);
+    rig.RunRatioShot();
     answers = {Answer::Yes, Answer::No};
     files = {Data("T2.txt")};
     const SaveOutcome outcome = Exit(true);
@@ -298,11 +297,11 @@ TEST_F(SessionSave, AsksForTheResultsWhenThereIsAReport) {
     EXPECT_TRUE(outcome.closeWindow);
 }
 
-// Sessions of an earlier run: the program was killed while bench ran them.
+// Sessions of an earlier run: the program was killed while rig ran them.
 class UnsavedSessions : public SessionSave {
   protected:
     void Offer() {
-        OfferUnsavedSessions(bench.sequence.Around(), settings);
+        OfferUnsavedSessions(rig.sequence.Around(), settings);
         EXPECT_TRUE(answers.empty());
         EXPECT_TRUE(files.empty());
     }
@@ -316,21 +315,21 @@ class UnsavedSessions : public SessionSave {
 
 TEST_F(UnsavedSessions, NothingIsAskedWithoutOne) {
     Offer();
-    EXPECT_TRUE(bench.prompts.shown.empty());
+    EXPECT_TRUE(rig.prompts.shown.empty());
 }
 
 TEST_F(UnsavedSessions, YesSavesItWithItsOwnHeaderAndNotes) {
-    bench.header.Field(1) = PadRight("NORTH", 20);
-    bench.session.testNotes = "old notes";
-    bench.RunRatioShot("241.2");
-    bench.RunRatioShot("238.8");
-    bench.header = {};
-    bench.session = {};
+    rig.header.Field(1) = PadRight("NORTH", 20);
+    rig.session.testNotes = "old notes";
+    rig.RunRatioShot("241.2");
+    rig.RunRatioShot("238.8");
+    rig.header = {};
+    rig.session = {};
     answers = {Answer::Yes};
     files = {Data("Old.txt")};
     Offer();
-    EXPECT_EQ(bench.prompts.shown.front(), Question("2 shots"));
-    EXPECT_THAT(bench.prompts.presets, ElementsAre(Answer::Yes));
+    EXPECT_EQ(rig.prompts.shown.front(), Question("2 shots"));
+    EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::Yes));
     const TestRecordFile record = ReadTestRecordFile(Data("Old.txt"));
     EXPECT_EQ(record.shots, "02");
     EXPECT_EQ(record.date, "11/21/26");
@@ -339,26 +338,26 @@ TEST_F(UnsavedSessions, YesSavesItWithItsOwnHeaderAndNotes) {
     ASSERT_EQ(record.records.size(), 2U);
     EXPECT_EQ(record.records[1].measuredRatio, "238.8");
     Offer();
-    EXPECT_EQ(bench.prompts.shown.size(), 2U) << "not offered again";
+    EXPECT_EQ(rig.prompts.shown.size(), 2U) << "not offered again";
 }
 
 TEST_F(UnsavedSessions, NoKeepsItUnderItsDatedNameAndSaysWhere) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::No};
     Offer();
-    ASSERT_EQ(bench.prompts.shown.size(), 2U);
-    EXPECT_EQ(bench.prompts.shown.front(), Question("1 shot"));
-    const QString said = bench.prompts.shown.back();
+    ASSERT_EQ(rig.prompts.shown.size(), 2U);
+    EXPECT_EQ(rig.prompts.shown.front(), Question("1 shot"));
+    const QString said = rig.prompts.shown.back();
     const QString start = QStringLiteral("The session is kept in '");
     ASSERT_TRUE(said.startsWith(start)) << said.toStdString();
     const QString kept = said.mid(start.size()).chopped(2);
     EXPECT_THAT(ReadWholeFile(kept), HasSubstr("MEASURED RATIO: 240.0"));
     Offer();
-    EXPECT_EQ(bench.prompts.shown.size(), 2U) << "not offered again";
+    EXPECT_EQ(rig.prompts.shown.size(), 2U) << "not offered again";
 }
 
 TEST_F(UnsavedSessions, WithoutANameItIsOfferedAgainNextTime) {
-    bench.RunRatioShot();
+    rig.RunRatioShot();
     answers = {Answer::Yes};
     files = {QString()};
     Offer();
@@ -369,25 +368,24 @@ TEST_F(UnsavedSessions, WithoutANameItIsOfferedAgainNextTime) {
 }
 
 TEST_F(UnsavedSessions, AFailedSaveAsksAgain) {
-    bench.RunRatioShot();
-    const QString blocked = bench.folder.Path("blocked");
+    rig.RunRatioShot();
+    const QString blocked = rig.folder.Path("blocked");
     ReplaceFile(blocked, "");
     answers = {Answer::Yes, Answer::Yes};
     files = {blocked + QStringLiteral("/T1.txt"), Data("T2.txt")};
     Offer();
-    EXPECT_THAT(bench.prompts.shown.at(2).toStdString(),
-                HasSubstr("The test record was not saved."));
-    EXPECT_EQ(bench.prompts.shown.at(3), Question("1 shot"));
+    EXPECT_THAT(rig.prompts.shown.at(2).toStdString(), HasSubstr("The test record was not saved."));
+    EXPECT_EQ(rig.prompts.shown.at(3), Question("1 shot"));
     EXPECT_EQ(ReadTestRecordFile(Data("T2.txt")).records.size(), 1U);
 }
 
 TEST_F(UnsavedSessions, ACaptureWithoutAJournalIsOfferedWithoutADate) {
-    bench.RunRatioShot();
-    bench.RunRatioShot();  // writes the first one into the capture file
-    DeleteFile(bench.JournalPath());
+    rig.RunRatioShot();
+    rig.RunRatioShot();  // writes the first one into the capture file
+    DeleteFile(rig.JournalPath());
     answers = {Answer::No};
     Offer();
-    EXPECT_EQ(bench.prompts.shown.front(),
+    EXPECT_EQ(rig.prompts.shown.front(),
               QStringLiteral("An earlier session with 1 shot was never saved. Do you want to save "
                              "it as a test record file now?"));
 }

@@ -3,12 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 namespace {
 
-class RecordTest : public testing::Test, public SequenceBench {
+class RecordTest : public testing::Test, public SequenceRig {
   protected:
     RecordTest() { OpenFor(false); }
 };
@@ -73,35 +73,35 @@ TEST_F(RecordTest, DoneBeforeDataDoesNotCompleteAShot) {
 TEST_F(RecordTest, AReadingAndARecordInOneBurstCostNoShot) {
     const std::string record = RecordOf(Digits());
     for (std::size_t cut = 0; cut <= record.size(); ++cut) {
-        SequenceBench bench;
-        bench.OpenFor(false);
-        bench.StartFullShot();
-        bench.Say("I=0.1 V=1.0\r\n" + record.substr(0, cut));
-        bench.Say(record.substr(cut));
-        EXPECT_EQ(bench.sequence.TestState(), 99) << cut;
-        EXPECT_EQ(bench.sequence.ShotTrailer().find(record), 0U) << cut;
+        SequenceRig rig;
+        rig.OpenFor(false);
+        rig.StartFullShot();
+        rig.Say("I=0.1 V=1.0\r\n" + record.substr(0, cut));
+        rig.Say(record.substr(cut));
+        EXPECT_EQ(rig.sequence.TestState(), 99) << cut;
+        EXPECT_EQ(rig.sequence.ShotTrailer().find(record), 0U) << cut;
     }
 }
 
 TEST_F(RecordTest, ARecordCutByABlockIsKept) {
     const std::string record = RecordOf(Digits());
     for (std::size_t before = 700; before <= 1030; ++before) {
-        SequenceBench bench;
-        bench.OpenFor(false);
-        bench.StartFullShot();
-        bench.Say(std::string(before - 2, 'x') + "\r\n" + record + "\r\n");
-        EXPECT_EQ(bench.sequence.TestState(), 99) << before;
+        SequenceRig rig;
+        rig.OpenFor(false);
+        rig.StartFullShot();
+        rig.Say(std::string(before - 2, 'x') + "\r\n" + record + "\r\n");
+        EXPECT_EQ(rig.sequence.TestState(), 99) << before;
     }
 }
 
 TEST_F(RecordTest, ALineCutByABlockIsKept) {
     for (std::size_t before = 1000; before <= 1030; ++before) {
-        SequenceBench bench;
-        bench.OpenFor(false);
-        bench.StartFullShot();
-        bench.Say(std::string(before - 2, 'x') + "\r\nRATIO=241.2\r\nPOLARITY=+\r\n");
-        EXPECT_EQ(bench.Screen().txtRatio.text, "241.2") << before;
-        EXPECT_EQ(bench.Screen().txtPolarity.text, "IN PHASE") << before;
+        SequenceRig rig;
+        rig.OpenFor(false);
+        rig.StartFullShot();
+        rig.Say(std::string(before - 2, 'x') + "\r\nRATIO=241.2\r\nPOLARITY=+\r\n");
+        EXPECT_EQ(rig.Screen().txtRatio.text, "241.2") << before;
+        EXPECT_EQ(rig.Screen().txtPolarity.text, "IN PHASE") << before;
     }
 }
 

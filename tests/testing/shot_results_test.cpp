@@ -3,12 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 namespace {
 
-class ResultsTest : public testing::Test, public SequenceBench {
+class ResultsTest : public testing::Test, public SequenceRig {
   protected:
     ResultsTest() { OpenFor(false); }
     void Nameplate(const std::string& h, const std::string& x) {

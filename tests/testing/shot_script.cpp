@@ -35,42 +35,42 @@ ShotScript RecordScript(std::uint64_t seed, bool ratioOnly, int readings) {
     return script;
 }
 
-void DeliverLines(SequenceBench& bench, const std::string& text) {
+void DeliverLines(SequenceRig& rig, const std::string& text) {
     std::size_t from = 0;
     while (from < text.size()) {
         const std::size_t end = std::min(text.find('\n', from), text.size() - 1);
-        bench.Say(text.substr(from, end + 1 - from));
+        rig.Say(text.substr(from, end + 1 - from));
         from = end + 1;
     }
 }
 
 namespace {
 
-bool MayConfirm(SequenceBench& bench) {
-    const ControlView& button = bench.Screen().cmdContinue;
+bool MayConfirm(SequenceRig& rig) {
+    const ControlView& button = rig.Screen().cmdContinue;
     return button.enabled && button.text != "&Repeat Test";
 }
 
 }  // namespace
 
-bool PlayShot(SequenceBench& bench, const ShotScript& script, const Delivery& delivery,
+bool PlayShot(SequenceRig& rig, const ShotScript& script, const Delivery& delivery,
               bool lineIsDead) {
-    if (bench.Screen().cmdStart.text == "&Next Test" && bench.modes.testBothMode) {
-        bench.prompts.answers = {script.ratioOnly ? Answer::Yes : Answer::No};
+    if (rig.Screen().cmdStart.text == "&Next Test" && rig.modes.testBothMode) {
+        rig.prompts.answers = {script.ratioOnly ? Answer::Yes : Answer::No};
     }
-    bench.sequence.cmdStart_Click();
+    rig.sequence.cmdStart_Click();
     std::size_t position = 0;
     for (std::size_t i = 0; i < script.parts.size(); ++i) {
         const std::string& part = script.parts[i];
-        delivery(bench, part, position);
+        delivery(rig, part, position);
         position += part.size();
         if (i + 1 == script.parts.size()) break;
         const bool readingsComeOn = part.find("I=") != std::string::npos && !lineIsDead;
-        for (int more = 0; readingsComeOn && more < 3 && !MayConfirm(bench); ++more) {
-            bench.SayLine("I=0.1000 V=100.0");
+        for (int more = 0; readingsComeOn && more < 3 && !MayConfirm(rig); ++more) {
+            rig.SayLine("I=0.1000 V=100.0");
         }
-        if (!MayConfirm(bench)) return false;
-        bench.Confirm();
+        if (!MayConfirm(rig)) return false;
+        rig.Confirm();
     }
     return true;
 }

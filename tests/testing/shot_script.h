@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 
@@ -26,15 +26,15 @@ ShotScript RecordScript(std::uint64_t seed, bool ratioOnly, int readings);
 
 // How a part reaches the PC; position is the part's place in the whole shot.
 using Delivery =
-    std::function<void(SequenceBench& bench, const std::string& part, std::size_t position)>;
+    std::function<void(SequenceRig& rig, const std::string& part, std::size_t position)>;
 
 // Each line as a piece of its own.
-void DeliverLines(SequenceBench& bench, const std::string& text);
+void DeliverLines(SequenceRig& rig, const std::string& text);
 
 // Starts a shot (answering the question whether it is a ratio test) and plays the script, with an
 // operator who confirms whenever the window asks him to. While a reading opens the confirmation
 // and the line is not dead, up to three more readings arrive. False when the window did not ask.
-bool PlayShot(SequenceBench& bench, const ShotScript& script, const Delivery& delivery,
+bool PlayShot(SequenceRig& rig, const ShotScript& script, const Delivery& delivery,
               bool lineIsDead = false);
 
 }  // namespace davo::test

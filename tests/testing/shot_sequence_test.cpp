@@ -5,12 +5,12 @@
 
 #include <QTimer>
 
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 namespace {
 
-class SequenceTest : public testing::Test, public SequenceBench {};
+class SequenceTest : public testing::Test, public SequenceRig {};
 
 using Sent = std::vector<std::string>;
 

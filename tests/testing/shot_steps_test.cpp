@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "testing/session_text.h"
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 namespace {
@@ -17,7 +17,7 @@ const std::string kRatio = "MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THA
 const std::string kSlowShown = "S-L-O-W-L-Y LOWER THE CURRENT NOW...";
 const std::string kRatioShown = "SET VOLTAGE FROM 5V TO 100V MAX";
 
-class StepsTest : public testing::Test, public SequenceBench {
+class StepsTest : public testing::Test, public SequenceRig {
   protected:
     StepsTest() {
         OpenFor(false);
@@ -339,19 +339,19 @@ TEST_F(StepsTest, ConfirmationsOfEarlierShotsDoNotCountForSlowLowering) {
 
 TEST_F(StepsTest, SlowLoweringDoesNotTakeThePlaceOfTheRatioPrompt) {
     for (const bool burst : {false, true}) {
-        SequenceBench bench;
-        bench.OpenFor(false);
-        bench.RunFullShot();
-        bench.prompts.answers = {Answer::No};
-        bench.StartFullShot();
-        bench.SayLine("I=0.1 V=1.0");
-        bench.Confirm();
+        SequenceRig rig;
+        rig.OpenFor(false);
+        rig.RunFullShot();
+        rig.prompts.answers = {Answer::No};
+        rig.StartFullShot();
+        rig.SayLine("I=0.1 V=1.0");
+        rig.Confirm();
         std::string text = kSlow + "\r\n";
-        if (!burst) bench.Say(std::exchange(text, {}));
+        if (!burst) rig.Say(std::exchange(text, {}));
         text += kRatio;
-        bench.SayLine(text + "\r\nI=0.1 V=1.0");
-        EXPECT_EQ(bench.Screen().lblMessage.text, kRatioShown) << burst;
-        EXPECT_TRUE(bench.Screen().cmdContinue.enabled) << burst;
+        rig.SayLine(text + "\r\nI=0.1 V=1.0");
+        EXPECT_EQ(rig.Screen().lblMessage.text, kRatioShown) << burst;
+        EXPECT_TRUE(rig.Screen().cmdContinue.enabled) << burst;
     }
 }
 

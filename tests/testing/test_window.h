@@ -17,7 +17,7 @@
 #include <thread>
 
 #include "testing/frmCControl.h"
-#include "tests/testing/sequence_bench.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 

@@ -21,10 +21,10 @@ inline std::string RecordOf(const std::string& digits) {
 }
 
 // A test sequence on an open port with everything around it; text arrives when Say is called.
-class SequenceBench {
+class SequenceRig {
   public:
-    SequenceBench() { link.OpenComPort(1); }
-    explicit SequenceBench(const Places& use) : places(use) { link.OpenComPort(1); }
+    SequenceRig() { link.OpenComPort(1); }
+    explicit SequenceRig(const Places& use) : places(use) { link.OpenComPort(1); }
 
     void OpenFor(bool ratioOnly) {
         modes.testBothMode = !ratioOnly;

@@ -48,7 +48,7 @@ def stored():
     return values
 
 
-class WindowsBench(harness.Bench):
+class WindowsRig(harness.Rig):
     command = [RUN, harness.PROGRAM]
 
     def __init__(self, *instrument_options):
