@@ -29,14 +29,17 @@ install(FILES "${debian}/lintian-overrides" DESTINATION share/lintian/overrides 
 
 # Without the time of packing in them: the same sources make the same files.
 set(packed)
-foreach(name davo.1 davo-instrument.1 changelog)
-  set(file "${CMAKE_BINARY_DIR}/packed/${name}.gz")
-  add_custom_command(OUTPUT "${file}"
-    COMMAND gzip -9nc "${debian}/${name}" > "${file}"
-    DEPENDS "${debian}/${name}" VERBATIM)
-  list(APPEND packed "${file}")
+foreach(name davo.1 davo-instrument.1)
+  configure_file("${debian}/${name}.in" "${CMAKE_BINARY_DIR}/packed/${name}" @ONLY)
 endforeach()
-file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/packed")
+configure_file("${debian}/changelog" "${CMAKE_BINARY_DIR}/packed/changelog" COPYONLY)
+foreach(name davo.1 davo-instrument.1 changelog)
+  set(file "${CMAKE_BINARY_DIR}/packed/${name}")
+  add_custom_command(OUTPUT "${file}.gz"
+    COMMAND gzip -9nc "${file}" > "${file}.gz"
+    DEPENDS "${file}" VERBATIM)
+  list(APPEND packed "${file}.gz")
+endforeach()
 install(FILES "${CMAKE_BINARY_DIR}/packed/davo.1.gz" "${CMAKE_BINARY_DIR}/packed/davo-instrument.1.gz"
   DESTINATION share/man/man1)
 install(FILES "${CMAKE_BINARY_DIR}/packed/changelog.gz" DESTINATION share/doc/davo)

@@ -4,10 +4,12 @@
 enable_language(RC)
 set(DAVO_WINDOWS_LIBRARIES "" CACHE PATH "Qt and the other libraries for Windows")
 
+configure_file("${CMAKE_SOURCE_DIR}/packaging/windows/davo.manifest.in"
+  "${CMAKE_BINARY_DIR}/davo.manifest" @ONLY)
 configure_file("${CMAKE_SOURCE_DIR}/packaging/windows/davo.rc.in" "${CMAKE_BINARY_DIR}/davo.rc" @ONLY)
 target_sources(davo PRIVATE "${CMAKE_BINARY_DIR}/davo.rc")
 set_source_files_properties("${CMAKE_BINARY_DIR}/davo.rc" TARGET_DIRECTORY davo PROPERTIES
-  OBJECT_DEPENDS "${CMAKE_SOURCE_DIR}/packaging/windows/davo.manifest;${CMAKE_SOURCE_DIR}/src/app/icon/davo.ico")
+  OBJECT_DEPENDS "${CMAKE_BINARY_DIR}/davo.manifest;${CMAKE_SOURCE_DIR}/src/app/icon/davo.ico")
 
 # The compiler's own libraries; where they lie, it knows.
 set(libraries)

@@ -17,6 +17,7 @@
 #include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/text.h"
+#include "common/version.h"
 #include "reports/template_file.h"
 #include "retrieval/memory_directory.h"
 #include "testing/frmCControl.h"
@@ -49,7 +50,7 @@ frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForm
       pages_(new QStackedWidget(this)),
       area_(new QMdiArea(pages_)) {
     setObjectName(QStringLiteral("frmMain"));
-    setWindowTitle(QStringLiteral("DAVO PC-Interface V.3.15"));
+    setWindowTitle(QStringLiteral("DAVO PC-Interface V.%1").arg(QLatin1String(kVersion)));
     BuildCentre();
     statusBar()->setSizeGripEnabled(false);
     statusBar()->addWidget(statusLine_, 1);

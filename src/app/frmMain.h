@@ -22,7 +22,7 @@ class frmAbout;
 class frmCControl;
 class HomePanel;
 
-// "DAVO PC-Interface V.3.15": the menus, and the area that the other windows open in.
+// "DAVO PC-Interface" and its version: the menus, and the area that the other windows open in.
 class frmMain : public QMainWindow {
   public:
     // state, and everything of services, must outlive the window.

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """What the Debian package must be: check_package.py PACKAGE. Names every fault and ends with 1."""
 
+import gzip
 import hashlib
 import pathlib
 import re
@@ -75,6 +76,19 @@ def check_fields(package):
     expect(not needless, f"dependency on {needless}")
     kept = output_of("dpkg-parsechangelog", "-l", str(SOURCES / "packaging/debian/changelog"), "-S", "Version")
     expect(kept.strip() == version, f"the changelog begins with {kept.strip()}")
+    return version
+
+
+def check_version(root, version):
+    """What is written by hand, and what is shown, has the program's version."""
+    shown = version.rpartition(".")[0]
+    for page in ("davo", "davo-instrument"):
+        text = gzip.decompress((root / f"usr/share/man/man1/{page}.1.gz").read_bytes()).decode()
+        expect(f'"DAVO {shown}"' in text.splitlines()[0], f"the manual page of {page} has another version")
+    release = re.search(r'<release version="([^"]*)"', (root / METAINFO).read_text("utf-8"))[1]
+    expect(release == version, f"the newest release in the metainfo is {release}")
+    notes = re.search(r"^## \[(\d[^]]*)\]", (SOURCES / "CHANGELOG.md").read_text("utf-8"), re.M)[1]
+    expect(notes == version, f"the newest release in CHANGELOG.md is {notes}")
 
 
 def check_files(package, root):
@@ -144,7 +158,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
         subprocess.run(("dpkg-deb", "--raw-extract", package, folder), check=True)
-        check_fields(package)
+        check_version(root, check_fields(package))
         check_files(package, root)
         check_licence(root)
         check_binaries(root)

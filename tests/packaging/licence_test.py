@@ -7,13 +7,14 @@ import unittest
 
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ("bench", "cmake", "docs", "fuzz", "instrument", "packaging", "src", "tests", "tools", ".ci")
-SUFFIXES = {".cmake", ".cpp", ".h", ".in", ".nsi", ".py", ".sh"}
+SUFFIXES = {".cmake", ".cpp", ".h", ".nsi", ".py", ".rc", ".sh"}
 LINE = "SPDX-License-Identifier: GPL-3.0-or-later"
 SYSTEM_COPY = pathlib.Path("/usr/share/common-licenses/GPL-3")
 
 
 def is_source(path):
-    if path.name == "CMakeLists.txt" or path.suffix in SUFFIXES:
+    suffix = pathlib.PurePath(path.name.removesuffix(".in")).suffix
+    if path.name == "CMakeLists.txt" or suffix in SUFFIXES:
         return True
     with path.open("rb") as file:
         return file.read(2) == b"#!"
