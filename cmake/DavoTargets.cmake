@@ -12,13 +12,20 @@ else()
   set(DAVO_PLATFORM linux)
 endif()
 
-# All compiler flags of our own code: warnings are errors.
+# All compiler flags of our own code. The presets make warnings errors.
 add_library(davo_flags INTERFACE)
 target_compile_options(davo_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
 target_compile_definitions(davo_flags INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 target_include_directories(davo_flags INTERFACE "${CMAKE_SOURCE_DIR}/src")
+
+# Line tables are what a stack trace needs. Nobody waits for a test's own code, so that it is compiled
+# as quickly as can be; what it tests is compiled as it is shipped.
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1 -DNDEBUG")
+set(DAVO_TEST_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O0>")
+# Anonymous namespaces of a test's sources are then one.
+option(DAVO_UNITY_TESTS "Compile the sources of a test as one" ON)
 
 option(DAVO_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
 option(DAVO_COVERAGE "Coverage counters" OFF)
@@ -40,29 +47,44 @@ function(davo_library name)
   endforeach()
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC davo_flags ${ARG_LINKS})
+  if("Qt6::Widgets" IN_LIST ARG_LINKS)
+    davo_use_headers(${name} ui)
+  else()
+    davo_use_headers(${name} core)
+  endif()
   set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC} POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
 # davo_test(<name> SOURCES ... [LINKS ...] [WIDGETS] [LABELS ...] [TIMEOUT seconds] [SERIAL]
-#           [NOT_IN_WINE pattern ...])
+#           [NOT_IN_WINE pattern ...] [ALONE source ...])
+# ALONE names sources that cannot be compiled as one with the others.
 # NOT_IN_WINE names tests, as --gtest_filter does, that cannot run there: they start programs of this
 # machine, remove files that are open, ask for processor time as POSIX has it, or measure texts, for
 # which Wine has not the interface's font.
 # One executable, one CTest entry. Each runs offscreen with a home and configuration folder of
 # its own, so that no test reads or writes the user's settings.
 function(davo_test name)
-  cmake_parse_arguments(ARG "WIDGETS;SERIAL" "TIMEOUT" "SOURCES;LINKS;LABELS;NOT_IN_WINE" ${ARGN})
+  cmake_parse_arguments(ARG "WIDGETS;SERIAL" "TIMEOUT" "SOURCES;LINKS;LABELS;NOT_IN_WINE;ALONE" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
-  add_executable(${name} ${ARG_SOURCES})
+  add_executable(${name} ${ARG_SOURCES} ${ARG_ALONE})
   if(ARG_WIDGETS)
     set(main davo_test_main_widgets)
+    davo_use_headers(${name} test_ui)
   else()
     set(main davo_test_main_core)
+    davo_use_headers(${name} test_core)
+  endif()
+  if(DAVO_UNITY_TESTS AND NOT WIN32)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 0)
+    if(ARG_ALONE)
+      set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+    endif()
   endif()
   target_link_libraries(${name} PRIVATE davo_flags ${ARG_LINKS} ${main} GTest::gmock GTest::gtest)
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_compile_options(${name} PRIVATE ${DAVO_TEST_OPTIONS})
   target_compile_definitions(${name} PRIVATE DAVO_TESTS_FOLDER="${CMAKE_SOURCE_DIR}/tests")
   set(filter)
   if(WIN32 AND ARG_NOT_IN_WINE)

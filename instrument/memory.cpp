@@ -15,9 +15,8 @@ constexpr std::size_t kPreambleBytes = 12 * kFieldDigits / 2;
 constexpr std::size_t kHeaderOffset = kPreambleBytes - kHeaderSlotSize;
 constexpr const char* kFilling = "FFFFFFFF";
 
-std::string Padded(std::string text, std::size_t width) {
-    text.resize(width, ' ');
-    return text;
+std::string Padded(const std::string& text, std::size_t width) {
+    return text.substr(0, width) + std::string(width - std::min(width, text.size()), ' ');
 }
 
 std::string Digits(int value, std::size_t width) {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -15,6 +16,11 @@
 namespace davo::test {
 
 inline constexpr std::chrono::seconds kPatience{20};
+
+inline bool LinkExists(const std::string& path) {
+    struct stat info {};
+    return lstat(path.c_str(), &info) == 0;
+}
 
 // The PC's end of the device, opened like any serial port.
 class DeviceClient {

@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <fstream>
 #include <sstream>
@@ -25,11 +24,6 @@ using namespace instrument;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using testing::HasSubstr;
-
-bool LinkExists(const std::string& path) {
-    struct stat info {};
-    return lstat(path.c_str(), &info) == 0;
-}
 
 class Device : public testing::Test {
   protected:

@@ -2,7 +2,6 @@
 // The program: its command line, and the process from its ready line to its end.
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include <QProcess>
 
@@ -85,11 +84,6 @@ TEST(CommandLine, SaysWhatIsWrong) {
               "bad or missing value of --scenario");
     EXPECT_EQ(Parse({"--link", "x", "--memory", "1000"}).error, "bad or missing value of --memory");
     EXPECT_EQ(Parse({"--help"}).error, "");
-}
-
-bool LinkExists(const std::string& path) {
-    struct stat info {};
-    return lstat(path.c_str(), &info) == 0;
 }
 
 // Starts the program and waits for its ready line.

@@ -25,7 +25,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-constexpr int kPatience = 3000;  // ms until a condition must have come true
+constexpr int kUntilGone = 3000;  // ms
 
 // The header window of a test session; its real boxes and buttons are used.
 class HeaderWindow : public ::testing::Test {
@@ -115,7 +115,7 @@ TEST_F(HeaderWindow, ExitLeavesTheHeaderAsItWas) {
     Open();
     Type(0, "OTHER");
     Click("cmdExit");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return window.isNull(); }, kPatience));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window.isNull(); }, kUntilGone));
     EXPECT_EQ(header.Field(0), "ACME                ");
     EXPECT_EQ(changes, 0);
 }
@@ -151,7 +151,7 @@ TEST_F(HeaderWindow, TheNotepadShowsAndTakesTheNotes) {
     notepad->close();
     EXPECT_EQ(testNotes, "first\r\nsecond\r\nthird");
     EXPECT_EQ(changes, 1);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return notepad.isNull(); }, kPatience));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return notepad.isNull(); }, kUntilGone));
 }
 
 TEST_F(HeaderWindow, TheNotepadKeepsFixedBlanksAndUntouchedNotes) {
@@ -161,7 +161,7 @@ TEST_F(HeaderWindow, TheNotepadKeepsFixedBlanksAndUntouchedNotes) {
     Open();
     QPointer<frmNotepad> untouched = OpenNotepad();
     untouched->close();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return untouched.isNull(); }, kPatience));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return untouched.isNull(); }, kUntilGone));
     EXPECT_EQ(testNotes,
               "a\xA0"
               "b\nlone");
