@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 // A window in the area: it closes when it may, and waits for the instrument when it is told to.
-class Child : public QWidget {
+class WaitingChild : public QWidget {
   public:
     void Wait(Link& link) {
         waits_ = true;
@@ -57,7 +57,7 @@ class ClosingWithAChild : public MainWindow {
     void OpenWithChild() {
         ChildForms children;
         children.headerSetup = [this](QMdiArea& area, std::function<void()> closed) {
-            child = new Child;
+            child = new WaitingChild;
             child->onUnload = [this, closed = std::move(closed)] {
                 ++unloads;
                 state.settings.sortOrder = 1;
@@ -73,7 +73,7 @@ class ClosingWithAChild : public MainWindow {
     }
     QString StoredSort() { return store.texts[QStringLiteral("SORTVALUES/SORT/SORTVAL")]; }
 
-    Child* child = nullptr;
+    WaitingChild* child = nullptr;
     int unloads = 0;
 };
 
