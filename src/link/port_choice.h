@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "link/port_devices.h"
+#include "link/present_port.h"
 
 namespace davo {
 

@@ -7,17 +7,9 @@
 #include <vector>
 
 #include "common/settings.h"
+#include "link/present_port.h"
 
 namespace davo {
-
-// A serial port that is plugged in now.
-struct PresentPort {
-    QString device;  // what is opened: "COM3", "/dev/ttyUSB0"
-    QString name;    // the adapter's description
-    QString maker;
-    QString serialNumber;
-    bool usb = false;
-};
 
 // Which device each of COM1 to COM4 stands for.
 class PortDevices {

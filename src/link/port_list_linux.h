@@ -4,7 +4,7 @@
 #include <QString>
 #include <vector>
 
-#include "link/port_devices.h"
+#include "link/present_port.h"
 
 namespace davo {
 
