@@ -66,7 +66,7 @@ void RewriteOfOneRecord(benchmark::State& state) {
             if (!old.open(QIODevice::ReadOnly)) std::abort();
             const std::string same = old.readAll().toStdString();
             const QString beside = folder.filePath(QStringLiteral("beside"));
-            if (WriteFlushed(beside, same) || MoveOver(beside, path(8))) std::abort();
+            if (WriteNew(beside, same, path(8)) || MoveOver(beside, path(8))) std::abort();
         });
     }
     state.counters["ratio"] = rewrite / reference;

@@ -14,6 +14,9 @@ namespace davo {
 // What an error that one of these returned means, whatever the platform calls it.
 std::error_condition MeaningOf(const std::error_code& error);
 
+// The same in the system's words.
+QString WordsOf(const std::error_code& error);
+
 // Makes the folder and the ones above it that are missing.
 std::error_code MakeFolders(const QString& path);
 
@@ -22,10 +25,24 @@ std::error_code RemoveFile(const QString& path);
 // Appends the whole content of path to bytes.
 std::error_code ReadBytes(const QString& path, std::string& bytes);
 
-// Makes path, or empties it, writes bytes and flushes them to the disk.
-std::error_code WriteFlushed(const QString& path, std::string_view bytes);
+// Makes path with bytes, flushed to the disk, for the same users as the file like, if there is one,
+// as far as that may be set. Where anything has that name already, be it a link to nowhere, the
+// error is std::errc::file_exists, and nothing is opened.
+std::error_code WriteNew(const QString& path, std::string_view bytes, const QString& like);
 
-// Renames from to to, over a file that is there, and flushes the rename to the disk.
+// Makes path in the same way as a copy of the file source with its time of change and, on Windows,
+// its attributes.
+std::error_code CopyNew(const QString& source, const QString& path);
+
+// Removes what WriteNew or CopyNew left at path or found there, but no folder; of a link the link.
+std::error_code RemoveLeftOver(const QString& path);
+
+// Renames from to to, over a file that is there, and flushes the rename to the disk. On Windows a
+// file that is read-only is not replaced.
 std::error_code MoveOver(const QString& from, const QString& to);
+
+// Waits until everything written to an open file is on the disk. descriptor is the C library's
+// number of the file; false when the system could not do it.
+bool FlushToDisk(int descriptor);
 
 }  // namespace davo

@@ -32,6 +32,19 @@ std::error_code WriteAll(int file, std::string_view bytes) {
     return {};
 }
 
+// Makes path, which must not be there, with bytes and what set does to the open file.
+template <class Set>
+std::error_code MakeFile(const QString& path, std::string_view bytes, const Set& set) {
+    constexpr int kHow = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    const int file = ::open(QFile::encodeName(path).constData(), kHow, 0666);
+    if (file < 0) return LastError();
+    std::error_code error = WriteAll(file, bytes);
+    if (!error) error = set(file);
+    if (!error && ::fsync(file) != 0) error = LastError();
+    if (::close(file) != 0 && !error) error = LastError();
+    return error;
+}
+
 std::error_code FlushFolder(const QString& path) {
     const QByteArray folder = QFile::encodeName(path);
     const int handle = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -67,6 +80,10 @@ std::error_condition MeaningOf(const std::error_code& error) {
     return error.default_error_condition();
 }
 
+QString WordsOf(const std::error_code& error) {
+    return qt_error_string(error.value());
+}
+
 std::error_code MakeFolders(const QString& path) {
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(path.toStdU16String()), error);
@@ -86,27 +103,45 @@ std::error_code ReadBytes(const QString& path, std::string& bytes) {
     return error;
 }
 
-std::error_code WriteFlushed(const QString& path, std::string_view bytes) {
-    const int file =
-        ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (file < 0) return LastError();
-    std::error_code error = WriteAll(file, bytes);
-    if (!error && ::fsync(file) != 0) error = LastError();
-    if (::close(file) != 0 && !error) error = LastError();
-    return error;
+std::error_code WriteNew(const QString& path, std::string_view bytes, const QString& like) {
+    struct stat old {};
+    const bool isThere = ::stat(QFile::encodeName(like).constData(), &old) == 0;
+    return MakeFile(path, bytes, [&](int file) -> std::error_code {
+        if (!isThere || ::fchmod(file, old.st_mode & 0777U) == 0 || errno == EPERM) return {};
+        return LastError();
+    });
+}
+
+std::error_code CopyNew(const QString& source, const QString& path) {
+    std::string bytes;
+    if (const std::error_code error = ReadBytes(source, bytes)) return error;
+    struct stat from {};
+    if (::stat(QFile::encodeName(source).constData(), &from) != 0) return LastError();
+    return MakeFile(path, bytes, [&](int file) -> std::error_code {
+        // A disk that keeps no times keeps the content all the same.
+        const timespec times[] = {{0, UTIME_OMIT}, from.st_mtim};
+        ::futimens(file, times);
+        return {};
+    });
+}
+
+std::error_code RemoveLeftOver(const QString& path) {
+    return RemoveFile(path);
 }
 
 std::error_code MoveOver(const QString& from, const QString& to) {
-    const QByteArray source = QFile::encodeName(from);
     const QByteArray target = QFile::encodeName(to);
-    // The new file is for the same users as the old one, as far as that may be set.
-    struct stat old {};
-    if (::stat(target.constData(), &old) == 0 &&
-        ::chmod(source.constData(), old.st_mode & 0777U) != 0 && errno != EPERM) {
+    if (std::rename(QFile::encodeName(from).constData(), target.constData()) != 0) {
         return LastError();
     }
-    if (std::rename(source.constData(), target.constData()) != 0) return LastError();
     return FlushFolder(QFileInfo(to).path());
+}
+
+bool FlushToDisk(int descriptor) {
+    while (::fdatasync(descriptor) != 0) {
+        if (errno != EINTR) return false;
+    }
+    return true;
 }
 
 }  // namespace davo

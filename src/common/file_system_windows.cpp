@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <io.h>
 #include <windows.h>
 
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -24,9 +26,10 @@ struct CloseFile {
 using OpenFile = std::unique_ptr<void, CloseFile>;
 
 // Nothing when it cannot be opened; the system's last error says why.
-OpenFile Open(const QString& path, DWORD access, DWORD sharing, DWORD creation) {
-    HANDLE file = ::CreateFileW(NativePath(path).c_str(), access, sharing, nullptr, creation,
-                                FILE_ATTRIBUTE_NORMAL, nullptr);
+OpenFile Open(const QString& path, DWORD access, DWORD sharing, DWORD creation,
+              DWORD flags = FILE_ATTRIBUTE_NORMAL) {
+    HANDLE file =
+        ::CreateFileW(NativePath(path).c_str(), access, sharing, nullptr, creation, flags, nullptr);
     return OpenFile(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
@@ -44,6 +47,27 @@ std::error_code WriteAll(HANDLE file, std::string_view bytes) {
         bytes.remove_prefix(written);
     }
     return {};
+}
+
+// attributes as GetFileAttributesW gives them, of a file that is there or not.
+bool IsReadOnly(DWORD attributes) {
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+// Programs that look at every new file, such as virus scanners, hold it for an instant: tries again
+// until it is free.
+template <class Attempt>
+std::error_code Insist(const Attempt& attempt) {
+    constexpr int kTries = 10;
+    constexpr DWORD kPause = 20;  // ms
+    std::error_code error;
+    for (int i = 0; i < kTries; ++i) {
+        if (i > 0) ::Sleep(kPause);
+        if (attempt()) return {};
+        error = LastError();
+        if (error.value() != ERROR_SHARING_VIOLATION && error.value() != ERROR_ACCESS_DENIED) break;
+    }
+    return error;
 }
 
 std::error_code ReadAll(HANDLE file, std::string& bytes) {
@@ -101,10 +125,11 @@ std::error_condition MeaningOf(const std::error_code& error) {
         case ERROR_DELETE_PENDING:
         case ERROR_PRIVILEGE_NOT_HELD:
         case kVirusInfected:
-        case ERROR_FILE_EXISTS:
-        case ERROR_ALREADY_EXISTS:
         case ERROR_CANNOT_MAKE:
             return std::errc::permission_denied;
+        case ERROR_FILE_EXISTS:
+        case ERROR_ALREADY_EXISTS:
+            return std::errc::file_exists;
         case ERROR_DISK_FULL:
         case ERROR_HANDLE_DISK_FULL:
         case kDiskQuotaExceeded:
@@ -118,6 +143,18 @@ std::error_condition MeaningOf(const std::error_code& error) {
         default:
             return std::errc::io_error;
     }
+}
+
+QString WordsOf(const std::error_code& error) {
+    wchar_t* text = nullptr;
+    const auto number = static_cast<DWORD>(error.value());
+    const DWORD length = ::FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+        nullptr, number, 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    // The system's sentence ends with a line end.
+    const QString words = QString::fromWCharArray(text, static_cast<qsizetype>(length)).trimmed();
+    ::LocalFree(text);
+    return words.isEmpty() ? QStringLiteral("Windows error %1").arg(number) : words;
 }
 
 std::error_code MakeFolders(const QString& path) {
@@ -145,8 +182,10 @@ std::error_code ReadBytes(const QString& path, std::string& bytes) {
     return file ? ReadAll(file.get(), bytes) : LastError();
 }
 
-std::error_code WriteFlushed(const QString& path, std::string_view bytes) {
-    OpenFile file = Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
+// Who may use the file is the folder's matter here: like is not asked.
+std::error_code WriteNew(const QString& path, std::string_view bytes, const QString& /*like*/) {
+    OpenFile file = Open(path, GENERIC_WRITE, 0, CREATE_NEW,
+                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
     if (!file) return LastError();
     std::error_code error = WriteAll(file.get(), bytes);
     if (!error && ::FlushFileBuffers(file.get()) == 0) error = LastError();
@@ -154,19 +193,47 @@ std::error_code WriteFlushed(const QString& path, std::string_view bytes) {
     return error;
 }
 
-std::error_code MoveOver(const QString& from, const QString& to) {
-    // Programs that look at every new file, such as virus scanners, hold it for an instant.
-    constexpr int kTries = 10;
-    constexpr DWORD kPause = 20;  // ms
-    const DWORD how = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    std::error_code error;
-    for (int i = 0; i < kTries; ++i) {
-        if (i > 0) ::Sleep(kPause);
-        if (::MoveFileExW(NativePath(from).c_str(), NativePath(to).c_str(), how) != 0) return {};
+std::error_code CopyNew(const QString& source, const QString& path) {
+    const std::wstring made = NativePath(path);
+    if (::CopyFileW(NativePath(source).c_str(), made.c_str(), TRUE) == 0) return LastError();
+    // The copy of a read-only file is one, which cannot be opened to be flushed.
+    const DWORD attributes = ::GetFileAttributesW(made.c_str());
+    const bool isReadOnly = IsReadOnly(attributes);
+    if (isReadOnly) ::SetFileAttributesW(made.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
+    std::error_code error = Insist([&] {
+        const OpenFile file =
+            Open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
+        return file && ::FlushFileBuffers(file.get()) != 0;
+    });
+    if (isReadOnly && ::SetFileAttributesW(made.c_str(), attributes) == 0 && !error) {
         error = LastError();
-        if (error.value() != ERROR_SHARING_VIOLATION && error.value() != ERROR_ACCESS_DENIED) break;
     }
     return error;
+}
+
+std::error_code RemoveLeftOver(const QString& path) {
+    // A copy of a read-only file is one.
+    if (!QFileInfo(path).isDir()) {
+        ::SetFileAttributesW(NativePath(path).c_str(), FILE_ATTRIBUTE_NORMAL);
+    }
+    return RemoveFile(path);
+}
+
+std::error_code MoveOver(const QString& from, const QString& to) {
+    const std::wstring target = NativePath(to);
+    if (IsReadOnly(::GetFileAttributesW(target.c_str()))) {
+        return {ERROR_ACCESS_DENIED, std::system_category()};
+    }
+    return Insist([&] {
+        return ::MoveFileExW(NativePath(from).c_str(), target.c_str(),
+                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    });
+}
+
+bool FlushToDisk(int descriptor) {
+    if (descriptor < 0) return false;
+    const std::intptr_t handle = ::_get_osfhandle(descriptor);
+    return handle != -1 && ::FlushFileBuffers(reinterpret_cast<HANDLE>(handle)) != 0;
 }
 
 }  // namespace davo

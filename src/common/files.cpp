@@ -47,12 +47,26 @@ void ThrowIf(const std::error_code& error, const QString& path) {
 }
 
 // The name under which the new content of path is written before it takes the place of the old.
-// It is the same each time, so that one left over from a kill is overwritten by the next, and
-// holds no ".txt", so that a listing of the records never shows it.
+// It is the same each time, so that one left over from a kill is removed by the next, and holds no
+// ".txt", so that a listing of the records never shows it.
 QString NameWhileWriting(const QString& path) {
     const QFileInfo info(path);
     return info.path() + QStringLiteral("/~") +
            info.fileName().replace(QLatin1Char('.'), QLatin1Char('_')) + QStringLiteral(".new");
+}
+
+// Has write make the new content of path beside it and puts that in the place of the old.
+template <class Write>
+std::error_code Replace(const QString& path, const Write& write) {
+    const QString beside = NameWhileWriting(path);
+    std::error_code error = write(beside);
+    if (MeaningOf(error) == std::errc::file_exists) {
+        error = RemoveLeftOver(beside);
+        if (!error) error = write(beside);
+    }
+    if (!error) error = MoveOver(beside, path);
+    if (error) RemoveLeftOver(beside);
+    return error;
 }
 
 }  // namespace
@@ -111,13 +125,17 @@ void ReplaceFile(const QString& path, std::string_view bytes) {
     const QFileInfo old(path);
     const bool mayReplace = !old.exists() || (old.isFile() && old.isWritable());
     if (!mayReplace) Throw(ErrorNumber::PermissionDenied, path);
-    const QString written = NameWhileWriting(path);
-    std::error_code error = WriteFlushed(written, bytes);
-    if (!error) error = MoveOver(written, path);
-    if (error) {
-        RemoveFile(written);
-        Throw(NumberOf(error, path), path);
-    }
+    const auto error =
+        Replace(path, [&](const QString& beside) { return WriteNew(beside, bytes, path); });
+    // A folder is never removed; its name tells the user what is in the way.
+    const QString beside = NameWhileWriting(path);
+    ThrowIf(error, FolderExists(beside) ? beside : path);
+}
+
+QString CopyFileOver(const QString& source, const QString& target) {
+    const auto error =
+        Replace(target, [&](const QString& beside) { return CopyNew(source, beside); });
+    return error ? WordsOf(error) : QString();
 }
 
 }  // namespace davo

@@ -9,9 +9,9 @@
 
 namespace davo {
 
-// Every function here throws RunTimeError with the number of what the system said: 53 no such
-// file, 76 no such folder, 70 permission denied, 61 disk full, 52 a name that cannot be, 57 any
-// other device error.
+// Every function here but the last throws RunTimeError with the number of what the system said: 53
+// no such file, 76 no such folder, 70 permission denied, 61 disk full, 52 a name that cannot be, 57
+// any other device error.
 
 bool FileExists(const QString& path);
 bool FolderExists(const QString& path);
@@ -36,5 +36,10 @@ std::string JoinLines(const std::vector<std::string>& lines);
 // Replaces path by bytes: written beside it, flushed to the disk, renamed over it. A kill or an
 // error at any instant leaves the old file or the new one, never a part.
 void ReplaceFile(const QString& path, std::string_view bytes);
+
+// Puts a copy of the file source, content and time of change, in the place of target in the same
+// way. On Windows the attributes go with it, and a target that is read-only is not replaced. Throws
+// nothing: the result is why it could not, in the system's words; empty when it is copied.
+QString CopyFileOver(const QString& source, const QString& target);
 
 }  // namespace davo

@@ -9,7 +9,6 @@
 
 #include "common/files.h"
 #include "common/places.h"
-#include "files/copy_file.h"
 
 namespace davo {
 

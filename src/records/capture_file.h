@@ -20,7 +20,8 @@ inline constexpr const char* kCaptureFileName = "TESTFILE.txt";
 // disk full, 57 any other device error.
 class CaptureFile {
   public:
-    // Creates path empty (an earlier file there is emptied) and keeps it open for writing.
+    // Creates path empty (an earlier file there is emptied; a link or a pipe is removed, not what a
+    // link points to) and keeps it open for writing.
     void Create(const QString& path);
     bool IsOpen() const { return file_.isOpen(); }
     // Appends block whole and flushes it to the disk. When it fails, the file is cut back to the

@@ -8,8 +8,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <chrono>
 #include <csignal>
 #include <functional>
@@ -19,6 +21,7 @@
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/in_the_way.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
 
@@ -153,6 +156,89 @@ TEST(ReplaceFileOnLinux, LeavesTheOldOrTheNewFileAfterAKill) {
     ReplaceFile(path, "after");
     EXPECT_EQ(ReadWholeFile(path), "after");
     EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+}
+
+TEST(ReplaceFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    test::ExpectWrittenOverAnything(path, test::NameWhileWriting(path), [&] {
+        ReplaceFile(path, "new");
+        EXPECT_EQ(ReadWholeFile(path), "new");
+    });
+}
+
+TEST(ReplaceFileOnLinux, NamesTheFolderThatHasTheTemporaryName) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    const QString beside = test::NameWhileWriting(path);
+    ReplaceFile(path, "old");
+    CreateFolder(beside);
+    try {
+        ReplaceFile(path, "new");
+        ADD_FAILURE() << "written past a folder";
+    } catch (const RunTimeError& error) {
+        EXPECT_EQ(error.what(), "Run-time error '70': Permission denied: " + beside.toStdString());
+    }
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    EXPECT_TRUE(FolderExists(beside));
+}
+
+TEST(CopyFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
+    const test::TemporaryFolder folder;
+    const QString source = folder.Path("T1.txt");
+    const QString path = folder.Path("T2.txt");
+    ReplaceFile(source, "record");
+    test::ExpectWrittenOverAnything(path, test::NameWhileWriting(path), [&] {
+        EXPECT_EQ(CopyFileOver(source, path), QString());
+        EXPECT_EQ(ReadWholeFile(path), "record");
+    });
+}
+
+TEST(CopyFileOnLinux, SaysInWordsWhyItCouldNot) {
+    const test::TemporaryFolder folder;
+    const QString source = folder.Path("T1.txt");
+    const QString path = folder.Path("T2.txt");
+    ReplaceFile(path, "old");
+    EXPECT_EQ(CopyFileOver(source, path), QStringLiteral("No such file or directory"));
+    ReplaceFile(source, std::string(10000, 'n'));
+    EXPECT_EQ(CopyFileOver(source, folder.Path("none/T2.txt")),
+              QStringLiteral("No such file or directory"));
+    EXPECT_EQ(CopyFileOver(source, QStringLiteral("/proc/T2.txt")),
+              QStringLiteral("No such file or directory"));
+    {
+        const test::FileSizeLimit limit(4096);
+        EXPECT_EQ(CopyFileOver(source, path), QStringLiteral("File too large"));
+    }
+    CreateFolder(folder.Path("T3.txt"));
+    EXPECT_EQ(CopyFileOver(source, folder.Path("T3.txt")), QStringLiteral("Is a directory"));
+    const QString beside = test::NameWhileWriting(path);
+    CreateFolder(beside);
+    EXPECT_EQ(CopyFileOver(source, path), QStringLiteral("Is a directory"));
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    EXPECT_EQ(Listing(folder.Path()).size(), 4);
+}
+
+// Whoever copies may put a copy in the place of a file that is read-only, and may write to it.
+TEST(CopyFileOnLinux, TakesTheTimeAndNotTheRightsOfWhatWasThere) {
+    const test::TemporaryFolder folder;
+    const QString source = folder.Path("T1.txt");
+    const QString path = folder.Path("T2.txt");
+    ReplaceFile(source, "record");
+    SetMode(source, 0444);
+    ReplaceFile(path, "old");
+    SetMode(path, 0400);
+    QFile file(source);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(file.setFileTime(QDateTime({2019, 3, 4}, {5, 6, 7, 89}),
+                                 QFileDevice::FileModificationTime));
+    const mode_t mask = ::umask(022);
+    EXPECT_EQ(CopyFileOver(source, path), QString());
+    ::umask(mask);
+    EXPECT_EQ(ReadWholeFile(path), "record");
+    struct stat now {};
+    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &now), 0);
+    EXPECT_EQ(now.st_mode & 0777U, 0644U);
+    EXPECT_EQ(QFileInfo(path).lastModified(), QDateTime({2019, 3, 4}, {5, 6, 7, 89}));
 }
 
 }  // namespace

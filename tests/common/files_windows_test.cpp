@@ -151,6 +151,8 @@ TEST(FilesOnWindows, GiveTheSystemsErrorsTheirMeaning) {
              Case{ERROR_SHARING_VIOLATION, std::errc::permission_denied},
              Case{ERROR_LOCK_VIOLATION, std::errc::permission_denied},
              Case{ERROR_WRITE_PROTECT, std::errc::permission_denied},
+             Case{ERROR_FILE_EXISTS, std::errc::file_exists},
+             Case{ERROR_ALREADY_EXISTS, std::errc::file_exists},
              Case{ERROR_DISK_FULL, std::errc::no_space_on_device},
              Case{ERROR_HANDLE_DISK_FULL, std::errc::no_space_on_device},
              Case{1295, std::errc::no_space_on_device},
@@ -163,6 +165,34 @@ TEST(FilesOnWindows, GiveTheSystemsErrorsTheirMeaning) {
          }) {
         EXPECT_EQ(MeaningOf({one.error, std::system_category()}), one.meaning) << one.error;
     }
+}
+
+TEST(FilesOnWindows, ReplaceWhatAKillLeftAtTheTemporaryNameButNoFolder) {
+    const test::TemporaryFolder folder;
+    const QString path = folder.Path("T1.txt");
+    const QString beside = folder.Path("~T1_txt.new");
+    ReplaceFile(beside, "left over");
+    ASSERT_TRUE(::SetFileAttributesW(Wide(beside).c_str(), FILE_ATTRIBUTE_READONLY));
+    ReplaceFile(path, "new");
+    EXPECT_EQ(ReadWholeFile(path), "new");
+    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+    CreateFolder(beside);
+    EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, "newer"); }), 70);
+    EXPECT_EQ(ReadWholeFile(path), "new");
+    EXPECT_TRUE(FolderExists(beside));
+}
+
+TEST(FlushToDisk, FlushesAnOpenFileOnly) {
+    const test::TemporaryFolder folder;
+    QFile file(folder.Path("T1.txt"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    file.write("shot");
+    const int descriptor = file.handle();
+    EXPECT_TRUE(FlushToDisk(descriptor));
+    file.write("more");
+    EXPECT_TRUE(FlushToDisk(file.handle()));
+    file.close();
+    EXPECT_FALSE(FlushToDisk(-1));
 }
 
 TEST(FilesOnWindows, RefuseNamesThatCannotBe) {

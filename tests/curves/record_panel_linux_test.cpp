@@ -11,6 +11,7 @@
 
 #include "tests/curves/panel_test.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/in_the_way.h"
 
 namespace davo::test {
 
@@ -115,6 +116,24 @@ TEST_F(PanelOnDisk, AFolderThatMayNotBeWrittenIsSaidAndKeepsTheOldFile) {
     ExpectNothingSaved<PlainUser>("'70': Permission denied");
     SetMode(folder.Path("old"), kAllMayRead);
     ExpectEachSaves();
+}
+
+TEST_F(PanelOnDisk, WhatHasTheTemporaryNameIsNeitherFollowedNorWaitedFor) {
+    for (const Command& command : kCommands) {
+        SCOPED_TRACE(command.button);
+        const QString path = folder.Path(command.file);
+        ExpectWrittenOverAnything(path, NameWhileWriting(path), [&] {
+            Save(command);
+            EXPECT_GT(QFileInfo(path).size(), 100);
+        });
+        CreateFolder(NameWhileWriting(path));
+        Save(command);
+        EXPECT_EQ(
+            prompts.shown.back(),
+            QStringLiteral("The file was not saved. Run-time error '70': Permission denied: ") +
+                NameWhileWriting(path));
+        QDir().rmdir(NameWhileWriting(path));
+    }
 }
 
 TEST_F(PanelOnDisk, ARecordThatMayNotBeReadIsSaid) {

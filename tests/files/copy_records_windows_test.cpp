@@ -8,7 +8,6 @@
 #include <QFileInfo>
 
 #include "common/files.h"
-#include "files/copy_file.h"
 #include "files/copy_records.h"
 #include "tests/support/temporary_folder.h"
 
@@ -74,6 +73,15 @@ TEST_F(CopyOnWindows, LeavesNothingWhereAnotherProgramHoldsTheTarget) {
     EXPECT_EQ(ReadWholeFile(target), "earlier");
     EXPECT_EQ(Listing().size(), 2);
     SetAttributes(source, FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(CopyOnWindows, ReplacesAReadOnlyPartThatAKillLeft) {
+    const QString beside = folder.Path("~T2_txt.new");
+    ReplaceFile(beside, "left over");
+    SetAttributes(beside, FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(CopyFileOver(source, target), QString());
+    EXPECT_EQ(ReadWholeFile(target), "record");
+    EXPECT_EQ(Listing().size(), 2);
 }
 
 TEST_F(CopyOnWindows, SaysWhyAFileThatIsNotThereIsNotCopied) {

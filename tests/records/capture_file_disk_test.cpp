@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a full disk does to the capture file; by means of Linux.
+// What a full disk does to the capture file, and links and pipes to it and the journal; by means of
+// Linux.
 
 #include <gtest/gtest.h>
 
 #include "common/run_time_error.h"
 #include "records/capture_file.h"
+#include "records/session_journal.h"
 #include "tests/records/captures.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/in_the_way.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {
@@ -46,6 +49,30 @@ TEST(CaptureFileDisk, PartOfAFailedBlockIsCutOff) {
     }
     capture.Append("B");
     EXPECT_EQ(FileBytes(path), block + "B");
+}
+
+TEST(CaptureFileDisk, ALinkOrAPipeOfItsNameIsNeitherFollowedNorWaitedFor) {
+    const TemporaryFolder folder;
+    const QString path = folder.Path(kCaptureFileName);
+    test::ExpectWrittenOverAnything(path, path, [&] {
+        CaptureFile capture;
+        capture.Create(path);
+        capture.Append("shot");
+        EXPECT_EQ(FileBytes(path), "shot");
+    });
+}
+
+TEST(JournalDisk, WhatHasTheTemporaryNameIsNeitherFollowedNorWaitedFor) {
+    const TemporaryFolder folder;
+    const QString path = folder.Path(kJournalFileName);
+    SessionJournal journal;
+    journal.testNotes = "notes";
+    test::ExpectWrittenOverAnything(path, test::NameWhileWriting(path), [&] {
+        journal.Write(path);
+        EXPECT_EQ(SessionJournal::Read(path).testNotes, "notes");
+    });
+    CreateFolder(test::NameWhileWriting(path));
+    EXPECT_EQ(NumberThrownBy([&] { journal.Write(path); }), ErrorNumber::PermissionDenied);
 }
 
 }  // namespace

@@ -4,13 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include <QProcess>
 #include <functional>
 
 #include "common/files.h"
 #include "records/capture_file.h"
 #include "records/session_journal.h"
 #include "tests/records/captures.h"
+#include "tests/support/killed_program.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {
@@ -30,21 +30,9 @@ struct RunResult {
 };
 
 RunResult Run(const char* what, const QString& folder, const QString& when, int at) {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(DAVO_KILL_AT_LIBRARY));
-    environment.insert(QStringLiteral("DAVO_KILL_FOLDERS"), folder);
-    environment.insert(QStringLiteral("DAVO_KILL_AT"), QString::number(at));
-    environment.insert(QStringLiteral("DAVO_KILL_WHEN"), when);
-    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("verify_asan_link_order=0"));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(DAVO_KILL_SESSION), {QString::fromLatin1(what), folder});
-    EXPECT_TRUE(process.waitForFinished());
-    const bool killed = process.exitStatus() == QProcess::CrashExit;
-    if (!killed) {
-        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    }
-    return {killed, static_cast<int>(process.readAllStandardOutput().count("complete"))};
+    const auto run =
+        test::RunKilled(DAVO_KILL_SESSION, {QString::fromLatin1(what), folder}, folder, when, at);
+    return {run.killed, static_cast<int>(run.output.count("complete"))};
 }
 
 // Runs what in a folder that prepare has filled, killed at every point in turn until it gets to

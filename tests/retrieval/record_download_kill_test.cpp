@@ -4,32 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include <QProcess>
-
 #include "retrieval/record_reply.h"
 #include "tests/retrieval/kill_download_records.h"
+#include "tests/support/killed_program.h"
 
 namespace davo::test {
 namespace {
 
 constexpr const char* kOldDirectory = "REC==000\r\n";
-
-// True when it was killed before its end.
-bool RunKilled(const QString& folder, const QString& when, int at) {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(DAVO_KILL_AT_LIBRARY));
-    environment.insert(QStringLiteral("DAVO_KILL_FOLDERS"), folder);
-    environment.insert(QStringLiteral("DAVO_KILL_AT"), QString::number(at));
-    environment.insert(QStringLiteral("DAVO_KILL_WHEN"), when);
-    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("verify_asan_link_order=0"));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(DAVO_KILL_DOWNLOAD), {folder});
-    EXPECT_TRUE(process.waitForFinished());
-    if (process.exitStatus() == QProcess::CrashExit) return true;
-    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    return false;
-}
 
 std::string WholeFile(const instrument::MemoryRecord& record, const std::string& name) {
     return RecordHeaderLines(EntryOfRecord(record), name) +
@@ -67,7 +49,9 @@ TEST(KilledDownload, LeavesNothingHalf) {
             const TemporaryFolder folder;
             ReplaceFile(folder.Path("TST_012.txt"), "old");
             ReplaceFile(folder.Path(kDirectoryFileName), kOldDirectory);
-            const bool killed = RunKilled(folder.Path(), QString::fromLatin1(when), at);
+            const bool killed = RunKilled(DAVO_KILL_DOWNLOAD, {folder.Path()}, folder.Path(),
+                                          QString::fromLatin1(when), at)
+                                    .killed;
             ExpectNothingHalf(folder, killed);
             if (!killed) break;
             ++kills;
