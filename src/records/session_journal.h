@@ -2,9 +2,7 @@
 #pragma once
 
 #include <QString>
-#include <cstdint>
 #include <string>
-#include <vector>
 
 #include "records/header_table.h"
 
@@ -28,27 +26,5 @@ struct SessionJournal {
 };
 
 inline constexpr const char* kJournalFileName = "TESTFILE.jnl";
-
-// A session that was never saved and was set aside.
-struct UnsavedSession {
-    QString capturePath;  // dated name in the scratch folder
-    QString journalPath;
-    SessionJournal journal;  // without anything when it is missing or damaged
-    int shots = 0;           // complete shots of the capture file
-};
-
-// Sets the earlier session in scratchFolder aside when it was never saved and holds at least one
-// complete shot (in the capture file, or pending in the journal): capture with the pending shot
-// appended, and journal, under dated names ("TESTFILE-20261121-093215.txt", the time of the last
-// change). Capture file and journal of a session that was set aside or saved are then deleted.
-// Then lists every session set aside and not yet answered for, oldest first. A kill in between
-// loses nothing and lists nothing twice. A capture file without a journal counts as unsaved; a
-// damaged journal does not hide its capture file. Throws the errors of ReadWholeFile, ReplaceFile
-// and DeleteFile: the session is then still there, so no new capture file may be created.
-std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder);
-
-// The operator has answered for session: it is not listed again. Saved, its two files are deleted;
-// not saved, they are kept.
-void CloseUnsavedSession(const UnsavedSession& session, bool saved);
 
 }  // namespace davo

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "records/unsaved_sessions.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
@@ -10,7 +12,6 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/capture_file.h"
-#include "records/session_journal.h"
 
 namespace davo {
 

@@ -7,6 +7,7 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/record_file_writer.h"
+#include "records/unsaved_sessions.h"
 
 namespace davo {
 

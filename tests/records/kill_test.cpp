@@ -8,7 +8,7 @@
 
 #include "common/files.h"
 #include "records/capture_file.h"
-#include "records/session_journal.h"
+#include "records/unsaved_sessions.h"
 #include "tests/records/captures.h"
 #include "tests/support/killed_program.h"
 #include "tests/support/temporary_folder.h"

@@ -5,7 +5,7 @@
 
 #include "common/run_time_error.h"
 #include "records/capture_file.h"
-#include "records/session_journal.h"
+#include "records/unsaved_sessions.h"
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
 

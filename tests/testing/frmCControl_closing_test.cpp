@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "records/record_file.h"
+#include "records/unsaved_sessions.h"
 #include "tests/testing/test_window.h"
 
 namespace davo::test {

@@ -9,6 +9,7 @@
 #include "common/places.h"
 #include "common/text.h"
 #include "records/record_file.h"
+#include "records/unsaved_sessions.h"
 #include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
