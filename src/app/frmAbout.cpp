@@ -10,6 +10,7 @@
 #include "common/text.h"
 #include "ui/big_button.h"
 #include "ui/centre_form.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -21,17 +22,6 @@ constexpr int kLeastTextWidth = 280;
 constexpr double kNameGrowth = 1.6;
 constexpr double kVersionGrowth = 1.3;
 
-QLabel* MakeLabel(QWidget* parent, const char* name, const char* text, double growth) {
-    auto* label = new QLabel(QLatin1String(text), parent);
-    label->setObjectName(QLatin1String(name));
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * growth);
-    label->setFont(font);
-    return label;
-}
-
 }  // namespace
 
 frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
@@ -40,15 +30,13 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     setAttribute(Qt::WA_DeleteOnClose);
     auto* picture = new QLabel(this);
     picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
-    QLabel* name = MakeLabel(this, "lblName", "DAVO PC-Interface", kNameGrowth);
-    lblDavoVer_ = MakeLabel(this, "lblDavoVer", "DAVO-E Rx.xx", kVersionGrowth);
-    auto* frame = new QGroupBox(QStringLiteral("Software Rev."), this);
-    frame->setObjectName(QStringLiteral("Frame1"));
+    QLabel* name = MakeParagraph(this, "lblName", QStringLiteral("DAVO PC-Interface"), kNameGrowth);
+    lblDavoVer_ = MakeParagraph(this, "lblDavoVer", QStringLiteral("DAVO-E Rx.xx"), kVersionGrowth);
+    auto* frame = Named(new QGroupBox(QStringLiteral("Software Rev."), this), "Frame1");
     auto* inFrame = new QVBoxLayout(frame);
-    inFrame->addWidget(MakeLabel(frame, "lblDavoPcVer", "DAVO-PC V.3.15", kVersionGrowth));
-    auto* button = new BigButton(this);
-    button->setObjectName(QStringLiteral("Command1"));
-    button->setText(QStringLiteral("&OK"));
+    inFrame->addWidget(
+        MakeParagraph(frame, "lblDavoPcVer", QStringLiteral("DAVO-PC V.3.15"), kVersionGrowth));
+    auto* button = new BigButton(this, "Command1", "&OK");
     button->setDefault(true);
     connect(button, &QPushButton::clicked, this, &QDialog::close);
 
@@ -58,8 +46,7 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
         one->setMinimumWidth(kLeastTextWidth);
         texts->addWidget(one);
     }
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    auto* row = WithMargin(new QHBoxLayout(this), kMargin);
     row->setSpacing(kMargin);
     row->addWidget(picture, 0, Qt::AlignTop);
     row->addLayout(texts, 1);

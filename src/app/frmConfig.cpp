@@ -19,6 +19,7 @@
 #include "link/port_choice.h"
 #include "ui/big_button.h"
 #include "ui/centre_form.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -68,12 +69,6 @@ constexpr int kWarningLines = 2;
 
 // What an entry stands for, kept beside its text.
 constexpr int kStandsFor = Qt::ToolTipRole;
-
-template <class Control>
-Control* Named(Control* control, const char* name) {
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
 
 // The open list shows each text and what it stands for, in rows that a glove meets.
 class StandsForDelegate : public QStyledItemDelegate {
@@ -148,9 +143,7 @@ QWidget* frmConfig::BuildPort() {
     lblDevice_ = MakeLines(frame, "lblDevice", kDeviceLines);
     column->addWidget(lblDevice_);
     lblBuiltIn_ = MakeLines(frame, "lblBuiltIn", kWarningLines);
-    QFont bold = lblBuiltIn_->font();
-    bold.setBold(true);
-    lblBuiltIn_->setFont(bold);
+    MakeBold(lblBuiltIn_);
     lblBuiltIn_->setVisible(devices_.NeedsAssignment());
     column->addWidget(lblBuiltIn_);
     lblPortState_ = MakeLines(frame, "lblPortState", 1);
@@ -161,8 +154,7 @@ QWidget* frmConfig::BuildPort() {
 void frmConfig::BuildDevice(QVBoxLayout* column) {
     QWidget* frame = column->parentWidget();
     auto* row = Named(new QWidget(frame), "devices");
-    auto* rows = new QVBoxLayout(row);
-    rows->setContentsMargins(0, 0, 0, 0);
+    auto* rows = WithMargin(new QVBoxLayout(row), 0);
     auto* caption = Named(new QLabel(QStringLiteral("stands for the &device:"), row), "lblCaption");
     cboDevice_ = MakeList(row, "cboDevice");
     caption->setBuddy(cboDevice_);
@@ -197,13 +189,10 @@ QWidget* frmConfig::BuildImpedance() {
 
 QWidget* frmConfig::BuildButtons() {
     auto* buttons = new QWidget(this);
-    auto* row = new QHBoxLayout(buttons);
-    row->setContentsMargins(0, 0, 0, 0);
-    auto* cmdSave = Named(new BigButton(buttons), "cmdSave");
-    cmdSave->setText(QStringLiteral("&Save"));
+    auto* row = WithMargin(new QHBoxLayout(buttons), 0);
+    auto* cmdSave = new BigButton(buttons, "cmdSave", "&Save");
     cmdSave->setDefault(true);
-    auto* cmdExit = Named(new BigButton(buttons), "cmdExit");
-    cmdExit->setText(QStringLiteral("&Exit"));
+    auto* cmdExit = new BigButton(buttons, "cmdExit", "&Exit");
     row->addWidget(cmdSave);
     row->addWidget(cmdExit);
     connect(cmdSave, &QPushButton::clicked, this,

@@ -9,6 +9,7 @@
 
 #include "app/program_icon.h"
 #include "ui/centre_form.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -21,12 +22,9 @@ constexpr int kTextSpacing = 6;
 constexpr double kNameGrowth = 2.6;
 constexpr double kVersionGrowth = 1.3;
 
-QLabel* MakeLabel(QWidget* parent, const char* text, double growth, bool bold) {
+QLabel* MakeLine(QWidget* parent, const char* text, double growth) {
     auto* label = new QLabel(QLatin1String(text), parent);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * growth);
-    font.setBold(bold);
-    label->setFont(font);
+    Enlarge(label, growth);
     label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     return label;
 }
@@ -45,11 +43,12 @@ frmSplash::frmSplash(BusyPointer& pointer, std::function<void()> showMain)
     auto* texts = new QVBoxLayout;
     texts->setSpacing(kTextSpacing);
     texts->addStretch(1);
-    texts->addWidget(MakeLabel(this, "DAVO PC-Interface", kNameGrowth, true));
-    texts->addWidget(MakeLabel(this, "V.3.15", kVersionGrowth, false));
+    auto* name = MakeLine(this, "DAVO PC-Interface", kNameGrowth);
+    MakeBold(name);
+    texts->addWidget(name);
+    texts->addWidget(MakeLine(this, "V.3.15", kVersionGrowth));
     texts->addStretch(1);
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    auto* row = WithMargin(new QHBoxLayout(this), kMargin);
     row->setSpacing(kMargin);
     row->addWidget(picture);
     row->addLayout(texts);

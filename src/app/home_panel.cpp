@@ -12,6 +12,7 @@
 #include "app/program_icon.h"
 #include "common/places.h"
 #include "ui/big_button.h"
+#include "ui/form_parts.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -23,32 +24,10 @@ constexpr int kSpacing = 14;
 constexpr int kPicture = 64;
 constexpr int kMostButtonHeight = 140;
 constexpr double kPortGrowth = 1.8;
-constexpr double kTextGrowth = 1.25;
 constexpr double kHeadingGrowth = 1.4;
 constexpr double kButtonGrowth = 1.3;  // of a large button
 constexpr int kButtonShare = 2;
 constexpr int kRecordShare = 3;
-
-template <class Control>
-Control* Named(Control* control, const char* name) {
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
-void Enlarge(QWidget* widget, double growth, bool bold = false) {
-    QFont font = widget->font();
-    font.setPointSizeF(font.pointSizeF() * growth);
-    font.setBold(bold);
-    widget->setFont(font);
-}
-
-QLabel* MakeLabel(QWidget* parent, const char* name, double growth, bool bold = false) {
-    auto* label = Named(new QLabel(parent), name);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    Enlarge(label, growth, bold);
-    return label;
-}
 
 // What is wrong with the port, and what can be done about it.
 QString WayOut(const LinkGlance& link) {
@@ -81,11 +60,11 @@ QString ButtonCaption(const QAction& item) {
 }
 
 BigButton* MakeButton(QAction* item, QWidget* parent) {
-    auto* button = new BigButton(parent);
-    button->setObjectName(QStringLiteral("cmd") + item->objectName().mid(3));
+    auto* button = new BigButton(parent, QStringLiteral("cmd") + item->objectName().mid(3));
     button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     button->setMaximumHeight(kMostButtonHeight);
-    Enlarge(button, kButtonGrowth, true);
+    Enlarge(button, kButtonGrowth);
+    MakeBold(button);
     const std::vector<QAction*> chain = WithMenusAbove(item);
     const auto follow = [button, item, chain] {
         button->setText(ButtonCaption(*item));
@@ -103,8 +82,7 @@ BigButton* MakeButton(QAction* item, QWidget* parent) {
 
 HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("homePanel"));
-    auto* grid = new QGridLayout(this);
-    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    auto* grid = WithMargin(new QGridLayout(this), kMargin);
     grid->setSpacing(kSpacing);
     grid->addWidget(BuildLink(), 0, 0, 1, 2);
     auto* buttons = new QVBoxLayout;
@@ -121,41 +99,39 @@ HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWid
 
 QWidget* HomePanel::BuildLink() {
     auto* frame = Named(new QWidget(this), "link");
-    auto* row = new QHBoxLayout(frame);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* row = WithMargin(new QHBoxLayout(frame), 0);
     row->setSpacing(kSpacing);
     auto* picture = new QLabel(frame);
     picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
     row->addWidget(picture, 0, Qt::AlignTop);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
-    lblPort_ = MakeLabel(frame, "lblPort", kPortGrowth, true);
-    lblDevice_ = MakeLabel(frame, "lblDevice", kTextGrowth);
+    lblPort_ = MakeParagraph(frame, "lblPort", {}, kPortGrowth);
+    MakeBold(lblPort_);
+    lblDevice_ = MakeParagraph(frame, "lblDevice");
     texts->addWidget(lblPort_);
     texts->addWidget(lblDevice_);
     texts->addStretch(1);
     row->addLayout(texts, 1);
-    lblModel_ = MakeLabel(frame, "lblModel", kHeadingGrowth);
-    lblModel_->setWordWrap(false);
+    lblModel_ = MakeLabel(frame, "lblModel", {}, kHeadingGrowth);
     row->addWidget(lblModel_, 0, Qt::AlignTop);
     return frame;
 }
 
 QWidget* HomePanel::BuildRecords() {
     auto* frame = Named(new QWidget(this), "records");
-    auto* column = new QVBoxLayout(frame);
-    column->setContentsMargins(0, 0, 0, 0);
-    QLabel* heading = MakeLabel(frame, "lblNewest", kTextGrowth, true);
-    heading->setText(QStringLiteral("Newest test records"));
+    auto* column = WithMargin(new QVBoxLayout(frame), 0);
+    QLabel* heading = MakeParagraph(frame, "lblNewest", QStringLiteral("Newest test records"));
+    MakeBold(heading);
     column->addWidget(heading);
     recordPages_ = new QStackedLayout;
     column->addLayout(recordPages_, 1);
     lvNewest_ = Named(new RecordList(RecordColumns::UpToStation, frame), "lvNewest");
     lvNewest_->setAccessibleName(heading->text());
     lvNewest_->setSelectionMode(QAbstractItemView::NoSelection);
-    Enlarge(lvNewest_, kTextGrowth);
+    Enlarge(lvNewest_);
     recordPages_->addWidget(lvNewest_);
-    lblNoRecords_ = MakeLabel(frame, "lblNoRecords", kTextGrowth);
+    lblNoRecords_ = MakeParagraph(frame, "lblNoRecords");
     lblNoRecords_->setAlignment(Qt::AlignTop);
     recordPages_->addWidget(lblNoRecords_);
     return frame;

@@ -6,30 +6,18 @@
 #include <QMenuBar>
 
 #include "common/settings.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
 namespace {
 
-constexpr double kGrowth = 1.25;  // items that a gloved finger meets
-
-void Enlarge(QWidget& widget) {
-    QFont font = widget.font();
-    font.setPointSizeF(font.pointSizeF() * kGrowth);
-    widget.setFont(font);
-}
-
-template <class Item>
-Item* Named(Item* item, const char* name) {
-    item->setObjectName(QLatin1String(name));
-    return item;
-}
-
 template <class Parent>
 QMenu* AddMenu(Parent* parent, const char* name, const char* caption) {
     QMenu* menu = Named(parent->addMenu(QLatin1String(caption)), name);
     Named(menu->menuAction(), name);
-    Enlarge(*menu);
+    // Items that a gloved finger meets.
+    Enlarge(menu);
     return menu;
 }
 
@@ -50,7 +38,7 @@ void AddLine(QMenu* menu, const char* name) {
 }  // namespace
 
 MainMenu::MainMenu(QMenuBar& bar) : mnuFile(AddMenu(&bar, "mnuFile", "&File")) {
-    Enlarge(bar);
+    Enlarge(&bar);
     mnuRecall = AddItem(mnuFile, "mnuRecall", "&Recall Test");
     AddLine(mnuFile, "mnuLine1");
     QMenu* mnuCControl = AddMenu(mnuFile, "mnuCControl", "R&un Test");

@@ -13,6 +13,7 @@
 
 #include "common/places.h"
 #include "common/text.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -27,13 +28,7 @@ constexpr int kLeastElided = 8;         // characters
 constexpr int kFolderShare = 2;
 constexpr int kDeviceShare = 1;
 
-template <class Control>
-Control* Named(Control* control, const char* name) {
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
-QLabel* MakeLabel(QWidget* parent, const char* name, const char* purpose) {
+QLabel* MakeFact(QWidget* parent, const char* name, const char* purpose) {
     auto* label = Named(new QLabel(parent), name);
     label->setTextFormat(Qt::PlainText);
     label->setToolTip(QLatin1String(purpose));
@@ -165,14 +160,12 @@ QWidget* StatusLine::BuildFacts() {
     auto* row = new QHBoxLayout(page);
     row->setContentsMargins(6, 0, 6, 0);
     row->setSpacing(kSpacing);
-    lblPort_ = MakeLabel(page, "lblPort", "Serial port");
-    QFont bold = lblPort_->font();
-    bold.setBold(true);
-    lblPort_->setFont(bold);
+    lblPort_ = MakeFact(page, "lblPort", "Serial port");
+    MakeBold(lblPort_);
     lblDevice_ = new ElidedLabel(page, "lblDevice", Qt::ElideRight);
-    lblModel_ = MakeLabel(page, "lblModel", "Instrument");
+    lblModel_ = MakeFact(page, "lblModel", "Instrument");
     lblDataPath_ = new ElidedLabel(page, "lblDataPath", Qt::ElideMiddle);
-    lblKneepoint_ = MakeLabel(page, "lblKneepoint", "Kneepoint marker");
+    lblKneepoint_ = MakeFact(page, "lblKneepoint", "Kneepoint marker");
     cmdNotice_ = Named(new QPushButton(page), "cmdNotice");
     cmdNotice_->setIcon(style()->standardIcon(QStyle::SP_MessageBoxWarning));
     cmdNotice_->setFlat(true);

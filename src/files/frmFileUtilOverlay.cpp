@@ -46,8 +46,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     setObjectName(QStringLiteral("frmFileUtilOverlay"));
     setWindowTitle(IsOverlay() ? QLatin1String(kOverlayCaption) : QLatin1String("File Utilities"));
     auto* controls = new QWidget(this);
-    auto* column = new QVBoxLayout(controls);
-    column->setContentsMargins(0, 0, 0, 0);
+    auto* column = WithMargin(new QVBoxLayout(controls), 0);
     column->setSpacing(kFormSpacing);
     auto* lists = new QHBoxLayout;
     const auto columns = IsOverlay() ? RecordColumns::UpToStation : RecordColumns::All;
@@ -57,14 +56,14 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
                                           : QAbstractItemView::ExtendedSelection);
     Enlarge(lvTest_);
     lists->addWidget(lvTest_, kListShare);
-    lstTest_ = Named(new QListWidget(this), QStringLiteral("lstTest"));
+    lstTest_ = Named(new QListWidget(this), "lstTest");
     lstTest_->setAccessibleName(QStringLiteral("Tests of the chosen file"));
     lstTest_->setVisible(IsOverlay());
     Enlarge(lstTest_);
     lists->addWidget(lstTest_, kTestShare);
     column->addLayout(lists, 1);
     column->addWidget(BuildOverlay());
-    lblMessage_ = MakeLabel(this, QStringLiteral("lblMessage"));
+    lblMessage_ = MakeLabel(this, "lblMessage");
     lblMessage_->hide();
     column->addWidget(lblMessage_);
     column->addLayout(BuildButtons());
@@ -75,7 +74,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
 }
 
 QGroupBox* frmFileUtilOverlay::BuildOverlay() {
-    frmeOverlay_ = Named(new QGroupBox(this), QStringLiteral("frmeOverlay"));
+    frmeOverlay_ = Named(new QGroupBox(this), "frmeOverlay");
     auto* grid = new QGridLayout(frmeOverlay_);
     for (int i = 0; i < 2; ++i) {
         const QString number = QString::number(i + 1);
@@ -95,22 +94,19 @@ QGroupBox* frmFileUtilOverlay::BuildOverlay() {
 
 QHBoxLayout* frmFileUtilOverlay::BuildButtons() {
     auto* row = new QHBoxLayout;
-    frmeOp_ = Named(new QGroupBox(this), QStringLiteral("frmeOp"));
+    frmeOp_ = Named(new QGroupBox(this), "frmeOp");
     auto* inner = new QHBoxLayout(frmeOp_);
     inner->setSpacing(kFormSpacing);
     const auto& captions = IsOverlay() ? kOverlayCaptions : kOperationCaptions;
     for (std::size_t i = 0; i < cmdOp_.size(); ++i) {
-        auto* button = Named(new BigButton(frmeOp_), QStringLiteral("cmdOp%1").arg(i));
-        button->setText(QLatin1String(captions.at(i)));
+        auto* button = new BigButton(frmeOp_, QStringLiteral("cmdOp%1").arg(i), captions.at(i));
         inner->addWidget(button);
         cmdOp_.at(i) = button;
     }
     row->addWidget(frmeOp_, kListShare, Qt::AlignBottom);
-    cmdExit_ = Named(new BigButton(this), QStringLiteral("cmdExit"));
-    cmdExit_->setText(QStringLiteral("&Exit"));
+    cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
     row->addWidget(cmdExit_, kTestShare, Qt::AlignVCenter);
-    cmdRecord_ = Named(new BigButton(this), QStringLiteral("cmdRecord"));
-    cmdRecord_->setText(QStringLiteral("S&how Record"));
+    cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
     row->addWidget(cmdRecord_, kTestShare, Qt::AlignVCenter);
     return row;
 }

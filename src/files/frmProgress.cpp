@@ -19,8 +19,7 @@ constexpr int kSteps = 4;
 }  // namespace
 
 frmProgress::frmProgress(QWidget* parent)
-    : QWidget(parent),
-      pbarProgress_(Named(new QProgressBar(this), QStringLiteral("pbarProgress"))) {
+    : QWidget(parent), pbarProgress_(Named(new QProgressBar(this), "pbarProgress")) {
     setObjectName(QStringLiteral("frmProgress"));
     pbarProgress_->setRange(0, kWhole);
     Enlarge(pbarProgress_);

@@ -18,6 +18,7 @@
 #include "curves/beside_records.h"
 #include "ui/big_button.h"
 #include "ui/close_form.h"
+#include "ui/form_parts.h"
 #include "ui/frmNotepad.h"
 #include "ui/page_input.h"
 #include "ui/record_list.h"
@@ -71,8 +72,7 @@ frmSetDescr::frmSetDescr(const DirectoryTables& directory, const QString& dataPa
     setObjectName(QStringLiteral("frmSetDescr"));
     setWindowTitle(QStringLiteral("TEST Directory"));
     auto* controls = new QWidget(this);
-    auto* column = new QVBoxLayout(controls);
-    column->setContentsMargins(0, 0, 0, 0);
+    auto* column = WithMargin(new QVBoxLayout(controls), 0);
     column->addWidget(BuildLists(), 1);
     column->addWidget(BuildFrame());
     column->addWidget(BuildButtons());
@@ -99,31 +99,24 @@ frmSetDescr::~frmSetDescr() {
 
 QWidget* frmSetDescr::BuildLists() {
     auto* lists = new QWidget(this);
-    auto* row = new QHBoxLayout(lists);
-    row->setContentsMargins(0, 0, 0, 0);
-    lvTest_ = new RecordList(RecordColumns::UpToTests, lists);
-    lvTest_->setObjectName(QStringLiteral("lvTest"));
+    auto* row = WithMargin(new QHBoxLayout(lists), 0);
+    lvTest_ = Named(new RecordList(RecordColumns::UpToTests, lists), "lvTest");
     lvTest_->setSelectionMode(QAbstractItemView::SingleSelection);
     row->addWidget(lvTest_, 1);
 
     auto* tests = new QVBoxLayout;
-    lblFilename_ = new QLabel(lists);
-    lblFilename_->setObjectName(QStringLiteral("lblFilename"));
+    lblFilename_ = Named(new QLabel(lists), "lblFilename");
     // A long name takes another line and does not widen the window.
     lblFilename_->setWordWrap(true);
     lblFilename_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    QFont bold = lblFilename_->font();
-    bold.setBold(true);
-    lblFilename_->setFont(bold);
+    MakeBold(lblFilename_);
     lblFilename_->setMinimumHeight(lblFilename_->fontMetrics().height());
     lblTest_ = new QLabel(
         QStringLiteral("Test(s) - Choose a Filename, then Click on Test(s) to Modify Test Header "
                        "Information"),
         lists);
-    lblTest_->setObjectName(QStringLiteral("lblTest"));
-    lblTest_->setWordWrap(true);
-    lstTest_ = new QListWidget(lists);
-    lstTest_->setObjectName(QStringLiteral("lstTest"));
+    Named(lblTest_, "lblTest")->setWordWrap(true);
+    lstTest_ = Named(new QListWidget(lists), "lstTest");
     lstTest_->setAccessibleName(QStringLiteral("Tests"));
     lstTest_->setAlternatingRowColors(true);
     tests->addWidget(lblFilename_);
@@ -140,8 +133,7 @@ QWidget* frmSetDescr::BuildLists() {
 
 QLineEdit* frmSetDescr::AddBox(QGridLayout* grid, int row, int column, const char* caption,
                                const QString& name) {
-    auto* box = new QLineEdit(this);
-    box->setObjectName(name);
+    auto* box = Named(new QLineEdit(this), name);
     box->setMinimumHeight(kBoxHeight);
     box->setMinimumWidth(box->fontMetrics().averageCharWidth() * kBoxLetters);
     KeepToPage(box);
@@ -153,8 +145,7 @@ QLineEdit* frmSetDescr::AddBox(QGridLayout* grid, int row, int column, const cha
 }
 
 QGroupBox* frmSetDescr::BuildFrame() {
-    auto* frame = new QGroupBox(QStringLiteral("Test Header Information"), this);
-    frame->setObjectName(QStringLiteral("Frame1"));
+    auto* frame = Named(new QGroupBox(QStringLiteral("Test Header Information"), this), "Frame1");
     frame->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* grid = new QGridLayout(frame);
     for (const int column : {1, 3, 5})
@@ -186,12 +177,9 @@ QGroupBox* frmSetDescr::BuildFrame() {
 
 QWidget* frmSetDescr::BuildButtons() {
     auto* buttons = new QWidget(this);
-    auto* row = new QHBoxLayout(buttons);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* row = WithMargin(new QHBoxLayout(buttons), 0);
     const auto add = [&](const char* name, const char* caption) {
-        auto* button = new BigButton(buttons);
-        button->setObjectName(QLatin1String(name));
-        button->setText(QLatin1String(caption));
+        auto* button = new BigButton(buttons, name, caption);
         row->addWidget(button);
         return button;
     };

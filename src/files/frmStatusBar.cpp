@@ -66,19 +66,16 @@ frmStatusBar::frmStatusBar(std::vector<QString> names, QString dataPath, QString
       copyTarget_(std::move(copyTarget)),
       prompts_(prompts),
       handlers_(prompts),
-      picStatus_(Named(new SharePicture(this), QStringLiteral("picStatus"))),
-      lblSource_(MakeLabel(this, QStringLiteral("lblSource"))),
-      lblDest_(MakeLabel(this, QStringLiteral("lblDest"))),
-      cmdCancel_(Named(new BigButton(this), QStringLiteral("cmdCancel"))) {
+      picStatus_(Named(new SharePicture(this), "picStatus")),
+      lblSource_(MakeParagraph(this, "lblSource")),
+      lblDest_(MakeParagraph(this, "lblDest")),
+      cmdCancel_(new BigButton(this, "cmdCancel", "&Cancel")) {
     setObjectName(QStringLiteral("frmStatusBar"));
     Enlarge(picStatus_);
-    cmdCancel_->setText(QStringLiteral("&Cancel"));
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
-    for (QLabel* label : {lblSource_, lblDest_}) {
-        label->setWordWrap(true);
+    for (QLabel* label : {lblSource_, lblDest_})
         column->addWidget(label);
-    }
     column->addWidget(picStatus_);
     column->addStretch();
     cmdCancel_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);

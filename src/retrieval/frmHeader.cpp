@@ -18,6 +18,7 @@
 
 #include "common/text.h"
 #include "ui/centre_form.h"
+#include "ui/form_parts.h"
 #include "ui/frmNotepad.h"
 #include "ui/page_input.h"
 
@@ -95,11 +96,8 @@ frmHeader::frmHeader(HeaderMode mode, HeaderTable& header, Prompts& prompts, QWi
     setObjectName(QStringLiteral("frmHeader"));
     setWindowTitle(QStringLiteral("Test Record Header Information"));
     setAttribute(Qt::WA_DeleteOnClose);
-    QFont large = font();
-    large.setPointSizeF(large.pointSizeF() * kLetterGrowth);
-    setFont(large);
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    Enlarge(this, kLetterGrowth);
+    auto* column = WithMargin(new QVBoxLayout(this), kMargin);
     auto* form = new QFormLayout;
     form->setHorizontalSpacing(kMargin);
     column->addLayout(form);
@@ -128,14 +126,13 @@ frmHeader::frmHeader(HeaderMode mode, const HeaderTargets& targets, Prompts& pro
 }
 
 void frmHeader::BuildSlotChoice(QFormLayout* form) {
-    cboHeader_ = new QComboBox(this);
-    cboHeader_->setObjectName(QStringLiteral("cboHeader"));
+    cboHeader_ = Named(new QComboBox(this), "cboHeader");
     cboHeader_->setMinimumHeight(kBoxHeight);
     cboHeader_->setMinimumContentsLength(kComboLength);
     cboHeader_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     for (int slot = 1; slot <= kHeaderSlotCount; ++slot)
         cboHeader_->addItem(QString::number(slot));
-    AddRow(form, QStringLiteral("HEADER:"), cboHeader_)->setObjectName(QStringLiteral("lblHeader"));
+    Named(AddRow(form, QStringLiteral("HEADER:"), cboHeader_), "lblHeader");
     form->setRowVisible(cboHeader_, mode_ == HeaderMode::Davo);
     connect(cboHeader_, &QComboBox::currentIndexChanged, this,
             [this] { handlers_.Run([this] { cboHeader_Click(); }); });
@@ -144,8 +141,7 @@ void frmHeader::BuildSlotChoice(QFormLayout* form) {
 void frmHeader::BuildBoxes(QFormLayout* form) {
     for (int i = 0; i < kHeaderFieldCount; ++i) {
         const auto at = static_cast<std::size_t>(i);
-        auto* box = new QLineEdit(this);
-        box->setObjectName(QStringLiteral("txtHeader%1").arg(i));
+        auto* box = Named(new QLineEdit(this), QStringLiteral("txtHeader%1").arg(i));
         box->setMinimumWidth(box->fontMetrics().averageCharWidth() * kBoxLength);
         box->setMinimumHeight(kBoxHeight);
         if (mode_ == HeaderMode::Davo) {
@@ -161,27 +157,22 @@ void frmHeader::BuildBoxes(QFormLayout* form) {
 }
 
 void frmHeader::BuildProgress(QVBoxLayout* column) {
-    lblUsed_ = new QLabel(this);
-    lblUsed_->setObjectName(QStringLiteral("lblUsed"));
+    lblUsed_ = Named(new QLabel(this), "lblUsed");
     column->addWidget(lblUsed_);
-    pbarProgress_ = new QProgressBar(this);
-    pbarProgress_->setObjectName(QStringLiteral("pbarProgress"));
+    pbarProgress_ = Named(new QProgressBar(this), "pbarProgress");
     pbarProgress_->setRange(0, static_cast<int>(kHeaderMemoryWidth));
     pbarProgress_->setTextVisible(false);
     pbarProgress_->setFixedHeight(kBarHeight);
     column->addWidget(pbarProgress_);
     pbarProgress_->hide();
     // The window does not change its size when an upload begins.
-    QSizePolicy policy = pbarProgress_->sizePolicy();
-    policy.setRetainSizeWhenHidden(mode_ == HeaderMode::Davo);
-    pbarProgress_->setSizePolicy(policy);
+    if (mode_ == HeaderMode::Davo) KeepRoomWhenHidden(pbarProgress_);
 }
 
 void frmHeader::BuildButtons(QVBoxLayout* column) {
     auto* row = new QHBoxLayout;
     const auto add = [this, row](const char* name, const char* caption) {
-        auto* button = new QPushButton(QLatin1String(caption), this);
-        button->setObjectName(QLatin1String(name));
+        auto* button = Named(new QPushButton(QLatin1String(caption), this), name);
         button->setMinimumHeight(kButtonHeight);
         // Without this, Enter in a box presses the first button.
         button->setAutoDefault(mode_ != HeaderMode::Davo);

@@ -6,6 +6,7 @@
 
 #include "ui/big_button.h"
 #include "ui/centre_form.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -22,13 +23,10 @@ frmHeaderOptn::frmHeaderOptn(QWidget* parent) : QDialog(parent) {
     setObjectName(QStringLiteral("frmHeaderOptn"));
     setWindowTitle(QStringLiteral("Choose Test Header"));
     setAttribute(Qt::WA_DeleteOnClose);
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    auto* column = WithMargin(new QVBoxLayout(this), kMargin);
     column->setSpacing(kSpacing);
     const auto add = [this, column](int index, const char* caption) {
-        auto* button = new BigButton(this);
-        button->setObjectName(QStringLiteral("cmdHeader%1").arg(index));
-        button->setText(QLatin1String(caption));
+        auto* button = new BigButton(this, QStringLiteral("cmdHeader%1").arg(index), caption);
         button->setMinimumWidth(kLeastWidth);
         column->addWidget(button);
         connect(button, &QPushButton::clicked, this, [this, index] { cmdHeader_Click(index); });

@@ -28,13 +28,13 @@
 #include "ui/big_button.h"
 #include "ui/centre_form.h"
 #include "ui/close_form.h"
+#include "ui/form_parts.h"
 #include "ui/record_list.h"
 
 namespace davo {
 
 namespace {
 
-constexpr double kLetterGrowth = 1.25;
 constexpr double kStatusGrowth = 1.5;
 constexpr int kOptionRoom = 24;
 constexpr int kMargin = 12;
@@ -44,26 +44,6 @@ constexpr int kLeastListRows = 4;
 constexpr std::array<const char*, 3> kDisplayCaptions{"Filename", "Date", "Station"};
 constexpr std::array<std::int16_t, 3> kDisplays{kDisplayFilename, kDisplayDate, kDisplayStation};
 constexpr std::array<const char*, 2> kSortCaptions{"Ascending", "Descending"};
-
-void Enlarge(QWidget& widget, double growth = kLetterGrowth) {
-    QFont font = widget.font();
-    font.setPointSizeF(font.pointSizeF() * growth);
-    widget.setFont(font);
-}
-
-QLabel* MakeLabel(const char* name, double growth, QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setObjectName(QLatin1String(name));
-    Enlarge(*label, growth);
-    return label;
-}
-
-BigButton* MakeButton(const char* name, const char* caption, QWidget* parent) {
-    auto* button = new BigButton(parent);
-    button->setObjectName(QLatin1String(name));
-    button->setText(QLatin1String(caption));
-    return button;
-}
 
 // What is told of record files that a rebuild did not list; empty when all are listed.
 QString NotListedText(const RebuildResult& result) {
@@ -94,13 +74,11 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     setObjectName(QStringLiteral("frmTestList"));
     setWindowTitle(QStringLiteral("DAVO Memory Content"));
     auto* controls = new QWidget(this);
-    auto* column = new QVBoxLayout(controls);
-    column->setContentsMargins(0, 0, 0, 0);
+    auto* column = WithMargin(new QVBoxLayout(controls), 0);
     BuildTop(column);
     BuildList(column);
     BuildBottom(column);
-    auto* whole = new QVBoxLayout(this);
-    whole->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    auto* whole = WithMargin(new QVBoxLayout(this), kMargin);
     if (mode_ == ListMode::Folder) {
         beside_ = new BesideRecords(controls, *lvTest_, 1, *cmdRecord_, around_.prompts, this);
         whole->addWidget(beside_);
@@ -112,14 +90,12 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
 
 void frmTestList::BuildTop(QBoxLayout* column) {
     auto* row = new QHBoxLayout;
-    auto* frame = new QGroupBox(this);
-    frame->setObjectName(QStringLiteral("frameDisplaySort"));
-    frameDisplaySort_ = frame;
-    BuildOptions(frame);
-    row->addWidget(frame);
+    frameDisplaySort_ = Named(new QGroupBox(this), "frameDisplaySort");
+    BuildOptions(frameDisplaySort_);
+    row->addWidget(frameDisplaySort_);
     row->addStretch();
-    cmdRefresh_ = MakeButton("cmdRefresh", "&Refresh", this);
-    cmdDir_ = MakeButton("cmdDir", "&Change DIR", this);
+    cmdRefresh_ = new BigButton(this, "cmdRefresh", "&Refresh");
+    cmdDir_ = new BigButton(this, "cmdDir", "&Change DIR");
     row->addWidget(cmdRefresh_);
     row->addWidget(cmdDir_);
     column->addLayout(row);
@@ -130,14 +106,13 @@ void frmTestList::BuildOptions(QWidget* frame) {
     grid->setHorizontalSpacing(kOptionRoom);
     const auto addRow = [this, grid, frame](int row, const char* caption, const char* name,
                                             const auto& captions, auto& buttons) {
-        QLabel* label = MakeLabel(row == 0 ? "lblDisplay" : "lblSort", kLetterGrowth, frame);
-        label->setText(QLatin1String(caption));
-        grid->addWidget(label, row, 0);
+        grid->addWidget(
+            MakeLabel(frame, row == 0 ? "lblDisplay" : "lblSort", QLatin1String(caption)), row, 0);
         auto* group = new QButtonGroup(this);
         for (std::size_t i = 0; i < captions.size(); ++i) {
-            auto* button = new QRadioButton(QLatin1String(captions.at(i)), frame);
-            button->setObjectName(QLatin1String(name) + QString::number(i));
-            Enlarge(*button);
+            auto* button = Named(new QRadioButton(QLatin1String(captions.at(i)), frame),
+                                 QLatin1String(name) + QString::number(i));
+            Enlarge(button);
             // The Tab key goes to the one that is chosen.
             button->setFocusPolicy(Qt::ClickFocus);
             connect(button, &QRadioButton::toggled, button, [button](bool chosen) {
@@ -153,56 +128,50 @@ void frmTestList::BuildOptions(QWidget* frame) {
 }
 
 void frmTestList::BuildList(QBoxLayout* column) {
-    txtFolder_ = new QLineEdit(this);
-    txtFolder_->setObjectName(QStringLiteral("txtFolder"));
+    txtFolder_ = Named(new QLineEdit(this), "txtFolder");
     txtFolder_->setReadOnly(true);
     txtFolder_->setFrame(false);
     txtFolder_->setFocusPolicy(Qt::NoFocus);
     QPalette flat = txtFolder_->palette();
     flat.setColor(QPalette::Base, palette().color(QPalette::Window));
     txtFolder_->setPalette(flat);
-    Enlarge(*txtFolder_);
+    Enlarge(txtFolder_);
     column->addWidget(txtFolder_);
 
-    lvTest_ = new RecordList(RecordColumns::All, this);
-    lvTest_->setObjectName(QStringLiteral("lvTest"));
+    lvTest_ = Named(new RecordList(RecordColumns::All, this), "lvTest");
     lvTest_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     lvTest_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     lvTest_->setTabKeyNavigation(false);
-    Enlarge(*lvTest_);
+    Enlarge(lvTest_);
     lvTest_->setMinimumHeight(lvTest_->fontMetrics().height() * 2 * kLeastListRows);
     column->addWidget(lvTest_, 1);
 }
 
 void frmTestList::BuildBottom(QBoxLayout* column) {
     auto* facts = new QHBoxLayout;
-    lblStatus_ = MakeLabel("lblStatus", kStatusGrowth, this);
-    lblSelect_ = MakeLabel("lblSelect", kStatusGrowth, this);
+    lblStatus_ = MakeLabel(this, "lblStatus", {}, kStatusGrowth);
+    lblSelect_ = MakeLabel(this, "lblSelect", {}, kStatusGrowth);
     facts->addWidget(lblStatus_);
     facts->addStretch();
     facts->addWidget(lblSelect_);
     column->addLayout(facts);
 
-    lblMessage_ = MakeLabel("lblMessage", kStatusGrowth, this);
-    lblMessage_->setWordWrap(true);
+    lblMessage_ = MakeParagraph(this, "lblMessage", {}, kStatusGrowth);
     column->addWidget(lblMessage_);
-    pbarProgress_ = new QProgressBar(this);
-    pbarProgress_->setObjectName(QStringLiteral("pbarProgress"));
-    Enlarge(*pbarProgress_);
+    pbarProgress_ = Named(new QProgressBar(this), "pbarProgress");
+    Enlarge(pbarProgress_);
     // The list keeps its place when the bar appears.
-    QSizePolicy policy = pbarProgress_->sizePolicy();
-    policy.setRetainSizeWhenHidden(mode_ == ListMode::Instrument);
-    pbarProgress_->setSizePolicy(policy);
+    if (mode_ == ListMode::Instrument) KeepRoomWhenHidden(pbarProgress_);
     pbarProgress_->hide();
     column->addWidget(pbarProgress_);
 
     auto* buttons = new QHBoxLayout;
-    cmdExit_ = MakeButton("cmdExit", "&Exit", this);
-    cmdSave_ = MakeButton("cmdSave", "&Save", this);
+    cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
+    cmdSave_ = new BigButton(this, "cmdSave", "&Save");
     buttons->addWidget(cmdExit_);
     buttons->addWidget(cmdSave_);
     if (mode_ == ListMode::Folder) {
-        cmdRecord_ = MakeButton("cmdRecord", "S&how Record", this);
+        cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
         buttons->addWidget(cmdRecord_);
     }
     column->addLayout(buttons);

@@ -15,6 +15,7 @@
 #include "common/text.h"
 #include "ui/big_button.h"
 #include "ui/fit_label.h"
+#include "ui/form_parts.h"
 #include "ui/page_input.h"
 #include "ui/reading_size.h"
 
@@ -41,18 +42,6 @@ constexpr QMargins kMargins(8, 5, 8, 6);
 constexpr int kIndent = 12;  // between the readings and the results
 constexpr int kSpacing = 4;  // what is saved here is the prompt's on a small screen
 
-template <class Control>
-Control* Named(Control* control, const char* name) {
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
-void Enlarge(QWidget* widget, double growth) {
-    QFont font = widget->font();
-    font.setPointSizeF(font.pointSizeF() * growth);
-    widget->setFont(font);
-}
-
 void EnlargeTo(QWidget* widget, double capitals) {
     QFont font = widget->font();
     font.setBold(true);
@@ -74,10 +63,7 @@ void DarkenDisabledText(QWidget* window) {
 }
 
 QLabel* Caption(QWidget* window, const char* name, const char* text) {
-    auto* label = Named(new QLabel(QLatin1String(text), window), name);
-    label->setTextFormat(Qt::PlainText);
-    Enlarge(label, kCaptionGrowth);
-    return label;
+    return MakeLabel(window, name, QLatin1String(text), kCaptionGrowth);
 }
 
 // A box that shows a result: it can be read and copied, and is no stop of the Tab key.
@@ -188,9 +174,8 @@ ShotControls::ShotControls(QWidget* window) {
 QHBoxLayout* ShotControls::BuildTopRow(QWidget* window) {
     lblTest = Caption(window, "lblTest", "");
     EnlargeTo(lblTest, kHeadingCapitals);
-    QSizePolicy keepsRoom(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    keepsRoom.setRetainSizeWhenHidden(true);
-    lblTest->setSizePolicy(keepsRoom);
+    lblTest->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    KeepRoomWhenHidden(lblTest);
     lblTime = Caption(window, "lblTime", "");
     auto* row = new QHBoxLayout;
     row->addWidget(lblTest, 1);
@@ -206,9 +191,8 @@ void ShotControls::BuildMessage(QWidget* window) {
     lblDamage = Named(new FitLabel(kDamageCapitals, kDamageGrowth, frmeMessage), "lblDamage");
     lblDamage->SetAlert(true);
     // The prompt keeps its size when the call to confirm comes and goes.
-    QSizePolicy keepsRoom(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    keepsRoom.setRetainSizeWhenHidden(true);
-    lblConfirm->setSizePolicy(keepsRoom);
+    lblConfirm->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    KeepRoomWhenHidden(lblConfirm);
     lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     lblMessage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     auto* column = Tight(new QVBoxLayout(frmeMessage));
@@ -306,7 +290,7 @@ void ShotControls::BuildButtons(QWidget* window) {
                    "Frame1");
     auto* row = Tight(new QHBoxLayout(Frame1));
     const auto add = [this, row](const char* name) {
-        auto* button = Named(new BigButton(Frame1), name);
+        auto* button = new BigButton(Frame1, name);
         row->addWidget(button, 1);
         return button;
     };

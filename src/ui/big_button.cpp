@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "ui/form_parts.h"
+
 namespace davo {
 
 namespace {
@@ -14,13 +16,13 @@ constexpr int kFocusFrame = 4;
 
 }  // namespace
 
-BigButton::BigButton(QWidget* parent) : QPushButton(parent) {
+BigButton::BigButton(QWidget* parent, QAnyStringView name, const char* caption)
+    : QPushButton(QLatin1String(caption), parent) {
+    setObjectName(name);
     setMinimumHeight(kLeastHeight);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     setAutoDefault(true);
-    QFont large = font();
-    large.setPointSizeF(large.pointSizeF() * kLetterGrowth);
-    setFont(large);
+    Enlarge(this, kLetterGrowth);
 }
 
 void BigButton::keyPressEvent(QKeyEvent* event) {

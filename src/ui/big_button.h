@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QPushButton>
+#include <QString>
 
 namespace davo {
 
@@ -9,7 +10,7 @@ namespace davo {
 // when it has the focus; a key that is held down presses it once.
 class BigButton : public QPushButton {
   public:
-    explicit BigButton(QWidget* parent);
+    explicit BigButton(QWidget* parent, QAnyStringView name = {}, const char* caption = "");
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;

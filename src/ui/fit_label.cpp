@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QPolygon>
 
+#include "ui/form_parts.h"
 #include "ui/reading_size.h"
 
 namespace davo {
@@ -24,9 +25,7 @@ const QColor kHazard(0xFF, 0xD4, 0x00);
 FitLabel::FitLabel(double leastCapitals, double growth, QWidget* parent)
     : QLabel(parent), leastCapitals_(leastCapitals), growth_(growth) {
     setTextFormat(Qt::PlainText);
-    QFont bold = font();
-    bold.setBold(true);
-    setFont(bold);
+    MakeBold(this);
 }
 
 void FitLabel::SetAlert(bool alert) {

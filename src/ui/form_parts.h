@@ -11,24 +11,30 @@ namespace davo {
 inline constexpr double kFormTextGrowth = 1.25;
 inline constexpr int kFormSpacing = 12;
 
-template <class Control>
-Control* Named(Control* control, const QString& name) {
-    control->setObjectName(name);
-    return control;
+template <class Object>
+Object* Named(Object* object, QAnyStringView name) {
+    object->setObjectName(name);
+    return object;
 }
 
-inline void Enlarge(QWidget* widget, double growth = kFormTextGrowth) {
-    QFont font = widget->font();
-    font.setPointSizeF(font.pointSizeF() * growth);
-    widget->setFont(font);
+void Enlarge(QWidget* widget, double growth = kFormTextGrowth);
+void MakeBold(QWidget* widget);
+
+// The same room around layout on all sides.
+template <class Layout>
+Layout* WithMargin(Layout* layout, int margin) {
+    layout->setContentsMargins(margin, margin, margin, margin);
+    return layout;
 }
 
 // A label of plain text.
-inline QLabel* MakeLabel(QWidget* parent, const QString& name, const QString& text = {}) {
-    auto* label = Named(new QLabel(text, parent), name);
-    label->setTextFormat(Qt::PlainText);
-    Enlarge(label);
-    return label;
-}
+QLabel* MakeLabel(QWidget* parent, QAnyStringView name, const QString& text = {},
+                  double growth = kFormTextGrowth);
+// The same, wrapped.
+QLabel* MakeParagraph(QWidget* parent, QAnyStringView name, const QString& text = {},
+                      double growth = kFormTextGrowth);
+
+// A hidden widget keeps its room, so that what is around it keeps its place.
+void KeepRoomWhenHidden(QWidget* widget);
 
 }  // namespace davo

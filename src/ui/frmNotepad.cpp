@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 
 #include "common/text.h"
+#include "ui/form_parts.h"
 #include "ui/page_input.h"
 
 namespace davo {
@@ -25,14 +26,12 @@ frmNotepad::frmNotepad(std::string& notes, Prompts& prompts, QWidget* parent)
       notes_(notes),
       prompts_(prompts),
       handlers_(prompts),
-      rt_(new QTextEdit(this)) {
+      rt_(Named(new QTextEdit(this), "rt")) {
     setObjectName(QStringLiteral("frmNotepad"));
     setWindowTitle(QStringLiteral("Notepad"));
     setAttribute(Qt::WA_DeleteOnClose);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    auto* layout = WithMargin(new QVBoxLayout(this), 0);
     layout->addWidget(rt_);
-    rt_->setObjectName(QStringLiteral("rt"));
     rt_->setAccessibleName(windowTitle());
     rt_->setAcceptRichText(false);
     rt_->setFrameShape(QFrame::NoFrame);
