@@ -13,8 +13,6 @@ namespace davo {
 
 namespace {
 
-constexpr std::string_view kReadyCommand = "B";
-constexpr std::string_view kReadyReply = "RDY\r\n";
 constexpr std::string_view kModelCommand = "W";
 constexpr std::string_view kLeaveCommand = "X";
 constexpr std::string_view kModelStart = "DAVO";
@@ -22,6 +20,8 @@ constexpr std::string_view kDone = "DONE";
 constexpr std::chrono::microseconds kPollPeriod{100};
 // About two hundred characters of line time: a reply that paused that long is over.
 constexpr std::chrono::milliseconds kModelQuiet{100};
+// A line that paused that long has no more of an earlier reply.
+constexpr std::chrono::milliseconds kQuietLine{30};
 
 class Busy {
   public:
@@ -327,12 +327,20 @@ bool Link::SleepUntilText(std::optional<std::chrono::milliseconds> quiet) {
     return true;
 }
 
+bool Link::AskReady(const char* message) {
+    if (!SendCommand(kReadyCommand, kReadyReply).empty()) return true;
+    if (!lastWaitEnded_) prompts_.Message(QLatin1String(message));
+    return false;
+}
+
+void Link::ClearLine() {
+    Input();
+    ReadOn({}, kQuietLine);
+}
+
 bool Link::ReadInstrumentModel(std::string& model) {
     model.clear();
-    if (SendCommand(kReadyCommand, kReadyReply).empty()) {
-        if (!lastWaitEnded_) prompts_.Message(QLatin1String(kNotAvailableMessage));
-        return false;
-    }
+    if (!AskReady(kNotAvailableMessage)) return false;
     model = TrimBlanks(Exchange(kModelCommand, kLineEnd, &Link::AwaitModel));
     const auto found = ModelIn(model);
     if (found) model = *found;

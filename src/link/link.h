@@ -42,8 +42,12 @@ struct WaitUnderWay {
 
 inline constexpr int kHandshakePolls = 30001;
 
+// The question whether the instrument is ready, and its answer.
+inline constexpr std::string_view kReadyCommand = "B";
+inline constexpr std::string_view kReadyReply = "RDY\r\n";
 inline constexpr const char* kNotAvailableMessage =
     "DAVO is not available\r\nor\r\nnot under computer control.";
+inline constexpr const char* kNotReadyMessage = "DAVO is not ready.  Please check equipment.";
 
 // The instrument's line: opening, and the two exchanges that everything else is made of. One
 // exchange at a time; a second that starts inside a wait is refused with an empty reply. A wait
@@ -73,6 +77,10 @@ class Link {
     std::string SendCommand(std::string_view command, std::string_view expectedReply,
                             std::chrono::milliseconds quiet);
 
+    // Asks whether the instrument is ready: any answer counts. Without one message is shown, but
+    // not when the wait was ended or the port was lost: the operator knows then.
+    bool AskReady(const char* message);
+
     // Sends characters (none of them is a command) one at a time, each when the reply to the one
     // before contains the character at its place in echoes, which is as long; when that does not
     // come within patience, the next is sent all the same. onSent gets how many are done with and
@@ -86,16 +94,18 @@ class Link {
     // Sends command and gathers by receive events until "DONE" is there; without limit.
     std::string SendCommandAwaitDone(std::string_view command, std::string_view expectedReply);
 
+    // Throws away what waits and what is still on its way: the rest of a reply whose wait was ended
+    // would be taken for the next one.
+    void ClearLine();
+
     // Sends nothing and gathers what still arrives, until it contains expectedReply (never when
-    // that is empty) or nothing has come for quiet. Throwing the text away rids the line of the
-    // rest of an earlier reply. "" when the port is closed, the wait was ended or the port was
-    // lost.
+    // that is empty) or nothing has come for quiet. "" when the port is closed, the wait was ended
+    // or the port was lost.
     std::string ReadOn(std::string_view expectedReply, std::chrono::milliseconds quiet);
 
-    // The model text from "DAVO" up to its line end. Shows the not-available message when "B" is
-    // not answered (not when that wait was ended or the port was lost: the operator knows then).
-    // False when there is none; model then holds the whole trimmed reply. The reply may begin with
-    // a line end of its own, so reading goes on until the model is whole or the line is quiet.
+    // The model text from "DAVO" up to its line end, once AskReady(kNotAvailableMessage). False
+    // when there is none; model then holds the whole trimmed reply. The reply may begin with a line
+    // end of its own, so reading goes on until the model is whole or the line is quiet.
     bool ReadInstrumentModel(std::string& model);
 
     // Ends the wait under way at once, with an empty reply. Nothing happens without one.

@@ -12,8 +12,6 @@ namespace davo {
 
 namespace {
 
-constexpr std::string_view kReadyCommand = "B";
-constexpr std::string_view kReady = "RDY\r\n";
 constexpr std::string_view kErasing = "ERASING";
 constexpr std::string_view kPrompt = "H:\r\n";
 // No echo for so long: the instrument has what it waited for.
@@ -53,7 +51,7 @@ bool HeaderExchange::Read(HeaderSlots& slots) {
     leaving_ = false;
     atOnce_ = false;
     Status(QStringLiteral("Reading the headers of the DAVO..."));
-    if (!Ready()) return false;
+    if (!MakeReady()) return false;
     const auto read = Fetch();
     if (!read) return false;
     std::copy_n(read->begin(), kHeaderSlotCount, slots.begin());
@@ -66,7 +64,7 @@ UploadResult HeaderExchange::Upload(const HeaderSlots& slots) {
     notEchoed_ = 0;
     const std::string upload = JoinSlots(slots);
     Status(QStringLiteral("Preparing the DAVO for the headers..."));
-    if (!Ready()) return {link_.LastWaitEnded() ? UploadEnd::Ended : UploadEnd::NotReady, {}};
+    if (!MakeReady()) return {link_.LastWaitEnded() ? UploadEnd::Ended : UploadEnd::NotReady, {}};
     const bool asked = EraseAndSend(upload);
     if (leaving_ || link_.LastWaitEnded()) return {UploadEnd::Ended, {}};
     if (asked) return Compare(upload);
@@ -80,17 +78,18 @@ void HeaderExchange::Leave() {
     if (atOnce_) link_.EndWait();
 }
 
-bool HeaderExchange::Ready() {
+bool HeaderExchange::MakeReady() {
     if (!link_.State().portOpen) openPort_();
-    std::string reply = link_.SendCommand(kReadyCommand, kReady);
-    if (Contains(reply, kReadyCommand) && !Contains(reply, kReady)) {
+    const std::string reply = link_.SendCommand(kReadyCommand, kReadyReply);
+    if (Contains(reply, kReadyCommand) && !Contains(reply, kReadyReply)) {
         FinishBrokenUpload();
         if (leaving_ || !link_.State().portOpen) return false;
-        reply = link_.SendCommand(kReadyCommand, kReady);
+        return link_.AskReady(kNotReadyMessage);
     }
-    if (!reply.empty()) return true;
-    if (!link_.LastWaitEnded()) prompts_.Message(QLatin1String(kNotReadyMessage));
-    return false;
+    if (reply.empty() && !link_.LastWaitEnded()) {
+        prompts_.Message(QLatin1String(kNotReadyMessage));
+    }
+    return !reply.empty();
 }
 
 // An instrument that echoes a command takes it for a header: an upload broke off, the rest of it is
@@ -170,7 +169,7 @@ void HeaderExchange::SendRest(const std::string& upload, std::size_t done) {
 UploadResult HeaderExchange::Compare(const std::string& upload) {
     Status(QStringLiteral("Reading the headers back..."));
     std::optional<HeaderSlots> stored;
-    if (!link_.SendCommand(kReadyCommand, kReady).empty()) stored = Fetch();
+    if (!link_.SendCommand(kReadyCommand, kReadyReply).empty()) stored = Fetch();
     if (link_.LastWaitEnded()) return {UploadEnd::Ended, {}};
     if (!stored) return {UploadEnd::NotReadBack, {}};
     UploadResult result;

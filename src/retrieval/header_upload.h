@@ -12,8 +12,6 @@
 
 namespace davo {
 
-inline constexpr const char* kNotReadyMessage = "DAVO is not ready.  Please check equipment.";
-
 // How long the instrument may be quiet: before it gives up an echo, before "ERASING" or within the
 // reply to "Fr", and while it erases.
 struct HeaderPatience {
@@ -73,7 +71,7 @@ class HeaderExchange {
     std::function<void(std::size_t done)> OnProgress;
 
   private:
-    bool Ready();
+    bool MakeReady();
     void FinishBrokenUpload();
     std::optional<HeaderSlots> Fetch();
     bool EraseAndSend(const std::string& upload);

@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::size_t kShortestDirectory = 10;
 constexpr std::string_view kDirectoryEnd = "\r\nDONE";
-// A line that paused that long has no more of an earlier reply.
-constexpr std::chrono::milliseconds kQuietLine{30};
 // Longer than the pauses inside a reply.
 constexpr std::chrono::milliseconds kReplyOver{300};
 
@@ -122,15 +120,8 @@ std::string EntryOf(std::string_view record) {
 }  // namespace
 
 std::optional<std::string> ReadMemoryDirectory(Link& link, Prompts& prompts) {
-    // What waits, and what is still on its way: the rest of a reply whose wait was ended would be
-    // taken for the directory.
-    link.Input();
-    link.ReadOn({}, kQuietLine);
-    if (link.LastWaitEnded()) return std::nullopt;
-    if (link.SendCommand("B", "RDY\r\n").empty()) {
-        if (!link.LastWaitEnded()) prompts.Message(QLatin1String(kNotAvailableMessage));
-        return std::nullopt;
-    }
+    link.ClearLine();
+    if (link.LastWaitEnded() || !link.AskReady(kNotAvailableMessage)) return std::nullopt;
     std::string reply = link.SendCommandAwaitDone("d", kDirectoryEnd);
     if (link.LastWaitEnded()) return std::nullopt;
     // The word stood in a comment, and the directory goes on.

@@ -4,7 +4,6 @@
 #include <QScopedValueRollback>
 #include <QStringList>
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 #include "common/files.h"
@@ -20,11 +19,8 @@ namespace davo {
 namespace {
 
 constexpr std::size_t kNumberAt = 4;  // of a record name, behind "TST_"
-constexpr std::string_view kReadyCommand = "B";
 constexpr std::string_view kNotFound = "Record Not Found";
 constexpr std::string_view kReplyEnd = "\r\nDONE\r\n";
-// A line that paused that long has no more of an earlier reply.
-constexpr std::chrono::milliseconds kQuietLine{30};
 
 QString Extension() {
     return QStringLiteral(".txt");
@@ -172,9 +168,7 @@ void RecordDownload::Download(DownloadResult& result, Progress& progress) {
         tables_.dirFileNames.push_back(FromPage(NameOf(entry)) + Extension());
     WriteDirectory();
 
-    // The rest of a reply whose wait was ended would be taken for the first one.
-    link_.Input();
-    link_.ReadOn({}, kQuietLine);
+    link_.ClearLine();
     if (const auto ended = WhyEnded()) {
         result.end = *ended;
         return;
@@ -216,7 +210,7 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
         WriteRecord(*target, header, result);
         return DownloadEnd::NotFound;
     }
-    if (const auto ended = Exchange(kReadyCommand, "RDY\r\n", reply)) return *ended;
+    if (const auto ended = Exchange(kReadyCommand, kReadyReply, reply)) return *ended;
     {
         const QScopedValueRollback<std::function<void(std::size_t)>> grows(
             link_.OnReplyGrows, [&progress](std::size_t bytes) { progress.Received(bytes); });
