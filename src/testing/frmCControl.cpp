@@ -4,7 +4,6 @@
 #include <QCloseEvent>
 #include <QGroupBox>
 #include <QLineEdit>
-#include <QMdiSubWindow>
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "common/text.h"
 #include "reports/report_runner.h"
 #include "retrieval/frmHeader.h"
+#include "ui/close_form.h"
 
 namespace davo {
 
@@ -64,14 +64,12 @@ void frmCControl::ConnectEvents() {
     const auto onClick = [this](QPushButton* button, auto handler) {
         connect(button, &QPushButton::clicked, this, handler);
     };
-    onClick(controls_.cmdStart, [this] { cmdStart_Click(); });
-    onClick(controls_.cmdContinue, [this] { cmdContinue_Click(); });
-    onClick(controls_.cmdCancel, [this] {
-        const bool refused = handlers_.Running();
-        ClickOf(controls_.cmdCancel, &ShotSequence::cmdCancel_Click);
-        if (!refused) live_.DropShot();
-        ShowCurve();
-    });
+    const auto handsDown = [this, onClick](QPushButton* button, void (ShotSequence::*handler)()) {
+        onClick(button, [this, button, handler] { ClickOf(button, handler); });
+    };
+    handsDown(controls_.cmdStart, &ShotSequence::cmdStart_Click);
+    handsDown(controls_.cmdContinue, &ShotSequence::cmdContinue_Click);
+    handsDown(controls_.cmdCancel, &ShotSequence::cmdCancel_Click);
     onClick(controls_.cmdHeader, [this] { cmdHeader_Click(); });
     onClick(controls_.cmdExit, [this] { cmdExit_Click(); });
     connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
@@ -84,7 +82,7 @@ void frmCControl::ConnectEvents() {
     controls_.txtXVolt->installEventFilter(this);
     sequence_.OnShow = [this] { Paint(); };
     sequence_.OnReadings = [this](std::string_view window) {
-        if (InSaturationTest()) live_.AddReadings(window);
+        if (sequence_.Saturating()) live_.AddReadings(window);
     };
     sequence_.OnFocus = [this](const char* control) { FocusControl(control); };
 }
@@ -132,6 +130,7 @@ void frmCControl::Act(void (ShotSequence::*handler)()) {
         (sequence_.*handler)();
         if (sequence_.Polling()) sequence_.Timer1_Timer();
     });
+    ShowCurve();
     Refresh();
 }
 
@@ -141,38 +140,24 @@ void frmCControl::ClickOf(QPushButton* button, void (ShotSequence::*handler)()) 
     Act(handler);
 }
 
-void frmCControl::cmdStart_Click() {
-    ClickOf(controls_.cmdStart, &ShotSequence::cmdStart_Click);
-    // It may have been refused.
-    if (!sequence_.Polling() || sequence_.TestState() == kStateShotComplete) return;
-    shotShown_ = false;
-    live_.StartShot(sequence_.Around().modes.testRatioOnlyMode);
-    ShowCurve();
-}
-
-void frmCControl::cmdContinue_Click() {
-    const bool wasPending = sequence_.ShotPending();
-    ClickOf(controls_.cmdContinue, &ShotSequence::cmdContinue_Click);
-    if (!wasPending || sequence_.ShotPending()) return;
-    live_.DropShot();
-    ShowCurve();
-}
-
 void frmCControl::ShowCurve() {
-    if (sequence_.Polling() && InSaturationTest()) live_.BeginSaturation();
-    if (!shotShown_ && sequence_.TestState() == kStateShotComplete) {
-        shotShown_ = true;
-        if (sequence_.ShotPending()) {
-            live_.CompleteShot(sequence_.ShotTrailer());
-        } else {
-            live_.DropShot();
+    for (const ShotEvent event : sequence_.TakeEvents()) {
+        switch (event) {
+            case ShotEvent::Started:
+                live_.StartShot(sequence_.Around().modes.testRatioOnlyMode);
+                break;
+            case ShotEvent::SaturationBegun:
+                live_.BeginSaturation();
+                break;
+            case ShotEvent::Complete:
+                live_.CompleteShot(sequence_.ShotTrailer());
+                break;
+            case ShotEvent::Dropped:
+                live_.DropShot();
+                break;
         }
     }
     controls_.ShowBesidePrompt(live_.Wanted());
-}
-
-bool frmCControl::InSaturationTest() const {
-    return sequence_.Screen().lblTest.text == "SATURATION TEST";
 }
 
 void frmCControl::resizeEvent(QResizeEvent* event) {
@@ -249,7 +234,7 @@ void frmCControl::ViewResults(const QString& savedFile) {
     }
     screen.lblConfirm.visible = false;
     const auto show = [this](const QString& text) {
-        sequence_.Screen().lblMessage.text = text.toStdString();
+        sequence_.Screen().ShowMessage(text.toStdString());
         Paint();
     };
     show(QLatin1String(kPlottingCaption));
@@ -306,9 +291,7 @@ bool frmCControl::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void frmCControl::PortLost() {
-    const bool lost = sequence_.Polling();
     handlers_.Run([this] { sequence_.PortLost(); });
-    if (lost) live_.DropShot();
     ShowCurve();
     Refresh();
 }
@@ -343,9 +326,8 @@ void frmCControl::Paint() {
 void frmCControl::LeaveFocusSafely(const ShotScreen& next) {
     // A control that is disabled hands the focus to the next one: Enter, pressed once more, would
     // cancel the test or leave. And what confirmed a step must not drop the shot.
-    const bool repeats = next.cmdContinue.text != painted_.cmdContinue.text &&
-                         next.cmdContinue.text == "&Repeat Test";
-    if (repeats && (controls_.cmdContinue->hasFocus() || hasFocus())) {
+    const bool wasOffered = std::exchange(repeatOffered_, sequence_.RepeatOffered());
+    if (repeatOffered_ && !wasOffered && (controls_.cmdContinue->hasFocus() || hasFocus())) {
         controls_.cmdStart->setEnabled(next.cmdStart.enabled);
         controls_.cmdStart->setFocus();
     }
@@ -379,8 +361,7 @@ void frmCControl::closeEvent(QCloseEvent* event) {
 void frmCControl::CloseNow() {
     closing_ = true;
     Refresh();
-    auto* frame = qobject_cast<QMdiSubWindow*>(parentWidget());
-    (frame != nullptr ? static_cast<QWidget*>(frame) : this)->close();
+    CloseForm(*this);
 }
 
 void frmCControl::Form_Unload() {

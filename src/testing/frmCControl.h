@@ -70,10 +70,8 @@ class frmCControl : public QWidget {
     // the end of the handler under way.
     void Refresh();
     void Paint();
-    void cmdStart_Click();
-    void cmdContinue_Click();
+    // Brings the chart up to what has become of the shot.
     void ShowCurve();
-    bool InSaturationTest() const;
     void LeaveFocusSafely(const ShotScreen& next);
     void FocusControl(const char* name);
     void CloseNow();
@@ -83,8 +81,8 @@ class frmCControl : public QWidget {
     EventHandlers handlers_;
     ShotControls controls_;
     LiveCurve live_;
-    bool shotShown_ = false;  // the complete shot is in live_
     ShotScreen painted_;
+    bool repeatOffered_ = false;  // as painted
     QTimer Timer1_;
     QTimer timDateTime_;
     QTimer timBeep_;

@@ -146,7 +146,7 @@ void PaintControls(const ShotControls& c, const ShotScreen* painted, const ShotS
                                        {c.cmdHeader, &S::cmdHeader},
                                        {c.cmdExit, &S::cmdExit}},
                painted, screen);
-    c.lblMessage->SetAlert(screen.lblMessage.text.starts_with("VOLTAGE TOO HIGH!"));
+    c.lblMessage->SetAlert(screen.messageWarns);
 }
 
 }  // namespace

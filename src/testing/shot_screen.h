@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace davo {
 
@@ -37,6 +38,12 @@ struct ShotScreen {
     // when it is whole. It stays until the shot is dropped or the next one starts.
     ControlView lblDamage{"", true, false};
 
+    bool messageWarns = false;  // lblMessage says what must not be overlooked
+
+    void ShowMessage(std::string_view text, bool warns = false) {
+        lblMessage.text = text;
+        messageWarns = warns;
+    }
     bool operator==(const ShotScreen&) const = default;
 };
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <string_view>
+#include "testing/shot_steps.h"
 
-#include "common/run_time_error.h"
 #include "common/text.h"
-#include "records/record_image.h"
 #include "testing/captions.h"
 #include "testing/session_text.h"
-#include "testing/shot_sequence.h"
+#include "testing/shot_results.h"
 
 namespace davo {
 
@@ -22,27 +20,44 @@ constexpr std::string_view kOverVoltageMessage = "MESSAGE=VOLTAGE TOO HIGH!";
 constexpr std::size_t kCurrentWidth = 6;
 constexpr int kConfirmsBeforeLowering = 2;
 
-QString DamageText(const std::string& damage) {
-    return QStringLiteral(
-               "The record of this shot is damaged: %1. Press Repeat Test to drop the shot and run "
-               "it again.")
-        .arg(FromPage(damage));
+class Steps {
+  public:
+    Steps(const TestSurroundings& around, const ShotHooks& hooks, ShotState& shot)
+        : around_(around), hooks_(hooks), shot_(shot), screen_(shot.screen) {}
+
+    bool Run();
+
+  private:
+    // In their order.
+    void DriveToZero();
+    void RangeSwitch();
+    void Saturation();
+    void RatioTestStart();
+    void LiveReadings();
+    void SlowLowering();
+    void RatioAndPolarity();
+    void OverVoltage();
+    void RecordStart();
+    bool RecordEnd();
+
+    void OpenConfirmation(const char* caption);
+    void ShowRatioPrompt();
+    void ShowSlowLowering();
+    void ParseRatioReply();
+    void DropExamined();
+    bool WindowHolds(std::string_view text) const;
+
+    const TestSurroundings& around_;
+    const ShotHooks& hooks_;
+    ShotState& shot_;
+    ShotScreen& screen_;
+};
+
+bool Steps::WindowHolds(std::string_view text) const {
+    return Contains(shot_.reply.sessionWindow, text);
 }
 
-QString NotSafeText(const RunTimeError& error) {
-    return QStringLiteral(
-               "The shot is complete, but it is not yet safe on disk: %1.\r\n"
-               "Please make room on the disk, then go on with Next Test or Exit, which save it.")
-        .arg(QString::fromUtf8(error.what()));
-}
-
-}  // namespace
-
-bool ShotSequence::WindowHolds(std::string_view text) const {
-    return Contains(reply_.sessionWindow, text);
-}
-
-void ShotSequence::RunTestStep() {
+bool Steps::Run() {
     DriveToZero();
     RangeSwitch();
     Saturation();
@@ -52,194 +67,164 @@ void ShotSequence::RunTestStep() {
     RatioAndPolarity();
     OverVoltage();
     RecordStart();
-    RecordEnd();
+    return RecordEnd();
 }
 
-void ShotSequence::DriveToZero() {
-    if (testState_ != kStateStarted || !WindowHolds(kDriveToZero)) return;
-    screen_.lblMessage.text = kDriveToZero;
+void Steps::DriveToZero() {
+    if (shot_.testState != kStateStarted || !WindowHolds(kDriveToZero)) return;
+    screen_.ShowMessage(kDriveToZero);
     screen_.cmdStart.enabled = false;
     screen_.cmdContinue.enabled = false;
     screen_.lblConfirm.visible = false;
     if (around_.modes.testRatioOnlyMode) {
-        awaitText_ = kRatioTestMessage;
-        testState_ = kStateRunning;
+        shot_.awaitText = kRatioTestMessage;
+        shot_.testState = kStateRunning;
     } else {
-        awaitText_ = kRangeSwitch;
+        shot_.awaitText = kRangeSwitch;
     }
 }
 
-void ShotSequence::RangeSwitch() {
-    if (testState_ != kStateStarted || !WindowHolds(kRangeSwitch)) return;
-    testState_ = kStateRangeConfirmed;
-    awaitText_ = kLineEnd;
+void Steps::RangeSwitch() {
+    if (shot_.testState != kStateStarted || !WindowHolds(kRangeSwitch)) return;
+    shot_.testState = kStateRangeConfirmed;
+    shot_.awaitText = kLineEnd;
     if (screen_.cmdContinue.text == kCaptionOk) return;
-    screen_.lblMessage.text = kRangeSwitch;
+    screen_.ShowMessage(kRangeSwitch);
     screen_.cmdStart.enabled = false;
     OpenConfirmation(kCaptionOk);
 }
 
-void ShotSequence::Saturation() {
-    if (testState_ != kStateRangeConfirmed) return;
-    const auto prompt = SaturationPrompt(reply_.sessionWindow);
+void Steps::Saturation() {
+    if (shot_.testState != kStateRangeConfirmed) return;
+    const auto prompt = SaturationPrompt(shot_.reply.sessionWindow);
     if (!prompt) return;
     screen_.lblConfirm.visible = false;
     screen_.cmdContinue.enabled = false;
-    liveConfirm_ = true;
-    awaitText_ = kLineEnd;
+    shot_.liveConfirm = true;
+    shot_.awaitText = kLineEnd;
     screen_.lblTest = {"SATURATION TEST", true, true};
-    screen_.lblMessage.text = *prompt;
-    testState_ = kStateRunning;
-    if (satConfirmed_ && !around_.modes.testRatioOnlyMode) {
+    shot_.saturating = true;
+    shot_.events.push_back(ShotEvent::SaturationBegun);
+    screen_.ShowMessage(*prompt);
+    shot_.testState = kStateRunning;
+    if (shot_.satConfirmed && !around_.modes.testRatioOnlyMode) {
         around_.link.Output("\r");
-        satConfirmed_ = false;
+        shot_.satConfirmed = false;
         screen_.cmdCancel.enabled = false;
     }
 }
 
-void ShotSequence::RatioTestStart() {
-    const std::size_t start = reply_.sessionWindow.find(kRatioTestMessage);
+void Steps::RatioTestStart() {
+    const std::size_t start = shot_.reply.sessionWindow.find(kRatioTestMessage);
     if (start == std::string::npos) return;
-    liveConfirm_ = true;
-    awaitText_ = kLineEnd;
+    shot_.liveConfirm = true;
+    shot_.awaitText = kLineEnd;
     if (around_.modes.testRatioOnlyMode) screen_.cmdStart.enabled = false;
     // The lowering is over; its prompt must not take the place of this one.
-    if (confirmsThisShot_ == kConfirmsBeforeLowering) afterShot_ = false;
+    if (shot_.confirmsThisShot == kConfirmsBeforeLowering) shot_.afterShot = false;
     ShowRatioPrompt();
-    if (OnShow) OnShow();
+    if (hooks_.OnShow) hooks_.OnShow();
     const std::size_t end = start + kRatioTestMessage.size();
-    reply_.sessionWindow.erase(0, end);
-    if (!windowIsCut_) reply_.sessionPending.erase(0, end);
+    shot_.reply.sessionWindow.erase(0, end);
+    if (!shot_.windowIsCut) shot_.reply.sessionPending.erase(0, end);
 }
 
-void ShotSequence::LiveReadings() {
+void Steps::LiveReadings() {
     if (!WindowHolds("I=") && !WindowHolds("V=")) return;
     screen_.cmdCancel.enabled = true;
-    awaitText_ = kLineEnd;
-    const auto readings = CompleteReadings(reply_.sessionWindow);
+    shot_.awaitText = kLineEnd;
+    const auto readings = CompleteReadings(shot_.reply.sessionWindow);
     if (readings.empty()) return;
     const Reading& latest = readings.back();
     screen_.txtCur = {latest.current.substr(0, kCurrentWidth), true, screen_.txtCur.visible};
     screen_.txtVolt = {latest.voltage, true, screen_.txtVolt.visible};
-    if (OnReadings) OnReadings(reply_.sessionWindow);
-    if (!liveConfirm_) return;
+    if (hooks_.OnReadings) hooks_.OnReadings(shot_.reply.sessionWindow);
+    if (!shot_.liveConfirm) return;
     const bool open = screen_.cmdContinue.enabled && screen_.lblConfirm.visible;
     screen_.cmdContinue.enabled = true;
     screen_.lblConfirm.visible = true;
-    if (!open && OnFocus) OnFocus("cmdContinue");
-    polling_ = false;
-    if (OnShow) OnShow();
-    polling_ = true;
+    if (!open && hooks_.OnFocus) hooks_.OnFocus("cmdContinue");
+    shot_.polling = false;
+    if (hooks_.OnShow) hooks_.OnShow();
+    shot_.polling = true;
 }
 
-void ShotSequence::SlowLowering() {
+void Steps::SlowLowering() {
     if (WindowHolds(kSlowMessage)) {
         ShowSlowLowering();
-    } else if (afterShot_ && testState_ == kStateRunning &&
-               confirmsThisShot_ == kConfirmsBeforeLowering) {
+    } else if (shot_.afterShot && shot_.testState == kStateRunning &&
+               shot_.confirmsThisShot == kConfirmsBeforeLowering) {
         ShowSlowLowering();
-        afterShot_ = false;
+        shot_.afterShot = false;
     }
 }
 
-void ShotSequence::ShowSlowLowering() {
-    screen_.lblMessage.text = "S-L-O-W-L-Y LOWER THE CURRENT NOW...";
+void Steps::ShowSlowLowering() {
+    screen_.ShowMessage("S-L-O-W-L-Y LOWER THE CURRENT NOW...");
     screen_.cmdContinue.enabled = false;
     screen_.lblConfirm.visible = false;
-    liveConfirm_ = false;
+    shot_.liveConfirm = false;
 }
 
-void ShotSequence::RatioAndPolarity() {
+void Steps::RatioAndPolarity() {
     if (!WindowHolds("RATIO=") && !WindowHolds("POLARITY=")) return;
     ParseRatioReply();
     if (screen_.lblMessage.text != kRatioPrompt) ShowRatioPrompt();
 }
 
-void ShotSequence::ShowRatioPrompt() {
+void Steps::ShowRatioPrompt() {
     screen_.lblTest.text = "RATIO TEST";
-    beepCount_ = 0;
-    beeping_ = true;
-    screen_.lblMessage.text = kRatioPrompt;
+    shot_.saturating = false;
+    shot_.beepCount = 0;
+    shot_.beeping = true;
+    screen_.ShowMessage(kRatioPrompt);
     OpenConfirmation(kCaptionOk);
 }
 
-void ShotSequence::OpenConfirmation(const char* caption) {
+void Steps::OpenConfirmation(const char* caption) {
     screen_.lblConfirm.visible = true;
     screen_.cmdContinue = {caption, true, screen_.cmdContinue.visible};
-    if (OnFocus) OnFocus("cmdContinue");
+    if (hooks_.OnFocus) hooks_.OnFocus("cmdContinue");
 }
 
-void ShotSequence::OverVoltage() {
+void Steps::OverVoltage() {
     if (!WindowHolds(kOverVoltageMessage)) return;
-    screen_.lblMessage.text = "VOLTAGE TOO HIGH! TURN VOLTAGE DOWN!";
+    screen_.ShowMessage("VOLTAGE TOO HIGH! TURN VOLTAGE DOWN!", true);
 }
 
-void ShotSequence::RecordStart() {
-    if (testState_ != kStateRunning || !WindowHolds(kRecordStart)) return;
-    testState_ = kStateRecordArriving;
-    awaitText_ = kRecordEnd;
+void Steps::RecordStart() {
+    if (shot_.testState != kStateRunning || !WindowHolds(kRecordStart)) return;
+    shot_.testState = kStateRecordArriving;
+    shot_.awaitText = kRecordEnd;
 }
 
-void ShotSequence::RecordEnd() {
-    if (const auto record = RecordIn(reply_.sessionWindow)) {
-        rawRecord_ = *record;
-        CompleteShot();
-    } else {
-        DropExamined();
-        polling_ = true;
+bool Steps::RecordEnd() {
+    if (const auto record = RecordIn(shot_.reply.sessionWindow)) {
+        shot_.rawRecord = *record;
+        return true;
     }
+    DropExamined();
+    shot_.polling = true;
+    return false;
 }
 
-void ShotSequence::DropExamined() {
+void Steps::DropExamined() {
     // The rest behind a block was not examined yet.
-    if (windowIsCut_) return;
-    const bool keepReading = testState_ != kStateRunning;
-    reply_.sessionPending.erase(0, UnfinishedFrom(reply_.sessionPending, keepReading));
+    if (shot_.windowIsCut) return;
+    const bool keepReading = shot_.testState != kStateRunning;
+    shot_.reply.sessionPending.erase(0, UnfinishedFrom(shot_.reply.sessionPending, keepReading));
 }
 
-void ShotSequence::CompleteShot() {
-    // Whatever is said here is said in a dialogue, under which no pass may run.
-    polling_ = false;
-    testState_ = kStateShotComplete;
-    screen_.lblMessage.text.clear();
-    screen_.cmdExit.enabled = true;
-    screen_.cmdHeader.enabled = true;
-    if (around_.session.shotCount != kShotRefusal) {
-        AcceptShot();
-        return;
-    }
-    screen_.lblTest = {"TEST COMPLETE.", true, true};
-    around_.prompts.Message(QStringLiteral("You have ran the maximum limit (100) of shots."));
+void Steps::ParseRatioReply() {
+    if (const auto ratio = RatioIn(shot_.reply.sessionWindow)) screen_.txtRatio.text = *ratio;
+    const auto polarity = PolarityWord(PolarityIn(shot_.reply.sessionWindow).value_or('\0'));
+    if (polarity) screen_.txtPolarity.text = *polarity;
 }
 
-void ShotSequence::AcceptShot() {
-    screen_.cmdContinue.text = kCaptionRepeat;
-    screen_.cmdStart.text = kCaptionNext;
-    afterShot_ = true;
-    confirmsThisShot_ = 0;
-    AdjustShotCounters(+1);
-    screen_.cmdStart.enabled = true;
-    screen_.cmdContinue.enabled = true;
-    screen_.cmdCancel.enabled = false;
-    screen_.lblConfirm.visible = false;
-    reply_ = {};
-    ComputePercentError();
+}  // namespace
 
-    QString notSafe;
-    try {
-        UpdateJournal();
-    } catch (const RunTimeError& error) {
-        notSafe = NotSafeText(error);
-    }
-    // Only now: what the screen calls complete is on the disk.
-    screen_.lblTest = {"TEST COMPLETE.", true, true};
-    if (!notSafe.isEmpty()) around_.prompts.Message(notSafe);
-
-    const std::string damage = DescribeRecordDamage(rawRecord_);
-    if (damage.empty()) return;
-    const QString text = DamageText(damage);
-    screen_.lblDamage = {text.toStdString(), true, true};
-    around_.prompts.Message(text);
+bool RunShotSteps(const TestSurroundings& around, const ShotHooks& hooks, ShotState& shot) {
+    return Steps(around, hooks, shot).Run();
 }
 
 }  // namespace davo

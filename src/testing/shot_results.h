@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "testing/shot_screen.h"
+
+namespace davo {
+
+// H / X to three decimals, in general number form; nothing for texts that are no numbers and for
+// an X current of zero or below.
+std::optional<std::string> NameplateRatio(const std::string& hCurrent, const std::string& xCurrent);
+
+// |M - N| / N in percent; nothing where that cannot be computed.
+std::optional<std::string> PercentError(const std::string& measured, const std::string& nameplate);
+
+// What the sign behind "POLARITY=" is shown as; nothing for another character.
+std::optional<std::string> PolarityWord(char sign);
+
+// A shot as the capture file holds it: the record, the three ratio lines of what the screen shows,
+// and an empty line, each ended by CR LF.
+std::string ShotBlock(std::string_view rawRecord, const ShotScreen& screen);
+
+}  // namespace davo
