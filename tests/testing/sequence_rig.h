@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/files.h"
+#include "records/session_journal.h"
 #include "testing/shot_sequence.h"
 #include "tests/link/fake_serial_port.h"
 #include "tests/support/fake_prompts.h"
