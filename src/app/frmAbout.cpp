@@ -8,6 +8,7 @@
 
 #include "app/program_icon.h"
 #include "common/text.h"
+#include "common/version.h"
 #include "ui/big_button.h"
 #include "ui/centre_form.h"
 #include "ui/form_parts.h"
@@ -34,8 +35,8 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     lblDavoVer_ = MakeParagraph(this, "lblDavoVer", QStringLiteral("DAVO-E Rx.xx"), kVersionGrowth);
     auto* frame = Named(new QGroupBox(QStringLiteral("Software Rev."), this), "Frame1");
     auto* inFrame = new QVBoxLayout(frame);
-    inFrame->addWidget(
-        MakeParagraph(frame, "lblDavoPcVer", QStringLiteral("DAVO-PC V.3.15"), kVersionGrowth));
+    const QString version = QStringLiteral("DAVO-PC V.%1").arg(QLatin1String(kVersion));
+    inFrame->addWidget(MakeParagraph(frame, "lblDavoPcVer", version, kVersionGrowth));
     auto* button = new BigButton(this, "Command1", "&OK");
     button->setDefault(true);
     connect(button, &QPushButton::clicked, this, &QDialog::close);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/program_icon.h"
+#include "common/version.h"
 #include "ui/centre_form.h"
 #include "ui/form_parts.h"
 
@@ -22,8 +23,8 @@ constexpr int kTextSpacing = 6;
 constexpr double kNameGrowth = 2.6;
 constexpr double kVersionGrowth = 1.3;
 
-QLabel* MakeLine(QWidget* parent, const char* text, double growth) {
-    auto* label = new QLabel(QLatin1String(text), parent);
+QLabel* MakeLine(QWidget* parent, const QString& text, double growth) {
+    auto* label = new QLabel(text, parent);
     Enlarge(label, growth);
     label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     return label;
@@ -43,10 +44,11 @@ frmSplash::frmSplash(BusyPointer& pointer, std::function<void()> showMain)
     auto* texts = new QVBoxLayout;
     texts->setSpacing(kTextSpacing);
     texts->addStretch(1);
-    auto* name = MakeLine(this, "DAVO PC-Interface", kNameGrowth);
+    auto* name = MakeLine(this, windowTitle(), kNameGrowth);
     MakeBold(name);
     texts->addWidget(name);
-    texts->addWidget(MakeLine(this, "V.3.15", kVersionGrowth));
+    const QString version = QStringLiteral("V.%1").arg(QLatin1String(kVersion));
+    texts->addWidget(MakeLine(this, version, kVersionGrowth));
     texts->addStretch(1);
     auto* row = WithMargin(new QHBoxLayout(this), kMargin);
     row->setSpacing(kMargin);
