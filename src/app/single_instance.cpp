@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QLockFile>
 
+#include "common/files.h"
+
 namespace davo {
 
 namespace {
@@ -11,6 +13,7 @@ namespace {
 class LockedFile : public SingleInstance {
   public:
     explicit LockedFile(const QString& path) : lock_(path) {
+        RemoveLinkOrPipe(path);
         // How old the file is says nothing: the program may run for weeks.
         lock_.setStaleLockTime(0);
     }

@@ -7,6 +7,8 @@
 #include <QWidget>
 #include <algorithm>
 
+#include "common/files.h"
+
 namespace davo {
 
 namespace {
@@ -35,6 +37,7 @@ bool IsOnAScreen(const QRect& geometry) {
 }  // namespace
 
 void SaveWindowGeometry(const QWidget& window, const Places& places) {
+    RemoveLinkOrPipe(FilePath(places) + QStringLiteral(".lock"));
     QSettings file(FilePath(places), QSettings::IniFormat);
     file.setValue(Key(window, "normalGeometry"), window.normalGeometry());
     file.setValue(Key(window, "maximized"), window.isMaximized());

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <filesystem>
 #include <system_error>
 
 #include "common/file_system.h"
@@ -88,6 +89,15 @@ void CreateFolder(const QString& path) {
 void DeleteFile(const QString& path) {
     if (FolderExists(path)) Throw(ErrorNumber::PermissionDenied, path);
     ThrowIf(RemoveFile(path), path);
+}
+
+bool RemoveLinkOrPipe(const QString& path) {
+    using std::filesystem::file_type;
+    std::error_code error;
+    const auto type = std::filesystem::symlink_status(path.toStdU16String(), error).type();
+    if (type != file_type::symlink && type != file_type::fifo) return false;
+    RemoveFile(path);
+    return true;
 }
 
 std::string ReadWholeFile(const QString& path) {

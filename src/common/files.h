@@ -9,9 +9,9 @@
 
 namespace davo {
 
-// Every function here but the last throws RunTimeError with the number of what the system said: 53
-// no such file, 76 no such folder, 70 permission denied, 61 disk full, 52 a name that cannot be, 57
-// any other device error.
+// Unless it says so, every function here throws RunTimeError with the number of what the system
+// said: 53 no such file, 76 no such folder, 70 permission denied, 61 disk full, 52 a name that
+// cannot be, 57 any other device error.
 
 bool FileExists(const QString& path);
 bool FolderExists(const QString& path);
@@ -21,6 +21,11 @@ void CreateFolder(const QString& path);
 
 // Deletes a file; one that is not there is error 53.
 void DeleteFile(const QString& path);
+
+// Removes a link (not what it points to) or a pipe that has the name of a file which others than
+// the functions here are about to make: they would follow the one and wait for the other. True when
+// there was one.
+bool RemoveLinkOrPipe(const QString& path);
 
 // The whole content of a file as bytes.
 std::string ReadWholeFile(const QString& path);

@@ -3,6 +3,7 @@
 
 #include <QSettings>
 
+#include "common/files.h"
 #include "common/run_time_error.h"
 
 namespace davo {
@@ -15,7 +16,9 @@ QString KeyOf(const QString& application, const QString& section, const QString&
 
 class IniSettingsStore : public SettingsStore {
   public:
-    explicit IniSettingsStore(const QString& path) : settings_(path, QSettings::IniFormat) {}
+    explicit IniSettingsStore(const QString& path) : settings_(path, QSettings::IniFormat) {
+        RemoveLinkOrPipe(path + QStringLiteral(".lock"));
+    }
 
     QString Read(const QString& application, const QString& section,
                  const QString& value) const override {

@@ -4,9 +4,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
-#include <filesystem>
 
 #include "common/file_system.h"
+#include "common/files.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/line_cursor.h"
@@ -17,13 +17,6 @@ namespace {
 
 [[noreturn]] void ThrowError(ErrorNumber number, const QString& path) {
     throw RunTimeError(number, QDir::toNativeSeparators(path).toStdString());
-}
-
-bool IsLinkOrPipe(const QString& path) {
-    using std::filesystem::file_type;
-    std::error_code error;
-    const auto type = std::filesystem::symlink_status(path.toStdU16String(), error).type();
-    return type == file_type::symlink || type == file_type::fifo;
 }
 
 ErrorNumber OpeningError(const QFile& file) {
@@ -86,9 +79,7 @@ void CaptureFile::Create(const QString& path) {
     file_.setFileName(path);
     length_ = 0;
     // A link or a pipe of that name is neither followed nor waited for.
-    const bool isInTheWay = IsLinkOrPipe(path);
-    if (isInTheWay) QFile::remove(path);
-    const auto how = isInTheWay ? QIODevice::NewOnly : QIODevice::Truncate;
+    const auto how = RemoveLinkOrPipe(path) ? QIODevice::NewOnly : QIODevice::Truncate;
     // Unbuffered, so that nothing of a block that failed waits for a later flush.
     if (!file_.open(QIODevice::WriteOnly | QIODevice::Unbuffered | how)) {
         ThrowError(OpeningError(file_), path);

@@ -20,6 +20,7 @@
 
 #include "common/files.h"
 #include "common/run_time_error.h"
+#include "common/settings_store.h"
 #include "tests/support/file_size_limit.h"
 #include "tests/support/in_the_way.h"
 #include "tests/support/random_seed.h"
@@ -181,6 +182,19 @@ TEST(ReplaceFileOnLinux, NamesTheFolderThatHasTheTemporaryName) {
     }
     EXPECT_EQ(ReadWholeFile(path), "old");
     EXPECT_TRUE(FolderExists(beside));
+}
+
+TEST(SettingsStoreOnLinux, DoesNotWaitForAPipeThatHasTheNameOfItsLock) {
+    const test::TemporaryFolder folder;
+    const Places places = folder.MakePlaces();
+    const QByteArray lock = QFile::encodeName(folder.Path("configuration/davo.ini.lock"));
+    ASSERT_EQ(::mkfifo(lock.constData(), 0666), 0);
+    const test::NoWait limit;
+    MakeSettingsStore(places)->Write(QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"),
+                                     QStringLiteral("kept"));
+    EXPECT_EQ(MakeSettingsStore(places)->Read(QStringLiteral("A"), QStringLiteral("B"),
+                                              QStringLiteral("C")),
+              QStringLiteral("kept"));
 }
 
 TEST(CopyFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {

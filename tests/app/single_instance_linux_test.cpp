@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/single_instance.h"
+
+#include "tests/support/in_the_way.h"
+
+namespace davo::test {
+namespace {
+
+TEST(SingleInstanceOnLinux, DoesNotWaitForAPipeThatHasTheNameOfItsLock) {
+    const TemporaryFolder folder;
+    const Places places = folder.MakePlaces();
+    const QByteArray lock = QFile::encodeName(folder.Path("configuration/davo.lock"));
+    ASSERT_EQ(::mkfifo(lock.constData(), 0666), 0);
+    const NoWait limit;
+    const auto first = MakeSingleInstance(places);
+    EXPECT_FALSE(first->AnotherRuns());
+    EXPECT_TRUE(MakeSingleInstance(places)->AnotherRuns());
+}
+
+}  // namespace
+}  // namespace davo::test
