@@ -14,6 +14,7 @@
 #include "app/frmAbout.h"
 #include "app/frmConfig.h"
 #include "app/home_panel.h"
+#include "app/open_forms.h"
 #include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/text.h"
@@ -39,10 +40,10 @@ QString PlainCaption(const QAction& item) {
 
 }  // namespace
 
-frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForms windows)
+frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForms forms)
     : state_(state),
       services_(services),
-      windows_(std::move(windows)),
+      forms_(std::move(forms)),
       handlers_(services.prompts),
       dateGuard_(services.shortDate),
       menu_(*menuBar()),
@@ -66,8 +67,8 @@ frmMain::~frmMain() {
 
 void frmMain::BuildCentre() {
     std::vector<QAction*> items{menu_.mnuBoth, menu_.mnuRatio};
-    if (windows_.testList) items.push_back(menu_.mnuRecall);
-    if (windows_.memoryDirectory) items.push_back(menu_.mnuDownload);
+    if (forms_.testList) items.push_back(menu_.mnuRecall);
+    if (forms_.memoryDirectory) items.push_back(menu_.mnuDownload);
     items.push_back(menu_.mnuConfig);
     home_ = new HomePanel(items, pages_);
     pages_->addWidget(home_);
@@ -190,7 +191,7 @@ void frmMain::mnuRecall_Click() {
     state_.listCaller = ListCaller::Recall;
     WithFileDisabled([this] {
         ReadDirectory();
-        ShowChild(windows_.testList, *menu_.mnuRecall);
+        ShowChild(forms_.testList, *menu_.mnuRecall);
     });
 }
 
@@ -208,7 +209,7 @@ void frmMain::mnuRatio_Click() {
 
 void frmMain::mnuDownload_Click() {
     state_.listCaller = ListCaller::Download;
-    if (!windows_.memoryDirectory) {
+    if (!forms_.memoryDirectory) {
         ShowChild({}, *menu_.mnuDownload);
         return;
     }
@@ -237,7 +238,7 @@ bool frmMain::DownloadDirectory() {
 
 void frmMain::ShowMemoryDirectory() {
     const auto open = [this](QMdiArea& area, const std::function<void()>& closed) {
-        windows_.memoryDirectory(area, [this, closed] {
+        forms_.memoryDirectory(area, [this, closed] {
             menu_.mnuDownload->setEnabled(true);
             closed();
         });
@@ -265,7 +266,7 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
     WithFileDisabled([&] {
         ReadDirectory();
         if (DirectoryFileExists()) {
-            ShowChild(windows_.fileUtilities, item);
+            ShowChild(forms_.fileUtilities, item);
         } else {
             menu_.EnableFile(true);
         }
@@ -273,14 +274,14 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
 }
 
 void frmMain::mnuSetHeaderFile_Click() {
-    WithFileDisabled([this] { ShowChild(windows_.headerSetup, *menu_.mnuSetHeaderFile); });
+    WithFileDisabled([this] { ShowChild(forms_.headerSetup, *menu_.mnuSetHeaderFile); });
 }
 
 void frmMain::mnuSetDescr_Click() {
     state_.directory.recordsFromInstrument = false;
     WithFileDisabled([this] {
         ReadDirectory();
-        ShowChild(windows_.recordHeaders, *menu_.mnuSetDescr);
+        ShowChild(forms_.recordHeaders, *menu_.mnuSetDescr);
     });
 }
 
@@ -341,34 +342,14 @@ void frmMain::RunTest() {
 }
 
 void frmMain::ShowTestWindow() {
-    auto window = std::make_unique<frmCControl>(
-        TestSurroundings{services_.link, services_.prompts, services_.clock, services_.places,
-                         state_.modes, state_.session, state_.header, services_.beep,
-                         [this] { return services_.link.OpenComPort(state_.settings.comPort); }},
-        state_.settings);
-    window->Form_Load();
+    std::unique_ptr<frmCControl> window = LoadTestWindow(state_, services_);
     pages_->setCurrentWidget(area_);
     testWindow_ = window.get();
-    OfferReports(*testWindow_);
     testWindow_->OnUnload = [this] {
         testWindow_ = nullptr;
         ChildClosed();
     };
-    QMdiSubWindow* frame = area_->addSubWindow(window.release());
-    frame->setAttribute(Qt::WA_DeleteOnClose);
-    frame->showMaximized();
-    // No button of it may be pushed out of a main window that is made small.
-    area_->setMinimumSize(testWindow_->minimumSizeHint());
-}
-
-void frmMain::OfferReports(frmCControl& window) {
-    ReportRunner* reports = services_.reports;
-    if (reports == nullptr) return;
-    reports->PrepareSoon(window);
-    window.OnViewResults = [reports](const QString& file, const ReportRunner::Show& show) {
-        reports->Run(file, show);
-    };
-    window.OnLeaveReport = [reports] { reports->Cancel(); };
+    ShowMaximizedIn(*area_, *window.release());
 }
 
 // --- Child windows ------------------------------------------------------------------------------

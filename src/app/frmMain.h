@@ -26,7 +26,7 @@ class HomePanel;
 class frmMain : public QMainWindow {
   public:
     // state, and everything of services, must outlive the window.
-    frmMain(ProgramState& state, const ProgramServices& services, ChildForms windows = {});
+    frmMain(ProgramState& state, const ProgramServices& services, ChildForms forms = {});
     ~frmMain() override;
 
     // Forces the date format, reads the settings and the header file, opens the port (nothing is
@@ -73,7 +73,6 @@ class frmMain : public QMainWindow {
     bool OpenPort();
     void RunTest();
     void ShowTestWindow();
-    void OfferReports(frmCControl& window);
     void ShowFileWindow(ListCaller caller, const QAction& item);
     // Rebuilds the directory file and reads it.
     void ReadDirectory();
@@ -104,7 +103,7 @@ class frmMain : public QMainWindow {
 
     ProgramState& state_;
     ProgramServices services_;
-    ChildForms windows_;
+    ChildForms forms_;
     EventHandlers handlers_;
     DateGuard dateGuard_;
     MainMenu menu_;

@@ -13,6 +13,7 @@
 #include "retrieval/frmHeader.h"
 #include "retrieval/frmHeaderOptn.h"
 #include "retrieval/frmTestList.h"
+#include "testing/frmCControl.h"
 
 namespace davo {
 
@@ -24,12 +25,7 @@ template <class Window>
 void ShowIn(QMdiArea& area, std::unique_ptr<Window> window, const std::function<void()>& closed) {
     window->Form_Load();
     window->OnUnload = closed;
-    Window* shown = window.release();
-    QMdiSubWindow* frame = area.addSubWindow(shown);
-    frame->setAttribute(Qt::WA_DeleteOnClose);
-    frame->showMaximized();
-    // No button of it may be pushed out of a main window that is made small.
-    area.setMinimumSize(shown->minimumSizeHint());
+    ShowMaximizedIn(area, *window.release());
 }
 
 // The chooser and the header window that it opens; closed is called when the last one has closed.
@@ -65,12 +61,8 @@ OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMod
                                        services.link, services.places.scratchFolder,
                                        mode == ListMode::Instrument ? state.dirReply : ""});
         window->OnExcelFolderMade = [](const QString& excelPath) { PutTemplate(excelPath); };
-        if (ReportRunner* reports = services.reports; reports != nullptr) {
-            window->OnView = [reports](const QString& file, const ReportRunner::Show& show) {
-                reports->Run(file, show);
-            };
-            window->OnLeaveReport = [reports] { reports->Cancel(); };
-            if (mode == ListMode::Folder) reports->PrepareSoon(*window);
+        if (services.reports != nullptr && mode == ListMode::Folder) {
+            window->Reports = services.reports->HooksFor(*window);
         }
         ShowIn(area, std::move(window), closed);
     };
@@ -111,14 +103,40 @@ OpenChild FileUtilities(ProgramState& state, const ProgramServices& services) {
 
 }  // namespace
 
+void ShowMaximizedIn(QMdiArea& area, QWidget& form) {
+    QMdiSubWindow* frame = area.addSubWindow(&form);
+    frame->setAttribute(Qt::WA_DeleteOnClose);
+    frame->showMaximized();
+    // No button of it may be pushed out of a main window that is made small.
+    area.setMinimumSize(form.minimumSizeHint());
+}
+
+std::unique_ptr<frmCControl> LoadTestWindow(ProgramState& state, const ProgramServices& services) {
+    auto window = std::make_unique<frmCControl>(
+        TestSurroundings{
+            services.link, services.prompts, services.clock, services.places, state.modes,
+            state.session, state.header, services.beep,
+            [&state, services] { return services.link.OpenComPort(state.settings.comPort); }},
+        state.settings);
+    window->Form_Load();
+    window->OnHeader = [&state, &prompts = services.prompts,
+                        over = window.get()](const std::function<void()>& changed) {
+        auto* header = new frmHeader(state.header, state.session.testNotes, prompts, over);
+        header->OnChanged = changed;
+        header->open();
+    };
+    if (services.reports != nullptr) window->Reports = services.reports->HooksFor(*window);
+    return window;
+}
+
 ChildForms OpenForms(ProgramState& state, const ProgramServices& services) {
-    ChildForms windows;
-    windows.testList = TestList(state, services, ListMode::Folder);
-    windows.memoryDirectory = TestList(state, services, ListMode::Instrument);
-    windows.headerSetup = HeaderSetup(state, services);
-    windows.recordHeaders = RecordHeaderEditor(state, services);
-    windows.fileUtilities = FileUtilities(state, services);
-    return windows;
+    ChildForms forms;
+    forms.testList = TestList(state, services, ListMode::Folder);
+    forms.memoryDirectory = TestList(state, services, ListMode::Instrument);
+    forms.headerSetup = HeaderSetup(state, services);
+    forms.recordHeaders = RecordHeaderEditor(state, services);
+    forms.fileUtilities = FileUtilities(state, services);
+    return forms;
 }
 
 }  // namespace davo

@@ -42,6 +42,12 @@ QString ReportRunner::OverlayWorkbook() {
     return WorkbookOf(QLatin1String(kOverlayName));
 }
 
+ReportHooks ReportRunner::HooksFor(QObject& window) {
+    PrepareSoon(window);
+    return {[this](const QString& file, const Show& show) { Run(file, show); },
+            [this] { Cancel(); }};
+}
+
 bool ReportRunner::Run(const QString& recordFile, const Show& show) {
     return Make(recordFile, ReportSource::RecordFile,
                 WorkbookOf(ReportNameOf(QFileInfo(recordFile).fileName())), show);

@@ -9,15 +9,13 @@
 #include "common/prompts.h"
 #include "common/settings.h"
 #include "reports/choose_renderer.h"
+#include "reports/report_hooks.h"
 #include "reports/test_file_reader.h"
 
 class QEventLoop;
 class QObject;
 
 namespace davo {
-
-// What the window that waits for a report shows in its caption.
-inline constexpr const char* kPlottingCaption = "Plotting Excel Graphs, Please Wait...";
 
 // A window that is opened to be left again does not start another program.
 inline constexpr std::chrono::milliseconds kPrepareDelay{8000};
@@ -28,8 +26,7 @@ class ReportRunner {
   public:
     using Choose = std::function<ChosenRenderer()>;
     using Open = std::function<bool(const QString& path)>;
-    // Gets what there is to tell while a report is made.
-    using Show = std::function<void(const QString& text)>;
+    using Show = ReportHooks::Show;
 
     // prompts and settings must outlive it. open shows a finished workbook; false: nothing can.
     ReportRunner(
@@ -40,6 +37,9 @@ class ReportRunner {
     // stood for kPrepareDelay; nothing happens when it is gone by then.
     void PrepareSoon(QObject& window);
     void Prepare();
+
+    // For such a window: PrepareSoon, Run and Cancel.
+    ReportHooks HooksFor(QObject& window);
 
     // Builds the report of recordFile (a full path) as excelPath + its name + the renderer's
     // extension, and opens it. Other events run meanwhile; show gets "Plotting graph n of m". An

@@ -382,14 +382,14 @@ void frmTestList::Download(const std::vector<int>& rows) {
 }
 
 void frmTestList::View(int row) {
-    if (!OnView) return;
+    if (!Reports.make) return;
     const QString file =
         around_.settings.dataPath + around_.tables.dirFileNames.at(static_cast<std::size_t>(row));
-    const QScopedValueRollback leave(leave_, OnLeaveReport);
+    const QScopedValueRollback leave(leave_, Reports.leave);
     While(Activity::Report, [this, &file] {
-        lblMessage_->setText(QStringLiteral("Plotting Excel Graphs, Please Wait..."));
+        lblMessage_->setText(QLatin1String(kPlottingCaption));
         const auto hide = qScopeGuard([this] { lblMessage_->clear(); });
-        OnView(file, [this](const QString& text) { lblStatus_->setText(text); });
+        Reports.make(file, [this](const QString& text) { lblStatus_->setText(text); });
     });
 }
 

@@ -12,6 +12,7 @@
 #include "common/settings.h"
 #include "link/link.h"
 #include "records/directory_file.h"
+#include "reports/report_hooks.h"
 #include "retrieval/list_order.h"
 #include "ui/event_handlers.h"
 
@@ -44,8 +45,6 @@ struct TestListSurroundings {
 // The test list, "DAVO Memory Content".
 class frmTestList : public QWidget {
   public:
-    using Show = std::function<void(const QString& text)>;
-
     frmTestList(ListMode mode, TestListSurroundings around, QWidget* parent = nullptr);
 
     // Fills the list: of the loaded directory, or of the instrument's reply. Throws nothing of its
@@ -55,11 +54,7 @@ class frmTestList : public QWidget {
     // The window has closed.
     std::function<void()> OnUnload;
 
-    // Makes the report of a record file (a full path) and shows it; returns when that is done or
-    // was left. May throw RunTimeError.
-    std::function<void(const QString& recordFile, const Show& show)> OnView;
-    // Leaves the report that OnView makes.
-    std::function<void()> OnLeaveReport;
+    ReportHooks Reports;  // in folder mode
     // The folder of the reports was made (full path, separator at its end). May throw RunTimeError.
     std::function<void(const QString& excelPath)> OnExcelFolderMade;
 

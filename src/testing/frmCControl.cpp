@@ -9,8 +9,6 @@
 #include <utility>
 
 #include "common/text.h"
-#include "reports/report_runner.h"
-#include "retrieval/frmHeader.h"
 #include "ui/close_form.h"
 
 namespace davo {
@@ -191,19 +189,17 @@ void frmCControl::timDateTime_Timer() {
 
 void frmCControl::cmdHeader_Click() {
     handlers_.RunAlone([this] {
-        const TestSurroundings& around = sequence_.Around();
-        auto* header = new frmHeader(around.header, around.session.testNotes, around.prompts, this);
-        header->OnChanged = [this] {
+        if (!OnHeader) return;
+        OnHeader([this] {
             TakeTyped();
             sequence_.UpdateJournal();
-        };
-        header->open();
+        });
     });
 }
 
 void frmCControl::cmdExit_Click() {
     if (viewing_) {
-        LeaveReport();
+        Reports.leave();
         return;
     }
     if (handlers_.Running()) {
@@ -217,7 +213,7 @@ void frmCControl::cmdExit_Click() {
     handlers_.Run([this] {
         TakeTyped();
         const SaveOutcome outcome =
-            ExitAndSave(sequence_, settings_, static_cast<bool>(OnViewResults));
+            ExitAndSave(sequence_, settings_, static_cast<bool>(Reports.make));
         closeWanted_ = outcome.closeWindow;
         if (outcome.viewResults) ViewResults(outcome.savedFile);
     });
@@ -240,11 +236,7 @@ void frmCControl::ViewResults(const QString& savedFile) {
     show(QLatin1String(kPlottingCaption));
     // The key that answered the question, still held down, must not leave the report.
     setFocus();
-    OnViewResults(savedFile, show);
-}
-
-void frmCControl::LeaveReport() {
-    if (OnLeaveReport) OnLeaveReport();
+    Reports.make(savedFile, show);
 }
 
 bool frmCControl::Exit() {
@@ -261,7 +253,7 @@ bool frmCControl::Exit() {
 
 void frmCControl::Form_KeyDown() {
     if (closing_) return;
-    if (viewing_) LeaveReport();
+    if (viewing_) Reports.leave();
     handlers_.Run([this] {
         sequence_.EscapePressed();
         sequence_.Around().link.EndWait();

@@ -5,6 +5,7 @@
 #include <QWidget>
 #include <functional>
 
+#include "reports/report_hooks.h"
 #include "testing/live_curve.h"
 #include "testing/session_save.h"
 #include "testing/shot_controls.h"
@@ -32,12 +33,10 @@ class frmCControl : public QWidget {
 
     // The window has closed: Form_Unload is done.
     std::function<void()> OnUnload;
-    // Makes and shows the report of a saved record file; returns when that has ended, and hands
-    // what there is to tell meanwhile to show. When it is not set, nobody is asked for a report.
-    std::function<void(const QString& savedFile, const std::function<void(const QString&)>& show)>
-        OnViewResults;
-    // The operator does not want to wait for the report: OnViewResults is to return.
-    std::function<void()> OnLeaveReport;
+    // Opens the header window over this one; changed is to be called when the header or the notes
+    // have changed.
+    std::function<void(const std::function<void()>& changed)> OnHeader;
+    ReportHooks Reports;
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -56,7 +55,6 @@ class frmCControl : public QWidget {
     void LostFocus(void (ShotSequence::*handler)());
     void cmdExit_Click();
     void ViewResults(const QString& savedFile);
-    void LeaveReport();
     void cmdHeader_Click();
     void Timer1_Timer();
     void timDateTime_Timer();

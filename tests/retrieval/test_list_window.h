@@ -40,10 +40,10 @@ class TestListWindow {
             mode, TestListSurroundings{settings, directory, prompts, link, places.scratchFolder,
                                        dirReply});
         window->OnUnload = [this] { ++unloaded; };
-        window->OnView = [this](const QString& file, const frmTestList::Show& show) {
+        window->Reports.make = [this](const QString& file, const ReportHooks::Show& show) {
             reports.Run(file, show);
         };
-        window->OnLeaveReport = [this] { reports.Cancel(); };
+        window->Reports.leave = [this] { reports.Cancel(); };
         window->OnExcelFolderMade = [this](const QString& path) { excelFolders.push_back(path); };
         window->Form_Load();
         constexpr int kWidth = 1100;

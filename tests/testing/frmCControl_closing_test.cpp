@@ -47,8 +47,8 @@ class ViewingTestWindow : public TestWindow {
     // Saves a session as T1.txt and asks for its report; act runs while it is made.
     void View(const std::function<void()>& act) {
         Open();
-        window->OnViewResults = [this, act](const QString& file,
-                                            const std::function<void(const QString&)>& show) {
+        window->Reports.make = [this, act](const QString& file,
+                                           const std::function<void(const QString&)>& show) {
             viewed.push_back(file);
             tell = show;
             QTimer::singleShot(0, window, act);
@@ -56,7 +56,7 @@ class ViewingTestWindow : public TestWindow {
                 throw RunTimeError(ErrorNumber::FileNotFound, fails.toStdString());
             EXPECT_TRUE(Until([this] { return done; })) << "the report was not left";
         };
-        window->OnLeaveReport = [this] {
+        window->Reports.leave = [this] {
             ++left;
             done = true;
         };
@@ -102,8 +102,7 @@ TEST_F(ViewingTestWindow, TheReportIsMadeWithTheWindowSayingSoAndThenItCloses) {
 
 TEST_F(ViewingTestWindow, NoReportIsMadeWhereTheAnswerIsNo) {
     Open();
-    window->OnViewResults = [this](const QString& file,
-                                   const std::function<void(const QString&)>&) {
+    window->Reports.make = [this](const QString& file, const std::function<void(const QString&)>&) {
         viewed.push_back(file);
     };
     RunFullShot();

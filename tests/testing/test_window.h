@@ -16,6 +16,7 @@
 #include <QTest>
 #include <thread>
 
+#include "retrieval/frmHeader.h"
 #include "testing/frmCControl.h"
 #include "tests/testing/sequence_rig.h"
 
@@ -55,6 +56,11 @@ class TestWindow : public ::testing::Test {
                                   [this] { ++beeps; }, [this] { return link.OpenComPort(1); }},
                                  settings);
         window->OnUnload = [this] { ++unloads; };
+        window->OnHeader = [this](const std::function<void()>& changed) {
+            auto* form = new frmHeader(header, session.testNotes, prompts, window);
+            form->OnChanged = changed;
+            form->open();
+        };
         window->Form_Load();
         QMdiSubWindow* frame = area->addSubWindow(window);
         frame->setAttribute(Qt::WA_DeleteOnClose);
