@@ -22,8 +22,8 @@ class ShortDateFormat {
 std::unique_ptr<ShortDateFormat> MakeShortDateFormat();
 
 // Dates in record files and file names are written and parsed month first. So the guard puts the
-// user's short-date format to "MM/dd/yyyy" for the run of the program, on purpose for the whole
-// system, and puts it back on a normal unload only.
+// user's short-date format, where the platform has one for all programs that one, to "MM/dd/yyyy"
+// for the run of the program, and puts it back on a normal unload only.
 class DateGuard {
   public:
     // format must outlive the guard.

@@ -30,7 +30,7 @@ constexpr int kTextMargin = 4;  // of a closed list
 }  // namespace
 
 // A drop-down list that tells when it is about to open, so that it shows what is there now. The
-// wheel does not turn it: a port is chosen on purpose.
+// wheel does not turn it: a hand that passes over it must not choose another port.
 class OpeningList : public QComboBox {
   public:
     explicit OpeningList(QWidget* parent) : QComboBox(parent) {}

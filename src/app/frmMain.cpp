@@ -214,7 +214,7 @@ void frmMain::mnuDownload_Click() {
         return;
     }
     menu_.mnuDownload->setEnabled(false);
-    // It stays disabled until the next start of the program, by design.
+    // Without a port it stays disabled until the next start: only a list that closes enables it.
     if (!OpenPort()) return;
     try {
         if (!DownloadDirectory()) {

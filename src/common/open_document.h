@@ -10,7 +10,8 @@ namespace davo {
 // does not start. May be called on any thread.
 bool ShowDocument(const QString& path);
 
-// ShowDocument of a finished workbook. When false: show NoProgramText.
+// ShowDocument of a finished workbook. When false: show NoProgramText. It has the system's own
+// name; any program for workbooks will do.
 bool ShowReportInExcel(const QString& path);
 
 inline constexpr const char* kNoProgramText =

@@ -77,7 +77,7 @@ QString AskForPath(Prompts& prompts, const QString& folder) {
 
 // Makes the data folder that the chosen path asks for. Only a folder that had to be made becomes
 // the data path; a file chosen for another folder that exists is written in the data path all the
-// same. That is intended.
+// same, the folder that Recall Test lists.
 void FollowChosenFolder(const QString& path, Settings& settings) {
     const QString dataFolder = FolderText(R"(\Shots_Data\)");
     QString folder = ShownPath(path);

@@ -72,6 +72,7 @@ class ShotSequence : public ShotHooks {
     bool Polling() const { return shot_.polling; }  // Timer1
     bool Clocking() const { return clocking_; }     // timDateTime
     bool Beeping() const { return shot_.beeping; }  // timBeep
+    // Those that the rules name here: a beep under way goes on to its end.
     void StopTimers() { shot_.polling = clocking_ = false; }
     CaptureFile& Capture() { return capture_; }
     const TestSurroundings& Around() const { return around_; }
