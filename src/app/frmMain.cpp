@@ -190,7 +190,7 @@ void frmMain::mnuRecall_Click() {
     state_.directory.recordsFromInstrument = false;
     state_.listCaller = ListCaller::Recall;
     WithFileDisabled([this] {
-        ReadDirectory();
+        ListRecords();
         ShowChild(forms_.testList, *menu_.mnuRecall);
     });
 }
@@ -264,7 +264,7 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
     state_.directory.recordsFromInstrument = false;
     state_.listCaller = caller;
     WithFileDisabled([&] {
-        ReadDirectory();
+        ListRecords();
         if (DirectoryFileExists()) {
             ShowChild(forms_.fileUtilities, item);
         } else {
@@ -280,7 +280,7 @@ void frmMain::mnuSetHeaderFile_Click() {
 void frmMain::mnuSetDescr_Click() {
     state_.directory.recordsFromInstrument = false;
     WithFileDisabled([this] {
-        ReadDirectory();
+        ListRecords();
         ShowChild(forms_.recordHeaders, *menu_.mnuSetDescr);
     });
 }
@@ -318,7 +318,7 @@ void frmMain::mnuAbout_Click() {
     about_->activateWindow();
 }
 
-void frmMain::ReadDirectory() {
+void frmMain::ListRecords() {
     listing_ = RebuildDirectory(state_.settings.dataPath, state_.directory);
     LoadDirectoryFile(state_.settings.dataPath, state_.directory);
     listedRecords_ = state_.directory.recordCount;
@@ -391,7 +391,7 @@ void frmMain::ChildClosed() {
 
 void frmMain::RefreshDirectory() {
     handlers_.Run([this] {
-        ReadDirectory();
+        ListRecords();
         menu_.EnableRecordItems(DirectoryFileExists());
     });
 }

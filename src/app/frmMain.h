@@ -75,7 +75,7 @@ class frmMain : public QMainWindow {
     void ShowTestWindow();
     void ShowFileWindow(ListCaller caller, const QAction& item);
     // Rebuilds the directory file and reads it.
-    void ReadDirectory();
+    void ListRecords();
     bool DirectoryFileExists() const;
 
     // Disables mnuFile and runs open; mnuFile is enabled again when open throws.

@@ -10,6 +10,7 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/line_cursor.h"
+#include "records/record_image.h"
 
 namespace davo {
 
@@ -106,19 +107,17 @@ void CaptureFile::Close() {
 }
 
 std::vector<CapturedShot> CapturedShots(std::string_view bytes) {
-    constexpr std::string_view kStart = "DATA";
-    constexpr std::string_view kStop = "DONE";
     std::vector<CapturedShot> shots;
     std::string hexText;
     bool accumulating = false;
     LineCursor lines(bytes);
     for (std::string_view line; lines.Next(line);) {
         if (!accumulating) {
-            if (!Contains(line, kStart)) continue;
-            line = Middle(line, kStart.size());
+            if (!Contains(line, kRecordStart)) continue;
+            line = Middle(line, kRecordStart.size());
             accumulating = true;
         }
-        const std::size_t stop = line.find(kStop);
+        const std::size_t stop = line.find(kRecordEnd);
         AppendDigits(hexText, line.substr(0, stop));
         if (stop == std::string_view::npos) continue;
         CapturedShot& shot = shots.emplace_back();

@@ -115,17 +115,18 @@ FolderSummary SummariseFolder(const QString& dataPath) {
 }
 
 void WriteDirectoryFile(const QString& path, const std::vector<std::string>& entries) {
-    std::vector<std::string> lines;
-    lines.reserve(entries.size() + 1);
-    lines.push_back("REC==" + Picture(static_cast<double>(entries.size()), "000"));
-    lines.insert(lines.end(), entries.begin(), entries.end());
-    const std::string bytes = JoinLines(lines);
+    const std::string bytes = DirectoryFileText(entries);
     // Most rebuilds find the folder as it was; waiting for the disk would be their longest part.
     if (FileExists(path) && ReadWholeFile(path) == bytes) return;
     ReplaceFile(path, bytes);
 }
 
 }  // namespace
+
+std::string DirectoryFileText(const std::vector<std::string>& entries) {
+    const auto count = static_cast<double>(entries.size());
+    return JoinLines({"REC==" + Picture(count, "000")}) + JoinLines(entries);
+}
 
 QString SkipReasonText(SkipReason reason) {
     switch (reason) {

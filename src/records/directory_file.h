@@ -49,16 +49,18 @@ struct RebuildResult {
     int notListed = 0;                 // names beyond the 250 listed records; they are not read
 };
 
+// "REC==" and the number as "000", then the entries, lines ended by CR LF.
+std::string DirectoryFileText(const std::vector<std::string>& entries);
+
 // Lists the record files of dataPath (ends with the separator; a missing folder is an empty one)
-// in tables and in its "DIRDNLD.DNL": "REC==" and the number as "000", then the entries, newest
-// first, lines ended by CR LF. A record file is every name whose lower-case form holds ".txt"
-// anywhere; names are taken in the order of their UTF-16 code units, which is the order of records
-// of the same day. A name that cannot be summed up is skipped; of a date that is none, only when
-// it is not the folder's single record. Without any record "DIRDNLD.DNL" is removed and the
-// entries stay as they are; one that says the same already is not written again. recordCount is
-// left to LoadDirectoryFile.
-// Throws RunTimeError 70 when the folder may not be read, and the errors of ReadWholeFile,
-// ReplaceFile and DeleteFile; tables and an earlier directory file are then as they were.
+// in tables and in its "DIRDNLD.DNL" (DirectoryFileText), newest first. A record file is every name
+// whose lower-case form holds ".txt" anywhere; names are taken in the order of their UTF-16 code
+// units, which is the order of records of the same day. A name that cannot be summed up is skipped;
+// of a date that is none, only when it is not the folder's single record. Without any record
+// "DIRDNLD.DNL" is removed and the entries stay as they are; one that says the same already is not
+// written again. recordCount is left to LoadDirectoryFile. Throws RunTimeError 70 when the folder
+// may not be read, and the errors of ReadWholeFile, ReplaceFile and DeleteFile; tables and an
+// earlier directory file are then as they were.
 RebuildResult RebuildDirectory(const QString& dataPath, DirectoryTables& tables);
 
 // Reads "DIRDNLD.DNL" of dataPath into recordCount and dirEntries. Without the file recordCount is

@@ -126,12 +126,10 @@ std::string EncodeRecordImage(const RecordImage& image) {
 }
 
 std::string DescribeRecordDamage(std::string_view rawRecord) {
-    constexpr std::string_view kStart = "DATA";
-    constexpr std::string_view kStop = "DONE";
-    const std::size_t start = rawRecord.find(kStart);
+    const std::size_t start = rawRecord.find(kRecordStart);
     if (start == std::string_view::npos) return "no DATA";
-    const std::size_t from = start + kStart.size();
-    const std::size_t stop = rawRecord.find(kStop, from);
+    const std::size_t from = start + kRecordStart.size();
+    const std::size_t stop = rawRecord.find(kRecordEnd, from);
     if (stop == std::string_view::npos) return "no DONE";
 
     const std::string text = RemoveBlanksAndLineEnds(rawRecord.substr(from, stop - from));

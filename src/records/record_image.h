@@ -8,6 +8,10 @@
 
 namespace davo {
 
+// What is around a record's digits as the instrument sends it.
+inline constexpr std::string_view kRecordStart = "DATA";
+inline constexpr std::string_view kRecordEnd = "DONE";
+
 // current in amperes, voltage in volts.
 struct DataPoint {
     double current = 0;

@@ -216,7 +216,7 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
             link_.OnReplyGrows, [&progress](std::size_t bytes) { progress.Received(bytes); });
         if (const auto ended = Exchange("R", kReplyEnd, reply)) return *ended;
     }
-    const ConvertedRecord record = ConvertRecordReply(Capture(reply));
+    const ConvertedRecord record = ConvertRecordReply(ByScratchFile(reply));
     WriteRecord(*target, header + record.lines, result);
     next_ = index + 1;
     const std::string remark = RemarkOn(*target, record);
@@ -244,7 +244,7 @@ std::optional<DownloadEnd> RecordDownload::WhyEnded() const {
 }
 
 // The reply by way of the scratch file, where it can be looked at when a record seems odd.
-std::string RecordDownload::Capture(const std::string& reply) const {
+std::string RecordDownload::ByScratchFile(const std::string& reply) const {
     const QString path = scratchFolder_ + QLatin1String(kRecordScratchFileName);
     ReplaceFile(path, reply);
     return ReadWholeFile(path);
@@ -259,10 +259,7 @@ void RecordDownload::WriteRecord(const std::string& name, const std::string& lin
 // With the number of the entries that are there already: whenever the download ends, the file can
 // be loaded.
 void RecordDownload::WriteDirectory() const {
-    std::vector<std::string> lines = {"REC==" +
-                                      Picture(static_cast<double>(listed_.size()), "000")};
-    lines.insert(lines.end(), listed_.begin(), listed_.end());
-    ReplaceFile(dataPath_ + QLatin1String(kDirectoryFileName), JoinLines(lines));
+    ReplaceFile(dataPath_ + QLatin1String(kDirectoryFileName), DirectoryFileText(listed_));
 }
 
 QString RecordDownload::PathOf(const std::string& name) const {

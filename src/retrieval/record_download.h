@@ -69,7 +69,7 @@ class RecordDownload {
     std::optional<DownloadEnd> Exchange(std::string_view command, std::string_view expectedReply,
                                         std::string& reply);
     std::optional<DownloadEnd> WhyEnded() const;
-    std::string Capture(const std::string& reply) const;
+    std::string ByScratchFile(const std::string& reply) const;
     void WriteRecord(const std::string& name, const std::string& lines, DownloadResult& result);
     void WriteDirectory() const;
 

@@ -18,7 +18,6 @@ namespace davo {
 namespace {
 
 constexpr std::string_view kSeparators = ", \t\r\n";
-constexpr std::string_view kReplyEnd = "DONE";
 constexpr std::size_t kFieldDigits = 32;
 constexpr std::size_t kHalfField = 16;
 constexpr int kPreambleFields = 12;
@@ -38,7 +37,7 @@ class ReplyFields {
     std::optional<std::string_view> Next() {
         rest_.remove_prefix(std::min(rest_.find_first_not_of(kSeparators), rest_.size()));
         const std::string_view field = rest_.substr(0, rest_.find_first_of(kSeparators));
-        if (field.empty() || field == kReplyEnd) return std::nullopt;
+        if (field.empty() || field == kRecordEnd) return std::nullopt;
         rest_.remove_prefix(field.size());
         return field;
     }
@@ -192,7 +191,7 @@ std::size_t UsualReplyBytes(int tests) {
     // Two tests share a field: nineteen for two.
     const int fields = kPreambleFields + (19 * tests + 1) / 2;
     const std::size_t line = kFieldDigits + kLineEnd.size();
-    return static_cast<std::size_t>(fields) * line + kReplyEnd.size() + kLineEnd.size();
+    return static_cast<std::size_t>(fields) * line + kRecordEnd.size() + kLineEnd.size();
 }
 
 }  // namespace davo

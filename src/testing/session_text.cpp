@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "common/text.h"
+#include "records/record_image.h"
 
 namespace davo {
 

@@ -12,8 +12,6 @@ namespace davo {
 // What the instrument says in a shot, found in the text that gathered so far. The line delivers it
 // in any pieces, so each of these tells a line that is whole from one that is still arriving.
 
-inline constexpr std::string_view kRecordStart = "DATA";
-inline constexpr std::string_view kRecordEnd = "DONE";
 inline constexpr std::string_view kSaturationPrompt = "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES";
 
 // One live reading, "I=0.0123 V=152.4": amperes and volts as received.

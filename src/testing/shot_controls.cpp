@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <string>
+#include <vector>
 
 #include "common/text.h"
 #include "ui/big_button.h"
@@ -345,10 +346,6 @@ int ShotControls::WidthBeside(QSize room) const {
         if (lblMessage->HasRoomFor(QLatin1String(kLongestPrompt), left)) return width;
     }
     return 0;
-}
-
-std::vector<QPushButton*> ShotControls::Buttons() const {
-    return {cmdStart, cmdContinue, cmdCancel, cmdHeader, cmdExit};
 }
 
 }  // namespace davo

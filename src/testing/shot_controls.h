@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QSize>
-#include <vector>
 
 #include "testing/shot_screen.h"
 
@@ -33,9 +32,6 @@ struct ShotControls {
     // Shows or hides it. It stays hidden where the longest prompt could no longer be read from two
     // metres beside it, unless there is no message now.
     void ShowBesidePrompt(bool wanted);
-
-    // In the order of the eye, which is the tab order.
-    std::vector<QPushButton*> Buttons() const;
 
     QLabel* lblTest;
     QLabel* lblTime;

@@ -2,6 +2,7 @@
 #include "testing/shot_steps.h"
 
 #include "common/text.h"
+#include "records/record_image.h"
 #include "testing/captions.h"
 #include "testing/session_text.h"
 #include "testing/shot_results.h"
