@@ -16,8 +16,8 @@
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
 #include "reports/xlsx/renderer.h"
-#include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/record_text.h"
 
 namespace davo {
 namespace {

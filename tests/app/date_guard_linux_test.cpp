@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gtest/gtest.h>
 
 #include <QLocale>
 
 #include "app/date_guard.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -13,8 +13,8 @@ TEST(PlatformShortDateFormat, ReadsTheLocaleAndKeepsAChangeInside) {
     const QString system = QLocale::system().dateFormat(QLocale::ShortFormat);
     const auto format = MakeShortDateFormat();
     EXPECT_EQ(format->Read(), system);
-    format->Set(QStringLiteral("MM/dd/yyyy"));
-    EXPECT_EQ(format->Read(), QStringLiteral("MM/dd/yyyy"));
+    format->Set(u"MM/dd/yyyy"_s);
+    EXPECT_EQ(format->Read(), u"MM/dd/yyyy"_s);
     format->Set(QString());
     EXPECT_EQ(format->Read(), QString());
     EXPECT_EQ(MakeShortDateFormat()->Read(), system);

@@ -1,16 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/date_guard.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class FakeFormat : public ShortDateFormat {
   public:
@@ -28,16 +22,15 @@ class FakeFormat : public ShortDateFormat {
 };
 
 TEST(DateGuard, ReplacesADayFirstFormatAndPutsItBack) {
-    FakeFormat format(QStringLiteral("dd/MM/yyyy"));
+    FakeFormat format(u"dd/MM/yyyy"_s);
     DateGuard guard(format);
     guard.Run();
-    EXPECT_EQ(guard.SavedShortDate(), QStringLiteral("dd/MM/yyyy"));
+    EXPECT_EQ(guard.SavedShortDate(), u"dd/MM/yyyy"_s);
     EXPECT_TRUE(guard.ShortDateChanged());
-    EXPECT_THAT(format.sets, ElementsAre(QStringLiteral("MM/dd/yyyy")));
+    EXPECT_THAT(format.sets, ElementsAre(u"MM/dd/yyyy"_s));
 
     guard.Undo();
-    EXPECT_THAT(format.sets,
-                ElementsAre(QStringLiteral("MM/dd/yyyy"), QStringLiteral("dd/MM/yyyy")));
+    EXPECT_THAT(format.sets, ElementsAre(u"MM/dd/yyyy"_s, u"dd/MM/yyyy"_s));
     guard.Undo();
     EXPECT_EQ(format.sets.size(), 2U);
 }
@@ -63,8 +56,7 @@ TEST(DateGuard, ReplacesWhatOnlyResemblesTheSix) {
         guard.Run();
         EXPECT_TRUE(guard.ShortDateChanged()) << text;
         guard.Undo();
-        EXPECT_THAT(format.sets,
-                    ElementsAre(QStringLiteral("MM/dd/yyyy"), QString::fromLatin1(text)));
+        EXPECT_THAT(format.sets, ElementsAre(u"MM/dd/yyyy"_s, QString::fromLatin1(text)));
     }
 }
 
@@ -75,11 +67,11 @@ TEST(DateGuard, AFormatThatCannotBeReadIsForcedAndPutBackEmpty) {
     EXPECT_TRUE(guard.ShortDateChanged());
     EXPECT_TRUE(guard.SavedShortDate().isEmpty());
     guard.Undo();
-    EXPECT_THAT(format.sets, ElementsAre(QStringLiteral("MM/dd/yyyy"), QString()));
+    EXPECT_THAT(format.sets, ElementsAre(u"MM/dd/yyyy"_s, QString()));
 }
 
 TEST(DateGuard, UndoWithoutRunChangesNothing) {
-    FakeFormat format(QStringLiteral("dd/MM/yyyy"));
+    FakeFormat format(u"dd/MM/yyyy"_s);
     DateGuard guard(format);
     guard.Undo();
     EXPECT_THAT(format.sets, IsEmpty());

@@ -1,41 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/frmConfig.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QGroupBox>
-#include <QLabel>
-#include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 #include <QWheelEvent>
-#include <memory>
 #include <set>
 
-#include "tests/app/fake_port_devices.h"
-#include "tests/app/window_checks.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/controls.h"
+#include "tests/support/fake_port_devices.h"
+#include "tests/support/scripted_link.h"
 
 namespace davo::test {
-
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::Pair;
 
-const QString kUsb0 = QStringLiteral("/dev/ttyUSB0");
-const QString kUsb1 = QStringLiteral("/dev/ttyUSB1");
-const QString kBuiltIn = QStringLiteral("/dev/ttyS0");
+const QString kUsb0 = u"/dev/ttyUSB0"_s;
+const QString kUsb1 = u"/dev/ttyUSB1"_s;
+const QString kBuiltIn = u"/dev/ttyS0"_s;
 
-class ConfigureSystem : public ::testing::Test {
+class ConfigureSystem : public ::testing::Test, public ScriptedLine, public Controls {
   protected:
     ConfigureSystem() {
         devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R USB UART", "FTDI", "A50285BI"),
@@ -43,18 +29,12 @@ class ConfigureSystem : public ::testing::Test {
                            BuiltInPort("/dev/ttyS0")};
     }
 
+    QWidget& Window() override { return *window; }
     void Open() {
         window = std::make_unique<frmConfig>(settings, link, devices, prompts, nullptr);
         window->Form_Load();
-        window->show();
-        window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        ASSERT_TRUE(ShowActive(*window));
     }
-    template <class Control>
-    Control* Find(const char* name) {
-        return FindIn<Control>(*window, name);
-    }
-    void Press(const char* name) { QTest::mouseClick(Find<QAbstractButton>(name), Qt::LeftButton); }
     void ChoosePort(int number) { Find<QComboBox>("cboComPort")->setCurrentIndex(number - 1); }
     // The devices that the list offers, without the automatic choice.
     std::vector<QString> Offered() {
@@ -69,44 +49,37 @@ class ConfigureSystem : public ::testing::Test {
         ASSERT_GE(list->findData(device), 0) << device.toStdString();
         list->setCurrentIndex(list->findData(device));
     }
-    QString TextOf(const char* label) { return Find<QLabel>(label)->text(); }
     // A row of the open list: its text, and beside it what that stands for.
     static QString RowText(QComboBox* list, int row) {
-        return QStringLiteral("%1   %2").arg(list->itemText(row),
-                                             list->itemData(row, Qt::ToolTipRole).toString());
+        return u"%1   %2"_s.arg(list->itemText(row),
+                                list->itemData(row, Qt::ToolTipRole).toString());
     }
 
     Settings settings;
     FakePortDevices devices;
-    FakeSerialPort port;
-    LinkState linkState;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, linkState, prompts, pointer};
     std::unique_ptr<frmConfig> window;
 };
 
 TEST_F(ConfigureSystem, HasItsCaptions) {
     Open();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Configure System"));
-    EXPECT_EQ(Find<QGroupBox>("Frame1")->title(), QStringLiteral("Select COM Port:"));
-    EXPECT_EQ(Find<QGroupBox>("Frame2")->title(), QStringLiteral("Display Impedance?"));
-    EXPECT_EQ(Find<QAbstractButton>("optImpedance0")->text(),
-              QStringLiteral("&No, do not display"));
-    EXPECT_EQ(Find<QAbstractButton>("optImpedance1")->text(), QStringLiteral("&Yes, display"));
-    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("&Save"));
-    EXPECT_EQ(Find<QPushButton>("cmdExit")->text(), QStringLiteral("&Exit"));
+    EXPECT_EQ(window->windowTitle(), u"Configure System"_s);
+    EXPECT_EQ(Find<QGroupBox>("Frame1")->title(), u"Select COM Port:"_s);
+    EXPECT_EQ(Find<QGroupBox>("Frame2")->title(), u"Display Impedance?"_s);
+    EXPECT_EQ(Text("optImpedance0"), "&No, do not display");
+    EXPECT_EQ(Text("optImpedance1"), "&Yes, display");
+    EXPECT_EQ(Text("cmdSave"), "&Save");
+    EXPECT_EQ(Text("cmdExit"), "&Exit");
     auto* list = Find<QComboBox>("cboComPort");
     ASSERT_EQ(list->count(), 4);
     for (int i = 0; i < 4; ++i)
-        EXPECT_EQ(list->itemText(i), QStringLiteral("COM%1").arg(i + 1));
+        EXPECT_EQ(list->itemText(i), u"COM%1"_s.arg(i + 1));
 }
 
 TEST_F(ConfigureSystem, ShowsTheSettings) {
     settings.comPort = 3;
     settings.showImpedance = true;
     Open();
-    EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), QStringLiteral("COM3"));
+    EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), u"COM3"_s);
     EXPECT_TRUE(Find<QRadioButton>("optImpedance1")->isChecked());
     settings.showImpedance = false;
     Open();
@@ -118,7 +91,7 @@ TEST_F(ConfigureSystem, APortThatIsNoneOfTheListBecomesCom1) {
         settings.comPort = static_cast<std::int16_t>(comPort);
         Open();
         EXPECT_EQ(settings.comPort, 1) << comPort;
-        EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), QStringLiteral("COM1")) << comPort;
+        EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), u"COM1"_s) << comPort;
     }
     settings.comPort = 4;
     Open();
@@ -129,11 +102,11 @@ TEST_F(ConfigureSystem, SaveOpensThePortAndCloses) {
     Open();
     ChoosePort(2);
     Find<QRadioButton>("optImpedance1")->click();
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(settings.comPort, 2);
     EXPECT_TRUE(settings.showImpedance);
-    EXPECT_TRUE(linkState.portOpen);
+    EXPECT_TRUE(state.portOpen);
     EXPECT_THAT(port.properties, Contains("CommPort=2"));
     EXPECT_TRUE(port.sent.empty());
     EXPECT_TRUE(prompts.shown.empty());
@@ -144,7 +117,7 @@ TEST_F(ConfigureSystem, SaveTakesCom1WhenTheListShowsNoText) {
     settings.comPort = 3;
     Open();
     Find<QComboBox>("cboComPort")->setCurrentIndex(-1);
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_EQ(settings.comPort, 1);
     EXPECT_THAT(port.properties, Contains("CommPort=1"));
 }
@@ -167,7 +140,7 @@ TEST_F(ConfigureSystem, ThePortIsUnchosenBeforeItIsTried) {
     window->show();
     ChooseDevice(kUsb1);
     Find<QRadioButton>("optImpedance1")->click();
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_THAT(watch.seen, ElementsAre(kNoPortChosen));
     EXPECT_THAT(watch.impedance, ElementsAre(true));
     EXPECT_EQ(settings.comPort, 1);
@@ -178,18 +151,18 @@ TEST_F(ConfigureSystem, AFailedSaveStaysOpenAndSaysSoOnlyOnExit) {
     Open();
     ChoosePort(2);
     Find<QRadioButton>("optImpedance1")->click();
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(settings.comPort, kNoPortChosen);
     EXPECT_TRUE(settings.showImpedance);
-    EXPECT_FALSE(linkState.portOpen);
+    EXPECT_FALSE(state.portOpen);
     EXPECT_TRUE(prompts.shown.empty());
-    EXPECT_EQ(TextOf("lblPortState"), QStringLiteral("Now: No COM port chosen"));
-    Press("cmdExit");
+    EXPECT_EQ(Text("lblPortState"), "Now: No COM port chosen");
+    Click("cmdExit");
     EXPECT_TRUE(window->isVisible());
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Please choose a valid COM port.")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Please choose a valid COM port."_s));
     port.failOpen.reset();
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(settings.comPort, 2);
 }
@@ -197,22 +170,22 @@ TEST_F(ConfigureSystem, AFailedSaveStaysOpenAndSaysSoOnlyOnExit) {
 TEST_F(ConfigureSystem, EscapeIsExit) {
     port.failOpen = ErrorNumber::InvalidPortNumber;
     Open();
-    Press("cmdSave");
+    Click("cmdSave");
     QTest::keyClick(window.get(), Qt::Key_Escape);
     EXPECT_TRUE(window->isVisible());
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Please choose a valid COM port.")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Please choose a valid COM port."_s));
 }
 
 TEST_F(ConfigureSystem, ClosedThroughItsFrameAfterAFailedSaveItLeavesNoPortChosen) {
     port.failOpen = ErrorNumber::InvalidPortNumber;
     Open();
-    Press("cmdSave");
+    Click("cmdSave");
     window->close();
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(settings.comPort, kNoPortChosen);
     EXPECT_TRUE(prompts.shown.empty());
     Open();
-    EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), QStringLiteral("COM1"));
+    EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), u"COM1"_s);
 }
 
 TEST_F(ConfigureSystem, ExitSavesNothing) {
@@ -222,33 +195,32 @@ TEST_F(ConfigureSystem, ExitSavesNothing) {
     ChoosePort(4);
     ChooseDevice(kUsb1);
     Find<QRadioButton>("optImpedance1")->click();
-    Press("cmdExit");
+    Click("cmdExit");
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(settings.comPort, 1);
     EXPECT_FALSE(settings.showImpedance);
     EXPECT_TRUE(port.properties.empty());
     EXPECT_TRUE(devices.assignments.empty());
-    EXPECT_TRUE(linkState.portOpen);
+    EXPECT_TRUE(state.portOpen);
 }
 
 TEST_F(ConfigureSystem, SaysWhatEachNumberStandsFor) {
-    devices.assigned[3] = QStringLiteral("/dev/ttyUSB7");
+    devices.assigned[3] = u"/dev/ttyUSB7"_s;
     Open();
     auto* list = Find<QComboBox>("cboComPort");
-    EXPECT_EQ(RowText(list, 0), QStringLiteral("COM1   FT232R USB UART, FTDI, serial number "
-                                               "A50285BI, /dev/ttyUSB0"));
-    EXPECT_EQ(RowText(list, 1),
-              QStringLiteral("COM2   USB-Serial Controller D, Prolific, /dev/ttyUSB1"));
-    EXPECT_EQ(RowText(list, 2), QStringLiteral("COM3   not plugged in"));
-    EXPECT_EQ(TextOf("lblDevice"), QStringLiteral("Plugged in: FT232R USB UART, FTDI, serial "
-                                                  "number A50285BI, /dev/ttyUSB0"));
+    EXPECT_EQ(RowText(list, 0),
+              u"COM1   FT232R USB UART, FTDI, serial number "
+              "A50285BI, /dev/ttyUSB0"_s);
+    EXPECT_EQ(RowText(list, 1), u"COM2   USB-Serial Controller D, Prolific, /dev/ttyUSB1"_s);
+    EXPECT_EQ(RowText(list, 2), u"COM3   not plugged in"_s);
+    EXPECT_EQ(Text("lblDevice"),
+              "Plugged in: FT232R USB UART, FTDI, serial "
+              "number A50285BI, /dev/ttyUSB0");
     ChoosePort(3);
-    EXPECT_EQ(TextOf("lblDevice"),
-              QStringLiteral("/dev/ttyUSB7 is not among the ports plugged in."));
-    EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(),
-              QStringLiteral("/dev/ttyUSB7"));
+    EXPECT_EQ(Text("lblDevice"), "/dev/ttyUSB7 is not among the ports plugged in.");
+    EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(), u"/dev/ttyUSB7"_s);
     ChoosePort(4);
-    EXPECT_EQ(TextOf("lblDevice"), QStringLiteral("No device is plugged in for it."));
+    EXPECT_EQ(Text("lblDevice"), "No device is plugged in for it.");
 }
 
 TEST_F(ConfigureSystem, AnOpenListHasRoomForWhatItsRowsStandFor) {
@@ -268,19 +240,19 @@ TEST_F(ConfigureSystem, TheListsAreNewWheneverTheyOpen) {
     devices.present.clear();
     Open();
     auto* ports = Find<QComboBox>("cboComPort");
-    EXPECT_EQ(RowText(ports, 0), QStringLiteral("COM1   not plugged in"));
+    EXPECT_EQ(RowText(ports, 0), u"COM1   not plugged in"_s);
     EXPECT_THAT(Offered(), IsEmpty());
     devices.present = {UsbAdapter("/dev/ttyACM0", "Adapter", "Maker", "7")};
     ports->showPopup();
-    EXPECT_EQ(RowText(ports, 0), QStringLiteral("COM1   Adapter, Maker, serial number 7, "
-                                                "/dev/ttyACM0"));
+    EXPECT_EQ(RowText(ports, 0),
+              u"COM1   Adapter, Maker, serial number 7, "
+              "/dev/ttyACM0"_s);
     ports->hidePopup();
     auto* list = Find<QComboBox>("cboDevice");
     list->showPopup();
-    EXPECT_THAT(Offered(), ElementsAre(QStringLiteral("/dev/ttyACM0")));
-    EXPECT_EQ(RowText(list, 1), QStringLiteral("/dev/ttyACM0   Adapter, Maker, serial number 7"));
-    EXPECT_EQ(TextOf("lblDevice"),
-              QStringLiteral("Plugged in: Adapter, Maker, serial number 7, /dev/ttyACM0"));
+    EXPECT_THAT(Offered(), ElementsAre(u"/dev/ttyACM0"_s));
+    EXPECT_EQ(RowText(list, 1), u"/dev/ttyACM0   Adapter, Maker, serial number 7"_s);
+    EXPECT_EQ(Text("lblDevice"), "Plugged in: Adapter, Maker, serial number 7, /dev/ttyACM0");
     list->hidePopup();
 }
 
@@ -293,7 +265,7 @@ TEST_F(ConfigureSystem, AnUnpluggedChoiceStaysChosen) {
     list->showPopup();
     EXPECT_EQ(list->currentData().toString(), kUsb1);
     EXPECT_EQ(RowText(list, list->currentIndex()),
-              QStringLiteral("/dev/ttyUSB1   not among the ports plugged in"));
+              u"/dev/ttyUSB1   not among the ports plugged in"_s);
     list->hidePopup();
 }
 
@@ -301,13 +273,13 @@ TEST_F(ConfigureSystem, SaveGivesTheDeviceToTheNumberBeforeItOpens) {
     Open();
     ChoosePort(3);
     ChooseDevice(kUsb1);
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_THAT(devices.assignments, ElementsAre(Pair(3, kUsb1)));
     EXPECT_EQ(settings.comPort, 3);
     Open();
     EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(), kUsb1);
     Find<QComboBox>("cboDevice")->setCurrentIndex(0);
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_EQ(devices.Assigned(3), QString()) << "automatic again";
 }
 
@@ -316,7 +288,7 @@ TEST_F(ConfigureSystem, ADeviceThatDoesNotOpenIsTakenBack) {
     port.failOpen = ErrorNumber::InvalidPortNumber;
     Open();
     ChooseDevice(kUsb0);
-    Press("cmdSave");
+    Click("cmdSave");
     EXPECT_THAT(devices.assignments, ElementsAre(Pair(1, kUsb0), Pair(1, kUsb1)));
     EXPECT_EQ(settings.comPort, kNoPortChosen);
     EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(), kUsb0) << "to try again";
@@ -325,16 +297,16 @@ TEST_F(ConfigureSystem, ADeviceThatDoesNotOpenIsTakenBack) {
 TEST_F(ConfigureSystem, ABuiltInPortIsOfferedOnRequestOnlyAndWarnedOf) {
     Open();
     EXPECT_THAT(Offered(), ElementsAre(kUsb0, kUsb1));
-    Press("chkBuiltIn");
+    Click("chkBuiltIn");
     EXPECT_THAT(Offered(), ElementsAre(kUsb0, kUsb1, kBuiltIn));
     EXPECT_EQ(Find<QComboBox>("cboDevice")->currentIndex(), 0) << "offered, not chosen";
-    EXPECT_EQ(TextOf("lblBuiltIn"), QString());
+    EXPECT_EQ(Text("lblBuiltIn"), "");
     ChooseDevice(kBuiltIn);
-    EXPECT_EQ(TextOf("lblBuiltIn"),
-              QStringLiteral("This port is built into the computer and may be its console. Save it "
-                             "only when the DAVO is wired to it."));
-    EXPECT_EQ(TextOf("lblDevice"), QStringLiteral("Built in: /dev/ttyS0"));
-    Press("cmdSave");
+    EXPECT_EQ(Text("lblBuiltIn"),
+              "This port is built into the computer and may be its console. Save it "
+              "only when the DAVO is wired to it.");
+    EXPECT_EQ(Text("lblDevice"), "Built in: /dev/ttyS0");
+    Click("cmdSave");
     EXPECT_EQ(devices.Assigned(1), kBuiltIn);
     Open();
     EXPECT_THAT(Offered(), ElementsAre(kUsb0, kUsb1, kBuiltIn)) << "it is the present choice";
@@ -359,10 +331,10 @@ TEST_F(ConfigureSystem, WithComNamesThereIsNothingToAssign) {
     Open();
     EXPECT_FALSE(Find<QComboBox>("cboDevice")->isVisible());
     EXPECT_FALSE(Find<QCheckBox>("chkBuiltIn")->isVisible());
-    EXPECT_EQ(TextOf("lblDevice"), QStringLiteral("COM1 is not among the ports plugged in."));
+    EXPECT_EQ(Text("lblDevice"), "COM1 is not among the ports plugged in.");
     ChoosePort(2);
-    EXPECT_EQ(TextOf("lblDevice"), QStringLiteral("Plugged in: USB Serial Port, FTDI, COM2"));
-    Press("cmdSave");
+    EXPECT_EQ(Text("lblDevice"), "Plugged in: USB Serial Port, FTDI, COM2");
+    Click("cmdSave");
     EXPECT_EQ(settings.comPort, 2);
     EXPECT_TRUE(devices.assignments.empty());
 }
@@ -378,9 +350,9 @@ TEST_F(ConfigureSystem, AnErrorOfTheStoreIsShownAndThePortStaysUnchosen) {
     window->Form_Load();
     window->show();
     ChooseDevice(kUsb1);
-    Press("cmdSave");
+    Click("cmdSave");
     ASSERT_EQ(prompts.shown.size(), 1U);
-    EXPECT_TRUE(prompts.shown[0].contains(QStringLiteral("Path/File access error")));
+    EXPECT_TRUE(prompts.shown[0].contains(u"Path/File access error"_s));
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(settings.comPort, kNoPortChosen);
     EXPECT_TRUE(port.properties.empty());
@@ -391,7 +363,7 @@ TEST_F(ConfigureSystem, IsWorkedByTheKeyboard) {
     const auto mnemonics = MnemonicsOf(*window);
     EXPECT_EQ(mnemonics.size(), 6U);
     EXPECT_EQ(std::set(mnemonics.begin(), mnemonics.end()).size(), mnemonics.size());
-    EXPECT_EQ(window->focusWidget()->objectName(), QStringLiteral("cboComPort"));
+    EXPECT_EQ(window->focusWidget()->objectName(), u"cboComPort"_s);
     EXPECT_THAT(TabOrderOf(*window),
                 ElementsAre("cboComPort", "cboDevice", "chkBuiltIn", "optImpedance0",
                             "optImpedance1", "cmdSave", "cmdExit"));
@@ -413,5 +385,4 @@ TEST_F(ConfigureSystem, NoTextIsCutAndItFitsTheScreen) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

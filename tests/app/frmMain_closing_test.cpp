@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QApplication>
 #include <QGuiApplication>
-#include <QScreen>
 #include <QSettings>
 #include <QTimer>
 
@@ -9,12 +8,7 @@
 #include "tests/app/main_window.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 class ClosingMainWindow : public MainWindow {
   protected:
@@ -23,7 +17,7 @@ class ClosingMainWindow : public MainWindow {
         Choose("mnuRatio");
         ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
         QTest::qWait(50);
-        QTest::mouseClick(Find<QPushButton>("cmdStart"), Qt::LeftButton);
+        Click("cmdStart");
         port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
         ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
     }
@@ -33,7 +27,7 @@ TEST_F(ClosingMainWindow, ExitAsksAndSendsX) {
     Open();
     prompts.answers = {Answer::No};
     Choose("mnuExit");
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Do You Want to Exit?")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Do You Want to Exit?"_s));
     EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(port.sent.empty());
@@ -48,28 +42,21 @@ TEST_F(ClosingMainWindow, UnloadWritesTheSettingsInTheirOrder) {
     Open();
     state.settings.showImpedance = true;
     window->close();
-    EXPECT_THAT(store.written, ElementsAre(QStringLiteral("DAVO/KPTYPE/KPTYPEVAL"),
-                                           QStringLiteral("DAVO/COMPORT/COMPORTVAL"),
-                                           QStringLiteral("IMPEDANCE/IMP/IMPVAL"),
-                                           QStringLiteral("SORTVALUES/SORT/SORTVAL"),
-                                           QStringLiteral("DATAPATH/PATH/PATHVAL")));
-    EXPECT_EQ(store.texts[QStringLiteral("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("Y"));
-    EXPECT_EQ(store.texts[QStringLiteral("DAVO/COMPORT/COMPORTVAL")], QStringLiteral(" 1"));
+    EXPECT_THAT(store.written, ElementsAre(u"DAVO/KPTYPE/KPTYPEVAL"_s, u"DAVO/COMPORT/COMPORTVAL"_s,
+                                           u"IMPEDANCE/IMP/IMPVAL"_s, u"SORTVALUES/SORT/SORTVAL"_s,
+                                           u"DATAPATH/PATH/PATHVAL"_s));
+    EXPECT_EQ(store.texts[u"IMPEDANCE/IMP/IMPVAL"_s], u"Y"_s);
+    EXPECT_EQ(store.texts[u"DAVO/COMPORT/COMPORTVAL"_s], u" 1"_s);
 }
 
 TEST_F(ClosingMainWindow, ClosingItSavesTheSessionFirst) {
     Open();
-    Choose("mnuRatio");
-    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
-    QTest::mouseClick(Find<QPushButton>("cmdStart"), Qt::LeftButton);
-    port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
-    ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
+    CompleteAShot();
     prompts.answers = {Answer::Yes};
-    prompts.files = {state.settings.dataPath + QStringLiteral("T1.txt")};
+    prompts.files = {state.settings.dataPath + u"T1.txt"_s};
     window->close();
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(ReadTestRecordFile(state.settings.dataPath + QStringLiteral("T1.txt")).shots, "01");
+    EXPECT_EQ(ReadTestRecordFile(state.settings.dataPath + u"T1.txt"_s).shots, "01");
 }
 
 TEST_F(ClosingMainWindow, IsNotClosedWhileATestRuns) {
@@ -77,12 +64,12 @@ TEST_F(ClosingMainWindow, IsNotClosedWhileATestRuns) {
     Choose("mnuRatio");
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
     QTest::qWait(50);
-    QTest::mouseClick(Find<QPushButton>("cmdStart"), Qt::LeftButton);
+    Click("cmdStart");
     window->close();
     EXPECT_TRUE(window->isVisible());
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral(
-                    "A test is running. Cancel it before you leave, or hit the ESC key.")));
+    EXPECT_THAT(
+        prompts.shown,
+        ElementsAre(u"A test is running. Cancel it before you leave, or hit the ESC key."_s));
     EXPECT_TRUE(store.written.empty());
 }
 
@@ -105,17 +92,17 @@ TEST_F(ClosingMainWindow, ClosingItEndsAWaitAndThenCloses) {
 }
 
 TEST_F(ClosingMainWindow, UnloadWritesTheSettingsAndThenPutsTheDateFormatBack) {
-    shortDate.format = QStringLiteral("dd/MM/yyyy");
+    shortDate.format = u"dd/MM/yyyy"_s;
     Open();
     std::size_t writtenBefore = 0;
     shortDate.onSet = [&] { writtenBefore = store.written.size(); };
     window->close();
     EXPECT_EQ(writtenBefore, 5U);
-    EXPECT_EQ(shortDate.format, QStringLiteral("dd/MM/yyyy"));
+    EXPECT_EQ(shortDate.format, u"dd/MM/yyyy"_s);
 }
 
 TEST_F(ClosingMainWindow, AMonthFirstFormatIsLeftAlone) {
-    shortDate.format = QStringLiteral("MM/dd/yy");
+    shortDate.format = u"MM/dd/yy"_s;
     Open();
     window->close();
     EXPECT_THAT(shortDate.sets, IsEmpty());
@@ -125,7 +112,7 @@ TEST_F(ClosingMainWindow, APortThatWasLeftUnchosenIsWrittenSo) {
     Open();
     state.settings.comPort = kNoPortChosen;
     window->close();
-    EXPECT_EQ(store.texts[QStringLiteral("DAVO/COMPORT/COMPORTVAL")], QStringLiteral("-99"));
+    EXPECT_EQ(store.texts[u"DAVO/COMPORT/COMPORTVAL"_s], u"-99"_s);
 }
 
 TEST_F(ClosingMainWindow, ExitWithoutAPortSendsNothing) {
@@ -156,19 +143,19 @@ TEST_F(ClosingMainWindow, AWindowThatNeverLoadedWritesNothing) {
 }
 
 TEST_F(ClosingMainWindow, TheEndOfTheSessionUnloadsAndAsksNothing) {
-    shortDate.format = QStringLiteral("dd/MM/yyyy");
+    shortDate.format = u"dd/MM/yyyy"_s;
     Open();
     CompleteAShot();
     window->SessionEnds();
     EXPECT_THAT(store.written, SizeIs(5));
-    EXPECT_EQ(shortDate.format, QStringLiteral("dd/MM/yyyy"));
+    EXPECT_EQ(shortDate.format, u"dd/MM/yyyy"_s);
     EXPECT_THAT(prompts.shown, IsEmpty());
     // The session may go on after all.
     EXPECT_NE(TestWindow(), nullptr);
     state.settings.showImpedance = true;
     window->Leave();
     EXPECT_THAT(store.written, SizeIs(10));
-    EXPECT_EQ(store.texts[QStringLiteral("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("Y"));
+    EXPECT_EQ(store.texts[u"IMPEDANCE/IMP/IMPVAL"_s], u"Y"_s);
 }
 
 TEST_F(ClosingMainWindow, LeavingClosesItWithAnUnsavedSessionWithoutAQuestion) {
@@ -179,7 +166,7 @@ TEST_F(ClosingMainWindow, LeavingClosesItWithAnUnsavedSessionWithoutAQuestion) {
     EXPECT_THAT(prompts.shown, IsEmpty());
     EXPECT_THAT(store.written, SizeIs(5)) << "once";
     window.reset();
-    EXPECT_TRUE(FileExists(places.scratchFolder + QStringLiteral("TESTFILE.jnl")))
+    EXPECT_TRUE(FileExists(places.scratchFolder + u"TESTFILE.jnl"_s))
         << "the next test window offers the session";
 }
 
@@ -203,7 +190,7 @@ class FailingStore : public SettingsStore {
 };
 
 TEST_F(ClosingMainWindow, SettingsThatCannotBeWrittenAreSaidAndItClosesAllTheSame) {
-    shortDate.format = QStringLiteral("dd/MM/yyyy");
+    shortDate.format = u"dd/MM/yyyy"_s;
     FailingStore failing;
     window = std::make_unique<frmMain>(
         state, ProgramServices{failing, places, clock, prompts, link, devices, shortDate, [] {}});
@@ -213,11 +200,10 @@ TEST_F(ClosingMainWindow, SettingsThatCannotBeWrittenAreSaidAndItClosesAllTheSam
     EXPECT_THAT(prompts.shown, IsEmpty());
     window->close();
     EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("Run-time error '75': Path/File access error: store")));
+                ElementsAre(u"Run-time error '75': Path/File access error: store"_s));
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(shortDate.format, QStringLiteral("dd/MM/yyyy"));
+    EXPECT_EQ(shortDate.format, u"dd/MM/yyyy"_s);
 }
 
 }  // namespace
-
 }  // namespace davo::test

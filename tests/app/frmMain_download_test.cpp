@@ -8,11 +8,7 @@
 #include "tests/app/main_window.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class Download : public MainWindow {
   protected:
@@ -94,9 +90,8 @@ TEST_F(Download, AnInstrumentThatDoesNotAnswerIsSaid) {
     OpenWithTestList();
     port.always.clear();
     Choose("mnuDownload");
-    EXPECT_THAT(
-        prompts.shown,
-        ElementsAre(QStringLiteral("DAVO is not available\r\nor\r\nnot under computer control.")));
+    EXPECT_THAT(prompts.shown,
+                ElementsAre(u"DAVO is not available\r\nor\r\nnot under computer control."_s));
     EXPECT_THAT(port.sent, ElementsAre("B"));
     EXPECT_TRUE(Enabled("mnuDownload"));
     EXPECT_FALSE(state.directory.recordsFromInstrument);
@@ -107,7 +102,7 @@ TEST_F(Download, AnEmptyMemoryIsSaid) {
     OpenWithTestList();
     port.Always("d", "\r\nDONE\r\n");  // 8 characters
     Choose("mnuDownload");
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("There are no test records.")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"There are no test records."_s));
     EXPECT_TRUE(Enabled("mnuDownload"));
     EXPECT_FALSE(state.directory.recordsFromInstrument);
     EXPECT_EQ(opened, 0);
@@ -157,12 +152,10 @@ TEST_F(Download, AListThatFailsToOpenLeavesTheItemEnabled) {
     port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
     fails = true;
     Choose("mnuDownload");
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("Run-time error '53': File not found: child")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Run-time error '53': File not found: child"_s));
     EXPECT_TRUE(Enabled("mnuDownload"));
     EXPECT_TRUE(Enabled("mnuFile"));
 }
 
 }  // namespace
-
 }  // namespace davo::test

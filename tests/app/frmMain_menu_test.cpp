@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QStatusBar>
@@ -10,11 +9,7 @@
 #include "tests/app/main_window.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // A child window of the tests in place of one that a menu item opens.
 struct Child {
@@ -65,9 +60,9 @@ std::vector<std::string> TreeOf(const QMenu& menu) {
 
 TEST_F(MainMenuItems, AreTheWholeTreeInItsOrder) {
     Open();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("DAVO PC-Interface V.3.15"));
+    EXPECT_EQ(window->windowTitle(), u"DAVO PC-Interface V.3.15"_s);
     ASSERT_EQ(window->menuBar()->actions().size(), 1);
-    EXPECT_EQ(Find<QAction>("mnuFile")->text(), QStringLiteral("&File"));
+    EXPECT_EQ(Find<QAction>("mnuFile")->text(), u"&File"_s);
     EXPECT_THAT(TreeOf(*Find<QMenu>("mnuFile")),
                 ElementsAre("mnuRecall \"&Recall Test\"",  //
                             "mnuLine1",                    //
@@ -171,7 +166,7 @@ TEST_F(MainMenuItems, FileUtilitiesAndOverlayOpenTheFileWindowEachInItsRole) {
 TEST_F(MainMenuItems, TheFileWindowIsNotOpenedOnceTheRecordsAreGone) {
     AddRecord("T1.txt", "11/21/26");
     OpenWithChildren();
-    ASSERT_TRUE(QFile::remove(DataFolder() + QStringLiteral("T1.txt")));
+    ASSERT_TRUE(QFile::remove(DataFolder() + u"T1.txt"_s));
     for (const char* item : {"mnuOverlay", "mnuFileUtil"}) {
         Press(item);
         EXPECT_EQ(fileUtilities.opened, 0);
@@ -212,8 +207,7 @@ TEST_F(MainMenuItems, AWindowThatFailsToOpenLeavesTheMenuEnabled) {
     OpenWithChildren();
     testList.fails = true;
     Press("mnuRecall");
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("Run-time error '53': File not found: child")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Run-time error '53': File not found: child"_s));
     EXPECT_TRUE(FileEnabled());
     EXPECT_TRUE(Find<HomePanel>("homePanel")->isVisible());
 }
@@ -265,14 +259,14 @@ TEST_F(MainMenuItems, RecordsThatCameWhileAWindowWasOpenEnableTheirItems) {
     for (const char* item : {"mnuFileUtil", "mnuOverlay", "mnuSetDescr"})
         EXPECT_TRUE(Enabled(item)) << item;
     Press("mnuRecall");
-    ASSERT_TRUE(QFile::remove(DataFolder() + QStringLiteral("T1.txt")));
+    ASSERT_TRUE(QFile::remove(DataFolder() + u"T1.txt"_s));
     testList.close();
     EXPECT_FALSE(Enabled("mnuFileUtil"));
 }
 
 TEST_F(MainMenuItems, ButtonsStandForTheItemsThatHaveAWindow) {
     Open();
-    EXPECT_EQ(window->findChild<QPushButton*>(QStringLiteral("cmdRecall")), nullptr);
+    EXPECT_EQ(window->findChild<QPushButton*>(u"cmdRecall"_s), nullptr);
     EXPECT_TRUE(Find<QPushButton>("cmdBoth")->isVisible());
     EXPECT_TRUE(Find<QPushButton>("cmdRatio")->isVisible());
     EXPECT_TRUE(Find<QPushButton>("cmdConfig")->isVisible());
@@ -287,13 +281,12 @@ TEST_F(MainMenuItems, ConfigureShowsItsDialogAndTheStatusLineFollows) {
     Press("mnuConfig");
     auto* config = Find<frmConfig>("frmConfig");
     EXPECT_TRUE(config->isVisible());
-    config->findChild<QAbstractButton*>(QStringLiteral("optImpedance1"))->click();
-    QTest::mouseClick(config->findChild<QPushButton*>(QStringLiteral("cmdSave")), Qt::LeftButton);
+    config->findChild<QAbstractButton*>(u"optImpedance1"_s)->click();
+    QTest::mouseClick(config->findChild<QPushButton*>(u"cmdSave"_s), Qt::LeftButton);
     EXPECT_TRUE(state.settings.showImpedance);
     EXPECT_EQ(state.settings.comPort, 1);
-    ASSERT_TRUE(Until(
-        [this] { return window->findChild<QWidget*>(QStringLiteral("frmConfig")) == nullptr; }));
-    EXPECT_EQ(Find<QLabel>("lblPort")->text(), QStringLiteral("COM1 open"));
+    ASSERT_TRUE(Until([this] { return window->findChild<QWidget*>(u"frmConfig"_s) == nullptr; }));
+    EXPECT_EQ(Find<QLabel>("lblPort")->text(), u"COM1 open"_s);
 }
 
 TEST_F(MainMenuItems, AboutShowsTheModel) {
@@ -303,7 +296,7 @@ TEST_F(MainMenuItems, AboutShowsTheModel) {
     EXPECT_TRUE(about->isVisible());
     EXPECT_FALSE(about->isModal());
     EXPECT_TRUE(FileEnabled());
-    EXPECT_EQ(Find<QLabel>("lblDavoVer")->text(), QStringLiteral("DAVO-E R3.10"));
+    EXPECT_EQ(Find<QLabel>("lblDavoVer")->text(), u"DAVO-E R3.10"_s);
     EXPECT_THAT(port.sent, ElementsAre("B", "W"));
     Press("mnuAbout");
     EXPECT_EQ(window->findChildren<frmAbout*>().size(), 1);
@@ -319,7 +312,7 @@ TEST_F(MainMenuItems, AboutOfASilentInstrument) {
     port.always.clear();
     Press("mnuAbout");
     EXPECT_THAT(prompts.shown, ElementsAre(QLatin1String(kNotAvailableMessage)));
-    EXPECT_EQ(Find<QLabel>("lblDavoVer")->text(), QStringLiteral("DAVO N/A"));
+    EXPECT_EQ(Find<QLabel>("lblDavoVer")->text(), u"DAVO N/A"_s);
     EXPECT_EQ(state.linkState.instrumentModel, "DAVO N/A");
 }
 
@@ -332,5 +325,4 @@ TEST_F(MainMenuItems, AboutWithoutAPortShowsNothing) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -9,18 +9,14 @@
 #include "tests/app/main_window.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // Makes nothing; takes as long as the test wants it to.
 class FakeRenderer : public ReportRenderer {
   public:
     FakeRenderer(std::atomic<bool>& isDone, std::atomic<int>& prepared)
         : isDone_(isDone), prepared_(prepared) {}
-    QString Extension() const override { return QStringLiteral(".xls"); }
+    QString Extension() const override { return u".xls"_s; }
     void Prepare() override { ++prepared_; }
     bool Render(const Workbook&, const QString&, const QString&, const RenderProgress& progress,
                 const std::stop_token& stop) override {
@@ -52,16 +48,14 @@ class MainWindowWithReports : public MainWindow {
         Choose("mnuRatio");
         ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
         QTest::qWait(50);
-        QTest::mouseClick(Find<QPushButton>("cmdStart"), Qt::LeftButton);
+        Click("cmdStart");
         port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
         ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
         prompts.answers = {Answer::Yes, Answer::Yes};
-        prompts.files = {state.settings.dataPath + QStringLiteral("T1.txt")};
-        QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
+        prompts.files = {state.settings.dataPath + u"T1.txt"_s};
+        Click("cmdExit");
     }
-    QString ExcelFolder() const {
-        return ShownPath(places.applicationFolder + QStringLiteral("Shots_Excel/"));
-    }
+    QString ExcelFolder() const { return ShownPath(places.applicationFolder + u"Shots_Excel/"_s); }
     void PutInstalledTemplate() { ReplaceFile(InstalledTemplate(), "a workbook"); }
     ~MainWindowWithReports() override {
         window.reset();
@@ -101,17 +95,17 @@ TEST_F(MainWindowWithReports, ATemplateThatCannotBePutIsSaidInTheStatusLine) {
     OpenWithReports();
     auto* notice = Find<QPushButton>("cmdNotice");
     EXPECT_TRUE(notice->isVisible());
-    EXPECT_EQ(notice->text(), QStringLiteral("Report template missing"));
+    EXPECT_EQ(notice->text(), u"Report template missing"_s);
     notice->click();
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Run-time error '53': File not found: ") +
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Run-time error '53': File not found: "_s +
                                            ShownPath(InstalledTemplate())));
 }
 
 TEST_F(MainWindowWithReports, TheTestWindowsReportIsMadeAndOpened) {
     OpenWithReports();
     SaveAndView();
-    EXPECT_THAT(opened, ElementsAre(ExcelFolder() + QStringLiteral("T1.xls")));
-    EXPECT_EQ(prompts.shown.back(), QStringLiteral("Do you want to view test results? "));
+    EXPECT_THAT(opened, ElementsAre(ExcelFolder() + u"T1.xls"_s));
+    EXPECT_EQ(prompts.shown.back(), u"Do you want to view test results? "_s);
     EXPECT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_TRUE(window->isVisible());
 }
@@ -123,7 +117,7 @@ TEST_F(MainWindowWithReports, ClosingTheMainWindowLeavesTheReportAndClosesBoth) 
     SaveAndView();
     EXPECT_TRUE(Until([this] { return !window->isVisible(); }));
     EXPECT_THAT(opened, IsEmpty());
-    EXPECT_EQ(prompts.shown.back(), QStringLiteral("Do you want to view test results? "));
+    EXPECT_EQ(prompts.shown.back(), u"Do you want to view test results? "_s);
 }
 
 TEST_F(MainWindowWithReports, TheEngineIsStartedOnceTheTestWindowHasStood) {
@@ -144,12 +138,11 @@ TEST_F(MainWindowWithReports, AWindowThatWasLeftSoonStartsNoEngine) {
     Choose("mnuRatio");
     ASSERT_NE(TestWindow(), nullptr);
     QTest::qWait(100);
-    QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
+    Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     QTest::qWait(static_cast<int>(kPrepareDelay.count()) + 500);
     EXPECT_EQ(prepared, 0);
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -2,33 +2,23 @@
 #include "app/frmMain.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QLocale>
 #include <QStackedWidget>
 #include <QTimer>
-#include <QTreeWidget>
 
 #include "app/home_panel.h"
 #include "records/record_file.h"
 #include "tests/app/main_window.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 TEST_F(MainWindow, LoadsSettingsHeaderAndPortAndSendsNothing) {
     ASSERT_TRUE(QDir().mkpath(folder.Path("data/Shots_Data")));
     const QString data = folder.Path("data/Shots_Data/");
-    store.Write(QStringLiteral("DATAPATH"), QStringLiteral("PATH"), QStringLiteral("PATHVAL"),
-                data);
-    store.Write(QStringLiteral("DAVO"), QStringLiteral("COMPORT"), QStringLiteral("COMPORTVAL"),
-                QStringLiteral(" 3"));
-    ReplaceFile(data + QStringLiteral("Davo.ini"), "MFR:ABB\r\n");
+    store.Write(u"DATAPATH"_s, u"PATH"_s, u"PATHVAL"_s, data);
+    store.Write(u"DAVO"_s, u"COMPORT"_s, u"COMPORTVAL"_s, u" 3"_s);
+    ReplaceFile(data + u"Davo.ini"_s, "MFR:ABB\r\n");
     Open();
     EXPECT_EQ(state.settings.dataPath, data);
     EXPECT_EQ(state.header.Field(3), "ABB                 ");
@@ -47,12 +37,12 @@ TEST_F(MainWindow, APortThatDoesNotOpenIsNotReportedAtStart) {
 }
 
 TEST_F(MainWindow, ForcesTheDateFormatFirstOfAll) {
-    shortDate.format = QStringLiteral("dd/MM/yyyy");
+    shortDate.format = u"dd/MM/yyyy"_s;
     bool first = false;
     shortDate.onSet = [&] { first = port.properties.empty() && !FolderExists(DataFolder()); };
     Open();
     EXPECT_TRUE(first);
-    EXPECT_THAT(shortDate.sets, ElementsAre(QStringLiteral("MM/dd/yyyy")));
+    EXPECT_THAT(shortDate.sets, ElementsAre(u"MM/dd/yyyy"_s));
 }
 
 TEST_F(MainWindow, ClearsModesAndModelAtLoad) {
@@ -69,9 +59,9 @@ TEST_F(MainWindow, ClearsModesAndModelAtLoad) {
 
 TEST_F(MainWindow, AFirstRunMakesItsFoldersAndTakesTheDefaults) {
     Open();
-    EXPECT_TRUE(FolderExists(places.applicationFolder + QStringLiteral("Shots_Data")));
-    EXPECT_TRUE(FolderExists(places.applicationFolder + QStringLiteral("Shots_Excel")));
-    EXPECT_EQ(state.settings.kneepointType, QStringLiteral("ASA 10/50 Marker"));
+    EXPECT_TRUE(FolderExists(places.applicationFolder + u"Shots_Data"_s));
+    EXPECT_TRUE(FolderExists(places.applicationFolder + u"Shots_Excel"_s));
+    EXPECT_EQ(state.settings.kneepointType, u"ASA 10/50 Marker"_s);
     EXPECT_TRUE(Checked("mnuKneepointASA10"));
     EXPECT_FALSE(Checked("mnuKneepoint30"));
     EXPECT_FALSE(Checked("mnuKneepoint45"));
@@ -103,7 +93,7 @@ TEST_F(MainWindow, ChecksTheItemOfTheStoredKneepointType) {
 }
 
 TEST_F(MainWindow, APortThatWasLeftUnchosenIsTriedInSilence) {
-    Store("DAVO/COMPORT/COMPORTVAL", QStringLiteral("-99"));
+    Store("DAVO/COMPORT/COMPORTVAL", u"-99"_s);
     port.failOpen = ErrorNumber::InvalidPortNumber;
     Open();
     EXPECT_THAT(port.properties, Contains("CommPort=-99"));
@@ -113,9 +103,9 @@ TEST_F(MainWindow, APortThatWasLeftUnchosenIsTriedInSilence) {
 
 TEST_F(MainWindow, ASettingThatCannotBeReadIsSaidOnceAndTheOthersAreRead) {
     AddRecord("T1.txt", "11/21/26");
-    Store("DAVO/COMPORT/COMPORTVAL", QStringLiteral("abc"));
-    Store("IMPEDANCE/IMP/IMPVAL", QStringLiteral("Y"));
-    Store("SORTVALUES/SORT/SORTVAL", QStringLiteral("1 3"));
+    Store("DAVO/COMPORT/COMPORTVAL", u"abc"_s);
+    Store("IMPEDANCE/IMP/IMPVAL", u"Y"_s);
+    Store("SORTVALUES/SORT/SORTVAL", u"1 3"_s);
     Open();
     EXPECT_TRUE(prompts.shown.empty()) << "nobody is kept from working";
     EXPECT_EQ(state.settings.comPort, 1);
@@ -126,18 +116,17 @@ TEST_F(MainWindow, ASettingThatCannotBeReadIsSaidOnceAndTheOthersAreRead) {
     EXPECT_TRUE(Enabled("mnuFileUtil"));
     auto* notice = Find<QPushButton>("cmdNotice");
     EXPECT_TRUE(notice->isVisible());
-    EXPECT_EQ(notice->text(), QStringLiteral("Setting not usable"));
+    EXPECT_EQ(notice->text(), u"Setting not usable"_s);
     notice->click();
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("A stored setting or its folder cannot be used. The "
+    EXPECT_THAT(prompts.shown, ElementsAre(u"A stored setting or its folder cannot be used. The "
                                            "program goes on with what is usual.\r\n"
-                                           "Run-time error '13': Type mismatch: abc")));
+                                           "Run-time error '13': Type mismatch: abc"_s));
 }
 
 TEST_F(MainWindow, FoldersThatCannotBeMadeAreSaid) {
-    ReplaceFile(places.applicationFolder + QStringLiteral("Shots_Data"), "a file");
+    ReplaceFile(places.applicationFolder + u"Shots_Data"_s, "a file");
     Open();
-    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), QStringLiteral("Setting not usable"));
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Setting not usable"_s);
     EXPECT_EQ(state.settings.dataPath, DataFolder());
 }
 
@@ -162,20 +151,20 @@ TEST_F(MainWindow, WithRecordsTheDirectoryIsReadAndItsItemsAreEnabled) {
     EXPECT_TRUE(state.directory.recordsFromInstrument);
     EXPECT_EQ(state.directory.recordCount, 0) << "the count is reset";
     ASSERT_EQ(state.directory.dirEntries.size(), 2U);
-    EXPECT_THAT(state.directory.dirEntries[0], ::testing::StartsWith("T2!11/21/26 10:15"));
+    EXPECT_THAT(state.directory.dirEntries[0], StartsWith("T2!11/21/26 10:15"));
     const auto* list = Find<QTreeWidget>("lvNewest");
     ASSERT_EQ(list->topLevelItemCount(), 2);
-    EXPECT_EQ(list->topLevelItem(0)->text(0), QStringLiteral("T2"));
-    EXPECT_EQ(list->topLevelItem(1)->text(3).trimmed(), QStringLiteral("SOUTH"));
+    EXPECT_EQ(list->topLevelItem(0)->text(0), u"T2"_s);
+    EXPECT_EQ(list->topLevelItem(1)->text(3).trimmed(), u"SOUTH"_s);
 }
 
 TEST_F(MainWindow, SaysWhichFilesAreNotListed) {
     AddRecord("T1.txt", "11/20/26");
     AddRecord("T2.txt", "11/21/26");
-    ReplaceFile(DataFolder() + QStringLiteral("Notes.txt"), "three\r\nlines\r\nonly\r\n");
+    ReplaceFile(DataFolder() + u"Notes.txt"_s, "three\r\nlines\r\nonly\r\n");
     Open();
     auto* notice = Find<QPushButton>("cmdNotice");
-    EXPECT_EQ(notice->text(), QStringLiteral("1 file skipped"));
+    EXPECT_EQ(notice->text(), u"1 file skipped"_s);
     notice->click();
     ASSERT_EQ(prompts.shown.size(), 1U);
     EXPECT_THAT(prompts.shown.front().toStdString(),
@@ -184,9 +173,9 @@ TEST_F(MainWindow, SaysWhichFilesAreNotListed) {
 
 TEST_F(MainWindow, SaysHowManyRecordsOver250AreNotListed) {
     for (int i = 0; i < kMostListedRecords + 2; ++i)
-        AddRecord(QStringLiteral("T%1.txt").arg(i).toLatin1().constData(), "11/21/26");
+        AddRecord(u"T%1.txt"_s.arg(i).toLatin1().constData(), "11/21/26");
     Open();
-    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), QStringLiteral("2 files not listed"));
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"2 files not listed"_s);
     EXPECT_EQ(Find<QTreeWidget>("lvNewest")->topLevelItemCount(), static_cast<int>(kNewestRecords));
 }
 
@@ -195,7 +184,7 @@ TEST_F(MainWindow, ADirectoryThatCannotBeWrittenIsSaidAndTheProgramStarts) {
     ASSERT_TRUE(QDir().mkpath(DataFolder() + QLatin1String(kDirectoryFileName)));
     Open();
     EXPECT_TRUE(window->isVisible());
-    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), QStringLiteral("Records not listed"));
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Records not listed"_s);
     EXPECT_FALSE(Enabled("mnuFileUtil"));
 }
 
@@ -209,10 +198,10 @@ TEST_F(MainWindow, WhatIsWrittenDoesNotDependOnTheLocale) {
     Open();
     window->close();
     QLocale::setDefault(before);
-    EXPECT_EQ(store.texts[QStringLiteral("DAVO/COMPORT/COMPORTVAL")], QStringLiteral(" 1"));
-    EXPECT_EQ(store.texts[QStringLiteral("SORTVALUES/SORT/SORTVAL")], QStringLiteral("-1 -1"));
+    EXPECT_EQ(store.texts[u"DAVO/COMPORT/COMPORTVAL"_s], u" 1"_s);
+    EXPECT_EQ(store.texts[u"SORTVALUES/SORT/SORTVAL"_s], u"-1 -1"_s);
     const std::string directory = ReadWholeFile(DataFolder() + QLatin1String(kDirectoryFileName));
-    EXPECT_THAT(directory, ::testing::StartsWith("REC==002\r\nT1!11/20/26 10:15TESTS=03"));
+    EXPECT_THAT(directory, StartsWith("REC==002\r\nT1!11/20/26 10:15TESTS=03"));
 }
 
 TEST_F(MainWindow, CannotBeMadeSoSmallThatAButtonOfTheTestWindowIsHidden) {
@@ -240,22 +229,21 @@ TEST_F(MainWindow, TheHomePanelStandsWhileNoOtherWindowIsOpen) {
     Open();
     const auto* home = Find<HomePanel>("homePanel");
     EXPECT_TRUE(home->isVisible());
-    QTest::mouseClick(Find<QPushButton>("cmdBoth"), Qt::LeftButton);
+    Click("cmdBoth");
     ASSERT_NE(TestWindow(), nullptr);
     EXPECT_FALSE(home->isVisible());
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
     QTest::qWait(50);
-    QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
+    Click("cmdExit");
     ASSERT_TRUE(Until([home] { return home->isVisible(); }));
 }
 
 TEST_F(MainWindow, ShowsTheStateOfThePortAndFollowsIt) {
     devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R", "FTDI", "A5")};
     Open();
-    EXPECT_EQ(Find<QLabel>("lblPort")->text(), QStringLiteral("COM1 open"));
+    EXPECT_EQ(Find<QLabel>("lblPort")->text(), u"COM1 open"_s);
     port.Unplug();
-    ASSERT_TRUE(Until(
-        [this] { return Find<QLabel>("lblPort")->text() == QStringLiteral("COM1 not open"); }));
+    ASSERT_TRUE(Until([this] { return Find<QLabel>("lblPort")->text() == u"COM1 not open"_s; }));
     EXPECT_THAT(prompts.shown, ElementsAre(Link::LostMessage()));
 }
 
@@ -286,7 +274,7 @@ TEST_F(MainWindow, ClosingTheTestWindowEnablesTheMenuAndClosesThePort) {
     Choose("mnuBoth");
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));  // ready
     QTest::qWait(50);
-    QTest::mouseClick(Find<QPushButton>("cmdExit"), Qt::LeftButton);
+    Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_TRUE(Find<QAction>("mnuFile")->isEnabled());
     EXPECT_FALSE(state.linkState.portOpen);
@@ -299,8 +287,7 @@ TEST_F(MainWindow, AModelWithoutTheOptionIsToldSo) {
     for (const char* item : {"mnuBoth", "mnuRatio"}) {
         prompts.shown.clear();
         Choose(item);
-        EXPECT_THAT(prompts.shown,
-                    ElementsAre(QStringLiteral("This option is not available on your DAVO.")));
+        EXPECT_THAT(prompts.shown, ElementsAre(u"This option is not available on your DAVO."_s));
         EXPECT_EQ(TestWindow(), nullptr);
         EXPECT_TRUE(Find<QAction>("mnuFile")->isEnabled());
     }
@@ -309,25 +296,22 @@ TEST_F(MainWindow, AModelWithoutTheOptionIsToldSo) {
 TEST_F(MainWindow, AnotherModelCannotBeRead) {
     Open("OTHER-E");
     Choose("mnuBoth");
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("Cannot read option, please try again.")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Cannot read option, please try again."_s));
 }
 
 TEST_F(MainWindow, ASilentInstrumentIsSaidToBeNotAvailableFirst) {
     port.always.clear();
     Open();
     Choose("mnuBoth");
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QLatin1String(kNotAvailableMessage),
-                            QStringLiteral("Cannot read option, please try again.")));
+    EXPECT_THAT(prompts.shown, ElementsAre(QLatin1String(kNotAvailableMessage),
+                                           u"Cannot read option, please try again."_s));
 }
 
 TEST_F(MainWindow, WithoutAPortTheModelCannotBeRead) {
     port.failOpen = ErrorNumber::InvalidPortNumber;
     Open();
     Choose("mnuBoth");
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("Cannot read option, please try again.")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Cannot read option, please try again."_s));
     port.failOpen.reset();
     Choose("mnuBoth");
     EXPECT_NE(TestWindow(), nullptr) << "it is tried again";
@@ -353,18 +337,16 @@ TEST_F(MainWindow, ALongWaitIsShownAndCanBeEnded) {
     QTimer::singleShot(200, window.get(), [&] { shownAtOnce = stop->isVisible(); });
     QTimer::singleShot(2500, window.get(), [&] {
         shownLater = stop->isVisible();
-        QTest::mouseClick(Find<QPushButton>("cmdStopWait"), Qt::LeftButton);
+        Click("cmdStopWait");
     });
     Choose("mnuBoth");
     EXPECT_FALSE(shownAtOnce);
     EXPECT_TRUE(shownLater);
     EXPECT_FALSE(stop->isVisible());
     EXPECT_FALSE(link.CurrentWait().has_value());
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("Cannot read option, please try again.")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Cannot read option, please try again."_s));
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,46 +1,35 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/home_panel.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QAction>
-#include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
-#include <QPushButton>
-#include <QTest>
-#include <QTreeWidget>
 
 #include "common/places.h"
-#include "tests/app/window_checks.h"
+#include "tests/support/controls.h"
 
 namespace davo::test {
-
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 // A main window with the menus that the panel's items stand in.
-class Home : public ::testing::Test {
+class Home : public ::testing::Test, public Controls {
   protected:
     Home() {
-        file = window.menuBar()->addMenu(QStringLiteral("&File"));
+        file = window.menuBar()->addMenu(u"&File"_s);
         recall = AddItem(file, "mnuRecall", "&Recall Test");
-        run = file->addMenu(QStringLiteral("R&un Test"));
+        run = file->addMenu(u"R&un Test"_s);
         both = AddItem(run, "mnuBoth", "S&aturation && Ratio Tests");
         ratio = AddItem(run, "mnuRatio", "Ratio Test &Only");
         download = AddItem(file, "mnuDownload", "&Download Test Record");
-        window.menuBar()->addAction(QStringLiteral("&About"));
+        window.menuBar()->addAction(u"&About"_s);
         panel = new HomePanel({both, ratio, recall, download}, &window);
         window.setCentralWidget(panel);
         facts.link.comPort = 1;
         facts.link.portOpen = true;
-        facts.link.deviceWords = QStringLiteral("FT232R USB UART, FTDI, /dev/ttyUSB0");
+        facts.link.deviceWords = u"FT232R USB UART, FTDI, /dev/ttyUSB0"_s;
         facts.link.instrumentModel = "DAVO-E R3.10";
-        facts.dataPath = QStringLiteral("/home/technician/Documents/DAVO/Shots_Data/");
+        facts.dataPath = u"/home/technician/Documents/DAVO/Shots_Data/"_s;
         for (int i = 0; i < 12; ++i) {
             facts.records.push_back({"B" + std::to_string(20 - i), "11/21/26", "03",
                                      "NORTH               ", "C", "M", "O"});
@@ -50,9 +39,7 @@ class Home : public ::testing::Test {
 
     void Open() {
         window.resize(911, 480);  // a laptop's screen at 150 %
-        window.show();
-        window.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        ASSERT_TRUE(ShowActive(window));
     }
     QAction* AddItem(QMenu* menu, const char* name, const char* caption) {
         QAction* item = menu->addAction(QLatin1String(caption));
@@ -61,11 +48,7 @@ class Home : public ::testing::Test {
                          [this, name] { chosen.emplace_back(name); });
         return item;
     }
-    template <class Control>
-    Control* Find(const char* name) {
-        return FindIn<Control>(*panel, name);
-    }
-    bool Enabled(const char* name) { return Find<QPushButton>(name)->isEnabled(); }
+    QWidget& Window() override { return *panel; }
 
     QMainWindow window;
     QMenu* file = nullptr;
@@ -80,10 +63,10 @@ class Home : public ::testing::Test {
 };
 
 TEST_F(Home, TheButtonsBearTheItemsCaptionsWithoutMnemonics) {
-    EXPECT_EQ(Find<QPushButton>("cmdBoth")->text(), QStringLiteral("Saturation && Ratio Tests"));
-    EXPECT_EQ(Find<QPushButton>("cmdRatio")->text(), QStringLiteral("Ratio Test Only"));
-    EXPECT_EQ(Find<QPushButton>("cmdRecall")->text(), QStringLiteral("Recall Test"));
-    EXPECT_EQ(Find<QPushButton>("cmdDownload")->text(), QStringLiteral("Download Test Record"));
+    EXPECT_EQ(Text("cmdBoth"), "Saturation && Ratio Tests");
+    EXPECT_EQ(Text("cmdRatio"), "Ratio Test Only");
+    EXPECT_EQ(Text("cmdRecall"), "Recall Test");
+    EXPECT_EQ(Text("cmdDownload"), "Download Test Record");
     Open();
     EXPECT_THAT(MnemonicsOf(*panel), IsEmpty()) << "they would clash with the menu bar's";
 }
@@ -91,7 +74,7 @@ TEST_F(Home, TheButtonsBearTheItemsCaptionsWithoutMnemonics) {
 TEST_F(Home, TheButtonsDoWhatTheItemsDo) {
     Open();
     for (const char* name : {"cmdBoth", "cmdRatio", "cmdRecall", "cmdDownload"})
-        QTest::mouseClick(Find<QPushButton>(name), Qt::LeftButton);
+        Click(name);
     EXPECT_THAT(chosen, ElementsAre("mnuBoth", "mnuRatio", "mnuRecall", "mnuDownload"));
 }
 
@@ -128,22 +111,19 @@ TEST_F(Home, AnItemThatIsDisabledFromTheStartHasADisabledButton) {
 }
 
 TEST_F(Home, ShowsTheStateOfTheLink) {
-    EXPECT_EQ(Find<QLabel>("lblPort")->text(), QStringLiteral("COM1 open"));
-    EXPECT_EQ(Find<QLabel>("lblDevice")->text(),
-              QStringLiteral("FT232R USB UART, FTDI, /dev/ttyUSB0"));
-    EXPECT_EQ(Find<QLabel>("lblModel")->text(), QStringLiteral("DAVO-E R3.10"));
+    EXPECT_EQ(Text("lblPort"), "COM1 open");
+    EXPECT_EQ(Text("lblDevice"), "FT232R USB UART, FTDI, /dev/ttyUSB0");
+    EXPECT_EQ(Text("lblModel"), "DAVO-E R3.10");
     facts.link = {};
     facts.link.comPort = 2;
     panel->ShowFacts(facts);
-    EXPECT_EQ(Find<QLabel>("lblPort")->text(), QStringLiteral("COM2 not open"));
-    EXPECT_EQ(
-        Find<QLabel>("lblDevice")->text(),
-        QStringLiteral("No device is plugged in. Choose a port with File, Configure System."));
-    EXPECT_EQ(Find<QLabel>("lblModel")->text(), QStringLiteral("Instrument not asked yet"));
+    EXPECT_EQ(Text("lblPort"), "COM2 not open");
+    EXPECT_EQ(Find<QLabel>("lblDevice")->text(),
+              u"No device is plugged in. Choose a port with File, Configure System."_s);
+    EXPECT_EQ(Text("lblModel"), "Instrument not asked yet");
     facts.link.comPort = kNoPortChosen;
     panel->ShowFacts(facts);
-    EXPECT_EQ(Find<QLabel>("lblDevice")->text(),
-              QStringLiteral("Choose a port with File, Configure System."));
+    EXPECT_EQ(Text("lblDevice"), "Choose a port with File, Configure System.");
 }
 
 TEST_F(Home, ShowsTheTenNewestRecords) {
@@ -151,15 +131,14 @@ TEST_F(Home, ShowsTheTenNewestRecords) {
     QStringList captions;
     for (int i = 0; i < list->columnCount(); ++i)
         captions << list->headerItem()->text(i);
-    EXPECT_EQ(captions, (QStringList{QStringLiteral("Filename"), QStringLiteral("Date"),
-                                     QStringLiteral("Tests"), QStringLiteral("Station")}));
+    EXPECT_EQ(captions, (QStringList{u"Filename"_s, u"Date"_s, u"Tests"_s, u"Station"_s}));
     ASSERT_EQ(list->topLevelItemCount(), 10);
     const QTreeWidgetItem* first = list->topLevelItem(0);
-    EXPECT_EQ(first->text(0), QStringLiteral("B20"));
-    EXPECT_EQ(first->text(1), QStringLiteral("11/21/26"));
-    EXPECT_EQ(first->text(2), QStringLiteral("03"));
-    EXPECT_EQ(first->text(3), QStringLiteral("NORTH"));
-    EXPECT_EQ(list->topLevelItem(9)->text(0), QStringLiteral("B11"));
+    EXPECT_EQ(first->text(0), u"B20"_s);
+    EXPECT_EQ(first->text(1), u"11/21/26"_s);
+    EXPECT_EQ(first->text(2), u"03"_s);
+    EXPECT_EQ(first->text(3), u"NORTH"_s);
+    EXPECT_EQ(list->topLevelItem(9)->text(0), u"B11"_s);
     facts.records.resize(1);
     panel->ShowFacts(facts);
     EXPECT_EQ(list->topLevelItemCount(), 1);
@@ -170,9 +149,9 @@ TEST_F(Home, WithoutRecordsSaysWhereTheyWillBe) {
     EXPECT_FALSE(Find<QLabel>("lblNoRecords")->isVisible());
     facts.records.clear();
     panel->ShowFacts(facts);
-    EXPECT_EQ(Find<QLabel>("lblNoRecords")->text(),
-              QStringLiteral("No test records yet in ") +
-                  ShownPath(QStringLiteral("/home/technician/Documents/DAVO/Shots_Data/")));
+    EXPECT_EQ(
+        Find<QLabel>("lblNoRecords")->text(),
+        u"No test records yet in "_s + ShownPath(u"/home/technician/Documents/DAVO/Shots_Data/"_s));
     EXPECT_TRUE(Find<QLabel>("lblNoRecords")->isVisible());
     EXPECT_FALSE(Find<QTreeWidget>("lvNewest")->isVisible());
 }
@@ -183,7 +162,7 @@ TEST_F(Home, TabGoesThroughTheButtonsAndEnterPressesThem) {
                 ElementsAre("cmdBoth", "cmdRatio", "cmdRecall", "cmdDownload", "lvNewest"));
     Find<QPushButton>("cmdBoth")->setFocus();
     QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
-    EXPECT_EQ(window.focusWidget()->objectName(), QStringLiteral("cmdRatio"));
+    EXPECT_EQ(window.focusWidget()->objectName(), u"cmdRatio"_s);
     QTest::keyClick(window.focusWidget(), Qt::Key_Return);
     EXPECT_THAT(chosen, ElementsAre("mnuRatio"));
 }
@@ -193,9 +172,9 @@ TEST_F(Home, NoTextIsCutOnASmallScreen) {
     EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
     facts.link = {};
     facts.link.comPort = 1;
-    facts.link.device = facts.link.deviceWords = QStringLiteral(
-        "An Adapter With a Long Name, Its Maker, serial number 0123456789ABCDEF, "
-        "/dev/ttyUSB0");
+    facts.link.device = facts.link.deviceWords =
+        u"An Adapter With a Long Name, Its Maker, serial number 0123456789ABCDEF, "
+        "/dev/ttyUSB0"_s;
     facts.link.present = true;
     facts.records.clear();
     panel->ShowFacts(facts);
@@ -204,5 +183,4 @@ TEST_F(Home, NoTextIsCutOnASmallScreen) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,33 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
-#include <QPushButton>
-#include <QTest>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "app/cursor_pointer.h"
 #include "app/frmMain.h"
 #include "common/files.h"
 #include "common/places.h"
-#include "tests/app/fake_port_devices.h"
-#include "tests/link/fake_serial_port.h"
+#include "tests/support/controls.h"
+#include "tests/support/fake_port_devices.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/fake_serial_port.h"
 #include "tests/support/memory_settings_store.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {
-
-inline constexpr int kPatience = 3000;  // ms until a condition must have come true
 
 class FakeShortDate : public ShortDateFormat {
   public:
@@ -38,24 +28,18 @@ class FakeShortDate : public ShortDateFormat {
         if (onSet) onSet();
     }
 
-    QString format = QStringLiteral("MM/dd/yyyy");
+    QString format = u"MM/dd/yyyy"_s;
     std::vector<QString> sets;
     std::function<void()> onSet;
 };
 
-// A record file of so many lines as the directory needs.
-inline std::string RecordText(const char* date, const char* station = "NORTH") {
-    return std::string("TEST NUMBER: T\r\nDATE: ") + date +
-           "\r\nTIME: 10:15\r\n# OF SHOTS: 03\r\nCOMPANY: C\r\nSTATION: " + station +
-           "\r\nCIRCUIT: 1\r\nMFR: M\r\nMODEL: 2\r\nSN: 3\r\nCOMMENTS: 4\r\nOPERATOR: 5\r\n";
-}
-
 // The main window on a scripted instrument and a store in memory.
-class MainWindow : public ::testing::Test {
+class MainWindow : public ::testing::Test, public Controls {
   protected:
     MainWindow() { port.Always("B", "RDY\r\n"); }
     ~MainWindow() override { window.reset(); }
 
+    QWidget& Window() override { return *window; }
     void Make(const ChildForms& windows = {}) {
         window = std::make_unique<frmMain>(
             state, ProgramServices{store, places, clock, prompts, link, devices, shortDate, [] {}},
@@ -65,15 +49,7 @@ class MainWindow : public ::testing::Test {
         port.Always("W", std::string(model) + "\r\n");
         Make(windows);
         window->Form_Load();
-        window->show();
-        window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
-    }
-    template <class Item>
-    Item* Find(const char* name) {
-        auto* item = window->findChild<Item*>(QLatin1String(name));
-        if (item == nullptr) throw std::logic_error(std::string("no item ") + name);
-        return item;
+        ASSERT_TRUE(ShowActive(*window));
     }
     void Choose(const char* name) { Find<QAction>(name)->trigger(); }
     // Chooses with the mouse, through the menus.
@@ -96,18 +72,13 @@ class MainWindow : public ::testing::Test {
     }
     bool Enabled(const char* name) { return Find<QAction>(name)->isEnabled(); }
     bool Checked(const char* name) { return Find<QAction>(name)->isChecked(); }
-    QWidget* TestWindow() { return window->findChild<QWidget*>(QStringLiteral("frmCControl")); }
-    bool Until(const std::function<bool()>& condition) {
-        return QTest::qWaitFor(condition, kPatience);
-    }
+    QWidget* TestWindow() { return window->findChild<QWidget*>(u"frmCControl"_s); }
     void Store(const char* key, const QString& text) { store.texts[QLatin1String(key)] = text; }
     // The data folder of a first run, made here, with a record file.
-    QString DataFolder() const {
-        return ShownPath(places.applicationFolder + QStringLiteral("Shots_Data/"));
-    }
+    QString DataFolder() const { return ShownPath(places.applicationFolder + u"Shots_Data/"_s); }
     void AddRecord(const char* name, const char* date, const char* station = "NORTH") {
         ASSERT_TRUE(QDir().mkpath(DataFolder()));
-        ReplaceFile(DataFolder() + QLatin1String(name), RecordText(date, station));
+        ReplaceFile(DataFolder() + QLatin1String(name), RecordFileText("T", {date, station, {}}));
     }
 
     TemporaryFolder folder;

@@ -1,30 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QGroupBox>
-#include <QLabel>
-#include <QPointer>
-#include <QPushButton>
-#include <QScreen>
-#include <QTest>
 #include <QTimer>
 
 #include "app/frmAbout.h"
 #include "app/frmSplash.h"
 #include "app/program_icon.h"
-#include "tests/app/window_checks.h"
+#include "tests/support/controls.h"
 #include "ui/centre_form.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // Notes what happens to it.
 class NotingPointer : public BusyPointer {
@@ -40,13 +28,13 @@ class NotingPointer : public BusyPointer {
 // The checks of the other tests can fail.
 TEST(WindowChecks, SeeACutText) {
     QWidget window;
-    QWidget* const controls[] = {new QLabel(QStringLiteral("a long text"), &window),
-                                 new QLabel(QStringLiteral("a long text to be wrapped"), &window),
-                                 new QPushButton(QStringLiteral("a long caption"), &window)};
+    QWidget* const controls[] = {new QLabel(u"a long text"_s, &window),
+                                 new QLabel(u"a long text to be wrapped"_s, &window),
+                                 new QPushButton(u"a long caption"_s, &window)};
     static_cast<QLabel*>(controls[1])->setWordWrap(true);
     int y = 0;
     for (QWidget* control : controls) {
-        control->setObjectName(QStringLiteral("control%1").arg(y));
+        control->setObjectName(u"control%1"_s.arg(y));
         control->setGeometry(0, y++ * 100, 200, 90);
     }
     window.resize(300, 300);
@@ -87,14 +75,14 @@ TEST(CentreForm, TakesTheScreenThatTheOtherWindowIsOn) {
 
 TEST(About, ShowsModelAndVersionUntilItsButtonIsPressed) {
     const QPointer<frmAbout> about = new frmAbout(nullptr);
-    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoVer")->text(), QStringLiteral("DAVO-E Rx.xx"));
+    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoVer")->text(), u"DAVO-E Rx.xx"_s);
     about->Form_Load("DAVO N/A");
     about->show();
-    EXPECT_EQ(about->windowTitle(), QStringLiteral("About DAVO"));
+    EXPECT_EQ(about->windowTitle(), u"About DAVO"_s);
     EXPECT_FALSE(about->isModal());
-    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoVer")->text(), QStringLiteral("DAVO N/A"));
-    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoPcVer")->text(), QStringLiteral("DAVO-PC V.3.15"));
-    EXPECT_EQ(FindIn<QGroupBox>(*about, "Frame1")->title(), QStringLiteral("Software Rev."));
+    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoVer")->text(), u"DAVO N/A"_s);
+    EXPECT_EQ(FindIn<QLabel>(*about, "lblDavoPcVer")->text(), u"DAVO-PC V.3.15"_s);
+    EXPECT_EQ(FindIn<QGroupBox>(*about, "Frame1")->title(), u"Software Rev."_s);
     EXPECT_EQ(about->pos(), MiddleFor(*about, about->screen()->geometry()));
     QTest::mouseClick(FindIn<QPushButton>(*about, "Command1"), Qt::LeftButton);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -131,9 +119,9 @@ TEST(Splash, WaitsAndThenShowsTheMainWindowUnderTheHourglass) {
     window = &splash;
     splash.Form_Load();
     splash.show();
-    EXPECT_EQ(splash.windowTitle(), QStringLiteral("DAVO PC-Interface"));
+    EXPECT_EQ(splash.windowTitle(), u"DAVO PC-Interface"_s);
     EXPECT_EQ(splash.pos(), MiddleFor(splash, splash.screen()->geometry()));
-    const auto* timer = splash.findChild<QTimer*>(QStringLiteral("Timer1"));
+    const auto* timer = splash.findChild<QTimer*>(u"Timer1"_s);
     ASSERT_NE(timer, nullptr);
     EXPECT_EQ(timer->interval(), 1270);
     EXPECT_TRUE(timer->isActive());
@@ -159,7 +147,7 @@ TEST(ProgramIcon, HasAPictureOfItsOwnForEverySize) {
     for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
         const QImage picture = icon.pixmap(QSize(size, size), 1.0).toImage();
         EXPECT_EQ(picture.size(), QSize(size, size));
-        const QImage file(QStringLiteral(":/davo/icon/davo-%1.png").arg(size));
+        const QImage file(u":/davo/icon/davo-%1.png"_s.arg(size));
         ASSERT_FALSE(file.isNull()) << size;
         EXPECT_EQ(picture.convertToFormat(QImage::Format_ARGB32_Premultiplied),
                   file.convertToFormat(QImage::Format_ARGB32_Premultiplied))
@@ -170,5 +158,4 @@ TEST(ProgramIcon, HasAPictureOfItsOwnForEverySize) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

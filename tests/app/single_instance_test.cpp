@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/single_instance.h"
 
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QSysInfo>
 
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 class SingleInstanceOfAUser : public ::testing::Test {
@@ -21,7 +19,7 @@ class SingleInstanceOfAUser : public ::testing::Test {
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(text);
     }
-    QString LockPath() const { return places.configurationFolder + QStringLiteral("davo.lock"); }
+    QString LockPath() const { return places.configurationFolder + u"davo.lock"_s; }
     bool AnotherRuns() const { return MakeSingleInstance(places)->AnotherRuns(); }
 
     TemporaryFolder folder;
@@ -82,5 +80,4 @@ TEST_F(SingleInstanceOfAUser, AFolderThatCannotBeMadeBlocksNobody) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

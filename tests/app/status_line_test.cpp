@@ -1,26 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/status_line.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <QLabel>
-#include <QPushButton>
-#include <QTest>
 #include <QTimer>
 
 #include "common/places.h"
-#include "tests/app/fake_port_devices.h"
-#include "tests/app/window_checks.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/controls.h"
+#include "tests/support/fake_port_devices.h"
+#include "tests/support/scripted_link.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 constexpr int kLaptopWidth = 911;  // of 1366 pixels at 150 %
 
@@ -36,9 +25,9 @@ TEST(PortLabels, OfAnOpenPortSayItsDevice) {
     state.portOpen = true;
     state.instrumentModel = "DAVO-E R3.10";
     const LinkGlance glance = GlanceAtLink(settings, state, devices);
-    EXPECT_EQ(PortState(glance), QStringLiteral("COM1 open"));
-    EXPECT_EQ(DeviceState(glance), QStringLiteral("FT232R, FTDI, serial number A5, /dev/ttyUSB0"));
-    EXPECT_EQ(ModelWords(glance.instrumentModel), QStringLiteral("DAVO-E R3.10"));
+    EXPECT_EQ(PortState(glance), u"COM1 open"_s);
+    EXPECT_EQ(DeviceState(glance), u"FT232R, FTDI, serial number A5, /dev/ttyUSB0"_s);
+    EXPECT_EQ(ModelWords(glance.instrumentModel), u"DAVO-E R3.10"_s);
 }
 
 TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
@@ -47,21 +36,20 @@ TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
     settings.comPort = 2;
     LinkState closed;
     closed.openFailed = true;
-    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), QStringLiteral("COM2 not open"));
+    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 not open"_s);
+    EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)), u"No device is plugged in"_s);
+    devices.assigned[2] = u"/dev/ttyUSB5"_s;
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
-              QStringLiteral("No device is plugged in"));
-    devices.assigned[2] = QStringLiteral("/dev/ttyUSB5");
-    EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
-              QStringLiteral("/dev/ttyUSB5 is not plugged in"));
+              u"/dev/ttyUSB5 is not plugged in"_s);
     devices.present = {UsbAdapter("/dev/ttyUSB5", "", "", "")};
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
-              QStringLiteral("/dev/ttyUSB5 could not be opened"));
+              u"/dev/ttyUSB5 could not be opened"_s);
     EXPECT_TRUE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
     closed.openFailed = false;
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
-              QStringLiteral("/dev/ttyUSB5, opened when needed"));
+              u"/dev/ttyUSB5, opened when needed"_s);
     EXPECT_FALSE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
-    EXPECT_EQ(ModelWords(closed.instrumentModel), QStringLiteral("Instrument not asked yet"));
+    EXPECT_EQ(ModelWords(closed.instrumentModel), u"Instrument not asked yet"_s);
 }
 
 TEST(PortLabels, WithoutAChosenPortSaySo) {
@@ -69,26 +57,29 @@ TEST(PortLabels, WithoutAChosenPortSaySo) {
     Settings settings;
     settings.comPort = kNoPortChosen;
     const LinkGlance glance = GlanceAtLink(settings, {}, devices);
-    EXPECT_EQ(PortState(glance), QStringLiteral("No COM port chosen"));
+    EXPECT_EQ(PortState(glance), u"No COM port chosen"_s);
     EXPECT_EQ(DeviceState(glance), QString());
 }
 
 TEST(WaitWords, NameEveryRequest) {
-    EXPECT_EQ(WaitText("B"), QStringLiteral("Waiting for the DAVO's answer to the question whether "
-                                            "it is ready..."));
-    EXPECT_EQ(WaitText("W"),
-              QStringLiteral("Waiting for the DAVO's answer to the question for its model..."));
-    EXPECT_EQ(WaitText("d"), QStringLiteral("Waiting for the DAVO's answer to the request for its "
-                                            "list of test records..."));
-    EXPECT_EQ(WaitText("L 12 "), QStringLiteral("Waiting for the DAVO's answer to the request to "
-                                                "find test record 12..."));
-    EXPECT_EQ(WaitText("R"), QStringLiteral("Waiting for the DAVO's answer to the request for a "
-                                            "test record..."));
-    EXPECT_EQ(WaitText("Fr"),
-              QStringLiteral("Waiting for the DAVO's answer to the request for its headers..."));
-    EXPECT_EQ(WaitText("Fh"), QStringLiteral("Waiting for the DAVO's answer to the request to "
-                                             "erase its headers..."));
-    EXPECT_EQ(WaitText(""), QStringLiteral("Waiting for the DAVO's answer..."));
+    EXPECT_EQ(WaitText("B"),
+              u"Waiting for the DAVO's answer to the question whether "
+              "it is ready..."_s);
+    EXPECT_EQ(WaitText("W"), u"Waiting for the DAVO's answer to the question for its model..."_s);
+    EXPECT_EQ(WaitText("d"),
+              u"Waiting for the DAVO's answer to the request for its "
+              "list of test records..."_s);
+    EXPECT_EQ(WaitText("L 12 "),
+              u"Waiting for the DAVO's answer to the request to "
+              "find test record 12..."_s);
+    EXPECT_EQ(WaitText("R"),
+              u"Waiting for the DAVO's answer to the request for a "
+              "test record..."_s);
+    EXPECT_EQ(WaitText("Fr"), u"Waiting for the DAVO's answer to the request for its headers..."_s);
+    EXPECT_EQ(WaitText("Fh"),
+              u"Waiting for the DAVO's answer to the request to "
+              "erase its headers..."_s);
+    EXPECT_EQ(WaitText(""), u"Waiting for the DAVO's answer..."_s);
 }
 
 TEST(NoticeOf, NothingSaysNothing) {
@@ -97,34 +88,34 @@ TEST(NoticeOf, NothingSaysNothing) {
 }
 
 TEST(NoticeOf, SaysHowManyAndWhich) {
-    const Notice notice = NoticeOf({{QStringLiteral("Notes.txt"), SkipReason::TooFewLines},
-                                    {QStringLiteral("a&b.txt"), SkipReason::NoDate}},
-                                   0);
-    EXPECT_EQ(notice.caption, QStringLiteral("2 files skipped"));
-    EXPECT_EQ(notice.detail, QStringLiteral("2 files in the data folder cannot be listed:\r\n"
-                                            "Notes.txt has fewer than twelve lines\r\n"
-                                            "a&b.txt has no date of the form MM/DD/YY"));
+    const Notice notice = NoticeOf(
+        {{u"Notes.txt"_s, SkipReason::TooFewLines}, {u"a&b.txt"_s, SkipReason::NoDate}}, 0);
+    EXPECT_EQ(notice.caption, u"2 files skipped"_s);
+    EXPECT_EQ(notice.detail,
+              u"2 files in the data folder cannot be listed:\r\n"
+              "Notes.txt has fewer than twelve lines\r\n"
+              "a&b.txt has no date of the form MM/DD/YY"_s);
 }
 
 TEST(NoticeOf, SaysHowManyAreBeyondTheList) {
-    EXPECT_EQ(NoticeOf({}, 13).caption, QStringLiteral("13 files not listed"));
+    EXPECT_EQ(NoticeOf({}, 13).caption, u"13 files not listed"_s);
     EXPECT_EQ(NoticeOf({}, 13).detail,
-              QStringLiteral("The list holds 250 records; 13 files more in the data folder are not "
-                             "listed. Move older ones to another folder."));
+              u"The list holds 250 records; 13 files more in the data folder are not "
+              "listed. Move older ones to another folder."_s);
     EXPECT_EQ(NoticeOf({}, 1).detail,
-              QStringLiteral("The list holds 250 records; 1 file more in the data folder is not "
-                             "listed. Move older ones to another folder."));
+              u"The list holds 250 records; 1 file more in the data folder is not "
+              "listed. Move older ones to another folder."_s);
 }
 
 TEST(NoticeOf, SaysBothAndEndsALongList) {
-    const std::vector<SkippedFile> many(25, {QStringLiteral("x.txt"), SkipReason::Unreadable});
+    const std::vector<SkippedFile> many(25, {u"x.txt"_s, SkipReason::Unreadable});
     const Notice notice = NoticeOf(many, 1);
-    EXPECT_EQ(notice.caption, QStringLiteral("25 files skipped, 1 file not listed"));
-    EXPECT_EQ(notice.detail.count(QStringLiteral("x.txt cannot be read\r\n")), 20);
-    EXPECT_TRUE(notice.detail.contains(QStringLiteral("\r\nand 5 more\r\n\r\nThe list holds")));
+    EXPECT_EQ(notice.caption, u"25 files skipped, 1 file not listed"_s);
+    EXPECT_EQ(notice.detail.count(u"x.txt cannot be read\r\n"_s), 20);
+    EXPECT_TRUE(notice.detail.contains(u"\r\nand 5 more\r\n\r\nThe list holds"_s));
 }
 
-class StatusLineTest : public ::testing::Test {
+class StatusLineTest : public ::testing::Test, public ScriptedLine, public Controls {
   protected:
     StatusLineTest() {
         link.OpenComPort(1);
@@ -132,11 +123,11 @@ class StatusLineTest : public ::testing::Test {
         facts.link = {1,
                       true,
                       false,
-                      QStringLiteral("/dev/ttyUSB0"),
-                      QStringLiteral("FT232R USB UART, FTDI, serial number A50285BI, /dev/ttyUSB0"),
+                      u"/dev/ttyUSB0"_s,
+                      u"FT232R USB UART, FTDI, serial number A50285BI, /dev/ttyUSB0"_s,
                       true,
                       "DAVO-E R3.10"};
-        facts.dataPath = QStringLiteral("/home/technician/Documents/DAVO/of the north/Shots_Data/");
+        facts.dataPath = u"/home/technician/Documents/DAVO/of the north/Shots_Data/"_s;
         facts.kneepointType = QString::fromLatin1(kKneeAsa);
         line.ShowFacts(facts);
         line.resize(kLaptopWidth, line.sizeHint().height());
@@ -144,28 +135,19 @@ class StatusLineTest : public ::testing::Test {
     }
     ~StatusLineTest() override { link.OnWaitChanged = nullptr; }
 
-    template <class Control>
-    Control* Find(const char* name) {
-        return FindIn<Control>(line, name);
-    }
-    QString TextOf(const char* name) { return Find<QLabel>(name)->text(); }
+    QWidget& Window() override { return line; }
 
-    FakeSerialPort port;
-    LinkState linkState;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, linkState, prompts, pointer};
     StatusFacts facts;
     StatusLine line{link, prompts, nullptr};
 };
 
 TEST_F(StatusLineTest, SaysEverythingAtAGlance) {
-    EXPECT_EQ(TextOf("lblPort"), QStringLiteral("COM1 open"));
-    EXPECT_EQ(TextOf("lblDevice"), facts.link.deviceWords);
-    EXPECT_EQ(TextOf("lblModel"), QStringLiteral("DAVO-E R3.10"));
-    EXPECT_EQ(TextOf("lblDataPath"), ShownPath(facts.dataPath));
+    EXPECT_EQ(Text("lblPort"), "COM1 open");
+    EXPECT_EQ(Find<QLabel>("lblDevice")->text(), facts.link.deviceWords);
+    EXPECT_EQ(Text("lblModel"), "DAVO-E R3.10");
+    EXPECT_EQ(Find<QLabel>("lblDataPath")->text(), ShownPath(facts.dataPath));
     EXPECT_EQ(Find<QLabel>("lblDataPath")->toolTip(), ShownPath(facts.dataPath));
-    EXPECT_EQ(TextOf("lblKneepoint"), QStringLiteral("ASA 10/50 Marker"));
+    EXPECT_EQ(Text("lblKneepoint"), "ASA 10/50 Marker");
     EXPECT_FALSE(Find<QPushButton>("cmdNotice")->isVisible());
     EXPECT_FALSE(Find<QPushButton>("cmdStopWait")->isVisible());
 }
@@ -175,18 +157,18 @@ TEST_F(StatusLineTest, AMissingDeviceIsSaidWithoutABox) {
     facts.link.openFailed = true;
     facts.link.present = false;
     line.ShowFacts(facts);
-    EXPECT_EQ(TextOf("lblPort"), QStringLiteral("COM1 not open"));
-    EXPECT_EQ(TextOf("lblDevice"), QStringLiteral("/dev/ttyUSB0 is not plugged in"));
+    EXPECT_EQ(Text("lblPort"), "COM1 not open");
+    EXPECT_EQ(Text("lblDevice"), "/dev/ttyUSB0 is not plugged in");
     EXPECT_TRUE(prompts.shown.empty());
 }
 
 TEST_F(StatusLineTest, TheNoticeGivesItsDetailAndGoes) {
-    facts.skipped = {{QStringLiteral("Notes.txt"), SkipReason::TooFewLines}};
+    facts.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
     facts.notListed = 2;
     line.ShowFacts(facts);
     auto* notice = Find<QPushButton>("cmdNotice");
     EXPECT_TRUE(notice->isVisible());
-    EXPECT_EQ(notice->text(), QStringLiteral("1 file skipped, 2 files not listed"));
+    EXPECT_EQ(notice->text(), u"1 file skipped, 2 files not listed"_s);
     const QString detail = NoticeOf(facts.skipped, 2).detail;
     EXPECT_EQ(notice->toolTip(), detail);
     notice->setFocus();
@@ -205,7 +187,7 @@ TEST_F(StatusLineTest, ALongWaitIsSaidAndCanBeEnded) {
     bool factsShown = true;
     std::vector<std::string> cut{"never looked"};
     QTimer::singleShot(2600, &line, [&] {
-        words = TextOf("lblWait");
+        words = Find<QLabel>("lblWait")->text();
         factsShown = Find<QLabel>("lblPort")->isVisible();
         cut = CutTextsOf(line);
         QTest::mouseClick(Find<QPushButton>("cmdStopWait"), Qt::LeftButton);
@@ -234,7 +216,7 @@ TEST_F(StatusLineTest, EachWaitHasItsTwoSeconds) {
 }
 
 TEST_F(StatusLineTest, NoTextIsCutOnASmallScreen) {
-    facts.skipped = {{QStringLiteral("Notes.txt"), SkipReason::TooFewLines}};
+    facts.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
     facts.notListed = 13;
     line.ShowFacts(facts);
     QTest::qWait(20);
@@ -243,5 +225,4 @@ TEST_F(StatusLineTest, NoTextIsCutOnASmallScreen) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/window_geometry.h"
 
-#include <gtest/gtest.h>
-
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSettings>
@@ -10,16 +8,16 @@
 #include <QWidget>
 
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 class WindowGeometry : public ::testing::Test {
   protected:
     WindowGeometry() {
-        before.setObjectName(QStringLiteral("frmMain"));
-        after.setObjectName(QStringLiteral("frmMain"));
+        before.setObjectName(u"frmMain"_s);
+        after.setObjectName(u"frmMain"_s);
     }
 
     TemporaryFolder folder;
@@ -52,8 +50,8 @@ TEST_F(WindowGeometry, OfAMaximizedWindowKeepsItsUsualSizeToo) {
 TEST_F(WindowGeometry, LiesBesideTheSettings) {
     before.setGeometry(screen.left(), screen.top(), 300, 200);
     SaveWindowGeometry(before, places);
-    EXPECT_TRUE(QFile::exists(places.configurationFolder + QStringLiteral("davo-window.ini")));
-    EXPECT_FALSE(QFile::exists(places.configurationFolder + QStringLiteral("davo.ini")));
+    EXPECT_TRUE(QFile::exists(places.configurationFolder + u"davo-window.ini"_s));
+    EXPECT_FALSE(QFile::exists(places.configurationFolder + u"davo.ini"_s));
 }
 
 TEST_F(WindowGeometry, IsNotTakenWithoutOne) {
@@ -69,16 +67,15 @@ TEST_F(WindowGeometry, IsNotTakenWhenItLiesOnNoScreen) {
                          QRect(screen.topLeft(), screen.size() * 2), QRect()};
     for (const QRect& geometry : off) {
         {
-            QSettings file(places.configurationFolder + QStringLiteral("davo-window.ini"),
-                           QSettings::IniFormat);
-            file.setValue(QStringLiteral("frmMain/normalGeometry"), geometry);
+            QSettings file(places.configurationFolder + u"davo-window.ini"_s, QSettings::IniFormat);
+            file.setValue(u"frmMain/normalGeometry"_s, geometry);
         }
         EXPECT_FALSE(RestoreWindowGeometry(after, places)) << geometry.left();
     }
 }
 
 TEST_F(WindowGeometry, IsNotTakenFromADamagedFile) {
-    QFile file(places.configurationFolder + QStringLiteral("davo-window.ini"));
+    QFile file(places.configurationFolder + u"davo-window.ini"_s);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("[frmMain]\nnormalGeometry=@Rect(x y z)\nmaximized=perhaps\n");
     file.close();
@@ -86,5 +83,4 @@ TEST_F(WindowGeometry, IsNotTakenFromADamagedFile) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

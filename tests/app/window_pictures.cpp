@@ -18,9 +18,9 @@
 #include "app/frmSplash.h"
 #include "app/home_panel.h"
 #include "app/status_line.h"
-#include "tests/app/fake_port_devices.h"
-#include "tests/link/fake_serial_port.h"
+#include "tests/support/fake_port_devices.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/fake_serial_port.h"
 
 // Grabs the shell's windows into the folder that the argument names, in light and in dark colours.
 // Scale: QT_SCALE_FACTOR; screen:

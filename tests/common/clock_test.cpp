@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/clock.h"
 
-#include <gtest/gtest.h>
-
 #include <QLocale>
+
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

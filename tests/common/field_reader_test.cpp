@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/field_reader.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "common/run_time_error.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<std::string> Fields(std::string_view bytes) {
     std::vector<std::string> fields;

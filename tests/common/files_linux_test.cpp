@@ -2,7 +2,6 @@
 // What a full disk, a user without rights and a kill do to a file that is being replaced, by the
 // means that this platform has for it.
 #include <grp.h>
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -14,7 +13,6 @@
 #include <QFileInfo>
 #include <chrono>
 #include <csignal>
-#include <functional>
 #include <random>
 #include <thread>
 
@@ -25,6 +23,7 @@
 #include "tests/support/in_the_way.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -73,7 +72,7 @@ TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheFileGrowsTooLarge) {
     }
     EXPECT_EQ(number, 61);
     EXPECT_EQ(ReadWholeFile(path), "old");
-    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+    EXPECT_EQ(Listing(folder.Path()), QStringList(u"T1.txt"_s));
 }
 
 TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheDiskIsFull) {
@@ -86,7 +85,7 @@ TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheDiskIsFull) {
     ReplaceFile(path, std::string(20000, 'o'));
     EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, std::string(100000, 'n')); }), 61);
     EXPECT_EQ(ReadWholeFile(path), std::string(20000, 'o'));
-    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+    EXPECT_EQ(Listing(folder.Path()), QStringList(u"T1.txt"_s));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
 
@@ -150,13 +149,13 @@ TEST(ReplaceFileOnLinux, LeavesTheOldOrTheNewFileAfterAKill) {
         ASSERT_TRUE(left == one || left == two) << left.size() << " bytes in round " << round;
         int records = 0;
         for (const QString& name : Listing(folder.Path())) {
-            if (name.contains(QLatin1String(".txt"), Qt::CaseInsensitive)) ++records;
+            if (name.contains(".txt"_L1, Qt::CaseInsensitive)) ++records;
         }
         ASSERT_EQ(records, 1);
     }
     ReplaceFile(path, "after");
     EXPECT_EQ(ReadWholeFile(path), "after");
-    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+    EXPECT_EQ(Listing(folder.Path()), QStringList(u"T1.txt"_s));
 }
 
 TEST(ReplaceFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
@@ -190,11 +189,8 @@ TEST(SettingsStoreOnLinux, DoesNotWaitForAPipeThatHasTheNameOfItsLock) {
     const QByteArray lock = QFile::encodeName(folder.Path("configuration/davo.ini.lock"));
     ASSERT_EQ(::mkfifo(lock.constData(), 0666), 0);
     const test::NoWait limit;
-    MakeSettingsStore(places)->Write(QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"),
-                                     QStringLiteral("kept"));
-    EXPECT_EQ(MakeSettingsStore(places)->Read(QStringLiteral("A"), QStringLiteral("B"),
-                                              QStringLiteral("C")),
-              QStringLiteral("kept"));
+    MakeSettingsStore(places)->Write(u"A"_s, u"B"_s, u"C"_s, u"kept"_s);
+    EXPECT_EQ(MakeSettingsStore(places)->Read(u"A"_s, u"B"_s, u"C"_s), u"kept"_s);
 }
 
 TEST(CopyFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
@@ -213,21 +209,19 @@ TEST(CopyFileOnLinux, SaysInWordsWhyItCouldNot) {
     const QString source = folder.Path("T1.txt");
     const QString path = folder.Path("T2.txt");
     ReplaceFile(path, "old");
-    EXPECT_EQ(CopyFileOver(source, path), QStringLiteral("No such file or directory"));
+    EXPECT_EQ(CopyFileOver(source, path), u"No such file or directory"_s);
     ReplaceFile(source, std::string(10000, 'n'));
-    EXPECT_EQ(CopyFileOver(source, folder.Path("none/T2.txt")),
-              QStringLiteral("No such file or directory"));
-    EXPECT_EQ(CopyFileOver(source, QStringLiteral("/proc/T2.txt")),
-              QStringLiteral("No such file or directory"));
+    EXPECT_EQ(CopyFileOver(source, folder.Path("none/T2.txt")), u"No such file or directory"_s);
+    EXPECT_EQ(CopyFileOver(source, u"/proc/T2.txt"_s), u"No such file or directory"_s);
     {
         const test::FileSizeLimit limit(4096);
-        EXPECT_EQ(CopyFileOver(source, path), QStringLiteral("File too large"));
+        EXPECT_EQ(CopyFileOver(source, path), u"File too large"_s);
     }
     CreateFolder(folder.Path("T3.txt"));
-    EXPECT_EQ(CopyFileOver(source, folder.Path("T3.txt")), QStringLiteral("Is a directory"));
+    EXPECT_EQ(CopyFileOver(source, folder.Path("T3.txt")), u"Is a directory"_s);
     const QString beside = test::NameWhileWriting(path);
     CreateFolder(beside);
-    EXPECT_EQ(CopyFileOver(source, path), QStringLiteral("Is a directory"));
+    EXPECT_EQ(CopyFileOver(source, path), u"Is a directory"_s);
     EXPECT_EQ(ReadWholeFile(path), "old");
     EXPECT_EQ(Listing(folder.Path()).size(), 4);
 }

@@ -1,20 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/files.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QDir>
 #include <QFile>
 
 #include "common/run_time_error.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Files : public testing::Test {
   protected:
@@ -137,7 +132,7 @@ TEST_F(Files, ReplacesAFileAndLeavesNothingBeside) {
     EXPECT_EQ(ReadWholeFile(path), bytes);
     ReplaceFile(path, "");
     EXPECT_EQ(ReadWholeFile(path), "");
-    EXPECT_THAT(Listing(), ElementsAre(QStringLiteral("T1.txt")));
+    EXPECT_THAT(Listing(), ElementsAre(u"T1.txt"_s));
 }
 
 TEST_F(Files, ReplacesALargeFileWhole) {
@@ -157,7 +152,7 @@ TEST_F(Files, ReplacesNoFolder) {
     const QString path = Path("T1.txt");
     ExpectError(70, "Permission denied", path, [&] { ReplaceFile(path, "x"); });
     EXPECT_TRUE(FolderExists(Path("T1.txt/inside")));
-    EXPECT_THAT(Listing(), ElementsAre(QStringLiteral("T1.txt")));
+    EXPECT_THAT(Listing(), ElementsAre(u"T1.txt"_s));
 }
 
 }  // namespace

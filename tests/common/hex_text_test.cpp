@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/hex_text.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <iostream>
 #include <random>
-#include <string>
 
 #include "common/run_time_error.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
@@ -9,6 +8,7 @@
 #include "common/run_time_error.h"
 #include "tests/support/number_reference.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/numbers.h"
 
-#include <gtest/gtest.h>
-
 #include <QLocale>
 #include <clocale>
 #include <cmath>
 #include <limits>
 
 #include "common/run_time_error.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

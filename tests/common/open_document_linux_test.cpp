@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The desktop's files here are the test's own: programs that write down what they were given.
-#include <gtest/gtest.h>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -11,6 +10,7 @@
 #include "common/files.h"
 #include "common/open_document.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -132,16 +132,16 @@ TEST_F(OpenDocument, SaysThatThereIsNoProgram) {
     AddEntry("gone", folder_.Path("programs/gone").toStdString() + " %f");
     WriteList("config/mimeapps.list", "Default Applications", "gone.desktop;");
     EXPECT_FALSE(ShowReportInExcel(report_));
-    EXPECT_EQ(NoProgramText(QStringLiteral("/a/T1.xls")),
-              QStringLiteral("The report is finished, but this computer has no program that shows "
-                             "it. It is stored as /a/T1.xls"));
+    EXPECT_EQ(NoProgramText(u"/a/T1.xls"_s),
+              u"The report is finished, but this computer has no program that shows "
+              "it. It is stored as /a/T1.xls"_s);
 }
 
 TEST_F(OpenDocument, DoesNotWaitForTheProgram) {
     AddEntry("slow", "/bin/sh -c \"exec sleep 2 > /dev/null 2>&1\"");
     WriteList("config/mimeapps.list", "Default Applications", "slow.desktop;");
     const QElapsedTimer timer = Started();
-    EXPECT_TRUE(ShowReportInExcel(QStringLiteral("1")));
+    EXPECT_TRUE(ShowReportInExcel(u"1"_s));
     EXPECT_LT(timer.elapsed(), 1500);
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gtest/gtest.h>
 
 #include "common/files.h"
 #include "common/places.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/places.h"
 
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QDir>
 #include <QTemporaryFile>
+
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
 
 TEST(FolderText, HasThePlatformsSeparator) {
     const QChar separator = QDir::separator();
-    EXPECT_EQ(FolderText(R"(\Shots_Data\)"), separator + QStringLiteral("Shots_Data") + separator);
-    EXPECT_EQ(FolderText("plain"), QStringLiteral("plain"));
+    EXPECT_EQ(FolderText(R"(\Shots_Data\)"), separator + u"Shots_Data"_s + separator);
+    EXPECT_EQ(FolderText("plain"), u"plain"_s);
 }
 
 TEST(ShownPath, HasThePlatformsSeparator) {
-    EXPECT_EQ(ShownPath(QStringLiteral("/a/b.txt")), FolderText(R"(\a\b.txt)"));
+    EXPECT_EQ(ShownPath(u"/a/b.txt"_s), FolderText(R"(\a\b.txt)"));
 }
 
 TEST(PlatformPlaces, EndWithASeparatorEach) {
@@ -30,8 +30,7 @@ TEST(PlatformPlaces, EndWithASeparatorEach) {
 }
 
 TEST(PlatformPlaces, HaveTheApplicationFolderBesideAProgramThatMayWriteThere) {
-    if (!QTemporaryFile(QCoreApplication::applicationDirPath() + QStringLiteral("/XXXXXX"))
-             .open()) {
+    if (!QTemporaryFile(QCoreApplication::applicationDirPath() + u"/XXXXXX"_s).open()) {
         GTEST_SKIP() << "this user may not write beside the tests";
     }
     EXPECT_EQ(PlatformPlaces().applicationFolder,

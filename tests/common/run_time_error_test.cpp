@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/run_time_error.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

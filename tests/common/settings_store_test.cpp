@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/settings_store.h"
 
-#include <gtest/gtest.h>
-
 #include "common/files.h"
 #include "common/text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
 
-const QString kApplication = QStringLiteral("DATAPATH");
-const QString kSection = QStringLiteral("PATH");
-const QString kValue = QStringLiteral("PATHVAL");
+const QString kApplication = u"DATAPATH"_s;
+const QString kSection = u"PATH"_s;
+const QString kValue = u"PATHVAL"_s;
 
 TEST(SettingsStoreOfThisPlatform, GivesAnEmptyTextForWhatIsNotThere) {
     const test::TemporaryFolder folder;
@@ -27,12 +26,10 @@ TEST(SettingsStoreOfThisPlatform, KeepsEveryTextAsItStands) {
     for (int code = 1; code < 256; ++code)
         allBytes += static_cast<char>(code);
     for (const QString& text :
-         {QStringLiteral(" 1"), QStringLiteral("-99"), QStringLiteral("-1 -1"),
-          QStringLiteral("a,b"), QStringLiteral(", "),
-          QStringLiteral(R"(C:\Prüfung, \x41 "A"\Shots_Data\)"), QStringLiteral("@Invalid()"),
-          QStringLiteral("@ByteArray(x)"), QStringLiteral("%41;=#["),
-          QStringLiteral(" blanks at both ends  "), QString(), QStringLiteral("true"),
-          QStringLiteral("line\r\nend"), FromPage(allBytes)}) {
+         {u" 1"_s, u"-99"_s, u"-1 -1"_s, u"a,b"_s, u", "_s,
+          QStringLiteral(R"(C:\Prüfung, \x41 "A"\Shots_Data\)"), u"@Invalid()"_s,
+          u"@ByteArray(x)"_s, u"%41;=#["_s, u" blanks at both ends  "_s, QString(), u"true"_s,
+          u"line\r\nend"_s, FromPage(allBytes)}) {
         MakeSettingsStore(places)->Write(kApplication, kSection, kValue, text);
         EXPECT_EQ(MakeSettingsStore(places)->Read(kApplication, kSection, kValue), text);
     }
@@ -41,19 +38,11 @@ TEST(SettingsStoreOfThisPlatform, KeepsEveryTextAsItStands) {
 TEST(SettingsStoreOfThisPlatform, KeepsApplicationsSectionsAndValuesApart) {
     const test::TemporaryFolder folder;
     const auto store = MakeSettingsStore(folder.MakePlaces());
-    store->Write(QStringLiteral("DAVO"), QStringLiteral("KPTYPE"), QStringLiteral("KPTYPEVAL"),
-                 QStringLiteral("knee"));
-    store->Write(QStringLiteral("DAVO"), QStringLiteral("COMPORT"), QStringLiteral("COMPORTVAL"),
-                 QStringLiteral(" 2"));
-    EXPECT_EQ(
-        store->Read(QStringLiteral("DAVO"), QStringLiteral("KPTYPE"), QStringLiteral("KPTYPEVAL")),
-        QStringLiteral("knee"));
-    EXPECT_EQ(store->Read(QStringLiteral("DAVO"), QStringLiteral("COMPORT"),
-                          QStringLiteral("COMPORTVAL")),
-              QStringLiteral(" 2"));
-    EXPECT_EQ(
-        store->Read(QStringLiteral("DAVO"), QStringLiteral("COMPORT"), QStringLiteral("KPTYPEVAL")),
-        QString());
+    store->Write(u"DAVO"_s, u"KPTYPE"_s, u"KPTYPEVAL"_s, u"knee"_s);
+    store->Write(u"DAVO"_s, u"COMPORT"_s, u"COMPORTVAL"_s, u" 2"_s);
+    EXPECT_EQ(store->Read(u"DAVO"_s, u"KPTYPE"_s, u"KPTYPEVAL"_s), u"knee"_s);
+    EXPECT_EQ(store->Read(u"DAVO"_s, u"COMPORT"_s, u"COMPORTVAL"_s), u" 2"_s);
+    EXPECT_EQ(store->Read(u"DAVO"_s, u"COMPORT"_s, u"KPTYPEVAL"_s), QString());
 }
 
 TEST(SettingsStoreOfThisPlatform, SurvivesARunAsAWhole) {

@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/settings.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QDir>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "tests/support/memory_settings_store.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
 
 class StoredSettings : public testing::Test {
   protected:
@@ -59,23 +55,21 @@ class StoredSettings : public testing::Test {
 
 TEST_F(StoredSettings, FirstRunTakesTheDefaultsAndMakesBothFolders) {
     const Settings settings = Read();
-    EXPECT_EQ(settings.kneepointType, QStringLiteral("ASA 10/50 Marker"));
+    EXPECT_EQ(settings.kneepointType, u"ASA 10/50 Marker"_s);
     EXPECT_EQ(settings.comPort, 1);
     EXPECT_FALSE(settings.showImpedance);
     EXPECT_EQ(settings.sortOrder, -1);
     EXPECT_EQ(settings.sortDisplay, -1);
-    EXPECT_EQ(settings.dataPath,
-              places_.applicationFolder + ShownPath(QStringLiteral("Shots_Data/")));
-    EXPECT_EQ(settings.excelPath,
-              places_.applicationFolder + ShownPath(QStringLiteral("Shots_Excel/")));
+    EXPECT_EQ(settings.dataPath, places_.applicationFolder + ShownPath(u"Shots_Data/"_s));
+    EXPECT_EQ(settings.excelPath, places_.applicationFolder + ShownPath(u"Shots_Excel/"_s));
     EXPECT_TRUE(FolderExists(settings.dataPath));
     EXPECT_TRUE(FolderExists(settings.excelPath));
     EXPECT_TRUE(store_.written.empty());
 }
 
 TEST_F(StoredSettings, FirstRunKeepsAFolderThatIsThere) {
-    const QString file = places_.applicationFolder + QStringLiteral("Shots_Data/T1.txt");
-    CreateFolder(places_.applicationFolder + QStringLiteral("Shots_Data"));
+    const QString file = places_.applicationFolder + u"Shots_Data/T1.txt"_s;
+    CreateFolder(places_.applicationFolder + u"Shots_Data"_s);
     ReplaceFile(file, "kept");
     const Settings settings = Read();
     EXPECT_EQ(ReadWholeFile(file), "kept");
@@ -88,18 +82,17 @@ TEST_F(StoredSettings, FirstRunMakesTheApplicationFolderToo) {
 }
 
 TEST_F(StoredSettings, FirstRunGoesOnWhereAFileTakesAFoldersName) {
-    ReplaceFile(places_.applicationFolder + QStringLiteral("Shots_Data"), "a file");
+    ReplaceFile(places_.applicationFolder + u"Shots_Data"_s, "a file");
     const SettingsRead read = ReadSettings(store_, places_);
     ASSERT_EQ(read.errors.size(), 1U);
-    EXPECT_EQ(read.settings.dataPath,
-              places_.applicationFolder + ShownPath(QStringLiteral("Shots_Data/")));
+    EXPECT_EQ(read.settings.dataPath, places_.applicationFolder + ShownPath(u"Shots_Data/"_s));
     EXPECT_TRUE(FolderExists(read.settings.excelPath)) << "the other folder is made all the same";
 }
 
 TEST_F(StoredSettings, KneepointTypeHasOlderSpellings) {
-    const QString asa = QStringLiteral("ASA 10/50 Marker");
-    const QString ieee30 = QStringLiteral("IEEE 30 Degree Marker");
-    const QString ieee45 = QStringLiteral("IEEE 45 Degree Marker");
+    const QString asa = u"ASA 10/50 Marker"_s;
+    const QString ieee30 = u"IEEE 30 Degree Marker"_s;
+    const QString ieee45 = u"IEEE 45 Degree Marker"_s;
     EXPECT_EQ(KneepointOf(""), asa);
     EXPECT_EQ(KneepointOf("ASA 10/50 Marker"), asa);
     EXPECT_EQ(KneepointOf("ASA 10% V -->50% I Degree Mode"), asa);
@@ -137,21 +130,21 @@ TEST_F(StoredSettings, ComPortMustBeASixteenBitNumber) {
 }
 
 TEST_F(StoredSettings, ADamagedValueDoesNotKeepTheOthersFromBeingRead) {
-    store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")] = QStringLiteral("IEEE 45 Degree Marker");
-    store_.texts[Key("DAVO/COMPORT/COMPORTVAL")] = QStringLiteral("abc");
-    store_.texts[Key("IMPEDANCE/IMP/IMPVAL")] = QStringLiteral("Y");
-    store_.texts[Key("SORTVALUES/SORT/SORTVAL")] = QStringLiteral("1 3");
-    store_.texts[Key("DATAPATH/PATH/PATHVAL")] = ShownPath(QStringLiteral("/d/Shots_Data/"));
+    store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")] = u"IEEE 45 Degree Marker"_s;
+    store_.texts[Key("DAVO/COMPORT/COMPORTVAL")] = u"abc"_s;
+    store_.texts[Key("IMPEDANCE/IMP/IMPVAL")] = u"Y"_s;
+    store_.texts[Key("SORTVALUES/SORT/SORTVAL")] = u"1 3"_s;
+    store_.texts[Key("DATAPATH/PATH/PATHVAL")] = ShownPath(u"/d/Shots_Data/"_s);
     const SettingsRead read = ReadSettings(store_, places_);
     ASSERT_EQ(read.errors.size(), 1U);
     EXPECT_EQ(read.errors.front().Number(), ErrorNumber::TypeMismatch);
-    EXPECT_EQ(read.settings.kneepointType, QStringLiteral("IEEE 45 Degree Marker"));
+    EXPECT_EQ(read.settings.kneepointType, u"IEEE 45 Degree Marker"_s);
     EXPECT_EQ(read.settings.comPort, 1);
     EXPECT_TRUE(read.settings.showImpedance);
     EXPECT_EQ(read.settings.sortOrder, 1);
     EXPECT_EQ(read.settings.sortDisplay, 3);
-    EXPECT_EQ(read.settings.dataPath, ShownPath(QStringLiteral("/d/Shots_Data/")));
-    EXPECT_EQ(read.settings.excelPath, ShownPath(QStringLiteral("/d/Shots_Excel/")));
+    EXPECT_EQ(read.settings.dataPath, ShownPath(u"/d/Shots_Data/"_s));
+    EXPECT_EQ(read.settings.excelPath, ShownPath(u"/d/Shots_Excel/"_s));
 }
 
 TEST_F(StoredSettings, ImpedanceIsShownForExactlyY) {
@@ -159,7 +152,7 @@ TEST_F(StoredSettings, ImpedanceIsShownForExactlyY) {
         EXPECT_FALSE(ReadWith("IMPEDANCE/IMP/IMPVAL", QString::fromLatin1(text)).showImpedance)
             << text;
     }
-    EXPECT_TRUE(ReadWith("IMPEDANCE/IMP/IMPVAL", QStringLiteral("Y")).showImpedance);
+    EXPECT_TRUE(ReadWith("IMPEDANCE/IMP/IMPVAL", u"Y"_s).showImpedance);
 }
 
 TEST_F(StoredSettings, SortValuesAreTheFirstAndTheLastCharacter) {
@@ -188,7 +181,7 @@ TEST(ExcelPathOf, TakesThePartBeforeTheFirstMarker) {
     const QString excel = FolderText(R"(\Shots_Excel\)");
     const QString root = FolderText(R"(\a b)");
     EXPECT_EQ(ExcelPathOf(root + marker), root + excel);
-    EXPECT_EQ(ExcelPathOf(root + marker + QStringLiteral("x") + marker), root + excel);
+    EXPECT_EQ(ExcelPathOf(root + marker + u"x"_s + marker), root + excel);
     EXPECT_EQ(ExcelPathOf(marker), excel);
 }
 
@@ -201,33 +194,32 @@ TEST(ExcelPathOf, LiesInAPathWithoutTheMarker) {
 
 TEST_F(StoredSettings, AreWrittenInTheOrderOfTheirKeys) {
     Settings settings;
-    settings.dataPath = ShownPath(QStringLiteral("/d/Shots_Data/"));
+    settings.dataPath = ShownPath(u"/d/Shots_Data/"_s);
     WriteSettings(store_, settings);
     EXPECT_THAT(store_.written,
                 ElementsAre(Key("DAVO/KPTYPE/KPTYPEVAL"), Key("DAVO/COMPORT/COMPORTVAL"),
                             Key("IMPEDANCE/IMP/IMPVAL"), Key("SORTVALUES/SORT/SORTVAL"),
                             Key("DATAPATH/PATH/PATHVAL")));
-    EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], QStringLiteral("ASA 10/50 Marker"));
-    EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], QStringLiteral(" 1"));
-    EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("N"));
-    EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], QStringLiteral("-1 -1"));
-    EXPECT_EQ(store_.texts[Key("DATAPATH/PATH/PATHVAL")],
-              ShownPath(QStringLiteral("/d/Shots_Data/")));
+    EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], u"ASA 10/50 Marker"_s);
+    EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], u" 1"_s);
+    EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], u"N"_s);
+    EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], u"-1 -1"_s);
+    EXPECT_EQ(store_.texts[Key("DATAPATH/PATH/PATHVAL")], ShownPath(u"/d/Shots_Data/"_s));
 }
 
 TEST_F(StoredSettings, AreWrittenAsTheyStand) {
     Settings settings;
-    settings.kneepointType = QStringLiteral(" an unknown text ");
+    settings.kneepointType = u" an unknown text "_s;
     settings.comPort = kNoPortChosen;
     settings.showImpedance = true;
     settings.sortOrder = 1;
     settings.sortDisplay = 3;
-    settings.dataPath = ShownPath(QStringLiteral("/d/Shots_Data/"));
+    settings.dataPath = ShownPath(u"/d/Shots_Data/"_s);
     WriteSettings(store_, settings);
     EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], settings.kneepointType);
-    EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], QStringLiteral("-99"));
-    EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], QStringLiteral("Y"));
-    EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], QStringLiteral("1 3"));
+    EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], u"-99"_s);
+    EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], u"Y"_s);
+    EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], u"1 3"_s);
     const Settings back = Read();
     EXPECT_EQ(back.kneepointType, settings.kneepointType);
     EXPECT_EQ(back.comPort, kNoPortChosen);
@@ -235,7 +227,7 @@ TEST_F(StoredSettings, AreWrittenAsTheyStand) {
     EXPECT_EQ(back.sortOrder, 1);
     EXPECT_EQ(back.sortDisplay, 3);
     EXPECT_EQ(back.dataPath, settings.dataPath);
-    EXPECT_EQ(back.excelPath, ShownPath(QStringLiteral("/d/Shots_Excel/")));
+    EXPECT_EQ(back.excelPath, ShownPath(u"/d/Shots_Excel/"_s));
 }
 
 // The default pair comes back as 0 and 1: one character each is read.

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/text.h"
 
-#include <gtest/gtest.h>
-
 #include <set>
+
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -56,16 +56,16 @@ TEST(Page, BringsEveryByteBackAndTellsThemApart) {
 }
 
 TEST(Page, IsWindows1252) {
-    EXPECT_EQ(FromPage("\x80\x8A\x99\x9F\xA0\xE4\xFF"), QStringLiteral("€Š™Ÿ\u00A0äÿ"));
+    EXPECT_EQ(FromPage("\x80\x8A\x99\x9F\xA0\xE4\xFF"), u"€Š™Ÿ\u00A0äÿ"_s);
     for (const int open : {0x81, 0x8D, 0x8F, 0x90, 0x9D}) {
         EXPECT_EQ(FromPage(std::string(1, static_cast<char>(open))).front().unicode(), open);
     }
 }
 
 TEST(Page, RefusesWhatItCannotHold) {
-    EXPECT_FALSE(ToPage(QStringLiteral("ab\u0416")).has_value());
-    EXPECT_FALSE(ToPage(QStringLiteral("\u0080")).has_value());
-    EXPECT_FALSE(ToPage(QStringLiteral("\U0001F600")).has_value());
+    EXPECT_FALSE(ToPage(u"ab\u0416"_s).has_value());
+    EXPECT_FALSE(ToPage(u"\u0080"_s).has_value());
+    EXPECT_FALSE(ToPage(u"\U0001F600"_s).has_value());
     EXPECT_EQ(ToPage(QString()), "");
 }
 

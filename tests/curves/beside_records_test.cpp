@@ -18,7 +18,7 @@
 #include "files/frmSetDescr.h"
 #include "retrieval/frmTestList.h"
 #include "tests/curves/panel_test.h"
-#include "tests/link/fake_serial_port.h"
+#include "tests/support/fake_serial_port.h"
 
 namespace davo::test {
 

@@ -13,8 +13,8 @@
 #include "common/numbers.h"
 #include "common/text.h"
 #include "tests/curves/random_record.h"
-#include "tests/reports/record_text.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {

@@ -11,8 +11,8 @@
 #include "curves/curve_export.h"
 #include "curves/record_tests.h"
 #include "tests/curves/random_record.h"
-#include "tests/reports/record_text.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {

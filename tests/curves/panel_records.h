@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "tests/reports/record_text.h"
+#include "tests/support/record_text.h"
 
 namespace davo::test {
 

@@ -17,14 +17,12 @@
 #include "curves/curve_chart.h"
 #include "curves/record_panel.h"
 #include "records/directory_file.h"
-#include "tests/app/window_checks.h"
 #include "tests/curves/panel_records.h"
+#include "tests/support/controls.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {
-
-inline constexpr int kPatience = 5000;
 
 // Records in a folder and a place where a panel is shown.
 class PanelTest : public ::testing::Test {

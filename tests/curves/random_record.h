@@ -7,7 +7,7 @@
 #include <string>
 
 #include "common/numbers.h"
-#include "tests/reports/record_text.h"
+#include "tests/support/record_text.h"
 
 namespace davo::test {
 

@@ -13,8 +13,8 @@
 #include "records/record_image.h"
 #include "reports/test_file_reader.h"
 #include "tests/curves/random_record.h"
-#include "tests/reports/record_text.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {

@@ -3,8 +3,6 @@
 #include <sys/mount.h>
 
 #include <QFileInfo>
-#include <QLabel>
-#include <QLineEdit>
 #include <QProgressBar>
 #include <QTimer>
 
@@ -12,17 +10,10 @@
 #include "files/frmCopyFile.h"
 #include "files/frmProgress.h"
 #include "files/frmStatusBar.h"
-#include "tests/app/window_checks.h"
 #include "tests/files/file_window.h"
 
 namespace davo::test {
 namespace {
-
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 class CopyWindow : public FileWindow<frmCopyFile> {
   protected:
@@ -32,11 +23,11 @@ class CopyWindow : public FileWindow<frmCopyFile> {
         ShowWindow();
     }
     void OpenTwo() {
-        AddRecord(QStringLiteral("one"));
-        AddRecord(QStringLiteral("two"));
-        Open({QStringLiteral("one"), QStringLiteral("two")});
+        AddRecord(u"one"_s);
+        AddRecord(u"two"_s);
+        Open({u"one"_s, u"two"_s});
     }
-    void Type(const QString& path) { QTest::keyClicks(Find<QLineEdit>("txtPath"), path); }
+    void Type(const QString& path) { QTest::keyClicks(Box("txtPath"), path); }
     std::string Question(const char* name) {
         return std::string("The file ") + name +
                "already  exists.  Do you want to replace the existing file? ";
@@ -47,20 +38,19 @@ class CopyWindow : public FileWindow<frmCopyFile> {
 
 TEST_F(CopyWindow, CopiesWhatIsChosen) {
     OpenTwo();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Copy File(s)"));
-    EXPECT_EQ(Find<QPushButton>("cmdPath")->text(), QStringLiteral("&Path"));
-    EXPECT_EQ(Find<QPushButton>("cmdOK")->text(), QStringLiteral("&OK"));
+    EXPECT_EQ(window->windowTitle(), u"Copy File(s)"_s);
+    EXPECT_EQ(Text("cmdPath"), "&Path");
+    EXPECT_EQ(Text("cmdOK"), "&OK");
     EXPECT_THAT(CutTextsOf(*window), IsEmpty());
     Type(folder.Path("disk"));
     Click("cmdOK");
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
-    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("one.txt")), RecordFileText("one"));
-    EXPECT_EQ(QFileInfo(target + QStringLiteral("one.txt")).lastModified(),
-              QFileInfo(DataFile(QStringLiteral("one"))).lastModified());
+    EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), RecordFileText("one"));
+    EXPECT_EQ(QFileInfo(target + u"one.txt"_s).lastModified(),
+              QFileInfo(DataFile(u"one"_s)).lastModified());
     EXPECT_EQ(Find<QLabel>("lblStatus")->text(),
-              QStringLiteral("Copying '") + DataFile(QStringLiteral("two")) +
-                  QStringLiteral("'\r\n\r\nTO '") + target + QStringLiteral("two.txt'"));
-    EXPECT_EQ(Find<QPushButton>("cmdOK")->text(), QStringLiteral("&OK"));
+              u"Copying '"_s + DataFile(u"two"_s) + u"'\r\n\r\nTO '"_s + target + u"two.txt'"_s);
+    EXPECT_EQ(Text("cmdOK"), "&OK");
     EXPECT_EQ(Find<QProgressBar>("pbarProgress")->value(), 100);
     EXPECT_THAT(Shown(), IsEmpty());
     EXPECT_TRUE(Unloaded());
@@ -70,9 +60,9 @@ TEST_F(CopyWindow, TheFolderCanBeChosen) {
     OpenTwo();
     prompts.folders = {QString(), folder.Path("disk")};
     Click("cmdPath");
-    EXPECT_EQ(Find<QLineEdit>("txtPath")->text(), QString());
+    EXPECT_EQ(Text("txtPath"), "");
     Click("cmdPath");
-    EXPECT_EQ(Find<QLineEdit>("txtPath")->text(), folder.Path("disk"));
+    EXPECT_EQ(Box("txtPath")->text(), folder.Path("disk"));
     EXPECT_THAT(Shown(), ElementsAre("&Select a directory:|C:\\", "&Select a directory:|C:\\"));
 }
 
@@ -80,9 +70,9 @@ TEST_F(CopyWindow, RefusesTheDataFolderHoweverItIsSpelt) {
     OpenTwo();
     ASSERT_TRUE(QFile::link(settings.dataPath, folder.Path("link")));
     for (const QString& path :
-         {QString(), QStringLiteral("   "), settings.dataPath, folder.Path("Shots_Data"),
+         {QString(), u"   "_s, settings.dataPath, folder.Path("Shots_Data"),
           folder.Path("disk/../Shots_Data"), folder.Path("link"), folder.Path("nowhere")}) {
-        Find<QLineEdit>("txtPath")->setText(path);
+        Box("txtPath")->setText(path);
         prompts.shown.clear();
         Click("cmdOK");
         EXPECT_THAT(Shown(), ElementsAre("Invalid Path. Please select another path."))
@@ -103,37 +93,37 @@ TEST_F(CopyWindow, AFolderInsideTheDataFolderIsAnotherOne) {
 
 TEST_F(CopyWindow, NoKeepsTheFileThereAndCopiesTheOthers) {
     OpenTwo();
-    ReplaceFile(target + QStringLiteral("one.txt"), "there");
+    ReplaceFile(target + u"one.txt"_s, "there");
     prompts.answers = {Answer::No};
     Type(target);
     Click("cmdOK");
     EXPECT_THAT(Shown(), ElementsAre(Question("one")));
     EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
-    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("one.txt")), "there");
-    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("two.txt")), RecordFileText("two"));
+    EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), "there");
+    EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), RecordFileText("two"));
 }
 
 TEST_F(CopyWindow, YesReplacesAndCancelEnds) {
     OpenTwo();
-    ReplaceFile(target + QStringLiteral("one.txt"), "there");
-    ReplaceFile(target + QStringLiteral("two.txt"), "there");
+    ReplaceFile(target + u"one.txt"_s, "there");
+    ReplaceFile(target + u"two.txt"_s, "there");
     prompts.answers = {Answer::Yes, Answer::Cancel};
     Type(target);
     Click("cmdOK");
-    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("one.txt")), RecordFileText("one"));
-    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("two.txt")), "there");
+    EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), RecordFileText("one"));
+    EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), "there");
     EXPECT_TRUE(Unloaded());
 }
 
 TEST_F(CopyWindow, WhatDoesNotArriveIsSaidAtTheEnd) {
-    AddRecord(QStringLiteral("one"));
-    AddRecord(QStringLiteral("three"));
-    QDir().mkpath(target + QStringLiteral("three.txt/x"));
-    Open({QStringLiteral("one"), QStringLiteral("gone"), QStringLiteral("three")});
+    AddRecord(u"one"_s);
+    AddRecord(u"three"_s);
+    QDir().mkpath(target + u"three.txt/x"_s);
+    Open({u"one"_s, u"gone"_s, u"three"_s});
     Type(target);
     Click("cmdOK");
     ASSERT_THAT(Shown(), SizeIs(1));
-    EXPECT_THAT(Shown().front(), ::testing::StartsWith("2 of 3 files were not copied:\r\ngone: "));
+    EXPECT_THAT(Shown().front(), StartsWith("2 of 3 files were not copied:\r\ngone: "));
     EXPECT_THAT(Shown().front(), HasSubstr("\r\nthree: "));
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt")) << "no part of a file is left";
     EXPECT_TRUE(Unloaded());
@@ -143,14 +133,13 @@ TEST_F(CopyWindow, AFullDiskIsSaidAndHoldsNoHalfFile) {
     const QByteArray disk = QFile::encodeName(folder.Path("disk"));
     if (::mount("none", disk.constData(), "tmpfs", 0, "size=16k") != 0)
         GTEST_SKIP() << "a small disk can be mounted by root only";
-    AddRecord(QStringLiteral("one"));
-    AddRecord(QStringLiteral("large"), std::string(100000, 'x'));
-    AddRecord(QStringLiteral("two"));
-    Open({QStringLiteral("one"), QStringLiteral("large"), QStringLiteral("two")});
+    AddRecord(u"one"_s);
+    AddRecord(u"large"_s, {.rest = std::string(100000, 'x')});
+    AddRecord(u"two"_s);
+    Open({u"one"_s, u"large"_s, u"two"_s});
     Type(target);
     Click("cmdOK");
-    EXPECT_THAT(Shown(),
-                ElementsAre(::testing::StartsWith("1 of 3 files were not copied:\r\nlarge: ")));
+    EXPECT_THAT(Shown(), ElementsAre(StartsWith("1 of 3 files were not copied:\r\nlarge: ")));
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
@@ -162,18 +151,18 @@ TEST_F(CopyWindow, AFolderThatMayNotBeWrittenIsSaid) {
     OpenTwo();
     Type(target);
     Click("cmdOK");
-    EXPECT_THAT(Shown(), ElementsAre(::testing::StartsWith("2 of 2 files were not copied:")));
+    EXPECT_THAT(Shown(), ElementsAre(StartsWith("2 of 2 files were not copied:")));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
 
 // The disk is taken away while the question about its second file is asked.
 TEST_F(CopyWindow, ADiskThatIsPulledOutIsSaid) {
     OpenTwo();
-    ReplaceFile(target + QStringLiteral("two.txt"), "there");
+    ReplaceFile(target + u"two.txt"_s, "there");
     prompts.answers = {Answer::Yes};
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, window.get(), [&] {
-        if (FileExists(target + QStringLiteral("one.txt"))) QDir(target).removeRecursively();
+        if (FileExists(target + u"one.txt"_s)) QDir(target).removeRecursively();
     });
     timer.start(0);
     Type(target);
@@ -186,14 +175,14 @@ TEST_F(CopyWindow, ADiskThatIsPulledOutIsSaid) {
 TEST_F(CopyWindow, CancelEndsBetweenFiles) {
     std::vector<QString> names;
     for (int i = 0; i < 100; ++i) {
-        names.push_back(QStringLiteral("r%1").arg(i));
+        names.push_back(u"r%1"_s.arg(i));
         AddRecord(names.back());
     }
     Open(names);
     Type(target);
     QTimer::singleShot(0, window.get(), [&] {
-        EXPECT_EQ(Find<QPushButton>("cmdOK")->text(), QStringLiteral("Cancel"));
-        EXPECT_FALSE(Find<QLineEdit>("txtPath")->isVisible());
+        EXPECT_EQ(Text("cmdOK"), "Cancel");
+        EXPECT_FALSE(Box("txtPath")->isVisible());
         EXPECT_FALSE(Find<QPushButton>("cmdPath")->isVisible());
         EXPECT_TRUE(Find<QProgressBar>("pbarProgress")->isVisible());
         Click("cmdOK");
@@ -211,7 +200,7 @@ TEST_F(CopyWindow, CancelEndsBetweenFiles) {
 TEST_F(CopyWindow, EscapeLeavesWithoutCopying) {
     OpenTwo();
     Type(folder.Path("disk"));
-    QTest::keyClick(Find<QLineEdit>("txtPath"), Qt::Key_Escape);
+    QTest::keyClick(Box("txtPath"), Qt::Key_Escape);
     EXPECT_TRUE(Unloaded());
     EXPECT_THAT(NamesIn(target), IsEmpty());
 }
@@ -219,7 +208,7 @@ TEST_F(CopyWindow, EscapeLeavesWithoutCopying) {
 TEST_F(CopyWindow, HoldsAtMost251Names) {
     std::vector<QString> names;
     for (int i = 0; i < 252; ++i) {
-        names.push_back(QStringLiteral("r%1").arg(i));
+        names.push_back(u"r%1"_s.arg(i));
         AddRecord(names.back());
     }
     Open(names);
@@ -235,8 +224,8 @@ class StatusBarWindow : public FileWindow<frmStatusBar> {
   protected:
     StatusBarWindow() {
         QDir().mkpath(target);
-        AddRecord(QStringLiteral("one"));
-        AddRecord(QStringLiteral("two"));
+        AddRecord(u"one"_s);
+        AddRecord(u"two"_s);
     }
     void Open(const std::vector<QString>& names) {
         window = std::make_unique<frmStatusBar>(names, settings.dataPath, target, prompts);
@@ -248,34 +237,34 @@ class StatusBarWindow : public FileWindow<frmStatusBar> {
 };
 
 TEST_F(StatusBarWindow, CopiesOneFileATickAndCloses) {
-    Open({QStringLiteral("one"), QStringLiteral("two")});
+    Open({u"one"_s, u"two"_s});
     EXPECT_TRUE(Find<QPushButton>("cmdCancel")->hasFocus());
-    EXPECT_EQ(Find<QPushButton>("cmdCancel")->text(), QStringLiteral("&Cancel"));
-    EXPECT_EQ(Percent(), QStringLiteral("0%"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return Percent() == QStringLiteral("50%"); }));
+    EXPECT_EQ(Text("cmdCancel"), "&Cancel");
+    EXPECT_EQ(Percent(), u"0%"_s);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Percent() == u"50%"_s; }));
     EXPECT_TRUE(Unloaded());
-    EXPECT_EQ(Percent(), QStringLiteral("100%"));
-    EXPECT_EQ(Find<QLabel>("lblSource")->text(), DataFile(QStringLiteral("two")));
-    EXPECT_EQ(Find<QLabel>("lblDest")->text(), target + QStringLiteral("two.txt"));
+    EXPECT_EQ(Percent(), u"100%"_s);
+    EXPECT_EQ(Find<QLabel>("lblSource")->text(), DataFile(u"two"_s));
+    EXPECT_EQ(Find<QLabel>("lblDest")->text(), target + u"two.txt"_s);
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
 }
 
 TEST_F(StatusBarWindow, AsksBeforeItReplaces) {
-    ReplaceFile(target + QStringLiteral("one.txt"), "there");
-    ReplaceFile(target + QStringLiteral("two.txt"), "there");
+    ReplaceFile(target + u"one.txt"_s, "there");
+    ReplaceFile(target + u"two.txt"_s, "there");
     prompts.answers = {Answer::No, Answer::Cancel};
-    Open({QStringLiteral("one"), QStringLiteral("two")});
+    Open({u"one"_s, u"two"_s});
     EXPECT_TRUE(Unloaded());
     EXPECT_THAT(Shown(),
                 ElementsAre("The file onealready  exists.  Do you want to replace the existing "
                             "file? ",
                             "The file twoalready  exists.  Do you want to replace the existing "
                             "file? "));
-    EXPECT_EQ(ReadWholeFile(target + QStringLiteral("two.txt")), "there");
+    EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), "there");
 }
 
 TEST_F(StatusBarWindow, CancelClosesAtOnce) {
-    Open({QStringLiteral("one"), QStringLiteral("two")});
+    Open({u"one"_s, u"two"_s});
     Click("cmdCancel");
     EXPECT_EQ(unloaded, 1);
     QTest::qWait(50);
@@ -283,10 +272,9 @@ TEST_F(StatusBarWindow, CancelClosesAtOnce) {
 }
 
 TEST_F(StatusBarWindow, SaysWhatDidNotArrive) {
-    Open({QStringLiteral("gone"), QStringLiteral("two")});
+    Open({u"gone"_s, u"two"_s});
     EXPECT_TRUE(Unloaded());
-    EXPECT_THAT(Shown(),
-                ElementsAre(::testing::StartsWith("1 of 2 files were not copied:\r\ngone: ")));
+    EXPECT_THAT(Shown(), ElementsAre(StartsWith("1 of 2 files were not copied:\r\ngone: ")));
 }
 
 // --- The bar ---
@@ -294,7 +282,7 @@ TEST_F(StatusBarWindow, SaysWhatDidNotArrive) {
 TEST(ProgressWindow, FillsInFourSteps) {
     frmProgress window;
     window.Form_Load();
-    const auto* bar = window.findChild<QProgressBar*>(QStringLiteral("pbarProgress"));
+    const auto* bar = window.findChild<QProgressBar*>(u"pbarProgress"_s);
     std::vector<int> values{bar->value()};
     QObject::connect(bar, &QProgressBar::valueChanged, &window,
                      [&](int value) { values.push_back(value); });

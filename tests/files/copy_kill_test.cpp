@@ -7,7 +7,7 @@
 
 #include "common/files.h"
 #include "records/directory_file.h"
-#include "tests/files/record_text.h"
+#include "tests/support/record_text.h"
 #include "tests/support/in_the_way.h"
 #include "tests/support/killed_program.h"
 #include "tests/support/temporary_folder.h"
@@ -49,8 +49,8 @@ class KilledCopy : public ::testing::TestWithParam<const char*> {
         EXPECT_FALSE(QFileInfo::exists(NameWhileWriting(target)));
     }
 
-    const std::string old_ = HeaderText("Earlier", "1") + ShotText(1);
-    const std::string new_ = HeaderText("Hilltop", "2") + ShotText(1) + ShotText(2);
+    const std::string old_ = HeaderOfT1("Earlier", "1") + ShotText(1);
+    const std::string new_ = HeaderOfT1("Hilltop", "2") + ShotText(1) + ShotText(2);
 };
 
 TEST_P(KilledCopy, LeavesNothingThatTheListShows) {

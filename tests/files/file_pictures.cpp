@@ -23,8 +23,8 @@
 #include "files/frmFileUtilOverlay.h"
 #include "files/frmProgress.h"
 #include "files/frmStatusBar.h"
-#include "tests/files/record_text.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {
@@ -41,7 +41,7 @@ class Pictures {
         for (int i = 1; i <= 14; ++i) {
             names_.push_back(QStringLiteral("BREAKER%1").arg(4200 + i));
             ReplaceFile(settings_.dataPath + names_.back() + QStringLiteral(".txt"),
-                        HeaderText("North Substation", "Feeder 12") + ShotText(1) + ShotText(2));
+                        HeaderOfT1("North Substation", "Feeder 12") + ShotText(1) + ShotText(2));
         }
         RebuildDirectory(settings_.dataPath, directory_);
         LoadDirectoryFile(settings_.dataPath, directory_);

@@ -17,8 +17,8 @@
 
 #include "common/files.h"
 #include "files/frmSetDescr.h"
-#include "tests/files/record_text.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "ui/record_list.h"
 
@@ -29,9 +29,9 @@ namespace {
 void PutRecords(const TemporaryFolder& folder) {
     for (int i = 1; i <= 14; ++i) {
         ReplaceFile(folder.Path() + QStringLiteral("BREAKER%1.txt").arg(4200 + i),
-                    HeaderText("North Substation", "Feeder 12") + ShotText(1) + ShotText(2));
+                    HeaderOfT1("North Substation", "Feeder 12") + ShotText(1) + ShotText(2));
     }
-    std::string many = HeaderText("WWWWWWWWWWWWWWWWWWWW", "MMMMMMMMMMMMMMMMMMMM");
+    std::string many = HeaderOfT1("WWWWWWWWWWWWWWWWWWWW", "MMMMMMMMMMMMMMMMMMMM");
     for (int i = 1; i <= 31; ++i)
         many += ShotText(i, "TEST DESCRIPTION: WWWWWWWWWWWWWWWWWWWW\r\n");
     ReplaceFile(folder.Path("A record with quite a long name of its own, core 3 tap 4.txt"), many);

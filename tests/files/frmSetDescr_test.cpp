@@ -1,41 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/frmSetDescr.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QDialog>
-#include <QDir>
-#include <QGroupBox>
 #include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QPointer>
-#include <QPushButton>
-#include <QTest>
 #include <QTextEdit>
 #include <QToolTip>
-#include <QTreeWidget>
 
-#include "common/files.h"
-#include "tests/app/window_checks.h"
-#include "tests/files/record_text.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/controls.h"
+#include "tests/support/data_folder.h"
 #include "tests/support/file_size_limit.h"
-#include "tests/support/temporary_folder.h"
 #include "ui/page_input.h"
 
 namespace davo::test {
-
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
-
-constexpr int kPatience = 3000;  // ms until a condition must have come true
 const char* const kNotSaved =
     "The changes to the file 'T1' are not saved. Do you want to leave without them?";
 const char* const kChangedMeanwhile =
@@ -48,71 +27,41 @@ const char* const kKeyInText =
 
 // The editor over a folder with the records T1 (three tests, with texts and notes) and T2 (one
 // test, without); its real lists, boxes and buttons are used.
-class SetDescrWindow : public ::testing::Test {
+class SetDescrWindow : public ::testing::Test, public DataFolder, public Controls {
   protected:
     SetDescrWindow() {
-        Put("T1", HeaderText("North", "12") +
+        Put("T1", HeaderOfT1("North", "12") +
                       ShotText(1, "TEST DESCRIPTION: first               \r\n") +
                       ShotText(2, "TEST NOTES: dry                 \r\n") + ShotText(3) +
                       "NOTES:\r\nkeep\r\nthis\r\n");
-        Put("T2", HeaderText("South", "7") + ShotText(1));
+        Put("T2", HeaderOfT1("South", "7") + ShotText(1));
     }
     ~SetDescrWindow() override { delete window; }
 
+    QWidget& Window() override { return *window; }
     void Put(const char* name, const std::string& text) { ReplaceFile(PathOf(name), text); }
-    QString PathOf(const char* name) const { return folder.Path(name) + QStringLiteral(".txt"); }
+    QString PathOf(const char* name) const { return DataFile(QLatin1String(name)); }
     std::string Bytes(const char* name) const { return ReadWholeFile(PathOf(name)); }
     RecordHeaders Headers(const char* name) const { return ReadRecordHeaders(Bytes(name)); }
 
     void Open() {
-        RebuildDirectory(folder.Path(), tables);
-        LoadDirectoryFile(folder.Path(), tables);
-        window = new frmSetDescr(tables, dataPath, prompts);
+        ListRecords();
+        window = new frmSetDescr(directory, settings.dataPath, prompts);
         window->setAttribute(Qt::WA_DeleteOnClose);
         window->OnUnload = [this] { ++unloads; };
         window->Form_Load();
         window->resize(1000, 620);
-        window->show();
-        window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-    }
-    template <class Control>
-    Control* Find(const char* name) {
-        return FindIn<Control>(*window, name);
-    }
-    QLineEdit* Box(const char* name) { return Find<QLineEdit>(name); }
-    void Click(const char* name) { QTest::mouseClick(Find<QPushButton>(name), Qt::LeftButton); }
-
-    int RowOf(const char* name) {
-        const auto found =
-            Find<QTreeWidget>("lvTest")->findItems(QLatin1String(name), Qt::MatchExactly);
-        if (found.size() != 1) throw std::logic_error(std::string("no record ") + name);
-        return Find<QTreeWidget>("lvTest")->indexOfTopLevelItem(found.front());
+        ASSERT_TRUE(ShowActive(*window));
     }
     void ClickFile(const char* name) {
-        auto* list = Find<QTreeWidget>("lvTest");
-        const QTreeWidgetItem* item = list->topLevelItem(RowOf(name));
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
-                          list->visualItemRect(item).center());
+        ClickRecord(name);
         QApplication::processEvents();
-    }
-    void ClickTest(int row) {
-        auto* list = Find<QListWidget>("lstTest");
-        list->scrollToItem(list->item(row));
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
-                          list->visualItemRect(list->item(row)).center());
-    }
-    void Type(const char* name, const char* text) {
-        Box(name)->setFocus();
-        Box(name)->selectAll();
-        QTest::keyClick(Box(name), Qt::Key_Delete);
-        QTest::keyClicks(Box(name), QLatin1String(text));
     }
     QTextEdit* OpenNotepad() {
         Click("cmdNotes");
         notepad = Find<QDialog>("frmNotepad");
         EXPECT_TRUE(QTest::qWaitForWindowActive(notepad));
-        return notepad->findChild<QTextEdit*>(QStringLiteral("rt"));
+        return notepad->findChild<QTextEdit*>(u"rt"_s);
     }
     void TypeNotes(const char* text) {
         QTextEdit* rt = OpenNotepad();
@@ -125,22 +74,12 @@ class SetDescrWindow : public ::testing::Test {
             }
         }
         notepad->close();
-        ASSERT_TRUE(QTest::qWaitFor([this] { return notepad.isNull(); }, kPatience));
+        ASSERT_TRUE(Until([this] { return notepad.isNull(); }));
     }
     bool WaitClosed() {
-        return QTest::qWaitFor([this] { return window.isNull(); }, kPatience);
-    }
-    std::vector<std::string> Shown() const {
-        std::vector<std::string> texts;
-        for (const QString& text : prompts.shown)
-            texts.push_back(text.toStdString());
-        return texts;
+        return Until([this] { return window.isNull(); });
     }
 
-    TemporaryFolder folder;
-    QString dataPath = folder.Path();
-    DirectoryTables tables;
-    FakePrompts prompts;
     int unloads = 0;
     QPointer<frmSetDescr> window;
     QPointer<QDialog> notepad;
@@ -148,14 +87,14 @@ class SetDescrWindow : public ::testing::Test {
 
 TEST_F(SetDescrWindow, ShowsItsCaptionsAndTheRecords) {
     Open();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("TEST Directory"));
-    EXPECT_EQ(Find<QGroupBox>("Frame1")->title(), QStringLiteral("Test Header Information"));
+    EXPECT_EQ(window->windowTitle(), u"TEST Directory"_s);
+    EXPECT_EQ(Find<QGroupBox>("Frame1")->title(), u"Test Header Information"_s);
     EXPECT_EQ(Find<QLabel>("lblTest")->text(),
-              QStringLiteral("Test(s) - Choose a Filename, then Click on Test(s) to Modify Test "
-                             "Header Information"));
-    EXPECT_EQ(Find<QPushButton>("cmdNotes")->text(), QStringLiteral("&Notepad"));
-    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("&Save"));
-    EXPECT_EQ(Find<QPushButton>("cmdExit")->text(), QStringLiteral("&Exit"));
+              u"Test(s) - Choose a Filename, then Click on Test(s) to Modify Test "
+              "Header Information"_s);
+    EXPECT_EQ(Text("cmdNotes"), "&Notepad");
+    EXPECT_EQ(Text("cmdSave"), "&Save");
+    EXPECT_EQ(Text("cmdExit"), "&Exit");
     std::map<std::string, std::string> labels;
     for (const QLabel* label : window->findChildren<QLabel*>()) {
         if (label->buddy() == nullptr) continue;
@@ -170,46 +109,46 @@ TEST_F(SetDescrWindow, ShowsItsCaptionsAndTheRecords) {
         {"txtHeader5", "Serial #:"},      {"txtHeader6", "Comments:"},
         {"txtHeader7", "Operator:"}};
     EXPECT_EQ(labels, expected);
-    auto* lvTest = Find<QTreeWidget>("lvTest");
+    auto* lvTest = List();
     EXPECT_EQ(lvTest->columnCount(), 3);
-    EXPECT_EQ(lvTest->headerItem()->text(0), QStringLiteral("Filename"));
-    EXPECT_EQ(lvTest->headerItem()->text(1), QStringLiteral("Date"));
-    EXPECT_EQ(lvTest->headerItem()->text(2), QStringLiteral("Tests"));
+    EXPECT_EQ(lvTest->headerItem()->text(0), u"Filename"_s);
+    EXPECT_EQ(lvTest->headerItem()->text(1), u"Date"_s);
+    EXPECT_EQ(lvTest->headerItem()->text(2), u"Tests"_s);
     EXPECT_EQ(lvTest->topLevelItemCount(), 2);
-    EXPECT_EQ(lvTest->topLevelItem(0)->text(1), QStringLiteral("11/21/26"));
-    EXPECT_EQ(lvTest->topLevelItem(0)->text(2), QStringLiteral("03"));
+    EXPECT_EQ(lvTest->topLevelItem(0)->text(1), u"11/21/26"_s);
+    EXPECT_EQ(lvTest->topLevelItem(0)->text(2), u"03"_s);
     for (const char* name : {"cmdSave", "cmdNotes", "txtHeader0", "txtTestDescr"})
         EXPECT_FALSE(Find<QWidget>(name)->isEnabled()) << name;
-    EXPECT_TRUE(Find<QPushButton>("cmdExit")->isEnabled());
+    EXPECT_TRUE(Enabled("cmdExit"));
 }
 
 TEST_F(SetDescrWindow, AChosenFileShowsItsHeaderAndTests) {
     Open();
     ClickFile("T1");
-    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
-    EXPECT_TRUE(Find<QPushButton>("cmdNotes")->isEnabled());
-    EXPECT_EQ(Find<QLabel>("lblFilename")->text(), QStringLiteral("T1 ** 11/21/26 ** 03"));
+    EXPECT_TRUE(Enabled("cmdSave"));
+    EXPECT_TRUE(Enabled("cmdNotes"));
+    EXPECT_EQ(Text("lblFilename"), "T1 ** 11/21/26 ** 03");
     EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 3);
-    EXPECT_EQ(Find<QListWidget>("lstTest")->item(0)->text(), QStringLiteral("Test 1   first"));
-    EXPECT_EQ(Find<QListWidget>("lstTest")->item(1)->text(), QStringLiteral("Test 2"));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(0)->text(), u"Test 1   first"_s);
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(1)->text(), u"Test 2"_s);
     EXPECT_EQ(Find<QListWidget>("lstTest")->currentRow(), -1);
-    EXPECT_EQ(Box("txtHeader1")->text(), QStringLiteral("North"));
-    EXPECT_EQ(Box("txtTestDescr")->text(), QString());
+    EXPECT_EQ(Text("txtHeader1"), "North");
+    EXPECT_EQ(Text("txtTestDescr"), "");
     EXPECT_FALSE(Box("txtTestDescr")->isEnabled());
     ClickTest(0);
-    EXPECT_EQ(Box("txtFilenameData")->text(), QStringLiteral("T1"));
-    EXPECT_EQ(Box("txtTimeData")->text(), QStringLiteral("10:15"));
-    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("1"));
-    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("first"));
-    EXPECT_EQ(Box("txtTestNotes")->text(), QString());
+    EXPECT_EQ(Text("txtFilenameData"), "T1");
+    EXPECT_EQ(Text("txtTimeData"), "10:15");
+    EXPECT_EQ(Text("txtTestNumData"), "1");
+    EXPECT_EQ(Text("txtTestDescr"), "first");
+    EXPECT_EQ(Text("txtTestNotes"), "");
     ClickTest(1);
-    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("2"));
-    EXPECT_EQ(Box("txtTestDescr")->text(), QString());
-    EXPECT_EQ(Box("txtTestNotes")->text(), QStringLiteral("dry"));
+    EXPECT_EQ(Text("txtTestNumData"), "2");
+    EXPECT_EQ(Text("txtTestDescr"), "");
+    EXPECT_EQ(Text("txtTestNotes"), "dry");
     ClickFile("T2");
-    EXPECT_EQ(Find<QLabel>("lblFilename")->text(), QStringLiteral("T2 ** 11/21/26 ** 03"));
-    EXPECT_EQ(Box("txtTestNotes")->text(), QString());
-    EXPECT_EQ(Box("txtHeader1")->text(), QStringLiteral("South"));
+    EXPECT_EQ(Text("lblFilename"), "T2 ** 11/21/26 ** 03");
+    EXPECT_EQ(Text("txtTestNotes"), "");
+    EXPECT_EQ(Text("txtHeader1"), "South");
     EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 1);
     // Nothing was edited.
     const std::string before = Bytes("T1");
@@ -227,7 +166,7 @@ TEST_F(SetDescrWindow, SavingLosesNothingOfTestsThatWereNotClicked) {
     ClickTest(2);
     Type("txtTestDescr", " third ");
     Type("txtTestNotes", "new");
-    EXPECT_EQ(Find<QListWidget>("lstTest")->item(2)->text(), QStringLiteral("Test 3   third"));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(2)->text(), u"Test 3   third"_s);
     Click("cmdSave");
     RecordHeaders expected = before;
     expected.testDescriptions[2] = "third";
@@ -248,7 +187,7 @@ TEST_F(SetDescrWindow, AHeaderOfTwentyFiveIsSavedAndShownAsItsFirstTwenty) {
     Type("txtHeader0", "ABCDEFGHIJKLMNOPQRSTUVWXY");
     EXPECT_EQ(Box("txtHeader0")->text().size(), 25);
     Click("cmdSave");
-    EXPECT_EQ(Box("txtHeader0")->text(), QStringLiteral("ABCDEFGHIJKLMNOPQRST"));
+    EXPECT_EQ(Text("txtHeader0"), "ABCDEFGHIJKLMNOPQRST");
     EXPECT_THAT(Bytes("T1"), HasSubstr("\r\nCOMPANY: ABCDEFGHIJKLMNOPQRST\r\n"));
     EXPECT_EQ(Headers("T1").fileNotes, "keep\r\nthis");
 }
@@ -258,12 +197,12 @@ TEST_F(SetDescrWindow, ATestsTextIsCutToTwentyAsItIsTyped) {
     ClickFile("T1");
     ClickTest(0);
     Type("txtTestDescr", "ABCDEFGHIJKLMNOPQRSTUVWXY");
-    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("ABCDEFGHIJKLMNOPQRST"));
+    EXPECT_EQ(Text("txtTestDescr"), "ABCDEFGHIJKLMNOPQRST");
     Type("txtTestNotes", "abcdefghijklmnopqrstu");
-    EXPECT_EQ(Box("txtTestNotes")->text(), QStringLiteral("abcdefghijklmnopqrst"));
+    EXPECT_EQ(Text("txtTestNotes"), "abcdefghijklmnopqrst");
     ClickTest(1);
     ClickTest(0);
-    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("ABCDEFGHIJKLMNOPQRST"));
+    EXPECT_EQ(Text("txtTestDescr"), "ABCDEFGHIJKLMNOPQRST");
     Click("cmdSave");
     EXPECT_EQ(Headers("T1").testDescriptions[0], "ABCDEFGHIJKLMNOPQRST");
     EXPECT_EQ(Headers("T1").testNotes[0], "abcdefghijklmnopqrst");
@@ -276,7 +215,7 @@ TEST_F(SetDescrWindow, EmptyingADescriptionRemovesItsLine) {
     Type("txtTestDescr", "");
     Click("cmdSave");
     EXPECT_THAT(Bytes("T1"), Not(HasSubstr("TEST DESCRIPTION")));
-    EXPECT_EQ(Find<QListWidget>("lstTest")->item(0)->text(), QStringLiteral("Test 1"));
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(0)->text(), u"Test 1"_s);
 }
 
 TEST_F(SetDescrWindow, NotesOfAFileWithoutSomeAreAppended) {
@@ -284,7 +223,7 @@ TEST_F(SetDescrWindow, NotesOfAFileWithoutSomeAreAppended) {
     ClickFile("T2");
     TypeNotes("line 1\nline 2");
     Click("cmdSave");
-    EXPECT_THAT(Bytes("T2"), ::testing::EndsWith("50%CUR\r\nNOTES:\r\nline 1\r\nline 2\r\n"));
+    EXPECT_THAT(Bytes("T2"), EndsWith("50%CUR\r\nNOTES:\r\nline 1\r\nline 2\r\n"));
 }
 
 TEST_F(SetDescrWindow, UnsavedEditsOutliveTheChoiceOfAnotherTest) {
@@ -294,8 +233,8 @@ TEST_F(SetDescrWindow, UnsavedEditsOutliveTheChoiceOfAnotherTest) {
     Type("txtHeader2", "Feeder");
     TypeNotes("all new");
     ClickTest(1);
-    EXPECT_EQ(Box("txtHeader2")->text(), QStringLiteral("Feeder"));
-    EXPECT_EQ(OpenNotepad()->toPlainText(), QStringLiteral("all new"));
+    EXPECT_EQ(Text("txtHeader2"), "Feeder");
+    EXPECT_EQ(OpenNotepad()->toPlainText(), u"all new"_s);
     notepad->close();
     Click("cmdSave");
     EXPECT_EQ(Headers("T1").header[2], "Feeder");
@@ -312,7 +251,7 @@ TEST_F(SetDescrWindow, EachKindOfEditIsWrittenBackByEveryWayOut) {
     for (const auto& leave : leaves) {
         for (const auto& edit : edits) {
             SCOPED_TRACE(round++);
-            Put("T1", HeaderText("North", "12") + ShotText(1));
+            Put("T1", HeaderOfT1("North", "12") + ShotText(1));
             const RecordHeaders before = Headers("T1");
             Open();
             ClickFile("T1");
@@ -338,7 +277,7 @@ TEST_F(SetDescrWindow, ChoosingAnotherFileWritesThePreviousOneBack) {
     EXPECT_EQ(Headers("T1").testDescriptions[1], "second");
     EXPECT_EQ(Headers("T1").testNotes[1], "dry");
     EXPECT_EQ(Headers("T2").testDescriptions[0], "");
-    EXPECT_EQ(Box("txtHeader1")->text(), QStringLiteral("South"));
+    EXPECT_EQ(Text("txtHeader1"), "South");
 }
 
 TEST_F(SetDescrWindow, AFullDiskIsSaidAndTheTextKept) {
@@ -363,13 +302,13 @@ TEST_F(SetDescrWindow, AFullDiskIsSaidAndTheTextKept) {
         prompts.answers = {Answer::No};
         ClickFile("T2");
         QApplication::processEvents();
-        EXPECT_EQ(Find<QTreeWidget>("lvTest")->currentItem()->text(0), QStringLiteral("T1"));
-        EXPECT_TRUE(Find<QTreeWidget>("lvTest")->currentItem()->isSelected());
+        EXPECT_EQ(List()->currentItem()->text(0), u"T1"_s);
+        EXPECT_TRUE(List()->currentItem()->isSelected());
         EXPECT_EQ(prompts.shown.size(), 3U);
     }
     EXPECT_EQ(Bytes("T1"), before);
-    EXPECT_EQ(QDir(folder.Path()).entryList(QDir::Files).size(), 3);
-    EXPECT_EQ(Box("txtTestDescr")->text(), QStringLiteral("kept"));
+    EXPECT_EQ(NamesIn(settings.dataPath).size(), 3U);
+    EXPECT_EQ(Text("txtTestDescr"), "kept");
     EXPECT_EQ(unloads, 0);
     window->close();
     ASSERT_TRUE(WaitClosed());
@@ -396,7 +335,7 @@ TEST_F(SetDescrWindow, AFileThatAnotherProgramChangedIsAskedAbout) {
     Open();
     ClickFile("T1");
     Type("txtHeader0", "mine");
-    const std::string changed = HeaderText("North", "12") + ShotText(1) + ShotText(2) +
+    const std::string changed = HeaderOfT1("North", "12") + ShotText(1) + ShotText(2) +
                                 ShotText(3) + ShotText(4, "TEST NOTES: theirs\r\n");
     Put("T1", changed);
     prompts.answers = {Answer::No, Answer::No};
@@ -432,7 +371,7 @@ TEST_F(SetDescrWindow, ATextWithTheKeyOfAnotherLineIsAskedAbout) {
 }
 
 TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {
-    std::string many = HeaderText("North", "12");
+    std::string many = HeaderOfT1("North", "12");
     for (int i = 1; i <= 101; ++i)
         many += ShotText(i);
     Put("T1", many);
@@ -443,7 +382,7 @@ TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {
                 ElementsAre("Run-time error '9': Subscript out of range: the file holds more than "
                             "100 tests"));
     EXPECT_EQ(Bytes("T1"), many);
-    EXPECT_FALSE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_FALSE(Enabled("cmdSave"));
     EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 0);
     EXPECT_EQ(Find<QLabel>("lblFilename")->text(), QString());
     ClickFile("T2");
@@ -456,7 +395,7 @@ TEST_F(SetDescrWindow, AFileThatHasGoneIsSaid) {
     ClickFile("T2");
     ASSERT_EQ(prompts.shown.size(), 1U);
     EXPECT_THAT(Shown()[0], StartsWith("Run-time error '53': File not found"));
-    EXPECT_FALSE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_FALSE(Enabled("cmdSave"));
 }
 
 TEST_F(SetDescrWindow, CharactersOutsideThePageAreRefusedInWords) {
@@ -466,14 +405,13 @@ TEST_F(SetDescrWindow, CharactersOutsideThePageAreRefusedInWords) {
     for (const char* name : {"txtHeader3", "txtTestDescr", "txtTestNotes"}) {
         const QString before = Box(name)->text();
         Box(name)->setFocus();
-        QTest::sendKeyEvent(QTest::Click, Box(name), Qt::Key_unknown, QStringLiteral("\u03A9"), {});
+        QTest::sendKeyEvent(QTest::Click, Box(name), Qt::Key_unknown, u"\u03A9"_s, {});
         EXPECT_EQ(Box(name)->text(), before);
         EXPECT_EQ(QToolTip::text(), NotInPageMessage());
         QToolTip::hideText();
     }
     Box("txtHeader3")->end(false);
-    QTest::sendKeyEvent(QTest::Click, Box("txtHeader3"), Qt::Key_unknown, QStringLiteral("\u20AC"),
-                        {});
+    QTest::sendKeyEvent(QTest::Click, Box("txtHeader3"), Qt::Key_unknown, u"\u20AC"_s, {});
     Click("cmdSave");
     EXPECT_EQ(Headers("T1").header[3], "Maker\x80");
 }
@@ -483,7 +421,7 @@ TEST_F(SetDescrWindow, AnOpenNotepadIsTakenOverWhenTheWindowCloses) {
     ClickFile("T1");
     QTextEdit* rt = OpenNotepad();
     rt->selectAll();
-    QTest::keyClicks(rt, QStringLiteral("typed last"));
+    QTest::keyClicks(rt, u"typed last"_s);
     window->close();
     ASSERT_TRUE(WaitClosed());
     EXPECT_EQ(Headers("T1").fileNotes, "typed last");
@@ -507,42 +445,41 @@ TEST_F(SetDescrWindow, TheKeysReachEverythingInTheOrderOfTheEye) {
         ElementsAre("lvTest", "lstTest", "txtTestDescr", "txtTestNotes", "txtHeader0", "txtHeader1",
                     "txtHeader2", "txtHeader3", "txtHeader4", "txtHeader5", "txtHeader6",
                     "txtHeader7", "cmdNotes", "cmdSave", "cmdExit", "cmdRecord"));
-    EXPECT_THAT(MnemonicsOf(*window),
-                ::testing::UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E", "Alt+H"));
+    EXPECT_THAT(MnemonicsOf(*window), UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E", "Alt+H"));
 }
 
 TEST_F(SetDescrWindow, EverythingIsChosenByTheKeyboard) {
     Open();
-    auto* lvTest = Find<QTreeWidget>("lvTest");
+    auto* lvTest = List();
     auto* lstTest = Find<QListWidget>("lstTest");
     lvTest->setFocus(Qt::TabFocusReason);
     QTest::keyClick(lvTest, Qt::Key_Return);
     QApplication::processEvents();
-    EXPECT_THAT(Find<QLabel>("lblFilename")->text().toStdString(), StartsWith("T1 **"));
+    EXPECT_THAT(Text("lblFilename"), StartsWith("T1 **"));
     QTest::keyClick(lvTest, Qt::Key_Tab);
     EXPECT_TRUE(lstTest->hasFocus());
-    EXPECT_EQ(Box("txtTestNumData")->text(), QString());
+    EXPECT_EQ(Text("txtTestNumData"), "");
     QTest::keyClick(lstTest, Qt::Key_Return);
-    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("1"));
+    EXPECT_EQ(Text("txtTestNumData"), "1");
     QTest::keyClick(lstTest, Qt::Key_Down);
-    EXPECT_EQ(Box("txtTestNumData")->text(), QStringLiteral("2"));
+    EXPECT_EQ(Text("txtTestNumData"), "2");
     lvTest->setFocus(Qt::TabFocusReason);
     QTest::keyClick(lvTest, Qt::Key_Down);
     QApplication::processEvents();
-    EXPECT_THAT(Find<QLabel>("lblFilename")->text().toStdString(), StartsWith("T2 **"));
+    EXPECT_THAT(Text("lblFilename"), StartsWith("T2 **"));
 }
 
 TEST_F(SetDescrWindow, AClickBesideTheRowsKeepsTheFile) {
     Open();
     ClickFile("T1");
-    auto* lvTest = Find<QTreeWidget>("lvTest");
+    auto* lvTest = List();
     const QPoint below(20, lvTest->viewport()->height() - 2);
     ASSERT_EQ(lvTest->itemAt(below), nullptr);
     QTest::mouseClick(lvTest->viewport(), Qt::LeftButton, {}, below);
     QApplication::processEvents();
     ASSERT_EQ(lvTest->selectedItems().size(), 1);
-    EXPECT_EQ(lvTest->selectedItems().front()->text(0), QStringLiteral("T1"));
-    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_EQ(lvTest->selectedItems().front()->text(0), u"T1"_s);
+    EXPECT_TRUE(Enabled("cmdSave"));
 }
 
 TEST_F(SetDescrWindow, NothingIsCut) {
@@ -554,7 +491,7 @@ TEST_F(SetDescrWindow, NothingIsCut) {
         window->resize(size);
         QApplication::processEvents();
         EXPECT_EQ(window->size(), size);
-        EXPECT_THAT(CutTextsOf(*window), ::testing::IsEmpty());
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
         EXPECT_GE(Box("txtTestNotes")->y() - Box("txtTestDescr")->geometry().bottom(), 3);
     }
     // Beside the main window's own bars there is room for it on a laptop's screen at 150 %.
@@ -563,5 +500,4 @@ TEST_F(SetDescrWindow, NothingIsCut) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

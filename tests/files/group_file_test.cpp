@@ -2,22 +2,18 @@
 // The two tests of an overlay as one file.
 #include "files/group_file.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
-#include "tests/files/file_window.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
-
-using ::testing::ElementsAre;
 
 std::string Joined(const std::vector<std::string>& lines) {
     return JoinLines(lines);
@@ -39,13 +35,12 @@ TEST(TestEntries, ListsTheTestsOfAFile) {
 }
 
 TEST(OverlayTest, IsItsText) {
-    EXPECT_EQ(OverlayTestText(QStringLiteral("T0012"), QStringLiteral("TEST NUMBER:3")),
-              QStringLiteral("T0012 - TEST NUMBER:3"));
-    const auto test = ParseOverlayTest(QStringLiteral("A - B - TEST NUMBER: 12"));
+    EXPECT_EQ(OverlayTestText(u"T0012"_s, u"TEST NUMBER:3"_s), u"T0012 - TEST NUMBER:3"_s);
+    const auto test = ParseOverlayTest(u"A - B - TEST NUMBER: 12"_s);
     ASSERT_TRUE(test.has_value());
-    EXPECT_EQ(test->record, QStringLiteral("A - B"));
+    EXPECT_EQ(test->record, u"A - B"_s);
     EXPECT_EQ(test->number, 12);
-    EXPECT_FALSE(ParseOverlayTest(QStringLiteral("T0012")).has_value());
+    EXPECT_FALSE(ParseOverlayTest(u"T0012"_s).has_value());
     EXPECT_FALSE(ParseOverlayTest({}).has_value());
 }
 
@@ -86,11 +81,11 @@ TEST(WriteGroupFile, ReplacesTheEarlierOneAndTakesTheSameTestTwice) {
     const QString dataPath = folder.Path("");
     ReplaceFile(folder.Path("T1.txt"), HeaderLines() + kTwoRecords);
     ReplaceFile(folder.Path("2Graphs.GRP"), "old");
-    const OverlayTest test{QStringLiteral("T1"), 1};
+    const OverlayTest test{u"T1"_s, 1};
     WriteGroupFile(dataPath, test, test);
     const std::string part = GroupPart(HeaderLines() + kTwoRecords, 1);
     EXPECT_EQ(ReadWholeFile(folder.Path("2Graphs.GRP")), part + part);
-    EXPECT_THROW(WriteGroupFile(dataPath, test, {QStringLiteral("gone"), 1}), RunTimeError);
+    EXPECT_THROW(WriteGroupFile(dataPath, test, {u"gone"_s, 1}), RunTimeError);
     EXPECT_EQ(ReadWholeFile(folder.Path("2Graphs.GRP")), part + part);
 }
 

@@ -2,8 +2,6 @@
 // Compares the rewrite and the reading of the notes with a second way to say the same rules: marks
 // on numbered lines instead of a walk.
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <random>
 #include <regex>
@@ -11,9 +9,9 @@
 #include "common/run_time_error.h"
 #include "files/record_headers.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 constexpr int kFiles = 8000;
@@ -201,5 +199,4 @@ TEST(RecordHeadersRandom, TheRewriteDoesWhatTheRulesSay) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

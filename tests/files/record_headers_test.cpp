@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/record_headers.h"
 
-#include <gtest/gtest.h>
-
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "records/record_file.h"
-#include "tests/files/record_text.h"
+#include "tests/support/record_text.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 std::string Twenty(std::string text) {
@@ -19,7 +17,7 @@ std::string Twenty(std::string text) {
 
 TEST(RecordHeaders, ReadsTheTextsByTheirPlaces) {
     const RecordHeaders headers = ReadRecordHeaders(
-        HeaderText("North", "12 a") + ShotText(1, "TEST DESCRIPTION: First shot          \r\n") +
+        HeaderOfT1("North", "12 a") + ShotText(1, "TEST DESCRIPTION: First shot          \r\n") +
         ShotText(2, "TEST DESCRIPTION: Second\r\nTEST NOTES: dry\r\n") +
         ShotText(3, "TEST NOTES: wet\r\n") + "NOTES:\r\nline 1\r\n\r\nline 3\r\n");
     EXPECT_EQ(headers.testNumber, "T1");
@@ -39,7 +37,7 @@ TEST(RecordHeaders, ReadsTheTextsByTheirPlaces) {
 
 TEST(RecordHeaders, ReadsAnEmptyFileAndPartsOfOne) {
     EXPECT_EQ(ReadRecordHeaders(""), RecordHeaders());
-    const std::string whole = HeaderText("North", "12") + ShotText(1, "TEST NOTES: a\r\n");
+    const std::string whole = HeaderOfT1("North", "12") + ShotText(1, "TEST NOTES: a\r\n");
     for (std::size_t size = 0; size <= whole.size(); ++size) {
         EXPECT_LE(ReadRecordHeaders(whole.substr(0, size)).recNumbers.size(), 1U);
     }
@@ -57,7 +55,7 @@ TEST(RecordHeaders, NotesBeginBehindTheFirstLineWithTheirWord) {
 }
 
 TEST(RecordHeaders, RewritesEachHeaderLine) {
-    RecordHeaders headers = ReadRecordHeaders(HeaderText("North", "12") + ShotText(1));
+    RecordHeaders headers = ReadRecordHeaders(HeaderOfT1("North", "12") + ShotText(1));
     headers.header = {"C1", " S 2 ", "", "M\xFCller", "ABCDEFGHIJKLMNOPQRSTUVWXY", "6", "7", "8"};
     const std::string expected =
         "TEST NUMBER: T1\r\nDATE: 11/21/26\r\nTIME: 10:15\r\n# OF SHOTS: 03\r\n"
@@ -65,7 +63,7 @@ TEST(RecordHeaders, RewritesEachHeaderLine) {
         "CIRCUIT:                     \r\nMFR: M\xFCller              \r\n"
         "MODEL: ABCDEFGHIJKLMNOPQRST\r\nSN: 6                   \r\n"
         "COMMENTS: 7                   \r\nOPERATOR: 8                   \r\n";
-    EXPECT_EQ(RewriteRecord(HeaderText("North", "12") + ShotText(1), headers),
+    EXPECT_EQ(RewriteRecord(HeaderOfT1("North", "12") + ShotText(1), headers),
               expected + ShotText(1));
 }
 
@@ -102,7 +100,7 @@ TEST(RecordHeaders, TheTestsTextsStandBehindTheirRecordNumbers) {
 }
 
 TEST(RecordHeaders, EmptyingADescriptionRemovesItsLine) {
-    const std::string file = HeaderText("North", "12") + ShotText(1, "TEST DESCRIPTION: old\r\n");
+    const std::string file = HeaderOfT1("North", "12") + ShotText(1, "TEST DESCRIPTION: old\r\n");
     RecordHeaders headers = ReadRecordHeaders(file);
     headers.testDescriptions[0].clear();
     const std::string written = RewriteRecord(file, headers);
@@ -111,7 +109,7 @@ TEST(RecordHeaders, EmptyingADescriptionRemovesItsLine) {
 }
 
 TEST(RecordHeaders, AFileWithoutNotesGetsThemAtItsEnd) {
-    const std::string file = HeaderText("North", "12") + ShotText(1);
+    const std::string file = HeaderOfT1("North", "12") + ShotText(1);
     RecordHeaders headers = ReadRecordHeaders(file);
     headers.fileNotes = "a\r\n\r\nb";
     const std::string written = RewriteRecord(file, headers);
@@ -162,7 +160,7 @@ TEST(RecordHeaders, AHundredTestsAreTheLimit) {
 }
 
 TEST(RecordHeaders, AnEditOfAnotherFieldLeavesAFieldWithAKeyOfALaterOne) {
-    const std::string file = HeaderText("see OPERATOR: me", "12") + ShotText(1);
+    const std::string file = HeaderOfT1("see OPERATOR: me", "12") + ShotText(1);
     RecordHeaders headers = ReadRecordHeaders(file);
     EXPECT_EQ(headers.header[1], "see OPERATOR: me");
     headers.header[7] = "Miller";
@@ -174,7 +172,7 @@ TEST(RecordHeaders, AnEditOfAnotherFieldLeavesAFieldWithAKeyOfALaterOne) {
 
 TEST(RecordHeaders, WhatDoesNotSurviveIsKnownBefore) {
     const std::string file =
-        HeaderText("North", "12") + ShotText(1, "TEST NOTES: x\r\n") + "NOTES:\r\nabc\r\n";
+        HeaderOfT1("North", "12") + ShotText(1, "TEST NOTES: x\r\n") + "NOTES:\r\nabc\r\n";
     const RecordHeaders headers = ReadRecordHeaders(file);
     EXPECT_TRUE(SurvivesRewrite(file, headers));
     const auto with = [&](const auto& change) {
@@ -194,16 +192,16 @@ TEST(RecordHeaders, WhatDoesNotSurviveIsKnownBefore) {
     EXPECT_FALSE(with([](RecordHeaders& h) { h.testDescriptions[0] = "NOTES"; }));
     // Such texts of the file itself.
     for (const char* line : {"TEST NOTES:\r\n", "NOTES\r\n", "COMPANY: twice\r\nSN: x\r\n"}) {
-        const std::string odd = HeaderText("North", "12") + line + ShotText(1);
+        const std::string odd = HeaderOfT1("North", "12") + line + ShotText(1);
         const bool survives = std::string(line).starts_with("COMPANY");
         EXPECT_EQ(SurvivesRewrite(odd, ReadRecordHeaders(odd)), survives) << line;
     }
-    const std::string lost = HeaderText("COMPANY: 5", "12") + ShotText(1);
+    const std::string lost = HeaderOfT1("COMPANY: 5", "12") + ShotText(1);
     EXPECT_FALSE(SurvivesRewrite(lost, ReadRecordHeaders(lost)));
 }
 
 TEST(RecordHeaders, ReadersReadWhatWasRewritten) {
-    const std::string file = HeaderText("North", "12") + ShotText(1) + ShotText(2);
+    const std::string file = HeaderOfT1("North", "12") + ShotText(1) + ShotText(2);
     RecordHeaders headers = ReadRecordHeaders(file);
     headers.testDescriptions[0] = "first";
     headers.testNotes[1] = "second";
@@ -217,5 +215,4 @@ TEST(RecordHeaders, ReadersReadWhatWasRewritten) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/guide.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
@@ -18,27 +15,21 @@
 #include <QTest>
 #include <QTimer>
 #include <atomic>
-#include <memory>
 #include <mutex>
-#include <vector>
 
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 #include "ui/dialog_prompts.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 constexpr int kPatience = 3000;  // ms
 const QString kGuide = QStringLiteral(DAVO_GUIDE_FOLDER);
 
 QString Place(const char* window) {
-    return kGuide + QStringLiteral("/f1/%1.html").arg(QLatin1String(window));
+    return kGuide + u"/f1/%1.html"_s.arg(QLatin1String(window));
 }
 
 // Where the page of a window leads to.
@@ -46,19 +37,18 @@ QString TargetOf(const QString& page) {
     QFile file(page);
     if (!file.open(QIODevice::ReadOnly)) return {};
     const QString text = QString::fromUtf8(file.readAll());
-    const auto start = text.indexOf(QLatin1String("url=")) + 4;
+    const auto start = text.indexOf("url="_L1) + 4;
     return text.mid(start, text.indexOf(QLatin1Char('"'), start) - start);
 }
 
 // The message at a place of the page of messages, as the page shows it.
 QString MessageAt(const QString& target) {
-    QFile file(kGuide + QStringLiteral("/messages.html"));
+    QFile file(kGuide + u"/messages.html"_s);
     if (!file.open(QIODevice::ReadOnly)) return {};
     const QString page = QString::fromUtf8(file.readAll());
-    const QString opening =
-        QStringLiteral("<pre id=\"%1\"><code>").arg(target.section(QLatin1Char('#'), 1));
+    const QString opening = u"<pre id=\"%1\"><code>"_s.arg(target.section(QLatin1Char('#'), 1));
     const auto start = page.indexOf(opening) + opening.size();
-    const auto end = page.indexOf(QStringLiteral("</code>"), start);
+    const auto end = page.indexOf(u"</code>"_s, start);
     return page.mid(start, end - start).trimmed();
 }
 
@@ -104,7 +94,7 @@ class Shown : public QDialog {
   public:
     explicit Shown(const char* name) : line(new QLineEdit(this)) {
         setObjectName(QLatin1String(name));
-        line->setObjectName(QStringLiteral("txtInput"));
+        line->setObjectName(u"txtInput"_s);
         show();
         activateWindow();
         line->setFocus();
@@ -133,35 +123,35 @@ INSTANTIATE_TEST_SUITE_P(Windows, EveryWindow,
                                            "msgBox", "cdFile", "folderBrowser"));
 
 TEST_F(Guide, PlacesLeadToWhatTheWindowIsAbout) {
-    EXPECT_EQ(TargetOf(Place("frmCControl")), QStringLiteral("../test.html#window"));
-    EXPECT_EQ(TargetOf(Place("frmTestList")), QStringLiteral("../retrieval.html#recall"));
-    EXPECT_EQ(TargetOf(Place("msgBox")), QStringLiteral("../messages.html#messages"));
-    EXPECT_EQ(TargetOf(Place("frmConfig")), QStringLiteral("../ports.html#configure"));
+    EXPECT_EQ(TargetOf(Place("frmCControl")), u"../test.html#window"_s);
+    EXPECT_EQ(TargetOf(Place("frmTestList")), u"../retrieval.html#recall"_s);
+    EXPECT_EQ(TargetOf(Place("msgBox")), u"../messages.html#messages"_s);
+    EXPECT_EQ(TargetOf(Place("frmConfig")), u"../ports.html#configure"_s);
 }
 
 TEST_F(Guide, AWindowWithoutAPlaceTakesThatOfTheOneAboveIt) {
     QWidget window;
-    window.setObjectName(QStringLiteral("frmTestList"));
+    window.setObjectName(u"frmTestList"_s);
     QDialog above(&window);
-    above.setObjectName(QStringLiteral("nowhere"));
+    above.setObjectName(u"nowhere"_s);
     EXPECT_EQ(GuidePage(kGuide, &above), Place("frmTestList"));
 }
 
 TEST_F(Guide, AnUnknownWindowOpensTheFirstPage) {
     QWidget window;
-    window.setObjectName(QStringLiteral("nowhere"));
-    EXPECT_EQ(GuidePage(kGuide, &window), kGuide + QStringLiteral("/index.html"));
-    EXPECT_EQ(GuidePage(kGuide, nullptr), kGuide + QStringLiteral("/index.html"));
+    window.setObjectName(u"nowhere"_s);
+    EXPECT_EQ(GuidePage(kGuide, &window), kGuide + u"/index.html"_s);
+    EXPECT_EQ(GuidePage(kGuide, nullptr), kGuide + u"/index.html"_s);
 }
 
 TEST_F(Guide, TheMainWindowsOwnPartsLeadToTheWindowThatIsOpenInIt) {
     QMainWindow window;
-    window.setObjectName(QStringLiteral("frmMain"));
+    window.setObjectName(u"frmMain"_s);
     auto* area = new QMdiArea;
     window.setCentralWidget(area);
     EXPECT_EQ(GuidePage(kGuide, window.menuBar()), Place("frmMain"));
     auto* child = new QWidget;
-    child->setObjectName(QStringLiteral("frmCControl"));
+    child->setObjectName(u"frmCControl"_s);
     area->addSubWindow(child);
     window.show();
     child->show();
@@ -181,29 +171,29 @@ TEST_F(Guide, AModalMessageLeadsToTheMessages) {
         EXPECT_TRUE(Until([this] { return !opened.Paths().empty(); }));
         QTest::keyClick(box, Qt::Key_Escape);
     });
-    DialogPrompts().YesNo(QStringLiteral("Do You Want to Exit?"), Answer::No);
+    DialogPrompts().YesNo(u"Do You Want to Exit?"_s, Answer::No);
     ASSERT_EQ(opened.Paths().size(), 1U);
     const QString target = TargetOf(opened.Paths().front());
     EXPECT_THAT(target.toStdString(), StartsWith("../messages.html#message-"));
-    EXPECT_EQ(MessageAt(target), QStringLiteral("Do You Want to Exit?"));
+    EXPECT_EQ(MessageAt(target), u"Do You Want to Exit?"_s);
 }
 
 TEST_F(Guide, AMessageIsFoundByWhatIsAlwaysTheSameInIt) {
     QMessageBox box;
-    box.setObjectName(QStringLiteral("msgBox"));
+    box.setObjectName(u"msgBox"_s);
     const auto found = [&box](const char* text) {
         box.setProperty("exactText", QString::fromUtf8(text));
         return MessageAt(TargetOf(GuidePage(kGuide, &box)));
     };
     EXPECT_EQ(found("File 'T1.txt' exists. Do you want to override? "),
-              QStringLiteral("File '‹name›' exists. Do you want to override?"));
+              u"File '‹name›' exists. Do you want to override?"_s);
     EXPECT_EQ(found("DAVO is not available\r\nor\r\nnot under computer control."),
-              QStringLiteral("DAVO is not available\nor\nnot under computer control."));
+              u"DAVO is not available\nor\nnot under computer control."_s);
     EXPECT_EQ(found("Run-time error '61': Disk full: /a/T1.txt"),
-              QStringLiteral("Run-time error '‹number›': ‹text›: ‹file or line›"));
+              u"Run-time error '‹number›': ‹text›: ‹file or line›"_s);
     EXPECT_EQ(found("The test record was not saved.\r\nRun-time error '61': Disk full"),
-              QStringLiteral("The test record was not saved.\n‹error›"));
-    box.setProperty("exactText", QStringLiteral("Something else"));
+              u"The test record was not saved.\n‹error›"_s);
+    box.setProperty("exactText", u"Something else"_s);
     EXPECT_EQ(GuidePage(kGuide, &box), Place("msgBox"));
 }
 
@@ -215,7 +205,7 @@ TEST_F(Guide, OtherKeysGoOn) {
     QTest::keyClick(window.windowHandle(), Qt::Key_F2);
     QTest::keyClick(window.windowHandle(), Qt::Key_F1, Qt::ControlModifier);
     QTest::qWait(50);
-    EXPECT_EQ(window.line->text(), QStringLiteral("a"));
+    EXPECT_EQ(window.line->text(), u"a"_s);
     EXPECT_THAT(opened.Paths(), IsEmpty());
 }
 
@@ -254,20 +244,19 @@ TEST_F(Guide, ASlowBrowserStopsNothingAndIsStartedOnce) {
 
 TEST_F(Guide, AGuideThatIsNotThereIsSaid) {
     const TemporaryFolder folder;
-    Install({folder.Path() + QStringLiteral("guide"), folder.Path() + QStringLiteral("other")});
+    Install({folder.Path() + u"guide"_s, folder.Path() + u"other"_s});
     Shown window("frmConfig");
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     PressF1(window);
     ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("The guide is not on this computer. It belongs in ") +
-                            QDir::toNativeSeparators(folder.Path()) + QStringLiteral("guide")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"The guide is not on this computer. It belongs in "_s +
+                                           QDir::toNativeSeparators(folder.Path()) + u"guide"_s));
     EXPECT_THAT(opened.Paths(), IsEmpty());
 }
 
 TEST_F(Guide, TheSecondFolderIsTakenWhenTheFirstIsNotThere) {
     const TemporaryFolder folder;
-    Install({folder.Path() + QStringLiteral("guide"), kGuide});
+    Install({folder.Path() + u"guide"_s, kGuide});
     Shown window("frmConfig");
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     PressF1(window);
@@ -284,18 +273,15 @@ TEST_F(Guide, AComputerWithoutABrowserIsSaid) {
     ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
     EXPECT_THAT(
         prompts.shown,
-        ElementsAre(
-            QStringLiteral("This computer has no program that shows the guide. It is stored as ") +
-            QDir::toNativeSeparators(Place("frmConfig"))));
+        ElementsAre(u"This computer has no program that shows the guide. It is stored as "_s +
+                    QDir::toNativeSeparators(Place("frmConfig"))));
 }
 
 TEST(GuideFolders, AreBesideTheProgramAndWhereAPackagePutsIt) {
     const QString program = QCoreApplication::applicationDirPath();
-    EXPECT_THAT(GuideFolders(),
-                ElementsAre(program + QStringLiteral("/guide"),
-                            QDir::cleanPath(program + QStringLiteral("/../share/davo/guide"))));
+    EXPECT_THAT(GuideFolders(), ElementsAre(program + u"/guide"_s,
+                                            QDir::cleanPath(program + u"/../share/davo/guide"_s)));
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The record that the guide shows line by line is one that the program reads.
-#include <gtest/gtest.h>
 
 #include <QFile>
-#include <QString>
 #include <QStringList>
 
 #include "records/record_file.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 // The literal blocks of the page that tells a record's lines, in order.
 QStringList Blocks() {
     QFile file(QStringLiteral(DAVO_GUIDE_SOURCES "/records.md"));
     if (!file.open(QIODevice::ReadOnly)) return {};
-    const QStringList parts = QString::fromUtf8(file.readAll()).split(QStringLiteral("```\n"));
+    const QStringList parts = QString::fromUtf8(file.readAll()).split(u"```\n"_s);
     QStringList blocks;
     for (qsizetype i = 1; i < parts.size(); i += 2)
         blocks.push_back(parts.at(i));
@@ -26,8 +24,8 @@ QStringList Blocks() {
 TEST(GuideRecord, IsReadLineByLine) {
     const QStringList blocks = Blocks();
     ASSERT_EQ(blocks.size(), 2) << "the header and a shot";
-    QString text = blocks.join(QString()) + QStringLiteral("NOTES:\nTerminal box dry.\n");
-    text.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
+    QString text = blocks.join(QString()) + u"NOTES:\nTerminal box dry.\n"_s;
+    text.replace(QLatin1Char('\n'), u"\r\n"_s);
     const TestRecordFile file = ParseTestRecordFile(text.toLatin1().toStdString());
     EXPECT_EQ(file.testNumber, "Feeder12");
     EXPECT_EQ(file.date, "11/21/26");
@@ -49,5 +47,4 @@ TEST(GuideRecord, IsReadLineByLine) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

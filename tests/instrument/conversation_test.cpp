@@ -3,9 +3,8 @@
 
 #include "instrument/conversation.h"
 
-#include <gmock/gmock.h>
-
 #include "tests/instrument/memory_pc.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

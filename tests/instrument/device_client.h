@@ -2,7 +2,6 @@
 #pragma once
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -10,8 +9,9 @@
 
 #include <array>
 #include <chrono>
-#include <string>
 #include <string_view>
+
+#include "tests/support/testing.h"
 
 namespace davo::test {
 

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/faults.h"
 
-#include <gmock/gmock.h>
-
 #include "instrument/conversation.h"
 #include "instrument/paced_line.h"
 #include "tests/instrument/image_fields.h"
 #include "tests/instrument/memory_pc.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "records/record_image.h"
+
+#include "tests/support/testing.h"
 
 namespace davo::test {
 

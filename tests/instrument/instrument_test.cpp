@@ -3,7 +3,6 @@
 
 #include "instrument/instrument.h"
 
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 
 #include <fstream>
@@ -16,6 +15,7 @@
 #include "tests/instrument/image_fields.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
@@ -23,7 +23,6 @@ namespace {
 using namespace instrument;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using testing::HasSubstr;
 
 class Device : public testing::Test {
   protected:

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
 #include <string_view>
 
 #include "instrument/conversation.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 

@@ -3,14 +3,13 @@
 
 #include "instrument/memory.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
 #include <sstream>
 
 #include "tests/instrument/image_fields.h"
 #include "tests/instrument/memory_pc.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/paced_line.h"
 
-#include <gtest/gtest.h>
-
 #include "instrument/random.h"
 
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The program: its command line, and the process from its ready line to its end.
 
-#include <gmock/gmock.h>
-
 #include <QProcess>
 
 #include "instrument/command_line.h"
 #include "tests/instrument/device_client.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
 using namespace instrument;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 constexpr int kPatienceMs = 20000;
 
@@ -97,8 +94,7 @@ TEST(Program, SaysWhenItIsReadyAndEndsCleanlyOnTerm) {
     const TemporaryFolder folder;
     const std::string link = folder.Path("davo").toStdString();
     QProcess process;
-    EXPECT_EQ(Start(process, {QStringLiteral("--link"), folder.Path("davo"),
-                              QStringLiteral("--seed"), QStringLiteral("42")}),
+    EXPECT_EQ(Start(process, {u"--link"_s, folder.Path("davo"), u"--seed"_s, u"42"_s}),
               "ready " + link + " seed 42\n");
     {
         DeviceClient pc(link);
@@ -114,7 +110,7 @@ TEST(Program, SaysWhenItIsReadyAndEndsCleanlyOnTerm) {
 
 TEST(Program, RefusesABadCommandLine) {
     QProcess process;
-    process.start(QStringLiteral(DAVO_INSTRUMENT_PROGRAM), {QStringLiteral("--nonsense")});
+    process.start(QStringLiteral(DAVO_INSTRUMENT_PROGRAM), {u"--nonsense"_s});
     ASSERT_TRUE(process.waitForFinished(kPatienceMs));
     EXPECT_EQ(process.exitCode(), 2);
     EXPECT_THAT(process.readAllStandardError().toStdString(),
@@ -123,8 +119,7 @@ TEST(Program, RefusesABadCommandLine) {
 
 TEST(Program, TellsThatTheLinkCannotBeMade) {
     QProcess process;
-    process.start(QStringLiteral(DAVO_INSTRUMENT_PROGRAM),
-                  {QStringLiteral("--link"), QStringLiteral("/nowhere/davo")});
+    process.start(QStringLiteral(DAVO_INSTRUMENT_PROGRAM), {u"--link"_s, u"/nowhere/davo"_s});
     ASSERT_TRUE(process.waitForFinished(kPatienceMs));
     EXPECT_EQ(process.exitCode(), 1);
 }
@@ -134,10 +129,8 @@ TEST(Program, EndsWithItsParent) {
     const std::string link = folder.Path("davo").toStdString();
     // A shell in between, that is killed so that it cannot clean up.
     QProcess shell;
-    shell.start(
-        QStringLiteral("/bin/sh"),
-        {QStringLiteral("-c"), QStringLiteral("\"$0\" --link \"$1\" --die-with-parent & wait"),
-         QStringLiteral(DAVO_INSTRUMENT_PROGRAM), folder.Path("davo")});
+    shell.start(u"/bin/sh"_s, {u"-c"_s, u"\"$0\" --link \"$1\" --die-with-parent & wait"_s,
+                               QStringLiteral(DAVO_INSTRUMENT_PROGRAM), folder.Path("davo")});
     ASSERT_TRUE(shell.waitForReadyRead(kPatienceMs));
     const DeviceClient pc(link);
     shell.kill();

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whole shots in memory: what is said, in which order, and what a seed decides.
 
-#include <gmock/gmock.h>
-
 #include <regex>
 #include <set>
 
 #include "tests/instrument/image_fields.h"
 #include "tests/instrument/memory_pc.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
@@ -16,9 +15,6 @@ namespace {
 using namespace instrument;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr const char* kZero = "MESSAGE=TURN VOLTAGE DRIVE TO ZERO...\r\n";
 constexpr const char* kRange = "MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH\r\n";
@@ -81,7 +77,7 @@ TEST(Shot, AFullOneGoesThroughAllPrompts) {
     said = pc.Until(kRatio);
     said.erase(said.size() - std::string(kRatio).size());
     ExpectReadings(said);
-    EXPECT_THAT(said, testing::EndsWith("I=0.0000 V=0.0\r\n"));
+    EXPECT_THAT(said, EndsWith("I=0.0000 V=0.0\r\n"));
 
     readings.clear();
     for (int i = 0; i < 20; ++i)
@@ -340,7 +336,7 @@ TEST(RecordShot, IsTheSameUnderTheSameSeedAndAnotherUnderAnother) {
     const std::string once = text(RecordShot({.seed = 5}, false));
     EXPECT_EQ(text(RecordShot({.seed = 5}, false)), once);
     EXPECT_NE(text(RecordShot({.seed = 6}, false)), once);
-    EXPECT_THAT(once, Not(testing::IsEmpty()));
+    EXPECT_THAT(once, Not(IsEmpty()));
 }
 
 TEST(RecordShot, PlaysEveryScenario) {

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/transformer.h"
 
-#include <gmock/gmock.h>
-
 #include <cmath>
 
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

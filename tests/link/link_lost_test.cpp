@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QCoreApplication>
-#include <string>
 
 #include "link/link.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::ElementsAre;
 
 class PointerState : public BusyPointer {
   public:
@@ -22,7 +18,7 @@ class PointerState : public BusyPointer {
     bool busy = false;
 };
 
-class LinkLostTest : public testing::Test {
+class LinkLostTest : public ::testing::Test, public ScriptedLineOn<FakeSerialPort, PointerState> {
   protected:
     LinkLostTest() {
         link.OpenComPort(1);
@@ -51,11 +47,6 @@ class LinkLostTest : public testing::Test {
         EXPECT_EQ(prompts.shown.size(), 1U);
     }
 
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    PointerState pointer;
-    Link link{port, state, prompts, pointer};
     int lost = 0;
     bool openAtLoss = true;
     bool busyAtMessage = true;
@@ -115,11 +106,11 @@ TEST_F(LinkLostTest, AfterTheHandshakeOfTheModelQuery) {
 
 TEST_F(LinkLostTest, TheMessageSaysWhatToDo) {
     const QString message = Link::LostMessage();
-    EXPECT_TRUE(message.contains(QStringLiteral("connection to the DAVO was lost")));
-    EXPECT_TRUE(message.contains(QStringLiteral("cable")));
-    EXPECT_TRUE(message.contains(QStringLiteral("adapter")));
-    EXPECT_TRUE(message.contains(QStringLiteral("try again")));
-    EXPECT_TRUE(message.contains(QStringLiteral("kept")));
+    EXPECT_TRUE(message.contains(u"connection to the DAVO was lost"_s));
+    EXPECT_TRUE(message.contains(u"cable"_s));
+    EXPECT_TRUE(message.contains(u"adapter"_s));
+    EXPECT_TRUE(message.contains(u"try again"_s));
+    EXPECT_TRUE(message.contains(u"kept"_s));
 }
 
 TEST_F(LinkLostTest, EachLossIsSaid) {

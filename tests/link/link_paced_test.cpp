@@ -1,26 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTimer>
-#include <string>
-#include <vector>
 
 #include "link/link.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::ElementsAre;
 
 constexpr milliseconds kPatience{60};
 
-class LinkPacedTest : public testing::Test {
+class LinkPacedTest : public ::testing::Test, public ScriptedLine {
   protected:
     LinkPacedTest() { link.OpenComPort(1); }
     std::size_t Send(const std::string& characters, const std::string& echoes) {
@@ -30,11 +25,6 @@ class LinkPacedTest : public testing::Test {
         });
     }
 
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
     std::vector<std::size_t> steps;
     std::vector<std::size_t> missing;  // echoes
     QObject context;

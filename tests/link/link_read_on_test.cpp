@@ -1,34 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Reading on without a command, and the growth of a reply.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QTimer>
 
 #include "link/link.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::ElementsAre;
 
-class ReadOnTest : public testing::Test {
+class ReadOnTest : public ::testing::Test, public ScriptedLine {
   protected:
     ReadOnTest() {
         link.OpenComPort(1);
         link.OnReplyGrows = [this](std::size_t received) { grown.push_back(received); };
     }
 
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
     std::vector<std::size_t> grown;
 };
 

@@ -1,23 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "link/link.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QTimer>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::ElementsAre;
 
 class CountingPointer : public BusyPointer {
   public:
@@ -26,15 +20,9 @@ class CountingPointer : public BusyPointer {
     std::string calls;
 };
 
-class LinkTest : public testing::Test {
+class LinkTest : public ::testing::Test, public ScriptedLineOn<FakeSerialPort, CountingPointer> {
   protected:
     void Open() { ASSERT_TRUE(link.OpenComPort(1)); }
-
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    CountingPointer pointer;
-    Link link{port, state, prompts, pointer};
 };
 
 TEST_F(LinkTest, OpenComPortSetsThePropertiesInTheirOrder) {
@@ -205,8 +193,7 @@ TEST_F(LinkTest, ErrorEventsAreShownAndReceptionGoesOn) {
     });
     EXPECT_EQ(link.SendCommandAwaitDone("d", ""), "first DONE");
     EXPECT_EQ(keptAtMessage, "first ");
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Data Lost"),
-                                           QStringLiteral("Receive buffer overflow")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Data Lost"_s, u"Receive buffer overflow"_s));
 }
 
 TEST_F(LinkTest, AMessageThatRunsEventsDoesNotBreakTheWait) {
@@ -417,9 +404,8 @@ TEST_F(ModelTest, NoHandshakeShowsNotAvailable) {
     EXPECT_FALSE(link.ReadInstrumentModel(model));
     EXPECT_EQ(model, "");
     EXPECT_THAT(port.sent, ElementsAre("B"));
-    EXPECT_THAT(
-        prompts.shown,
-        ElementsAre(QStringLiteral("DAVO is not available\r\nor\r\nnot under computer control.")));
+    EXPECT_THAT(prompts.shown,
+                ElementsAre(u"DAVO is not available\r\nor\r\nnot under computer control."_s));
 }
 
 TEST_F(ModelTest, AClosedPortShowsNotAvailable) {

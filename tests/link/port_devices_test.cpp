@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "link/port_devices.h"
 
-#include <gtest/gtest.h>
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -10,6 +8,7 @@
 
 #include "link/port_choice.h"
 #include "link/port_list_linux.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
@@ -47,9 +46,9 @@ PresentPort BuiltIn(const char* device) {
 TEST(PortChoice, TheNthUsbAdapterInNameOrder) {
     const std::vector<PresentPort> present = {Usb("/dev/ttyUSB10"), BuiltIn("/dev/ttyS0"),
                                               Usb("/dev/ttyUSB2"), Usb("/dev/ttyACM0")};
-    EXPECT_EQ(NthUsbAdapter(present, 1), QStringLiteral("/dev/ttyACM0"));
-    EXPECT_EQ(NthUsbAdapter(present, 2), QStringLiteral("/dev/ttyUSB2"));
-    EXPECT_EQ(NthUsbAdapter(present, 3), QStringLiteral("/dev/ttyUSB10"));
+    EXPECT_EQ(NthUsbAdapter(present, 1), u"/dev/ttyACM0"_s);
+    EXPECT_EQ(NthUsbAdapter(present, 2), u"/dev/ttyUSB2"_s);
+    EXPECT_EQ(NthUsbAdapter(present, 3), u"/dev/ttyUSB10"_s);
     EXPECT_EQ(NthUsbAdapter(present, 4), QString());
     EXPECT_EQ(NthUsbAdapter(present, 0), QString());
     EXPECT_EQ(NthUsbAdapter(present, kNoPortChosen), QString());
@@ -65,13 +64,13 @@ TEST(PortChoice, NeverABuiltInPort) {
 class PortListTest : public testing::Test {
   protected:
     void Terminal(const char* name, const QString& device, const char* type) {
-        const QDir folder(root.filePath(QStringLiteral("class/") + QString::fromLatin1(name)));
-        folder.mkpath(QStringLiteral("."));
+        const QDir folder(root.filePath(u"class/"_s + QString::fromLatin1(name)));
+        folder.mkpath(u"."_s);
         if (!device.isEmpty()) {
             QDir().mkpath(root.filePath(device));
-            QFile::link(root.filePath(device), folder.filePath(QStringLiteral("device")));
+            QFile::link(root.filePath(device), folder.filePath(u"device"_s));
         }
-        if (type != nullptr) Attribute(folder.filePath(QStringLiteral("type")), type);
+        if (type != nullptr) Attribute(folder.filePath(u"type"_s), type);
     }
     static void Attribute(const QString& path, const char* text) {
         QFile file(path);
@@ -85,31 +84,31 @@ class PortListTest : public testing::Test {
 
 TEST_F(PortListTest, ReadsWhatTheKernelListsAndOpensNone) {
     Terminal("tty0", QString(), nullptr);
-    Terminal("ttyS0", QStringLiteral("devices/pnp0/00:00"), "4");
-    Terminal("ttyS1", QStringLiteral("devices/platform/serial8250"), "0");
-    Terminal("ttyUSB1", QStringLiteral("devices/usb1/1-2/1-2:1.0/ttyUSB1"), nullptr);
-    Terminal("ttyACM0", QStringLiteral("devices/usb1/1-3/1-3:1.0"), nullptr);
-    const QString adapter = root.filePath(QStringLiteral("devices/usb1/1-2/"));
-    Attribute(adapter + QStringLiteral("idVendor"), "0403");
-    Attribute(adapter + QStringLiteral("product"), "Serial Adapter");
-    Attribute(adapter + QStringLiteral("manufacturer"), "A Maker");
-    Attribute(adapter + QStringLiteral("serial"), "A1B2");
+    Terminal("ttyS0", u"devices/pnp0/00:00"_s, "4");
+    Terminal("ttyS1", u"devices/platform/serial8250"_s, "0");
+    Terminal("ttyUSB1", u"devices/usb1/1-2/1-2:1.0/ttyUSB1"_s, nullptr);
+    Terminal("ttyACM0", u"devices/usb1/1-3/1-3:1.0"_s, nullptr);
+    const QString adapter = root.filePath(u"devices/usb1/1-2/"_s);
+    Attribute(adapter + u"idVendor"_s, "0403");
+    Attribute(adapter + u"product"_s, "Serial Adapter");
+    Attribute(adapter + u"manufacturer"_s, "A Maker");
+    Attribute(adapter + u"serial"_s, "A1B2");
 
-    const auto ports = ListPorts(root.filePath(QStringLiteral("class")));
+    const auto ports = ListPorts(root.filePath(u"class"_s));
     ASSERT_EQ(ports.size(), 3U);
-    EXPECT_EQ(ports[0].device, QStringLiteral("/dev/ttyACM0"));
+    EXPECT_EQ(ports[0].device, u"/dev/ttyACM0"_s);
     EXPECT_TRUE(ports[0].usb);
-    EXPECT_EQ(ports[1].device, QStringLiteral("/dev/ttyS0"));
+    EXPECT_EQ(ports[1].device, u"/dev/ttyS0"_s);
     EXPECT_FALSE(ports[1].usb);
-    EXPECT_EQ(ports[2].device, QStringLiteral("/dev/ttyUSB1"));
+    EXPECT_EQ(ports[2].device, u"/dev/ttyUSB1"_s);
     EXPECT_TRUE(ports[2].usb);
-    EXPECT_EQ(ports[2].name, QStringLiteral("Serial Adapter"));
-    EXPECT_EQ(ports[2].maker, QStringLiteral("A Maker"));
-    EXPECT_EQ(ports[2].serialNumber, QStringLiteral("A1B2"));
+    EXPECT_EQ(ports[2].name, u"Serial Adapter"_s);
+    EXPECT_EQ(ports[2].maker, u"A Maker"_s);
+    EXPECT_EQ(ports[2].serialNumber, u"A1B2"_s);
 }
 
 TEST_F(PortListTest, WithoutTheFolderThereAreNone) {
-    EXPECT_TRUE(ListPorts(root.filePath(QStringLiteral("missing"))).empty());
+    EXPECT_TRUE(ListPorts(root.filePath(u"missing"_s)).empty());
 }
 
 TEST(PortDevicesTest, AnAssignedDeviceIsKeptInTheStoreAndTakenBack) {
@@ -117,11 +116,10 @@ TEST(PortDevicesTest, AnAssignedDeviceIsKeptInTheStoreAndTakenBack) {
     const auto devices = MakePortDevices(store);
     EXPECT_TRUE(devices->NeedsAssignment());
     const QString before = devices->DeviceOf(2);
-    devices->Assign(2, QStringLiteral("/dev/pts/7"));
-    EXPECT_EQ(devices->DeviceOf(2), QStringLiteral("/dev/pts/7"));
-    EXPECT_EQ(store.texts.at(QStringLiteral("DAVO/PORTDEVICES/COM2")),
-              QStringLiteral("/dev/pts/7"));
-    EXPECT_EQ(MakePortDevices(store)->DeviceOf(2), QStringLiteral("/dev/pts/7"));
+    devices->Assign(2, u"/dev/pts/7"_s);
+    EXPECT_EQ(devices->DeviceOf(2), u"/dev/pts/7"_s);
+    EXPECT_EQ(store.texts.at(u"DAVO/PORTDEVICES/COM2"_s), u"/dev/pts/7"_s);
+    EXPECT_EQ(MakePortDevices(store)->DeviceOf(2), u"/dev/pts/7"_s);
     devices->Assign(2, QString());
     EXPECT_EQ(devices->DeviceOf(2), before);
 }
@@ -130,10 +128,10 @@ TEST(PortDevicesTest, NoBuiltInPortUnlessAssigned) {
     MapStore store;
     const auto devices = MakePortDevices(store);
     for (std::int16_t port = -1; port <= 4; ++port) {
-        EXPECT_FALSE(devices->DeviceOf(port).startsWith(QStringLiteral("/dev/ttyS")));
+        EXPECT_FALSE(devices->DeviceOf(port).startsWith(u"/dev/ttyS"_s));
     }
-    devices->Assign(1, QStringLiteral("/dev/ttyS0"));
-    EXPECT_EQ(devices->DeviceOf(1), QStringLiteral("/dev/ttyS0"));
+    devices->Assign(1, u"/dev/ttyS0"_s);
+    EXPECT_EQ(devices->DeviceOf(1), u"/dev/ttyS0"_s);
 }
 
 }  // namespace

@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "link/serial_port.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
 #include <chrono>
-#include <string>
 
 #include "common/run_time_error.h"
 #include "link/link.h"
-#include "tests/link/pseudo_terminal.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/pseudo_terminal.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
@@ -22,7 +20,6 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using testing::ElementsAre;
 
 milliseconds ProcessorTime() {
     rusage usage{};
@@ -190,7 +187,7 @@ ErrorNumber OpenError(SerialPort& port) {
 TEST_F(SerialPortTest, APortThatIsNotThereIs8002) {
     devices.device.clear();
     EXPECT_EQ(OpenError(*port), ErrorNumber::InvalidPortNumber);
-    devices.device = terminal.Path() + QStringLiteral("-missing");
+    devices.device = terminal.Path() + u"-missing"_s;
     EXPECT_EQ(OpenError(*port), ErrorNumber::InvalidPortNumber);
     devices.device = terminal.Path();
     Open();
@@ -209,7 +206,7 @@ TEST_F(SerialPortTest, APortInUseIs8005) {
 
 TEST_F(SerialPortTest, WhatIsNoTerminalDoesNotOpen) {
     QTemporaryDir folder;
-    devices.device = folder.filePath(QStringLiteral("plain"));
+    devices.device = folder.filePath(u"plain"_s);
     QFile file(devices.device);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     OpenError(*port);
@@ -392,7 +389,7 @@ TEST_F(LinkOverSerialPortTest, AMessageInsideAReceiveEventDoesNotStopReception) 
     };
     onCommand = [&](const std::string&) { port->OnComm(CommEvent::Overrun); };
     EXPECT_EQ(link.SendCommandAwaitDone("d", ""), "while the box is open DONE");
-    EXPECT_THAT(prompts.shown, ElementsAre(QStringLiteral("Data Lost")));
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Data Lost"_s));
 }
 
 class UnplugTest : public LinkOverSerialPortTest {

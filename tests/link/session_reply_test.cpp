@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "link/session_reply.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
-class SessionReplyTest : public testing::Test {
+class SessionReplyTest : public ::testing::Test, public ScriptedLine {
   protected:
     SessionReplyTest() { link.OpenComPort(1); }
 
@@ -19,11 +15,6 @@ class SessionReplyTest : public testing::Test {
         return WaitForSessionReplyPass(link, reply, awaited, prompts);
     }
 
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
     SessionReply reply;
 };
 

@@ -7,7 +7,7 @@
 #include "common/run_time_error.h"
 #include "reports/test_file_reader.h"
 #include "tests/analysis/print_kneepoint.h"
-#include "tests/reports/record_text.h"
+#include "tests/support/record_text.h"
 
 namespace davo {
 namespace {

@@ -8,8 +8,8 @@
 
 #include "common/files.h"
 #include "reports/report_writer.h"
-#include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/record_text.h"
 
 namespace davo {
 namespace {

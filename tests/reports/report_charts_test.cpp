@@ -10,8 +10,8 @@
 #include "common/run_time_error.h"
 #include "common/settings.h"
 #include "reports/report_writer.h"
-#include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/record_text.h"
 
 namespace davo {
 namespace {

@@ -16,8 +16,8 @@
 #include "common/files.h"
 #include "common/open_document.h"
 #include "reports/template_file.h"
-#include "tests/reports/record_text.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {

@@ -7,8 +7,8 @@
 
 #include "common/settings.h"
 #include "reports/maker.h"
-#include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/record_text.h"
 
 namespace davo {
 namespace {

@@ -10,7 +10,7 @@
 #include "records/record_file_writer.h"
 #include "records/record_image.h"
 #include "tests/analysis/print_kneepoint.h"
-#include "tests/reports/record_text.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {

@@ -1,23 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/frmHeaderOptn.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <QPointer>
-#include <QPushButton>
-#include <QScreen>
-#include <QTest>
 #include <optional>
 
-#include "tests/app/window_checks.h"
+#include "tests/support/controls.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class HeaderChooser : public ::testing::Test {
   protected:
@@ -38,11 +27,9 @@ class HeaderChooser : public ::testing::Test {
 };
 
 TEST_F(HeaderChooser, ShowsTwoButtonsInTheMiddleOfTheScreen) {
-    EXPECT_EQ(chooser->windowTitle(), QStringLiteral("Choose Test Header"));
-    EXPECT_EQ(FindIn<QPushButton>(*chooser, "cmdHeader1")->text(),
-              QStringLiteral("DAVO Test Header"));
-    EXPECT_EQ(FindIn<QPushButton>(*chooser, "cmdHeader0")->text(),
-              QStringLiteral("PC Test Header"));
+    EXPECT_EQ(chooser->windowTitle(), u"Choose Test Header"_s);
+    EXPECT_EQ(FindIn<QPushButton>(*chooser, "cmdHeader1")->text(), u"DAVO Test Header"_s);
+    EXPECT_EQ(FindIn<QPushButton>(*chooser, "cmdHeader0")->text(), u"PC Test Header"_s);
     const QPoint off = chooser->frameGeometry().center() - chooser->screen()->geometry().center();
     EXPECT_LE(off.manhattanLength(), 2);
     EXPECT_THAT(TabOrderOf(*chooser), ElementsAre("cmdHeader1", "cmdHeader0"));
@@ -73,5 +60,4 @@ TEST_F(HeaderChooser, EscapeUnloadsItWithoutAChoice) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

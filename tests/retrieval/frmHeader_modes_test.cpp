@@ -3,28 +3,13 @@
 #include <QToolTip>
 #include <ctime>
 
-#include "tests/app/window_checks.h"
-#include "tests/link/fake_serial_port.h"
 #include "tests/retrieval/header_window.h"
+#include "tests/support/scripted_link.h"
 
 namespace davo::test {
-
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-
-const QString kNotReady = QStringLiteral("DAVO is not ready.  Please check equipment.");
-
-struct ScriptedLine {
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
-};
 
 class HeaderModes : public HeaderWindowOn<ScriptedLine> {
   protected:
@@ -37,7 +22,7 @@ class HeaderModes : public HeaderWindowOn<ScriptedLine> {
         line.port.OnOutput("B", "RDY\r\n").OnOutput("Fr", memory + "\r\n");
     }
     bool Visible(const char* name) { return Find<QWidget>(name)->isVisible(); }
-    std::string Caption() { return Find<QPushButton>("cmdSave")->text().toStdString(); }
+    std::string Caption() { return Text("cmdSave"); }
 
     HeaderSlots filled;
 };
@@ -46,7 +31,7 @@ TEST_F(HeaderModes, Mode1ShowsTheHeaderWithoutNotepadAndSlots) {
     header.Field(0) = "ACME                ";
     header.Field(7) = "J. DOE              ";
     Open(HeaderMode::Pc);
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Test Record Header Information"));
+    EXPECT_EQ(window->windowTitle(), u"Test Record Header Information"_s);
     EXPECT_EQ(Caption(), "&Save");
     EXPECT_FALSE(Visible("cmdNotes"));
     EXPECT_FALSE(Visible("cboHeader"));
@@ -103,7 +88,7 @@ TEST_F(HeaderModes, Mode2ReadsAndShowsTheSlots) {
     EXPECT_EQ(Caption(), "Save to &DAVO");
     EXPECT_FALSE(Visible("cmdNotes"));
     EXPECT_TRUE(Visible("cboHeader"));
-    EXPECT_EQ(Find<QLabel>("lblHeader")->text(), QStringLiteral("HEADER:"));
+    EXPECT_EQ(Text("lblHeader"), "HEADER:");
     EXPECT_TRUE(Visible("lblHeader"));
     const auto* cboHeader = Find<QComboBox>("cboHeader");
     ASSERT_EQ(cboHeader->count(), 10);
@@ -160,10 +145,9 @@ TEST_F(HeaderModes, SavingSlotsThatWereNotReadAsksFirst) {
     Type(0, "ACME");
     Save();
     EXPECT_THAT(line.prompts.shown,
-                ElementsAre(QStringLiteral(
-                    "The headers of the DAVO were not read.\r\n"
-                    "All ten are replaced by those of this window, empty ones too.\r\n"
-                    "Do you want to save them to the DAVO all the same?")));
+                ElementsAre(u"The headers of the DAVO were not read.\r\n"
+                            "All ten are replaced by those of this window, empty ones too.\r\n"
+                            "Do you want to save them to the DAVO all the same?"_s));
     EXPECT_THAT(line.prompts.presets, ElementsAre(Answer::No));
     EXPECT_THAT(line.port.sent, ElementsAre("B"));
     EXPECT_EQ(Text(0), "ACME");
@@ -179,8 +163,8 @@ TEST_F(HeaderModes, ExitEndsAWaitWithoutAQuestion) {
     patience.reply = milliseconds(60000);
     line.port.OnOutput("B", "RDY\r\n").OnOutputDo("Fr", [this] {
         QTimer::singleShot(50, window, [this] {
-            EXPECT_TRUE(Find<QPushButton>("cmdExit")->isEnabled());
-            EXPECT_FALSE(Find<QPushButton>("cmdSave")->isEnabled());
+            EXPECT_TRUE(Enabled("cmdExit"));
+            EXPECT_FALSE(Enabled("cmdSave"));
             EXPECT_FALSE(Box(0)->isEnabled());
             EXPECT_FALSE(Find<QComboBox>("cboHeader")->isEnabled());
             Click("cmdExit");
@@ -231,8 +215,7 @@ TEST_F(HeaderModes, TheCharacterThatMarksAnEmptySlotIsRefusedInWords) {
         QToolTip::hideText();
         QTest::sendKeyEvent(QTest::Click, Box(2), Qt::Key_unknown, QString(c), {});
         EXPECT_EQ(Text(2), "");
-        EXPECT_EQ(QToolTip::text(),
-                  QStringLiteral("The DAVO cannot store this character in a header."));
+        EXPECT_EQ(QToolTip::text(), u"The DAVO cannot store this character in a header."_s);
     }
 }
 
@@ -272,5 +255,4 @@ TEST_F(HeaderModes, TheTabKeyFollowsTheEye) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

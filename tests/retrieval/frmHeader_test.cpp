@@ -1,34 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/frmHeader.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <QApplication>
 #include <QFormLayout>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPointer>
-#include <QPushButton>
-#include <QTest>
 #include <QTextEdit>
 #include <QToolTip>
 
-#include "common/run_time_error.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/retrieval/header_window.h"
 #include "ui/frmNotepad.h"
 #include "ui/page_input.h"
 
 namespace davo::test {
-
 namespace {
 
-using ::testing::HasSubstr;
-
-constexpr int kUntilGone = 3000;  // ms
-
-// The header window of a test session; its real boxes and buttons are used.
-class HeaderWindow : public ::testing::Test {
+// The header window of a test session.
+class HeaderWindow : public HeaderForm {
   protected:
     void Open() {
         window = new frmHeader(header, testNotes, prompts, nullptr);
@@ -36,21 +21,6 @@ class HeaderWindow : public ::testing::Test {
         window->open();
         window->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-    }
-    ~HeaderWindow() override { delete window; }
-
-    QLineEdit* Box(int i) { return Find<QLineEdit>("txtHeader" + std::to_string(i)); }
-    template <class Control>
-    Control* Find(const std::string& name) {
-        auto* control = window->findChild<Control*>(QString::fromStdString(name));
-        if (control == nullptr) throw std::logic_error("no control " + name);
-        return control;
-    }
-    void Click(const char* name) { QTest::mouseClick(Find<QPushButton>(name), Qt::LeftButton); }
-    void Type(int i, const char* text) {
-        Box(i)->setFocus();
-        Box(i)->selectAll();
-        QTest::keyClicks(Box(i), QLatin1String(text));
     }
     frmNotepad* OpenNotepad() {
         Click("cmdNotes");
@@ -60,19 +30,17 @@ class HeaderWindow : public ::testing::Test {
     }
 
     FakePrompts prompts;
-    HeaderTable header;
     std::string testNotes;
     int changes = 0;
-    QPointer<frmHeader> window;
 };
 
 TEST_F(HeaderWindow, ShowsTheCurrentHeaderTrimmed) {
     header.Field(0) = "ACME                ";
     header.Field(7) = "M\xFCller              ";
     Open();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Test Record Header Information"));
-    EXPECT_EQ(Box(0)->text(), QStringLiteral("ACME"));
-    EXPECT_EQ(Box(7)->text(), QStringLiteral("M\u00FCller"));
+    EXPECT_EQ(window->windowTitle(), u"Test Record Header Information"_s);
+    EXPECT_EQ(Box(0)->text(), u"ACME"_s);
+    EXPECT_EQ(Box(7)->text(), u"M\u00FCller"_s);
     const auto* form = window->findChild<QFormLayout*>();
     const char* labels[] = {
         "COMPANY:", "STATION:", "CIRCUIT:", "MFR:", "MODEL:", "SN:", "COMMENTS:", "OPERATOR:"};
@@ -80,9 +48,9 @@ TEST_F(HeaderWindow, ShowsTheCurrentHeaderTrimmed) {
         EXPECT_EQ(static_cast<QLabel*>(form->labelForField(Box(i)))->text(),
                   QLatin1String(labels[i]));
     }
-    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("&Use Header"));
-    EXPECT_EQ(Find<QPushButton>("cmdNotes")->text(), QStringLiteral("&Notepad"));
-    EXPECT_EQ(Find<QPushButton>("cmdExit")->text(), QStringLiteral("&Exit"));
+    EXPECT_EQ(Text("cmdSave"), "&Use Header");
+    EXPECT_EQ(Text("cmdNotes"), "&Notepad");
+    EXPECT_EQ(Text("cmdExit"), "&Exit");
 }
 
 TEST_F(HeaderWindow, UseHeaderTakesTheBoxes) {
@@ -90,23 +58,21 @@ TEST_F(HeaderWindow, UseHeaderTakesTheBoxes) {
     Open();
     Type(0, "  ACME ");
     Type(2, "");
-    QTest::keyClick(Box(2), Qt::Key_Delete);
     Click("cmdSave");
     EXPECT_EQ(header.Field(0), "ACME                ");
     EXPECT_EQ(header.Field(2), "");
     EXPECT_EQ(changes, 1);
     EXPECT_TRUE(window->isVisible());
-    EXPECT_EQ(Find<QLabel>("lblUsed")->text(),
-              QStringLiteral("This header is used for the tests that follow."));
+    EXPECT_EQ(Text("lblUsed"), "This header is used for the tests that follow.");
     Type(0, "B");
-    EXPECT_EQ(Find<QLabel>("lblUsed")->text(), QString());
+    EXPECT_EQ(Text("lblUsed"), "");
 }
 
 TEST_F(HeaderWindow, ATextOfTwentyFiveIsCutInItsBoxToo) {
     Open();
     Type(1, "ABCDEFGHIJKLMNOPQRSTUVWXY");
     Click("cmdSave");
-    EXPECT_EQ(Box(1)->text(), QStringLiteral("ABCDEFGHIJKLMNOPQRST"));
+    EXPECT_EQ(Box(1)->text(), u"ABCDEFGHIJKLMNOPQRST"_s);
     EXPECT_EQ(header.Field(1), "ABCDEFGHIJKLMNOPQRST");
 }
 
@@ -115,7 +81,7 @@ TEST_F(HeaderWindow, ExitLeavesTheHeaderAsItWas) {
     Open();
     Type(0, "OTHER");
     Click("cmdExit");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return window.isNull(); }, kUntilGone));
+    EXPECT_TRUE(Until([this] { return window.isNull(); }));
     EXPECT_EQ(header.Field(0), "ACME                ");
     EXPECT_EQ(changes, 0);
 }
@@ -123,7 +89,7 @@ TEST_F(HeaderWindow, ExitLeavesTheHeaderAsItWas) {
 TEST_F(HeaderWindow, CharactersOutsideThePageAreRefusedInWords) {
     Open();
     Box(3)->setFocus();
-    QTest::sendKeyEvent(QTest::Click, Box(3), Qt::Key_unknown, QStringLiteral("\u03A9"), {});
+    QTest::sendKeyEvent(QTest::Click, Box(3), Qt::Key_unknown, u"\u03A9"_s, {});
     EXPECT_EQ(Box(3)->text(), QString());
     EXPECT_EQ(QToolTip::text(), NotInPageMessage());
 }
@@ -140,18 +106,18 @@ TEST_F(HeaderWindow, TheNotepadShowsAndTakesTheNotes) {
     testNotes = "first\r\nsecond";
     Open();
     QPointer<frmNotepad> notepad = OpenNotepad();
-    EXPECT_EQ(notepad->windowTitle(), QStringLiteral("Notepad"));
-    auto* rt = notepad->findChild<QTextEdit*>(QStringLiteral("rt"));
-    EXPECT_EQ(rt->toPlainText(), QStringLiteral("first\nsecond"));
+    EXPECT_EQ(notepad->windowTitle(), u"Notepad"_s);
+    auto* rt = notepad->findChild<QTextEdit*>(u"rt"_s);
+    EXPECT_EQ(rt->toPlainText(), u"first\nsecond"_s);
     EXPECT_EQ(rt->size(), notepad->size());
     rt->moveCursor(QTextCursor::End);
     QTest::keyClick(rt, Qt::Key_Return);
-    QTest::keyClicks(rt, QStringLiteral("third"));
+    QTest::keyClicks(rt, u"third"_s);
     EXPECT_EQ(testNotes, "first\r\nsecond");
     notepad->close();
     EXPECT_EQ(testNotes, "first\r\nsecond\r\nthird");
     EXPECT_EQ(changes, 1);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return notepad.isNull(); }, kUntilGone));
+    EXPECT_TRUE(Until([&] { return notepad.isNull(); }));
 }
 
 TEST_F(HeaderWindow, TheNotepadKeepsFixedBlanksAndUntouchedNotes) {
@@ -161,15 +127,15 @@ TEST_F(HeaderWindow, TheNotepadKeepsFixedBlanksAndUntouchedNotes) {
     Open();
     QPointer<frmNotepad> untouched = OpenNotepad();
     untouched->close();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return untouched.isNull(); }, kUntilGone));
+    ASSERT_TRUE(Until([&] { return untouched.isNull(); }));
     EXPECT_EQ(testNotes,
               "a\xA0"
               "b\nlone");
     EXPECT_EQ(changes, 0);
     frmNotepad* notepad = OpenNotepad();
-    auto* rt = notepad->findChild<QTextEdit*>(QStringLiteral("rt"));
+    auto* rt = notepad->findChild<QTextEdit*>(u"rt"_s);
     rt->moveCursor(QTextCursor::End);
-    QTest::keyClicks(rt, QStringLiteral("!"));
+    QTest::keyClicks(rt, u"!"_s);
     QTest::keyClick(notepad, Qt::Key_Escape);
     EXPECT_EQ(testNotes,
               "a\xA0"
@@ -180,20 +146,19 @@ TEST_F(HeaderWindow, TheNotepadRefusesCharactersOutsideThePageInWords) {
     testNotes = "old";
     Open();
     QPointer<frmNotepad> notepad = OpenNotepad();
-    auto* rt = notepad->findChild<QTextEdit*>(QStringLiteral("rt"));
-    rt->setPlainText(QStringLiteral("5 k\u03A9"));
+    auto* rt = notepad->findChild<QTextEdit*>(u"rt"_s);
+    rt->setPlainText(u"5 k\u03A9"_s);
     rt->document()->setModified(true);
     notepad->close();
     EXPECT_TRUE(notepad->isVisible());
     ASSERT_EQ(prompts.shown.size(), 1U);
     EXPECT_EQ(prompts.shown.front(), NotInPageMessage());
-    EXPECT_EQ(rt->textCursor().selectedText(), QStringLiteral("\u03A9"));
+    EXPECT_EQ(rt->textCursor().selectedText(), u"\u03A9"_s);
     EXPECT_EQ(testNotes, "old");
-    QTest::keyClicks(rt, QStringLiteral("ohm"));
+    QTest::keyClicks(rt, u"ohm"_s);
     notepad->close();
     EXPECT_EQ(testNotes, "5 kohm");
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,24 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QTimer>
-#include <random>
 
 #include "tests/retrieval/header_line.h"
 #include "tests/retrieval/header_window.h"
 #include "tests/support/random_seed.h"
 
 namespace davo::test {
-
 namespace {
 
 using instrument::FaultKind;
 using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
-const QString kLeaveQuestion = QStringLiteral(
-    "The DAVO has erased its headers and does not have all of the new ones yet.\r\n"
+const QString kLeaveQuestion =
+    u"The DAVO has erased its headers and does not have all of the new ones yet.\r\n"
     "The headers that are not sent stay empty.\r\n"
-    "Do you want to leave all the same?");
+    "Do you want to leave all the same?"_s;
 // What the instrument says before the first echo: twice "RDY" and a line end, the slots and one,
 // "ERASING...", "H:" and a line end.
 constexpr double kBeforeEchoes = 5 + 1602 + 5 + 10 + 4;
@@ -65,7 +61,7 @@ TEST_F(HeaderUploadWindow, SavesAllSlotsAndShowsHowFarItIs) {
     EXPECT_EQ(Status(), "The DAVO has stored all ten headers.");
     EXPECT_EQ(Slot(3), PadRight("XB", 140) + PadRight("J. DOE", 20));
     EXPECT_EQ(Slot(1) + Slot(2), others);
-    EXPECT_THAT(seen, ::testing::IsSupersetOf({"slot 1 of 10", "slot 5 of 10", "slot 10 of 10"}));
+    EXPECT_THAT(seen, IsSupersetOf({"slot 1 of 10", "slot 5 of 10", "slot 10 of 10"}));
     EXPECT_TRUE(bar);
     EXPECT_FALSE(Find<QProgressBar>("pbarProgress")->isVisible());
     EXPECT_THAT(line.prompts.shown, IsEmpty());
@@ -152,8 +148,7 @@ TEST_F(HeaderUploadWindow, UnpluggedTheSecondTimeSaysNotReady) {
     ASSERT_TRUE(Until([this] { return !line.state.portOpen; }));
     line.prompts.shown.clear();
     Save();
-    EXPECT_THAT(line.prompts.shown,
-                ElementsAre(QStringLiteral("DAVO is not ready.  Please check equipment.")));
+    EXPECT_THAT(line.prompts.shown, ElementsAre(kNotReady));
     EXPECT_EQ(Text(0), "CENTRAL POWER");
 }
 
@@ -161,9 +156,8 @@ TEST_F(HeaderUploadWindow, ASlotThatWasNotStoredAsSentIsNamed) {
     Fault(FaultKind::Flip, kBeforeEchoes + 1600 + 5 + 3 * 160 + 1, 0);
     OpenAndRead();
     Save();
-    EXPECT_THAT(line.prompts.shown,
-                ElementsAre(QStringLiteral("The DAVO did not store header slot 4 as sent.\r\n"
-                                           "Please save the headers to the DAVO again.")));
+    EXPECT_THAT(line.prompts.shown, ElementsAre(u"The DAVO did not store header slot 4 as sent.\r\n"
+                                                "Please save the headers to the DAVO again."_s));
     EXPECT_EQ(Status(), "The DAVO has not stored all headers as sent.");
 }
 
@@ -172,9 +166,8 @@ TEST_F(HeaderUploadWindow, SlotsThatDoNotComeBackAreSaid) {
     OpenAndRead();
     Save();
     EXPECT_THAT(line.prompts.shown,
-                ElementsAre(QStringLiteral(
-                    "The headers were sent to the DAVO but could not be read back.\r\n"
-                    "Please save them to the DAVO again.")));
+                ElementsAre(u"The headers were sent to the DAVO but could not be read back.\r\n"
+                            "Please save them to the DAVO again."_s));
     EXPECT_EQ(Status(), "The headers were sent and not read back.");
 }
 
@@ -185,10 +178,7 @@ TEST_F(HeaderUploadWindow, RandomHeadersAreShownAgainAsTheyWereSaved) {
     for (int slot = 1; slot <= 10; ++slot) {
         Choose(slot);
         for (int i = 0; i < 8; ++i) {
-            std::string text(random() % 3 == 0 ? 0 : random() % 26, ' ');
-            for (char& c : text)
-                c = static_cast<char>(random() % 2 ? ' ' + random() % 95 : 0xA0 + random() % 95);
-            Box(i)->setText(FromPage(text));
+            Box(i)->setText(FromPage(RandomHeaderText(random)));
         }
         Choose(slot % 10 + 1);
         Choose(slot);
@@ -209,5 +199,4 @@ TEST_F(HeaderUploadWindow, RandomHeadersAreShownAgainAsTheyWereSaved) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -2,58 +2,32 @@
 // The test list over the instrument's memory, with the simulated instrument on its device.
 #include <QTimer>
 
-#include "instrument/instrument.h"
-#include "link/serial_port.h"
-#include "tests/link/pseudo_terminal.h"
 #include "tests/retrieval/record_download_rig.h"
 #include "tests/retrieval/test_list_window.h"
+#include "tests/support/instrument_link.h"
 
 namespace davo::test {
 namespace {
 
-using instrument::InstrumentOptions;
-using instrument::InstrumentThread;
 using instrument::MemoryRecord;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
-class MemoryList : public ::testing::Test, public TestListWindow {
+class MemoryList : public ::testing::Test, public TestListWindow, public InstrumentLink {
   protected:
+    MemoryList() : InstrumentLink(prompts) {}
     void Start(const std::vector<MemoryRecord>& memory, bool paced = false) {
-        InstrumentOptions options;
-        options.linkPath = device.toStdString();
-        options.paced = paced;
-        options.conversation.pauseScale = 0.02;
-        options.conversation.memory = memory;
-        instrument = std::make_unique<InstrumentThread>(options);
+        PlugIn(QuickWithMemory(memory, paced));
         ASSERT_TRUE(link.OpenComPort(1));
         Show(ListMode::Instrument, link, instrument::DirectoryReply(memory));
     }
-    std::vector<std::string> Files() const {
-        std::vector<std::string> names;
-        for (const QString& name : QDir(settings.dataPath).entryList(QDir::Files, QDir::Name))
-            names.push_back(name.toStdString());
-        return names;
-    }
-
-    QString device = folder.Path("davo");
-    std::unique_ptr<InstrumentThread> instrument;
-    OneDevice devices{device};
-    std::unique_ptr<SerialPort> port = MakeSerialPort(devices);
-    LinkState state;
-    BusyPointer pointer;
-    Link link{*port, state, prompts, pointer};
+    std::vector<std::string> Files() const { return NamesIn(settings.dataPath); }
 };
 
 TEST_F(MemoryList, ShowsTheInstrumentsDirectory) {
     Start({MemoryRecordOf(7, 1), MemoryRecordOf(8, 2), MemoryRecordOf(123, 3)});
-    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("Save"));
-    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_EQ(Text("cmdSave"), "Save");
+    EXPECT_TRUE(Enabled("cmdSave"));
     EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
-    EXPECT_THAT(Column(0), testing::UnorderedElementsAre("TST_007", "TST_008", "TST_123"));
+    EXPECT_THAT(Column(0), UnorderedElementsAre("TST_007", "TST_008", "TST_123"));
     EXPECT_TRUE(directory.recordsFromInstrument);
     EXPECT_EQ(Text("lblMessage"), "");
 }
@@ -81,7 +55,7 @@ TEST_F(MemoryList, DownloadsWhatIsSelected) {
     ClickRow(2, Qt::ControlModifier);
     Click("cmdSave");
     std::vector<std::string> wanted{"DIRDNLD.DNL", names[0] + ".txt", names[2] + ".txt"};
-    EXPECT_THAT(Files(), testing::UnorderedElementsAreArray(wanted));
+    EXPECT_THAT(Files(), UnorderedElementsAreArray(wanted));
     EXPECT_THAT(Shown(), IsEmpty());
     EXPECT_THAT(Text("lblMessage"), HasSubstr("2 of 2 records were saved."));
     EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
@@ -90,7 +64,7 @@ TEST_F(MemoryList, DownloadsWhatIsSelected) {
 
 TEST_F(MemoryList, ShowsWhatHappensAndCanBeLeft) {
     Start({MemoryRecordOf(1, 1), MemoryRecordOf(2, 100)}, true);
-    QTest::keyClick(List(), Qt::Key_A, Qt::ControlModifier);
+    ChooseAll();
     std::string status;
     std::string activity;
     int most = 0;
@@ -128,7 +102,7 @@ TEST_F(MemoryList, GoesIntoTheFolderChosenMeanwhile) {
     QDir().mkpath(folder.Path("Other/Shots_Data"));
     prompts.folders = {folder.Path("Other")};
     Click("cmdDir");
-    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("Save"));
+    EXPECT_EQ(Text("cmdSave"), "Save");
     EXPECT_EQ(Text("lblStatus"), "Total Records: 1");
     EXPECT_THAT(Column(0), ElementsAre("TST_009"));
     ClickRow(0);
@@ -138,16 +112,16 @@ TEST_F(MemoryList, GoesIntoTheFolderChosenMeanwhile) {
 
 TEST_F(MemoryList, AnExistingFileIsAskedForAndARenamedOneIsWritten) {
     Start({MemoryRecordOf(12, 1)});
-    ReplaceFile(settings.dataPath + QStringLiteral("TST_012.txt"), "old");
+    ReplaceFile(settings.dataPath + u"TST_012.txt"_s, "old");
     prompts.answers = {Answer::No};
-    prompts.inputs = {QStringLiteral("CT12")};
+    prompts.inputs = {u"CT12"_s};
     ClickRow(0);
     Click("cmdSave");
     EXPECT_THAT(Shown(),
                 Contains("The file TST_012 already exists. Do you want to replace the existing "
                          "file? "));
-    EXPECT_EQ(ReadWholeFile(settings.dataPath + QStringLiteral("TST_012.txt")), "old");
-    EXPECT_TRUE(FileExists(settings.dataPath + QStringLiteral("CT12.txt")));
+    EXPECT_EQ(ReadWholeFile(settings.dataPath + u"TST_012.txt"_s), "old");
+    EXPECT_TRUE(FileExists(settings.dataPath + u"CT12.txt"_s));
 }
 
 TEST_F(MemoryList, APulledCableIsSaidAndTheWindowStays) {
@@ -156,9 +130,9 @@ TEST_F(MemoryList, APulledCableIsSaidAndTheWindowStays) {
     QTimer::singleShot(1500, window.get(), [&] { instrument.reset(); });
     Click("cmdSave");
     EXPECT_FALSE(Shown().empty());
-    EXPECT_TRUE(Find<QPushButton>("cmdExit")->isEnabled());
+    EXPECT_TRUE(Enabled("cmdExit"));
     EXPECT_TRUE(List()->isEnabled());
-    EXPECT_FALSE(FileExists(settings.dataPath + QStringLiteral("TST_001.txt")));
+    EXPECT_FALSE(FileExists(settings.dataPath + u"TST_001.txt"_s));
     EXPECT_EQ(unloaded, 0);
 }
 

@@ -4,55 +4,36 @@
 
 #include <unistd.h>
 
-#include <QLineEdit>
 #include <QTimer>
 #include <algorithm>
 
-#include "tests/app/window_checks.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/reports/record_text.h"
 #include "tests/retrieval/test_list_window.h"
+#include "tests/support/scripted_link.h"
 
 namespace davo::test {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
-
-std::string RecordOf(const char* date, const char* station) {
-    return std::string("TEST NUMBER: T\r\nDATE: ") + date +
-           "\r\nTIME: 10:15\r\n# OF SHOTS: 03\r\nCOMPANY: C\r\nSTATION: " + station +
-           "\r\nCIRCUIT: 1\r\nMFR: M\r\nMODEL: 2\r\nSN: 3\r\nCOMMENTS: 4\r\nOPERATOR: 5\r\n";
-}
-
-class FolderList : public ::testing::Test, public TestListWindow {
+class FolderList : public ::testing::Test, public TestListWindow, public ScriptedLink {
   protected:
-    void AddRecord(const char* name, const char* date, const char* station) {
-        ReplaceFile(settings.dataPath + QLatin1String(name), RecordOf(date, station));
+    FolderList() : ScriptedLink(prompts) {}
+    void Add(const char* name, const char* date, const char* station) {
+        AddRecord(QLatin1String(name), {date, station, {}});
     }
     void ShowFolder() {
-        RebuildDirectory(settings.dataPath, directory);
-        LoadDirectoryFile(settings.dataPath, directory);
+        ListRecords();
         Show(ListMode::Folder, link);
     }
     void ShowThree() {
-        AddRecord("beta.txt", "02/01/24", "North");
-        AddRecord("Alpha.txt", "01/01/24", "East");
-        AddRecord("gamma.txt", "03/01/24", "");
+        Add("beta", "02/01/24", "North");
+        Add("Alpha", "01/01/24", "East");
+        Add("gamma", "03/01/24", "");
         ShowFolder();
     }
-
-    FakeSerialPort port;
-    LinkState state;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
 };
 
 TEST_F(FolderList, ShowsTheLoadedDirectoryNewestFirst) {
     ShowThree();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("DAVO Memory Content"));
+    EXPECT_EQ(window->windowTitle(), u"DAVO Memory Content"_s);
     EXPECT_THAT(Column(0), ElementsAre("gamma", "beta", "Alpha"));
     EXPECT_THAT(Column(1), ElementsAre("03/01/24", "02/01/24", "01/01/24"));
     EXPECT_THAT(Column(3), ElementsAre("", "North", "East"));
@@ -64,10 +45,10 @@ TEST_F(FolderList, ShowsTheLoadedDirectoryNewestFirst) {
                 ElementsAre("Filename", "Date", "Tests", "Station", "Circuit", "MFR", "Model"));
     EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
     EXPECT_EQ(Text("lblSelect"), "Select: 0 of 3");
-    EXPECT_EQ(Find<QPushButton>("cmdSave")->text(), QStringLiteral("View"));
-    EXPECT_EQ(Find<QPushButton>("cmdRefresh")->text(), QStringLiteral("&Refresh"));
-    EXPECT_EQ(Find<QPushButton>("cmdDir")->text(), QStringLiteral("&Change DIR"));
-    EXPECT_EQ(Find<QPushButton>("cmdExit")->text(), QStringLiteral("&Exit"));
+    EXPECT_EQ(Text("cmdSave"), "View");
+    EXPECT_EQ(Text("cmdRefresh"), "&Refresh");
+    EXPECT_EQ(Text("cmdDir"), "&Change DIR");
+    EXPECT_EQ(Text("cmdExit"), "&Exit");
     EXPECT_TRUE(Find<QRadioButton>("optDisplay1")->isChecked());
     EXPECT_TRUE(Find<QRadioButton>("optSort1")->isChecked());
     EXPECT_FALSE(directory.recordsFromInstrument);
@@ -108,7 +89,7 @@ TEST_F(FolderList, CountsTheSelectionLive) {
     EXPECT_EQ(Text("lblSelect"), "Select: 1 of 3");
     ClickRow(2, Qt::ControlModifier);
     EXPECT_EQ(Text("lblSelect"), "Select: 2 of 3");
-    QTest::keyClick(List(), Qt::Key_A, Qt::ControlModifier);
+    ChooseAll();
     EXPECT_EQ(Text("lblSelect"), "Select: 3 of 3");
 }
 
@@ -117,12 +98,12 @@ TEST_F(FolderList, NothingSelectedIsSaid) {
     Click("cmdSave");
     EXPECT_THAT(Shown(), ElementsAre("Please choose a File to View."));
     EXPECT_TRUE(List()->hasFocus());
-    EXPECT_THAT(targets, IsEmpty());
+    EXPECT_THAT(reports.targets, IsEmpty());
 }
 
 class ViewedRecord : public FolderList {
   protected:
-    ViewedRecord() { ReplaceFile(settings.dataPath + QStringLiteral("T0012.txt"), FileText(2)); }
+    ViewedRecord() { ReplaceFile(DataFile(u"T0012"_s), FileText(2)); }
 };
 
 TEST_F(ViewedRecord, IsPlottedUnderItsName) {
@@ -131,41 +112,42 @@ TEST_F(ViewedRecord, IsPlottedUnderItsName) {
     std::string said;
     QTimer::singleShot(0, window.get(), [&] { said = Text("lblMessage"); });
     Click("cmdSave");
-    EXPECT_THAT(targets, ElementsAre(settings.excelPath + QStringLiteral("T0012.xls")));
-    EXPECT_EQ(opened, targets);
+    EXPECT_THAT(reports.targets, ElementsAre(settings.excelPath + u"T0012.xls"_s));
+    EXPECT_EQ(reports.opened, reports.targets);
     EXPECT_TRUE(said.starts_with("Plotting Excel Graphs, Please Wait...")) << said;
     EXPECT_EQ(Text("lblMessage"), "");
-    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_TRUE(Enabled("cmdSave"));
 }
 
 TEST_F(ViewedRecord, ADoubleClickOrEnterViewsIt) {
     ShowFolder();
     ClickRow(0);
-    QTest::mouseDClick(List()->viewport(), Qt::LeftButton, {}, RowPlace(0));
-    EXPECT_THAT(targets, SizeIs(1));
+    QTest::mouseDClick(List()->viewport(), Qt::LeftButton, {},
+                       List()->visualItemRect(List()->topLevelItem(0)).center());
+    EXPECT_THAT(reports.targets, SizeIs(1));
     QTest::keyClick(List(), Qt::Key_Return);
-    EXPECT_THAT(targets, SizeIs(2));
+    EXPECT_THAT(reports.targets, SizeIs(2));
 }
 
 TEST_F(ViewedRecord, CanBeLeftByEscape) {
-    rendererWaits = true;
+    reports.waits = true;
     ShowFolder();
     ClickRow(0);
     QTimer::singleShot(50, window.get(), [&] {
         EXPECT_EQ(Text("lblMessage"), "Plotting Excel Graphs, Please Wait...");
-        EXPECT_FALSE(Find<QPushButton>("cmdSave")->isEnabled());
+        EXPECT_FALSE(Enabled("cmdSave"));
         EXPECT_FALSE(List()->isEnabled());
-        EXPECT_TRUE(Find<QPushButton>("cmdExit")->isEnabled());
+        EXPECT_TRUE(Enabled("cmdExit"));
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     });
     Click("cmdSave");
     EXPECT_TRUE(Until([&] { return unloaded == 1; }));
-    EXPECT_THAT(targets, IsEmpty());
+    EXPECT_THAT(reports.targets, IsEmpty());
 }
 
 TEST_F(ViewedRecord, CanBeLeftByItsButtonAndItsFrame) {
     for (const bool byFrame : {false, true}) {
-        rendererWaits = true;
+        reports.waits = true;
         unloaded = 0;
         ShowFolder();
         ClickRow(0);
@@ -176,30 +158,30 @@ TEST_F(ViewedRecord, CanBeLeftByItsButtonAndItsFrame) {
         Click("cmdSave");
         EXPECT_TRUE(Until([&] { return unloaded == 1; }));
         EXPECT_FALSE(window->isVisible());
-        EXPECT_THAT(targets, IsEmpty());
+        EXPECT_THAT(reports.targets, IsEmpty());
     }
 }
 
 TEST_F(ViewedRecord, IsTheFirstOfSeveralSelected) {
-    ReplaceFile(settings.dataPath + QStringLiteral("T0013.txt"), FileText(1));
+    ReplaceFile(DataFile(u"T0013"_s), FileText(1));
     settings.sortDisplay = 2;
     settings.sortOrder = 1;
     ShowFolder();
     ASSERT_THAT(Column(0), ElementsAre("T0013", "T0012"));
-    QTest::keyClick(List(), Qt::Key_A, Qt::ControlModifier);
+    ChooseAll();
     QTest::keyClick(window.get(), Qt::Key_V, Qt::AltModifier);
-    EXPECT_TRUE(Until([&] { return !targets.empty(); }));
-    EXPECT_THAT(targets, ElementsAre(settings.excelPath + QStringLiteral("T0013.xls")));
+    EXPECT_TRUE(Until([&] { return !reports.targets.empty(); }));
+    EXPECT_THAT(reports.targets, ElementsAre(settings.excelPath + u"T0013.xls"_s));
 }
 
 TEST_F(ViewedRecord, ThatIsGoneMeanwhileIsSaid) {
     ShowFolder();
     ClickRow(0);
-    DeleteFile(settings.dataPath + QStringLiteral("T0012.txt"));
+    DeleteFile(DataFile(u"T0012"_s));
     Click("cmdSave");
     ASSERT_THAT(Shown(), SizeIs(1));
     EXPECT_EQ(Shown().front().substr(0, 35), "Run-time error '53': File not found");
-    EXPECT_TRUE(Find<QPushButton>("cmdSave")->isEnabled());
+    EXPECT_TRUE(Enabled("cmdSave"));
 }
 
 // --- Another folder ---
@@ -207,7 +189,8 @@ TEST_F(ViewedRecord, ThatIsGoneMeanwhileIsSaid) {
 TEST_F(FolderList, AChosenDataFolderIsUsedAsItIs) {
     ShowThree();
     QDir().mkpath(folder.Path("Other/Shots_Data"));
-    ReplaceFile(folder.Path("Other/Shots_Data/one.txt"), RecordOf("04/01/24", "South"));
+    ReplaceFile(folder.Path("Other/Shots_Data/one.txt"),
+                RecordFileText("one", {"04/01/24", "South", {}}));
     prompts.folders = {folder.Path("Other/Shots_Data")};
     Click("cmdDir");
     EXPECT_EQ(Shown().front(), "&Select a directory:|C:\\");
@@ -218,7 +201,7 @@ TEST_F(FolderList, AChosenDataFolderIsUsedAsItIs) {
     EXPECT_EQ(Find<QLineEdit>("txtFolder")->text(), settings.dataPath);
     EXPECT_THAT(Column(0), ElementsAre("one"));
     EXPECT_EQ(Text("lblStatus"), "Total Records: 1");
-    EXPECT_THAT(directory.dirFileNames, ElementsAre(QStringLiteral("one.txt")));
+    EXPECT_THAT(directory.dirFileNames, ElementsAre(u"one.txt"_s));
 }
 
 TEST_F(FolderList, AMissingDataFolderIsAskedFor) {
@@ -284,7 +267,8 @@ TEST_F(FolderList, AFolderWhoseDirectoryCannotBeWrittenIsSaid) {
     ShowThree();
     // A folder bars the place of the directory file, whoever runs the test.
     QDir().mkpath(folder.Path("Barred/Shots_Data/DIRDNLD.DNL/inside"));
-    ReplaceFile(folder.Path("Barred/Shots_Data/one.txt"), RecordOf("04/01/24", "South"));
+    ReplaceFile(folder.Path("Barred/Shots_Data/one.txt"),
+                RecordFileText("one", {"04/01/24", "South", {}}));
     prompts.folders = {folder.Path("Barred")};
     Click("cmdDir");
     EXPECT_EQ(Shown().back().substr(0, 16), "Run-time error '");
@@ -310,22 +294,21 @@ TEST_F(FolderList, AMissingTemplateDoesNotKeepAFolderFromBeingUsed) {
 
 TEST_F(FolderList, RefreshFindsWhatHasChangedAndSaysWhatIsDamaged) {
     ShowThree();
-    AddRecord("delta.txt", "04/01/24", "West");
-    ReplaceFile(settings.dataPath + QStringLiteral("cut.txt"), "TEST NUMBER: T\r\n");
+    Add("delta", "04/01/24", "West");
+    ReplaceFile(settings.dataPath + u"cut.txt"_s, "TEST NUMBER: T\r\n");
     Click("cmdRefresh");
     EXPECT_THAT(Column(0), ElementsAre("delta", "gamma", "beta", "Alpha"));
     EXPECT_EQ(Text("lblStatus"), "Total Records: 4");
     EXPECT_EQ(Text("lblMessage"), "Not listed: cut.txt has fewer than twelve lines.");
-    ReplaceFile(settings.dataPath + QStringLiteral("torn.txt"), "");
+    ReplaceFile(settings.dataPath + u"torn.txt"_s, "");
     Click("cmdRefresh");
     EXPECT_EQ(Text("lblMessage"),
               "Not listed: cut.txt has fewer than twelve lines, and 1 more damaged file.");
 }
 
 TEST_F(FolderList, ADamagedDirectoryShowsWhatIsWhole) {
-    AddRecord("beta.txt", "02/01/24", "North");
-    RebuildDirectory(settings.dataPath, directory);
-    LoadDirectoryFile(settings.dataPath, directory);
+    Add("beta", "02/01/24", "North");
+    ListRecords();
     directory.dirEntries.insert(directory.dirEntries.begin(), {"@@@@", ""});
     directory.recordCount = 3;
     Show(ListMode::Folder, link);
@@ -337,11 +320,11 @@ TEST_F(FolderList, ADamagedDirectoryShowsWhatIsWhole) {
 
 TEST_F(FolderList, TwoHundredAndFiftyRecordsAreShown) {
     for (int i = 0; i < 251; ++i) {
-        AddRecord(("R" + std::to_string(1000 + i) + ".txt").c_str(), "02/01/24", "North");
+        Add(("R" + std::to_string(1000 + i)).c_str(), "02/01/24", "North");
     }
     ShowFolder();
     EXPECT_EQ(Text("lblStatus"), "Total Records: 250");
-    QTest::keyClick(List(), Qt::Key_A, Qt::ControlModifier);
+    ChooseAll();
     EXPECT_EQ(Text("lblSelect"), "Select: 250 of 250");
     Click("cmdRefresh");
     EXPECT_EQ(Text("lblMessage"), "Not listed: 1 file beyond the 250 that a list can hold.");
@@ -360,9 +343,7 @@ TEST_F(FolderList, ExitAndTheFrameUnloadOnce) {
 TEST_F(FolderList, FitsAndHasUniqueMnemonics) {
     ShowThree();
     EXPECT_THAT(CutTextsOf(*window), IsEmpty());
-    std::vector<std::string> mnemonics = MnemonicsOf(*window);
-    std::sort(mnemonics.begin(), mnemonics.end());
-    EXPECT_EQ(std::adjacent_find(mnemonics.begin(), mnemonics.end()), mnemonics.end());
+    EXPECT_TRUE(MnemonicsAreUnique(*window));
 }
 
 TEST_F(FolderList, TabFollowsTheEye) {

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QElapsedTimer>
 #include <QTimer>
-#include <random>
 
 #include "common/text.h"
 #include "retrieval/header_upload.h"
@@ -20,18 +16,18 @@ using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const QString kNotReady = QStringLiteral("DAVO is not ready.  Please check equipment.");
 // What the instrument says before the first echo: "RDY" and a line end, "ERASING...", "H:" and one.
 constexpr double kBeforeEchoes = 5 + 10 + 4;
 
 // The uploads against the simulated instrument.
 class HeaderInstrument : public ::testing::Test {
   protected:
-    HeaderExchange MakeExchange() {
-        return {line.link,
-                line.prompts,
-                [this] { return line.Open(); },
-                {milliseconds(150), milliseconds(500), milliseconds(2000)}};
+    HeaderExchange MakeExchange() { return MakeExchange(line); }
+    static HeaderExchange MakeExchange(HeaderLine& on, milliseconds echo = milliseconds(150)) {
+        return {on.link,
+                on.prompts,
+                [&on] { return on.Open(); },
+                {echo, milliseconds(500), milliseconds(2000)}};
     }
     static HeaderSlots SomeSlots() {
         HeaderSlots slots;
@@ -67,13 +63,8 @@ TEST_F(HeaderInstrument, RandomSlotsComeBackAsTheyWerePacked) {
         std::array<HeaderBoxes, 10> shown;
         for (std::size_t i = 0; i < 10; ++i) {
             HeaderBoxes boxes;
-            for (std::string& box : boxes) {
-                box.assign(random() % 3 == 0 ? 0 : random() % 26, ' ');
-                // Code 255 is what marks an empty place.
-                for (char& c : box)
-                    c = static_cast<char>(random() % 2 ? ' ' + random() % 95
-                                                       : 0xA0 + random() % 95);
-            }
+            for (std::string& box : boxes)
+                box = RandomHeaderText(random);
             if (random() % 3 == 0) boxes.fill("");
             slots[i] = PackSlot(boxes);
             shown[i] = UnpackSlot(slots[i]);
@@ -87,9 +78,8 @@ TEST_F(HeaderInstrument, RandomSlotsComeBackAsTheyWerePacked) {
 }
 
 TEST_F(HeaderInstrument, ADroppedEchoTakesThePatienceAndAllIsStored) {
-    HeaderLine dropping(false, {{FaultKind::DroppedEcho, 325, 0}});
-    HeaderExchange exchange(dropping.link, dropping.prompts, [&] { return dropping.Open(); },
-                            {milliseconds(150), milliseconds(500), milliseconds(2000)});
+    HeaderLine dropping({{FaultKind::DroppedEcho, 325, 0}});
+    HeaderExchange exchange = MakeExchange(dropping);
     std::vector<std::size_t> late;
     QElapsedTimer since;
     since.start();
@@ -110,7 +100,8 @@ TEST_F(HeaderInstrument, NothingIsWrittenToASilentInstrument) {
     const std::string before = line.Instrument().HeaderMemory();
     HeaderExchange exchange = MakeExchange();
     EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::NotReady);
-    EXPECT_THAT(line.prompts.shown, ElementsAre(kNotReady));
+    EXPECT_THAT(line.prompts.shown,
+                ElementsAre(QStringLiteral("DAVO is not ready.  Please check equipment.")));
     EXPECT_EQ(line.Instrument().HeaderMemory(), before);
     EXPECT_EQ(line.Instrument().AllFromPc(), "B");
 }
@@ -185,9 +176,8 @@ TEST_F(HeaderInstrument, LeavingADeafInstrumentIsNotHeldUp) {
 }
 
 TEST_F(HeaderInstrument, ASecondLeaveWaitsForNothing) {
-    HeaderLine slow(false, {{FaultKind::CutLine, kBeforeEchoes + 40, 0}});
-    HeaderExchange exchange(slow.link, slow.prompts, [&] { return slow.Open(); },
-                            {milliseconds(20000), milliseconds(500), milliseconds(2000)});
+    HeaderLine slow({{FaultKind::CutLine, kBeforeEchoes + 40, 0}});
+    HeaderExchange exchange = MakeExchange(slow, milliseconds(20000));
     QElapsedTimer since;
     exchange.OnProgress = [&](std::size_t done) {
         if (done == 40) {

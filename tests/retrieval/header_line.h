@@ -1,47 +1,35 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QString>
-#include <QTemporaryDir>
+#include <random>
+#include <string>
 
-#include "instrument/instrument.h"
-#include "link/link.h"
-#include "link/port_devices.h"
-#include "tests/link/pseudo_terminal.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/instrument_link.h"
+#include "tests/support/scripted_link.h"
 
 namespace davo::test {
 
+// Of 0 to 25 characters of the page, but for code 255, which marks an empty place.
+inline std::string RandomHeaderText(std::mt19937_64& random) {
+    std::string text(random() % 3 == 0 ? 0 : random() % 26, ' ');
+    for (char& c : text)
+        c = static_cast<char>(random() % 2 ? ' ' + random() % 95 : 0xA0 + random() % 95);
+    return text;
+}
+
 // The link on a line to the simulated instrument, which answers without a pause.
-class HeaderLine {
+class HeaderLine : public ScriptedPrompts, public InstrumentLink {
   public:
-    explicit HeaderLine(bool paced = false, std::vector<instrument::Fault> faults = {})
-        : instrument_(Options(paced, std::move(faults))) {}
-
-    instrument::Instrument& Instrument() { return *instrument_; }
-    bool Open() { return link.OpenComPort(1); }
-
-  private:
-    instrument::InstrumentOptions Options(bool paced, std::vector<instrument::Fault> faults) const {
+    explicit HeaderLine(std::vector<instrument::Fault> faults = {}) : InstrumentLink(prompts) {
         instrument::InstrumentOptions options;
-        options.linkPath = Device().toStdString();
-        options.paced = paced;
+        options.paced = false;
         options.conversation.pauseScale = 0;
         options.faults = std::move(faults);
-        return options;
+        PlugIn(options);
     }
-    QString Device() const { return folder_.filePath(QStringLiteral("davo-line")); }
 
-    QTemporaryDir folder_;
-    instrument::InstrumentThread instrument_;
-    OneDevice devices_{Device()};
-    std::unique_ptr<SerialPort> port_ = MakeSerialPort(devices_);
-
-  public:
-    LinkState state;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{*port_, state, prompts, pointer};
+    instrument::Instrument& Instrument() { return **instrument; }
+    bool Open() { return link.OpenComPort(1); }
 };
 
 }  // namespace davo::test

@@ -11,8 +11,8 @@
 #include "common/text.h"
 #include "retrieval/frmHeader.h"
 #include "retrieval/frmHeaderOptn.h"
-#include "tests/link/fake_serial_port.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/fake_serial_port.h"
 
 // Grabs the header windows into the folder that the argument names. Scale: QT_SCALE_FACTOR; screen:
 // QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json

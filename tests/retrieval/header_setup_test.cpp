@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <QLineEdit>
-#include <QPointer>
-
 #include "app/open_forms.h"
 #include "retrieval/frmHeader.h"
 #include "retrieval/frmHeaderOptn.h"
 #include "tests/app/main_window.h"
 
 namespace davo::test {
-
 namespace {
 
 // The windows behind the main window's header menu.
@@ -22,11 +18,11 @@ class HeaderSetup : public MainWindow {
         Choose("mnuSetHeaderFile");
     }
     void Click(QWidget* in, const char* name) {
-        QTest::mouseClick(in->findChild<QPushButton*>(QLatin1String(name)), Qt::LeftButton);
+        ClickIn(*in, name);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    QWidget* Chooser() { return window->findChild<QWidget*>(QStringLiteral("frmHeaderOptn")); }
-    QWidget* Header() { return window->findChild<QWidget*>(QStringLiteral("frmHeader")); }
+    QWidget* Chooser() { return window->findChild<QWidget*>(u"frmHeaderOptn"_s); }
+    QWidget* Header() { return window->findChild<QWidget*>(u"frmHeader"_s); }
     bool FileMenuEnabled() { return Find<QMenu>("mnuFile")->menuAction()->isEnabled(); }
 };
 
@@ -45,11 +41,10 @@ TEST_F(HeaderSetup, PcTestHeaderEditsTheHeaderFile) {
     EXPECT_EQ(Chooser(), nullptr);
     ASSERT_NE(Header(), nullptr);
     EXPECT_FALSE(FileMenuEnabled()) << "the header window is still open";
-    QTest::keyClicks(Header()->findChild<QLineEdit*>(QStringLiteral("txtHeader0")),
-                     QStringLiteral("ACME"));
+    QTest::keyClicks(Header()->findChild<QLineEdit*>(u"txtHeader0"_s), u"ACME"_s);
     Click(Header(), "cmdSave");
     EXPECT_EQ(state.header.Field(0), "ACME                ");
-    EXPECT_EQ(ReadLines(state.settings.dataPath + QStringLiteral("Davo.ini")).front(),
+    EXPECT_EQ(ReadLines(state.settings.dataPath + u"Davo.ini"_s).front(),
               "COMPANY:ACME                ");
     Click(Header(), "cmdExit");
     EXPECT_TRUE(FileMenuEnabled());
@@ -64,14 +59,12 @@ TEST_F(HeaderSetup, DavoTestHeaderReadsTheSlotsOverTheConfiguredPort) {
     port.properties.clear();
     Click(Chooser(), "cmdHeader1");
     ASSERT_NE(Header(), nullptr);
-    const auto* company = Header()->findChild<QLineEdit*>(QStringLiteral("txtHeader0"));
-    EXPECT_TRUE(Until([&] { return company->text() == QStringLiteral("FROM THE DAVO"); }));
-    EXPECT_THAT(port.properties,
-                ::testing::Contains("CommPort=" + std::to_string(state.settings.comPort)));
+    const auto* company = Header()->findChild<QLineEdit*>(u"txtHeader0"_s);
+    EXPECT_TRUE(Until([&] { return company->text() == u"FROM THE DAVO"_s; }));
+    EXPECT_THAT(port.properties, Contains("CommPort=" + std::to_string(state.settings.comPort)));
     Click(Header(), "cmdExit");
     EXPECT_TRUE(FileMenuEnabled());
 }
 
 }  // namespace
-
 }  // namespace davo::test

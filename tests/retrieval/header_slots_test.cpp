@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/header_slots.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "common/text.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 const std::string kEmptySlot(160, '\xFF');
@@ -123,5 +121,4 @@ TEST(Slots, RandomBoxesComeBackTrimmedAndCut) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

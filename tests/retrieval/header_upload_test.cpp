@@ -1,23 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/header_upload.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "common/text.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // Against a scripted instrument.
-class HeaderUploadTest : public ::testing::Test {
+class HeaderUploadTest : public ::testing::Test, public ScriptedLine {
   protected:
     HeaderUploadTest() {
         exchange.OnStatus = [this](const QString& text) { statuses.push_back(text.toStdString()); };
@@ -35,11 +29,14 @@ class HeaderUploadTest : public ::testing::Test {
     }
     std::string Stored() const { return JoinSlots(slots); }
 
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
+    // The instrument is ready and answers the erasing.
+    void Erases(const char* answer = "ERASING...H:\r\n") {
+        port.OnOutput("B", "RDY\r\n").OnOutput("Fh", answer);
+    }
+    void ExpectNotReady() const {
+        EXPECT_THAT(prompts.Texts(), ElementsAre("DAVO is not ready.  Please check equipment."));
+    }
+
     int opened = 0;
     HeaderExchange exchange{link,
                             prompts,
@@ -82,44 +79,39 @@ TEST_F(HeaderUploadTest, AReplyOf1601CharactersIsIgnoredWithoutAMessage) {
 
 TEST_F(HeaderUploadTest, ReadSaysWhenTheInstrumentIsSilent) {
     EXPECT_FALSE(exchange.Read(slots));
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("DAVO is not ready.  Please check equipment.")));
+    ExpectNotReady();
     EXPECT_THAT(port.sent, ElementsAre("B"));
 }
 
 TEST_F(HeaderUploadTest, ReadSaysSoToWhenThePortDoesNotOpen) {
     port.failOpen = ErrorNumber::InvalidPortNumber;
     EXPECT_FALSE(exchange.Read(slots));
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("DAVO is not ready.  Please check equipment.")));
+    ExpectNotReady();
 }
 
 TEST_F(HeaderUploadTest, NothingIsWrittenToASilentInstrument) {
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
     EXPECT_THAT(port.sent, ElementsAre("B"));
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("DAVO is not ready.  Please check equipment.")));
+    ExpectNotReady();
     EXPECT_FALSE(exchange.Unfinished());
 }
 
 TEST_F(HeaderUploadTest, NothingIsSentWhenTheEraseIsNotAnswered) {
-    port.OnOutput("B", "RDY\r\n").OnOutput("Fh", "?");
+    Erases("?");
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
     EXPECT_THAT(port.sent, ElementsAre("B", "Fh"));
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("DAVO is not ready.  Please check equipment.")));
+    ExpectNotReady();
 }
 
 TEST_F(HeaderUploadTest, NothingIsSentWhenThePromptNeverComes) {
-    port.OnOutput("B", "RDY\r\n").OnOutput("Fh", "ERASING...\r\nH:");
+    Erases("ERASING...\r\nH:");
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
     EXPECT_THAT(port.sent, ElementsAre("B", "Fh"));
-    EXPECT_THAT(prompts.shown,
-                ElementsAre(QStringLiteral("DAVO is not ready.  Please check equipment.")));
+    ExpectNotReady();
 }
 
 TEST_F(HeaderUploadTest, SendsEveryCharacterOnItsOwnAndReadsBack) {
-    port.OnOutput("B", "RDY\r\n").OnOutput("Fh", "ERASING...H:\r\n");
+    Erases();
     EchoAll();
     port.Always("Fr", Stored() + "\r\n");
     const UploadResult result = exchange.Upload(slots);
@@ -171,7 +163,7 @@ TEST_F(HeaderUploadTest, SlotsThatComeBackOtherwiseAreNamed) {
     stored[0] = PadRight("XB x", 160);
     stored[4] = PadRight("?", 160);
     stored[5] = std::string(160, ' ');
-    port.OnOutput("B", "RDY\r\n").OnOutput("Fh", "ERASING...H:\r\n");
+    Erases();
     EchoAll();
     std::string back;
     for (std::size_t i = 0; i < 10; ++i)
@@ -184,30 +176,29 @@ TEST_F(HeaderUploadTest, SlotsThatComeBackOtherwiseAreNamed) {
 
 TEST(DifferingMessage, NamesTheSlots) {
     EXPECT_EQ(DifferingMessage({7}),
-              QStringLiteral("The DAVO did not store header slot 7 as sent.\r\n"
-                             "Please save the headers to the DAVO again."));
+              u"The DAVO did not store header slot 7 as sent.\r\n"
+              "Please save the headers to the DAVO again."_s);
     EXPECT_EQ(DifferingMessage({1, 5, 10}),
-              QStringLiteral("The DAVO did not store header slots 1, 5 and 10 as sent.\r\n"
-                             "Please save the headers to the DAVO again."));
+              u"The DAVO did not store header slots 1, 5 and 10 as sent.\r\n"
+              "Please save the headers to the DAVO again."_s);
 }
 
 TEST_F(HeaderUploadTest, SlotsThatDoNotComeBackAreSaid) {
-    port.OnOutput("B", "RDY\r\n").OnOutput("Fh", "ERASING...H:\r\n");
+    Erases();
     EchoAll();
     port.Always("Fr", "1\r\n");
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReadBack);
 }
 
 TEST_F(HeaderUploadTest, UnansweredCharactersAreCounted) {
-    port.OnOutput("B", "RDY\r\n").OnOutput("Fh", "ERASING...H:\r\n");
+    Erases();
     port.OnOutput("X", "X").OnOutput("B", "?").OnOutput(" ", "");
     EchoAll();
     port.Always("Fr", Stored() + "\r\n");
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::Stored);
-    EXPECT_THAT(statuses, ::testing::IsSupersetOf({"slot 1 of 10, 1 character not answered",
-                                                   "slot 10 of 10, 2 characters not answered"}));
+    EXPECT_THAT(statuses, IsSupersetOf({"slot 1 of 10, 1 character not answered",
+                                        "slot 10 of 10, 2 characters not answered"}));
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -5,8 +5,8 @@
 #include <QCoreApplication>
 #include <cstdio>
 
-#include "tests/link/fake_serial_port.h"
 #include "tests/retrieval/kill_download_records.h"
+#include "tests/support/scripted_link.h"
 
 int main(int argc, char** argv) {
     using namespace davo;
@@ -14,22 +14,19 @@ int main(int argc, char** argv) {
     if (argc != 2) return 2;
     const QString folder = QString::fromLocal8Bit(argv[1]);
 
-    test::FakeSerialPort port;
-    LinkState state;
-    test::FakePrompts prompts;
-    BusyPointer pointer;
-    Link link(port, state, prompts, pointer);
-    link.OpenComPort(1);
-    port.Always("B", "RDY\r\n");
+    test::ScriptedLine line;
+    line.link.OpenComPort(1);
+    line.port.Always("B", "RDY\r\n");
     DirectoryTables tables;
     for (const auto& record : test::KillRecords()) {
         tables.dirEntries.push_back(test::EntryOfRecord(record));
-        port.OnOutput("L" + std::to_string(1000 + record.number).substr(1), "Record Found\r\n");
-        port.OnOutput("R", RecordReply(record));
+        line.port.OnOutput("L" + std::to_string(1000 + record.number).substr(1),
+                           "Record Found\r\n");
+        line.port.OnOutput("R", RecordReply(record));
     }
     tables.recordCount = 2;
-    prompts.answers = {Answer::Yes};
-    RecordDownload download(link, prompts, tables, folder, folder);
+    line.prompts.answers = {Answer::Yes};
+    RecordDownload download(line.link, line.prompts, tables, folder, folder);
     const bool whole = download.Run().written.size() == 2;
     if (!whole) std::fputs("not whole\n", stderr);
     return whole ? 0 : 1;

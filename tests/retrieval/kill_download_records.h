@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "tests/retrieval/record_download_rig.h"
 
 namespace davo::test {

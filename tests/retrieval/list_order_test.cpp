@@ -2,9 +2,6 @@
 // The order of a record list, and the folders that belong to a chosen one.
 #include "retrieval/list_order.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cctype>
 #include <random>
@@ -12,12 +9,10 @@
 
 #include "common/places.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
-using testing::UnorderedElementsAreArray;
 
 std::string EntryOf(const std::string& name, const std::string& date, const std::string& station) {
     return name + "!" + date + " 10:15TESTS=03COMPANY=STATION=" + station +
@@ -134,7 +129,7 @@ TEST(KeepWholeEntries, CountsThoseWithoutAName) {
 }
 
 TEST(RecordFileName, IsTheNameAndTheExtension) {
-    EXPECT_EQ(RecordFileName(kOld), QStringLiteral("b1.txt"));
+    EXPECT_EQ(RecordFileName(kOld), u"b1.txt"_s);
 }
 
 QString P(const char* rule) {

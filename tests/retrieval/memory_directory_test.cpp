@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/memory_directory.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "instrument/memory.h"
 #include "records/directory_entry.h"
 #include "records/directory_file.h"
-#include "tests/link/fake_serial_port.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 std::string Filled(const std::string& text) {
     return text + std::string(20 - text.size(), ' ');
@@ -92,8 +86,8 @@ TEST(CutRecords, TakesAKeyInsideAnEarlierValueAsPartOfIt) {
     const std::string record = RecordText("001", "03/14/24 09:26", "COMMENTS=SN=STATION");
     const auto directory = BuildEntries(record + "DONE");
     ASSERT_THAT(directory.entries, SizeIs(1));
-    EXPECT_THAT(directory.entries[0], ::testing::HasSubstr("COMMENTS=AFTER REPAIR        "));
-    EXPECT_THAT(directory.entries[0], ::testing::HasSubstr("SN=SN77                "));
+    EXPECT_THAT(directory.entries[0], HasSubstr("COMMENTS=AFTER REPAIR        "));
+    EXPECT_THAT(directory.entries[0], HasSubstr("SN=SN77                "));
 }
 
 TEST(CutRecords, TellsRecordsThatAreNotWhole) {
@@ -202,21 +196,10 @@ TEST(BuildEntries, ListsTheWholeMemoryOfTheInstrument) {
     EXPECT_TRUE(std::is_sorted(directory.dates.rbegin(), directory.dates.rend()));
 }
 
-class ReadMemoryDirectoryTest : public ::testing::Test {
+class ReadMemoryDirectoryTest : public ::testing::Test, public ScriptedLine {
   protected:
     ReadMemoryDirectoryTest() { link.OpenComPort(1); }
-    std::vector<std::string> Shown() const {
-        std::vector<std::string> texts;
-        for (const QString& text : prompts.shown)
-            texts.push_back(text.toStdString());
-        return texts;
-    }
-
-    FakeSerialPort port;
-    LinkState state;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
+    std::vector<std::string> Shown() const { return prompts.Texts(); }
 };
 
 TEST_F(ReadMemoryDirectoryTest, AsksForReadinessAndTheDirectory) {

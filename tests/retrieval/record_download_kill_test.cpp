@@ -2,8 +2,6 @@
 // Kills a download at every single change of the disk, before it, in the middle of a write and
 // after it, and looks at what is there then.
 
-#include <gtest/gtest.h>
-
 #include "retrieval/record_reply.h"
 #include "tests/retrieval/kill_download_records.h"
 #include "tests/support/killed_program.h"

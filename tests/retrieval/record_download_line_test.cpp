@@ -2,64 +2,39 @@
 // Whole downloads from the simulated instrument on its device, and what its faults and a full disk
 // leave on disk.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 
 #include <QTimer>
 
-#include "instrument/instrument.h"
 #include "instrument/transformer.h"
-#include "link/serial_port.h"
 #include "records/record_file.h"
 #include "records/record_file_writer.h"
-#include "retrieval/record_reply.h"
-#include "tests/link/pseudo_terminal.h"
 #include "tests/records/captures.h"
 #include "tests/retrieval/record_download_rig.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/instrument_link.h"
 #include "tests/support/random_seed.h"
 
 namespace davo::test {
 namespace {
 
-using instrument::InstrumentOptions;
-using instrument::InstrumentThread;
 using instrument::MemoryRecord;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 constexpr std::size_t kBeforeRecord = 14 + 5;  // "Record Found" and "RDY"
 
-class DownloadLine : public ::testing::Test, public DownloadSurroundings {
+class DownloadLine : public ::testing::Test, public DownloadSurroundings, public InstrumentLink {
   protected:
+    DownloadLine() : InstrumentLink(prompts) {}
     void Start(const std::vector<MemoryRecord>& memory, const std::string& fault = {},
                bool paced = false) {
-        InstrumentOptions options;
-        options.linkPath = device.toStdString();
-        options.paced = paced;
-        options.conversation.pauseScale = 0.02;
-        options.conversation.memory = memory;
+        instrument::InstrumentOptions options = QuickWithMemory(memory, paced);
         if (!fault.empty()) options.faults = {instrument::ParseFault(fault).value()};
-        instrument = std::make_unique<InstrumentThread>(options);
+        PlugIn(options);
         ASSERT_TRUE(link.OpenComPort(1));
         Watch(download);
     }
-    // What the record file of the index-th selected record must hold.
-    std::string Whole(std::size_t index, const MemoryRecord& record, const char* name) const {
-        return RecordHeaderLines(tables.dirEntries.at(index), name) +
-               ConvertRecordReply(RecordReply(record)).lines;
-    }
 
-    QString device = folder.Path("davo");
-    std::unique_ptr<InstrumentThread> instrument;
-    OneDevice devices{device};
-    std::unique_ptr<SerialPort> port = MakeSerialPort(devices);
-    LinkState state;
-    BusyPointer pointer;
-    Link link{*port, state, prompts, pointer};
-    RecordDownload download{link, prompts, tables, dataPath, scratch};
+    RecordDownload download{link, prompts, directory, settings.dataPath, scratch};
 };
 
 TEST_F(DownloadLine, TheWholeMemoryComesOver) {
@@ -67,11 +42,11 @@ TEST_F(DownloadLine, TheWholeMemoryComesOver) {
     Start(memory);
     const auto reply = ReadMemoryDirectory(link, prompts);
     ASSERT_TRUE(reply.has_value());
-    const MemoryDirectory directory = BuildEntries(*reply);
-    ASSERT_EQ(directory.entries.size(), 20U);
-    tables.dirEntriesNew = directory.entries;
-    tables.dirEntries = directory.entries;
-    tables.recordCount = 20;
+    const MemoryDirectory memoryDirectory = BuildEntries(*reply);
+    ASSERT_EQ(memoryDirectory.entries.size(), 20U);
+    directory.dirEntriesNew = memoryDirectory.entries;
+    directory.dirEntries = memoryDirectory.entries;
+    directory.recordCount = 20;
     const DownloadResult result = download.Run();
     EXPECT_EQ(result.end, DownloadEnd::Complete);
     EXPECT_EQ(result.written.size(), 20U);
@@ -79,7 +54,7 @@ TEST_F(DownloadLine, TheWholeMemoryComesOver) {
     for (const MemoryRecord& record : memory) {
         const std::string name = "TST_" + std::to_string(1000 + record.number).substr(1);
         const TestRecordFile file =
-            ReadTestRecordFile(dataPath + QString::fromStdString(name + ".txt"));
+            ReadTestRecordFile(settings.dataPath + QString::fromStdString(name + ".txt"));
         EXPECT_EQ(file.testNumber, name);
         EXPECT_EQ(file.date, record.date);
         EXPECT_EQ(file.time, record.time);
@@ -87,9 +62,9 @@ TEST_F(DownloadLine, TheWholeMemoryComesOver) {
     }
     // The folder's own listing has the same records in the same order.
     DirectoryTables listed;
-    LoadDirectoryFile(dataPath, listed);
+    LoadDirectoryFile(settings.dataPath, listed);
     DirectoryTables rebuilt;
-    EXPECT_EQ(RebuildDirectory(dataPath, rebuilt).count, 20);
+    EXPECT_EQ(RebuildDirectory(settings.dataPath, rebuilt).count, 20);
     ASSERT_EQ(listed.dirEntries.size(), 20U);
     for (std::size_t i = 0; i < 20; ++i)
         EXPECT_EQ(EntryName(listed.dirEntries[i]), EntryName(rebuilt.dirEntries.at(i)));
@@ -111,7 +86,7 @@ TEST_F(DownloadLine, AShotIsTheSameLiveAndDownloaded) {
     Start({record});
     Select({record});
     ASSERT_EQ(download.Run().end, DownloadEnd::Complete);
-    const TestRecordFile fetched = ReadTestRecordFile(dataPath + QStringLiteral("TST_007.txt"));
+    const TestRecordFile fetched = ReadTestRecordFile(settings.dataPath + u"TST_007.txt"_s);
     const auto shots = static_cast<std::int16_t>(record.tests.size());
     const TestRecordFile live =
         ParseTestRecordFile(ConvertCapture(capture, HeaderTable{}, {"LIVE", shots, {}}));
@@ -155,7 +130,7 @@ TEST_F(DownloadLine, UnpluggedInMidRecordLeavesTheEarlierRecords) {
     EXPECT_EQ(File("TST_001.txt"), Whole(0, memory[0], "TST_001"));
     EXPECT_EQ(File("TST_002.txt"), "old");
     EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_001.txt", "TST_002.txt"));
-    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    EXPECT_EQ(Listing(), "REC==001\r\n" + directory.dirEntries[0] + "\r\n");
     EXPECT_EQ(Shown()[2], Link::LostMessage().toStdString());
     EXPECT_EQ(Shown()[3], "The DAVO cannot be reached.\r\nNot downloaded: TST_002");
 }
@@ -164,11 +139,13 @@ TEST_F(DownloadLine, NoiseInTheDirectoryCostsOnlyWhatItHit) {
     Start(instrument::MakeMemory(135, 4), "noise:0.0005");
     const auto reply = ReadMemoryDirectory(link, prompts);
     ASSERT_TRUE(reply.has_value());
-    const MemoryDirectory directory = BuildEntries(*reply);
-    EXPECT_GT(directory.entries.size(), 100U);
+    const MemoryDirectory memoryDirectory = BuildEntries(*reply);
+    EXPECT_GT(memoryDirectory.entries.size(), 100U);
     // Noise inside a value that leaves its width is no damage that could be seen.
-    EXPECT_GE(directory.entries.size() + static_cast<std::size_t>(directory.damaged), 134U);
-    EXPECT_LE(directory.entries.size() + static_cast<std::size_t>(directory.damaged), 137U);
+    EXPECT_GE(memoryDirectory.entries.size() + static_cast<std::size_t>(memoryDirectory.damaged),
+              134U);
+    EXPECT_LE(memoryDirectory.entries.size() + static_cast<std::size_t>(memoryDirectory.damaged),
+              137U);
 }
 
 TEST_F(DownloadLine, LeavingAPacedRecordIsQuickAndTheNextDownloadIsWhole) {
@@ -211,7 +188,7 @@ TEST_F(DownloadLine, AFullDiskLeavesTheEarlierRecordsAndTheOldFile) {
     EXPECT_EQ(File("TST_001.txt"), Whole(0, memory[0], "TST_001"));
     EXPECT_EQ(File("TST_002.txt"), "old");
     EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_001.txt", "TST_002.txt"));
-    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    EXPECT_EQ(Listing(), "REC==001\r\n" + directory.dirEntries[0] + "\r\n");
     EXPECT_THAT(Shown().back(), HasSubstr("Disk full"));
     EXPECT_THAT(Shown().back(), HasSubstr("TST_002.txt\r\nNot downloaded: TST_002, TST_003"));
 }
@@ -232,7 +209,7 @@ TEST_F(DownloadLine, AFullScratchDiskIsSaidAndWritesNoRecord) {
 }
 
 TEST_F(DownloadLine, AFullDataDiskIsSaid) {
-    const QByteArray disk = QFile::encodeName(dataPath);
+    const QByteArray disk = QFile::encodeName(settings.dataPath);
     if (mount("none", disk.constData(), "tmpfs", 0, "size=64k") != 0) {
         GTEST_SKIP() << "a small disk can be mounted by root only";
     }

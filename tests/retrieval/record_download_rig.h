@@ -1,56 +1,52 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QDir>
-#include <string>
-#include <vector>
-
-#include "common/files.h"
+#include "instrument/instrument.h"
 #include "instrument/memory.h"
 #include "retrieval/memory_directory.h"
 #include "retrieval/record_download.h"
-#include "tests/support/fake_prompts.h"
-#include "tests/support/temporary_folder.h"
+#include "retrieval/record_reply.h"
+#include "tests/support/data_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 
-// Folders, tables and prompts around a download, and what it told.
-class DownloadSurroundings {
+// A data folder and a scratch folder around a download, and what it told.
+class DownloadSurroundings : public DataFolder {
   public:
-    DownloadSurroundings() {
-        QDir().mkpath(dataPath);
-        QDir().mkpath(scratch);
-    }
+    DownloadSurroundings() { QDir().mkpath(scratch); }
 
     // The records of memory are listed in the instrument's order and all selected.
     void Select(const std::vector<instrument::MemoryRecord>& memory) {
-        for (const auto& record : memory)
-            SelectEntries({record});
-        tables.recordsFromInstrument = true;
+        for (const auto& record : memory) {
+            for (const std::string& entry :
+                 BuildEntries(instrument::DirectoryReply({record})).entries) {
+                directory.dirEntries.push_back(entry);
+            }
+        }
+        directory.recordCount = static_cast<std::int16_t>(directory.dirEntries.size());
+        directory.recordsFromInstrument = true;
     }
 
     std::string File(const char* name) const {
-        const QString path = dataPath + QLatin1String(name);
+        const QString path = settings.dataPath + QLatin1String(name);
         return FileExists(path) ? ReadWholeFile(path) : "(none)";
     }
     void Put(const char* name, const std::string& bytes) const {
-        ReplaceFile(dataPath + QLatin1String(name), bytes);
+        ReplaceFile(settings.dataPath + QLatin1String(name), bytes);
     }
-    // All names in the data folder, hidden ones and what is left of a writing included.
+    // All names in the data folder, those of folders included.
     std::vector<std::string> Names() const {
-        std::vector<std::string> names;
-        for (const QString& name : QDir(dataPath).entryList(
-                 QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name)) {
-            names.push_back(name.toStdString());
-        }
-        return names;
+        return NamesIn(settings.dataPath, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
-    std::string Directory() const { return File(kDirectoryFileName); }
-    std::vector<std::string> Shown() const {
-        std::vector<std::string> texts;
-        for (const QString& text : prompts.shown)
-            texts.push_back(text.toStdString());
-        return texts;
+    std::string Listing() const { return File(kDirectoryFileName); }
+    std::string Header(std::size_t index, const char* name) const {
+        return RecordHeaderLines(directory.dirEntries.at(index), name);
+    }
+    // What the record file of the index-th selected record must hold.
+    std::string Whole(std::size_t index, const instrument::MemoryRecord& record,
+                      const char* name) const {
+        return Header(index, name) + ConvertRecordReply(RecordReply(record)).lines;
     }
     void Watch(RecordDownload& download) {
         download.OnStatus = [this](const QString& text) { status.push_back(text.toStdString()); };
@@ -65,22 +61,11 @@ class DownloadSurroundings {
         };
     }
 
-    TemporaryFolder folder;
-    QString dataPath = folder.Path("Shots_Data/");
     QString scratch = folder.Path("scratch/");
-    FakePrompts prompts;
-    DirectoryTables tables;
     std::vector<std::string> status;
     std::vector<std::string> activity;
     std::vector<std::size_t> progress;
     std::size_t progressTotal = 0;
-
-  private:
-    void SelectEntries(const std::vector<instrument::MemoryRecord>& records) {
-        for (const std::string& entry : BuildEntries(instrument::DirectoryReply(records)).entries)
-            tables.dirEntries.push_back(entry);
-        tables.recordCount = static_cast<std::int16_t>(tables.dirEntries.size());
-    }
 };
 
 // A record of so many tests, its header like that of a real one.
@@ -91,6 +76,16 @@ inline instrument::MemoryRecord MemoryRecordOf(int number, int tests) {
     const std::vector<RecordImage>& images = memory.at(19).tests;  // a hundred
     record.tests.assign(images.begin(), images.begin() + tests);
     return record;
+}
+
+// An instrument that answers quickly and has memory.
+inline instrument::InstrumentOptions QuickWithMemory(
+    const std::vector<instrument::MemoryRecord>& memory, bool paced = false) {
+    instrument::InstrumentOptions options;
+    options.paced = paced;
+    options.conversation.pauseScale = 0.02;
+    options.conversation.memory = memory;
+    return options;
 }
 
 }  // namespace davo::test

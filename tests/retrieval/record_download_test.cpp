@@ -1,85 +1,70 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Downloads over a scripted line: the exchange, the questions, what is told and what is on disk.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QTimer>
 
-#include "retrieval/record_reply.h"
-#include "tests/link/fake_serial_port.h"
 #include "tests/retrieval/record_download_rig.h"
+#include "tests/support/scripted_link.h"
 
 namespace davo::test {
 namespace {
 
 using instrument::MemoryRecord;
 using instrument::RecordReply;
-using ::testing::AllOf;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 constexpr const char* kReplaceQuestion =
     "The file TST_012 already exists. Do you want to replace the existing file? ";
 constexpr const char* kNameQuestion = "|Old name: TST_012\r\nEnter a new name: ";
 
-class RecordDownloadTest : public ::testing::Test, public DownloadSurroundings {
+class RecordDownloadTest : public ::testing::Test,
+                           public DownloadSurroundings,
+                           public ScriptedLink {
   protected:
-    RecordDownloadTest() {
+    RecordDownloadTest() : ScriptedLink(prompts) {
         link.OpenComPort(1);
         port.Always("B", "RDY\r\n");
         Watch(download);
     }
     std::string Located(int number) const { return "L" + std::to_string(1000 + number).substr(1); }
     // The instrument has record and sends reply for it.
-    void Answer(const MemoryRecord& record, const std::string& reply) {
+    void Replies(const MemoryRecord& record, const std::string& reply) {
         port.OnOutput(Located(record.number), "Record Found\r\n").OnOutput("R", reply);
     }
-    void Answer(const MemoryRecord& record) { Answer(record, RecordReply(record)); }
-    std::string Header(std::size_t index, const char* name) const {
-        return RecordHeaderLines(tables.dirEntries.at(index), name);
-    }
-    std::string Whole(std::size_t index, const MemoryRecord& record, const char* name) const {
-        return Header(index, name) + ConvertRecordReply(RecordReply(record)).lines;
+    void Replies(const MemoryRecord& record) { Replies(record, RecordReply(record)); }
+    // The listing has no more than the index-th selected record.
+    void ExpectListed(std::size_t index) const {
+        EXPECT_EQ(Listing(), "REC==001\r\n" + directory.dirEntries.at(index) + "\r\n");
     }
 
-    FakeSerialPort port;
-    LinkState state;
-    BusyPointer pointer;
-    Link link{port, state, prompts, pointer};
-    RecordDownload download{link, prompts, tables, dataPath, scratch};
+    RecordDownload download{link, prompts, directory, settings.dataPath, scratch};
     const MemoryRecord twelve = MemoryRecordOf(12, 2);
     const MemoryRecord thirteen = MemoryRecordOf(13, 3);
 };
 
 TEST_F(RecordDownloadTest, FetchesTheSelectedRecords) {
     Select({twelve, thirteen});
-    Answer(twelve);
-    Answer(thirteen);
+    Replies(twelve);
+    Replies(thirteen);
     const DownloadResult result = download.Run();
     EXPECT_EQ(result.end, DownloadEnd::Complete);
-    EXPECT_THAT(result.written,
-                ElementsAre(QStringLiteral("TST_012.txt"), QStringLiteral("TST_013.txt")));
+    EXPECT_THAT(result.written, ElementsAre(u"TST_012.txt"_s, u"TST_013.txt"_s));
     EXPECT_THAT(result.missing, IsEmpty());
     EXPECT_THAT(port.sent, ElementsAre("L012", "B", "R", "L013", "B", "R"));
     EXPECT_EQ(File("TST_012.txt"), Whole(0, twelve, "TST_012"));
     EXPECT_EQ(File("TST_013.txt"), Whole(1, thirteen, "TST_013"));
     EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
-    EXPECT_EQ(Directory(),
-              "REC==002\r\n" + tables.dirEntries[0] + "\r\n" + tables.dirEntries[1] + "\r\n");
-    EXPECT_THAT(tables.dirFileNames,
-                ElementsAre(QStringLiteral("TST_012.txt"), QStringLiteral("TST_013.txt")));
-    EXPECT_EQ(ReadWholeFile(scratch + QStringLiteral("TempTEST")), RecordReply(thirteen));
+    EXPECT_EQ(Listing(),
+              "REC==002\r\n" + directory.dirEntries[0] + "\r\n" + directory.dirEntries[1] + "\r\n");
+    EXPECT_THAT(directory.dirFileNames, ElementsAre(u"TST_012.txt"_s, u"TST_013.txt"_s));
+    EXPECT_EQ(ReadWholeFile(scratch + u"TempTEST"_s), RecordReply(thirteen));
     EXPECT_THAT(Shown(), IsEmpty());
     EXPECT_FALSE(download.Running());
 }
 
 TEST_F(RecordDownloadTest, TellsWhatItDoes) {
     Select({twelve, thirteen});
-    Answer(twelve);
-    Answer(thirteen);
+    Replies(twelve);
+    Replies(thirteen);
     download.Run();
     EXPECT_THAT(status, ElementsAre("Downloading Record 1 of 2", "Downloading Record 2 of 2"));
     EXPECT_THAT(activity, ElementsAre("Prepare to download from DAVO, Please Wait...",
@@ -89,15 +74,15 @@ TEST_F(RecordDownloadTest, TellsWhatItDoes) {
     EXPECT_EQ(progressTotal, RecordReply(twelve).size() + RecordReply(thirteen).size());
     EXPECT_EQ(progress.front(), 0U);
     EXPECT_EQ(progress.back(), progressTotal);
-    EXPECT_THAT(progress, ::testing::Contains(RecordReply(twelve).size()));
+    EXPECT_THAT(progress, Contains(RecordReply(twelve).size()));
 }
 
 TEST_F(RecordDownloadTest, CountsRecordsWhenASizeIsNotKnown) {
     // A hundred tests do not fit the two columns of the count.
     const MemoryRecord hundred = MemoryRecordOf(14, 100);
     Select({twelve, hundred});
-    Answer(twelve);
-    Answer(hundred);
+    Replies(twelve);
+    Replies(hundred);
     download.Run();
     EXPECT_EQ(progressTotal, 2U);
     EXPECT_THAT(progress, ElementsAre(0, 1, 2));
@@ -109,7 +94,7 @@ TEST_F(RecordDownloadTest, LetsTheOldFileGoOnlyForTheNewOne) {
     Put("TST_012.txt", "old");
     prompts.answers = {Answer::Yes};
     prompts.onMessage = [&](const QString&) { EXPECT_EQ(File("TST_012.txt"), "old"); };
-    RecordDownloadTest::Answer(twelve);
+    Replies(twelve);
     EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
     EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, "The record TST_012 shall be overwritten!"));
     // The default button is none that destroys.
@@ -121,15 +106,15 @@ TEST_F(RecordDownloadTest, WritesUnderANewName) {
     Select({twelve});
     Put("TST_012.txt", "old");
     prompts.answers = {Answer::No};
-    prompts.inputs = {QStringLiteral("CT12")};
-    RecordDownloadTest::Answer(twelve);
+    prompts.inputs = {u"CT12"_s};
+    Replies(twelve);
     const DownloadResult result = download.Run();
-    EXPECT_THAT(result.written, ElementsAre(QStringLiteral("CT12.txt")));
+    EXPECT_THAT(result.written, ElementsAre(u"CT12.txt"_s));
     EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, kNameQuestion));
     EXPECT_EQ(File("TST_012.txt"), "old");
     EXPECT_EQ(File("CT12.txt"), Whole(0, twelve, "CT12"));
     EXPECT_THAT(File("CT12.txt"), StartsWith("TEST NUMBER: CT12\r\n"));
-    EXPECT_THAT(Directory(), StartsWith("REC==001\r\nCT12!"));
+    EXPECT_THAT(Listing(), StartsWith("REC==001\r\nCT12!"));
     EXPECT_THAT(port.sent, ElementsAre("L012", "B", "R"));
 }
 
@@ -138,8 +123,8 @@ TEST_F(RecordDownloadTest, AsksAgainForANameThatExists) {
     Put("TST_012.txt", "old");
     Put("CT12.txt", "other");
     prompts.answers = {Answer::No};
-    prompts.inputs = {QStringLiteral("CT12"), QStringLiteral("CT13")};
-    RecordDownloadTest::Answer(twelve);
+    prompts.inputs = {u"CT12"_s, u"CT13"_s};
+    Replies(twelve);
     download.Run();
     EXPECT_THAT(Shown(),
                 ElementsAre(kReplaceQuestion, kNameQuestion,
@@ -152,18 +137,18 @@ TEST_F(RecordDownloadTest, AsksAgainForANameThatCannotBe) {
     Select({twelve});
     Put("TST_012.txt", "old");
     prompts.answers = {Answer::No};
-    const QString greek = QStringLiteral("\u03A9-TEST");
-    const QString accented = QStringLiteral("Pr\u00FCfung");
+    const QString greek = u"\u03A9-TEST"_s;
+    const QString accented = u"Pr\u00FCfung"_s;
     for (const char* name :
          {"../CT", "a\\b", "C:x", "a*", "a?", "a\"b", "<a", "a>", "a|b", "a.txt", "a!b", "a\tb"}) {
         prompts.inputs.push_back(QString::fromLatin1(name));
     }
     prompts.inputs.push_back(greek);
     prompts.inputs.push_back(QString(101, QLatin1Char('x')));
-    prompts.inputs.push_back(QStringLiteral(" ") + accented);
-    RecordDownloadTest::Answer(twelve);
+    prompts.inputs.push_back(u" "_s + accented);
+    Replies(twelve);
     const DownloadResult result = download.Run();
-    EXPECT_THAT(result.written, ElementsAre(accented + QStringLiteral(".txt")));
+    EXPECT_THAT(result.written, ElementsAre(accented + u".txt"_s));
     const auto shown = Shown();
     ASSERT_EQ(shown.size(), 1U + 2 * 14 + 1);
     for (std::size_t i = 0; i < 12; ++i)
@@ -175,29 +160,29 @@ TEST_F(RecordDownloadTest, AsksAgainForANameThatCannotBe) {
     EXPECT_EQ(shown[26], "The name " + greek.toStdString() +
                              " has a character that a record file cannot hold.");
     EXPECT_EQ(shown[28], "The name is too long. At most 100 characters are possible.");
-    EXPECT_THAT(File((accented + QStringLiteral(".txt")).toUtf8().constData()), "(none)");
-    EXPECT_THAT(ReadWholeFile(dataPath + accented + QStringLiteral(".txt")),
+    EXPECT_THAT(File((accented + u".txt"_s).toUtf8().constData()), "(none)");
+    EXPECT_THAT(ReadWholeFile(settings.dataPath + accented + u".txt"_s),
                 StartsWith("TEST NUMBER: Pr\xFC"
                            "fung\r\n"));
 }
 
 TEST_F(RecordDownloadTest, SkipsARecordWithoutANewName) {
-    for (const std::optional<QString>& answer : {std::optional<QString>(), std::optional(QString()),
-                                                 std::optional(QStringLiteral("  "))}) {
-        tables = {};
+    for (const std::optional<QString>& answer :
+         {std::optional<QString>(), std::optional(QString()), std::optional(u"  "_s)}) {
+        directory = {};
         Select({twelve, thirteen});
         Put("TST_012.txt", "old");
-        QFile::remove(dataPath + QStringLiteral("TST_013.txt"));
+        QFile::remove(settings.dataPath + u"TST_013.txt"_s);
         prompts.answers = {Answer::No};
         prompts.inputs = {answer};
         prompts.shown.clear();
-        RecordDownloadTest::Answer(thirteen);
+        Replies(thirteen);
         const DownloadResult result = download.Run();
         EXPECT_EQ(result.end, DownloadEnd::Complete);
-        EXPECT_THAT(result.written, ElementsAre(QStringLiteral("TST_013.txt")));
+        EXPECT_THAT(result.written, ElementsAre(u"TST_013.txt"_s));
         EXPECT_THAT(result.missing, IsEmpty());
         EXPECT_EQ(File("TST_012.txt"), "old");
-        EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[1] + "\r\n");
+        ExpectListed(1);
         EXPECT_EQ(progress.back(), progressTotal);
         EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, kNameQuestion));
         progress.clear();
@@ -208,24 +193,24 @@ TEST_F(RecordDownloadTest, EndsAtOnceWhenItIsCancelled) {
     Select({thirteen, twelve, MemoryRecordOf(14, 1)});
     Put("TST_012.txt", "old");
     prompts.answers = {Answer::Cancel};
-    RecordDownloadTest::Answer(thirteen);
+    Replies(thirteen);
     const DownloadResult result = download.Run();
     EXPECT_EQ(result.end, DownloadEnd::Cancelled);
     EXPECT_THAT(result.missing, ElementsAre("TST_012", "TST_014"));
     EXPECT_THAT(port.sent, ElementsAre("L013", "B", "R"));
     EXPECT_EQ(File("TST_012.txt"), "old");
-    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    ExpectListed(0);
     EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
     EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion));
     // What is listed can be loaded.
     DirectoryTables loaded;
-    LoadDirectoryFile(dataPath, loaded);
+    LoadDirectoryFile(settings.dataPath, loaded);
     EXPECT_EQ(loaded.recordCount, 1);
 }
 
 TEST_F(RecordDownloadTest, EndsWhereARecordIsNotFound) {
     Select({thirteen, twelve, MemoryRecordOf(14, 1)});
-    RecordDownloadTest::Answer(thirteen);
+    Replies(thirteen);
     port.OnOutput("L012", "Record Not Found\r\n");
     const DownloadResult result = download.Run();
     EXPECT_EQ(result.end, DownloadEnd::NotFound);
@@ -233,19 +218,19 @@ TEST_F(RecordDownloadTest, EndsWhereARecordIsNotFound) {
     EXPECT_EQ(File("TST_013.txt"), Whole(0, thirteen, "TST_013"));
     EXPECT_EQ(File("TST_012.txt"), Header(1, "TST_012"));
     EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
-    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    ExpectListed(0);
     EXPECT_THAT(Shown(), ElementsAre("Record Not Found: the DAVO does not have the record TST_012."
                                      "\r\nNot downloaded: TST_012, TST_014"));
 }
 
 TEST_F(RecordDownloadTest, HasAHeaderOnlyForAnEmptyReply) {
     Select({twelve, thirteen});
-    RecordDownloadTest::Answer(twelve, "\r\nDONE\r\n");
-    RecordDownloadTest::Answer(thirteen);
+    Replies(twelve, "\r\nDONE\r\n");
+    Replies(thirteen);
     EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
     EXPECT_EQ(File("TST_012.txt"), Header(0, "TST_012"));
     EXPECT_EQ(File("TST_013.txt"), Whole(1, thirteen, "TST_013"));
-    EXPECT_THAT(Directory(), StartsWith("REC==002\r\n"));
+    EXPECT_THAT(Listing(), StartsWith("REC==002\r\n"));
     EXPECT_THAT(Shown(), IsEmpty());
 }
 
@@ -254,21 +239,21 @@ TEST_F(RecordDownloadTest, TellsOfTestsThatAreMissingOrDamaged) {
     const std::string reply = RecordReply(thirteen);
     std::string noisy = RecordReply(twelve);
     noisy[34 * 15] = '?';
-    RecordDownloadTest::Answer(twelve, noisy);
-    RecordDownloadTest::Answer(thirteen, reply.substr(0, 34 * 31) + "\r\nDONE\r\n");
+    Replies(twelve, noisy);
+    Replies(thirteen, reply.substr(0, 34 * 31) + "\r\nDONE\r\n");
     const DownloadResult result = download.Run();
     EXPECT_EQ(result.end, DownloadEnd::Complete);
     EXPECT_THAT(Shown(), ElementsAre("TST_012: the values of these tests arrived damaged: 1.\r\n"
                                      "TST_013: only 2 of 3 tests were received."));
-    EXPECT_THAT(File("TST_013.txt"), AllOf(HasSubstr("REC NUMBER:  2\r\n"),
-                                           ::testing::Not(HasSubstr("REC NUMBER:  3\r\n"))));
+    EXPECT_THAT(File("TST_013.txt"),
+                AllOf(HasSubstr("REC NUMBER:  2\r\n"), Not(HasSubstr("REC NUMBER:  3\r\n"))));
 }
 
 TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
     Select({thirteen, twelve, MemoryRecordOf(14, 1)});
     Put("TST_012.txt", "old");
     prompts.answers = {Answer::Yes};
-    RecordDownloadTest::Answer(thirteen);
+    Replies(thirteen);
     port.OnOutput("L012", "Record Found\r\n").OnOutputDo("R", [&] {
         port.Deliver(RecordReply(twelve).substr(0, 500));
         port.Unplug(FakeSerialPort::Delay(5));
@@ -278,7 +263,7 @@ TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
     EXPECT_THAT(result.missing, ElementsAre("TST_012", "TST_014"));
     EXPECT_EQ(File("TST_012.txt"), "old");
     EXPECT_EQ(File("TST_013.txt"), Whole(0, thirteen, "TST_013"));
-    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    ExpectListed(0);
     EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL", "TST_012.txt", "TST_013.txt"));
     EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, "The record TST_012 shall be overwritten!",
                                      Link::LostMessage().toStdString(),
@@ -292,7 +277,7 @@ TEST_F(RecordDownloadTest, WritesNothingOverAClosedPort) {
     link.CloseComPort();
     EXPECT_EQ(download.Run().end, DownloadEnd::Lost);
     EXPECT_EQ(File("TST_012.txt"), "old");
-    EXPECT_EQ(Directory(), "REC==000\r\n");
+    EXPECT_EQ(Listing(), "REC==000\r\n");
     EXPECT_THAT(Shown(), ElementsAre("The DAVO cannot be reached.\r\nNot downloaded: TST_012"));
 }
 
@@ -308,9 +293,9 @@ TEST_F(RecordDownloadTest, WritesNothingWhileAnotherExchangeHasTheLine) {
 
 TEST_F(RecordDownloadTest, CanBeLeftInEachExchange) {
     for (const char* at : {"L012", "B", "R"}) {
-        tables = {};
+        directory = {};
         Select({thirteen, twelve});
-        QFile::remove(dataPath + QStringLiteral("TST_013.txt"));
+        QFile::remove(settings.dataPath + u"TST_013.txt"_s);
         Put("TST_012.txt", "old");
         prompts.answers = {Answer::Yes};
         prompts.shown.clear();
@@ -332,7 +317,7 @@ TEST_F(RecordDownloadTest, CanBeLeftInEachExchange) {
         EXPECT_THAT(result.missing, ElementsAre("TST_012"));
         EXPECT_EQ(File("TST_012.txt"), "old");
         EXPECT_EQ(File("TST_013.txt"), Whole(0, thirteen, "TST_013"));
-        EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+        ExpectListed(0);
         EXPECT_EQ(Shown().back(), "The download was ended.\r\nNot downloaded: TST_012");
         EXPECT_FALSE(download.Running());
     }
@@ -358,7 +343,7 @@ TEST_F(RecordDownloadTest, EndsWithTheAnswerWhenItIsLeftInAQuestion) {
 TEST_F(RecordDownloadTest, LeaveWithoutARunDoesNothing) {
     download.Leave();
     Select({twelve});
-    RecordDownloadTest::Answer(twelve);
+    Replies(twelve);
     EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
 }
 
@@ -366,16 +351,16 @@ TEST_F(RecordDownloadTest, ForgetsTheRestOfAnEarlierReply) {
     Select({twelve});
     port.waiting = "FFFF\r\n";
     port.Deliver("FFFF\r\nDONE\r\n", FakeSerialPort::Delay(10));
-    RecordDownloadTest::Answer(twelve);
+    Replies(twelve);
     download.Run();
     EXPECT_EQ(File("TST_012.txt"), Whole(0, twelve, "TST_012"));
 }
 
 TEST_F(RecordDownloadTest, SaysWhichFileCannotBeWritten) {
     Select({twelve, thirteen});
-    QDir().mkpath(dataPath + QStringLiteral("TST_013.txt"));  // a folder of that name
-    RecordDownloadTest::Answer(twelve);
-    RecordDownloadTest::Answer(thirteen);
+    QDir().mkpath(settings.dataPath + u"TST_013.txt"_s);  // a folder of that name
+    Replies(twelve);
+    Replies(thirteen);
     const DownloadResult result = download.Run();
     EXPECT_EQ(result.end, DownloadEnd::Failed);
     EXPECT_THAT(result.missing, ElementsAre("TST_013"));
@@ -383,7 +368,7 @@ TEST_F(RecordDownloadTest, SaysWhichFileCannotBeWritten) {
     ASSERT_EQ(Shown().size(), 1U);
     EXPECT_THAT(Shown()[0], AllOf(HasSubstr("Permission denied"), HasSubstr("TST_013.txt"),
                                   HasSubstr("\r\nNot downloaded: TST_013")));
-    EXPECT_EQ(Directory(), "REC==001\r\n" + tables.dirEntries[0] + "\r\n");
+    ExpectListed(0);
 }
 
 TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreMissing) {
@@ -400,7 +385,7 @@ TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreMissing) {
 TEST_F(RecordDownloadTest, DownloadsNothingOfAnEmptySelection) {
     EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
     EXPECT_THAT(port.sent, IsEmpty());
-    EXPECT_EQ(Directory(), "REC==000\r\n");
+    EXPECT_EQ(Listing(), "REC==000\r\n");
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 // Random replies converted a second time by other means: the rules' own character positions over
 // the whole text, regular expressions for the fields, and the number reference for the pictures.
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <random>
 #include <regex>
@@ -14,6 +12,7 @@
 #include "retrieval/record_reply.h"
 #include "tests/support/number_reference.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

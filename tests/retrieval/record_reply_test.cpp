@@ -1,20 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/record_reply.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "instrument/memory.h"
 #include "records/record_file.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 RecordImage UsualImage() {
     RecordImage image;

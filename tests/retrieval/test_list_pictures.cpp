@@ -6,9 +6,9 @@
 
 #include "instrument/instrument.h"
 #include "link/serial_port.h"
-#include "tests/link/pseudo_terminal.h"
 #include "tests/retrieval/record_download_rig.h"
 #include "tests/retrieval/test_list_window.h"
+#include "tests/support/pseudo_terminal.h"
 
 // Grabs the test list into the folder that the argument names. Scale: QT_SCALE_FACTOR; screen:
 // QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json

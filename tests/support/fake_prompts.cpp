@@ -17,6 +17,13 @@ T TakeScripted(std::deque<T>& script, const QString& text) {
 
 }  // namespace
 
+std::vector<std::string> FakePrompts::Texts() const {
+    std::vector<std::string> texts;
+    for (const QString& text : shown)
+        texts.push_back(text.toStdString());
+    return texts;
+}
+
 void FakePrompts::Message(const QString& text, const QString& title) {
     shown.push_back(title.isEmpty() ? text : title + QLatin1Char('|') + text);
     if (onMessage) onMessage(text);

@@ -23,6 +23,9 @@ class FakePrompts : public Prompts {
     QString SaveFile(const QString& folder, const QString& filter) override;
     QString ChooseFolder(const QString& prompt, const QString& start) override;
 
+    // What was shown, as tests compare it.
+    std::vector<std::string> Texts() const;
+
     std::deque<Answer> answers;                 // for YesNo and YesNoCancel
     std::deque<std::optional<QString>> inputs;  // for Input
     std::deque<QString> files;                  // for SaveFile

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QDir>
 #include <QTemporaryDir>
 
 #include "common/places.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 

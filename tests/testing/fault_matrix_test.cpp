@@ -2,11 +2,10 @@
 // Every fault at every byte of a shot: the program always has a way out, nothing measured before
 // is lost, and no damaged record passes for a whole one where that can be known at all.
 
-#include <gtest/gtest.h>
-
 #include <iostream>
 #include <set>
 
+#include "tests/support/testing.h"
 #include "tests/testing/shot_script.h"
 
 namespace davo::test {
@@ -43,7 +42,7 @@ bool IsDigit(char c) {
 
 void Unplug(SequenceRig& rig) {
     rig.port.open = false;
-    rig.linkState.portOpen = false;
+    rig.state.portOpen = false;
     rig.sequence.PortLost();
 }
 

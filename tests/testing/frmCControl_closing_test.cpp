@@ -1,18 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The ways out of the test window, and what is left behind.
 
-#include <gmock/gmock.h>
-
 #include "records/record_file.h"
 #include "records/unsaved_sessions.h"
 #include "tests/testing/test_window.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 TEST_F(TestWindow, CancelSendsTenTimesAndLeavesTheWayOut) {
     Open();
@@ -35,7 +29,7 @@ TEST_F(TestWindow, ExitSavesTheRecordFileAndClosesThePort) {
     Click("cmdExit");
     EXPECT_TRUE(Closed());
     EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 1U);
-    EXPECT_FALSE(linkState.portOpen);
+    EXPECT_FALSE(state.portOpen);
     EXPECT_FALSE(session.testWindowOpen);
     EXPECT_EQ(unloads, 1);
     EXPECT_EQ(prompts.shown.size(), 2U) << "nobody is asked for a report that there is not";
@@ -82,7 +76,7 @@ TEST_F(ViewingTestWindow, TheReportIsMadeWithTheWindowSayingSoAndThenItCloses) {
     View([&] {
         caption = window->windowTitle();
         before = Text("lblMessage");
-        tell(QStringLiteral("Plotting graph 1 of 1"));
+        tell(u"Plotting graph 1 of 1"_s);
         during = Text("lblMessage");
         for (const char* name : {"cmdStart", "cmdContinue", "cmdCancel", "cmdHeader", "cmdExit"}) {
             if (Button(name)->isEnabled()) enabled.emplace_back(name);
@@ -91,8 +85,8 @@ TEST_F(ViewingTestWindow, TheReportIsMadeWithTheWindowSayingSoAndThenItCloses) {
     });
     EXPECT_TRUE(Closed());
     EXPECT_THAT(viewed, ElementsAre(Data("T1.txt")));
-    EXPECT_EQ(prompts.shown.back(), QStringLiteral("Do you want to view test results? "));
-    EXPECT_EQ(caption, QStringLiteral("Plotting Excel Graphs, Please Wait..."));
+    EXPECT_EQ(prompts.shown.back(), u"Do you want to view test results? "_s);
+    EXPECT_EQ(caption, u"Plotting Excel Graphs, Please Wait..."_s);
     EXPECT_EQ(before, "Plotting Excel Graphs, Please Wait...");
     EXPECT_EQ(during, "Plotting graph 1 of 1");
     EXPECT_THAT(enabled, ElementsAre("cmdExit"));
@@ -114,11 +108,10 @@ TEST_F(ViewingTestWindow, NoReportIsMadeWhereTheAnswerIsNo) {
 }
 
 TEST_F(ViewingTestWindow, AReportThatFailsIsSaidAndTheWindowCloses) {
-    fails = QStringLiteral("DAVO_Header.xls");
+    fails = u"DAVO_Header.xls"_s;
     View([] {});
     EXPECT_TRUE(Closed());
-    EXPECT_EQ(prompts.shown.back(),
-              QStringLiteral("Run-time error '53': File not found: DAVO_Header.xls"));
+    EXPECT_EQ(prompts.shown.back(), u"Run-time error '53': File not found: DAVO_Header.xls"_s);
     EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 1U);
 }
 
@@ -183,7 +176,7 @@ TEST_F(TestWindow, ClosingByTheFrameWhileATestRunsIsRefusedInWords) {
     area->closeActiveSubWindow();
     ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
     EXPECT_EQ(prompts.shown.front(),
-              QStringLiteral("A test is running. Cancel it before you leave, or hit the ESC key."));
+              u"A test is running. Cancel it before you leave, or hit the ESC key."_s);
     ASSERT_FALSE(window.isNull());
     EXPECT_TRUE(window->isVisible());
 }
@@ -205,7 +198,7 @@ TEST_F(TestWindow, ExitEndsTheWaitForTheHandshake) {
     });
     EXPECT_TRUE(Closed());
     EXPECT_TRUE(waited);
-    EXPECT_FALSE(linkState.portOpen);
+    EXPECT_FALSE(state.portOpen);
 }
 
 TEST_F(TestWindow, TheEscapeKeyAbortsWithoutASaveQuestion) {
@@ -217,7 +210,7 @@ TEST_F(TestWindow, TheEscapeKeyAbortsWithoutASaveQuestion) {
     EXPECT_TRUE(Closed());
     EXPECT_THAT(port.sent, ElementsAre("\x1b"));
     EXPECT_TRUE(prompts.shown.empty());
-    EXPECT_FALSE(linkState.portOpen);
+    EXPECT_FALSE(state.portOpen);
     const auto sessions = SetAsideUnsavedSessions(places.scratchFolder);
     ASSERT_EQ(sessions.size(), 1U);
     EXPECT_EQ(sessions.front().shots, 1);
@@ -255,7 +248,7 @@ TEST_F(TestWindow, ALostPortLeavesTheWayOutAndTheShots) {
     prompts.answers = {Answer::No};
     StartFullShot();
     port.Unplug();
-    ASSERT_TRUE(Until([this] { return !linkState.portOpen; }));
+    ASSERT_TRUE(Until([this] { return !state.portOpen; }));
     EXPECT_TRUE(Until([this] { return Button("cmdExit")->isEnabled(); }));
     EXPECT_TRUE(Button("cmdStart")->isEnabled());
     EXPECT_EQ(prompts.shown.back(), Link::LostMessage());
@@ -271,8 +264,8 @@ TEST_F(TestWindow, AnEarlierSessionIsOfferedBeforeANewOneBegins) {
     prompts.files = {Data("Old.txt")};
     Open();
     EXPECT_EQ(prompts.shown.front(),
-              QStringLiteral("An earlier session of 11/21/26 14:05 with 1 shot was never saved. Do "
-                             "you want to save it as a test record file now?"));
+              u"An earlier session of 11/21/26 14:05 with 1 shot was never saved. Do "
+              "you want to save it as a test record file now?"_s);
     EXPECT_EQ(ReadTestRecordFile(Data("Old.txt")).records.size(), 1U);
 }
 
@@ -293,5 +286,4 @@ TEST_F(TestWindow, WhatAHandlerThrowsIsShownOnce) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

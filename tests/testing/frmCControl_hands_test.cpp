@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The test window under the operator's hands and eyes: keys, focus, shortcuts, sizes.
 
-#include <gmock/gmock.h>
-
-#include <QScreen>
 #include <QToolTip>
 #include <set>
 
@@ -12,21 +9,16 @@
 #include "ui/page_input.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
 
 TEST_F(TestWindow, CharactersOutsideThePageAreRefusedInWords) {
     Open();
     Box("txtHVolt")->setFocus();
-    QTest::sendKeyEvent(QTest::Click, Box("txtHVolt"), Qt::Key_unknown, QStringLiteral("\u03A9"),
-                        {});
+    QTest::sendKeyEvent(QTest::Click, Box("txtHVolt"), Qt::Key_unknown, u"\u03A9"_s, {});
     EXPECT_EQ(Text("txtHVolt"), "");
     EXPECT_EQ(QToolTip::text(), NotInPageMessage());
-    QTest::sendKeyEvent(QTest::Click, Box("txtHVolt"), Qt::Key_unknown, QStringLiteral("\u00B5"),
-                        {});
-    EXPECT_EQ(Box("txtHVolt")->text(), QStringLiteral("\u00B5"));
+    QTest::sendKeyEvent(QTest::Click, Box("txtHVolt"), Qt::Key_unknown, u"\u00B5"_s, {});
+    EXPECT_EQ(Box("txtHVolt")->text(), u"\u00B5"_s);
 }
 
 TEST_F(TestWindow, TheTabKeyFollowsTheEye) {
@@ -111,10 +103,10 @@ std::multiset<QChar> ShortcutsOf(const QWidget& window) {
 
 TEST_F(TestWindow, ShortcutsAreUniqueInEveryState) {
     Open();
-    const auto check = [this](const char* state) {
+    const auto check = [this](const char* moment) {
         const auto letters = ShortcutsOf(*window);
-        EXPECT_EQ(letters.size(), 5U) << state;
-        EXPECT_EQ(std::set<QChar>(letters.begin(), letters.end()).size(), 5U) << state;
+        EXPECT_EQ(letters.size(), 5U) << moment;
+        EXPECT_EQ(std::set<QChar>(letters.begin(), letters.end()).size(), 5U) << moment;
     };
     check("open");
     Click("cmdStart");
@@ -153,30 +145,30 @@ class LetterSize : public TestWindow, public ::testing::WithParamInterface<doubl
     }
     ~LetterSize() override { QApplication::setFont(usual); }
 
-    void CheckNothingIsCut(const char* state) {
+    void CheckNothingIsCut(const char* moment) {
         for (const QPushButton* button : window->findChildren<QPushButton*>()) {
             EXPECT_GE(button->width(), button->sizeHint().width())
-                << state << ": " << button->text().toStdString();
+                << moment << ": " << button->text().toStdString();
             EXPECT_GE(button->height(), button->sizeHint().height())
-                << state << ": " << button->text().toStdString();
+                << moment << ": " << button->text().toStdString();
         }
         for (const QLabel* label : window->findChildren<QLabel*>()) {
             if (!label->isVisible() || label->text().isEmpty()) continue;
             if (dynamic_cast<const FitLabel*>(label) != nullptr) continue;
             EXPECT_GE(label->width(), label->sizeHint().width())
-                << state << ": " << label->text().toStdString();
+                << moment << ": " << label->text().toStdString();
             EXPECT_GE(label->height(), label->sizeHint().height())
-                << state << ": " << label->text().toStdString();
+                << moment << ": " << label->text().toStdString();
         }
         for (const QLineEdit* box : window->findChildren<QLineEdit*>()) {
             EXPECT_GE(box->width(), box->fontMetrics().horizontalAdvance(box->text()) + 8)
-                << state << ": " << box->objectName().toStdString();
-            EXPECT_GE(box->height(), box->sizeHint().height()) << state;
+                << moment << ": " << box->objectName().toStdString();
+            EXPECT_GE(box->height(), box->sizeHint().height()) << moment;
         }
         const auto* prompt = dynamic_cast<FitLabel*>(Label("lblMessage"));
         ASSERT_NE(prompt, nullptr);
-        EXPECT_GE(prompt->FittedPixelSize(), prompt->LeastPixelSize()) << state;
-        EXPECT_GT(prompt->FittedPixelSize(), Button("cmdStart")->fontInfo().pixelSize()) << state;
+        EXPECT_GE(prompt->FittedPixelSize(), prompt->LeastPixelSize()) << moment;
+        EXPECT_GT(prompt->FittedPixelSize(), Button("cmdStart")->fontInfo().pixelSize()) << moment;
     }
     QFont usual;
 };
@@ -228,5 +220,4 @@ TEST_F(TestWindow, ThePromptGrowsWithTheWindowAndIsTwelveMillimetresHigh) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

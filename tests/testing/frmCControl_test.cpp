@@ -3,24 +3,17 @@
 
 #include "testing/frmCControl.h"
 
-#include <gmock/gmock.h>
-
 #include <QDialog>
-#include <QGroupBox>
 
 #include "tests/testing/test_window.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 TEST_F(TestWindow, ShowsEveryControlWithItsCaption) {
     Open();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Computer Control"));
-    EXPECT_EQ(window->objectName(), QStringLiteral("frmCControl"));
+    EXPECT_EQ(window->windowTitle(), u"Computer Control"_s);
+    EXPECT_EQ(window->objectName(), u"frmCControl"_s);
     const std::pair<const char*, const char*> frames[] = {
         {"Frame3", "DATA"},
         {"Frame4", "Operator Inputs (Nameplate Currents)"},
@@ -94,7 +87,7 @@ TEST_F(TestWindow, SaysWhenTheInstrumentIsNotReady) {
     port.always.clear();
     Open();
     ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
-    EXPECT_EQ(prompts.shown.front(), QStringLiteral("DAVO is not ready.  Please check equipment."));
+    EXPECT_EQ(prompts.shown.front(), u"DAVO is not ready.  Please check equipment."_s);
 }
 
 TEST_F(TestWindow, AFullShotFromTheFirstPromptToTheCompleteTest) {
@@ -163,7 +156,7 @@ TEST_F(TestWindow, TheNextTestAsksForTheMode) {
     RunFullShot();
     prompts.answers = {Answer::Yes};
     Click("cmdStart");
-    EXPECT_EQ(prompts.shown.back(), QStringLiteral("Run Ratio test only?"));
+    EXPECT_EQ(prompts.shown.back(), u"Run Ratio test only?"_s);
     EXPECT_EQ(port.sent.back(), "t");
     EXPECT_EQ(Text("cmdStart"), "&Start Test");
 }
@@ -202,7 +195,7 @@ TEST_F(TestWindow, TheHeaderWindowChangesTheSessionsHeader) {
     Open();
     Click("cmdHeader");
     auto* headerWindow = Find<QDialog>("frmHeader");
-    QTest::keyClicks(Box("txtHeader1"), QStringLiteral("NORTH"));
+    QTest::keyClicks(Box("txtHeader1"), u"NORTH"_s);
     Click("cmdSave");
     EXPECT_EQ(header.Field(1), "NORTH               ");
     EXPECT_EQ(SessionJournal::Read(places.scratchFolder + QLatin1String(kJournalFileName))
@@ -212,5 +205,4 @@ TEST_F(TestWindow, TheHeaderWindowChangesTheSessionsHeader) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

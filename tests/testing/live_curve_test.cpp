@@ -3,13 +3,9 @@
 
 #include "testing/live_curve.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QElapsedTimer>
 #include <QImage>
 #include <algorithm>
-#include <string>
 
 #include "curves/chart_look.h"
 #include "tests/records/captures.h"
@@ -17,7 +13,6 @@
 #include "ui/fit_label.h"
 
 namespace davo::test {
-
 namespace {
 
 class LiveCurveWindow : public TestWindow {
@@ -136,8 +131,8 @@ TEST_F(LiveCurveWindow, TheTabKeyPassesItBy) {
         order.push_back(QApplication::focusWidget()->objectName().toStdString());
         Key(Qt::Key_Tab);
     }
-    EXPECT_THAT(order, ::testing::ElementsAre("txtHVolt", "txtXVolt", "cmdStart", "cmdContinue",
-                                              "cmdHeader", "cmdExit", "txtHVolt"));
+    EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdStart", "cmdContinue", "cmdHeader",
+                                   "cmdExit", "txtHVolt"));
     QTest::mouseClick(Chart(), Qt::LeftButton);
     EXPECT_NE(QApplication::focusWidget(), Chart());
 }
@@ -148,7 +143,7 @@ TEST_F(LiveCurveWindow, ALostPortTakesTheUnfinishedShotAway) {
     Say("I=0.0123 V=152.4");
     ASSERT_TRUE(Chart()->isVisible());
     port.Unplug();
-    ASSERT_TRUE(Until([this] { return !linkState.portOpen; }));
+    ASSERT_TRUE(Until([this] { return !state.portOpen; }));
     EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
     StartFullShot();
     Say("I=5 V=152.4");
@@ -162,7 +157,7 @@ TEST_F(LiveCurveWindow, ALostPortLeavesTheCompleteShot) {
     StartFullShot();
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
     port.Unplug();
-    ASSERT_TRUE(Until([this] { return !linkState.portOpen; }));
+    ASSERT_TRUE(Until([this] { return !state.portOpen; }));
     EXPECT_TRUE(Chart()->isVisible());
     EXPECT_EQ(Chart()->Across(), (LogSpan{-2, 0}));
 }
@@ -174,7 +169,7 @@ TEST_F(LiveCurveWindow, OfADamagedRecordTheReadingsStay) {
     EndShot(std::string(290, '0'));
     ASSERT_FALSE(prompts.shown.empty());
     EXPECT_TRUE(prompts.shown.back().startsWith(
-        QStringLiteral("The record of this shot is damaged: 290 of 296 digits.")));
+        u"The record of this shot is damaged: 290 of 296 digits."_s));
     EXPECT_TRUE(Chart()->isVisible());
     QTest::qWait(150);
     EXPECT_EQ(Chart()->Across(), (LogSpan{-2, -1}));
@@ -211,8 +206,7 @@ TEST_F(LiveCurveWindow, ARefusedShotLeavesTheEarlierOnes) {
     Say("I=5 V=152.4");
     EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, 1}; }));
     EndShot();
-    EXPECT_EQ(prompts.shown.back(),
-              QStringLiteral("You have ran the maximum limit (100) of shots."));
+    EXPECT_EQ(prompts.shown.back(), u"You have ran the maximum limit (100) of shots."_s);
     EXPECT_TRUE(Chart()->isVisible());
     EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, 0}; }));
 }
@@ -312,5 +306,4 @@ TEST(LiveCurve, LeavesOutWhatIsNoNumber) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

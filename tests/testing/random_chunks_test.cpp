@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whatever pieces the line delivers a shot in, the session is the same.
 
-#include <gtest/gtest.h>
-
 #include <iostream>
 #include <random>
 
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 #include "tests/testing/shot_script.h"
 
 namespace davo::test {

@@ -7,8 +7,7 @@
 #include "common/files.h"
 #include "records/session_journal.h"
 #include "testing/shot_sequence.h"
-#include "tests/link/fake_serial_port.h"
-#include "tests/support/fake_prompts.h"
+#include "tests/support/scripted_link.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {
@@ -21,11 +20,26 @@ inline std::string RecordOf(const std::string& digits) {
     return "DATA" + digits + "\r\nDONE";
 }
 
+// What is around a test session.
+template <class Port = FakeSerialPort>
+struct SessionParts : ScriptedLineOn<Port> {
+    SessionParts() = default;
+    explicit SessionParts(const Places& use) : places(use) {}
+
+    TemporaryFolder folder;
+    Places places = folder.MakePlaces();
+    FakeClock clock{QDateTime(QDate(2026, 11, 21), QTime(14, 5, 9))};
+    TestModes modes;
+    SessionState session;
+    HeaderTable header;
+    int beeps = 0;
+};
+
 // A test sequence on an open port with everything around it; text arrives when Say is called.
-class SequenceRig {
+class SequenceRig : public SessionParts<> {
   public:
     SequenceRig() { link.OpenComPort(1); }
-    explicit SequenceRig(const Places& use) : places(use) { link.OpenComPort(1); }
+    explicit SequenceRig(const Places& use) : SessionParts(use) { link.OpenComPort(1); }
 
     void OpenFor(bool ratioOnly) {
         modes.testBothMode = !ratioOnly;
@@ -74,18 +88,6 @@ class SequenceRig {
     SessionJournal Journal() const { return SessionJournal::Read(JournalPath()); }
     std::vector<std::string> TakeSent() { return std::exchange(port.sent, {}); }
 
-    TemporaryFolder folder;
-    Places places = folder.MakePlaces();
-    FakeSerialPort port;
-    LinkState linkState;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, linkState, prompts, pointer};
-    FakeClock clock{QDateTime(QDate(2026, 11, 21), QTime(14, 5, 9))};
-    TestModes modes;
-    SessionState session;
-    HeaderTable header;
-    int beeps = 0;
     bool reopens = false;  // what reopening the port does
     int reopenings = 0;
     ShotSequence sequence{{link, prompts, clock, places, modes, session, header,

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What is on the disk when, the limit of shots, and the loss of the port.
 
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QFile>
 
+#include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
@@ -18,7 +17,7 @@ using Sent = std::vector<std::string>;
 // A folder in the way of the journal: nothing can be written over it.
 void BlockJournal(const SequenceRig& rig) {
     QFile::remove(rig.JournalPath());
-    ASSERT_TRUE(QDir().mkpath(rig.JournalPath() + QStringLiteral("/in the way")));
+    ASSERT_TRUE(QDir().mkpath(rig.JournalPath() + u"/in the way"_s));
 }
 
 TEST_F(SafetyTest, WhenTheDiskRefusesNothingIsSentAndTheShotStaysPending) {
@@ -58,11 +57,11 @@ TEST_F(SafetyTest, AShotThatIsNotSafeOnDiskCompletesAndSaysSo) {
     EXPECT_EQ(session.shotCount, 1);
     EXPECT_TRUE(sequence.ShotPending());
     ASSERT_EQ(prompts.shown.size(), 1U);
-    EXPECT_TRUE(prompts.shown[0].startsWith(
-        QStringLiteral("The shot is complete, but it is not yet safe on disk: ")))
+    EXPECT_TRUE(
+        prompts.shown[0].startsWith(u"The shot is complete, but it is not yet safe on disk: "_s))
         << prompts.shown[0].toStdString();
-    EXPECT_TRUE(prompts.shown[0].endsWith(QStringLiteral(
-        ".\r\nPlease make room on the disk, then go on with Next Test or Exit, which save it.")));
+    EXPECT_TRUE(prompts.shown[0].endsWith(
+        u".\r\nPlease make room on the disk, then go on with Next Test or Exit, which save it."_s));
     EXPECT_EQ(testLabel, "TEST COMPLETE.");
     // Writing the shot itself does not fail for want of a journal.
     sequence.WriteShotTrailer();
@@ -87,8 +86,8 @@ TEST_F(SafetyTest, TheHundredAndSecondShotIsRefused) {
     EXPECT_EQ(session.shotCount, 101) << "the shot after the hundredth is counted";
     EXPECT_TRUE(prompts.shown.empty());
     RunRatioShot("333.3");
-    EXPECT_EQ(prompts.shown, std::vector<QString>{
-                                 QStringLiteral("You have ran the maximum limit (100) of shots.")});
+    EXPECT_EQ(prompts.shown,
+              std::vector<QString>{u"You have ran the maximum limit (100) of shots."_s});
     EXPECT_EQ(session.shotCount, 101);
     EXPECT_EQ(Screen().lblRatioCount.text, "Ratio - 2");
     EXPECT_EQ(sequence.TestState(), 99);
@@ -125,7 +124,7 @@ TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
     EXPECT_EQ(session.shotCount, 1);
 
     sequence.cmdStart_Click();
-    EXPECT_EQ(prompts.shown.back(), QStringLiteral("DAVO is not ready.  Please check equipment."));
+    EXPECT_EQ(prompts.shown.back(), u"DAVO is not ready.  Please check equipment."_s);
     EXPECT_TRUE(Screen().cmdExit.enabled);
     EXPECT_FALSE(sequence.Polling());
     EXPECT_EQ(reopenings, 1);

@@ -1,29 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/session_save.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QDir>
 
 #include "common/places.h"
 #include "common/text.h"
 #include "records/record_file.h"
 #include "records/unsaved_sessions.h"
+#include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
-
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-
-const QString kSaveQuestion = QStringLiteral("Do you want to save the test record? ");
-const QString kNotSavedQuestion =
-    QStringLiteral("The test record is not saved. Do you still want to exit? ");
-const QString kInnerDot = QStringLiteral("Filename cannot contain ''.''  Please Re-enter.");
-const QString kViewQuestion = QStringLiteral("Do you want to view test results? ");
+const QString kSaveQuestion = u"Do you want to save the test record? "_s;
+const QString kNotSavedQuestion = u"The test record is not saved. Do you still want to exit? "_s;
+const QString kInnerDot = u"Filename cannot contain ''.''  Please Re-enter."_s;
+const QString kViewQuestion = u"Do you want to view test results? "_s;
 
 std::vector<std::string> Utf8(const std::vector<QString>& texts) {
     std::vector<std::string> result;
@@ -46,7 +39,7 @@ class SessionSave : public ::testing::Test {
         return ExitAndSave(rig.sequence, settings, offerResults);
     }
     // "folder|*.txt" as the prompts keep it.
-    QString Dialog(const QString& folder) const { return folder + QStringLiteral("|*.txt"); }
+    QString Dialog(const QString& folder) const { return folder + u"|*.txt"_s; }
     QString Data(const char* name) const { return settings.dataPath + QLatin1String(name); }
     std::vector<std::string> Shown() const { return Utf8(rig.prompts.shown); }
 
@@ -161,8 +154,7 @@ TEST_F(SessionSave, AnInnerDotIsRefusedAndTheDialogShownAgain) {
     const std::string refused = kInnerDot.toStdString();
     EXPECT_THAT(Shown(), ElementsAre(kSaveQuestion.toStdString(), dialog, refused, dialog, refused,
                                      dialog, refused, dialog));
-    EXPECT_EQ(QDir(settings.dataPath).entryList(QDir::Files),
-              QStringList(QStringLiteral("T1.txt")));
+    EXPECT_EQ(QDir(settings.dataPath).entryList(QDir::Files), QStringList(u"T1.txt"_s));
 }
 
 TEST_F(SessionSave, ANameWithoutAnExtensionGetsOne) {
@@ -176,14 +168,12 @@ TEST_F(SessionSave, ANameWithoutAnExtensionGetsOne) {
 TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
     rig.RunRatioShot();
     answers = {Answer::Yes};
-    files = {settings.dataPath + QStringLiteral("\u03A9.txt"),
-             settings.dataPath + QStringLiteral("M\u00FCller.txt")};
-    EXPECT_EQ(Exit().savedFile, settings.dataPath + QStringLiteral("M\u00FCller.txt"));
+    files = {settings.dataPath + u"\u03A9.txt"_s, settings.dataPath + u"M\u00FCller.txt"_s};
+    EXPECT_EQ(Exit().savedFile, settings.dataPath + u"M\u00FCller.txt"_s);
     EXPECT_EQ(rig.prompts.shown.at(2),
-              QStringLiteral("Filename contains a character that cannot be written in a test "
-                             "record.  Please Re-enter."));
-    EXPECT_EQ(ReadTestRecordFile(settings.dataPath + QStringLiteral("M\u00FCller.txt")).testNumber,
-              "M\xFCller");
+              u"Filename contains a character that cannot be written in a test "
+              "record.  Please Re-enter."_s);
+    EXPECT_EQ(ReadTestRecordFile(settings.dataPath + u"M\u00FCller.txt"_s).testNumber, "M\xFCller");
 }
 
 TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
@@ -192,11 +182,11 @@ TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
     const QString other = rig.folder.Path("Other/");
     ASSERT_TRUE(QDir().mkpath(other));
     answers = {Answer::Yes};
-    files = {other + QStringLiteral("T1.txt")};
-    const QString target = ShownPath(other + QStringLiteral("Shots_Data/T1.txt"));
+    files = {other + u"T1.txt"_s};
+    const QString target = ShownPath(other + u"Shots_Data/T1.txt"_s);
     EXPECT_EQ(Exit().savedFile, target);
     EXPECT_EQ(ReadTestRecordFile(target).testNumber, "T1");
-    EXPECT_FALSE(FileExists(before + QStringLiteral("T1.txt")));
+    EXPECT_FALSE(FileExists(before + u"T1.txt"_s));
     EXPECT_EQ(settings.dataPath, before) << "the data path is put back";
 }
 
@@ -212,7 +202,7 @@ TEST_F(SessionSave, AnotherDataFolderThatExistsIsNotWrittenTo) {
     rig.OpenFor(true);
     rig.RunRatioShot();
     answers = {Answer::Yes};
-    files = {other + QStringLiteral("T2.txt")};
+    files = {other + u"T2.txt"_s};
     EXPECT_EQ(Exit().savedFile, Data("T2.txt"));
     EXPECT_TRUE(QDir(other).isEmpty());
 }
@@ -247,9 +237,9 @@ TEST_F(SessionSave, AFailedSaveIsSaidAndCanBeDoneElsewhere) {
     ReplaceFile(blocked, "");
     const QString before = settings.dataPath;
     answers = {Answer::Yes, Answer::Yes};
-    files = {blocked + QStringLiteral("/T1.txt"), Data("T2.txt")};
+    files = {blocked + u"/T1.txt"_s, Data("T2.txt")};
     const SaveOutcome outcome = Exit();
-    EXPECT_EQ(outcome.savedFile, before + QStringLiteral("T2.txt"));
+    EXPECT_EQ(outcome.savedFile, before + u"T2.txt"_s);
     EXPECT_EQ(settings.dataPath, before);
     ASSERT_EQ(rig.prompts.shown.size(), 5U);
     EXPECT_THAT(rig.prompts.shown.at(2).toStdString(),
@@ -263,7 +253,7 @@ TEST_F(SessionSave, AVanishedDataFolderIsSaidAndTheSessionKept) {
     answers = {Answer::Yes, Answer::No, Answer::Yes};
     const QString other = rig.folder.Path("Other/Shots_Data/");
     ASSERT_TRUE(QDir().mkpath(other));
-    files = {other + QStringLiteral("T1.txt")};
+    files = {other + u"T1.txt"_s};
     ASSERT_TRUE(QDir(settings.dataPath).removeRecursively());
     EXPECT_TRUE(Exit().savedFile.isEmpty());
     EXPECT_THAT(rig.prompts.shown.at(2).toStdString(), HasSubstr("Path not found"));
@@ -307,10 +297,8 @@ class UnsavedSessions : public SessionSave {
         EXPECT_TRUE(files.empty());
     }
     static QString Question(const char* shots) {
-        return QStringLiteral(
-                   "An earlier session of 11/21/26 14:05 with %1 was never saved. Do "
-                   "you want to save it as a test record file now?")
-            .arg(QLatin1String(shots));
+        return u"An earlier session of 11/21/26 14:05 with %1 was never saved. Do "
+               "you want to save it as a test record file now?"_s.arg(QLatin1String(shots));
     }
 };
 
@@ -349,7 +337,7 @@ TEST_F(UnsavedSessions, NoKeepsItUnderItsDatedNameAndSaysWhere) {
     ASSERT_EQ(rig.prompts.shown.size(), 2U);
     EXPECT_EQ(rig.prompts.shown.front(), Question("1 shot"));
     const QString said = rig.prompts.shown.back();
-    const QString start = QStringLiteral("The session is kept in '");
+    const QString start = u"The session is kept in '"_s;
     ASSERT_TRUE(said.startsWith(start)) << said.toStdString();
     const QString kept = said.mid(start.size()).chopped(2);
     EXPECT_THAT(ReadWholeFile(kept), HasSubstr("MEASURED RATIO: 240.0"));
@@ -373,7 +361,7 @@ TEST_F(UnsavedSessions, AFailedSaveAsksAgain) {
     const QString blocked = rig.folder.Path("blocked");
     ReplaceFile(blocked, "");
     answers = {Answer::Yes, Answer::Yes};
-    files = {blocked + QStringLiteral("/T1.txt"), Data("T2.txt")};
+    files = {blocked + u"/T1.txt"_s, Data("T2.txt")};
     Offer();
     EXPECT_THAT(rig.prompts.shown.at(2).toStdString(), HasSubstr("The test record was not saved."));
     EXPECT_EQ(rig.prompts.shown.at(3), Question("1 shot"));
@@ -387,10 +375,9 @@ TEST_F(UnsavedSessions, ACaptureWithoutAJournalIsOfferedWithoutADate) {
     answers = {Answer::No};
     Offer();
     EXPECT_EQ(rig.prompts.shown.front(),
-              QStringLiteral("An earlier session with 1 shot was never saved. Do you want to save "
-                             "it as a test record file now?"));
+              u"An earlier session with 1 shot was never saved. Do you want to save "
+              "it as a test record file now?"_s);
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The record at the end of a shot: whole, in pieces, across blocks, damaged.
 
-#include <gtest/gtest.h>
-
 #include "tests/testing/sequence_rig.h"
+
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

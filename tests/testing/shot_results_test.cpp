@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Ratio, percent error, polarity, counters and the capture block.
 
-#include <gtest/gtest.h>
-
 #include "tests/testing/sequence_rig.h"
+
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

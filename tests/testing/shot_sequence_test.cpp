@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The window's events: opening, starting, confirming, cancelling.
 
-#include <gtest/gtest.h>
-
 #include <QTimer>
 
+#include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
@@ -73,7 +72,7 @@ TEST_F(SequenceTest, ResetWithoutAnAnswer) {
     Screen().cmdContinue.text = "&OK";
     sequence.ResetTestWindow();
     EXPECT_EQ(prompts.shown,
-              std::vector<QString>{QStringLiteral("DAVO is not ready.  Please check equipment.")});
+              std::vector<QString>{u"DAVO is not ready.  Please check equipment."_s});
     EXPECT_EQ(Screen().cmdContinue.text, "&OK");
 }
 
@@ -174,7 +173,7 @@ TEST_F(SequenceTest, NextTestAsksAndWritesThePendingShot) {
     TakeSent();
     prompts.answers = {Answer::No};
     sequence.cmdStart_Click();
-    EXPECT_EQ(prompts.shown, std::vector<QString>{QStringLiteral("Run Ratio test only?")});
+    EXPECT_EQ(prompts.shown, std::vector<QString>{u"Run Ratio test only?"_s});
     EXPECT_EQ(TakeSent(), Sent{"T"});
     EXPECT_EQ(CaptureBytes(), block);
     EXPECT_FALSE(sequence.ShotPending());

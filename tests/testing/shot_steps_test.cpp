@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What each line of the instrument does, the states, and lines that arrive in pieces.
 
-#include <gtest/gtest.h>
-
 #include "testing/session_text.h"
+#include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
@@ -410,14 +409,14 @@ TEST_F(StepsTest, MessagesActInAnyStateAndDoNotChangeIt) {
     for (const bool confirmed : {false, true}) {
         sequence.cmdStart_Click();
         if (confirmed) SayLine(kRange);
-        const int state = State();
+        const int before = State();
         for (const std::string& line :
              {kRatio, kSlow, std::string("RATIO=1.0"), std::string("POLARITY=+"),
               std::string("I=1 V=1"), std::string("MESSAGE=VOLTAGE TOO HIGH!")}) {
             Screen().lblMessage.text = "none";
             Screen().txtCur.text.clear();
             SayLine(line);
-            EXPECT_EQ(State(), state) << line;
+            EXPECT_EQ(State(), before) << line;
             EXPECT_TRUE(Message() != "none" || !Screen().txtCur.text.empty()) << line;
         }
     }

@@ -1,28 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
-#include <QDir>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
-#include <QPointer>
-#include <QPushButton>
-#include <QTest>
 #include <thread>
 
 #include "retrieval/frmHeader.h"
 #include "testing/frmCControl.h"
+#include "tests/support/controls.h"
 #include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
-
-inline constexpr int kPatience = 3000;  // ms until a condition must have come true
 
 // A port on which a wait takes its time.
 class RealTimePort : public FakeSerialPort {
@@ -36,7 +27,7 @@ class RealTimePort : public FakeSerialPort {
 
 // The test window in a main window's area, on a scripted instrument; its real buttons and keys are
 // pressed.
-class TestWindow : public ::testing::Test {
+class TestWindow : public ::testing::Test, public SessionParts<RealTimePort>, public Controls {
   protected:
     TestWindow() {
         settings.dataPath = folder.Path("Shots_Data/");
@@ -47,10 +38,11 @@ class TestWindow : public ::testing::Test {
         link.OpenComPort(1);
         port.properties.clear();
         main.setCentralWidget(area);
-        main.menuBar()->addMenu(QStringLiteral("Menu"));
+        main.menuBar()->addMenu(u"Menu"_s);
         main.resize(1366, 740);
     }
 
+    QWidget& Window() override { return main; }
     void Open() {
         window = new frmCControl({link, prompts, clock, places, modes, session, header,
                                   [this] { ++beeps; }, [this] { return link.OpenComPort(1); }},
@@ -71,30 +63,11 @@ class TestWindow : public ::testing::Test {
         // Reset when loaded: "B" is answered and cmdStart has the focus.
         ASSERT_TRUE(Until([this] { return QApplication::focusWidget() == Button("cmdStart"); }));
     }
-    static bool Until(const std::function<bool()>& condition) {
-        return QTest::qWaitFor(condition, kPatience);
-    }
-    template <class Control>
-    Control* Find(const char* name) {
-        auto* control = main.findChild<Control*>(QLatin1String(name));
-        if (control == nullptr) throw std::logic_error(std::string("no control ") + name);
-        return control;
-    }
     QPushButton* Button(const char* name) { return Find<QPushButton>(name); }
-    QLineEdit* Box(const char* name) { return Find<QLineEdit>(name); }
     QLabel* Label(const char* name) { return Find<QLabel>(name); }
-    std::string Text(const char* name) {
-        return Find<QWidget>(name)->property("text").toString().toStdString();
-    }
-    void Click(const char* name) { QTest::mouseClick(Button(name), Qt::LeftButton); }
     void Key(Qt::Key key) {
         QWidget* target = QApplication::focusWidget();
         QTest::keyClick(target != nullptr ? target : &main, key);
-    }
-    void Type(const char* name, const char* text) {
-        Box(name)->setFocus();
-        Box(name)->selectAll();
-        QTest::keyClicks(Box(name), QLatin1String(text));
     }
     // What the instrument says arrives.
     void Say(const std::string& line) {
@@ -123,19 +96,7 @@ class TestWindow : public ::testing::Test {
     }
     QString Data(const char* name) const { return settings.dataPath + QLatin1String(name); }
 
-    TemporaryFolder folder;
-    Places places = folder.MakePlaces();
-    RealTimePort port;
-    LinkState linkState;
-    FakePrompts prompts;
-    BusyPointer pointer;
-    Link link{port, linkState, prompts, pointer};
-    FakeClock clock{QDateTime(QDate(2026, 11, 21), QTime(14, 5, 9))};
-    TestModes modes;
-    SessionState session;
-    HeaderTable header;
     Settings settings;
-    int beeps = 0;
     int unloads = 0;
     QMainWindow main;
     QMdiArea* area = new QMdiArea;

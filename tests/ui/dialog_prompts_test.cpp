@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/dialog_prompts.h"
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
@@ -14,10 +12,10 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
-#include <functional>
 
 #include "common/files.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -83,11 +81,11 @@ void ExpectButtonsForGloves(const QDialog& dialog) {
 }
 
 TEST(MessagePrompt, ShowsTheTextAsItWasGiven) {
-    const QString text = QStringLiteral("  <b>R&D</b> && one\r\n two  ");
+    const QString text = u"  <b>R&D</b> && one\r\n two  "_s;
     const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
         EXPECT_EQ(ExactText(box), text);
-        EXPECT_EQ(box.text(), QStringLiteral("  <b>R&D</b> && one\n two  "));
-        const auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        EXPECT_EQ(box.text(), u"  <b>R&D</b> && one\n two  "_s);
+        const auto* label = box.findChild<QLabel*>(u"qt_msgbox_label"_s);
         EXPECT_EQ(label->textFormat(), Qt::PlainText);
         EXPECT_EQ(label->buddy(), nullptr);  // so that no '&' is a mnemonic
         EXPECT_EQ(box.windowTitle(), QString());
@@ -100,20 +98,20 @@ TEST(MessagePrompt, ShowsTheTextAsItWasGiven) {
 
 TEST(MessagePrompt, HasTheTitleGivenAndEndsByEscape) {
     const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
-        EXPECT_EQ(box.windowTitle(), QStringLiteral("Title"));
+        EXPECT_EQ(box.windowTitle(), u"Title"_s);
         QTest::keyClick(&box, Qt::Key_Escape);
     });
-    DialogPrompts().Message(QStringLiteral("text"), QStringLiteral("Title"));
+    DialogPrompts().Message(u"text"_s, u"Title"_s);
 }
 
 Answer YesNoBy(Answer preset, const std::function<void(QMessageBox&)>& act) {
     const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
         EXPECT_EQ(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
-        EXPECT_EQ(ExactText(box), QStringLiteral("Do You Want to Exit?"));
+        EXPECT_EQ(ExactText(box), u"Do You Want to Exit?"_s);
         ExpectButtonsForGloves(box);
         act(box);
     });
-    return DialogPrompts().YesNo(QStringLiteral("Do You Want to Exit?"), preset);
+    return DialogPrompts().YesNo(u"Do You Want to Exit?"_s, preset);
 }
 
 TEST(YesNoPrompt, AnswersByItsButtons) {
@@ -158,10 +156,10 @@ TEST(YesNoPrompt, AnswersThePresetWhenItsWindowGoes) {
 Answer YesNoCancelBy(Answer preset, const std::function<void(QMessageBox&)>& act) {
     const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
         EXPECT_EQ(box.standardButtons(), QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        EXPECT_EQ(box.windowTitle(), QStringLiteral("Title"));
+        EXPECT_EQ(box.windowTitle(), u"Title"_s);
         act(box);
     });
-    return DialogPrompts().YesNoCancel(QStringLiteral("Save?"), preset, QStringLiteral("Title"));
+    return DialogPrompts().YesNoCancel(u"Save?"_s, preset, u"Title"_s);
 }
 
 TEST(YesNoCancelPrompt, AnswersByItsButtonsAndKeys) {
@@ -184,29 +182,28 @@ TEST(YesNoCancelPrompt, AnswersByItsButtonsAndKeys) {
 }
 
 std::optional<QString> InputBy(const std::function<void(QInputDialog&)>& act) {
-    const QString prompt = QStringLiteral("R&D <i>name</i>:\r\nsecond");
+    const QString prompt = u"R&D <i>name</i>:\r\nsecond"_s;
     const auto shown = WhenShown::Do<QInputDialog>("inputBox", [&](QInputDialog& box) {
         EXPECT_EQ(ExactText(box), prompt);
-        EXPECT_EQ(box.windowTitle(), QStringLiteral("Title"));
+        EXPECT_EQ(box.windowTitle(), u"Title"_s);
         const auto* label = box.findChild<QLabel*>();
         EXPECT_EQ(label->textFormat(), Qt::PlainText);
         // A doubled '&' is shown as one.
-        EXPECT_EQ(label->text(), QStringLiteral("R&&D <i>name</i>:\nsecond"));
-        EXPECT_EQ(box.findChild<QLineEdit*>()->selectedText(), QStringLiteral("T1"));
+        EXPECT_EQ(label->text(), u"R&&D <i>name</i>:\nsecond"_s);
+        EXPECT_EQ(box.findChild<QLineEdit*>()->selectedText(), u"T1"_s);
         ExpectButtonsForGloves(box);
         act(box);
     });
-    return DialogPrompts().Input(QStringLiteral("Title"), prompt, QStringLiteral("T1"));
+    return DialogPrompts().Input(u"Title"_s, prompt, u"T1"_s);
 }
 
 TEST(InputPrompt, GivesWhatWasTyped) {
     EXPECT_EQ(InputBy([](QInputDialog& box) {
-                  QTest::keyClicks(box.findChild<QLineEdit*>(), QStringLiteral(" T2 "));
+                  QTest::keyClicks(box.findChild<QLineEdit*>(), u" T2 "_s);
                   QTest::keyClick(&box, Qt::Key_Return);
               }),
-              QStringLiteral(" T2 "));
-    EXPECT_EQ(InputBy([](QInputDialog& box) { QTest::keyClick(&box, Qt::Key_Return); }),
-              QStringLiteral("T1"));
+              u" T2 "_s);
+    EXPECT_EQ(InputBy([](QInputDialog& box) { QTest::keyClick(&box, Qt::Key_Return); }), u"T1"_s);
 }
 
 TEST(InputPrompt, TellsAnEmptyTextFromACancel) {
@@ -220,7 +217,7 @@ TEST(InputPrompt, TellsAnEmptyTextFromACancel) {
 }
 
 void Type(QFileDialog& dialog, const QString& name) {
-    auto* line = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    auto* line = dialog.findChild<QLineEdit*>(u"fileNameEdit"_s);
     line->setText(name);
     QMetaObject::invokeMethod(&dialog, "accept");
 }
@@ -230,40 +227,39 @@ TEST(SaveFilePrompt, GivesThePathAndAsksNothingAboutAFileThatIsThere) {
     ReplaceFile(folder.Path("T1.txt"), "old");
     const auto shown = WhenShown::Do<QFileDialog>("cdFile", [&](QFileDialog& dialog) {
         EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptSave);
-        EXPECT_EQ(dialog.nameFilters(), QStringList(QStringLiteral("*.txt")));
+        EXPECT_EQ(dialog.nameFilters(), QStringList(u"*.txt"_s));
         EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
-        Type(dialog, QStringLiteral("T1.txt"));
+        Type(dialog, u"T1.txt"_s);
     });
-    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), QStringLiteral("*.txt")),
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s),
               ShownPath(folder.Path("T1.txt")));
     EXPECT_EQ(ReadWholeFile(folder.Path("T1.txt")), "old");
 }
 
 TEST(SaveFilePrompt, AddsNothingToANewName) {
     const test::TemporaryFolder folder;
-    const auto shown = WhenShown::Do<QFileDialog>(
-        "cdFile", [](QFileDialog& dialog) { Type(dialog, QStringLiteral("T2")); });
-    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), QStringLiteral("*.txt")),
-              ShownPath(folder.Path("T2")));
+    const auto shown =
+        WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) { Type(dialog, u"T2"_s); });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s), ShownPath(folder.Path("T2")));
 }
 
 TEST(SaveFilePrompt, IsEmptyWhenCancelled) {
     const test::TemporaryFolder folder;
     const auto shown = WhenShown::Do<QFileDialog>(
         "cdFile", [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), QStringLiteral("*.txt")), QString());
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s), QString());
 }
 
 TEST(ChooseFolderPrompt, GivesTheFolderChosen) {
     const test::TemporaryFolder folder;
     CreateFolder(folder.Path("inside"));
     const auto shown = WhenShown::Do<QFileDialog>("folderBrowser", [&](QFileDialog& dialog) {
-        EXPECT_EQ(ExactText(dialog), QStringLiteral("Select a folder"));
-        EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Select a folder"));
+        EXPECT_EQ(ExactText(dialog), u"Select a folder"_s);
+        EXPECT_EQ(dialog.windowTitle(), u"Select a folder"_s);
         EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
-        Type(dialog, QStringLiteral("inside"));
+        Type(dialog, u"inside"_s);
     });
-    EXPECT_EQ(DialogPrompts().ChooseFolder(QStringLiteral("Select a folder"), folder.Path()),
+    EXPECT_EQ(DialogPrompts().ChooseFolder(u"Select a folder"_s, folder.Path()),
               ShownPath(folder.Path("inside")));
 }
 
@@ -271,7 +267,7 @@ TEST(ChooseFolderPrompt, IsEmptyWhenCancelled) {
     const test::TemporaryFolder folder;
     const auto shown = WhenShown::Do<QFileDialog>(
         "folderBrowser", [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-    EXPECT_EQ(DialogPrompts().ChooseFolder(QStringLiteral("Select"), folder.Path()), QString());
+    EXPECT_EQ(DialogPrompts().ChooseFolder(u"Select"_s, folder.Path()), QString());
 }
 
 }  // namespace

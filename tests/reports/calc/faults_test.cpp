@@ -15,8 +15,8 @@
 #include "common/run_time_error.h"
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
-#include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 // What goes wrong around LibreOffice Calc, and that nothing of it is left behind.

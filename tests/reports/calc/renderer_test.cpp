@@ -11,8 +11,8 @@
 
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
-#include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 // What LibreOffice Calc makes of a report, read back from the file by other programs.

@@ -9,8 +9,8 @@
 
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
-#include "tests/reports/record_text.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/record_text.h"
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);

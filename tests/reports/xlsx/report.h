@@ -6,7 +6,7 @@
 #include "common/settings.h"
 #include "reports/report_writer.h"
 #include "reports/test_file_reader.h"
-#include "tests/reports/record_text.h"
+#include "tests/support/record_text.h"
 
 namespace davo::test {
 

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <QThread>
+#include <memory>
 #include <vector>
 
 #include "reports/renderer.h"
+#include "reports/report_runner.h"
 
 namespace davo::test {
 
@@ -29,6 +31,25 @@ class WaitingRenderer : public ReportRenderer {
   private:
     std::vector<QString>& targets_;
     const bool& waits_;
+};
+
+// Reports that it makes, and what was opened of them.
+struct WaitingReports {
+    WaitingReports(Prompts& prompts, Settings& settings)
+        : runner(
+              prompts, settings,
+              [this] {
+                  return ChosenRenderer{std::make_unique<WaitingRenderer>(targets, waits), false};
+              },
+              [this](const QString& path) {
+                  opened.push_back(path);
+                  return true;
+              }) {}
+
+    std::vector<QString> targets;
+    std::vector<QString> opened;
+    bool waits = false;
+    ReportRunner runner;
 };
 
 }  // namespace davo::test
