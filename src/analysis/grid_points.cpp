@@ -3,7 +3,6 @@
 
 #include <cmath>
 
-#include "analysis/result_tables.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 
@@ -48,7 +47,7 @@ double GridWalk::Grid() const {
 void GridWalk::Add(double current, double voltage) {
     if (points_.size() == kPointsPerTest) throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
     points_.push_back(
-        {RoundByPicture(current, kCurrentPicture), RoundByPicture(voltage, kVoltagePicture)});
+        {RoundByPicture(current, kPointPicture), RoundByPicture(voltage, kVoltagePicture)});
 }
 
 void GridWalk::CopyPoint() {

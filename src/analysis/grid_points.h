@@ -5,18 +5,14 @@
 #include <span>
 #include <vector>
 
+#include "analysis/curve_point.h"
+
 namespace davo {
 
 // Currents in amperes at which a report's point table shows the curve. The last place is no grid
 // current; it stays 0.
 inline constexpr std::array<double, 14> kGridCurrents = {0.01, 0.02, 0.04, 0.08, 0.1, 0.2, 0.4,
                                                          0.8,  1,    2,    4,    8,   10,  0};
-
-struct CurvePoint {
-    double current = 0;  // amperes
-    double voltage = 0;  // volts
-    bool operator==(const CurvePoint&) const = default;
-};
 
 // The curve with a point at every grid current between two of its points, voltages linear between
 // them; current and voltage of the same length, in rising order as a rule. Currents are rounded to

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "analysis/kneepoint.h"
 
+#include "analysis/curve_point.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/settings.h"
@@ -11,7 +12,6 @@ namespace {
 
 constexpr std::string_view kRelativeChangePicture = "####0.000";
 constexpr std::string_view kRatioPicture = "####0.00";
-constexpr std::string_view kVoltagePicture = "###0.0";
 constexpr std::string_view kFinePicture = "###0.000";  // current, and voltage before it is cut
 
 struct RuleValues {
@@ -34,8 +34,9 @@ constexpr RuleValues ValuesOf(KneeRule rule) {
 // The search through the pairs of one curve, from the top downward.
 class Search {
   public:
-    Search(KneeRule rule, std::span<const double> current, std::span<const double> voltage)
-        : rule_(rule), values_(ValuesOf(rule)), current_(current), voltage_(voltage) {}
+    Search(KneeRule rule, std::span<const double> current, std::span<const double> voltage,
+           SearchPath* path)
+        : rule_(rule), values_(ValuesOf(rule)), current_(current), voltage_(voltage), path_(path) {}
 
     Kneepoint Run();
 
@@ -46,7 +47,7 @@ class Search {
     double MiddleVoltage() const { return (Voltage(lower_) + Voltage(upper_)) / 2; }
 
     void StepDown();
-    void TakeUpperPoint();
+    void TakeNextPair();
     void ComputeRatio();
     void TakeBelow();
     void TakeExact();
@@ -58,18 +59,16 @@ class Search {
     std::span<const double> current_;
     std::span<const double> voltage_;
 
+    SearchPath* path_;
+
     int upper_ = 0;
     int lower_ = 0;
-    double upperCurrent_ = 0;
-    double upperVoltage_ = 0;
-    double dI_ = 0;
-    double dV_ = 0;
+    int from_ = 0;  // the upper point that the differences are taken from
     double ratio_ = 0;
     double aboveRatio_ = 0;
     double belowRatio_ = 0;
     bool firstBelow_ = true;
-    bool done_ = false;
-    bool crossed_ = false;
+    SearchEnd end_ = SearchEnd::NoPair;
     Kneepoint result_;
 };
 
@@ -78,38 +77,36 @@ void Search::StepDown() {
     lower_ = upper_ - values_.step;
 }
 
-void Search::TakeUpperPoint() {
-    upperCurrent_ = Current(upper_);
-    upperVoltage_ = Voltage(upper_);
+void Search::TakeNextPair() {
+    StepDown();
+    from_ = upper_;
 }
 
 void Search::ComputeRatio() {
-    dI_ = upperCurrent_ - Current(lower_);
-    dV_ = upperVoltage_ - Voltage(lower_);
-    const double relI = RoundByPicture(dI_ / Current(lower_), kRelativeChangePicture);
-    const double relV = RoundByPicture(dV_ / Voltage(lower_), kRelativeChangePicture);
+    const double relI = RelativeChange(Current(lower_), Current(from_));
+    const double relV = RelativeChange(Voltage(lower_), Voltage(from_));
     // Two points of (nearly) the same voltage tell nothing: the pair above speaks for them.
     if (relV != 0) ratio_ = RoundByPicture(relI / relV, kRatioPicture);
+    if (!path_) return;
+    path_->pairs.push_back(
+        {static_cast<std::size_t>(lower_), static_cast<std::size_t>(from_), ratio_});
 }
 
 void Search::TakeBelow() {
     if (upper_ == 2 && firstBelow_) {
-        result_ = {"N/A", "N/A"};
-        done_ = true;
-    } else if (aboveRatio_ == 0 && firstBelow_) {
-        firstBelow_ = false;
-    } else {
+        result_ = NoKneepoint();
+        end_ = SearchEnd::FirstPoints;
+    } else if (aboveRatio_ != 0) {
         belowRatio_ = ratio_;
-        crossed_ = aboveRatio_ != 0;
-        done_ = crossed_;
+        end_ = SearchEnd::Crossed;
+    } else {
+        firstBelow_ = false;
+        TakeNextPair();
     }
-    if (done_) return;
-    StepDown();
-    TakeUpperPoint();
 }
 
 void Search::TakeExact() {
-    done_ = true;
+    end_ = SearchEnd::Exact;
     switch (rule_) {
         case KneeRule::Asa1050:
             result_ = {Picture(Voltage(lower_), kVoltagePicture),
@@ -126,14 +123,13 @@ void Search::TakeExact() {
 
 void Search::TakeAbove() {
     aboveRatio_ = ratio_;
-    StepDown();
-    TakeUpperPoint();
+    TakeNextPair();
 }
 
 void Search::Interpolate() {
     const double f = (values_.threshold - belowRatio_) / (aboveRatio_ - belowRatio_);
-    double voltage = MiddleVoltage() + f * dV_;
-    double current = MiddleCurrent() + f * dI_;
+    double voltage = MiddleVoltage() + f * (Voltage(from_) - Voltage(lower_));
+    double current = MiddleCurrent() + f * (Current(from_) - Current(lower_));
     if (rule_ == KneeRule::Asa1050) {
         voltage = Voltage(lower_) + f * (Voltage(upper_ - 1) - Voltage(lower_));
         current = Current(lower_) + f * (Current(upper_ - 1) - Current(lower_));
@@ -142,10 +138,9 @@ void Search::Interpolate() {
 }
 
 Kneepoint Search::Run() {
-    upper_ = static_cast<int>(current_.size()) - 1;
-    lower_ = upper_ - values_.step;
-    TakeUpperPoint();
-    while (!done_ && lower_ >= 0) {
+    upper_ = static_cast<int>(current_.size());
+    TakeNextPair();
+    while (end_ == SearchEnd::NoPair && lower_ >= 0) {
         if (Voltage(lower_) == 0 || Current(lower_) == 0) {
             StepDown();  // the upper point stays the one in use
             continue;
@@ -159,11 +154,24 @@ Kneepoint Search::Run() {
             TakeAbove();
         }
     }
-    if (crossed_) Interpolate();
+    if (end_ == SearchEnd::Crossed) Interpolate();
+    if (path_) {
+        path_->end = end_;
+        path_->metAbove = aboveRatio_ != 0;
+        path_->metBelow = !firstBelow_;
+    }
     return result_;
 }
 
 }  // namespace
+
+double KneeThreshold(KneeRule rule) {
+    return ValuesOf(rule).threshold;
+}
+
+double RelativeChange(double from, double to) {
+    return RoundByPicture((to - from) / from, kRelativeChangePicture);
+}
 
 std::optional<KneeRule> KneeRuleOf(std::string_view label) {
     if (label == kKneeAsa) return KneeRule::Asa1050;
@@ -173,11 +181,12 @@ std::optional<KneeRule> KneeRuleOf(std::string_view label) {
 }
 
 Kneepoint ComputeKneepoint(KneeRule rule, std::span<const double> current,
-                           std::span<const double> voltage) {
+                           std::span<const double> voltage, SearchPath* path) {
     if (current.empty() || voltage.size() != current.size()) {
         throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
     }
-    return Search(rule, current, voltage).Run();
+    if (path) *path = {};
+    return Search(rule, current, voltage, path).Run();
 }
 
 std::string CutToOneDecimal(std::string_view text) {

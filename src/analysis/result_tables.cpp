@@ -84,7 +84,7 @@ void ComputeKneepoint(ResultTables& tables, KneeRule rule, int testSlot, int poi
 }
 
 void SetKneepointsNotAvailable(ResultTables& tables, int testSlot) {
-    const Kneepoint none{"N/A", "N/A"};
+    const Kneepoint none = NoKneepoint();
     SetResult(tables, testSlot, none);
     for (const KneeRule rule : kKneeRules)
         tables.Knee(rule, testSlot) = none;

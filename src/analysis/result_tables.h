@@ -4,21 +4,16 @@
 #include <array>
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "analysis/curve_point.h"
 #include "analysis/kneepoint.h"
 
 namespace davo {
 
-inline constexpr std::size_t kTestSlots = 100;      // slots 0 to 99
-inline constexpr std::size_t kPointsPerTest = 101;  // points 0 to 100
-inline constexpr std::size_t kKneeSlots = 31;       // slots 0 to 30 of the tables of one rule
+inline constexpr std::size_t kTestSlots = 100;  // slots 0 to 99
+inline constexpr std::size_t kKneeSlots = 31;   // slots 0 to 30 of the tables of one rule
 inline constexpr std::size_t kResultColumns = 10;
-
-// The decimals that points keep.
-inline constexpr std::string_view kCurrentPicture = "###0.0000";
-inline constexpr std::string_view kVoltagePicture = "###0.0";
 
 // The columns of testResults.
 enum class ResultColumn : std::size_t {

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <numbers>
 
-#include "analysis/result_tables.h"
 #include "common/numbers.h"
 
 namespace davo {
@@ -154,7 +153,7 @@ std::optional<CurvePoint> SmoothKneepoint(KneeRule rule, const std::vector<Curve
         const double part = excess[k - 1] / (excess[k - 1] - excess[k]);
         const double i = samples[k - 1].i + part * (samples[k].i - samples[k - 1].i);
         const double v = samples[k - 1].v + part * (samples[k].v - samples[k - 1].v);
-        return CurvePoint{RoundByPicture(std::pow(10, i), kCurrentPicture),
+        return CurvePoint{RoundByPicture(std::pow(10, i), kPointPicture),
                           RoundByPicture(std::pow(10, v), kVoltagePicture)};
     }
     return std::nullopt;

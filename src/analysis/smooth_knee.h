@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "analysis/grid_points.h"
+#include "analysis/curve_point.h"
 #include "analysis/kneepoint.h"
 
 namespace davo {

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/record_tests.h"
 
-#include "analysis/result_tables.h"
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
-#include "curves/knee_doubt.h"
 #include "records/line_cursor.h"
 #include "records/record_file_writer.h"
 #include "reports/test_file_reader.h"
@@ -14,8 +12,6 @@
 namespace davo {
 
 namespace {
-
-constexpr std::size_t kPointsWithoutKnee = 3;
 
 // A report passes over empty lines between the blocks of a file; behind "NOTES:" they are text.
 std::string WithoutEmptyLines(std::string_view bytes) {
@@ -29,11 +25,6 @@ std::string WithoutEmptyLines(std::string_view bytes) {
     }
     kept += bytes.substr(from);
     return kept;
-}
-
-CurvePoint ReportPoint(const DataPoint& point) {
-    return {RoundByPicture(point.current, kCurrentPicture),
-            RoundByPicture(point.voltage, kCurrentPicture)};
 }
 
 // The points that take part in the search: as many as the record says, those that it does not
@@ -54,32 +45,6 @@ std::string AngleText(std::string_view phase) {
 
 }  // namespace
 
-std::optional<CurvePoint> KneeFact::At() const {
-    const std::optional<double> current = WholeNumericValue(printed.current);
-    const std::optional<double> voltage = WholeNumericValue(printed.voltage);
-    if (!current || !voltage || printed == Kneepoint()) return std::nullopt;
-    return CurvePoint{*current, *voltage};
-}
-
-std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points) {
-    std::vector<double> current;
-    std::vector<double> voltage;
-    for (const CurvePoint& point : points) {
-        current.push_back(point.current);
-        voltage.push_back(point.voltage);
-    }
-    std::array<KneeFact, 3> facts;
-    for (std::size_t i = 0; i < facts.size(); ++i) {
-        KneeFact& fact = facts.at(i);
-        fact.rule = kKneeRules.at(i);
-        fact.printed = points.size() > kPointsWithoutKnee
-                           ? ComputeKneepoint(fact.rule, current, voltage)
-                           : Kneepoint{"N/A", "N/A"};
-        AddDoubts(fact, points);
-    }
-    return facts;
-}
-
 RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
     if (record.points.size() > kPointsPerTest) {
         throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
@@ -88,7 +53,7 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
     test.recordName = recordName;
     test.testNumber = record.recordNumber;
     for (const DataPoint& point : record.points)
-        test.points.push_back(ReportPoint(point));
+        test.points.push_back(PointByPicture(point.current, point.voltage));
     test.knees = KneesOf(CountedPoints(test.points, record.dataPointCount));
     test.nameplateRatio = TrimBlanks(record.nameplateRatio);
     test.measuredRatio = TrimBlanks(record.measuredRatio);

@@ -3,31 +3,14 @@
 
 #include <QString>
 #include <array>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "analysis/grid_points.h"
-#include "analysis/kneepoint.h"
+#include "analysis/knee_doubt.h"
 #include "records/record_file.h"
 
 namespace davo {
-
-// The kneepoint of one rule as the report has it, and what there is to say about it.
-struct KneeFact {
-    KneeRule rule = KneeRule::Ieee30;
-    Kneepoint printed;   // the report's texts; "0" or "N/A" where there is none
-    std::string reason;  // why there is none, a sentence or two; empty where there is one
-    std::string doubt;   // why the printed one is doubtful; empty where it is not or there is none
-    // The kneepoint of a smooth curve through the same points, in volts and amperes, where it is
-    // more than 15 % in voltage away from the printed one, or none is printed; nothing where the
-    // two agree or the smooth curve has none.
-    std::optional<CurvePoint> smooth;
-
-    // The printed kneepoint as numbers; nothing where there is none.
-    std::optional<CurvePoint> At() const;
-};
 
 // One test of a record file, as the record panel and the exports show it. Texts are bytes of
 // Windows-1252, as everywhere.
@@ -73,10 +56,5 @@ std::vector<RecordTest> TestsOfCapture(std::string_view capture);
 
 // One test of a record file that has been read. Throws 9 and 6 as ParseRecordFacts does.
 RecordTest TestOf(const TestRecord& record, std::string_view recordName);
-
-// The three kneepoints of a test's points, current in amperes and voltage in volts, from the
-// lowest up: "N/A" for three points or fewer, else those of ComputeKneepoint; with their reasons
-// and doubts. Throws what ComputeKneepoint throws.
-std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points);
 
 }  // namespace davo

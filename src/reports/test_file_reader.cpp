@@ -25,8 +25,6 @@ constexpr std::string_view kCurrentKey = "CURRENT:";
 constexpr std::string_view kCountKey = "NUMBER OF DATA POINTS";
 constexpr std::string_view kKneeTypeKey = "KNEE POINT TYPE";
 
-constexpr int kPointsWithoutKnee = 3;
-
 // Reads from the first line to the last; line_ is the line in hand.
 class TestFileReader {
   public:
@@ -200,9 +198,9 @@ void TestFileReader::ReadPoints(int slot) {
         const std::size_t voltage = line_.find(kVoltage, current);
         if (voltage == std::string_view::npos) Fail(ErrorNumber::TypeMismatch);
         report_.tables.Current(slot, point) =
-            RoundByPicture(NumberFrom(line_.substr(current, voltage - current)), kCurrentPicture);
+            RoundByPicture(NumberFrom(line_.substr(current, voltage - current)), kPointPicture);
         report_.tables.Voltage(slot, point) =
-            RoundByPicture(NumberFrom(line_.substr(voltage + kVoltage.size())), kCurrentPicture);
+            RoundByPicture(NumberFrom(line_.substr(voltage + kVoltage.size())), kPointPicture);
         Advance();
     }
     const double count = NumericValue(line_.substr(line_.size() - kCountWidth));
@@ -212,7 +210,7 @@ void TestFileReader::ReadPoints(int slot) {
 
 void TestFileReader::Compute(int slot) {
     std::int16_t& count = report_.tables.PointCount(slot);
-    if (count > kPointsWithoutKnee) {
+    if (count >= kPointsForKnee) {
         for (const KneeRule rule : kKneeRules)
             ComputeKneepoint(report_.tables, rule, slot, count);
     } else {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/grid_points.h"
+#include "analysis/curve_point.h"
 #include "common/files.h"
 
 namespace davo::test {

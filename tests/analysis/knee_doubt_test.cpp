@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Why there is no kneepoint and why one is doubtful, in words.
 
-#include "curves/knee_doubt.h"
+#include "analysis/knee_doubt.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include "analysis/smooth_knee.h"
 #include "common/files.h"
 #include "common/numbers.h"
-#include "tests/curves/published_curves.h"
+#include "tests/analysis/published_curves.h"
 
 namespace davo {
 namespace {
@@ -209,21 +209,23 @@ TEST(KneeDoubt, ASmoothKneepointIsToldFromMoreThan15PercentOn) {
 // A printed kneepoint is passed in: the limit itself.
 TEST(KneeDoubt, FifteenPercentAreTrusted) {
     const Points points = test::PublishedCurves().at(3).points;  // smooth 394.3 V
+    SearchPath path;
+    path.metAbove = true;
     KneeFact fact;
     fact.rule = KneeRule::Asa1050;
     fact.printed = {"342.9", "0.1"};  // 394.3 / 342.9 = 1.1499
-    AddDoubts(fact, points);
+    AddDoubts(fact, path, points);
     EXPECT_EQ(fact.smooth, std::nullopt);
     fact.printed = {"342.8", "0.1"};  // 1.1502
-    AddDoubts(fact, points);
+    AddDoubts(fact, path, points);
     EXPECT_NE(fact.smooth, std::nullopt);
     fact = {};
     fact.rule = KneeRule::Asa1050;
     fact.printed = {"463.8", "0.1"};  // 394.3 / 463.8 = 0.8502
-    AddDoubts(fact, points);
+    AddDoubts(fact, path, points);
     EXPECT_EQ(fact.smooth, std::nullopt);
     fact.printed = {"463.9", "0.1"};  // 0.84997
-    AddDoubts(fact, points);
+    AddDoubts(fact, path, points);
     EXPECT_NE(fact.smooth, std::nullopt);
 }
 

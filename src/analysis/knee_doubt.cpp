@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "curves/knee_doubt.h"
+#include "analysis/knee_doubt.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "analysis/result_tables.h"
 #include "analysis/smooth_knee.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
@@ -13,28 +12,21 @@ namespace davo {
 
 namespace {
 
-constexpr std::size_t kPointsForKnee = 4;
-
-struct RuleLimit {
-    std::size_t step;
-    double limit;
+// Current and voltage of a curve apart, as the rules take them.
+struct Columns {
+    std::vector<double> current;
+    std::vector<double> voltage;
 };
 
-// The values of src/analysis/kneepoint.cpp; a test holds the two together.
-RuleLimit LimitOf(KneeRule rule) {
-    switch (rule) {
-        case KneeRule::Asa1050:
-            return {2, 5};
-        case KneeRule::Ieee45:
-            return {1, 1};
-        case KneeRule::Ieee30:
-            break;
+// All points but the one at index left out; none is with an index behind the last.
+Columns ColumnsOf(const std::vector<CurvePoint>& points, std::size_t leftOut) {
+    Columns columns;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (i == leftOut) continue;
+        columns.current.push_back(points[i].current);
+        columns.voltage.push_back(points[i].voltage);
     }
-    return {1, 1.81};
-}
-
-double RelativeChange(double from, double to) {
-    return RoundByPicture((to - from) / from, "####0.000");
+    return columns;
 }
 
 bool Agree(double voltage, double printed) {
@@ -46,7 +38,7 @@ std::string Volts(double voltage) {
 }
 
 std::string VoltsAndAmperes(const CurvePoint& point) {
-    return Volts(point.voltage) + ", " + Picture(point.current, kCurrentPicture) + " A";
+    return Volts(point.voltage) + ", " + Picture(point.current, kPointPicture) + " A";
 }
 
 std::size_t PointsAboveZero(const std::vector<CurvePoint>& points) {
@@ -89,8 +81,9 @@ std::string ReasonOf(const SearchPath& path, const std::vector<CurvePoint>& poin
         case SearchEnd::Exact: {
             const SearchedPair& pair = path.pairs.back();
             return "The points at " + Volts(points[pair.lower].voltage) + " and " +
-                   Volts(points[pair.upper].voltage) +
-                   " meet the limit of 1.81 exactly; this rule has no kneepoint then.";
+                   Volts(points[pair.upper].voltage) + " meet the limit of " +
+                   GeneralNumber(KneeThreshold(KneeRule::Ieee30)) +
+                   " exactly; this rule has no kneepoint then.";
         }
         case SearchEnd::Crossed:
             break;
@@ -130,15 +123,9 @@ std::vector<Fall> FallsOn(const SearchPath& path, const std::vector<CurvePoint>&
 bool HangsOn(std::size_t point, const KneeFact& fact, const std::vector<CurvePoint>& points) {
     KneeFact without;
     without.rule = fact.rule;
-    std::vector<double> current;
-    std::vector<double> voltage;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        if (i == point) continue;
-        current.push_back(points[i].current);
-        voltage.push_back(points[i].voltage);
-    }
+    const Columns columns = ColumnsOf(points, point);
     try {
-        without.printed = ComputeKneepoint(fact.rule, current, voltage);
+        without.printed = ComputeKneepoint(fact.rule, columns.current, columns.voltage);
     } catch (const RunTimeError&) {
         return true;  // a number that is too large for the rule
     }
@@ -164,43 +151,32 @@ void AddSentence(std::string& text, const std::string& sentence) {
 
 }  // namespace
 
-SearchPath FollowSearch(KneeRule rule, const std::vector<CurvePoint>& points) {
-    const auto [step, limit] = LimitOf(rule);
-    SearchPath path;
-    double ratio = 0;
-    bool held = false;  // the upper point of a pair that was passed over
-    std::size_t from = 0;
-    for (std::size_t upper = points.size(); upper-- > step;) {
-        const std::size_t lower = upper - step;
-        if (!held) from = upper;
-        held = points[lower].current == 0 || points[lower].voltage == 0;
-        if (held) continue;
-        const double current = RelativeChange(points[lower].current, points[from].current);
-        const double voltage = RelativeChange(points[lower].voltage, points[from].voltage);
-        path.pairs.push_back({lower, from});
-        if (voltage != 0) ratio = RoundByPicture(current / voltage, "####0.00");
-        if (ratio > limit) {
-            path.metAbove = true;
-        } else if (ratio == limit) {
-            path.end = SearchEnd::Exact;
-        } else if (upper == 2 && !path.metBelow) {
-            path.end = SearchEnd::FirstPoints;
-        } else if (path.metAbove) {
-            path.end = SearchEnd::Crossed;
-        } else {
-            path.metBelow = true;
-        }
-        if (path.end != SearchEnd::NoPair) break;
-    }
-    return path;
+std::optional<CurvePoint> KneeFact::At() const {
+    const std::optional<double> current = WholeNumericValue(printed.current);
+    const std::optional<double> voltage = WholeNumericValue(printed.voltage);
+    if (!current || !voltage || printed == Kneepoint()) return std::nullopt;
+    return CurvePoint{*current, *voltage};
 }
 
-void AddDoubts(KneeFact& fact, const std::vector<CurvePoint>& points) {
-    if (points.size() < kPointsForKnee) {
-        fact.reason = TooFewPoints(points.size());
-        return;
+std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points) {
+    const Columns columns = ColumnsOf(points, points.size());
+    std::array<KneeFact, 3> facts;
+    for (std::size_t i = 0; i < facts.size(); ++i) {
+        KneeFact& fact = facts.at(i);
+        fact.rule = kKneeRules.at(i);
+        if (std::ssize(points) < kPointsForKnee) {
+            fact.printed = NoKneepoint();
+            fact.reason = TooFewPoints(points.size());
+            continue;
+        }
+        SearchPath path;
+        fact.printed = ComputeKneepoint(fact.rule, columns.current, columns.voltage, &path);
+        AddDoubts(fact, path, points);
     }
-    const SearchPath path = FollowSearch(fact.rule, points);
+    return facts;
+}
+
+void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePoint>& points) {
     const std::optional<CurvePoint> printed = fact.At();
     // Without a pair above the limit nothing is bent: a bend of the smooth curve is then one of the
     // digits of small currents.
