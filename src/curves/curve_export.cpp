@@ -52,11 +52,12 @@ void PutPoint(Row& row, std::size_t number, const CurvePoint& point) {
 std::string RowsOf(const RecordFacts& record, const RecordTest& test) {
     Row before;
     before.Put(record.name);
-    before.Put(record.date);
-    before.Put(record.time);
-    for (const std::string& field : record.header)
+    const RecordFileHeader& header = record.headers.at(test.header);
+    before.Put(header.date);
+    before.Put(header.time);
+    for (const std::string& field : header.fields)
         before.Put(field);
-    before.Put(std::to_string(test.testNumber));
+    before.Put(test.testNumber);
 
     Row behind;
     for (const KneeFact& knee : test.knees) {

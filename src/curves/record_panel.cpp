@@ -227,7 +227,7 @@ void RecordPanel::ReadFiles() {
     }
     for (std::size_t i = 0; i < records_.size(); ++i) {
         for (const RecordTest& test : records_.at(i)->tests) {
-            QString name = QStringLiteral("Test %1").arg(test.testNumber);
+            QString name = QStringLiteral("Test ") + FromPage(test.testNumber);
             if (records_.size() > 1)
                 name.prepend(FromPage(records_.at(i)->name) + QLatin1Char(' '));
             tests_.push_back({i, &test, name});
@@ -239,7 +239,8 @@ void RecordPanel::ShowTop() {
     QString title = QStringLiteral("No record is selected.");
     if (records_.size() == 1) {
         const RecordFacts& record = *records_.front();
-        title = FromPage(record.name + "   " + record.date + " " + record.time);
+        const RecordFileHeader& header = record.headers.front();
+        title = FromPage(record.name + "   " + header.date + " " + header.time);
     } else if (!files_.empty()) {
         title = QStringLiteral("%1 records").arg(files_.size());
         if (files_.size() > kMostShownRecords)
@@ -316,8 +317,8 @@ void RecordPanel::ShowCurves() {
         const bool ofChosen = tests_.at(*chosen).record == shown.record;
         const bool normal = few || i == *chosen || (first && !ofChosen);
         // A saved picture tells whose curve it is.
-        const QString name = FromPage(shown.test->recordName) +
-                             QStringLiteral(" Test %1").arg(shown.test->testNumber);
+        const QString name = FromPage(shown.test->recordName) + QStringLiteral(" Test ") +
+                             FromPage(shown.test->testNumber);
         ChartCurve curve{
             name, shown.test->points, {}, normal ? CurveLook::Normal : CurveLook::Faint};
         for (const KneeFact& fact : shown.test->knees) {

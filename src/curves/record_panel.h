@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "common/prompts.h"
-#include "curves/record_tests.h"
+#include "curves/record_facts.h"
 
 class QBoxLayout;
 class QLabel;

@@ -50,7 +50,7 @@ QString HeaderText(const RecordFacts& record) {
     QStringList fields;
     for (std::size_t i = 0; i < kCaptions.size(); ++i) {
         // A caption stays with its text.
-        const QString text = FromPage(TrimBlanks(record.header.at(i)))
+        const QString text = FromPage(record.headers.front().fields.at(i))
                                  .replace(QLatin1Char(' '), QChar::Nbsp)
                                  .toHtmlEscaped();
         if (!text.isEmpty())

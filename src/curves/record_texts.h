@@ -4,7 +4,7 @@
 #include <QString>
 
 #include "common/run_time_error.h"
-#include "curves/record_tests.h"
+#include "curves/record_facts.h"
 
 namespace davo {
 

@@ -6,24 +6,25 @@
 #include "common/numbers.h"
 #include "common/text.h"
 #include "records/directory_entry.h"
+#include "records/record_keys.h"
 
 namespace davo {
 
 namespace {
 
-constexpr std::size_t kNumberAt = 12;  // behind "REC NUMBER: "
-constexpr std::string_view kRecordLine = "REC NUMBER: ";
+constexpr std::size_t kNumberAt = kRecordKey.size() + 1;
 
 QLatin1String Between() {
     return QLatin1String(" - ");
 }
 
 QLatin1String EntryStart() {
-    return QLatin1String("TEST NUMBER:");
+    return QLatin1String(kTestNumberKey.data());
 }
 
 bool IsRecord(const std::string& line, double number) {
-    return Contains(line, kRecordLine) && NumericValue(Middle(line, kNumberAt)) == number;
+    return Contains(line, std::string(kRecordKey) + ' ') &&
+           NumericValue(Middle(line, kNumberAt)) == number;
 }
 
 }  // namespace
@@ -33,8 +34,8 @@ std::vector<std::string> TestEntries(std::string_view recordFile) {
     FieldReader fields(recordFile);
     while (!fields.AtEnd()) {
         const std::string line = fields.Next();
-        if (!Contains(line, "REC NUMBER:")) continue;
-        entries.push_back("TEST NUMBER:" + std::string(Middle(line, kNumberAt)));
+        if (!Contains(line, kRecordKey)) continue;
+        entries.push_back(std::string(kTestNumberKey).append(Middle(line, kNumberAt)));
     }
     return entries;
 }
@@ -61,7 +62,7 @@ std::string GroupPart(std::string_view recordFile, double number) {
     bool isFound = false;
     while (!fields.AtEnd()) {
         const std::string line = fields.Next();
-        if (isFound && Contains(line, kRecordLine)) break;
+        if (isFound && Contains(line, std::string(kRecordKey) + ' ')) break;
         isFound = isFound || IsRecord(line, number);
         if (isFound) put(line);
     }

@@ -6,16 +6,14 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/line_cursor.h"
+#include "records/record_keys.h"
 #include "records/record_lines.h"
 
 namespace davo {
 
 namespace {
 
-constexpr std::string_view kDescription = "TEST DESCRIPTION: ";
-constexpr std::string_view kTestNotes = "TEST NOTES: ";
-constexpr std::string_view kNotes = "NOTES:";
-constexpr std::size_t kRecNumberValue = 12;  // where the number stands in its line
+constexpr std::size_t kRecNumberValue = kRecordKey.size() + 1;
 constexpr std::size_t kTestNumberLine = 0;
 constexpr std::size_t kTimeLine = 2;
 constexpr std::size_t kFirstHeaderLine = 4;
@@ -79,16 +77,18 @@ void TakeHeaderLine(RecordHeaders& headers, std::size_t number, std::string_view
 
 // Takes the description or the notes of the last test so far; the first of each counts.
 void TakeTestText(RecordHeaders& headers, std::string_view line) {
-    const std::size_t description = line.find(kDescription);
-    const std::size_t notes = line.find(kTestNotes);
+    const auto behind = [line](std::string_view key) {
+        const std::size_t at = line.find(std::string(key) + ' ');
+        return at == std::string_view::npos ? at : at + key.size() + 1;
+    };
+    const std::size_t description = behind(kDescriptionKey);
+    const std::size_t notes = behind(kTestNotesKey);
     if (headers.recNumbers.empty() || description == notes) return;
     const std::size_t test = headers.recNumbers.size() - 1;
     const bool isDescription = description < notes;
     std::string& text =
         isDescription ? headers.testDescriptions.at(test) : headers.testNotes.at(test);
-    const std::size_t start =
-        isDescription ? description + kDescription.size() : notes + kTestNotes.size();
-    if (text.empty()) text = Field(TrimBlanks(line.substr(start)));
+    if (text.empty()) text = Field(TrimBlanks(line.substr(std::min(description, notes))));
 }
 
 void PutTestTexts(std::string& file, const RecordHeaders& headers, std::size_t test) {
@@ -96,8 +96,8 @@ void PutTestTexts(std::string& file, const RecordHeaders& headers, std::size_t t
     const auto put = [&file](std::string_view key, const std::string& text) {
         if (!text.empty()) PutRecordLine(file, key, PadRight(Field(text), kHeaderFieldWidth));
     };
-    put(kDescription, headers.testDescriptions.at(test));
-    put(kTestNotes, headers.testNotes.at(test));
+    put(kDescriptionKey, headers.testDescriptions.at(test));
+    put(kTestNotesKey, headers.testNotes.at(test));
 }
 
 // The number of the first line of file for which is holds; the number of lines when there is none.
@@ -161,11 +161,11 @@ std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {
         const LineRole role = RoleOf(line);
         switch (role.kind) {
             case LineKind::Header:
-                PutRecordLine(written, std::string(kHeaderKeys.at(role.field)) + ": ",
+                PutRecordLine(written, std::string(kHeaderKeys.at(role.field)) + ":",
                               PadRight(Field(headers.header.at(role.field)), kHeaderFieldWidth));
                 break;
             case LineKind::RecNumber:
-                PutRecordLine(written, line, {});
+                PutLine(written, line);
                 PutTestTexts(written, headers, test++);
                 break;
             case LineKind::TestText:
@@ -174,13 +174,13 @@ std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {
                 stop = true;
                 break;
             case LineKind::Other:
-                PutRecordLine(written, line, {});
+                PutLine(written, line);
                 break;
         }
     }
     if (!headers.fileNotes.empty()) {
-        PutRecordLine(written, kNotes, {});
-        PutRecordLine(written, headers.fileNotes, {});
+        PutLine(written, kNotesKey);
+        PutLine(written, headers.fileNotes);
     }
     return written;
 }

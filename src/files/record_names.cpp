@@ -7,6 +7,8 @@
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
+#include "records/record_keys.h"
+#include "records/record_lines.h"
 #include "records/record_name.h"
 
 namespace davo {
@@ -49,8 +51,9 @@ std::string_view AfterFirstLine(std::string_view bytes) {
 
 void RenameRecord(const QString& dataPath, const QString& oldName, const QString& newName) {
     const std::string old = ReadWholeFile(PathOf(dataPath, oldName));
-    std::string text = "TEST NUMBER: " + ToPage(newName).value_or(std::string());
-    text.append(kLineEnd).append(AfterFirstLine(old));
+    std::string text;
+    PutRecordLine(text, kTestNumberKey, ToPage(newName).value_or(std::string()));
+    text.append(AfterFirstLine(old));
     ReplaceFile(PathOf(dataPath, newName), text);
     DeleteFile(PathOf(dataPath, oldName));
 }

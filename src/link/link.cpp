@@ -6,6 +6,7 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
+#include "common/record_marks.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
 
@@ -16,7 +17,6 @@ namespace {
 constexpr std::string_view kModelCommand = "W";
 constexpr std::string_view kLeaveCommand = "X";
 constexpr std::string_view kModelStart = "DAVO";
-constexpr std::string_view kDone = "DONE";
 constexpr std::chrono::microseconds kPollPeriod{100};
 // About two hundred characters of line time: a reply that paused that long is over.
 constexpr std::chrono::milliseconds kModelQuiet{100};
@@ -300,7 +300,7 @@ std::string Link::AwaitModel(std::string_view expectedReply) {
 std::string Link::AwaitDone(std::string_view) {
     state_.receiveBuffer.clear();
     const ReceiveEvents events(port_);
-    while (!endWait_ && !Contains(state_.receiveBuffer, kDone)) {
+    while (!endWait_ && !Contains(state_.receiveBuffer, kRecordEnd)) {
         SleepUntilText();
         ReplyGrew(state_.receiveBuffer.size());
     }

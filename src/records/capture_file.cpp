@@ -7,10 +7,11 @@
 
 #include "common/file_system.h"
 #include "common/files.h"
+#include "common/record_marks.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/line_cursor.h"
-#include "records/record_image.h"
+#include "records/record_keys.h"
 
 namespace davo {
 
@@ -59,14 +60,14 @@ void AppendDigits(std::string& hexText, std::string_view line) {
 
 // The three lines behind a record; what is missing there reads as "no value".
 void TakeTrailer(LineCursor& lines, CapturedShot& shot) {
-    constexpr std::size_t kMeasuredAt = 16;   // behind "MEASURED RATIO: "
-    constexpr std::size_t kNameplateAt = 17;  // behind "NAMEPLATE RATIO: "
-    constexpr std::size_t kPercentAt = 15;    // behind "PERCENT ERROR: "
+    const auto behind = [](std::string_view text, std::string_view key) {
+        return Middle(text, key.size() + 1);
+    };
     std::string_view line;
     lines.Next(line);
-    shot.measuredRatio = Middle(line, kMeasuredAt);
-    shot.nameplateRatio = lines.Next(line) ? TrimBlanks(Middle(line, kNameplateAt)) : "N/A";
-    shot.percentError = lines.Next(line) ? TrimBlanks(Middle(line, kPercentAt)) : "N/A";
+    shot.measuredRatio = behind(line, kMeasuredRatioKey);
+    shot.nameplateRatio = lines.Next(line) ? TrimBlanks(behind(line, kNameplateRatioKey)) : "N/A";
+    shot.percentError = lines.Next(line) ? TrimBlanks(behind(line, kPercentErrorKey)) : "N/A";
     shot.trailerWhole = lines.LineEnded();
     LineCursor ahead = lines;
     if (ahead.Next(line) && line.empty()) lines = ahead;

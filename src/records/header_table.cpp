@@ -29,9 +29,6 @@ void TakeHeaderLine(HeaderTable& table, std::string_view line) {
 
 }  // namespace
 
-const std::array<const char*, kHeaderFieldCount> kHeaderKeys = {
-    "COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR"};
-
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath) {
     const QString path = HeaderFilePath(dataPath);
     if (FileExists(path)) {

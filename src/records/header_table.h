@@ -5,16 +5,14 @@
 #include <array>
 #include <string>
 
+#include "records/record_keys.h"
+
 namespace davo {
 
 inline constexpr int kHeaderFirstField = 4;  // headerFields(4) to (11): COMPANY to OPERATOR
-inline constexpr int kHeaderFieldCount = 8;
 inline constexpr std::size_t kHeaderFieldWidth = 20;
 inline constexpr int kHeaderDate = 1;  // "MM/DD/YY" of a session's first shot
 inline constexpr int kHeaderTime = 2;  // "HH:MM" of it
-
-// "COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR".
-extern const std::array<const char*, kHeaderFieldCount> kHeaderKeys;
 
 // The process-wide table of strings; slots other than the ones above are not used.
 struct HeaderTable {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_file.h"
 
-#include <cmath>
-#include <limits>
+#include <algorithm>
+#include <optional>
 
 #include "common/files.h"
 #include "common/numbers.h"
@@ -14,50 +14,91 @@ namespace davo {
 
 namespace {
 
-// Reads a record file from its first line to its last; line_ is the line in hand.
+constexpr std::string_view WithoutColon(std::string_view key) {
+    return key.substr(0, key.size() - 1);
+}
+
+std::string HeaderKey(std::size_t field) {
+    return std::string(kHeaderKeys.at(field)) + ":";
+}
+
+// Reads from the first line to the last; line_ is the line in hand.
 class RecordFileReader {
   public:
-    explicit RecordFileReader(std::string_view bytes) : lines_(bytes) { Advance(); }
+    RecordFileReader(std::string_view bytes, RecordSource source)
+        : bytes_(bytes), isGroup_(source == RecordSource::GroupFile), lines_(bytes) {
+        Advance();
+    }
 
-    TestRecordFile ReadFile();
+    TestRecordFile Read();
 
   private:
     void Advance();
-    void ReadHeader(TestRecordFile& file);
-    TestRecord ReadRecord();
-    void ReadPoints(TestRecord& record);
-    DataPoint PointOfLine() const;
-    std::string ReadNotes();
-
     bool StartsWith(std::string_view key) const { return !atEnd_ && line_.starts_with(key); }
-    // The text behind key and one blank; key ends with its colon. Goes to the next line.
-    std::string Take(std::string_view key);
-    int TakeCount(std::string_view key);
-    double NumberFrom(std::string_view text) const;
+    bool AtBlockStart() const;
+    bool AtHeader() const;
+    bool AtKnownKey() const;
     [[noreturn]] void Fail(ErrorNumber number) const;
+    double NumberFrom(std::string_view text) const;
+    std::string Behind(std::string_view key) const;
+    std::string Take(std::string_view key);
+    void TakePieces(std::string& text);
 
+    void ReadHeader();
+    void TakeHeaderText(std::string_view key, std::string& text);
+    void ReadRecord();
+    void TakeOptional(std::string_view key, std::string& text);
+    void ReadPoints(TestRecord& record);
+    void ReadResults(TestRecord& record);
+    void ReadNotes();
+
+    std::string_view bytes_;
+    bool isGroup_;
     LineCursor lines_;
     std::string_view line_;
+    std::size_t lineStart_ = 0;
     int lineNumber_ = 0;
     bool atEnd_ = false;
+    TestRecordFile file_;
 };
 
 void RecordFileReader::Advance() {
+    lineStart_ = lines_.Offset();
     atEnd_ = !lines_.Next(line_);
     ++lineNumber_;
 }
 
-void RecordFileReader::Fail(ErrorNumber number) const {
-    throw RunTimeError(number, "line " + std::to_string(lineNumber_));
+// A header, a record or the notes begin here, or the file ends.
+bool RecordFileReader::AtBlockStart() const {
+    return atEnd_ || StartsWith(kTestNumberKey) || StartsWith(kRecordKey) || line_ == kNotesKey;
 }
 
-std::string RecordFileReader::Take(std::string_view key) {
-    if (atEnd_) Fail(ErrorNumber::InputPastEnd);
-    if (!StartsWith(key)) Fail(ErrorNumber::TypeMismatch);
-    std::string_view value = line_.substr(key.size());
-    if (value.starts_with(' ')) value.remove_prefix(1);
-    Advance();
-    return std::string(value);
+// A line of the notes may look like the first of a header; the two first together do not occur.
+bool RecordFileReader::AtHeader() const {
+    if (!StartsWith(kTestNumberKey)) return false;
+    LineCursor ahead = lines_;
+    std::string_view next;
+    return ahead.Next(next) && next.starts_with(kDateKey);
+}
+
+bool RecordFileReader::AtKnownKey() const {
+    static constexpr std::array kKeys = {kDateKey,
+                                         kTimeKey,
+                                         kShotsKey,
+                                         kDescriptionKey,
+                                         kTestNotesKey,
+                                         kCurrentKey,
+                                         WithoutColon(kPointCountKey)};
+    const auto isHere = [this](std::string_view key) { return StartsWith(key); };
+    if (AtBlockStart() || std::any_of(kKeys.begin(), kKeys.end(), isHere)) return true;
+    for (std::size_t i = 0; i < kHeaderKeys.size(); ++i) {
+        if (StartsWith(HeaderKey(i))) return true;
+    }
+    return false;
+}
+
+void RecordFileReader::Fail(ErrorNumber number) const {
+    throw RunTimeError(number, "line " + std::to_string(lineNumber_));
 }
 
 double RecordFileReader::NumberFrom(std::string_view text) const {
@@ -66,110 +107,160 @@ double RecordFileReader::NumberFrom(std::string_view text) const {
     return *number;
 }
 
-int RecordFileReader::TakeCount(std::string_view key) {
-    if (atEnd_) Fail(ErrorNumber::InputPastEnd);
-    if (!StartsWith(key)) Fail(ErrorNumber::TypeMismatch);
-    const double number = NumberFrom(line_.substr(key.size()));
-    const bool isCount = number >= 0 && number <= std::numeric_limits<std::int16_t>::max() &&
-                         number == std::floor(number);
-    if (!isCount) Fail(ErrorNumber::TypeMismatch);
-    Advance();
-    return static_cast<int>(number);
+// The text of the line in hand behind its key.
+std::string RecordFileReader::Behind(std::string_view key) const {
+    std::string_view value = Middle(line_, key.size());
+    if (value.starts_with(' ')) value.remove_prefix(1);
+    return isGroup_ ? TrimBlanks(value) : std::string(value);
 }
 
-void RecordFileReader::ReadHeader(TestRecordFile& file) {
-    file.testNumber = Take("TEST NUMBER:");
-    file.date = Take("DATE:");
-    file.time = Take("TIME:");
-    file.shots = Take("# OF SHOTS:");
-    for (std::size_t i = 0; i < file.header.size(); ++i) {
-        file.header.at(i) = Take(std::string(kHeaderKeys.at(i)) + ":");
+// The same of a line that must have this key. Goes to the next line.
+std::string RecordFileReader::Take(std::string_view key) {
+    if (atEnd_) Fail(ErrorNumber::InputPastEnd);
+    if (!StartsWith(key)) Fail(ErrorNumber::TypeMismatch);
+    std::string value = Behind(key);
+    Advance();
+    return value;
+}
+
+// What a comma cut off the text before: the lines up to the next that begins with a known key.
+void RecordFileReader::TakePieces(std::string& text) {
+    while (isGroup_ && !AtKnownKey()) {
+        text += ", ";
+        text += line_;
+        Advance();
     }
 }
 
-DataPoint RecordFileReader::PointOfLine() const {
-    constexpr std::string_view kColon = ": ";
-    constexpr std::string_view kVoltage = "VOLTAGE:";
-    const std::size_t colon = line_.find(kColon);
-    const std::size_t current = colon + kColon.size();
-    const std::size_t voltage =
-        colon == std::string_view::npos ? colon : line_.find(kVoltage, current);
-    if (voltage == std::string_view::npos) Fail(ErrorNumber::TypeMismatch);
-    return {NumberFrom(line_.substr(current, voltage - current)),
-            NumberFrom(line_.substr(voltage + kVoltage.size()))};
+void RecordFileReader::TakeHeaderText(std::string_view key, std::string& text) {
+    // Pieces behind a comma take the place of a group file's last header lines.
+    if (isGroup_ && AtBlockStart()) return;
+    text = Take(key);
+}
+
+void RecordFileReader::ReadHeader() {
+    RecordFileHeader& header = file_.headers.emplace_back();
+    header.testNumber = Take(kTestNumberKey);
+    TakePieces(header.testNumber);
+    TakeHeaderText(kDateKey, header.date);
+    TakeHeaderText(kTimeKey, header.time);
+    TakeHeaderText(kShotsKey, header.shots);
+    for (std::size_t i = 0; i < header.fields.size(); ++i) {
+        TakeHeaderText(HeaderKey(i), header.fields.at(i));
+        TakePieces(header.fields.at(i));
+    }
+}
+
+void RecordFileReader::TakeOptional(std::string_view key, std::string& text) {
+    if (!StartsWith(key)) return;
+    text = Take(key);
+    TakePieces(text);
+}
+
+void RecordFileReader::ReadRecord() {
+    if (file_.headers.empty()) Fail(ErrorNumber::TypeMismatch);
+    TestRecord& record = file_.records.emplace_back();
+    record.header = file_.headers.size() - 1;
+    record.recordNumber = TrimBlanks(Take(kRecordKey));
+    NumberFrom(record.recordNumber);
+    TakeOptional(kDescriptionKey, record.testDescription);
+    TakeOptional(kTestNotesKey, record.testNotes);
+    ReadPoints(record);
+    ReadResults(record);
 }
 
 void RecordFileReader::ReadPoints(TestRecord& record) {
-    constexpr std::string_view kCount = "NUMBER OF DATA POINTS:";
-    while (!StartsWith(kCount)) {
+    constexpr std::string_view kColon = ": ";
+    constexpr std::size_t kCountWidth = 2;
+    for (; !Contains(line_, WithoutColon(kPointCountKey)); Advance()) {
         if (atEnd_) Fail(ErrorNumber::InputPastEnd);
-        record.points.push_back(PointOfLine());
+        const std::size_t colon = line_.find(kColon);
+        const std::size_t current = colon + kColon.size();
+        const std::size_t voltage =
+            colon == std::string_view::npos ? colon : line_.find(kVoltageKey, current);
+        if (voltage == std::string_view::npos) Fail(ErrorNumber::TypeMismatch);
+        record.points.push_back({NumberFrom(line_.substr(current, voltage - current)),
+                                 NumberFrom(line_.substr(voltage + kVoltageKey.size()))});
+    }
+    record.dataPointCount = ToInteger16(NumericValue(line_.substr(line_.size() - kCountWidth)));
+    Advance();
+}
+
+void RecordFileReader::ReadResults(TestRecord& record) {
+    record.kneeVoltage = Take(kKneeVoltageKey);
+    record.kneeCurrent = Take(kKneeCurrentKey);
+    record.excitationCurrent = Take(kExcitationCurrentKey);
+    record.excitationVoltage = Take(kExcitationVoltageKey);
+    record.measuredRatio = Take(kMeasuredRatioKey);
+    record.polarity = Take(kPolarityKey);
+    record.phaseAngle = Take(kPhaseAngleKey);
+    record.nameplateRatio = Take(kNameplateRatioKey);
+    record.percentError = Take(kPercentErrorKey);
+    while (!StartsWith(WithoutColon(kKneeTypeKey))) {
+        if (atEnd_) Fail(ErrorNumber::InputPastEnd);
+        if (AtBlockStart()) Fail(ErrorNumber::TypeMismatch);
         Advance();
     }
-    record.dataPointCount = TakeCount(kCount);
+    record.kneePointType = Behind(kKneeTypeKey);
+    Advance();
 }
 
-TestRecord RecordFileReader::ReadRecord() {
-    TestRecord record;
-    record.recordNumber = TakeCount("REC NUMBER:");
-    if (StartsWith("TEST DESCRIPTION:")) record.testDescription = Take("TEST DESCRIPTION:");
-    if (StartsWith("TEST NOTES:")) record.testNotes = Take("TEST NOTES:");
-    ReadPoints(record);
-    record.kneeVoltage = Take("KNEE VOLTAGE:");
-    record.kneeCurrent = Take("KNEE CURRENT:");
-    record.excitationCurrent = Take("EXCITATION CUR:");
-    record.excitationVoltage = Take("EXCITATION VTG:");
-    record.measuredRatio = Take("MEASURED RATIO:");
-    record.polarity = Take("POLARITY:");
-    record.phaseAngle = Take("PHASE ANGLE:");
-    record.nameplateRatio = Take("NAMEPLATE RATIO:");
-    record.percentError = Take("PERCENT ERROR:");
-    record.kneePointType = Take("KNEE POINT TYPE:");
-    return record;
+void RecordFileReader::ReadNotes() {
+    Advance();
+    const std::size_t begin = lineStart_;
+    while (!atEnd_ && !(isGroup_ && AtHeader()))
+        Advance();
+    file_.notes.emplace_back(bytes_.substr(begin, lineStart_ - begin));
 }
 
-std::string RecordFileReader::ReadNotes() {
-    std::string notes;
-    for (Advance(); !atEnd_; Advance()) {
-        notes += line_;
-        notes += kLineEnd;
-    }
-    if (!notes.empty()) notes.resize(notes.size() - kLineEnd.size());
-    return notes;
-}
-
-TestRecordFile RecordFileReader::ReadFile() {
-    constexpr std::string_view kNotes = "NOTES:";
-    TestRecordFile file;
-    if (!atEnd_ && line_ != kNotes) ReadHeader(file);
+TestRecordFile RecordFileReader::Read() {
     while (!atEnd_) {
-        if (line_ == kNotes) {
-            file.notes = ReadNotes();
+        if (StartsWith(kTestNumberKey)) {
+            ReadHeader();
+        } else if (StartsWith(kRecordKey)) {
+            ReadRecord();
+        } else if (line_ == kNotesKey) {
+            ReadNotes();
+        } else if (TrimBlanks(line_).empty()) {
+            Advance();
         } else {
-            file.records.push_back(ReadRecord());
+            Fail(ErrorNumber::TypeMismatch);
         }
     }
-    return file;
+    return std::move(file_);
 }
 
 }  // namespace
 
-TestRecordFile ParseTestRecordFile(std::string_view bytes) {
-    return RecordFileReader(bytes).ReadFile();
+RecordFileHeader RecordFileHeader::Trimmed() const {
+    RecordFileHeader trimmed = {
+        TrimBlanks(testNumber), TrimBlanks(date), TrimBlanks(time), TrimBlanks(shots), {}};
+    std::transform(fields.begin(), fields.end(), trimmed.fields.begin(), TrimBlanks);
+    return trimmed;
 }
 
-TestRecordFile ReadTestRecordFile(const QString& path) {
-    return ParseTestRecordFile(ReadWholeFile(path));
+TestRecordFile ParseTestRecordFile(std::string_view bytes, RecordSource source) {
+    return RecordFileReader(bytes, source).Read();
 }
 
-std::optional<double> ResultNumber(std::string_view text) {
-    text = text.substr(0, text.find(" ("));
-    for (const std::string_view unit : {" VOLTS", " AMPS", " DEG", "%"}) {
-        if (!text.ends_with(unit)) continue;
-        text.remove_suffix(unit.size());
-        break;
-    }
-    return WholeNumericValue(text);
+TestRecordFile ReadTestRecordFile(const QString& path, RecordSource source) {
+    return ParseTestRecordFile(ReadWholeFile(path), source);
+}
+
+void RequireHeader(const TestRecordFile& file) {
+    if (file.headers.empty()) throw RunTimeError(ErrorNumber::InputPastEnd, "no test in the file");
+}
+
+std::string PhaseDegrees(std::string_view value) {
+    const std::size_t unit = value.find("DEG");
+    if (unit == std::string_view::npos) return {};
+    const std::string degrees = TrimBlanks(value.substr(0, unit));
+    return WholeNumericValue(degrees) ? degrees : std::string();
+}
+
+std::string PhaseText(std::string_view value) {
+    const std::optional<double> degrees = WholeNumericValue(PhaseDegrees(value));
+    return degrees ? PolarityOfPhase(*degrees) : "N/A";
 }
 
 }  // namespace davo

@@ -2,15 +2,14 @@
 #include "records/record_file_writer.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
-#include "records/capture_file.h"
 #include "records/count_text.h"
-#include "records/record_image.h"
 #include "records/record_lines.h"
 
 namespace davo {
@@ -23,40 +22,76 @@ constexpr int kPhaseDecimals = 1;
 constexpr double kDegreesPerCount = 0.1;
 
 void PutHeader(std::string& file, const HeaderTable& header, const RecordFileContent& content) {
-    PutRecordLine(file, "TEST NUMBER: ", content.testNumber);
-    PutRecordLine(file, "DATE: ", header.headerFields.at(kHeaderDate));
-    PutRecordLine(file, "TIME: ", header.headerFields.at(kHeaderTime));
-    PutRecordLine(file, "# OF SHOTS: ", Picture(content.shotCount, "00"));
+    PutRecordLine(file, kTestNumberKey, content.testNumber);
+    PutRecordLine(file, kDateKey, header.headerFields.at(kHeaderDate));
+    PutRecordLine(file, kTimeKey, header.headerFields.at(kHeaderTime));
+    PutRecordLine(file, kShotsKey, Picture(content.shotCount, "00"));
     for (int i = 0; i < kHeaderFieldCount; ++i) {
         file += kHeaderKeys.at(static_cast<std::size_t>(i));
-        PutRecordLine(file, ": ", header.Field(i));
+        PutRecordLine(file, ":", header.Field(i));
     }
+}
+
+// The doubles that the texts of a record file's points are.
+std::vector<DataPoint> FilePoints(const RecordImage& image) {
+    constexpr double kStepsPerAmpere = 10000;
+    constexpr double kCountsPerVolt = 10;
+    std::vector<DataPoint> points;
+    points.reserve(kPointSlots);
+    for (auto slot = std::rbegin(image.slots); slot != std::rend(image.slots); ++slot) {
+        if (slot->current <= 0 || slot->voltage <= 0) continue;
+        points.push_back(
+            {image.CurrentSteps(slot->current) / kStepsPerAmpere, slot->voltage / kCountsPerVolt});
+    }
+    return points;
+}
+
+TestRecord RecordOf(std::size_t number, const CapturedShot& shot, const RecordImage& image) {
+    TestRecord record;
+    record.recordNumber = std::to_string(number);
+    record.kneeVoltage = ShortestText(image.kneeVoltage, kVoltageDecimals) + " VOLTS";
+    record.kneeCurrent =
+        ShortestText(image.CurrentSteps(image.kneeCurrent), kCurrentDecimals) + " AMPS";
+    record.excitationCurrent = FixedText(RoundedToTens(image.CurrentSteps(image.excitationCurrent)),
+                                         kCurrentDecimals - 1) +
+                               " AMPS";
+    record.excitationVoltage = ShortestText(image.excitationVoltage, kVoltageDecimals) + " VOLTS";
+    record.measuredRatio = shot.measuredRatio;
+    // The product, a hair off the decimal value here and there, decides the polarity.
+    record.polarity = PolarityOfPhase(image.phaseAngle * kDegreesPerCount);
+    record.phaseAngle = FixedText(image.phaseAngle, kPhaseDecimals) + " DEG";
+    record.nameplateRatio = shot.nameplateRatio;
+    record.percentError = shot.percentError;
+    record.kneePointType = KneePointTypeText(image.kneeTypeCode);
+    return record;
 }
 
 void PutShot(std::string& file, std::size_t number, const CapturedShot& shot) {
     const RecordImage image = DecodeRecordImage(shot.hexText);
-    PutRecordLine(file, "REC NUMBER: ", std::to_string(number));
+    const TestRecord record = RecordOf(number, shot, image);
+    PutRecordLine(file, kRecordKey, record.recordNumber);
     PutPointLines(file, image);
-    PutRecordLine(file, "KNEE VOLTAGE: ", ShortestText(image.kneeVoltage, kVoltageDecimals),
-                  " VOLTS");
-    PutRecordLine(file, "KNEE CURRENT: ",
-                  ShortestText(image.CurrentSteps(image.kneeCurrent), kCurrentDecimals), " AMPS");
-    PutRecordLine(
-        file, "EXCITATION CUR: ",
-        FixedText(RoundedToTens(image.CurrentSteps(image.excitationCurrent)), kCurrentDecimals - 1),
-        " AMPS");
-    PutRecordLine(file, "EXCITATION VTG: ", ShortestText(image.excitationVoltage, kVoltageDecimals),
-                  " VOLTS");
-    PutRecordLine(file, "MEASURED RATIO: ", shot.measuredRatio);
-    // The product, a hair off the decimal value here and there, decides the polarity.
-    PutRecordLine(file, "POLARITY: ", PolarityOfPhase(image.phaseAngle * kDegreesPerCount));
-    PutRecordLine(file, "PHASE ANGLE: ", FixedText(image.phaseAngle, kPhaseDecimals), " DEG");
-    PutRecordLine(file, "NAMEPLATE RATIO: ", shot.nameplateRatio);
-    PutRecordLine(file, "PERCENT ERROR: ", shot.percentError);
-    PutRecordLine(file, "KNEE POINT TYPE: ", KneePointTypeText(image.kneeTypeCode));
+    PutRecordLine(file, kKneeVoltageKey, record.kneeVoltage);
+    PutRecordLine(file, kKneeCurrentKey, record.kneeCurrent);
+    PutRecordLine(file, kExcitationCurrentKey, record.excitationCurrent);
+    PutRecordLine(file, kExcitationVoltageKey, record.excitationVoltage);
+    PutRecordLine(file, kMeasuredRatioKey, record.measuredRatio);
+    PutRecordLine(file, kPolarityKey, record.polarity);
+    PutRecordLine(file, kPhaseAngleKey, record.phaseAngle);
+    PutRecordLine(file, kNameplateRatioKey, record.nameplateRatio);
+    PutRecordLine(file, kPercentErrorKey, record.percentError);
+    PutRecordLine(file, kKneeTypeKey, record.kneePointType);
 }
 
 }  // namespace
+
+TestRecord RecordOfShot(std::size_t number, const CapturedShot& shot) {
+    const RecordImage image = DecodeRecordImage(shot.hexText);
+    TestRecord record = RecordOf(number, shot, image);
+    record.points = FilePoints(image);
+    record.dataPointCount = static_cast<std::int16_t>(record.points.size());
+    return record;
+}
 
 std::string ConvertCapture(std::string_view capture, const HeaderTable& header,
                            const RecordFileContent& content) {
@@ -73,8 +108,8 @@ std::string ConvertCapture(std::string_view capture, const HeaderTable& header,
         if (static_cast<std::int64_t>(number) == content.shotCount) break;
     }
     if (!content.testNotes.empty()) {
-        PutRecordLine(file, "NOTES:", "");
-        PutRecordLine(file, content.testNotes, "");
+        PutLine(file, kNotesKey);
+        PutLine(file, content.testNotes);
     }
     return file;
 }

@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <string>
 
+#include "records/capture_file.h"
 #include "records/header_table.h"
+#include "records/record_file.h"
 
 namespace davo {
 
@@ -15,6 +17,9 @@ struct RecordFileContent {
     std::int16_t shotCount = 0;
     std::string testNotes;  // empty: no "NOTES:" line
 };
+
+// The record of a shot as its record file will say it, number from 1.
+TestRecord RecordOfShot(std::size_t number, const CapturedShot& shot);
 
 // The bytes of the record file that a capture file's bytes convert to. A capture without a
 // complete shot yields no header lines. Conversion stops after shotCount shots.

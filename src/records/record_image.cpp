@@ -5,6 +5,7 @@
 #include <array>
 
 #include "common/hex_text.h"
+#include "common/record_marks.h"
 #include "common/text.h"
 
 namespace davo {

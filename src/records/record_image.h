@@ -6,11 +6,9 @@
 #include <string_view>
 #include <vector>
 
-namespace davo {
+#include "common/record_marks.h"
 
-// What is around a record's digits as the instrument sends it.
-inline constexpr std::string_view kRecordStart = "DATA";
-inline constexpr std::string_view kRecordEnd = "DONE";
+namespace davo {
 
 // current in amperes, voltage in volts.
 struct DataPoint {

@@ -3,12 +3,19 @@
 
 #include "common/text.h"
 #include "records/count_text.h"
+#include "records/record_keys.h"
 
 namespace davo {
+
+void PutLine(std::string& file, std::string_view line) {
+    file += line;
+    file += kLineEnd;
+}
 
 void PutRecordLine(std::string& file, std::string_view key, std::string_view value,
                    std::string_view unit) {
     file += key;
+    file += ' ';
     file += value;
     file += unit;
     file += kLineEnd;
@@ -25,12 +32,14 @@ void PutPointLines(std::string& file, const RecordImage& image) {
         ++points;
         lines.Put(kLineEnd);
         lines.PutFixed(voltage, kVoltageDecimals);
-        lines.Put("VOLTAGE: ");
+        lines.Put(" ");
+        lines.Put(kVoltageKey);
         lines.PutFixed(image.CurrentSteps(current), kCurrentDecimals);
-        lines.Put("CURRENT: ");
+        lines.Put(" ");
+        lines.Put(kCurrentKey);
     }
     file += lines.Text();
-    PutRecordLine(file, "NUMBER OF DATA POINTS: ", std::to_string(points));
+    PutRecordLine(file, kPointCountKey, std::to_string(points));
 }
 
 }  // namespace davo

@@ -8,7 +8,10 @@
 
 namespace davo {
 
-// Adds the line key value unit, ended by CR LF.
+// Adds a line, ended by CR LF.
+void PutLine(std::string& file, std::string_view line);
+
+// Adds the line key, a blank, value and unit, ended by CR LF.
 void PutRecordLine(std::string& file, std::string_view key, std::string_view value,
                    std::string_view unit = {});
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_name.h"
 
+#include <QFileInfo>
 #include <QStringList>
 #include <algorithm>
 
@@ -49,6 +50,17 @@ QString RecordNameTrouble(const QString& name) {
             .arg(kLongestName);
     }
     return {};
+}
+
+QString RecordNameOf(const QString& path) {
+    const QString name = QFileInfo(path).fileName();
+    const auto end = name.lastIndexOf(QLatin1String(".txt"), -1, Qt::CaseInsensitive);
+    return end < 0 ? name : name.left(end);
+}
+
+std::string PageRecordNameOf(const QString& path) {
+    const QString name = RecordNameOf(path);
+    return ToPage(name).value_or(name.toLatin1().toStdString());
 }
 
 }  // namespace davo

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <string>
 
 namespace davo {
 
@@ -9,5 +10,10 @@ namespace davo {
 // record must be readable on every machine that it is copied to, so what one platform refuses is
 // refused everywhere.
 QString RecordNameTrouble(const QString& name);
+
+// The name of a record file without folder and without ".txt" (in any case of letters).
+QString RecordNameOf(const QString& path);
+// The same in bytes; a name given outside of this program may have characters that do not fit.
+std::string PageRecordNameOf(const QString& path);
 
 }  // namespace davo

@@ -2,12 +2,12 @@
 #include "reports/report_runner.h"
 
 #include <QEventLoop>
-#include <QFileInfo>
 #include <QScopedValueRollback>
 #include <QTimer>
 
 #include "common/open_document.h"
 #include "common/text.h"
+#include "records/record_name.h"
 #include "reports/background_render.h"
 #include "reports/report_writer.h"
 #include "reports/template_file.h"
@@ -49,15 +49,14 @@ ReportHooks ReportRunner::HooksFor(QObject& window) {
 }
 
 bool ReportRunner::Run(const QString& recordFile, const Show& show) {
-    return Make(recordFile, ReportSource::RecordFile,
-                WorkbookOf(ReportNameOf(QFileInfo(recordFile).fileName())), show);
+    return Make(recordFile, RecordSource::RecordFile, WorkbookOf(RecordNameOf(recordFile)), show);
 }
 
 bool ReportRunner::RunOverlay(const QString& groupFile, const Show& show) {
-    return Make(groupFile, ReportSource::GroupFile, OverlayWorkbook(), show);
+    return Make(groupFile, RecordSource::GroupFile, OverlayWorkbook(), show);
 }
 
-bool ReportRunner::Make(const QString& path, ReportSource source, const QString& target,
+bool ReportRunner::Make(const QString& path, RecordSource source, const QString& target,
                         const Show& show) {
     if (loop_ != nullptr) return false;
     const ReportTables tables = ReadReportTables(path, source);

@@ -10,7 +10,7 @@
 #include "common/settings.h"
 #include "reports/choose_renderer.h"
 #include "reports/report_hooks.h"
-#include "reports/test_file_reader.h"
+#include "reports/report_tables.h"
 
 class QEventLoop;
 class QObject;
@@ -62,7 +62,7 @@ class ReportRunner {
     static bool ShowWorkbook(const QString& path);
     ReportRenderer& Renderer();
     QString WorkbookOf(const QString& reportName);
-    bool Make(const QString& path, ReportSource source, const QString& target, const Show& show);
+    bool Make(const QString& path, RecordSource source, const QString& target, const Show& show);
     void SayOnceWhatIsMissing();
 
     Prompts& prompts_;

@@ -1,27 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <array>
+#include <QString>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "analysis/result_tables.h"
-#include "records/header_table.h"
+#include "records/record_file.h"
 
 namespace davo {
 
-// The header of a record file as a report shows it; texts without blanks around them.
-struct ReportHeader {
-    std::string testNumber;                             // the name of the record file
-    std::string date;                                   // "MM/DD/YY"
-    std::string time;                                   // "HH:MM"
-    std::array<std::string, kHeaderFieldCount> fields;  // COMPANY to OPERATOR
-};
-
-// What a report's sheet shows of a test besides its points and results.
+// What a report's sheet shows of a test besides its points and results; texts without blanks
+// around them.
 struct ReportTest {
-    ReportHeader header;
+    RecordFileHeader header;
     std::string description;
     std::string notes;
     bool hasRecord = true;  // false: a header without a record behind it
@@ -39,5 +32,21 @@ struct ReportTables {
 };
 
 inline constexpr std::string_view kNotesSeparator = ":::";
+inline constexpr const char* kOverlayName = "2Graphs";
+
+// Fills slots 0, 1, 2 ... with the tests of a record file, or of a group file, and computes them:
+// all three kneepoints where a test has more than three points, "N/A" where not, then the grid
+// points where it has more than one. Points are in the file from the lowest to the highest. A
+// header without a record fills a slot without data.
+//
+// Throws what ParseTestRecordFile throws; RunTimeError 62 when there is no test at all; 9 for more
+// than 31 tests, more than 101 points of a test and what InsertGridPoints refuses; 6 when a value
+// is too large.
+ReportTables ParseReportTables(std::string_view bytes, std::string_view reportName,
+                               RecordSource source);
+
+// ParseReportTables of a file, named after it (a group file: "2Graphs"); throws the errors of
+// ReadWholeFile too.
+ReportTables ReadReportTables(const QString& path, RecordSource source);
 
 }  // namespace davo

@@ -163,7 +163,7 @@ void TestSheetWriter::WriteStyles() {
 }
 
 void TestSheetWriter::WriteHeader() {
-    const ReportHeader& header = test_.header;
+    const RecordFileHeader& header = test_.header;
     Put(sheet_, "A4", "DATE & TIME: ");
     Put(sheet_, "B4", header.date + " - " + header.time + ":00");
     Put(sheet_, "A5", "FILENAME: ");

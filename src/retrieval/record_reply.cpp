@@ -8,9 +8,11 @@
 
 #include "common/hex_text.h"
 #include "common/numbers.h"
+#include "common/record_marks.h"
 #include "common/text.h"
 #include "records/directory_entry.h"
 #include "records/record_image.h"
+#include "records/record_keys.h"
 #include "records/record_lines.h"
 
 namespace davo {
@@ -86,35 +88,35 @@ bool IsWhole(std::string_view block) {
 void PutNameplate(std::string& lines, const RecordImage& image, double measuredRatio) {
     const auto none = [](int word) { return word == 0 || word == kNoNameplate; };
     if (none(image.nameplateH) || none(image.nameplateX)) {
-        PutRecordLine(lines, "NAMEPLATE RATIO: ", "N/A");
-        PutRecordLine(lines, "PERCENT ERROR: ", "N/A");
+        PutRecordLine(lines, kNameplateRatioKey, "N/A");
+        PutRecordLine(lines, kPercentErrorKey, "N/A");
         return;
     }
     const double ratio = image.nameplateH / (image.nameplateX * kNameplatePerCount);
     const double percent = std::fabs(measuredRatio - ratio) / ratio * 100;
-    PutRecordLine(lines, "NAMEPLATE RATIO: ", Picture(ratio, "##0.000"));
-    PutRecordLine(lines, "PERCENT ERROR: ", Picture(percent, "##0.00"), " %");
+    PutRecordLine(lines, kNameplateRatioKey, Picture(ratio, "##0.000"));
+    PutRecordLine(lines, kPercentErrorKey, Picture(percent, "##0.00"), " %");
 }
 
 void PutTest(std::string& lines, int number, std::string_view block) {
     const RecordImage image = DecodeRecordImage(block);
     const double scale = image.CurrentScale();
-    const auto put = [&lines](const char* key, double value, const char* unit) {
+    const auto put = [&lines](std::string_view key, double value, const char* unit) {
         PutRecordLine(lines, key, Picture(value, "###0.000"), unit);
     };
-    PutRecordLine(lines, "REC NUMBER: ", SignedText(number));
+    PutRecordLine(lines, kRecordKey, SignedText(number));
     PutPointLines(lines, image);
-    put("KNEE VOLTAGE: ", image.kneeVoltage * kVoltsPerCount, " VOLTS");
-    put("KNEE CURRENT: ", image.kneeCurrent * scale, " AMPS");
-    put("EXCITATION CUR: ", image.excitationCurrent * scale, " AMPS");
-    put("EXCITATION VTG: ", image.excitationVoltage * kVoltsPerCount, " VOLTS");
+    put(kKneeVoltageKey, image.kneeVoltage * kVoltsPerCount, " VOLTS");
+    put(kKneeCurrentKey, image.kneeCurrent * scale, " AMPS");
+    put(kExcitationCurrentKey, image.excitationCurrent * scale, " AMPS");
+    put(kExcitationVoltageKey, image.excitationVoltage * kVoltsPerCount, " VOLTS");
     const double measuredRatio = static_cast<double>(image.measuredRatio) * kRatioPerCount;
-    PutRecordLine(lines, "MEASURED RATIO: ", Picture(measuredRatio, "##0.000"));
+    PutRecordLine(lines, kMeasuredRatioKey, Picture(measuredRatio, "##0.000"));
     const double phase = image.phaseAngle * kDegreesPerCount;
-    PutRecordLine(lines, "POLARITY: ", PolarityOfPhase(phase));
-    PutRecordLine(lines, "PHASE ANGLE: ", Picture(phase, "##0.0"), " DEG");
+    PutRecordLine(lines, kPolarityKey, PolarityOfPhase(phase));
+    PutRecordLine(lines, kPhaseAngleKey, Picture(phase, "##0.0"), " DEG");
     PutNameplate(lines, image, measuredRatio);
-    PutRecordLine(lines, "KNEE POINT TYPE: ", KneePointTypeText(image.kneeTypeCode));
+    PutRecordLine(lines, kKneeTypeKey, KneePointTypeText(image.kneeTypeCode));
 }
 
 // The values of an entry's keys, asked in the order in which the entry has them, so that a key's
@@ -143,27 +145,18 @@ std::string RecordHeaderLines(std::string_view entry, std::string_view testName)
     constexpr std::size_t kWidth = 20;
     const std::size_t mark = std::min(entry.find('!'), entry.size());
     std::string lines;
-    PutRecordLine(lines, "TEST NUMBER: ", testName);
-    PutRecordLine(lines, "DATE: ", Middle(entry, mark + 1, 8));
-    PutRecordLine(lines, "TIME: ", Middle(entry, mark + 10, 5));
+    PutRecordLine(lines, kTestNumberKey, testName);
+    PutRecordLine(lines, kDateKey, Middle(entry, mark + 1, 8));
+    PutRecordLine(lines, kTimeKey, Middle(entry, mark + 10, 5));
     EntryValues values(entry.substr(mark));
-    PutRecordLine(lines, "# OF SHOTS: ", values.After("TESTS=", 2));
-    struct Field {
-        const char* key;
-        const char* line;
-    };
-    constexpr std::array<Field, 6> kFields = {{{"COMPANY=", "COMPANY: "},
-                                               {"STATION=", "STATION: "},
-                                               {"CIRCUIT=", "CIRCUIT: "},
-                                               {"MFR=", "MFR: "},
-                                               {"MODEL=", "MODEL: "},
-                                               {"SN=", "SN: "}}};
-    for (const auto& [key, line] : kFields)
-        PutRecordLine(lines, line, values.After(key, kWidth));
+    PutRecordLine(lines, kShotsKey, values.After("TESTS=", 2));
     // An entry has the operator before the comments.
-    const std::string_view user = values.After("OPERATOR=", kWidth);
-    PutRecordLine(lines, "COMMENTS: ", values.After("COMMENTS=", kWidth));
-    PutRecordLine(lines, "OPERATOR: ", user);
+    constexpr std::array<std::size_t, kHeaderFieldCount> kOrder = {0, 1, 2, 3, 4, 5, 7, 6};
+    std::array<std::string_view, kHeaderFieldCount> fields;
+    for (const std::size_t i : kOrder)
+        fields.at(i) = values.After(std::string(kHeaderKeys.at(i)) + "=", kWidth);
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        PutRecordLine(lines, std::string(kHeaderKeys.at(i)) + ":", fields.at(i));
     return lines;
 }
 

@@ -7,7 +7,7 @@
 
 #include "common/run_time_error.h"
 #include "common/text.h"
-#include "curves/record_tests.h"
+#include "curves/record_facts.h"
 #include "testing/session_text.h"
 
 namespace davo {

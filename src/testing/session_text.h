@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "common/record_marks.h"
+
 namespace davo {
 
 // What the instrument says in a shot, found in the text that gathered so far. The line delivers it

@@ -5,6 +5,8 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
+#include "records/record_keys.h"
+#include "records/record_lines.h"
 
 namespace davo {
 
@@ -53,15 +55,17 @@ std::string ShotBlock(std::string_view rawRecord, const ShotScreen& screen) {
     // push the lines after it out of their places.
     std::string ratio = screen.txtRatio.text;
     std::erase_if(ratio, [](char c) { return c == '\r' || c == '\n'; });
-    std::string block = std::string(rawRecord) + end + "MEASURED RATIO: " + ratio + end;
+    std::string block = std::string(rawRecord) + end;
+    PutRecordLine(block, kMeasuredRatioKey, ratio);
     if (IsBlank(screen.txtHVolt) || IsBlank(screen.txtXVolt) || IsBlank(screen.txtCRatio) ||
         IsBlank(screen.txtPE)) {
-        block += "NAMEPLATE RATIO: N/A" + end + "PERCENT ERROR: N/A" + end;
+        PutRecordLine(block, kNameplateRatioKey, "N/A");
+        PutRecordLine(block, kPercentErrorKey, "N/A");
     } else {
-        block += "NAMEPLATE RATIO: " + TrimBlanks(screen.txtCRatio.text) + " (" +
-                 TrimBlanks(screen.txtHVolt.text) + ":" + TrimBlanks(screen.txtXVolt.text) + ")" +
-                 end;
-        block += "PERCENT ERROR: " + TrimBlanks(screen.txtPE.text) + "%" + end;
+        PutRecordLine(block, kNameplateRatioKey,
+                      TrimBlanks(screen.txtCRatio.text) + " (" + TrimBlanks(screen.txtHVolt.text) +
+                          ":" + TrimBlanks(screen.txtXVolt.text) + ")");
+        PutRecordLine(block, kPercentErrorKey, TrimBlanks(screen.txtPE.text), "%");
     }
     return block + end;
 }

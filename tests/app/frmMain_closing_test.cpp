@@ -56,7 +56,7 @@ TEST_F(ClosingMainWindow, ClosingItSavesTheSessionFirst) {
     prompts.files = {state.settings.dataPath + u"T1.txt"_s};
     window->close();
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(ReadTestRecordFile(state.settings.dataPath + u"T1.txt"_s).shots, "01");
+    EXPECT_EQ(ReadTestRecordFile(state.settings.dataPath + u"T1.txt"_s).headers.at(0).shots, "01");
 }
 
 TEST_F(ClosingMainWindow, IsNotClosedWhileATestRuns) {

@@ -70,9 +70,10 @@ std::string Utf8(const std::string& pageText) {
 
 // The row that a point should have; number 0: none.
 Fields ExpectedRow(const RecordFacts& record, const RecordTest& test, std::size_t number) {
-    Fields row = {record.name, record.date, record.time};
-    row.insert(row.end(), record.header.begin(), record.header.end());
-    row.push_back(std::to_string(test.testNumber));
+    const RecordFileHeader& header = record.headers.at(test.header);
+    Fields row = {record.name, header.date, header.time};
+    row.insert(row.end(), header.fields.begin(), header.fields.end());
+    row.push_back(test.testNumber);
     row.push_back(number == 0 ? "" : std::to_string(number));
     // Numbers are compared as numbers.
     row.insert(row.end(), {"", ""});
@@ -156,7 +157,8 @@ TEST(CurveExport, ATestWithoutPointsIsARow) {
 
 TEST(CurveExport, QuotesWhatHoldsAComma) {
     RecordFacts record = ParseRecordFacts(test::FileText(1), "T1");
-    record.header = {"a,b", "say \"hi\"", "two\r\nlines", "\"", "", " blank ", "x;y", "tab\tbed"};
+    record.headers.at(0).fields = {"a,b", "say \"hi\"", "two\r\nlines", "\"",
+                                   "",    " blank ",    "x;y",          "tab\tbed"};
     const std::string csv = RecordsAsCsv({record});
     EXPECT_NE(
         csv.find("\"a,b\",\"say \"\"hi\"\"\",\"two\r\nlines\",\"\"\"\",, blank ,x;y,tab\tbed"),
@@ -166,7 +168,7 @@ TEST(CurveExport, QuotesWhatHoldsAComma) {
 
 TEST(CurveExport, TextsOfThePageBecomeUtf8) {
     RecordFacts record = ParseRecordFacts(test::FileText(1), "M\xFChle");
-    record.header[0] = "\x80 5 \x96 \xB5\xC4";
+    record.headers.at(0).fields[0] = "\x80 5 \x96 \xB5\xC4";
     const std::vector<Fields> rows = RowsOf(RecordsAsCsv({record}));
     EXPECT_EQ(rows[1][0], "M\xC3\xBChle");
     EXPECT_EQ(rows[1][3], "\xE2\x82\xAC 5 \xE2\x80\x93 \xC2\xB5\xC3\x84");
@@ -175,8 +177,8 @@ TEST(CurveExport, TextsOfThePageBecomeUtf8) {
 // Texts are the record's, whatever a spreadsheet may take them for; docs/csv.md says so.
 TEST(CurveExport, ATextThatLooksLikeAFormulaStandsAsItIs) {
     RecordFacts record = ParseRecordFacts(test::FileText(1), "T1");
-    record.header[6] = "=1+1";
-    record.header[7] = "@SUM(A1)";
+    record.headers.at(0).fields[6] = "=1+1";
+    record.headers.at(0).fields[7] = "@SUM(A1)";
     const std::vector<Fields> rows = RowsOf(RecordsAsCsv({record}));
     EXPECT_EQ(rows[1][9], "=1+1");
     EXPECT_EQ(rows[1][10], "@SUM(A1)");
@@ -197,7 +199,7 @@ std::vector<RecordFacts> RandomRecords(test::RecordSource& random) {
     std::vector<RecordFacts> records;
     for (int n = random.Below(4); n >= 0; --n) {
         records.push_back(ParseRecordFacts(random.File(), "T" + std::to_string(n)));
-        for (std::string& field : records.back().header)
+        for (std::string& field : records.back().headers.at(0).fields)
             field = RandomText(random);
         records.back().tests.front().percentError = RandomText(random);
     }

@@ -9,7 +9,7 @@
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "curves/curve_export.h"
-#include "curves/record_tests.h"
+#include "curves/record_facts.h"
 #include "tests/curves/random_record.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/record_text.h"

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "curves/record_tests.h"
+#include "curves/record_facts.h"
 #include "instrument/transformer.h"
 #include "records/record_image.h"
 #include "tests/support/random_seed.h"

@@ -166,8 +166,8 @@ TEST(RecordHeaders, AnEditOfAnotherFieldLeavesAFieldWithAKeyOfALaterOne) {
     headers.header[7] = "Miller";
     EXPECT_TRUE(SurvivesRewrite(file, headers));
     const RecordHeaders read = ReadRecordHeaders(RewriteRecord(file, headers));
-    EXPECT_EQ(read.header[1], "see OPERATOR: me");
-    EXPECT_EQ(read.header[7], "Miller");
+    EXPECT_EQ(read.headers.at(0).fields[1], "see OPERATOR: me");
+    EXPECT_EQ(read.headers.at(0).fields[7], "Miller");
 }
 
 TEST(RecordHeaders, WhatDoesNotSurviveIsKnownBefore) {
@@ -211,7 +211,7 @@ TEST(RecordHeaders, ReadersReadWhatWasRewritten) {
     EXPECT_EQ(read.records[0].testDescription, "first               ");
     EXPECT_EQ(read.records[1].testNotes, "second              ");
     EXPECT_EQ(read.records[1].points.size(), 2U);
-    EXPECT_EQ(read.notes, "all\r\ngood");
+    EXPECT_EQ(read.notes, std::vector<std::string>{"all\r\ngood\r\n"});
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "records/record_file.h"
+#include "tests/support/result_number.h"
 #include "tests/support/testing.h"
 
 namespace davo::test {
@@ -27,13 +28,13 @@ TEST(GuideRecord, IsReadLineByLine) {
     QString text = blocks.join(QString()) + u"NOTES:\nTerminal box dry.\n"_s;
     text.replace(QLatin1Char('\n'), u"\r\n"_s);
     const TestRecordFile file = ParseTestRecordFile(text.toLatin1().toStdString());
-    EXPECT_EQ(file.testNumber, "Feeder12");
-    EXPECT_EQ(file.date, "11/21/26");
-    EXPECT_EQ(file.header.front(), "Example Power Co.");
-    EXPECT_EQ(file.header.back(), "A. Operator");
-    EXPECT_EQ(file.notes.value_or(""), "Terminal box dry.");
+    EXPECT_EQ(file.headers.at(0).testNumber, "Feeder12");
+    EXPECT_EQ(file.headers.at(0).date, "11/21/26");
+    EXPECT_EQ(file.headers.at(0).fields.front(), "Example Power Co.");
+    EXPECT_EQ(file.headers.at(0).fields.back(), "A. Operator");
+    EXPECT_EQ(file.notes, std::vector<std::string>{"Terminal box dry.\r\n"});
     ASSERT_EQ(file.records.size(), 1U);
-    EXPECT_EQ(file.shots, "01");
+    EXPECT_EQ(file.headers.at(0).shots, "01");
     const TestRecord& shot = file.records.front();
     EXPECT_EQ(shot.testDescription, "first core");
     EXPECT_EQ(shot.testNotes, "dry");

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <random>
@@ -12,6 +13,7 @@
 #include "records/record_file.h"
 #include "records/record_file_writer.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/result_number.h"
 
 namespace davo {
 namespace {
@@ -236,7 +238,7 @@ std::string RecordFileOf(const Session& session) {
 }
 
 void ExpectReadBack(const TestRecord& record, const Shot& shot, std::size_t number) {
-    EXPECT_EQ(record.recordNumber, static_cast<int>(number));
+    EXPECT_EQ(record.recordNumber, std::to_string(number));
     const auto points = PointsOf(shot);
     ASSERT_EQ(record.points.size(), points.size());
     EXPECT_EQ(record.dataPointCount, static_cast<int>(points.size()));
@@ -244,12 +246,12 @@ void ExpectReadBack(const TestRecord& record, const Shot& shot, std::size_t numb
         EXPECT_EQ(record.points[i].current, points[i].first / 10000.0);
         EXPECT_EQ(record.points[i].voltage, points[i].second / 10.0);
     }
-    EXPECT_EQ(ResultNumber(record.kneeVoltage), shot.Word(128) / 10.0);
-    EXPECT_EQ(ResultNumber(record.kneeCurrent), CurrentUnits(shot, 130) / 10000.0);
+    EXPECT_EQ(test::ResultNumber(record.kneeVoltage), shot.Word(128) / 10.0);
+    EXPECT_EQ(test::ResultNumber(record.kneeCurrent), CurrentUnits(shot, 130) / 10000.0);
     const int excitationUnits = (CurrentUnits(shot, 132) + 5) / 10;
-    EXPECT_EQ(ResultNumber(record.excitationCurrent), excitationUnits / 1000.0);
-    EXPECT_EQ(ResultNumber(record.excitationVoltage), shot.Word(134) / 10.0);
-    EXPECT_EQ(ResultNumber(record.phaseAngle), shot.Word(140) / 10.0);
+    EXPECT_EQ(test::ResultNumber(record.excitationCurrent), excitationUnits / 1000.0);
+    EXPECT_EQ(test::ResultNumber(record.excitationVoltage), shot.Word(134) / 10.0);
+    EXPECT_EQ(test::ResultNumber(record.phaseAngle), shot.Word(140) / 10.0);
     EXPECT_EQ(record.measuredRatio, shot.measured);
     EXPECT_EQ(record.polarity, ReferencePolarity(shot.Word(140)));
     EXPECT_EQ(record.nameplateRatio, shot.nameplate);
@@ -257,18 +259,39 @@ void ExpectReadBack(const TestRecord& record, const Shot& shot, std::size_t numb
     EXPECT_EQ(record.kneePointType, KneeTypeOf(shot));
 }
 
+// A shot that was never a file has the record that its file would have.
+void ExpectSame(const TestRecord& ofShot, const TestRecord& inFile) {
+    EXPECT_EQ(ofShot.recordNumber, inFile.recordNumber);
+    EXPECT_TRUE(std::equal(ofShot.points.begin(), ofShot.points.end(), inFile.points.begin(),
+                           inFile.points.end(), [](const DataPoint& one, const DataPoint& other) {
+                               return one.current == other.current && one.voltage == other.voltage;
+                           }));
+    EXPECT_EQ(ofShot.dataPointCount, inFile.dataPointCount);
+    for (const auto text :
+         {&TestRecord::kneeVoltage, &TestRecord::kneeCurrent, &TestRecord::excitationCurrent,
+          &TestRecord::excitationVoltage, &TestRecord::measuredRatio, &TestRecord::polarity,
+          &TestRecord::phaseAngle, &TestRecord::nameplateRatio, &TestRecord::percentError,
+          &TestRecord::kneePointType}) {
+        EXPECT_EQ(ofShot.*text, inFile.*text);
+    }
+}
+
 void ExpectReadBack(const TestRecordFile& file, const Session& session) {
-    EXPECT_EQ(file.testNumber, "T1");
-    EXPECT_EQ(file.date, session.header[1]);
-    EXPECT_EQ(file.time, session.header[2]);
-    EXPECT_EQ(std::atoi(file.shots.c_str()), session.shotCount);
+    ASSERT_EQ(file.headers.size(), 1U);
+    const RecordFileHeader& header = file.headers[0];
+    EXPECT_EQ(header.testNumber, "T1");
+    EXPECT_EQ(header.date, session.header[1]);
+    EXPECT_EQ(header.time, session.header[2]);
+    EXPECT_EQ(std::atoi(header.shots.c_str()), session.shotCount);
     for (std::size_t i = 0; i < 8; ++i)
-        EXPECT_EQ(file.header.at(i), session.header.at(4 + i));
+        EXPECT_EQ(header.fields.at(i), session.header.at(4 + i));
     ASSERT_EQ(file.records.size(), session.Converted());
     for (std::size_t i = 0; i < file.records.size(); ++i) {
         ExpectReadBack(file.records[i], session.shots[i], i + 1);
     }
-    EXPECT_EQ(file.notes.value_or(""), NotesOf(session));
+    const std::string notes = NotesOf(session);
+    EXPECT_EQ(file.notes, notes.empty() ? std::vector<std::string>()
+                                        : std::vector<std::string>{notes + "\r\n"});
 }
 
 TEST(ConversionRandom, AgreesWithTheReferenceAndReadsBack) {
@@ -281,11 +304,16 @@ TEST(ConversionRandom, AgreesWithTheReferenceAndReadsBack) {
         for (std::size_t slot = 0; slot < session.header.size(); ++slot) {
             header.headerFields.at(slot) = session.header.at(slot);
         }
+        const std::string capture = CaptureOf(session, random);
         const std::string file =
-            ConvertCapture(CaptureOf(session, random), header,
+            ConvertCapture(capture, header,
                            {"T1", static_cast<std::int16_t>(session.shotCount), NotesOf(session)});
         ASSERT_EQ(file, RecordFileOf(session));
-        ExpectReadBack(ParseTestRecordFile(file), session);
+        const TestRecordFile read = ParseTestRecordFile(file);
+        ExpectReadBack(read, session);
+        const std::vector<CapturedShot> shots = CapturedShots(capture);
+        for (std::size_t shot = 0; shot < read.records.size(); ++shot)
+            ExpectSame(RecordOfShot(shot + 1, shots.at(shot)), read.records[shot]);
     }
 }
 

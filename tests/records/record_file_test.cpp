@@ -1,16 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_file.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "records/record_file_writer.h"
+#include "records/record_name.h"
 #include "tests/records/captures.h"
+#include "tests/support/result_number.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo {
 namespace {
+
+using test::ResultNumber;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 const std::string kHeader =
     "TEST NUMBER: T15\r\nDATE: 11/21/26\r\nTIME: 09:32\r\n# OF SHOTS: 02\r\nCOMPANY: ACME: Ltd\r\n"
@@ -28,6 +35,11 @@ const std::string kRecord =
     "NUMBER OF DATA POINTS: 2\r\n" +
     kResults;
 
+// A file whose record has this number.
+std::string WithNumber(const std::string& number) {
+    return kHeader + "REC NUMBER: " + number + "\r\n" + kRecord.substr(kRecord.find("CURRENT"));
+}
+
 ErrorNumber NumberFor(const std::string& bytes) {
     try {
         ParseTestRecordFile(bytes);
@@ -40,16 +52,21 @@ ErrorNumber NumberFor(const std::string& bytes) {
 
 TEST(ParseTestRecordFile, EveryFieldOfATestWindowFile) {
     const TestRecordFile file = ParseTestRecordFile(kHeader + kRecord);
-    EXPECT_EQ(file.testNumber, "T15");
-    EXPECT_EQ(file.date, "11/21/26");
-    EXPECT_EQ(file.time, "09:32");
-    EXPECT_EQ(file.shots, "02");
-    EXPECT_EQ(file.header, (std::array<std::string, 8>{"ACME: Ltd", "Nord                ", "",
-                                                       "ABB", "M", "12", " two blanks", "op"}));
-    EXPECT_FALSE(file.notes.has_value());
+    ASSERT_EQ(file.headers.size(), 1U);
+    const RecordFileHeader& header = file.headers[0];
+    EXPECT_EQ(header.testNumber, "T15");
+    EXPECT_EQ(header.date, "11/21/26");
+    EXPECT_EQ(header.time, "09:32");
+    EXPECT_EQ(header.shots, "02");
+    EXPECT_EQ(header.fields, (std::array<std::string, 8>{"ACME: Ltd", "Nord                ", "",
+                                                         "ABB", "M", "12", " two blanks", "op"}));
+    EXPECT_EQ(header.Trimmed().fields, (std::array<std::string, 8>{"ACME: Ltd", "Nord", "", "ABB",
+                                                                   "M", "12", "two blanks", "op"}));
+    EXPECT_THAT(file.notes, IsEmpty());
     ASSERT_EQ(file.records.size(), 1U);
     const TestRecord& record = file.records[0];
-    EXPECT_EQ(record.recordNumber, 1);
+    EXPECT_EQ(record.header, 0U);
+    EXPECT_EQ(record.recordNumber, "1");
     EXPECT_EQ(record.testDescription, "");
     EXPECT_EQ(record.testNotes, "");
     ASSERT_EQ(record.points.size(), 2U);
@@ -75,8 +92,8 @@ TEST(ParseTestRecordFile, DownloadedFile) {
         ParseTestRecordFile(kHeader + "REC NUMBER:  1\r\nNUMBER OF DATA POINTS: 0\r\n" + kResults +
                             "REC NUMBER:  2\r\n" + "NUMBER OF DATA POINTS:  0\r\n" + kResults);
     ASSERT_EQ(file.records.size(), 2U);
-    EXPECT_EQ(file.records[0].recordNumber, 1);
-    EXPECT_EQ(file.records[1].recordNumber, 2);
+    EXPECT_EQ(file.records[0].recordNumber, "1");
+    EXPECT_EQ(file.records[1].recordNumber, "2");
     EXPECT_TRUE(ParseTestRecordFile(kHeader).records.empty());
 }
 
@@ -98,18 +115,20 @@ TEST(ParseTestRecordFile, LinesOfTheHeaderEditor) {
 
 TEST(ParseTestRecordFile, Notes) {
     const std::string file = kHeader + kRecord + "NOTES:\r\n";
-    EXPECT_EQ(ParseTestRecordFile(file).notes, "");
-    EXPECT_EQ(ParseTestRecordFile(file + "one").notes, "one");
-    EXPECT_EQ(ParseTestRecordFile(file + "one\r\n\r\nREC NUMBER: 2\r\nNOTES:\r\n").notes,
-              "one\r\n\r\nREC NUMBER: 2\r\nNOTES:");
-    EXPECT_EQ(ParseTestRecordFile("NOTES:\r\nalone\r\n").notes, "alone");
+    EXPECT_THAT(ParseTestRecordFile(file).notes, ElementsAre(""));
+    EXPECT_THAT(ParseTestRecordFile(file + "one").notes, ElementsAre("one"));
+    EXPECT_THAT(ParseTestRecordFile(file + "one\r\n\r\nREC NUMBER: 2\r\nNOTES:\r\n").notes,
+                ElementsAre("one\r\n\r\nREC NUMBER: 2\r\nNOTES:\r\n"));
+    EXPECT_THAT(ParseTestRecordFile("NOTES:\r\nalone\r\n").notes, ElementsAre("alone\r\n"));
 }
 
 TEST(ParseTestRecordFile, EmptyFileIsASessionWithoutAShot) {
     const TestRecordFile file = ParseTestRecordFile("");
-    EXPECT_EQ(file.testNumber, "");
-    EXPECT_TRUE(file.records.empty());
-    EXPECT_FALSE(file.notes.has_value());
+    EXPECT_THAT(file.headers, IsEmpty());
+    EXPECT_THAT(file.records, IsEmpty());
+    EXPECT_THAT(file.notes, IsEmpty());
+    EXPECT_THROW(RequireHeader(file), RunTimeError);
+    EXPECT_NO_THROW(RequireHeader(ParseTestRecordFile(kHeader)));
 }
 
 TEST(ParseTestRecordFile, BareLineFeeds) {
@@ -153,15 +172,82 @@ TEST(ParseTestRecordFile, NumberThatIsNoneIsError13) {
           "CURRENT:1.0VOLTAGE:1.0", "VOLTAGE: 1.0", "", "VOLTAGE:1CURRENT: 2"}) {
         EXPECT_EQ(NumberFor(with(point)), ErrorNumber::TypeMismatch) << point;
     }
-    for (const char* number : {"", "x", "1.5", "-1", "99999999999999999999", "32768", "1 2x"}) {
-        EXPECT_EQ(NumberFor(kHeader + "REC NUMBER: " + number + "\r\n" +
-                            kRecord.substr(kRecord.find("CURRENT"))),
-                  ErrorNumber::TypeMismatch)
-            << number;
-        std::string file = kHeader + "REC NUMBER: 1\r\nNUMBER OF DATA POINTS: ";
-        file.append(number).append("\r\n").append(kResults);
-        EXPECT_EQ(NumberFor(file), ErrorNumber::TypeMismatch) << number;
+    for (const char* number : {"", "x", "1 2x"})
+        EXPECT_EQ(NumberFor(WithNumber(number)), ErrorNumber::TypeMismatch) << number;
+}
+
+TEST(ParseTestRecordFile, AnyNumberIsARecords) {
+    for (const char* number : {"1.5", "-1", "99999999999999999999", "32768", "007"}) {
+        EXPECT_EQ(ParseTestRecordFile(WithNumber(number)).records.at(0).recordNumber, number);
     }
+}
+
+TEST(ParseTestRecordFile, TheCountIsTheValueOfTheLastTwoCharacters) {
+    struct Case {
+        const char* text;
+        int count;
+    };
+    for (const Case& count : {Case{" ", 0},
+                              {" x", 0},
+                              {" 1.5", 0},
+                              {" -1", -1},
+                              {" 99999999999999999999", 99},
+                              {" 32768", 68},
+                              {" 601", 1},
+                              {" 1 2x", 2}}) {
+        const std::string file =
+            kHeader + "REC NUMBER: 1\r\nNUMBER OF DATA POINTS:" + count.text + "\r\n" + kResults;
+        EXPECT_EQ(ParseTestRecordFile(file).records.at(0).dataPointCount, count.count)
+            << count.text;
+    }
+}
+
+TEST(ParseTestRecordFile, EmptyLinesBetweenTheBlocksArePassedOver) {
+    const TestRecordFile file = ParseTestRecordFile("\r\n" + kHeader + "\r\n" + kRecord +
+                                                    "  \r\n\r\n" + kRecord + "\r\nNOTES:\r\n");
+    EXPECT_EQ(file.records.size(), 2U);
+    std::string inside = kHeader + kRecord;
+    inside.insert(inside.find("NUMBER OF"), "\r\n");
+    EXPECT_EQ(NumberFor(inside), ErrorNumber::TypeMismatch) << "not inside of one";
+}
+
+TEST(ParseTestRecordFile, LinesBeforeTheKneePointTypeArePassedOver) {
+    std::string text = kHeader + kRecord;
+    text.insert(text.find("KNEE POINT TYPE"), "SOMETHING NEW: 5\r\n\r\n");
+    EXPECT_EQ(ParseTestRecordFile(text).records.at(0).kneePointType, "ASA 10%VTG -> 50%CUR");
+    std::string cut = kHeader + kRecord + kRecord;
+    cut.erase(cut.find("KNEE POINT TYPE"), std::string("KNEE POINT TYPE").size());
+    EXPECT_EQ(NumberFor(cut), ErrorNumber::TypeMismatch) << "the next record is not passed over";
+}
+
+TEST(ParseTestRecordFile, AHeaderServesTheRecordsUpToTheNext) {
+    std::string second = kHeader;
+    second.replace(second.find("T15"), 3, "T16");
+    const TestRecordFile file =
+        ParseTestRecordFile(kHeader + kRecord + kRecord + kHeader + second + kRecord);
+    ASSERT_EQ(file.headers.size(), 3U);
+    EXPECT_EQ(file.headers[2].testNumber, "T16");
+    ASSERT_EQ(file.records.size(), 3U);
+    EXPECT_EQ(file.records[0].header, 0U);
+    EXPECT_EQ(file.records[1].header, 0U);
+    EXPECT_EQ(file.records[2].header, 2U);
+    EXPECT_EQ(NumberFor(kRecord), ErrorNumber::TypeMismatch) << "a record without a header";
+}
+
+TEST(ParseTestRecordFile, AGroupFilesLinesAreFields) {
+    std::string file = kHeader;
+    file.replace(file.find("ACME: Ltd"), 9, "A\r\nB");
+    file += "REC NUMBER: 1\r\nTEST NOTES: x\r\ny\r\n" + kRecord.substr(kRecord.find("CURRENT")) +
+            "NOTES:\r\nwet\r\n" + kHeader + kRecord + "NOTES:\r\ndry\r\n";
+    const TestRecordFile read = ParseTestRecordFile(file, RecordSource::GroupFile);
+    ASSERT_EQ(read.headers.size(), 2U);
+    EXPECT_EQ(read.headers[0].fields[0], "A, B");
+    EXPECT_EQ(read.headers[0].fields[1], "Nord");
+    ASSERT_EQ(read.records.size(), 2U);
+    EXPECT_EQ(read.records[0].testNotes, "x, y");
+    EXPECT_EQ(read.records[1].header, 1U);
+    EXPECT_THAT(read.notes, ElementsAre("wet\r\n", "dry\r\n"));
+    EXPECT_EQ(NumberFor(file), ErrorNumber::TypeMismatch) << "no record file";
 }
 
 TEST(ParseTestRecordFile, ErrorNamesTheLine) {
@@ -185,15 +271,37 @@ TEST(ReadTestRecordFile, ReadsWhatWasWritten) {
     test::PutFile(capture, test::CaptureBlock(test::ImageWithPoints(4)));
     WriteTestRecordFile(QStringLiteral("T1.txt"), folder.Path(), capture, HeaderTable(), 1, "n");
     const TestRecordFile file = ReadTestRecordFile(folder.Path("T1.txt"));
-    EXPECT_EQ(file.testNumber, "T1");
+    EXPECT_EQ(file.headers.at(0).testNumber, "T1");
     EXPECT_EQ(file.records.at(0).points.size(), 4U);
-    EXPECT_EQ(file.notes, "n");
+    EXPECT_THAT(file.notes, ElementsAre("n\r\n"));
     try {
         ReadTestRecordFile(folder.Path("T2.txt"));
         FAIL();
     } catch (const RunTimeError& error) {
         EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
     }
+}
+
+TEST(PhaseText, APhaseIsWordsOfItsAngle) {
+    EXPECT_EQ(PhaseText("0.0 DEG"), "IN PHASE");
+    EXPECT_EQ(PhaseText("90.0 DEG"), "IN PHASE");
+    EXPECT_EQ(PhaseText("90.1 DEG"), "OUT OF PHASE");
+    EXPECT_EQ(PhaseText("180.0 DEG"), "OUT OF PHASE");
+    EXPECT_EQ(PhaseText("269.95 DEG"), "N/A");
+    EXPECT_EQ(PhaseText("270 DEG"), "IN PHASE");
+    EXPECT_EQ(PhaseText("360.1 DEG"), "N/A");
+    EXPECT_EQ(PhaseText("N/A"), "N/A");
+    EXPECT_EQ(PhaseText("12.5"), "N/A");
+    EXPECT_EQ(PhaseText(" DEG"), "N/A");
+    EXPECT_EQ(PhaseText(""), "N/A");
+}
+
+TEST(RecordName, IsTheFilesWithoutFolderAndEnding) {
+    EXPECT_EQ(RecordNameOf(QStringLiteral("T0012.txt")), QStringLiteral("T0012"));
+    EXPECT_EQ(RecordNameOf(QStringLiteral("/a.txt/b/T0012.TXT")), QStringLiteral("T0012"));
+    EXPECT_EQ(RecordNameOf(QStringLiteral("noending")), QStringLiteral("noending"));
+    EXPECT_EQ(PageRecordNameOf(QStringLiteral("/a/M\u00FChle.txt")), "M\xFChle");
+    EXPECT_EQ(PageRecordNameOf(QStringLiteral("\u4e2d.txt")), "?");
 }
 
 TEST(ResultNumber, UnitsArePassedOver) {

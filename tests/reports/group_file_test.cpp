@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "common/run_time_error.h"
-#include "reports/test_file_reader.h"
+#include "reports/report_tables.h"
 #include "tests/analysis/print_kneepoint.h"
 #include "tests/support/record_text.h"
 
@@ -18,7 +18,7 @@ using test::RecordParts;
 using test::RecordText;
 
 ReportTables Parse(const std::string& text) {
-    return ParseReportTables(text, kOverlayName, ReportSource::GroupFile);
+    return ParseReportTables(text, kOverlayName, RecordSource::GroupFile);
 }
 
 // A header as it stands in a group file: blanks dropped, the comment cut at its comma.

@@ -6,17 +6,17 @@
 #include <string_view>
 #include <variant>
 
-#include "reports/test_file_reader.h"
+#include "reports/report_tables.h"
 #include "reports/workbook.h"
 
 namespace davo::test {
 
 inline ReportTables ParseFile(const std::string& text) {
-    return ParseReportTables(text, "T0012", ReportSource::RecordFile);
+    return ParseReportTables(text, "T0012", RecordSource::RecordFile);
 }
 
 inline ReportTables ParseGroup(const std::string& text) {
-    return ParseReportTables(text, kOverlayName, ReportSource::GroupFile);
+    return ParseReportTables(text, kOverlayName, RecordSource::GroupFile);
 }
 
 inline const CellValue* ValueAt(const Sheet& sheet, std::string_view address) {

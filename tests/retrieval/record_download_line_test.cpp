@@ -14,6 +14,7 @@
 #include "tests/support/file_size_limit.h"
 #include "tests/support/instrument_link.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/result_number.h"
 
 namespace davo::test {
 namespace {
@@ -55,9 +56,9 @@ TEST_F(DownloadLine, TheWholeMemoryComesOver) {
         const std::string name = "TST_" + std::to_string(1000 + record.number).substr(1);
         const TestRecordFile file =
             ReadTestRecordFile(settings.dataPath + QString::fromStdString(name + ".txt"));
-        EXPECT_EQ(file.testNumber, name);
-        EXPECT_EQ(file.date, record.date);
-        EXPECT_EQ(file.time, record.time);
+        EXPECT_EQ(file.headers.at(0).testNumber, name);
+        EXPECT_EQ(file.headers.at(0).date, record.date);
+        EXPECT_EQ(file.headers.at(0).time, record.time);
         EXPECT_EQ(file.records.size(), record.tests.size());
     }
     // The folder's own listing has the same records in the same order.

@@ -3,6 +3,7 @@
 
 #include "instrument/memory.h"
 #include "records/record_file.h"
+#include "tests/support/result_number.h"
 #include "tests/support/testing.h"
 
 namespace davo::test {
@@ -165,7 +166,7 @@ TEST(ConvertRecordReply, CarriesHalfAFieldToTheNextTest) {
     ASSERT_EQ(file.records.size(), 5U);
     for (int i = 1; i <= 5; ++i) {
         const TestRecord& test = file.records.at(static_cast<std::size_t>(i) - 1);
-        EXPECT_EQ(test.recordNumber, i);
+        EXPECT_EQ(test.recordNumber, std::to_string(i));
         EXPECT_EQ(ResultNumber(test.kneeVoltage), (1000 + i) / 10.0);
         EXPECT_DOUBLE_EQ(test.points.back().current, i / 10000.0);
     }

@@ -89,15 +89,15 @@ TEST_F(SessionSave, WritesTheRecordFile) {
                 ElementsAre(kSaveQuestion.toStdString(), Dialog(settings.dataPath).toStdString()));
     EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::Yes));
     const TestRecordFile record = ReadTestRecordFile(Data("T1.txt"));
-    EXPECT_EQ(record.testNumber, "T1");
-    EXPECT_EQ(record.date, "11/21/26");
-    EXPECT_EQ(record.time, "14:05");
-    EXPECT_EQ(record.shots, "02");
-    EXPECT_EQ(TrimBlanks(record.header[0]), "ACME");
+    EXPECT_EQ(record.headers.at(0).testNumber, "T1");
+    EXPECT_EQ(record.headers.at(0).date, "11/21/26");
+    EXPECT_EQ(record.headers.at(0).time, "14:05");
+    EXPECT_EQ(record.headers.at(0).shots, "02");
+    EXPECT_EQ(TrimBlanks(record.headers.at(0).fields[0]), "ACME");
     ASSERT_EQ(record.records.size(), 2U);
     EXPECT_EQ(record.records[0].measuredRatio, "241.2");
     EXPECT_EQ(record.records[1].measuredRatio, "238.8");
-    EXPECT_EQ(record.notes, "first\r\nsecond");
+    EXPECT_THAT(record.notes, ElementsAre("first\r\nsecond\r\n"));
 }
 
 TEST_F(SessionSave, MarksTheJournalSavedOnlyAfterASave) {
@@ -162,7 +162,7 @@ TEST_F(SessionSave, ANameWithoutAnExtensionGetsOne) {
     answers = {Answer::Yes};
     files = {Data("T1")};
     EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
-    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).testNumber, "T1");
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).headers.at(0).testNumber, "T1");
 }
 
 TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
@@ -173,7 +173,7 @@ TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
     EXPECT_EQ(rig.prompts.shown.at(2),
               u"Filename contains a character that cannot be written in a test "
               "record.  Please Re-enter."_s);
-    EXPECT_EQ(ReadTestRecordFile(settings.dataPath + u"M\u00FCller.txt"_s).testNumber, "M\xFCller");
+    EXPECT_EQ(ReadTestRecordFile(settings.dataPath + u"M\u00FCller.txt"_s).headers.at(0).testNumber, "M\xFCller");
 }
 
 TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
@@ -185,7 +185,7 @@ TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
     files = {other + u"T1.txt"_s};
     const QString target = ShownPath(other + u"Shots_Data/T1.txt"_s);
     EXPECT_EQ(Exit().savedFile, target);
-    EXPECT_EQ(ReadTestRecordFile(target).testNumber, "T1");
+    EXPECT_EQ(ReadTestRecordFile(target).headers.at(0).testNumber, "T1");
     EXPECT_FALSE(FileExists(before + u"T1.txt"_s));
     EXPECT_EQ(settings.dataPath, before) << "the data path is put back";
 }
@@ -320,10 +320,10 @@ TEST_F(UnsavedSessions, YesSavesItWithItsOwnHeaderAndNotes) {
     EXPECT_EQ(rig.prompts.shown.front(), Question("2 shots"));
     EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::Yes));
     const TestRecordFile record = ReadTestRecordFile(Data("Old.txt"));
-    EXPECT_EQ(record.shots, "02");
-    EXPECT_EQ(record.date, "11/21/26");
-    EXPECT_EQ(TrimBlanks(record.header[1]), "NORTH");
-    EXPECT_EQ(record.notes, "old notes");
+    EXPECT_EQ(record.headers.at(0).shots, "02");
+    EXPECT_EQ(record.headers.at(0).date, "11/21/26");
+    EXPECT_EQ(TrimBlanks(record.headers.at(0).fields[1]), "NORTH");
+    EXPECT_THAT(record.notes, ElementsAre("old notes\r\n"));
     ASSERT_EQ(record.records.size(), 2U);
     EXPECT_EQ(record.records[1].measuredRatio, "238.8");
     Offer();

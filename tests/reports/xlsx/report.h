@@ -4,8 +4,8 @@
 #include <string>
 
 #include "common/settings.h"
+#include "reports/report_tables.h"
 #include "reports/report_writer.h"
-#include "reports/test_file_reader.h"
 #include "tests/support/record_text.h"
 
 namespace davo::test {
@@ -14,7 +14,7 @@ namespace davo::test {
 inline Workbook ReportOf(int count) {
     const std::string text =
         FileText(count) + Line("NOTES:") + Line("First, second") + Line("=1+1 \x80 \xE9 & <tag>");
-    return BuildReport(ParseReportTables(text, "T0012", ReportSource::RecordFile),
+    return BuildReport(ParseReportTables(text, "T0012", RecordSource::RecordFile),
                        {kKneeIeee30, true});
 }
 

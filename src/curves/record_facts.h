@@ -16,7 +16,8 @@ namespace davo {
 // Windows-1252, as everywhere.
 struct RecordTest {
     std::string recordName;          // the file's name, "T0012"; empty for a shot that has no file
-    int testNumber = 0;              // what follows "REC NUMBER:", from 1
+    std::string testNumber;          // what follows "REC NUMBER:", a number's text
+    std::size_t header = 0;          // of RecordFacts::headers
     std::vector<CurvePoint> points;  // as the record has them, from the lowest; no grid points
     std::array<KneeFact, 3> knees;   // in the order of kKneeRules
     std::string nameplateRatio;      // the report's texts
@@ -27,34 +28,26 @@ struct RecordTest {
     std::string phaseAngle;  // in degrees, as the record has it: "1.5"; empty where it has none
 };
 
-// A record file: its header's eight fields in the order of TestHeader, without padding, the time
-// of its first shot, and its tests.
+// A record file: its headers, one as a rule, without padding, and its tests.
 struct RecordFacts {
     std::string name;
-    std::array<std::string, 8> header;
-    std::string date;  // "MM/DD/YY"
-    std::string time;  // "HH:MM"
+    std::vector<RecordFileHeader> headers;
     std::vector<RecordTest> tests;
 };
 
 // Reads and computes the bytes of a record file; name is the file's, without ".txt". Points,
-// kneepoints and texts are the report's (ParseReportTables of a record file), without its limits:
-// there may be more than 31 tests, and a curve that the grid points do not fit is read, too. A
-// header without a record behind it gives no tests. Throws RunTimeError 62 when the file ends
-// inside a header or a record, or has neither; 13 when a line is not the one that belongs there or
-// its number is none (the error's text names the line); 9 for more than 101 points of a test; 6
-// when a value is too large.
+// kneepoints and texts are those of its report, without a report's limits: there may be more than
+// 31 tests, and a curve that the grid points do not fit is read, too. A header without a record
+// behind it gives no tests. Throws what ParseTestRecordFile throws; RunTimeError 62 when there is
+// no header; 9 for more than 101 points of a test; 6 when a value is too large.
 RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name);
 
 // ParseRecordFacts of a file, named after it; throws the errors of ReadWholeFile too.
 RecordFacts ReadRecordFacts(const QString& path);
 
-// The tests of a running session, by what the capture file will be converted to: capture is the
-// bytes of a capture file or of one shot (ShotSequence::ShotTrailer). They are numbered from 1 and
-// bear no name. A record without its "DONE" is no test.
+// The tests of a running session as its record file will have them: capture is the bytes of a
+// capture file or of one shot (ShotSequence::ShotTrailer). They are numbered from 1 and have no
+// name. A record without its "DONE" is no test.
 std::vector<RecordTest> TestsOfCapture(std::string_view capture);
-
-// One test of a record file that has been read. Throws 9 and 6 as ParseRecordFacts does.
-RecordTest TestOf(const TestRecord& record, std::string_view recordName);
 
 }  // namespace davo

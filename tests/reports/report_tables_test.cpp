@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "reports/test_file_reader.h"
+#include "reports/report_tables.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ using test::RecordText;
 const Kneepoint kNotAvailable{"N/A", "N/A"};
 
 ReportTables Parse(const std::string& text) {
-    return ParseReportTables(text, "T0012", ReportSource::RecordFile);
+    return ParseReportTables(text, "T0012", RecordSource::RecordFile);
 }
 
 ReportTables ParseOne(const RecordParts& parts) {
@@ -33,7 +33,7 @@ ReportTables ParseOne(const RecordParts& parts) {
 }
 
 // "13 line 7" and the like; empty when nothing was thrown.
-std::string ErrorOf(const std::string& text, ReportSource source = ReportSource::RecordFile) {
+std::string ErrorOf(const std::string& text, RecordSource source = RecordSource::RecordFile) {
     try {
         ParseReportTables(text, "T0012", source);
     } catch (const RunTimeError& error) {
@@ -55,12 +55,12 @@ test::PointTexts FirstPoints(std::size_t count) {
     return points;
 }
 
-TEST(TestFileReader, ReadsTheHeader) {
+TEST(ReportTables, ReadsTheHeader) {
     const ReportTables report = Parse(FileText(1));
     EXPECT_EQ(report.reportName, "T0012");
     EXPECT_FALSE(report.isOverlay);
     ASSERT_EQ(report.TestCount(), 1);
-    const ReportHeader& header = report.tests[0].header;
+    const RecordFileHeader& header = report.tests[0].header;
     EXPECT_EQ(header.testNumber, "T0012");
     EXPECT_EQ(header.date, "03/07/24");
     EXPECT_EQ(header.time, "14:05");
@@ -71,7 +71,7 @@ TEST(TestFileReader, ReadsTheHeader) {
     EXPECT_EQ(report.notes, "");
 }
 
-TEST(TestFileReader, ReadsTheResultLines) {
+TEST(ReportTables, ReadsTheResultLines) {
     const ReportTables report = Parse(FileText(1));
     EXPECT_EQ(Result(report, ResultColumn::TestNumber), "1");
     EXPECT_EQ(Result(report, ResultColumn::ExcitationCurrent), "0.124");
@@ -83,7 +83,7 @@ TEST(TestFileReader, ReadsTheResultLines) {
     EXPECT_EQ(Result(report, ResultColumn::PercentError), "0.50%");
 }
 
-TEST(TestFileReader, TheKneepointColumnsHoldTheOneComputedLast) {
+TEST(ReportTables, TheKneepointColumnsHoldTheOneComputedLast) {
     const ReportTables report = Parse(FileText(1));
     const auto& tables = report.tables;
     EXPECT_EQ(tables.testResults[0][1], tables.kneeIeee30[0].voltage);
@@ -93,7 +93,7 @@ TEST(TestFileReader, TheKneepointColumnsHoldTheOneComputedLast) {
     EXPECT_NE(tables.kneeIeee30[0], Kneepoint());
 }
 
-TEST(TestFileReader, KneepointsAreThoseOfThePointsWithoutTheGrid) {
+TEST(ReportTables, KneepointsAreThoseOfThePointsWithoutTheGrid) {
     const ReportTables report = Parse(FileText(1));
     const std::array current = {0.05, 0.06, 0.07, 0.09, 0.15, 0.6, 3.0};
     const std::array voltage = {10.0, 15.0, 22.0, 30.0, 37.0, 42.0, 44.0};
@@ -101,7 +101,7 @@ TEST(TestFileReader, KneepointsAreThoseOfThePointsWithoutTheGrid) {
         EXPECT_EQ(report.tables.Knee(rule, 0), ComputeKneepoint(rule, current, voltage));
 }
 
-TEST(TestFileReader, PointsStandLowestFirstWithTheGridBetween) {
+TEST(ReportTables, PointsStandLowestFirstWithTheGridBetween) {
     ReportTables report = Parse(FileText(1));
     const std::array current = {0.05, 0.06, 0.07, 0.08, 0.09, 0.1, 0.15,
                                 0.2,  0.4,  0.6,  0.8,  1.0,  2.0, 3.0};
@@ -116,7 +116,7 @@ TEST(TestFileReader, PointsStandLowestFirstWithTheGridBetween) {
 
 // The instrument's slots run from the highest current down, the file is written from the last slot
 // to the first: the report has its lowest point first.
-TEST(TestFileReader, AnInstrumentsCurveArrivesLowestFirst) {
+TEST(ReportTables, AnInstrumentsCurveArrivesLowestFirst) {
     RecordImage image;
     image.slots[0] = {9000, 2000};
     image.slots[1] = {5000, 1900};
@@ -133,7 +133,7 @@ TEST(TestFileReader, AnInstrumentsCurveArrivesLowestFirst) {
     EXPECT_EQ(Result(report, ResultColumn::PercentError), "N/A");
 }
 
-TEST(TestFileReader, PointsAreRoundedToFourDecimals) {
+TEST(ReportTables, PointsAreRoundedToFourDecimals) {
     RecordParts parts;
     parts.points = {{"0.50004", "50.00006"}, {"0.50006", "51.23456"}};
     ReportTables one = ParseOne(parts);
@@ -146,7 +146,7 @@ TEST(TestFileReader, PointsAreRoundedToFourDecimals) {
     EXPECT_EQ(one.tables.Voltage(0, 0), 50.0001);
 }
 
-TEST(TestFileReader, ThreePointsOrFewerHaveNoKneepoint) {
+TEST(ReportTables, ThreePointsOrFewerHaveNoKneepoint) {
     for (const std::size_t count : {0, 1, 2, 3}) {
         RecordParts parts;
         parts.points = FirstPoints(count);
@@ -161,7 +161,7 @@ TEST(TestFileReader, ThreePointsOrFewerHaveNoKneepoint) {
     EXPECT_EQ(ParseOne(parts).tables.Knee(KneeRule::Ieee45, 0), (Kneepoint{"0", "0"}));
 }
 
-TEST(TestFileReader, OnePointOrNoneHasNoGrid) {
+TEST(ReportTables, OnePointOrNoneHasNoGrid) {
     RecordParts parts;
     parts.points = FirstPoints(1);
     EXPECT_EQ(ParseOne(parts).tables.PointCount(0), 1);
@@ -171,7 +171,7 @@ TEST(TestFileReader, OnePointOrNoneHasNoGrid) {
     EXPECT_EQ(ParseOne(parts).tables.PointCount(0), 3);
 }
 
-TEST(TestFileReader, TheCountIsTheValueOfTheLastTwoCharacters) {
+TEST(ReportTables, TheCountIsTheValueOfTheLastTwoCharacters) {
     RecordParts parts;
     parts.points = FirstPoints(6);
     const auto countOf = [&](const std::string& text) {
@@ -188,7 +188,7 @@ TEST(TestFileReader, TheCountIsTheValueOfTheLastTwoCharacters) {
     EXPECT_EQ(countOf(" "), 0);
 }
 
-TEST(TestFileReader, EveryTestHasItsSlotAndTheOneHeader) {
+TEST(ReportTables, EveryTestHasItsSlotAndTheOneHeader) {
     RecordParts second;
     second.number = " 2";
     second.points = FirstPoints(1);
@@ -206,13 +206,13 @@ TEST(TestFileReader, EveryTestHasItsSlotAndTheOneHeader) {
         EXPECT_EQ(test.header.fields[1], "Hilltop");
 }
 
-TEST(TestFileReader, TheNumberOfADownloadedRecordHasTwoBlanks) {
+TEST(ReportTables, TheNumberOfADownloadedRecordHasTwoBlanks) {
     RecordParts parts;
     parts.number = "  1";
     EXPECT_EQ(Result(ParseOne(parts), ResultColumn::TestNumber), "1");
 }
 
-TEST(TestFileReader, DescriptionAndNotesOfATestMayStandOrNot) {
+TEST(ReportTables, DescriptionAndNotesOfATestMayStandOrNot) {
     const std::string description = Line("TEST DESCRIPTION: " + test::Padded("first"));
     const std::string notes = Line("TEST NOTES: " + test::Padded("dry, warm"));
     RecordParts parts;
@@ -229,18 +229,7 @@ TEST(TestFileReader, DescriptionAndNotesOfATestMayStandOrNot) {
     EXPECT_EQ(ParseOne(parts).tests[0].notes, "");
 }
 
-TEST(TestFileReader, APhaseIsWordsOfItsAngle) {
-    EXPECT_EQ(PhaseText("0.0 DEG"), "IN PHASE");
-    EXPECT_EQ(PhaseText("90.0 DEG"), "IN PHASE");
-    EXPECT_EQ(PhaseText("90.1 DEG"), "OUT OF PHASE");
-    EXPECT_EQ(PhaseText("180.0 DEG"), "OUT OF PHASE");
-    EXPECT_EQ(PhaseText("269.95 DEG"), "N/A");
-    EXPECT_EQ(PhaseText("270 DEG"), "IN PHASE");
-    EXPECT_EQ(PhaseText("360.1 DEG"), "N/A");
-    EXPECT_EQ(PhaseText("N/A"), "N/A");
-    EXPECT_EQ(PhaseText("12.5"), "N/A");
-    EXPECT_EQ(PhaseText(" DEG"), "N/A");
-    EXPECT_EQ(PhaseText(""), "N/A");
+TEST(ReportTables, APhaseIsWordsOfItsAngle) {
     RecordParts parts;
     parts.phase = "180.0 DEG";
     parts.polarity = "N/A";
@@ -249,7 +238,7 @@ TEST(TestFileReader, APhaseIsWordsOfItsAngle) {
     EXPECT_EQ(Result(report, ResultColumn::Polarity), "N/A");
 }
 
-TEST(TestFileReader, ACurrentIsCutBeforeItsUnitAndKeepsItsDecimals) {
+TEST(ReportTables, ACurrentIsCutBeforeItsUnitAndKeepsItsDecimals) {
     RecordParts parts;
     parts.excitationCurrent = "1.500 AMPS";
     EXPECT_EQ(Result(ParseOne(parts), ResultColumn::ExcitationCurrent), "1.500");
@@ -259,7 +248,7 @@ TEST(TestFileReader, ACurrentIsCutBeforeItsUnitAndKeepsItsDecimals) {
     EXPECT_EQ(Result(ParseOne(parts), ResultColumn::ExcitationCurrent), "N/A");
 }
 
-TEST(TestFileReader, NotesAreFieldsThatACommaParts) {
+TEST(ReportTables, NotesAreFieldsThatACommaParts) {
     EXPECT_EQ(
         Parse(FileText(1) + "NOTES:\r\nfirst line\r\nsecond, third\r\n\r\n\"a, b\"\r\nend").notes,
         ":::first line:::second:::third::::::a, b:::end");
@@ -271,7 +260,7 @@ TEST(TestFileReader, NotesAreFieldsThatACommaParts) {
     EXPECT_TRUE(report.notes.starts_with(":::TEST NUMBER: T0012:::DATE: 03/07/24:::"));
 }
 
-TEST(TestFileReader, LineEndsMayBeOfOneCharacterAndTheLastMayLack) {
+TEST(ReportTables, LineEndsMayBeOfOneCharacterAndTheLastMayLack) {
     std::string text = FileText(2);
     std::erase(text, '\r');
     text.pop_back();
@@ -279,13 +268,13 @@ TEST(TestFileReader, LineEndsMayBeOfOneCharacterAndTheLastMayLack) {
     EXPECT_EQ(Parse(FileText(1) + "\r\n \r\n").TestCount(), 1);
 }
 
-TEST(TestFileReader, LinesBeforeTheKneePointTypeArePassedOver) {
+TEST(ReportTables, LinesBeforeTheKneePointTypeArePassedOver) {
     std::string text = FileText(1);
     text.insert(text.find("KNEE POINT TYPE"), "SOMETHING NEW: 5\r\n");
     EXPECT_EQ(Parse(text).TestCount(), 1);
 }
 
-TEST(TestFileReader, AHeaderWithoutARecordIsATestWithoutData) {
+TEST(ReportTables, AHeaderWithoutARecordIsATestWithoutData) {
     ReportTables report = Parse(HeaderText());
     ASSERT_EQ(report.TestCount(), 1);
     EXPECT_FALSE(report.tests[0].hasRecord);
@@ -295,7 +284,7 @@ TEST(TestFileReader, AHeaderWithoutARecordIsATestWithoutData) {
     EXPECT_EQ(report.tables.Knee(KneeRule::Ieee30, 0), kNotAvailable);
 }
 
-TEST(TestFileReader, AFileWithoutATestIsAnEndTooSoon) {
+TEST(ReportTables, AFileWithoutATestIsAnEndTooSoon) {
     for (const char* text : {"", "\r\n", "NOTES:\r\nonly notes\r\n"})
         EXPECT_EQ(ErrorOf(text), "62") << text;
     try {
@@ -307,7 +296,7 @@ TEST(TestFileReader, AFileWithoutATestIsAnEndTooSoon) {
     }
 }
 
-TEST(TestFileReader, ThirtyOneTestsAreTheMost) {
+TEST(ReportTables, ThirtyOneTestsAreTheMost) {
     EXPECT_EQ(Parse(FileText(31)).TestCount(), 31);
     EXPECT_EQ(ErrorOf(FileText(32)), "9");
     // Of a test without a kneepoint as well.
@@ -318,7 +307,7 @@ TEST(TestFileReader, ThirtyOneTestsAreTheMost) {
     EXPECT_EQ(ErrorOf(FileText(150)), "9");
 }
 
-TEST(TestFileReader, AHundredAndOnePointsAreTheMost) {
+TEST(ReportTables, AHundredAndOnePointsAreTheMost) {
     RecordParts parts;
     parts.points.assign(101, {"0.5000", "50.0"});
     parts.countText = " 1";
@@ -327,7 +316,7 @@ TEST(TestFileReader, AHundredAndOnePointsAreTheMost) {
     EXPECT_EQ(ErrorOf(HeaderText() + RecordText(parts)), "9");
 }
 
-TEST(TestFileReader, ACurveAboveTenAmperesBeforeItsEndIsASubscriptError) {
+TEST(ReportTables, ACurveAboveTenAmperesBeforeItsEndIsASubscriptError) {
     RecordParts parts;
     parts.points = {{"9.0000", "100.0"}, {"11.0000", "110.0"}, {"12.0000", "111.0"}};
     EXPECT_EQ(ErrorOf(HeaderText() + RecordText(parts)), "9");
@@ -335,7 +324,7 @@ TEST(TestFileReader, ACurveAboveTenAmperesBeforeItsEndIsASubscriptError) {
     EXPECT_EQ(ErrorOf(HeaderText() + RecordText(parts)), "");
 }
 
-TEST(TestFileReader, DamageIsNamedByItsLine) {
+TEST(ReportTables, DamageIsNamedByItsLine) {
     const std::string header = HeaderText();
     EXPECT_EQ(ErrorOf("garbage\r\n"), "13 line 1");
     EXPECT_EQ(ErrorOf(RecordText()), "13 line 1") << "a record without a header";
@@ -357,7 +346,7 @@ TEST(TestFileReader, DamageIsNamedByItsLine) {
     EXPECT_EQ(ErrorOf(FileText(1) + "more\r\n"), "13 line 32");
 }
 
-TEST(TestFileReader, AFileThatEndsAnywhereNeverDoesHarm) {
+TEST(ReportTables, AFileThatEndsAnywhereNeverDoesHarm) {
     const std::string whole = FileText(2) + "NOTES:\r\nfirst, second\r\n";
     int errors62 = 0;
     int errors13 = 0;
@@ -372,24 +361,16 @@ TEST(TestFileReader, AFileThatEndsAnywhereNeverDoesHarm) {
     EXPECT_GT(errors13, 100);
 }
 
-TEST(TestFileReader, NamesOfFilesAndWorkbooks) {
-    EXPECT_EQ(ReportNameOf(QStringLiteral("T0012.txt")), QStringLiteral("T0012"));
-    EXPECT_EQ(ReportNameOf(QStringLiteral("/a.txt/b/T0012.TXT")), QStringLiteral("T0012"));
-    EXPECT_EQ(ReportNameOf(QStringLiteral("noending")), QStringLiteral("noending"));
-    EXPECT_EQ(WorkbookFileName(QStringLiteral("T0012")), QStringLiteral("T0012.xls"));
-    EXPECT_EQ(WorkbookFileName(QString::fromLatin1(kOverlayName)), QStringLiteral("2Graphs.xls"));
-}
-
-TEST(TestFileReader, ReadsAFileAndItsName) {
+TEST(ReportTables, ReadsAFileAndItsName) {
     const test::TemporaryFolder folder;
     ReplaceFile(folder.Path("CT 7.txt"), FileText(1));
-    EXPECT_EQ(ReadReportTables(folder.Path("CT 7.txt"), ReportSource::RecordFile).reportName,
+    EXPECT_EQ(ReadReportTables(folder.Path("CT 7.txt"), RecordSource::RecordFile).reportName,
               "CT 7");
     ReplaceFile(folder.Path("2Graphs.GRP"), HeaderText() + RecordText(1));
-    EXPECT_EQ(ReadReportTables(folder.Path("2Graphs.GRP"), ReportSource::GroupFile).reportName,
+    EXPECT_EQ(ReadReportTables(folder.Path("2Graphs.GRP"), RecordSource::GroupFile).reportName,
               "2Graphs");
     try {
-        ReadReportTables(folder.Path("none.txt"), ReportSource::RecordFile);
+        ReadReportTables(folder.Path("none.txt"), RecordSource::RecordFile);
         FAIL();
     } catch (const RunTimeError& error) {
         EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);

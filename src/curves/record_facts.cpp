@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "curves/record_facts.h"
+
+#include <algorithm>
+
+#include "common/files.h"
+#include "common/run_time_error.h"
+#include "common/text.h"
+#include "records/capture_file.h"
+#include "records/record_file_writer.h"
+#include "records/record_name.h"
+
+namespace davo {
+
+namespace {
+
+RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
+    if (record.points.size() > kPointsPerTest) {
+        throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
+    }
+    RecordTest test;
+    test.recordName = recordName;
+    test.testNumber = record.recordNumber;
+    test.header = record.header;
+    for (const DataPoint& point : record.points)
+        test.points.push_back(PointByPicture(point.current, point.voltage));
+    // The points that the record counts take part in the search; those that it does not have are
+    // zero.
+    std::vector<CurvePoint> counted = test.points;
+    counted.resize(static_cast<std::size_t>(std::max<int>(record.dataPointCount, 0)));
+    test.knees = KneesOf(counted);
+    test.nameplateRatio = TrimBlanks(record.nameplateRatio);
+    test.measuredRatio = TrimBlanks(record.measuredRatio);
+    test.percentError = TrimBlanks(record.percentError);
+    test.polarity = TrimBlanks(record.polarity);
+    test.phase = PhaseText(record.phaseAngle);
+    test.phaseAngle = PhaseDegrees(record.phaseAngle);
+    return test;
+}
+
+}  // namespace
+
+RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name) {
+    const TestRecordFile file = ParseTestRecordFile(bytes);
+    RequireHeader(file);
+    RecordFacts facts;
+    facts.name = name;
+    for (const RecordFileHeader& header : file.headers)
+        facts.headers.push_back(header.Trimmed());
+    for (const TestRecord& record : file.records)
+        facts.tests.push_back(TestOf(record, name));
+    return facts;
+}
+
+RecordFacts ReadRecordFacts(const QString& path) {
+    return ParseRecordFacts(ReadWholeFile(path), PageRecordNameOf(path));
+}
+
+std::vector<RecordTest> TestsOfCapture(std::string_view capture) {
+    std::vector<RecordTest> tests;
+    for (const CapturedShot& shot : CapturedShots(capture))
+        tests.push_back(TestOf(RecordOfShot(tests.size() + 1, shot), {}));
+    return tests;
+}
+
+}  // namespace davo
