@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "curves/curve_plot.h"
+// The drawing library is written with Qt's keywords: it comes before any other header.
+#include "curves/hands_on_plot.h"
 
 #include <QBuffer>
 #include <QEvent>
@@ -11,6 +12,7 @@
 #include <utility>
 
 #include "common/files.h"
+#include "curves/curve_chart.h"
 
 namespace davo {
 
@@ -26,11 +28,6 @@ constexpr QSize kLeastSize(260, 180);
 
 }  // namespace
 
-QString ValueText(double value) {
-    constexpr int kDigits = 6;
-    return QString::number(value, 'g', kDigits);
-}
-
 CurveChart::CurveChart(QWidget* parent) : QWidget(parent) {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -41,7 +38,7 @@ CurveChart::CurveChart(QWidget* parent) : QWidget(parent) {
     // Its line stays when it is empty; a long name does not widen the chart.
     lblCrosshair_->setMinimumHeight(lblCrosshair_->fontMetrics().height());
     lblCrosshair_->setMinimumWidth(1);
-    plot_ = new Plot(this, lblCrosshair_);
+    plot_ = new HandsOnPlot(this, lblCrosshair_);
     column->addWidget(plot_, 1);
     column->addWidget(lblCrosshair_);
     setFocusProxy(plot_);
@@ -51,7 +48,7 @@ CurveChart::CurveChart(QWidget* parent) : QWidget(parent) {
 CurveChart::~CurveChart() = default;
 
 void CurveChart::SetCurves(std::vector<ChartCurve> curves) {
-    plot_->Set(std::move(curves));
+    plot_->SetCurves(std::move(curves));
 }
 
 void CurveChart::AppendPoint(std::size_t index, CurvePoint point) {
@@ -79,7 +76,7 @@ LogSpan CurveChart::Up() const {
     return plot_->Up();
 }
 
-std::optional<CurveChart::Crosshair> CurveChart::AtCrosshair() const {
+std::optional<Crosshair> CurveChart::AtCrosshair() const {
     return plot_->Cross();
 }
 

@@ -6,35 +6,14 @@
 #include <optional>
 #include <vector>
 
-#include "analysis/curve_point.h"
-#include "analysis/kneepoint.h"
+#include "curves/chart_curve.h"
 #include "curves/log_axes.h"
 
 class QLabel;
 
 namespace davo {
 
-// A value in amperes or volts as a person reads it, with six digits at most: "0.0124", "152.3".
-QString ValueText(double value);
-
-// A kneepoint on the chart: told apart by the marker's shape and by the rule's word beside it.
-struct KneeMark {
-    KneeRule rule = KneeRule::Ieee30;
-    CurvePoint at;
-};
-
-enum class CurveLook {
-    Normal,    // line with markers; dash and marker by the curve's place in the list
-    Faint,     // pale, behind the others, not in the legend
-    Readings,  // points as they arrive, the last one marked
-};
-
-struct ChartCurve {
-    QString name;  // for the legend and the crosshair
-    std::vector<CurvePoint> points;
-    std::vector<KneeMark> knees;
-    CurveLook look = CurveLook::Normal;
-};
+class HandsOnPlot;
 
 // Excitation curves on logarithmic axes: amperes across, volts up. Points at or below zero cannot
 // be drawn there and are left out. Colours follow the palette (light, dark, high contrast).
@@ -62,10 +41,6 @@ class CurveChart : public QWidget {
     void ZoomBy(double factor);
     void ShowAll();
 
-    struct Crosshair {
-        QString curve;
-        CurvePoint point;
-    };
     // The point nearest to the pointer, as it is shown; nothing when the pointer is away.
     std::optional<Crosshair> AtCrosshair() const;
 
@@ -85,8 +60,7 @@ class CurveChart : public QWidget {
     void changeEvent(QEvent* event) override;
 
   private:
-    class Plot;
-    Plot* plot_ = nullptr;
+    HandsOnPlot* plot_ = nullptr;
     QLabel* lblCrosshair_ = nullptr;
 };
 

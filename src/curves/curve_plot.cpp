@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/curve_plot.h"
 
-#include <QEvent>
-#include <QLabel>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -154,12 +152,9 @@ class Drawn : public QCPLayerable {
 
 }  // namespace
 
-CurveChart::Plot::Plot(CurveChart* chart, QLabel* lblCrosshair)
-    : QCustomPlot(chart), lblCrosshair_(lblCrosshair) {
+CurvePlot::CurvePlot(QWidget* parent) : QCustomPlot(parent) {
     setObjectName(QStringLiteral("plotCurves"));
     setAccessibleName(QStringLiteral("Excitation curves"));
-    setFocusPolicy(Qt::StrongFocus);
-    setMouseTracking(true);
     setAutoAddPlottableToLegend(false);
     setNoAntialiasingOnDrag(true);
     BuildAxes();
@@ -178,11 +173,11 @@ CurveChart::Plot::Plot(CurveChart* chart, QLabel* lblCrosshair)
 }
 
 // Nothing while it is hidden; it may have no size then.
-void CurveChart::Plot::Redraw() {
+void CurvePlot::Redraw() {
     if (isVisible() && !size().isEmpty()) replot(rpQueuedReplot);
 }
 
-void CurveChart::Plot::BuildAxes() {
+void CurvePlot::BuildAxes() {
     axisRect()->setupFullAxesBox();
     for (QCPAxis* axis : axisRect()->axes()) {
         axis->setScaleType(QCPAxis::stLogarithmic);
@@ -194,13 +189,10 @@ void CurveChart::Plot::BuildAxes() {
     yAxis->setLabel(QStringLiteral("Volts"));
 }
 
-void CurveChart::Plot::Set(std::vector<ChartCurve> curves) {
+void CurvePlot::Set(std::vector<ChartCurve> curves) {
     clearPlottables();
     lines_.clear();
     cross_.reset();
-    lblCrosshair_->clear();
-    stepLine_ = 0;
-    stepPoint_ = 0;
     std::vector<double> amperes;
     std::vector<double> volts;
     const auto hold = [&](const CurvePoint& point) {
@@ -220,7 +212,7 @@ void CurveChart::Plot::Set(std::vector<ChartCurve> curves) {
     WrapLegend(width());
 }
 
-QCPCurve* CurveChart::Plot::CurveOf(const ChartCurve& curve) {
+QCPCurve* CurvePlot::CurveOf(const ChartCurve& curve) {
     auto* drawn = new CurveLine(xAxis, yAxis, [this] {
         // Of a part, what lies outside is cut off.
         return across_ == wholeAcross_ && up_ == wholeUp_ ? static_cast<int>(kMarkerSize) : 0;
@@ -238,14 +230,13 @@ QCPCurve* CurveChart::Plot::CurveOf(const ChartCurve& curve) {
     return drawn;
 }
 
-void CurveChart::Plot::TakeWhole(const std::vector<double>& amperes,
-                                 const std::vector<double>& volts) {
+void CurvePlot::TakeWhole(const std::vector<double>& amperes, const std::vector<double>& volts) {
     wholeAcross_ = SpanOf(DecadesOf(amperes));
     wholeUp_ = volts.empty() ? LogSpan{0, 3} : SpanOf(DecadesOf(volts));
     ShowWhole();
 }
 
-void CurveChart::Plot::Append(std::size_t index, CurvePoint point) {
+void CurvePlot::Append(std::size_t index, CurvePoint point) {
     Line& line = lines_.at(index);
     line.curve.points.push_back(point);
     if (!CanBeDrawn(point)) return;
@@ -261,7 +252,7 @@ void CurveChart::Plot::Append(std::size_t index, CurvePoint point) {
     Redraw();
 }
 
-void CurveChart::Plot::GrowTo(CurvePoint point) {
+void CurvePlot::GrowTo(CurvePoint point) {
     const auto grow = [](LogSpan& whole, LogSpan& shown, double value) {
         const LogSpan needed = SpanOf(DecadesOf({value}));
         const LogSpan grown{std::log10(value) < whole.low ? needed.low : whole.low,
@@ -274,7 +265,7 @@ void CurveChart::Plot::GrowTo(CurvePoint point) {
     ShowSpans();
 }
 
-void CurveChart::Plot::ShowSpans() {
+void CurvePlot::ShowSpans() {
     const auto show = [](QCPAxis* axis, LogSpan span) {
         axis->setRange(std::pow(10.0, span.low), std::pow(10.0, span.high));
     };
@@ -287,8 +278,8 @@ void CurveChart::Plot::ShowSpans() {
 }
 
 // Half of a number stands out at the ends of the axes; one that would be cut is not drawn at all.
-void CurveChart::Plot::LeaveMargins() {
-    const int least = interactive_ ? kMargin : kCompactMargin;
+void CurvePlot::LeaveMargins() {
+    const int least = compact_ ? kCompactMargin : kMargin;
     const QFontMetrics metrics(xAxis->tickLabelFont());
     int last = 0;
     for (const double mark : AxisMarks(across_)) {
@@ -299,19 +290,19 @@ void CurveChart::Plot::LeaveMargins() {
                                            std::max(least, last / 2 + 4), least));
 }
 
-void CurveChart::Plot::ShowWhole() {
+void CurvePlot::ShowWhole() {
     across_ = wholeAcross_;
     up_ = wholeUp_;
     ShowSpans();
 }
 
-void CurveChart::Plot::Zoom(double factor, QPointF at) {
+void CurvePlot::Zoom(double factor, QPointF at) {
     across_ = Zoomed(across_, factor, std::log10(xAxis->pixelToCoord(at.x())), wholeAcross_);
     up_ = Zoomed(up_, factor, std::log10(yAxis->pixelToCoord(at.y())), wholeUp_);
     ShowSpans();
 }
 
-void CurveChart::Plot::Move(double across, double up) {
+void CurvePlot::Move(double across, double up) {
     across_ = Moved(across_, across, wholeAcross_);
     up_ = Moved(up_, up, wholeUp_);
     ShowSpans();
@@ -319,15 +310,14 @@ void CurveChart::Plot::Move(double across, double up) {
 
 // --- Looks --------------------------------------------------------------------------------------
 
-void CurveChart::Plot::TakeColours(const ChartColours& colours) {
+void CurvePlot::TakeColours(const ChartColours& colours) {
     colours_ = colours;
     setBackground(colours.base);
-    const bool compact = !interactive_;
-    xAxis->setTickLabelPadding(compact ? kCompactNumberPadding : kNumberPadding);
-    xAxis->setLabelPadding(compact ? kCompactTitlePadding : kTitlePaddingBelow);
-    yAxis->setLabelPadding(compact ? kCompactTitlePadding : kTitlePaddingBeside);
+    xAxis->setTickLabelPadding(compact_ ? kCompactNumberPadding : kNumberPadding);
+    xAxis->setLabelPadding(compact_ ? kCompactTitlePadding : kTitlePaddingBelow);
+    yAxis->setLabelPadding(compact_ ? kCompactTitlePadding : kTitlePaddingBeside);
     for (QCPAxis* axis : axisRect()->axes()) {
-        axis->ticker().staticCast<DecadeTicker>()->SetCompact(compact);
+        axis->ticker().staticCast<DecadeTicker>()->SetCompact(compact_);
         const QPen line(colours.text, 1);
         axis->setBasePen(line);
         axis->setTickPen(line);
@@ -335,7 +325,7 @@ void CurveChart::Plot::TakeColours(const ChartColours& colours) {
         axis->setTickLabelColor(colours.text);
         axis->setLabelColor(colours.text);
         axis->setTickLabelFont(Grown(font(), kAxisTextGrowth));
-        axis->setLabelFont(Grown(font(), compact ? kAxisTextGrowth : kTitleGrowth, true));
+        axis->setLabelFont(Grown(font(), compact_ ? kAxisTextGrowth : kTitleGrowth, true));
         axis->grid()->setPen(QPen(colours.grid, 1));
         axis->grid()->setSubGridPen(QPen(colours.fineGrid, 1));
     }
@@ -350,7 +340,7 @@ void CurveChart::Plot::TakeColours(const ChartColours& colours) {
     Redraw();
 }
 
-void CurveChart::Plot::StyleLines() {
+void CurvePlot::StyleLines() {
     std::size_t look = 0;
     for (const Line& line : lines_) {
         StyleLine(line, look);
@@ -358,7 +348,7 @@ void CurveChart::Plot::StyleLines() {
     }
 }
 
-void CurveChart::Plot::StyleLine(const Line& line, std::size_t look) {
+void CurvePlot::StyleLine(const Line& line, std::size_t look) {
     if (line.curve.look == CurveLook::Faint) {
         line.drawn->setPen(QPen(colours_.faint, kCurveWidth));
         line.drawn->setScatterStyle(QCPScatterStyle::ssNone);
@@ -379,7 +369,7 @@ void CurveChart::Plot::StyleLine(const Line& line, std::size_t look) {
 }
 
 // The legend's grid may have empty places.
-std::vector<QCPAbstractLegendItem*> CurveChart::Plot::LegendItems() const {
+std::vector<QCPAbstractLegendItem*> CurvePlot::LegendItems() const {
     std::vector<QCPAbstractLegendItem*> items;
     for (int i = 0; i < legend->itemCount(); ++i) {
         if (QCPAbstractLegendItem* item = legend->item(i); item != nullptr) items.push_back(item);
@@ -388,7 +378,7 @@ std::vector<QCPAbstractLegendItem*> CurveChart::Plot::LegendItems() const {
 }
 
 // As many names beside each other as there is room for.
-void CurveChart::Plot::WrapLegend(int width) {
+void CurvePlot::WrapLegend(int width) {
     const std::vector<QCPAbstractLegendItem*> items = LegendItems();
     // An empty one in the layout would narrow the axes.
     const bool placed = legend->layout() == plotLayout();
@@ -407,13 +397,18 @@ void CurveChart::Plot::WrapLegend(int width) {
     legend->setFillOrder(QCPLayoutGrid::foColumnsFirst, true);
 }
 
+void CurvePlot::SetCompact(bool compact) {
+    compact_ = compact;
+    TakeColours(colours_);
+}
+
 // --- Drawing ------------------------------------------------------------------------------------
 
-QPointF CurveChart::Plot::PixelOf(CurvePoint point) const {
+QPointF CurvePlot::PixelOf(CurvePoint point) const {
     return {xAxis->coordToPixel(point.current), yAxis->coordToPixel(point.voltage)};
 }
 
-void CurveChart::Plot::DrawKnees(QCPPainter& painter) const {
+void CurvePlot::DrawKnees(QCPPainter& painter) const {
     const QRectF area = QRectF(axisRect()->rect()).adjusted(2, 2, -2, -2);
     std::vector<PlacedKnee> knees;
     for (const Line& line : lines_) {
@@ -427,7 +422,7 @@ void CurveChart::Plot::DrawKnees(QCPPainter& painter) const {
     DrawKneeMarks(painter, knees, colours_);
 }
 
-void CurveChart::Plot::DrawLastReadings(QCPPainter& painter) const {
+void CurvePlot::DrawLastReadings(QCPPainter& painter) const {
     for (const Line& line : lines_) {
         if (line.curve.look != CurveLook::Readings || line.drawn->data()->isEmpty()) continue;
         const auto last = line.drawn->data()->constEnd() - 1;
@@ -437,7 +432,33 @@ void CurveChart::Plot::DrawLastReadings(QCPPainter& painter) const {
     }
 }
 
-void CurveChart::Plot::DrawCross(QCPPainter& painter) const {
+void CurvePlot::showEvent(QShowEvent* event) {
+    QCustomPlot::showEvent(event);
+    Redraw();
+}
+
+void CurvePlot::paintEvent(QPaintEvent* event) {
+    QCustomPlot::paintEvent(event);
+    ++paints_;
+}
+
+void CurvePlot::resizeEvent(QResizeEvent* event) {
+    if (event->size().isEmpty()) return;
+    WrapLegend(event->size().width());
+    QCustomPlot::resizeEvent(event);
+}
+
+void CurvePlot::ShowCross(std::optional<Crosshair> cross) {
+    cross_ = std::move(cross);
+    // Only the layer of the crosshair, once there is something below it.
+    if (paints_ > 0) {
+        layer(QStringLiteral("overlay"))->replot();
+    } else {
+        Redraw();
+    }
+}
+
+void CurvePlot::DrawCross(QCPPainter& painter) const {
     if (!cross_) return;
     constexpr double kPointRing = 6;
     const QPointF at = PixelOf(cross_->point);

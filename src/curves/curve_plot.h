@@ -10,10 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "curves/chart_curve.h"
 #include "curves/chart_look.h"
-#include "curves/curve_chart.h"
-
-class QLabel;
+#include "curves/log_axes.h"
 
 namespace davo {
 
@@ -32,18 +31,19 @@ inline QFont Grown(const QFont& font, double growth, bool bold = false) {
     return grown;
 }
 
-// What CurveChart draws on: axes, curves, kneepoints, the crosshair and the operator's hands.
-class CurveChart::Plot : public QCustomPlot {
+// What a chart is drawn on: axes, curves, kneepoints and the crosshair.
+class CurvePlot : public QCustomPlot {
   public:
-    Plot(CurveChart* chart, QLabel* lblCrosshair);
+    explicit CurvePlot(QWidget* parent);
 
     void Set(std::vector<ChartCurve> curves);
     void Append(std::size_t index, CurvePoint point);
-    void SetInteractive(bool on);
     void Zoom(double factor, QPointF at);
     void Move(double across, double up);
     void ShowWhole();
     void TakeColours(const ChartColours& colours);
+    // For a chart beside something else: more of its room for the curve.
+    void SetCompact(bool compact);
     const std::optional<Crosshair>& Cross() const { return cross_; }
     LogSpan Across() const { return across_; }
     LogSpan Up() const { return up_; }
@@ -53,23 +53,20 @@ class CurveChart::Plot : public QCustomPlot {
     void OnPaper(int paperWidth, const Work& work);
 
   protected:
-    void showEvent(QShowEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
-    void leaveEvent(QEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-
-  private:
     struct Line {
         ChartCurve curve;
         QCPCurve* drawn = nullptr;
     };
 
+    const std::vector<Line>& Lines() const { return lines_; }
+    QPointF PixelOf(CurvePoint point) const;
+    void ShowCross(std::optional<Crosshair> cross);
+
+    void showEvent(QShowEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
     void BuildAxes();
     void Redraw();
     QCPCurve* CurveOf(const ChartCurve& curve);
@@ -81,16 +78,10 @@ class CurveChart::Plot : public QCustomPlot {
     void StyleLine(const Line& line, std::size_t look);
     std::vector<QCPAbstractLegendItem*> LegendItems() const;
     void WrapLegend(int width);
-    QPointF PixelOf(CurvePoint point) const;
     void DrawKnees(QCPPainter& painter) const;
     void DrawLastReadings(QCPPainter& painter) const;
     void DrawCross(QCPPainter& painter) const;
-    void PointTo(QPointF pixel);
-    void Step(int by);
-    void SetCross(std::optional<Crosshair> cross);
-    bool HandleKey(int key, bool control);
 
-    QLabel* lblCrosshair_;
     std::vector<Line> lines_;
     LogSpan wholeAcross_;
     LogSpan wholeUp_;
@@ -98,14 +89,12 @@ class CurveChart::Plot : public QCustomPlot {
     LogSpan up_;
     ChartColours colours_;
     std::optional<Crosshair> cross_;
-    std::size_t stepLine_ = 0;
-    std::size_t stepPoint_ = 0;
-    bool interactive_ = true;
+    bool compact_ = false;
     int paints_ = 0;
 };
 
 template <class Work>
-void CurveChart::Plot::OnPaper(int paperWidth, const Work& work) {
+void CurvePlot::OnPaper(int paperWidth, const Work& work) {
     const ChartColours shown = colours_;
     const std::optional<Crosshair> cross = std::exchange(cross_, std::nullopt);
     TakeColours(PaperColours());

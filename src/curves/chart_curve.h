@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <vector>
+
+#include "analysis/curve_point.h"
+#include "analysis/kneepoint.h"
+
+namespace davo {
+
+// A value in amperes or volts as a person reads it, with six digits at most: "0.0124", "152.3".
+inline QString ValueText(double value) {
+    constexpr int kDigits = 6;
+    return QString::number(value, 'g', kDigits);
+}
+
+// A kneepoint on the chart: told apart by the marker's shape and by the rule's word beside it.
+struct KneeMark {
+    KneeRule rule = KneeRule::Ieee30;
+    CurvePoint at;
+};
+
+enum class CurveLook {
+    Normal,    // line with markers; dash and marker by the curve's place in the list
+    Faint,     // pale, behind the others, not in the legend
+    Readings,  // points as they arrive, the last one marked
+};
+
+struct ChartCurve {
+    QString name;  // for the legend and the crosshair
+    std::vector<CurvePoint> points;
+    std::vector<KneeMark> knees;
+    CurveLook look = CurveLook::Normal;
+};
+
+// The point of a curve that the pointer or the keys are at.
+struct Crosshair {
+    QString curve;
+    CurvePoint point;
+};
+
+}  // namespace davo

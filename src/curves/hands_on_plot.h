@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "curves/curve_plot.h"
+
+class QLabel;
+
+namespace davo {
+
+// A plot in the operator's hands: crosshair, mouse, keys and focus.
+class HandsOnPlot : public CurvePlot {
+  public:
+    // lblCrosshair shows what the crosshair is at.
+    HandsOnPlot(QWidget* parent, QLabel* lblCrosshair);
+
+    void SetCurves(std::vector<ChartCurve> curves);
+    // Off: only looked at, without crosshair, zoom and focus, and compact.
+    void SetInteractive(bool on);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    void PointTo(QPointF pixel);
+    void Step(int by);
+    void SetCross(std::optional<Crosshair> cross);
+    bool HandleKey(int key, bool control);
+
+    QLabel* lblCrosshair_;
+    std::size_t stepLine_ = 0;
+    std::size_t stepPoint_ = 0;
+    bool interactive_ = true;
+};
+
+}  // namespace davo
