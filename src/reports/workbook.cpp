@@ -93,6 +93,17 @@ Rgb PaletteColour(int index) {
     }
 }
 
+int TestSheetsOf(const Workbook& workbook) {
+    return static_cast<int>(std::count_if(workbook.sheets.begin(), workbook.sheets.end(),
+                                          [](const Sheet& sheet) { return sheet.fromTemplate; }));
+}
+
+RunTimeError NoModelSheet(const Workbook& workbook) {
+    const std::string what =
+        workbook.templateFile + " has no sheet \"" + workbook.templateSheet + "\"";
+    return RunTimeError(ErrorNumber::Automation, what);
+}
+
 std::string FooterCode(const FooterText& footer) {
     std::string style = footer.bold ? "Bold" : "";
     if (footer.italic) style += style.empty() ? "Italic" : " Italic";

@@ -9,6 +9,8 @@
 #include <variant>
 #include <vector>
 
+#include "common/run_time_error.h"
+
 namespace davo {
 
 // A workbook as a plain value, free of any spreadsheet engine. A renderer writes it step by step:
@@ -202,5 +204,10 @@ struct Workbook {
     std::vector<Sheet> sheets;  // in the order of their tabs
     std::size_t activeSheet = 0;
 };
+
+// How many of a workbook's sheets are tests'.
+int TestSheetsOf(const Workbook& workbook);
+// The error of a template without the model sheet.
+RunTimeError NoModelSheet(const Workbook& workbook);
 
 }  // namespace davo

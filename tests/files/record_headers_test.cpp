@@ -166,8 +166,8 @@ TEST(RecordHeaders, AnEditOfAnotherFieldLeavesAFieldWithAKeyOfALaterOne) {
     headers.header[7] = "Miller";
     EXPECT_TRUE(SurvivesRewrite(file, headers));
     const RecordHeaders read = ReadRecordHeaders(RewriteRecord(file, headers));
-    EXPECT_EQ(read.headers.at(0).fields[1], "see OPERATOR: me");
-    EXPECT_EQ(read.headers.at(0).fields[7], "Miller");
+    EXPECT_EQ(read.header[1], "see OPERATOR: me");
+    EXPECT_EQ(read.header[7], "Miller");
 }
 
 TEST(RecordHeaders, WhatDoesNotSurviveIsKnownBefore) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "reports/calc/workbook.h"
+#include "reports/calc/uno.h"
 
 namespace davo::calc {
 

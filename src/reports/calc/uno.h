@@ -4,6 +4,7 @@
 #include <QString>
 #include <com/sun/star/beans/PropertyValue.hpp>
 #include <com/sun/star/beans/XPropertySet.hpp>
+#include <com/sun/star/sheet/XSpreadsheetDocument.hpp>
 #include <com/sun/star/uno/Any.hxx>
 #include <com/sun/star/uno/Reference.hxx>
 #include <com/sun/star/uno/Sequence.hxx>
@@ -22,6 +23,7 @@ using sun::uno::Reference;
 using sun::uno::Sequence;
 using sun::uno::UNO_QUERY_THROW;
 using Context = Reference<sun::uno::XComponentContext>;
+using Document = Reference<sun::sheet::XSpreadsheetDocument>;
 using PropertySet = Reference<sun::beans::XPropertySet>;
 
 template <class Value>

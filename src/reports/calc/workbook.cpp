@@ -29,6 +29,7 @@
 
 #include "common/run_time_error.h"
 #include "reports/calc/chart.h"
+#include "reports/cell_blocks.h"
 
 namespace davo::calc {
 
@@ -64,55 +65,19 @@ sal_Int32 JustifyOf(VerticalAlignment alignment) {
                                                : sun::table::CellVertJustify2::BOTTOM;
 }
 
-// Cells of neighbouring columns in one row, or of several such rows below each other.
-struct Block {
-    CellRange range;
-    std::vector<std::vector<const Cell*>> rows;
-};
-
-// All cells in as few full rectangles as a walk from the top finds: each is one call.
-std::vector<Block> BlocksOf(const std::vector<Cell>& cells) {
-    std::map<std::pair<int, int>, const Cell*> byPlace;
-    for (const Cell& cell : cells)
-        byPlace[{cell.place.row, cell.place.column}] = &cell;
-    std::vector<Block> runs;
-    for (const auto& [place, cell] : byPlace) {
-        const bool continues = !runs.empty() && runs.back().range.last.row == place.first &&
-                               runs.back().range.last.column + 1 == place.second;
-        if (!continues) runs.push_back({{cell->place, cell->place}, {{}}});
-        runs.back().range.last.column = place.second;
-        runs.back().rows.front().push_back(cell);
-    }
-    std::vector<Block> blocks;
-    for (Block& run : runs) {
-        const auto above = std::find_if(blocks.begin(), blocks.end(), [&](const Block& block) {
-            return block.range.last.row + 1 == run.range.first.row &&
-                   block.range.first.column == run.range.first.column &&
-                   block.range.last.column == run.range.last.column;
-        });
-        if (above == blocks.end()) {
-            blocks.push_back(std::move(run));
-        } else {
-            above->range.last.row = run.range.last.row;
-            above->rows.push_back(std::move(run.rows.front()));
-        }
-    }
-    return blocks;
-}
-
 Any ValueOf(const Cell& cell) {
     if (const double* number = std::get_if<double>(&cell.value)) return Any(*number);
     return Any(ToUno(std::get<std::string>(cell.value)));
 }
 
-Sequence<Sequence<Any>> ValuesOf(const Block& block) {
-    Sequence<Sequence<Any>> rows(static_cast<sal_Int32>(block.rows.size()));
-    Sequence<Any>* row = rows.getArray();
-    for (const std::vector<const Cell*>& cells : block.rows) {
-        Sequence<Any> values(static_cast<sal_Int32>(cells.size()));
-        std::transform(cells.begin(), cells.end(), values.getArray(),
-                       [](const Cell* cell) { return ValueOf(*cell); });
-        *row++ = values;
+Sequence<Sequence<Any>> ValuesOf(const CellBlock& block) {
+    const auto columns = block.range.last.column - block.range.first.column + 1;
+    Sequence<Sequence<Any>> rows(block.range.last.row - block.range.first.row + 1);
+    auto cell = block.cells.begin();
+    for (Sequence<Any>& row : rows) {
+        row.realloc(columns);
+        for (Any& value : row)
+            value = ValueOf(**cell++);
     }
     return rows;
 }
@@ -179,9 +144,7 @@ void WorkbookWriter::Write() {
     const Reference<sun::frame::XModel> model(document_, UNO_QUERY_THROW);
     model->lockControllers();
     MakeSheets();
-    const auto isTest = [](const Sheet& sheet) { return sheet.fromTemplate; };
-    const auto tests =
-        static_cast<int>(std::count_if(workbook_.sheets.begin(), workbook_.sheets.end(), isTest));
+    const int tests = TestSheetsOf(workbook_);
     int test = 0;
     for (std::size_t index = 0; index < workbook_.sheets.size(); ++index) {
         beforeStep_(workbook_.sheets[index].fromTemplate ? ++test : 0, tests);
@@ -204,8 +167,7 @@ void WorkbookWriter::MakeSheets() {
     const auto sheets = document_->getSheets();
     const rtl::OUString model = ToUno(workbook_.templateSheet);
     if (!sheets->hasByName(model)) {
-        throw RunTimeError(ErrorNumber::Automation, workbook_.templateFile + " has no sheet \"" +
-                                                        workbook_.templateSheet + "\"");
+        throw NoModelSheet(workbook_);
     }
     for (const rtl::OUString& name : sheets->getElementNames()) {
         if (name != model) sheets->removeByName(name);
@@ -289,7 +251,7 @@ void WorkbookWriter::Apply(const StyledRange& styled, const SheetReference& targ
 }
 
 void WorkbookWriter::WriteCells(const Sheet& sheet, const SheetReference& target) {
-    for (const Block& block : BlocksOf(sheet.cells)) {
+    for (const CellBlock& block : BlocksOf(sheet.cells)) {
         const Reference<sun::sheet::XCellRangeData> cells(RangeIn(target, block.range),
                                                           UNO_QUERY_THROW);
         cells->setDataArray(ValuesOf(block));

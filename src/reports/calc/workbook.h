@@ -3,7 +3,6 @@
 
 #include <com/sun/star/lang/XMultiServiceFactory.hpp>
 #include <com/sun/star/sheet/XSpreadsheet.hpp>
-#include <com/sun/star/sheet/XSpreadsheetDocument.hpp>
 #include <functional>
 #include <map>
 #include <string>
@@ -14,8 +13,6 @@
 #include "reports/workbook.h"
 
 namespace davo::calc {
-
-using Document = Reference<sun::sheet::XSpreadsheetDocument>;
 
 // Called before every step that may take a moment; n from 1 to m counts the sheets that stand for a
 // test and is 0 for the other steps. What it throws ends the writing.

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "common/text.h"
-#include "reports/excel/cells.h"
+#include "reports/cell_blocks.h"
 #include "reports/excel/chart.h"
 #include "reports/excel/names.h"
 
@@ -14,6 +14,8 @@ namespace davo::excel {
 namespace {
 
 constexpr QLatin1Char kQuote('\'');
+// Excel up to 2003 takes no longer texts in a table of values.
+constexpr std::size_t kLongestTextInTable = 900;
 
 QString TextOf(const CellRange& range) {
     return FromPage(AddressOf(range));
@@ -50,6 +52,19 @@ void Apply(const Object& sheet, const StyledRange& styled) {
     if (style.columnWidth) range.Set("ColumnWidth", *style.columnWidth);
 }
 
+bool Contains(const CellRange& range, CellPlace place) {
+    return range.first.row <= place.row && place.row <= range.last.row &&
+           range.first.column <= place.column && place.column <= range.last.column;
+}
+
+// Whether the styles, of which a later one wins, say that the cell holds text whatever is written.
+bool IsTextCell(const std::vector<StyledRange>& styles, CellPlace place) {
+    const auto last = std::find_if(styles.rbegin(), styles.rend(), [&](const StyledRange& styled) {
+        return styled.style.numberFormat && Contains(styled.range, place);
+    });
+    return last != styles.rend() && last->style.numberFormat == "@";
+}
+
 // Excel reads what is written into a cell like typed text, unless the cell is formatted as text or
 // a quote stands in front, which does not become part of the text.
 std::variant<QString, double> ContentOf(const Sheet& sheet, const Cell& cell) {
@@ -69,7 +84,7 @@ void KeepFirstQuote(const Object& target, const Sheet& sheet, const Cell& cell) 
 }
 
 void WriteCells(const Object& target, const Sheet& sheet) {
-    for (const Block& block : BlocksOf(sheet.cells)) {
+    for (const CellBlock& block : BlocksOf(sheet.cells, kLongestTextInTable)) {
         Table table;
         table.rows = block.range.last.row - block.range.first.row + 1;
         table.columns = block.range.last.column - block.range.first.column + 1;
@@ -168,8 +183,7 @@ Object ReportMaker::FindModel() const {
         }
     }
     if (model.Reference() == nullptr) {
-        throw RunTimeError(ErrorNumber::Automation, workbook_.templateFile + " has no sheet \"" +
-                                                        workbook_.templateSheet + "\"");
+        throw NoModelSheet(workbook_);
     }
     return model;
 }
@@ -189,17 +203,11 @@ void ReportMaker::MakeSheets(const Object& model) {
 }
 
 void ReportMaker::FillSheets() {
-    const auto isTest = [](const Sheet& sheet) { return sheet.fromTemplate; };
-    const auto tests =
-        static_cast<int>(std::count_if(workbook_.sheets.begin(), workbook_.sheets.end(), isTest));
+    const int tests = TestSheetsOf(workbook_);
     int test = 0;
     for (std::size_t i = 0; i < made_.size(); ++i) {
         const Sheet& sheet = workbook_.sheets[i];
-        if (isTest(sheet)) {
-            beforeStep_(++test, tests);
-        } else {
-            beforeStep_(0, 0);
-        }
+        sheet.fromTemplate ? beforeStep_(++test, tests) : beforeStep_(0, 0);
         for (const StyledRange& styled : sheet.styles)
             Apply(made_[i], styled);
         beforeStep_(0, 0);

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <vector>
@@ -39,14 +38,12 @@ bool Fill(const Workbook& workbook, lxw_workbook* target, const RenderProgress& 
     }
     XlsxFormats formats(target);
     const QByteArray picture = LetterheadPicture();
-    const auto isTest = [](const Sheet& sheet) { return sheet.fromTemplate; };
-    const auto testCount =
-        static_cast<int>(std::count_if(workbook.sheets.begin(), workbook.sheets.end(), isTest));
+    const int tests = TestSheetsOf(workbook);
     int test = 0;
     for (std::size_t i = 0; i < sheets.size(); ++i) {
         if (stop.stop_requested()) return false;
         const Sheet& sheet = workbook.sheets[i];
-        if (isTest(sheet) && progress) progress(++test, testCount);
+        if (sheet.fromTemplate && progress) progress(++test, tests);
         WriteXlsxSheet(sheet, picture, formats, sheets[i]);
         for (const Chart& chart : sheet.charts)
             WriteXlsxChart(workbook, chart, target, sheets[i]);
