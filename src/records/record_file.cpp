@@ -187,15 +187,9 @@ void RecordFileReader::ReadPoints(TestRecord& record) {
 }
 
 void RecordFileReader::ReadResults(TestRecord& record) {
-    record.kneeVoltage = Take(kKneeVoltageKey);
-    record.kneeCurrent = Take(kKneeCurrentKey);
-    record.excitationCurrent = Take(kExcitationCurrentKey);
-    record.excitationVoltage = Take(kExcitationVoltageKey);
-    record.measuredRatio = Take(kMeasuredRatioKey);
-    record.polarity = Take(kPolarityKey);
-    record.phaseAngle = Take(kPhaseAngleKey);
-    record.nameplateRatio = Take(kNameplateRatioKey);
-    record.percentError = Take(kPercentErrorKey);
+    for (const auto& [key, text] : kResultLines) {
+        if (key != kKneeTypeKey) record.*text = Take(key);
+    }
     while (!StartsWith(WithoutColon(kKneeTypeKey))) {
         if (atEnd_) Fail(ErrorNumber::InputPastEnd);
         if (AtBlockStart()) Fail(ErrorNumber::TypeMismatch);

@@ -37,6 +37,23 @@ struct TestRecord {
     std::string measuredRatio, polarity, phaseAngle, nameplateRatio, percentError, kneePointType;
 };
 
+struct ResultLine {
+    std::string_view key;
+    std::string TestRecord::*text;
+};
+// The lines behind a record's points, in their order.
+inline constexpr std::array kResultLines = {
+    ResultLine{kKneeVoltageKey, &TestRecord::kneeVoltage},
+    ResultLine{kKneeCurrentKey, &TestRecord::kneeCurrent},
+    ResultLine{kExcitationCurrentKey, &TestRecord::excitationCurrent},
+    ResultLine{kExcitationVoltageKey, &TestRecord::excitationVoltage},
+    ResultLine{kMeasuredRatioKey, &TestRecord::measuredRatio},
+    ResultLine{kPolarityKey, &TestRecord::polarity},
+    ResultLine{kPhaseAngleKey, &TestRecord::phaseAngle},
+    ResultLine{kNameplateRatioKey, &TestRecord::nameplateRatio},
+    ResultLine{kPercentErrorKey, &TestRecord::percentError},
+    ResultLine{kKneeTypeKey, &TestRecord::kneePointType}};
+
 // A whole record file. There is one header as a rule; two files joined into one have two.
 struct TestRecordFile {
     std::vector<RecordFileHeader> headers;

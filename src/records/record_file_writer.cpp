@@ -2,7 +2,6 @@
 #include "records/record_file_writer.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 
 #include "common/files.h"
@@ -32,20 +31,6 @@ void PutHeader(std::string& file, const HeaderTable& header, const RecordFileCon
     }
 }
 
-// The doubles that the texts of a record file's points are.
-std::vector<DataPoint> FilePoints(const RecordImage& image) {
-    constexpr double kStepsPerAmpere = 10000;
-    constexpr double kCountsPerVolt = 10;
-    std::vector<DataPoint> points;
-    points.reserve(kPointSlots);
-    for (auto slot = std::rbegin(image.slots); slot != std::rend(image.slots); ++slot) {
-        if (slot->current <= 0 || slot->voltage <= 0) continue;
-        points.push_back(
-            {image.CurrentSteps(slot->current) / kStepsPerAmpere, slot->voltage / kCountsPerVolt});
-    }
-    return points;
-}
-
 TestRecord RecordOf(std::size_t number, const CapturedShot& shot, const RecordImage& image) {
     TestRecord record;
     record.recordNumber = std::to_string(number);
@@ -71,16 +56,8 @@ void PutShot(std::string& file, std::size_t number, const CapturedShot& shot) {
     const TestRecord record = RecordOf(number, shot, image);
     PutRecordLine(file, kRecordKey, record.recordNumber);
     PutPointLines(file, image);
-    PutRecordLine(file, kKneeVoltageKey, record.kneeVoltage);
-    PutRecordLine(file, kKneeCurrentKey, record.kneeCurrent);
-    PutRecordLine(file, kExcitationCurrentKey, record.excitationCurrent);
-    PutRecordLine(file, kExcitationVoltageKey, record.excitationVoltage);
-    PutRecordLine(file, kMeasuredRatioKey, record.measuredRatio);
-    PutRecordLine(file, kPolarityKey, record.polarity);
-    PutRecordLine(file, kPhaseAngleKey, record.phaseAngle);
-    PutRecordLine(file, kNameplateRatioKey, record.nameplateRatio);
-    PutRecordLine(file, kPercentErrorKey, record.percentError);
-    PutRecordLine(file, kKneeTypeKey, record.kneePointType);
+    for (const auto& [key, text] : kResultLines)
+        PutRecordLine(file, key, record.*text);
 }
 
 }  // namespace
@@ -88,7 +65,8 @@ void PutShot(std::string& file, std::size_t number, const CapturedShot& shot) {
 TestRecord RecordOfShot(std::size_t number, const CapturedShot& shot) {
     const RecordImage image = DecodeRecordImage(shot.hexText);
     TestRecord record = RecordOf(number, shot, image);
-    record.points = FilePoints(image);
+    record.points = image.Points();
+    std::reverse(record.points.begin(), record.points.end());
     record.dataPointCount = static_cast<std::int16_t>(record.points.size());
     return record;
 }

@@ -12,7 +12,8 @@ namespace davo {
 
 namespace {
 
-constexpr double kVoltsPerCount = 0.1;
+constexpr double kCountsPerVolt = 10;
+constexpr double kStepsPerAmpere = 10000;
 
 // What each character counts as a digit, the parser's own verdict asked once for each.
 std::array<int, 256> DigitValues() {
@@ -75,12 +76,12 @@ bool IsHexDigit(char c) {
 }  // namespace
 
 std::vector<DataPoint> RecordImage::Points() const {
-    const double scale = CurrentScale();
     std::vector<DataPoint> points;
     points.reserve(kPointSlots);
     for (const Slot& slot : slots) {
-        const DataPoint point{slot.current * scale, slot.voltage * kVoltsPerCount};
-        if (point.current > 0 && point.voltage > 0) points.push_back(point);
+        if (slot.current <= 0 || slot.voltage <= 0) continue;
+        points.push_back(
+            {CurrentSteps(slot.current) / kStepsPerAmpere, slot.voltage / kCountsPerVolt});
     }
     return points;
 }

@@ -41,7 +41,8 @@ struct RecordImage {
     double CurrentScale() const { return currentRangeCode == 10 ? 0.0002 : 0.0001; }
     // A current's count in steps of 0.0001 A, whatever the range.
     int CurrentSteps(int count) const { return currentRangeCode == 10 ? 2 * count : count; }
-    // The points whose current and voltage are both above zero, in slot order.
+    // The points whose current and voltage are both above zero, in slot order; the doubles that
+    // their decimal texts are.
     std::vector<DataPoint> Points() const;
 };
 

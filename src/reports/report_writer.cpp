@@ -51,6 +51,14 @@ void Put(Sheet& sheet, std::string_view address, const CellValue& value) {
     Put(sheet, PlaceOf(address), value);
 }
 
+// A label and, in the next column, its text.
+void PutLabelled(Sheet& sheet, std::string_view address, const char* label,
+                 const std::string& text) {
+    const CellPlace place = PlaceOf(address);
+    Put(sheet, place, label);
+    Put(sheet, {place.row, place.column + 1}, text);
+}
+
 // A number as a number that shows the decimals it is written with; any other text as it stands.
 void PutAsWritten(Sheet& sheet, CellPlace place, const std::string& text) {
     const std::optional<double> number = WholeNumericValue(text);
@@ -164,30 +172,18 @@ void TestSheetWriter::WriteStyles() {
 
 void TestSheetWriter::WriteHeader() {
     const RecordFileHeader& header = test_.header;
-    Put(sheet_, "A4", "DATE & TIME: ");
-    Put(sheet_, "B4", header.date + " - " + header.time + ":00");
-    Put(sheet_, "A5", "FILENAME: ");
-    Put(sheet_, "B5", report_.reportName);
-    Put(sheet_, "A6", "TEST NUMBER: ");
-    Put(sheet_, "B6", Result(ResultColumn::TestNumber));
-    Put(sheet_, "A7", "MODEL: ");
-    Put(sheet_, "B7", Header(Model));
-    Put(sheet_, "A8", "S/N: ");
-    Put(sheet_, "B8", Header(SerialNumber));
-    Put(sheet_, "A9", "COMMENTS: ");
-    Put(sheet_, "B9", Header(Comments));
-    Put(sheet_, "C4", "COMPANY: ");
-    Put(sheet_, "D4", Header(Company));
-    Put(sheet_, "C5", "STATION: ");
-    Put(sheet_, "D5", Header(Station));
-    Put(sheet_, "C6", "CIRCUIT: ");
-    Put(sheet_, "D6", Header(Circuit));
-    Put(sheet_, "C7", "MFR: ");
-    Put(sheet_, "D7", Header(Manufacturer));
-    Put(sheet_, "C8", "OPERATOR: ");
-    Put(sheet_, "D8", Header(Operator));
-    Put(sheet_, "C9", "TEST NOTES: ");
-    Put(sheet_, "D9", test_.notes);
+    PutLabelled(sheet_, "A4", "DATE & TIME: ", header.date + " - " + header.time + ":00");
+    PutLabelled(sheet_, "A5", "FILENAME: ", report_.reportName);
+    PutLabelled(sheet_, "A6", "TEST NUMBER: ", Result(ResultColumn::TestNumber));
+    PutLabelled(sheet_, "A7", "MODEL: ", Header(Model));
+    PutLabelled(sheet_, "A8", "S/N: ", Header(SerialNumber));
+    PutLabelled(sheet_, "A9", "COMMENTS: ", Header(Comments));
+    PutLabelled(sheet_, "C4", "COMPANY: ", Header(Company));
+    PutLabelled(sheet_, "C5", "STATION: ", Header(Station));
+    PutLabelled(sheet_, "C6", "CIRCUIT: ", Header(Circuit));
+    PutLabelled(sheet_, "C7", "MFR: ", Header(Manufacturer));
+    PutLabelled(sheet_, "C8", "OPERATOR: ", Header(Operator));
+    PutLabelled(sheet_, "C9", "TEST NOTES: ", test_.notes);
 }
 
 void TestSheetWriter::WriteKneepoints() {
@@ -209,16 +205,12 @@ void TestSheetWriter::WriteKneepoints() {
 }
 
 void TestSheetWriter::WriteResults() {
-    Put(sheet_, "A13", "NAMEPLATE RATIO: ");
-    Put(sheet_, "B13", Result(ResultColumn::NameplateRatio));
+    PutLabelled(sheet_, "A13", "NAMEPLATE RATIO: ", Result(ResultColumn::NameplateRatio));
     Put(sheet_, "C13", "MEASURED RATIO: ");
     PutAsWritten(sheet_, "D13", Result(ResultColumn::MeasuredRatio));
-    Put(sheet_, "A14", "POLARITY: ");
-    Put(sheet_, "B14", Result(ResultColumn::Polarity));
-    Put(sheet_, "C14", "PHASE ANGLE: ");
-    Put(sheet_, "D14", Result(ResultColumn::Phase));
-    Put(sheet_, "A15", "PERCENT ERROR: ");
-    Put(sheet_, "B15", Result(ResultColumn::PercentError));
+    PutLabelled(sheet_, "A14", "POLARITY: ", Result(ResultColumn::Polarity));
+    PutLabelled(sheet_, "C14", "PHASE ANGLE: ", Result(ResultColumn::Phase));
+    PutLabelled(sheet_, "A15", "PERCENT ERROR: ", Result(ResultColumn::PercentError));
     Put(sheet_, "A16", "EXCITATION VTG (Volts)");
     PutAsWritten(sheet_, "B16", WithoutUnit(Result(ResultColumn::ExcitationVoltage), "VOLTS"));
     Put(sheet_, "C16", "EXCITATION CUR (Amps)");
