@@ -122,10 +122,10 @@ std::string FoundText(const RandomCurve& curve) {
 }
 
 TEST(GridPointsRandom, AgreeWithTheReference) {
-    constexpr int kCurves = test::RandomRounds(120000);
+    const int curves = test::RandomRounds(120000);
     test::CurveSource source(test::RandomSeed(20240502));
     std::map<std::string, int> kinds;
-    for (int n = 0; n < kCurves; ++n) {
+    for (int n = 0; n < curves; ++n) {
         const RandomCurve curve = source.Next();
         const std::string found = FoundText(curve);
         ASSERT_EQ(found, ReferenceText(curve)) << "curve " << n;

@@ -68,10 +68,10 @@ void ExpectSamePath(const SearchPath& path, const SearchPath& reference) {
 }
 
 TEST(KneeDoubtRandom, FollowsTheSearchOfTheRules) {
-    constexpr int kCurves = test::RandomRounds(40000);
+    const int curves = test::RandomRounds(40000);
     test::CurveSource source(test::RandomSeed(20261122));
     std::map<SearchEnd, int> ends;
-    for (int n = 0; n < kCurves; ++n) {
+    for (int n = 0; n < curves; ++n) {
         const test::RandomCurve curve = source.Next();
         Points points;
         for (std::size_t i = 0; i < curve.current.size(); ++i)

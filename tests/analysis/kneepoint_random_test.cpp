@@ -149,10 +149,10 @@ std::string CurveText(const RandomCurve& curve) {
 }
 
 TEST(KneepointRandom, EveryRuleAgreesWithTheReference) {
-    constexpr int kCurves = test::RandomRounds(120000);
+    const int curves = test::RandomRounds(120000);
     test::CurveSource source(test::RandomSeed(20240501));
     std::map<std::string, int> kinds;
-    for (int n = 0; n < kCurves; ++n) {
+    for (int n = 0; n < curves; ++n) {
         const RandomCurve curve = source.Next();
         for (const KneeRule rule : kKneeRules) {
             const std::string found = FoundText(curve, rule);

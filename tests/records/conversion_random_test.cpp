@@ -12,7 +12,7 @@
 
 #include "records/record_file.h"
 #include "records/record_file_writer.h"
-#include "tests/support/random_seed.h"
+#include "tests/support/random_rounds.h"
 #include "tests/support/result_number.h"
 
 namespace davo {
@@ -296,8 +296,8 @@ void ExpectReadBack(const TestRecordFile& file, const Session& session) {
 
 TEST(ConversionRandom, AgreesWithTheReferenceAndReadsBack) {
     Random random(test::RandomSeed(20261121));
-    constexpr int kSessions = 2500;
-    for (int i = 0; i < kSessions && !testing::Test::HasFailure(); ++i) {
+    const int sessions = test::RandomRounds(2500);
+    for (int i = 0; i < sessions && !testing::Test::HasFailure(); ++i) {
         SCOPED_TRACE("session " + std::to_string(i));
         const Session session = RandomSession(random);
         HeaderTable header;

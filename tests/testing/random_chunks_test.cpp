@@ -4,14 +4,12 @@
 #include <iostream>
 #include <random>
 
-#include "tests/support/random_seed.h"
+#include "tests/support/random_rounds.h"
 #include "tests/support/testing.h"
 #include "tests/testing/shot_script.h"
 
 namespace davo::test {
 namespace {
-
-constexpr int kChunkings = 4000;
 
 class RandomPieces {
   public:
@@ -76,8 +74,9 @@ TEST(RandomChunksTest, TheCaptureIsTheSameInAnyPieces) {
             recorded += 2;
         }
     }
+    const int chunkings = RandomRounds(4000);
     RandomPieces pieces(seed);
-    for (int i = 0; i < kChunkings; ++i) {
+    for (int i = 0; i < chunkings; ++i) {
         const Pair& pair = pairs[static_cast<std::size_t>(i) % pairs.size()];
         const std::string bytes = Session(
             pair.first, pair.second, [&](SequenceRig& rig, const std::string& part, std::size_t) {
@@ -86,7 +85,7 @@ TEST(RandomChunksTest, TheCaptureIsTheSameInAnyPieces) {
         ASSERT_EQ(bytes, pair.expected) << "chunking " << i << " of seed " << seed;
         if (testing::Test::HasFailure()) FAIL() << "chunking " << i << " of seed " << seed;
     }
-    std::cout << kChunkings << " random chunkings of " << pairs.size()
+    std::cout << chunkings << " random chunkings of " << pairs.size()
               << " sessions of two shots each" << std::endl;
 }
 
