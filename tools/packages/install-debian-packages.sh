@@ -1,11 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# install-debian-packages.sh [LIST]: installs what LIST (debian-packages.txt) names and this machine
-# lacks; quick when nothing does.
+# install-debian-packages.sh LIST...: installs what the files LIST name and this machine lacks; quick
+# when nothing does.
 set -euo pipefail
 
-list=${1:-$(dirname "${BASH_SOURCE[0]}")/debian-packages.txt}
-mapfile -t wanted < <(sed 's/#.*//' "$list" | tr -s '[:space:]' '\n' | grep .)
+mapfile -t wanted < <(sed 's/#.*//' "$@" | tr -s '[:space:]' '\n' | grep .)
 
 is_installed() {
   [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
