@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <string>
 
 #include "common/file_system.h"
 #include "common/native_path_windows.h"

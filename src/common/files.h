@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QString>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>

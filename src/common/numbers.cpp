@@ -102,10 +102,7 @@ struct NumberAtStart {
 };
 
 std::size_t DigitsFrom(std::string_view text, std::size_t at) {
-    std::size_t end = at;
-    while (end < text.size() && IsDigit(text[end]))
-        ++end;
-    return end - at;
+    return std::min(text.find_first_not_of("0123456789", at), text.size()) - at;
 }
 
 // The length of "E-05" or "D3" at the position; 0 when no digit follows the letter.
@@ -231,10 +228,7 @@ std::optional<double> WholeNumericValue(std::string_view text) {
 }
 
 std::int16_t ToInteger16(double value) {
-    double rounded = std::floor(value);
-    const double rest = value - rounded;
-    const bool odd = std::fmod(rounded, 2.0) != 0;
-    if (rest > 0.5 || (rest == 0.5 && odd)) rounded += 1;
+    const double rounded = std::nearbyint(value);
     if (!(rounded >= -32768 && rounded <= 32767)) throw RunTimeError(ErrorNumber::Overflow);
     return static_cast<std::int16_t>(rounded);
 }

@@ -6,34 +6,21 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <string>
 
 #include "common/open_document.h"
 
 namespace davo {
 
-namespace {
-
-// The shell may hand a document over by COM. A thread that has COM already, of whatever kind, keeps
-// it as it is.
-class ComOfThread {
-  public:
-    ComOfThread()
-        : result_(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
-    ~ComOfThread() {
-        if (SUCCEEDED(result_)) ::CoUninitialize();
-    }
-    ComOfThread(const ComOfThread&) = delete;
-    ComOfThread& operator=(const ComOfThread&) = delete;
-
-  private:
-    HRESULT result_;
-};
-
-}  // namespace
-
 bool ShowDocument(const QString& path) {
-    const ComOfThread com;
+    // The shell may hand a document over by COM. A thread that has COM already, of whatever kind,
+    // keeps it as it is.
+    const HRESULT com =
+        ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+    const auto leaveCom = qScopeGuard([com] {
+        if (SUCCEEDED(com)) ::CoUninitialize();
+    });
     const QString absolute = QFileInfo(path).absoluteFilePath();
     const std::wstring file = QDir::toNativeSeparators(absolute).toStdWString();
     SHELLEXECUTEINFOW what = {};

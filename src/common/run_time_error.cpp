@@ -1,46 +1,43 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/run_time_error.h"
 
+#include <array>
+
 namespace davo {
 
+namespace {
+
+struct NumberAndText {
+    ErrorNumber number;
+    const char* text;
+};
+
+constexpr std::array kTexts = {
+    NumberAndText{ErrorNumber::Overflow, "Overflow"},
+    NumberAndText{ErrorNumber::SubscriptOutOfRange, "Subscript out of range"},
+    NumberAndText{ErrorNumber::DivisionByZero, "Division by zero"},
+    NumberAndText{ErrorNumber::TypeMismatch, "Type mismatch"},
+    NumberAndText{ErrorNumber::BadFileNameOrNumber, "Bad file name or number"},
+    NumberAndText{ErrorNumber::FileNotFound, "File not found"},
+    NumberAndText{ErrorNumber::FileAlreadyOpen, "File already open"},
+    NumberAndText{ErrorNumber::DeviceInputOutput, "Device I/O error"},
+    NumberAndText{ErrorNumber::FileAlreadyExists, "File already exists"},
+    NumberAndText{ErrorNumber::DiskFull, "Disk full"},
+    NumberAndText{ErrorNumber::InputPastEnd, "Input past end of file"},
+    NumberAndText{ErrorNumber::PermissionDenied, "Permission denied"},
+    NumberAndText{ErrorNumber::PathFileAccess, "Path/File access error"},
+    NumberAndText{ErrorNumber::PathNotFound, "Path not found"},
+    NumberAndText{ErrorNumber::CannotCreateObject, "ActiveX component can't create object"},
+    NumberAndText{ErrorNumber::Automation, "Automation error"},
+    NumberAndText{ErrorNumber::InvalidPortNumber, "Invalid port number"},
+    NumberAndText{ErrorNumber::PortAlreadyOpen, "Port already open"},
+};
+
+}  // namespace
+
 std::string ErrorText(ErrorNumber number) {
-    switch (number) {
-        case ErrorNumber::Overflow:
-            return "Overflow";
-        case ErrorNumber::SubscriptOutOfRange:
-            return "Subscript out of range";
-        case ErrorNumber::DivisionByZero:
-            return "Division by zero";
-        case ErrorNumber::TypeMismatch:
-            return "Type mismatch";
-        case ErrorNumber::BadFileNameOrNumber:
-            return "Bad file name or number";
-        case ErrorNumber::FileNotFound:
-            return "File not found";
-        case ErrorNumber::FileAlreadyOpen:
-            return "File already open";
-        case ErrorNumber::DeviceInputOutput:
-            return "Device I/O error";
-        case ErrorNumber::FileAlreadyExists:
-            return "File already exists";
-        case ErrorNumber::DiskFull:
-            return "Disk full";
-        case ErrorNumber::InputPastEnd:
-            return "Input past end of file";
-        case ErrorNumber::PermissionDenied:
-            return "Permission denied";
-        case ErrorNumber::PathFileAccess:
-            return "Path/File access error";
-        case ErrorNumber::PathNotFound:
-            return "Path not found";
-        case ErrorNumber::CannotCreateObject:
-            return "ActiveX component can't create object";
-        case ErrorNumber::Automation:
-            return "Automation error";
-        case ErrorNumber::InvalidPortNumber:
-            return "Invalid port number";
-        case ErrorNumber::PortAlreadyOpen:
-            return "Port already open";
+    for (const auto& [known, text] : kTexts) {
+        if (known == number) return text;
     }
     return "Application-defined or object-defined error";
 }

@@ -3,8 +3,6 @@
 
 #include <QString>
 #include <cstdint>
-#include <memory>
-#include <string>
 #include <vector>
 
 #include "common/places.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/text.h"
 
+#include <algorithm>
 #include <array>
 
 namespace davo {
@@ -29,11 +30,8 @@ std::string PadRight(std::string_view text, std::size_t width) {
 }
 
 std::string RemoveBlanksAndLineEnds(std::string_view text) {
-    std::string kept;
-    kept.reserve(text.size());
-    for (const char c : text) {
-        if (c != ' ' && c != '\r' && c != '\n') kept.push_back(c);
-    }
+    std::string kept(text);
+    std::erase_if(kept, [](char c) { return c == ' ' || c == '\r' || c == '\n'; });
     return kept;
 }
 
@@ -67,13 +65,9 @@ std::optional<std::string> ToPage(const QString& text) {
             bytes.push_back(static_cast<char>(code));
             continue;
         }
-        bool found = false;
-        for (std::size_t i = 0; i < kUpperControls.size() && !found; ++i) {
-            if (kUpperControls.at(i) != code) continue;
-            bytes.push_back(static_cast<char>(0x80 + i));
-            found = true;
-        }
-        if (!found) return std::nullopt;
+        const auto found = std::find(kUpperControls.begin(), kUpperControls.end(), code);
+        if (found == kUpperControls.end()) return std::nullopt;
+        bytes.push_back(static_cast<char>(0x80 + (found - kUpperControls.begin())));
     }
     return bytes;
 }
