@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QScopeGuard>
 #include <QScopedValueRollback>
 #include <QTimer>
 
@@ -23,28 +24,11 @@ constexpr std::chrono::milliseconds kModelQuiet{100};
 // A line that paused that long has no more of an earlier reply.
 constexpr std::chrono::milliseconds kQuietLine{30};
 
-class Busy {
-  public:
-    explicit Busy(BusyPointer& pointer) : pointer_(pointer) { pointer_.ShowBusyPointer(); }
-    ~Busy() { pointer_.RestoreMousePointer(); }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-
-  private:
-    BusyPointer& pointer_;
-};
-
-// Receive events for as long as it lives.
-class ReceiveEvents {
-  public:
-    explicit ReceiveEvents(SerialPort& port) : port_(port) { port_.SetRThreshold(1); }
-    ~ReceiveEvents() { port_.SetRThreshold(0); }
-    ReceiveEvents(const ReceiveEvents&) = delete;
-    ReceiveEvents& operator=(const ReceiveEvents&) = delete;
-
-  private:
-    SerialPort& port_;
-};
+// The hourglass for as long as what it returns lives.
+auto ShowBusy(BusyPointer& pointer) {
+    pointer.ShowBusyPointer();
+    return qScopeGuard([&pointer] { pointer.RestoreMousePointer(); });
+}
 
 // The model's text in a reply; nothing while it is not whole.
 std::optional<std::string> ModelIn(std::string_view reply) {
@@ -71,8 +55,7 @@ class Link::Waiting {
         link_.wait_.reset();
         if (link_.OnWaitChanged) link_.OnWaitChanged();
     }
-    Waiting(const Waiting&) = delete;
-    Waiting& operator=(const Waiting&) = delete;
+    Q_DISABLE_COPY_MOVE(Waiting)
 
   private:
     Link& link_;
@@ -176,14 +159,14 @@ std::string Link::Exchange(std::string_view command, std::string_view expectedRe
     lastWaitEnded_ = false;
     if (!state_.portOpen) return {};
     if (command == kLeaveCommand) {
-        const Busy busy(pointer_);
+        const auto busy = ShowBusy(pointer_);
         port_.Output(command);
         return {};
     }
     if (wait_) return {};
     std::string reply;
     {
-        const Busy busy(pointer_);
+        const auto busy = ShowBusy(pointer_);
         const Waiting waiting(*this, command, expectedReply);
         port_.Output(command);
         reply = (this->*await)(expectedReply);
@@ -199,22 +182,17 @@ void Link::EndExchange(std::string& reply) {
     lastWaitEnded_ = endWait_;
 }
 
+std::string Link::ReadOn(std::string_view expectedReply, std::chrono::milliseconds quiet) {
+    return SendCommand({}, expectedReply, quiet);
+}
+
 std::string Link::SendCommand(std::string_view command, std::string_view expectedReply,
                               std::chrono::milliseconds quiet) {
-    return Gather(command, expectedReply, quiet);
-}
-
-std::string Link::ReadOn(std::string_view expectedReply, std::chrono::milliseconds quiet) {
-    return Gather({}, expectedReply, quiet);
-}
-
-std::string Link::Gather(std::string_view command, std::string_view expectedReply,
-                         std::chrono::milliseconds quiet) {
     lastWaitEnded_ = false;
     if (!state_.portOpen || wait_) return {};
     std::string reply;
     {
-        const Busy busy(pointer_);
+        const auto busy = ShowBusy(pointer_);
         const Waiting waiting(*this, command, expectedReply);
         if (!command.empty()) port_.Output(command);
         while (!endWait_) {
@@ -236,7 +214,7 @@ std::size_t Link::SendPaced(std::string_view characters, std::string_view echoes
     if (!state_.portOpen || wait_ || characters.empty()) return 0;
     std::size_t done = 0;
     {
-        const Busy busy(pointer_);
+        const auto busy = ShowBusy(pointer_);
         const Waiting waiting(*this, {}, {});
         QEventLoop loop;
         const QScopedValueRollback current(loop_, &loop);
@@ -299,7 +277,8 @@ std::string Link::AwaitModel(std::string_view expectedReply) {
 
 std::string Link::AwaitDone(std::string_view) {
     state_.receiveBuffer.clear();
-    const ReceiveEvents events(port_);
+    port_.SetRThreshold(1);
+    const auto noMoreEvents = qScopeGuard([this] { port_.SetRThreshold(0); });
     while (!endWait_ && !Contains(state_.receiveBuffer, kRecordEnd)) {
         SleepUntilText();
         ReplyGrew(state_.receiveBuffer.size());

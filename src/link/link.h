@@ -58,8 +58,7 @@ class Link {
     // All must outlive the link.
     Link(SerialPort& port, LinkState& state, Prompts& prompts, BusyPointer& pointer);
     ~Link();
-    Link(const Link&) = delete;
-    Link& operator=(const Link&) = delete;
+    Q_DISABLE_COPY_MOVE(Link)
 
     // Closes the port when it is open, sets it up for "19200,N,8,1" and opens it. False without a
     // message when it does not open. The result is also in State().portOpen.
@@ -152,8 +151,6 @@ class Link {
     std::string AwaitDone(std::string_view expectedReply);
     std::string Exchange(std::string_view command, std::string_view expectedReply,
                          std::string (Link::*await)(std::string_view));
-    std::string Gather(std::string_view command, std::string_view expectedReply,
-                       std::chrono::milliseconds quiet);
     void ReplyGrew(std::size_t received) const;
     void EndExchange(std::string& reply);
 

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <QtGlobal>
 #include <chrono>
 #include <string>
 
@@ -15,10 +16,7 @@ std::string SystemText(DWORD error);
 class FineTimer {
   public:
     FineTimer();
-    FineTimer(const FineTimer&) = delete;
-    FineTimer& operator=(const FineTimer&) = delete;
-    FineTimer(FineTimer&&) = delete;
-    FineTimer& operator=(FineTimer&&) = delete;
+    Q_DISABLE_COPY_MOVE(FineTimer)
     ~FineTimer();
 
     HANDLE Handle() const { return timer_; }
@@ -32,10 +30,7 @@ class FineTimer {
 class Overlapped {
   public:
     Overlapped();
-    Overlapped(const Overlapped&) = delete;
-    Overlapped& operator=(const Overlapped&) = delete;
-    Overlapped(Overlapped&&) = delete;
-    Overlapped& operator=(Overlapped&&) = delete;
+    Q_DISABLE_COPY_MOVE(Overlapped)
     ~Overlapped();
 
     // Begin an operation; bytes must stay where they are until it has ended. 0 or a system error.

@@ -49,10 +49,7 @@ class DeviceSet {
   public:
     DeviceSet()
         : set_(::SetupDiGetClassDevsW(&GUID_DEVCLASS_PORTS, nullptr, nullptr, DIGCF_PRESENT)) {}
-    DeviceSet(const DeviceSet&) = delete;
-    DeviceSet& operator=(const DeviceSet&) = delete;
-    DeviceSet(DeviceSet&&) = delete;
-    DeviceSet& operator=(DeviceSet&&) = delete;
+    Q_DISABLE_COPY_MOVE(DeviceSet)
     ~DeviceSet() {
         if (set_ != INVALID_HANDLE_VALUE) ::SetupDiDestroyDeviceInfoList(set_);
     }

@@ -8,7 +8,6 @@
 #include <QScopedValueRollback>
 #include <QSerialPort>
 #include <cerrno>
-#include <chrono>
 #include <ctime>
 
 #include "common/run_time_error.h"

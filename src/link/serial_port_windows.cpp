@@ -5,9 +5,6 @@
 #include <QObject>
 #include <QTimer>
 #include <QWinEventNotifier>
-#include <algorithm>
-#include <chrono>
-#include <string>
 #include <utility>
 
 #include "common/run_time_error.h"
@@ -60,10 +57,7 @@ class WindowsSerialPort : public SerialPort {
             AskQueue(queue);
         });
     }
-    WindowsSerialPort(const WindowsSerialPort&) = delete;
-    WindowsSerialPort& operator=(const WindowsSerialPort&) = delete;
-    WindowsSerialPort(WindowsSerialPort&&) = delete;
-    WindowsSerialPort& operator=(WindowsSerialPort&&) = delete;
+    Q_DISABLE_COPY_MOVE(WindowsSerialPort)
     ~WindowsSerialPort() override { Close(); }
 
     void SetCommPort(std::int16_t port) override { commPort_ = port; }
