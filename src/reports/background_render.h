@@ -34,8 +34,7 @@ class BackgroundRender {
                      std::function<void(const RenderEnd&)> ended);
     // Stops the report and waits for its thread; no callback comes any more.
     ~BackgroundRender();
-    BackgroundRender(const BackgroundRender&) = delete;
-    BackgroundRender& operator=(const BackgroundRender&) = delete;
+    Q_DISABLE_COPY_MOVE(BackgroundRender)
 
     // Asks the report to stop; returns at once. The end is told by the callback.
     void Cancel() { thread_.request_stop(); }

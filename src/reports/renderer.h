@@ -19,11 +19,6 @@ using RenderProgress = std::function<void(int n, int m)>;
 // them put the same cells, formats, merges, charts and page setup into the file.
 class ReportRenderer {
   public:
-    ReportRenderer() = default;
-    ReportRenderer(const ReportRenderer&) = delete;
-    ReportRenderer& operator=(const ReportRenderer&) = delete;
-    ReportRenderer(ReportRenderer&&) = delete;
-    ReportRenderer& operator=(ReportRenderer&&) = delete;
     virtual ~ReportRenderer() = default;
 
     // Of the files that it makes: ".xls" or ".xlsx".

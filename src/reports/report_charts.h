@@ -2,7 +2,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
 #include "reports/report_tables.h"
 #include "reports/workbook.h"

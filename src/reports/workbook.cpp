@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/workbook.h"
 
-#include <algorithm>
 #include <cctype>
 #include <stdexcept>
 

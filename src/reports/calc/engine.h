@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <memory>
-
 #include "reports/calc/process.h"
 #include "reports/calc/uno.h"
 #include "reports/renderer.h"
@@ -18,8 +16,7 @@ class CalcEngine {
     explicit CalcEngine(const CalcSettings& settings);
     // Ends LibreOffice in good order, or else at once.
     ~CalcEngine();
-    CalcEngine(const CalcEngine&) = delete;
-    CalcEngine& operator=(const CalcEngine&) = delete;
+    Q_DISABLE_COPY_MOVE(CalcEngine)
 
     // Starts LibreOffice in the background; returns at once.
     void Start() { process_.Start(); }

@@ -22,8 +22,7 @@ class CalcProcess {
     explicit CalcProcess(const QString& programFolder);
     // Ends the process at once and deletes its folder.
     ~CalcProcess();
-    CalcProcess(const CalcProcess&) = delete;
-    CalcProcess& operator=(const CalcProcess&) = delete;
+    Q_DISABLE_COPY_MOVE(CalcProcess)
 
     // Starts a process unless there is one; returns at once. A new one begins with a new profile.
     void Start();

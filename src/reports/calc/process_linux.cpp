@@ -11,15 +11,12 @@
 #include <QFile>
 #include <QStandardPaths>
 #include <QUrl>
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "common/files.h"
 
 namespace davo {
 

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/calc/renderer.h"
 
+#include <QScopeGuard>
 #include <com/sun/star/document/MacroExecMode.hpp>
 #include <com/sun/star/document/UpdateDocMode.hpp>
 #include <com/sun/star/frame/Desktop.hpp>
 #include <com/sun/star/frame/XStorable.hpp>
-#include <com/sun/star/io/IOException.hpp>
 #include <com/sun/star/lang/DisposedException.hpp>
 #include <com/sun/star/util/XCloseable.hpp>
-#include <optional>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -28,26 +27,14 @@ std::string TextOf(const sun::uno::Exception& error) {
     return FromUno(error.Message).simplified().toStdString();
 }
 
-// Closes the document whatever happens; a dead engine has closed it already.
-class OpenDocument {
-  public:
-    explicit OpenDocument(const Component& component) : component_(component) {}
-    ~OpenDocument() {
-        try {
-            const Reference<sun::util::XCloseable> closeable(component_, sun::uno::UNO_QUERY);
-            if (closeable.is()) closeable->close(true);
-        } catch (const sun::uno::Exception&) {
-            component_.clear();
-        }
+void Close(const Component& component) {
+    try {
+        const Reference<sun::util::XCloseable> closeable(component, sun::uno::UNO_QUERY);
+        if (closeable.is()) closeable->close(true);
+    } catch (const sun::uno::Exception&) {
+        // A dead engine has closed it already.
     }
-    OpenDocument(const OpenDocument&) = delete;
-    OpenDocument& operator=(const OpenDocument&) = delete;
-
-    const Component& Get() const { return component_; }
-
-  private:
-    Component component_;
-};
+}
 
 Component LoadTemplate(const Context& context, const QString& path) {
     const auto how = SequenceOf(
@@ -119,8 +106,9 @@ std::string CalcRenderer::Make(const Workbook& workbook, const std::string& mode
     const QString source = folder + QString::fromStdString(workbook.templateFile);
     const QString target = folder + QStringLiteral("report.xls");
     ReplaceFile(source, model);
-    const OpenDocument open(LoadTemplate(context, source));
-    const Document document(open.Get(), sun::uno::UNO_QUERY);
+    const Component open = LoadTemplate(context, source);
+    const auto close = qScopeGuard([&open] { Close(open); });
+    const Document document(open, sun::uno::UNO_QUERY);
     if (!document.is()) {
         throw RunTimeError(ErrorNumber::Automation,
                            workbook.templateFile + " cannot be read as a workbook");

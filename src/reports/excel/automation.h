@@ -32,11 +32,6 @@ using Values = std::vector<Value>;
 
 class AutomationObject {
   public:
-    AutomationObject() = default;
-    AutomationObject(const AutomationObject&) = delete;
-    AutomationObject& operator=(const AutomationObject&) = delete;
-    AutomationObject(AutomationObject&&) = delete;
-    AutomationObject& operator=(AutomationObject&&) = delete;
     virtual ~AutomationObject() = default;
 
     // Calls a method or reads a property, as Visual Basic's late binding does without asking which

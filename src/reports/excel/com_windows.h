@@ -17,10 +17,7 @@ class ComApartment {
   public:
     ComApartment();
     ~ComApartment();
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
-    ComApartment(ComApartment&&) = delete;
-    ComApartment& operator=(ComApartment&&) = delete;
+    Q_DISABLE_COPY_MOVE(ComApartment)
 
   private:
     bool isOurs_;
@@ -63,10 +60,7 @@ class ComObject : public AutomationObject {
     // Takes the reference over.
     explicit ComObject(IDispatch* dispatch) : dispatch_(dispatch) {}
     ~ComObject() override { dispatch_->Release(); }
-    ComObject(const ComObject&) = delete;
-    ComObject& operator=(const ComObject&) = delete;
-    ComObject(ComObject&&) = delete;
-    ComObject& operator=(ComObject&&) = delete;
+    Q_DISABLE_COPY_MOVE(ComObject)
 
     // A call that Excel rejects because it is busy is repeated for half a minute.
     Value Call(std::string_view member, const Values& arguments) override;

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <QtGlobal>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -19,10 +20,7 @@ class ExcelProcess {
     explicit ExcelProcess(HWND window);
     // Gives the process patience to end by itself and ends it then.
     ~ExcelProcess();
-    ExcelProcess(const ExcelProcess&) = delete;
-    ExcelProcess& operator=(const ExcelProcess&) = delete;
-    ExcelProcess(ExcelProcess&&) = delete;
-    ExcelProcess& operator=(ExcelProcess&&) = delete;
+    Q_DISABLE_COPY_MOVE(ExcelProcess)
 
     // From any thread. EndWithin counts from now and keeps an earlier end when onlyEarlier.
     void EndWithin(std::chrono::milliseconds time, bool onlyEarlier = false);

@@ -16,11 +16,6 @@ namespace excel {
 // An Excel of the program's own, which ends with this object in every case.
 class Session {
   public:
-    Session() = default;
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
-    Session(Session&&) = delete;
-    Session& operator=(Session&&) = delete;
     virtual ~Session() = default;
 
     virtual const Object& Application() const = 0;
@@ -30,11 +25,6 @@ class Session {
 
 class Launcher {
   public:
-    Launcher() = default;
-    Launcher(const Launcher&) = delete;
-    Launcher& operator=(const Launcher&) = delete;
-    Launcher(Launcher&&) = delete;
-    Launcher& operator=(Launcher&&) = delete;
     virtual ~Launcher() = default;
 
     // Starts a new Excel, never one that is there; to be used and ended on the calling thread.

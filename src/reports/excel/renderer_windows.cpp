@@ -60,10 +60,7 @@ class ExcelSession : public Session {
         }
     }
     ~ExcelSession() override { Quit(); }
-    ExcelSession(const ExcelSession&) = delete;
-    ExcelSession& operator=(const ExcelSession&) = delete;
-    ExcelSession(ExcelSession&&) = delete;
-    ExcelSession& operator=(ExcelSession&&) = delete;
+    Q_DISABLE_COPY_MOVE(ExcelSession)
 
     const Object& Application() const override { return application_; }
     void KeepWatch() override { process_->EndWithin(kPatienceWithStep); }

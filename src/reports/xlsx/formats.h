@@ -3,7 +3,6 @@
 
 #include <xlsxwriter.h>
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>

@@ -3,7 +3,6 @@
 
 #include <QFile>
 #include <QtEndian>
-#include <QtGlobal>
 #include <string>
 
 #include "reports/xlsx/text.h"

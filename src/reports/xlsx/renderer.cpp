@@ -3,7 +3,6 @@
 
 #include <xlsxwriter.h>
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <cerrno>
