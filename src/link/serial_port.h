@@ -42,8 +42,10 @@ class SerialPort {
 
     virtual void SetCommPort(std::int16_t port) = 0;          // 1 = COM1
     virtual void SetSettings(std::string_view settings) = 0;  // "19200,N,8,1"
-    virtual void SetInputLen(int characters) = 0;             // 0: Input takes everything waiting
-    virtual void SetInBufferSize(int characters) = 0;
+    // 0: Input takes everything waiting, which it always does.
+    virtual void SetInputLen(int /*characters*/) {}
+    // The buffer grows as needed: losing text because a window was busy helps nobody.
+    virtual void SetInBufferSize(int /*characters*/) {}
     // 1: OnComm is called when text has arrived; 0: it is not, and text waits for Input.
     virtual void SetRThreshold(int characters) = 0;
 

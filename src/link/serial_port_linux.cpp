@@ -77,12 +77,6 @@ class QtSerialPort : public SerialPort {
         port_.setStopBits(static_cast<QSerialPort::StopBits>(parts[3].toInt()));
     }
 
-    // Input always takes everything, which is what 0 asks for.
-    void SetInputLen(int) override {}
-
-    // The buffer grows as needed: losing text because a window was busy helps nobody.
-    void SetInBufferSize(int) override {}
-
     void SetRThreshold(int characters) override {
         rThreshold_ = characters;
         if (rThreshold_ == 0 || !port_.isOpen()) return;

@@ -75,12 +75,6 @@ class WindowsSerialPort : public SerialPort {
         state_.StopBits = parts[3] == "2" ? TWOSTOPBITS : ONESTOPBIT;
     }
 
-    // Input always takes everything, which is what 0 asks for.
-    void SetInputLen(int) override {}
-
-    // The buffer grows as needed: losing text because a window was busy helps nobody.
-    void SetInBufferSize(int) override {}
-
     void SetRThreshold(int characters) override {
         rThreshold_ = characters;
         if (rThreshold_ == 0 || !PortOpen()) return;

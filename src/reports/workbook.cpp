@@ -2,6 +2,7 @@
 #include "reports/workbook.h"
 
 #include <cctype>
+#include <map>
 #include <stdexcept>
 
 namespace davo {
@@ -64,32 +65,15 @@ std::string RowColumnAddressOf(const CellRange& range) {
 }
 
 Rgb PaletteColour(int index) {
-    switch (index) {
-        case 2:
-            return {0xFF, 0xFF, 0xFF};
-        case 3:
-            return {0xFF, 0x00, 0x00};
-        case 4:
-            return {0x00, 0xFF, 0x00};
-        case 5:
-            return {0x00, 0x00, 0xFF};
-        case 8:
-            return {0x00, 0xFF, 0xFF};
-        case 26:
-            return {0xFF, 0x00, 0xFF};
-        case 29:
-            return {0x80, 0x00, 0x80};
-        case 46:
-            return {0xFF, 0x66, 0x00};
-        case 50:
-            return {0x33, 0x99, 0x66};
-        case 53:
-            return {0x99, 0x33, 0x00};
-        case 56:
-            return {0x33, 0x33, 0x33};
-        default:
-            throw std::invalid_argument("no colour of a report: " + std::to_string(index));
-    }
+    static const std::map<int, Rgb> kColours = {
+        {2, {0xFF, 0xFF, 0xFF}},  {3, {0xFF, 0x00, 0x00}},  {4, {0x00, 0xFF, 0x00}},
+        {5, {0x00, 0x00, 0xFF}},  {8, {0x00, 0xFF, 0xFF}},  {26, {0xFF, 0x00, 0xFF}},
+        {29, {0x80, 0x00, 0x80}}, {46, {0xFF, 0x66, 0x00}}, {50, {0x33, 0x99, 0x66}},
+        {53, {0x99, 0x33, 0x00}}, {56, {0x33, 0x33, 0x33}},
+    };
+    const auto known = kColours.find(index);
+    if (known != kColours.end()) return known->second;
+    throw std::invalid_argument("no colour of a report: " + std::to_string(index));
 }
 
 int TestSheetsOf(const Workbook& workbook) {

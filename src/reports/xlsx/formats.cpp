@@ -9,20 +9,6 @@ namespace davo {
 
 namespace {
 
-std::uint8_t BorderOf(CellLine line) {
-    switch (line) {
-        case CellLine::Hair:
-            return LXW_BORDER_HAIR;
-        case CellLine::Thin:
-            return LXW_BORDER_THIN;
-        case CellLine::Medium:
-            return LXW_BORDER_MEDIUM;
-        case CellLine::None:
-            break;
-    }
-    return LXW_BORDER_NONE;
-}
-
 lxw_format* MakeFormat(lxw_workbook* workbook, const XlsxFormat& format) {
     lxw_format* made = workbook_add_format(workbook);
     format_set_font_name(made, Utf8(format.fontName).c_str());
@@ -40,8 +26,8 @@ lxw_format* MakeFormat(lxw_workbook* workbook, const XlsxFormat& format) {
     format_set_rotation(made, static_cast<std::int16_t>(format.orientation));
     if (!format.numberFormat.empty())
         format_set_num_format(made, Utf8(format.numberFormat).c_str());
-    if (format.below != CellLine::None) {
-        format_set_bottom(made, BorderOf(format.below));
+    if (format.below != LXW_BORDER_NONE) {
+        format_set_bottom(made, static_cast<std::uint8_t>(format.below));
         format_set_bottom_color(made, format.lineColour);
     }
     return made;

@@ -11,8 +11,6 @@
 
 namespace davo {
 
-enum class CellLine { None, Hair, Thin, Medium };
-
 // All that the built-in renderer says of a cell's looks. What no style names is as in the
 // template: Arial of 10 points.
 struct XlsxFormat {
@@ -27,7 +25,7 @@ struct XlsxFormat {
     std::string numberFormat;  // empty: General
     // The letterhead's part.
     std::optional<lxw_color_t> fontColour;
-    CellLine below = CellLine::None;
+    lxw_format_borders below = LXW_BORDER_NONE;
     lxw_color_t lineColour = 0;
     bool operator==(const XlsxFormat&) const = default;
 };

@@ -30,9 +30,9 @@ quint32 PngWidth(const QByteArray& png) {
 }  // namespace
 
 std::vector<LetterheadLine> LetterheadLines() {
-    return {{RangeOf("A2:D2"), CellLine::Medium, kBlue},
-            {RangeOf("A4:D16"), CellLine::Hair, kSilver},
-            {RangeOf("A18:D18"), CellLine::Thin, kBlue}};
+    return {{RangeOf("A2:D2"), LXW_BORDER_MEDIUM, kBlue},
+            {RangeOf("A4:D16"), LXW_BORDER_HAIR, kSilver},
+            {RangeOf("A18:D18"), LXW_BORDER_THIN, kBlue}};
 }
 
 QByteArray LetterheadPicture() {

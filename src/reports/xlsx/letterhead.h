@@ -19,7 +19,7 @@ inline constexpr double kXlsxLetterheadRowHeight = 48;  // of row 1
 
 struct LetterheadLine {
     CellRange range;
-    CellLine line = CellLine::None;
+    lxw_format_borders line = LXW_BORDER_NONE;
     lxw_color_t colour = 0;
 };
 std::vector<LetterheadLine> LetterheadLines();
