@@ -51,7 +51,6 @@ class Search {
     void ComputeRatio();
     void TakeBelow();
     void TakeExact();
-    void TakeAbove();
     void Interpolate();
 
     KneeRule rule_;
@@ -121,11 +120,6 @@ void Search::TakeExact() {
     }
 }
 
-void Search::TakeAbove() {
-    aboveRatio_ = ratio_;
-    TakeNextPair();
-}
-
 void Search::Interpolate() {
     const double f = (values_.threshold - belowRatio_) / (aboveRatio_ - belowRatio_);
     double voltage = MiddleVoltage() + f * (Voltage(from_) - Voltage(lower_));
@@ -151,7 +145,8 @@ Kneepoint Search::Run() {
         } else if (ratio_ == values_.threshold) {
             TakeExact();
         } else {
-            TakeAbove();
+            aboveRatio_ = ratio_;
+            TakeNextPair();
         }
     }
     if (end_ == SearchEnd::Crossed) Interpolate();

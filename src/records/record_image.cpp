@@ -41,9 +41,12 @@ class ImageReader {
         // A digit left alone is the number, and nothing is zero.
         return at_ < text_.size() ? Value(text_[at_++]) : 0;
     }
-    int Word() {
-        const int low = Byte();
-        return low + 256 * Byte();
+    // Of so many bytes, least significant first.
+    std::int64_t Number(int bytes) {
+        std::int64_t number = 0;
+        for (std::int64_t weight = 1; bytes > 0; --bytes, weight *= 256)
+            number += weight * Byte();
+        return number;
     }
 
   private:
@@ -58,6 +61,24 @@ class ImageReader {
     std::size_t at_ = 0;
     const std::array<int, 256>& values_ = Values();
 };
+
+// The fields of an image in their order, each with its number of bytes.
+template <class Image, class Visit>
+void ForEachField(Image& image, const Visit& visit) {
+    for (auto& slot : image.slots) {
+        visit(slot.current, 2);
+        visit(slot.voltage, 2);
+    }
+    for (auto* word : {&image.kneeVoltage, &image.kneeCurrent, &image.excitationCurrent,
+                       &image.excitationVoltage}) {
+        visit(*word, 2);
+    }
+    visit(image.measuredRatio, 4);
+    for (auto* word : {&image.phaseAngle, &image.nameplateH, &image.nameplateX})
+        visit(*word, 2);
+    visit(image.kneeTypeCode, 1);
+    visit(image.currentRangeCode, 1);
+}
 
 // value's low bytes, least significant first, as digits.
 void PutBytes(std::string& digits, std::int64_t value, int bytes) {
@@ -89,41 +110,17 @@ std::vector<DataPoint> RecordImage::Points() const {
 RecordImage DecodeRecordImage(std::string_view hexText) {
     RecordImage image;
     ImageReader reader(hexText);
-    for (RecordImage::Slot& slot : image.slots) {
-        slot.current = reader.Word();
-        slot.voltage = reader.Word();
-    }
-    image.kneeVoltage = reader.Word();
-    image.kneeCurrent = reader.Word();
-    image.excitationCurrent = reader.Word();
-    image.excitationVoltage = reader.Word();
-    const int lowWord = reader.Word();
-    image.measuredRatio = lowWord + std::int64_t{65536} * reader.Word();
-    image.phaseAngle = reader.Word();
-    image.nameplateH = reader.Word();
-    image.nameplateX = reader.Word();
-    image.kneeTypeCode = reader.Byte();
-    image.currentRangeCode = reader.Byte();
+    ForEachField(image, [&reader](auto& field, int bytes) {
+        field = static_cast<std::decay_t<decltype(field)>>(reader.Number(bytes));
+    });
     return image;
 }
 
 std::string EncodeRecordImage(const RecordImage& image) {
     std::string digits;
     digits.reserve(kImageDigits);
-    for (const RecordImage::Slot& slot : image.slots) {
-        PutBytes(digits, slot.current, 2);
-        PutBytes(digits, slot.voltage, 2);
-    }
-    PutBytes(digits, image.kneeVoltage, 2);
-    PutBytes(digits, image.kneeCurrent, 2);
-    PutBytes(digits, image.excitationCurrent, 2);
-    PutBytes(digits, image.excitationVoltage, 2);
-    PutBytes(digits, image.measuredRatio, 4);
-    PutBytes(digits, image.phaseAngle, 2);
-    PutBytes(digits, image.nameplateH, 2);
-    PutBytes(digits, image.nameplateX, 2);
-    PutBytes(digits, image.kneeTypeCode, 1);
-    PutBytes(digits, image.currentRangeCode, 1);
+    ForEachField(image,
+                 [&digits](std::int64_t field, int bytes) { PutBytes(digits, field, bytes); });
     return digits;
 }
 

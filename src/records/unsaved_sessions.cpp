@@ -85,7 +85,7 @@ void DeleteIfThere(const QString& path) {
 }
 
 // Deletes what a saved session left. The journal, which says so, goes last.
-void DeleteRunning(const QString& capturePath, const QString& journalPath) {
+void DeleteSaved(const QString& capturePath, const QString& journalPath) {
     DeleteIfThere(capturePath);
     DeleteFile(journalPath);
 }
@@ -96,7 +96,7 @@ void SetAside(const QDir& folder) {
     const EarlierSession earlier = ReadEarlierSession(capturePath, journalPath);
     SessionJournal journal = earlier.journal.value_or(SessionJournal{});
     if (journal.saved) {
-        DeleteRunning(capturePath, journalPath);
+        DeleteSaved(capturePath, journalPath);
         return;
     }
     const std::string capture = WithPendingShot(earlier.capture, journal);
@@ -119,7 +119,7 @@ void SetAside(const QDir& folder) {
     // makes the same two files again, after it there is nothing to repeat.
     journal.saved = true;
     journal.Write(journalPath);
-    DeleteRunning(capturePath, journalPath);
+    DeleteSaved(capturePath, journalPath);
 }
 
 }  // namespace
@@ -149,9 +149,7 @@ void CloseUnsavedSession(const UnsavedSession& session, bool saved) {
     SessionJournal journal = session.journal;
     journal.saved = true;
     journal.Write(session.journalPath);
-    if (!saved) return;
-    DeleteIfThere(session.capturePath);
-    DeleteFile(session.journalPath);
+    if (saved) DeleteSaved(session.capturePath, session.journalPath);
 }
 
 }  // namespace davo

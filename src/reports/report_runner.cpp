@@ -5,7 +5,6 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
-#include "common/open_document.h"
 #include "common/text.h"
 #include "records/record_name.h"
 #include "reports/background_render.h"
@@ -16,10 +15,6 @@ namespace davo {
 
 ReportRunner::ReportRunner(Prompts& prompts, const Settings& settings, Choose choose, Open open)
     : prompts_(prompts), settings_(settings), choose_(std::move(choose)), open_(std::move(open)) {}
-
-bool ReportRunner::ShowWorkbook(const QString& path) {
-    return ShowReportInExcel(path);
-}
 
 ReportRenderer& ReportRunner::Renderer() {
     if (!chosen_) chosen_ = choose_();

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 
+#include "common/open_document.h"
 #include "common/prompts.h"
 #include "common/settings.h"
 #include "reports/choose_renderer.h"
@@ -31,7 +32,7 @@ class ReportRunner {
     // prompts and settings must outlive it. open shows a finished workbook; false: nothing can.
     ReportRunner(
         Prompts& prompts, const Settings& settings, Choose choose = [] { return ChooseRenderer(); },
-        Open open = ShowWorkbook);
+        Open open = ShowReportInExcel);
 
     // Begins what takes time and can be done ahead, once window, which may ask for a report, has
     // stood for kPrepareDelay; nothing happens when it is gone by then.
@@ -59,7 +60,6 @@ class ReportRunner {
     void Cancel();
 
   private:
-    static bool ShowWorkbook(const QString& path);
     ReportRenderer& Renderer();
     QString WorkbookOf(const QString& reportName);
     bool Make(const QString& path, RecordSource source, const QString& target, const Show& show);

@@ -66,9 +66,8 @@ void PutAsWritten(Sheet& sheet, CellPlace place, const std::string& text) {
     if (!isPlain) return Put(sheet, place, text);
     const std::size_t point = text.find('.');
     const std::size_t decimals = point == std::string::npos ? 0 : text.size() - point - 1;
-    CellStyle style;
-    style.numberFormat = decimals == 0 ? "0" : "0." + std::string(decimals, '0');
-    sheet.styles.push_back({{place, place}, style});
+    const std::string format = decimals == 0 ? "0" : "0." + std::string(decimals, '0');
+    sheet.styles.push_back({{place, place}, {.numberFormat = format}});
     Put(sheet, place, *number);
 }
 
@@ -77,15 +76,11 @@ void PutAsWritten(Sheet& sheet, std::string_view address, const std::string& tex
 }
 
 CellStyle Bold(bool bold) {
-    CellStyle style;
-    style.bold = bold;
-    return style;
+    return {.bold = bold};
 }
 
 CellStyle TextFormat() {
-    CellStyle style;
-    style.numberFormat = "@";
-    return style;
+    return {.numberFormat = "@"};
 }
 
 FooterText MakerFooter() {
@@ -93,36 +88,27 @@ FooterText MakerFooter() {
 }
 
 void WriteTitle(Sheet& sheet) {
-    CellStyle title;
-    title.fontSize = 12;
-    title.horizontal = HorizontalAlignment::Centre;
-    title.vertical = VerticalAlignment::Bottom;
-    title.bold = true;
-    title.wrap = false;
-    title.orientation = 0;
-    Style(sheet, "A1:D1", title);
+    Style(sheet, "A1:D1",
+          {.fontSize = 12,
+           .bold = true,
+           .horizontal = HorizontalAlignment::Centre,
+           .vertical = VerticalAlignment::Bottom,
+           .wrap = false,
+           .orientation = 0});
     sheet.merges.push_back(RangeOf("A1:D1"));
     Put(sheet, "A1", "TEST REPORT");
-    CellStyle web;
-    web.fontName = kFontName;
-    web.fontSize = kFontSize;
-    Style(sheet, "A2", web);
+    Style(sheet, "A2", {.fontName = kFontName, .fontSize = kFontSize});
     Put(sheet, "A2", kMakerWebAddress);
 }
 
 void StyleBody(Sheet& sheet) {
-    CellStyle body;
-    body.columnWidth = kTableColumnWidth;
-    body.horizontal = HorizontalAlignment::Left;
-    body.fontName = kFontName;
-    body.fontSize = kFontSize;
-    Style(sheet, "A4:D100", body);
-    CellStyle gap;
-    gap.columnWidth = kGapColumnWidth;
-    Style(sheet, kGapColumns, gap);
-    CellStyle right;
-    right.columnWidth = kChartColumnWidth;
-    Style(sheet, kChartColumns, right);
+    Style(sheet, "A4:D100",
+          {.fontName = kFontName,
+           .fontSize = kFontSize,
+           .horizontal = HorizontalAlignment::Left,
+           .columnWidth = kTableColumnWidth});
+    Style(sheet, kGapColumns, {.columnWidth = kGapColumnWidth});
+    Style(sheet, kChartColumns, {.columnWidth = kChartColumnWidth});
 }
 
 // The text before a unit word.
@@ -219,9 +205,7 @@ void TestSheetWriter::WriteResults() {
 
 void TestSheetWriter::WritePoints() {
     constexpr const char* kImpedancePicture = "######0.0";
-    CellStyle left;
-    left.horizontal = HorizontalAlignment::Left;
-    Style(sheet_, "A18:D100", left);
+    Style(sheet_, "A18:D100", {.horizontal = HorizontalAlignment::Left});
     Style(sheet_, "A18:D18", Bold(true));
     Put(sheet_, "A18", "CT DATA POINTS:");
     Put(sheet_, "B18", "CUR (A)");
@@ -232,11 +216,9 @@ void TestSheetWriter::WritePoints() {
         for (const char* address : {"A19", "B19", "C19"})
             Put(sheet_, address, kNotAvailable);
     }
-    CellStyle impedance;
-    impedance.numberFormat = "0.0";
     if (count > 0 && options_.showImpedance) {
         const CellRange range{{kFirstPointRow, 4}, {LastPointRow(report_, slot_), 4}};
-        sheet_.styles.push_back({range, impedance});
+        sheet_.styles.push_back({range, {.numberFormat = "0.0"}});
     }
     for (int i = 0; i < count; ++i) {
         const int row = kFirstPointRow + i;
@@ -370,12 +352,12 @@ Sheet NotesSheet(const std::string& notes) {
     }
     for (int row = 1; const std::string& text : texts)
         Put(sheet, {row++, 1}, text);
-    CellStyle style = TextFormat();
-    style.fontName = kFontName;
-    style.horizontal = HorizontalAlignment::Left;
-    style.vertical = VerticalAlignment::Top;
-    style.wrap = true;
-    style.columnWidth = kWidth;
+    const CellStyle style = {.fontName = kFontName,
+                             .horizontal = HorizontalAlignment::Left,
+                             .vertical = VerticalAlignment::Top,
+                             .wrap = true,
+                             .numberFormat = "@",
+                             .columnWidth = kWidth};
     sheet.styles.push_back({{{1, 1}, {static_cast<int>(texts.size()), 1}}, style});
     return sheet;
 }

@@ -58,16 +58,16 @@ enum class VerticalAlignment { Top, Bottom };
 
 // A partial style: only what has a value is set.
 struct CellStyle {
-    std::optional<std::string> fontName;
-    std::optional<double> fontSize;  // points
-    std::optional<bool> bold;
-    std::optional<bool> italic;
-    std::optional<HorizontalAlignment> horizontal;
-    std::optional<VerticalAlignment> vertical;
-    std::optional<bool> wrap;
-    std::optional<int> orientation;           // degrees
-    std::optional<std::string> numberFormat;  // as Excel writes it: "@", "0.0"
-    std::optional<double> columnWidth;        // characters of the default font
+    std::optional<std::string> fontName = {};
+    std::optional<double> fontSize = {};  // points
+    std::optional<bool> bold = {};
+    std::optional<bool> italic = {};
+    std::optional<HorizontalAlignment> horizontal = {};
+    std::optional<VerticalAlignment> vertical = {};
+    std::optional<bool> wrap = {};
+    std::optional<int> orientation = {};           // degrees
+    std::optional<std::string> numberFormat = {};  // as Excel writes it: "@", "0.0"
+    std::optional<double> columnWidth = {};        // characters of the default font
     bool operator==(const CellStyle&) const = default;
 };
 

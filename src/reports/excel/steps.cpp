@@ -2,6 +2,7 @@
 #include "reports/excel/steps.h"
 
 #include <QDir>
+#include <QScopeGuard>
 #include <algorithm>
 
 #include "common/text.h"
@@ -112,34 +113,6 @@ void SetUpPage(const Object& sheet, const PageSetup& page) {
     setup.Set("FitToPagesWide", page.fitPagesWide);
     setup.Set("FitToPagesTall", page.fitPagesTall);
 }
-
-// Closes the book whatever happens. An Excel that fails even there is ended with it.
-class OpenBook {
-  public:
-    explicit OpenBook(Object book) : book_(std::move(book)) {}
-    ~OpenBook() {
-        if (!isOpen_) return;
-        try {
-            book_.Call("Close", {false});
-        } catch (const RunTimeError&) {
-            isOpen_ = false;
-        }
-    }
-    OpenBook(const OpenBook&) = delete;
-    OpenBook& operator=(const OpenBook&) = delete;
-    OpenBook(OpenBook&&) = delete;
-    OpenBook& operator=(OpenBook&&) = delete;
-
-    const Object& Get() const { return book_; }
-    void Close() {
-        isOpen_ = false;
-        book_.Call("Close", {false});
-    }
-
-  private:
-    Object book_;
-    bool isOpen_ = true;
-};
 
 class ReportMaker {
   public:
@@ -263,14 +236,23 @@ void MakeReport(const Object& application, const Workbook& workbook, const QStri
     const int format =
         MajorVersion(application) >= kFirstVersionWithExcel8 ? kExcel8 : kWorkbookNormal;
     constexpr int kLeaveLinksAlone = 0;
-    OpenBook book(application.Get("Workbooks")
-                      .Get("Open", {QDir::toNativeSeparators(templatePath), kLeaveLinksAlone}));
-    ReportMaker(book.Get(), workbook, beforeStep).Make();
+    const Object book =
+        application.Get("Workbooks")
+            .Get("Open", {QDir::toNativeSeparators(templatePath), kLeaveLinksAlone});
+    auto closeInAnyCase = qScopeGuard([&book] {
+        try {
+            book.Call("Close", {false});
+        } catch (const RunTimeError&) {
+            // An Excel that fails even there is ended with the book.
+        }
+    });
+    ReportMaker(book, workbook, beforeStep).Make();
     // An empty clipboard lets Excel end without a question.
     application.Set("CutCopyMode", false);
     beforeStep(0, 0);
-    book.Get().Call("SaveAs", {QDir::toNativeSeparators(targetPath), format});
-    book.Close();
+    book.Call("SaveAs", {QDir::toNativeSeparators(targetPath), format});
+    closeInAnyCase.dismiss();
+    book.Call("Close", {false});
 }
 
 }  // namespace davo::excel

@@ -22,10 +22,9 @@ class FormatGrid {
     using Change = std::function<XlsxFormat(const XlsxFormat&)>;
 
     FormatGrid(const Sheet& sheet, XlsxFormats& formats) : formats_(formats) {
-        CellPlace end{0, 0};
-        const auto reach = [&](CellPlace place) {
-            end.row = std::max(end.row, place.row);
-            end.column = std::max(end.column, place.column);
+        const auto reach = [this](CellPlace place) {
+            end_.row = std::max(end_.row, place.row);
+            end_.column = std::max(end_.column, place.column);
         };
         for (const StyledRange& styled : sheet.styles)
             reach(styled.range.last);
@@ -37,8 +36,7 @@ class FormatGrid {
             for (const LetterheadLine& line : LetterheadLines())
                 reach(line.range.last);
         }
-        end_ = end;
-        numbers_.resize(static_cast<std::size_t>(end.row) * static_cast<std::size_t>(end.column));
+        numbers_.resize(static_cast<std::size_t>(end_.row) * static_cast<std::size_t>(end_.column));
     }
 
     // Changes the formats of a range; each that it meets only once.
@@ -61,11 +59,10 @@ class FormatGrid {
     }
     lxw_format* At(CellPlace place) { return formats_.Handle(NumberAt(place)); }
     const XlsxFormat& FormatAt(CellPlace place) { return formats_.At(NumberAt(place)); }
-    CellPlace End() const { return end_; }
 
   private:
     XlsxFormats& formats_;
-    CellPlace end_;
+    CellPlace end_{0, 0};
     std::vector<std::size_t> numbers_;
 };
 
