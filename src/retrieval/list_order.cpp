@@ -26,32 +26,11 @@ std::string NameKey(std::string_view entry) {
     return LowerCase(EntryName(entry).value_or(std::string()));
 }
 
-// The entries whose keys are given, each sorted key taking the first unused entry that has it.
-template <class Key>
-std::vector<std::string> Place(const std::vector<std::string>& entries,
-                               const std::vector<Key>& keys, const std::vector<Key>& sortedKeys) {
-    std::vector<bool> used(entries.size(), false);
-    std::vector<std::string> placed;
-    placed.reserve(entries.size());
-    for (const Key& key : sortedKeys) {
-        for (std::size_t i = 0; i < entries.size(); ++i) {
-            if (used[i] || keys[i] != key) continue;
-            used[i] = true;
-            placed.push_back(entries[i]);
-            break;
-        }
-    }
-    return placed;
-}
-
-template <class Key, class KeyOf, class Sort>
-std::vector<std::string> SortBy(const std::vector<std::string>& entries, const KeyOf& keyOf,
-                                const Sort& sort, std::int16_t order) {
-    std::vector<Key> keys(entries.size());
-    std::transform(entries.begin(), entries.end(), keys.begin(), keyOf);
-    std::vector<Key> sorted = keys;
-    sort(sorted, static_cast<int>(sorted.size()) - 1, order);
-    return Place(entries, keys, sorted);
+template <class KeyOf>
+std::vector<std::string> SortBy(std::vector<std::string> entries, const KeyOf& keyOf, bool down) {
+    const auto before = [down](const auto& a, const auto& b) { return down ? b < a : a < b; };
+    std::ranges::stable_sort(entries, before, keyOf);
+    return entries;
 }
 
 QString WithoutSeparatorAtEnd(QString path, const QString& separator) {
@@ -84,13 +63,14 @@ std::string StationKey(std::string_view entry) {
 
 std::vector<std::string> DisplayAndSort(const std::vector<std::string>& entries,
                                         std::int16_t sortDisplay, std::int16_t sortOrder) {
+    const bool down = ValidOrder(sortOrder) == kDescending;
     switch (ValidDisplay(sortDisplay)) {
         case kDisplayFilename:
-            return SortBy<std::string>(entries, NameKey, SortTexts, ValidOrder(sortOrder));
+            return SortBy(entries, NameKey, down);
         case kDisplayStation:
-            return SortBy<std::string>(entries, StationKey, SortTexts, ValidOrder(sortOrder));
+            return SortBy(entries, StationKey, down);
         default:
-            return SortBy<QDate>(entries, DateKey, SortDates, ValidOrder(sortOrder));
+            return SortBy(entries, DateKey, down);
     }
 }
 

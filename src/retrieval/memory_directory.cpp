@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/memory_directory.h"
 
+#include <QByteArrayView>
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -50,8 +51,7 @@ bool Fits(char shape, char c) {
 }
 
 bool IsHead(std::string_view text) {
-    return text.size() >= kHead.size() &&
-           std::equal(kHead.begin(), kHead.end(), text.begin(), Fits);
+    return std::ranges::equal(kHead, text.substr(0, kHead.size()), Fits);
 }
 
 // Where a record begins in text from at on; its size when none does. A "#" inside a value is no
@@ -87,19 +87,10 @@ std::optional<Record> WholeRecord(std::string_view text) {
     return record;
 }
 
-int CountOf(std::string_view text, std::string_view part) {
-    int count = 0;
-    for (std::size_t at = text.find(part); at != std::string_view::npos;
-         at = text.find(part, at + part.size())) {
-        ++count;
-    }
-    return count;
-}
-
 // How many records that lost their beginning or a part are in text. Each has its comments, except
 // that one may have lost these.
 int RemainsIn(std::string_view text) {
-    const int comments = CountOf(text, kComments.key);
+    const auto comments = static_cast<int>(QByteArrayView(text).count(kComments.key));
     if (comments > 0) return comments;
     const bool any = Contains(text, "#") ||
                      std::any_of(kKeys.begin(), kKeys.end(),
