@@ -11,9 +11,7 @@
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QTimer>
-#include <QToolTip>
 #include <QVBoxLayout>
-#include <QValidator>
 #include <utility>
 
 #include "common/text.h"
@@ -37,6 +35,8 @@ constexpr int kComboLength = 6;
 // Characters between two pictures of the bar: each of them holds up the line for a moment.
 constexpr std::size_t kBarStep = 32;
 
+// By HeaderMode.
+constexpr std::array kSaveCaptions = {"&Use Header", "&Save", "Save to &DAVO"};
 constexpr const char* kLeaveQuestion =
     "The DAVO has erased its headers and does not have all of the new ones yet.\r\n"
     "The headers that are not sent stay empty.\r\n"
@@ -50,22 +50,10 @@ constexpr const char* kNotReadBackMessage =
     "Please save them to the DAVO again.";
 constexpr const char* kNotStorableHint = "The DAVO cannot store this character in a header.";
 
-// Characters that a header slot holds: the page's without the one that marks an empty slot.
-class SlotValidator : public QValidator {
-  public:
-    using QValidator::QValidator;
-    State validate(QString& input, int& /*position*/) const override {
-        const auto text = ToPage(input);
-        return text && text->find(kEmptySlotFill) == std::string::npos ? Acceptable : Invalid;
-    }
-};
-
-void KeepToSlot(QLineEdit* box) {
-    box->setValidator(new SlotValidator(box));
-    QObject::connect(box, &QLineEdit::inputRejected, box, [box] {
-        QToolTip::showText(box->mapToGlobal(QPoint(0, box->height())),
-                           QLatin1String(kNotStorableHint), box);
-    });
+// Whether a header slot holds it: characters of the page without the one that marks an empty slot.
+bool FitsSlot(const QString& input) {
+    const auto text = ToPage(input);
+    return text && text->find(kEmptySlotFill) == std::string::npos;
 }
 
 // The label, level with its control.
@@ -75,18 +63,6 @@ QLabel* AddRow(QFormLayout* form, const QString& caption, QWidget* control) {
     label->setBuddy(control);
     form->addRow(label, control);
     return label;
-}
-
-const char* SaveCaption(HeaderMode mode) {
-    switch (mode) {
-        case HeaderMode::Session:
-            return "&Use Header";
-        case HeaderMode::Pc:
-            return "&Save";
-        case HeaderMode::Davo:
-            return "Save to &DAVO";
-    }
-    return "";
 }
 
 }  // namespace
@@ -145,7 +121,7 @@ void frmHeader::BuildBoxes(QFormLayout* form) {
         box->setMinimumWidth(box->fontMetrics().averageCharWidth() * kBoxLength);
         box->setMinimumHeight(kBoxHeight);
         if (mode_ == HeaderMode::Davo) {
-            KeepToSlot(box);
+            KeepTo(box, FitsSlot, QLatin1String(kNotStorableHint));
         } else {
             KeepToPage(box);
         }
@@ -179,7 +155,7 @@ void frmHeader::BuildButtons(QVBoxLayout* column) {
         row->addWidget(button);
         return button;
     };
-    cmdSave_ = add("cmdSave", SaveCaption(mode_));
+    cmdSave_ = add("cmdSave", kSaveCaptions.at(static_cast<std::size_t>(mode_)));
     cmdNotes_ = add("cmdNotes", "&Notepad");
     cmdExit_ = add("cmdExit", "&Exit");
     cmdNotes_->setVisible(mode_ == HeaderMode::Session);

@@ -12,7 +12,6 @@ namespace davo {
 
 namespace {
 
-constexpr int kDavoButton = 1;
 constexpr int kLeastWidth = 360;  // of the buttons
 constexpr int kMargin = 24;
 constexpr int kSpacing = 16;
@@ -25,22 +24,18 @@ frmHeaderOptn::frmHeaderOptn(QWidget* parent) : QDialog(parent) {
     setAttribute(Qt::WA_DeleteOnClose);
     auto* column = WithMargin(new QVBoxLayout(this), kMargin);
     column->setSpacing(kSpacing);
-    const auto add = [this, column](int index, const char* caption) {
-        auto* button = new BigButton(this, QStringLiteral("cmdHeader%1").arg(index), caption);
+    const auto add = [this, column](const char* name, HeaderMode mode, const char* caption) {
+        auto* button = new BigButton(this, name, caption);
         button->setMinimumWidth(kLeastWidth);
         column->addWidget(button);
-        connect(button, &QPushButton::clicked, this, [this, index] { cmdHeader_Click(index); });
+        connect(button, &QPushButton::clicked, this, [this, mode] {
+            if (OnChosen) OnChosen(mode);
+            close();
+        });
     };
-    add(kDavoButton, "DAVO Test Header");
-    add(0, "PC Test Header");
+    add("cmdHeader1", HeaderMode::Davo, "DAVO Test Header");
+    add("cmdHeader0", HeaderMode::Pc, "PC Test Header");
     CentreForm(*this, parent);
-}
-
-void frmHeaderOptn::cmdHeader_Click(int index) {
-    HeaderMode mode = HeaderMode::Pc;
-    if (index == kDavoButton) mode = HeaderMode::Davo;
-    if (OnChosen) OnChosen(mode);
-    close();
 }
 
 void frmHeaderOptn::done(int result) {

@@ -19,9 +19,6 @@ class frmHeaderOptn : public QDialog {
     std::function<void()> OnUnload;
 
     void done(int result) override;
-
-  private:
-    void cmdHeader_Click(int index);
 };
 
 }  // namespace davo

@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QToolTip>
 #include <QValidator>
+#include <utility>
 
 #include "common/text.h"
 
@@ -11,12 +12,16 @@ namespace davo {
 
 namespace {
 
-class PageValidator : public QValidator {
+class TextValidator : public QValidator {
   public:
-    using QValidator::QValidator;
+    TextValidator(std::function<bool(const QString& text)> fits, QObject* parent)
+        : QValidator(parent), fits_(std::move(fits)) {}
     State validate(QString& input, int& /*position*/) const override {
-        return ToPage(input) ? Acceptable : Invalid;
+        return fits_(input) ? Acceptable : Invalid;
     }
+
+  private:
+    std::function<bool(const QString& text)> fits_;
 };
 
 }  // namespace
@@ -25,11 +30,16 @@ QString NotInPageMessage() {
     return QStringLiteral("This text holds a character that cannot be written in a test record.");
 }
 
-void KeepToPage(QLineEdit* box) {
-    box->setValidator(new PageValidator(box));
-    QObject::connect(box, &QLineEdit::inputRejected, box, [box] {
-        QToolTip::showText(box->mapToGlobal(QPoint(0, box->height())), NotInPageMessage(), box);
+void KeepTo(QLineEdit* box, std::function<bool(const QString& text)> fits, const QString& message) {
+    box->setValidator(new TextValidator(std::move(fits), box));
+    QObject::connect(box, &QLineEdit::inputRejected, box, [box, message] {
+        QToolTip::showText(box->mapToGlobal(QPoint(0, box->height())), message, box);
     });
+}
+
+void KeepToPage(QLineEdit* box) {
+    KeepTo(
+        box, [](const QString& text) { return ToPage(text).has_value(); }, NotInPageMessage());
 }
 
 }  // namespace davo
