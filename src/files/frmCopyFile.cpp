@@ -157,13 +157,9 @@ void frmCopyFile::keyPressEvent(QKeyEvent* event) {
 }
 
 void frmCopyFile::closeEvent(QCloseEvent* event) {
-    if (copying_) {
-        // The file under way is whole or gone before the window closes.
-        cancelled_ = true;
-        event->ignore();
-        return;
-    }
     if (handlers_.Running()) {
+        // The file under way is whole or gone before the window closes.
+        cancelled_ = cancelled_ || copying_;
         event->ignore();
         return;
     }

@@ -33,9 +33,15 @@ constexpr int kListHeight = 80;
 constexpr int kRowRoom = 8;
 constexpr int kBoxLetters = 24;
 
-QString Shown(const std::string& text) {
-    return FromPage(text);
-}
+constexpr const char* kChangedMeanwhile =
+    "The file '%1' has been changed since it was chosen. Do you want to write the header "
+    "information into the changed file?";
+constexpr const char* kKeyInText =
+    "A text of the file '%1' holds the name of another line, such as \"SN:\" or \"NOTES\", and "
+    "would be taken for that line. What belongs there would be lost. Do you want to save all the "
+    "same?";
+constexpr const char* kNotSaved =
+    "The changes to the file '%1' are not saved. Do you want to leave without them?";
 
 // Puts text into box, its beginning in sight.
 void ShowIn(QLineEdit* box, const QString& text) {
@@ -43,25 +49,13 @@ void ShowIn(QLineEdit* box, const QString& text) {
     box->setCursorPosition(0);
 }
 
-QString ChangedMeanwhile(const QString& name) {
-    return QStringLiteral(
-               "The file '%1' has been changed since it was chosen. Do you want to write the "
-               "header information into the changed file?")
-        .arg(name);
-}
-
-QString KeyInText(const QString& name) {
-    return QStringLiteral(
-               "A text of the file '%1' holds the name of another line, such as \"SN:\" or "
-               "\"NOTES\", and would be taken for that line. What belongs there would be lost. Do "
-               "you want to save all the same?")
-        .arg(name);
-}
-
-QString NotSaved(const QString& name) {
-    return QStringLiteral(
-               "The changes to the file '%1' are not saved. Do you want to leave without them?")
-        .arg(name);
+// The text of box, cut to the width of a header field there too, and trimmed.
+std::string TakeField(QLineEdit* box) {
+    // The boxes refuse what is not in the page.
+    const std::string text = ToPage(box->text()).value();
+    const std::string cut = CutToField(text);
+    if (cut != text) box->setText(FromPage(cut));
+    return TrimBlanks(cut);
 }
 
 }  // namespace
@@ -208,11 +202,11 @@ void frmSetDescr::Connect() {
     connect(txtTestNotes_, &QLineEdit::textEdited, this,
             [this] { TestTextChanged(txtTestNotes_, file_->headers.testNotes); });
     for (QLineEdit* box : txtHeader_)
-        connect(box, &QLineEdit::textEdited, this, [this] { MarkChanged(); });
+        connect(box, &QLineEdit::textEdited, this, [this] { file_->changed = true; });
     connect(cmdNotes_, &QPushButton::clicked, this,
             [this] { handlers_.RunAlone([this] { cmdNotes_Click(); }); });
     connect(cmdSave_, &QPushButton::clicked, this,
-            [this] { handlers_.RunAlone([this] { cmdSave_Click(); }); });
+            [this] { handlers_.RunAlone([this] { WriteBack(); }); });
     connect(cmdExit_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
 }
 
@@ -256,13 +250,13 @@ void frmSetDescr::ShowFile() {
     const RecordHeaders none;
     const RecordHeaders& headers = file_ ? file_->headers : none;
     const ListRow row = file_ ? rows_.at(static_cast<std::size_t>(file_->row)) : ListRow();
-    lblFilename_->setText(file_ ? Shown(row.filename + " ** " + row.date + " ** " + row.tests)
+    lblFilename_->setText(file_ ? FromPage(row.filename + " ** " + row.date + " ** " + row.tests)
                                 : QString());
     lblFilename_->setToolTip(lblFilename_->text());
-    ShowIn(txtFilenameData_, Shown(headers.testNumber));
-    ShowIn(txtTimeData_, Shown(headers.time));
+    ShowIn(txtFilenameData_, FromPage(headers.testNumber));
+    ShowIn(txtTimeData_, FromPage(headers.time));
     for (std::size_t i = 0; i < txtHeader_.size(); ++i)
-        ShowIn(txtHeader_.at(i), Shown(headers.header.at(i)));
+        ShowIn(txtHeader_.at(i), FromPage(headers.header.at(i)));
     {
         const QSignalBlocker quiet(lstTest_);
         lstTest_->clear();
@@ -292,8 +286,10 @@ void frmSetDescr::lstTest_Click() {
 void frmSetDescr::ShowTest() {
     const bool chosen = file_ && test_ >= 0;
     const auto test = static_cast<std::size_t>(chosen ? test_ : 0);
-    const auto text = [&](const auto& texts) { return chosen ? Shown(texts.at(test)) : QString(); };
-    ShowIn(txtTestNumData_, chosen ? Shown(file_->headers.recNumbers.at(test)) : QString());
+    const auto text = [&](const auto& texts) {
+        return chosen ? FromPage(texts.at(test)) : QString();
+    };
+    ShowIn(txtTestNumData_, chosen ? FromPage(file_->headers.recNumbers.at(test)) : QString());
     ShowIn(txtTestDescr_, file_ ? text(file_->headers.testDescriptions) : QString());
     ShowIn(txtTestNotes_, file_ ? text(file_->headers.testNotes) : QString());
     ShowStates();
@@ -310,39 +306,30 @@ void frmSetDescr::ShowStates() {
 
 QString frmSetDescr::TestCaption(std::size_t test) const {
     const RecordHeaders& headers = file_->headers;
-    QString caption = QStringLiteral("Test ") + Shown(headers.recNumbers.at(test));
+    QString caption = QStringLiteral("Test ") + FromPage(headers.recNumbers.at(test));
     const std::string& description = headers.testDescriptions.at(test);
-    if (!description.empty()) caption += QStringLiteral("   ") + Shown(description);
+    if (!description.empty()) caption += QStringLiteral("   ") + FromPage(description);
     return caption;
 }
 
 void frmSetDescr::TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts) {
-    // The boxes refuse what is not in the page.
-    const std::string text = ToPage(box->text()).value();
-    const std::string cut = CutToField(text);
-    if (cut != text) box->setText(Shown(cut));
-    texts.at(static_cast<std::size_t>(test_)) = TrimBlanks(cut);
+    texts.at(static_cast<std::size_t>(test_)) = TakeField(box);
     lstTest_->item(test_)->setText(TestCaption(static_cast<std::size_t>(test_)));
-    MarkChanged();
-}
-
-void frmSetDescr::MarkChanged() {
     file_->changed = true;
 }
 
 void frmSetDescr::cmdNotes_Click() {
     notepad_ = new frmNotepad(file_->headers.fileNotes, prompts_, this);
-    notepad_->OnChanged = [this] { MarkChanged(); };
+    notepad_->OnChanged = [this] { file_->changed = true; };
     notepad_->open();
-}
-
-void frmSetDescr::cmdSave_Click() {
-    WriteBack();
 }
 
 void frmSetDescr::closeEvent(QCloseEvent* event) {
     bool mayClose = false;
-    handlers_.RunAlone([this, &mayClose] { mayClose = CloseNotepad() && MayLeaveFile(); });
+    handlers_.RunAlone([this, &mayClose] {
+        // A notepad whose text cannot be taken over stays.
+        mayClose = (notepad_.isNull() || notepad_->close()) && MayLeaveFile();
+    });
     if (!mayClose) {
         event->ignore();
         return;
@@ -357,18 +344,9 @@ QString frmSetDescr::PathOf(const QString& name) const {
     return dataPath_ + name + QStringLiteral(".txt");
 }
 
-bool frmSetDescr::CloseNotepad() {
-    return notepad_.isNull() || notepad_->close();
-}
-
 void frmSetDescr::TakeHeader() {
-    for (std::size_t i = 0; i < txtHeader_.size(); ++i) {
-        QLineEdit* box = txtHeader_.at(i);
-        const std::string text = ToPage(box->text()).value();
-        const std::string cut = CutToField(text);
-        if (cut != text) box->setText(Shown(cut));
-        file_->headers.header.at(i) = TrimBlanks(cut);
-    }
+    for (std::size_t i = 0; i < txtHeader_.size(); ++i)
+        file_->headers.header.at(i) = TakeField(txtHeader_.at(i));
 }
 
 void frmSetDescr::TakeMoreTests(const std::string& current) {
@@ -385,14 +363,15 @@ void frmSetDescr::TakeMoreTests(const std::string& current) {
 }
 
 bool frmSetDescr::MayWrite(const std::string& current) {
-    const auto yes = [this](const QString& question) {
-        return prompts_.YesNo(question, Answer::No) == Answer::Yes;
+    const auto yes = [this](const char* question) {
+        return prompts_.YesNo(QString(QLatin1String(question)).arg(file_->name), Answer::No) ==
+               Answer::Yes;
     };
     if (current != file_->bytes) {
-        if (!yes(ChangedMeanwhile(file_->name))) return false;
+        if (!yes(kChangedMeanwhile)) return false;
         TakeMoreTests(current);
     }
-    return SurvivesRewrite(current, file_->headers) || yes(KeyInText(file_->name));
+    return SurvivesRewrite(current, file_->headers) || yes(kKeyInText);
 }
 
 bool frmSetDescr::WriteBack() {
@@ -410,7 +389,7 @@ bool frmSetDescr::WriteBack() {
 
 bool frmSetDescr::MayLeaveFile() {
     if (!file_ || !file_->changed) return true;
-    QString question = NotSaved(file_->name);
+    QString question = QString(QLatin1String(kNotSaved)).arg(file_->name);
     try {
         if (WriteBack()) return true;
     } catch (const std::exception& error) {

@@ -65,7 +65,6 @@ class frmSetDescr : public QWidget {
     void lstTest_Click();
     void TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts);
     void cmdNotes_Click();
-    void cmdSave_Click();
 
     // Takes the record of row in hand, or none.
     void Choose(int row);
@@ -73,12 +72,9 @@ class frmSetDescr : public QWidget {
     void ShowSelectedRecord();
     void ShowTest();
     void ShowStates();
-    void MarkChanged();
     QString TestCaption(std::size_t test) const;
 
     QString PathOf(const QString& name) const;
-    // Takes an open notepad's text over; false when it cannot be taken and the notepad stays.
-    bool CloseNotepad();
     // Cuts the boxes of the header to 20 and takes them.
     void TakeHeader();
     // Writes the file in hand back; false when the operator would rather not. Throws the errors of
