@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/date_guard.h"
 
-#include <algorithm>
-#include <array>
+#include <QStringList>
 
 namespace davo {
 
 void DateGuard::Run() {
-    constexpr std::array<const char*, 6> kMonthFirst = {"MM-dd-yy",   "MM/dd/yy",   "MM.dd.yy",
-                                                        "MM/dd/yyyy", "MM-dd-yyyy", "MM.dd.yyyy"};
+    const QStringList monthFirst =
+        QStringLiteral("MM-dd-yy MM/dd/yy MM.dd.yy MM/dd/yyyy MM-dd-yyyy MM.dd.yyyy")
+            .split(QLatin1Char(' '));
     savedShortDate_ = format_.Read().value_or(QString());
-    const bool monthFirst =
-        std::any_of(kMonthFirst.begin(), kMonthFirst.end(),
-                    [&](const char* format) { return savedShortDate_ == QLatin1String(format); });
-    if (monthFirst) return;
+    if (monthFirst.contains(savedShortDate_)) return;
     shortDateChanged_ = true;
     format_.Set(QStringLiteral("MM/dd/yyyy"));
 }

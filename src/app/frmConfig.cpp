@@ -23,12 +23,6 @@
 
 namespace davo {
 
-namespace {
-
-constexpr int kTextMargin = 4;  // of a closed list
-
-}  // namespace
-
 // A drop-down list that tells when it is about to open, so that it shows what is there now. The
 // wheel does not turn it: a hand that passes over it must not choose another port.
 class OpeningList : public QComboBox {
@@ -46,6 +40,7 @@ class OpeningList : public QComboBox {
 
   protected:
     void paintEvent(QPaintEvent*) override {
+        constexpr int kTextMargin = 4;
         QStylePainter painter(this);
         QStyleOptionComboBox option;
         initStyleOption(&option);

@@ -17,10 +17,6 @@ namespace davo {
 
 namespace {
 
-QString FirstPage(const QString& folder) {
-    return QDir(folder).filePath(QStringLiteral("index.html"));
-}
-
 // The guide's file for a widget of this name; empty when there is none.
 QString PageOf(const QString& folder, const QWidget* widget) {
     const QString name = widget->objectName();
@@ -69,7 +65,7 @@ QString GuidePage(const QString& folder, const QWidget* widget) {
         if (page.isEmpty()) page = PageOf(folder, widget);
         if (!page.isEmpty()) return page;
     }
-    const QString first = FirstPage(folder);
+    const QString first = QDir(folder).filePath(QStringLiteral("index.html"));
     return QFileInfo::exists(first) ? first : QString();
 }
 

@@ -5,6 +5,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QRegularExpression>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -50,13 +51,10 @@ std::vector<QAction*> WithMenusAbove(QAction* item) {
 
 // A menu's caption without its mnemonic, as a button shows it.
 QString ButtonCaption(const QAction& item) {
-    QString caption;
-    const QString text = item.text();
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text.at(i) == QLatin1Char('&') && ++i == text.size()) break;
-        caption += text.at(i);
-    }
-    return caption.replace(QLatin1Char('&'), QStringLiteral("&&"));
+    static const QRegularExpression kMnemonic(QStringLiteral("&(.?)"));
+    return item.text()
+        .replace(kMnemonic, QStringLiteral("\\1"))
+        .replace(QLatin1Char('&'), QStringLiteral("&&"));
 }
 
 BigButton* MakeButton(QAction* item, QWidget* parent) {

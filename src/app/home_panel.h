@@ -11,7 +11,6 @@
 class QAction;
 class QLabel;
 class QStackedLayout;
-class QVBoxLayout;
 
 namespace davo {
 

@@ -3,7 +3,6 @@
 
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <memory>
 #include <utility>
 
 #include "files/frmCopyFile.h"

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/program_icon.h"
 
-#include <QtGlobal>
-
 // Outside the namespace, because it names a function that the resource compiler makes there.
 static void LoadResource() {
     Q_INIT_RESOURCE(davo_icon);

@@ -60,15 +60,12 @@ QString NotListedDetail(int notListed) {
              notListed == 1 ? QStringLiteral("is") : QStringLiteral("are"));
 }
 
-// The troubles first: they are rarer.
-Notice WithTroubles(const Notice& notice, const std::vector<Notice>& troubles) {
+// All that have a caption as one, each caption once.
+Notice Joined(const std::vector<Notice>& notices) {
     QStringList captions;
     QStringList details;
-    for (const Notice& trouble : troubles) {
-        captions << trouble.caption;
-        details << trouble.detail;
-    }
-    if (!notice.caption.isEmpty()) {
+    for (const Notice& notice : notices) {
+        if (notice.caption.isEmpty()) continue;
         captions << notice.caption;
         details << notice.detail;
     }
@@ -93,17 +90,17 @@ QString AnswerWords(std::string_view command) {
 }  // namespace
 
 Notice NoticeOf(const std::vector<SkippedFile>& skipped, int notListed) {
-    QStringList captions;
-    QStringList details;
+    std::vector<Notice> notices;
     if (!skipped.empty()) {
-        captions << QStringLiteral("%1 skipped").arg(Files(skipped.size()));
-        details << SkippedDetail(skipped);
+        notices.push_back(
+            {QStringLiteral("%1 skipped").arg(Files(skipped.size())), SkippedDetail(skipped)});
     }
     if (notListed > 0) {
-        captions << QStringLiteral("%1 not listed").arg(Files(static_cast<std::size_t>(notListed)));
-        details << NotListedDetail(notListed);
+        notices.push_back(
+            {QStringLiteral("%1 not listed").arg(Files(static_cast<std::size_t>(notListed))),
+             NotListedDetail(notListed)});
     }
-    return {captions.join(QStringLiteral(", ")), details.join(QStringLiteral("\r\n\r\n"))};
+    return Joined(notices);
 }
 
 QString WaitWords(const WaitUnderWay& wait) {
@@ -203,7 +200,10 @@ void StatusLine::ShowFacts(const StatusFacts& facts) {
     lblModel_->setText(ModelWords(facts.link.instrumentModel));
     lblDataPath_->SetWhole(ShownPath(facts.dataPath));
     lblKneepoint_->setText(facts.kneepointType);
-    const Notice notice = WithTroubles(NoticeOf(facts.skipped, facts.notListed), facts.troubles);
+    // The troubles first: they are rarer.
+    std::vector<Notice> notices = facts.troubles;
+    notices.push_back(NoticeOf(facts.skipped, facts.notListed));
+    const Notice notice = Joined(notices);
     noticeDetail_ = notice.detail;
     cmdNotice_->setText(notice.caption);
     cmdNotice_->setToolTip(notice.detail);

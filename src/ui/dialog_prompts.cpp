@@ -59,17 +59,8 @@ QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& text, con
 }
 
 QMessageBox::StandardButton ButtonOf(Answer answer) {
-    switch (answer) {
-        case Answer::Yes:
-            return QMessageBox::Yes;
-        case Answer::No:
-            return QMessageBox::No;
-        case Answer::Cancel:
-            return QMessageBox::Cancel;
-        case Answer::Ok:
-            break;
-    }
-    return QMessageBox::Ok;
+    if (answer == Answer::Yes) return QMessageBox::Yes;
+    return answer == Answer::No ? QMessageBox::No : QMessageBox::Cancel;
 }
 
 Answer AnswerOf(QMessageBox::StandardButton button) {

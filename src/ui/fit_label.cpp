@@ -44,12 +44,7 @@ int FitLabel::LeastPixelSize() const {
 }
 
 bool FitLabel::HasRoomFor(const QString& text, QSize size) const {
-    QFont least = font();
-    least.setPixelSize(LeastPixelSize());
-    const QSize room = size - QSize(2 * kMargin, 2 * kMargin);
-    const QRect needed = QFontMetrics(least).boundingRect(
-        QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text);
-    return needed.width() <= room.width() && needed.height() <= room.height();
+    return Fits(text, LeastPixelSize(), size - QSize(2 * kMargin, 2 * kMargin));
 }
 
 QRect FitLabel::TextRect() const {
@@ -60,12 +55,11 @@ QRect FitLabel::TextRect() const {
     return inner.adjusted(arrow, 0, -arrow, 0);
 }
 
-bool FitLabel::Fits(int pixelSize) const {
+bool FitLabel::Fits(const QString& text, int pixelSize, QSize room) const {
     QFont trial = font();
     trial.setPixelSize(pixelSize);
-    const QRect room = TextRect();
     const QRect needed = QFontMetrics(trial).boundingRect(
-        QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text());
+        QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text);
     return needed.width() <= room.width() && needed.height() <= room.height();
 }
 
@@ -75,7 +69,7 @@ int FitLabel::FittedPixelSize() const {
     int high = static_cast<int>(least * growth_);
     while (low < high) {
         const int middle = (low + high + 1) / 2;
-        if (Fits(middle)) {
+        if (Fits(text(), middle, TextRect().size())) {
             low = middle;
         } else {
             high = middle - 1;

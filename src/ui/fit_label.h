@@ -32,7 +32,7 @@ class FitLabel : public QLabel {
 
   private:
     QRect TextRect() const;
-    bool Fits(int pixelSize) const;
+    bool Fits(const QString& text, int pixelSize, QSize room) const;
 
     double leastCapitals_;
     double growth_;
