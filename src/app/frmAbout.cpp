@@ -42,8 +42,7 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     connect(button, &QPushButton::clicked, this, &QDialog::close);
 
     auto* texts = new QVBoxLayout;
-    for (QWidget* one : {static_cast<QWidget*>(name), static_cast<QWidget*>(lblDavoVer_),
-                         static_cast<QWidget*>(frame), static_cast<QWidget*>(button)}) {
+    for (QWidget* one : std::initializer_list<QWidget*>{name, lblDavoVer_, frame, button}) {
         one->setMinimumWidth(kLeastTextWidth);
         texts->addWidget(one);
     }

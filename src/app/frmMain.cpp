@@ -34,10 +34,6 @@ constexpr const char* kNoModel = "DAVO N/A";
 constexpr int kFactsInterval = 2000;    // ms; an adapter that is plugged in shows up so soon
 constexpr int kMessageDuration = 8000;  // ms; two sentences are read in half of it
 
-QString PlainCaption(const QAction& item) {
-    return item.text().remove(QLatin1Char('&'));
-}
-
 }  // namespace
 
 frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForms forms)
@@ -85,13 +81,14 @@ void frmMain::ConnectMenu() {
         });
     };
     on(menu_.mnuRecall, [this] { mnuRecall_Click(); });
-    on(menu_.mnuBoth, [this] { mnuBoth_Click(); });
-    on(menu_.mnuRatio, [this] { mnuRatio_Click(); });
+    on(menu_.mnuBoth, [this] { RunTest(false); });
+    on(menu_.mnuRatio, [this] { RunTest(true); });
     on(menu_.mnuDownload, [this] { mnuDownload_Click(); });
-    on(menu_.mnuOverlay, [this] { mnuOverlay_Click(); });
+    on(menu_.mnuOverlay, [this] { ShowFileWindow(ListCaller::Overlay, *menu_.mnuOverlay); });
     on(menu_.mnuSetHeaderFile, [this] { mnuSetHeaderFile_Click(); });
     on(menu_.mnuSetDescr, [this] { mnuSetDescr_Click(); });
-    on(menu_.mnuFileUtil, [this] { mnuFileUtil_Click(); });
+    on(menu_.mnuFileUtil,
+       [this] { ShowFileWindow(ListCaller::FileUtilities, *menu_.mnuFileUtil); });
     on(menu_.mnuConfig, [this] { mnuConfig_Click(); });
     on(menu_.mnuExit, [this] { mnuExit_Click(); });
     on(menu_.mnuAbout, [this] { mnuAbout_Click(); });
@@ -195,18 +192,6 @@ void frmMain::mnuRecall_Click() {
     });
 }
 
-void frmMain::mnuBoth_Click() {
-    state_.modes.testRatioOnlyMode = false;
-    state_.modes.testBothMode = true;
-    RunTest();
-}
-
-void frmMain::mnuRatio_Click() {
-    state_.modes.testRatioOnlyMode = true;
-    state_.modes.testBothMode = false;
-    RunTest();
-}
-
 void frmMain::mnuDownload_Click() {
     state_.listCaller = ListCaller::Download;
     if (!forms_.memoryDirectory) {
@@ -250,14 +235,6 @@ void frmMain::SetKneepoint(const char* kneepointType) {
     state_.settings.kneepointType = QLatin1String(kneepointType);
     menu_.CheckKneepoint(state_.settings.kneepointType);
     ShowFacts();
-}
-
-void frmMain::mnuOverlay_Click() {
-    ShowFileWindow(ListCaller::Overlay, *menu_.mnuOverlay);
-}
-
-void frmMain::mnuFileUtil_Click() {
-    ShowFileWindow(ListCaller::FileUtilities, *menu_.mnuFileUtil);
 }
 
 void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
@@ -326,7 +303,9 @@ void frmMain::ListRecords() {
 
 // --- The test window ----------------------------------------------------------------------------
 
-void frmMain::RunTest() {
+void frmMain::RunTest(bool ratioOnly) {
+    state_.modes.testRatioOnlyMode = ratioOnly;
+    state_.modes.testBothMode = !ratioOnly;
     std::string& model = state_.linkState.instrumentModel;
     model.clear();
     if (OpenPort()) services_.link.ReadInstrumentModel(model);
@@ -371,7 +350,7 @@ void frmMain::ShowChild(const OpenChild& open, const QAction& item) {
         menu_.EnableFile(true);
         statusBar()->showMessage(
             QStringLiteral("\"%1\" is not part of this version of the program.")
-                .arg(PlainCaption(item)),
+                .arg(item.text().remove(QLatin1Char('&'))),
             kMessageDuration);
         return;
     }
@@ -384,16 +363,13 @@ void frmMain::ChildClosed() {
     area_->setMinimumSize(0, 0);
     pages_->setCurrentWidget(home_);
     menu_.EnableFile(true);
-    RefreshDirectory();
-    ShowFacts();
-    if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
-}
-
-void frmMain::RefreshDirectory() {
+    // The data folder may have changed while the window was open.
     handlers_.Run([this] {
         ListRecords();
         menu_.EnableRecordItems(DirectoryFileExists());
     });
+    ShowFacts();
+    if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
 }
 
 void frmMain::ShowFacts() {

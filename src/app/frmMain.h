@@ -58,20 +58,16 @@ class frmMain : public QMainWindow {
     void Attempt(const QString& caption, const Step& step);
 
     void mnuRecall_Click();
-    void mnuBoth_Click();
-    void mnuRatio_Click();
     void mnuDownload_Click();
-    void mnuOverlay_Click();
     void mnuSetHeaderFile_Click();
     void mnuSetDescr_Click();
-    void mnuFileUtil_Click();
     void mnuConfig_Click();
     void mnuExit_Click();
     void mnuAbout_Click();
 
     void SetKneepoint(const char* kneepointType);
     bool OpenPort();
-    void RunTest();
+    void RunTest(bool ratioOnly);
     void ShowTestWindow();
     void ShowFileWindow(ListCaller caller, const QAction& item);
     // Rebuilds the directory file and reads it.
@@ -87,8 +83,6 @@ class frmMain : public QMainWindow {
     // Opens the window of item, or says that there is none.
     void ShowChild(const OpenChild& open, const QAction& item);
     void ChildClosed();
-    // The data folder may have changed while the window was open.
-    void RefreshDirectory();
     void ShowFacts();
     void WaitChanged();
 
