@@ -2,7 +2,6 @@
 #include "testing/frmCControl.h"
 
 #include <QCloseEvent>
-#include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopedValueRollback>
@@ -48,7 +47,7 @@ frmCControl::frmCControl(const TestSurroundings& around, Settings& settings, QWi
     timBeep_.setInterval(kBeepInterval);
     ConnectEvents();
     painted_ = sequence_.Screen();
-    controls_.PaintAll(painted_);
+    controls_.Paint(nullptr, painted_);
 }
 
 frmCControl::~frmCControl() {
@@ -311,7 +310,8 @@ void frmCControl::Refresh() {
 
 void frmCControl::Paint() {
     LeaveFocusSafely(sequence_.Screen());
-    controls_.Paint(painted_, sequence_.Screen());
+    controls_.Paint(&painted_, sequence_.Screen());
+    painted_ = sequence_.Screen();
     controls_.ShowBesidePrompt(live_.Wanted());
 }
 

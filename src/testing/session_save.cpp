@@ -2,6 +2,7 @@
 #include "testing/session_save.h"
 
 #include <QFileInfo>
+#include <QScopedValueRollback>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -32,19 +33,6 @@ enum class DialogueEnd {
 struct DialogueResult {
     DialogueEnd end = DialogueEnd::Again;
     QString savedFile;
-};
-
-// Puts the data path back whatever happens during a save.
-class DataPathKeeper {
-  public:
-    explicit DataPathKeeper(Settings& settings) : settings_(settings), kept_(settings.dataPath) {}
-    ~DataPathKeeper() { settings_.dataPath = kept_; }
-    DataPathKeeper(const DataPathKeeper&) = delete;
-    DataPathKeeper& operator=(const DataPathKeeper&) = delete;
-
-  private:
-    Settings& settings_;
-    QString kept_;
 };
 
 QString NameOf(const QString& path) {
@@ -91,7 +79,8 @@ void FollowChosenFolder(const QString& path, Settings& settings) {
 // From the file dialog to the record file. Throws what creating the folder and writing throw.
 DialogueResult SaveAsRecordFile(const SessionContent& content, Prompts& prompts,
                                 Settings& settings) {
-    const DataPathKeeper keeper(settings);
+    // The data path is put back whatever happens.
+    const QScopedValueRollback dataPath(settings.dataPath);
     const QString path = AskForPath(prompts, settings.dataPath);
     if (path.isEmpty()) return {DialogueEnd::NoName, {}};
     FollowChosenFolder(path, settings);

@@ -10,8 +10,6 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <string>
-#include <vector>
 
 #include "common/text.h"
 #include "ui/big_button.h"
@@ -97,59 +95,6 @@ void MakeReading(QLineEdit* box) {
     MakeRoomFor(box, "0000.00");
 }
 
-using LabelView = std::pair<QLabel*, ControlView ShotScreen::*>;
-using BoxView = std::pair<QLineEdit*, ControlView ShotScreen::*>;
-using ButtonView = std::pair<QPushButton*, ControlView ShotScreen::*>;
-
-template <class Control>
-void Show(Control* control, const ControlView& view) {
-    const QString text = FromPage(view.text);
-    // The same text set again would move the cursor of a box that the operator types in.
-    if (control->text() != text) control->setText(text);
-    control->setEnabled(view.enabled);
-    control->setVisible(view.visible);
-}
-
-template <class Views>
-void PaintViews(const Views& views, const ShotScreen* painted, const ShotScreen& screen) {
-    for (const auto& [control, member] : views) {
-        if (painted == nullptr || painted->*member != screen.*member) {
-            Show(control, screen.*member);
-        }
-    }
-}
-
-void PaintControls(const ShotControls& c, const ShotScreen* painted, const ShotScreen& screen) {
-    using S = ShotScreen;
-    PaintViews(std::vector<LabelView>{{c.lblTest, &S::lblTest},
-                                      {c.lblTime, &S::lblTime},
-                                      {c.lblMessage, &S::lblMessage},
-                                      {c.lblConfirm, &S::lblConfirm},
-                                      {c.lblDamage, &S::lblDamage},
-                                      {c.lblPE, &S::lblPE},
-                                      {c.lblCRatio, &S::lblCRatio},
-                                      {c.lblCRCount, &S::lblCRCount},
-                                      {c.lblRatioCount, &S::lblRatioCount},
-                                      {c.lblSatCount, &S::lblSatCount}},
-               painted, screen);
-    PaintViews(std::vector<BoxView>{{c.txtCur, &S::txtCur},
-                                    {c.txtVolt, &S::txtVolt},
-                                    {c.txtRatio, &S::txtRatio},
-                                    {c.txtPolarity, &S::txtPolarity},
-                                    {c.txtPE, &S::txtPE},
-                                    {c.txtHVolt, &S::txtHVolt},
-                                    {c.txtXVolt, &S::txtXVolt},
-                                    {c.txtCRatio, &S::txtCRatio}},
-               painted, screen);
-    PaintViews(std::vector<ButtonView>{{c.cmdStart, &S::cmdStart},
-                                       {c.cmdContinue, &S::cmdContinue},
-                                       {c.cmdCancel, &S::cmdCancel},
-                                       {c.cmdHeader, &S::cmdHeader},
-                                       {c.cmdExit, &S::cmdExit}},
-               painted, screen);
-    c.lblMessage->SetAlert(screen.messageWarns);
-}
-
 }  // namespace
 
 ShotControls::ShotControls(QWidget* window) {
@@ -164,9 +109,8 @@ ShotControls::ShotControls(QWidget* window) {
     BuildButtons(window);
     column->addWidget(Frame1);
     QWidget* before = txtHVolt;
-    for (QWidget* next : {static_cast<QWidget*>(txtXVolt), static_cast<QWidget*>(cmdStart),
-                          static_cast<QWidget*>(cmdContinue), static_cast<QWidget*>(cmdCancel),
-                          static_cast<QWidget*>(cmdHeader), static_cast<QWidget*>(cmdExit)}) {
+    for (QWidget* next : std::initializer_list<QWidget*>{txtXVolt, cmdStart, cmdContinue, cmdCancel,
+                                                         cmdHeader, cmdExit}) {
         QWidget::setTabOrder(before, next);
         before = next;
     }
@@ -302,13 +246,40 @@ void ShotControls::BuildButtons(QWidget* window) {
     cmdExit = add("cmdExit");
 }
 
-void ShotControls::Paint(ShotScreen& painted, const ShotScreen& screen) {
-    PaintControls(*this, &painted, screen);
-    painted = screen;
-}
-
-void ShotControls::PaintAll(const ShotScreen& screen) {
-    PaintControls(*this, nullptr, screen);
+void ShotControls::Paint(const ShotScreen* painted, const ShotScreen& screen) {
+    const auto paint = [painted, &screen](auto* control, ControlView ShotScreen::*member) {
+        const ControlView& view = screen.*member;
+        if (painted != nullptr && painted->*member == view) return;
+        const QString text = FromPage(view.text);
+        // The same text set again would move the cursor of a box that the operator types in.
+        if (control->text() != text) control->setText(text);
+        control->setEnabled(view.enabled);
+        control->setVisible(view.visible);
+    };
+    paint(lblTest, &ShotScreen::lblTest);
+    paint(lblTime, &ShotScreen::lblTime);
+    paint(lblMessage, &ShotScreen::lblMessage);
+    paint(lblConfirm, &ShotScreen::lblConfirm);
+    paint(lblDamage, &ShotScreen::lblDamage);
+    paint(lblPE, &ShotScreen::lblPE);
+    paint(lblCRatio, &ShotScreen::lblCRatio);
+    paint(lblCRCount, &ShotScreen::lblCRCount);
+    paint(lblRatioCount, &ShotScreen::lblRatioCount);
+    paint(lblSatCount, &ShotScreen::lblSatCount);
+    paint(txtCur, &ShotScreen::txtCur);
+    paint(txtVolt, &ShotScreen::txtVolt);
+    paint(txtRatio, &ShotScreen::txtRatio);
+    paint(txtPolarity, &ShotScreen::txtPolarity);
+    paint(txtPE, &ShotScreen::txtPE);
+    paint(txtHVolt, &ShotScreen::txtHVolt);
+    paint(txtXVolt, &ShotScreen::txtXVolt);
+    paint(txtCRatio, &ShotScreen::txtCRatio);
+    paint(cmdStart, &ShotScreen::cmdStart);
+    paint(cmdContinue, &ShotScreen::cmdContinue);
+    paint(cmdCancel, &ShotScreen::cmdCancel);
+    paint(cmdHeader, &ShotScreen::cmdHeader);
+    paint(cmdExit, &ShotScreen::cmdExit);
+    lblMessage->SetAlert(screen.messageWarns);
 }
 
 void ShotControls::PlaceBesidePrompt(QWidget* chart) {

@@ -21,11 +21,9 @@ class FitLabel;
 struct ShotControls {
     explicit ShotControls(QWidget* window);
 
-    // Shows the difference between what is painted and screen; painted becomes screen. Texts of
-    // buttons and labels are their captions, of boxes their content.
-    void Paint(ShotScreen& painted, const ShotScreen& screen);
-    // Everything of screen, whatever was painted before.
-    void PaintAll(const ShotScreen& screen);
+    // Shows what of screen differs from painted, without that all of it. Texts of buttons and
+    // labels are their captions, of boxes their content.
+    void Paint(const ShotScreen* painted, const ShotScreen& screen);
 
     // Puts chart at the right of the prompt, hidden.
     void PlaceBesidePrompt(QWidget* chart);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/shot_sequence.h"
 
-#include <utility>
-
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
