@@ -118,3 +118,12 @@ function(davo_test_at_150_percent name test screen filter)
   set_tests_properties(${name} PROPERTIES
     ENVIRONMENT "${environment};QT_SCALE_FACTOR=1.5;QT_QPA_PLATFORM=offscreen:configfile=${CMAKE_SOURCE_DIR}/tools/driver/${screen}.json")
 endfunction()
+
+# davo_bench(<subject> [LINKS ...]): the benchmark davo_bench_<subject> of <subject>_bench.cpp.
+function(davo_bench subject)
+  cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
+  set(name davo_bench_${subject})
+  add_executable(${name} ${subject}_bench.cpp)
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE davo_flags ${ARG_LINKS} benchmark::benchmark)
+endfunction()
