@@ -2,8 +2,6 @@
 // The insertion of grid points against the same rules written pair by pair: the part of the grid
 // that lies inside a pair is found by binary search.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <map>
 #include <sstream>
@@ -14,6 +12,7 @@
 #include "tests/support/number_reference.h"
 #include "tests/support/random_rounds.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "analysis/grid_points.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 #include "common/run_time_error.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 

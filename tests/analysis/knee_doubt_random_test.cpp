@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the sentences about a search go by, against the search itself.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <iostream>
@@ -14,6 +12,7 @@
 #include "tests/analysis/curve_source.h"
 #include "tests/support/random_rounds.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -3,14 +3,13 @@
 
 #include "analysis/knee_doubt.h"
 
-#include <gtest/gtest.h>
-
 #include <sstream>
 
 #include "analysis/smooth_knee.h"
 #include "common/files.h"
 #include "common/numbers.h"
 #include "tests/analysis/published_curves.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -235,8 +234,8 @@ std::string Shown(const std::optional<CurvePoint>& point) {
 }
 
 TEST(PublishedSmoothKnees, StandInTheDocumentAndAsaLiesInTheBand) {
-    const std::string document = ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) +
-                                               QStringLiteral("/../docs/kneepoints.md"));
+    const std::string document =
+        ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/../docs/kneepoints.md"_s);
     const std::vector<test::PublishedCurve> curves = test::PublishedCurves();
     ASSERT_EQ(curves.size(), 4U);
     for (const test::PublishedCurve& curve : curves) {

@@ -2,8 +2,6 @@
 // The three searches against the same rules written down another way: first the list of all pairs
 // with their ratios, then one look through that list.
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <optional>
 #include <sstream>
@@ -14,6 +12,7 @@
 #include "tests/support/number_reference.h"
 #include "tests/support/random_rounds.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "analysis/kneepoint.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
-#include <vector>
 
 #include "common/run_time_error.h"
 #include "common/settings.h"
 #include "tests/analysis/print_kneepoint.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

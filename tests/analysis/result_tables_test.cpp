@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "analysis/result_tables.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "common/run_time_error.h"
 #include "tests/analysis/print_kneepoint.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -2,14 +2,13 @@
 // The kneepoints of smooth curves against the same curve written in another way: cubics in powers,
 // roots of their derivatives, bisection.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 
 #include "analysis/smooth_knee.h"
 #include "tests/curves/random_record.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -3,9 +3,9 @@
 
 #include "analysis/smooth_knee.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
+
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

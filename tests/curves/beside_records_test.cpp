@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/beside_records.h"
 
-#include <gmock/gmock.h>
-
 #include <QApplication>
 #include <QHeaderView>
-#include <QKeySequence>
-#include <QLineEdit>
 #include <QScrollBar>
 #include <QSplitter>
-#include <QTreeWidget>
 #include <algorithm>
-#include <functional>
-#include <memory>
 
 #include "files/frmFileUtilOverlay.h"
 #include "files/frmSetDescr.h"
@@ -21,12 +14,7 @@
 #include "tests/support/fake_serial_port.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 class PanelInWindow : public PanelTest {
   protected:
@@ -128,7 +116,7 @@ TEST_F(PanelInWindow, FollowsTheTestList) {
 
 TEST_F(PanelInWindow, IsNotBesideTheInstrument_sMemory) {
     ShowTestList(kWide, ListMode::Instrument);
-    EXPECT_EQ(window->findChild<QWidget*>(QStringLiteral("RecordPanel")), nullptr);
+    EXPECT_EQ(window->findChild<QWidget*>(u"RecordPanel"_s), nullptr);
 }
 
 TEST_F(PanelInWindow, FollowsTheFileUtilities) {
@@ -149,7 +137,7 @@ TEST_F(PanelInWindow, FollowsTheHeadersAndWhatIsSaved) {
     auto* company = FindIn<QLineEdit>(*window, "txtHeader0");
     company->setFocus();
     company->selectAll();
-    QTest::keyClicks(company, QStringLiteral("Northern"));
+    QTest::keyClicks(company, u"Northern"_s);
     QTest::mouseClick(FindIn<QPushButton>(*window, "cmdSave"), Qt::LeftButton);
     EXPECT_TRUE(QTest::qWaitFor(
         [this] { return TextOf(*window, "lblHeader").find("Northern") != std::string::npos; },
@@ -257,5 +245,4 @@ TEST_F(PanelInWindow, CanBeShutByItsEdge) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/curve_chart.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QFontMetrics>
 #include <QImage>
@@ -20,16 +17,13 @@
 #include "curves/chart_look.h"
 #include "curves/knee_marks.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 using ::testing::DoubleEq;
 using ::testing::DoubleNear;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::Pointwise;
 
 TEST(DecadesOf, HoldsEveryValueAboveZero) {
@@ -82,9 +76,9 @@ TEST(ChartColours, StandOutFromEveryPalette) {
 }
 
 TEST(KneeMarks, HaveTheirWordsBesideEachOther) {
-    EXPECT_EQ(KneeWord(KneeRule::Ieee30), QStringLiteral("IEEE 30"));
-    EXPECT_EQ(KneeWord(KneeRule::Ieee45), QStringLiteral("IEEE 45"));
-    EXPECT_EQ(KneeWord(KneeRule::Asa1050), QStringLiteral("ASA 10/50"));
+    EXPECT_EQ(KneeWord(KneeRule::Ieee30), u"IEEE 30"_s);
+    EXPECT_EQ(KneeWord(KneeRule::Ieee45), u"IEEE 45"_s);
+    EXPECT_EQ(KneeWord(KneeRule::Asa1050), u"ASA 10/50"_s);
     const QRectF area(0, 0, 400, 300);
     const QFontMetrics metrics(QApplication::font());
     // In the middle, in the corner where no label has room at its usual place, all at one point.
@@ -116,13 +110,13 @@ class Chart : public ::testing::Test {
         QTest::qWait(20);
     }
     static ChartCurve One() {
-        return {QStringLiteral("Test 1"),
+        return {u"Test 1"_s,
                 {{0, 5}, {0.02, 30}, {0.1, 100}, {2, 250}},
                 {{KneeRule::Ieee30, {0.1, 100}}, {KneeRule::Asa1050, {0.11, 105}}},
                 CurveLook::Normal};
     }
-    QWidget* Plot() { return chart.findChild<QWidget*>(QStringLiteral("plotCurves")); }
-    QString Said() { return chart.findChild<QLabel*>(QStringLiteral("lblCrosshair"))->text(); }
+    QWidget* Plot() { return chart.findChild<QWidget*>(u"plotCurves"_s); }
+    QString Said() { return chart.findChild<QLabel*>(u"lblCrosshair"_s)->text(); }
     void Key(Qt::Key key, Qt::KeyboardModifiers with = Qt::NoModifier) {
         QTest::keyClick(Plot(), key, with);
     }
@@ -143,8 +137,7 @@ class Chart : public ::testing::Test {
     }
     QString TextOfPdf(const QString& path) {
         QProcess process;
-        process.start(QStringLiteral("pdftotext"),
-                      {QStringLiteral("-layout"), path, QStringLiteral("-")});
+        process.start(u"pdftotext"_s, {u"-layout"_s, path, u"-"_s});
         EXPECT_TRUE(process.waitForFinished());
         EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
         return QString::fromUtf8(process.readAllStandardOutput());
@@ -212,9 +205,9 @@ TEST_F(Chart, TheWheelZoomsAtThePointer) {
 
 TEST_F(Chart, ThePointerReadsTheNearestPoint) {
     ASSERT_TRUE(PointUntil({0.1, 100}));
-    EXPECT_EQ(Said(), QStringLiteral("Test 1: 0.1 A, 100 V"));
+    EXPECT_EQ(Said(), u"Test 1: 0.1 A, 100 V"_s);
     ASSERT_TRUE(PointUntil({2, 250}));
-    EXPECT_EQ(Said(), QStringLiteral("Test 1: 2 A, 250 V"));
+    EXPECT_EQ(Said(), u"Test 1: 2 A, 250 V"_s);
     // A point at zero is not on the chart.
     EXPECT_FALSE(PointUntil({0, 5}));
     QEvent leave(QEvent::Leave);
@@ -225,7 +218,7 @@ TEST_F(Chart, ThePointerReadsTheNearestPoint) {
 
 TEST_F(Chart, KeysStepFromPointToPoint) {
     ChartCurve other = One();
-    other.name = QStringLiteral("Test 2");
+    other.name = u"Test 2"_s;
     other.points = {{0.5, 60}};
     chart.SetCurves({One(), other});
     std::vector<std::string> said;
@@ -237,13 +230,13 @@ TEST_F(Chart, KeysStepFromPointToPoint) {
                 ElementsAre("Test 1: 0.02 A, 30 V", "Test 1: 0.1 A, 100 V", "Test 1: 2 A, 250 V",
                             "Test 2: 0.5 A, 60 V", "Test 2: 0.5 A, 60 V"));
     Key(Qt::Key_Left, Qt::ControlModifier);
-    EXPECT_EQ(Said(), QStringLiteral("Test 1: 2 A, 250 V"));
+    EXPECT_EQ(Said(), u"Test 1: 2 A, 250 V"_s);
     // A point outside of what is shown is brought into sight.
     for (int i = 0; i < 12; ++i)
         Key(Qt::Key_Plus);
     for (int i = 0; i < 2; ++i)
         Key(Qt::Key_Left, Qt::ControlModifier);
-    EXPECT_EQ(Said(), QStringLiteral("Test 1: 0.02 A, 30 V"));
+    EXPECT_EQ(Said(), u"Test 1: 0.02 A, 30 V"_s);
     EXPECT_LE(chart.Across().low, std::log10(0.02));
     EXPECT_GE(chart.Across().high, std::log10(0.02));
     EXPECT_LE(chart.Up().low, std::log10(30));
@@ -251,7 +244,7 @@ TEST_F(Chart, KeysStepFromPointToPoint) {
 }
 
 TEST_F(Chart, GrowsByDecadesWithItsReadings) {
-    chart.SetCurves({{QStringLiteral("Shot"), {}, {}, CurveLook::Readings}});
+    chart.SetCurves({{u"Shot"_s, {}, {}, CurveLook::Readings}});
     chart.AppendPoint(0, {0.02, 30});
     EXPECT_EQ(chart.Across(), (LogSpan{-2, -1}));
     EXPECT_EQ(chart.Up(), (LogSpan{1, 2}));
@@ -329,8 +322,7 @@ TEST_F(Chart, LeavesThePageAMargin) {
     const QString path = folder.Path("chart.pdf");
     chart.SavePdf(path);
     QProcess process;
-    process.start(QStringLiteral("pdftotext"),
-                  {QStringLiteral("-bbox"), path, QStringLiteral("-")});
+    process.start(u"pdftotext"_s, {u"-bbox"_s, path, u"-"_s});
     ASSERT_TRUE(process.waitForFinished());
     const QString words = QString::fromUtf8(process.readAllStandardOutput());
     const auto number = [](const QString& text) { return text.toDouble(); };
@@ -354,7 +346,7 @@ TEST_F(Chart, LeavesThePageAMargin) {
 
 TEST_F(Chart, SavesAPageOfWords) {
     ChartCurve faint = One();
-    faint.name = QStringLiteral("Earlier");
+    faint.name = u"Earlier"_s;
     faint.look = CurveLook::Faint;
     faint.knees.clear();
     chart.SetCurves({One(), faint});
@@ -373,5 +365,4 @@ TEST_F(Chart, SaysWhenItCannotBeWritten) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -3,9 +3,6 @@
 
 #include "curves/curve_export.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QProcess>
 #include <QStandardPaths>
 
@@ -16,12 +13,10 @@
 #include "tests/support/random_seed.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
-using testing::SizeIs;
 
 using Fields = std::vector<std::string>;
 
@@ -124,7 +119,7 @@ TEST(CurveExport, HasAHeaderRow) {
 
 TEST(CurveExport, EveryColumnIsTold) {
     const std::string document =
-        ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) + QStringLiteral("/../docs/csv.md"));
+        ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/../docs/csv.md"_s);
     const Fields columns = RowsOf(RecordsAsCsv({})).at(0);
     for (const std::string& column : columns)
         EXPECT_NE(document.find("`" + column + "`"), std::string::npos) << column;
@@ -285,16 +280,15 @@ TEST(CurveExport, RandomFilesReadBackLineByLine) {
 
 // Python's reader gives the fields back, each as hexadecimal digits of its UTF-8.
 TEST(CurveExport, PythonReadsTheSame) {
-    const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
+    const QString python = QStandardPaths::findExecutable(u"python3"_s);
     if (python.isEmpty()) GTEST_SKIP() << "no python3";
     test::RecordSource random(test::RandomSeed(4181));
     const std::string csv = RecordsAsCsv(RandomRecords(random));
     const test::TemporaryFolder folder;
     ReplaceFile(folder.Path("records.csv"), csv);
     QProcess process;
-    process.start(
-        python, {QString::fromUtf8(DAVO_TESTS_FOLDER) + QStringLiteral("/curves/read_back_csv.py"),
-                 folder.Path("records.csv")});
+    process.start(python, {QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/curves/read_back_csv.py"_s,
+                           folder.Path("records.csv")});
     ASSERT_TRUE(process.waitForFinished(60000)) << process.errorString().toStdString();
     EXPECT_EQ(process.readAllStandardError().toStdString(), "");
     std::string expected;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Random damage to record files: read, or refused with an error of ours, never a crash.
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <random>
 
@@ -14,6 +12,7 @@
 #include "tests/support/random_seed.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Shots of the simulated instrument: what is doubtful about them, and what is not.
 
-#include <gtest/gtest.h>
-
 #include "curves/record_facts.h"
 #include "instrument/transformer.h"
 #include "records/record_image.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QDir>
-#include <QLabel>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QTableWidget>
-#include <QTest>
-#include <string>
-#include <vector>
 
 #include "common/files.h"
 #include "common/settings.h"
@@ -38,7 +31,7 @@ class PanelTest : public ::testing::Test {
             Curve(SmoothCurve(150), 1) + Curve(SmoothCurve(310), 2) + Curve(SmoothCurve(640), 3));
     }
     QString File(const std::string& name) const {
-        return settings.dataPath + QString::fromStdString(name) + QStringLiteral(".txt");
+        return settings.dataPath + QString::fromStdString(name) + u".txt"_s;
     }
     void Add(const std::string& name, const std::string& tests) {
         ReplaceFile(File(name), HeaderText(name) + tests);

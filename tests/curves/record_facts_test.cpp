@@ -3,9 +3,6 @@
 
 #include "curves/record_facts.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "analysis/grid_points.h"
@@ -17,13 +14,10 @@
 #include "tests/support/random_seed.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 RecordFacts FactsOf(const std::string& bytes) {
     return ParseRecordFacts(bytes, "T0012");

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the panel says when a file cannot be saved or read, by means of Linux.
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,13 +13,7 @@
 #include "tests/support/in_the_way.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 constexpr uid_t kNobody = 65534;
 constexpr mode_t kAllMayRead = 0755;
@@ -128,10 +121,9 @@ TEST_F(PanelOnDisk, WhatHasTheTemporaryNameIsNeitherFollowedNorWaitedFor) {
         });
         CreateFolder(NameWhileWriting(path));
         Save(command);
-        EXPECT_EQ(
-            prompts.shown.back(),
-            QStringLiteral("The file was not saved. Run-time error '70': Permission denied: ") +
-                NameWhileWriting(path));
+        EXPECT_EQ(prompts.shown.back(),
+                  u"The file was not saved. Run-time error '70': Permission denied: "_s +
+                      NameWhileWriting(path));
         QDir().rmdir(NameWhileWriting(path));
     }
 }
@@ -152,7 +144,7 @@ TEST_F(PanelOnDisk, ARecordThatMayNotBeReadIsSaid) {
 
 // The legend names what is shown.
 TEST_F(PanelOnDisk, ThePageOfElevenRecordsNamesTheFirstTen) {
-    const QString pdftotext = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
+    const QString pdftotext = QStandardPaths::findExecutable(u"pdftotext"_s);
     if (pdftotext.isEmpty()) GTEST_SKIP() << "no pdftotext";
     std::vector<std::string> names;
     for (int i = 0; i < 11; ++i) {
@@ -164,7 +156,7 @@ TEST_F(PanelOnDisk, ThePageOfElevenRecordsNamesTheFirstTen) {
     prompts.files = {folder.Path("eleven.pdf")};
     Press("cmdSavePdf");
     QProcess process;
-    process.start(pdftotext, {folder.Path("eleven.pdf"), QStringLiteral("-")});
+    process.start(pdftotext, {folder.Path("eleven.pdf"), u"-"_s});
     ASSERT_TRUE(process.waitForFinished());
     const std::string page = process.readAllStandardOutput().toStdString();
     for (std::size_t i = 0; i < 10; ++i)
@@ -173,5 +165,4 @@ TEST_F(PanelOnDisk, ThePageOfElevenRecordsNamesTheFirstTen) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

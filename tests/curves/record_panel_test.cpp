@@ -1,22 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "curves/record_panel.h"
 
-#include <gmock/gmock.h>
-
 #include <QImage>
 #include <algorithm>
 
 #include "tests/curves/panel_test.h"
 
 namespace davo::test {
-
 namespace {
-
-using ::testing::AllOf;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 TEST_F(Panel, IsEmptyWithoutARecord) {
     ShowFiles({});
@@ -67,7 +58,7 @@ TEST_F(Panel, ShowsTenRecordsAtMost) {
     EXPECT_EQ(TextOf(panel, "lblRecord"), "12 records; the first 10 are shown");
     EXPECT_EQ(FindIn<QTableWidget>(panel, "tblTests")->columnCount(), 10);
     EXPECT_EQ(FindIn<QTableWidget>(panel, "tblTests")->horizontalHeaderItem(9)->text(),
-              QStringLiteral("R9 Test 1"));
+              u"R9 Test 1"_s);
     ShowFiles({"R0", "R1"});
     EXPECT_EQ(TextOf(panel, "lblRecord"), "2 records");
 }
@@ -139,9 +130,9 @@ TEST_F(Panel, SavesPictureAndPageAndTable) {
     Press("cmdSavePng");
     Press("cmdSavePdf");
     Press("cmdSaveCsv");
-    EXPECT_EQ(prompts.shown.at(0), QDir::cleanPath(settings.dataPath) + QStringLiteral("|*.png"));
-    EXPECT_TRUE(prompts.shown.at(1).endsWith(QStringLiteral("|*.pdf")));
-    EXPECT_TRUE(prompts.shown.at(2).endsWith(QStringLiteral("|*.csv")));
+    EXPECT_EQ(prompts.shown.at(0), QDir::cleanPath(settings.dataPath) + u"|*.png"_s);
+    EXPECT_TRUE(prompts.shown.at(1).endsWith(u"|*.pdf"_s));
+    EXPECT_TRUE(prompts.shown.at(2).endsWith(u"|*.csv"_s));
     EXPECT_EQ(QImage(folder.Path("curves.png")).size(), QSize(1600, 1100));
     EXPECT_THAT(ReadWholeFile(folder.Path("curves.PDF")), StartsWith("%PDF-"));
     const std::string csv = ReadWholeFile(folder.Path("curves.csv"));
@@ -156,8 +147,9 @@ TEST_F(Panel, AsksBeforeItReplacesAFile) {
     prompts.files = {path, path, QString()};
     prompts.answers = {Answer::No, Answer::Yes};
     Press("cmdSaveCsv");
-    EXPECT_EQ(prompts.shown.back(), QStringLiteral("The file 'mine.csv' exists already. Do you "
-                                                   "want to replace it?"));
+    EXPECT_EQ(prompts.shown.back(),
+              u"The file 'mine.csv' exists already. Do you "
+              "want to replace it?"_s);
     EXPECT_EQ(prompts.presets.back(), Answer::No);
     EXPECT_EQ(ReadWholeFile(path), "mine");
     Press("cmdSaveCsv");
@@ -176,5 +168,4 @@ TEST_F(Panel, SaysWhenNothingWasSaved) {
 }
 
 }  // namespace
-
 }  // namespace davo::test

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The drawing library is written with Qt's keywords: include this before any other header.
 #undef QT_NO_KEYWORDS
-#include <gtest/gtest.h>
 #include <qcustomplot.h>
 
 #include <QApplication>
@@ -15,9 +14,9 @@
 #include "curves/knee_marks.h"
 #include "tests/curves/small_chart.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
-
 namespace {
 
 constexpr Moment kMoments[] = {Moment::Empty, Moment::FirstReading, Moment::Readings,
@@ -46,7 +45,7 @@ class SmallChart : public ::testing::TestWithParam<Look> {
         ShowMoment(chart, moment, knee);
         QTest::qWait(60);
     }
-    QCustomPlot& Plot() { return *chart.findChild<QCustomPlot*>(QStringLiteral("plotCurves")); }
+    QCustomPlot& Plot() { return *chart.findChild<QCustomPlot*>(u"plotCurves"_s); }
     QImage Grabbed() { return Plot().grab().toImage().convertToFormat(QImage::Format_RGB32); }
     // Whether area, in the plot's pixels, has something else than the base colour in it.
     static bool Inked(const QImage& picture, const QRectF& area, const QColor& base) {
@@ -137,8 +136,8 @@ TEST_P(SmallChart, HasItsTitlesWholeAndNothingAtItsEdge) {
         Show(moment);
         const QRectF area = Plot().axisRect()->rect();
         const QFontMetricsF metrics(Plot().xAxis->labelFont());
-        EXPECT_EQ(Plot().xAxis->label(), QStringLiteral("Amperes"));
-        EXPECT_EQ(Plot().yAxis->label(), QStringLiteral("Volts"));
+        EXPECT_EQ(Plot().xAxis->label(), u"Amperes"_s);
+        EXPECT_EQ(Plot().yAxis->label(), u"Volts"_s);
         EXPECT_LT(metrics.horizontalAdvance(Plot().xAxis->label()), area.width());
         EXPECT_LT(metrics.horizontalAdvance(Plot().yAxis->label()), area.height());
         const QImage picture = Grabbed();
@@ -213,8 +212,8 @@ TEST_P(SmallChart, GrowsByWholeDecadesBothWays) {
 
 TEST_P(SmallChart, HasEarlierCurvesPaleBehindTheOthersAndWithoutAName) {
     const std::vector<CurvePoint> points = {{0.02, 20}, {0.05, 300}, {0.9, 800}};
-    const ChartCurve faint{QStringLiteral("Earlier"), points, {}, CurveLook::Faint};
-    const ChartCurve normal{QStringLiteral("This one"), points, {}, CurveLook::Normal};
+    const ChartCurve faint{u"Earlier"_s, points, {}, CurveLook::Faint};
+    const ChartCurve normal{u"This one"_s, points, {}, CurveLook::Normal};
     const ChartColours colours = ColoursOn(chart.palette());
     chart.SetInteractive(false);
     chart.SetCurves({faint});
@@ -258,5 +257,4 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SmallChart,
                                            Look{{420, 260}, 1.5}, Look{{340, 220}, 1.5}));
 
 }  // namespace
-
 }  // namespace davo::test

@@ -2,8 +2,6 @@
 // What a full disk does to the capture file, and links and pipes to it and the journal; by means of
 // Linux.
 
-#include <gtest/gtest.h>
-
 #include "common/run_time_error.h"
 #include "records/capture_file.h"
 #include "records/session_journal.h"
@@ -11,6 +9,7 @@
 #include "tests/support/file_size_limit.h"
 #include "tests/support/in_the_way.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -31,7 +30,7 @@ ErrorNumber NumberThrownBy(Act act) {
 
 TEST(CaptureFileDisk, FullDiskIsError61) {
     CaptureFile capture;
-    capture.Create(QStringLiteral("/dev/full"));
+    capture.Create(u"/dev/full"_s);
     EXPECT_EQ(NumberThrownBy([&] { capture.Append("x"); }), ErrorNumber::DiskFull);
 }
 

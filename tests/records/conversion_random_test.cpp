@@ -3,8 +3,6 @@
 // must become are written independently of the converter: counts are integers, so every decimal
 // text follows from integer arithmetic.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -14,6 +12,7 @@
 #include "records/record_file_writer.h"
 #include "tests/support/random_rounds.h"
 #include "tests/support/result_number.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

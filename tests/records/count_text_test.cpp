@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/count_text.h"
 
-#include <gtest/gtest.h>
-
 #include "common/numbers.h"
 #include "records/record_image.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Random damage to record files and capture files: an error of ours at most, never a crash.
 
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "common/run_time_error.h"
@@ -11,6 +9,7 @@
 #include "records/record_file_writer.h"
 #include "tests/records/captures.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/directory_entry.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "common/run_time_error.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<std::string> RecordLines() {
     return {"TEST NUMBER: T15",
@@ -50,9 +45,9 @@ TEST(SummariseRecord, CutsValuesAtTwentyAndAfterTheFirstColonOnly) {
     lines[10] = "COMMENTS: 123456789012345678901234";
     lines[11] = "OPERATOR: 123456789012345678901234";
     const std::string entry = SummariseRecord("T.txt", lines).entry;
-    EXPECT_THAT(entry, testing::HasSubstr("COMPANY=A:B=C!D,E\"F-01234567STATION="));
-    EXPECT_THAT(entry, testing::EndsWith("OPERATOR= 1234567890123456789COMMENTS= "
-                                         "1234567890123456789"));
+    EXPECT_THAT(entry, HasSubstr("COMPANY=A:B=C!D,E\"F-01234567STATION="));
+    EXPECT_THAT(entry, EndsWith("OPERATOR= 1234567890123456789COMMENTS= "
+                                "1234567890123456789"));
 }
 
 TEST(SummariseRecord, ShortLinesGiveShortValues) {
@@ -70,8 +65,8 @@ TEST(SummariseRecord, ALineWithoutColonIsCutAsIfItStoodInFront) {
     lines[5] = "NO COLON HERE";
     lines[11] = "NONE EITHER";
     const RecordSummary summary = SummariseRecord("T.txt", lines);
-    EXPECT_THAT(summary.entry, testing::HasSubstr("STATION=O COLON HERECIRCUIT="));
-    EXPECT_THAT(summary.entry, testing::HasSubstr("OPERATOR=NONE EITHERCOMMENTS="));
+    EXPECT_THAT(summary.entry, HasSubstr("STATION=O COLON HERECIRCUIT="));
+    EXPECT_THAT(summary.entry, HasSubstr("OPERATOR=NONE EITHERCOMMENTS="));
     EXPECT_EQ(summary.station, "O COLON HERE");
 }
 

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,42 +7,39 @@
 
 #include "tests/records/directory_folder.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST_F(DirectoryFile, WhatCannotBeSummedUpIsSkippedWithItsReason) {
     Write("a.txt", RecordText("03/09/21"));
     Write("b.txt", "");
     Write("c.txt", "1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n9\r\n10\r\n11\r\n");
     Write("d.txt", RecordText("02/30/21"));
-    QDir().mkpath(dataPath + QLatin1String("e.txt"));
-    ASSERT_TRUE(QFile::link(dataPath + QLatin1String("gone"), dataPath + QLatin1String("f.txt")));
-    ASSERT_EQ(mkfifo(QFile::encodeName(dataPath + QLatin1String("g.txt")).constData(), 0600), 0);
-    const QString greek = QStringLiteral("\u03A9.txt");
+    QDir().mkpath(dataPath + "e.txt"_L1);
+    ASSERT_TRUE(QFile::link(dataPath + "gone"_L1, dataPath + "f.txt"_L1));
+    ASSERT_EQ(mkfifo(QFile::encodeName(dataPath + "g.txt"_L1).constData(), 0600), 0);
+    const QString greek = u"\u03A9.txt"_s;
     Write(greek, RecordText("03/09/21"));
     Write("h.txt", std::string(1000000, 'x'));
     const RebuildResult result = Rebuild();
     EXPECT_EQ(result.count, 1);
-    EXPECT_THAT(result.skipped,
-                ElementsAre(SkippedFile{QStringLiteral("b.txt"), SkipReason::TooFewLines},
-                            SkippedFile{QStringLiteral("c.txt"), SkipReason::TooFewLines},
-                            SkippedFile{QStringLiteral("d.txt"), SkipReason::NoDate},
-                            SkippedFile{QStringLiteral("e.txt"), SkipReason::Unreadable},
-                            SkippedFile{QStringLiteral("f.txt"), SkipReason::Unreadable},
-                            SkippedFile{QStringLiteral("g.txt"), SkipReason::Unreadable},
-                            SkippedFile{QStringLiteral("h.txt"), SkipReason::TooFewLines},
-                            SkippedFile{greek, SkipReason::NameOutsidePage}));
+    EXPECT_THAT(result.skipped, ElementsAre(SkippedFile{u"b.txt"_s, SkipReason::TooFewLines},
+                                            SkippedFile{u"c.txt"_s, SkipReason::TooFewLines},
+                                            SkippedFile{u"d.txt"_s, SkipReason::NoDate},
+                                            SkippedFile{u"e.txt"_s, SkipReason::Unreadable},
+                                            SkippedFile{u"f.txt"_s, SkipReason::Unreadable},
+                                            SkippedFile{u"g.txt"_s, SkipReason::Unreadable},
+                                            SkippedFile{u"h.txt"_s, SkipReason::TooFewLines},
+                                            SkippedFile{greek, SkipReason::NameOutsidePage}));
     EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
 }
 
 TEST_F(DirectoryFile, NoFileStaysOpen) {
     Write("a.txt", RecordText("03/09/21"));
     Write("b.txt", "short");
-    const auto open = [] { return QDir(QStringLiteral("/proc/self/fd")).entryList().size(); };
+    const auto open = [] { return QDir(u"/proc/self/fd"_s).entryList().size(); };
     const auto before = open();
     Rebuild();
     LoadDirectoryFile(dataPath, tables);
@@ -55,7 +51,7 @@ TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndTheTables) {
     Rebuild();
     const std::string before = Listing();
     for (int i = 0; i < 20; ++i) {
-        Write(QStringLiteral("T%1.txt").arg(i), RecordText("03/09/21"));
+        Write(u"T%1.txt"_s.arg(i), RecordText("03/09/21"));
     }
     const QStringList names = Names();
     {
@@ -84,7 +80,7 @@ TEST_F(DirectoryFile, WhatSaysTheSameIsNotWrittenAgain) {
 }
 
 TEST_F(DirectoryFile, AFolderInThePlaceOfTheFileIsAnError) {
-    QDir().mkpath(dataPath + QLatin1String("DIRDNLD.DNL/x"));
+    QDir().mkpath(dataPath + "DIRDNLD.DNL/x"_L1);
     Write("a.txt", RecordText("03/09/21"));
     EXPECT_EQ(NumberThrownBy([&] { Rebuild(); }), ErrorNumber::PermissionDenied);
     EXPECT_THAT(tables.dirEntries, IsEmpty());
@@ -92,12 +88,12 @@ TEST_F(DirectoryFile, AFolderInThePlaceOfTheFileIsAnError) {
 
 TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {
     for (int i = 0; i < 100; ++i) {
-        Write(QStringLiteral("T%1.txt").arg(i), RecordText("03/09/21"));
+        Write(u"T%1.txt"_s.arg(i), RecordText("03/09/21"));
     }
     Write("U.txt", RecordText("03/09/21"));
     Rebuild();
     const std::string with = Listing();
-    QFile::remove(dataPath + QLatin1String("U.txt"));
+    QFile::remove(dataPath + "U.txt"_L1);
     Rebuild();
     const std::string without = Listing();
     ASSERT_NE(with, without);
@@ -109,7 +105,7 @@ TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {
             for (;;) {
                 Write("U.txt", RecordText("03/09/21"));
                 Rebuild();
-                QFile::remove(dataPath + QLatin1String("U.txt"));
+                QFile::remove(dataPath + "U.txt"_L1);
                 Rebuild();
             }
         }

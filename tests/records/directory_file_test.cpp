@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
 
 #include "tests/records/directory_folder.h"
 
+#include "tests/support/testing.h"
+
 namespace davo::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST_F(DirectoryFile, AnEmptyFolderHasNoRecordsAndNoDirectoryFile) {
     Write("DIRDNLD.DNL", "REC==001\r\nOLD!\r\n");
@@ -26,8 +24,8 @@ TEST_F(DirectoryFile, AnEmptyFolderHasNoRecordsAndNoDirectoryFile) {
 }
 
 TEST_F(DirectoryFile, AMissingFolderIsAnEmptyOne) {
-    EXPECT_EQ(RebuildDirectory(dataPath + QLatin1String("none/"), tables).count, 0);
-    EXPECT_FALSE(QDir(dataPath + QLatin1String("none")).exists());
+    EXPECT_EQ(RebuildDirectory(dataPath + "none/"_L1, tables).count, 0);
+    EXPECT_FALSE(QDir(dataPath + "none"_L1).exists());
 }
 
 TEST_F(DirectoryFile, ListsTheNewestFirst) {
@@ -42,8 +40,7 @@ TEST_F(DirectoryFile, ListsTheNewestFirst) {
     EXPECT_EQ(Listing(), "REC==003\r\n" + c + "\r\n" + a + "\r\n" + b + "\r\n");
     EXPECT_THAT(tables.dirEntries, ElementsAre(c, a, b));
     EXPECT_THAT(tables.dirEntriesNew, ElementsAre(c, a, b));
-    EXPECT_THAT(tables.dirFileNames, ElementsAre(QStringLiteral("C.txt"), QStringLiteral("A.txt"),
-                                                 QStringLiteral("B.txt")));
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"C.txt"_s, u"A.txt"_s, u"B.txt"_s));
     EXPECT_THAT(tables.dirDates,
                 ElementsAre(QDate(2026, 11, 21), QDate(2021, 3, 9), QDate(1999, 12, 31)));
     EXPECT_THAT(tables.dirBaseNames, ElementsAre("A", "B", "C"));
@@ -72,8 +69,7 @@ TEST_F(DirectoryFile, RecordsOfOneDayStandTogetherInTheOrderOfTheirNames) {
     Write("a.txt", RecordText("03/09/21"));
     Write("A1.txt", RecordText("03/09/21"));
     Rebuild();
-    EXPECT_THAT(tables.dirFileNames, ElementsAre(QStringLiteral("A1.txt"), QStringLiteral("a.txt"),
-                                                 QStringLiteral("b.txt"), QStringLiteral("C.txt")));
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"A1.txt"_s, u"a.txt"_s, u"b.txt"_s, u"C.txt"_s));
 }
 
 TEST_F(DirectoryFile, EveryNameThatHoldsTheExtensionAnywhereIsARecord) {
@@ -84,8 +80,7 @@ TEST_F(DirectoryFile, EveryNameThatHoldsTheExtensionAnywhereIsARecord) {
     EXPECT_EQ(Rebuild().count, 2);
     EXPECT_EQ(Listing(), "REC==002\r\n" + EntryText("NOTES", "03/09/21") + "\r\n" +
                              EntryText("x", "03/09/21") + "\r\n");
-    EXPECT_THAT(tables.dirFileNames,
-                ElementsAre(QStringLiteral("NOTES.txt"), QStringLiteral("x.txt")));
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"NOTES.txt"_s, u"x.txt"_s));
 }
 
 TEST_F(DirectoryFile, OnlyDamagedRecordsLeaveNoDirectoryFile) {
@@ -99,13 +94,11 @@ TEST_F(DirectoryFile, OnlyDamagedRecordsLeaveNoDirectoryFile) {
 }
 
 TEST(SkipReasonText, SaysEachReason) {
-    EXPECT_EQ(SkipReasonText(SkipReason::Unreadable), QStringLiteral("cannot be read"));
-    EXPECT_EQ(SkipReasonText(SkipReason::TooFewLines),
-              QStringLiteral("has fewer than twelve lines"));
-    EXPECT_EQ(SkipReasonText(SkipReason::NoDate),
-              QStringLiteral("has no date of the form MM/DD/YY"));
+    EXPECT_EQ(SkipReasonText(SkipReason::Unreadable), u"cannot be read"_s);
+    EXPECT_EQ(SkipReasonText(SkipReason::TooFewLines), u"has fewer than twelve lines"_s);
+    EXPECT_EQ(SkipReasonText(SkipReason::NoDate), u"has no date of the form MM/DD/YY"_s);
     EXPECT_EQ(SkipReasonText(SkipReason::NameOutsidePage),
-              QStringLiteral("has a name with characters that a record list cannot hold"));
+              u"has a name with characters that a record list cannot hold"_s);
 }
 
 TEST_F(DirectoryFile, LineEndsMayBeBareAndTheTwelfthMayBeMissing) {
@@ -137,25 +130,24 @@ TEST_F(DirectoryFile, EightBitNamesAndTextsStayBytes) {
 TEST_F(DirectoryFile, AMarkInANameEndsItInTheList) {
     Write("A!B.txt", RecordText("03/09/21"));
     Rebuild();
-    EXPECT_THAT(tables.dirFileNames, ElementsAre(QStringLiteral("A.txt")));
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"A.txt"_s));
     EXPECT_EQ(RowsForList(tables, 1).at(0).date, "B!03/09/");
 }
 
 TEST_F(DirectoryFile, NoMoreThan250AreListedAndTheRestIsCounted) {
     for (int i = 0; i < 254; ++i) {
         const std::string text = i == 7 ? "damaged" : RecordText("03/09/21");
-        Write(QStringLiteral("T%1.txt").arg(i, 3, 10, QLatin1Char('0')), text);
+        Write(u"T%1.txt"_s.arg(i, 3, 10, QLatin1Char('0')), text);
     }
     const RebuildResult result = Rebuild();
     EXPECT_EQ(result.count, 250);
     EXPECT_EQ(result.notListed, 3);
-    EXPECT_THAT(result.skipped,
-                ElementsAre(SkippedFile{QStringLiteral("T007.txt"), SkipReason::TooFewLines}));
+    EXPECT_THAT(result.skipped, ElementsAre(SkippedFile{u"T007.txt"_s, SkipReason::TooFewLines}));
     EXPECT_EQ(Listing().substr(0, 10), "REC==250\r\n");
     LoadDirectoryFile(dataPath, tables);
     EXPECT_EQ(tables.recordCount, 250);
-    EXPECT_EQ(tables.dirFileNames.front(), QStringLiteral("T000.txt"));
-    EXPECT_EQ(tables.dirFileNames.back(), QStringLiteral("T250.txt"));
+    EXPECT_EQ(tables.dirFileNames.front(), u"T000.txt"_s);
+    EXPECT_EQ(tables.dirFileNames.back(), u"T250.txt"_s);
     EXPECT_EQ(RowsForList(tables, tables.recordCount).size(), 250U);
 }
 

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <functional>
-#include <string>
 
 #include "common/run_time_error.h"
 #include "records/directory_file.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 
@@ -47,9 +44,7 @@ inline ErrorNumber NumberThrownBy(const std::function<void()>& action) {
 // A data folder with what stands in it and its tables.
 class DirectoryFile : public testing::Test {
   protected:
-    DirectoryFile() : dataPath(folder_.path() + QLatin1String("/Shots_Data/")) {
-        QDir().mkpath(dataPath);
-    }
+    DirectoryFile() : dataPath(folder_.path() + "/Shots_Data/"_L1) { QDir().mkpath(dataPath); }
 
     void Write(const QString& name, const std::string& bytes) const {
         QFile file(dataPath + name);
@@ -61,7 +56,7 @@ class DirectoryFile : public testing::Test {
         Write(QString::fromUtf8(name), bytes);
     }
     std::string Listing() const {
-        QFile file(dataPath + QLatin1String("DIRDNLD.DNL"));
+        QFile file(dataPath + "DIRDNLD.DNL"_L1);
         return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "missing";
     }
     QStringList Names() const {

@@ -2,8 +2,6 @@
 // The directory against a second way to write it: text is cut by 1-based positions, sorts move
 // whole chains of exchanges at once, placing erases what it takes from a list.
 
-#include <gtest/gtest.h>
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -18,6 +16,7 @@
 #include "records/directory_entry.h"
 #include "records/directory_file.h"
 #include "records/sorting.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -230,7 +229,7 @@ TEST(DirectoryRandom, EntriesPlacesAndSortsAgreeWithASecondWay) {
         std::vector<int> newestFirst = days;
         std::sort(newestFirst.rbegin(), newestFirst.rend());
         for (std::size_t i = 0; i < dates.size(); ++i) {
-            ASSERT_EQ(dates[i].toString(QStringLiteral("yyyyMMdd")).toInt(), newestFirst[i]);
+            ASSERT_EQ(dates[i].toString(u"yyyyMMdd"_s).toInt(), newestFirst[i]);
         }
         const Lines placed = PlaceByDate(entries, dates);
         ASSERT_EQ(placed, ExpectedPlaces(entries, days));
@@ -240,7 +239,7 @@ TEST(DirectoryRandom, EntriesPlacesAndSortsAgreeWithASecondWay) {
         std::reverse(newestFirst.begin(), newestFirst.end());
         SortDates(dates, static_cast<int>(dates.size()) - 1, 0);
         for (std::size_t i = 0; i < dates.size(); ++i) {
-            ASSERT_EQ(dates[i].toString(QStringLiteral("yyyyMMdd")).toInt(), newestFirst[i]);
+            ASSERT_EQ(dates[i].toString(u"yyyyMMdd"_s).toInt(), newestFirst[i]);
         }
         for (const int direction : {0, 1}) {
             Lines sorted = stations;
@@ -323,7 +322,7 @@ TEST(DirectoryRandom, FoldersAgreeWithASecondWay) {
         const RebuildResult result = RebuildDirectory(dataPath, tables);
         ASSERT_EQ(result.count, static_cast<int>(placed.size()));
         ASSERT_EQ(result.skipped.size() + placed.size(), files.size());
-        QFile listing(dataPath + QLatin1String("DIRDNLD.DNL"));
+        QFile listing(dataPath + "DIRDNLD.DNL"_L1);
         const bool there = listing.open(QIODevice::ReadOnly);
         ASSERT_EQ(there, !placed.empty());
         ASSERT_EQ(there ? listing.readAll().toStdString() : std::string(), expected);

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "common/run_time_error.h"
 #include "records/sorting.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
-
-using testing::ElementsAre;
 
 TEST(SortDates, DescendsForOneAndAscendsForAnythingElse) {
     const QDate a(1999, 12, 31);

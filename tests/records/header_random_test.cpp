@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // "Davo.ini" against a second reader: it looks for each key with strstr and keeps a map.
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <map>
 #include <random>
@@ -11,6 +9,7 @@
 #include "tests/records/captures.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

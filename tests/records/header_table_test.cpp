@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/header_table.h"
 
-#include <gtest/gtest.h>
-
 #include "common/run_time_error.h"
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -2,10 +2,6 @@
 // Kills a session and its recovery at every single change of the disk, before it, in the middle of
 // a write and after it, and looks at what the next start finds.
 
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "common/files.h"
 #include "records/capture_file.h"
 #include "records/unsaved_sessions.h"
@@ -13,6 +9,7 @@
 #include "tests/support/killed_program.h"
 #include "tests/support/random_rounds.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -173,8 +170,7 @@ TEST(Kill, AnsweringLosesNothing) {
             [answer](const TemporaryFolder& folder, const RunResult& result) {
                 const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
                 EXPECT_LE(sessions.size(), result.killed ? 1U : 0U);
-                const QStringList captures =
-                    QDir(folder.Path()).entryList({QStringLiteral("TESTFILE-*.txt")});
+                const QStringList captures = QDir(folder.Path()).entryList({u"TESTFILE-*.txt"_s});
                 const bool mayBeGone = std::string(answer) == "saved" && sessions.empty();
                 EXPECT_TRUE(mayBeGone || captures.size() == 1);
                 for (const QString& name : captures) {

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_file.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "records/record_file_writer.h"
@@ -11,13 +8,12 @@
 #include "tests/records/captures.h"
 #include "tests/support/result_number.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
 
 using test::ResultNumber;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string kHeader =
     "TEST NUMBER: T15\r\nDATE: 11/21/26\r\nTIME: 09:32\r\n# OF SHOTS: 02\r\nCOMPANY: ACME: Ltd\r\n"
@@ -269,7 +265,7 @@ TEST(ReadTestRecordFile, ReadsWhatWasWritten) {
     const test::TemporaryFolder folder;
     const QString capture = folder.Path("TESTFILE.txt");
     test::PutFile(capture, test::CaptureBlock(test::ImageWithPoints(4)));
-    WriteTestRecordFile(QStringLiteral("T1.txt"), folder.Path(), capture, HeaderTable(), 1, "n");
+    WriteTestRecordFile(u"T1.txt"_s, folder.Path(), capture, HeaderTable(), 1, "n");
     const TestRecordFile file = ReadTestRecordFile(folder.Path("T1.txt"));
     EXPECT_EQ(file.headers.at(0).testNumber, "T1");
     EXPECT_EQ(file.records.at(0).points.size(), 4U);
@@ -297,11 +293,11 @@ TEST(PhaseText, APhaseIsWordsOfItsAngle) {
 }
 
 TEST(RecordName, IsTheFilesWithoutFolderAndEnding) {
-    EXPECT_EQ(RecordNameOf(QStringLiteral("T0012.txt")), QStringLiteral("T0012"));
-    EXPECT_EQ(RecordNameOf(QStringLiteral("/a.txt/b/T0012.TXT")), QStringLiteral("T0012"));
-    EXPECT_EQ(RecordNameOf(QStringLiteral("noending")), QStringLiteral("noending"));
-    EXPECT_EQ(PageRecordNameOf(QStringLiteral("/a/M\u00FChle.txt")), "M\xFChle");
-    EXPECT_EQ(PageRecordNameOf(QStringLiteral("\u4e2d.txt")), "?");
+    EXPECT_EQ(RecordNameOf(u"T0012.txt"_s), u"T0012"_s);
+    EXPECT_EQ(RecordNameOf(u"/a.txt/b/T0012.TXT"_s), u"T0012"_s);
+    EXPECT_EQ(RecordNameOf(u"noending"_s), u"noending"_s);
+    EXPECT_EQ(PageRecordNameOf(u"/a/M\u00FChle.txt"_s), "M\xFChle");
+    EXPECT_EQ(PageRecordNameOf(u"\u4e2d.txt"_s), "?");
 }
 
 TEST(ResultNumber, UnitsArePassedOver) {

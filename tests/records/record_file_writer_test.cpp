@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_file_writer.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -234,8 +231,7 @@ TEST_F(WriteTestRecordFileTest, ReplacesTheOldFile) {
 TEST_F(WriteTestRecordFileTest, MissingCaptureLeavesTheOldFile) {
     PutFile(folder_.Path("T15.txt"), "old");
     try {
-        WriteTestRecordFile(QStringLiteral("T15.txt"), folder_.Path(), capture_, SomeHeader(), 1,
-                            "");
+        WriteTestRecordFile(u"T15.txt"_s, folder_.Path(), capture_, SomeHeader(), 1, "");
         FAIL();
     } catch (const RunTimeError& error) {
         EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
@@ -246,8 +242,7 @@ TEST_F(WriteTestRecordFileTest, MissingCaptureLeavesTheOldFile) {
 TEST_F(WriteTestRecordFileTest, MissingDataFolderIsAnError) {
     PutFile(capture_, CaptureBlock(ImageWithPoints(2)));
     try {
-        WriteTestRecordFile(QStringLiteral("T15.txt"), folder_.Path("none/"), capture_,
-                            SomeHeader(), 1, "");
+        WriteTestRecordFile(u"T15.txt"_s, folder_.Path("none/"), capture_, SomeHeader(), 1, "");
         FAIL();
     } catch (const RunTimeError& error) {
         EXPECT_EQ(error.Number(), ErrorNumber::PathNotFound);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_image.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/records/captures.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/session_journal.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
 #include "common/run_time_error.h"
 #include "tests/records/captures.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gtest/gtest.h>
 
 #include <QDateTime>
 
@@ -8,6 +7,7 @@
 #include "records/unsaved_sessions.h"
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -48,8 +48,8 @@ class UnsavedSessionsTest : public testing::Test {
     void ExpectSetAside(const std::string& bytes, int shots, const char* stem) const {
         const std::vector<UnsavedSession> sessions = SetAside();
         ASSERT_EQ(sessions.size(), 1U);
-        EXPECT_EQ(sessions[0].capturePath, folder_.Path(stem) + QStringLiteral(".txt"));
-        EXPECT_EQ(sessions[0].journalPath, folder_.Path(stem) + QStringLiteral(".jnl"));
+        EXPECT_EQ(sessions[0].capturePath, folder_.Path(stem) + u".txt"_s);
+        EXPECT_EQ(sessions[0].journalPath, folder_.Path(stem) + u".jnl"_s);
         EXPECT_EQ(FileBytes(sessions[0].capturePath), bytes);
         EXPECT_EQ(sessions[0].shots, shots);
         ExpectNothingRunning();

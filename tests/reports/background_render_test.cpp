@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/background_render.h"
 
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QSemaphore>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
-#include <memory>
 #include <stdexcept>
-#include <vector>
+
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
@@ -23,7 +21,7 @@ class ScriptedRenderer : public ReportRenderer {
                                       const std::stop_token& stop)>;
     explicit ScriptedRenderer(Script script) : script_(std::move(script)) {}
 
-    QString Extension() const override { return QStringLiteral(".xls"); }
+    QString Extension() const override { return u".xls"_s; }
     bool Render(const Workbook&, const QString&, const QString& targetPath,
                 const RenderProgress& progress, const std::stop_token& stop) override {
         return script_(targetPath, progress, stop);
@@ -52,7 +50,7 @@ class BackgroundRenderTest : public testing::Test {
         renderer_ = std::make_unique<ScriptedRenderer>(std::move(script));
         const QThread* const here = QThread::currentThread();
         render_ = std::make_unique<BackgroundRender>(
-            *renderer_, RenderRequest{{}, {}, QStringLiteral("/reports/T0012.xls")},
+            *renderer_, RenderRequest{{}, {}, u"/reports/T0012.xls"_s},
             [this, here](int n, int m) {
                 told_.isOnThisThread &= QThread::currentThread() == here;
                 told_.progress.emplace_back(n, m);
@@ -88,7 +86,7 @@ TEST_F(BackgroundRenderTest, TellsProgressAndThenTheEndOnTheThreadThatBegan) {
     AwaitEnd();
     EXPECT_TRUE(wasElsewhere);
     EXPECT_TRUE(told_.isOnThisThread);
-    EXPECT_EQ(target, QStringLiteral("/reports/T0012.xls"));
+    EXPECT_EQ(target, u"/reports/T0012.xls"_s);
     EXPECT_EQ(told_.progress, (std::vector<std::pair<int, int>>{{1, 2}, {2, 2}}));
     ASSERT_EQ(told_.ends.size(), 1U);
     EXPECT_TRUE(told_.ends[0].complete);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gtest/gtest.h>
 
 #include "reports/choose_renderer.h"
+
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {

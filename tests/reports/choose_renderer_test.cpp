@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/choose_renderer.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
 TEST(ChooseRenderer, TheBuiltInOneWhereCalcIsNotInstalled) {
     CalcSettings settings;
-    settings.programFolder = QStringLiteral("/nowhere/libreoffice/program");
+    settings.programFolder = u"/nowhere/libreoffice/program"_s;
     const ChosenRenderer chosen = ChooseRenderer(settings);
     ASSERT_NE(chosen.renderer, nullptr);
     EXPECT_TRUE(chosen.isBuiltIn);
-    EXPECT_EQ(chosen.renderer->Extension(), QStringLiteral(".xlsx"));
+    EXPECT_EQ(chosen.renderer->Extension(), u".xlsx"_s);
 }
 
 TEST(ChooseRenderer, CalcWhereItIs) {
@@ -22,7 +22,7 @@ TEST(ChooseRenderer, CalcWhereItIs) {
     const ChosenRenderer chosen = ChooseRenderer(settings);
     ASSERT_NE(chosen.renderer, nullptr);
     EXPECT_FALSE(chosen.isBuiltIn);
-    EXPECT_EQ(chosen.renderer->Extension(), QStringLiteral(".xls"));
+    EXPECT_EQ(chosen.renderer->Extension(), u".xls"_s);
 }
 
 }  // namespace

@@ -2,12 +2,11 @@
 // Group files: the two tests of an overlay, each behind its own header, every line a field that a
 // comma has cut.
 
-#include <gtest/gtest.h>
-
 #include "common/run_time_error.h"
 #include "reports/report_tables.h"
 #include "tests/analysis/print_kneepoint.h"
 #include "tests/support/record_text.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Shots of the simulated instrument on their whole way into a report.
 
-#include <gtest/gtest.h>
-
 #include "instrument/transformer.h"
 #include "records/record_file_writer.h"
 #include "reports/report_writer.h"
 #include "tests/reports/workbook_view.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

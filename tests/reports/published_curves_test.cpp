@@ -2,14 +2,13 @@
 // Measured curves of real transformers, as published, on their whole way through a report. What
 // comes out is written down in docs/kneepoints.md, which this keeps true.
 
-#include <gtest/gtest.h>
-
 #include <sstream>
 
 #include "common/files.h"
 #include "reports/report_writer.h"
 #include "tests/reports/workbook_view.h"
 #include "tests/support/record_text.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -24,7 +23,7 @@ std::vector<PublishedCurve> ReadCurves() {
     std::vector<PublishedCurve> curves;
     const QString folder = QString::fromUtf8(DAVO_TESTS_FOLDER);
     for (const std::string& line :
-         ReadLines(folder + QStringLiteral("/analysis/data/published_ct_curves.csv"))) {
+         ReadLines(folder + u"/analysis/data/published_ct_curves.csv"_s)) {
         if (line.starts_with('#')) continue;
         std::istringstream in(line);
         PublishedCurve curve;
@@ -58,8 +57,8 @@ std::string Shown(const Sheet& sheet, const std::string& row) {
 }
 
 TEST(PublishedCurves, HaveTheKneepointsOfTheDocument) {
-    const std::string document = ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) +
-                                               QStringLiteral("/../docs/kneepoints.md"));
+    const std::string document =
+        ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/../docs/kneepoints.md"_s);
     const std::vector<PublishedCurve> curves = ReadCurves();
     ASSERT_EQ(curves.size(), 4U);
     std::string file = test::HeaderText();

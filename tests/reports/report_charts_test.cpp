@@ -3,8 +3,6 @@
 
 #include "reports/report_charts.h"
 
-#include <gtest/gtest.h>
-
 #include <set>
 
 #include "common/run_time_error.h"
@@ -12,6 +10,7 @@
 #include "reports/report_writer.h"
 #include "tests/reports/workbook_view.h"
 #include "tests/support/record_text.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

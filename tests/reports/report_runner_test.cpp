@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/report_runner.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
-#include <memory>
-#include <vector>
 
 #include "common/files.h"
 #include "common/open_document.h"
@@ -19,12 +14,10 @@
 #include "tests/support/fake_prompts.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // What a renderer was asked for, and what it does then.
 struct Asked {
@@ -38,7 +31,7 @@ struct Asked {
 class FakeRenderer : public ReportRenderer {
   public:
     explicit FakeRenderer(Asked& asked) : asked_(asked) {}
-    QString Extension() const override { return QStringLiteral(".xls"); }
+    QString Extension() const override { return u".xls"_s; }
     void Prepare() override { ++asked_.prepared; }
     bool Render(const Workbook& workbook, const QString& templatePath, const QString& targetPath,
                 const RenderProgress& progress, const std::stop_token& stop) override {
@@ -97,14 +90,13 @@ class ReportRunnerTest : public testing::Test {
 
 TEST_F(ReportRunnerTest, TheReportOfARecordFileIsMadeInTheExcelFolderAndOpened) {
     EXPECT_TRUE(Run());
-    const QString workbook = settings_.excelPath + QStringLiteral("T.0012.xls");
+    const QString workbook = settings_.excelPath + u"T.0012.xls"_s;
     EXPECT_THAT(asked_.targets, ElementsAre(workbook));
     EXPECT_THAT(asked_.templates,
                 ElementsAre(settings_.excelPath + QLatin1String(kTemplateFileName)));
     EXPECT_THAT(opened_, ElementsAre(workbook));
     EXPECT_THAT(prompts_.shown, IsEmpty());
-    EXPECT_THAT(shown_, ElementsAre(QStringLiteral("Plotting graph 1 of 2"),
-                                    QStringLiteral("Plotting graph 2 of 2")));
+    EXPECT_THAT(shown_, ElementsAre(u"Plotting graph 1 of 2"_s, u"Plotting graph 2 of 2"_s));
 }
 
 TEST_F(ReportRunnerTest, TheCaptionOfWhoWaits) {
@@ -121,7 +113,7 @@ TEST_F(ReportRunnerTest, TheOverlayOfAGroupFile) {
     const QString group = folder_.Path("Shots_Data/2Graphs.GRP");
     ReplaceFile(group, FileText(1) + HeaderText("T0013") + RecordText(3));
     EXPECT_TRUE(runner_.RunOverlay(group, show_));
-    const QString workbook = settings_.excelPath + QStringLiteral("2Graphs.xls");
+    const QString workbook = settings_.excelPath + u"2Graphs.xls"_s;
     EXPECT_EQ(runner_.OverlayWorkbook(), workbook);
     EXPECT_THAT(asked_.targets, ElementsAre(workbook));
     EXPECT_THAT(asked_.sheets, ElementsAre(3U)) << "two tests and their summary";
@@ -234,11 +226,10 @@ TEST_F(ReportRunnerTest, WhatWouldMakeXlsIsNotSaidOfAReportThatWasLeft) {
 TEST_F(ReportRunnerTest, WhereNoProgramShowsItThePathIsSaid) {
     canOpen_ = false;
     EXPECT_TRUE(Run());
-    EXPECT_THAT(
-        prompts_.shown,
-        ElementsAre(QStringLiteral("The report is finished, but this computer has no program that "
-                                   "shows it. It is stored as ") +
-                    ShownPath(settings_.excelPath + QStringLiteral("T.0012.xls"))));
+    EXPECT_THAT(prompts_.shown,
+                ElementsAre(u"The report is finished, but this computer has no program that "
+                            "shows it. It is stored as "_s +
+                            ShownPath(settings_.excelPath + u"T.0012.xls"_s)));
 }
 
 TEST_F(ReportRunnerTest, AWindowThatIsGoneStartsNothing) {

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/report_tables.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "records/record_file_writer.h"
@@ -12,6 +8,7 @@
 #include "tests/analysis/print_kneepoint.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

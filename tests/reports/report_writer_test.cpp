@@ -3,12 +3,11 @@
 
 #include "reports/report_writer.h"
 
-#include <gtest/gtest.h>
-
 #include "common/settings.h"
 #include "reports/maker.h"
 #include "tests/reports/workbook_view.h"
 #include "tests/support/record_text.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/template_file.h"
 
-#include <gtest/gtest.h>
-
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
@@ -11,6 +9,7 @@
 #include "common/run_time_error.h"
 #include "tests/reports/xlsx/report.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -34,17 +33,16 @@ TEST(Template, IsTheOneThatReportsName) {
 }
 
 TEST(Template, LiesBesideTheProgram) {
-    EXPECT_EQ(InstalledTemplate(),
-              QCoreApplication::applicationDirPath() + QStringLiteral("/DAVO_Header.xls"));
+    EXPECT_EQ(InstalledTemplate(), QCoreApplication::applicationDirPath() + u"/DAVO_Header.xls"_s);
 }
 
 TEST(Template, IsTheSharedOneWhereNoneLiesBesideTheProgram) {
     const test::TemporaryFolder folder;
     const QDir root(folder.Path());
-    ASSERT_TRUE(root.mkpath(QStringLiteral("bin")) && root.mkpath(QStringLiteral("share/davo")));
-    const QString program = root.filePath(QStringLiteral("bin"));
-    const QString beside = root.filePath(QStringLiteral("bin/DAVO_Header.xls"));
-    const QString shared = root.filePath(QStringLiteral("share/davo/DAVO_Header.xls"));
+    ASSERT_TRUE(root.mkpath(u"bin"_s) && root.mkpath(u"share/davo"_s));
+    const QString program = root.filePath(u"bin"_s);
+    const QString beside = root.filePath(u"bin/DAVO_Header.xls"_s);
+    const QString shared = root.filePath(u"share/davo/DAVO_Header.xls"_s);
     EXPECT_EQ(InstalledTemplate(program), beside);
     ReplaceFile(shared, "shared");
     EXPECT_EQ(InstalledTemplate(program), shared);
@@ -56,8 +54,8 @@ TEST(Template, IsTheSharedOneWhereNoneLiesBesideTheProgram) {
 TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
     QProcess python;
     python.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    const QString script = QStringLiteral(
-        "import sys, xlrd\n"
+    const QString script =
+        u"import sys, xlrd\n"
         "book = xlrd.open_workbook(sys.argv[1], formatting_info=True)\n"
         "sheet = book.sheet_by_name('HEADER')\n"
         "print(book.sheet_names(), sheet.merged_cells)\n"
@@ -65,8 +63,8 @@ TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
         "print(sheet.rowinfo_map[0].height / 20, sheet.rowinfo_map[1].height / 20)\n"
         "for row in list(range(0, 1)) + list(range(3, 16)): print(sheet.row_values(row)[::2])\n"
         "font = book.font_list[book.xf_list[sheet.cell_xf_index(3, 0)].font_index]\n"
-        "print(font.name, font.height / 20, font.weight)\n");
-    python.start(QStringLiteral("/usr/bin/python3"), {QStringLiteral("-c"), script, kCommitted});
+        "print(font.name, font.height / 20, font.weight)\n"_s;
+    python.start(u"/usr/bin/python3"_s, {u"-c"_s, script, kCommitted});
     ASSERT_TRUE(python.waitForFinished());
     EXPECT_EQ(python.exitCode(), 0);
     std::string expected =
@@ -93,7 +91,7 @@ TEST(PutTemplate, CopiesItIntoTheReportFolder) {
     for (const QString& excelPath : {folder.Path("a"), folder.Path("b/")}) {
         ASSERT_TRUE(QDir().mkpath(excelPath));
         EXPECT_EQ(ErrorOfPut(excelPath, kCommitted), 0);
-        EXPECT_EQ(ReadWholeFile(QDir(excelPath).filePath(QStringLiteral("DAVO_Header.xls"))),
+        EXPECT_EQ(ReadWholeFile(QDir(excelPath).filePath(u"DAVO_Header.xls"_s)),
                   ReadWholeFile(kCommitted));
     }
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/workbook.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
+
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -8,7 +7,6 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <chrono>
-#include <functional>
 #include <thread>
 
 #include "common/files.h"
@@ -19,6 +17,7 @@
 #include "tests/support/random_rounds.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 // What goes wrong around LibreOffice Calc, and that nothing of it is left behind.
 
@@ -33,8 +32,8 @@ constexpr const char* kSoffice = "/usr/lib/libreoffice/program/soffice.bin";
 // The engines whose parent is process parent.
 std::vector<pid_t> EnginesOf(qint64 parent) {
     std::vector<pid_t> engines;
-    for (const QString& name : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
-        QFile file(QStringLiteral("/proc/") + name + QStringLiteral("/stat"));
+    for (const QString& name : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
+        QFile file(u"/proc/"_s + name + u"/stat"_s);
         if (name.toInt() == 0 || !file.open(QIODevice::ReadOnly)) continue;
         const QByteArray stat = file.readAll();
         const QList<QByteArray> behind = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
@@ -58,8 +57,8 @@ bool IsGone(qint64 pid) {
 }
 
 QStringList ProfileFolders() {
-    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
-                          QStringLiteral("/davo");
+    const QString cache =
+        QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + u"/davo"_s;
     return QDir(cache).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
 }
 
@@ -70,9 +69,9 @@ Workbook ReportOf(int tests) {
 // Makes disk a folder with a file system of its own; false where that is not allowed.
 bool Mount(const QString& disk, const QStringList& options) {
     if (!QDir().mkpath(disk)) return false;
-    QStringList arguments{QStringLiteral("-t"), QStringLiteral("tmpfs")};
-    arguments << options << QStringLiteral("tmpfs") << disk;
-    return QProcess::execute(QStringLiteral("mount"), arguments) == 0;
+    QStringList arguments{u"-t"_s, u"tmpfs"_s};
+    arguments << options << u"tmpfs"_s << disk;
+    return QProcess::execute(u"mount"_s, arguments) == 0;
 }
 
 class CalcFaultsTest : public testing::Test {
@@ -244,35 +243,32 @@ TEST_F(CalcFaultsTest, DoesNotMindALockFileBesideTheTarget) {
 
 TEST_F(CalcFaultsTest, FillsADiskAndLeavesTheOldWorkbook) {
     const QString disk = folder_.Path("disk");
-    if (!Mount(disk, {QStringLiteral("-o"), QStringLiteral("size=16k")}))
+    if (!Mount(disk, {u"-o"_s, u"size=16k"_s}))
         GTEST_SKIP() << "no file system may be mounted here";
-    target_ = disk + QStringLiteral("/T0012.xls");
+    target_ = disk + u"/T0012.xls"_s;
     ReplaceFile(target_, "old");
     ErrorOf(ErrorNumber::DiskFull);
     EXPECT_EQ(QDir(disk).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    QProcess::execute(QStringLiteral("umount"), {disk});
+    QProcess::execute(u"umount"_s, {disk});
 }
 
 TEST_F(CalcFaultsTest, LeavesTheOldWorkbookInAFolderThatMayNotBeWritten) {
     const QString disk = folder_.Path("disk");
     if (!Mount(disk, {})) GTEST_SKIP() << "no file system may be mounted here";
-    target_ = disk + QStringLiteral("/T0012.xls");
+    target_ = disk + u"/T0012.xls"_s;
     ReplaceFile(target_, "old");
-    ASSERT_EQ(QProcess::execute(QStringLiteral("mount"),
-                                {QStringLiteral("-o"), QStringLiteral("remount,ro"), disk}),
-              0);
+    ASSERT_EQ(QProcess::execute(u"mount"_s, {u"-o"_s, u"remount,ro"_s, disk}), 0);
     EXPECT_EQ(ErrorOf(ErrorNumber::PermissionDenied),
               "Run-time error '70': Permission denied: " + target_.toStdString());
     EXPECT_EQ(QDir(disk).entryList(QDir::Files | QDir::Hidden).size(), 1);
-    QProcess::execute(QStringLiteral("umount"), {disk});
+    QProcess::execute(u"umount"_s, {disk});
 }
 
 TEST_F(CalcFaultsTest, LeavesTheUsersOwnLibreOfficeAlone) {
     QProcess own;
-    own.start(QLatin1String(kSoffice),
-              {QStringLiteral("--headless"), QStringLiteral("--norestore"),
-               QStringLiteral("-env:UserInstallation=file://") + folder_.Path("own"),
-               QStringLiteral("--accept=pipe,name=davo-test-own;urp;")});
+    own.start(QLatin1String(kSoffice), {u"--headless"_s, u"--norestore"_s,
+                                        u"-env:UserInstallation=file://"_s + folder_.Path("own"),
+                                        u"--accept=pipe,name=davo-test-own;urp;"_s});
     ASSERT_TRUE(own.waitForStarted());
     if (own.waitForFinished(3000)) {  // a new profile: it asks to be started again
         own.start();
@@ -297,8 +293,7 @@ TEST_F(CalcFaultsTest, LeavesNoProcessAndNoFolder) {
 
 TEST_F(CalcFaultsTest, EndsWithAProgramThatIsKilledAndClearsUpNextTime) {
     QProcess program;
-    program.start(QStringLiteral(DAVO_CALC_REPORT),
-                  {QStringLiteral("1"), template_, target_, QStringLiteral("100000")});
+    program.start(QStringLiteral(DAVO_CALC_REPORT), {u"1"_s, template_, target_, u"100000"_s});
     ASSERT_TRUE(program.waitForReadyRead(30'000));
     const auto engines = EnginesOf(program.processId());
     ASSERT_EQ(engines.size(), 1U);
@@ -326,7 +321,7 @@ TEST_F(CalcFaultsTest, ReplacesTheEngineAfterSomeReports) {
 
 TEST(CalcMissing, GivesNoRenderer) {
     CalcSettings settings;
-    settings.programFolder = QStringLiteral("/nowhere");
+    settings.programFolder = u"/nowhere"_s;
     EXPECT_FALSE(MakeCalcRenderer(settings));
 }
 

@@ -1,28 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QFile>
 #include <QProcess>
 #include <algorithm>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
 #include "tests/reports/workbook_view.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 // What LibreOffice Calc makes of a report, read back from the file by other programs.
 
 namespace davo::test {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAreArray;
-using testing::IsSupersetOf;
 
 constexpr const char* kTemplate = DAVO_TESTS_FOLDER "/../packaging/template/DAVO_Header.xls";
 
@@ -104,7 +97,7 @@ class CalcRendererTest : public testing::Test {
 };
 
 TEST_F(CalcRendererTest, MakesXls) {
-    EXPECT_EQ(renderer->Extension(), QStringLiteral(".xls"));
+    EXPECT_EQ(renderer->Extension(), u".xls"_s);
 }
 
 TEST_F(CalcRendererTest, WritesEveryCellAsTextOrNumberAndNothingElse) {
@@ -151,16 +144,15 @@ TEST_F(CalcRendererTest, SetsUpThePage) {
             lines, IsSupersetOf({sheet.finalName + " sheet", sheet.finalName + " fit True",
                                  sheet.finalName + " page landscape 1x1",
                                  sheet.finalName + " footer &C" + FooterCode(*sheet.page.footer)}));
-        EXPECT_THAT(LinesWith(lines, sheet.finalName + " header"), testing::IsEmpty());
+        EXPECT_THAT(LinesWith(lines, sheet.finalName + " header"), IsEmpty());
         const auto areas = LinesWith(lines, sheet.finalName + " print area");
         if (sheet.page.printArea) {
-            EXPECT_THAT(areas,
-                        testing::ElementsAre(sheet.finalName + " print area " + sheet.finalName +
-                                             "!" + AddressOf(*sheet.page.printArea)));
+            EXPECT_THAT(areas, ElementsAre(sheet.finalName + " print area " + sheet.finalName +
+                                           "!" + AddressOf(*sheet.page.printArea)));
         }
     }
     EXPECT_THAT(lines, Contains("active Test 1-Graph"));
-    EXPECT_THAT(LinesWith(lines, " sheet"), testing::SizeIs(4));
+    EXPECT_THAT(LinesWith(lines, " sheet"), SizeIs(4));
 }
 
 TEST_F(CalcRendererTest, DrawsTheCurveAndTheStarOnLogarithmicAxes) {
@@ -200,13 +192,13 @@ TEST_F(CalcRendererTest, DrawsAllCurvesInTheSummary) {
     const std::vector<std::string> lines = Render(ReportOf(FileText(3)));
     for (int n = 1; n <= 3; ++n) {
         const std::string sheet = "Test " + std::to_string(n) + "-Graph";
-        EXPECT_THAT(LinesWith(lines, "SummaryGraph values " + sheet), testing::SizeIs(2));
-        EXPECT_THAT(LinesWith(lines, "SummaryGraph x " + sheet), testing::SizeIs(2));
+        EXPECT_THAT(LinesWith(lines, "SummaryGraph values " + sheet), SizeIs(2));
+        EXPECT_THAT(LinesWith(lines, "SummaryGraph x " + sheet), SizeIs(2));
         EXPECT_THAT(lines, Contains("SummaryGraph name SummaryGraph!A" + std::to_string(6 + n) +
                                     ":A" + std::to_string(6 + n)));
     }
-    EXPECT_THAT(LinesWith(lines, "SummaryGraph marker 5"), testing::SizeIs(3));
-    EXPECT_THAT(LinesWith(lines, "SummaryGraph axis logarithmic automatic"), testing::SizeIs(2));
+    EXPECT_THAT(LinesWith(lines, "SummaryGraph marker 5"), SizeIs(3));
+    EXPECT_THAT(LinesWith(lines, "SummaryGraph axis logarithmic automatic"), SizeIs(2));
     EXPECT_THAT(lines, IsSupersetOf({std::string("SummaryGraph legend"),
                                      std::string("SummaryGraph text Graphs Summary\\nKneepoint "
                                                  "Type - IEEE 30 Degree Marker")}));
@@ -216,19 +208,18 @@ TEST_F(CalcRendererTest, LeavesOutTheStarOfATestOfThreePoints) {
     RecordParts parts;
     parts.points.resize(3);
     const std::vector<std::string> lines = Render(ReportOf(HeaderText() + RecordText(parts)));
-    EXPECT_THAT(LinesWith(lines, "Test 1-Graph values"), testing::SizeIs(1));
-    EXPECT_THAT(LinesWith(lines, " marker "), testing::IsEmpty());
-    EXPECT_THAT(LinesWith(lines, "Test 1-Graph!B11 text N/A"), testing::SizeIs(1));
+    EXPECT_THAT(LinesWith(lines, "Test 1-Graph values"), SizeIs(1));
+    EXPECT_THAT(LinesWith(lines, " marker "), IsEmpty());
+    EXPECT_THAT(LinesWith(lines, "Test 1-Graph!B11 text N/A"), SizeIs(1));
 }
 
 TEST_F(CalcRendererTest, HasNoChartForATestWithoutPoints) {
     RecordParts parts;
     parts.points.clear();
     const std::vector<std::string> lines = Render(ReportOf(HeaderText() + RecordText(parts)));
-    EXPECT_THAT(LinesWith(lines, " chart"), testing::IsEmpty());
+    EXPECT_THAT(LinesWith(lines, " chart"), IsEmpty());
     for (const char* cell : {"A19", "B19", "C19", "B10", "D10"}) {
-        EXPECT_THAT(LinesWith(lines, std::string("Test 1-Graph!") + cell + " text N/A"),
-                    testing::SizeIs(1));
+        EXPECT_THAT(LinesWith(lines, std::string("Test 1-Graph!") + cell + " text N/A"), SizeIs(1));
     }
 }
 
@@ -246,7 +237,7 @@ TEST_F(CalcRendererTest, TellsWhichTestIsBegun) {
     EXPECT_TRUE(renderer->Render(ReportOf(FileText(3)), QLatin1String(kTemplate),
                                  folder_.Path("T0012.xls"),
                                  [&](int n, int m) { told.emplace_back(n, m); }, {}));
-    EXPECT_THAT(told, testing::ElementsAre(std::pair(1, 3), std::pair(2, 3), std::pair(3, 3)));
+    EXPECT_THAT(told, ElementsAre(std::pair(1, 3), std::pair(2, 3), std::pair(3, 3)));
 }
 
 }  // namespace

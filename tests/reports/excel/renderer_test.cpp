@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/excel/renderer.h"
 
-#include <gmock/gmock.h>
-
 #include <QDir>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -11,19 +9,15 @@
 #include "reports/excel/steps.h"
 #include "tests/reports/excel/recording.h"
 #include "tests/reports/xlsx/report.h"
+#include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-
 class RecordedSession : public excel::Session {
   public:
     RecordedSession(ExcelRecording& recording, int& sessions)
-        : application_(std::make_shared<RecordedObject>(recording, QStringLiteral("Application"))),
+        : application_(std::make_shared<RecordedObject>(recording, u"Application"_s)),
           sessions_(sessions) {
         excel::Quieten(application_);
         ++sessions_;
@@ -72,8 +66,8 @@ class ExcelRendererTest : public testing::Test {
     qsizetype At(const QString& line) const { return recording_.lines.indexOf(line); }
 
     const QTemporaryDir folder_;
-    const QString template_ = folder_.filePath(QStringLiteral("DAVO_Header.xls"));
-    const QString target_ = folder_.filePath(QStringLiteral("T0012.xls"));
+    const QString template_ = folder_.filePath(u"DAVO_Header.xls"_s);
+    const QString target_ = folder_.filePath(u"T0012.xls"_s);
     ExcelRecording recording_;
     int sessions_ = 0;
     std::stop_source stop_;
@@ -110,24 +104,24 @@ TEST_F(ExcelRendererTest, IsSilencedBeforeAnythingIsOpened) {
 
 TEST_F(ExcelRendererTest, CopiesTheModelBeforeItselfForEveryTest) {
     Render(ReportOf(3));
-    const QString model = QStringLiteral("Book.Sheets.Item(1)");
-    EXPECT_EQ(LinesWith(model + QStringLiteral(".Copy(") + model).size(), 3);
+    const QString model = u"Book.Sheets.Item(1)"_s;
+    EXPECT_EQ(LinesWith(model + u".Copy("_s + model).size(), 3);
     // The summary and the notes.
-    EXPECT_EQ(LinesWith(QStringLiteral("Book.Sheets.Add(") + model).size(), 2);
-    EXPECT_THAT(Plain(LinesWith(QStringLiteral(".Name = \""))
-                          .filter(QRegularExpression(QStringLiteral("^Sheet[0-9]\\.Name")))),
-                ElementsAre("Sheet1.Name = \"Sheet1\"", "Sheet2.Name = \"Sheet2\"",
-                            "Sheet3.Name = \"Sheet3\"", "Sheet4.Name = \"SummaryGraph\"",
-                            "Sheet5.Name = \"NOTES\"", "Sheet1.Name = \"Test 1-Graph\"",
-                            "Sheet2.Name = \"Test 2-Graph\"", "Sheet3.Name = \"Test 3-Graph\"",
-                            "Sheet4.Name = \"SummaryGraph\"", "Sheet5.Name = \"NOTES\""));
+    EXPECT_EQ(LinesWith(u"Book.Sheets.Add("_s + model).size(), 2);
+    EXPECT_THAT(
+        Plain(LinesWith(u".Name = \""_s).filter(QRegularExpression(u"^Sheet[0-9]\\.Name"_s))),
+        ElementsAre("Sheet1.Name = \"Sheet1\"", "Sheet2.Name = \"Sheet2\"",
+                    "Sheet3.Name = \"Sheet3\"", "Sheet4.Name = \"SummaryGraph\"",
+                    "Sheet5.Name = \"NOTES\"", "Sheet1.Name = \"Test 1-Graph\"",
+                    "Sheet2.Name = \"Test 2-Graph\"", "Sheet3.Name = \"Test 3-Graph\"",
+                    "Sheet4.Name = \"SummaryGraph\"", "Sheet5.Name = \"NOTES\""));
     EXPECT_EQ(progress_, (std::vector<std::pair<int, int>>{{1, 3}, {2, 3}, {3, 3}}));
 }
 
 TEST_F(ExcelRendererTest, StylesTheTitleAndTheBody) {
     Render(ReportOf(1));
-    const QString title = QStringLiteral("Sheet1.Range(\"A1:D1\")");
-    const QString body = QStringLiteral("Sheet1.Range(\"A4:D100\")");
+    const QString title = u"Sheet1.Range(\"A1:D1\")"_s;
+    const QString body = u"Sheet1.Range(\"A4:D100\")"_s;
     for (const char* line :
          {".Font.Size = 12", ".Font.Bold = true", ".HorizontalAlignment = -4108",
           ".VerticalAlignment = -4107", ".WrapText = false", ".Orientation = 0", ".Merge"})
@@ -135,21 +129,20 @@ TEST_F(ExcelRendererTest, StylesTheTitleAndTheBody) {
     for (const char* line : {".ColumnWidth = 20", ".HorizontalAlignment = -4131",
                              ".Font.Name = \"Arial\"", ".Font.Size = 8"})
         EXPECT_TRUE(recording_.lines.contains(body + QLatin1String(line))) << line;
-    EXPECT_TRUE(
-        recording_.lines.contains(QStringLiteral("Sheet1.Range(\"B4:D9\").NumberFormat = \"@\"")));
+    EXPECT_TRUE(recording_.lines.contains(u"Sheet1.Range(\"B4:D9\").NumberFormat = \"@\""_s));
 }
 
 TEST_F(ExcelRendererTest, WritesTablesAtOnceNumbersAsNumbersAndTextsAsTexts) {
     Render(ReportOf(1));
-    const QString sheet = QStringLiteral("Sheet1.");
+    const QString sheet = u"Sheet1."_s;
     // A4:D9 is formatted as text but for its first column, and needs no quote there.
-    const QStringList head = LinesWith(sheet + QStringLiteral("Range(\"A4:D14\").Value2 = "));
+    const QStringList head = LinesWith(sheet + u"Range(\"A4:D14\").Value2 = "_s);
     ASSERT_EQ(head.size(), 1);
     EXPECT_THAT(head.front().toStdString(),
                 HasSubstr("{\"'DATE & TIME: \", \"03/07/24 - 14:05:00\", \"COMPANY: \","));
     EXPECT_THAT(head.front().toStdString(), HasSubstr("\"'NAMEPLATE RATIO: \", \"'240 (1200:5)\""));
     EXPECT_THAT(head.front().toStdString(), HasSubstr("\"'MEASURED RATIO: \", 241.2"));
-    const QStringList points = LinesWith(sheet + QStringLiteral("Range(\"A18:D32\").Value2 = "));
+    const QStringList points = LinesWith(sheet + u"Range(\"A18:D32\").Value2 = "_s);
     ASSERT_EQ(points.size(), 1);
     EXPECT_THAT(points.front().toStdString(),
                 HasSubstr("{\"'CT DATA POINTS:\", \"'CUR (A)\", \"'VTG (V)\", "
@@ -158,31 +151,30 @@ TEST_F(ExcelRendererTest, WritesTablesAtOnceNumbersAsNumbersAndTextsAsTexts) {
 
 TEST_F(ExcelRendererTest, MakesTheChartOnItsOwnSheetAndPastesItAtG42) {
     Render(ReportOf(1));
-    const qsizetype added = At(QStringLiteral("Book.Charts.Add"));
+    const qsizetype added = At(u"Book.Charts.Add"_s);
     ASSERT_GE(added, 0);
     EXPECT_TRUE(recording_.lines.contains(
-        QStringLiteral("Chart.SetSourceData(Book.Sheets.Item(\"Sheet1\").Range(\"B19:C32\"), 2)")));
-    EXPECT_TRUE(recording_.lines.contains(QStringLiteral("Chart.ChartType = 75")));
-    const QString curve = QStringLiteral("Chart.SeriesCollection.Item(2)");
-    EXPECT_TRUE(recording_.lines.contains(curve + QStringLiteral(".Delete")));
-    EXPECT_THAT(Plain(LinesWith(QStringLiteral("Values = "))),
+        u"Chart.SetSourceData(Book.Sheets.Item(\"Sheet1\").Range(\"B19:C32\"), 2)"_s));
+    EXPECT_TRUE(recording_.lines.contains(u"Chart.ChartType = 75"_s));
+    const QString curve = u"Chart.SeriesCollection.Item(2)"_s;
+    EXPECT_TRUE(recording_.lines.contains(curve + u".Delete"_s));
+    EXPECT_THAT(Plain(LinesWith(u"Values = "_s)),
                 ElementsAre(HasSubstr(".XValues = \"=Sheet1!R19C2:R32C2\""),
                             HasSubstr(".Values = \"=Sheet1!R19C3:R32C3\""),
                             HasSubstr(".XValues = \"=Sheet1!R11C4\""),
                             HasSubstr(".Values = \"=Sheet1!R11C2\"")));
-    const qsizetype copied = At(QStringLiteral("Chart.ChartArea.Copy"));
-    const qsizetype pasted = At(QStringLiteral("Sheet1.Paste(Sheet1.Range(\"G42\"))"));
-    const qsizetype deleted = At(QStringLiteral("Chart.Delete"));
+    const qsizetype copied = At(u"Chart.ChartArea.Copy"_s);
+    const qsizetype pasted = At(u"Sheet1.Paste(Sheet1.Range(\"G42\"))"_s);
+    const qsizetype deleted = At(u"Chart.Delete"_s);
     EXPECT_LT(added, copied);
     EXPECT_LT(copied, pasted);
     EXPECT_LT(pasted, deleted);
-    EXPECT_TRUE(
-        recording_.lines.contains(QStringLiteral("Sheet1.ChartObjects.Item(1).Left = 484.5")));
+    EXPECT_TRUE(recording_.lines.contains(u"Sheet1.ChartObjects.Item(1).Left = 484.5"_s));
 }
 
 TEST_F(ExcelRendererTest, TheMarkerIsARedStarWithoutALine) {
     Render(ReportOf(1));
-    const QString marker = QStringLiteral("Chart.SeriesCollection.NewSeries");
+    const QString marker = u"Chart.SeriesCollection.NewSeries"_s;
     for (const char* line : {".Border.LineStyle = -4142", ".MarkerStyle = 5", ".MarkerSize = 4",
                              ".MarkerForegroundColorIndex = 3", ".MarkerBackgroundColorIndex = 3",
                              ".Shadow = false", ".Smooth = true"})
@@ -207,30 +199,29 @@ TEST_F(ExcelRendererTest, BothAxesAreAutomaticAndLogarithmicWithBothGrids) {
           "Chart.PlotArea.Fill.Visible = true", "Chart.PlotArea.Fill.ForeColor.SchemeColor = 2",
           "Chart.HasLegend = false"})
         EXPECT_TRUE(recording_.lines.contains(QLatin1String(line))) << line;
-    EXPECT_THAT(LinesWith(QStringLiteral("Chart.ChartTitle.Text")).value(0).toStdString(),
+    EXPECT_THAT(LinesWith(u"Chart.ChartTitle.Text"_s).value(0).toStdString(),
                 HasSubstr("\\nKneepoint Type - IEEE 30 Degree Marker\""));
 }
 
 TEST_F(ExcelRendererTest, SetsUpThePage) {
     Render(ReportOf(1));
-    const QString setup = QStringLiteral("Sheet1.PageSetup");
-    EXPECT_THAT(LinesWith(setup + QStringLiteral(".CenterFooter")).value(0).toStdString(),
+    const QString setup = u"Sheet1.PageSetup"_s;
+    EXPECT_THAT(LinesWith(setup + u".CenterFooter"_s).value(0).toStdString(),
                 HasSubstr(".CenterFooter = \"&\"Arial,Bold Italic\"&8"));
     for (const char* line :
          {".PrintTitleRows = \"\"", ".PrintTitleColumns = \"\"", ".Orientation = 2",
           ".Zoom = false", ".FitToPagesWide = 1", ".FitToPagesTall = 1"})
         EXPECT_TRUE(recording_.lines.contains(setup + QLatin1String(line))) << line;
-    EXPECT_EQ(LinesWith(setup + QStringLiteral(".PrintArea = \"A1:")).size(), 1);
+    EXPECT_EQ(LinesWith(setup + u".PrintArea = \"A1:"_s).size(), 1);
 }
 
 TEST_F(ExcelRendererTest, TheSummaryNamesItsCurvesAndLeavesMarkersOutOfTheLegend) {
     Render(ReportOf(3));
     EXPECT_THAT(
-        Plain(LinesWith(QStringLiteral(".Name = \"Test #"))),
+        Plain(LinesWith(u".Name = \"Test #"_s)),
         ElementsAre(HasSubstr("\"Test #1\""), HasSubstr("\"Test #2\""), HasSubstr("\"Test #3\"")));
     EXPECT_THAT(
-        Plain(LinesWith(QStringLiteral("Chart.Legend.LegendEntries"))
-                  .filter(QStringLiteral(".Delete"))),
+        Plain(LinesWith(u"Chart.Legend.LegendEntries"_s).filter(u".Delete"_s)),
         ElementsAre("Chart.Legend.LegendEntries(6).Delete", "Chart.Legend.LegendEntries(4).Delete",
                     "Chart.Legend.LegendEntries(2).Delete"));
 }
@@ -239,41 +230,36 @@ TEST_F(ExcelRendererTest, AnOverlayEndsWithItsSummaryInFront) {
     Workbook overlay = ReportOf(2);
     overlay.activeSheet = 2;
     Render(overlay);
-    const QStringList activated = LinesWith(QStringLiteral(".Activate"));
-    EXPECT_EQ(activated.last(), QStringLiteral("Sheet3.Activate"));
+    const QStringList activated = LinesWith(u".Activate"_s);
+    EXPECT_EQ(activated.last(), u"Sheet3.Activate"_s);
 }
 
 TEST_F(ExcelRendererTest, TakesTheModelAwayAndSavesAtTheEnd) {
     Render(ReportOf(1));
     const QStringList end = recording_.lines.mid(recording_.lines.size() - 5);
-    EXPECT_THAT(Plain(end), ElementsAre("Book.Sheets.Item(1).Delete", "Sheet1.Activate",
-                                        "Application.CutCopyMode = false",
-                                        testing::AllOf(HasSubstr("Book.SaveAs(\""),
-                                                       HasSubstr("report.xls\", 56)")),
-                                        "Book.Close(false)"));
+    EXPECT_THAT(Plain(end),
+                ElementsAre("Book.Sheets.Item(1).Delete", "Sheet1.Activate",
+                            "Application.CutCopyMode = false",
+                            AllOf(HasSubstr("Book.SaveAs(\""), HasSubstr("report.xls\", 56)")),
+                            "Book.Close(false)"));
 }
 
 TEST_F(ExcelRendererTest, AnOldExcelIsAskedForItsOwnFormat) {
-    recording_.version = QStringLiteral("11.0");
+    recording_.version = u"11.0"_s;
     Render(ReportOf(1));
-    EXPECT_THAT(LinesWith(QStringLiteral("Book.SaveAs")).value(0).toStdString(),
-                HasSubstr(", -4143)"));
+    EXPECT_THAT(LinesWith(u"Book.SaveAs"_s).value(0).toStdString(), HasSubstr(", -4143)"));
 }
 
 TEST_F(ExcelRendererTest, SheetsOfTheTemplateMakeRoomForTheReports) {
-    recording_.templateSheets = {QStringLiteral("sheet1"), QStringLiteral("Mine"),
-                                 QStringLiteral("HEADER")};
+    recording_.templateSheets = {u"sheet1"_s, u"Mine"_s, u"HEADER"_s};
     ASSERT_TRUE(Render(ReportOf(1)));
-    EXPECT_TRUE(recording_.lines.contains(
-        QStringLiteral("Book.Sheets.Item(1).Name = \"sheet1 (template)\"")));
-    EXPECT_FALSE(
-        recording_.lines.join(QLatin1Char('\n')).contains(QStringLiteral("Mine (template)")));
-    EXPECT_TRUE(
-        recording_.lines.contains(QStringLiteral("Book.Sheets.Item(3).Copy(Book.Sheets.Item(3))")));
+    EXPECT_TRUE(recording_.lines.contains(u"Book.Sheets.Item(1).Name = \"sheet1 (template)\""_s));
+    EXPECT_FALSE(recording_.lines.join(QLatin1Char('\n')).contains(u"Mine (template)"_s));
+    EXPECT_TRUE(recording_.lines.contains(u"Book.Sheets.Item(3).Copy(Book.Sheets.Item(3))"_s));
 }
 
 TEST_F(ExcelRendererTest, ATemplateWithoutItsModelIsTold) {
-    recording_.templateSheets = {QStringLiteral("Other")};
+    recording_.templateSheets = {u"Other"_s};
     try {
         Render(ReportOf(1));
         FAIL() << "nothing was thrown";
@@ -282,7 +268,7 @@ TEST_F(ExcelRendererTest, ATemplateWithoutItsModelIsTold) {
                      "Run-time error '440': Automation error: DAVO_Header.xls has no sheet "
                      "\"HEADER\"");
     }
-    EXPECT_EQ(recording_.lines.last(), QStringLiteral("Book.Close(false)"));
+    EXPECT_EQ(recording_.lines.last(), u"Book.Close(false)"_s);
 }
 
 TEST_F(ExcelRendererTest, AFirstQuoteStaysInAFieldOfText) {
@@ -298,11 +284,11 @@ TEST_F(ExcelRendererTest, AFirstQuoteStaysInAFieldOfText) {
     sheet.cells.push_back({PlaceOf("B4"), "'70s"});
     workbook.sheets.push_back(sheet);
     ASSERT_TRUE(Render(workbook));
-    EXPECT_EQ(LinesWith(QStringLiteral("Value2 = \"''70s\"")).size(), 0);
+    EXPECT_EQ(LinesWith(u"Value2 = \"''70s\""_s).size(), 0);
     recording_ = {};
     recording_.takesFirstQuotes = true;
     ASSERT_TRUE(Render(workbook));
-    EXPECT_EQ(LinesWith(QStringLiteral("Value2 = \"''70s\"")).size(), 1);
+    EXPECT_EQ(LinesWith(u"Value2 = \"''70s\""_s).size(), 1);
 }
 
 TEST_F(ExcelRendererTest, AFailureAtAnyCallIsToldAndLeavesTheOldReport) {
@@ -325,7 +311,7 @@ TEST_F(ExcelRendererTest, AFailureAtAnyCallIsToldAndLeavesTheOldReport) {
         ASSERT_EQ(ReadWholeFile(target_), "the old report");
         ASSERT_EQ(sessions_, 0);
         ASSERT_EQ(QDir(folder_.path()).entryList(QDir::Files).size(), 2);
-        const bool wasOpened = recording_.lines.contains(QStringLiteral("Book.Sheets"));
+        const bool wasOpened = recording_.lines.contains(u"Book.Sheets"_s);
         if (wasOpened) {
             ASSERT_THAT(Plain(recording_.lines), Contains("Book.Close(false)"));
         }
@@ -372,7 +358,7 @@ TEST_F(ExcelRendererTest, AMissingTemplateOrFolderIsToldBeforeExcelStarts) {
 
 TEST_F(ExcelRendererTest, MakesXls) {
     const ExcelRenderer renderer(std::make_unique<RecordedLauncher>(recording_, sessions_));
-    EXPECT_EQ(renderer.Extension(), QStringLiteral(".xls"));
+    EXPECT_EQ(renderer.Extension(), u".xls"_s);
 }
 
 }  // namespace

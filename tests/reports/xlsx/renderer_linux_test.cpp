@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What full disks do to a report, by the means that this platform has for it.
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 
 #include <QDir>
@@ -11,6 +10,7 @@
 #include "reports/xlsx/renderer.h"
 #include "tests/reports/xlsx/report.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -57,7 +57,7 @@ TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookWhenTheDiskIsFull) {
     EXPECT_EQ(ErrorAt(path), 61);
     EXPECT_EQ(ReadWholeFile(path), "old");
     EXPECT_EQ(QDir(disk.Path("")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-              QStringList(QStringLiteral("T0012.xlsx")));
+              QStringList(u"T0012.xlsx"_s));
 }
 
 TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookInAFolderThatMayNotBeWritten) {

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/xlsx/renderer.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
@@ -13,6 +10,7 @@
 #include "tests/reports/xlsx/expected.h"
 #include "tests/reports/xlsx/report.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/testing.h"
 
 namespace davo {
 namespace {
@@ -28,7 +26,7 @@ std::vector<std::string> Output(const QString& program, const QStringList& argum
 
 // Debian's own Python, where the package python3-openpyxl is.
 std::vector<std::string> ReadBack(const QString& workbook) {
-    return Output(QStringLiteral("/usr/bin/python3"),
+    return Output(u"/usr/bin/python3"_s,
                   {QStringLiteral(DAVO_TESTS_FOLDER "/reports/read_back_xlsx.py"), workbook});
 }
 
@@ -55,10 +53,10 @@ TEST_P(RenderedReport, HoldsAllThatTheWorkbookSays) {
 TEST_P(RenderedReport, OpensInAnotherSpreadsheet) {
     ASSERT_TRUE(renderer_.Render(test::ReportOf(GetParam()), {}, path_, {}, {}));
     const QString text = folder_.Path("T0012.txt");
-    Output(QStringLiteral("ssconvert"), {path_, text});
+    Output(u"ssconvert"_s, {path_, text});
     const std::string shown = ReadWholeFile(text);
-    EXPECT_THAT(shown, testing::HasSubstr("TEST REPORT"));
-    EXPECT_THAT(shown, testing::HasSubstr("Power & Light"));
+    EXPECT_THAT(shown, HasSubstr("TEST REPORT"));
+    EXPECT_THAT(shown, HasSubstr("Power & Light"));
 }
 
 TEST_P(RenderedReport, TellsOfEachTestSheet) {
@@ -96,7 +94,7 @@ class XlsxRendererTest : public testing::Test {
 };
 
 TEST_F(XlsxRendererTest, MakesXlsx) {
-    EXPECT_EQ(renderer_.Extension(), QStringLiteral(".xlsx"));
+    EXPECT_EQ(renderer_.Extension(), u".xlsx"_s);
 }
 
 TEST_F(XlsxRendererTest, ATextIsNeverTakenForANumberOrAFormula) {
@@ -110,14 +108,14 @@ TEST_F(XlsxRendererTest, ATextIsNeverTakenForANumberOrAFormula) {
     const std::vector<std::string> read = ReadBack(path_);
     for (const char* line :
          {"cell B9 text =1+1 |", "cell B8 text 00012345 |", "cell B7 text '\u20AC\u201C <&> |"})
-        EXPECT_THAT(read, testing::Contains(testing::StartsWith(line)));
+        EXPECT_THAT(read, Contains(StartsWith(line)));
 }
 
 TEST_F(XlsxRendererTest, AnEarlierWorkbookIsReplaced) {
     ReplaceFile(path_, "old");
     ASSERT_TRUE(renderer_.Render(test::ReportOf(1), {}, path_, {}, {}));
-    EXPECT_THAT(ReadWholeFile(path_), testing::StartsWith("PK"));
-    EXPECT_EQ(Listing(), QStringList(QStringLiteral("T0012.xlsx")));
+    EXPECT_THAT(ReadWholeFile(path_), StartsWith("PK"));
+    EXPECT_EQ(Listing(), QStringList(u"T0012.xlsx"_s));
 }
 
 TEST_F(XlsxRendererTest, AStopLeavesAnEarlierWorkbook) {
@@ -131,7 +129,7 @@ TEST_F(XlsxRendererTest, AStopLeavesAnEarlierWorkbook) {
         };
         EXPECT_FALSE(renderer_.Render(test::ReportOf(3), {}, path_, progress, stop.get_token()));
         EXPECT_EQ(ReadWholeFile(path_), "old");
-        EXPECT_EQ(Listing(), QStringList(QStringLiteral("T0012.xlsx")));
+        EXPECT_EQ(Listing(), QStringList(u"T0012.xlsx"_s));
     }
 }
 
