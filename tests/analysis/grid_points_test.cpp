@@ -5,6 +5,7 @@
 
 #include "common/run_time_error.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 
@@ -18,12 +19,7 @@ using Values = std::vector<double>;
 using Curve = std::vector<CurvePoint>;
 
 int ErrorOf(const Values& current, const Values& voltage) {
-    try {
-        WithGridPoints(current, voltage);
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
+    return test::ErrorBy([&] { WithGridPoints(current, voltage); });
 }
 
 TEST(GridPoints, TheGridHasThirteenCurrentsAndAZero) {

@@ -7,6 +7,7 @@
 #include "common/settings.h"
 #include "tests/analysis/print_kneepoint.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -38,12 +39,7 @@ Kneepoint Find(KneeRule rule, const Curve& curve) {
 }
 
 int ErrorOf(KneeRule rule, const Values& current, const Values& voltage) {
-    try {
-        ComputeKneepoint(rule, current, voltage);
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
+    return test::ErrorBy([&] { ComputeKneepoint(rule, current, voltage); });
 }
 
 TEST(KneeRules, HaveTheLabelsOfTheSetting) {

@@ -4,18 +4,10 @@
 #include "common/run_time_error.h"
 #include "tests/analysis/print_kneepoint.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
-
-int ErrorOf(const std::function<void()>& act) {
-    try {
-        act();
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
-}
 
 // A curve with a knee under every rule.
 constexpr std::array kCurrents = {0.5, 1.0, 1.1, 1.2, 1.6, 9.0};
@@ -35,20 +27,20 @@ TEST(ResultTables, HaveAHundredSlotsOfAHundredAndOnePoints) {
     tables.Voltage(99, 100) = 2;
     tables.PointCount(99) = 3;
     EXPECT_EQ(tables.Current(0, 0), 0);
-    EXPECT_EQ(ErrorOf([&] { tables.Current(100, 0); }), 9);
-    EXPECT_EQ(ErrorOf([&] { tables.Current(-1, 0); }), 9);
-    EXPECT_EQ(ErrorOf([&] { tables.Current(0, 101); }), 9);
-    EXPECT_EQ(ErrorOf([&] { tables.Voltage(0, -1); }), 9);
-    EXPECT_EQ(ErrorOf([&] { tables.PointCount(100); }), 9);
-    EXPECT_EQ(ErrorOf([&] { tables.Result(100, ResultColumn::Phase); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { tables.Current(100, 0); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { tables.Current(-1, 0); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { tables.Current(0, 101); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { tables.Voltage(0, -1); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { tables.PointCount(100); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { tables.Result(100, ResultColumn::Phase); }), 9);
 }
 
 TEST(ResultTables, HaveThirtyOneSlotsOfEveryRule) {
     ResultTables tables;
     for (const KneeRule rule : kKneeRules) {
-        EXPECT_EQ(ErrorOf([&] { tables.Knee(rule, 30); }), 0);
-        EXPECT_EQ(ErrorOf([&] { tables.Knee(rule, 31); }), 9);
-        EXPECT_EQ(ErrorOf([&] { tables.Knee(rule, -1); }), 9);
+        EXPECT_EQ(test::ErrorBy([&] { tables.Knee(rule, 30); }), 0);
+        EXPECT_EQ(test::ErrorBy([&] { tables.Knee(rule, 31); }), 9);
+        EXPECT_EQ(test::ErrorBy([&] { tables.Knee(rule, -1); }), 9);
     }
 }
 
@@ -72,14 +64,14 @@ TEST(ResultTables, KeepTheKneepointOfEveryRuleAndTheLastOne) {
 TEST(ResultTables, AThirtySecondTestHasNoPlaceForItsKneepoint) {
     ResultTables tables;
     Fill(tables, 31);
-    EXPECT_EQ(ErrorOf([&] { ComputeKneepoint(tables, KneeRule::Asa1050, 31, kPoints); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { ComputeKneepoint(tables, KneeRule::Asa1050, 31, kPoints); }), 9);
     EXPECT_EQ(tables.testResults[31][1], "105.3") << "the result columns are written before";
 }
 
 TEST(ResultTables, ASlotOrPointCountOutsideIsASubscriptError) {
     ResultTables tables;
     const auto compute = [&](int slot, int count) {
-        return ErrorOf([&] { ComputeKneepoint(tables, KneeRule::Ieee45, slot, count); });
+        return test::ErrorBy([&] { ComputeKneepoint(tables, KneeRule::Ieee45, slot, count); });
     };
     EXPECT_EQ(compute(100, 4), 9);
     EXPECT_EQ(compute(-1, 4), 9);
@@ -103,7 +95,7 @@ TEST(ResultTables, NotAvailableStandsUnderEveryRule) {
     EXPECT_EQ(tables.testResults[2][1], "N/A");
     EXPECT_EQ(tables.testResults[2][2], "N/A");
     EXPECT_EQ(tables.kneeAsa[1], Kneepoint());
-    EXPECT_EQ(ErrorOf([&] { SetKneepointsNotAvailable(tables, 31); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { SetKneepointsNotAvailable(tables, 31); }), 9);
 }
 
 TEST(ResultTables, GridPointsReplaceThePointsAndTheCount) {
@@ -115,9 +107,9 @@ TEST(ResultTables, GridPointsReplaceThePointsAndTheCount) {
         EXPECT_EQ(tables.Current(4, i), current.at(static_cast<std::size_t>(i))) << i;
     EXPECT_EQ(tables.Voltage(4, 1), 80);
     EXPECT_EQ(tables.Current(4, 11), 0);
-    EXPECT_EQ(ErrorOf([&] { InsertGridPoints(tables, 100, 2); }), 9);
-    EXPECT_EQ(ErrorOf([&] { InsertGridPoints(tables, 4, 102); }), 9);
-    EXPECT_EQ(ErrorOf([&] { InsertGridPoints(tables, 4, 0); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { InsertGridPoints(tables, 100, 2); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { InsertGridPoints(tables, 4, 102); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { InsertGridPoints(tables, 4, 0); }), 9);
 }
 
 TEST(ResultTables, StayAsTheyWereWhenTheGridCannotBeInserted) {
@@ -126,7 +118,7 @@ TEST(ResultTables, StayAsTheyWereWhenTheGridCannotBeInserted) {
         tables.Current(0, i) = 11 + i;
         tables.Voltage(0, i) = 100.06 + i;
     }
-    EXPECT_EQ(ErrorOf([&] { InsertGridPoints(tables, 0, 3); }), 9);
+    EXPECT_EQ(test::ErrorBy([&] { InsertGridPoints(tables, 0, 3); }), 9);
     EXPECT_EQ(tables.Current(0, 0), 11);
     EXPECT_EQ(tables.Voltage(0, 0), 100.06);
 }

@@ -3,6 +3,7 @@
 
 #include "common/run_time_error.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -47,12 +48,8 @@ TEST(FieldReader, ThrowsPastTheEnd) {
     FieldReader reader("a");
     EXPECT_EQ(reader.Next(), "a");
     EXPECT_TRUE(reader.AtEnd());
-    try {
-        reader.Next();
-        ADD_FAILURE() << "no error";
-    } catch (const RunTimeError& error) {
-        EXPECT_STREQ(error.what(), "Run-time error '62': Input past end of file");
-    }
+    EXPECT_EQ(test::MessageThrownBy([&] { reader.Next(); }),
+              "Run-time error '62': Input past end of file");
 }
 
 }  // namespace

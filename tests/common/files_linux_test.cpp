@@ -24,6 +24,7 @@
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -31,22 +32,13 @@ namespace {
 constexpr unsigned kNobody = 65534;
 
 // The number of the run-time error that operation throws; 0 when it throws none.
-int ErrorOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
-}
-
 // The same in a process of a user who has no special rights.
 int ErrorOfPlainUser(const std::function<void()>& operation) {
     const pid_t child = ::fork();
     if (child == 0) {
         const bool plain = ::geteuid() != 0 || (::setgroups(0, nullptr) == 0 &&
                                                 ::setgid(kNobody) == 0 && ::setuid(kNobody) == 0);
-        ::_exit(plain ? ErrorOf(operation) : 255);
+        ::_exit(plain ? test::ErrorBy(operation) : 255);
     }
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -68,7 +60,7 @@ TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheFileGrowsTooLarge) {
     int number = 0;
     {
         const test::FileSizeLimit limit(4096);
-        number = ErrorOf([&] { ReplaceFile(path, std::string(100000, 'n')); });
+        number = test::ErrorBy([&] { ReplaceFile(path, std::string(100000, 'n')); });
     }
     EXPECT_EQ(number, 61);
     EXPECT_EQ(ReadWholeFile(path), "old");
@@ -83,7 +75,7 @@ TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheDiskIsFull) {
     }
     const QString path = folder.Path("T1.txt");
     ReplaceFile(path, std::string(20000, 'o'));
-    EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, std::string(100000, 'n')); }), 61);
+    EXPECT_EQ(test::ErrorBy([&] { ReplaceFile(path, std::string(100000, 'n')); }), 61);
     EXPECT_EQ(ReadWholeFile(path), std::string(20000, 'o'));
     EXPECT_EQ(Listing(folder.Path()), QStringList(u"T1.txt"_s));
     EXPECT_EQ(::umount(disk.constData()), 0);
@@ -173,12 +165,8 @@ TEST(ReplaceFileOnLinux, NamesTheFolderThatHasTheTemporaryName) {
     const QString beside = test::NameWhileWriting(path);
     ReplaceFile(path, "old");
     CreateFolder(beside);
-    try {
-        ReplaceFile(path, "new");
-        ADD_FAILURE() << "written past a folder";
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.what(), "Run-time error '70': Permission denied: " + beside.toStdString());
-    }
+    EXPECT_EQ(test::MessageThrownBy([&] { ReplaceFile(path, "new"); }),
+              "Run-time error '70': Permission denied: " + beside.toStdString());
     EXPECT_EQ(ReadWholeFile(path), "old");
     EXPECT_TRUE(FolderExists(beside));
 }

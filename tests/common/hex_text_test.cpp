@@ -7,18 +7,13 @@
 
 #include "common/run_time_error.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
 
 ErrorNumber NumberThrownBy(std::string_view text) {
-    try {
-        ParseHexText(text);
-    } catch (const RunTimeError& error) {
-        return error.Number();
-    }
-    ADD_FAILURE() << "nothing thrown for " << text;
-    return {};
+    return test::NumberThrownBy([&] { ParseHexText(text); });
 }
 
 TEST(ParseHexText, ReadsHexadecimal) {

@@ -8,22 +8,13 @@
 
 #include "common/run_time_error.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
-
-template <class Operation>
-int ErrorOf(Operation operation) {
-    try {
-        operation();
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
-}
 
 TEST(Picture, RoundsTheDecimalTextHalfAwayFromZero) {
     EXPECT_EQ(Picture(152.35, "###0.0"), "152.4");
@@ -86,10 +77,10 @@ TEST(Picture, HoldsHugeAndTinyValues) {
 }
 
 TEST(Picture, OverflowsOnWhatIsNoNumber) {
-    EXPECT_EQ(ErrorOf([] { Picture(kInfinity, "0.0"); }), 6);
-    EXPECT_EQ(ErrorOf([] { Picture(-kInfinity, "0.0"); }), 6);
-    EXPECT_EQ(ErrorOf([] { Picture(kNotANumber, "0.0"); }), 6);
-    EXPECT_EQ(ErrorOf([] { GeneralNumber(kNotANumber); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { Picture(kInfinity, "0.0"); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { Picture(-kInfinity, "0.0"); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { Picture(kNotANumber, "0.0"); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { GeneralNumber(kNotANumber); }), 6);
 }
 
 TEST(RoundByPicture, ReadsThePictureBack) {
@@ -161,9 +152,9 @@ TEST(NumericValue, IsZeroWithoutANumber) {
 }
 
 TEST(NumericValue, OverflowsAboveAndIsZeroBelowTheRangeOfADouble) {
-    EXPECT_EQ(ErrorOf([] { NumericValue("1E309"); }), 6);
-    EXPECT_EQ(ErrorOf([] { NumericValue("-1E999999999999"); }), 6);
-    EXPECT_EQ(ErrorOf([] { NumericValue(std::string(400, '9')); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { NumericValue("1E309"); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { NumericValue("-1E999999999999"); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { NumericValue(std::string(400, '9')); }), 6);
     EXPECT_EQ(NumericValue("1E-999999999999"), 0);
     EXPECT_EQ(NumericValue("0." + std::string(400, '0') + "1"), 0);
     EXPECT_EQ(NumericValue("0E999"), 0);
@@ -196,11 +187,11 @@ TEST(ToInteger16, RoundsHalvesToEven) {
 TEST(ToInteger16, OverflowsOutsideSixteenBits) {
     EXPECT_EQ(ToInteger16(32767.4), 32767);
     EXPECT_EQ(ToInteger16(-32768.5), -32768);
-    EXPECT_EQ(ErrorOf([] { ToInteger16(32767.5); }), 6);
-    EXPECT_EQ(ErrorOf([] { ToInteger16(-32768.51); }), 6);
-    EXPECT_EQ(ErrorOf([] { ToInteger16(1e300); }), 6);
-    EXPECT_EQ(ErrorOf([] { ToInteger16(kInfinity); }), 6);
-    EXPECT_EQ(ErrorOf([] { ToInteger16(kNotANumber); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { ToInteger16(32767.5); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { ToInteger16(-32768.51); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { ToInteger16(1e300); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { ToInteger16(kInfinity); }), 6);
+    EXPECT_EQ(test::ErrorBy([] { ToInteger16(kNotANumber); }), 6);
 }
 
 TEST(SignedText, HasABlankForAMissingSign) {

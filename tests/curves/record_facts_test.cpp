@@ -15,6 +15,7 @@
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -24,12 +25,7 @@ RecordFacts FactsOf(const std::string& bytes) {
 }
 
 int ErrorOf(const std::string& bytes) {
-    try {
-        FactsOf(bytes);
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
+    return test::ErrorBy([&] { FactsOf(bytes); });
 }
 
 TEST(RecordFacts, AFileIsReadWhole) {
@@ -103,12 +99,8 @@ TEST(RecordFacts, AFileIsNamedAfterItself) {
 
 TEST(RecordFacts, AFileThatIsNotThereIsAnError) {
     const test::TemporaryFolder folder;
-    try {
-        ReadRecordFacts(folder.Path("T1.txt"));
-        ADD_FAILURE();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] { ReadRecordFacts(folder.Path("T1.txt")); }),
+              ErrorNumber::FileNotFound);
 }
 
 TEST(RecordFacts, AHeaderWithoutARecordHasNoTests) {

@@ -11,6 +11,7 @@
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo::test {
 namespace {
@@ -68,12 +69,8 @@ TEST(GroupPart, CountsAHeaderLineWithACommaAsTwo) {
 }
 
 TEST(GroupPart, RefusesAFileWithoutAHeader) {
-    try {
-        GroupPart("TEST NUMBER: T1\r\n", 1);
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::InputPastEnd);
-    }
+    EXPECT_EQ(NumberThrownBy([&] { GroupPart("TEST NUMBER: T1\r\n", 1); }),
+              ErrorNumber::InputPastEnd);
 }
 
 TEST(WriteGroupFile, ReplacesTheEarlierOneAndTakesTheSameTestTwice) {

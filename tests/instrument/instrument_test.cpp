@@ -16,6 +16,7 @@
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo::test {
 namespace {
@@ -230,12 +231,8 @@ TEST_F(Device, TheLinkIsGoneAfterwards) {
 
 TEST_F(Device, AFileInTheLinksPlaceIsNotReplaced) {
     std::ofstream(Path("davo")) << "precious";
-    try {
-        const InstrumentThread instrument(Quick());
-        FAIL() << "replaced";
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::PathFileAccess);
-    }
+    EXPECT_EQ(NumberThrownBy([&] { const InstrumentThread instrument(Quick()); }),
+              ErrorNumber::PathFileAccess);
     EXPECT_TRUE(LinkExists(Path("davo")));
 }
 

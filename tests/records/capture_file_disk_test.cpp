@@ -10,6 +10,7 @@
 #include "tests/support/in_the_way.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -17,21 +18,10 @@ namespace {
 using test::FileBytes;
 using test::TemporaryFolder;
 
-template <class Act>
-ErrorNumber NumberThrownBy(Act act) {
-    try {
-        act();
-    } catch (const RunTimeError& error) {
-        return error.Number();
-    }
-    ADD_FAILURE() << "nothing thrown";
-    return {};
-}
-
 TEST(CaptureFileDisk, FullDiskIsError61) {
     CaptureFile capture;
     capture.Create(u"/dev/full"_s);
-    EXPECT_EQ(NumberThrownBy([&] { capture.Append("x"); }), ErrorNumber::DiskFull);
+    EXPECT_EQ(test::NumberThrownBy([&] { capture.Append("x"); }), ErrorNumber::DiskFull);
 }
 
 TEST(CaptureFileDisk, PartOfAFailedBlockIsCutOff) {
@@ -43,7 +33,8 @@ TEST(CaptureFileDisk, PartOfAFailedBlockIsCutOff) {
     capture.Append(block);
     {
         const test::FileSizeLimit limit(1500);
-        EXPECT_EQ(NumberThrownBy([&] { capture.Append(block); }), ErrorNumber::DeviceInputOutput);
+        EXPECT_EQ(test::NumberThrownBy([&] { capture.Append(block); }),
+                  ErrorNumber::DeviceInputOutput);
         EXPECT_EQ(FileBytes(path), block);
     }
     capture.Append("B");
@@ -71,7 +62,7 @@ TEST(JournalDisk, WhatHasTheTemporaryNameIsNeitherFollowedNorWaitedFor) {
         EXPECT_EQ(SessionJournal::Read(path).testNotes, "notes");
     });
     CreateFolder(test::NameWhileWriting(path));
-    EXPECT_EQ(NumberThrownBy([&] { journal.Write(path); }), ErrorNumber::PermissionDenied);
+    EXPECT_EQ(test::NumberThrownBy([&] { journal.Write(path); }), ErrorNumber::PermissionDenied);
 }
 
 }  // namespace

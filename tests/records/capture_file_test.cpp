@@ -5,6 +5,7 @@
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -12,17 +13,6 @@ namespace {
 using test::FileBytes;
 using test::PutFile;
 using test::TemporaryFolder;
-
-template <class Act>
-ErrorNumber NumberThrownBy(Act act) {
-    try {
-        act();
-    } catch (const RunTimeError& error) {
-        return error.Number();
-    }
-    ADD_FAILURE() << "nothing thrown";
-    return {};
-}
 
 TEST(CaptureFile, CreatesEmptyAndAppends) {
     const TemporaryFolder folder;
@@ -54,17 +44,17 @@ TEST(CaptureFile, NameIsTheSystems) {
 TEST(CaptureFile, ErrorsOfCreate) {
     const TemporaryFolder folder;
     CaptureFile capture;
-    EXPECT_EQ(NumberThrownBy([&] { capture.Create(folder.Path("none/TESTFILE.txt")); }),
+    EXPECT_EQ(test::NumberThrownBy([&] { capture.Create(folder.Path("none/TESTFILE.txt")); }),
               ErrorNumber::PathNotFound);
     ASSERT_TRUE(QDir().mkpath(folder.Path("TESTFILE.txt")));
-    EXPECT_EQ(NumberThrownBy([&] { capture.Create(folder.Path("TESTFILE.txt")); }),
+    EXPECT_EQ(test::NumberThrownBy([&] { capture.Create(folder.Path("TESTFILE.txt")); }),
               ErrorNumber::DeviceInputOutput);
     EXPECT_FALSE(capture.IsOpen());
 }
 
 TEST(CaptureFile, AppendNeedsAnOpenFile) {
     CaptureFile capture;
-    EXPECT_EQ(NumberThrownBy([&] { capture.Append("x"); }), ErrorNumber::BadFileNameOrNumber);
+    EXPECT_EQ(test::NumberThrownBy([&] { capture.Append("x"); }), ErrorNumber::BadFileNameOrNumber);
 }
 
 TEST(CapturedShots, TextsOfAShot) {

@@ -3,6 +3,7 @@
 
 #include "common/run_time_error.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -79,12 +80,8 @@ TEST(SummariseRecord, TheNameEndsAtItsFirstPointAndIsTrimmed) {
 TEST(SummariseRecord, FewerThanTwelveLinesCannotBeSummedUp) {
     auto lines = RecordLines();
     lines.pop_back();
-    try {
-        SummariseRecord("T.txt", lines);
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::InputPastEnd);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] { SummariseRecord("T.txt", lines); }),
+              ErrorNumber::InputPastEnd);
 }
 
 TEST(ParseRecordDate, TwoDigitYearsTurnAtThirty) {

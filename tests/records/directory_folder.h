@@ -8,6 +8,7 @@
 #include "common/run_time_error.h"
 #include "records/directory_file.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo::test {
 
@@ -29,16 +30,6 @@ inline std::string EntryText(const std::string& name, const std::string& date,
                              const std::string& comments = "") {
     return name + "!" + date + " 14:05TESTS=03COMPANY=ACMESTATION=NORTH  CIRCUIT=C12MFR=ABB" +
            "MODEL=M-1SN=12345OPERATOR= DOECOMMENTS= " + comments;
-}
-
-inline ErrorNumber NumberThrownBy(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const RunTimeError& error) {
-        return error.Number();
-    }
-    ADD_FAILURE() << "nothing thrown";
-    return ErrorNumber::Automation;
 }
 
 // A data folder with what stands in it and its tables.

@@ -3,6 +3,7 @@
 #include "common/run_time_error.h"
 #include "records/sorting.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -67,12 +68,8 @@ TEST(Sorts, AnIndexWithoutASlotIsOutOfRange) {
     SortTexts(texts, -1, 0);
     SortDates(dates, -1, 0);
     for (const int lastIndex : {1, -2}) {
-        try {
-            SortTexts(texts, lastIndex, 0);
-            ADD_FAILURE() << lastIndex;
-        } catch (const RunTimeError& error) {
-            EXPECT_EQ(error.Number(), ErrorNumber::SubscriptOutOfRange);
-        }
+        EXPECT_EQ(test::NumberThrownBy([&] { SortTexts(texts, lastIndex, 0); }),
+                  ErrorNumber::SubscriptOutOfRange);
     }
     EXPECT_THROW(SortDates(dates, 0, 1), RunTimeError);
 }

@@ -5,6 +5,7 @@
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -81,12 +82,8 @@ TEST(SaveHeaderFile, EightLinesInOrderWithoutABlankAfterTheColon) {
 
 TEST(SaveHeaderFile, MissingFolderIsAnError) {
     const TemporaryFolder folder;
-    try {
-        SaveHeaderFile(HeaderTable(), folder.Path("none/"));
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::PathNotFound);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] { SaveHeaderFile(HeaderTable(), folder.Path("none/")); }),
+              ErrorNumber::PathNotFound);
 }
 
 TEST(TakeHeaderField, TrimsAndFills) {

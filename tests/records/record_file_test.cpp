@@ -9,6 +9,7 @@
 #include "tests/support/result_number.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -37,13 +38,7 @@ std::string WithNumber(const std::string& number) {
 }
 
 ErrorNumber NumberFor(const std::string& bytes) {
-    try {
-        ParseTestRecordFile(bytes);
-    } catch (const RunTimeError& error) {
-        return error.Number();
-    }
-    ADD_FAILURE() << "nothing thrown for " << bytes;
-    return {};
+    return test::NumberThrownBy([&] { ParseTestRecordFile(bytes); });
 }
 
 TEST(ParseTestRecordFile, EveryFieldOfATestWindowFile) {
@@ -247,18 +242,11 @@ TEST(ParseTestRecordFile, AGroupFilesLinesAreFields) {
 }
 
 TEST(ParseTestRecordFile, ErrorNamesTheLine) {
-    try {
-        ParseTestRecordFile(kHeader + "REC NUMBER: 1\r\nrubbish\r\n");
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_STREQ(error.what(), "Run-time error '13': Type mismatch: line 14");
-    }
-    try {
-        ParseTestRecordFile("TEST NUMBER: 1\r\n");
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_STREQ(error.what(), "Run-time error '62': Input past end of file: line 2");
-    }
+    EXPECT_EQ(test::MessageThrownBy(
+                  [&] { ParseTestRecordFile(kHeader + "REC NUMBER: 1\r\nrubbish\r\n"); }),
+              "Run-time error '13': Type mismatch: line 14");
+    EXPECT_EQ(test::MessageThrownBy([&] { ParseTestRecordFile("TEST NUMBER: 1\r\n"); }),
+              "Run-time error '62': Input past end of file: line 2");
 }
 
 TEST(ReadTestRecordFile, ReadsWhatWasWritten) {
@@ -270,12 +258,8 @@ TEST(ReadTestRecordFile, ReadsWhatWasWritten) {
     EXPECT_EQ(file.headers.at(0).testNumber, "T1");
     EXPECT_EQ(file.records.at(0).points.size(), 4U);
     EXPECT_THAT(file.notes, ElementsAre("n\r\n"));
-    try {
-        ReadTestRecordFile(folder.Path("T2.txt"));
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] { ReadTestRecordFile(folder.Path("T2.txt")); }),
+              ErrorNumber::FileNotFound);
 }
 
 TEST(PhaseText, APhaseIsWordsOfItsAngle) {

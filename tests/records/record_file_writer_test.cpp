@@ -6,6 +6,7 @@
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -230,33 +231,26 @@ TEST_F(WriteTestRecordFileTest, ReplacesTheOldFile) {
 
 TEST_F(WriteTestRecordFileTest, MissingCaptureLeavesTheOldFile) {
     PutFile(folder_.Path("T15.txt"), "old");
-    try {
-        WriteTestRecordFile(u"T15.txt"_s, folder_.Path(), capture_, SomeHeader(), 1, "");
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] {
+                  WriteTestRecordFile(u"T15.txt"_s, folder_.Path(), capture_, SomeHeader(), 1, "");
+              }),
+              ErrorNumber::FileNotFound);
     EXPECT_EQ(FileBytes(folder_.Path("T15.txt")), "old");
 }
 
 TEST_F(WriteTestRecordFileTest, MissingDataFolderIsAnError) {
     PutFile(capture_, CaptureBlock(ImageWithPoints(2)));
-    try {
-        WriteTestRecordFile(u"T15.txt"_s, folder_.Path("none/"), capture_, SomeHeader(), 1, "");
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::PathNotFound);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] {
+                  WriteTestRecordFile(u"T15.txt"_s, folder_.Path("none/"), capture_, SomeHeader(),
+                                      1, "");
+              }),
+              ErrorNumber::PathNotFound);
 }
 
 TEST_F(WriteTestRecordFileTest, NameThatNoRecordFileCanHoldIsRefused) {
     PutFile(capture_, CaptureBlock(ImageWithPoints(2)));
-    try {
-        Write("\xE6\xB8\xAC.txt");
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::BadFileNameOrNumber);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] { Write("\xE6\xB8\xAC.txt"); }),
+              ErrorNumber::BadFileNameOrNumber);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "tests/analysis/print_kneepoint.h"
 #include "tests/support/record_text.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -93,12 +94,7 @@ TEST(GroupFile, NotesOfTheFirstGraphEndAtTheSecondsHeader) {
 
 TEST(GroupFile, DamageStopsItAsWell) {
     const auto errorOf = [](const std::string& text) {
-        try {
-            Parse(text);
-        } catch (const RunTimeError& error) {
-            return static_cast<int>(error.Number());
-        }
-        return 0;
+        return test::ErrorBy([&] { Parse(text); });
     };
     EXPECT_EQ(errorOf(""), 62);
     EXPECT_EQ(errorOf(HeaderText() + "REC NUMBER: 1\r\n"), 62);

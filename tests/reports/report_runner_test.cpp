@@ -15,6 +15,7 @@
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo::test {
 namespace {
@@ -135,12 +136,8 @@ TEST_F(ReportRunnerTest, AnErrorOfTheRendererIsThrownAndNothingIsOpened) {
     asked_.script = [](const RenderProgress&, const std::stop_token&) -> bool {
         throw RunTimeError(ErrorNumber::FileNotFound, "DAVO_Header.xls");
     };
-    try {
-        Run();
-        FAIL() << "nothing was thrown";
-    } catch (const RunTimeError& error) {
-        EXPECT_STREQ(error.what(), "Run-time error '53': File not found: DAVO_Header.xls");
-    }
+    EXPECT_EQ(MessageThrownBy([&] { Run(); }),
+              "Run-time error '53': File not found: DAVO_Header.xls");
     EXPECT_THAT(opened_, IsEmpty());
     EXPECT_THAT(prompts_.shown, IsEmpty());
     asked_.script = [](const RenderProgress&, const std::stop_token&) { return true; };

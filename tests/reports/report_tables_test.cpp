@@ -9,6 +9,7 @@
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -284,13 +285,8 @@ TEST(ReportTables, AHeaderWithoutARecordIsATestWithoutData) {
 TEST(ReportTables, AFileWithoutATestIsAnEndTooSoon) {
     for (const char* text : {"", "\r\n", "NOTES:\r\nonly notes\r\n"})
         EXPECT_EQ(ErrorOf(text), "62") << text;
-    try {
-        Parse("");
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_STREQ(error.what(),
-                     "Run-time error '62': Input past end of file: no test in the file");
-    }
+    EXPECT_EQ(test::MessageThrownBy([&] { Parse(""); }),
+              "Run-time error '62': Input past end of file: no test in the file");
 }
 
 TEST(ReportTables, ThirtyOneTestsAreTheMost) {
@@ -366,12 +362,9 @@ TEST(ReportTables, ReadsAFileAndItsName) {
     ReplaceFile(folder.Path("2Graphs.GRP"), HeaderText() + RecordText(1));
     EXPECT_EQ(ReadReportTables(folder.Path("2Graphs.GRP"), RecordSource::GroupFile).reportName,
               "2Graphs");
-    try {
-        ReadReportTables(folder.Path("none.txt"), RecordSource::RecordFile);
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::FileNotFound);
-    }
+    EXPECT_EQ(test::NumberThrownBy(
+                  [&] { ReadReportTables(folder.Path("none.txt"), RecordSource::RecordFile); }),
+              ErrorNumber::FileNotFound);
 }
 
 }  // namespace

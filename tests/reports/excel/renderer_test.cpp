@@ -10,6 +10,7 @@
 #include "tests/reports/excel/recording.h"
 #include "tests/reports/xlsx/report.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo::test {
 namespace {
@@ -260,14 +261,9 @@ TEST_F(ExcelRendererTest, SheetsOfTheTemplateMakeRoomForTheReports) {
 
 TEST_F(ExcelRendererTest, ATemplateWithoutItsModelIsTold) {
     recording_.templateSheets = {u"Other"_s};
-    try {
-        Render(ReportOf(1));
-        FAIL() << "nothing was thrown";
-    } catch (const RunTimeError& error) {
-        EXPECT_STREQ(error.what(),
-                     "Run-time error '440': Automation error: DAVO_Header.xls has no sheet "
-                     "\"HEADER\"");
-    }
+    EXPECT_EQ(MessageThrownBy([&] { Render(ReportOf(1)); }),
+              "Run-time error '440': Automation error: DAVO_Header.xls has no sheet "
+              "\"HEADER\"");
     EXPECT_EQ(recording_.lines.last(), u"Book.Close(false)"_s);
 }
 
