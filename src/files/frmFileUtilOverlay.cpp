@@ -74,22 +74,22 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
 }
 
 QGroupBox* frmFileUtilOverlay::BuildOverlay() {
-    frmeOverlay_ = Named(new QGroupBox(this), "frmeOverlay");
-    auto* grid = new QGridLayout(frmeOverlay_);
+    auto* frame = Named(new QGroupBox(this), "frmeOverlay");
+    auto* grid = new QGridLayout(frame);
     for (int i = 0; i < 2; ++i) {
         const QString number = QString::number(i + 1);
-        auto* box = Named(new QLineEdit(frmeOverlay_), QStringLiteral("txtTest") + number);
+        auto* box = Named(new QLineEdit(frame), QStringLiteral("txtTest") + number);
         box->setReadOnly(true);
         box->setAccessibleName(QStringLiteral("Graph #") + number);
         Enlarge(box);
-        grid->addWidget(MakeLabel(frmeOverlay_, QStringLiteral("lblGraph") + number,
+        grid->addWidget(MakeLabel(frame, QStringLiteral("lblGraph") + number,
                                   QStringLiteral("Graph #%1:").arg(number)),
                         i, 0);
         grid->addWidget(box, i, 1);
         txtTest_.at(static_cast<std::size_t>(i)) = box;
     }
-    frmeOverlay_->setVisible(IsOverlay());
-    return frmeOverlay_;
+    frame->setVisible(IsOverlay());
+    return frame;
 }
 
 QHBoxLayout* frmFileUtilOverlay::BuildButtons() {

@@ -76,7 +76,6 @@ class frmFileUtilOverlay : public QWidget {
     BesideRecords* beside_ = nullptr;
     RecordList* lvTest_ = nullptr;
     QListWidget* lstTest_ = nullptr;
-    QGroupBox* frmeOverlay_ = nullptr;
     std::array<QLineEdit*, 2> txtTest_{};
     QGroupBox* frmeOp_ = nullptr;
     std::array<QPushButton*, 3> cmdOp_{};

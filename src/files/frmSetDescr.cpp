@@ -105,16 +105,16 @@ QWidget* frmSetDescr::BuildLists() {
     lblFilename_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     MakeBold(lblFilename_);
     lblFilename_->setMinimumHeight(lblFilename_->fontMetrics().height());
-    lblTest_ = new QLabel(
+    auto* lblTest = new QLabel(
         QStringLiteral("Test(s) - Choose a Filename, then Click on Test(s) to Modify Test Header "
                        "Information"),
         lists);
-    Named(lblTest_, "lblTest")->setWordWrap(true);
+    Named(lblTest, "lblTest")->setWordWrap(true);
     lstTest_ = Named(new QListWidget(lists), "lstTest");
     lstTest_->setAccessibleName(QStringLiteral("Tests"));
     lstTest_->setAlternatingRowColors(true);
     tests->addWidget(lblFilename_);
-    tests->addWidget(lblTest_);
+    tests->addWidget(lblTest);
     tests->addWidget(lstTest_, 1);
     row->addLayout(tests, 1);
     for (QAbstractItemView* list : std::initializer_list<QAbstractItemView*>{lvTest_, lstTest_}) {

@@ -97,7 +97,6 @@ class frmSetDescr : public QWidget {
     BesideRecords* beside_ = nullptr;
     RecordList* lvTest_ = nullptr;
     QListWidget* lstTest_ = nullptr;
-    QLabel* lblTest_ = nullptr;
     QLabel* lblFilename_ = nullptr;
     QLineEdit* txtFilenameData_ = nullptr;
     QLineEdit* txtTimeData_ = nullptr;

@@ -156,13 +156,13 @@ void frmHeader::BuildButtons(QVBoxLayout* column) {
         return button;
     };
     cmdSave_ = add("cmdSave", kSaveCaptions.at(static_cast<std::size_t>(mode_)));
-    cmdNotes_ = add("cmdNotes", "&Notepad");
+    QPushButton* cmdNotes = add("cmdNotes", "&Notepad");
     cmdExit_ = add("cmdExit", "&Exit");
-    cmdNotes_->setVisible(mode_ == HeaderMode::Session);
+    cmdNotes->setVisible(mode_ == HeaderMode::Session);
     cmdSave_->setDefault(mode_ != HeaderMode::Davo);
     column->addLayout(row);
     connect(cmdSave_, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
-    connect(cmdNotes_, &QPushButton::clicked, this,
+    connect(cmdNotes, &QPushButton::clicked, this,
             [this] { handlers_.Run([this] { cmdNotes_Click(); }); });
     connect(cmdExit_, &QPushButton::clicked, this, &QDialog::close);
 }

@@ -107,7 +107,6 @@ class frmHeader : public QDialog {
     QLabel* lblUsed_ = nullptr;
     QProgressBar* pbarProgress_ = nullptr;
     QPushButton* cmdSave_ = nullptr;
-    QPushButton* cmdNotes_ = nullptr;
     QPushButton* cmdExit_ = nullptr;
 };
 

@@ -297,18 +297,14 @@ void frmTestList::cmdDir_Click() {
 
 void frmTestList::ChangeFolder(const QString& chosen) {
     Settings& settings = around_.settings;
-    const JobFolders before{settings.dataPath, settings.excelPath};
     const JobFolders wanted = FoldersOf(chosen);
-    settings.dataPath = wanted.dataPath;
-    settings.excelPath = wanted.excelPath;
-    auto restore = qScopeGuard([&settings, &before] {
-        settings.dataPath = before.dataPath;
-        settings.excelPath = before.excelPath;
-    });
+    QScopedValueRollback dataPath(settings.dataPath, wanted.dataPath);
+    QScopedValueRollback excelPath(settings.excelPath, wanted.excelPath);
     if (!MakeFolders()) return;
     lblMessage_->clear();
     RebuildFolder();
-    restore.dismiss();
+    dataPath.commit();
+    excelPath.commit();
     ShowFolder();
     if (mode_ == ListMode::Folder) EntriesFromFolder();
     DisplayAndSort();
@@ -417,10 +413,6 @@ void frmTestList::lvTest_SelectionChange() {
     lblSelect_->setText(QStringLiteral("Select: %1 of %2")
                             .arg(lvTest_->selectionModel()->selectedRows().size())
                             .arg(lvTest_->topLevelItemCount()));
-    ShowSelectedRecords();
-}
-
-void frmTestList::ShowSelectedRecords() {
     if (beside_ == nullptr) return;
     std::vector<QString> files;
     for (const int row : lvTest_->SelectedRows())
@@ -456,11 +448,7 @@ void frmTestList::closeEvent(QCloseEvent* event) {
         cmdExit_Click();
         return;
     }
-    Form_Unload();
     event->accept();
-}
-
-void frmTestList::Form_Unload() {
     around_.tables.recordsFromInstrument = false;
     if (OnUnload) std::exchange(OnUnload, nullptr)();
 }

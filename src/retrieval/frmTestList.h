@@ -86,8 +86,6 @@ class frmTestList : public QWidget {
     void cmdSave_Click();
     void cmdExit_Click();
     void lvTest_SelectionChange();
-    void ShowSelectedRecords();
-    void Form_Unload();
 
     void ShowTotal(std::size_t count);
     void ShowFolder();
