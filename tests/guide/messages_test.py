@@ -18,7 +18,7 @@ GUIDE = ROOT / "docs/guide"
 ON_OTHER_PAGES = "## named on other pages of the guide"
 # The number and the text of each error, as the sources have them.
 NUMBER = re.compile(r"^    (\w+) = (\d+),$", re.M)
-ERROR_TEXT = re.compile(r'case ErrorNumber::(\w+):\s+return "([^"]+)";')
+ERROR_TEXT = re.compile(r'\{ErrorNumber::(\w+), "([^"]+)"\}')
 
 
 def page(name):
