@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/date_guard.h"
 
-#include <QStringList>
+#include <algorithm>
+#include <array>
 
 namespace davo {
 
 void DateGuard::Run() {
-    const QStringList monthFirst =
-        QStringLiteral("MM-dd-yy MM/dd/yy MM.dd.yy MM/dd/yyyy MM-dd-yyyy MM.dd.yyyy")
-            .split(QLatin1Char(' '));
+    constexpr std::array<const char*, 6> kMonthFirst = {"MM-dd-yy",   "MM/dd/yy",   "MM.dd.yy",
+                                                        "MM/dd/yyyy", "MM-dd-yyyy", "MM.dd.yyyy"};
     savedShortDate_ = format_.Read().value_or(QString());
-    if (monthFirst.contains(savedShortDate_)) return;
+    const bool monthFirst =
+        std::any_of(kMonthFirst.begin(), kMonthFirst.end(),
+                    [&](const char* format) { return savedShortDate_ == QLatin1String(format); });
+    if (monthFirst) return;
     shortDateChanged_ = true;
     format_.Set(QStringLiteral("MM/dd/yyyy"));
 }
