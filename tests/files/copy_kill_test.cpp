@@ -7,9 +7,9 @@
 
 #include "common/files.h"
 #include "records/directory_file.h"
-#include "tests/support/record_text.h"
 #include "tests/support/in_the_way.h"
 #include "tests/support/killed_program.h"
+#include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {

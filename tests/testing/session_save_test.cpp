@@ -173,7 +173,8 @@ TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
     EXPECT_EQ(rig.prompts.shown.at(2),
               u"Filename contains a character that cannot be written in a test "
               "record.  Please Re-enter."_s);
-    EXPECT_EQ(ReadTestRecordFile(settings.dataPath + u"M\u00FCller.txt"_s).headers.at(0).testNumber, "M\xFCller");
+    EXPECT_EQ(ReadTestRecordFile(settings.dataPath + u"M\u00FCller.txt"_s).headers.at(0).testNumber,
+              "M\xFCller");
 }
 
 TEST_F(SessionSave, AFolderWithoutADataFolderGetsOne) {
