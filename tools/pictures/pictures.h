@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QApplication>
+#include <QDir>
+#include <QPalette>
+#include <QTest>
+#include <stdexcept>
+
+#include "tests/support/testing.h"
+
+namespace davo::test {
+
+// Where the pictures of a set go. Throws what cannot be written.
+class Album {
+  public:
+    explicit Album(const QString& folder) : folder_(folder) {
+        if (!folder_.mkpath(u"."_s)) throw std::runtime_error(folder.toStdString());
+    }
+
+    QString Path(const QString& fileName) const { return folder_.filePath(fileName); }
+    void Save(QWidget& window, const QString& name) const {
+        const QString path = Path(name + u".png"_s);
+        if (!window.grab().save(path)) throw std::runtime_error(path.toStdString());
+    }
+    // When events that are on their way have come.
+    void Grab(QWidget& window, const QString& name) const {
+        QTest::qWait(80);
+        Save(window, name);
+    }
+    void ShowAndGrab(QWidget& window, const QString& name) const {
+        window.show();
+        Grab(window, name);
+    }
+
+  private:
+    QDir folder_;
+};
+
+// The colours of all windows as long as it lasts, so that no set has those of another.
+class Colours {
+  public:
+    explicit Colours(const QPalette& palette) { QApplication::setPalette(palette); }
+    ~Colours() { QApplication::setPalette(usual_); }
+    Colours(const Colours&) = delete;
+    Colours& operator=(const Colours&) = delete;
+
+  private:
+    QPalette usual_ = QApplication::palette();
+};
+
+inline QPalette DarkPalette(const QColor& base, const QColor& alternateBase) {
+    const QColor window(45, 45, 48);
+    QPalette dark(window, window);
+    dark.setColor(QPalette::Base, base);
+    dark.setColor(QPalette::AlternateBase, alternateBase);
+    return dark;
+}
+
+// The sets.
+void TakeCurves(const Album& album);
+void TakeFiles(const Album& album);
+void TakeHeaders(const Album& album);
+void TakeRecordHeaders(const Album& album);
+void TakeShell(const Album& album);
+void TakeTestList(const Album& album);
+
+}  // namespace davo::test

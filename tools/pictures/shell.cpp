@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <QAbstractItemView>
+#include <QAction>
+#include <QComboBox>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <optional>
+
+#include "app/frmAbout.h"
+#include "app/frmConfig.h"
+#include "app/frmSplash.h"
+#include "app/home_panel.h"
+#include "app/status_line.h"
+#include "tests/support/controls.h"
+#include "tests/support/fake_port_devices.h"
+#include "tests/support/scripted_link.h"
+#include "tools/pictures/pictures.h"
+
+namespace davo::test {
+namespace {
+
+class ShellPictures {
+  public:
+    ShellPictures(const Album& album, QString colours)
+        : album_(album), colours_(std::move(colours)) {
+        devices.present = {
+            UsbAdapter("/dev/ttyUSB0", "FT232R USB UART", "FTDI", "A50285BI"),
+            UsbAdapter("/dev/ttyUSB1", "USB-Serial Controller D", "Prolific Technology Inc.", ""),
+            BuiltInPort("/dev/ttyS0")};
+        settings.dataPath = u"/home/technician/Documents/DAVO/Shots_Data/"_s;
+    }
+
+    void Take() {
+        TakeConfig();
+        frmAbout about(nullptr);
+        about.setAttribute(Qt::WA_DeleteOnClose, false);
+        about.Form_Load("DAVO-E R3.10");
+        Grab(about, "about");
+        frmSplash splash(line.pointer, [] {});
+        splash.Form_Load();
+        Grab(splash, "splash");
+        TakeMain();
+    }
+
+  private:
+    void Grab(QWidget& window, const char* name) {
+        album_.ShowAndGrab(window, u"%1-%2"_s.arg(QLatin1String(name), colours_));
+    }
+    void GrabList(const QWidget& window, const char* box, const char* name) {
+        auto* list = FindIn<QComboBox>(window, box);
+        list->showPopup();
+        Grab(*list->view()->window(), name);
+        list->hidePopup();
+    }
+
+    void TakeConfig() {
+        frmConfig config(settings, line.link, devices, line.prompts, nullptr);
+        config.Form_Load();
+        Grab(config, "config");
+        GrabList(config, "cboComPort", "config-list");
+        GrabList(config, "cboDevice", "config-devices");
+        devices.assigned[1] = u"/dev/ttyS0"_s;
+        frmConfig builtIn(settings, line.link, devices, line.prompts, nullptr);
+        builtIn.Form_Load();
+        Grab(builtIn, "config-built-in");
+        devices.assigned.clear();
+        devices.needsAssignment = false;
+        frmConfig named(settings, line.link, devices, line.prompts, nullptr);
+        named.Form_Load();
+        Grab(named, "config-com-names");
+        devices.needsAssignment = true;
+    }
+
+    QAction* AddItem(QMenu* menu, const char* name, const char* caption) {
+        QAction* item = menu->addAction(QLatin1String(caption));
+        item->setObjectName(QLatin1String(name));
+        return item;
+    }
+
+    void TakeMain() {
+        QMainWindow window;
+        QMenu* file = window.menuBar()->addMenu(u"&File"_s);
+        window.menuBar()->addAction(u"&About"_s);
+        QAction* recall = AddItem(file, "mnuRecall", "&Recall Test");
+        QMenu* run = file->addMenu(u"R&un Test"_s);
+        QAction* both = AddItem(run, "mnuBoth", "S&aturation && Ratio Tests");
+        QAction* ratio = AddItem(run, "mnuRatio", "Ratio Test &Only");
+        QAction* download = AddItem(file, "mnuDownload", "&Download Test Record");
+        auto* home = new HomePanel({both, ratio, recall, download}, &window);
+        auto* status = new StatusLine(line.link, line.prompts, &window);
+        status->WaitChanged();
+        window.setCentralWidget(home);
+        window.statusBar()->setSizeGripEnabled(false);
+        window.statusBar()->addWidget(status, 1);
+        window.setWindowState(Qt::WindowMaximized);
+
+        recall->setEnabled(false);
+        const auto glance = [&] { return GlanceAtLink(settings, line.state, devices); };
+        StatusFacts facts{glance(), settings.dataPath, settings.kneepointType, {}, 0};
+        HomeFacts homeFacts{facts.link, {}, settings.dataPath};
+        status->ShowFacts(facts);
+        home->ShowFacts(homeFacts);
+        Grab(window, "main-empty");
+
+        recall->setEnabled(true);
+        line.link.OpenComPort(1);
+        line.state.instrumentModel = "DAVO-E R3.10";
+        facts.link = homeFacts.link = glance();
+        facts.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
+        facts.notListed = 13;
+        for (int i = 0; i < 12; ++i) {
+            homeFacts.records.push_back({"BREAKER" + std::to_string(4210 - i), "11/21/26", "03",
+                                         "NORTH SUBSTATION    ", "", "", ""});
+        }
+        status->ShowFacts(facts);
+        home->ShowFacts(homeFacts);
+        Grab(window, "main");
+
+        QTimer::singleShot(2300, &window, [&] {
+            Grab(window, "main-wait");
+            line.link.EndWait();
+        });
+        line.link.OnWaitChanged = [status] { status->WaitChanged(); };
+        line.link.SendCommand("d", "DONE");
+        line.link.OnWaitChanged = nullptr;
+    }
+
+    const Album& album_;
+    QString colours_;
+    Settings settings;
+    FakePortDevices devices;
+    ScriptedLine line;
+};
+
+}  // namespace
+
+void TakeShell(const Album& album) {
+    ShellPictures(album, u"light"_s).Take();
+    QPalette dark = DarkPalette({30, 30, 30}, {38, 38, 40});
+    dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
+    const Colours colours(dark);
+    ShellPictures(album, u"dark"_s).Take();
+}
+
+}  // namespace davo::test

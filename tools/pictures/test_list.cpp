@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <QTimer>
+
+#include "tests/retrieval/record_download_rig.h"
+#include "tests/retrieval/test_list_window.h"
+#include "tests/support/instrument_link.h"
+#include "tools/pictures/pictures.h"
+
+namespace davo::test {
+namespace {
+
+class ListPictures : public TestListWindow {
+  public:
+    explicit ListPictures(const Album& album) : album_(album) {}
+
+    void Take() {
+        for (const int count : {0, 5, 250})
+            TakeFolder(count);
+        for (const int count : {5, 135}) {
+            const auto memory = instrument::MakeMemory(count, 4);
+            Show(ListMode::Instrument, line_.link, instrument::DirectoryReply(memory));
+            album_.Grab(*window, u"memory-%1"_s.arg(count));
+        }
+        TakeDownload();
+    }
+
+  private:
+    void TakeFolder(int count) {
+        for (int i = 0; i < count; ++i) {
+            HeaderParts header{"T", "0" + std::to_string(1 + i % 9) + "/12/24", "10:15", "03", {}};
+            header.texts = {"C",
+                            "North Substation  ",
+                            "Feeder " + std::to_string(i) + "           ",
+                            "Transformers Limited",
+                            "CT 2000:5 Class C",
+                            "3",
+                            "4",
+                            "5"};
+            ReplaceFile(DataFile(u"BREAKER%1"_s.arg(1000 + i)), HeaderText(header));
+        }
+        ListRecords();
+        Show(ListMode::Folder, line_.link);
+        if (count > 0) ClickRow(1);
+        album_.Grab(*window, u"folder-%1"_s.arg(count));
+    }
+
+    void TakeDownload() {
+        const std::vector memory{MemoryRecordOf(1, 1), MemoryRecordOf(2, 100)};
+        line_.PlugIn(QuickWithMemory(memory, true));
+        if (!line_.link.OpenComPort(1)) throw std::runtime_error("no port");
+        settings.dataPath = folder.Path("Fresh/");
+        QDir().mkpath(settings.dataPath);
+        Show(ListMode::Instrument, line_.link, instrument::DirectoryReply(memory));
+        List()->selectAll();
+        QTimer::singleShot(3000, window.get(), [this] {
+            album_.Grab(*window, u"download"_s);
+            Click("cmdExit");
+        });
+        Click("cmdSave");
+    }
+
+    const Album& album_;
+    InstrumentLink line_{prompts};
+};
+
+}  // namespace
+
+void TakeTestList(const Album& album) {
+    ListPictures(album).Take();
+}
+
+}  // namespace davo::test
