@@ -56,7 +56,6 @@ TEST_F(LinkPacedTest, AMissingOrWrongEchoTakesThePatienceAndTheNextIsSent) {
     elapsed.start();
     EXPECT_EQ(Send("abcd", "abc "), 4U);
     EXPECT_GE(elapsed.elapsed(), 2 * kPatience.count());
-    EXPECT_LT(elapsed.elapsed(), 3 * kPatience.count() + 500);
     EXPECT_THAT(port.sent, ElementsAre("a", "b", "c", "d"));
     EXPECT_THAT(missing, ElementsAre(2U, 3U));
 }
@@ -66,10 +65,8 @@ TEST_F(LinkPacedTest, AnEchoInSeveralPiecesAmongNoiseCounts) {
         port.Deliver("x");
         port.Deliver("ya", milliseconds(10));
     });
-    QElapsedTimer elapsed;
-    elapsed.start();
     EXPECT_EQ(Send("a", "a"), 1U);
-    EXPECT_LT(elapsed.elapsed(), kPatience.count());
+    EXPECT_THAT(missing, IsEmpty()) << "it did not take the patience";
 }
 
 TEST_F(LinkPacedTest, GoesOnInsideTheEventLoopOfAQuestion) {
