@@ -76,13 +76,15 @@ bool Mount(const QString& disk, const QStringList& options) {
 
 class CalcFaultsTest : public testing::Test {
   protected:
-    CalcFaultsTest() {
-        CalcSettings settings;
-        settings.patience = 1500ms;
-        renderer_ = MakeCalcRenderer(settings);
-    }
+    // An engine that is slow because the machine is busy must not count as one that hangs.
+    void SetUp() override { MakeRenderer(10min); }
 
-    void SetUp() override { ASSERT_TRUE(renderer_); }
+    void MakeRenderer(std::chrono::milliseconds patience) {
+        CalcSettings settings;
+        settings.patience = patience;
+        renderer_ = MakeCalcRenderer(settings);
+        ASSERT_TRUE(renderer_);
+    }
 
     bool Render(const RenderProgress& progress = {}, const std::stop_token& stop = {}) {
         return renderer_->Render(ReportOf(4), template_, target_, progress, stop);
@@ -169,6 +171,7 @@ TEST_F(CalcFaultsTest, GivesUpWhenTheEngineIsKilledTwice) {
 }
 
 TEST_F(CalcFaultsTest, EndsAnEngineThatHangs) {
+    MakeRenderer(1500ms);
     bool isStopped = false;
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(Render([&](int n, int) {
@@ -182,23 +185,21 @@ TEST_F(CalcFaultsTest, EndsAnEngineThatHangs) {
     EXPECT_EQ(EnginesOf(::getpid()).size(), 1U);
 }
 
+// Whoever waited for the patience to end would wait longer than a test may take.
 TEST_F(CalcFaultsTest, StopsAtOnceEvenWhenTheEngineHangs) {
     ReplaceFile(target_, "old");
     std::stop_source stop;
     std::jthread stopper;
-    std::chrono::steady_clock::time_point asked;
     EXPECT_FALSE(Render(
         [&](int n, int) {
             if (n != 2) return;
             ::kill(EnginesOf(::getpid()).at(0), SIGSTOP);
             stopper = std::jthread([&] {
                 std::this_thread::sleep_for(100ms);
-                asked = std::chrono::steady_clock::now();
                 stop.request_stop();
             });
         },
         stop.get_token()));
-    EXPECT_LT(std::chrono::steady_clock::now() - asked, 1s);
     EXPECT_EQ(ReadWholeFile(target_), "old");
     EXPECT_TRUE(Render());
 }
