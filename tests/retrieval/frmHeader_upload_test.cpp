@@ -19,10 +19,13 @@ const QString kLeaveQuestion =
 // "ERASING...", "H:" and a line end.
 constexpr double kBeforeEchoes = 5 + 1602 + 5 + 10 + 4;
 
+constexpr std::chrono::minutes kAmplePatience{10};
+
 // The window on the line to the simulated instrument.
 class HeaderUploadWindow : public HeaderWindowOn<HeaderLine> {
   protected:
-    HeaderUploadWindow() { patience = {milliseconds(150), milliseconds(500), milliseconds(2000)}; }
+    // No machine is so busy that an answer that comes takes longer.
+    HeaderUploadWindow() { patience = {kAmplePatience, kAmplePatience, kAmplePatience}; }
     std::string Slot(int slot) {
         return line.Instrument().HeaderMemory().substr(static_cast<std::size_t>(slot - 1) * 160,
                                                        160);
@@ -162,6 +165,7 @@ TEST_F(HeaderUploadWindow, ASlotThatWasNotStoredAsSentIsNamed) {
 }
 
 TEST_F(HeaderUploadWindow, SlotsThatDoNotComeBackAreSaid) {
+    patience.reply = milliseconds(2000);
     Fault(FaultKind::Cut, kBeforeEchoes + 1600 + 5 + 700);
     OpenAndRead();
     Save();

@@ -153,15 +153,24 @@ TEST_F(DownloadLine, LeavingAPacedRecordIsQuickAndTheNextDownloadIsWhole) {
     const std::vector<MemoryRecord> memory = {MemoryRecordOf(1, 20)};
     Start(memory, {}, true);
     Select(memory);
-    using Clock = std::chrono::steady_clock;
-    Clock::time_point left;
-    QTimer::singleShot(600, [&] {
-        left = Clock::now();
+    std::size_t received = 0;
+    int waits = 0;  // begun after leaving
+    bool left = false;
+    link.OnWaitChanged = [&] { waits += left && link.CurrentWait() ? 1 : 0; };
+    QTimer leaver;
+    leaver.callOnTimeout([&] {
+        if (left || progress.empty() || progress.back() < 500) return;
+        left = true;
+        received = progress.back();
         download.Leave();
     });
+    leaver.start(20);
     EXPECT_EQ(download.Run().end, DownloadEnd::Left);
-    // The reply would take three seconds more.
-    EXPECT_LT(Clock::now() - left, std::chrono::milliseconds(1000));
+    EXPECT_TRUE(left);
+    EXPECT_EQ(waits, 0) << "the rest of the reply is not waited for";
+    EXPECT_LT(received, progressTotal / 2);
+    EXPECT_EQ(progress.back(), received);
+    link.OnWaitChanged = nullptr;
     EXPECT_THAT(Names(), ElementsAre("DIRDNLD.DNL"));
     progress.clear();
     // The rest of the reply is still on its way and must not become a part of the next.
