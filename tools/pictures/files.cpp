@@ -102,7 +102,11 @@ class FilePictures : public FilesFolder {
         Show(window, [&](QWidget& main) {
             FindIn<QLineEdit>(*window, "txtPath")->setText(folder.Path("USB-Stick"));
             album_.Grab(main, u"copy"_s);
-            QTimer::singleShot(0, window, [&] { album_.Grab(main, u"copying"_s); });
+            // The copying goes no further meanwhile.
+            QTimer::singleShot(0, window, [&] {
+                QTest::qWait(80);
+                album_.Save(main, u"copying"_s);
+            });
             FindIn<QPushButton>(*window, "cmdOK")->click();
         });
     }

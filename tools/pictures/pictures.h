@@ -23,9 +23,9 @@ class Album {
         const QString path = Path(name + u".png"_s);
         if (!window.grab().save(path)) throw std::runtime_error(path.toStdString());
     }
-    // When events that are on their way have come.
+    // When what is on its way has come. On a busy machine the panel needs 100 ms for sixty tests.
     void Grab(QWidget& window, const QString& name) const {
-        QTest::qWait(80);
+        QTest::qWait(250);
         Save(window, name);
     }
     void ShowAndGrab(QWidget& window, const QString& name) const {

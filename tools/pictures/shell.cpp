@@ -118,7 +118,7 @@ class ShellPictures {
         home->ShowFacts(homeFacts);
         Grab(window, "main");
 
-        QTimer::singleShot(2300, &window, [&] {
+        QTimer::singleShot(2100, &window, [&] {
             Grab(window, "main-wait");
             line.link.EndWait();
         });

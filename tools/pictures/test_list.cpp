@@ -52,7 +52,7 @@ class ListPictures : public TestListWindow {
         QDir().mkpath(settings.dataPath);
         Show(ListMode::Instrument, line_.link, instrument::DirectoryReply(memory));
         List()->selectAll();
-        QTimer::singleShot(3000, window.get(), [this] {
+        QTimer::singleShot(2800, window.get(), [this] {
             album_.Grab(*window, u"download"_s);
             Click("cmdExit");
         });
