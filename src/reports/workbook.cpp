@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/workbook.h"
 
+#include <algorithm>
 #include <cctype>
 #include <map>
 #include <stdexcept>
