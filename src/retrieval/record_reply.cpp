@@ -22,8 +22,7 @@ namespace {
 constexpr std::string_view kSeparators = ", \t\r\n";
 constexpr std::size_t kFieldDigits = 32;
 constexpr std::size_t kHalfField = 16;
-constexpr int kPreambleFields = 12;
-constexpr int kFieldsOfTest = 9;
+constexpr std::size_t kPreambleFields = 12;
 
 constexpr double kVoltsPerCount = 0.1;
 constexpr double kDegreesPerCount = 0.1;
@@ -31,58 +30,52 @@ constexpr double kRatioPerCount = 0.0001;
 constexpr double kNameplatePerCount = 0.1;
 constexpr int kNoNameplate = 65535;
 
-class ReplyFields {
-  public:
-    explicit ReplyFields(std::string_view reply) : rest_(reply) {}
-
-    // Nothing at the end of the reply.
-    std::optional<std::string_view> Next() {
-        rest_.remove_prefix(std::min(rest_.find_first_not_of(kSeparators), rest_.size()));
-        const std::string_view field = rest_.substr(0, rest_.find_first_of(kSeparators));
-        if (field.empty() || field == kRecordEnd) return std::nullopt;
-        rest_.remove_prefix(field.size());
-        return field;
-    }
-
-  private:
-    std::string_view rest_;
-};
-
-// The digits of the tests, one after the other.
-class TestBlocks {
-  public:
-    explicit TestBlocks(ReplyFields& fields) : fields_(fields) {}
-
-    // The next test's; nothing when a field of it is missing.
-    std::optional<std::string> Next() {
-        std::string block = std::move(carry_);
-        carry_.clear();
-        for (int i = 0; i < kFieldsOfTest; ++i) {
-            const auto field = fields_.Next();
-            if (!field) return std::nullopt;
-            block += *field;
-        }
-        odd_ = !odd_;
-        if (!odd_) return block;
-        const auto shared = fields_.Next();
-        if (!shared) return std::nullopt;
-        block += shared->substr(0, kHalfField);
-        carry_ = shared->substr(shared->size() - std::min(shared->size(), kHalfField));
-        return block;
-    }
-
-  private:
-    ReplyFields& fields_;
-    std::string carry_;
-    bool odd_ = false;  // whether the test before was an odd one
-};
-
-// Whether a block has its digits and nothing else; those behind the image are filling.
-bool IsWhole(std::string_view block) {
+bool IsWhole(std::string_view field) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
-    constexpr std::size_t kMost = kFieldsOfTest * kFieldDigits + kHalfField;
-    return block.size() >= kImageDigits && block.size() <= kMost &&
-           block.find_first_not_of(kDigits) >= kImageDigits;
+    return field.size() == kFieldDigits &&
+           field.find_first_not_of(kDigits) == std::string_view::npos;
+}
+
+std::vector<std::string_view> FieldsOf(std::string_view reply) {
+    std::vector<std::string_view> fields;
+    while (true) {
+        reply.remove_prefix(std::min(reply.find_first_not_of(kSeparators), reply.size()));
+        const std::string_view field = reply.substr(0, reply.find_first_of(kSeparators));
+        if (field.empty() || field == kRecordEnd) return fields;
+        fields.push_back(field);
+        reply.remove_prefix(field.size());
+    }
+}
+
+// How many fields a reply of tests tests has. Two tests share a field: nineteen for two.
+std::size_t FieldsFor(int tests) {
+    return kPreambleFields + (static_cast<std::size_t>(tests) * 19 + 1) / 2;
+}
+
+// The fields of a test, its number counted from 1: the first one, and the one behind its last. A
+// field that two tests share belongs to both.
+struct FieldRange {
+    explicit FieldRange(int test)
+        : first(FieldsFor(test - 1) - (test % 2 == 0 ? 1 : 0)), end(FieldsFor(test)) {}
+    std::size_t first;
+    std::size_t end;
+};
+
+// The digits of a test.
+std::string BlockOf(const std::vector<std::string_view>& fields, int test) {
+    const auto [first, end] = FieldRange(test);
+    std::string block;
+    for (std::size_t i = first; i < end; ++i) {
+        const std::string_view field = fields[i];
+        if (test % 2 == 0 && i == first) {
+            block += field.substr(field.size() - std::min(field.size(), kHalfField));
+        } else if (test % 2 != 0 && i + 1 == end) {
+            block += field.substr(0, kHalfField);
+        } else {
+            block += field;
+        }
+    }
+    return block;
 }
 
 void PutNameplate(std::string& lines, const RecordImage& image, double measuredRatio) {
@@ -162,29 +155,32 @@ std::string RecordHeaderLines(std::string_view entry, std::string_view testName)
 
 ConvertedRecord ConvertRecordReply(std::string_view reply) {
     ConvertedRecord record;
-    ReplyFields fields(reply);
-    for (int i = 0; i < kPreambleFields; ++i) {
-        const auto field = fields.Next();
-        if (!field) return record;
-        if (i == 0)
-            record.tests = std::clamp(ParseHexText(field->substr(0, 2)), 0, kMostRecordTests);
-    }
-    TestBlocks blocks(fields);
+    const std::vector<std::string_view> fields = FieldsOf(reply);
+    if (fields.empty()) return record;
+    record.tests = std::clamp(ParseHexText(fields.front().substr(0, 2)), 0, kMostRecordTests);
+    const auto damaged = [&fields](std::size_t first, std::size_t end) {
+        const auto begin = fields.begin();
+        return !std::all_of(begin + static_cast<std::ptrdiff_t>(first),
+                            begin + static_cast<std::ptrdiff_t>(end), IsWhole);
+    };
+    bool doubtful = damaged(0, std::min(kPreambleFields, fields.size()));
+    // A field too many or too few has moved those behind it.
+    const bool moved = fields.size() != FieldsFor(record.tests);
     for (int test = 1; test <= record.tests; ++test) {
-        const auto block = blocks.Next();
-        if (!block) break;
-        PutTest(record.lines, test, *block);
+        const auto [first, end] = FieldRange(test);
+        if (end > fields.size()) break;
+        PutTest(record.lines, test, BlockOf(fields, test));
         record.converted = test;
-        if (!IsWhole(*block)) record.doubtful.push_back(test);
+        const bool here = damaged(first, end);
+        if (doubtful || here) record.doubtful.push_back(test);
+        doubtful = doubtful || (here && moved);
     }
     return record;
 }
 
 std::size_t UsualReplyBytes(int tests) {
-    // Two tests share a field: nineteen for two.
-    const int fields = kPreambleFields + (19 * tests + 1) / 2;
     const std::size_t line = kFieldDigits + kLineEnd.size();
-    return static_cast<std::size_t>(fields) * line + kRecordEnd.size() + kLineEnd.size();
+    return FieldsFor(tests) * line + kRecordEnd.size() + kLineEnd.size();
 }
 
 }  // namespace davo

@@ -17,10 +17,10 @@ std::string RecordHeaderLines(std::string_view entry, std::string_view testName)
 
 // The reply to "R" as record file lines.
 struct ConvertedRecord {
-    std::string lines;          // of all tests that came whole, lines ended by CR LF
+    std::string lines;          // of all tests that came, lines ended by CR LF
     int tests = 0;              // how many the reply says, at most kMostRecordTests
     int converted = 0;          // how many are in lines; fewer when fields are missing
-    std::vector<int> doubtful;  // of these (from 1), those with digits missing or damaged
+    std::vector<int> doubtful;  // of these (from 1), those whose values may be wrong
 };
 
 // reply holds hexadecimal fields separated by blanks, commas or line ends, up to a field "DONE".
@@ -28,6 +28,10 @@ struct ConvertedRecord {
 // 16 characters carried over from the test before and nine fields; an odd test takes the first 16
 // characters of a tenth and carries its last 16. Fields are taken as they come: the hexadecimal
 // text parser decides what a character that is no digit counts. An empty reply has no tests.
+//
+// A field is whole when it is 32 hexadecimal digits. A test with a field that is not whole is
+// doubtful; so are all behind it when the reply has more or fewer fields than its tests need, and
+// all tests when a field before them is not whole.
 ConvertedRecord ConvertRecordReply(std::string_view reply);
 
 // The length in bytes of a reply of tests tests, for a progress bar: fields of 32 digits, one a

@@ -241,6 +241,35 @@ TEST(ConvertRecordReply, TellsWhichTestsHaveDamagedDigits) {
     std::string longer = good;
     longer.insert(kLine * 32, "0");
     EXPECT_THAT(ConvertRecordReply(longer).doubtful, ElementsAre(3));
+    std::string shared = good;
+    shared.erase(kLine * 21, 1);  // from the field that the first and the second share
+    EXPECT_THAT(ConvertRecordReply(shared).doubtful, ElementsAre(1, 2));
+}
+
+TEST(ConvertRecordReply, DoubtsWhatStandsBehindAFieldTooManyOrTooFew) {
+    const std::string good =
+        RecordReply(RecordOf({UsualImage(), UsualImage(), UsualImage(), UsualImage()}));
+    constexpr std::size_t kLine = 34;
+    std::string more = good;
+    more[kLine * 24 + 9] = ' ';  // in the second test
+    EXPECT_THAT(ConvertRecordReply(more).doubtful, ElementsAre(2, 3, 4));
+    std::string fewer = good;
+    fewer.erase(kLine * 25 - 2, 2);
+    EXPECT_THAT(ConvertRecordReply(fewer).doubtful, ElementsAre(2, 3));
+    EXPECT_EQ(ConvertRecordReply(fewer).converted, 3);
+}
+
+TEST(ConvertRecordReply, DoubtsAllTestsBehindADamagedPreamble) {
+    const std::string good = RecordReply(RecordOf({UsualImage(), UsualImage(), UsualImage()}));
+    constexpr std::size_t kLine = 34;
+    for (const std::size_t field : {0U, 5U, 11U}) {
+        std::string damaged = good;
+        damaged.erase(kLine * field + 20, 1);
+        EXPECT_THAT(ConvertRecordReply(damaged).doubtful, ElementsAre(1, 2, 3)) << field;
+        damaged = good;
+        damaged[kLine * field + 20] = ' ';
+        EXPECT_THAT(ConvertRecordReply(damaged).doubtful, ElementsAre(1, 2, 3)) << field;
+    }
 }
 
 TEST(UsualReplyBytes, IsTheLengthThatTheInstrumentSends) {
