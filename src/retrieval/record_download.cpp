@@ -2,7 +2,6 @@
 #include "retrieval/record_download.h"
 
 #include <QScopedValueRollback>
-#include <QStringList>
 #include <algorithm>
 #include <utility>
 
@@ -13,7 +12,6 @@
 #include "records/directory_entry.h"
 #include "records/directory_file.h"
 #include "records/record_name.h"
-#include "retrieval/record_reply.h"
 
 namespace davo {
 
@@ -22,6 +20,10 @@ namespace {
 constexpr std::size_t kNumberAt = 4;  // of a record name, behind "TST_"
 constexpr std::string_view kNotFound = "Record Not Found";
 constexpr std::string_view kReplyEnd = "\r\nDONE\r\n";
+constexpr qsizetype kMostRemarks = 12;
+constexpr const char* kNotWholeQuestion =
+    "This record did not come whole.\r\n%1\r\nDo you want to replace the existing file all the "
+    "same?";
 
 QString Extension() {
     return QStringLiteral(".txt");
@@ -32,32 +34,58 @@ std::string NameOf(const std::string& entry) {
     return EntryName(entry).value_or(entry);
 }
 
-// The number of tests that an entry tells; 0 when it tells none.
-int TestsOf(std::string_view entry) {
+// The number of tests that an entry tells, as its text; empty when it tells none.
+std::string_view TestsText(std::string_view entry) {
     constexpr std::string_view kTests = "TESTS=";
     const std::size_t found = entry.find(kTests);
-    if (found == std::string_view::npos) return 0;
-    return static_cast<int>(WholeNumericValue(Middle(entry, found + kTests.size(), 2)).value_or(0));
+    return found == std::string_view::npos ? std::string_view()
+                                           : Middle(entry, found + kTests.size(), 2);
 }
 
-// What is told of a record that did not come whole; empty when it did.
-std::string RemarkOn(const std::string& name, const ConvertedRecord& record) {
-    if (record.converted < record.tests) {
-        return name + ": only " + std::to_string(record.converted) + " of " +
-               std::to_string(record.tests) + " tests were received.";
+// The number of tests that an entry tells; 0 when it tells none, and when they are a hundred, which
+// two columns cannot hold.
+int TestsOf(std::string_view entry) {
+    return static_cast<int>(WholeNumericValue(TestsText(entry)).value_or(0));
+}
+
+// "1, 3 to 5".
+QString NumberList(const std::vector<int>& numbers) {
+    QStringList list;
+    for (std::size_t first = 0, last = 0; first < numbers.size(); first = last + 1) {
+        last = first;
+        while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1)
+            ++last;
+        list += last == first ? QString::number(numbers[first])
+                              : QStringLiteral("%1 to %2").arg(numbers[first]).arg(numbers[last]);
     }
-    if (record.doubtful.empty()) return {};
-    std::string tests;
-    for (const int test : record.doubtful)
-        tests += (tests.empty() ? "" : ", ") + std::to_string(test);
-    return name + ": the values of these tests arrived damaged: " + tests + ".";
+    return list.join(QStringLiteral(", "));
+}
+
+// What is wrong with the number of tests that came; empty when it is that of the entry.
+QString CountRemark(std::string_view entry, const ConvertedRecord& record) {
+    const int listed = TestsOf(entry);
+    const int expected = listed > 0 ? listed : record.tests;
+    if (record.converted == 0) return QStringLiteral("no tests were received.");
+    if (record.converted < expected) {
+        return QStringLiteral("only %1 of %2 tests were received.")
+            .arg(record.converted)
+            .arg(expected);
+    }
+    if (record.tests == listed || (listed == 0 && record.tests == kMostRecordTests)) return {};
+    return QStringLiteral("the list says %1 tests, the record itself %2.")
+        .arg(FromPage(TestsText(entry)))
+        .arg(record.tests);
+}
+
+QString NotFoundText(const std::string& name) {
+    return QStringLiteral("Record Not Found: the DAVO does not have the record %1.")
+        .arg(FromPage(name));
 }
 
 QString ReasonText(const DownloadResult& result, const QString& error) {
     switch (result.end) {
         case DownloadEnd::NotFound:
-            return QStringLiteral("Record Not Found: the DAVO does not have the record %1.")
-                .arg(FromPage(result.missing.front()));
+            return NotFoundText(result.missing.front());
         case DownloadEnd::Left:
             return QStringLiteral("The download was ended.");
         case DownloadEnd::Lost:
@@ -72,12 +100,9 @@ QString ReasonText(const DownloadResult& result, const QString& error) {
 }
 
 // "TST_001, TST_002", the first of a long list only.
-QString NameList(const std::vector<std::string>& names) {
-    constexpr std::size_t kMostNamed = 20;
-    QStringList list;
-    for (std::size_t i = 0; i < std::min(names.size(), kMostNamed); ++i)
-        list += FromPage(names[i]);
-    QString text = list.join(QStringLiteral(", "));
+QString NameList(const QStringList& names) {
+    constexpr qsizetype kMostNamed = 20;
+    QString text = names.mid(0, kMostNamed).join(QStringLiteral(", "));
     if (names.size() > kMostNamed) {
         text += QStringLiteral(" and %1 more").arg(names.size() - kMostNamed);
     }
@@ -85,6 +110,17 @@ QString NameList(const std::vector<std::string>& names) {
 }
 
 }  // namespace
+
+QString NotWholeText(std::string_view entry, const ConvertedRecord& record) {
+    QStringList remarks;
+    remarks += CountRemark(entry, record);
+    if (!record.doubtful.empty()) {
+        remarks += QStringLiteral("the values of these tests arrived damaged: %1.")
+                       .arg(NumberList(record.doubtful));
+    }
+    remarks.removeAll(QString());
+    return remarks.join(QLatin1Char(' '));
+}
 
 // What OnProgress is told.
 class RecordDownload::Progress {
@@ -137,6 +173,7 @@ DownloadResult RecordDownload::Run() {
     leaving_ = false;
     next_ = 0;
     listed_.clear();
+    notWhole_.clear();
     remarks_.clear();
 
     const auto count = static_cast<std::size_t>(std::max<int>(tables_.recordCount, 0));
@@ -202,13 +239,14 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
         OnActivity(QStringLiteral("Downloading %1 from DAVO, Please Wait...").arg(FromPage(name)));
     }
 
-    const std::string header = RecordHeaderLines(entry, *target);
     std::string reply;
     if (const auto ended = Exchange("L" + std::string(Middle(name, kNumberAt)), kLineEnd, reply)) {
         return *ended;
     }
     if (Contains(reply, kNotFound)) {
-        WriteRecord(*target, header, result);
+        if (MayWriteInPart(*target, NotFoundText(name))) {
+            ReplaceFile(PathOf(*target), RecordHeaderLines(entry, *target));
+        }
         return DownloadEnd::NotFound;
     }
     if (const auto ended = Exchange(kReadyCommand, kReadyReply, reply)) return *ended;
@@ -217,14 +255,31 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
             link_.OnReplyGrows, [&progress](std::size_t bytes) { progress.Received(bytes); });
         if (const auto ended = Exchange("R", kReplyEnd, reply)) return *ended;
     }
-    const ConvertedRecord record = ConvertRecordReply(ByScratchFile(reply));
-    WriteRecord(*target, header + record.lines, result);
+    WriteRecord(entry, *target, ByScratchFile(reply), result);
     next_ = index + 1;
-    const std::string remark = RemarkOn(*target, record);
-    if (!remark.empty()) remarks_.push_back(remark);
-    listed_.push_back(*target + entry.substr(name.size()));
-    WriteDirectory();
     return DownloadEnd::Complete;
+}
+
+void RecordDownload::WriteRecord(const std::string& entry, const std::string& name,
+                                 const std::string& reply, DownloadResult& result) {
+    const ConvertedRecord record = ConvertRecordReply(reply);
+    QString remark = NotWholeText(entry, record);
+    if (!remark.isEmpty()) {
+        notWhole_ += FromPage(name);
+        remark.prepend(FromPage(name) + QStringLiteral(": "));
+        if (!MayWriteInPart(name, remark)) {
+            remarks_ += remark + QStringLiteral(" The existing file was kept.");
+            return;
+        }
+    }
+    ReplaceFile(PathOf(name), RecordHeaderLines(entry, name) + record.lines);
+    if (remark.isEmpty()) {
+        result.written.push_back(FromPage(name) + Extension());
+    } else {
+        remarks_ += remark;
+    }
+    listed_.push_back(name + entry.substr(NameOf(entry).size()));
+    WriteDirectory();
 }
 
 std::optional<DownloadEnd> RecordDownload::Exchange(std::string_view command,
@@ -251,10 +306,11 @@ std::string RecordDownload::ByScratchFile(const std::string& reply) const {
     return ReadWholeFile(path);
 }
 
-void RecordDownload::WriteRecord(const std::string& name, const std::string& lines,
-                                 DownloadResult& result) {
-    ReplaceFile(PathOf(name), lines);
-    result.written.push_back(FromPage(name) + Extension());
+bool RecordDownload::MayWriteInPart(const std::string& name, const QString& remark) {
+    // That a whole record may replace the file was asked before.
+    return !FileExists(PathOf(name)) ||
+           prompts_.YesNo(QString(QLatin1String(kNotWholeQuestion)).arg(remark), Answer::No) ==
+               Answer::Yes;
 }
 
 // With the number of the entries that are there already: whenever the download ends, the file can
@@ -305,10 +361,15 @@ void RecordDownload::Tell(const DownloadResult& result, const QString& error) {
     const QString reason = ReasonText(result, error);
     if (!reason.isEmpty()) lines += reason;
     if (!reason.isEmpty() && !result.missing.empty()) {
-        lines += QStringLiteral("Not downloaded: ") + NameList(result.missing);
+        QStringList names;
+        for (const std::string& name : result.missing)
+            names += FromPage(name);
+        lines += QStringLiteral("Not downloaded: ") + NameList(names);
     }
-    for (const std::string& remark : remarks_)
-        lines += FromPage(remark);
+    lines += remarks_.mid(0, kMostRemarks);
+    if (remarks_.size() > kMostRemarks) {
+        lines += QStringLiteral("Not whole either: ") + NameList(notWhole_.mid(kMostRemarks));
+    }
     if (!lines.isEmpty()) prompts_.Message(lines.join(QStringLiteral("\r\n")));
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "common/prompts.h"
 #include "link/link.h"
 #include "records/directory_file.h"
+#include "retrieval/record_reply.h"
 
 namespace davo {
 
@@ -28,13 +30,18 @@ enum class DownloadEnd {
 
 struct DownloadResult {
     DownloadEnd end = DownloadEnd::Complete;
-    std::vector<QString> written;      // names of the files in the data folder, in order
+    std::vector<QString> written;      // files in the data folder with a whole record, in order
     std::vector<std::string> missing;  // record names not fetched because the download ended early
 };
 
+// What is told of a record that did not come whole, by the entry it was chosen from: tests that are
+// missing or doubtful. Empty when it did.
+QString NotWholeText(std::string_view entry, const ConvertedRecord& record);
+
 // Fetches the selected records from the instrument into the data folder. A record file appears
-// there, or replaces an earlier one, in one go when its content is complete. "DIRDNLD.DNL" lists
-// the downloaded records and is whole at every moment.
+// there, or replaces an earlier one, in one go when its content is complete. A record that did not
+// come whole is written too, with what came; over an earlier file only after a question.
+// "DIRDNLD.DNL" lists the records that were written and is whole at every moment.
 class RecordDownload {
   public:
     // link, prompts and tables must outlive it. dataPath and scratchFolder end with the separator.
@@ -70,7 +77,10 @@ class RecordDownload {
                                         std::string& reply);
     std::optional<DownloadEnd> WhyEnded() const;
     std::string ByScratchFile(const std::string& reply) const;
-    void WriteRecord(const std::string& name, const std::string& lines, DownloadResult& result);
+    void WriteRecord(const std::string& entry, const std::string& name, const std::string& reply,
+                     DownloadResult& result);
+    // Whether what came of a record, which remark says is not whole, may be written under name.
+    bool MayWriteInPart(const std::string& name, const QString& remark);
     void WriteDirectory() const;
 
     // Under which name a record is to be written. Empty: the record is skipped; nothing: the whole
@@ -85,9 +95,10 @@ class RecordDownload {
     DirectoryTables& tables_;
     QString dataPath_;
     QString scratchFolder_;
-    std::vector<std::string> listed_;   // the directory's entries so far
-    std::vector<std::string> remarks_;  // records that did not come whole, in words
-    std::size_t next_ = 0;              // the first entry that has not been gone through
+    std::vector<std::string> listed_;  // the directory's entries so far
+    QStringList notWhole_;             // the names of the records that did not come whole
+    QStringList remarks_;              // and what is told of each
+    std::size_t next_ = 0;             // the first entry that has not been gone through
     bool running_ = false;
     bool leaving_ = false;
 };

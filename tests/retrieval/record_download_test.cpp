@@ -223,15 +223,17 @@ TEST_F(RecordDownloadTest, EndsWhereARecordIsNotFound) {
                                      "\r\nNot downloaded: TST_012, TST_014"));
 }
 
-TEST_F(RecordDownloadTest, HasAHeaderOnlyForAnEmptyReply) {
+TEST_F(RecordDownloadTest, HasAHeaderOnlyForAnEmptyReplyAndSaysSo) {
     Select({twelve, thirteen});
     Replies(twelve, "\r\nDONE\r\n");
     Replies(thirteen);
-    EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
+    const DownloadResult result = download.Run();
+    EXPECT_EQ(result.end, DownloadEnd::Complete);
+    EXPECT_THAT(result.written, ElementsAre(u"TST_013.txt"_s)) << "whole ones count";
     EXPECT_EQ(File("TST_012.txt"), Header(0, "TST_012"));
     EXPECT_EQ(File("TST_013.txt"), Whole(1, thirteen, "TST_013"));
     EXPECT_THAT(Listing(), StartsWith("REC==002\r\n"));
-    EXPECT_THAT(Shown(), IsEmpty());
+    EXPECT_THAT(Shown(), ElementsAre("TST_012: no tests were received."));
 }
 
 TEST_F(RecordDownloadTest, TellsOfTestsThatAreMissingOrDamaged) {
@@ -243,10 +245,89 @@ TEST_F(RecordDownloadTest, TellsOfTestsThatAreMissingOrDamaged) {
     Replies(thirteen, reply.substr(0, 34 * 31) + "\r\nDONE\r\n");
     const DownloadResult result = download.Run();
     EXPECT_EQ(result.end, DownloadEnd::Complete);
+    EXPECT_THAT(result.written, IsEmpty()) << "whole ones count";
     EXPECT_THAT(Shown(), ElementsAre("TST_012: the values of these tests arrived damaged: 1.\r\n"
                                      "TST_013: only 2 of 3 tests were received."));
     EXPECT_THAT(File("TST_013.txt"),
                 AllOf(HasSubstr("REC NUMBER:  2\r\n"), Not(HasSubstr("REC NUMBER:  3\r\n"))));
+}
+
+TEST_F(RecordDownloadTest, TellsOfACountThatIsNotThatOfTheEntry) {
+    const auto told = [this](const char* count) {
+        directory = {};
+        prompts.shown.clear();
+        progress.clear();
+        QFile::remove(settings.dataPath + u"TST_013.txt"_s);
+        Select({thirteen});
+        Replies(thirteen, count + RecordReply(thirteen).substr(2));
+        EXPECT_THAT(download.Run().written, IsEmpty()) << count;
+        return Shown().empty() ? std::string() : Shown().front();
+    };
+    EXPECT_EQ(told("00"), "TST_013: no tests were received.");
+    EXPECT_EQ(told("01"), "TST_013: only 1 of 3 tests were received.");
+    EXPECT_EQ(told("02"), "TST_013: only 2 of 3 tests were received.");
+    EXPECT_EQ(told("07"), "TST_013: the list says 03 tests, the record itself 7.");
+    EXPECT_EQ(told("0g"), "TST_013: no tests were received.");
+}
+
+TEST_F(RecordDownloadTest, ARecordThatIsNotWholeReplacesAFileAfterASecondQuestionOnly) {
+    const std::string reply = "\r\nDONE\r\n";
+    const char* const question =
+        "This record did not come whole.\r\nTST_012: no tests were received.\r\n"
+        "Do you want to replace the existing file all the same?";
+    for (const Answer answer : {Answer::No, Answer::Yes}) {
+        directory = {};
+        prompts.shown.clear();
+        prompts.presets.clear();
+        progress.clear();
+        Select({twelve});
+        Put("TST_012.txt", "old");
+        prompts.answers = {Answer::Yes, answer};
+        Replies(twelve, reply);
+        const DownloadResult result = download.Run();
+        const bool kept = answer == Answer::No;
+        EXPECT_EQ(result.end, DownloadEnd::Complete);
+        EXPECT_THAT(result.written, IsEmpty());
+        EXPECT_EQ(File("TST_012.txt"), kept ? "old" : Header(0, "TST_012"));
+        EXPECT_THAT(Listing(), StartsWith(kept ? "REC==000\r\n" : "REC==001\r\n"));
+        EXPECT_THAT(
+            Shown(),
+            ElementsAre(kReplaceQuestion, "The record TST_012 shall be overwritten!", question,
+                        kept ? "TST_012: no tests were received. The existing file was kept."
+                             : "TST_012: no tests were received."));
+        EXPECT_THAT(prompts.presets, ElementsAre(Answer::No, Answer::No));
+    }
+}
+
+TEST_F(RecordDownloadTest, ARecordThatIsNotFoundReplacesAFileAfterASecondQuestionOnly) {
+    for (const Answer answer : {Answer::No, Answer::Yes}) {
+        directory = {};
+        prompts.shown.clear();
+        progress.clear();
+        Select({twelve});
+        Put("TST_012.txt", "old");
+        prompts.answers = {Answer::Yes, answer};
+        port.OnOutput("L012", "Record Not Found\r\n");
+        EXPECT_EQ(download.Run().end, DownloadEnd::NotFound);
+        EXPECT_EQ(File("TST_012.txt"), answer == Answer::No ? "old" : Header(0, "TST_012"));
+        EXPECT_EQ(Shown().at(2),
+                  "This record did not come whole.\r\n"
+                  "Record Not Found: the DAVO does not have the record TST_012.\r\n"
+                  "Do you want to replace the existing file all the same?");
+    }
+}
+
+TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreNotWhole) {
+    std::vector<MemoryRecord> memory;
+    for (int i = 101; i <= 114; ++i) {
+        memory.push_back(MemoryRecordOf(i, 1));
+        Replies(memory.back(), "\r\nDONE\r\n");
+    }
+    Select(memory);
+    download.Run();
+    EXPECT_THAT(Shown(), ElementsAre(AllOf(HasSubstr("TST_112: no tests were received."),
+                                           Not(HasSubstr("TST_113: ")),
+                                           EndsWith("\r\nNot whole either: TST_113, TST_114"))));
 }
 
 TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
