@@ -227,6 +227,12 @@ std::optional<double> WholeNumericValue(std::string_view text) {
     return number.value;
 }
 
+std::optional<double> LeadingNumericValue(std::string_view text) {
+    const NumberAtStart number = ReadNumber(TrimBlanks(text));
+    if (number.length == 0 || number.overflow) return std::nullopt;
+    return number.value;
+}
+
 std::int16_t ToInteger16(double value) {
     const double rounded = std::nearbyint(value);
     if (!(rounded >= -32768 && rounded <= 32767)) throw RunTimeError(ErrorNumber::Overflow);

@@ -32,9 +32,12 @@ std::string GeneralNumber(double value);
 double NumericValue(std::string_view text);
 
 // The number that the whole of text is, blanks at the ends ignored; nothing when it is not one or
-// is too large for a double.
-// For texts that an operator typed and for the instrument's ratio text.
+// is too large for a double. For texts that an operator typed.
 std::optional<double> WholeNumericValue(std::string_view text);
+
+// The number that text begins with, blanks before it ignored ("240.7:1" gives 240.7); nothing when
+// there is none or it is too large for a double. For texts of the instrument.
+std::optional<double> LeadingNumericValue(std::string_view text);
 
 // value rounded to the nearest 16-bit integer, halves to even. Throws RunTimeError 6 (Overflow)
 // outside -32768 to 32767.

@@ -27,7 +27,7 @@ std::optional<std::string> NameplateRatio(const std::string& hCurrent,
 }
 
 std::optional<std::string> PercentError(const std::string& measured, const std::string& nameplate) {
-    const auto m = WholeNumericValue(measured);
+    const auto m = LeadingNumericValue(measured);
     const auto n = WholeNumericValue(nameplate);
     if (!m || !n) return std::nullopt;
     // A nameplate ratio of zero gives no finite number.

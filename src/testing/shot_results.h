@@ -13,7 +13,8 @@ namespace davo {
 // an X current of zero or below.
 std::optional<std::string> NameplateRatio(const std::string& hCurrent, const std::string& xCurrent);
 
-// |M - N| / N in percent; nothing where that cannot be computed.
+// |M - N| / N in percent, M the number that measured, the instrument's text, begins with; nothing
+// where that cannot be computed.
 std::optional<std::string> PercentError(const std::string& measured, const std::string& nameplate);
 
 // What the sign behind "POLARITY=" is shown as; nothing for another character.

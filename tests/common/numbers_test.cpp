@@ -161,6 +161,16 @@ TEST(NumericValue, OverflowsAboveAndIsZeroBelowTheRangeOfADouble) {
     EXPECT_EQ(NumericValue("5E-324"), 5e-324);
 }
 
+TEST(LeadingNumericValue, TakesTheNumberAtTheBeginning) {
+    EXPECT_EQ(LeadingNumericValue("240.7:1"), 240.7);
+    EXPECT_EQ(LeadingNumericValue(" 241.2 "), 241.2);
+    EXPECT_EQ(LeadingNumericValue("24?.1"), 24);
+    EXPECT_EQ(LeadingNumericValue("-.5E1x"), -5);
+    EXPECT_EQ(LeadingNumericValue("0:1"), 0);
+    for (const char* text : {"", " ", "-", ".", ":1", "x1", "1E999:1"})
+        EXPECT_FALSE(LeadingNumericValue(text).has_value()) << text;
+}
+
 TEST(WholeNumericValue, TakesNothingButANumber) {
     EXPECT_EQ(WholeNumericValue(" 241.2 "), 241.2);
     EXPECT_EQ(WholeNumericValue("-.5"), -0.5);

@@ -84,9 +84,28 @@ TEST_F(ResultsTest, NameplateRatioOfZeroShowsAnEmptyPercentError) {
     EXPECT_FALSE(Screen().lblPE.enabled);
 }
 
+TEST_F(ResultsTest, PercentErrorTakesTheNumberThatTheMeasuredRatioBeginsWith) {
+    Nameplate("1200", "5");
+    for (const char* ratio : {"241.2:1", " 241.2:1 ", "241.2 : 1", "241.2/1", "241.2 TO 1"})
+        EXPECT_EQ(ErrorOf(ratio), "0.50") << ratio;
+    RunFullShot("240.7:1");
+    EXPECT_EQ(Screen().txtRatio.text, "240.7:1");
+    EXPECT_EQ(Screen().txtPE.text, "0.29");
+    EXPECT_THAT(sequence.ShotTrailer(),
+                HasSubstr("MEASURED RATIO: 240.7:1\r\nNAMEPLATE RATIO: 240 (1200:5)\r\n"
+                          "PERCENT ERROR: 0.29%\r\n"));
+    // What an operator types is a number as a whole.
+    for (const auto& [h, x] : {std::pair("1200:1", "5"), std::pair("1200", "5:1")}) {
+        Nameplate(h, x);
+        EXPECT_EQ(Screen().txtCRatio.text, "");
+        EXPECT_EQ(Screen().txtPE.text, "");
+    }
+}
+
 TEST_F(ResultsTest, MeasuredRatioThatIsNoNumberShowsAnEmptyPercentError) {
     Nameplate("1200", "5");
-    EXPECT_EQ(ErrorOf("24?.1"), "");
+    for (const char* none : {"?24.1", ":1", "N/A", "-", "1e999:1"})
+        EXPECT_EQ(ErrorOf(none), "") << none;
     Nameplate("1", "100");
     EXPECT_EQ(ErrorOf("1e308"), "") << "the percentage would overflow";
     Screen().txtCRatio.text = "typed";
