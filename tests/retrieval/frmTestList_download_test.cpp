@@ -62,6 +62,16 @@ TEST_F(MemoryList, DownloadsWhatIsSelected) {
     EXPECT_THAT(Column(0), SizeIs(3)) << "the list still shows the memory";
 }
 
+TEST_F(MemoryList, CountsTheRecordsThatCameWhole) {
+    Start({MemoryRecordOf(1, 1), MemoryRecordOf(2, 2)});
+    constexpr int kBeforeRecord = 14 + 5;  // "Record Found" and "RDY"
+    (*instrument)->SetFaults({{instrument::FaultKind::Double, kBeforeRecord + 600, 0}});
+    ChooseAll();
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblMessage"), "1 of 2 records were saved.");
+    EXPECT_THAT(Shown(), ElementsAre(HasSubstr(": the values of these tests arrived damaged: 1.")));
+}
+
 TEST_F(MemoryList, ShowsWhatHappensAndCanBeLeft) {
     Start({MemoryRecordOf(1, 1), MemoryRecordOf(2, 100)}, true);
     ChooseAll();
