@@ -46,4 +46,16 @@ class FakePortDevices : public PortDevices {
     std::vector<std::pair<std::int16_t, QString>> assignments;  // every Assign, in order
 };
 
+// Every port number is the one device.
+class OneDevice : public PortDevices {
+  public:
+    explicit OneDevice(QString path) : device(std::move(path)) {}
+    QString DeviceOf(std::int16_t) const override { return device; }
+    std::vector<PresentPort> Present() const override { return {}; }
+    void Assign(std::int16_t, const QString&) override {}
+    bool NeedsAssignment() const override { return true; }
+
+    QString device;
+};
+
 }  // namespace davo::test

@@ -16,7 +16,7 @@
 #include <string>
 #include <string_view>
 
-#include "link/port_devices.h"
+#include "tests/support/fake_port_devices.h"
 
 namespace davo::test {
 
@@ -82,18 +82,6 @@ class PseudoTerminal {
     int master_ = -1;
     std::unique_ptr<QSocketNotifier> notifier_;
     std::function<void(const std::string&)> onText_;
-};
-
-// Every port number is the one device.
-class OneDevice : public PortDevices {
-  public:
-    explicit OneDevice(QString path) : device(std::move(path)) {}
-    QString DeviceOf(std::int16_t) const override { return device; }
-    std::vector<PresentPort> Present() const override { return {}; }
-    void Assign(std::int16_t, const QString&) override {}
-    bool NeedsAssignment() const override { return true; }
-
-    QString device;
 };
 
 }  // namespace davo::test
