@@ -6,7 +6,6 @@ usage: check_demonstration.py BYTE_LOG RECORD_FILE WORKBOOK
 """
 
 import pathlib
-import re
 import sys
 
 import expected_record
@@ -27,17 +26,15 @@ NAMEPLATE = ("1200", "5")
 
 
 def main(byte_log, record_file, workbook):
-    shots = expected_record.shots_on_line(expected_record.read_byte_log(pathlib.Path(byte_log)))
+    shots = expected_record.shots_of(byte_log)
     kinds = [shot.ratio_only for shot in shots]
     if kinds != [False, False, False, True]:
         return f"not the shots of the demonstration: {kinds}"
     del shots[1]  # dropped by Repeat Test
     actual = pathlib.Path(record_file).read_bytes()
-    date, time = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
     expected = expected_record.record_file(
         pathlib.Path(record_file).name,
-        date.decode(),
-        time.decode(),
+        *expected_record.begun(actual),
         [field.ljust(20) for field in HEADER],
         shots,
         NAMEPLATE,

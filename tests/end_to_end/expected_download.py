@@ -8,12 +8,9 @@ instrument's byte log and laid out with decimal arithmetic.
 import decimal
 import re
 
-import expected_record
+from expected_record import HEADER_KEYS, KNEES, TENTH, point_lines, reader, rounded
 
 D = decimal.Decimal
-TENTH = D("0.1")
-KEYS = ("COMPANY", "STATION", "CIRCUIT", "MFR", "MODEL", "SN", "COMMENTS", "OPERATOR")
-KNEES = {1: "IEEE 30 DEGREE TANGENT", 2: "IEEE 45 DEGREE TANGENT"}
 
 
 def replies(log):
@@ -48,11 +45,11 @@ def header_lines(directory, number):
         "TIME: " + time,
         "# OF SHOTS: " + re.search("TESTS=(..)", record)[1],
     ]
-    return lines + [f"{key}: " + re.search(f"{key}=(.{{20}})", record)[1] for key in KEYS]
+    return lines + [f"{key}: " + re.search(f"{key}=(.{{20}})", record)[1] for key in HEADER_KEYS]
 
 
 def phase_lines(word):
-    degrees = word * 0.1  # in double precision: 2699 is a hair above 269.9
+    degrees = float(word) * 0.1  # in double precision: 2699 is a hair above 269.9
     polarity = "N/A"
     if 0 <= degrees <= 90 or 270 <= degrees <= 360:
         polarity = "IN PHASE"
@@ -60,36 +57,28 @@ def phase_lines(word):
         polarity = "OUT OF PHASE"
     return [
         "POLARITY: " + polarity,
-        f"PHASE ANGLE: {expected_record.rounded(D(word) * TENTH, 1)} DEG",
+        f"PHASE ANGLE: {rounded(word * TENTH, 1)} DEG",
     ]
 
 
 def nameplate_lines(high, low, ratio):
     if high in (0, 0xFFFF) or low in (0, 0xFFFF):
         return ["NAMEPLATE RATIO: N/A", "PERCENT ERROR: N/A"]
-    plate = D(high) / (D(low) * TENTH)
+    plate = high / (low * TENTH)
     error = abs(ratio - plate) / plate * 100
     return [
-        f"NAMEPLATE RATIO: {expected_record.rounded(plate, 3)}",
-        f"PERCENT ERROR: {expected_record.rounded(error, 2)} %",
+        f"NAMEPLATE RATIO: {rounded(plate, 3)}",
+        f"PERCENT ERROR: {rounded(error, 2)} %",
     ]
 
 
 def test_lines(number, image):
-    def word(offset):
-        return int.from_bytes(image[offset : offset + 2], "little")
-
-    scale = D("0.0002") if image[147] == 10 else D("0.0001")
-    rounded = expected_record.rounded
-    points = []
-    for slot in range(32):
-        current, voltage = word(4 * slot) * scale, word(4 * slot + 2) * TENTH
-        if current > 0 and voltage > 0:
-            points.append(f"CURRENT: {rounded(current, 4)}VOLTAGE: {rounded(voltage, 1)}")
+    word, scale = reader(image)
+    points = point_lines(word, scale)
     ratio = int.from_bytes(image[136:140], "little") * D("0.0001")
     return [
         f"REC NUMBER:  {number}",
-        *reversed(points),
+        *points,
         f"NUMBER OF DATA POINTS: {len(points)}",
         f"KNEE VOLTAGE: {rounded(word(128) * TENTH, 3)} VOLTS",
         f"KNEE CURRENT: {rounded(word(130) * scale, 3)} AMPS",

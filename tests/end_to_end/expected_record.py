@@ -11,7 +11,9 @@ import pathlib
 import re
 
 D = decimal.Decimal
+TENTH = D("0.1")
 POINTS = 32
+KNEES = {1: "IEEE 30 DEGREE TANGENT", 2: "IEEE 45 DEGREE TANGENT"}
 
 
 @dataclasses.dataclass
@@ -61,6 +63,15 @@ def shots_on_line(log):
     return shots
 
 
+def shots_of(byte_log):
+    return shots_on_line(read_byte_log(byte_log))
+
+
+def begun(record):
+    """The texts of date and time in the bytes of a record file."""
+    return [text.decode() for text in re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", record).groups()]
+
+
 def rounded(value, places):
     """Half away from zero, places behind the point."""
     return str(value.quantize(D(1).scaleb(-places), rounding=decimal.ROUND_HALF_UP))
@@ -68,8 +79,7 @@ def rounded(value, places):
 
 def general(value):
     """As short as it goes."""
-    text = format(value.normalize(), "f")
-    return text
+    return format(value.normalize(), "f")
 
 
 def percent_error(ratio, nameplate):
@@ -85,43 +95,49 @@ def polarity(degrees):
     return "N/A"
 
 
+def reader(image):
+    """What reads the word at an offset of a record's bytes, and the amperes of a current's one."""
+    scale = D("0.0002") if image[147] == 10 else D("0.0001")
+    return lambda offset: D(int.from_bytes(image[offset : offset + 2], "little")), scale
+
+
+def point_lines(word, scale):
+    """The lines of the points, from the last slot to the first."""
+    points = []
+    for slot in reversed(range(POINTS)):
+        current, voltage = word(4 * slot) * scale, word(4 * slot + 2) * TENTH
+        if current > 0 and voltage > 0:
+            points.append(f"CURRENT: {rounded(current, 4)}VOLTAGE: {rounded(voltage, 1)}")
+    return points
+
+
 def shot_lines(number, shot, nameplate):
     """The lines of one shot; nameplate is (H text, X text) or None."""
     image = bytes.fromhex(shot.digits)
     if len(image) != 148:
         raise ValueError(f"the record has {len(image)} bytes")
-
-    def word(offset):
-        return D(int.from_bytes(image[offset : offset + 2], "little"))
-
-    scale = D("0.0002") if image[147] == 10 else D("0.0001")
-    tenth = D("0.1")
-    points = []
-    for slot in range(POINTS):
-        current, voltage = word(4 * slot) * scale, word(4 * slot + 2) * tenth
-        if current > 0 and voltage > 0:
-            points.append(f"CURRENT: {rounded(current, 4)}VOLTAGE: {rounded(voltage, 1)}")
-    degrees = word(140) * tenth
+    word, scale = reader(image)
+    points = point_lines(word, scale)
+    degrees = word(140) * TENTH
     plate, error = "N/A", "N/A"
     if nameplate:
         calculated, percent = percent_error(shot.ratio, nameplate)
         plate = f"{general(calculated)} ({nameplate[0]}:{nameplate[1]})"
         error = f"{percent}%"
-    knee = {1: "IEEE 30 DEGREE TANGENT", 2: "IEEE 45 DEGREE TANGENT"}
     return [
         f"REC NUMBER: {number}",
-        *reversed(points),
+        *points,
         f"NUMBER OF DATA POINTS: {len(points)}",
-        f"KNEE VOLTAGE: {general(word(128) * tenth)} VOLTS",
+        f"KNEE VOLTAGE: {general(word(128) * TENTH)} VOLTS",
         f"KNEE CURRENT: {general(word(130) * scale)} AMPS",
         f"EXCITATION CUR: {rounded(word(132) * scale, 3)} AMPS",
-        f"EXCITATION VTG: {general(word(134) * tenth)} VOLTS",
+        f"EXCITATION VTG: {general(word(134) * TENTH)} VOLTS",
         f"MEASURED RATIO: {shot.ratio}",
         f"POLARITY: {polarity(degrees)}",
         f"PHASE ANGLE: {rounded(degrees, 1)} DEG",
         f"NAMEPLATE RATIO: {plate}",
         f"PERCENT ERROR: {error}",
-        f"KNEE POINT TYPE: {knee.get(image[146], 'ASA 10%VTG -> 50%CUR')}",
+        f"KNEE POINT TYPE: {KNEES.get(image[146], 'ASA 10%VTG -> 50%CUR')}",
     ]
 
 

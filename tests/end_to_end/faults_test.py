@@ -14,43 +14,46 @@ import expected_record
 import harness
 
 QUICK = ("--unpaced", "--quick", "--seed", "7")
-LOST = (
-    "The connection to the DAVO was lost.\\nPlease check the cable and the adapter, then try again."
-    "\\nEverything that was measured is kept."
-)
-
 OFFER = re.compile(
     r"An earlier session of \d\d/\d\d/\d\d \d\d:\d\d with 1 shot was never saved\. "
     r"Do you want to save it as a test record file now\?"
 )
 
 
-def type_nameplate(program):
-    program.do("type txtHVolt 1200", "focusOut", "type txtXVolt 5", "focusOut")
-
-
-def begin_second_shot(program):
-    """Up to the readings of its saturation test."""
-    harness.start_shot(program)
-    program.do(
-        f'waitText lblMessage "{harness.RANGE}"',
-        "click cmdContinue",
-        f'waitText lblMessage "{harness.SATURATE}"',
-        "waitEnabled cmdContinue",
-    )
-
-
 class Faults(unittest.TestCase):
     def assert_record(self, path, shots):
         actual = path.read_bytes()
-        date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
         expected = expected_record.record_file(
-            path.name, date.decode(), at.decode(), [" " * 20] * 8, shots, ("1200", "5")
+            path.name, *expected_record.begun(actual), [" " * 20] * 8, shots, ("1200", "5")
         )
         self.assertEqual(actual, expected)
 
-    def line_shots(self, rig):
-        return expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
+    def one_shot(self, program):
+        harness.open_test_window(program)
+        harness.type_nameplate(program)
+        harness.full_shot(program, first=True)
+
+    def one_shot_and_a_half(self, program):
+        """Up to the readings of the second shot's saturation test."""
+        self.one_shot(program)
+        harness.start_shot(program)
+        harness.saturate(program)
+
+    def plug_in_again(self, rig):
+        rig.byte_log = rig.folder / "line2.log"
+        rig.start_instrument(*QUICK)
+
+    def open_with_offer(self, program):
+        program.do("menu mnuBoth", "wait msgBox")
+        self.assertRegex(program.prompt(), OFFER)
+
+    def save_elsewhere(self, rig, program):
+        elsewhere = rig.folder / "stick"
+        elsewhere.mkdir()
+        program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
+        harness.finish_save(program)
+        shots = expected_record.shots_of(rig.byte_log)
+        self.assert_record(elsewhere / "Shots_Data" / "T1.txt", shots)
 
     def assert_no_prompt_follows(self, program):
         end = time.monotonic() + 1.5
@@ -61,88 +64,67 @@ class Faults(unittest.TestCase):
 
 class Unplugged(Faults):
     def test_the_cable_is_pulled_in_mid_shot(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            harness.open_test_window(program)
-            type_nameplate(program)
-            harness.full_shot(program, first=True)
-            begin_second_shot(program)
+        with harness.session(*QUICK) as (rig, program):
+            self.one_shot_and_a_half(program)
             harness.end_group(rig.instrument)
-            shots = self.line_shots(rig)
-            program.do(f'answer Ok "{LOST}"')
+            shots = expected_record.shots_of(rig.byte_log)
+            program.do(f'answer Ok "{harness.LOST}"')
             self.assert_no_prompt_follows(program)
             program.do("waitEnabled cmdExit", "waitDisabled cmdContinue")
 
             # The broken shot leaves nothing to ask about; the shot before it is offered when the
             # test window opens again, which finds the instrument plugged in.
-            program.do("click cmdExit", "waitGone frmCControl")
-            rig.byte_log = rig.folder / "line2.log"
-            rig.start_instrument(*QUICK)
-            program.do("menu mnuBoth", "wait msgBox")
-            self.assertRegex(program.prompt(), OFFER)
+            harness.close_test_window(program)
+            self.plug_in_again(rig)
+            self.open_with_offer(program)
             program.do("answer Yes", "chooseFile T1.txt")
             self.assertEqual(len(shots), 1)
             program.do("wait frmCControl", "waitDisabled cmdCancel")
             self.assert_record(rig.data / "T1.txt", shots)
 
-            type_nameplate(program)
+            harness.type_nameplate(program)
             harness.full_shot(program, first=True)
             harness.save_session(program, "T2.txt")
-            self.assert_record(rig.data / "T2.txt", self.line_shots(rig))
-            self.assertEqual(harness.leave(program), 0)
+            self.assert_record(rig.data / "T2.txt", expected_record.shots_of(rig.byte_log))
 
     def test_a_completed_shot_is_saved_without_the_instrument(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            harness.open_test_window(program)
-            type_nameplate(program)
-            harness.full_shot(program, first=True)
+        with harness.session(*QUICK) as (rig, program):
+            self.one_shot(program)
             harness.end_group(rig.instrument)
-            program.do(f'answer Ok "{LOST}"')
+            program.do(f'answer Ok "{harness.LOST}"')
             self.assert_no_prompt_follows(program)
             harness.save_session(program, "T1.txt")
-            self.assert_record(rig.data / "T1.txt", self.line_shots(rig))
-            self.assertEqual(harness.leave(program), 0)
+            self.assert_record(rig.data / "T1.txt", expected_record.shots_of(rig.byte_log))
 
     def test_the_session_goes_on_when_it_is_plugged_in_again(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            harness.open_test_window(program)
-            type_nameplate(program)
-            harness.full_shot(program, first=True)
-            begin_second_shot(program)
+        with harness.session(*QUICK) as (rig, program):
+            self.one_shot_and_a_half(program)
             harness.end_group(rig.instrument)
-            shots = self.line_shots(rig)
-            program.do(f'answer Ok "{LOST}"')
-            rig.byte_log = rig.folder / "line2.log"
-            rig.start_instrument(*QUICK)
+            shots = expected_record.shots_of(rig.byte_log)
+            program.do(f'answer Ok "{harness.LOST}"')
+            self.plug_in_again(rig)
             # The broken shot is started anew; nothing is asked, since none was completed.
             program.do('waitText cmdStart "&Start Test"')
             harness.full_shot(program, first=True)
             harness.save_session(program, "T1.txt")
-            self.assert_record(rig.data / "T1.txt", shots + self.line_shots(rig))
-            self.assertEqual(harness.leave(program), 0)
+            self.assert_record(rig.data / "T1.txt", shots + expected_record.shots_of(rig.byte_log))
 
     def test_the_adapter_vanishes_in_the_first_shot(self):
         # The instrument's own fault: after that many bytes, in the saturation test.
-        with harness.Rig(*QUICK, "--fault", "unplugged:260") as rig:
-            program = rig.start_program()
+        with harness.started(*QUICK, "--fault", "unplugged:260") as (rig, program):
             harness.open_test_window(program)
             harness.start_shot(program, first=True)
             program.do(f'waitText lblMessage "{harness.RANGE}"', "click cmdContinue")
-            program.do(f'answer Ok "{LOST}"')
+            program.do(f'answer Ok "{harness.LOST}"')
             self.assert_no_prompt_follows(program)
-            program.do("click cmdExit", "waitGone frmCControl")
+            harness.close_test_window(program)
             self.assertEqual(harness.leave(program), 0)
             self.assertEqual(list(rig.data.glob("*.txt")), [])
 
 
 class Escape(Faults):
     def abort_second_shot(self, rig, program):
-        harness.open_test_window(program)
-        type_nameplate(program)
-        harness.full_shot(program, first=True)
-        begin_second_shot(program)
+        self.one_shot_and_a_half(program)
         program.do("key Escape", "waitGone frmCControl")
         self.assertIsNone(program.prompt(), "ESC asks nothing")
         harness.wait_until(
@@ -151,35 +133,29 @@ class Escape(Faults):
         )
 
     def test_an_aborted_session_is_offered_at_the_next_start(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.session(*QUICK) as (rig, program):
             self.abort_second_shot(rig, program)
             self.assertEqual(harness.leave(program), 0)
 
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuBoth", "wait msgBox")
-            self.assertRegex(program.prompt(), OFFER)
+            program = rig.start_main()
+            self.open_with_offer(program)
             program.do("answer Yes", "chooseFile T1.txt")
             program.do("wait frmCControl", "waitDisabled cmdCancel")
-            self.assert_record(rig.data / "T1.txt", self.line_shots(rig))
-            program.do("click cmdExit", "waitGone frmCControl")
-            self.assertEqual(harness.leave(program), 0)
+            self.assert_record(rig.data / "T1.txt", expected_record.shots_of(rig.byte_log))
+            harness.close_test_window(program)
 
     def test_a_refused_offer_keeps_the_capture_and_is_not_repeated(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.session(*QUICK) as (rig, program):
             self.abort_second_shot(rig, program)
-            program.do("menu mnuBoth", "wait msgBox")
-            self.assertRegex(program.prompt(), OFFER)
+            self.open_with_offer(program)
             program.do("answer No", "waitContains msgBox \"The session is kept in '\"")
             kept = pathlib.Path(re.fullmatch(r"The session is kept in '(.*)'\.", program.prompt())[1])
             program.do("answer Ok", "wait frmCControl", "waitDisabled cmdCancel")
-            program.do("click cmdExit", "waitGone frmCControl")
+            harness.close_test_window(program)
             self.assertEqual(kept.parent, rig.scratch)
-            self.assertIn(self.line_shots(rig)[0].ratio.encode(), kept.read_bytes())
+            self.assertIn(expected_record.shots_of(rig.byte_log)[0].ratio.encode(), kept.read_bytes())
             harness.open_test_window(program)
-            program.do("click cmdExit", "waitGone frmCControl")
-            self.assertEqual(harness.leave(program), 0)
+            harness.close_test_window(program)
 
 
 class SmallDisk:
@@ -214,11 +190,6 @@ class SmallDisk:
 
 
 class Disk(Faults):
-    def one_shot(self, program):
-        harness.open_test_window(program)
-        type_nameplate(program)
-        harness.full_shot(program, first=True)
-
     def test_a_full_disk_during_the_save_leads_to_a_save_elsewhere(self):
         with harness.Rig(*QUICK) as rig, SmallDisk(rig.data) as disk:
             program = rig.start_program()
@@ -233,11 +204,7 @@ class Disk(Faults):
             program.do("answer Ok")
             self.assertEqual((rig.data / "T1.txt").read_bytes(), old)
 
-            elsewhere = rig.folder / "stick"
-            elsewhere.mkdir()
-            program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
-            harness.finish_save(program)
-            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(rig))
+            self.save_elsewhere(rig, program)
             self.assertEqual(harness.leave(program), 0)
             self.assertEqual(sorted(os.listdir(rig.data)), ["T1.txt", "filler"])
 
@@ -245,16 +212,13 @@ class Disk(Faults):
         with harness.Rig(*QUICK) as rig, SmallDisk(rig.scratch) as disk:
             program = rig.start_program()
             harness.open_test_window(program)
-            type_nameplate(program)
+            harness.type_nameplate(program)
             harness.start_shot(program, first=True)
             program.do(f'waitText lblMessage "{harness.RANGE}"')
             disk.fill()
+            harness.saturate(program)
+            harness.await_ratio(program)
             program.do(
-                "click cmdContinue",
-                f'waitText lblMessage "{harness.SATURATE}"',
-                "waitEnabled cmdContinue",
-                "click cmdContinue",
-                f'waitText lblMessage "{harness.RATIO}" 60000',
                 "click cmdContinue",
                 'waitContains msgBox "The shot is complete, but it is not yet safe on disk: "',
             )
@@ -266,12 +230,11 @@ class Disk(Faults):
             program.do("answer Ok")
             disk.empty()
             harness.save_session(program, "T1.txt")
-            self.assert_record(rig.data / "T1.txt", self.line_shots(rig))
+            self.assert_record(rig.data / "T1.txt", expected_record.shots_of(rig.byte_log))
             self.assertEqual(harness.leave(program), 0)
 
     def test_a_vanished_folder_leads_to_a_save_elsewhere(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.session(*QUICK) as (rig, program):
             self.one_shot(program)
             program.do("click cmdExit", f'answer Yes "{harness.SAVE}"', "wait cdFile")
             # The stick is pulled out while the dialog stands; a file bars its folder's place.
@@ -280,12 +243,7 @@ class Disk(Faults):
             program.do("chooseFile T1.txt")
             program.do("waitContains msgBox \"The test record was not saved.\"")
             program.do("answer Ok")
-            elsewhere = rig.folder / "stick"
-            elsewhere.mkdir()
-            program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
-            harness.finish_save(program)
-            self.assert_record(elsewhere / "Shots_Data" / "T1.txt", self.line_shots(rig))
-            self.assertEqual(harness.leave(program), 0)
+            self.save_elsewhere(rig, program)
 
 
 if __name__ == "__main__":

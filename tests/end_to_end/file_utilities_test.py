@@ -92,8 +92,8 @@ class FileUtilities(unittest.TestCase):
         self.open("mnuOverlay")
         self.program.do("click cmdOp0", "click lvTest", "key End", "click lstTest")
         self.program.do("key End", "click cmdOp1")
-        self.assertEqual(self.program.control("txtTest1")["text"], "A1 - TEST NUMBER:1")
-        self.assertEqual(self.program.control("txtTest2")["text"], "C3 - TEST NUMBER:2")
+        self.assertEqual(self.program.text("txtTest1"), "A1 - TEST NUMBER:1")
+        self.assertEqual(self.program.text("txtTest2"), "C3 - TEST NUMBER:2")
         workbook = self.rig.excel / "2Graphs.xls"
         self.program.do("click cmdOp2", f'answer Ok "{harness.NO_VIEWER}{workbook}"')
         self.program.do("waitEnabled cmdOp2", "click cmdExit", "waitGone frmFileUtilOverlay")

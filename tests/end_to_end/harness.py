@@ -32,6 +32,10 @@ PLOTTING = "Plotting Excel Graphs, Please Wait..."
 NO_VIEWER = "The report is finished, but this computer has no program that shows it. It is stored as "
 RATIO_ONLY = "Run Ratio test only?"
 LEAVE = "Do You Want to Exit?"
+LOST = (
+    "The connection to the DAVO was lost.\\nPlease check the cable and the adapter, then try again."
+    "\\nEverything that was measured is kept."
+)
 
 TO_ZERO = "TURN VOLTAGE DRIVE TO ZERO..."
 RANGE = "SET THE VOLTAGE RANGE SELECTOR SWITCH"
@@ -139,6 +143,9 @@ class Program:
                 return window["controls"][name]
         return None
 
+    def text(self, control):
+        return self.control(control)["text"]
+
     def prompt(self):
         """The text of the prompt that is shown; None without one."""
         window = self.window("msgBox")
@@ -207,6 +214,12 @@ class Rig:
         self.programs.append(program)
         return program
 
+    def start_main(self):
+        """The same, and the main window is there."""
+        program = self.start_program()
+        program.do("wait frmMain")
+        return program
+
     def close(self, keep=False):
         for program in self.programs:
             program.end()
@@ -224,6 +237,36 @@ class Rig:
         self.close(keep=kind is not None and "DAVO_KEEP" in os.environ)
 
 
+@contextlib.contextmanager
+def started(*instrument_options):
+    """A rig and its program, which shows the main window."""
+    with Rig(*instrument_options) as rig:
+        yield rig, rig.start_main()
+
+
+@contextlib.contextmanager
+def session(*instrument_options):
+    """The same; at the end the program that was started last is left by its menu and ends well."""
+    with started(*instrument_options) as (rig, program):
+        yield rig, program
+        code = leave(rig.programs[-1])
+        if code != 0:
+            raise AssertionError(f"the program ended with {code}")
+
+
+def processor_seconds(program):
+    fields = pathlib.Path(f"/proc/{program.process.pid}/stat").read_text().rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def idle_share(program, seconds):
+    """What the program takes of one core over so many seconds; the driver sleeps meanwhile."""
+    time.sleep(0.5)
+    before, began = processor_seconds(program), time.monotonic()
+    time.sleep(seconds)
+    return (processor_seconds(program) - before) / (time.monotonic() - began)
+
+
 # What the operator does, step by step.
 
 
@@ -239,31 +282,44 @@ def start_shot(program, ratio_only=False, first=False, both=True):
         program.do(f'answer {"Yes" if ratio_only else "No"} "{RATIO_ONLY}"')
 
 
+def type_nameplate(program, high=1200, low=5):
+    program.do(f"type txtHVolt {high}", "focusOut", f"type txtXVolt {low}", "focusOut")
+
+
+def saturate(program):
+    """From the range prompt to the readings of the saturation test."""
+    program.do(f'waitText lblMessage "{RANGE}"', "click cmdContinue")
+    program.do(f'waitText lblMessage "{SATURATE}"', "waitEnabled cmdContinue")
+
+
+def await_ratio(program):
+    """From the click that ends the saturation to the readings of the ratio test."""
+    program.do("click cmdContinue", f'waitText lblMessage "{RATIO}" 60000')
+
+
+def complete(program):
+    program.do("click cmdContinue", 'waitText lblTest "TEST COMPLETE."')
+
+
 def full_shot(program, first=False):
     start_shot(program, first=first)
-    program.do(
-        f'waitText lblMessage "{RANGE}"',
-        "click cmdContinue",
-        f'waitText lblMessage "{SATURATE}"',
-        "waitEnabled cmdContinue",
-        "click cmdContinue",
-        f'waitText lblMessage "{RATIO}" 60000',
-        "click cmdContinue",
-        'waitText lblTest "TEST COMPLETE."',
-    )
+    saturate(program)
+    await_ratio(program)
+    complete(program)
 
 
 def ratio_shot(program, first=False, both=True):
     start_shot(program, ratio_only=True, first=first, both=both)
-    program.do(
-        f'waitText lblMessage "{RATIO}" 60000',
-        "click cmdContinue",
-        'waitText lblTest "TEST COMPLETE."',
-    )
+    program.do(f'waitText lblMessage "{RATIO}" 60000')
+    complete(program)
 
 
 def repeat_shot(program):
     program.do('waitText cmdContinue "&Repeat Test"', "click cmdContinue")
+
+
+def close_test_window(program):
+    program.do("click cmdExit", "waitGone frmCControl")
 
 
 def save_session(program, name, view=False):

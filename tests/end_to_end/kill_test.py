@@ -70,8 +70,7 @@ class Run:
 
     def three_shots(self, program):
         harness.open_test_window(program)
-        program.do(f"type txtHVolt {NAMEPLATE[0]}", "focusOut")
-        program.do(f"type txtXVolt {NAMEPLATE[1]}", "focusOut")
+        harness.type_nameplate(program, *NAMEPLATE)
         for shot in (harness.full_shot, harness.ratio_shot, harness.full_shot):
             shot(program, first=self.shown == 0)
             self.shown += 1
@@ -93,23 +92,24 @@ class Run:
             assert program.prompt().startswith(OFFER), program.prompt()
             assert offered == 0, f"{self}: two sessions offered"
             program.do("answer Yes", f"chooseFile Recovered{self.recoveries}.txt")
-        program.do("waitDisabled cmdCancel", "click cmdExit", "waitGone frmCControl")
+        program.do("waitDisabled cmdCancel")
+        harness.close_test_window(program)
         # What was saved is not offered a second time.
         harness.open_test_window(program)
-        program.do("click cmdExit", "waitGone frmCControl")
+        harness.close_test_window(program)
 
     def check(self, rig):
         """Every shot that was shown stands in a record file, and every record file is right."""
-        line = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
+        line = expected_record.shots_of(rig.byte_log)
         files = sorted(rig.data.glob("*.txt"))
         held = 0
         for path in files:
             actual = path.read_bytes()
             count = len(re.findall(rb"(?m)^REC NUMBER: ", actual))
-            date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
-            time.strptime((date + b" " + at).decode(), "%m/%d/%y %H:%M")
+            date, at = expected_record.begun(actual)
+            time.strptime(f"{date} {at}", "%m/%d/%y %H:%M")
             expected = expected_record.record_file(
-                path.name, date.decode(), at.decode(), BLANK_HEADER, line[:count], NAMEPLATE
+                path.name, date, at, BLANK_HEADER, line[:count], NAMEPLATE
             )
             assert actual == expected, f"{self}: {path.name}:\n{actual}\nexpected:\n{expected}"
             held = max(held, count)

@@ -31,7 +31,7 @@ class Report(unittest.TestCase):
     def save_and_view(self, rig, program, name):
         """A session of two shots whose report is asked for; the path of the workbook."""
         harness.open_test_window(program)
-        program.do("type txtHVolt 1200", "focusOut", "type txtXVolt 5", "focusOut")
+        harness.type_nameplate(program)
         harness.full_shot(program, first=True)
         harness.ratio_shot(program)
         harness.save_session(program, name + ".txt", view=True)
@@ -49,8 +49,7 @@ class Report(unittest.TestCase):
         self.assertEqual(left, [], "the engine's folders")
 
     def test_yes_makes_a_workbook_of_the_record(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.started(*QUICK) as (rig, program):
             workbook = self.save_and_view(rig, program, "R1")
             began = time.monotonic()
             self.await_report(program, workbook)
@@ -85,8 +84,7 @@ class Report(unittest.TestCase):
             self.assertEqual(harness.leave(program), 0)
 
     def test_exit_leaves_the_report(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.started(*QUICK) as (rig, program):
             workbook = self.save_and_view(rig, program, "R1")
             harness.wait_until(
                 lambda: program.window("frmCControl")["title"].startswith(harness.PLOTTING),
@@ -100,8 +98,7 @@ class Report(unittest.TestCase):
             self.assert_no_engine_remains(rig)
 
     def test_a_killed_program_leaves_no_engine(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.started(*QUICK) as (rig, program):
             workbook = self.save_and_view(rig, program, "R1")
             self.await_report(program, workbook)
             self.assertTrue(engines(rig))
@@ -109,8 +106,7 @@ class Report(unittest.TestCase):
             harness.wait_until(lambda: not engines(rig), "the end of the engine", 15)
 
     def test_a_program_killed_during_a_report_leaves_no_engine(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.started(*QUICK) as (rig, program):
             workbook = self.save_and_view(rig, program, "R1")
             harness.wait_until(lambda: engines(rig), "the engine")
             program.process.kill()
@@ -118,8 +114,7 @@ class Report(unittest.TestCase):
             self.assertFalse(workbook.exists())
 
     def test_the_end_of_the_desktop_during_a_report_ends_both(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
+        with harness.started(*QUICK) as (rig, program):
             self.save_and_view(rig, program, "R1")
             harness.wait_until(lambda: engines(rig), "the engine")
             program.process.terminate()

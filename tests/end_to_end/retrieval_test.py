@@ -1,31 +1,23 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Records that the operator fetches from the instrument, and those that he calls up again."""
 
-import json
 import pathlib
 import re
-import subprocess
 import sys
 import unittest
 
 import expected_download
 import expected_record
+import expected_report
 import harness
 
-XLRD = "/usr/bin/python3"  # the one that has xlrd
 ENGINE = pathlib.Path("/usr/lib/libreoffice/program/libsclo.so")
-LOST = (
-    "The connection to the DAVO was lost.\\nPlease check the cable and the adapter, then try again."
-    "\\nEverything that was measured is kept."
-)
 # The tenth record has many tests and takes seconds.
 MANY = "Downloading TST_010 from DAVO, Please Wait..."
-SHEETS = "import json,sys,xlrd; print(json.dumps(xlrd.open_workbook(sys.argv[1]).sheet_names()))"
 
 
 def list_memory(program, count):
     program.do(
-        "wait frmMain",
         "menu mnuDownload",
         "wait frmTestList",
         f'waitText lblStatus "Total Records: {count}"',
@@ -63,18 +55,14 @@ class Retrieval(unittest.TestCase):
 
 class Download(Retrieval):
     def test_three_records_are_saved(self):
-        with harness.Rig("--unpaced", "--quick", "--memory", "3", "--seed", "7") as rig:
-            program = rig.start_program()
+        with harness.session("--unpaced", "--quick", "--memory", "3", "--seed", "7") as (rig, program):
             download_all(program, 3)
             self.assertIsNone(program.prompt())
             self.assert_files(rig, ["TST_001", "TST_002", "TST_003"])
             program.do("click cmdExit", "waitGone frmTestList")
-            self.assertEqual(harness.leave(program), 0)
 
     def test_an_existing_record_is_asked_for(self):
-        with harness.Rig("--unpaced", "--quick", "--memory", "1", "--seed", "8") as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.session("--unpaced", "--quick", "--memory", "1", "--seed", "8") as (rig, program):
             (rig.data / "TST_001.txt").write_bytes(b"an earlier record")
             list_memory(program, 1)
             question = (
@@ -88,57 +76,51 @@ class Download(Retrieval):
             program.do('waitText lblMessage "1 of 1 records were saved."')
             self.assert_files(rig, ["TST_001"])
             program.do("key Escape", "waitGone frmTestList")
-            self.assertEqual(harness.leave(program), 0)
 
     def test_nothing_selected_is_said(self):
-        with harness.Rig("--unpaced", "--quick", "--memory", "2", "--seed", "9") as rig:
-            program = rig.start_program()
+        with harness.session("--unpaced", "--quick", "--memory", "2", "--seed", "9") as (rig, program):
             list_memory(program, 2)
             program.do("click cmdSave", 'answer Ok "Please choose File(s) to Download."')
             program.do("click cmdExit", "waitGone frmTestList")
-            self.assertEqual(harness.leave(program), 0)
+
+    def download_until_mid_record(self, program):
+        list_memory(program, 12)
+        program.do("key Ctrl+A", "click cmdSave")
+        program.do(f'waitText lblMessage "{MANY}"', "sleep 700")
+
+    def assert_missing(self, program, why):
+        """The prompt says why, and names the records that are not there; these."""
+        reason, missing = program.prompt().split("\n")
+        self.assertEqual(reason.rstrip("\r"), why)
+        names = re.findall(r"TST_\d{3}", missing)
+        self.assertEqual(names[0], "TST_010")
+        return names
 
     def test_the_cable_is_pulled_in_mid_record(self):
-        with harness.Rig("--quick", "--memory", "12", "--seed", "7") as rig:
-            program = rig.start_program()
-            list_memory(program, 12)
-            program.do("key Ctrl+A", "click cmdSave")
-            program.do(f'waitText lblMessage "{MANY}"', "sleep 700")
+        with harness.session("--quick", "--memory", "12", "--seed", "7") as (rig, program):
+            self.download_until_mid_record(program)
             harness.end_group(rig.instrument)
-            program.do(f'answer Ok "{LOST}"', "wait msgBox")
-            reason, missing = program.prompt().split("\n")
-            self.assertEqual(reason.rstrip("\r"), "The DAVO cannot be reached.")
-            names = re.findall(r"TST_\d{3}", missing)
-            self.assertEqual(names[0], "TST_010")
+            program.do(f'answer Ok "{harness.LOST}"', "wait msgBox")
+            names = self.assert_missing(program, "The DAVO cannot be reached.")
             program.do("answer Ok", "waitEnabled cmdSave")
             every = {f"TST_{number:03}" for number in range(1, 13)}
             self.assert_files(rig, sorted(every - set(names)))
             program.do("click cmdExit", "waitGone frmTestList")
-            self.assertEqual(harness.leave(program), 0)
 
     def test_the_window_is_left_in_mid_record(self):
-        with harness.Rig("--quick", "--memory", "12", "--seed", "7") as rig:
-            program = rig.start_program()
-            list_memory(program, 12)
-            program.do("key Ctrl+A", "click cmdSave")
-            program.do(f'waitText lblMessage "{MANY}"', "sleep 700")
+        with harness.session("--quick", "--memory", "12", "--seed", "7") as (rig, program):
+            self.download_until_mid_record(program)
             program.do("key Escape", "wait msgBox")
-            reason, missing = program.prompt().split("\n")
-            self.assertEqual(reason.rstrip("\r"), "The download was ended.")
-            names = re.findall(r"TST_\d{3}", missing)
-            self.assertEqual(names[0], "TST_010")
+            self.assert_missing(program, "The download was ended.")
             program.do("answer Ok", "waitGone frmTestList")
             self.assertFalse((rig.data / "TST_010.txt").exists())
-            self.assertEqual(harness.leave(program), 0)
 
 
 class Recall(Retrieval):
     @unittest.skipUnless(ENGINE.exists(), "this machine has no LibreOffice Calc")
     def test_a_record_becomes_a_workbook(self):
-        with harness.Rig("--unpaced", "--quick", "--memory", "3", "--seed", "7") as rig:
-            reports = rig.folder / "Shots_Excel"
-            reports.mkdir(exist_ok=True)
-            program = rig.start_program()
+        options = ("--unpaced", "--quick", "--memory", "3", "--seed", "7")
+        with harness.session(*options) as (rig, program):
             download_all(program, 3)
             program.do("click cmdExit", "waitGone frmTestList", "menu mnuRecall")
             program.do(
@@ -155,19 +137,15 @@ class Recall(Retrieval):
             stored = re.search(r"stored as (.*)", program.prompt())
             self.assertIsNotNone(stored, program.prompt())
             workbook = pathlib.Path(stored[1])
-            self.assertEqual(workbook.parent, reports)
+            self.assertEqual(workbook.parent, rig.excel)
             self.assertEqual(workbook.suffix, ".xls")
             tests = (rig.data / (workbook.stem + ".txt")).read_text("cp1252").count("REC NUMBER:")
-            done = subprocess.run(
-                [XLRD, "-c", SHEETS, workbook], check=True, capture_output=True, timeout=60
-            )
-            sheets = json.loads(done.stdout)
+            sheets = expected_report.read_report(workbook)
             self.assertEqual(
                 [sheet for sheet in sheets if sheet.startswith("Test ")],
                 [f"Test {number}-Graph" for number in range(1, tests + 1)],
             )
             program.do("answer Ok", "waitEnabled cmdSave", "click cmdExit", "waitGone frmTestList")
-            self.assertEqual(harness.leave(program), 0)
 
 
 if __name__ == "__main__":

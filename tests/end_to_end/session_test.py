@@ -4,7 +4,6 @@
 import datetime
 import os
 import random
-import re
 import sys
 import unittest
 
@@ -48,12 +47,10 @@ class Session(unittest.TestCase):
         """The record file is made of exactly these shots, dated within the run."""
         ended = datetime.datetime.now()
         actual = (rig.data / name).read_bytes()
-        date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", actual).groups()
-        started = datetime.datetime.strptime((date + b" " + at).decode(), "%m/%d/%y %H:%M")
+        date, at = expected_record.begun(actual)
+        started = datetime.datetime.strptime(f"{date} {at}", "%m/%d/%y %H:%M")
         self.assertTrue(began <= started <= ended, f"{began} <= {started} <= {ended}")
-        expected = expected_record.record_file(
-            name, date.decode(), at.decode(), header, shots, nameplate, notes
-        )
+        expected = expected_record.record_file(name, date, at, header, shots, nameplate, notes)
         self.assertEqual(
             actual.decode("cp1252").split("\r\n"), expected.decode("cp1252").split("\r\n")
         )
@@ -62,12 +59,10 @@ class Session(unittest.TestCase):
     def play(self, nameplate, *instrument_options):
         """Four shots, the second dropped; the record file must be the expected one."""
         began = datetime.datetime.now().replace(second=0, microsecond=0)
-        with harness.Rig(*instrument_options) as rig:
-            program = rig.start_program()
+        with harness.started(*instrument_options) as (rig, program):
             harness.open_test_window(program)
             fill_header(program, HEADER, NOTES)
-            program.do(f"type txtHVolt {nameplate[0]}", "focusOut")
-            program.do(f"type txtXVolt {nameplate[1]}", "focusOut")
+            harness.type_nameplate(program, *nameplate)
             harness.full_shot(program, first=True)
             harness.full_shot(program)
             harness.repeat_shot(program)
@@ -75,7 +70,7 @@ class Session(unittest.TestCase):
             harness.ratio_shot(program)
             harness.save_session(program, "T17.txt")
             self.assertEqual(harness.leave(program), 0)
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
+            shots = expected_record.shots_of(rig.byte_log)
             self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
             del shots[1]
             header = [stored(field) for field in HEADER]
@@ -94,14 +89,13 @@ class QuickSessions(Session):
 
     def test_a_session_of_ratio_tests_only(self):
         began = datetime.datetime.now().replace(second=0, microsecond=0)
-        with harness.Rig("--unpaced", "--quick", "--seed", "21") as rig:
-            program = rig.start_program()
+        with harness.started("--unpaced", "--quick", "--seed", "21") as (rig, program):
             harness.open_test_window(program, "mnuRatio")
             harness.ratio_shot(program, first=True, both=False)
             harness.ratio_shot(program, both=False)
             harness.save_session(program, "R2.txt")
             self.assertEqual(harness.leave(program), 0)
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
+            shots = expected_record.shots_of(rig.byte_log)
             self.assertEqual([shot.ratio_only for shot in shots], [True, True])
             self.check(rig, "R2.txt", began, [" " * 20] * 8, shots, None)
 

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The program around its windows: what it starts with, how it is left, what it takes."""
 
-import os
 import pathlib
 import re
 import shutil
@@ -33,14 +32,10 @@ def write_record(path, number):
     path.write_bytes(("\r\n".join(lines) + "\r\n").encode("latin-1"))
 
 
-def processor_seconds(pid):
-    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
-
-
-def memory(pid):
+def memory(program):
     """What is resident, in MB."""
-    return int(re.search(r"VmRSS:\s*(\d+) kB", pathlib.Path(f"/proc/{pid}/status").read_text())[1]) / 1024
+    status = pathlib.Path(f"/proc/{program.process.pid}/status").read_text()
+    return int(re.search(r"VmRSS:\s*(\d+) kB", status)[1]) / 1024
 
 
 def settings_of(rig):
@@ -49,16 +44,13 @@ def settings_of(rig):
 
 class Menu(unittest.TestCase):
     def test_records_decide_about_the_items_that_need_them(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.session(*QUICK) as (rig, program):
             self.assertFalse((rig.data / "DIRDNLD.DNL").exists())
             with self.assertRaisesRegex(harness.DriverFailed, "mnuFileUtil is disabled"):
                 program.do("menu mnuFileUtil 500")
             program.end()
             write_record(rig.data / "T1.txt", 1)
-            program = rig.start_program()
-            program.do("wait frmMain")
+            program = rig.start_main()
             for item, window in (
                 ("mnuFileUtil", "frmFileUtilOverlay"),
                 ("mnuOverlay", "frmFileUtilOverlay"),
@@ -67,36 +59,29 @@ class Menu(unittest.TestCase):
                 program.do(f"menu {item}", f"wait {window}")
                 program.do(f"click {window}/cmdExit", f"waitGone {window}")
             self.assertTrue((rig.data / "DIRDNLD.DNL").read_bytes().startswith(b"REC==001\r\nT1!"))
-            self.assertEqual(harness.leave(program), 0)
 
     def test_exit_asks(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuExit", f'answer No "{harness.LEAVE}"')
+        with harness.started(*QUICK) as (rig, program):
+            program.do("menu mnuExit", f'answer No "{harness.LEAVE}"')
             self.assertIsNone(program.process.poll())
             self.assertEqual(harness.leave(program), 0)
             self.assertEqual(expected_record.read_byte_log(rig.byte_log)[-1], (False, b"X"))
 
     def test_a_marker_is_kept_for_the_next_run(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuKneepoint45")
-            self.assertEqual(program.control("lblKneepoint")["text"], "IEEE 45 Degree Marker")
+        with harness.session(*QUICK) as (rig, program):
+            program.do("menu mnuKneepoint45")
+            self.assertEqual(program.text("lblKneepoint"), "IEEE 45 Degree Marker")
             program.do("close frmMain")
             self.assertEqual(program.wait_end(), 0)
             self.assertIn("KPTYPE\\KPTYPEVAL=IEEE 45 Degree Marker", settings_of(rig))
-            program = rig.start_program()
-            program.do("wait frmMain")
-            self.assertEqual(program.control("lblKneepoint")["text"], "IEEE 45 Degree Marker")
-            self.assertEqual(harness.leave(program), 0)
+            program = rig.start_main()
+            self.assertEqual(program.text("lblKneepoint"), "IEEE 45 Degree Marker")
 
     def test_about_shows_the_model(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuAbout", "wait frmAbout")
-            self.assertRegex(program.control("lblDavoVer")["text"], "^DAVO-E ")
+        with harness.session(*QUICK) as (rig, program):
+            program.do("menu mnuAbout", "wait frmAbout")
+            self.assertRegex(program.text("lblDavoVer"), "^DAVO-E ")
             program.do("click Command1", "waitGone frmAbout")
-            self.assertEqual(harness.leave(program), 0)
 
 
 class FirstRun(unittest.TestCase):
@@ -115,7 +100,7 @@ class FirstRun(unittest.TestCase):
             program.do("wait frmMain")
             self.assertTrue((there / "Shots_Data").is_dir())
             self.assertTrue((there / "Shots_Excel").is_dir())
-            self.assertEqual(program.control("lblKneepoint")["text"], "ASA 10/50 Marker")
+            self.assertEqual(program.text("lblKneepoint"), "ASA 10/50 Marker")
             self.assertEqual(harness.leave(program), 0)
             self.assertIn(f"PATH\\PATHVAL={there}/Shots_Data/", settings_of(rig))
 
@@ -123,11 +108,11 @@ class FirstRun(unittest.TestCase):
         with harness.Rig(*QUICK) as rig:
             file = rig.folder / "config" / "davo" / "davo.ini"
             file.write_text(file.read_text() + "COMPORT\\COMPORTVAL=abc\n")
-            program = rig.start_program()
-            program.do("wait frmMain", 'waitText cmdNotice "Setting not usable"')
+            program = rig.start_main()
+            program.do('waitText cmdNotice "Setting not usable"')
             self.assertIsNone(program.prompt())
             harness.open_test_window(program)  # COM1 is the instrument's
-            program.do("click cmdExit", "waitGone frmCControl")
+            harness.close_test_window(program)
             self.assertEqual(harness.leave(program), 0)
 
 
@@ -162,27 +147,23 @@ class EndRequests(unittest.TestCase):
         self.assertFalse((rig.folder / "config" / "davo" / "davo.lock").exists())
 
     def test_at_the_main_window(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.started(*QUICK) as (rig, program):
             self.end(rig, program)
 
     def test_while_a_question_is_asked(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuExit", "wait msgBox")
+        with harness.started(*QUICK) as (rig, program):
+            program.do("menu mnuExit", "wait msgBox")
             self.end(rig, program)
 
     def test_while_the_configuration_is_open(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuConfig", "wait frmConfig")
+        with harness.started(*QUICK) as (rig, program):
+            program.do("menu mnuConfig", "wait frmConfig")
             self.end(rig, program)
 
     def open_test_list(self, rig):
         write_record(rig.data / "T1.txt", 1)
-        program = rig.start_program()
-        program.do("wait frmMain", "menu mnuRecall", "wait frmTestList")
+        program = rig.start_main()
+        program.do("menu mnuRecall", "wait frmTestList")
         return program
 
     def test_while_another_window_is_open(self):
@@ -197,9 +178,8 @@ class EndRequests(unittest.TestCase):
             self.assertIn('COMPORT\\COMPORTVAL=" 1"', settings_of(rig))
 
     def test_while_the_instrument_is_waited_for(self):
-        with harness.Rig(*QUICK, "--fault", "silent") as rig:
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuBoth")
+        with harness.started(*QUICK, "--fault", "silent") as (rig, program):
+            program.do("menu mnuBoth")
             self.end(rig, program)
 
     def test_before_the_main_window_is_loaded(self):
@@ -211,20 +191,16 @@ class EndRequests(unittest.TestCase):
             self.assertFalse([line for line in settings_of(rig) if "KPTYPE" in line])
 
     def test_during_a_session_keeps_its_shots(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.started(*QUICK) as (rig, program):
             harness.open_test_window(program)
             harness.full_shot(program, first=True)
             self.end(rig, program)
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuBoth", "wait msgBox")
+            program = rig.start_main()
+            program.do("menu mnuBoth", "wait msgBox")
             self.assertIn("with 1 shot was never saved", program.prompt())
 
     def test_during_a_shot(self):
-        with harness.Rig(*QUICK) as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.started(*QUICK) as (rig, program):
             harness.open_test_window(program)
             program.do("click cmdStart", f'waitText lblMessage "{harness.RANGE}"')
             self.end(rig, program)
@@ -233,29 +209,25 @@ class EndRequests(unittest.TestCase):
 class Figures(unittest.TestCase):
     def start(self, rig):
         began = time.monotonic()
-        program = rig.start_program()
-        program.do("wait frmMain", "waitGone frmSplash")
+        program = rig.start_main()
+        program.do("waitGone frmSplash")
         return program, time.monotonic() - began - SPLASH
 
     def test_start_with_a_full_data_folder(self):
         with harness.Rig(*QUICK) as rig:
             empty, empty_wall = self.start(rig)
-            empty_cpu = processor_seconds(empty.process.pid)
+            empty_cpu = harness.processor_seconds(empty)
             self.assertEqual(harness.leave(empty), 0)
             for number in range(RECORDS):
                 write_record(rig.data / f"T{number}.txt", number)
             program, wall = self.start(rig)
-            pid = program.process.pid
-            cpu = processor_seconds(pid)
+            cpu = harness.processor_seconds(program)
             began = time.monotonic()
             for number in range(RECORDS):
                 (rig.data / f"T{number}.txt").read_bytes()
             reading = time.monotonic() - began
-            resident = memory(pid)
-            time.sleep(0.5)
-            before, began = processor_seconds(pid), time.monotonic()
-            time.sleep(IDLE_SECONDS)
-            idle = (processor_seconds(pid) - before) / (time.monotonic() - began)
+            resident = memory(program)
+            idle = harness.idle_share(program, IDLE_SECONDS)
             print(
                 f"\nstart without the splash's time: {wall * 1000:.0f} ms with {RECORDS} records, "
                 f"{empty_wall * 1000:.0f} ms with none; processor time {cpu * 1000:.0f} ms and "

@@ -11,26 +11,20 @@ AGAIN = "Cannot load DAVO again. The application is already opened."
 
 class Start(unittest.TestCase):
     def test_a_second_copy_says_so_and_ends(self):
-        with harness.Rig("--unpaced", "--quick") as rig:
-            first = rig.start_program()
-            first.do("wait frmMain")
+        with harness.started("--unpaced", "--quick") as (rig, first):
             second = rig.start_program()
             second.do(f'answer Ok "{AGAIN}"')
             self.assertEqual(second.wait_end(), 0)
             # The first one is untouched and still has the instrument.
             harness.open_test_window(first)
-            first.do("click cmdExit", "waitGone frmCControl")
+            harness.close_test_window(first)
             self.assertEqual(harness.leave(first), 0)
 
     def test_a_copy_that_was_killed_does_not_bar_the_next(self):
-        with harness.Rig("--unpaced", "--quick") as rig:
-            first = rig.start_program()
-            first.do("wait frmMain")
+        with harness.session("--unpaced", "--quick") as (rig, first):
             first.process.kill()
             first.end()
-            second = rig.start_program()
-            second.do("wait frmMain")
-            self.assertEqual(harness.leave(second), 0)
+            rig.start_main()
 
     def test_the_splash_stands_before_the_main_window(self):
         with harness.Rig("--unpaced", "--quick") as rig:
@@ -41,9 +35,7 @@ class Start(unittest.TestCase):
             self.assertEqual(harness.leave(program), 0)
 
     def test_settings_are_written_at_the_end(self):
-        with harness.Rig("--unpaced", "--quick") as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.started("--unpaced", "--quick") as (rig, program):
             self.assertEqual(harness.leave(program), 0)
             settings = (rig.folder / "config" / "davo" / "davo.ini").read_text().splitlines()
             for line in (

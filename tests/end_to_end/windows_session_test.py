@@ -69,7 +69,7 @@ def play(rig, pictures=False):
     harness.open_test_window(program)
     grab("test-window")
     fill_header(program, HEADER, NOTES)
-    program.do("type txtHVolt 1200", "focusOut", "type txtXVolt 5", "focusOut")
+    harness.type_nameplate(program)
     harness.full_shot(program, first=True)
     grab("shot-complete")
     harness.full_shot(program)
@@ -90,7 +90,7 @@ class WindowsSession(Session):
             self.assertEqual(harness.leave(program), 0)
             if PICTURES:
                 rig.keep_pictures(PICTURES)
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
+            shots = expected_record.shots_of(rig.byte_log)
             self.assertEqual([shot.ratio_only for shot in shots], [False, False, False, True])
             del shots[1]
             self.check(
@@ -122,13 +122,12 @@ class WindowsSession(Session):
             )
             program.do("answer Yes", 'chooseFile "Kept.txt"', "waitDisabled cmdCancel")
             kept = (rig.data / "Kept.txt").read_bytes()
-            shots = expected_record.shots_on_line(expected_record.read_byte_log(rig.byte_log))
+            shots = expected_record.shots_of(rig.byte_log)
             self.assertEqual(len(shots), 1)
-            date, at = re.search(rb"DATE: (.*)\r\nTIME: (.*)\r\n", kept).groups()
             self.assertEqual(
                 kept,
                 expected_record.record_file(
-                    "Kept.txt", date.decode(), at.decode(), [" " * 20] * 8, shots, None, None
+                    "Kept.txt", *expected_record.begun(kept), [" " * 20] * 8, shots, None, None
                 ),
             )
             # The next session ends with a report, which without Excel is the built-in renderer's.

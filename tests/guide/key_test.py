@@ -29,9 +29,7 @@ def first_record(program):
 
 class Key(unittest.TestCase):
     def test_the_guide_fits_the_window_and_the_shot_goes_on(self):
-        with harness.Rig("--unpaced", "--quick", "--seed", "3") as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.session("--unpaced", "--quick", "--seed", "3") as (rig, program):
             press(program, "frmMain")
             harness.open_test_window(program)
             program.do("click cmdHeader", "wait frmHeader")
@@ -55,12 +53,9 @@ class Key(unittest.TestCase):
             program.do("menu mnuRatio", "wait frmCControl", "waitEnabled cmdStart")
             press(program, "frmCControl")
             program.do("click cmdExit", "waitGone frmCControl")
-            self.assertEqual(harness.leave(program), 0)
 
     def test_settings_headers_and_about(self):
-        with harness.Rig("--unpaced", "--quick", "--seed", "3") as rig:
-            program = rig.start_program()
-            program.do("wait frmMain")
+        with harness.started("--unpaced", "--quick", "--seed", "3") as (rig, program):
             for menu, window, leave in (("mnuConfig", "frmConfig", "frmConfig/cmdExit"),
                                         ("mnuAbout", "frmAbout", "frmAbout/Command1")):
                 program.do(f"menu {menu}", f"wait {window}")
@@ -78,9 +73,8 @@ class Key(unittest.TestCase):
             self.assertEqual(program.wait_end(), 0)
 
     def test_the_windows_of_records(self):
-        with harness.Rig("--unpaced", "--quick", "--seed", "3", "--memory", "3") as rig:
-            program = rig.start_program()
-            program.do("wait frmMain", "menu mnuDownload", "wait frmTestList",
+        with harness.session("--unpaced", "--quick", "--seed", "3", "--memory", "3") as (rig, program):
+            program.do("menu mnuDownload", "wait frmTestList",
                        "waitText cmdSave Save")
             press(program, "frmTestList")
             first_record(program)
@@ -117,7 +111,6 @@ class Key(unittest.TestCase):
             program.do("click cmdOp1", "wait frmCopyFile")
             press(program, "frmCopyFile")
             program.do(f'type txtPath "{rig.folder}"', "click cmdOK", "waitGone frmCopyFile")
-            self.assertEqual(harness.leave(program), 0)
 
 
 if __name__ == "__main__":

@@ -54,7 +54,8 @@ def session(program):
     harness.open_test_window(program)
     program.do("grab test-window")
     header_and_notes(program)
-    program.do("type txtHVolt 1200", "focusOut", "type txtXVolt 5", "focusOut", "click cmdStart")
+    harness.type_nameplate(program)
+    program.do("click cmdStart")
     program.do(f'waitText lblMessage "{harness.TO_ZERO}"', "grab test-zero")
     program.do(f'waitText lblMessage "{harness.RANGE}"', "grab test-range", "click cmdContinue")
     program.do(f'waitText lblMessage "{harness.SATURATE}"', "waitEnabled cmdContinue", "sleep 3500",
