@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <chrono>
@@ -31,8 +30,8 @@ namespace {
 
 constexpr unsigned kNobody = 65534;
 
-// The number of the run-time error that operation throws; 0 when it throws none.
-// The same in a process of a user who has no special rights.
+// The number of the run-time error that operation throws in a process of a user who has no special
+// rights; 0 when it throws none.
 int ErrorOfPlainUser(const std::function<void()>& operation) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -49,14 +48,21 @@ void SetMode(const QString& path, mode_t mode) {
     ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
 }
 
-QStringList Listing(const QString& folder) {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+mode_t ModeOf(const QString& path) {
+    struct stat now {};
+    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &now), 0);
+    return now.st_mode & 0777U;
 }
 
-TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheFileGrowsTooLarge) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
-    ReplaceFile(path, "old");
+class ReplaceFileOnLinux : public testing::Test {
+  protected:
+    ReplaceFileOnLinux() { ReplaceFile(path, "old"); }
+
+    test::TemporaryFolder folder;
+    QString path = folder.Path("T1.txt");
+};
+
+TEST_F(ReplaceFileOnLinux, KeepsTheOldFileWhenTheFileGrowsTooLarge) {
     int number = 0;
     {
         const test::FileSizeLimit limit(4096);
@@ -64,27 +70,22 @@ TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheFileGrowsTooLarge) {
     }
     EXPECT_EQ(number, 61);
     EXPECT_EQ(ReadWholeFile(path), "old");
-    EXPECT_EQ(Listing(folder.Path()), QStringList(u"T1.txt"_s));
+    EXPECT_EQ(folder.Names(), QStringList(u"T1.txt"_s));
 }
 
-TEST(ReplaceFileOnLinux, KeepsTheOldFileWhenTheDiskIsFull) {
-    const test::TemporaryFolder folder;
+TEST_F(ReplaceFileOnLinux, KeepsTheOldFileWhenTheDiskIsFull) {
     const QByteArray disk = QFile::encodeName(folder.Path());
     if (::mount("none", disk.constData(), "tmpfs", 0, "size=64k") != 0) {
         GTEST_SKIP() << "a small disk can be mounted by root only";
     }
-    const QString path = folder.Path("T1.txt");
     ReplaceFile(path, std::string(20000, 'o'));
     EXPECT_EQ(test::ErrorBy([&] { ReplaceFile(path, std::string(100000, 'n')); }), 61);
     EXPECT_EQ(ReadWholeFile(path), std::string(20000, 'o'));
-    EXPECT_EQ(Listing(folder.Path()), QStringList(u"T1.txt"_s));
+    EXPECT_EQ(folder.Names(), QStringList(u"T1.txt"_s));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
 
-TEST(ReplaceFileOnLinux, IsDeniedWhereTheUserMayNotWrite) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
-    ReplaceFile(path, "old");
+TEST_F(ReplaceFileOnLinux, IsDeniedWhereTheUserMayNotWrite) {
     SetMode(path, 0666);
     SetMode(folder.Path(), 0555);
     EXPECT_EQ(ErrorOfPlainUser([&] { ReplaceFile(path, "new"); }), 70);
@@ -96,10 +97,7 @@ TEST(ReplaceFileOnLinux, IsDeniedWhereTheUserMayNotWrite) {
     EXPECT_EQ(ReadWholeFile(path), "new");
 }
 
-TEST(ReplaceFileOnLinux, IsDeniedOverAFileThatTheUserMayNotWrite) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
-    ReplaceFile(path, "old");
+TEST_F(ReplaceFileOnLinux, IsDeniedOverAFileThatTheUserMayNotWrite) {
     SetMode(folder.Path(), 0777);
     SetMode(path, 0444);
     EXPECT_EQ(ErrorOfPlainUser([&] { ReplaceFile(path, "new"); }), 70);
@@ -108,20 +106,13 @@ TEST(ReplaceFileOnLinux, IsDeniedOverAFileThatTheUserMayNotWrite) {
     EXPECT_EQ(ErrorOfPlainUser([&] { ReadWholeFile(path); }), 70);
 }
 
-TEST(ReplaceFileOnLinux, KeepsWhoMayReadAndWrite) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
-    ReplaceFile(path, "old");
+TEST_F(ReplaceFileOnLinux, KeepsWhoMayReadAndWrite) {
     SetMode(path, 0640);
     ReplaceFile(path, "new");
-    struct stat now {};
-    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &now), 0);
-    EXPECT_EQ(now.st_mode & 0777U, 0640U);
+    EXPECT_EQ(ModeOf(path), 0640U);
 }
 
-TEST(ReplaceFileOnLinux, LeavesTheOldOrTheNewFileAfterAKill) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
+TEST_F(ReplaceFileOnLinux, LeavesTheOldOrTheNewFileAfterAKill) {
     const std::string one(300000, '1');
     const std::string two(70000, '2');
     ReplaceFile(path, one);
@@ -140,30 +131,25 @@ TEST(ReplaceFileOnLinux, LeavesTheOldOrTheNewFileAfterAKill) {
         const std::string left = ReadWholeFile(path);
         ASSERT_TRUE(left == one || left == two) << left.size() << " bytes in round " << round;
         int records = 0;
-        for (const QString& name : Listing(folder.Path())) {
+        for (const QString& name : folder.Names()) {
             if (name.contains(".txt"_L1, Qt::CaseInsensitive)) ++records;
         }
         ASSERT_EQ(records, 1);
     }
     ReplaceFile(path, "after");
     EXPECT_EQ(ReadWholeFile(path), "after");
-    EXPECT_EQ(Listing(folder.Path()), QStringList(u"T1.txt"_s));
+    EXPECT_EQ(folder.Names(), QStringList(u"T1.txt"_s));
 }
 
-TEST(ReplaceFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
+TEST_F(ReplaceFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
     test::ExpectWrittenOverAnything(path, test::NameWhileWriting(path), [&] {
         ReplaceFile(path, "new");
         EXPECT_EQ(ReadWholeFile(path), "new");
     });
 }
 
-TEST(ReplaceFileOnLinux, NamesTheFolderThatHasTheTemporaryName) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
+TEST_F(ReplaceFileOnLinux, NamesTheFolderThatHasTheTemporaryName) {
     const QString beside = test::NameWhileWriting(path);
-    ReplaceFile(path, "old");
     CreateFolder(beside);
     EXPECT_EQ(test::MessageThrownBy([&] { ReplaceFile(path, "new"); }),
               "Run-time error '70': Permission denied: " + beside.toStdString());
@@ -181,10 +167,14 @@ TEST(SettingsStoreOnLinux, DoesNotWaitForAPipeThatHasTheNameOfItsLock) {
     EXPECT_EQ(MakeSettingsStore(places)->Read(u"A"_s, u"B"_s, u"C"_s), u"kept"_s);
 }
 
-TEST(CopyFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
-    const test::TemporaryFolder folder;
-    const QString source = folder.Path("T1.txt");
-    const QString path = folder.Path("T2.txt");
+class CopyFileOnLinux : public testing::Test {
+  protected:
+    test::TemporaryFolder folder;
+    QString source = folder.Path("T1.txt");
+    QString path = folder.Path("T2.txt");
+};
+
+TEST_F(CopyFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
     ReplaceFile(source, "record");
     test::ExpectWrittenOverAnything(path, test::NameWhileWriting(path), [&] {
         EXPECT_EQ(CopyFileOver(source, path), QString());
@@ -192,10 +182,7 @@ TEST(CopyFileOnLinux, NeitherFollowsNorWaitsForWhatHasTheTemporaryName) {
     });
 }
 
-TEST(CopyFileOnLinux, SaysInWordsWhyItCouldNot) {
-    const test::TemporaryFolder folder;
-    const QString source = folder.Path("T1.txt");
-    const QString path = folder.Path("T2.txt");
+TEST_F(CopyFileOnLinux, SaysInWordsWhyItCouldNot) {
     ReplaceFile(path, "old");
     EXPECT_EQ(CopyFileOver(source, path), u"No such file or directory"_s);
     ReplaceFile(source, std::string(10000, 'n'));
@@ -211,14 +198,11 @@ TEST(CopyFileOnLinux, SaysInWordsWhyItCouldNot) {
     CreateFolder(beside);
     EXPECT_EQ(CopyFileOver(source, path), u"Is a directory"_s);
     EXPECT_EQ(ReadWholeFile(path), "old");
-    EXPECT_EQ(Listing(folder.Path()).size(), 4);
+    EXPECT_EQ(folder.Names().size(), 4);
 }
 
 // Whoever copies may put a copy in the place of a file that is read-only, and may write to it.
-TEST(CopyFileOnLinux, TakesTheTimeAndNotTheRightsOfWhatWasThere) {
-    const test::TemporaryFolder folder;
-    const QString source = folder.Path("T1.txt");
-    const QString path = folder.Path("T2.txt");
+TEST_F(CopyFileOnLinux, TakesTheTimeAndNotTheRightsOfWhatWasThere) {
     ReplaceFile(source, "record");
     SetMode(source, 0444);
     ReplaceFile(path, "old");
@@ -231,9 +215,7 @@ TEST(CopyFileOnLinux, TakesTheTimeAndNotTheRightsOfWhatWasThere) {
     EXPECT_EQ(CopyFileOver(source, path), QString());
     ::umask(mask);
     EXPECT_EQ(ReadWholeFile(path), "record");
-    struct stat now {};
-    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &now), 0);
-    EXPECT_EQ(now.st_mode & 0777U, 0644U);
+    EXPECT_EQ(ModeOf(path), 0644U);
     EXPECT_EQ(QFileInfo(path).lastModified(), QDateTime({2019, 3, 4}, {5, 6, 7, 89}));
 }
 

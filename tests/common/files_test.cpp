@@ -4,9 +4,9 @@
 #include <QDir>
 #include <QFile>
 
-#include "common/run_time_error.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -21,22 +21,14 @@ class Files : public testing::Test {
         ASSERT_EQ(file.write(bytes), bytes.size());
     }
 
-    QStringList Listing() const {
-        return QDir(folder_.Path())
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
-
     template <class Operation>
     static void ExpectError(int number, const char* text, const QString& path,
                             Operation operation) {
-        try {
-            operation();
-            ADD_FAILURE() << "no error " << number;
-        } catch (const RunTimeError& error) {
-            EXPECT_EQ(static_cast<int>(error.Number()), number);
-            EXPECT_EQ(std::string(error.what()), "Run-time error '" + std::to_string(number) +
-                                                     "': " + text + ": " + path.toStdString());
-        }
+        const auto error = test::Thrown(operation);
+        ASSERT_TRUE(error) << "no error " << number;
+        EXPECT_EQ(static_cast<int>(error->Number()), number);
+        EXPECT_EQ(error->what(), "Run-time error '" + std::to_string(number) + "': " + text + ": " +
+                                     path.toStdString());
     }
 
     test::TemporaryFolder folder_;
@@ -72,7 +64,7 @@ TEST_F(Files, CreatesNoFolderWhereAFileStands) {
 TEST_F(Files, DeletesAFile) {
     Put("T1.txt", "x");
     DeleteFile(Path("T1.txt"));
-    EXPECT_THAT(Listing(), IsEmpty());
+    EXPECT_THAT(folder_.Names(), IsEmpty());
 }
 
 TEST_F(Files, DeletesNothingButAFileThatIsThere) {
@@ -132,7 +124,7 @@ TEST_F(Files, ReplacesAFileAndLeavesNothingBeside) {
     EXPECT_EQ(ReadWholeFile(path), bytes);
     ReplaceFile(path, "");
     EXPECT_EQ(ReadWholeFile(path), "");
-    EXPECT_THAT(Listing(), ElementsAre(u"T1.txt"_s));
+    EXPECT_THAT(folder_.Names(), ElementsAre(u"T1.txt"_s));
 }
 
 TEST_F(Files, ReplacesALargeFileWhole) {
@@ -152,7 +144,7 @@ TEST_F(Files, ReplacesNoFolder) {
     const QString path = Path("T1.txt");
     ExpectError(70, "Permission denied", path, [&] { ReplaceFile(path, "x"); });
     EXPECT_TRUE(FolderExists(Path("T1.txt/inside")));
-    EXPECT_THAT(Listing(), ElementsAre(u"T1.txt"_s));
+    EXPECT_THAT(folder_.Names(), ElementsAre(u"T1.txt"_s));
 }
 
 }  // namespace

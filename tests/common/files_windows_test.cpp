@@ -6,13 +6,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <functional>
 
 #include "common/file_system.h"
 #include "common/files.h"
 #include "common/places.h"
-#include "common/run_time_error.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/thrown.h"
 
 // After the others: its macros rename what they declare.
 #include <windows.h>
@@ -23,15 +22,6 @@
 
 namespace davo {
 namespace {
-
-int ErrorOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
-}
 
 std::wstring Wide(const QString& path) {
     return QDir::toNativeSeparators(path).toStdWString();
@@ -53,67 +43,61 @@ class Holder {
     HANDLE file_;
 };
 
-QStringList Listing(const QString& folder) {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-}
+class FilesOnWindows : public testing::Test {
+  protected:
+    test::TemporaryFolder folder;
+    QString t1 = folder.Path("T1.txt");
+};
 
-TEST(FilesOnWindows, AreNotReplacedWhileAnotherProgramHoldsThem) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
-    ReplaceFile(path, "old");
+TEST_F(FilesOnWindows, AreNotReplacedWhileAnotherProgramHoldsThem) {
+    ReplaceFile(t1, "old");
     {
-        const Holder holder(path, FILE_SHARE_READ);
-        EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, "new"); }), 70);
-        EXPECT_EQ(ErrorOf([&] { DeleteFile(path); }), 70);
-        EXPECT_EQ(ReadWholeFile(path), "old");
-        EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+        const Holder holder(t1, FILE_SHARE_READ);
+        EXPECT_EQ(test::ErrorBy([&] { ReplaceFile(t1, "new"); }), 70);
+        EXPECT_EQ(test::ErrorBy([&] { DeleteFile(t1); }), 70);
+        EXPECT_EQ(ReadWholeFile(t1), "old");
+        EXPECT_EQ(folder.Names(), QStringList(QStringLiteral("T1.txt")));
     }
-    ReplaceFile(path, "new");
-    EXPECT_EQ(ReadWholeFile(path), "new");
+    ReplaceFile(t1, "new");
+    EXPECT_EQ(ReadWholeFile(t1), "new");
 }
 
-TEST(FilesOnWindows, AreNotReadWhileAnotherProgramLocksThem) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
-    ReplaceFile(path, "old");
-    const Holder holder(path, 0);
-    EXPECT_EQ(ErrorOf([&] { ReadWholeFile(path); }), 70);
+TEST_F(FilesOnWindows, AreNotReadWhileAnotherProgramLocksThem) {
+    ReplaceFile(t1, "old");
+    const Holder holder(t1, 0);
+    EXPECT_EQ(test::ErrorBy([&] { ReadWholeFile(t1); }), 70);
 }
 
-TEST(FilesOnWindows, ThatAreReadOnlyStayAsTheyAre) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
-    ReplaceFile(path, "old");
-    ASSERT_TRUE(::SetFileAttributesW(Wide(path).c_str(), FILE_ATTRIBUTE_READONLY));
-    EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, "new"); }), 70);
-    EXPECT_EQ(ErrorOf([&] { DeleteFile(path); }), 70);
-    EXPECT_EQ(ReadWholeFile(path), "old");
-    ASSERT_TRUE(::SetFileAttributesW(Wide(path).c_str(), FILE_ATTRIBUTE_NORMAL));
+TEST_F(FilesOnWindows, ThatAreReadOnlyStayAsTheyAre) {
+    ReplaceFile(t1, "old");
+    ASSERT_TRUE(::SetFileAttributesW(Wide(t1).c_str(), FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(test::ErrorBy([&] { ReplaceFile(t1, "new"); }), 70);
+    EXPECT_EQ(test::ErrorBy([&] { DeleteFile(t1); }), 70);
+    EXPECT_EQ(ReadWholeFile(t1), "old");
+    ASSERT_TRUE(::SetFileAttributesW(Wide(t1).c_str(), FILE_ATTRIBUTE_NORMAL));
 }
 
-TEST(FilesOnWindows, TellAMissingDriveAndShareAsAMissingFolder) {
+TEST_F(FilesOnWindows, TellAMissingDriveAndShareAsAMissingFolder) {
     for (const QString& path :
          {QStringLiteral("Q:\\Shots_Data\\T1.txt"),
           QStringLiteral("\\\\davo-no-such-server\\share\\Shots_Data\\T1.txt")}) {
-        EXPECT_EQ(ErrorOf([&] { ReadWholeFile(path); }), 76) << path.toStdString();
-        EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, "x"); }), 76) << path.toStdString();
+        EXPECT_EQ(test::ErrorBy([&] { ReadWholeFile(path); }), 76) << path.toStdString();
+        EXPECT_EQ(test::ErrorBy([&] { ReplaceFile(path, "x"); }), 76) << path.toStdString();
         EXPECT_FALSE(FileExists(path));
     }
 }
 
-TEST(FilesOnWindows, AreTheSameInAnyCaseOfLetters) {
-    const test::TemporaryFolder folder;
+TEST_F(FilesOnWindows, AreTheSameInAnyCaseOfLetters) {
     ReplaceFile(folder.Path() + QStringLiteral("Prüfung.txt"), "old");
     EXPECT_TRUE(FileExists(folder.Path() + QStringLiteral("PRÜFUNG.TXT")));
     EXPECT_EQ(ReadWholeFile(folder.Path() + QStringLiteral("prüfung.Txt")), "old");
     ReplaceFile(folder.Path() + QStringLiteral("prüfung.txt"), "new");
-    EXPECT_EQ(Listing(folder.Path()).size(), 1);
+    EXPECT_EQ(folder.Names().size(), 1);
 }
 
 // A user's name may have letters of any alphabet, and a path may be longer than the 260 characters
 // of the older calls, with either separator.
-TEST(FilesOnWindows, LieInFoldersOfAnyNameAndDepth) {
-    const test::TemporaryFolder folder;
+TEST_F(FilesOnWindows, LieInFoldersOfAnyNameAndDepth) {
     const QString part = QStringLiteral("Иван Ωμέγα 測試 ") + QString(60, QLatin1Char('x'));
     QString deep = QDir::cleanPath(folder.Path());
     for (int depth = 0; depth < 8; ++depth) {
@@ -126,18 +110,18 @@ TEST(FilesOnWindows, LieInFoldersOfAnyNameAndDepth) {
             ReplaceFile(path, "22");
             EXPECT_TRUE(FileExists(path));
             EXPECT_EQ(ReadWholeFile(path), "22");
-            EXPECT_EQ(ErrorOf([&] { CreateFolder(path); }), 70);
+            EXPECT_EQ(test::ErrorBy([&] { CreateFolder(path); }), 70);
             DeleteFile(path);
-            EXPECT_EQ(ErrorOf([&] { DeleteFile(path); }), 53);
+            EXPECT_EQ(test::ErrorBy([&] { DeleteFile(path); }), 53);
         }
     }
     ASSERT_GT(deep.size(), 500);
     CreateFolder(deep + QStringLiteral("/a/b/c/"));
     EXPECT_TRUE(FolderExists(deep + QStringLiteral("/a/b/c")));
-    EXPECT_EQ(ErrorOf([&] { ReadWholeFile(deep + QStringLiteral("/none/T1.txt")); }), 76);
+    EXPECT_EQ(test::ErrorBy([&] { ReadWholeFile(deep + QStringLiteral("/none/T1.txt")); }), 76);
 }
 
-TEST(FilesOnWindows, GiveTheSystemsErrorsTheirMeaning) {
+TEST_F(FilesOnWindows, GiveTheSystemsErrorsTheirMeaning) {
     struct Case {
         int error;
         std::errc meaning;
@@ -167,18 +151,16 @@ TEST(FilesOnWindows, GiveTheSystemsErrorsTheirMeaning) {
     }
 }
 
-TEST(FilesOnWindows, ReplaceWhatAKillLeftAtTheTemporaryNameButNoFolder) {
-    const test::TemporaryFolder folder;
-    const QString path = folder.Path("T1.txt");
+TEST_F(FilesOnWindows, ReplaceWhatAKillLeftAtTheTemporaryNameButNoFolder) {
     const QString beside = folder.Path("~T1_txt.new");
     ReplaceFile(beside, "left over");
     ASSERT_TRUE(::SetFileAttributesW(Wide(beside).c_str(), FILE_ATTRIBUTE_READONLY));
-    ReplaceFile(path, "new");
-    EXPECT_EQ(ReadWholeFile(path), "new");
-    EXPECT_EQ(Listing(folder.Path()), QStringList(QStringLiteral("T1.txt")));
+    ReplaceFile(t1, "new");
+    EXPECT_EQ(ReadWholeFile(t1), "new");
+    EXPECT_EQ(folder.Names(), QStringList(QStringLiteral("T1.txt")));
     CreateFolder(beside);
-    EXPECT_EQ(ErrorOf([&] { ReplaceFile(path, "newer"); }), 70);
-    EXPECT_EQ(ReadWholeFile(path), "new");
+    EXPECT_EQ(test::ErrorBy([&] { ReplaceFile(t1, "newer"); }), 70);
+    EXPECT_EQ(ReadWholeFile(t1), "new");
     EXPECT_TRUE(FolderExists(beside));
 }
 
@@ -195,11 +177,10 @@ TEST(FlushToDisk, FlushesAnOpenFileOnly) {
     EXPECT_FALSE(FlushToDisk(-1));
 }
 
-TEST(FilesOnWindows, RefuseNamesThatCannotBe) {
-    const test::TemporaryFolder folder;
-    EXPECT_EQ(ErrorOf([&] { ReplaceFile(folder.Path("a?b.txt"), "x"); }), 52);
-    EXPECT_EQ(ErrorOf([&] { CreateFolder(folder.Path("a<b")); }), 52);
-    EXPECT_EQ(Listing(folder.Path()), QStringList());
+TEST_F(FilesOnWindows, RefuseNamesThatCannotBe) {
+    EXPECT_EQ(test::ErrorBy([&] { ReplaceFile(folder.Path("a?b.txt"), "x"); }), 52);
+    EXPECT_EQ(test::ErrorBy([&] { CreateFolder(folder.Path("a<b")); }), 52);
+    EXPECT_EQ(folder.Names(), QStringList());
 }
 
 }  // namespace

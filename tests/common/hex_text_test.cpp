@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/hex_text.h"
 
-#include <cstdlib>
-#include <iostream>
+#include <cstdint>
 #include <random>
 
 #include "common/run_time_error.h"
+#include "tests/support/random_seed.h"
 #include "tests/support/testing.h"
 #include "tests/support/thrown.h"
 
@@ -76,11 +76,7 @@ std::int64_t Reference(const std::string& text) {
 }
 
 TEST(ParseHexText, AgreesWithWholeNumbersOnRandomTexts) {
-    const char* given = std::getenv("DAVO_SEED");
-    const unsigned seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
-                                           : std::random_device{}();
-    std::cout << "DAVO_SEED=" << seed << '\n';
-    std::mt19937 random(seed);
+    std::mt19937_64 random(test::RandomSeed(std::random_device{}()));
     std::uniform_int_distribution<int> length(0, 11);
     std::uniform_int_distribution<int> code(0, 255);
     std::uniform_int_distribution<int> place(0, 15);

@@ -2,12 +2,17 @@
 #pragma once
 
 #include <QDir>
+#include <QStringList>
 #include <QTemporaryDir>
 
 #include "common/places.h"
 #include "tests/support/testing.h"
 
 namespace davo::test {
+
+// Hidden files and links to nowhere too.
+inline constexpr QDir::Filters kAllEntries =
+    QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
 
 // A folder that lasts as long as the test, with places of its own in it. Paths have the
 // platform's separators and end with one.
@@ -17,6 +22,11 @@ class TemporaryFolder {
 
     QString Path() const { return ShownPath(folder_.path() + QLatin1Char('/')); }
     QString Path(const char* name) const { return Path() + ShownPath(QLatin1String(name)); }
+
+    // Of all that is in it, or in a folder in it.
+    QStringList Names(const char* name = "") const {
+        return QDir(Path(name)).entryList(kAllEntries);
+    }
 
     // Three folders in it, made when they are asked for.
     Places MakePlaces() const {
