@@ -2,9 +2,9 @@
 // Measured curves of real transformers, as published, on their whole way through a report. What
 // comes out is written down in docs/kneepoints.md, which this keeps true.
 
-#include <sstream>
-
+#include "tests/analysis/published_curves.h"
 #include "common/files.h"
+#include "common/numbers.h"
 #include "reports/report_writer.h"
 #include "tests/reports/workbook_view.h"
 #include "tests/support/record_text.h"
@@ -12,35 +12,6 @@
 
 namespace davo {
 namespace {
-
-struct PublishedCurve {
-    std::string name;
-    std::string band;  // "775 to 825"
-    test::PointTexts points;
-};
-
-std::vector<PublishedCurve> ReadCurves() {
-    std::vector<PublishedCurve> curves;
-    const QString folder = QString::fromUtf8(DAVO_TESTS_FOLDER);
-    for (const std::string& line :
-         ReadLines(folder + u"/analysis/data/published_ct_curves.csv"_s)) {
-        if (line.starts_with('#')) continue;
-        std::istringstream in(line);
-        PublishedCurve curve;
-        std::string low;
-        std::string high;
-        std::getline(in, curve.name, ',');
-        std::getline(in, low, ',');
-        std::getline(in, high, ',');
-        curve.band = low + " to " + high;
-        for (std::string pair; in >> pair;) {
-            const std::size_t colon = pair.find(':');
-            curve.points.emplace_back(pair.substr(0, colon), pair.substr(colon + 1));
-        }
-        curves.push_back(curve);
-    }
-    return curves;
-}
 
 std::string Shown(const Sheet& sheet, const std::string& row) {
     const auto shown = [&](const std::string& address) {
@@ -59,21 +30,23 @@ std::string Shown(const Sheet& sheet, const std::string& row) {
 TEST(PublishedCurves, HaveTheKneepointsOfTheDocument) {
     const std::string document =
         ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/../docs/kneepoints.md"_s);
-    const std::vector<PublishedCurve> curves = ReadCurves();
+    const std::vector<test::PublishedCurve> curves = test::PublishedCurves();
     ASSERT_EQ(curves.size(), 4U);
     std::string file = test::HeaderText();
-    for (const PublishedCurve& curve : curves) {
+    for (const test::PublishedCurve& curve : curves) {
         test::RecordParts parts;
-        parts.points = curve.points;
+        parts.points.clear();
+        for (const CurvePoint& point : curve.points)
+            parts.points.emplace_back(GeneralNumber(point.current), GeneralNumber(point.voltage));
         file += test::RecordText(parts);
     }
     const Workbook book = BuildReport(test::ParseFile(file), {"ASA 10/50 Marker", false});
     for (std::size_t i = 0; i < curves.size(); ++i) {
         const Sheet& sheet = book.sheets.at(i);
-        const std::string row = "| " + curves[i].name + " | " +
-                                std::to_string(curves[i].points.size()) + " | " + curves[i].band +
-                                " | " + Shown(sheet, "10") + " | " + Shown(sheet, "11") + " | " +
-                                Shown(sheet, "12") + " |";
+        const std::string row =
+            "| " + curves[i].name + " | " + std::to_string(curves[i].points.size()) + " | " +
+            GeneralNumber(curves[i].bandLow) + " to " + GeneralNumber(curves[i].bandHigh) + " | " +
+            Shown(sheet, "10") + " | " + Shown(sheet, "11") + " | " + Shown(sheet, "12") + " |";
         EXPECT_NE(document.find(row), std::string::npos) << "not in the document: " << row;
         EXPECT_EQ(sheet.charts.size(), 1U);
     }

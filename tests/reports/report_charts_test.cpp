@@ -11,6 +11,7 @@
 #include "tests/reports/workbook_view.h"
 #include "tests/support/record_text.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -220,12 +221,10 @@ INSTANTIATE_TEST_SUITE_P(Tests, ReportOf, testing::Values(1, 3, 4, 31));
 TEST(ReportOfThirtyTwo, HasNone) {
     ReportTables report = test::ParseFile(FileText(31));
     report.tests.push_back(report.tests.back());
-    try {
-        BuildReport(report, {kKneeAsa, false});
-        FAIL();
-    } catch (const RunTimeError& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::SubscriptOutOfRange);
-    }
+    EXPECT_EQ(test::NumberThrownBy([&] {
+                  BuildReport(report, {kKneeAsa, false});
+              }),
+              ErrorNumber::SubscriptOutOfRange);
 }
 
 TEST(Summary, ListsTheMarkedKneepoints) {

@@ -32,15 +32,12 @@ ReportTables ParseOne(const RecordParts& parts) {
 
 // "13 line 7" and the like; empty when nothing was thrown.
 std::string ErrorOf(const std::string& text, RecordSource source = RecordSource::RecordFile) {
-    try {
-        ParseReportTables(text, "T0012", source);
-    } catch (const RunTimeError& error) {
-        const std::string what = error.what();
-        const std::size_t line = what.find("line ");
-        return std::to_string(static_cast<int>(error.Number())) +
-               (line == std::string::npos ? "" : " " + what.substr(line));
-    }
-    return {};
+    const auto error = test::Thrown([&] { ParseReportTables(text, "T0012", source); });
+    if (!error) return {};
+    const std::string what = error->what();
+    const std::size_t line = what.find("line ");
+    return std::to_string(static_cast<int>(error->Number())) +
+           (line == std::string::npos ? "" : " " + what.substr(line));
 }
 
 std::string Result(const ReportTables& report, ResultColumn column, int slot = 0) {

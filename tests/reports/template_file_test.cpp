@@ -10,6 +10,7 @@
 #include "tests/reports/xlsx/report.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -17,15 +18,9 @@ namespace {
 const QString kCommitted =
     QStringLiteral(DAVO_TESTS_FOLDER "/../packaging/template/DAVO_Header.xls");
 
-// The run-time error of putting the template; 0 for none.
-int ErrorOfPut(const QString& excelPath, const QString& installed, std::string* text = nullptr) {
-    try {
-        PutTemplate(excelPath, installed);
-    } catch (const RunTimeError& error) {
-        if (text != nullptr) *text = error.what();
-        return static_cast<int>(error.Number());
-    }
-    return 0;
+// The run-time error of putting the template.
+std::optional<RunTimeError> ErrorOfPut(const QString& excelPath, const QString& installed) {
+    return test::Thrown([&] { PutTemplate(excelPath, installed); });
 }
 
 TEST(Template, IsTheOneThatReportsName) {
@@ -90,7 +85,7 @@ TEST(PutTemplate, CopiesItIntoTheReportFolder) {
     const test::TemporaryFolder folder;
     for (const QString& excelPath : {folder.Path("a"), folder.Path("b/")}) {
         ASSERT_TRUE(QDir().mkpath(excelPath));
-        EXPECT_EQ(ErrorOfPut(excelPath, kCommitted), 0);
+        EXPECT_FALSE(ErrorOfPut(excelPath, kCommitted));
         EXPECT_EQ(ReadWholeFile(QDir(excelPath).filePath(u"DAVO_Header.xls"_s)),
                   ReadWholeFile(kCommitted));
     }
@@ -99,25 +94,25 @@ TEST(PutTemplate, CopiesItIntoTheReportFolder) {
 TEST(PutTemplate, KeepsTheOwnersTemplate) {
     const test::TemporaryFolder folder;
     ReplaceFile(folder.Path("DAVO_Header.xls"), "my letterhead");
-    EXPECT_EQ(ErrorOfPut(folder.Path(), kCommitted), 0);
-    EXPECT_EQ(ErrorOfPut(folder.Path(), folder.Path("missing.xls")), 0);
+    EXPECT_FALSE(ErrorOfPut(folder.Path(), kCommitted));
+    EXPECT_FALSE(ErrorOfPut(folder.Path(), folder.Path("missing.xls")));
     EXPECT_EQ(ReadWholeFile(folder.Path("DAVO_Header.xls")), "my letterhead");
 }
 
 TEST(PutTemplate, SaysWhatIsMissing) {
     const test::TemporaryFolder folder;
-    std::string text;
     const QString missing = folder.Path("missing/DAVO_Header.xls");
-    EXPECT_EQ(ErrorOfPut(folder.Path(), missing, &text), 53);
-    EXPECT_NE(text.find(missing.toStdString()), std::string::npos) << text;
-    EXPECT_EQ(ErrorOfPut(folder.Path("nowhere/"), kCommitted, &text), 76);
-    EXPECT_NE(text.find("nowhere"), std::string::npos) << text;
+    EXPECT_THAT(ErrorOfPut(folder.Path(), missing).value().what(),
+                AllOf(HasSubstr("'53'"), HasSubstr(missing.toStdString())));
+    EXPECT_THAT(ErrorOfPut(folder.Path("nowhere/"), kCommitted).value().what(),
+                AllOf(HasSubstr("'76'"), HasSubstr("nowhere")));
 }
 
 TEST(PutTemplate, DoesNotReplaceAFolder) {
     const test::TemporaryFolder folder;
     ASSERT_TRUE(QDir().mkpath(folder.Path("DAVO_Header.xls")));
-    EXPECT_EQ(ErrorOfPut(folder.Path(), kCommitted), 70);
+    EXPECT_EQ(ErrorOfPut(folder.Path(), kCommitted).value().Number(),
+              ErrorNumber::PermissionDenied);
 }
 
 }  // namespace

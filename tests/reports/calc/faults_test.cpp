@@ -18,6 +18,7 @@
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 // What goes wrong around LibreOffice Calc, and that nothing of it is left behind.
 
@@ -94,16 +95,11 @@ class CalcFaultsTest : public testing::Test {
     std::string ErrorOf(ErrorNumber number) {
         const bool hadOne = FileExists(target_);
         const std::string before = hadOne ? ReadWholeFile(target_) : std::string();
-        try {
-            Render();
-        } catch (const RunTimeError& error) {
-            EXPECT_EQ(error.Number(), number) << error.what();
-            EXPECT_EQ(FileExists(target_), hadOne);
-            EXPECT_EQ(hadOne ? ReadWholeFile(target_) : std::string(), before);
-            return error.what();
-        }
-        ADD_FAILURE() << "no error";
-        return {};
+        const auto error = Thrown([this] { Render(); });
+        EXPECT_EQ(FileExists(target_), hadOne);
+        EXPECT_EQ(hadOne ? ReadWholeFile(target_) : std::string(), before);
+        EXPECT_EQ(error.value().Number(), number) << error->what();
+        return error->what();
     }
 
     void ExpectWorkbook() { EXPECT_TRUE(ReadWholeFile(target_).starts_with("\xd0\xcf\x11\xe0")); }
@@ -156,16 +152,12 @@ TEST_F(CalcFaultsTest, BeginsAgainWhenTheEngineIsKilledAtEachSheet) {
 
 TEST_F(CalcFaultsTest, GivesUpWhenTheEngineIsKilledTwice) {
     ReplaceFile(target_, "old");
-    try {
-        Render([&](int n, int) {
-            if (n == 2) ::kill(EnginesOf(::getpid()).at(0), SIGKILL);
-        });
-        FAIL() << "no error";
-    } catch (const RunTimeError& error) {
-        EXPECT_STREQ(error.what(),
-                     "Run-time error '440': Automation error: LibreOffice Calc ended or hung "
-                     "twice");
-    }
+    EXPECT_EQ(MessageThrownBy([&] {
+                  Render([&](int n, int) {
+                      if (n == 2) ::kill(EnginesOf(::getpid()).at(0), SIGKILL);
+                  });
+              }),
+              "Run-time error '440': Automation error: LibreOffice Calc ended or hung twice");
     EXPECT_EQ(ReadWholeFile(target_), "old");
     EXPECT_TRUE(Render());
 }

@@ -17,6 +17,7 @@
 #include "reports/excel/renderer.h"
 #include "tests/reports/excel/class_windows.h"
 #include "tests/reports/xlsx/report.h"
+#include "tests/support/thrown.h"
 
 // The real road to Excel, COM and its processes, with a recorder at its end.
 namespace davo::test {
@@ -70,12 +71,7 @@ class ExcelRendererWindowsTest : public testing::Test {
 
     // What it throws.
     RunTimeError ErrorOfRender() {
-        try {
-            Render(ReportOf(1));
-        } catch (const RunTimeError& error) {
-            return error;
-        }
-        throw std::runtime_error("nothing was thrown");
+        return Thrown([this] { Render(ReportOf(1)); }).value();
     }
 
     QStringList Conversation() const {

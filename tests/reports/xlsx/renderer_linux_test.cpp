@@ -6,11 +6,11 @@
 #include <QFile>
 
 #include "common/files.h"
-#include "common/run_time_error.h"
 #include "reports/xlsx/renderer.h"
 #include "tests/reports/xlsx/report.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -40,13 +40,7 @@ class SmallDisk {
 };
 
 int ErrorAt(const QString& path) {
-    XlsxRenderer renderer;
-    try {
-        renderer.Render(test::ReportOf(31), {}, path, {}, {});
-    } catch (const RunTimeError& error) {
-        return static_cast<int>(error.Number());
-    }
-    return 0;
+    return test::ErrorBy([&] { XlsxRenderer().Render(test::ReportOf(31), {}, path, {}, {}); });
 }
 
 TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookWhenTheDiskIsFull) {
@@ -56,8 +50,7 @@ TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookWhenTheDiskIsFull) {
     ReplaceFile(path, "old");
     EXPECT_EQ(ErrorAt(path), 61);
     EXPECT_EQ(ReadWholeFile(path), "old");
-    EXPECT_EQ(QDir(disk.Path("")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-              QStringList(u"T0012.xlsx"_s));
+    EXPECT_EQ(QDir(disk.Path("")).entryList(test::kAllEntries), QStringList(u"T0012.xlsx"_s));
 }
 
 TEST(XlsxRendererOnLinux, KeepsTheEarlierWorkbookInAFolderThatMayNotBeWritten) {

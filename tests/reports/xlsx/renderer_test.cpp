@@ -6,11 +6,11 @@
 #include <QProcess>
 
 #include "common/files.h"
-#include "common/run_time_error.h"
 #include "tests/reports/xlsx/expected.h"
 #include "tests/reports/xlsx/report.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -76,16 +76,7 @@ class XlsxRendererTest : public testing::Test {
   protected:
     // The number of the run-time error of rendering a report there; 0 for none.
     int ErrorAt(const QString& path, const Workbook& workbook = test::ReportOf(1)) {
-        try {
-            renderer_.Render(workbook, {}, path, {}, {});
-        } catch (const RunTimeError& error) {
-            return static_cast<int>(error.Number());
-        }
-        return 0;
-    }
-    QStringList Listing() const {
-        return QDir(folder_.Path())
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        return test::ErrorBy([&] { renderer_.Render(workbook, {}, path, {}, {}); });
     }
 
     test::TemporaryFolder folder_;
@@ -115,7 +106,7 @@ TEST_F(XlsxRendererTest, AnEarlierWorkbookIsReplaced) {
     ReplaceFile(path_, "old");
     ASSERT_TRUE(renderer_.Render(test::ReportOf(1), {}, path_, {}, {}));
     EXPECT_THAT(ReadWholeFile(path_), StartsWith("PK"));
-    EXPECT_EQ(Listing(), QStringList(u"T0012.xlsx"_s));
+    EXPECT_EQ(folder_.Names(), QStringList(u"T0012.xlsx"_s));
 }
 
 TEST_F(XlsxRendererTest, AStopLeavesAnEarlierWorkbook) {
@@ -129,7 +120,7 @@ TEST_F(XlsxRendererTest, AStopLeavesAnEarlierWorkbook) {
         };
         EXPECT_FALSE(renderer_.Render(test::ReportOf(3), {}, path_, progress, stop.get_token()));
         EXPECT_EQ(ReadWholeFile(path_), "old");
-        EXPECT_EQ(Listing(), QStringList(u"T0012.xlsx"_s));
+        EXPECT_EQ(folder_.Names(), QStringList(u"T0012.xlsx"_s));
     }
 }
 
