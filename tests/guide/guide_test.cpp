@@ -12,11 +12,11 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTest>
 #include <QTimer>
 #include <atomic>
 #include <mutex>
 
+#include "tests/support/controls.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
@@ -25,7 +25,6 @@
 namespace davo::test {
 namespace {
 
-constexpr int kPatience = 3000;  // ms
 const QString kGuide = QStringLiteral(DAVO_GUIDE_FOLDER);
 
 QString Place(const char* window) {
@@ -79,11 +78,17 @@ class Guide : public ::testing::Test {
         qApp->installEventFilter(key.get());
     }
     void TearDown() override { key.reset(); }
-    bool Until(const std::function<bool()>& condition) {
-        return QTest::qWaitFor(condition, kPatience);
-    }
     // As the platform delivers it: to the window, which finds the widget.
-    static void PressF1(QWidget& window) { QTest::keyClick(window.windowHandle(), Qt::Key_F1); }
+    static void PressF1(QWidget& window) {
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(window.windowHandle(), Qt::Key_F1);
+    }
+    bool Opens() {
+        return Until([this] { return !opened.Paths().empty(); });
+    }
+    bool Says() {
+        return Until([this] { return !prompts.shown.empty(); });
+    }
 
     Opened opened;
     FakePrompts prompts;
@@ -107,9 +112,8 @@ class EveryWindow : public Guide, public ::testing::WithParamInterface<const cha
 TEST_P(EveryWindow, OpensTheGuideAtItsPlace) {
     Install();
     Shown window(GetParam());
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     PressF1(window);
-    ASSERT_TRUE(Until([this] { return !opened.Paths().empty(); }));
+    ASSERT_TRUE(Opens());
     EXPECT_THAT(opened.Paths(), ElementsAre(Place(GetParam())));
     EXPECT_THAT(TargetOf(Place(GetParam())).toStdString(), StartsWith("../"));
     EXPECT_THAT(prompts.shown, IsEmpty());
@@ -166,9 +170,8 @@ TEST_F(Guide, AModalMessageLeadsToTheMessages) {
     QTimer::singleShot(0, [this] {
         ASSERT_TRUE(Until([] { return QApplication::activeModalWidget() != nullptr; }));
         QWidget* box = QApplication::activeModalWidget();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(box));
         PressF1(*box);
-        EXPECT_TRUE(Until([this] { return !opened.Paths().empty(); }));
+        EXPECT_TRUE(Opens());
         QTest::keyClick(box, Qt::Key_Escape);
     });
     DialogPrompts().YesNo(u"Do You Want to Exit?"_s, Answer::No);
@@ -246,9 +249,8 @@ TEST_F(Guide, AGuideThatIsNotThereIsSaid) {
     const TemporaryFolder folder;
     Install({folder.Path() + u"guide"_s, folder.Path() + u"other"_s});
     Shown window("frmConfig");
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     PressF1(window);
-    ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
+    ASSERT_TRUE(Says());
     EXPECT_THAT(prompts.shown, ElementsAre(u"The guide is not on this computer. It belongs in "_s +
                                            QDir::toNativeSeparators(folder.Path()) + u"guide"_s));
     EXPECT_THAT(opened.Paths(), IsEmpty());
@@ -258,9 +260,8 @@ TEST_F(Guide, TheSecondFolderIsTakenWhenTheFirstIsNotThere) {
     const TemporaryFolder folder;
     Install({folder.Path() + u"guide"_s, kGuide});
     Shown window("frmConfig");
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     PressF1(window);
-    ASSERT_TRUE(Until([this] { return !opened.Paths().empty(); }));
+    ASSERT_TRUE(Opens());
     EXPECT_THAT(opened.Paths(), ElementsAre(Place("frmConfig")));
 }
 
@@ -268,9 +269,8 @@ TEST_F(Guide, AComputerWithoutABrowserIsSaid) {
     Install();
     opened.opens = false;
     Shown window("frmConfig");
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     PressF1(window);
-    ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
+    ASSERT_TRUE(Says());
     EXPECT_THAT(
         prompts.shown,
         ElementsAre(u"This computer has no program that shows the guide. It is stored as "_s +

@@ -104,6 +104,17 @@ TEST(MessagePrompt, HasTheTitleGivenAndEndsByEscape) {
     DialogPrompts().Message(u"text"_s, u"Title"_s);
 }
 
+// What hands do with a dialog.
+auto Press(Qt::Key key, Qt::KeyboardModifiers with = {}) {
+    return [key, with](QDialog& box) { QTest::keyClick(&box, key, with); };
+}
+auto ClickOn(QMessageBox::StandardButton button) {
+    return [button](QMessageBox& box) { QTest::mouseClick(box.button(button), Qt::LeftButton); };
+}
+void Close(QDialog& box) {
+    box.close();
+}
+
 Answer YesNoBy(Answer preset, const std::function<void(QMessageBox&)>& act) {
     const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
         EXPECT_EQ(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
@@ -115,30 +126,20 @@ Answer YesNoBy(Answer preset, const std::function<void(QMessageBox&)>& act) {
 }
 
 TEST(YesNoPrompt, AnswersByItsButtons) {
-    for (const auto& [button, answer] :
-         {std::pair(QMessageBox::Yes, Answer::Yes), std::pair(QMessageBox::No, Answer::No)}) {
-        EXPECT_EQ(YesNoBy(Answer::No,
-                          [button = button](QMessageBox& box) {
-                              QTest::mouseClick(box.button(button), Qt::LeftButton);
-                          }),
-                  answer);
-    }
+    EXPECT_EQ(YesNoBy(Answer::No, ClickOn(QMessageBox::Yes)), Answer::Yes);
+    EXPECT_EQ(YesNoBy(Answer::No, ClickOn(QMessageBox::No)), Answer::No);
 }
 
 TEST(YesNoPrompt, AnswersThePresetByReturnAndEscape) {
     for (const Answer preset : {Answer::Yes, Answer::No}) {
-        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
-            EXPECT_EQ(YesNoBy(preset, [key](QMessageBox& box) { QTest::keyClick(&box, key); }),
-                      preset);
-        }
-        EXPECT_EQ(YesNoBy(preset, [](QMessageBox& box) { box.close(); }), preset);
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape})
+            EXPECT_EQ(YesNoBy(preset, Press(key)), preset);
+        EXPECT_EQ(YesNoBy(preset, Close), preset);
     }
 }
 
 TEST(YesNoPrompt, AnswersTheLetters) {
-    EXPECT_EQ(YesNoBy(Answer::No,
-                      [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Y, Qt::AltModifier); }),
-              Answer::Yes);
+    EXPECT_EQ(YesNoBy(Answer::No, Press(Qt::Key_Y, Qt::AltModifier)), Answer::Yes);
 }
 
 TEST(YesNoPrompt, AnswersThePresetWhenItsWindowGoes) {
@@ -163,22 +164,13 @@ Answer YesNoCancelBy(Answer preset, const std::function<void(QMessageBox&)>& act
 }
 
 TEST(YesNoCancelPrompt, AnswersByItsButtonsAndKeys) {
-    for (const auto& [button, answer] :
-         {std::pair(QMessageBox::Yes, Answer::Yes), std::pair(QMessageBox::No, Answer::No),
-          std::pair(QMessageBox::Cancel, Answer::Cancel)}) {
-        EXPECT_EQ(YesNoCancelBy(Answer::Cancel,
-                                [button = button](QMessageBox& box) {
-                                    QTest::mouseClick(box.button(button), Qt::LeftButton);
-                                }),
-                  answer);
-    }
-    const auto press = [](Qt::Key key) {
-        return [key](QMessageBox& box) { QTest::keyClick(&box, key); };
-    };
-    EXPECT_EQ(YesNoCancelBy(Answer::Yes, press(Qt::Key_Return)), Answer::Yes);
-    EXPECT_EQ(YesNoCancelBy(Answer::Cancel, press(Qt::Key_Return)), Answer::Cancel);
-    EXPECT_EQ(YesNoCancelBy(Answer::Yes, press(Qt::Key_Escape)), Answer::Cancel);
-    EXPECT_EQ(YesNoCancelBy(Answer::Yes, [](QMessageBox& box) { box.close(); }), Answer::Cancel);
+    EXPECT_EQ(YesNoCancelBy(Answer::Cancel, ClickOn(QMessageBox::Yes)), Answer::Yes);
+    EXPECT_EQ(YesNoCancelBy(Answer::Cancel, ClickOn(QMessageBox::No)), Answer::No);
+    EXPECT_EQ(YesNoCancelBy(Answer::Cancel, ClickOn(QMessageBox::Cancel)), Answer::Cancel);
+    EXPECT_EQ(YesNoCancelBy(Answer::Yes, Press(Qt::Key_Return)), Answer::Yes);
+    EXPECT_EQ(YesNoCancelBy(Answer::Cancel, Press(Qt::Key_Return)), Answer::Cancel);
+    EXPECT_EQ(YesNoCancelBy(Answer::Yes, Press(Qt::Key_Escape)), Answer::Cancel);
+    EXPECT_EQ(YesNoCancelBy(Answer::Yes, Close), Answer::Cancel);
 }
 
 std::optional<QString> InputBy(const std::function<void(QInputDialog&)>& act) {
@@ -203,7 +195,7 @@ TEST(InputPrompt, GivesWhatWasTyped) {
                   QTest::keyClick(&box, Qt::Key_Return);
               }),
               u" T2 "_s);
-    EXPECT_EQ(InputBy([](QInputDialog& box) { QTest::keyClick(&box, Qt::Key_Return); }), u"T1"_s);
+    EXPECT_EQ(InputBy(Press(Qt::Key_Return)), u"T1"_s);
 }
 
 TEST(InputPrompt, TellsAnEmptyTextFromACancel) {
@@ -212,8 +204,7 @@ TEST(InputPrompt, TellsAnEmptyTextFromACancel) {
                   QTest::keyClick(&box, Qt::Key_Return);
               }),
               QString());
-    EXPECT_EQ(InputBy([](QInputDialog& box) { QTest::keyClick(&box, Qt::Key_Escape); }),
-              std::nullopt);
+    EXPECT_EQ(InputBy(Press(Qt::Key_Escape)), std::nullopt);
 }
 
 void Type(QFileDialog& dialog, const QString& name) {
@@ -245,8 +236,7 @@ TEST(SaveFilePrompt, AddsNothingToANewName) {
 
 TEST(SaveFilePrompt, IsEmptyWhenCancelled) {
     const test::TemporaryFolder folder;
-    const auto shown = WhenShown::Do<QFileDialog>(
-        "cdFile", [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", Press(Qt::Key_Escape));
     EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s), QString());
 }
 
@@ -265,8 +255,7 @@ TEST(ChooseFolderPrompt, GivesTheFolderChosen) {
 
 TEST(ChooseFolderPrompt, IsEmptyWhenCancelled) {
     const test::TemporaryFolder folder;
-    const auto shown = WhenShown::Do<QFileDialog>(
-        "folderBrowser", [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    const auto shown = WhenShown::Do<QFileDialog>("folderBrowser", Press(Qt::Key_Escape));
     EXPECT_EQ(DialogPrompts().ChooseFolder(u"Select"_s, folder.Path()), QString());
 }
 
