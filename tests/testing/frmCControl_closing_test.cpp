@@ -9,8 +9,7 @@ namespace davo::test {
 namespace {
 
 TEST_F(TestWindow, CancelSendsTenTimesAndLeavesTheWayOut) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     port.sent.clear();
     Click("cmdCancel");
     EXPECT_THAT(port.sent, ElementsAre("S\x1b", "S\x1b", "S\x1b", "S\x1b", "S\x1b", "S\x1b",
@@ -22,8 +21,7 @@ TEST_F(TestWindow, CancelSendsTenTimesAndLeavesTheWayOut) {
 }
 
 TEST_F(TestWindow, ExitSavesTheRecordFileAndClosesThePort) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     prompts.answers = {Answer::Yes};
     prompts.files = {Data("T1.txt")};
     Click("cmdExit");
@@ -148,8 +146,7 @@ TEST_F(ViewingTestWindow, ClosingByTheFrameLeavesTheReport) {
 }
 
 TEST_F(TestWindow, ExitAfterRepeatStays) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     Click("cmdContinue");
     Click("cmdExit");
     QTest::qWait(50);
@@ -162,8 +159,7 @@ TEST_F(TestWindow, ExitAfterRepeatStays) {
 }
 
 TEST_F(TestWindow, ClosingByTheFrameIsTheExitButton) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     prompts.answers = {Answer::No, Answer::Yes};
     area->closeActiveSubWindow();
     EXPECT_TRUE(Closed());
@@ -171,8 +167,7 @@ TEST_F(TestWindow, ClosingByTheFrameIsTheExitButton) {
 }
 
 TEST_F(TestWindow, ClosingByTheFrameWhileATestRunsIsRefusedInWords) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     area->closeActiveSubWindow();
     ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
     EXPECT_EQ(prompts.shown.front(),
@@ -202,8 +197,7 @@ TEST_F(TestWindow, ExitEndsTheWaitForTheHandshake) {
 }
 
 TEST_F(TestWindow, TheEscapeKeyAbortsWithoutASaveQuestion) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     Button("cmdHeader")->setFocus();
     port.sent.clear();
     Key(Qt::Key_Escape);
@@ -234,8 +228,7 @@ TEST_F(TestWindow, TheEscapeKeyWorksFromEveryControlAndWithoutAFocus) {
 }
 
 TEST_F(TestWindow, TheEscapeKeyWorksWhileATestRuns) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     port.sent.clear();
     Key(Qt::Key_Escape);
     EXPECT_TRUE(Closed());
@@ -243,20 +236,17 @@ TEST_F(TestWindow, TheEscapeKeyWorksWhileATestRuns) {
 }
 
 TEST_F(TestWindow, ALostPortLeavesTheWayOutAndTheShots) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     prompts.answers = {Answer::No};
     StartFullShot();
-    port.Unplug();
-    ASSERT_TRUE(Until([this] { return !state.portOpen; }));
+    Unplug();
     EXPECT_TRUE(Until([this] { return Button("cmdExit")->isEnabled(); }));
     EXPECT_TRUE(Button("cmdStart")->isEnabled());
     EXPECT_EQ(prompts.shown.back(), Link::LostMessage());
 }
 
 TEST_F(TestWindow, AnEarlierSessionIsOfferedBeforeANewOneBegins) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     Key(Qt::Key_Escape);
     ASSERT_TRUE(Closed());
     link.OpenComPort(1);
@@ -277,8 +267,7 @@ TEST_F(TestWindow, IsNotOpenedWhenTheCaptureFileCannotBeMade) {
 }
 
 TEST_F(TestWindow, WhatAHandlerThrowsIsShownOnce) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     ASSERT_TRUE(QDir(places.scratchFolder).removeRecursively());
     Click("cmdContinue");  // "&Repeat Test" rewrites the journal
     ASSERT_EQ(prompts.shown.size(), 1U);

@@ -22,8 +22,7 @@ TEST_F(TestWindow, CharactersOutsideThePageAreRefusedInWords) {
 }
 
 TEST_F(TestWindow, TheTabKeyFollowsTheEye) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     Box("txtHVolt")->setFocus();
     std::vector<std::string> order;
     for (int i = 0; i < 7; ++i) {
@@ -37,8 +36,7 @@ TEST_F(TestWindow, TheTabKeyFollowsTheEye) {
 
 TEST_F(TestWindow, ADisabledButtonDoesNotHandTheFocusOn) {
     Open();
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    StartToZero();
     EXPECT_TRUE(window->hasFocus());
     const auto sent = port.sent.size();
     Key(Qt::Key_Return);
@@ -47,8 +45,7 @@ TEST_F(TestWindow, ADisabledButtonDoesNotHandTheFocusOn) {
 }
 
 TEST_F(TestWindow, AKeyTooManyDoesNotDropTheShot) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
     EXPECT_TRUE(Button("cmdContinue")->hasFocus());
     Say(RecordOf(Digits()));
@@ -58,9 +55,7 @@ TEST_F(TestWindow, AKeyTooManyDoesNotDropTheShot) {
 
 TEST_F(TestWindow, AKeyHeldDownPressesOnce) {
     Open();
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
-    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    StartToRange();
     QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, {}, true);
     QApplication::sendEvent(Button("cmdContinue"), &repeated);
     EXPECT_EQ(port.sent.back(), "T");
@@ -79,8 +74,7 @@ TEST_F(TestWindow, AShortcutTakesTheTypedTextOverFirst) {
 
 TEST_F(TestWindow, AStepThatTakesTheFocusCountsAsLeavingTheBox) {
     Open();
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    StartToZero();
     Type("txtHVolt", "1200");
     Type("txtXVolt", "5");
     EXPECT_EQ(Text("txtCRatio"), "");
@@ -109,8 +103,7 @@ TEST_F(TestWindow, ShortcutsAreUniqueInEveryState) {
         EXPECT_EQ(std::set<QChar>(letters.begin(), letters.end()).size(), 5U) << moment;
     };
     check("open");
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    StartToZero();
     check("zero");
     Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
     check("range");
@@ -127,9 +120,7 @@ TEST_F(TestWindow, ShortcutsAreUniqueInEveryState) {
 TEST_F(TestWindow, TheConfirmTextIsNoShortcut) {
     Open();
     EXPECT_EQ(Label("lblConfirm")->buddy(), nullptr);
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
-    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    StartToRange();
     // Were there two, the button would only get the focus.
     QTest::keyClick(main.windowHandle(), Qt::Key_O, Qt::AltModifier);
     EXPECT_TRUE(Until([this] { return port.sent.back() == "\r"; }));
@@ -178,8 +169,7 @@ TEST_P(LetterSize, NothingIsCut) {
     CheckNothingIsCut("open");
     Type("txtHVolt", "1200");
     Type("txtXVolt", "5");
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    StartToZero();
     CheckNothingIsCut("zero");
     Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
     CheckNothingIsCut("range");
@@ -205,9 +195,7 @@ INSTANTIATE_TEST_SUITE_P(Scales, LetterSize, ::testing::Values(1.0, 1.25, 1.5));
 
 TEST_F(TestWindow, ThePromptGrowsWithTheWindowAndIsTwelveMillimetresHigh) {
     Open();
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
-    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    StartToRange();
     const auto* prompt = dynamic_cast<FitLabel*>(Label("lblMessage"));
     ASSERT_NE(prompt, nullptr);
     const int before = prompt->FittedPixelSize();

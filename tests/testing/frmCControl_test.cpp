@@ -142,8 +142,7 @@ TEST_F(TestWindow, AFullShotFromTheFirstPromptToTheCompleteTest) {
 }
 
 TEST_F(TestWindow, TheRatioPromptBeepsTwice) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     beeps = 0;
     Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
     ASSERT_TRUE(Until([this] { return beeps == 2; }));
@@ -152,8 +151,7 @@ TEST_F(TestWindow, TheRatioPromptBeepsTwice) {
 }
 
 TEST_F(TestWindow, TheNextTestAsksForTheMode) {
-    Open();
-    RunFullShot();
+    OpenAndRun();
     prompts.answers = {Answer::Yes};
     Click("cmdStart");
     EXPECT_EQ(prompts.shown.back(), u"Run Ratio test only?"_s);
@@ -162,8 +160,7 @@ TEST_F(TestWindow, TheNextTestAsksForTheMode) {
 }
 
 TEST_F(TestWindow, DamageIsShownAndSaid) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     EndShot(Digits().substr(6));
     EXPECT_TRUE(Label("lblDamage")->isVisible());
     EXPECT_THAT(Text("lblDamage"), HasSubstr("290 of 296 digits"));

@@ -24,9 +24,7 @@ class LiveCurveWindow : public TestWindow {
 
 TEST_F(LiveCurveWindow, ReadingsAppearAndTheShotReplacesThem) {
     Open();
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
-    Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    StartToRange();
     EXPECT_FALSE(Chart()->isVisible());
     Click("cmdContinue");
     Say("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
@@ -45,8 +43,7 @@ TEST_F(LiveCurveWindow, ReadingsAppearAndTheShotReplacesThem) {
 }
 
 TEST_F(LiveCurveWindow, ABurstIsPaintedTenTimesASecondAtMost) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("I=0.0100 V=10");
     ASSERT_TRUE(Until([this] { return Chart()->isVisible() && Chart()->Paints() > 0; }));
     QTest::qWait(300);
@@ -64,8 +61,7 @@ TEST_F(LiveCurveWindow, ABurstIsPaintedTenTimesASecondAtMost) {
 }
 
 TEST_F(LiveCurveWindow, ACancelledShotsReadingsGo) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("I=0.0123 V=152.4");
     ASSERT_TRUE(Chart()->isVisible());
     Click("cmdCancel");
@@ -75,8 +71,7 @@ TEST_F(LiveCurveWindow, ACancelledShotsReadingsGo) {
 TEST_F(LiveCurveWindow, ARatioOnlyTestShowsNoChart) {
     modes = {false, true, true};
     Open();
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    StartToZero();
     Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
     Say("I=0.0123 V=52.4");
     EXPECT_FALSE(Chart()->isVisible());
@@ -84,15 +79,13 @@ TEST_F(LiveCurveWindow, ARatioOnlyTestShowsNoChart) {
 
 TEST_F(LiveCurveWindow, ASmallWindowKeepsItsPromptAndShowsTheCurveWhenItIsDone) {
     main.resize(1024, 600);
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("I=0.0123 V=152.4");
     EXPECT_FALSE(Chart()->isVisible());
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
     EXPECT_TRUE(Until([this] { return Chart()->isVisible() && Chart()->width() > 500; }));
     prompts.answers = {Answer::No};
-    Click("cmdStart");
-    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    StartToZero();
     EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
 }
 
@@ -119,8 +112,7 @@ TEST_F(LiveCurveWindow, APromptCanBeReadBesideIt) {
 }
 
 TEST_F(LiveCurveWindow, TheTabKeyPassesItBy) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
     ASSERT_TRUE(Until([this] { return Chart()->isVisible(); }));
     Box("txtHVolt")->setFocus();
@@ -136,12 +128,10 @@ TEST_F(LiveCurveWindow, TheTabKeyPassesItBy) {
 }
 
 TEST_F(LiveCurveWindow, ALostPortTakesTheUnfinishedShotAway) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("I=0.0123 V=152.4");
     ASSERT_TRUE(Chart()->isVisible());
-    port.Unplug();
-    ASSERT_TRUE(Until([this] { return !state.portOpen; }));
+    Unplug();
     EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
     StartFullShot();
     Say("I=5 V=152.4");
@@ -151,18 +141,15 @@ TEST_F(LiveCurveWindow, ALostPortTakesTheUnfinishedShotAway) {
 }
 
 TEST_F(LiveCurveWindow, ALostPortLeavesTheCompleteShot) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
-    port.Unplug();
-    ASSERT_TRUE(Until([this] { return !state.portOpen; }));
+    Unplug();
     EXPECT_TRUE(Chart()->isVisible());
     EXPECT_EQ(Chart()->Across(), (LogSpan{-2, 0}));
 }
 
 TEST_F(LiveCurveWindow, OfADamagedRecordTheReadingsStay) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("I=0.0123 V=152.4");
     EndShot(std::string(290, '0'));
     ASSERT_FALSE(prompts.shown.empty());
@@ -179,8 +166,7 @@ TEST_F(LiveCurveWindow, OfADamagedRecordTheReadingsStay) {
 }
 
 TEST_F(LiveCurveWindow, ANewSessionBeginsWithoutCurves) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
     ASSERT_TRUE(Until([this] { return Chart()->isVisible(); }));
     Key(Qt::Key_Escape);
@@ -195,8 +181,7 @@ TEST_F(LiveCurveWindow, ANewSessionBeginsWithoutCurves) {
 }
 
 TEST_F(LiveCurveWindow, ARefusedShotLeavesTheEarlierOnes) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
     session.shotCount = kShotRefusal;
     prompts.answers = {Answer::No};
@@ -210,8 +195,7 @@ TEST_F(LiveCurveWindow, ARefusedShotLeavesTheEarlierOnes) {
 }
 
 TEST_F(LiveCurveWindow, TheRatioTestAddsNoReadings) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("I=0.0123 V=152.4");
     Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
     Say("I=5 V=52.4");
@@ -220,8 +204,7 @@ TEST_F(LiveCurveWindow, TheRatioTestAddsNoReadings) {
 }
 
 TEST_F(LiveCurveWindow, TheRepeatedShotGoes) {
-    Open();
-    StartFullShot();
+    OpenAndStart();
     Say("I=0.0123 V=152.4");
     EndShot();
     ASSERT_TRUE(Chart()->isVisible());

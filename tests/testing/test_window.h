@@ -74,10 +74,20 @@ class TestWindow : public ::testing::Test, public SessionParts<RealTimePort>, pu
         port.Deliver(line + "\r\n");
         QTest::qWait(20);
     }
-    void StartFullShot() {
+    void Unplug() {
+        port.Unplug();
+        ASSERT_TRUE(Until([this] { return !state.portOpen; }));
+    }
+    void StartToZero() {
         Click("cmdStart");
         Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    }
+    void StartToRange() {
+        StartToZero();
         Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+    }
+    void StartFullShot() {
+        StartToRange();
         Click("cmdContinue");
         Say("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
     }
@@ -90,6 +100,14 @@ class TestWindow : public ::testing::Test, public SessionParts<RealTimePort>, pu
     void RunFullShot() {
         StartFullShot();
         EndShot();
+    }
+    void OpenAndStart() {
+        Open();
+        StartFullShot();
+    }
+    void OpenAndRun() {
+        Open();
+        RunFullShot();
     }
     bool Closed() {
         return Until([this] { return window.isNull(); });
