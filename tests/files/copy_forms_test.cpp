@@ -29,6 +29,10 @@ class CopyWindow : public FileWindow<frmCopyFile> {
         Open({u"one"_s, u"two"_s});
     }
     void Type(const QString& path) { QTest::keyClicks(Box("txtPath"), path); }
+    void CopyTo(const QString& path) {
+        Type(path);
+        Click("cmdOK");
+    }
     std::string Question(const char* name) {
         return std::string("The file ") + name +
                "already  exists.  Do you want to replace the existing file? ";
@@ -43,8 +47,7 @@ TEST_F(CopyWindow, CopiesWhatIsChosen) {
     EXPECT_EQ(Text("cmdPath"), "&Path");
     EXPECT_EQ(Text("cmdOK"), "&OK");
     EXPECT_THAT(CutTextsOf(*window), IsEmpty());
-    Type(folder.Path("disk"));
-    Click("cmdOK");
+    CopyTo(folder.Path("disk"));
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
     EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), RecordFileText("one"));
     EXPECT_EQ(QFileInfo(target + u"one.txt"_s).lastModified(),
@@ -87,8 +90,7 @@ TEST_F(CopyWindow, RefusesTheDataFolderHoweverItIsSpelt) {
 TEST_F(CopyWindow, AFolderInsideTheDataFolderIsAnotherOne) {
     OpenTwo();
     QDir().mkpath(folder.Path("Shots_Data/inner"));
-    Type(folder.Path("Shots_Data/inner"));
-    Click("cmdOK");
+    CopyTo(folder.Path("Shots_Data/inner"));
     EXPECT_THAT(NamesIn(folder.Path("Shots_Data/inner")), ElementsAre("one.txt", "two.txt"));
 }
 
@@ -96,8 +98,7 @@ TEST_F(CopyWindow, NoKeepsTheFileThereAndCopiesTheOthers) {
     OpenTwo();
     ReplaceFile(target + u"one.txt"_s, "there");
     prompts.answers = {Answer::No};
-    Type(target);
-    Click("cmdOK");
+    CopyTo(target);
     EXPECT_THAT(Shown(), ElementsAre(Question("one")));
     EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
     EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), "there");
@@ -109,8 +110,7 @@ TEST_F(CopyWindow, YesReplacesAndCancelEnds) {
     ReplaceFile(target + u"one.txt"_s, "there");
     ReplaceFile(target + u"two.txt"_s, "there");
     prompts.answers = {Answer::Yes, Answer::Cancel};
-    Type(target);
-    Click("cmdOK");
+    CopyTo(target);
     EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), RecordFileText("one"));
     EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), "there");
     EXPECT_TRUE(Unloaded());
@@ -121,8 +121,7 @@ TEST_F(CopyWindow, WhatDoesNotArriveIsSaidAtTheEnd) {
     AddRecord(u"three"_s);
     QDir().mkpath(target + u"three.txt/x"_s);
     Open({u"one"_s, u"gone"_s, u"three"_s});
-    Type(target);
-    Click("cmdOK");
+    CopyTo(target);
     ASSERT_THAT(Shown(), SizeIs(1));
     EXPECT_THAT(Shown().front(), StartsWith("2 of 3 files were not copied:\r\ngone: "));
     EXPECT_THAT(Shown().front(), HasSubstr("\r\nthree: "));
@@ -138,8 +137,7 @@ TEST_F(CopyWindow, AFullDiskIsSaidAndHoldsNoHalfFile) {
     AddRecord(u"large"_s, {.rest = std::string(100000, 'x')});
     AddRecord(u"two"_s);
     Open({u"one"_s, u"large"_s, u"two"_s});
-    Type(target);
-    Click("cmdOK");
+    CopyTo(target);
     EXPECT_THAT(Shown(), ElementsAre(StartsWith("1 of 3 files were not copied:\r\nlarge: ")));
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
     EXPECT_EQ(::umount(disk.constData()), 0);
@@ -150,8 +148,7 @@ TEST_F(CopyWindow, AFolderThatMayNotBeWrittenIsSaid) {
     if (::mount("none", disk.constData(), "tmpfs", MS_RDONLY, "size=16k") != 0)
         GTEST_SKIP() << "a disk can be mounted by root only";
     OpenTwo();
-    Type(target);
-    Click("cmdOK");
+    CopyTo(target);
     EXPECT_THAT(Shown(), ElementsAre(StartsWith("2 of 2 files were not copied:")));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
@@ -166,20 +163,14 @@ TEST_F(CopyWindow, ADiskThatIsPulledOutIsSaid) {
         if (FileExists(target + u"one.txt"_s)) QDir(target).removeRecursively();
     });
     timer.start(0);
-    Type(target);
-    Click("cmdOK");
+    CopyTo(target);
     EXPECT_FALSE(FolderExists(target));
     EXPECT_THAT(Shown(), Contains(HasSubstr("1 of 2 files were not copied:\r\ntwo: ")));
     EXPECT_TRUE(Unloaded());
 }
 
 TEST_F(CopyWindow, CancelEndsBetweenFiles) {
-    std::vector<QString> names;
-    for (int i = 0; i < 100; ++i) {
-        names.push_back(u"r%1"_s.arg(i));
-        AddRecord(names.back());
-    }
-    Open(names);
+    Open(AddRecords(100));
     Type(target);
     QTimer::singleShot(0, window.get(), [&] {
         EXPECT_EQ(Text("cmdOK"), "Cancel");
@@ -207,14 +198,8 @@ TEST_F(CopyWindow, EscapeLeavesWithoutCopying) {
 }
 
 TEST_F(CopyWindow, HoldsAtMost251Names) {
-    std::vector<QString> names;
-    for (int i = 0; i < 252; ++i) {
-        names.push_back(u"r%1"_s.arg(i));
-        AddRecord(names.back());
-    }
-    Open(names);
-    Type(target);
-    Click("cmdOK");
+    Open(AddRecords(252));
+    CopyTo(target);
     EXPECT_THAT(Shown(), ElementsAre("Run-time error '9': Subscript out of range"));
     EXPECT_THAT(NamesIn(target), SizeIs(251));
 }
@@ -289,12 +274,7 @@ TEST_F(StatusBarWindow, AsksBeforeItReplaces) {
 
 TEST_F(StatusBarWindow, CancelClosesAtOnce) {
     constexpr std::size_t kFiles = 200;
-    std::vector<QString> names;
-    for (std::size_t i = 0; i < kFiles; ++i) {
-        names.push_back(u"r%1"_s.arg(i));
-        AddRecord(names.back());
-    }
-    Open(names);
+    Open(AddRecords(kFiles));
     Click("cmdCancel");
     EXPECT_EQ(unloaded, 1);
     const std::size_t copied = NamesIn(target).size();

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include "tests/support/controls.h"
 #include "tests/support/data_folder.h"
 
@@ -19,6 +22,15 @@ class FileWindow : public ::testing::Test, public DataFolder, public Controls {
         window->resize(kWidth, kHeight);
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    }
+    // r0, r1 ...; their names.
+    std::vector<QString> AddRecords(std::size_t count) {
+        std::vector<QString> names;
+        for (std::size_t i = 0; i < count; ++i) {
+            names.push_back(QStringLiteral("r%1").arg(i));
+            AddRecord(names.back());
+        }
+        return names;
     }
     bool Unloaded() {
         return Until([this] { return unloaded == 1; });

@@ -7,6 +7,8 @@
 #include <QTextEdit>
 #include <QToolTip>
 
+#include <optional>
+
 #include "tests/support/controls.h"
 #include "tests/support/data_folder.h"
 #include "tests/support/file_size_limit.h"
@@ -56,6 +58,11 @@ class SetDescrWindow : public ::testing::Test, public DataFolder, public Control
     void ClickFile(const char* name) {
         ClickRecord(name);
         QApplication::processEvents();
+    }
+    void OpenAt(const char* file, std::optional<int> test = {}) {
+        Open();
+        ClickFile(file);
+        if (test) ClickTest(*test);
     }
     QTextEdit* OpenNotepad() {
         Click("cmdNotes");
@@ -123,8 +130,7 @@ TEST_F(SetDescrWindow, ShowsItsCaptionsAndTheRecords) {
 }
 
 TEST_F(SetDescrWindow, AChosenFileShowsItsHeaderAndTests) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     EXPECT_TRUE(Enabled("cmdSave"));
     EXPECT_TRUE(Enabled("cmdNotes"));
     EXPECT_EQ(Text("lblFilename"), "T1 ** 11/21/26 ** 03");
@@ -160,8 +166,7 @@ TEST_F(SetDescrWindow, AChosenFileShowsItsHeaderAndTests) {
 }
 
 TEST_F(SetDescrWindow, SavingLosesNothingOfTestsThatWereNotClicked) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     const RecordHeaders before = Headers("T1");
     ClickTest(2);
     Type("txtTestDescr", " third ");
@@ -182,8 +187,7 @@ TEST_F(SetDescrWindow, SavingLosesNothingOfTestsThatWereNotClicked) {
 }
 
 TEST_F(SetDescrWindow, AHeaderOfTwentyFiveIsSavedAndShownAsItsFirstTwenty) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     Type("txtHeader0", "ABCDEFGHIJKLMNOPQRSTUVWXY");
     EXPECT_EQ(Box("txtHeader0")->text().size(), 25);
     Click("cmdSave");
@@ -193,9 +197,7 @@ TEST_F(SetDescrWindow, AHeaderOfTwentyFiveIsSavedAndShownAsItsFirstTwenty) {
 }
 
 TEST_F(SetDescrWindow, ATestsTextIsCutToTwentyAsItIsTyped) {
-    Open();
-    ClickFile("T1");
-    ClickTest(0);
+    OpenAt("T1", 0);
     Type("txtTestDescr", "ABCDEFGHIJKLMNOPQRSTUVWXY");
     EXPECT_EQ(Text("txtTestDescr"), "ABCDEFGHIJKLMNOPQRST");
     Type("txtTestNotes", "abcdefghijklmnopqrstu");
@@ -209,9 +211,7 @@ TEST_F(SetDescrWindow, ATestsTextIsCutToTwentyAsItIsTyped) {
 }
 
 TEST_F(SetDescrWindow, EmptyingADescriptionRemovesItsLine) {
-    Open();
-    ClickFile("T1");
-    ClickTest(0);
+    OpenAt("T1", 0);
     Type("txtTestDescr", "");
     Click("cmdSave");
     EXPECT_THAT(Bytes("T1"), Not(HasSubstr("TEST DESCRIPTION")));
@@ -219,17 +219,14 @@ TEST_F(SetDescrWindow, EmptyingADescriptionRemovesItsLine) {
 }
 
 TEST_F(SetDescrWindow, NotesOfAFileWithoutSomeAreAppended) {
-    Open();
-    ClickFile("T2");
+    OpenAt("T2");
     TypeNotes("line 1\nline 2");
     Click("cmdSave");
     EXPECT_THAT(Bytes("T2"), EndsWith("50%CUR\r\nNOTES:\r\nline 1\r\nline 2\r\n"));
 }
 
 TEST_F(SetDescrWindow, UnsavedEditsOutliveTheChoiceOfAnotherTest) {
-    Open();
-    ClickFile("T1");
-    ClickTest(0);
+    OpenAt("T1", 0);
     Type("txtHeader2", "Feeder");
     TypeNotes("all new");
     ClickTest(1);
@@ -253,9 +250,7 @@ TEST_F(SetDescrWindow, EachKindOfEditIsWrittenBackByEveryWayOut) {
             SCOPED_TRACE(round++);
             Put("T1", HeaderOfT1("North", "12") + ShotText(1));
             const RecordHeaders before = Headers("T1");
-            Open();
-            ClickFile("T1");
-            ClickTest(0);
+            OpenAt("T1", 0);
             edit();
             EXPECT_EQ(Headers("T1"), before);
             leave();
@@ -268,9 +263,7 @@ TEST_F(SetDescrWindow, EachKindOfEditIsWrittenBackByEveryWayOut) {
 }
 
 TEST_F(SetDescrWindow, ChoosingAnotherFileWritesThePreviousOneBack) {
-    Open();
-    ClickFile("T1");
-    ClickTest(1);
+    OpenAt("T1", 1);
     Type("txtTestDescr", "second");
     EXPECT_EQ(Headers("T1").testDescriptions[1], "");
     ClickFile("T2");
@@ -281,9 +274,7 @@ TEST_F(SetDescrWindow, ChoosingAnotherFileWritesThePreviousOneBack) {
 }
 
 TEST_F(SetDescrWindow, AFullDiskIsSaidAndTheTextKept) {
-    Open();
-    ClickFile("T1");
-    ClickTest(0);
+    OpenAt("T1", 0);
     Type("txtTestDescr", "kept");
     const std::string before = Bytes("T1");
     {
@@ -316,8 +307,7 @@ TEST_F(SetDescrWindow, AFullDiskIsSaidAndTheTextKept) {
 }
 
 TEST_F(SetDescrWindow, TheOperatorCanLeaveWithoutWhatCannotBeSaved) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     Type("txtHeader0", "lost");
     QFile::remove(PathOf("T1"));
     Click("cmdSave");
@@ -332,8 +322,7 @@ TEST_F(SetDescrWindow, TheOperatorCanLeaveWithoutWhatCannotBeSaved) {
 }
 
 TEST_F(SetDescrWindow, AFileThatAnotherProgramChangedIsAskedAbout) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     Type("txtHeader0", "mine");
     const std::string changed = HeaderOfT1("North", "12") + ShotText(1) + ShotText(2) +
                                 ShotText(3) + ShotText(4, "TEST NOTES: theirs\r\n");
@@ -356,8 +345,7 @@ TEST_F(SetDescrWindow, AFileThatAnotherProgramChangedIsAskedAbout) {
 }
 
 TEST_F(SetDescrWindow, ATextWithTheKeyOfAnotherLineIsAskedAbout) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     const std::string before = Bytes("T1");
     Type("txtHeader6", "SN: 5");
     prompts.answers = {Answer::No};
@@ -375,8 +363,7 @@ TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {
     for (int i = 1; i <= 101; ++i)
         many += ShotText(i);
     Put("T1", many);
-    Open();
-    ClickFile("T2");
+    OpenAt("T2");
     ClickFile("T1");
     EXPECT_THAT(Shown(),
                 ElementsAre("Run-time error '9': Subscript out of range: the file holds more than "
@@ -399,9 +386,7 @@ TEST_F(SetDescrWindow, AFileThatHasGoneIsSaid) {
 }
 
 TEST_F(SetDescrWindow, CharactersOutsideThePageAreRefusedInWords) {
-    Open();
-    ClickFile("T1");
-    ClickTest(0);
+    OpenAt("T1", 0);
     for (const char* name : {"txtHeader3", "txtTestDescr", "txtTestNotes"}) {
         const QString before = Box(name)->text();
         Box(name)->setFocus();
@@ -417,8 +402,7 @@ TEST_F(SetDescrWindow, CharactersOutsideThePageAreRefusedInWords) {
 }
 
 TEST_F(SetDescrWindow, AnOpenNotepadIsTakenOverWhenTheWindowCloses) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     QTextEdit* rt = OpenNotepad();
     rt->selectAll();
     QTest::keyClicks(rt, u"typed last"_s);
@@ -428,8 +412,7 @@ TEST_F(SetDescrWindow, AnOpenNotepadIsTakenOverWhenTheWindowCloses) {
 }
 
 TEST_F(SetDescrWindow, TheEndOfTheProgramWritesBack) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     Type("txtHeader0", "late");
     delete window;
     EXPECT_EQ(Headers("T1").header[0], "late");
@@ -437,9 +420,7 @@ TEST_F(SetDescrWindow, TheEndOfTheProgramWritesBack) {
 }
 
 TEST_F(SetDescrWindow, TheKeysReachEverythingInTheOrderOfTheEye) {
-    Open();
-    ClickFile("T1");
-    ClickTest(0);
+    OpenAt("T1", 0);
     EXPECT_THAT(
         TabOrderOf(*window),
         ElementsAre("lvTest", "lstTest", "txtTestDescr", "txtTestNotes", "txtHeader0", "txtHeader1",
@@ -470,8 +451,7 @@ TEST_F(SetDescrWindow, EverythingIsChosenByTheKeyboard) {
 }
 
 TEST_F(SetDescrWindow, AClickBesideTheRowsKeepsTheFile) {
-    Open();
-    ClickFile("T1");
+    OpenAt("T1");
     auto* lvTest = List();
     const QPoint below(20, lvTest->viewport()->height() - 2);
     ASSERT_EQ(lvTest->itemAt(below), nullptr);
@@ -483,9 +463,7 @@ TEST_F(SetDescrWindow, AClickBesideTheRowsKeepsTheFile) {
 }
 
 TEST_F(SetDescrWindow, NothingIsCut) {
-    Open();
-    ClickFile("T1");
-    ClickTest(0);
+    OpenAt("T1", 0);
     // Also in the room that a laptop's screen leaves at 150 %.
     for (const QSize& size : {QSize(1000, 620), QSize(900, 448)}) {
         window->resize(size);
