@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace davo {
 
@@ -21,6 +22,9 @@ QString WordsOf(const std::error_code& error);
 std::error_code MakeFolders(const QString& path);
 
 std::error_code RemoveFile(const QString& path);
+
+// Appends the names in folder, hidden ones included, in the order of the system.
+std::error_code ListNames(const QString& folder, std::vector<QString>& names);
 
 // Appends the whole content of path to bytes.
 std::error_code ReadBytes(const QString& path, std::string& bytes);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -93,6 +94,19 @@ std::error_code MakeFolders(const QString& path) {
 std::error_code RemoveFile(const QString& path) {
     if (::unlink(QFile::encodeName(path).constData()) != 0) return LastError();
     return {};
+}
+
+std::error_code ListNames(const QString& folder, std::vector<QString>& names) {
+    DIR* open = ::opendir(QFile::encodeName(folder).constData());
+    if (open == nullptr) return LastError();
+    // Only errno tells the end from an error.
+    for (errno = 0; const dirent* entry = ::readdir(open); errno = 0) {
+        const QByteArray name = entry->d_name;
+        if (name != "." && name != "..") names.push_back(QFile::decodeName(name));
+    }
+    const std::error_code error = errno != 0 ? LastError() : std::error_code();
+    ::closedir(open);
+    return error;
 }
 
 std::error_code ReadBytes(const QString& path, std::string& bytes) {

@@ -174,6 +174,23 @@ std::error_code RemoveFile(const QString& path) {
     return {};
 }
 
+std::error_code ListNames(const QString& folder, std::vector<QString>& names) {
+    WIN32_FIND_DATAW found = {};
+    HANDLE search = ::FindFirstFileW(NativePath(folder + QLatin1String("/*")).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        // A drive without a file has not even a name for itself.
+        return ::GetLastError() == ERROR_FILE_NOT_FOUND ? std::error_code() : LastError();
+    }
+    do {
+        const QString name = QString::fromWCharArray(found.cFileName);
+        if (name != QLatin1String(".") && name != QLatin1String("..")) names.push_back(name);
+    } while (::FindNextFileW(search, &found) != 0);
+    const std::error_code error =
+        ::GetLastError() == ERROR_NO_MORE_FILES ? std::error_code() : LastError();
+    ::FindClose(search);
+    return error;
+}
+
 std::error_code ReadBytes(const QString& path, std::string& bytes) {
     // Who writes or replaces the file meanwhile is not kept from it.
     const OpenFile file = Open(

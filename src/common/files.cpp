@@ -86,6 +86,12 @@ void CreateFolder(const QString& path) {
     ThrowIf(MakeFolders(folder), path);
 }
 
+std::vector<QString> NamesInFolder(const QString& path) {
+    std::vector<QString> names;
+    ThrowIf(ListNames(QDir::cleanPath(path), names), path);
+    return names;
+}
+
 void DeleteFile(const QString& path) {
     if (FolderExists(path)) Throw(ErrorNumber::PermissionDenied, path);
     ThrowIf(RemoveFile(path), path);

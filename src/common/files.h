@@ -18,6 +18,9 @@ bool FolderExists(const QString& path);
 // Makes the folder and the ones above it that are missing.
 void CreateFolder(const QString& path);
 
+// The names of all files and folders in a folder, in no order.
+std::vector<QString> NamesInFolder(const QString& path);
+
 // Deletes a file; one that is not there is error 53.
 void DeleteFile(const QString& path);
 

@@ -39,6 +39,19 @@ bool Contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
+std::size_t ReplaceControls(std::string& text, std::string_view kept) {
+    constexpr unsigned char kDelete = 127;
+    std::size_t replaced = 0;
+    for (char& c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        const bool control = code < ' ' || code == kDelete;
+        if (!control || Contains(kept, {&c, 1})) continue;
+        c = '?';
+        ++replaced;
+    }
+    return replaced;
+}
+
 std::string_view Middle(std::string_view text, std::size_t start, std::size_t length) {
     if (start >= text.size()) return {};
     return text.substr(start, length);

@@ -25,6 +25,10 @@ std::string RemoveBlanksAndLineEnds(std::string_view text);
 
 bool Contains(std::string_view text, std::string_view part);
 
+// Replaces each control character of text (codes 0 to 31 and 127) by "?", but those in kept, which
+// no file and no workbook is spoilt by; how many were replaced. Positions and widths stay.
+std::size_t ReplaceControls(std::string& text, std::string_view kept = {});
+
 // text[start, start + length) in 0-based bytes, as far as it exists: a start past the end gives
 // an empty text, never an error.
 std::string_view Middle(std::string_view text, std::size_t start,

@@ -32,6 +32,21 @@ TEST(Contains, FindsAPart) {
     EXPECT_FALSE(Contains("done", "DONE"));
 }
 
+TEST(ReplaceControls, PutsAQuestionMarkInTheirPlaceAndCountsThem) {
+    std::string all;
+    for (int code = 0; code < 256; ++code)
+        all += static_cast<char>(code);
+    std::string text = all;
+    EXPECT_EQ(ReplaceControls(text), 33U);
+    for (std::size_t code = 0; code < all.size(); ++code) {
+        const bool control = code < 32 || code == 127;
+        EXPECT_EQ(text[code], control ? '?' : all[code]) << code;
+    }
+    text = "a\tb\r\nc\vd";
+    EXPECT_EQ(ReplaceControls(text, "\t\r\n"), 1U);
+    EXPECT_EQ(text, "a\tb\r\nc?d");
+}
+
 TEST(Middle, GoesNoFurtherThanTheText) {
     EXPECT_EQ(Middle("abcdef", 2, 3), "cde");
     EXPECT_EQ(Middle("abcdef", 4, 9), "ef");
