@@ -48,7 +48,7 @@ class Bench {
     Bench() {
         settings_.dataPath = Folder("data");
         for (int i = 0; i < kMostListedRecords; ++i) {
-            names_.push_back(QStringLiteral("T%1").arg(i));
+            files_.push_back(QStringLiteral("T%1.txt").arg(i));
             texts_.push_back(bench::RecordText(i));
         }
         Fill();
@@ -81,8 +81,8 @@ class Bench {
     }
     void Fill() {
         Clear(settings_.dataPath);
-        for (std::size_t i = 0; i < names_.size(); ++i) {
-            QFile file(PathOf(names_[i]));
+        for (std::size_t i = 0; i < files_.size(); ++i) {
+            QFile file(PathOf(files_[i]));
             if (!file.open(QIODevice::WriteOnly)) std::exit(1);
             file.write(texts_[i].data(), static_cast<qint64>(texts_[i].size()));
         }
@@ -91,12 +91,10 @@ class Bench {
         QDir(path).removeRecursively();
         QDir().mkpath(path);
     }
-    QString PathOf(const QString& name) const {
-        return settings_.dataPath + name + QStringLiteral(".txt");
-    }
+    QString PathOf(const QString& file) const { return settings_.dataPath + file; }
 
     void Copy(const QString& target) {
-        frmCopyFile window(names_, settings_, prompts_);
+        frmCopyFile window(files_, settings_, prompts_);
         window.Form_Load();
         window.resize(900, 500);
         window.show();
@@ -109,18 +107,18 @@ class Bench {
         if (std::system(command.c_str()) != 0) std::exit(1);
     }
     void Delete() {
-        DeleteRecords(settings_.dataPath, names_, prompts_);
+        DeleteRecords(settings_.dataPath, files_, prompts_);
         RebuildDirectory(settings_.dataPath, tables_);
     }
     void BareDelete() const {
-        for (const QString& name : names_)
-            QFile::remove(PathOf(name));
+        for (const QString& file : files_)
+            QFile::remove(PathOf(file));
     }
-    void Rename() { RenameRecords(settings_.dataPath, {names_.front()}, prompts_); }
+    void Rename() { RenameRecords(settings_.dataPath, {files_.front()}, prompts_); }
     void BareRename() const {
-        const std::string text = ReadWholeFile(PathOf(names_.front()));
-        ReplaceFile(PathOf(QStringLiteral("renamed")), text);
-        QFile::remove(PathOf(names_.front()));
+        const std::string text = ReadWholeFile(PathOf(files_.front()));
+        ReplaceFile(PathOf(QStringLiteral("renamed.txt")), text);
+        QFile::remove(PathOf(files_.front()));
     }
 
     static double Milliseconds(const std::function<void()>& operation) {
@@ -151,7 +149,7 @@ class Bench {
     Settings settings_;
     YesPrompts prompts_;
     DirectoryTables tables_;
-    std::vector<QString> names_;
+    std::vector<QString> files_;
     std::vector<std::string> texts_;
 };
 

@@ -155,25 +155,16 @@ void frmMain::LoadHeader() {
 }
 
 void frmMain::LoadDirectory() {
-    const QString caption = QStringLiteral("Records not listed");
-    Attempt(caption,
-            [this] { listing_ = RebuildDirectory(state_.settings.dataPath, state_.directory); });
-    menu_.EnableRecordItems(false);
-    if (!DirectoryFileExists()) return;
+    ListRecords();
+    menu_.EnableRecordItems(HasRecords());
+    if (!HasRecords()) return;
     menu_.mnuRecall->setEnabled(true);
-    menu_.EnableRecordItems(true);
-    Attempt(caption, [this] {
-        LoadDirectoryFile(state_.settings.dataPath, state_.directory);
-        listedRecords_ = state_.directory.recordCount;
-    });
-    if (state_.directory.recordCount > 0) {
-        state_.directory.recordsFromInstrument = true;
-        state_.directory.recordCount = 0;
-    }
+    state_.directory.recordsFromInstrument = true;
+    state_.directory.recordCount = 0;
 }
 
-bool frmMain::DirectoryFileExists() const {
-    return FileExists(state_.settings.dataPath + QLatin1String(kDirectoryFileName));
+bool frmMain::HasRecords() const {
+    return listedRecords_ > 0;
 }
 
 // --- Menu ---------------------------------------------------------------------------------------
@@ -242,10 +233,11 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
     state_.listCaller = caller;
     WithFileDisabled([&] {
         ListRecords();
-        if (DirectoryFileExists()) {
+        if (HasRecords()) {
             ShowChild(forms_.fileUtilities, item);
         } else {
             menu_.EnableFile(true);
+            ShowFacts();
         }
     });
 }
@@ -296,8 +288,7 @@ void frmMain::mnuAbout_Click() {
 }
 
 void frmMain::ListRecords() {
-    listing_ = RebuildDirectory(state_.settings.dataPath, state_.directory);
-    LoadDirectoryFile(state_.settings.dataPath, state_.directory);
+    ListFolder(state_.settings.dataPath, state_.directory);
     listedRecords_ = state_.directory.recordCount;
 }
 
@@ -366,7 +357,7 @@ void frmMain::ChildClosed() {
     // The data folder may have changed while the window was open.
     handlers_.Run([this] {
         ListRecords();
-        menu_.EnableRecordItems(DirectoryFileExists());
+        menu_.EnableRecordItems(HasRecords());
     });
     ShowFacts();
     if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
@@ -375,9 +366,14 @@ void frmMain::ChildClosed() {
 void frmMain::ShowFacts() {
     const LinkGlance link = GlanceAtLink(state_.settings, state_.linkState, services_.devices);
     const QString& dataPath = state_.settings.dataPath;
-    statusLine_->ShowFacts({link, dataPath, state_.settings.kneepointType, listing_.skipped,
-                            listing_.notListed, troubles_});
-    home_->ShowFacts({link, RowsOfEntries(state_.directory.dirEntries, listedRecords_), dataPath});
+    const RebuildResult& listing = state_.directory.listing;
+    std::vector<Notice> troubles = troubles_;
+    for (const Notice& notice : NoticesOf(listing, dataPath))
+        troubles.push_back(notice);
+    statusLine_->ShowFacts({link, dataPath, state_.settings.kneepointType, listing.skipped,
+                            listing.notListed, troubles});
+    home_->ShowFacts(
+        {link, RowsOfEntries(state_.directory.dirEntries, listedRecords_), dataPath, listing});
 }
 
 void frmMain::WaitChanged() {

@@ -72,7 +72,7 @@ class frmMain : public QMainWindow {
     void ShowFileWindow(ListCaller caller, const QAction& item);
     // Rebuilds the directory file and reads it.
     void ListRecords();
-    bool DirectoryFileExists() const;
+    bool HasRecords() const;
 
     // Disables mnuFile and runs open; mnuFile is enabled again when open throws.
     template <class Open>
@@ -108,7 +108,6 @@ class frmMain : public QMainWindow {
     QPointer<frmAbout> about_;
     frmCControl* testWindow_ = nullptr;
     QTimer factsTimer_;
-    RebuildResult listing_;         // of the last rebuild of the directory
     int listedRecords_ = 0;         // as the directory file says
     std::vector<Notice> troubles_;  // of the load
     bool loaded_ = false;

@@ -76,6 +76,15 @@ BigButton* MakeButton(QAction* item, QWidget* parent) {
     return button;
 }
 
+// Only a folder that was read and is empty has no records yet.
+QString WhyNoRecords(const HomeFacts& facts) {
+    const QString folder = ShownPath(facts.dataPath);
+    if (!facts.listing.unread.isEmpty()) return UnreadText(facts.listing, facts.dataPath);
+    if (!facts.listing.skipped.empty())
+        return QStringLiteral("No file in %1 can be listed as a test record.").arg(folder);
+    return QStringLiteral("No test records yet in %1").arg(folder);
+}
+
 }  // namespace
 
 HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWidget(parent) {
@@ -141,8 +150,7 @@ void HomePanel::ShowFacts(const HomeFacts& facts) {
     lblModel_->setText(ModelWords(facts.link.instrumentModel));
     const auto newest = std::min(facts.records.size(), kNewestRecords);
     lvNewest_->Fill({facts.records.begin(), facts.records.begin() + static_cast<long>(newest)});
-    lblNoRecords_->setText(
-        QStringLiteral("No test records yet in %1").arg(ShownPath(facts.dataPath)));
+    lblNoRecords_->setText(WhyNoRecords(facts));
     recordPages_->setCurrentWidget(facts.records.empty() ? static_cast<QWidget*>(lblNoRecords_)
                                                          : lvNewest_);
 }

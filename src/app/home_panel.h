@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/port_labels.h"
-#include "records/directory_entry.h"
+#include "records/directory_file.h"
 
 class QAction;
 class QLabel;
@@ -23,6 +23,7 @@ struct HomeFacts {
     LinkGlance link;
     std::vector<ListRow> records;  // newest first, as many as there are
     QString dataPath;
+    RebuildResult listing = {};  // of the data folder
 };
 
 // The main area while no other window is open: the state of the link, the newest records, and a

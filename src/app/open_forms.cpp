@@ -91,8 +91,8 @@ OpenChild FileUtilities(ProgramState& state, const ProgramServices& services) {
             mode, FileUtilSurroundings{state.settings, state.directory, services.prompts,
                                        services.reports});
         window->OnCopy = [&state, &area, services, openWindows,
-                          unloaded](const std::vector<QString>& names) {
-            ShowIn(area, std::make_unique<frmCopyFile>(names, state.settings, services.prompts),
+                          unloaded](const std::vector<QString>& files) {
+            ShowIn(area, std::make_unique<frmCopyFile>(files, state.settings, services.prompts),
                    unloaded);
             ++*openWindows;
         };

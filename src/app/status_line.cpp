@@ -103,6 +103,17 @@ Notice NoticeOf(const std::vector<SkippedFile>& skipped, int notListed) {
     return Joined(notices);
 }
 
+std::vector<Notice> NoticesOf(const RebuildResult& listing, const QString& dataPath) {
+    std::vector<Notice> notices;
+    const auto add = [&notices](const char* caption, const QString& detail) {
+        if (!detail.isEmpty()) notices.push_back({QLatin1String(caption), detail});
+    };
+    add("Records not listed", UnreadText(listing, dataPath));
+    add("List not saved", NotSavedText(listing));
+    add("Control characters", CleanedText(listing));
+    return notices;
+}
+
 QString WaitWords(const WaitUnderWay& wait) {
     const QString answer = AnswerWords(wait.command);
     if (answer.isEmpty()) return QStringLiteral("Waiting for the DAVO's answer...");

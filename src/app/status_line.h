@@ -36,6 +36,9 @@ struct StatusFacts {
 // What is to be known about the data folder. Nothing to say: both are empty.
 Notice NoticeOf(const std::vector<SkippedFile>& skipped, int notListed);
 
+// The same of a data folder that could not be read or written, and of texts that it has replaced.
+std::vector<Notice> NoticesOf(const RebuildResult& listing, const QString& dataPath);
+
 // What an exchange waits for, as a sentence for the operator.
 QString WaitWords(const WaitUnderWay& wait);
 

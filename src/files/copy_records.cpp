@@ -9,6 +9,7 @@
 
 #include "common/files.h"
 #include "common/places.h"
+#include "files/record_names.h"
 
 namespace davo {
 
@@ -34,12 +35,11 @@ bool IsSameFolder(const QString& one, const QString& other) {
     return std::filesystem::equivalent(PathOf(one), PathOf(other), error);
 }
 
-CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QString& name,
+CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QString& file,
                        Prompts& prompts) {
-    const QString file = name + QStringLiteral(".txt");
     if (FileExists(target + file)) {
         const QString question =
-            QStringLiteral("The file ") + name +
+            QStringLiteral("The file ") + ShownName(file) +
             QStringLiteral("already  exists.  Do you want to replace the existing file? ");
         const Answer answer = prompts.YesNoCancel(question, Answer::No);
         if (answer == Answer::Cancel) return {CopyEnd::Cancelled, {}};

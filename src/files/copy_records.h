@@ -21,11 +21,10 @@ QString CopyTarget(const QString& target);
 // Whether both are the same folder, however they are spelt.
 bool IsSameFolder(const QString& one, const QString& other);
 
-// Copies the record file name (without ".txt") from dataPath to target (both end with the
-// separator), content and time. Asks before a file there is replaced. The copy is written beside
-// its place and renamed when it is whole: whatever happens, the target has the earlier file, the
-// whole new one or none.
-CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QString& name,
+// Copies a record file from dataPath to target (both end with the separator), content and time.
+// Asks before a file there is replaced. The copy is written beside its place and renamed when it is
+// whole: whatever happens, the target has the earlier file, the whole new one or none.
+CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QString& file,
                        Prompts& prompts);
 
 // What the operator is told of the failures ("name: reason") of so many files; empty without one.

@@ -33,13 +33,13 @@ constexpr int kBoxHeight = 40;  // a glove meets it
 
 }  // namespace
 
-frmCopyFile::frmCopyFile(std::vector<QString> names, const Settings& settings, Prompts& prompts)
-    : names_(std::move(names)), settings_(settings), prompts_(prompts), handlers_(prompts) {
+frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, Prompts& prompts)
+    : files_(std::move(files)), settings_(settings), prompts_(prompts), handlers_(prompts) {
     setObjectName(QStringLiteral("frmCopyFile"));
     setWindowTitle(QStringLiteral("Copy File(s)"));
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
-    lblPath_ = MakeLabel(this, "lblPath", QStringLiteral("Copy %1 file(s) to:").arg(names_.size()));
+    lblPath_ = MakeLabel(this, "lblPath", QStringLiteral("Copy %1 file(s) to:").arg(files_.size()));
     column->addWidget(lblPath_);
     auto* row = new QHBoxLayout;
     txtPath_ = Named(new QLineEdit(this), "txtPath");
@@ -122,29 +122,28 @@ void frmCopyFile::ShowNames(const QString& target, const QString& file) {
 void frmCopyFile::CopyAll(const QString& target) {
     std::vector<QString> failures;
     QElapsedTimer sinceShown;
-    for (; next_ < names_.size() && !cancelled_; ++next_) {
+    for (; next_ < files_.size() && !cancelled_; ++next_) {
         if (next_ >= kMostSelected) throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
-        const QString& name = names_[next_];
-        const QString file = name + QStringLiteral(".txt");
+        const QString& file = files_[next_];
         // Faster than a screen shows them, names would only cost time.
         if (!sinceShown.isValid() || sinceShown.hasExpired(kLeastShown) ||
-            next_ + 1 == names_.size()) {
+            next_ + 1 == files_.size()) {
             sinceShown.start();
             ShowNames(target, file);
         }
-        const CopyOutcome outcome = CopyRecord(settings_.dataPath, target, name, prompts_);
+        const CopyOutcome outcome = CopyRecord(settings_.dataPath, target, file, prompts_);
         if (outcome.end == CopyEnd::Cancelled) break;
         if (outcome.end == CopyEnd::Failed)
-            failures.push_back(name + QStringLiteral(": ") + outcome.reason);
+            failures.push_back(ShownName(file) + QStringLiteral(": ") + outcome.reason);
         QCoreApplication::processEvents();
     }
     Timer1_Timer();
-    const QString told = CopyFailuresText(failures, names_.size());
+    const QString told = CopyFailuresText(failures, files_.size());
     if (!told.isEmpty()) prompts_.Message(told);
 }
 
 void frmCopyFile::Timer1_Timer() {
-    pbarProgress_->setValue(static_cast<int>(next_ * kWholeBar / names_.size()));
+    pbarProgress_->setValue(static_cast<int>(next_ * kWholeBar / files_.size()));
 }
 
 // The window has no button that leaves it before the copy has begun.

@@ -20,8 +20,8 @@ namespace davo {
 // "Copy File(s)": copies record files from the data folder into another one.
 class frmCopyFile : public QWidget {
   public:
-    // names: record files without ".txt". settings and prompts must outlive the window.
-    frmCopyFile(std::vector<QString> names, const Settings& settings, Prompts& prompts);
+    // files: those of the data folder. settings and prompts must outlive the window.
+    frmCopyFile(std::vector<QString> files, const Settings& settings, Prompts& prompts);
 
     void Form_Load();
 
@@ -40,7 +40,7 @@ class frmCopyFile : public QWidget {
     void CopyAll(const QString& target);
     void Timer1_Timer();
 
-    const std::vector<QString> names_;
+    const std::vector<QString> files_;
     const Settings& settings_;
     Prompts& prompts_;
     EventHandlers handlers_;

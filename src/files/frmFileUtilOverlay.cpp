@@ -18,8 +18,8 @@
 #include "common/files.h"
 #include "common/text.h"
 #include "curves/beside_records.h"
-#include "files/group_file.h"
 #include "files/record_names.h"
+#include "records/record_name.h"
 #include "ui/big_button.h"
 #include "ui/close_form.h"
 #include "ui/form_parts.h"
@@ -125,11 +125,9 @@ void frmFileUtilOverlay::Connect() {
 
 void frmFileUtilOverlay::Form_Load() {
     const DirectoryTables& tables = around_.directory;
-    names_.clear();
-    for (int i = 0; i < tables.recordCount; ++i) {
-        const std::string& entry = tables.dirEntries.at(static_cast<std::size_t>(i));
-        names_.push_back(FromPage(EntryName(entry).value_or(entry)));
-    }
+    files_.clear();
+    for (std::size_t i = 0; std::cmp_less(i, tables.recordCount); ++i)
+        files_.push_back(RecordFileOf(tables, i));
     lvTest_->Fill(RowsForList(tables, tables.recordCount));
     if (IsOverlay() && around_.reports != nullptr) around_.reports->PrepareSoon(*this);
     lvTest_->setFocus();
@@ -147,23 +145,23 @@ void frmFileUtilOverlay::cmdOp_Click(int index) {
 
 // --- File utilities -----------------------------------------------------------------------------
 
-std::vector<QString> frmFileUtilOverlay::SelectedNames() const {
-    std::vector<QString> names;
+std::vector<QString> frmFileUtilOverlay::SelectedFiles() const {
+    std::vector<QString> files;
     for (const int row : lvTest_->SelectedRows())
-        names.push_back(names_.at(static_cast<std::size_t>(row)));
-    return names;
+        files.push_back(files_.at(static_cast<std::size_t>(row)));
+    return files;
 }
 
 void frmFileUtilOverlay::ShowSelectedRecords() {
-    std::vector<QString> files;
-    for (const QString& name : SelectedNames())
-        files.push_back(around_.settings.dataPath + name + QStringLiteral(".txt"));
-    beside_->ShowRecords(files);
+    std::vector<QString> paths;
+    for (const QString& file : SelectedFiles())
+        paths.push_back(around_.settings.dataPath + file);
+    beside_->ShowRecords(paths);
 }
 
 void frmFileUtilOverlay::RunOperation(int index) {
-    const std::vector<QString> names = SelectedNames();
-    if (names.empty()) {
+    const std::vector<QString> files = SelectedFiles();
+    if (files.empty()) {
         around_.prompts.Message(
             QStringLiteral("Please choose File(s) to %1.")
                 .arg(QLatin1String(kOperations.at(static_cast<std::size_t>(index)))));
@@ -171,16 +169,13 @@ void frmFileUtilOverlay::RunOperation(int index) {
     }
     const QString& dataPath = around_.settings.dataPath;
     if (index == Copy) {
-        if (OnCopy) OnCopy(names);
+        if (OnCopy) OnCopy(files);
     } else if (index == Rename) {
-        RenameRecords(dataPath, names, around_.prompts);
+        RenameRecords(dataPath, files, around_.prompts);
     } else {
-        DeleteRecords(dataPath, names, around_.prompts);
+        DeleteRecords(dataPath, files, around_.prompts);
     }
-    if (index != Copy) {
-        RebuildDirectory(dataPath, around_.directory);
-        LoadDirectoryFile(dataPath, around_.directory);
-    }
+    if (index != Copy) ListFolder(dataPath, around_.directory);
     QTimer::singleShot(0, this, [this] { CloseForm(*this); });
 }
 
@@ -188,24 +183,25 @@ void frmFileUtilOverlay::RunOperation(int index) {
 
 void frmFileUtilOverlay::FillTests() {
     lstTest_->clear();
-    const std::vector<QString> names = SelectedNames();
-    if (names.size() != 1) return;
-    const QString path = around_.settings.dataPath + names.front() + QStringLiteral(".txt");
+    const std::vector<QString> files = SelectedFiles();
+    if (files.size() != 1) return;
+    const QString path = around_.settings.dataPath + files.front();
     for (const std::string& entry : TestEntries(ReadWholeFile(path)))
         lstTest_->addItem(FromPage(entry));
     lstTest_->setCurrentRow(0);
 }
 
 void frmFileUtilOverlay::ChooseTest(int graph) {
-    const std::vector<QString> names = SelectedNames();
+    const std::vector<QString> files = SelectedFiles();
     const QListWidgetItem* entry = lstTest_->currentItem();
-    if (names.size() != 1 || entry == nullptr) {
+    if (files.size() != 1 || entry == nullptr) {
         around_.prompts.Message(
             QStringLiteral("Please choose a Test for Graph #%1").arg(graph + 1));
         return;
     }
-    txtTest_.at(static_cast<std::size_t>(graph))
-        ->setText(OverlayTestText(names.front(), entry->text()));
+    const auto i = static_cast<std::size_t>(graph);
+    chosen_.at(i) = OverlayTestOf(files.front(), entry->text());
+    txtTest_.at(i)->setText(OverlayTestText(RecordNameOf(files.front()), entry->text()));
 }
 
 void frmFileUtilOverlay::PlotIt() {
@@ -239,11 +235,9 @@ void frmFileUtilOverlay::BuildOverlayReport() {
     ReportRunner& reports = *around_.reports;
     const QString workbook = reports.OverlayWorkbook();
     if (FileExists(workbook)) DeleteFile(workbook);
-    const auto first = ParseOverlayTest(txtTest_.at(0)->text());
-    const auto second = ParseOverlayTest(txtTest_.at(1)->text());
-    if (!first || !second) return;
+    if (!chosen_.at(0) || !chosen_.at(1)) return;
     const QString& dataPath = around_.settings.dataPath;
-    WriteGroupFile(dataPath, *first, *second);
+    WriteGroupFile(dataPath, *chosen_.at(0), *chosen_.at(1));
     reports.RunOverlay(dataPath + QLatin1String(kGroupFileName), [this](const QString& text) {
         lblMessage_->setText(QLatin1String(kPlottingTwo) + QLatin1Char('\n') + text);
     });

@@ -4,9 +4,11 @@
 #include <QWidget>
 #include <array>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "common/settings.h"
+#include "files/group_file.h"
 #include "records/directory_file.h"
 #include "reports/report_runner.h"
 #include "ui/event_handlers.h"
@@ -44,8 +46,8 @@ class frmFileUtilOverlay : public QWidget {
 
     // The window has closed.
     std::function<void()> OnUnload;
-    // The record files (without ".txt") that are to be copied; the window closes then.
-    std::function<void(const std::vector<QString>& names)> OnCopy;
+    // The record files of the data folder that are to be copied; the window closes then.
+    std::function<void(const std::vector<QString>& files)> OnCopy;
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -58,7 +60,7 @@ class frmFileUtilOverlay : public QWidget {
     void Connect();
 
     void cmdOp_Click(int index);
-    std::vector<QString> SelectedNames() const;
+    std::vector<QString> SelectedFiles() const;
     void ShowSelectedRecords();
     void RunOperation(int index);
     void FillTests();
@@ -69,7 +71,8 @@ class frmFileUtilOverlay : public QWidget {
     const FileUtilMode mode_;
     FileUtilSurroundings around_;
     EventHandlers handlers_;
-    std::vector<QString> names_;  // of the list's rows
+    std::vector<QString> files_;  // of the list's rows
+    std::array<std::optional<OverlayTest>, 2> chosen_;
     bool plotting_ = false;
     bool closeWanted_ = false;
 

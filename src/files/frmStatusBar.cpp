@@ -59,9 +59,9 @@ class SharePicture : public QWidget {
     int percent_ = 0;
 };
 
-frmStatusBar::frmStatusBar(std::vector<QString> names, QString dataPath, QString copyTarget,
+frmStatusBar::frmStatusBar(std::vector<QString> files, QString dataPath, QString copyTarget,
                            Prompts& prompts)
-    : names_(std::move(names)),
+    : files_(std::move(files)),
       dataPath_(std::move(dataPath)),
       copyTarget_(std::move(copyTarget)),
       prompts_(prompts),
@@ -93,16 +93,16 @@ void frmStatusBar::Form_Load() {
 }
 
 void frmStatusBar::ShowPaths() {
-    if (next_ >= names_.size()) return;
-    const QString file = names_[next_] + QStringLiteral(".txt");
+    if (next_ >= files_.size()) return;
+    const QString& file = files_[next_];
     lblSource_->setText(dataPath_ + file);
     lblDest_->setText(copyTarget_ + file);
 }
 
 void frmStatusBar::Timer1_Timer() {
-    if (next_ >= names_.size()) {
+    if (next_ >= files_.size()) {
         Timer1_.stop();
-        const QString told = CopyFailuresText(failures_, names_.size());
+        const QString told = CopyFailuresText(failures_, files_.size());
         if (!told.isEmpty()) prompts_.Message(told);
         QTimer::singleShot(0, this, [this] { CloseForm(*this); });
         return;
@@ -112,8 +112,8 @@ void frmStatusBar::Timer1_Timer() {
         throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
     }
     ShowPaths();
-    const QString& name = names_[next_];
-    const CopyOutcome outcome = CopyRecord(dataPath_, copyTarget_, name, prompts_);
+    const QString& file = files_[next_];
+    const CopyOutcome outcome = CopyRecord(dataPath_, copyTarget_, file, prompts_);
     if (closed_) return;
     if (outcome.end == CopyEnd::Cancelled) {
         Timer1_.stop();
@@ -121,9 +121,9 @@ void frmStatusBar::Timer1_Timer() {
         return;
     }
     if (outcome.end == CopyEnd::Failed)
-        failures_.push_back(name + QStringLiteral(": ") + outcome.reason);
+        failures_.push_back(ShownName(file) + QStringLiteral(": ") + outcome.reason);
     ++next_;
-    picStatus_->setPercent(static_cast<int>(next_ * kWhole / names_.size()));
+    picStatus_->setPercent(static_cast<int>(next_ * kWhole / files_.size()));
 }
 
 void frmStatusBar::closeEvent(QCloseEvent* event) {

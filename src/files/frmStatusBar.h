@@ -18,9 +18,9 @@ class SharePicture;
 // Copies record files one a tick and shows how much is done.
 class frmStatusBar : public QWidget {
   public:
-    // names: record files (without ".txt") of dataPath; copyTarget ends with the separator as
+    // files: those of dataPath; copyTarget ends with the separator as
     // dataPath does. prompts must outlive the window.
-    frmStatusBar(std::vector<QString> names, QString dataPath, QString copyTarget,
+    frmStatusBar(std::vector<QString> files, QString dataPath, QString copyTarget,
                  Prompts& prompts);
 
     void Form_Load();
@@ -35,7 +35,7 @@ class frmStatusBar : public QWidget {
     void Timer1_Timer();
     void ShowPaths();
 
-    const std::vector<QString> names_;
+    const std::vector<QString> files_;
     const QString dataPath_;
     const QString copyTarget_;
     Prompts& prompts_;

@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::size_t kNumberAt = kRecordKey.size() + 1;
 
-QLatin1String Between() {
-    return QLatin1String(" - ");
-}
-
 QLatin1String EntryStart() {
     return QLatin1String(kTestNumberKey.data());
 }
@@ -41,16 +37,14 @@ std::vector<std::string> TestEntries(std::string_view recordFile) {
 }
 
 QString OverlayTestText(const QString& record, const QString& testEntry) {
-    return record + Between() + testEntry;
+    return record + QLatin1String(" - ") + testEntry;
 }
 
-std::optional<OverlayTest> ParseOverlayTest(const QString& text) {
-    const QString mark = Between() + EntryStart();
-    const qsizetype at = text.lastIndexOf(mark);
-    if (at < 0) return std::nullopt;
-    const auto number = ToPage(text.mid(at + mark.size()));
+std::optional<OverlayTest> OverlayTestOf(const QString& file, const QString& testEntry) {
+    if (!testEntry.startsWith(EntryStart())) return std::nullopt;
+    const auto number = ToPage(testEntry.mid(EntryStart().size()));
     if (!number) return std::nullopt;
-    return OverlayTest{text.left(at), NumericValue(*number)};
+    return OverlayTest{file, NumericValue(*number)};
 }
 
 std::string GroupPart(std::string_view recordFile, double number) {
@@ -72,8 +66,7 @@ std::string GroupPart(std::string_view recordFile, double number) {
 void WriteGroupFile(const QString& dataPath, const OverlayTest& first, const OverlayTest& second) {
     std::string group;
     for (const OverlayTest& test : {first, second}) {
-        const std::string file = ReadWholeFile(dataPath + test.record + QStringLiteral(".txt"));
-        group += GroupPart(file, test.number);
+        group += GroupPart(ReadWholeFile(dataPath + test.file), test.number);
     }
     ReplaceFile(dataPath + QLatin1String(kGroupFileName), group);
 }

@@ -20,15 +20,15 @@ std::vector<std::string> TestEntries(std::string_view recordFile);
 
 // A test that was chosen for a graph.
 struct OverlayTest {
-    QString record;     // name of the record file without ".txt"
+    QString file;       // of the data folder
     double number = 0;  // of the record in it
 };
 
 // "T0012 - TEST NUMBER:3".
 QString OverlayTestText(const QString& record, const QString& testEntry);
 
-// The test that such a text names; nothing when it names none.
-std::optional<OverlayTest> ParseOverlayTest(const QString& text);
+// The test of file that such an entry names; nothing when it names none.
+std::optional<OverlayTest> OverlayTestOf(const QString& file, const QString& testEntry);
 
 // The part of a group file that one test gives: the file's first twelve lines, then the record of
 // that number up to the next one or the end; the header alone when there is no such record. Lines

@@ -15,8 +15,8 @@ namespace davo {
 
 namespace {
 
-QString PathOf(const QString& dataPath, const QString& name) {
-    return dataPath + name + QStringLiteral(".txt");
+QString FileOf(const QString& name) {
+    return name + QStringLiteral(".txt");
 }
 
 // The name that the operator enters for oldName; nothing when the file is to stay as it is.
@@ -37,7 +37,7 @@ std::optional<QString> AskNewName(const QString& dataPath, const QString& oldNam
             prompts.Message(trouble);
             continue;
         }
-        if (!FileExists(PathOf(dataPath, answer))) return answer;
+        if (!FileExists(dataPath + FileOf(answer))) return answer;
         prompts.Message(QStringLiteral("The Filename: ") + answer +
                         QStringLiteral(" already exists. Please choose another name."));
     }
@@ -49,40 +49,46 @@ std::string_view AfterFirstLine(std::string_view bytes) {
     return end == std::string_view::npos ? std::string_view() : bytes.substr(end + 1);
 }
 
-void RenameRecord(const QString& dataPath, const QString& oldName, const QString& newName) {
-    const std::string old = ReadWholeFile(PathOf(dataPath, oldName));
+void RenameRecord(const QString& dataPath, const QString& oldFile, const QString& newName) {
+    const std::string old = ReadWholeFile(dataPath + oldFile);
     std::string text;
     PutRecordLine(text, kTestNumberKey, ToPage(newName).value_or(std::string()));
     text.append(AfterFirstLine(old));
-    ReplaceFile(PathOf(dataPath, newName), text);
-    DeleteFile(PathOf(dataPath, oldName));
+    ReplaceFile(dataPath + FileOf(newName), text);
+    DeleteFile(dataPath + oldFile);
 }
 
 }  // namespace
 
-void RenameRecords(const QString& dataPath, const std::vector<QString>& names, Prompts& prompts) {
-    for (const QString& oldName : names) {
+QString ShownName(const QString& file) {
+    const bool usual = file.endsWith(QLatin1String(".txt"), Qt::CaseInsensitive);
+    return usual ? RecordNameOf(file) : file;
+}
+
+void RenameRecords(const QString& dataPath, const std::vector<QString>& files, Prompts& prompts) {
+    for (const QString& file : files) {
+        const QString oldName = ShownName(file);
         const std::optional<QString> newName = AskNewName(dataPath, oldName, prompts);
         if (!newName) continue;
         const QString question = QStringLiteral("Rename file: '") + oldName +
                                  QStringLiteral("'\r\nTo: '") + *newName + QStringLiteral("' ? ");
         if (prompts.YesNo(question, Answer::No) != Answer::Yes) continue;
         try {
-            RenameRecord(dataPath, oldName, *newName);
+            RenameRecord(dataPath, file, *newName);
         } catch (const RunTimeError& error) {
             prompts.Message(QString::fromUtf8(error.what()));
         }
     }
 }
 
-void DeleteRecords(const QString& dataPath, const std::vector<QString>& names, Prompts& prompts) {
-    for (const QString& name : names) {
+void DeleteRecords(const QString& dataPath, const std::vector<QString>& files, Prompts& prompts) {
+    for (const QString& file : files) {
         const Answer answer = prompts.YesNoCancel(
-            QStringLiteral("Delete file: ") + name + QStringLiteral("\r\n"), Answer::No);
+            QStringLiteral("Delete file: ") + ShownName(file) + QStringLiteral("\r\n"), Answer::No);
         if (answer == Answer::Cancel) return;
         if (answer != Answer::Yes) continue;
         try {
-            DeleteFile(PathOf(dataPath, name));
+            DeleteFile(dataPath + file);
         } catch (const RunTimeError& error) {
             prompts.Message(QString::fromUtf8(error.what()));
         }

@@ -75,29 +75,39 @@ RecordSummary SummariseRecord(std::string_view fileName, const std::vector<std::
     return summary;
 }
 
-std::vector<std::string> PlaceByDate(const std::vector<std::string>& entries,
+std::vector<std::size_t> OrderByDate(const std::vector<std::string>& entries,
                                      const std::vector<QDate>& sortedDates) {
-    if (entries.size() == 1) return entries;
+    if (entries.size() == 1) return {0};
 
-    std::vector<std::string> unused = entries;
-    std::vector<std::string> placed(entries.size());
+    std::vector<std::size_t> order(entries.size());
+    std::vector<bool> used(entries.size());
     std::vector<std::size_t> gaps;
-    for (std::size_t i = 0; i < placed.size(); ++i) {
+    for (std::size_t i = 0; i < order.size(); ++i) {
         const std::string date = RecordDateText(sortedDates.at(i));
-        const auto taken = std::find_if(unused.begin(), unused.end(),
-                                        [&](const std::string& e) { return Contains(e, date); });
-        if (taken == unused.end()) {
+        std::size_t taken = 0;
+        while (taken < entries.size() && (used[taken] || !Contains(entries[taken], date)))
+            ++taken;
+        if (taken == entries.size()) {
             gaps.push_back(i);
             continue;
         }
-        placed[i] = *taken;
-        *taken = " ";
+        order[i] = taken;
+        used[taken] = true;
     }
-    auto left = unused.begin();
+    std::size_t left = 0;
     for (const std::size_t gap : gaps) {
-        left = std::find_if(left, unused.end(), [](const std::string& e) { return e != " "; });
-        placed[gap] = *left++;
+        while (used[left])
+            ++left;
+        order[gap] = left++;
     }
+    return order;
+}
+
+std::vector<std::string> PlaceByDate(const std::vector<std::string>& entries,
+                                     const std::vector<QDate>& sortedDates) {
+    std::vector<std::string> placed;
+    for (const std::size_t i : OrderByDate(entries, sortedDates))
+        placed.push_back(entries[i]);
     return placed;
 }
 

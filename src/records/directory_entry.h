@@ -38,11 +38,14 @@ std::optional<QDate> ParseRecordDate(std::string_view text);
 // "MM/DD/YY".
 std::string RecordDateText(QDate date);
 
-// Orders entries (in enumeration order) by sortedDates, as many as there are entries. Each date
-// takes the first unused entry that contains its text anywhere, so also one whose comments hold
-// it; a single entry is taken whatever its date. A date whose own entry was taken that way by
-// another one finds none; such places get the entries left over, in enumeration order, so that no
-// record drops out of the list.
+// Orders entries (in enumeration order) by sortedDates, as many as there are entries: their
+// indices. Each date takes the first unused entry that contains its text anywhere, so also one
+// whose comments hold it; a single entry is taken whatever its date. A date whose own entry was
+// taken that way by another one finds none; such places get the entries left over, in enumeration
+// order, so that no record drops out of the list.
+std::vector<std::size_t> OrderByDate(const std::vector<std::string>& entries,
+                                     const std::vector<QDate>& sortedDates);
+// The entries in that order.
 std::vector<std::string> PlaceByDate(const std::vector<std::string>& entries,
                                      const std::vector<QDate>& sortedDates);
 

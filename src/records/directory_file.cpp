@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/directory_file.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
 #include <optional>
+#include <utility>
+#include <variant>
 
 #include "common/field_reader.h"
 #include "common/files.h"
 #include "common/numbers.h"
+#include "common/places.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
+#include "records/record_name.h"
 #include "records/sorting.h"
 
 namespace davo {
@@ -28,18 +31,19 @@ QString DirectoryFilePath(const QString& dataPath) {
 }
 
 std::vector<QString> RecordFileNames(const QString& dataPath) {
-    if (!FolderExists(dataPath)) return {};
-    const QDir folder(dataPath);
-    if (!folder.isReadable()) {
-        throw RunTimeError(ErrorNumber::PermissionDenied, dataPath.toStdString());
-    }
-    std::vector<QString> names;
-    const auto filter = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    for (const QString& name : folder.entryList(filter, QDir::NoSort)) {
-        if (name.toLower().contains(QLatin1String(".txt"))) names.push_back(name);
-    }
+    std::vector<QString> names = NamesInFolder(dataPath);
+    std::erase_if(
+        names, [](const QString& name) { return !name.toLower().contains(QLatin1String(".txt")); });
     std::sort(names.begin(), names.end());
     return names;
+}
+
+// name without what would break the line that it is shown in.
+QString OneLine(QString name) {
+    for (QChar& c : name) {
+        if (c.category() == QChar::Other_Control) c = QLatin1Char('?');
+    }
+    return name;
 }
 
 // The first twelve lines of a file, fewer when it has no more; nothing when it cannot be read.
@@ -66,43 +70,57 @@ std::optional<std::vector<std::string>> ReadSummaryLines(const QString& path) {
     return SplitLines(lines == kSummaryLines ? Middle(bytes, 0, end) : bytes);
 }
 
+// Other programs may have put it into a text; nothing is spoilt by it.
+constexpr std::string_view kTab = "\t";
+
+QString Words(const RunTimeError& error) {
+    return QString::fromStdString(ErrorText(error.Number()));
+}
+
+struct ListedFile {
+    QString name;
+    RecordSummary summary;
+};
+
 struct FolderSummary {
-    std::vector<RecordSummary> records;  // in enumeration order, at most 250
+    std::vector<ListedFile> records;  // in enumeration order, at most 250
     RebuildResult result;
 };
 
-FolderSummary SummariseFolder(const QString& dataPath) {
+// What the record file name gives to the list, or why it gives nothing. A summary without a date is
+// for a folder's single record only.
+std::variant<RecordSummary, SkipReason> Summarise(const QString& dataPath, const QString& name,
+                                                  bool& isCleaned) {
+    std::optional<std::string> pageName = ToPage(name);
+    if (!pageName || ReplaceControls(*pageName) > 0) return SkipReason::NameOutsidePage;
+    std::optional<std::vector<std::string>> lines = ReadSummaryLines(dataPath + name);
+    if (!lines) return SkipReason::Unreadable;
+    if (lines->size() < kSummaryLines) return SkipReason::TooFewLines;
+    for (std::string& line : *lines)
+        isCleaned = ReplaceControls(line, kTab) > 0 || isCleaned;
+    return SummariseRecord(*pageName, *lines);
+}
+
+FolderSummary SummariseFolder(const QString& dataPath, const std::vector<QString>& names) {
     FolderSummary folder;
-    std::vector<RecordSummary> undated;
-    for (const QString& name : RecordFileNames(dataPath)) {
+    std::vector<ListedFile> undated;
+    for (const QString& name : names) {
         if (static_cast<int>(folder.records.size()) == kMostListedRecords) {
             ++folder.result.notListed;
             continue;
         }
-        const auto skip = [&](SkipReason reason) {
-            folder.result.skipped.push_back({name, reason});
-        };
-        const auto pageName = ToPage(name);
-        if (!pageName) {
-            skip(SkipReason::NameOutsidePage);
+        bool isCleaned = false;
+        std::variant<RecordSummary, SkipReason> found = Summarise(dataPath, name, isCleaned);
+        auto* summary = std::get_if<RecordSummary>(&found);
+        if (summary != nullptr && isCleaned) folder.result.cleaned.push_back(RecordNameOf(name));
+        if (summary != nullptr && summary->date) {
+            folder.records.push_back({name, std::move(*summary)});
             continue;
         }
-        const auto lines = ReadSummaryLines(dataPath + name);
-        if (!lines) {
-            skip(SkipReason::Unreadable);
-            continue;
-        }
-        if (lines->size() < kSummaryLines) {
-            skip(SkipReason::TooFewLines);
-            continue;
-        }
-        RecordSummary summary = SummariseRecord(*pageName, *lines);
-        if (summary.date) {
-            folder.records.push_back(std::move(summary));
-        } else {
-            skip(SkipReason::NoDate);
-            undated.push_back(std::move(summary));
-        }
+        if (summary != nullptr) undated.push_back({name, std::move(*summary)});
+        const auto* reason = std::get_if<SkipReason>(&found);
+        folder.result.skipped.push_back(
+            {OneLine(name), reason != nullptr ? *reason : SkipReason::NoDate});
     }
     if (folder.records.empty() && undated.size() == 1) {
         // A single record needs no order: it is listed whatever its date.
@@ -119,6 +137,21 @@ void WriteDirectoryFile(const QString& path, const std::vector<std::string>& ent
     // Most rebuilds find the folder as it was; waiting for the disk would be their longest part.
     if (FileExists(path) && ReadWholeFile(path) == bytes) return;
     ReplaceFile(path, bytes);
+}
+
+// Why "DIRDNLD.DNL" does not say what is listed; empty when it does.
+QString SaveEntries(const QString& dataPath, const std::vector<std::string>& entries) {
+    const QString path = DirectoryFilePath(dataPath);
+    try {
+        if (!entries.empty()) {
+            WriteDirectoryFile(path, entries);
+        } else if (FileExists(path)) {
+            DeleteFile(path);
+        }
+    } catch (const RunTimeError& error) {
+        return Words(error);
+    }
+    return {};
 }
 
 }  // namespace
@@ -142,33 +175,53 @@ QString SkipReasonText(SkipReason reason) {
     return {};
 }
 
+QString UnreadText(const RebuildResult& result, const QString& dataPath) {
+    if (result.unread.isEmpty()) return {};
+    return QStringLiteral("The folder %1 cannot be read: %2.")
+        .arg(ShownPath(dataPath), result.unread);
+}
+
+QString CleanedText(const RebuildResult& result) {
+    if (result.cleaned.empty()) return {};
+    return QStringLiteral("The header of %1 has control characters, shown as \"?\".")
+        .arg(result.cleaned.size() == 1 ? result.cleaned.front()
+                                        : QStringLiteral("%1 files").arg(result.cleaned.size()));
+}
+
+QString NotSavedText(const RebuildResult& result) {
+    if (result.notSaved.isEmpty()) return {};
+    return QStringLiteral("%1 cannot be written (%2). The records are listed all the same.")
+        .arg(QLatin1String(kDirectoryFileName), result.notSaved);
+}
+
 RebuildResult RebuildDirectory(const QString& dataPath, DirectoryTables& tables) {
-    const FolderSummary folder = SummariseFolder(dataPath);
-    std::vector<std::string> entries;
+    FolderSummary folder;
+    try {
+        folder = SummariseFolder(dataPath, RecordFileNames(dataPath));
+    } catch (const RunTimeError& error) {
+        tables.listing = {};
+        tables.listing.unread = Words(error);
+        return tables.listing;
+    }
+    std::vector<std::string> found;
     std::vector<std::string> baseNames;
     std::vector<std::string> stations;
     std::vector<QDate> dates;
-    for (const RecordSummary& record : folder.records) {
-        entries.push_back(record.entry);
-        baseNames.push_back(record.baseName);
-        stations.push_back(record.station);
-        dates.push_back(record.date.value_or(kNoRecordDate));
+    for (const ListedFile& file : folder.records) {
+        found.push_back(file.summary.entry);
+        baseNames.push_back(file.summary.baseName);
+        stations.push_back(file.summary.station);
+        dates.push_back(file.summary.date.value_or(kNoRecordDate));
     }
     SortDates(dates, static_cast<int>(dates.size()) - 1, kDescending);
-    entries = PlaceByDate(entries, dates);
-
-    const QString path = DirectoryFilePath(dataPath);
-    if (!entries.empty()) {
-        WriteDirectoryFile(path, entries);
-    } else if (FileExists(path)) {
-        DeleteFile(path);
-    }
-
+    std::vector<std::string> entries;
     tables.dirFileNames.clear();
-    for (const std::string& entry : entries) {
-        const std::string name = EntryName(entry).value_or(std::string());
-        tables.dirFileNames.push_back(FromPage(name) + QLatin1String(".txt"));
+    for (const std::size_t i : OrderByDate(found, dates)) {
+        entries.push_back(found[i]);
+        tables.dirFileNames.push_back(folder.records[i].name);
     }
+    folder.result.notSaved = SaveEntries(dataPath, entries);
+
     tables.dirDates = std::move(dates);
     tables.dirBaseNames = std::move(baseNames);
     tables.dirStations = std::move(stations);
@@ -176,7 +229,21 @@ RebuildResult RebuildDirectory(const QString& dataPath, DirectoryTables& tables)
         tables.dirEntries = entries;
         tables.dirEntriesNew = std::move(entries);
     }
+    tables.listing = folder.result;
     return folder.result;
+}
+
+const RebuildResult& ListFolder(const QString& dataPath, DirectoryTables& tables) {
+    RebuildDirectory(dataPath, tables);
+    tables.recordCount = tables.listing.count;
+    if (tables.listing.unread.isEmpty() && tables.listing.notSaved.isEmpty()) {
+        try {
+            LoadDirectoryFile(dataPath, tables);
+        } catch (const RunTimeError& error) {
+            tables.listing.notSaved = Words(error);
+        }
+    }
+    return tables.listing;
 }
 
 void LoadDirectoryFile(const QString& dataPath, DirectoryTables& tables) {
@@ -199,7 +266,15 @@ void LoadDirectoryFile(const QString& dataPath, DirectoryTables& tables) {
         throw RunTimeError(ErrorNumber::InputPastEnd, path.toStdString());
     }
     tables.recordCount = count;
-    tables.dirEntries.assign(lines.begin() + 1, lines.begin() + 1 + count);
+    std::vector<std::string> entries(lines.begin() + 1, lines.begin() + 1 + count);
+    if (entries != tables.dirEntries) tables.dirFileNames.clear();
+    tables.dirEntries = std::move(entries);
+}
+
+QString RecordFileOf(const DirectoryTables& tables, std::size_t entry) {
+    if (entry < tables.dirFileNames.size()) return tables.dirFileNames[entry];
+    const std::string& text = tables.dirEntries.at(entry);
+    return FromPage(EntryName(text).value_or(text)) + QLatin1String(".txt");
 }
 
 std::vector<ListRow> RowsForList(const DirectoryTables& tables, int count) {

@@ -211,7 +211,9 @@ void frmTestList::Form_Load() {
     if (mode_ == ListMode::Instrument) {
         MemoryDirectory memory = BuildEntries(around_.dirReply);
         lblMessage_->setText(NotListedText(memory));
-        entries_ = std::move(memory.entries);
+        records_.clear();
+        for (std::string& entry : memory.entries)
+            records_.push_back({std::move(entry), {}});
         cmdSave_->setText(QStringLiteral("Save"));
         cmdSave_->setShortcut(Qt::ALT | Qt::Key_S);
     } else {
@@ -238,37 +240,45 @@ void frmTestList::SetOptionButtons() {
     optSort_[1]->setChecked(settings.sortOrder == kDescending);
 }
 
-// The loaded directory, as far as it is whole.
+// The loaded directory, as far as it is whole, and what is to be known about it.
 void frmTestList::EntriesFromFolder() {
-    const std::vector<std::string>& loaded = around_.tables.dirEntries;
-    const auto count = std::clamp<std::ptrdiff_t>(around_.tables.recordCount, 0,
-                                                  static_cast<std::ptrdiff_t>(loaded.size()));
-    WholeEntries whole = KeepWholeEntries({loaded.begin(), loaded.begin() + count});
-    entries_ = std::move(whole.entries);
-    if (whole.damaged > 0) {
-        lblMessage_->setText(
-            QStringLiteral("Not listed: %1 damaged lines of the directory.").arg(whole.damaged));
-    } else if (entries_.empty()) {
-        lblMessage_->setText(QStringLiteral("There are no test records in this folder."));
-    }
+    const DirectoryTables& tables = around_.tables;
+    const auto count = std::clamp<std::ptrdiff_t>(
+        tables.recordCount, 0, static_cast<std::ptrdiff_t>(tables.dirEntries.size()));
+    records_.clear();
+    for (std::size_t i = 0; std::cmp_less(i, count); ++i)
+        records_.push_back({tables.dirEntries[i], RecordFileOf(tables, i)});
+    const int damaged = KeepWholeEntries(records_);
+    const RebuildResult& listing = tables.listing;
+    QStringList notes{UnreadText(listing, around_.settings.dataPath), NotListedText(listing)};
+    if (damaged > 0)
+        notes += QStringLiteral("Not listed: %1 damaged lines of the directory.").arg(damaged);
+    notes += {CleanedText(listing), NotSavedText(listing)};
+    notes.removeAll(QString());
+    if (notes.isEmpty() && records_.empty())
+        notes += QStringLiteral("There are no test records in this folder.");
+    lblMessage_->setText(notes.join(QLatin1Char(' ')));
 }
 
 void frmTestList::DisplayAndSort() {
-    entries_ =
-        davo::DisplayAndSort(entries_, around_.settings.sortDisplay, around_.settings.sortOrder);
+    records_ = davo::DisplayAndSort(std::move(records_), around_.settings.sortDisplay,
+                                    around_.settings.sortOrder);
+    std::vector<std::string> entries;
+    for (const ListedRecord& record : records_)
+        entries.push_back(record.entry);
     DirectoryTables& tables = around_.tables;
     if (mode_ == ListMode::Instrument) {
-        tables.dirEntriesNew = entries_;
+        tables.dirEntriesNew = std::move(entries);
     } else {
-        tables.dirEntries = entries_;
-        tables.recordCount = static_cast<std::int16_t>(entries_.size());
+        tables.dirEntries = std::move(entries);
+        tables.recordCount = static_cast<std::int16_t>(records_.size());
         tables.dirFileNames.clear();
-        for (const std::string& entry : entries_)
-            tables.dirFileNames.push_back(RecordFileName(entry));
+        for (const ListedRecord& record : records_)
+            tables.dirFileNames.push_back(record.file);
     }
-    lvTest_->Fill(RowsForList(tables, static_cast<int>(entries_.size())));
+    lvTest_->Fill(RowsForList(tables, static_cast<int>(records_.size())));
     lvTest_SelectionChange();
-    ShowTotal(entries_.size());
+    ShowTotal(records_.size());
 }
 
 void frmTestList::cmdRefresh_Click() {
@@ -278,8 +288,7 @@ void frmTestList::cmdRefresh_Click() {
         if (optDisplay_.at(i)->isChecked()) settings.sortDisplay = kDisplays.at(i);
     }
     if (mode_ == ListMode::Folder) {
-        lblMessage_->clear();
-        RebuildFolder();
+        ListFolder(settings.dataPath, around_.tables);
         EntriesFromFolder();
     }
     DisplayAndSort();
@@ -289,7 +298,7 @@ void frmTestList::cmdRefresh_Click() {
 
 void frmTestList::cmdDir_Click() {
     ShowTotal(0);
-    const auto total = qScopeGuard([this] { ShowTotal(entries_.size()); });
+    const auto total = qScopeGuard([this] { ShowTotal(records_.size()); });
     const QString chosen = around_.prompts.ChooseFolder(QStringLiteral("&Select a directory:"),
                                                         QStringLiteral("C:\\"));
     if (!chosen.isEmpty()) ChangeFolder(chosen);
@@ -301,12 +310,21 @@ void frmTestList::ChangeFolder(const QString& chosen) {
     QScopedValueRollback dataPath(settings.dataPath, wanted.dataPath);
     QScopedValueRollback excelPath(settings.excelPath, wanted.excelPath);
     if (!MakeFolders()) return;
-    lblMessage_->clear();
-    RebuildFolder();
+    DirectoryTables before = around_.tables;
+    const RebuildResult& listing = ListFolder(settings.dataPath, around_.tables);
+    if (!listing.unread.isEmpty()) {
+        around_.prompts.Message(UnreadText(listing, settings.dataPath));
+        around_.tables = std::move(before);
+        return;
+    }
     dataPath.commit();
     excelPath.commit();
     ShowFolder();
-    if (mode_ == ListMode::Folder) EntriesFromFolder();
+    if (mode_ == ListMode::Folder) {
+        EntriesFromFolder();
+    } else {
+        lblMessage_->setText(NotListedText(listing));
+    }
     DisplayAndSort();
 }
 
@@ -318,21 +336,13 @@ bool frmTestList::MakeFolders() {
         if (answer != Answer::Yes) return false;
         CreateFolder(settings.dataPath);
     }
-    if (!FolderExists(settings.excelPath)) {
+    // Records can be listed and fetched without it.
+    handlers_.Run([&] {
+        if (FolderExists(settings.excelPath)) return;
         CreateFolder(settings.excelPath);
-        // Records can be listed and fetched without it.
-        if (OnExcelFolderMade) handlers_.Run([&] { OnExcelFolderMade(settings.excelPath); });
-    }
+        if (OnExcelFolderMade) OnExcelFolderMade(settings.excelPath);
+    });
     return true;
-}
-
-// Lists the record files of the data folder anew and says what is not listed.
-void frmTestList::RebuildFolder() {
-    const QString& dataPath = around_.settings.dataPath;
-    const RebuildResult result = RebuildDirectory(dataPath, around_.tables);
-    LoadDirectoryFile(dataPath, around_.tables);
-    const QString notListed = NotListedText(result);
-    if (!notListed.isEmpty()) lblMessage_->setText(notListed);
 }
 
 // --- Save and View ------------------------------------------------------------------------------
@@ -355,7 +365,7 @@ void frmTestList::Download(const std::vector<int>& rows) {
     DirectoryTables& tables = around_.tables;
     tables.dirEntries.clear();
     for (const int row : rows)
-        tables.dirEntries.push_back(entries_.at(static_cast<std::size_t>(row)));
+        tables.dirEntries.push_back(records_.at(static_cast<std::size_t>(row)).entry);
     tables.recordCount = static_cast<std::int16_t>(rows.size());
     RecordDownload download(around_.link, around_.prompts, tables, around_.settings.dataPath,
                             around_.scratchFolder);
@@ -380,7 +390,7 @@ void frmTestList::Download(const std::vector<int>& rows) {
 void frmTestList::View(int row) {
     if (!Reports.make) return;
     const QString file =
-        around_.settings.dataPath + around_.tables.dirFileNames.at(static_cast<std::size_t>(row));
+        around_.settings.dataPath + records_.at(static_cast<std::size_t>(row)).file;
     const QScopedValueRollback leave(leave_, Reports.leave);
     While(Activity::Report, [this, &file] {
         lblMessage_->setText(QLatin1String(kPlottingCaption));
@@ -401,7 +411,7 @@ void frmTestList::While(Activity activity, const Work& work) {
         for (QWidget* widget : idle)
             widget->setEnabled(true);
         lvTest_->setFocus();
-        ShowTotal(entries_.size());
+        ShowTotal(records_.size());
         // The handler that called this one comes to its end first.
         if (closeWanted_) QTimer::singleShot(0, this, [this] { CloseForm(*this); });
     });
@@ -417,7 +427,7 @@ void frmTestList::lvTest_SelectionChange() {
     std::vector<QString> files;
     for (const int row : lvTest_->SelectedRows())
         files.push_back(around_.settings.dataPath +
-                        around_.tables.dirFileNames.at(static_cast<std::size_t>(row)));
+                        records_.at(static_cast<std::size_t>(row)).file);
     beside_->ShowRecords(files);
 }
 

@@ -74,7 +74,6 @@ class frmTestList : public QWidget {
     void SetOptionButtons();
     void DisplayAndSort();
     void EntriesFromFolder();
-    void RebuildFolder();
     // Makes the folders that are missing; false when the operator wants none made.
     bool MakeFolders();
     void ChangeFolder(const QString& chosen);
@@ -96,7 +95,7 @@ class frmTestList : public QWidget {
     const ListMode mode_;
     TestListSurroundings around_;
     EventHandlers handlers_;
-    std::vector<std::string> entries_;  // as they are shown
+    std::vector<ListedRecord> records_;  // as they are shown
     Activity activity_ = Activity::None;
     std::function<void()> leave_;  // ends the activity
     bool closeWanted_ = false;

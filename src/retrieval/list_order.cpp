@@ -27,10 +27,10 @@ std::string NameKey(std::string_view entry) {
 }
 
 template <class KeyOf>
-std::vector<std::string> SortBy(std::vector<std::string> entries, const KeyOf& keyOf, bool down) {
+void SortBy(std::vector<ListedRecord>& records, const KeyOf& keyOf, bool down) {
     const auto before = [down](const auto& a, const auto& b) { return down ? b < a : a < b; };
-    std::ranges::stable_sort(entries, before, keyOf);
-    return entries;
+    std::ranges::stable_sort(records, before,
+                             [&](const ListedRecord& r) { return keyOf(r.entry); });
 }
 
 QString WithoutSeparatorAtEnd(QString path, const QString& separator) {
@@ -61,33 +61,25 @@ std::string StationKey(std::string_view entry) {
     return station.empty() ? kNoStationKey : station;
 }
 
-std::vector<std::string> DisplayAndSort(const std::vector<std::string>& entries,
-                                        std::int16_t sortDisplay, std::int16_t sortOrder) {
+std::vector<ListedRecord> DisplayAndSort(std::vector<ListedRecord> records,
+                                         std::int16_t sortDisplay, std::int16_t sortOrder) {
     const bool down = ValidOrder(sortOrder) == kDescending;
     switch (ValidDisplay(sortDisplay)) {
         case kDisplayFilename:
-            return SortBy(entries, NameKey, down);
+            SortBy(records, NameKey, down);
+            break;
         case kDisplayStation:
-            return SortBy(entries, StationKey, down);
+            SortBy(records, StationKey, down);
+            break;
         default:
-            return SortBy(entries, DateKey, down);
+            SortBy(records, DateKey, down);
     }
+    return records;
 }
 
-WholeEntries KeepWholeEntries(const std::vector<std::string>& entries) {
-    WholeEntries whole;
-    for (const std::string& entry : entries) {
-        if (EntryName(entry)) {
-            whole.entries.push_back(entry);
-        } else {
-            ++whole.damaged;
-        }
-    }
-    return whole;
-}
-
-QString RecordFileName(std::string_view entry) {
-    return FromPage(EntryName(entry).value_or(std::string(entry))) + QStringLiteral(".txt");
+int KeepWholeEntries(std::vector<ListedRecord>& records) {
+    return static_cast<int>(
+        std::erase_if(records, [](const ListedRecord& r) { return !EntryName(r.entry); }));
 }
 
 JobFolders FoldersOf(const QString& chosen) {

@@ -24,21 +24,23 @@ inline constexpr const char* kNoStationKey = "++**%%$$";
 // The station by which an entry is sorted: lower case, trimmed.
 std::string StationKey(std::string_view entry);
 
-// entries by date, record name or station (sortDisplay) in the direction of sortOrder; names and
-// stations in lower case. Entries of one key keep their order. An entry whose date is none is
-// older than every date.
-std::vector<std::string> DisplayAndSort(const std::vector<std::string>& entries,
-                                        std::int16_t sortDisplay, std::int16_t sortOrder);
+// A line of a test list.
+struct ListedRecord {
+    std::string entry;
+    QString file;  // of the data folder; empty in an instrument's memory
 
-// Entries that a list can show: all that have the mark behind their name.
-struct WholeEntries {
-    std::vector<std::string> entries;
-    int damaged = 0;
+    bool operator==(const ListedRecord&) const = default;
 };
-WholeEntries KeepWholeEntries(const std::vector<std::string>& entries);
 
-// The file of an entry's record: its name and ".txt".
-QString RecordFileName(std::string_view entry);
+// records by date, record name or station (sortDisplay) in the direction of sortOrder; names and
+// stations in lower case. Those of one key keep their order. An entry whose date is none is
+// older than every date.
+std::vector<ListedRecord> DisplayAndSort(std::vector<ListedRecord> records,
+                                         std::int16_t sortDisplay, std::int16_t sortOrder);
+
+// Keeps of records what a list can show: all that have the mark behind their name. How many others
+// there were.
+int KeepWholeEntries(std::vector<ListedRecord>& records);
 
 // The two folders of a job, each ended by the separator.
 struct JobFolders {

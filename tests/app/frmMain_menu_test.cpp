@@ -212,18 +212,24 @@ TEST_F(MainMenuItems, AWindowThatFailsToOpenLeavesTheMenuEnabled) {
     EXPECT_TRUE(Find<HomePanel>("homePanel")->isVisible());
 }
 
-TEST_F(MainMenuItems, ADirectoryThatCannotBeRebuiltIsSaidAndLeavesTheMenuEnabled) {
+TEST_F(MainMenuItems, RecordsAreListedWhereTheirListCannotBeWritten) {
     AddRecord("T1.txt", "11/21/26");
     OpenWithChildren();
     ASSERT_TRUE(QFile::remove(DataFolder() + QLatin1String(kDirectoryFileName)));
     ASSERT_TRUE(QDir().mkpath(DataFolder() + QLatin1String(kDirectoryFileName)));
-    for (const char* item : {"mnuRecall", "mnuOverlay", "mnuFileUtil", "mnuSetDescr"}) {
-        prompts.shown.clear();
+    const std::vector<std::pair<const char*, Child*>> items = {{"mnuRecall", &testList},
+                                                               {"mnuOverlay", &fileUtilities},
+                                                               {"mnuFileUtil", &fileUtilities},
+                                                               {"mnuSetDescr", &recordHeaders}};
+    for (const auto& [item, child] : items) {
+        const int before = child->opened;
         Press(item);
-        EXPECT_EQ(prompts.shown.size(), 1U) << item;
-        EXPECT_TRUE(FileEnabled()) << item;
+        EXPECT_EQ(child->opened, before + 1) << item;
+        EXPECT_EQ(state.directory.recordCount, 1) << item;
+        child->close();
     }
-    EXPECT_EQ(testList.opened + fileUtilities.opened + recordHeaders.opened, 0);
+    EXPECT_TRUE(prompts.shown.empty());
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"List not saved"_s);
 }
 
 TEST_F(MainMenuItems, AWindowThatIsNoPartOfThisVersionIsSaidSo) {

@@ -126,7 +126,7 @@ TEST_F(MainWindow, ASettingThatCannotBeReadIsSaidOnceAndTheOthersAreRead) {
 TEST_F(MainWindow, FoldersThatCannotBeMadeAreSaid) {
     ReplaceFile(places.applicationFolder + u"Shots_Data"_s, "a file");
     Open();
-    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Setting not usable"_s);
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Setting not usable, Records not listed"_s);
     EXPECT_EQ(state.settings.dataPath, DataFolder());
 }
 
@@ -179,13 +179,26 @@ TEST_F(MainWindow, SaysHowManyRecordsOver250AreNotListed) {
     EXPECT_EQ(Find<QTreeWidget>("lvNewest")->topLevelItemCount(), static_cast<int>(kNewestRecords));
 }
 
-TEST_F(MainWindow, ADirectoryThatCannotBeWrittenIsSaidAndTheProgramStarts) {
+TEST_F(MainWindow, ADirectoryThatCannotBeWrittenIsANoticeAndTheRecordsAreListed) {
     AddRecord("T1.txt", "11/21/26");
     ASSERT_TRUE(QDir().mkpath(DataFolder() + QLatin1String(kDirectoryFileName)));
     Open();
     EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"List not saved"_s);
+    EXPECT_EQ(Find<QTreeWidget>("lvNewest")->topLevelItemCount(), 1);
+    EXPECT_TRUE(Enabled("mnuFileUtil"));
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
+TEST_F(MainWindow, AFolderThatIsGoneHasNoNewRecordsYet) {
+    AddRecord("T1.txt", "11/21/26");
+    Open();
+    QDir(DataFolder()).removeRecursively();
+    Choose("mnuFileUtil");
     EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Records not listed"_s);
-    EXPECT_FALSE(Enabled("mnuFileUtil"));
+    EXPECT_THAT(Find<QLabel>("lblNoRecords")->text().toStdString(),
+                EndsWith("cannot be read: Path not found."));
+    EXPECT_TRUE(Enabled("mnuFile"));
 }
 
 // The user's locale writes numbers and dates in another way.

@@ -156,6 +156,23 @@ TEST_F(Home, WithoutRecordsSaysWhereTheyWillBe) {
     EXPECT_FALSE(Find<QTreeWidget>("lvNewest")->isVisible());
 }
 
+// Only a folder that was read and is empty has no records yet.
+TEST_F(Home, SaysWhyAFolderShowsNoRecords) {
+    const auto said = [this] {
+        panel->ShowFacts(facts);
+        return Text("lblNoRecords");
+    };
+    facts.records.clear();
+    const std::string path = ShownPath(facts.dataPath).toStdString();
+    facts.listing.unread = u"Permission denied"_s;
+    EXPECT_EQ(said(), "The folder " + path + " cannot be read: Permission denied.");
+    facts.listing = {};
+    facts.listing.skipped = {{u"a.txt"_s, SkipReason::TooFewLines}};
+    EXPECT_EQ(said(), "No file in " + path + " can be listed as a test record.");
+    facts.listing = {};
+    EXPECT_EQ(said(), "No test records yet in " + path);
+}
+
 TEST_F(Home, TabGoesThroughTheButtonsAndEnterPressesThem) {
     Open();
     EXPECT_THAT(TabOrderOf(*panel),

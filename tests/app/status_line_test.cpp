@@ -115,6 +115,25 @@ TEST(NoticeOf, SaysBothAndEndsALongList) {
     EXPECT_TRUE(notice.detail.contains(u"\r\nand 5 more\r\n\r\nThe list holds"_s));
 }
 
+TEST(NoticesOf, SayWhatCouldNotBeReadOrWritten) {
+    EXPECT_THAT(NoticesOf({}, u"X"_s), IsEmpty());
+    RebuildResult listing;
+    listing.unread = u"Path not found"_s;
+    ASSERT_THAT(NoticesOf(listing, u"X"_s), SizeIs(1));
+    EXPECT_EQ(NoticesOf(listing, u"X"_s)[0].caption, u"Records not listed"_s);
+    EXPECT_EQ(NoticesOf(listing, u"X"_s)[0].detail,
+              u"The folder X cannot be read: Path not found."_s);
+    listing = {};
+    listing.notSaved = u"Disk full"_s;
+    listing.cleaned = {u"T1"_s};
+    const std::vector<Notice> notices = NoticesOf(listing, u"X"_s);
+    ASSERT_THAT(notices, SizeIs(2));
+    EXPECT_EQ(notices[0].caption, u"List not saved"_s);
+    EXPECT_EQ(notices[0].detail, NotSavedText(listing));
+    EXPECT_EQ(notices[1].caption, u"Control characters"_s);
+    EXPECT_EQ(notices[1].detail, CleanedText(listing));
+}
+
 class StatusLineTest : public ::testing::Test, public ScriptedLine, public Controls {
   protected:
     StatusLineTest() {

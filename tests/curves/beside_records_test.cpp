@@ -30,10 +30,7 @@ class PanelInWindow : public PanelTest {
         list->setFocus();
         ASSERT_TRUE(QTest::qWaitFor([this] { return list->hasFocus(); }, kPatience));
     }
-    void Load() {
-        RebuildDirectory(settings.dataPath, directory);
-        LoadDirectoryFile(settings.dataPath, directory);
-    }
+    void Load() { ListFolder(settings.dataPath, directory); }
     void ShowTestList(QSize size, ListMode mode = ListMode::Folder) {
         Load();
         Show(new frmTestList(mode, {settings, directory, prompts, link, folder.Path(), {}}), size);

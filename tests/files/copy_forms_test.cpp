@@ -16,11 +16,18 @@
 namespace davo::test {
 namespace {
 
+std::vector<QString> FilesOf(std::vector<QString> names) {
+    for (QString& name : names)
+        name += u".txt"_s;
+    return names;
+}
+
 class CopyWindow : public FileWindow<frmCopyFile> {
   protected:
     CopyWindow() { QDir().mkpath(target); }
+    // Of records by their names.
     void Open(const std::vector<QString>& names) {
-        window = std::make_unique<frmCopyFile>(names, settings, prompts);
+        window = std::make_unique<frmCopyFile>(FilesOf(names), settings, prompts);
         ShowWindow();
     }
     void OpenTwo() {
@@ -233,7 +240,7 @@ class StatusBarWindow : public FileWindow<frmStatusBar> {
         AddRecord(u"two"_s);
     }
     void Open(const std::vector<QString>& names) {
-        window = std::make_unique<frmStatusBar>(names, settings.dataPath, target, prompts);
+        window = std::make_unique<frmStatusBar>(FilesOf(names), settings.dataPath, target, prompts);
         ShowWindow();
     }
     QString Percent() { return Find<QWidget>("picStatus")->accessibleName(); }

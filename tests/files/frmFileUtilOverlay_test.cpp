@@ -137,8 +137,118 @@ TEST_F(FileUtilWindow, HandsTheSelectionToTheCopyWindow) {
     Select("one");
     Select("three");
     Click("cmdOp1");
-    EXPECT_THAT(copied, UnorderedElementsAre(u"one"_s, u"three"_s));
+    EXPECT_THAT(copied, UnorderedElementsAre(u"one.txt"_s, u"three.txt"_s));
     EXPECT_TRUE(Unloaded());
+}
+
+// --- Rows of one name ---
+
+// What other programs and hands name so that the list, which ends a name at its first full stop
+// or "!", shows it twice. The rows have the dates that are given.
+class RowsOfOneName : public FileUtilWindow {
+  protected:
+    void Put(const char* file, const char* date) {
+        ReplaceFile(settings.dataPath + QLatin1String(file),
+                    RecordFileText(file, {.date = date, .rest = RecordText(1)}));
+    }
+    std::string Bytes(const char* file) {
+        return ReadWholeFile(settings.dataPath + QLatin1String(file));
+    }
+    void PutTwo() {
+        Put("two.txt", "03/07/24");
+        Put("two.dots.txt", "04/07/24");
+        before = Bytes("two.txt");
+    }
+    void OpenTwo() {
+        PutTwo();
+        Open(FileUtilMode::FileUtilities);
+        ASSERT_THAT(Column(0), ElementsAre("two", "two"));
+        ASSERT_THAT(Column(1), ElementsAre("04/07/24", "03/07/24"));
+        ClickRow(0);
+    }
+
+    std::string before;
+};
+
+TEST_F(RowsOfOneName, DeleteTakesTheOnePointedAt) {
+    OpenTwo();
+    prompts.answers = {Answer::Yes};
+    Click("cmdOp2");
+    EXPECT_THAT(Shown(), ElementsAre("Delete file: two.dots\r\n"));
+    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("DIRDNLD.DNL", "two.txt"));
+    EXPECT_EQ(Bytes("two.txt"), before);
+}
+
+TEST_F(RowsOfOneName, RenameTakesTheOnePointedAt) {
+    OpenTwo();
+    const std::string dots = Bytes("two.dots.txt");
+    prompts.inputs = {u"fresh"_s};
+    prompts.answers = {Answer::Yes};
+    Click("cmdOp0");
+    EXPECT_THAT(Shown(), ElementsAre("Rename File|Old Filename: 'two.dots'\r\n\r\nNew Filename: ",
+                                     "Rename file: 'two.dots'\r\nTo: 'fresh' ? "));
+    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("DIRDNLD.DNL", "fresh.txt", "two.txt"));
+    EXPECT_EQ(Bytes("two.txt"), before);
+    EXPECT_THAT(Bytes("fresh.txt"), EndsWith(dots.substr(dots.find("DATE: "))));
+}
+
+TEST_F(RowsOfOneName, CopyTakesTheOnePointedAt) {
+    OpenTwo();
+    Click("cmdOp1");
+    EXPECT_THAT(copied, ElementsAre(u"two.dots.txt"_s));
+}
+
+TEST_F(RowsOfOneName, AreToldApartWhenTheirEntriesAreTheSame) {
+    for (const char* file : {"two.dots.txt", "two.txt"})
+        Put(file, "03/07/24");
+    Open(FileUtilMode::FileUtilities);
+    ASSERT_THAT(Column(0), ElementsAre("two", "two"));
+    ChooseAll();
+    prompts.answers = {Answer::No, Answer::Yes};
+    Click("cmdOp2");
+    EXPECT_THAT(Shown(), ElementsAre("Delete file: two.dots\r\n", "Delete file: two\r\n"));
+    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("DIRDNLD.DNL", "two.dots.txt"));
+}
+
+TEST_F(RowsOfOneName, AMarkInANameIsNoOtherFile) {
+    Put("A.txt", "03/07/24");
+    Put("A!B.txt", "03/08/24");
+    Open(FileUtilMode::FileUtilities);
+    ASSERT_THAT(Column(0), ElementsAre("A", "A"));
+    ASSERT_EQ(Column(1).front(), "B!03/08/");
+    ClickRow(0);
+    prompts.answers = {Answer::Yes};
+    Click("cmdOp2");
+    EXPECT_THAT(Shown(), ElementsAre("Delete file: A!B\r\n"));
+    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("A.txt", "DIRDNLD.DNL"));
+}
+
+TEST_F(RowsOfOneName, AnotherEndingIsTheOneOfTheFile) {
+    Put("NOTES.txt", "03/07/24");
+    Put("NOTES.TXT.BAK", "03/08/24");
+    Open(FileUtilMode::FileUtilities);
+    ASSERT_THAT(Column(0), ElementsAre("NOTES", "NOTES"));
+    ClickRow(0);
+    prompts.answers = {Answer::Yes};
+    Click("cmdOp2");
+    EXPECT_THAT(Shown(), ElementsAre("Delete file: NOTES.TXT.BAK\r\n"));
+    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("DIRDNLD.DNL", "NOTES.txt"));
+}
+
+TEST_F(RowsOfOneName, TheOverlayHasTheTestPointedAt) {
+    PutTwo();
+    WaitingReports reports{prompts, settings};
+    Open(FileUtilMode::Overlay, &reports.runner);
+    ClickRow(0);
+    Click("cmdOp0");
+    ClickRow(1);
+    Click("cmdOp1");
+    EXPECT_EQ(Text("txtTest1"), "two.dots - TEST NUMBER:1");
+    EXPECT_EQ(Text("txtTest2"), "two - TEST NUMBER:1");
+    Click("cmdOp2");
+    const std::string group = Bytes("2Graphs.GRP");
+    EXPECT_THAT(group, StartsWith("TEST NUMBER: two.dots.txt\r\nDATE: 04/07/24\r\n"));
+    EXPECT_THAT(group, HasSubstr("TEST NUMBER: two.txt\r\nDATE: 03/07/24\r\n"));
 }
 
 // --- Overlay ---

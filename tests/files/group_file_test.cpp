@@ -37,12 +37,12 @@ TEST(TestEntries, ListsTheTestsOfAFile) {
 
 TEST(OverlayTest, IsItsText) {
     EXPECT_EQ(OverlayTestText(u"T0012"_s, u"TEST NUMBER:3"_s), u"T0012 - TEST NUMBER:3"_s);
-    const auto test = ParseOverlayTest(u"A - B - TEST NUMBER: 12"_s);
+    const auto test = OverlayTestOf(u"A - B.txt"_s, u"TEST NUMBER: 12"_s);
     ASSERT_TRUE(test.has_value());
-    EXPECT_EQ(test->record, u"A - B"_s);
+    EXPECT_EQ(test->file, u"A - B.txt"_s);
     EXPECT_EQ(test->number, 12);
-    EXPECT_FALSE(ParseOverlayTest(u"T0012"_s).has_value());
-    EXPECT_FALSE(ParseOverlayTest({}).has_value());
+    EXPECT_FALSE(OverlayTestOf(u"A.txt"_s, u"T0012"_s).has_value());
+    EXPECT_FALSE(OverlayTestOf(u"A.txt"_s, {}).has_value());
 }
 
 TEST(GroupPart, HasTheHeaderAndTheRecordOfThatNumber) {
@@ -78,11 +78,11 @@ TEST(WriteGroupFile, ReplacesTheEarlierOneAndTakesTheSameTestTwice) {
     const QString dataPath = folder.Path("");
     ReplaceFile(folder.Path("T1.txt"), HeaderLines() + kTwoRecords);
     ReplaceFile(folder.Path("2Graphs.GRP"), "old");
-    const OverlayTest test{u"T1"_s, 1};
+    const OverlayTest test{u"T1.txt"_s, 1};
     WriteGroupFile(dataPath, test, test);
     const std::string part = GroupPart(HeaderLines() + kTwoRecords, 1);
     EXPECT_EQ(ReadWholeFile(folder.Path("2Graphs.GRP")), part + part);
-    EXPECT_THROW(WriteGroupFile(dataPath, test, {u"gone"_s, 1}), RunTimeError);
+    EXPECT_THROW(WriteGroupFile(dataPath, test, {u"gone.txt"_s, 1}), RunTimeError);
     EXPECT_EQ(ReadWholeFile(folder.Path("2Graphs.GRP")), part + part);
 }
 

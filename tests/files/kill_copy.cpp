@@ -11,6 +11,6 @@ int main(int argc, char** argv) {
     prompts.answers = {davo::Answer::Yes};
     const auto outcome =
         davo::CopyRecord(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]),
-                         QStringLiteral("T7"), prompts);
+                         QStringLiteral("T7.txt"), prompts);
     return outcome.end == davo::CopyEnd::Copied ? 0 : 1;
 }

@@ -7,6 +7,7 @@
 
 #include "tests/records/directory_folder.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/small_disk.h"
 #include "tests/support/testing.h"
 
 namespace davo::test {
@@ -46,7 +47,7 @@ TEST_F(DirectoryFile, NoFileStaysOpen) {
     EXPECT_EQ(open(), before);
 }
 
-TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndTheTables) {
+TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndListsAllTheSame) {
     Write("a.txt", RecordText("03/09/21"));
     Rebuild();
     const std::string before = Listing();
@@ -56,13 +57,19 @@ TEST_F(DirectoryFile, AFailedWriteLeavesTheOldFileAndTheTables) {
     const QStringList names = Names();
     {
         const FileSizeLimit limit(1000);
-        EXPECT_EQ(NumberThrownBy([&] { Rebuild(); }), ErrorNumber::DiskFull);
+        const RebuildResult& result = ListFolder(dataPath, tables);
+        EXPECT_EQ(result.notSaved, u"Disk full"_s);
+        EXPECT_EQ(NotSavedText(result),
+                  u"DIRDNLD.DNL cannot be written (Disk full). The records are listed all the "
+                  "same."_s);
     }
     EXPECT_EQ(Listing(), before);
     EXPECT_EQ(Names(), names);
-    EXPECT_THAT(tables.dirEntries, ElementsAre(EntryText("a", "03/09/21")));
-    EXPECT_THAT(tables.dirBaseNames, ElementsAre("a"));
-    EXPECT_EQ(Rebuild().count, 21);
+    EXPECT_THAT(tables.dirEntries, SizeIs(21));
+    EXPECT_THAT(tables.dirFileNames, SizeIs(21));
+    EXPECT_EQ(tables.recordCount, 21);
+    EXPECT_EQ(ListFolder(dataPath, tables).notSaved, QString());
+    EXPECT_EQ(tables.recordCount, 21);
 }
 
 TEST_F(DirectoryFile, WhatSaysTheSameIsNotWrittenAgain) {
@@ -79,11 +86,33 @@ TEST_F(DirectoryFile, WhatSaysTheSameIsNotWrittenAgain) {
     EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
 }
 
-TEST_F(DirectoryFile, AFolderInThePlaceOfTheFileIsAnError) {
+TEST_F(DirectoryFile, AFolderInThePlaceOfTheFileIsNamed) {
     QDir().mkpath(dataPath + "DIRDNLD.DNL/x"_L1);
     Write("a.txt", RecordText("03/09/21"));
-    EXPECT_EQ(NumberThrownBy([&] { Rebuild(); }), ErrorNumber::PermissionDenied);
-    EXPECT_THAT(tables.dirEntries, IsEmpty());
+    EXPECT_EQ(Rebuild().notSaved, u"Permission denied"_s);
+    EXPECT_THAT(tables.dirEntries, SizeIs(1));
+}
+
+TEST_F(DirectoryFile, AnOldListThatCannotBeRemovedIsNotRead) {
+    Write("a.txt", RecordText("03/09/21"));
+    Rebuild();
+    QFile::remove(dataPath + "a.txt"_L1);
+    if (!SmallDisk::Can()) GTEST_SKIP() << "only root can have other rights for a while";
+    QFile::setPermissions(folder_.path(), QFile::Permissions(0x7755));
+    const NobodysRights rights;
+    EXPECT_EQ(ListFolder(dataPath, tables).notSaved, u"Permission denied"_s);
+    EXPECT_EQ(tables.recordCount, 0);
+}
+
+TEST_F(DirectoryFile, ANameThatWouldBreakItsLineIsSkipped) {
+    Write("a.txt", RecordText("03/09/21"));
+    Write("two\nlines.txt", RecordText("03/09/21"));
+    Write("bell\x07.txt", RecordText("03/09/21"));
+    const RebuildResult result = Rebuild();
+    EXPECT_THAT(result.skipped,
+                ElementsAre(SkippedFile{u"bell?.txt"_s, SkipReason::NameOutsidePage},
+                            SkippedFile{u"two?lines.txt"_s, SkipReason::NameOutsidePage}));
+    EXPECT_EQ(Listing(), "REC==001\r\n" + EntryText("a", "03/09/21") + "\r\n");
 }
 
 TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {

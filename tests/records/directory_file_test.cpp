@@ -23,9 +23,43 @@ TEST_F(DirectoryFile, AnEmptyFolderHasNoRecordsAndNoDirectoryFile) {
     EXPECT_THAT(RowsForList(tables, tables.recordCount), IsEmpty());
 }
 
-TEST_F(DirectoryFile, AMissingFolderIsAnEmptyOne) {
-    EXPECT_EQ(RebuildDirectory(dataPath + "none/"_L1, tables).count, 0);
+TEST_F(DirectoryFile, AMissingFolderIsNoEmptyOne) {
+    Write("a.txt", RecordText("03/09/21"));
+    ListFolder(dataPath, tables);
+    const RebuildResult result = ListFolder(dataPath + "none/"_L1, tables);
+    EXPECT_EQ(result.count, 0);
+    EXPECT_EQ(result.unread, u"Path not found"_s);
+    EXPECT_EQ(UnreadText(result, u"X"_s), u"The folder X cannot be read: Path not found."_s);
+    EXPECT_EQ(tables.recordCount, 0);
     EXPECT_FALSE(QDir(dataPath + "none"_L1).exists());
+    EXPECT_EQ(ListFolder(dataPath, tables).unread, QString());
+    EXPECT_EQ(tables.recordCount, 1);
+}
+
+// The entry has the name up to its first full stop, so two files may have the same.
+TEST_F(DirectoryFile, EveryEntryHasItsOwnFile) {
+    Write("a.txt", RecordText("03/09/21"));
+    Write("a.b.txt", RecordText("03/10/21"));
+    Write("b.txt", RecordText("03/11/21"));
+    ListFolder(dataPath, tables);
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"b.txt"_s, u"a.b.txt"_s, u"a.txt"_s));
+    EXPECT_EQ(RecordFileOf(tables, 1), u"a.b.txt"_s);
+    // Nothing is known of the files of other entries.
+    Write("DIRDNLD.DNL", "REC==001\r\nT1!\r\n");
+    LoadDirectoryFile(dataPath, tables);
+    EXPECT_THAT(tables.dirFileNames, IsEmpty());
+    EXPECT_EQ(RecordFileOf(tables, 0), u"T1.txt"_s);
+}
+
+TEST_F(DirectoryFile, ControlCharactersBecomeQuestionMarks) {
+    Write("a.txt", RecordText("03/09/21", "x\x01y\tz"));
+    Write("b.txt", RecordText("03/09/21"));
+    const RebuildResult result = Rebuild();
+    EXPECT_THAT(result.cleaned, ElementsAre(u"a"_s));
+    EXPECT_THAT(tables.dirEntries.front(), EndsWith("COMMENTS= x?y\tz"));
+    EXPECT_THAT(Listing(), HasSubstr("COMMENTS= x?y\tz\r\n"));
+    EXPECT_EQ(CleanedText(result), u"The header of a has control characters, shown as \"?\"."_s);
+    EXPECT_EQ(CleanedText({}), QString());
 }
 
 TEST_F(DirectoryFile, ListsTheNewestFirst) {
@@ -80,7 +114,7 @@ TEST_F(DirectoryFile, EveryNameThatHoldsTheExtensionAnywhereIsARecord) {
     EXPECT_EQ(Rebuild().count, 2);
     EXPECT_EQ(Listing(), "REC==002\r\n" + EntryText("NOTES", "03/09/21") + "\r\n" +
                              EntryText("x", "03/09/21") + "\r\n");
-    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"NOTES.txt"_s, u"x.txt"_s));
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"NOTES.TXT.BAK"_s, u"x.Txt"_s));
 }
 
 TEST_F(DirectoryFile, OnlyDamagedRecordsLeaveNoDirectoryFile) {
@@ -130,7 +164,7 @@ TEST_F(DirectoryFile, EightBitNamesAndTextsStayBytes) {
 TEST_F(DirectoryFile, AMarkInANameEndsItInTheList) {
     Write("A!B.txt", RecordText("03/09/21"));
     Rebuild();
-    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"A.txt"_s));
+    EXPECT_THAT(tables.dirFileNames, ElementsAre(u"A!B.txt"_s));
     EXPECT_EQ(RowsForList(tables, 1).at(0).date, "B!03/09/");
 }
 

@@ -2,13 +2,13 @@
 // The test list over the data folder, by its real controls.
 #include "retrieval/frmTestList.h"
 
-#include <unistd.h>
-
 #include <QTimer>
 #include <algorithm>
+#include <optional>
 
 #include "tests/retrieval/test_list_window.h"
 #include "tests/support/scripted_link.h"
+#include "tests/support/small_disk.h"
 
 namespace davo::test {
 namespace {
@@ -184,6 +184,30 @@ TEST_F(ViewedRecord, ThatIsGoneMeanwhileIsSaid) {
     EXPECT_TRUE(Enabled("cmdSave"));
 }
 
+TEST_F(ViewedRecord, IsTheOnePointedAtOfTwoRowsOfOneName) {
+    const auto put = [this](const char* file, const char* date) {
+        ReplaceFile(settings.dataPath + QLatin1String(file),
+                    HeaderText(HeaderParts{file, date, "10:15", "01", {}}) + RecordText(1));
+    };
+    put("T0012.dots.txt", "03/07/25");
+    put("T0012.txt", "03/07/24");
+    for (const char* order : {"optSort0", "optSort1"}) {
+        ShowFolder();
+        Choose("optDisplay0");
+        Choose(order);
+        Click("cmdRefresh");
+        ASSERT_THAT(Column(0), ElementsAre("T0012", "T0012"));
+        const int dots = Column(1).front() == "03/07/25" ? 0 : 1;
+        reports.targets.clear();
+        ClickRow(dots);
+        Click("cmdSave");
+        EXPECT_THAT(reports.targets, ElementsAre(settings.excelPath + u"T0012.dots.xls"_s));
+        ClickRow(1 - dots);
+        Click("cmdSave");
+        EXPECT_EQ(reports.targets.back(), settings.excelPath + u"T0012.xls"_s);
+    }
+}
+
 // --- Another folder ---
 
 TEST_F(FolderList, AChosenDataFolderIsUsedAsItIs) {
@@ -252,31 +276,105 @@ TEST_F(FolderList, AFolderThatCannotBeMadeIsSaid) {
 }
 
 TEST_F(FolderList, AnUnreadableFolderIsSaid) {
-    if (geteuid() == 0) GTEST_SKIP() << "root may read every folder";
+    if (!SmallDisk::Can()) GTEST_SKIP() << "only root can have other rights for a while";
     ShowThree();
-    QDir().mkpath(folder.Path("Closed/Shots_Data"));
-    QFile::setPermissions(folder.Path("Closed/Shots_Data"), {});
+    const QString closed = folder.Path("Closed/Shots_Data/");
+    QDir().mkpath(closed);
+    QDir().mkpath(folder.Path("Closed/Shots_Excel"));
+    QFile::setPermissions(folder.Path(), QFile::Permissions(0x7755));
+    QFile::setPermissions(closed, {});
     prompts.folders = {folder.Path("Closed")};
-    Click("cmdDir");
-    EXPECT_THAT(Shown().back(), HasSubstr("Permission denied"));
+    {
+        const NobodysRights rights;
+        Click("cmdDir");
+    }
+    EXPECT_EQ(Shown().back(),
+              "The folder " + closed.toStdString() + " cannot be read: Permission denied.");
     EXPECT_EQ(settings.dataPath, folder.Path("Jobs/Shots_Data/"));
     EXPECT_THAT(Column(0), SizeIs(3));
+    EXPECT_EQ(Text("lblMessage"), "");
+    EXPECT_EQ(directory.recordCount, 3);
 }
 
-TEST_F(FolderList, AFolderWhoseDirectoryCannotBeWrittenIsSaid) {
+// Whoever runs the test.
+TEST_F(FolderList, AFolderThatIsGoneIsNoEmptyOne) {
     ShowThree();
-    // A folder bars the place of the directory file, whoever runs the test.
+    QDir(settings.dataPath).removeRecursively();
+    Click("cmdRefresh");
+    EXPECT_THAT(Column(0), IsEmpty());
+    EXPECT_EQ(Text("lblMessage"),
+              "The folder " + settings.dataPath.toStdString() + " cannot be read: Path not found.");
+    EXPECT_THAT(Shown(), IsEmpty());
+    QDir().mkpath(settings.dataPath);
+    Click("cmdRefresh");
+    EXPECT_EQ(Text("lblMessage"), "There are no test records in this folder.");
+}
+
+TEST_F(FolderList, AFolderOfDamagedRecordsIsNoEmptyOne) {
+    ReplaceFile(settings.dataPath + u"cut.txt"_s, "TEST NUMBER: T\r\n");
+    ShowFolder();
+    EXPECT_EQ(Text("lblMessage"), "Not listed: cut.txt has fewer than twelve lines.");
+}
+
+// A folder bars the place of the directory file, whoever runs the test.
+TEST_F(FolderList, AFolderWhoseDirectoryCannotBeWrittenIsListedAllTheSame) {
+    ShowThree();
     QDir().mkpath(folder.Path("Barred/Shots_Data/DIRDNLD.DNL/inside"));
     ReplaceFile(folder.Path("Barred/Shots_Data/one.txt"),
                 RecordFileText("one", {"04/01/24", "South", {}}));
     prompts.folders = {folder.Path("Barred")};
     Click("cmdDir");
-    EXPECT_EQ(Shown().back().substr(0, 16), "Run-time error '");
-    EXPECT_EQ(settings.dataPath, folder.Path("Jobs/Shots_Data/"));
-    EXPECT_EQ(settings.excelPath, folder.Path("Jobs/Shots_Excel/"));
-    EXPECT_EQ(Find<QLineEdit>("txtFolder")->text(), settings.dataPath);
-    EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
-    EXPECT_THAT(Column(0), SizeIs(3));
+    EXPECT_THAT(Shown(), SizeIs(1)) << "a notice, no message";
+    EXPECT_EQ(Text("lblMessage"),
+              "DIRDNLD.DNL cannot be written (Permission denied). The records are listed all the "
+              "same.");
+    EXPECT_EQ(settings.dataPath, folder.Path("Barred/Shots_Data/"));
+    EXPECT_THAT(Column(0), ElementsAre("one"));
+    EXPECT_EQ(Text("lblStatus"), "Total Records: 1");
+}
+
+class ListOnADisk : public FolderList {
+  protected:
+    void SetUp() override {
+        if (!SmallDisk::Can()) GTEST_SKIP() << "a small disk can be mounted by root only";
+        QDir().mkpath(folder.Path("stick"));
+        disk.emplace(folder.Path("stick"));
+        QDir().mkpath(folder.Path("stick/Shots_Data"));
+        ReplaceFile(folder.Path("stick/Shots_Data/T0012.txt"), FileText(1));
+        prompts.folders = {folder.Path("stick")};
+    }
+    void ExpectListed() {
+        EXPECT_EQ(settings.dataPath, folder.Path("stick/Shots_Data/"));
+        EXPECT_THAT(Column(0), ElementsAre("T0012"));
+        ClickRow(0);
+        EXPECT_TRUE(Until([this] { return Text("lblRecord").starts_with("T0012   03/07/24"); }));
+    }
+
+    std::optional<SmallDisk> disk;
+};
+
+TEST_F(ListOnADisk, ThatIsWriteProtectedIsReadAllTheSame) {
+    disk->Protect();
+    ShowThree();
+    Click("cmdDir");
+    ExpectListed();
+    EXPECT_EQ(Text("lblMessage"),
+              "DIRDNLD.DNL cannot be written (Permission denied). The records are listed all the "
+              "same.");
+    EXPECT_THAT(Shown(), ElementsAre(StartsWith("&Select a directory:"),
+                                     StartsWith("Run-time error '70': Permission denied")))
+        << "the second one is of the folder for reports";
+}
+
+TEST_F(ListOnADisk, ThatIsFullIsReadAllTheSame) {
+    QDir().mkpath(folder.Path("stick/Shots_Excel"));
+    disk->Fill();
+    ShowThree();
+    Click("cmdDir");
+    ExpectListed();
+    EXPECT_EQ(Text("lblMessage"),
+              "DIRDNLD.DNL cannot be written (Disk full). The records are listed all the same.");
+    EXPECT_THAT(Shown(), SizeIs(1));
 }
 
 TEST_F(FolderList, AMissingTemplateDoesNotKeepAFolderFromBeingUsed) {
@@ -304,6 +402,28 @@ TEST_F(FolderList, RefreshFindsWhatHasChangedAndSaysWhatIsDamaged) {
     Click("cmdRefresh");
     EXPECT_EQ(Text("lblMessage"),
               "Not listed: cut.txt has fewer than twelve lines, and 1 more damaged file.");
+}
+
+TEST_F(FolderList, ControlCharactersAreToldAndShownAsQuestionMarks) {
+    Add("beta", "02/01/24", "No\x01rth\x1b");
+    ShowFolder();
+    EXPECT_THAT(Column(3), ElementsAre("No?rth?"));
+    EXPECT_EQ(Text("lblMessage"), "The header of beta has control characters, shown as \"?\".");
+    EXPECT_THAT(ReadWholeFile(settings.dataPath + u"DIRDNLD.DNL"_s), HasSubstr("STATION=No?rth?"));
+    Add("gamma", "02/01/24", "\x7f");
+    Click("cmdRefresh");
+    EXPECT_EQ(Text("lblMessage"), "The header of 2 files has control characters, shown as \"?\".");
+}
+
+TEST_F(FolderList, ANameWithALineFeedIsSkippedWithANotice) {
+    Add("beta", "02/01/24", "North");
+    Add("two\nlines", "02/01/24", "North");
+    ShowFolder();
+    EXPECT_THAT(Column(0), ElementsAre("beta"));
+    EXPECT_EQ(Text("lblMessage"),
+              "Not listed: two?lines.txt has a name with characters that a record list cannot "
+              "hold.");
+    EXPECT_THAT(Shown(), IsEmpty());
 }
 
 TEST_F(FolderList, ADamagedDirectoryShowsWhatIsWhole) {

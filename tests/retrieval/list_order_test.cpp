@@ -24,6 +24,20 @@ const std::string kMiddle = EntryOf("A2", "01/01/00", "");
 const std::string kNew = EntryOf("c3", "02/01/24", "east");
 const std::string kNoStation = EntryOf("d4", "02/02/24", "   ");
 
+// The entries in the order of a list, each with a file of its own that goes with it.
+std::vector<std::string> Sorted(const std::vector<std::string>& entries, std::int16_t display,
+                                std::int16_t order) {
+    std::vector<ListedRecord> records;
+    for (const std::string& entry : entries)
+        records.push_back({entry, QString::number(records.size())});
+    std::vector<std::string> sorted;
+    for (const ListedRecord& record : DisplayAndSort(records, display, order)) {
+        EXPECT_EQ(entries.at(record.file.toUInt()), record.entry);
+        sorted.push_back(record.entry);
+    }
+    return sorted;
+}
+
 TEST(ListOrderOfSettings, TakesWhatIsValidAndElseNewestFirst) {
     using Values = std::vector<std::int16_t>;
     for (const std::int16_t display : Values{1, 2, 3})
@@ -37,30 +51,28 @@ TEST(ListOrderOfSettings, TakesWhatIsValidAndElseNewestFirst) {
 
 TEST(DisplayAndSort, SortsByDateAcrossTheCentury) {
     const std::vector<std::string> entries{kMiddle, kNew, kOld};
-    EXPECT_THAT(DisplayAndSort(entries, kDisplayDate, 0), ElementsAre(kOld, kMiddle, kNew));
-    EXPECT_THAT(DisplayAndSort(entries, kDisplayDate, 1), ElementsAre(kNew, kMiddle, kOld));
+    EXPECT_THAT(Sorted(entries, kDisplayDate, 0), ElementsAre(kOld, kMiddle, kNew));
+    EXPECT_THAT(Sorted(entries, kDisplayDate, 1), ElementsAre(kNew, kMiddle, kOld));
 }
 
 TEST(DisplayAndSort, SortsNamesWhateverTheirCase) {
     const std::vector<std::string> entries{kNew, kMiddle, kOld};
-    EXPECT_THAT(DisplayAndSort(entries, kDisplayFilename, 0), ElementsAre(kMiddle, kOld, kNew));
-    EXPECT_THAT(DisplayAndSort(entries, kDisplayFilename, 1), ElementsAre(kNew, kOld, kMiddle));
+    EXPECT_THAT(Sorted(entries, kDisplayFilename, 0), ElementsAre(kMiddle, kOld, kNew));
+    EXPECT_THAT(Sorted(entries, kDisplayFilename, 1), ElementsAre(kNew, kOld, kMiddle));
 }
 
 TEST(DisplayAndSort, RecordsWithoutAStationStandTogether) {
     const std::vector<std::string> entries{kMiddle, kOld, kNoStation, kNew};
-    EXPECT_THAT(DisplayAndSort(entries, kDisplayStation, 0),
-                ElementsAre(kMiddle, kNoStation, kNew, kOld));
-    EXPECT_THAT(DisplayAndSort(entries, kDisplayStation, 1),
-                ElementsAre(kOld, kNew, kMiddle, kNoStation));
+    EXPECT_THAT(Sorted(entries, kDisplayStation, 0), ElementsAre(kMiddle, kNoStation, kNew, kOld));
+    EXPECT_THAT(Sorted(entries, kDisplayStation, 1), ElementsAre(kOld, kNew, kMiddle, kNoStation));
 }
 
 TEST(DisplayAndSort, LosesNoEntryWithoutADateOrName) {
     const std::vector<std::string> entries{"no mark", EntryOf("x", "99/99/99", "s"), kNew, ""};
     for (const auto display : {kDisplayDate, kDisplayFilename, kDisplayStation}) {
-        EXPECT_THAT(DisplayAndSort(entries, display, 1), UnorderedElementsAreArray(entries));
+        EXPECT_THAT(Sorted(entries, display, 1), UnorderedElementsAreArray(entries));
     }
-    EXPECT_TRUE(DisplayAndSort({}, kDisplayDate, 1).empty());
+    EXPECT_TRUE(Sorted({}, kDisplayDate, 1).empty());
 }
 
 // The same order by a sort that keeps equal entries in their order.
@@ -108,7 +120,7 @@ TEST(DisplayAndSortAtRandom, IsAStableSortByTheKey) {
                 std::vector<std::string> texts;
                 for (const Record& record : wanted)
                     texts.push_back(record.entry);
-                ASSERT_EQ(DisplayAndSort(entries, display, order), texts) << "seed " << seed;
+                ASSERT_EQ(Sorted(entries, display, order), texts) << "seed " << seed;
             }
         }
     }
@@ -123,13 +135,10 @@ TEST(StationKey, IsLowerCaseTrimmedOrTheEmptyKey) {
 }
 
 TEST(KeepWholeEntries, CountsThoseWithoutAName) {
-    const WholeEntries whole = KeepWholeEntries({kOld, "", "torn", kNew});
-    EXPECT_THAT(whole.entries, ElementsAre(kOld, kNew));
-    EXPECT_EQ(whole.damaged, 2);
-}
-
-TEST(RecordFileName, IsTheNameAndTheExtension) {
-    EXPECT_EQ(RecordFileName(kOld), u"b1.txt"_s);
+    std::vector<ListedRecord> records = {
+        {kOld, u"a"_s}, {"", u"b"_s}, {"torn", {}}, {kNew, u"d"_s}};
+    EXPECT_EQ(KeepWholeEntries(records), 2);
+    EXPECT_THAT(records, ElementsAre(ListedRecord{kOld, u"a"_s}, ListedRecord{kNew, u"d"_s}));
 }
 
 QString P(const char* rule) {

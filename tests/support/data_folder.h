@@ -30,10 +30,7 @@ class DataFolder {
         ReplaceFile(DataFile(name), RecordFileText(name.toStdString(), record));
     }
     // The listing and the tables have what is in the folder.
-    void ListRecords() {
-        RebuildDirectory(settings.dataPath, directory);
-        LoadDirectoryFile(settings.dataPath, directory);
-    }
+    void ListRecords() { ListFolder(settings.dataPath, directory); }
     std::vector<std::string> Shown() const { return prompts.Texts(); }
     // Hidden files and what is left of a writing included.
     static std::vector<std::string> NamesIn(const QString& path,
