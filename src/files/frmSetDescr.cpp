@@ -16,6 +16,7 @@
 #include "common/files.h"
 #include "common/text.h"
 #include "curves/beside_records.h"
+#include "files/record_names.h"
 #include "ui/big_button.h"
 #include "ui/close_form.h"
 #include "ui/form_parts.h"
@@ -42,6 +43,9 @@ constexpr const char* kKeyInText =
     "same?";
 constexpr const char* kNotSaved =
     "The changes to the file '%1' are not saved. Do you want to leave without them?";
+
+constexpr const char* kTestGone =
+    "The file '%1' has no test %2 any more. What was typed for it is not saved.";
 
 // Puts text into box, its beginning in sight.
 void ShowIn(QLineEdit* box, const QString& text) {
@@ -81,9 +85,9 @@ frmSetDescr::~frmSetDescr() {
     try {
         TakeHeader();
         // Nobody can be asked any more: a doubtful file is left as it is.
-        if (ReadWholeFile(PathOf(file_->name)) != file_->bytes) return;
+        if (ReadWholeFile(PathOf(file_->row)) != file_->bytes) return;
         if (!SurvivesRewrite(file_->bytes, file_->headers)) return;
-        ReplaceFile(PathOf(file_->name), RewriteRecord(file_->bytes, file_->headers));
+        ReplaceFile(PathOf(file_->row), RewriteRecord(file_->bytes, file_->headers));
     } catch (const std::exception&) {
         return;  // nor can anybody be told
     }
@@ -214,6 +218,9 @@ void frmSetDescr::Connect() {
 
 void frmSetDescr::Form_Load() {
     rows_ = RowsForList(directory_, directory_.recordCount);
+    files_.clear();
+    for (std::size_t i = 0; i < rows_.size(); ++i)
+        files_.push_back(RecordFileOf(directory_, i));
     lvTest_->Fill(rows_);
 }
 
@@ -234,8 +241,7 @@ void frmSetDescr::Choose(int row) {
     try {
         OpenFile chosen;
         chosen.row = row;
-        chosen.name = FromPage(rows_.at(static_cast<std::size_t>(row)).filename);
-        chosen.bytes = ReadWholeFile(PathOf(chosen.name));
+        chosen.bytes = ReadWholeFile(PathOf(row));
         chosen.headers = ReadRecordHeaders(chosen.bytes);
         file_ = std::move(chosen);
     } catch (...) {
@@ -250,7 +256,7 @@ void frmSetDescr::ShowFile() {
     const RecordHeaders none;
     const RecordHeaders& headers = file_ ? file_->headers : none;
     const ListRow row = file_ ? rows_.at(static_cast<std::size_t>(file_->row)) : ListRow();
-    lblFilename_->setText(file_ ? FromPage(row.filename + " ** " + row.date + " ** " + row.tests)
+    lblFilename_->setText(file_ ? Name() + FromPage(" ** " + row.date + " ** " + row.tests)
                                 : QString());
     lblFilename_->setToolTip(lblFilename_->text());
     ShowIn(txtFilenameData_, FromPage(headers.testNumber));
@@ -273,7 +279,7 @@ void frmSetDescr::ShowFile() {
 void frmSetDescr::ShowSelectedRecord() {
     std::vector<QString> files;
     for (const int row : lvTest_->SelectedRows())
-        files.push_back(PathOf(FromPage(rows_.at(static_cast<std::size_t>(row)).filename)));
+        files.push_back(PathOf(row));
     beside_->ShowRecords(files);
 }
 
@@ -340,8 +346,12 @@ void frmSetDescr::closeEvent(QCloseEvent* event) {
 
 // --- The file -----------------------------------------------------------------------------------
 
-QString frmSetDescr::PathOf(const QString& name) const {
-    return dataPath_ + name + QStringLiteral(".txt");
+QString frmSetDescr::PathOf(int row) const {
+    return dataPath_ + files_.at(static_cast<std::size_t>(row));
+}
+
+QString frmSetDescr::Name() const {
+    return ShownName(files_.at(static_cast<std::size_t>(file_->row)));
 }
 
 void frmSetDescr::TakeHeader() {
@@ -349,47 +359,50 @@ void frmSetDescr::TakeHeader() {
         file_->headers.header.at(i) = TakeField(txtHeader_.at(i));
 }
 
-void frmSetDescr::TakeMoreTests(const std::string& current) {
-    RecordHeaders found = ReadRecordHeaders(current);
-    RecordHeaders& kept = file_->headers;
-    for (std::size_t i = 0; i < kept.recNumbers.size(); ++i) {
-        found.testDescriptions.at(i) = kept.testDescriptions.at(i);
-        found.testNotes.at(i) = kept.testNotes.at(i);
-    }
-    found.header = kept.header;
-    found.fileNotes = kept.fileNotes;
-    kept = std::move(found);
-    ShowFile();
-}
-
-bool frmSetDescr::MayWrite(const std::string& current) {
-    const auto yes = [this](const char* question) {
-        return prompts_.YesNo(QString(QLatin1String(question)).arg(file_->name), Answer::No) ==
-               Answer::Yes;
-    };
-    if (current != file_->bytes) {
-        if (!yes(kChangedMeanwhile)) return false;
-        TakeMoreTests(current);
-    }
-    return SurvivesRewrite(current, file_->headers) || yes(kKeyInText);
+bool frmSetDescr::Agrees(const char* question) const {
+    return prompts_.YesNo(QString(QLatin1String(question)).arg(Name()), Answer::No) == Answer::Yes;
 }
 
 bool frmSetDescr::WriteBack() {
     TakeHeader();
-    const QString path = PathOf(file_->name);
+    const QString path = PathOf(file_->row);
     const std::string current = ReadWholeFile(path);
-    if (!MayWrite(current)) return false;
-    std::string written = RewriteRecord(current, file_->headers);
+    return current == file_->bytes ? WriteTyped(path) : WriteMerged(path, current);
+}
+
+bool frmSetDescr::WriteTyped(const QString& path) {
+    if (!SurvivesRewrite(file_->bytes, file_->headers) && !Agrees(kKeyInText)) return false;
+    std::string written = RewriteRecord(file_->bytes, file_->headers);
     ReplaceFile(path, written);
+    Keep(std::move(written));
+    return true;
+}
+
+bool frmSetDescr::WriteMerged(const QString& path, const std::string& current) {
+    if (!Agrees(kChangedMeanwhile)) return false;
+    MergedHeaders merged =
+        MergeHeaders(ReadRecordHeaders(file_->bytes), file_->headers, ReadRecordHeaders(current));
+    if (!SurvivesRewrite(current, merged) && !Agrees(kKeyInText)) return false;
+    std::string written = RewriteEdits(current, merged);
+    ReplaceFile(path, written);
+    file_->headers = std::move(merged.headers);
+    Keep(std::move(written));
+    ShowFile();
+    for (const std::string& test : merged.testsGone)
+        prompts_.Message(QString(QLatin1String(kTestGone)).arg(Name(), FromPage(test)));
+    return true;
+}
+
+// The file in hand is saved as written.
+void frmSetDescr::Keep(std::string written) {
     file_->bytes = std::move(written);
     file_->changed = false;
     ShowSelectedRecord();
-    return true;
 }
 
 bool frmSetDescr::MayLeaveFile() {
     if (!file_ || !file_->changed) return true;
-    QString question = QString(QLatin1String(kNotSaved)).arg(file_->name);
+    QString question = QString(QLatin1String(kNotSaved)).arg(Name());
     try {
         if (WriteBack()) return true;
     } catch (const std::exception& error) {

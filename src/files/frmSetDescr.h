@@ -47,8 +47,7 @@ class frmSetDescr : public QWidget {
   private:
     // The record file in hand. Its texts are read when it is chosen and kept until it is left.
     struct OpenFile {
-        int row = 0;  // in lvTest
-        QString name;
+        int row = 0;        // in lvTest
         std::string bytes;  // as read or written last
         RecordHeaders headers;
         bool changed = false;
@@ -74,15 +73,19 @@ class frmSetDescr : public QWidget {
     void ShowStates();
     QString TestCaption(std::size_t test) const;
 
-    QString PathOf(const QString& name) const;
+    // The record file of a row.
+    QString PathOf(int row) const;
+    QString Name() const;  // of the file in hand
     // Cuts the boxes of the header to 20 and takes them.
     void TakeHeader();
     // Writes the file in hand back; false when the operator would rather not. Throws the errors of
     // the files and RunTimeError 9; the file is then as it was.
     bool WriteBack();
-    bool MayWrite(const std::string& current);
-    // Takes over the tests that current has and the file in hand had not.
-    void TakeMoreTests(const std::string& current);
+    bool WriteTyped(const QString& path);
+    // The same into a file that another program has made current meanwhile.
+    bool WriteMerged(const QString& path, const std::string& current);
+    void Keep(std::string written);
+    bool Agrees(const char* question) const;
     // Writes unsaved changes back; says why when that fails. False when the file stays in hand.
     bool MayLeaveFile();
 
@@ -91,6 +94,7 @@ class frmSetDescr : public QWidget {
     Prompts& prompts_;
     EventHandlers handlers_;
     std::vector<ListRow> rows_;
+    std::vector<QString> files_;  // of the rows
     std::optional<OpenFile> file_;
     int test_ = -1;  // the selected test, from 0; none: -1
 

@@ -2,6 +2,7 @@
 #include "files/record_headers.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common/run_time_error.h"
 #include "common/text.h"
@@ -92,7 +93,6 @@ void TakeTestText(RecordHeaders& headers, std::string_view line) {
 }
 
 void PutTestTexts(std::string& file, const RecordHeaders& headers, std::size_t test) {
-    if (test >= kMostTests) FailTooManyTests();
     const auto put = [&file](std::string_view key, const std::string& text) {
         if (!text.empty()) PutRecordLine(file, key, PadRight(Field(text), kHeaderFieldWidth));
     };
@@ -109,6 +109,65 @@ std::size_t FirstLine(std::string_view file, const Condition& is) {
     while (lines.Next(line) && !is(line))
         ++number;
     return number;
+}
+
+HeaderEdits EveryEdit() {
+    HeaderEdits edits;
+    edits.header.fill(true);
+    edits.tests.fill(true);
+    edits.fileNotes = true;
+    return edits;
+}
+
+// Where headers has the test of that number, which was the one at place; else the number of tests.
+std::size_t PlaceOfTest(const RecordHeaders& headers, std::size_t place,
+                        const std::string& number) {
+    const std::vector<std::string>& numbers = headers.recNumbers;
+    if (place < numbers.size() && numbers[place] == number) return place;
+    return static_cast<std::size_t>(std::find(numbers.begin(), numbers.end(), number) -
+                                    numbers.begin());
+}
+
+// The file with headers in the place of its own where edits says so.
+std::string Rewrite(std::string_view file, const RecordHeaders& headers, const HeaderEdits& edits) {
+    std::string written;
+    written.reserve(file.size() + headers.fileNotes.size() + 512);
+    LineCursor lines(file);
+    std::string_view line;
+    std::size_t test = 0;
+    bool isTestEdited = true;  // in front of the tests there is no text of one
+    std::size_t lineStart = 0;
+    for (; lines.Next(line); lineStart = lines.Offset()) {
+        const LineRole role = RoleOf(line);
+        if (role.kind == LineKind::Notes) break;
+        if (role.kind == LineKind::Header && edits.header.at(role.field)) {
+            PutRecordLine(written, std::string(kHeaderKeys.at(role.field)) + ":",
+                          PadRight(Field(headers.header.at(role.field)), kHeaderFieldWidth));
+        } else if (role.kind == LineKind::RecNumber) {
+            PutLine(written, line);
+            if (test >= kMostTests) FailTooManyTests();
+            isTestEdited = edits.tests.at(test);
+            if (isTestEdited) PutTestTexts(written, headers, test);
+            ++test;
+        } else if (role.kind != LineKind::TestText || !isTestEdited) {
+            PutLine(written, line);
+        }
+    }
+    if (!edits.fileNotes) return written.append(file.substr(std::min(lineStart, file.size())));
+    if (!headers.fileNotes.empty()) {
+        PutLine(written, kNotesKey);
+        PutLine(written, headers.fileNotes);
+    }
+    return written;
+}
+
+bool Survives(std::string_view file, const RecordHeaders& expected, const HeaderEdits& edits) {
+    const std::size_t notesLine = FirstLine(file, OpensNotes);
+    const std::size_t stopLine =
+        FirstLine(file, [](std::string_view line) { return RoleOf(line).kind == LineKind::Notes; });
+    if (notesLine != stopLine) return false;
+    const std::string written = Rewrite(file, expected, edits);
+    return ReadRecordHeaders(written) == expected && Rewrite(written, expected, edits) == written;
 }
 
 }  // namespace
@@ -150,51 +209,51 @@ RecordHeaders ReadRecordHeaders(std::string_view file) {
     return headers;
 }
 
-std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {
-    std::string written;
-    written.reserve(file.size() + headers.fileNotes.size() + 512);
-    LineCursor lines(file);
-    std::string_view line;
-    std::size_t test = 0;
-    bool stop = false;
-    while (!stop && lines.Next(line)) {
-        const LineRole role = RoleOf(line);
-        switch (role.kind) {
-            case LineKind::Header:
-                PutRecordLine(written, std::string(kHeaderKeys.at(role.field)) + ":",
-                              PadRight(Field(headers.header.at(role.field)), kHeaderFieldWidth));
-                break;
-            case LineKind::RecNumber:
-                PutLine(written, line);
-                PutTestTexts(written, headers, test++);
-                break;
-            case LineKind::TestText:
-                break;
-            case LineKind::Notes:
-                stop = true;
-                break;
-            case LineKind::Other:
-                PutLine(written, line);
-                break;
+MergedHeaders MergeHeaders(const RecordHeaders& before, const RecordHeaders& typed,
+                           RecordHeaders theirs) {
+    MergedHeaders merged = {std::move(theirs), {}, {}};
+    RecordHeaders& headers = merged.headers;
+    for (std::size_t i = 0; i < headers.header.size(); ++i) {
+        // A box has what fits into it.
+        if (typed.header.at(i) == Field(before.header.at(i))) continue;
+        headers.header.at(i) = typed.header.at(i);
+        merged.edits.header.at(i) = true;
+    }
+    for (std::size_t i = 0; i < before.recNumbers.size(); ++i) {
+        const bool described = typed.testDescriptions.at(i) != before.testDescriptions.at(i);
+        const bool noted = typed.testNotes.at(i) != before.testNotes.at(i);
+        if (!described && !noted) continue;
+        const std::size_t test = PlaceOfTest(headers, i, before.recNumbers[i]);
+        if (test == headers.recNumbers.size()) {
+            merged.testsGone.push_back(before.recNumbers[i]);
+            continue;
         }
+        if (described) headers.testDescriptions.at(test) = typed.testDescriptions.at(i);
+        if (noted) headers.testNotes.at(test) = typed.testNotes.at(i);
+        merged.edits.tests.at(test) = true;
     }
-    if (!headers.fileNotes.empty()) {
-        PutLine(written, kNotesKey);
-        PutLine(written, headers.fileNotes);
-    }
-    return written;
+    merged.edits.fileNotes = typed.fileNotes != before.fileNotes;
+    if (merged.edits.fileNotes) headers.fileNotes = typed.fileNotes;
+    return merged;
+}
+
+std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {
+    return Rewrite(file, headers, EveryEdit());
+}
+
+std::string RewriteEdits(std::string_view file, const MergedHeaders& merged) {
+    return Rewrite(file, merged.headers, merged.edits);
 }
 
 bool SurvivesRewrite(std::string_view file, const RecordHeaders& headers) {
-    const std::size_t notesLine = FirstLine(file, OpensNotes);
-    const std::size_t stopLine =
-        FirstLine(file, [](std::string_view line) { return RoleOf(line).kind == LineKind::Notes; });
-    if (notesLine != stopLine) return false;
-    const std::string written = RewriteRecord(file, headers);
     RecordHeaders expected = headers;
     for (std::string& text : expected.header)
         text = Field(text);
-    return ReadRecordHeaders(written) == expected && RewriteRecord(written, headers) == written;
+    return Survives(file, expected, EveryEdit());
+}
+
+bool SurvivesRewrite(std::string_view file, const MergedHeaders& merged) {
+    return Survives(file, merged.headers, merged.edits);
 }
 
 }  // namespace davo

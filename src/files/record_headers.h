@@ -43,9 +43,32 @@ std::string ReadFileNotes(std::string_view file);
 // end with CR LF. Throws RunTimeError 9 for more than 100 tests.
 std::string RewriteRecord(std::string_view file, const RecordHeaders& headers);
 
+// Which texts of a record file an operator has changed.
+struct HeaderEdits {
+    std::array<bool, kHeaderFieldCount> header{};
+    std::array<bool, kMostTests> tests{};  // description or notes
+    bool fileNotes = false;
+};
+
+// What an operator typed, put into a record file that another program has changed meanwhile.
+struct MergedHeaders {
+    RecordHeaders headers;               // of the changed file, with what was typed
+    HeaderEdits edits;                   // what of it was typed
+    std::vector<std::string> testsGone;  // numbers of tests with typed texts that are not in it
+};
+
+// before: as the file was read; typed: as the operator has it; theirs: of the changed file. Tests
+// are found by their numbers. before and typed have the same tests.
+MergedHeaders MergeHeaders(const RecordHeaders& before, const RecordHeaders& typed,
+                           RecordHeaders theirs);
+
+// RewriteRecord of what is merged, with every line kept as it is that the operator has not changed.
+std::string RewriteEdits(std::string_view file, const MergedHeaders& merged);
+
 // Whether the rewritten file holds what headers says and can be edited again without a change.
 // It does not when a text holds the key of another line, for that line is then taken for the
 // other one.
 bool SurvivesRewrite(std::string_view file, const RecordHeaders& headers);
+bool SurvivesRewrite(std::string_view file, const MergedHeaders& merged);
 
 }  // namespace davo

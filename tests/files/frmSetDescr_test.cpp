@@ -336,12 +336,100 @@ TEST_F(SetDescrWindow, AFileThatAnotherProgramChangedIsAskedAbout) {
     prompts.answers = {Answer::Yes};
     Click("cmdSave");
     EXPECT_EQ(Headers("T1").header[0], "mine");
-    EXPECT_EQ(Headers("T1").testDescriptions[0], "first");
+    EXPECT_EQ(Headers("T1").testDescriptions[0], "") << "they removed it";
     EXPECT_EQ(Headers("T1").testNotes[3], "theirs");
     EXPECT_EQ(Find<QListWidget>("lstTest")->count(), 4);
     window->close();
     EXPECT_TRUE(WaitClosed());
     EXPECT_EQ(prompts.shown.size(), 3U);
+}
+
+// What another program wrote meanwhile stays, character for character.
+TEST_F(SetDescrWindow, IntoAChangedFileOnlyWhatTheOperatorChangedIsWritten) {
+    Open();
+    ClickFile("T1");
+    Type("txtHeader0", "mine");
+    ClickTest(2);
+    Type("txtTestDescr", "third");
+    const std::string theirs =
+        HeaderOfT1("South of their own, long", "12.5") +
+        ShotText(1, "TEST DESCRIPTION: theirs\r\nTEST NOTES: theirs, too\r\n") + ShotText(2) +
+        ShotText(3, "TEST NOTES: of them\r\n") + "NOTES:\r\ntheir\n notes";
+    Put("T1", theirs);
+    prompts.answers = {Answer::Yes};
+    Click("cmdSave");
+    EXPECT_THAT(Shown(), ElementsAre(kChangedMeanwhile));
+    const std::string expected =
+        std::string(HeaderOfT1("South of their own, long", "12.5"))
+            .replace(theirs.find(Padded("ACME")), 20, Padded("mine")) +
+        ShotText(1, "TEST DESCRIPTION: theirs\r\nTEST NOTES: theirs, too\r\n") + ShotText(2) +
+        ShotText(3, "TEST DESCRIPTION: " + Padded("third") +
+                        "\r\nTEST NOTES: " + Padded("of them") + "\r\n") +
+        "NOTES:\r\ntheir\n notes";
+    EXPECT_EQ(Bytes("T1"), expected);
+    EXPECT_EQ(Text("txtHeader1"), "South of their own, long");
+    EXPECT_EQ(Find<QListWidget>("lstTest")->item(0)->text(), u"Test 1   theirs"_s);
+    window->close();
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_EQ(Bytes("T1"), expected) << "nothing more was changed";
+}
+
+TEST_F(SetDescrWindow, NotesThatTheOperatorChangedTakeThePlaceOfTheirs) {
+    Open();
+    ClickFile("T1");
+    TypeNotes("mine");
+    const std::string tests = HeaderOfT1("Away", "12") + ShotText(1) + ShotText(2) + ShotText(3);
+    Put("T1", tests + "NOTES:\r\ntheirs\r\n");
+    prompts.answers = {Answer::Yes};
+    Click("cmdSave");
+    EXPECT_EQ(Bytes("T1"), tests + "NOTES:\r\nmine\r\n");
+}
+
+TEST_F(SetDescrWindow, ATextGoesToItsTestWhereTheTestsHaveOtherPlaces) {
+    Open();
+    ClickFile("T1");
+    ClickTest(1);
+    Type("txtTestDescr", "second");
+    const std::string header = HeaderOfT1("North", "12");
+    Put("T1", header + ShotText(2) + ShotText(3));
+    prompts.answers = {Answer::Yes};
+    Click("cmdSave");
+    EXPECT_EQ(Bytes("T1"),
+              header + ShotText(2, "TEST DESCRIPTION: " + Padded("second") + "\r\n") + ShotText(3));
+}
+
+TEST_F(SetDescrWindow, ATextOfATestThatIsGoneIsToldAndNotWritten) {
+    Open();
+    ClickFile("T1");
+    ClickTest(2);
+    Type("txtTestDescr", "third");
+    Type("txtHeader0", "mine");
+    const std::string theirs = HeaderOfT1("North", "12") + ShotText(1);
+    Put("T1", theirs);
+    prompts.answers = {Answer::Yes};
+    Click("cmdSave");
+    EXPECT_THAT(Shown(), ElementsAre(kChangedMeanwhile,
+                                     "The file 'T1' has no test 3 any more. What was typed for it "
+                                     "is not saved."));
+    EXPECT_EQ(Headers("T1").header[0], "mine");
+    EXPECT_EQ(Headers("T1").recNumbers, std::vector<std::string>{"1"});
+    EXPECT_EQ(Headers("T1").testDescriptions[2], "");
+}
+
+TEST_F(SetDescrWindow, ARowOfTheSameNameIsItsOwnFile) {
+    const QString dots = settings.dataPath + u"T1.dots.txt"_s;
+    ReplaceFile(dots, HeaderOfT1("Dots", "1") + ShotText(1));
+    const std::string before = Bytes("T1");
+    Open();
+    ASSERT_THAT(Column(0), ElementsAre("T1", "T1", "T2"));
+    ClickRow(0);
+    QApplication::processEvents();
+    EXPECT_EQ(Text("lblFilename"), "T1.dots ** 11/21/26 ** 03");
+    EXPECT_EQ(Text("txtHeader1"), "Dots");
+    Type("txtHeader1", "changed");
+    Click("cmdSave");
+    EXPECT_EQ(ReadRecordHeaders(ReadWholeFile(dots)).header[1], "changed");
+    EXPECT_EQ(Bytes("T1"), before);
 }
 
 TEST_F(SetDescrWindow, ATextWithTheKeyOfAnotherLineIsAskedAbout) {
