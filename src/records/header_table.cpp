@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/header_table.h"
 
-#include <string_view>
-
 #include "common/files.h"
 #include "common/text.h"
 
@@ -16,24 +14,29 @@ QString HeaderFilePath(const QString& dataPath) {
     return dataPath + QLatin1String(kHeaderFileName);
 }
 
-// The order of the keys decides: a comment that holds "SN:" is taken as the serial number.
-void TakeHeaderLine(HeaderTable& table, std::string_view line) {
-    for (int i = 0; i < kHeaderFieldCount; ++i) {
-        const std::string key = std::string(kHeaderKeys.at(static_cast<std::size_t>(i))) + ":";
-        const std::size_t at = line.find(key);
-        if (at == std::string_view::npos) continue;
-        table.Field(i) = std::string(line.substr(at + key.size()));
-        return;
-    }
+std::string KeyOf(int field) {
+    return std::string(kHeaderKeys.at(static_cast<std::size_t>(field))) + ":";
 }
 
 }  // namespace
 
+// The order of the keys decides: a comment that holds "SN:" is taken as the serial number.
+std::optional<int> FieldOfHeaderLine(std::string_view line) {
+    for (int i = 0; i < kHeaderFieldCount; ++i) {
+        if (Contains(line, KeyOf(i))) return i;
+    }
+    return std::nullopt;
+}
+
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath) {
     const QString path = HeaderFilePath(dataPath);
     if (FileExists(path)) {
-        for (const std::string& line : ReadLines(path))
-            TakeHeaderLine(table, line);
+        for (const std::string& line : ReadLines(path)) {
+            const std::optional<int> field = FieldOfHeaderLine(line);
+            if (!field) continue;
+            const std::string key = KeyOf(*field);
+            table.Field(*field) = line.substr(line.find(key) + key.size());
+        }
     } else {
         for (int i = 0; i < kHeaderFieldCount; ++i)
             table.Field(i).clear();
@@ -47,8 +50,7 @@ void SaveHeaderFile(const HeaderTable& table, const QString& dataPath) {
     std::vector<std::string> lines;
     lines.reserve(kHeaderFieldCount);
     for (int i = 0; i < kHeaderFieldCount; ++i) {
-        lines.push_back(std::string(kHeaderKeys.at(static_cast<std::size_t>(i))) + ":" +
-                        table.Field(i));
+        lines.push_back(KeyOf(i) + table.Field(i));
     }
     ReplaceFile(HeaderFilePath(dataPath), JoinLines(lines));
 }

@@ -3,7 +3,9 @@
 
 #include <QString>
 #include <array>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "records/record_keys.h"
 
@@ -33,6 +35,10 @@ struct HeaderTable {
 // the same key wins. Every field is filled to 20; a longer one is kept as it is. Throws the errors
 // of ReadLines.
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath);
+
+// The field (0 company to 7 operator) that LoadHeaderFile takes a line of "Davo.ini" for; nothing
+// when the line has no key.
+std::optional<int> FieldOfHeaderLine(std::string_view line);
 
 // Writes the eight lines of "Davo.ini" in dataPath, atomically. Throws the errors of ReplaceFile.
 void SaveHeaderFile(const HeaderTable& table, const QString& dataPath);

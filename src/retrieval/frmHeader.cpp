@@ -12,12 +12,15 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "common/text.h"
 #include "ui/centre_form.h"
 #include "ui/form_parts.h"
 #include "ui/frmNotepad.h"
+#include "ui/length_counter.h"
 #include "ui/page_input.h"
 
 namespace davo {
@@ -30,13 +33,15 @@ constexpr int kButtonHeight = 44;
 constexpr int kBarHeight = 14;
 constexpr double kLetterGrowth = 1.15;
 constexpr int kMargin = 16;
-constexpr int kBoxLength = 34;  // average characters, so that twenty wide ones fit
+constexpr int kBoxLength = 50;  // average characters, so that twenty wide ones and their count fit
 constexpr int kComboLength = 6;
 // Characters between two pictures of the bar: each of them holds up the line for a moment.
 constexpr std::size_t kBarStep = 32;
 
 // By HeaderMode.
 constexpr std::array kSaveCaptions = {"&Use Header", "&Save", "Save to &DAVO"};
+constexpr std::array kNotYet = {"Not used yet. Press Use Header.", "Not saved yet. Press Save.",
+                                "Not in the DAVO yet. Press Save to DAVO."};
 constexpr const char* kLeaveQuestion =
     "The DAVO has erased its headers and does not have all of the new ones yet.\r\n"
     "The headers that are not sent stay empty.\r\n"
@@ -125,8 +130,12 @@ void frmHeader::BuildBoxes(QFormLayout* form) {
         } else {
             KeepToPage(box);
         }
-        // What the boxes hold is no longer what is used.
-        connect(box, &QLineEdit::textEdited, this, [this] { lblUsed_->clear(); });
+        CountCharacters(box, kHeaderFieldWidth);
+        connect(box, &QLineEdit::textEdited, this, [this] {
+            edited_ = true;
+            cut_.clear();
+            ShowState();
+        });
         AddRow(form, QLatin1String(kHeaderKeys.at(at)) + QLatin1Char(':'), box);
         txtHeader_.at(at) = box;
     }
@@ -197,10 +206,30 @@ void frmHeader::ShowBoxes(const HeaderBoxes& boxes) {
         txtHeader_.at(i)->setText(FromPage(boxes.at(i)));
 }
 
+void frmHeader::ShowCutBoxes(const HeaderBoxes& boxes) {
+    const HeaderBoxes typed = Boxes();
+    std::vector<std::size_t> cut;
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        if (boxes.at(i) != typed.at(i)) cut.push_back(i);
+    }
+    cut_.clear();
+    if (cut.size() == 1) cut_ = QLatin1String(kHeaderKeys.at(cut.front()));
+    if (cut.size() > 1) cut_ = QStringLiteral("%1 fields").arg(cut.size());
+    if (cut.size() == 1)
+        cut_ += QStringLiteral(" was cut to %1 characters.").arg(kHeaderFieldWidth);
+    if (cut.size() > 1)
+        cut_ += QStringLiteral(" were cut to %1 characters.").arg(kHeaderFieldWidth);
+    ShowBoxes(boxes);
+}
+
+void frmHeader::Say(const QString& text) {
+    lblUsed_->setText(cut_.isEmpty() ? text : text + QLatin1Char('\n') + cut_);
+}
+
 void frmHeader::PackShownSlot() {
     HeaderBoxes boxes = Boxes();
     targets_->slots.at(static_cast<std::size_t>(shownSlot_)) = PackSlot(boxes);
-    ShowBoxes(boxes);
+    ShowCutBoxes(boxes);
 }
 
 void frmHeader::ShowSlot() {
@@ -211,20 +240,43 @@ void frmHeader::ShowSlot() {
 void frmHeader::cboHeader_Click() {
     PackShownSlot();
     ShowSlot();
-    lblUsed_->clear();
+    ShowState();
+}
+
+void frmHeader::ShowState() {
+    Say(edited_ ? QLatin1String(kNotYet.at(static_cast<std::size_t>(mode_))) : QString());
 }
 
 void frmHeader::UseHeader() {
     HeaderBoxes boxes = Boxes();
+    HeaderBoxes fields;
+    std::transform(boxes.begin(), boxes.end(), fields.begin(), TakeHeaderField);
+    if (mode_ == HeaderMode::Pc && !MaySave(fields)) return;
     for (int i = 0; i < kHeaderFieldCount; ++i)
-        header_.Field(i) = TakeHeaderField(boxes.at(static_cast<std::size_t>(i)));
-    ShowBoxes(boxes);
+        header_.Field(i) = fields.at(static_cast<std::size_t>(i));
+    ShowCutBoxes(boxes);
     if (mode_ == HeaderMode::Pc) SaveHeaderFile(header_, targets_->dataPath);
-    lblUsed_->setText(
-        mode_ == HeaderMode::Pc
+    edited_ = false;
+    Say(mode_ == HeaderMode::Pc
             ? QStringLiteral("This header is saved and used for the tests that follow.")
             : QStringLiteral("This header is used for the tests that follow."));
     if (OnChanged) OnChanged();
+}
+
+// A text with another field's key would come back as that field the next time.
+bool frmHeader::MaySave(const HeaderBoxes& fields) {
+    QString question;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const std::string key = kHeaderKeys.at(i);
+        const auto readBack = FieldOfHeaderLine(key + ":" + fields.at(i));
+        if (std::cmp_equal(*readBack, i)) continue;
+        question += QStringLiteral("The text \"%1\" of %2 would be read back as %3.\r\n")
+                        .arg(FromPage(TrimBlanks(fields.at(i))), QLatin1String(key),
+                             QLatin1String(kHeaderKeys.at(static_cast<std::size_t>(*readBack))));
+    }
+    return question.isEmpty() ||
+           prompts_.YesNo(question + QStringLiteral("Do you want to save the header all the same?"),
+                          Answer::No) == Answer::Yes;
 }
 
 void frmHeader::cmdSave_Click() {
@@ -284,6 +336,7 @@ void frmHeader::EnableControls(bool enable) {
 void frmHeader::ReadSlots() {
     Converse([this] {
         slotsRead_ = exchange_->Read(targets_->slots);
+        edited_ = false;
         ShowSlot();
         lblUsed_->setText(slotsRead_ ? QString()
                                      : QStringLiteral("The headers of the DAVO were not read."));
@@ -308,21 +361,21 @@ void frmHeader::TellUpload(const UploadResult& result) {
     switch (result.end) {
         case UploadEnd::Stored:
             slotsRead_ = true;
-            lblUsed_->setText(QStringLiteral("The DAVO has stored all ten headers."));
+            edited_ = false;
+            Say(QStringLiteral("The DAVO has stored all ten headers."));
             return;
         case UploadEnd::Differs:
             slotsRead_ = true;
-            lblUsed_->setText(QStringLiteral("The DAVO has not stored all headers as sent."));
+            Say(QStringLiteral("The DAVO has not stored all headers as sent."));
             prompts_.Message(DifferingMessage(result.differing));
             return;
         case UploadEnd::NotReadBack:
-            lblUsed_->setText(QStringLiteral("The headers were sent and not read back."));
+            Say(QStringLiteral("The headers were sent and not read back."));
             prompts_.Message(QLatin1String(kNotReadBackMessage));
             return;
         case UploadEnd::NotReady:
         case UploadEnd::Ended:
-            lblUsed_->setText(
-                QStringLiteral("Not all headers were saved. Please save them again."));
+            Say(QStringLiteral("Not all headers were saved. Please save them again."));
             return;
     }
 }

@@ -74,8 +74,14 @@ class frmHeader : public QDialog {
     void cboHeader_Click();
 
     void UseHeader();
+    bool MaySave(const HeaderBoxes& fields);
+    void ShowState();
     HeaderBoxes Boxes() const;
     void ShowBoxes(const HeaderBoxes& boxes);
+    // The same texts, but for those that were too long for a field.
+    void ShowCutBoxes(const HeaderBoxes& boxes);
+    // In the status, and on a line of its own what was cut.
+    void Say(const QString& text);
     void PackShownSlot();
     void ShowSlot();
 
@@ -99,6 +105,8 @@ class frmHeader : public QDialog {
     std::optional<HeaderExchange> exchange_;  // mode 2
     int shownSlot_ = 0;
     bool slotsRead_ = false;
+    bool edited_ = false;  // the boxes hold what was not used, saved or sent yet
+    QString cut_;          // what the last cut did, in words
     bool asking_ = false;
     bool askWhenSending_ = false;
     bool closeWanted_ = false;

@@ -54,7 +54,9 @@ TEST_F(HeaderModes, Mode1SavesTheHeaderFileToo) {
     EXPECT_EQ(header.Field(1), "");
     EXPECT_EQ(Text(5), "ABCDEFGHIJKLMNOPQRST");
     EXPECT_EQ(changes, 1);
-    EXPECT_EQ(Status(), "This header is saved and used for the tests that follow.");
+    EXPECT_EQ(Status(),
+              "This header is saved and used for the tests that follow.\n"
+              "SN was cut to 20 characters.");
     EXPECT_THAT(ReadLines(folder.Path("Davo.ini")),
                 ElementsAre("COMPANY:ACME                ", "STATION:", "CIRCUIT:", "MFR:",
                             "MODEL:", "SN:ABCDEFGHIJKLMNOPQRST", "COMMENTS:", "OPERATOR:"));
@@ -68,9 +70,51 @@ TEST_F(HeaderModes, Mode1SaysWhenTheFileCannotBeWritten) {
     Type(0, "ACME");
     Save();
     ASSERT_EQ(line.prompts.shown.size(), 1U);
-    EXPECT_EQ(Status(), "");
+    EXPECT_EQ(Status(), "Not saved yet. Press Save.");
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(Text(0), "ACME");
+}
+
+TEST_F(HeaderModes, Mode1AsksAboutATextThatWouldBeReadBackAsAnotherField) {
+    header.Field(0) = "OLD                 ";
+    Open(HeaderMode::Pc);
+    Type(0, "ACME");
+    Type(6, " SEE SN: 5");
+    Type(7, "MODEL:X COMPANY:Y");
+    const QString question =
+        u"The text \"SEE SN: 5\" of COMMENTS would be read back as SN.\r\n"
+        "The text \"MODEL:X COMPANY:Y\" of OPERATOR would be read back as COMPANY.\r\n"
+        "Do you want to save the header all the same?"_s;
+    line.prompts.answers = {Answer::No, Answer::Yes};
+    Save();
+    EXPECT_THAT(line.prompts.shown, ElementsAre(question));
+    EXPECT_THAT(line.prompts.presets, ElementsAre(Answer::No));
+    EXPECT_FALSE(FileExists(folder.Path("Davo.ini")));
+    EXPECT_EQ(header.Field(0), "OLD                 ");
+    EXPECT_EQ(Text(6), " SEE SN: 5");
+    EXPECT_EQ(Status(), "Not saved yet. Press Save.");
+    Save();
+    EXPECT_THAT(line.prompts.shown, ElementsAre(question, question));
+    EXPECT_EQ(header.Field(6), "SEE SN: 5           ");
+    HeaderTable readBack;
+    LoadHeaderFile(readBack, folder.Path(""));
+    EXPECT_THAT(readBack.Field(5), StartsWith(" 5")) << "what the question warns of";
+    EXPECT_THAT(readBack.Field(0), StartsWith("Y"));
+}
+
+TEST_F(HeaderModes, Mode1DoesNotAskAboutATextThatIsReadBackAsItIs) {
+    Open(HeaderMode::Pc);
+    Type(0, "OPERATOR: SN:1");
+    Type(5, "SN 5, COMMENTS:");
+    Type(7, "SN:5 beyond twenty MODEL:");
+    Type(6, "12345678901234567890SN:");
+    Type(7, "OPERATOR:");
+    Save();
+    EXPECT_THAT(line.prompts.shown, IsEmpty());
+    HeaderTable readBack;
+    LoadHeaderFile(readBack, folder.Path(""));
+    for (int i = 0; i < kHeaderFieldCount; ++i)
+        EXPECT_EQ(readBack.Field(i), PadRight(header.Field(i), 20)) << i;
 }
 
 TEST_F(HeaderModes, ExitDoesNotSave) {
@@ -102,6 +146,7 @@ TEST_F(HeaderModes, Mode2ReadsAndShowsTheSlots) {
     EXPECT_EQ(Text(1), "");
     Choose(3);
     EXPECT_EQ(Text(0), "");
+    EXPECT_EQ(Status(), "") << "nothing was typed";
     EXPECT_THAT(line.prompts.shown, IsEmpty());
 }
 
@@ -126,7 +171,10 @@ TEST_F(HeaderModes, ASlotIsPackedWhenTheSelectionLeavesIt) {
     AnswerRead(JoinSlots(filled));
     OpenAndRead();
     Type(1, "ABCDEFGHIJKLMNOPQRSTUVWXY");
+    EXPECT_EQ(Status(), "Not in the DAVO yet. Press Save to DAVO.");
     Choose(3);
+    EXPECT_EQ(Status(),
+              "Not in the DAVO yet. Press Save to DAVO.\nSTATION was cut to 20 characters.");
     EXPECT_EQ(slots[0], PadRight("ACME", 20) + "ABCDEFGHIJKLMNOPQRST" + std::string(120, ' '));
     Type(0, "NEW");
     Choose(1);
@@ -240,7 +288,9 @@ TEST_F(HeaderModes, NoStatusIsCut) {
     OpenAndRead();
     for (const char* text : {"slot 10 of 10, 1600 characters not answered",
                              "Not all headers were saved. Please save them again.",
-                             "The DAVO has not stored all headers as sent."}) {
+                             "The DAVO has not stored all headers as sent.",
+                             "Not in the DAVO yet. Press Save to DAVO.\n"
+                             "8 fields were cut to 20 characters."}) {
         Find<QLabel>("lblUsed")->setText(QLatin1String(text));
         QTest::qWait(20);
         EXPECT_THAT(CutTextsOf(*window), IsEmpty()) << text;

@@ -65,7 +65,47 @@ TEST_F(HeaderWindow, UseHeaderTakesTheBoxes) {
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(Text("lblUsed"), "This header is used for the tests that follow.");
     Type(0, "B");
+    EXPECT_EQ(Text("lblUsed"), "Not used yet. Press Use Header.");
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblUsed"), "This header is used for the tests that follow.");
+}
+
+TEST_F(HeaderWindow, NothingIsSaidOfABoxThatWasOnlyRead) {
+    header.Field(0) = "ACME                ";
+    Open();
+    QTest::keyClick(Box(0), Qt::Key_End);
+    QTest::keyClick(Box(0), Qt::Key_Tab);
     EXPECT_EQ(Text("lblUsed"), "");
+}
+
+TEST_F(HeaderWindow, ABoxCountsItsCharactersWhileItIsTyped) {
+    header.Field(1) = "NORTH               ";
+    Open();
+    EXPECT_EQ(Length(0), "0 of 20");
+    EXPECT_EQ(Length(1), "");
+    Type(1, " 12345678901234567890 ");
+    EXPECT_EQ(Length(0), "");
+    EXPECT_EQ(Length(1), "20 of 20");
+    EXPECT_FALSE(Box(1)->findChild<QLabel*>()->font().bold());
+    QTest::keyClicks(Box(1), u"X"_s);
+    EXPECT_EQ(Length(1), "22 of 20");
+    EXPECT_TRUE(Box(1)->findChild<QLabel*>()->font().bold());
+    Box(2)->setFocus();
+    EXPECT_EQ(Length(1), "22 of 20") << "for as long as it is too long";
+    EXPECT_EQ(Length(2), "0 of 20");
+    Click("cmdSave");
+    EXPECT_EQ(Length(1), "");
+}
+
+TEST_F(HeaderWindow, TheCountLeavesTheTextItsRoom) {
+    Open();
+    Type(0, "ABCDEFGHIJKLMNOPQRST");
+    EXPECT_GE(Box(0)->textMargins().right(), FindIn<QLabel>(*Box(0), "lblLength")->width());
+    EXPECT_TRUE(Until([this] { return CutTextsOf(*window).empty(); }));
+    const int width = Box(0)->width();
+    Box(1)->setFocus();
+    EXPECT_EQ(Box(0)->textMargins().right(), 0);
+    EXPECT_EQ(Box(0)->width(), width) << "nothing moves";
 }
 
 TEST_F(HeaderWindow, ATextOfTwentyFiveIsCutInItsBoxToo) {
@@ -74,6 +114,18 @@ TEST_F(HeaderWindow, ATextOfTwentyFiveIsCutInItsBoxToo) {
     Click("cmdSave");
     EXPECT_EQ(Box(1)->text(), u"ABCDEFGHIJKLMNOPQRST"_s);
     EXPECT_EQ(header.Field(1), "ABCDEFGHIJKLMNOPQRST");
+    EXPECT_EQ(Text("lblUsed"),
+              "This header is used for the tests that follow.\nSTATION was cut to 20 characters.");
+    EXPECT_TRUE(Until([this] { return CutTextsOf(*window).empty(); }));
+    Type(0, "ABCDEFGHIJKLMNOPQRSTUVWXY");
+    EXPECT_EQ(Text("lblUsed"), "Not used yet. Press Use Header.");
+    Type(7, "ABCDEFGHIJKLMNOPQRSTUVWXY");
+    Click("cmdSave");
+    EXPECT_EQ(
+        Text("lblUsed"),
+        "This header is used for the tests that follow.\n2 fields were cut to 20 characters.");
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblUsed"), "This header is used for the tests that follow.");
 }
 
 TEST_F(HeaderWindow, ExitLeavesTheHeaderAsItWas) {

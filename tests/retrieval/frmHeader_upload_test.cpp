@@ -87,6 +87,9 @@ TEST_F(HeaderUploadWindow, ABoxOfTwentyFiveIsCutBeforeTheUpload) {
     Save();
     EXPECT_EQ(Text(1), "ABCDEFGHIJKLMNOPQRST");
     EXPECT_EQ(Slot(1).substr(20, 20), "ABCDEFGHIJKLMNOPQRST");
+    EXPECT_EQ(Status(), "The DAVO has stored all ten headers.\nSTATION was cut to 20 characters.");
+    Choose(2);
+    EXPECT_EQ(Status(), "") << "nothing was typed since";
 }
 
 TEST_F(HeaderUploadWindow, LeavingInTheMiddleAsksAndNoGoesOn) {

@@ -23,6 +23,11 @@ class HeaderForm : public ::testing::Test, public Controls {
     QWidget& Window() override { return *window; }
     static std::string BoxName(int i) { return "txtHeader" + std::to_string(i); }
     QLineEdit* Box(int i) { return Find<QLineEdit>(BoxName(i).c_str()); }
+    // What the box counts; nothing when that is not shown.
+    std::string Length(int i) {
+        const auto* length = FindIn<QLabel>(*Box(i), "lblLength");
+        return length->isVisible() ? length->text().toStdString() : std::string();
+    }
     using Controls::Text;
     std::string Text(int i) { return ToPage(Box(i)->text()).value(); }
     void Type(int i, const char* text) { Controls::Type(BoxName(i).c_str(), text); }
