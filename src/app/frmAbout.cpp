@@ -6,8 +6,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "app/port_labels.h"
 #include "app/program_icon.h"
-#include "common/text.h"
 #include "common/version.h"
 #include "ui/big_button.h"
 #include "ui/centre_form.h"
@@ -32,7 +32,7 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     auto* picture = new QLabel(this);
     picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
     QLabel* name = MakeParagraph(this, "lblName", QStringLiteral("DAVO PC-Interface"), kNameGrowth);
-    lblDavoVer_ = MakeParagraph(this, "lblDavoVer", QStringLiteral("DAVO-E Rx.xx"), kVersionGrowth);
+    lblDavoVer_ = MakeLabel(this, "lblDavoVer", QStringLiteral("DAVO-E Rx.xx"), kVersionGrowth);
     auto* frame = Named(new QGroupBox(QStringLiteral("Software Rev."), this), "Frame1");
     auto* inFrame = new QVBoxLayout(frame);
     const QString version = QStringLiteral("DAVO-PC V.%1").arg(QLatin1String(kVersion));
@@ -53,7 +53,7 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
 }
 
 void frmAbout::Form_Load(const std::string& instrumentModel) {
-    lblDavoVer_->setText(FromPage(instrumentModel));
+    lblDavoVer_->setText(ModelText(instrumentModel));
     CentreForm(*this, parentWidget());
 }
 

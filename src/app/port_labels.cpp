@@ -69,9 +69,20 @@ bool NeedsHelp(const LinkGlance& glance) {
     return glance.openFailed || glance.device.isEmpty();
 }
 
+QString ModelText(const std::string& instrumentModel) {
+    constexpr qsizetype kMostCharacters = 24;
+    QString text = FromPage(instrumentModel);
+    for (QChar& c : text) {
+        if (!c.isPrint() && !c.isSpace()) c = QLatin1Char('?');
+    }
+    text = text.simplified();
+    if (text.size() <= kMostCharacters) return text;
+    return text.left(kMostCharacters - 1).trimmed() + QChar(0x2026);
+}
+
 QString ModelWords(const std::string& instrumentModel) {
     return instrumentModel.empty() ? QStringLiteral("Instrument not asked yet")
-                                   : FromPage(instrumentModel);
+                                   : ModelText(instrumentModel);
 }
 
 }  // namespace davo

@@ -50,7 +50,10 @@ QString DeviceState(const LinkGlance& glance);
 // Whether the operator has to do something before the port can be opened.
 bool NeedsHelp(const LinkGlance& glance);
 
-// The model for the operator's eye; a word for it while it was not read.
+// The model on one line and cut to what a model's name needs: noise on the line makes long ones.
+QString ModelText(const std::string& instrumentModel);
+
+// ModelText; a word for it while it was not read.
 QString ModelWords(const std::string& instrumentModel);
 
 }  // namespace davo

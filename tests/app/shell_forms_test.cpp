@@ -7,6 +7,7 @@
 
 #include "app/frmAbout.h"
 #include "app/frmSplash.h"
+#include "app/port_labels.h"
 #include "app/program_icon.h"
 #include "tests/support/controls.h"
 #include "ui/centre_form.h"
@@ -87,6 +88,19 @@ TEST(About, ShowsModelAndVersionUntilItsButtonIsPressed) {
     QTest::mouseClick(FindIn<QPushButton>(*about, "Command1"), Qt::LeftButton);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(about.isNull()) << "unloaded";
+}
+
+TEST(About, IsNoWiderForALongModel) {
+    frmAbout usual(nullptr);
+    usual.Form_Load("DAVO-E R3.10");
+    usual.show();
+    frmAbout noisy(nullptr);
+    const std::string model = "DAVO-E " + std::string(293, 'x');
+    noisy.Form_Load(model);
+    noisy.show();
+    EXPECT_LT(noisy.width(), 2 * usual.width());
+    EXPECT_THAT(CutTextsOf(noisy), IsEmpty());
+    EXPECT_EQ(FindIn<QLabel>(noisy, "lblDavoVer")->text(), ModelText(model));
 }
 
 TEST(About, EscapeAndEnterUnloadIt) {

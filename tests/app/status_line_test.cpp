@@ -52,6 +52,19 @@ TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
     EXPECT_EQ(ModelWords(closed.instrumentModel), u"Instrument not asked yet"_s);
 }
 
+TEST(PortLabels, ModelThatIsLongOrNoisyIsCutToOneLine) {
+    EXPECT_EQ(ModelText("DAVO-E R3.10 SERIAL 1234"), u"DAVO-E R3.10 SERIAL 1234"_s);
+    EXPECT_EQ(ModelText("DAVO-E R3.10 SERIAL 12345"), u"DAVO-E R3.10 SERIAL 123\u2026"_s);
+    EXPECT_EQ(ModelText("DAVO-E\n\tR3.10\x01\x02\r\nREADY "), u"DAVO-E R3.10?? READY"_s);
+    EXPECT_EQ(ModelText(std::string(300, 'W')).size(), 24);
+    std::string noise;
+    for (int i = 0; i < 300; ++i)
+        noise += static_cast<char>(255 - i);
+    const QString shown = ModelWords(noise);
+    EXPECT_LE(shown.size(), 24);
+    EXPECT_TRUE(std::all_of(shown.begin(), shown.end(), [](QChar c) { return c.isPrint(); }));
+}
+
 TEST(PortLabels, WithoutAChosenPortSaySo) {
     FakePortDevices devices;
     Settings settings;
