@@ -14,6 +14,10 @@ namespace {
 
 constexpr std::string_view kErasing = "ERASING";
 constexpr std::string_view kPrompt = "H:\r\n";
+constexpr const char* kFinishQuestion =
+    "The DAVO seems to wait for the rest of headers that were once saved to it.\r\n"
+    "Until it has them it takes no commands. The rest can be sent as empty headers.\r\n"
+    "Do you want to send empty headers?";
 // No echo for so long: the instrument has what it waited for.
 constexpr std::chrono::milliseconds kRestPatience{500};
 
@@ -82,6 +86,7 @@ bool HeaderExchange::MakeReady() {
     if (!link_.State().portOpen) openPort_();
     const std::string reply = link_.SendCommand(kReadyCommand, kReadyReply);
     if (Contains(reply, kReadyCommand) && !Contains(reply, kReadyReply)) {
+        if (!MayFinishUpload(reply)) return false;
         FinishBrokenUpload();
         if (leaving_ || !link_.State().portOpen) return false;
         return link_.AskReady(kNotReadyMessage);
@@ -93,12 +98,22 @@ bool HeaderExchange::MakeReady() {
 }
 
 // An instrument that echoes a command takes it for a header: an upload broke off, the rest of it is
-// what the instrument waits for.
+// what the instrument waits for. Anything else with that letter in it is noise.
+bool HeaderExchange::MayFinishUpload(const std::string& reply) {
+    if (broken_) return true;
+    if (reply == kReadyCommand) {
+        return prompts_.YesNo(QLatin1String(kFinishQuestion), Answer::No) == Answer::Yes;
+    }
+    prompts_.Message(QLatin1String(kNotReadyMessage));
+    return false;
+}
+
 void HeaderExchange::FinishBrokenUpload() {
     const std::string fill(kHeaderMemoryWidth, kEmptySlotFill);
     link_.SendPaced(fill, EchoesOf(fill), kRestPatience, [this](std::size_t, bool echoed) {
         if (!echoed) link_.EndWait();
     });
+    broken_ = false;
 }
 
 std::optional<HeaderSlots> HeaderExchange::Fetch() {
@@ -121,6 +136,7 @@ bool HeaderExchange::Erase() {
     const std::string erasing = link_.SendCommand("Fh", kErasing, patience_.reply);
     const std::size_t at = erasing.find(kErasing);
     if (at == std::string::npos) return false;
+    broken_ = true;
     const std::string_view rest = RestOfPrompt(Middle(erasing, at));
     return rest.empty() || Contains(link_.ReadOn(rest, patience_.erasing), rest);
 }
@@ -131,6 +147,7 @@ void HeaderExchange::Send(const std::string& upload) {
     const std::size_t done =
         link_.SendPaced(upload, EchoesOf(upload), patience_.echo,
                         [this](std::size_t sent, bool echoed) { SentUpTo(sent, echoed); });
+    broken_ = done < upload.size();
     if (leaving_) SendRest(upload, done);
 }
 
@@ -160,10 +177,11 @@ void HeaderExchange::SendRest(const std::string& upload, std::size_t done) {
     const std::string ended =
         upload.substr(0, whole) + std::string(upload.size() - whole, kEmptySlotFill);
     const std::string echoes = EchoesOf(ended);
-    link_.SendPaced(Middle(ended, done), Middle(echoes, done), patience_.echo,
-                    [this](std::size_t, bool echoed) {
-                        if (!echoed) link_.EndWait();
-                    });
+    const std::string_view rest = Middle(ended, done);
+    broken_ = link_.SendPaced(rest, Middle(echoes, done), patience_.echo,
+                              [this](std::size_t, bool echoed) {
+                                  if (!echoed) link_.EndWait();
+                              }) < rest.size();
 }
 
 UploadResult HeaderExchange::Compare(const std::string& upload) {

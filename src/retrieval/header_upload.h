@@ -72,6 +72,7 @@ class HeaderExchange {
 
   private:
     bool MakeReady();
+    bool MayFinishUpload(const std::string& reply);
     void FinishBrokenUpload();
     std::optional<HeaderSlots> Fetch();
     bool EraseAndSend(const std::string& upload);
@@ -92,6 +93,7 @@ class HeaderExchange {
     bool leaving_ = false;
     bool atOnce_ = false;  // leaving waits for nothing
     int notEchoed_ = 0;    // characters of the upload under way
+    bool broken_ = false;  // the last upload stopped before its last character
 };
 
 }  // namespace davo

@@ -137,6 +137,23 @@ TEST_F(HeaderInstrument, UnpluggingInTheMiddleEndsItAndItCanBeRepeated) {
     EXPECT_EQ(line.Instrument().HeaderMemory(), JoinSlots(SomeSlots()));
 }
 
+TEST_F(HeaderInstrument, AnUploadThatAnotherWindowBrokeOffIsFinishedAfterAQuestion) {
+    line.Instrument().SetFaults({{FaultKind::Unplugged, kBeforeEchoes + 500, 0}});
+    HeaderExchange first = MakeExchange();
+    EXPECT_EQ(first.Upload(SomeSlots()).end, UploadEnd::Ended);
+    line.Instrument().SetFaults({});
+    line.Instrument().PlugIn();
+    line.prompts.shown.clear();
+    line.prompts.answers = {Answer::No, Answer::Yes};
+    HeaderExchange second = MakeExchange();
+    const std::size_t before = line.Instrument().AllFromPc().size();
+    EXPECT_EQ(second.Upload(SomeSlots()).end, UploadEnd::NotReady);
+    EXPECT_EQ(line.Instrument().AllFromPc().substr(before), "B");
+    EXPECT_EQ(second.Upload(SomeSlots()).end, UploadEnd::Stored);
+    EXPECT_EQ(line.Instrument().HeaderMemory(), JoinSlots(SomeSlots()));
+    EXPECT_EQ(line.prompts.shown.size(), 2U);
+}
+
 TEST_F(HeaderInstrument, LeavingSendsTheSlotUnderWayWholeAndTheOthersEmpty) {
     HeaderExchange exchange = MakeExchange();
     bool unfinished = false;

@@ -96,6 +96,46 @@ TEST_F(HeaderUploadTest, NothingIsWrittenToASilentInstrument) {
     EXPECT_FALSE(exchange.Unfinished());
 }
 
+TEST_F(HeaderUploadTest, AnAnswerThatOnlyHoldsTheLetterOfTheQuestionSendsNothing) {
+    for (const char* reply : {"BUSY\r\n", "xB", "B\r\n", "RDYB"}) {
+        for (const bool upload : {false, true}) {
+            port.sent.clear();
+            prompts.shown.clear();
+            port.OnOutput("B", reply);
+            if (upload) {
+                EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+            } else {
+                EXPECT_FALSE(exchange.Read(slots));
+            }
+            EXPECT_THAT(port.sent, ElementsAre("B")) << reply;
+            ExpectNotReady();
+        }
+    }
+}
+
+TEST_F(HeaderUploadTest, AnEchoOfTheQuestionSendsNothingUnlessTheOperatorAgrees) {
+    port.OnOutput("B", "B");
+    prompts.answers = {Answer::No};
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+    EXPECT_THAT(port.sent, ElementsAre("B"));
+    EXPECT_THAT(
+        prompts.Texts(),
+        ElementsAre("The DAVO seems to wait for the rest of headers that were once saved to it.\r\n"
+                    "Until it has them it takes no commands. The rest can be sent as empty "
+                    "headers.\r\n"
+                    "Do you want to send empty headers?"));
+    EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
+
+    port.sent.clear();
+    prompts.answers = {Answer::Yes};
+    port.OnOutput("B", "B");
+    for (int i = 0; i < 3; ++i)
+        port.OnOutput("\xFF", " ");
+    port.OnOutput("\xFF", "").OnOutput("B", "RDY\r\n").OnOutput("Fr", Stored() + "\r\n");
+    EXPECT_TRUE(exchange.Read(slots));
+    EXPECT_THAT(port.sent, ElementsAre("B", "\xFF", "\xFF", "\xFF", "\xFF", "B", "Fr"));
+}
+
 TEST_F(HeaderUploadTest, NothingIsSentWhenTheEraseIsNotAnswered) {
     Erases("?");
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
