@@ -20,6 +20,11 @@ class Prompts {
     // Yes/No. preset is the default button: never the one that destroys.
     virtual Answer YesNo(const QString& text, Answer preset, const QString& title = {}) = 0;
 
+    // The same; Cancel when the box is left by the Escape key or its frame.
+    virtual Answer YesNoOrBack(const QString& text, Answer preset, const QString& title = {}) {
+        return YesNo(text, preset, title);
+    }
+
     virtual Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) = 0;
 
     // A line of text; nothing when the operator cancels.

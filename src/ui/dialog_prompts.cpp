@@ -39,7 +39,7 @@ void SetUp(QDialog& dialog, const char* name, const QString& text, const QString
 }
 
 // Shows a message box until it is answered. When its parent is destroyed meanwhile, the answer is
-// that of the Escape key.
+// that of the Escape key. Its button need not be shown.
 QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& text, const QString& title,
                                 QMessageBox::StandardButtons buttons,
                                 QMessageBox::StandardButton preset,
@@ -49,9 +49,10 @@ QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& text, con
     box->setIcon(icon);
     box->setTextFormat(Qt::PlainText);
     box->setText(Shown(text));
-    box->setStandardButtons(buttons);
+    box->setStandardButtons(buttons | escape);
     box->setDefaultButton(preset);
     box->setEscapeButton(escape);
+    box->button(escape)->setVisible(buttons.testFlag(escape));
     const int pressed = box->exec();
     if (box.isNull()) return escape;
     delete box;
@@ -90,6 +91,11 @@ Answer DialogPrompts::YesNo(const QString& text, Answer preset, const QString& t
     const auto button = ButtonOf(preset);
     return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
                         button, button));
+}
+
+Answer DialogPrompts::YesNoOrBack(const QString& text, Answer preset, const QString& title) {
+    return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
+                        ButtonOf(preset), QMessageBox::Cancel));
 }
 
 Answer DialogPrompts::YesNoCancel(const QString& text, Answer preset, const QString& title) {

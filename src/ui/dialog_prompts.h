@@ -13,6 +13,7 @@ class DialogPrompts : public Prompts {
   public:
     void Message(const QString& text, const QString& title = {}) override;
     Answer YesNo(const QString& text, Answer preset, const QString& title = {}) override;
+    Answer YesNoOrBack(const QString& text, Answer preset, const QString& title = {}) override;
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
     std::optional<QString> Input(const QString& title, const QString& prompt,
                                  const QString& initial = {}) override;

@@ -259,5 +259,39 @@ TEST(ChooseFolderPrompt, IsEmptyWhenCancelled) {
     EXPECT_EQ(DialogPrompts().ChooseFolder(u"Select"_s, folder.Path()), QString());
 }
 
+// The buttons that are shown, by their texts.
+std::vector<std::string> ShownButtons(const QDialog& dialog) {
+    std::vector<std::string> texts;
+    for (const QAbstractButton* button : dialog.findChild<QDialogButtonBox*>()->buttons())
+        if (button->isVisible()) texts.push_back(button->text().remove(u'&').toStdString());
+    return texts;
+}
+
+TEST(YesNoOrBackPrompt, EscapeAndTheFrameGoBack) {
+    DialogPrompts prompts;
+    for (const bool byKey : {true, false}) {
+        const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+            EXPECT_THAT(ShownButtons(box), UnorderedElementsAre("Yes", "No"));
+            EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::No));
+            if (byKey) {
+                QTest::keyClick(&box, Qt::Key_Escape);
+            } else {
+                box.close();
+            }
+        });
+        EXPECT_EQ(prompts.YesNoOrBack(u"Go on?"_s, Answer::No), Answer::Cancel) << byKey;
+    }
+}
+
+TEST(YesNoOrBackPrompt, ItsButtonsAnswer) {
+    DialogPrompts prompts;
+    for (const Answer answer : {Answer::Yes, Answer::No}) {
+        const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+            box.button(answer == Answer::Yes ? QMessageBox::Yes : QMessageBox::No)->click();
+        });
+        EXPECT_EQ(prompts.YesNoOrBack(u"Go on?"_s, Answer::No), answer);
+    }
+}
+
 }  // namespace
 }  // namespace davo
