@@ -3,7 +3,9 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QStorageInfo>
+#include <utility>
 
 #include "common/file_system.h"
 #include "common/files.h"
@@ -77,9 +79,13 @@ void TakeTrailer(LineCursor& lines, CapturedShot& shot) {
 }  // namespace
 
 void CaptureFile::Create(const QString& path) {
+    blocks_.clear();
+    Open(path);
+}
+
+void CaptureFile::Open(const QString& path) {
     Close();
     file_.setFileName(path);
-    length_ = 0;
     // A link or a pipe of that name is neither followed nor waited for.
     const auto how = RemoveLinkOrPipe(path) ? QIODevice::NewOnly : QIODevice::Truncate;
     // Unbuffered, so that nothing of a block that failed waits for a later flush.
@@ -91,16 +97,34 @@ void CaptureFile::Create(const QString& path) {
 void CaptureFile::Append(std::string_view block) {
     if (!IsOpen()) throw RunTimeError(ErrorNumber::BadFileNameOrNumber);
     file_.unsetError();
-    const auto cutBack = [this] { return file_.resize(length_) && file_.seek(length_); };
+    const auto length = static_cast<qint64>(blocks_.size());
+    const auto cutBack = [this, length] { return file_.resize(length) && file_.seek(length); };
     // A part that an earlier failure could not cut off is cut off now.
-    const bool whole = (file_.size() == length_ || cutBack()) && WriteAll(file_, block) &&
+    const bool whole = (file_.size() == length || cutBack()) && WriteAll(file_, block) &&
                        FlushToDisk(file_.handle());
     if (!whole) {
         const ErrorNumber number = WritingError(file_, block.size());
         cutBack();
         ThrowError(number, Path());
     }
-    length_ += static_cast<qint64>(block.size());
+    blocks_ += block;
+}
+
+bool CaptureFile::IsGone() const {
+    return !file_.fileName().isEmpty() && !FileExists(file_.fileName());
+}
+
+void CaptureFile::MakeAgain() {
+    Open(file_.fileName());
+    std::string blocks = std::exchange(blocks_, {});
+    const auto restore = qScopeGuard([&] { blocks_ = std::move(blocks); });
+    try {
+        Append(blocks);
+    } catch (const RunTimeError&) {
+        // A part of it must not pass for the file that was lost.
+        file_.remove();
+        throw;
+    }
 }
 
 void CaptureFile::Close() {

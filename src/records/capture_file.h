@@ -28,11 +28,17 @@ class CaptureFile {
     // length it had, so that a later try does not follow a part. Throws 52 when it is not open.
     void Append(std::string_view block);
     void Close();
+    // Whether the file that was created is not there any more: it or its folder was deleted.
+    bool IsGone() const;
+    // Creates it once more, with every block that was appended, and keeps it open.
+    void MakeAgain();
     QString Path() const { return ShownPath(file_.fileName()); }
 
   private:
+    void Open(const QString& path);
+
     QFile file_;
-    qint64 length_ = 0;  // bytes of the blocks that were appended whole
+    std::string blocks_;  // that were appended whole
 };
 
 // One shot as the capture file holds it.
