@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <chrono>
 #include <string>
 
 namespace davo {
@@ -11,6 +12,10 @@ class Clock {
   public:
     virtual ~Clock() = default;
     virtual QDateTime Now() const { return QDateTime::currentDateTime(); }
+    // For lengths of time: nobody sets it back.
+    virtual std::chrono::steady_clock::time_point Ticks() const {
+        return std::chrono::steady_clock::now();
+    }
 };
 
 // "MM/DD/YY", whatever the user's locale.

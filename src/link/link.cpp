@@ -386,7 +386,7 @@ QString Link::LostMessage() {
     return QStringLiteral(
         "The connection to the DAVO was lost.\r\n"
         "Please check the cable and the adapter, then try again.\r\n"
-        "Everything that was measured is kept.");
+        "All complete shots and records are kept, but not what was running.");
 }
 
 }  // namespace davo

@@ -53,6 +53,8 @@ short PollUntil(int handle, short events, steady_clock::time_point until) {
 
 constexpr short kGone = POLLHUP | POLLERR | POLLNVAL;
 
+constexpr qint64 kMostGathered = 64 * 1024;  // bytes; the rest has its own event
+
 class QtSerialPort : public SerialPort {
   public:
     explicit QtSerialPort(const PortDevices& devices) : devices_(devices) {
@@ -113,7 +115,9 @@ class QtSerialPort : public SerialPort {
         {
             // What the driver holds belongs to this text too, even when no event loop has run.
             const QScopedValueRollback gathering(gathering_, true);
-            while ((PollUntil(Handle(), POLLIN, {}) & POLLIN) != 0 && port_.waitForReadyRead(0)) {
+            // A line that never pauses must not keep the caller here.
+            while (port_.bytesAvailable() < kMostGathered &&
+                   (PollUntil(Handle(), POLLIN, {}) & POLLIN) != 0 && port_.waitForReadyRead(0)) {
             }
         }
         return port_.readAll().toStdString();

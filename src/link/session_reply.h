@@ -1,17 +1,39 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "common/prompts.h"
 #include "link/link.h"
 
 namespace davo {
 
+// Text that is taken off at its front, at a cost that does not depend on how much is left.
+class PendingText {
+  public:
+    PendingText() = default;
+    PendingText(std::string text) : text_(std::move(text)) {}
+
+    void Append(std::string text);
+    void DropFirst(std::size_t count) { from_ += count; }
+    // Of what was dropped since the last Append.
+    void PutBack(std::size_t count) { from_ -= count; }
+
+    std::string_view View() const { return std::string_view(text_).substr(from_); }
+    std::size_t size() const { return text_.size() - from_; }
+    bool operator==(std::string_view text) const { return View() == text; }
+
+  private:
+    std::string text_;
+    std::size_t from_ = 0;
+};
+
 // The test session's reply buffers.
 struct SessionReply {
-    std::string sessionPending;  // polled from the port and not yet examined
+    PendingText sessionPending;  // polled from the port and not yet examined
     std::string sessionWindow;   // the part being examined for the awaited reply
 };
 
@@ -24,5 +46,8 @@ inline constexpr std::size_t kSessionLimit = 2000;
 // blocks is not found here: who examines a block puts its unfinished end back before the next pass.
 bool WaitForSessionReplyPass(Link& link, SessionReply& reply, std::string_view awaited,
                              Prompts& prompts);
+
+// The same without a look at the port, for the blocks of what one look has brought.
+bool ExamineSessionReply(SessionReply& reply, std::string_view awaited, Prompts& prompts);
 
 }  // namespace davo

@@ -152,6 +152,9 @@ void frmCControl::ShowCurve() {
             case ShotEvent::Dropped:
                 live_.DropShot();
                 break;
+            case ShotEvent::Lost:
+                live_.LoseShot();
+                break;
         }
     }
     controls_.ShowBesidePrompt(live_.Wanted());
@@ -183,7 +186,7 @@ void frmCControl::Timer1_Timer() {
 
 void frmCControl::timDateTime_Timer() {
     handlers_.RunAlone([this] { sequence_.timDateTime_Timer(); });
-    if (painted_.lblTime != sequence_.Screen().lblTime) Refresh();
+    if (painted_ != sequence_.Screen()) Refresh();
 }
 
 void frmCControl::cmdHeader_Click() {
@@ -297,6 +300,9 @@ void frmCControl::Refresh() {
             timer.stop();
         }
     };
+    // What is left of a flood is examined as soon as the operator has had his turn.
+    const int interval = sequence_.Unexamined() ? 0 : kPollInterval;
+    if (Timer1_.interval() != interval) Timer1_.setInterval(interval);
     run(Timer1_, sequence_.Polling() && !closing_);
     run(timDateTime_, sequence_.Clocking() && !closing_);
     run(timBeep_, sequence_.Beeping() && !closing_);

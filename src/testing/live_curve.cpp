@@ -48,10 +48,15 @@ void LiveCurve::StartShot(bool ratioOnly) {
         earlier_.push_back(*std::exchange(complete_, std::nullopt));
     }
     ratioOnly_ = ratioOnly;
+    lost_ = false;
     ForgetReadings();
 }
 
 void LiveCurve::AddReadings(std::string_view text) {
+    if (unread_.size() > kMostLiveText) {
+        unread_.clear();
+        textEnds_.clear();
+    }
     unread_ += text;
     textEnds_.push_back(unread_.size());
     ShowSoon();
@@ -119,6 +124,11 @@ void LiveCurve::DropShot() {
     ForgetReadings();
 }
 
+void LiveCurve::LoseShot() {
+    lost_ = true;
+    ShowAllAgain();
+}
+
 bool LiveCurve::Wanted() const {
     return !ratioOnly_ && (saturation_ || complete_ || !earlier_.empty());
 }
@@ -138,7 +148,7 @@ void LiveCurve::Flush() {
     if (rebuild_) {
         std::vector<ChartCurve> curves = earlier_;
         if (complete_) curves.push_back(*complete_);
-        curves.push_back({{}, readings_, {}, CurveLook::Readings});
+        curves.push_back({{}, readings_, {}, lost_ ? CurveLook::Faint : CurveLook::Readings});
         if (readings_.empty()) curves.pop_back();
         chart_->SetCurves(std::move(curves));
         rebuild_ = readings_.empty();

@@ -16,6 +16,9 @@ namespace davo {
 // How many readings of a shot are kept; beyond that every other one is left out.
 inline constexpr std::size_t kMostLiveReadings = 20000;
 
+// So much text is kept until it is read, ten thousand times what the line delivers meanwhile.
+inline constexpr std::size_t kMostLiveText = 2'000'000;
+
 // The curve of the shot under way beside the prompt, the session's earlier shots faint behind it.
 // What arrives is only kept; the chart is brought up to date ten times a second at most.
 class LiveCurve {
@@ -28,13 +31,16 @@ class LiveCurve {
     // Its saturation test has begun.
     void BeginSaturation() { saturation_ = true; }
     // Text of the saturation test with complete readings in it. It is kept as it is and read when
-    // the chart is brought up to date; a reading that is no number above zero is left out.
+    // the chart is brought up to date; a reading that is no number above zero is left out. Of a
+    // flood only the end is kept.
     void AddReadings(std::string_view text);
     // The shot's own points and kneepoints replace the readings; capture is its block of the
     // capture file. Of a record that cannot be read the readings stay.
     void CompleteShot(const std::string& capture);
     // The shot under way or just complete does not count.
     void DropShot();
+    // The shot under way does not go on; its readings stay, faint, until the next one begins.
+    void LoseShot();
 
     // Whether there is something to show, had the window room for it.
     bool Wanted() const;
@@ -61,6 +67,7 @@ class LiveCurve {
     bool rebuild_ = true;
     bool ratioOnly_ = true;  // until the first shot
     bool saturation_ = false;
+    bool lost_ = false;
 };
 
 }  // namespace davo

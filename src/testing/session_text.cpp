@@ -18,11 +18,11 @@ bool IsReading(std::string_view line) {
     return line == kCurrent.substr(0, 1) || Contains(line, kCurrent) || Contains(line, kVoltage);
 }
 
-std::string CurrentText(std::string_view text, std::size_t from, std::size_t voltageAt) {
+std::string_view CurrentText(std::string_view text, std::size_t from, std::size_t voltageAt) {
     const std::size_t length = voltageAt > from ? voltageAt - from - 1 : 0;
     const std::string_view current = Middle(text, from, length);
     // The voltage may stand on a line of its own.
-    return std::string(current.substr(0, current.find('\r')));
+    return current.substr(0, current.find('\r'));
 }
 
 // Where the last whole record ends; 0 without one.
@@ -57,7 +57,7 @@ std::vector<Reading> CompleteReadings(std::string_view text) {
         if (current != kNone) {
             const std::size_t value = voltage + kVoltage.size();
             readings.push_back({CurrentText(text, from + current + kCurrent.size(), voltage),
-                                std::string(text.substr(value, end - value))});
+                                text.substr(value, end - value)});
         }
         from = end + kLineEnd.size();
     }

@@ -16,10 +16,10 @@ namespace davo {
 
 inline constexpr std::string_view kSaturationPrompt = "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES";
 
-// One live reading, "I=0.0123 V=152.4": amperes and volts as received.
+// One live reading, "I=0.0123 V=152.4": amperes and volts as received, parts of the text.
 struct Reading {
-    std::string current;
-    std::string voltage;
+    std::string_view current;
+    std::string_view voltage;
 };
 
 // The readings that are there up to their CR LF, in their order. A "V=" belongs to the nearest

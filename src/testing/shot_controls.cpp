@@ -135,13 +135,17 @@ void ShotControls::BuildMessage(QWidget* window) {
     lblConfirm->SetCallToAct(true);
     lblDamage = Named(new FitLabel(kDamageCapitals, kDamageGrowth, frmeMessage), "lblDamage");
     lblDamage->SetAlert(true);
+    lblNotice = Named(new FitLabel(kPromptCapitals, 1.0, frmeMessage), "lblNotice");
     // The prompt keeps its size when the call to confirm comes and goes.
     lblConfirm->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     KeepRoomWhenHidden(lblConfirm);
     lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     lblMessage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     auto* column = Tight(new QVBoxLayout(frmeMessage));
+    // One line below a prompt, and all the room where there is none.
+    lblNotice->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     column->addWidget(lblMessage, 1);
+    column->addWidget(lblNotice);
     column->addWidget(lblConfirm);
     column->addWidget(lblDamage, kDamageStretch);
 }
@@ -261,6 +265,7 @@ void ShotControls::Paint(const ShotScreen* painted, const ShotScreen& screen) {
     paint(lblMessage, &ShotScreen::lblMessage);
     paint(lblConfirm, &ShotScreen::lblConfirm);
     paint(lblDamage, &ShotScreen::lblDamage);
+    paint(lblNotice, &ShotScreen::lblNotice);
     paint(lblPE, &ShotScreen::lblPE);
     paint(lblCRatio, &ShotScreen::lblCRatio);
     paint(lblCRCount, &ShotScreen::lblCRCount);
@@ -280,6 +285,8 @@ void ShotControls::Paint(const ShotScreen* painted, const ShotScreen& screen) {
     paint(cmdHeader, &ShotScreen::cmdHeader);
     paint(cmdExit, &ShotScreen::cmdExit);
     lblMessage->SetAlert(screen.messageWarns);
+    lblNotice->SetAlert(screen.noticeWarns);
+    lblMessage->setVisible(!screen.lblMessage.text.empty() || !screen.lblNotice.visible);
 }
 
 void ShotControls::PlaceBesidePrompt(QWidget* chart) {
@@ -289,11 +296,14 @@ void ShotControls::PlaceBesidePrompt(QWidget* chart) {
 
 void ShotControls::ShowBesidePrompt(bool wanted) {
     const QSize room = PromptRoom();
-    if (room != promptRoom_) {
+    const QString prompt = lblMessage->text();
+    const QString notice = lblNotice->isHidden() ? QString() : lblNotice->text();
+    if (room != promptRoom_ || notice != promptNotice_) {
         promptRoom_ = room;
-        widthBeside_ = WidthBeside(room);
+        promptNotice_ = notice;
+        widthBeside_ = WidthBeside(room, notice, !prompt.isEmpty() || notice.isEmpty());
     }
-    const bool silent = lblMessage->text().isEmpty() && lblDamage->text().isEmpty();
+    const bool silent = prompt.isEmpty() && notice.isEmpty() && lblDamage->text().isEmpty();
     const int width = silent ? room.width() * kAloneShare / 100 : widthBeside_;
     const bool shows = wanted && width > 0;
     if (shows) {
@@ -303,18 +313,26 @@ void ShotControls::ShowBesidePrompt(bool wanted) {
     if (besidePrompt_->isHidden() == shows) besidePrompt_->setVisible(shows);
 }
 
-// The row's width, and the height that the message has.
+// The row's width, and the height that message, notice and damage have together.
 QSize ShotControls::PromptRoom() const {
-    const int damage = lblDamage->isHidden() ? 0 : lblDamage->height() + kSpacing;
-    return {promptRow_->geometry().width() - promptRow_->spacing(), lblMessage->height() + damage};
+    int height = -kSpacing;
+    for (const QWidget* part : {lblMessage, lblNotice, lblDamage})
+        if (!part->isHidden()) height += part->height() + kSpacing;
+    return {promptRow_->geometry().width() - promptRow_->spacing(), height};
 }
 
-int ShotControls::WidthBeside(QSize room) const {
+int ShotControls::WidthBeside(QSize room, const QString& notice, bool prompt) const {
     constexpr int kStep = 8;
-    const int around = frmeMessage->width() - lblMessage->width();
+    const int around = frmeMessage->width() - lblConfirm->width();
+    const QString longest = QLatin1String(kLongestPrompt);
     for (int width = room.width() * kChartShare / 100; width >= kLeastChart; width -= kStep) {
-        const QSize left(room.width() - width - around, room.height());
-        if (lblMessage->HasRoomFor(QLatin1String(kLongestPrompt), left)) return width;
+        QSize left(room.width() - width - around, room.height());
+        if (prompt && !notice.isEmpty()) {
+            const QSize line(left.width(), lblNotice->minimumSizeHint().height());
+            if (!lblNotice->HasRoomFor(notice, line)) continue;
+            left.rheight() -= line.height() + kSpacing;
+        }
+        if (lblMessage->HasRoomFor(prompt ? longest : notice, left)) return width;
     }
     return 0;
 }

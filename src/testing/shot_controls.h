@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QSize>
+#include <QString>
 
 #include "testing/shot_screen.h"
 
@@ -37,6 +38,7 @@ struct ShotControls {
     FitLabel* lblMessage;
     FitLabel* lblConfirm;
     FitLabel* lblDamage;
+    FitLabel* lblNotice;
     QGroupBox* Frame3;
     QLineEdit* txtCur;
     QLineEdit* txtVolt;
@@ -63,11 +65,12 @@ struct ShotControls {
   private:
     QHBoxLayout* promptRow_ = nullptr;
     QWidget* besidePrompt_ = nullptr;
-    QSize promptRoom_;     // for which widthBeside_ was found
-    int widthBeside_ = 0;  // what the longest prompt leaves beside it; 0: too little
+    QSize promptRoom_;  // for these two widthBeside_ was found
+    QString promptNotice_;
+    int widthBeside_ = 0;  // what the longest prompt and the notice leave; 0: too little
 
     QSize PromptRoom() const;
-    int WidthBeside(QSize room) const;
+    int WidthBeside(QSize room, const QString& notice, bool prompt) const;
     QHBoxLayout* BuildTopRow(QWidget* window);
     void BuildMessage(QWidget* window);
     QHBoxLayout* BuildResults(QWidget* window);

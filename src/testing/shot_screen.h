@@ -37,13 +37,21 @@ struct ShotScreen {
     // Beyond the system's own controls: what is wrong with the shot that just completed; empty
     // when it is whole. It stays until the shot is dropped or the next one starts.
     ControlView lblDamage{"", true, false};
+    // At the prompt's size: what the window itself has to say, such as that nothing comes any more.
+    ControlView lblNotice{"", true, false};
 
     bool messageWarns = false;  // lblMessage says what must not be overlooked
+    bool noticeWarns = false;   // the same of lblNotice
 
     void ShowMessage(std::string_view text, bool warns = false) {
         lblMessage.text = text;
         messageWarns = warns;
     }
+    void ShowNotice(std::string_view text, bool warns = true) {
+        lblNotice = {std::string(text), true, true};
+        noticeWarns = warns;
+    }
+    void HideNotice() { lblNotice = {"", true, false}; }
     bool operator==(const ShotScreen&) const = default;
 };
 

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/shot_sequence.h"
 
+#include <QScopeGuard>
+#include <chrono>
+
+#include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
@@ -16,6 +20,8 @@ namespace {
 
 constexpr int kCancelTimes = 10;
 constexpr int kBeepsOfPrompt = 2;
+constexpr std::chrono::seconds kAged{2};
+constexpr std::chrono::seconds kLookInterval{1};
 constexpr std::string_view kEscape = "\x1b";
 
 QString DamageText(const std::string& damage) {
@@ -64,7 +70,7 @@ void ShotSequence::CreateCapture() {
 
 void ShotSequence::ResetTestWindow() {
     if (!around_.link.State().portOpen) return;
-    if (!around_.link.AskReady(kNotReadyMessage)) return;
+    if (!AskReady()) return;
     ShowBeginning();
     shot_.screen.cmdCancel.enabled = false;
     shot_.screen.txtVolt.text.clear();
@@ -73,14 +79,25 @@ void ShotSequence::ResetTestWindow() {
     if (shotsInCapture_ == 0 && !shotPending_) CreateCapture();
 }
 
+bool ShotSequence::AskReady() {
+    const bool startable = std::exchange(shot_.screen.cmdStart.enabled, false);
+    if (OnShow) OnShow();
+    const auto restore = qScopeGuard([&] { shot_.screen.cmdStart.enabled = startable; });
+    return around_.link.AskReady(kNotReadyMessage);
+}
+
 void ShotSequence::cmdStart_Click() {
     // The readiness check is under way: its reply must not be mixed with the shot's.
     if (around_.link.CurrentWait()) return;
-    if (shot_.screen.cmdStart.text == kCaptionNext) {
-        WriteShotTrailer();
-        AskRatioOnly();
-    }
-    if (!EnsurePortOpen()) return;
+    // Nothing is written before it is certain that the next shot begins.
+    const bool next = shot_.screen.cmdStart.text == kCaptionNext;
+    const bool asks = next && around_.modes.testBothMode;
+    const std::optional<bool> ratioOnly =
+        asks ? AskRatioOnly() : std::optional(around_.modes.testRatioOnlyMode);
+    if (!ratioOnly || !EnsurePortOpen()) return;
+    if (next) WriteShotTrailer();
+    around_.modes.testRatioOnlyMode = *ratioOnly;
+    if (asks) shot_.screen.cmdStart.text = kCaptionStart;
     if (around_.session.firstShot) {
         StampHeader();
     } else if (shot_.screen.cmdStart.text == kCaptionStart) {
@@ -93,32 +110,42 @@ void ShotSequence::cmdStart_Click() {
     around_.link.Output(around_.modes.testRatioOnlyMode ? "t" : "T");
     shot_.testState = kStateStarted;
     shot_.reply = {};
+    unexamined_ = false;
     shot_.awaitText = kLineEnd;
-    for (ControlView* view :
-         {&shot_.screen.txtVolt, &shot_.screen.txtCur, &shot_.screen.txtPolarity,
-          &shot_.screen.txtRatio, &shot_.screen.lblTest, &shot_.screen.txtPE}) {
-        view->text.clear();
-    }
-    shot_.screen.ShowMessage({});
-    HideDamage();
+    ClearShot();
     // The shot that could be repeated has just been written.
     if (RepeatOffered()) {
         shot_.screen.cmdContinue.text = kCaptionContinueTest;
         shot_.screen.cmdContinue.enabled = false;
     }
-    shot_.screen.lblPE.enabled = false;
     shot_.screen.cmdHeader.enabled = false;
     shot_.screen.cmdCancel.enabled = true;
-    shot_.saturating = false;
+    shotRefused_ = lost_ = false;
     shot_.polling = true;
     shot_.events.push_back(ShotEvent::Started);
 }
 
-void ShotSequence::AskRatioOnly() {
-    if (!around_.modes.testBothMode) return;
-    const Answer answer = around_.prompts.YesNo(QStringLiteral("Run Ratio test only?"), Answer::No);
-    around_.modes.testRatioOnlyMode = answer == Answer::Yes;
-    shot_.screen.cmdStart.text = kCaptionStart;
+// Nothing of a shot is to be seen any more.
+void ShotSequence::ClearShot() {
+    for (ControlView* view :
+         {&shot_.screen.txtVolt, &shot_.screen.txtCur, &shot_.screen.txtPolarity,
+          &shot_.screen.txtRatio, &shot_.screen.lblTest, &shot_.screen.txtPE}) {
+        view->text.clear();
+    }
+    shot_.screen.txtVolt.enabled = shot_.screen.txtCur.enabled = true;
+    shot_.screen.ShowMessage({});
+    shot_.screen.HideNotice();
+    HideDamage();
+    shot_.screen.lblPE.enabled = false;
+    shot_.saturating = shot_.readingInStep = shot_.recordBegun = false;
+    shot_.lastReading.reset();
+}
+
+std::optional<bool> ShotSequence::AskRatioOnly() {
+    const Answer answer =
+        around_.prompts.YesNoOrBack(QStringLiteral("Run Ratio test only?"), Answer::No);
+    if (answer == Answer::Cancel) return std::nullopt;
+    return answer == Answer::Yes;
 }
 
 bool ShotSequence::EnsurePortOpen() {
@@ -176,6 +203,7 @@ void ShotSequence::cmdCancel_Click() {
     shot_.screen.cmdExit.enabled = true;
     StopTimers();
     shot_.events.push_back(ShotEvent::Dropped);
+    shot_.screen.HideNotice();
     shot_.screen.lblConfirm.visible = false;
     shot_.screen.cmdContinue.enabled = false;
     for (int i = 0; i < kCancelTimes; ++i) {
@@ -197,8 +225,11 @@ void ShotSequence::PortLost() {
     if (!shot_.polling) return;
     shot_.polling = false;
     shot_.beeping = false;
-    shot_.events.push_back(ShotEvent::Dropped);
+    shot_.events.push_back(ShotEvent::Lost);
     shot_.confirmsThisShot = 0;
+    ClearShot();
+    lost_ = true;
+    shot_.screen.ShowNotice("CONNECTION TO THE DAVO LOST");
     shot_.screen.lblConfirm.visible = false;
     // A caption of "&OK" would keep the restarted shot from asking for the range switch.
     shot_.screen.cmdContinue.text = kCaptionContinueTest;
@@ -219,6 +250,19 @@ void ShotSequence::txtXVolt_LostFocus() {
 
 void ShotSequence::timDateTime_Timer() {
     shot_.screen.lblTime.text = ClockText(around_.clock.Now());
+    LookAround();
+}
+
+// Once a second, while any timer runs.
+void ShotSequence::LookAround() {
+    const TimePoint now = around_.clock.Ticks();
+    if (now - lastLook_ < kLookInterval) return;
+    lastLook_ = now;
+    KeepCapture();
+    if (!lost_) return;
+    if (!around_.link.State().portOpen && !(around_.reopenPort && around_.reopenPort())) return;
+    lost_ = false;
+    shot_.screen.HideNotice();
 }
 
 void ShotSequence::timBeep_Timer() {
@@ -229,35 +273,71 @@ void ShotSequence::timBeep_Timer() {
 }
 
 void ShotSequence::Timer1_Timer() {
-    bool unexamined = false;
-    do {
-        unexamined = shot_.polling && Pass(unexamined);
-    } while (unexamined);
+    constexpr std::size_t kMostBlocks = kMostExaminedAtOnce / kSessionBlock;
+    for (std::size_t block = 0; block < kMostBlocks && shot_.polling; ++block) {
+        Pass(block == 0);
+        if (!unexamined_) break;
+    }
+    if (!shot_.polling) return;
+    ShowAge();
+    LookAround();
 }
 
-bool ShotSequence::Pass(bool unexamined) {
-    const std::size_t before = shot_.reply.sessionPending.size();
-    const bool found =
-        WaitForSessionReplyPass(around_.link, shot_.reply, shot_.awaitText, around_.prompts);
-    std::string& window = shot_.reply.sessionWindow;
+void ShotSequence::Pass(bool first) {
+    SessionReply& reply = shot_.reply;
+    if (first) {
+        std::string text = around_.link.Input();
+        if (text.empty() && !unexamined_) return;
+        if (!text.empty()) shot_.lastText = around_.clock.Ticks();
+        reply.sessionPending.Append(std::move(text));
+    }
+    const bool found = ExamineSessionReply(reply, shot_.awaitText, around_.prompts);
+    std::string& window = reply.sessionWindow;
     shot_.windowIsCut = window.size() >= kSessionBlock;
-    const bool newText = shot_.windowIsCut || shot_.reply.sessionPending.size() != before;
-    if (!newText && !unexamined) return false;
+    unexamined_ = shot_.windowIsCut;
     if (shot_.windowIsCut) {
         // What goes on behind the block is examined with what follows it.
         const std::size_t from = UnfinishedFrom(window, shot_.testState != kStateRunning);
         if (from > 0) {
-            shot_.reply.sessionPending.insert(0, window, from);
+            reply.sessionPending.PutBack(window.size() - from);
             window.resize(from);
         }
     }
     // A record may come without a line end or after a prompt that noise has spoilt.
-    const bool record = shot_.testState != kStateRecordArriving && Contains(window, kRecordStart);
+    const bool holdsRecord = Contains(window, kRecordStart);
+    shot_.recordBegun = shot_.recordBegun || holdsRecord;
+    const bool record = shot_.testState != kStateRecordArriving && holdsRecord;
     if (found || record) {
         shot_.polling = shot_.testState == kStateRunning;
         RunTestStep();
     }
-    return shot_.windowIsCut;
+}
+
+// Readings that have aged are not to be taken for what is now, nor a line that has died for one
+// that is about to say something.
+void ShotSequence::ShowAge() {
+    const TimePoint now = around_.clock.Ticks();
+    const auto silence = [now](TimePoint since) {
+        return std::chrono::duration_cast<std::chrono::seconds>(now - since);
+    };
+    if (shot_.lastReading && silence(*shot_.lastReading) >= kAged) {
+        shot_.screen.txtCur.enabled = shot_.screen.txtVolt.enabled = false;
+    }
+    const auto say = [&](TimePoint since, const QString& text) {
+        const auto seconds = silence(since);
+        if (seconds < kAged) {
+            shot_.screen.HideNotice();
+        } else {
+            shot_.screen.ShowNotice(text.arg(seconds.count()).toStdString());
+        }
+    };
+    if (shot_.recordBegun) {
+        say(shot_.lastText, QStringLiteral("NO RECORD DATA FOR %1 s"));
+    } else if (shot_.readingInStep) {
+        say(*shot_.lastReading, QStringLiteral("NO READING FOR %1 s"));
+    } else {
+        shot_.screen.HideNotice();
+    }
 }
 
 void ShotSequence::RunTestStep() {
@@ -270,6 +350,7 @@ void ShotSequence::CompleteShot() {
     shot_.testState = kStateShotComplete;
     shot_.saturating = false;
     shot_.screen.ShowMessage({});
+    shot_.screen.HideNotice();
     shot_.screen.cmdExit.enabled = true;
     shot_.screen.cmdHeader.enabled = true;
     if (around_.session.shotCount != kShotRefusal) {
@@ -278,6 +359,11 @@ void ShotSequence::CompleteShot() {
     }
     shot_.screen.lblTest = {"TEST COMPLETE.", true, true};
     shot_.events.push_back(ShotEvent::Dropped);
+    shotRefused_ = true;
+    shot_.screen.lblConfirm.visible = false;
+    shot_.screen.cmdContinue.enabled = false;
+    shot_.screen.cmdCancel.enabled = false;
+    shot_.screen.ShowNotice("NO MORE SHOTS. PRESS EXIT TO SAVE.", false);
     around_.prompts.Message(QStringLiteral("You have ran the maximum limit (100) of shots."));
 }
 
@@ -348,6 +434,7 @@ std::string ShotSequence::ShotTrailer() const {
 }
 
 void ShotSequence::WriteShotTrailer() {
+    KeepCapture();
     if (!shotPending_) return;
     capture_.Append(ShotTrailer());
     shotPending_ = false;
@@ -358,6 +445,29 @@ void ShotSequence::WriteShotTrailer() {
         // The shot is safe. The journal that stands calls it pending, but also tells how many
         // shots lay before it in the capture file, so it is not taken for a second one.
     }
+}
+
+void ShotSequence::KeepCapture() {
+    if (!capture_.IsGone()) return;
+    const QString& folder = around_.places.scratchFolder;
+    QString text;
+    try {
+        CreateFolder(folder);
+        capture_.MakeAgain();
+        UpdateJournal();
+        text =
+            QStringLiteral(
+                "The folder of the running session was deleted: %1. The session goes on in a new "
+                "one; all complete shots are in it.")
+                .arg(ShownPath(folder));
+    } catch (const RunTimeError& error) {
+        text = QStringLiteral(
+                   "The folder of the running session is gone: %1. Its shots are in memory: do not "
+                   "end the program. %2")
+                   .arg(ShownPath(folder), QString::fromUtf8(error.what()));
+    }
+    // In the window: a box would keep the prompts of a running shot from being seen.
+    shot_.screen.lblDamage = {ToPage(text).value_or(text.toLatin1().toStdString()), true, true};
 }
 
 void ShotSequence::UpdateJournal() const {

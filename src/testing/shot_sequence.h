@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +15,8 @@
 namespace davo {
 
 inline constexpr int kShotRefusal = 101;  // shotCount at which a completed shot is refused
+// So many characters are examined before the window has its turn.
+inline constexpr std::size_t kMostExaminedAtOnce = 256 * kSessionBlock;
 
 // The test window's rules without the window: one value (Screen) that the window shows, and one
 // operation for each event. It never nests an event loop except inside Link::SendCommand and the
@@ -30,7 +33,8 @@ class ShotSequence : public ShotHooks {
     void cmdCancel_Click();
     void EscapePressed();  // stops polling and sends ESC; the window then closes
     // The port was lost: a running shot ends like a cancel, but nothing is sent and cmdStart can
-    // start it again. The prompt and the session's shots stay.
+    // start it again. What the shot showed goes, the session's shots stay. The window says so until
+    // the port is open again, which is tried once a second.
     void PortLost();
     void txtHVolt_LostFocus();
     void txtXVolt_LostFocus();
@@ -38,9 +42,12 @@ class ShotSequence : public ShotHooks {
     void timBeep_Timer();
 
     // Polls the port and runs RunTestStep when the awaited text is in the window, block by block
-    // until nothing is left to examine. Called when text has arrived, when the operator has acted,
-    // and when Timer1 ticks; without new text nothing happens.
+    // until nothing is left to examine or kMostExaminedAtOnce is done. Called when text has
+    // arrived, when the operator has acted, when Timer1 ticks, and again soon while Unexamined.
+    // Without new text it only looks how long nothing has come.
     void Timer1_Timer();
+    // Text is left that no block has had yet.
+    bool Unexamined() const { return shot_.polling && unexamined_; }
 
     // Examines sessionWindow and moves the test on; public for tests and the benchmark. What was
     // examined leaves sessionPending, so that no prompt acts twice; a record whose "DATA" has
@@ -50,6 +57,8 @@ class ShotSequence : public ShotHooks {
     // Appends the pending shot to the capture file, flushes it and takes it out of the journal;
     // nothing without one. When the disk refuses, the error is thrown and the shot stays pending.
     void WriteShotTrailer();
+    // Makes the capture file and the journal anew when their folder was deleted, and says so.
+    void KeepCapture();
     // The block that WriteShotTrailer would append now: the record, the three ratio lines and an
     // empty line, each ended by CR LF.
     std::string ShotTrailer() const;
@@ -68,6 +77,8 @@ class ShotSequence : public ShotHooks {
     std::vector<ShotEvent> TakeEvents() { return std::exchange(shot_.events, {}); }
     SessionReply& Reply() { return shot_.reply; }
     bool ShotPending() const { return shotPending_; }
+    // The last shot was one more than a session can hold.
+    bool ShotRefused() const { return shotRefused_; }
     bool Aborted() const { return aborted_; }       // by ESC
     bool Polling() const { return shot_.polling; }  // Timer1
     bool Clocking() const { return clocking_; }     // timDateTime
@@ -78,12 +89,18 @@ class ShotSequence : public ShotHooks {
     const TestSurroundings& Around() const { return around_; }
 
   private:
-    // One pass; unexamined: sessionPending holds what the last block left. Whether it does now.
-    bool Pass(bool unexamined);
+    // One block, the first of a call with a look at the port; then unexamined_ is up to date.
+    void Pass(bool first);
+    void ExamineWindow(bool found);
+    void ShowAge();
+    void LookAround();
     void ShowBeginning();
     void CreateCapture();
+    void ClearShot();
+    bool AskReady();
     bool EnsurePortOpen();
-    void AskRatioOnly();
+    // Nothing when the operator goes back to the shot that is complete.
+    std::optional<bool> AskRatioOnly();
     void StampHeader();  // with the date and time of the first shot
     void ClearBlankNameplate();
     void Beep(int times) const;
@@ -107,6 +124,10 @@ class ShotSequence : public ShotHooks {
     bool shotPending_ = false;
     bool clocking_ = false;
     bool aborted_ = false;
+    bool shotRefused_ = false;
+    bool unexamined_ = false;
+    bool lost_ = false;  // the port, and no shot was started since
+    TimePoint lastLook_;
 };
 
 }  // namespace davo

@@ -121,13 +121,12 @@ void Steps::RatioTestStart() {
     shot_.liveConfirm = true;
     shot_.awaitText = kLineEnd;
     if (around_.modes.testRatioOnlyMode) screen_.cmdStart.enabled = false;
-    // The lowering is over; its prompt must not take the place of this one.
-    if (shot_.confirmsThisShot == kConfirmsBeforeLowering) shot_.afterShot = false;
+    shot_.readingInStep = false;
     ShowRatioPrompt();
     if (hooks_.OnShow) hooks_.OnShow();
     const std::size_t end = start + kRatioTestMessage.size();
     shot_.reply.sessionWindow.erase(0, end);
-    if (!shot_.windowIsCut) shot_.reply.sessionPending.erase(0, end);
+    if (!shot_.windowIsCut) shot_.reply.sessionPending.DropFirst(end);
 }
 
 void Steps::LiveReadings() {
@@ -136,23 +135,28 @@ void Steps::LiveReadings() {
     shot_.awaitText = kLineEnd;
     const auto readings = CompleteReadings(shot_.reply.sessionWindow);
     if (readings.empty()) return;
+    shot_.lastReading = around_.clock.Ticks();
+    shot_.readingInStep = true;
     const Reading& latest = readings.back();
-    screen_.txtCur = {latest.current.substr(0, kCurrentWidth), true, screen_.txtCur.visible};
-    screen_.txtVolt = {latest.voltage, true, screen_.txtVolt.visible};
+    screen_.txtCur = {std::string(latest.current.substr(0, kCurrentWidth)), true,
+                      screen_.txtCur.visible};
+    screen_.txtVolt = {std::string(latest.voltage), true, screen_.txtVolt.visible};
     if (hooks_.OnReadings) hooks_.OnReadings(shot_.reply.sessionWindow);
     if (!shot_.liveConfirm) return;
     const bool open = screen_.cmdContinue.enabled && screen_.lblConfirm.visible;
     screen_.cmdContinue.enabled = true;
     screen_.lblConfirm.visible = true;
     if (!open && hooks_.OnFocus) hooks_.OnFocus("cmdContinue");
-    shot_.polling = false;
-    if (hooks_.OnShow) hooks_.OnShow();
-    shot_.polling = true;
+    // Of a flood only the end is painted.
+    if (hooks_.OnShow && !shot_.windowIsCut) hooks_.OnShow();
 }
 
 void Steps::SlowLowering() {
-    if (WindowHolds(kSlowMessage)) {
+    const std::string_view window = shot_.reply.sessionWindow;
+    const std::size_t message = window.find(kSlowMessage);
+    if (message != std::string_view::npos) {
         ShowSlowLowering();
+        shot_.readingInStep = !CompleteReadings(window.substr(message)).empty();
     } else if (shot_.afterShot && shot_.testState == kStateRunning &&
                shot_.confirmsThisShot == kConfirmsBeforeLowering) {
         ShowSlowLowering();
@@ -176,6 +180,8 @@ void Steps::RatioAndPolarity() {
 void Steps::ShowRatioPrompt() {
     screen_.lblTest.text = "RATIO TEST";
     shot_.saturating = false;
+    // The lowering is over; its prompt must not take the place of this one.
+    shot_.afterShot = false;
     shot_.beepCount = 0;
     shot_.beeping = true;
     screen_.ShowMessage(kRatioPrompt);
@@ -213,7 +219,8 @@ void Steps::DropExamined() {
     // The rest behind a block was not examined yet.
     if (shot_.windowIsCut) return;
     const bool keepReading = shot_.testState != kStateRunning;
-    shot_.reply.sessionPending.erase(0, UnfinishedFrom(shot_.reply.sessionPending, keepReading));
+    PendingText& pending = shot_.reply.sessionPending;
+    pending.DropFirst(UnfinishedFrom(pending.View(), keepReading));
 }
 
 void Steps::ParseRatioReply() {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,8 +26,11 @@ enum class ShotEvent {
     Started,
     SaturationBegun,
     Complete,  // ShotTrailer has it
-    Dropped,   // cancelled, refused, to be repeated, or the port was lost
+    Dropped,   // cancelled, refused, or to be repeated
+    Lost,      // the port was lost
 };
+
+using TimePoint = std::chrono::steady_clock::time_point;
 
 // Where a shot is: what the steps know and change.
 struct ShotState {
@@ -42,6 +47,10 @@ struct ShotState {
     bool afterShot = false;
     bool polling = false;
     bool beeping = false;
+    std::optional<TimePoint> lastReading;  // of this shot
+    bool readingInStep = false;            // one has come since the instrument's last prompt
+    bool recordBegun = false;              // its "DATA" has come
+    TimePoint lastText;                    // when something came
     std::vector<ShotEvent> events;
     bool windowIsCut = false;  // sessionWindow is a block cut off sessionPending, not a copy of it
 };

@@ -44,7 +44,8 @@ int FitLabel::LeastPixelSize() const {
 }
 
 bool FitLabel::HasRoomFor(const QString& text, QSize size) const {
-    return Fits(text, LeastPixelSize(), size - QSize(2 * kMargin, 2 * kMargin));
+    const int margins = 2 * (kMargin + (alert_ ? kAlertFrame : 0));
+    return Fits(text, LeastPixelSize(), size - QSize(margins, margins));
 }
 
 QRect FitLabel::TextRect() const {
@@ -86,7 +87,9 @@ QSize FitLabel::minimumSizeHint() const {
     QFont least = font();
     least.setPixelSize(LeastPixelSize());
     const QFontMetrics metrics(least);
-    return {metrics.averageCharWidth() * 8, metrics.lineSpacing() + 2 * (kMargin + kAlertFrame)};
+    const QRect all(0, 0, QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    const int line = metrics.boundingRect(all, kTextFlags, QStringLiteral("X")).height();
+    return {metrics.averageCharWidth() * 8, line + 2 * (kMargin + kAlertFrame)};
 }
 
 void FitLabel::paintEvent(QPaintEvent* /*event*/) {

@@ -34,7 +34,7 @@ RATIO_ONLY = "Run Ratio test only?"
 LEAVE = "Do You Want to Exit?"
 LOST = (
     "The connection to the DAVO was lost.\\nPlease check the cable and the adapter, then try again."
-    "\\nEverything that was measured is kept."
+    "\\nAll complete shots and records are kept, but not what was running."
 )
 
 TO_ZERO = "TURN VOLTAGE DRIVE TO ZERO..."

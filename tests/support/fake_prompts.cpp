@@ -32,6 +32,7 @@ void FakePrompts::Message(const QString& text, const QString& title) {
 Answer FakePrompts::YesNo(const QString& text, Answer preset, const QString&) {
     shown.push_back(text);
     presets.push_back(preset);
+    if (onQuestion) onQuestion(text);
     return TakeScripted(answers, text);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <string>
@@ -32,7 +33,8 @@ class FakePrompts : public Prompts {
     std::deque<QString> folders;                // for ChooseFolder
     std::vector<QString> shown;                 // every text, in order; "folder|filter" of SaveFile
     std::vector<Answer> presets;                // default buttons, in order
-    std::function<void(const QString&)> onMessage;  // called after a message is kept
+    std::function<void(const QString&)> onMessage;   // called after a message is kept
+    std::function<void(const QString&)> onQuestion;  // the same for YesNo
 };
 
 // A clock that stands still until it is set.
@@ -40,7 +42,12 @@ class FakeClock : public Clock {
   public:
     explicit FakeClock(const QDateTime& now) : now_(now) {}
     QDateTime Now() const override { return now_; }
+    std::chrono::steady_clock::time_point Ticks() const override {
+        return std::chrono::steady_clock::time_point(
+            std::chrono::milliseconds(now_.toMSecsSinceEpoch()));
+    }
     void Set(const QDateTime& now) { now_ = now; }
+    void Advance(std::chrono::milliseconds time) { now_ = now_.addMSecs(time.count()); }
 
   private:
     QDateTime now_;

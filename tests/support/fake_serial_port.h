@@ -80,7 +80,8 @@ class FakeSerialPort : public SerialPort {
     std::vector<std::pair<std::string, std::string>> always;
     bool open = false;
     int rThreshold = 0;
-    std::string waiting;  // arrived and not yet taken
+    std::string waiting;            // arrived and not yet taken
+    std::function<void()> onInput;  // before the text is taken
 
     std::string AllSent() const {
         std::string all;
@@ -133,6 +134,7 @@ class FakeSerialPort : public SerialPort {
     }
     std::string Input() override {
         ++inputs;
+        if (onInput) onInput();
         return std::exchange(waiting, {});
     }
     bool WaitForText(Time) override {

@@ -2,6 +2,7 @@
 // The test window under the operator's hands and eyes: keys, focus, shortcuts, sizes.
 
 #include <QToolTip>
+#include <chrono>
 #include <set>
 
 #include "tests/testing/test_window.h"
@@ -160,6 +161,10 @@ class LetterSize : public TestWindow, public ::testing::WithParamInterface<doubl
         ASSERT_NE(prompt, nullptr);
         EXPECT_GE(prompt->FittedPixelSize(), prompt->LeastPixelSize()) << moment;
         EXPECT_GT(prompt->FittedPixelSize(), Button("cmdStart")->fontInfo().pixelSize()) << moment;
+        const auto* notice = dynamic_cast<FitLabel*>(Label("lblNotice"));
+        ASSERT_NE(notice, nullptr);
+        if (!notice->isVisible()) return;
+        EXPECT_GE(notice->FittedPixelSize(), notice->LeastPixelSize()) << moment;
     }
     QFont usual;
 };
@@ -177,6 +182,10 @@ TEST_P(LetterSize, NothingIsCut) {
     Say("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
     Say("I=0.012345 V=1000.4");
     CheckNothingIsCut("saturation");
+    clock.Advance(std::chrono::seconds(1000));
+    ASSERT_TRUE(Until([this] { return Label("lblNotice")->isVisible(); }));
+    QTest::qWait(20);
+    CheckNothingIsCut("aged");
     Say("MESSAGE=VOLTAGE TOO HIGH!");
     EXPECT_EQ(Text("lblMessage"), "VOLTAGE TOO HIGH! TURN VOLTAGE DOWN!");
     CheckNothingIsCut("over-voltage");
@@ -189,6 +198,17 @@ TEST_P(LetterSize, NothingIsCut) {
     CheckNothingIsCut("ratio");
     Say(RecordOf(Digits()));
     CheckNothingIsCut("complete");
+    Click("cmdContinue");
+    Click("cmdExit");
+    ASSERT_TRUE(Label("lblNotice")->isVisible());
+    QTest::qWait(20);
+    CheckNothingIsCut("dropped");
+    StartFullShot();
+    port.Unplug();
+    ASSERT_TRUE(Until([this] { return !state.portOpen; }));
+    ASSERT_TRUE(Label("lblNotice")->isVisible());
+    QTest::qWait(20);
+    CheckNothingIsCut("lost");
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, LetterSize, ::testing::Values(1.0, 1.25, 1.5));

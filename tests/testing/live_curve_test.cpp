@@ -22,6 +22,19 @@ class LiveCurveWindow : public TestWindow {
     CurveChart* Chart() { return dynamic_cast<CurveChart*>(Find<QWidget>("chtLive")); }
 };
 
+constexpr int kOfACurve = 20;
+
+// How many points of widget are painted in colour.
+int Painted(QWidget& widget, const QColor& colour) {
+    const QImage image = widget.grab().toImage();
+    int painted = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            painted += image.pixelColor(x, y) == colour ? 1 : 0;
+    }
+    return painted;
+}
+
 TEST_F(LiveCurveWindow, ReadingsAppearAndTheShotReplacesThem) {
     Open();
     StartToRange();
@@ -127,12 +140,23 @@ TEST_F(LiveCurveWindow, TheTabKeyPassesItBy) {
     EXPECT_NE(QApplication::focusWidget(), Chart());
 }
 
-TEST_F(LiveCurveWindow, ALostPortTakesTheUnfinishedShotAway) {
+TEST_F(LiveCurveWindow, ALostPortDimsTheUnfinishedShot) {
+    pluggedIn = false;
     OpenAndStart();
     Say("I=0.0123 V=152.4");
-    ASSERT_TRUE(Chart()->isVisible());
+    Say("I=0.0523 V=352.4");
+    ASSERT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, -1}; }));
+    const ChartColours colours = ColoursOn(main.palette());
+    EXPECT_LT(Painted(*Chart(), colours.faint), kOfACurve);
     Unplug();
-    EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
+    EXPECT_TRUE(Until([&] { return Painted(*Chart(), colours.curves[0]) == 0; }));
+    EXPECT_GT(Painted(*Chart(), colours.faint), kOfACurve);
+    EXPECT_TRUE(Chart()->isVisible());
+    EXPECT_EQ(Chart()->Across(), (LogSpan{-2, -1}));
+    const auto* notice = dynamic_cast<FitLabel*>(Label("lblNotice"));
+    ASSERT_NE(notice, nullptr);
+    EXPECT_GE(notice->FittedPixelSize(), notice->LeastPixelSize()) << "beside the chart";
+    pluggedIn = true;
     StartFullShot();
     Say("I=5 V=152.4");
     EXPECT_TRUE(Until([this] {
@@ -212,17 +236,6 @@ TEST_F(LiveCurveWindow, TheRepeatedShotGoes) {
     EXPECT_FALSE(Chart()->isVisible());
 }
 
-// How many points of widget are painted in colour.
-int Painted(QWidget& widget, const QColor& colour) {
-    const QImage image = widget.grab().toImage();
-    int painted = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            painted += image.pixelColor(x, y) == colour ? 1 : 0;
-    }
-    return painted;
-}
-
 TEST(LiveCurve, EarlierShotsAreFaintAndWithoutKneepoints) {
     QWidget parent;
     LiveCurve live(&parent);
@@ -233,7 +246,6 @@ TEST(LiveCurve, EarlierShotsAreFaintAndWithoutKneepoints) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&parent));
     const ChartColours colours = ColoursOn(parent.palette());
     const auto shows = [&](const QColor& colour) {
-        constexpr int kOfACurve = 20;
         return Painted(*live.Chart(), colour) > kOfACurve;
     };
     live.StartShot(false);

@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <chrono>
 
 #include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"
@@ -25,10 +26,12 @@ TEST_F(SafetyTest, WhenTheDiskRefusesNothingIsSentAndTheShotStaysPending) {
     RunFullShot();
     sequence.Capture().Close();
     TakeSent();
+    prompts.answers = {Answer::Yes};
     EXPECT_THROW(sequence.cmdStart_Click(), RunTimeError);
     EXPECT_TRUE(port.sent.empty());
     EXPECT_TRUE(sequence.ShotPending());
-    EXPECT_TRUE(prompts.shown.empty());
+    EXPECT_TRUE(sequence.RepeatOffered());
+    EXPECT_FALSE(modes.testRatioOnlyMode);
     EXPECT_TRUE(Screen().cmdExit.enabled);
     EXPECT_EQ(Screen().cmdStart.text, "&Next Test");
     EXPECT_FALSE(Journal().pendingShot.empty());
@@ -106,7 +109,6 @@ TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
     prompts.answers = {Answer::No};
     StartFullShot();
     SayLine("I=0.1 V=1.0");
-    const std::string message = Screen().lblMessage.text;
     const std::string captured = CaptureBytes();
     TakeSent();
     link.OnLost = [this] { sequence.PortLost(); };
@@ -116,7 +118,13 @@ TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
     EXPECT_TRUE(port.sent.empty());
     EXPECT_FALSE(sequence.Polling());
     EXPECT_TRUE(sequence.Clocking()) << "the session goes on";
-    EXPECT_EQ(Screen().lblMessage.text, message);
+    for (const ControlView& view :
+         {Screen().lblMessage, Screen().lblTest, Screen().txtCur, Screen().txtVolt,
+          Screen().txtRatio, Screen().txtPolarity, Screen().txtPE}) {
+        EXPECT_EQ(view.text, "");
+    }
+    EXPECT_EQ(Screen().lblNotice, (ControlView{"CONNECTION TO THE DAVO LOST", true, true}));
+    EXPECT_TRUE(Screen().noticeWarns);
     EXPECT_FALSE(Screen().lblConfirm.visible);
     EXPECT_FALSE(Screen().cmdContinue.enabled);
     EXPECT_TRUE(Screen().cmdExit.enabled);
@@ -132,12 +140,38 @@ TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
     reopens = true;
     sequence.cmdStart_Click();
     EXPECT_EQ(TakeSent(), Sent{"T"});
+    EXPECT_FALSE(Screen().lblNotice.visible);
     SayLine("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
     EXPECT_EQ(Screen().lblMessage.text, "SET THE VOLTAGE RANGE SELECTOR SWITCH");
     EXPECT_TRUE(Screen().cmdContinue.enabled) << "the range switch is asked for again";
     EndShot("222.2");
     EXPECT_EQ(session.shotCount, 2);
     EXPECT_EQ(CaptureBytes(), captured);
+}
+
+TEST_F(SafetyTest, TheLossStaysUntilThePortIsBack) {
+    OpenFor(false);
+    StartFullShot();
+    link.OnLost = [this] { sequence.PortLost(); };
+    port.Unplug();
+    QCoreApplication::processEvents();
+    TakeSent();
+    for (int second = 1; second <= 3; ++second) {
+        clock.Advance(std::chrono::seconds(1));
+        sequence.timDateTime_Timer();
+        EXPECT_TRUE(Screen().lblNotice.visible);
+        EXPECT_EQ(reopenings, second) << "looked for once a second";
+        sequence.timDateTime_Timer();
+        EXPECT_EQ(reopenings, second);
+    }
+    reopens = true;
+    clock.Advance(std::chrono::seconds(1));
+    sequence.timDateTime_Timer();
+    EXPECT_FALSE(Screen().lblNotice.visible);
+    EXPECT_TRUE(port.sent.empty());
+    clock.Advance(std::chrono::seconds(1));
+    sequence.timDateTime_Timer();
+    EXPECT_EQ(reopenings, 4);
 }
 
 TEST_F(SafetyTest, LosingThePortBetweenShotsChangesNothing) {

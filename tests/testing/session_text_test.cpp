@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
 std::string Shown(std::string_view text) {
     std::string shown;
     for (const Reading& reading : CompleteReadings(text)) {
-        shown += "[" + reading.current + "|" + reading.voltage + "]";
+        shown += "[" + std::string(reading.current) + "|" + std::string(reading.voltage) + "]";
     }
     return shown;
 }

@@ -24,7 +24,8 @@ class StepsTest : public testing::Test, public SequenceRig {
         sequence.OnShow = [this] { ++shows; };
         sequence.OnReadings = [this](std::string_view window) {
             for (const Reading& reading : CompleteReadings(window))
-                readings += "[" + reading.current + "|" + reading.voltage + "]";
+                readings +=
+                    "[" + std::string(reading.current) + "|" + std::string(reading.voltage) + "]";
         };
     }
     void StartRatioOnly() {

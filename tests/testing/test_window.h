@@ -44,9 +44,10 @@ class TestWindow : public ::testing::Test, public SessionParts<RealTimePort>, pu
 
     QWidget& Window() override { return main; }
     void Open() {
-        window = new frmCControl({link, prompts, clock, places, modes, session, header,
-                                  [this] { ++beeps; }, [this] { return link.OpenComPort(1); }},
-                                 settings);
+        window = new frmCControl(
+            {link, prompts, clock, places, modes, session, header, [this] { ++beeps; },
+             [this] { return pluggedIn && link.OpenComPort(1); }},
+            settings);
         window->OnUnload = [this] { ++unloads; };
         window->OnHeader = [this](const std::function<void()>& changed) {
             auto* form = new frmHeader(header, session.testNotes, prompts, window);
@@ -115,6 +116,7 @@ class TestWindow : public ::testing::Test, public SessionParts<RealTimePort>, pu
     QString Data(const char* name) const { return settings.dataPath + QLatin1String(name); }
 
     Settings settings;
+    bool pluggedIn = true;
     int unloads = 0;
     QMainWindow main;
     QMdiArea* area = new QMdiArea;

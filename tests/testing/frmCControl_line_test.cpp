@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The test window while the line falls silent, is lost, or floods; and what it says at its limits.
+
+#include <QPalette>
+#include <chrono>
+
+#include "tests/testing/test_window.h"
+#include "ui/fit_label.h"
+
+namespace davo::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class TestWindowLine : public TestWindow {
+  protected:
+    bool Shows(const char* notice) {
+        return Label("lblNotice")->isVisible() && Text("lblNotice") == notice;
+    }
+};
+
+TEST_F(TestWindowLine, ReadingsThatHaveAgedAreGreyAndSaid) {
+    OpenAndStart();
+    Say("I=0.0123 V=491.2");
+    EXPECT_FALSE(Label("lblNotice")->isVisible());
+    clock.Advance(2s);
+    EXPECT_TRUE(Until([this] { return Shows("NO READING FOR 2 s"); })) << "without a new text";
+    EXPECT_FALSE(Enabled("txtCur"));
+    EXPECT_FALSE(Enabled("txtVolt"));
+    EXPECT_TRUE(Label("lblMessage")->isVisible());
+    EXPECT_TRUE(Button("cmdContinue")->hasFocus()) << "the confirmation is still possible";
+    clock.Advance(9s);
+    EXPECT_TRUE(Until([this] { return Shows("NO READING FOR 11 s"); }));
+    Say("I=0.0123 V=491.3");
+    EXPECT_FALSE(Label("lblNotice")->isVisible());
+    EXPECT_TRUE(Enabled("txtCur"));
+}
+
+TEST_F(TestWindowLine, ALossStaysOnTheWindowUntilThePortIsBack) {
+    Open();
+    pluggedIn = false;
+    StartFullShot();
+    Say("I=0.0123 V=491.2");
+    Unplug();
+    EXPECT_THAT(prompts.shown, ElementsAre(Link::LostMessage()));
+    EXPECT_THAT(Link::LostMessage().toStdString(),
+                EndsWith("All complete shots and records are kept, but not what was running."));
+    EXPECT_TRUE(Shows("CONNECTION TO THE DAVO LOST"));
+    EXPECT_FALSE(Label("lblMessage")->isVisible());
+    EXPECT_EQ(Text("txtVolt"), "");
+    clock.Advance(1s);
+    QTest::qWait(50);
+    EXPECT_TRUE(Shows("CONNECTION TO THE DAVO LOST"));
+    pluggedIn = true;
+    port.sent.clear();
+    clock.Advance(1s);
+    EXPECT_TRUE(Until([this] { return !Label("lblNotice")->isVisible(); }));
+    EXPECT_TRUE(state.portOpen);
+    EXPECT_TRUE(port.sent.empty());
+}
+
+TEST_F(TestWindowLine, TheEscapeKeyWorksInAFlood) {
+    OpenAndStart();
+    constexpr int kFlood = 200;  // MB; without a way out the test would end after it
+    std::string megabyte;
+    while (megabyte.size() < (1 << 20))
+        megabyte += "I=0.0123 V=491.2\r\n";
+    int delivered = 0;
+    port.onInput = [&] {
+        if (++delivered < kFlood) port.waiting += megabyte;
+    };
+    port.Deliver(megabyte);
+    QTimer::singleShot(0, window, [this] { Key(Qt::Key_Escape); });
+    EXPECT_TRUE(Closed());
+    EXPECT_LT(delivered, 10);
+}
+
+TEST_F(TestWindowLine, ABacklogIsExaminedToItsEndWithoutNewText) {
+    OpenAndStart();
+    std::string backlog;
+    while (backlog.size() < (1 << 20))
+        backlog += "I=0.0123 V=491.2\r\n";
+    port.Deliver(backlog + "I=0.0200 V=500.0\r\n");
+    EXPECT_TRUE(Until([this] { return Text("txtVolt") == "500.0"; }));
+}
+
+TEST_F(TestWindowLine, AfterTheRefusedShotTheWaysOutAreSaid) {
+    OpenAndRun();
+    session.shotCount = kShotRefusal;
+    prompts.answers = {Answer::No};
+    RunFullShot();
+    EXPECT_TRUE(Shows("NO MORE SHOTS. PRESS EXIT TO SAVE."));
+    EXPECT_FALSE(Label("lblConfirm")->isVisible());
+    session.shotCount = 1;
+    prompts.answers = {Answer::Yes};
+    prompts.files = {Data("T1.txt")};
+    Click("cmdExit");
+    EXPECT_TRUE(Closed());
+    EXPECT_TRUE(FileExists(Data("T1.txt")));
+}
+
+}  // namespace
+}  // namespace davo::test
