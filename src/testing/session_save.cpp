@@ -8,13 +8,14 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/record_file_writer.h"
+#include "records/record_name.h"
 #include "records/unsaved_sessions.h"
 
 namespace davo {
 
 namespace {
 
-constexpr qsizetype kExtensionLength = 4;  // ".txt"
+constexpr QLatin1String kExtension(".txt");
 
 // What is made into a record file.
 struct SessionContent {
@@ -39,41 +40,56 @@ QString NameOf(const QString& path) {
     return QFileInfo(path).fileName();
 }
 
-// Asks for the record file's path until its name is one that can be used; empty when the operator
-// left the dialog. The name ends in ".txt".
+// The name of a record without blanks around it and without ".txt".
+QString StemOf(const QString& fileName) {
+    QString stem = fileName.trimmed();
+    if (stem.endsWith(kExtension, Qt::CaseInsensitive)) stem.chop(kExtension.size());
+    return stem.trimmed();
+}
+
+// Why a record cannot have that name, in words; empty when it can.
+QString NameTrouble(const QString& stem) {
+    if (stem.isEmpty()) return QStringLiteral("The test record needs a name.");
+    if (stem.size() >= 2 && stem.contains(QLatin1Char('.'))) {
+        return QStringLiteral("Filename cannot contain ''.''  Please Re-enter.");
+    }
+    return RecordNameTrouble(stem);
+}
+
+// Asks for the record file's path until its name is one that a record can have; empty when the
+// operator left the dialog. The name ends in ".txt".
 QString AskForPath(Prompts& prompts, const QString& folder) {
     while (true) {
-        QString path = prompts.SaveFile(folder, QStringLiteral("*.txt"));
+        const QString path = prompts.SaveFile(folder, QStringLiteral("*.txt"));
         if (path.isEmpty()) return {};
-        if (!path.endsWith(QLatin1String(".txt"), Qt::CaseInsensitive)) {
-            path += QStringLiteral(".txt");
-        }
         const QString name = NameOf(path);
-        const QString stem = name.chopped(kExtensionLength);
-        if (stem.size() >= 2 && stem.contains(QLatin1Char('.'))) {
-            prompts.Message(QStringLiteral("Filename cannot contain ''.''  Please Re-enter."));
-        } else if (!ToPage(name)) {
-            // The name stands in the file itself and in the directory of the records.
-            prompts.Message(QStringLiteral(
-                "Filename contains a character that cannot be written in a test record.  "
-                "Please Re-enter."));
-        } else {
-            return path;
-        }
+        const QString stem = StemOf(name);
+        const QString trouble = NameTrouble(stem);
+        if (trouble.isEmpty()) return path.chopped(name.size()) + stem + kExtension;
+        prompts.Message(trouble);
     }
 }
 
 // Makes the data folder that the chosen path asks for. Only a folder that had to be made becomes
 // the data path; a file chosen for another folder that exists is written in the data path all the
-// same, the folder that Recall Test lists.
-void FollowChosenFolder(const QString& path, Settings& settings) {
+// same, the folder that Recall Test lists. False when the data folder has vanished and the operator
+// does not want the record where it would go.
+bool FollowChosenFolder(const QString& path, Prompts& prompts, Settings& settings) {
     const QString dataFolder = FolderText(R"(\Shots_Data\)");
     QString folder = ShownPath(path);
     folder.chop(NameOf(path).size());
     if (!folder.contains(dataFolder)) folder += dataFolder.mid(1);
-    if (FolderExists(folder)) return;
+    if (FolderExists(folder)) return true;
+    const QString question =
+        QStringLiteral(
+            "The data folder is not there any more. Do you want to save the test record as '%1'? ")
+            .arg(folder + NameOf(path));
+    if (!FolderExists(settings.dataPath) && prompts.YesNo(question, Answer::Yes) != Answer::Yes) {
+        return false;
+    }
     CreateFolder(folder);
     settings.dataPath = folder;
+    return true;
 }
 
 // From the file dialog to the record file. Throws what creating the folder and writing throw.
@@ -82,8 +98,12 @@ DialogueResult SaveAsRecordFile(const SessionContent& content, Prompts& prompts,
     // The data path is put back whatever happens.
     const QScopedValueRollback dataPath(settings.dataPath);
     const QString path = AskForPath(prompts, settings.dataPath);
-    if (path.isEmpty()) return {DialogueEnd::NoName, {}};
-    FollowChosenFolder(path, settings);
+    if (path.isEmpty()) {
+        prompts.Message(QStringLiteral(
+            "No test record was saved. The session is kept and will be offered again."));
+        return {DialogueEnd::NoName, {}};
+    }
+    if (!FollowChosenFolder(path, prompts, settings)) return {DialogueEnd::Again, {}};
     const QString name = NameOf(path);
     const QString target = settings.dataPath + name;
     if (FileExists(target) &&
@@ -138,8 +158,7 @@ void MarkSessionSaved(const TestSurroundings& around) {
 }
 
 // The question and the dialogue until the session is saved or given up.
-SaveOutcome AskAndSave(const ShotSequence& sequence, const QString& capturePath,
-                       Settings& settings) {
+SaveOutcome AskAndSave(ShotSequence& sequence, const QString& capturePath, Settings& settings) {
     const TestSurroundings& around = sequence.Around();
     Prompts& prompts = around.prompts;
     while (true) {
@@ -152,6 +171,7 @@ SaveOutcome AskAndSave(const ShotSequence& sequence, const QString& capturePath,
             }
             continue;
         }
+        sequence.KeepCapture();
         const DialogueResult result = TrySave(
             {capturePath, around.header, around.session.shotCount, around.session.testNotes},
             prompts, settings);
@@ -198,9 +218,13 @@ SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerRe
     sequence.StopTimers();
     around.beep();
     around.beep();
-    if (!sequence.ShotPending()) {
+    if (!sequence.ShotPending() && !sequence.ShotRefused()) {
         // After "&Repeat Test" the window stays; in any other state it closes without a question.
-        return {sequence.TestState() != kStateShotComplete, {}, false};
+        const bool dropped = sequence.TestState() == kStateShotComplete;
+        if (dropped) {
+            sequence.Screen().ShowNotice("SHOT DROPPED. START THE NEXT, OR HIT ESC.", false);
+        }
+        return {!dropped, {}, false};
     }
     const QString capturePath = sequence.Capture().Path();
     if (!FinishCapture(sequence)) return {};

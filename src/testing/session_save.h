@@ -13,7 +13,8 @@ struct SaveOutcome {
     bool viewResults = false;  // the operator wants the report
 };
 
-// cmdExit_Click: writes the pending shot, asks, saves. A failed save says so and leads back to
+// cmdExit_Click: writes the pending shot, asks, saves; also when the last shot was refused because
+// the session is full. A failed save says so and leads back to
 // the question, so that the session can be saved elsewhere; a pending shot that cannot be written
 // keeps the window open. offerResults: there is a report to view, so ask for it after a save.
 SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerResults);

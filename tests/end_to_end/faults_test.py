@@ -14,6 +14,7 @@ import expected_record
 import harness
 
 QUICK = ("--unpaced", "--quick", "--seed", "7")
+GONE = "The data folder is not there any more. Do you want to save the test record as '{}'? "
 OFFER = re.compile(
     r"An earlier session of \d\d/\d\d/\d\d \d\d:\d\d with 1 shot was never saved\. "
     r"Do you want to save it as a test record file now\?"
@@ -47,13 +48,15 @@ class Faults(unittest.TestCase):
         program.do("menu mnuBoth", "wait msgBox")
         self.assertRegex(program.prompt(), OFFER)
 
-    def save_elsewhere(self, rig, program):
+    def save_elsewhere(self, rig, program, data_is_gone=False):
         elsewhere = rig.folder / "stick"
         elsewhere.mkdir()
+        target = elsewhere / "Shots_Data" / "T1.txt"
         program.do(f'answer Yes "{harness.SAVE}"', f"chooseFile {elsewhere}/T1.txt")
+        if data_is_gone:
+            program.do(f'answer Yes "{GONE.format(target)}"')
         harness.finish_save(program)
-        shots = expected_record.shots_of(rig.byte_log)
-        self.assert_record(elsewhere / "Shots_Data" / "T1.txt", shots)
+        self.assert_record(target, expected_record.shots_of(rig.byte_log))
 
     def assert_no_prompt_follows(self, program):
         end = time.monotonic() + 1.5
@@ -241,9 +244,10 @@ class Disk(Faults):
             shutil.rmtree(rig.data)
             rig.data.write_text("no folder any more")
             program.do("chooseFile T1.txt")
+            program.do(f'answer Yes "{GONE.format(rig.data / "T1.txt")}"')
             program.do("waitContains msgBox \"The test record was not saved.\"")
             program.do("answer Ok")
-            self.save_elsewhere(rig, program)
+            self.save_elsewhere(rig, program, data_is_gone=True)
 
 
 if __name__ == "__main__":

@@ -74,6 +74,33 @@ TEST_F(SessionSave, StaysOpenAfterTheShotWasDropped) {
     EXPECT_TRUE(rig.prompts.shown.empty());
 }
 
+TEST_F(SessionSave, AfterADroppedShotTheWindowSaysWhatIsPossible) {
+    rig.RunRatioShot();
+    rig.sequence.cmdContinue_Click();  // "&Repeat Test"
+    Exit();
+    EXPECT_EQ(rig.Screen().lblNotice,
+              (ControlView{"SHOT DROPPED. START THE NEXT, OR HIT ESC.", true, true}));
+    EXPECT_FALSE(rig.Screen().noticeWarns);
+    rig.RunRatioShot();
+    EXPECT_FALSE(rig.Screen().lblNotice.visible);
+}
+
+TEST_F(SessionSave, AfterTheRefusedShotExitAsksToSave) {
+    rig.RunRatioShot("241.2");
+    rig.session.shotCount = kShotRefusal;
+    rig.RunRatioShot("333.3");
+    rig.session.shotCount = 1;
+    rig.prompts.shown.clear();
+    answers = {Answer::Yes};
+    files = {Data("T1.txt")};
+    const SaveOutcome outcome = Exit();
+    EXPECT_TRUE(outcome.closeWindow);
+    EXPECT_EQ(rig.prompts.shown.at(0), kSaveQuestion);
+    const TestRecordFile record = ReadTestRecordFile(Data("T1.txt"));
+    ASSERT_EQ(record.records.size(), 1U);
+    EXPECT_EQ(record.records[0].measuredRatio, "241.2");
+}
+
 TEST_F(SessionSave, WritesTheRecordFile) {
     rig.header.Field(0) = PadRight("ACME", 20);
     rig.session.testNotes = "first\r\nsecond";
@@ -141,6 +168,8 @@ TEST_F(SessionSave, AnEmptyNameClosesWithoutSaving) {
     const SaveOutcome outcome = Exit(true);
     EXPECT_TRUE(outcome.closeWindow);
     EXPECT_TRUE(outcome.savedFile.isEmpty());
+    EXPECT_EQ(rig.prompts.shown.back(),
+              u"No test record was saved. The session is kept and will be offered again."_s);
     EXPECT_FALSE(rig.Journal().saved);
     EXPECT_TRUE(QDir(settings.dataPath).isEmpty());
 }
@@ -165,14 +194,53 @@ TEST_F(SessionSave, ANameWithoutAnExtensionGetsOne) {
     EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).headers.at(0).testNumber, "T1");
 }
 
+TEST_F(SessionSave, ANameThatRenameRefusesIsRefusedInWords) {
+    const QString device = u"The name %1 is that of a device and cannot be a file's."_s;
+    const QString character =
+        u"The name %1 has a character that a file name cannot have.\r\n"
+        "These are not possible: \\ / : * ? \" < > | . !"_s;
+    const std::pair<const char*, QString> names[] = {
+        {"A!B", character.arg(u"A!B"_s)},
+        {"a:b.txt", character.arg(u"a:b"_s)},
+        {"CON", device.arg(u"CON"_s)},
+        {"lpt1.TXT", device.arg(u"lpt1"_s)},
+        {"..txt", character.arg(u"."_s)},
+        {".txt", u"The test record needs a name."_s},
+        {" .TXT ", u"The test record needs a name."_s}};
+    rig.RunRatioShot();
+    answers = {Answer::Yes};
+    for (const auto& [name, said] : names)
+        files.push_back(Data(name));
+    files.push_back(Data("T1"));
+    EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
+    for (std::size_t i = 0; i < std::size(names); ++i) {
+        ASSERT_GT(rig.prompts.shown.size(), 2 + 2 * i);
+        EXPECT_EQ(rig.prompts.shown.at(2 + 2 * i), names[i].second) << names[i].first;
+    }
+    EXPECT_EQ(QDir(settings.dataPath).entryList(QDir::Files), QStringList(u"T1.txt"_s));
+}
+
+TEST_F(SessionSave, ANameLosesItsBlanksAndEndsInTheExtension) {
+    const std::pair<const char*, const char*> names[] = {
+        {"A ", "A.txt"}, {"UP.TXT", "UP.txt"}, {" B .txt", "B.txt"}, {"C.Txt ", "C.txt"}};
+    for (const auto& [name, written] : names) {
+        rig.OpenFor(true);
+        rig.RunRatioShot();
+        answers = {Answer::Yes};
+        files = {Data(name)};
+        EXPECT_EQ(Exit().savedFile, Data(written));
+        EXPECT_EQ(ReadTestRecordFile(Data(written)).headers.at(0).testNumber + ".txt", written);
+    }
+    EXPECT_EQ(QDir(settings.dataPath).entryList(QDir::Files).size(), 4);
+}
+
 TEST_F(SessionSave, ANameOutsideThePageIsRefusedInWords) {
     rig.RunRatioShot();
     answers = {Answer::Yes};
     files = {settings.dataPath + u"\u03A9.txt"_s, settings.dataPath + u"M\u00FCller.txt"_s};
     EXPECT_EQ(Exit().savedFile, settings.dataPath + u"M\u00FCller.txt"_s);
     EXPECT_EQ(rig.prompts.shown.at(2),
-              u"Filename contains a character that cannot be written in a test "
-              "record.  Please Re-enter."_s);
+              u"The name \u03A9 has a character that a record file cannot hold."_s);
     EXPECT_EQ(ReadTestRecordFile(settings.dataPath + u"M\u00FCller.txt"_s).headers.at(0).testNumber,
               "M\xFCller");
 }
@@ -259,6 +327,41 @@ TEST_F(SessionSave, AVanishedDataFolderIsSaidAndTheSessionKept) {
     EXPECT_TRUE(Exit().savedFile.isEmpty());
     EXPECT_THAT(rig.prompts.shown.at(2).toStdString(), HasSubstr("Path not found"));
     EXPECT_EQ(SetAsideUnsavedSessions(rig.places.scratchFolder).size(), 1U);
+}
+
+TEST_F(SessionSave, WhereAVanishedDataFolderSendsTheRecordIsAskedBefore) {
+    rig.RunRatioShot();
+    ASSERT_TRUE(QDir(settings.dataPath).removeRecursively());
+    const QString elsewhere = rig.folder.Path("Elsewhere/");
+    ASSERT_TRUE(QDir().mkpath(elsewhere));
+    const QString target = ShownPath(elsewhere + u"Shots_Data/T1.txt"_s);
+    answers = {Answer::Yes, Answer::No, Answer::Yes, Answer::Yes};
+    files = {elsewhere + u"T1.txt"_s, elsewhere + u"T1.txt"_s};
+    bool madeBefore = false;
+    rig.prompts.onQuestion = [&](const QString&) {
+        madeBefore = madeBefore || FolderExists(elsewhere + u"Shots_Data"_s);
+    };
+    EXPECT_EQ(Exit().savedFile, target);
+    const QString question =
+        u"The data folder is not there any more. Do you want to save the test record as '%1'? "_s
+            .arg(target);
+    EXPECT_EQ(rig.prompts.shown.at(2), question);
+    EXPECT_EQ(rig.prompts.shown.at(3), kSaveQuestion);
+    EXPECT_EQ(rig.prompts.shown.at(5), question);
+    EXPECT_FALSE(madeBefore);
+    EXPECT_EQ(ReadTestRecordFile(target).headers.at(0).testNumber, "T1");
+}
+
+TEST_F(SessionSave, ADeletedSessionFolderDoesNotKeepTheSessionFromBeingSaved) {
+    rig.RunRatioShot("241.2");
+    rig.RunRatioShot("238.8");
+    answers = {Answer::Yes};
+    files = {Data("T1.txt")};
+    rig.prompts.onQuestion = [&](const QString&) {
+        EXPECT_TRUE(QDir(rig.places.scratchFolder).removeRecursively());
+    };
+    EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 2U);
 }
 
 TEST_F(SessionSave, APendingShotThatCannotBeWrittenKeepsTheWindow) {
