@@ -2,12 +2,13 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "testing/shot_sequence.h"
 
 namespace davo {
 
-// Nothing arrives and nothing is sent.
+// Nothing is sent, and what arrives is put here.
 class QuietPort : public SerialPort {
   public:
     void SetCommPort(std::int16_t) override {}
@@ -18,8 +19,10 @@ class QuietPort : public SerialPort {
     bool PortOpen() const override { return true; }
     void SetPortOpen(bool) override {}
     void Output(std::string_view) override {}
-    std::string Input() override { return {}; }
+    std::string Input() override { return std::exchange(waiting, {}); }
     bool WaitForText(Time) override { return false; }
+
+    std::string waiting;
 };
 
 class QuietPrompts : public Prompts {
@@ -38,6 +41,18 @@ class QuietPrompts : public Prompts {
 class Sequence {
   public:
     ShotSequence& operator*() { return sequence_; }
+
+    // Begins a shot, up to its saturation test.
+    void Start() {
+        state_.portOpen = true;
+        session_.firstShot = false;
+        sequence_.cmdStart_Click();
+        Arrive("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH\r\n");
+        sequence_.Timer1_Timer();
+        Arrive("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)\r\n");
+        sequence_.Timer1_Timer();
+    }
+    void Arrive(std::string text) { port_.waiting = std::move(text); }
 
     // One step over text, as if it had just arrived.
     void Pass(const std::string& text) {
