@@ -6,6 +6,7 @@ if(DAVO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   # The precompiled headers need the first two: what they define is in the key by their content.
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
     CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+    CCACHE_NOHASHDIR=1
     "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" "${DAVO_CCACHE}")
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
