@@ -32,7 +32,7 @@ def configure(folders):
     options = {
         "CMAKE_BUILD_TYPE": "RelWithDebInfo",
         "DAVO_PRECOMPILED_HEADERS": "OFF",
-        "DAVO_UNITY_TESTS": "OFF",
+        "DAVO_UNITY": "OFF",
         "DAVO_TESTS": with_tests,
         "DAVO_BENCH": with_tests,
     }
