@@ -3,14 +3,17 @@
 
 usage: tidy.py FOLDER ...: over the sources below these folders of the repository.
 
-build/tidy is configured for it: every source as it is, without precompiled headers and not joined
-with others, so that one that does not include what it uses is found, too.
+Most of its time goes into the headers that a source includes, so that it looks at the sources of a
+folder as one. Each is compiled by itself before, without precompiled headers, so that one that does
+not include what it uses is found, too. Sources that cannot be joined are looked at one by one.
 
-A file that passed is not looked at again until it, one of our headers that it includes, its compile
-command, .clang-tidy or a package of this machine changes: a stamp named after all of these is in
-build/tidy/passed.
+What passed is not looked at again until a source of it, one of our headers that it includes, the
+compile command, .clang-tidy or a package of this machine changes: a stamp named after all of these
+is in build/tidy/passed.
 """
 
+import bisect
+import collections
 import concurrent.futures
 import functools
 import hashlib
@@ -18,12 +21,14 @@ import json
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 BUILD = ROOT / "build" / "tidy"
 STAMPS = BUILD / "passed"
+JOINED = BUILD / "joined"
 INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.M)
 
 
@@ -74,11 +79,54 @@ def with_own_headers(path):
     return sorted(found)
 
 
-def stamp(entry, common):
-    digest = hashlib.sha256(common + entry["command"].encode())
-    for path in with_own_headers(pathlib.Path(entry["file"])):
-        digest.update(str(path.relative_to(ROOT)).encode() + path.read_bytes())
-    return STAMPS / digest.hexdigest()
+class Unit:
+    """Sources of one folder with one compile command."""
+
+    def __init__(self, folder, command, sources):
+        self.folder, self.command, self.sources = folder, command, sources
+
+    def stamp(self, common):
+        digest = hashlib.sha256(common + self.command.encode())
+        for source in sorted(self.sources):
+            for path in with_own_headers(source):
+                digest.update(str(path.relative_to(ROOT)).encode() + path.read_bytes())
+        return STAMPS / digest.hexdigest()
+
+    def flags(self):
+        return shlex.split(self.command)[1:] + ["-iquote", str(self.folder)]
+
+    def joined(self):
+        name = "-".join((*self.folder.relative_to(ROOT).parts, self.sources[0].stem))
+        return JOINED / f"{name}.cpp"
+
+    def join(self):
+        """One file with the text of all sources."""
+        self.joined().write_text("".join(source.read_text() + "\n" for source in self.sources))
+        return self.joined()
+
+    def in_sources(self, output):
+        """What is said of the joined file, said of the sources."""
+        begins, line = [], 1
+        for source in self.sources:
+            begins.append(line)
+            line += source.read_text().count("\n") + 1
+
+        def name(match):
+            line = int(match[1])
+            which = bisect.bisect(begins, line) - 1
+            return f"{self.sources[which]}:{line - begins[which] + 1}:"
+
+        return re.sub(re.escape(str(self.joined())) + r":(\d+):", name, output)
+
+
+def units(folders):
+    sources = collections.defaultdict(list)
+    for entry in own_sources(folders):
+        path = pathlib.Path(entry["file"])
+        command = re.sub(r" -o \S+ -c \S+$", "", entry["command"])
+        command = re.sub(r"^.*?(?=\S*/c\+\+ )", "", command).replace(" -fpch-preprocess", "")
+        sources[path.parent, command].append(path)
+    return [Unit(folder, command, paths) for (folder, command), paths in sources.items()]
 
 
 def common_key():
@@ -92,10 +140,38 @@ def common_key():
     return key
 
 
-def check(source):
-    return subprocess.run(
-        ["clang-tidy", "--quiet", "-p", BUILD, source], capture_output=True, text=True, check=False
-    )
+def run(*command):
+    result = subprocess.run(command, cwd=BUILD, capture_output=True, text=True, check=False)
+    return result.returncode, result.stdout + result.stderr
+
+
+def settings_of(folder):
+    while not (folder / ".clang-tidy").exists():
+        folder = folder.parent
+    return folder / ".clang-tidy"
+
+
+def look_at(unit, path):
+    settings = f"--config-file={settings_of(unit.folder)}"
+    return run("clang-tidy", "--quiet", settings, str(path), "--", *unit.flags())
+
+
+def check(unit):
+    """What is wrong with the unit's sources, or nothing."""
+    said = []
+    for source in unit.sources:
+        ended, output = run("clang++", "-fsyntax-only", *unit.flags(), str(source))
+        if ended:
+            said.append(output)
+    if said:
+        return said
+    ended, output = look_at(unit, unit.join())
+    if not ended:
+        return []
+    if "[clang-diagnostic-error]" in output and len(unit.sources) > 1:
+        looks = (look_at(unit, source) for source in unit.sources)
+        return [output for ended, output in looks if ended]
+    return [unit.in_sources(output)]
 
 
 def main():
@@ -103,24 +179,25 @@ def main():
     if not folders:
         sys.exit(__doc__)
     configure(folders)
-    STAMPS.mkdir(parents=True, exist_ok=True)
+    for folder in (STAMPS, JOINED):
+        folder.mkdir(parents=True, exist_ok=True)
     common = common_key()
-    stamps = {entry["file"]: stamp(entry, common) for entry in own_sources(folders)}
-    todo = sorted(source for source, path in stamps.items() if not path.exists())
-    print(f"{len(stamps)} files, {len(todo)} to look at", flush=True)
+    found = units(folders)
+    todo = [unit for unit in found if not unit.stamp(common).exists()]
+    todo.sort(key=lambda unit: -len(unit.sources))
+    count = sum(len(unit.sources) for unit in todo)
+    print(f"{sum(len(unit.sources) for unit in found)} files, {count} to look at", flush=True)
 
-    failed = []
+    failed = False
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        results = {pool.submit(check, source): source for source in todo}
+        results = {pool.submit(check, unit): unit for unit in todo}
         for future in concurrent.futures.as_completed(results):
-            source, result = results[future], future.result()
-            if result.returncode == 0:
-                stamps[source].touch()
-            else:
-                failed.append(source)
-                print(result.stdout, result.stderr, flush=True)
-    for source in sorted(failed):
-        print("clang-tidy:", pathlib.Path(source).relative_to(ROOT))
+            said = future.result()
+            if not said:
+                results[future].stamp(common).touch()
+                continue
+            failed = True
+            print("\n".join(said), flush=True)
     return 1 if failed else 0
 
 

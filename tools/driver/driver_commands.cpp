@@ -174,6 +174,9 @@ Step Driver::BuildMenu(const QString& action) {
     };
     first.act = [this, action] {
         const MenuPath path = FindMenuPath(action);
+        if (path.bar == nullptr) {
+            return;  // gone since "missing" was asked
+        }
         // The rest of the way, innermost first, since each goes to the front of the queue.
         for (qsizetype i = path.actions.size() - 1; i > 0; --i) {
             QMenu* menu = path.actions.at(i - 1)->menu();
