@@ -213,12 +213,12 @@ void frmHeader::ShowCutBoxes(const HeaderBoxes& boxes) {
         if (boxes.at(i) != typed.at(i)) cut.push_back(i);
     }
     cut_.clear();
-    if (cut.size() == 1) cut_ = QLatin1String(kHeaderKeys.at(cut.front()));
-    if (cut.size() > 1) cut_ = QStringLiteral("%1 fields").arg(cut.size());
-    if (cut.size() == 1)
-        cut_ += QStringLiteral(" was cut to %1 characters.").arg(kHeaderFieldWidth);
-    if (cut.size() > 1)
-        cut_ += QStringLiteral(" were cut to %1 characters.").arg(kHeaderFieldWidth);
+    if (cut.size() == 1) {
+        cut_ = QStringLiteral("%1 was cut to 20 characters.")
+                   .arg(QLatin1String(kHeaderKeys.at(cut.front())));
+    } else if (cut.size() > 1) {
+        cut_ = QStringLiteral("%1 fields were cut to 20 characters.").arg(cut.size());
+    }
     ShowBoxes(boxes);
 }
 
@@ -346,6 +346,7 @@ void frmHeader::ReadSlots() {
 void frmHeader::UploadSlots() {
     Converse([this] {
         PackShownSlot();
+        ShowState();
         if (!slotsRead_ &&
             prompts_.YesNo(QLatin1String(kUnreadQuestion), Answer::No) != Answer::Yes) {
             return;

@@ -192,7 +192,10 @@ TEST_F(HeaderModes, SavingSlotsThatWereNotReadAsksFirst) {
     line.prompts.shown.clear();
     line.prompts.answers = {Answer::No};
     Type(0, "ACME");
+    Type(1, "ABCDEFGHIJKLMNOPQRSTUVWXY");
     Save();
+    EXPECT_EQ(Status(),
+              "Not in the DAVO yet. Press Save to DAVO.\nSTATION was cut to 20 characters.");
     EXPECT_THAT(line.prompts.shown,
                 ElementsAre(u"The headers of the DAVO were not read.\r\n"
                             "All ten are replaced by those of this window, empty ones too.\r\n"
