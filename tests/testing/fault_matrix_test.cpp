@@ -12,7 +12,7 @@
 namespace davo::test {
 namespace {
 
-enum class Kind { Cut, Stall, Noise, Double, Flip, Unplug };
+enum class Kind { Cut, Stall, Noise, Erase, Double, Blank, Flip, Unplug };
 
 struct Fault {
     Kind kind = Kind::Cut;
@@ -21,7 +21,8 @@ struct Fault {
     unsigned bit = 0;
 
     std::string Name() const {
-        constexpr const char* kNames[] = {"cut", "stall", "noise", "double", "flip", "unplug"};
+        constexpr const char* kNames[] = {"cut",    "stall", "noise", "erase",
+                                          "double", "blank", "flip",  "unplug"};
         return std::string(kNames[static_cast<int>(kind)]) + " at " + std::to_string(at) + ", " +
                std::to_string(static_cast<unsigned char>(noise)) + ", " + std::to_string(bit);
     }
@@ -65,8 +66,14 @@ void DeliverFaulty(SequenceRig& rig, std::string part, std::size_t position, con
             case Kind::Noise:
                 part.insert(at, 1, fault.noise);
                 break;
+            case Kind::Erase:
+                part.erase(at, 1);
+                break;
             case Kind::Double:
                 part.insert(at, 1, part[at]);
+                break;
+            case Kind::Blank:
+                part[at] = ' ';
                 break;
             case Kind::Flip:
                 part[at] = static_cast<char>(part[at] ^ (1U << fault.bit));
@@ -101,7 +108,8 @@ class FaultMatrixTest : public testing::TestWithParam<bool> {
             for (const char noise : {'\xff', '\0', '7', 'D', ' ', '\r', '\n', '='}) {
                 faults.push_back({Kind::Noise, at, noise});
             }
-            faults.push_back({Kind::Double, at});
+            for (const Kind kind : {Kind::Erase, Kind::Double, Kind::Blank})
+                faults.push_back({kind, at});
             for (unsigned bit = 0; bit < 8; ++bit) {
                 faults.push_back({Kind::Flip, at, 0, bit});
             }
