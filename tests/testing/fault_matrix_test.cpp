@@ -33,7 +33,8 @@ struct Counts {
     int whole = 0;
     int damageShown = 0;
     int damageUnseen = 0;
-    int cancelled = 0;
+    int silenceShown = 0;  // not completed, and the window says for how long nothing has come
+    int waiting = 0;       // not completed before anything had come in the step
     int startedAgain = 0;
     int ratioChanged = 0;
 };
@@ -125,6 +126,7 @@ class FaultMatrixTest : public testing::TestWithParam<bool> {
     }
 
     void RunCase(const Fault& fault);
+    void ExpectSilenceShown(SequenceRig& rig);
     void StartAgain(SequenceRig& rig, const std::string& before);
 
     const ShotScript script_ = RecordScript(5, GetParam(), 3);
@@ -154,8 +156,8 @@ void FaultMatrixTest::RunCase(const Fault& fault) {
     }
     ASSERT_TRUE(rig.sequence.TestState() == kStateShotComplete || rig.sequence.Polling());
     if (rig.sequence.TestState() != kStateShotComplete) {
-        ++counts_.cancelled;
         ASSERT_NE(fault.kind, Kind::Stall) << "a stalled line comes back";
+        ExpectSilenceShown(rig);
         ASSERT_TRUE(rig.Screen().cmdCancel.enabled);
         rig.sequence.cmdCancel_Click();
     }
@@ -182,9 +184,26 @@ void FaultMatrixTest::RunCase(const Fault& fault) {
     }
 }
 
+// Nothing more comes: no reading on the screen can be taken for one of now.
+void FaultMatrixTest::ExpectSilenceShown(SequenceRig& rig) {
+    rig.clock.Advance(std::chrono::seconds(2));
+    rig.sequence.Timer1_Timer();
+    const ShotScreen& screen = rig.Screen();
+    ++(screen.lblNotice.visible ? counts_.silenceShown : counts_.waiting);
+    for (const ControlView* reading : {&screen.txtCur, &screen.txtVolt})
+        ASSERT_TRUE(reading->text.empty() || !reading->enabled);
+    ASSERT_TRUE(screen.lblNotice.visible || !screen.lblMessage.text.empty() ||
+                screen.txtCur.text.empty())
+        << "neither a prompt nor a word";
+}
+
 // The cable is back: the shot that was lost is run again in the same session.
 void FaultMatrixTest::StartAgain(SequenceRig& rig, const std::string& before) {
     ++counts_.startedAgain;
+    ASSERT_EQ(rig.Screen().lblNotice.text, "CONNECTION TO THE DAVO LOST");
+    ASSERT_TRUE(rig.Screen().lblNotice.visible);
+    ASSERT_EQ(rig.Screen().lblMessage.text + rig.Screen().txtCur.text + rig.Screen().txtVolt.text,
+              "");
     ASSERT_TRUE(rig.Screen().cmdExit.enabled);
     ASSERT_TRUE(rig.Screen().cmdStart.enabled);
     ASSERT_EQ(rig.CaptureBytes(), before);
@@ -207,15 +226,17 @@ TEST_P(FaultMatrixTest, EveryFaultAtEveryByte) {
         if (HasFatalFailure()) FAIL() << fault.Name();
     }
     EXPECT_EQ(counts_.damageUnseen, unseenExpected);
-    EXPECT_EQ(counts_.whole + counts_.damageShown + counts_.damageUnseen + counts_.cancelled +
-                  counts_.startedAgain,
+    EXPECT_EQ(counts_.whole + counts_.damageShown + counts_.damageUnseen + counts_.silenceShown +
+                  counts_.waiting + counts_.startedAgain,
               counts_.cases);
     std::cout << counts_.cases << " cases over " << script_.Size() << " bytes: " << counts_.whole
               << " records whole, " << counts_.damageShown << " damaged and shown, "
               << counts_.damageUnseen
               << " with one digit turned into another (no checksum on the line, cannot be seen), "
-              << counts_.cancelled << " not completed and cancelled, " << counts_.startedAgain
-              << " unplugged and started again; in " << counts_.ratioChanged
+              << counts_.silenceShown << " stopped and said for how long, " << counts_.waiting
+              << " stopped before a reading had come in the step, which shows its prompt, "
+              << counts_.startedAgain << " unplugged, said and started again; in "
+              << counts_.ratioChanged
               << " completed ones the text of the ratio line was changed or lost" << std::endl;
 }
 
