@@ -22,6 +22,7 @@
 #include "common/files.h"
 #include "common/places.h"
 #include "curves/beside_records.h"
+#include "records/record_name.h"
 #include "records/sorting.h"
 #include "retrieval/memory_directory.h"
 #include "retrieval/record_download.h"
@@ -357,7 +358,7 @@ void frmTestList::cmdSave_Click() {
     } else if (mode_ == ListMode::Instrument) {
         Download(rows);
     } else {
-        View(rows.front());
+        View(rows);
     }
 }
 
@@ -387,14 +388,19 @@ void frmTestList::Download(const std::vector<int>& rows) {
     });
 }
 
-void frmTestList::View(int row) {
+void frmTestList::View(const std::vector<int>& rows) {
     if (!Reports.make) return;
-    const QString file =
-        around_.settings.dataPath + records_.at(static_cast<std::size_t>(row)).file;
+    const QString name = records_.at(static_cast<std::size_t>(rows.front())).file;
+    const QString which = rows.size() == 1 ? QString()
+                                           : QStringLiteral("Of %1 selected files %2 is shown.")
+                                                 .arg(rows.size())
+                                                 .arg(RecordNameOf(name));
+    const QString file = around_.settings.dataPath + name;
     const QScopedValueRollback leave(leave_, Reports.leave);
-    While(Activity::Report, [this, &file] {
-        lblMessage_->setText(QLatin1String(kPlottingCaption));
-        const auto hide = qScopeGuard([this] { lblMessage_->clear(); });
+    While(Activity::Report, [this, &file, &which] {
+        lblMessage_->setText(
+            (QLatin1String(kPlottingCaption) + QLatin1Char('\n') + which).trimmed());
+        const auto hide = qScopeGuard([this, &which] { lblMessage_->setText(which); });
         Reports.make(file, [this](const QString& text) { lblStatus_->setText(text); });
     });
 }

@@ -78,7 +78,8 @@ class frmTestList : public QWidget {
     bool MakeFolders();
     void ChangeFolder(const QString& chosen);
     void Download(const std::vector<int>& rows);
-    void View(int row);
+    // The first of rows.
+    void View(const std::vector<int>& rows);
 
     void cmdRefresh_Click();
     void cmdDir_Click();

@@ -169,9 +169,26 @@ TEST_F(ViewedRecord, IsTheFirstOfSeveralSelected) {
     ShowFolder();
     ASSERT_THAT(Column(0), ElementsAre("T0013", "T0012"));
     ChooseAll();
+    std::string said;
+    QTimer::singleShot(0, window.get(), [&] { said = Text("lblMessage"); });
+    Click("cmdSave");
+    EXPECT_THAT(reports.targets, ElementsAre(settings.excelPath + u"T0013.xls"_s));
+    EXPECT_EQ(said, "Plotting Excel Graphs, Please Wait...\nOf 2 selected files T0013 is shown.");
+    EXPECT_EQ(Text("lblMessage"), "Of 2 selected files T0013 is shown.");
+    ClickRow(1);
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblMessage"), "");
+}
+
+// Also when the panel beside the list has its record, and buttons of its own.
+TEST_F(ViewedRecord, IsViewedByAltV) {
+    ShowFolder();
+    ClickRow(0);
+    ASSERT_TRUE(Until([this] { return Enabled("cmdSaveCsv"); }));
+    ASSERT_TRUE(Find<QWidget>("cmdSaveCsv")->isVisible());
     QTest::keyClick(window.get(), Qt::Key_V, Qt::AltModifier);
     EXPECT_TRUE(Until([&] { return !reports.targets.empty(); }));
-    EXPECT_THAT(reports.targets, ElementsAre(settings.excelPath + u"T0013.xls"_s));
+    EXPECT_THAT(reports.targets, ElementsAre(settings.excelPath + u"T0012.xls"_s));
 }
 
 TEST_F(ViewedRecord, ThatIsGoneMeanwhileIsSaid) {
