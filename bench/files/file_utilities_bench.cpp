@@ -31,6 +31,7 @@ constexpr int kRuns = 9;
 class YesPrompts : public Prompts {
   public:
     void Message(const QString& text, const QString&) override {
+        if (text.startsWith(QLatin1String("Copied: 250 of 250"))) return;
         std::printf("%s\n", text.toStdString().c_str());
         std::exit(1);
     }

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/open_forms.h"
 
+#include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QStatusBar>
 #include <utility>
 
 #include "files/frmCopyFile.h"
@@ -69,10 +71,14 @@ OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMod
 
 OpenChild RecordHeaderEditor(ProgramState& state, const ProgramServices& services) {
     return [&state, services](QMdiArea& area, const std::function<void()>& closed) {
-        ShowIn(area,
-               std::make_unique<frmSetDescr>(state.directory, state.settings.dataPath,
-                                             services.prompts),
-               closed);
+        auto window = std::make_unique<frmSetDescr>(state.directory, state.settings.dataPath,
+                                                    services.prompts);
+        window->OnSaved = [main = area.window()](const QString& text) {
+            constexpr int kShown = 8000;  // ms
+            if (auto* frame = qobject_cast<QMainWindow*>(main))
+                frame->statusBar()->showMessage(text, kShown);
+        };
+        ShowIn(area, std::move(window), closed);
     };
 }
 

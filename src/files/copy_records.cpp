@@ -50,11 +50,20 @@ CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QSt
     return {CopyEnd::Failed, reason};
 }
 
-QString CopyFailuresText(const std::vector<QString>& failures, std::size_t fileCount) {
+void CopyEndings::Count(const QString& file, const CopyOutcome& outcome) {
+    if (outcome.end == CopyEnd::Copied) ++copied;
+    if (outcome.end == CopyEnd::Failed)
+        failures.push_back(ShownName(file) + QStringLiteral(": ") + outcome.reason);
+}
+
+QString CopyEndings::Text(const QString& target) const {
     constexpr std::size_t kMostNamed = 15;
-    if (failures.empty()) return {};
+    const QString all =
+        files == 1 ? QStringLiteral("1 file") : QStringLiteral("%1 files").arg(files);
     QStringList lines(
-        QStringLiteral("%1 of %2 files were not copied:").arg(failures.size()).arg(fileCount));
+        QStringLiteral("Copied: %1 of %2, to %3").arg(copied).arg(all, ShownPath(target)));
+    if (!failures.empty())
+        lines += QStringLiteral("%1 of %2 files were not copied:").arg(failures.size()).arg(files);
     for (std::size_t i = 0; i < std::min(failures.size(), kMostNamed); ++i)
         lines += failures[i];
     if (failures.size() > kMostNamed) {

@@ -27,7 +27,14 @@ bool IsSameFolder(const QString& one, const QString& other);
 CopyOutcome CopyRecord(const QString& dataPath, const QString& target, const QString& file,
                        Prompts& prompts);
 
-// What the operator is told of the failures ("name: reason") of so many files; empty without one.
-QString CopyFailuresText(const std::vector<QString>& failures, std::size_t fileCount);
+// What the operator is told when copying has ended.
+struct CopyEndings {
+    std::size_t files = 0;  // that were to be copied
+    std::size_t copied = 0;
+    std::vector<QString> failures;  // "name: reason" each
+
+    void Count(const QString& file, const CopyOutcome& outcome);
+    QString Text(const QString& target) const;
+};
 
 }  // namespace davo

@@ -120,26 +120,24 @@ void frmCopyFile::ShowNames(const QString& target, const QString& file) {
 }
 
 void frmCopyFile::CopyAll(const QString& target) {
-    std::vector<QString> failures;
+    CopyEndings endings{.files = files_.size(), .failures = {}};
     QElapsedTimer sinceShown;
     for (; next_ < files_.size() && !cancelled_; ++next_) {
         if (next_ >= kMostSelected) throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
         const QString& file = files_[next_];
-        // Faster than a screen shows them, names would only cost time.
+        // Faster than a screen shows them, names would only cost time; a question needs its own.
         if (!sinceShown.isValid() || sinceShown.hasExpired(kLeastShown) ||
-            next_ + 1 == files_.size()) {
+            next_ + 1 == files_.size() || FileExists(target + file)) {
             sinceShown.start();
             ShowNames(target, file);
         }
         const CopyOutcome outcome = CopyRecord(settings_.dataPath, target, file, prompts_);
         if (outcome.end == CopyEnd::Cancelled) break;
-        if (outcome.end == CopyEnd::Failed)
-            failures.push_back(ShownName(file) + QStringLiteral(": ") + outcome.reason);
+        endings.Count(file, outcome);
         QCoreApplication::processEvents();
     }
     Timer1_Timer();
-    const QString told = CopyFailuresText(failures, files_.size());
-    if (!told.isEmpty()) prompts_.Message(told);
+    prompts_.Message(endings.Text(target));
 }
 
 void frmCopyFile::Timer1_Timer() {

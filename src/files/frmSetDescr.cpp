@@ -47,6 +47,9 @@ constexpr const char* kNotSaved =
 constexpr const char* kTestGone =
     "The file '%1' has no test %2 any more. What was typed for it is not saved.";
 
+constexpr std::array<const char*, kHeaderFieldCount> kCaptions = {
+    "Company:", "Station:", "Circuit:", "MFR:", "Model:", "Serial #:", "Comments:", "Operator:"};
+
 // Puts text into box, its beginning in sight.
 void ShowIn(QLineEdit* box, const QString& text) {
     box->setText(text);
@@ -139,6 +142,8 @@ QLineEdit* frmSetDescr::AddBox(QGridLayout* grid, int row, int column, const cha
     label->setBuddy(box);
     grid->addWidget(label, row, 2 * column);
     grid->addWidget(box, row, 2 * column + 1);
+    connect(box, &QLineEdit::textEdited, this,
+            [this, box, caption] { ShowCount(box, QLatin1String(caption)); });
     return box;
 }
 
@@ -161,15 +166,15 @@ QGroupBox* frmSetDescr::BuildFrame() {
         plain.setColor(QPalette::Base, plain.color(QPalette::Window));
         box->setPalette(plain);
     }
-    constexpr std::array<const char*, kHeaderFieldCount> kCaptions = {
-        "Company:", "Station:",  "Circuit:",  "MFR:",
-        "Model:",   "Serial #:", "Comments:", "Operator:"};
     constexpr int kRowsOfHeader = 4;
     for (int i = 0; i < kHeaderFieldCount; ++i) {
         txtHeader_.at(static_cast<std::size_t>(i)) =
             AddBox(grid, i % kRowsOfHeader, 1 + i / kRowsOfHeader,
                    kCaptions.at(static_cast<std::size_t>(i)), QStringLiteral("txtHeader%1").arg(i));
     }
+    lblState_ = MakeParagraph(frame, "lblState");
+    lblState_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    grid->addWidget(lblState_, kRowsOfHeader, 2, 1, 4);
     return frame;
 }
 
@@ -228,6 +233,7 @@ void frmSetDescr::lvTest_Click() {
     const std::vector<int> selected = lvTest_->SelectedRows();
     const int before = file_ ? file_->row : -1;
     if (!selected.empty() && selected.front() == before) return;
+    lblState_->clear();
     if (selected.empty() || !MayLeaveFile()) {
         // The row shown as chosen is that of the file in hand.
         if (file_) lvTest_->setCurrentItem(lvTest_->topLevelItem(before));
@@ -318,6 +324,15 @@ QString frmSetDescr::TestCaption(std::size_t test) const {
     return caption;
 }
 
+void frmSetDescr::ShowCount(const QLineEdit* box, const QString& caption) {
+    const auto count = box->text().size();
+    QString text =
+        QStringLiteral("%1 %2 of %3 characters").arg(caption).arg(count).arg(kHeaderFieldWidth);
+    const bool isOver = std::cmp_greater(count, kHeaderFieldWidth);
+    if (isOver) text += QStringLiteral("; what is over is cut off");
+    lblState_->setText(text);
+}
+
 void frmSetDescr::TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts) {
     texts.at(static_cast<std::size_t>(test_)) = TakeField(box);
     lstTest_->item(test_)->setText(TestCaption(static_cast<std::size_t>(test_)));
@@ -354,9 +369,14 @@ QString frmSetDescr::Name() const {
     return ShownName(files_.at(static_cast<std::size_t>(file_->row)));
 }
 
-void frmSetDescr::TakeHeader() {
-    for (std::size_t i = 0; i < txtHeader_.size(); ++i)
+QStringList frmSetDescr::TakeHeader() {
+    QStringList cut;
+    for (std::size_t i = 0; i < txtHeader_.size(); ++i) {
+        const QString before = txtHeader_.at(i)->text();
         file_->headers.header.at(i) = TakeField(txtHeader_.at(i));
+        if (txtHeader_.at(i)->text() != before) cut += QLatin1String(kCaptions.at(i)).chopped(1);
+    }
+    return cut;
 }
 
 bool frmSetDescr::Agrees(const char* question) const {
@@ -364,21 +384,22 @@ bool frmSetDescr::Agrees(const char* question) const {
 }
 
 bool frmSetDescr::WriteBack() {
-    TakeHeader();
+    const QStringList cut = TakeHeader();
     const QString path = PathOf(file_->row);
     const std::string current = ReadWholeFile(path);
-    return current == file_->bytes ? WriteTyped(path) : WriteMerged(path, current);
+    return current == file_->bytes ? WriteTyped(path, cut) : WriteMerged(path, cut, current);
 }
 
-bool frmSetDescr::WriteTyped(const QString& path) {
+bool frmSetDescr::WriteTyped(const QString& path, const QStringList& cut) {
     if (!SurvivesRewrite(file_->bytes, file_->headers) && !Agrees(kKeyInText)) return false;
     std::string written = RewriteRecord(file_->bytes, file_->headers);
     ReplaceFile(path, written);
-    Keep(std::move(written));
+    Keep(std::move(written), cut);
     return true;
 }
 
-bool frmSetDescr::WriteMerged(const QString& path, const std::string& current) {
+bool frmSetDescr::WriteMerged(const QString& path, const QStringList& cut,
+                              const std::string& current) {
     if (!Agrees(kChangedMeanwhile)) return false;
     MergedHeaders merged =
         MergeHeaders(ReadRecordHeaders(file_->bytes), file_->headers, ReadRecordHeaders(current));
@@ -386,18 +407,26 @@ bool frmSetDescr::WriteMerged(const QString& path, const std::string& current) {
     std::string written = RewriteEdits(current, merged);
     ReplaceFile(path, written);
     file_->headers = std::move(merged.headers);
-    Keep(std::move(written));
+    Keep(std::move(written), cut);
     ShowFile();
     for (const std::string& test : merged.testsGone)
         prompts_.Message(QString(QLatin1String(kTestGone)).arg(Name(), FromPage(test)));
     return true;
 }
 
-// The file in hand is saved as written.
-void frmSetDescr::Keep(std::string written) {
+// The file in hand is saved as written, with the texts of cut boxes cut.
+void frmSetDescr::Keep(std::string written, const QStringList& cut) {
     file_->bytes = std::move(written);
     file_->changed = false;
     ShowSelectedRecord();
+    QString text = QStringLiteral("%1 is saved.").arg(Name());
+    if (!cut.isEmpty()) {
+        text += QStringLiteral(" Cut to %1 characters: %2.")
+                    .arg(kHeaderFieldWidth)
+                    .arg(cut.join(QStringLiteral(", ")));
+    }
+    lblState_->setText(text);
+    if (OnSaved) OnSaved(text);
 }
 
 bool frmSetDescr::MayLeaveFile() {

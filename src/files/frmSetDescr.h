@@ -3,6 +3,7 @@
 
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 #include <array>
 #include <functional>
@@ -40,6 +41,8 @@ class frmSetDescr : public QWidget {
 
     // The window has closed.
     std::function<void()> OnUnload;
+    // A record was saved, in words; the window may close next.
+    std::function<void(const QString& text)> OnSaved;
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -62,6 +65,8 @@ class frmSetDescr : public QWidget {
 
     void lvTest_Click();
     void lstTest_Click();
+    // How much of its room the text of box has.
+    void ShowCount(const QLineEdit* box, const QString& caption);
     void TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts);
     void cmdNotes_Click();
 
@@ -76,15 +81,15 @@ class frmSetDescr : public QWidget {
     // The record file of a row.
     QString PathOf(int row) const;
     QString Name() const;  // of the file in hand
-    // Cuts the boxes of the header to 20 and takes them.
-    void TakeHeader();
+    // Cuts the boxes of the header to 20 and takes them; the captions of those that were cut.
+    QStringList TakeHeader();
     // Writes the file in hand back; false when the operator would rather not. Throws the errors of
     // the files and RunTimeError 9; the file is then as it was.
     bool WriteBack();
-    bool WriteTyped(const QString& path);
+    bool WriteTyped(const QString& path, const QStringList& cut);
     // The same into a file that another program has made current meanwhile.
-    bool WriteMerged(const QString& path, const std::string& current);
-    void Keep(std::string written);
+    bool WriteMerged(const QString& path, const QStringList& cut, const std::string& current);
+    void Keep(std::string written, const QStringList& cut);
     bool Agrees(const char* question) const;
     // Writes unsaved changes back; says why when that fails. False when the file stays in hand.
     bool MayLeaveFile();
@@ -108,6 +113,7 @@ class frmSetDescr : public QWidget {
     QLineEdit* txtTestDescr_ = nullptr;
     QLineEdit* txtTestNotes_ = nullptr;
     std::array<QLineEdit*, kHeaderFieldCount> txtHeader_{};
+    QLabel* lblState_ = nullptr;
     QPushButton* cmdNotes_ = nullptr;
     QPushButton* cmdSave_ = nullptr;
     QPushButton* cmdExit_ = nullptr;

@@ -71,6 +71,7 @@ frmStatusBar::frmStatusBar(std::vector<QString> files, QString dataPath, QString
       lblDest_(MakeParagraph(this, "lblDest")),
       cmdCancel_(new BigButton(this, "cmdCancel", "&Cancel")) {
     setObjectName(QStringLiteral("frmStatusBar"));
+    endings_.files = files_.size();
     Enlarge(picStatus_);
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
@@ -102,8 +103,7 @@ void frmStatusBar::ShowPaths() {
 void frmStatusBar::Timer1_Timer() {
     if (next_ >= files_.size()) {
         Timer1_.stop();
-        const QString told = CopyFailuresText(failures_, files_.size());
-        if (!told.isEmpty()) prompts_.Message(told);
+        prompts_.Message(endings_.Text(copyTarget_));
         QTimer::singleShot(0, this, [this] { CloseForm(*this); });
         return;
     }
@@ -117,11 +117,11 @@ void frmStatusBar::Timer1_Timer() {
     if (closed_) return;
     if (outcome.end == CopyEnd::Cancelled) {
         Timer1_.stop();
+        prompts_.Message(endings_.Text(copyTarget_));
         QTimer::singleShot(0, this, [this] { CloseForm(*this); });
         return;
     }
-    if (outcome.end == CopyEnd::Failed)
-        failures_.push_back(ShownName(file) + QStringLiteral(": ") + outcome.reason);
+    endings_.Count(file, outcome);
     ++next_;
     picStatus_->setPercent(static_cast<int>(next_ * kWhole / files_.size()));
 }

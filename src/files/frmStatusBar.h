@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "files/copy_records.h"
 #include "ui/event_handlers.h"
 
 class QLabel;
@@ -41,7 +42,7 @@ class frmStatusBar : public QWidget {
     Prompts& prompts_;
     EventHandlers handlers_;
     std::size_t next_ = 0;  // the window's start index into the list
-    std::vector<QString> failures_;
+    CopyEndings endings_;
     bool closed_ = false;
 
     SharePicture* picStatus_;

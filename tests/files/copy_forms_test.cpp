@@ -7,6 +7,7 @@
 #include <QProgressBar>
 #include <QTimer>
 
+#include "common/places.h"
 #include "files/copy_records.h"
 #include "files/frmCopyFile.h"
 #include "files/frmProgress.h"
@@ -40,6 +41,9 @@ class CopyWindow : public FileWindow<frmCopyFile> {
         Type(path);
         Click("cmdOK");
     }
+    std::string Copied(const char* many) {
+        return std::string("Copied: ") + many + ", to " + ShownPath(target).toStdString();
+    }
     std::string Question(const char* name) {
         return std::string("The file ") + name +
                "already  exists.  Do you want to replace the existing file? ";
@@ -63,7 +67,7 @@ TEST_F(CopyWindow, CopiesWhatIsChosen) {
               u"Copying '"_s + DataFile(u"two"_s) + u"'\r\n\r\nTO '"_s + target + u"two.txt'"_s);
     EXPECT_EQ(Text("cmdOK"), "&OK");
     EXPECT_EQ(Find<QProgressBar>("pbarProgress")->value(), 100);
-    EXPECT_THAT(Shown(), IsEmpty());
+    EXPECT_THAT(Shown(), ElementsAre(Copied("2 of 2 files")));
     EXPECT_TRUE(Unloaded());
 }
 
@@ -106,7 +110,7 @@ TEST_F(CopyWindow, NoKeepsTheFileThereAndCopiesTheOthers) {
     ReplaceFile(target + u"one.txt"_s, "there");
     prompts.answers = {Answer::No};
     CopyTo(target);
-    EXPECT_THAT(Shown(), ElementsAre(Question("one")));
+    EXPECT_THAT(Shown(), ElementsAre(Question("one"), Copied("1 of 2 files")));
     EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
     EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), "there");
     EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), RecordFileText("two"));
@@ -120,7 +124,31 @@ TEST_F(CopyWindow, YesReplacesAndCancelEnds) {
     CopyTo(target);
     EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), RecordFileText("one"));
     EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), "there");
+    EXPECT_EQ(Shown().back(), Copied("1 of 2 files"));
     EXPECT_TRUE(Unloaded());
+}
+
+TEST_F(CopyWindow, OneFileIsSaidSo) {
+    AddRecord(u"one"_s);
+    Open({u"one"_s});
+    CopyTo(target);
+    EXPECT_THAT(Shown(), ElementsAre(Copied("1 of 1 file")));
+}
+
+// Faster than names are shown, three files come one behind the other.
+TEST_F(CopyWindow, ShowsTheNameThatItAsksAbout) {
+    const std::vector<QString> names = AddRecords(3);
+    for (const QString& name : names)
+        ReplaceFile(target + name + u".txt"_s, "there");
+    Open(names);
+    std::vector<std::string> asked;
+    prompts.answers = {Answer::No, Answer::Yes, Answer::No};
+    prompts.onQuestion = [&](const QString&) {
+        asked.push_back(Find<QLabel>("lblStatus")->text().toStdString());
+    };
+    CopyTo(target);
+    EXPECT_THAT(asked,
+                ElementsAre(HasSubstr("r0.txt'"), HasSubstr("r1.txt'"), HasSubstr("r2.txt'")));
 }
 
 TEST_F(CopyWindow, WhatDoesNotArriveIsSaidAtTheEnd) {
@@ -130,7 +158,8 @@ TEST_F(CopyWindow, WhatDoesNotArriveIsSaidAtTheEnd) {
     Open({u"one"_s, u"gone"_s, u"three"_s});
     CopyTo(target);
     ASSERT_THAT(Shown(), SizeIs(1));
-    EXPECT_THAT(Shown().front(), StartsWith("2 of 3 files were not copied:\r\ngone: "));
+    EXPECT_THAT(Shown().front(),
+                StartsWith(Copied("1 of 3 files") + "\r\n2 of 3 files were not copied:\r\ngone: "));
     EXPECT_THAT(Shown().front(), HasSubstr("\r\nthree: "));
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt")) << "no part of a file is left";
     EXPECT_TRUE(Unloaded());
@@ -145,7 +174,7 @@ TEST_F(CopyWindow, AFullDiskIsSaidAndHoldsNoHalfFile) {
     AddRecord(u"two"_s);
     Open({u"one"_s, u"large"_s, u"two"_s});
     CopyTo(target);
-    EXPECT_THAT(Shown(), ElementsAre(StartsWith("1 of 3 files were not copied:\r\nlarge: ")));
+    EXPECT_THAT(Shown(), ElementsAre(HasSubstr("\r\n1 of 3 files were not copied:\r\nlarge: ")));
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
@@ -156,7 +185,8 @@ TEST_F(CopyWindow, AFolderThatMayNotBeWrittenIsSaid) {
         GTEST_SKIP() << "a disk can be mounted by root only";
     OpenTwo();
     CopyTo(target);
-    EXPECT_THAT(Shown(), ElementsAre(StartsWith("2 of 2 files were not copied:")));
+    EXPECT_THAT(Shown(), ElementsAre(StartsWith(Copied("0 of 2 files") +
+                                                "\r\n2 of 2 files were not copied:")));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
 
@@ -275,7 +305,8 @@ TEST_F(StatusBarWindow, AsksBeforeItReplaces) {
                 ElementsAre("The file onealready  exists.  Do you want to replace the existing "
                             "file? ",
                             "The file twoalready  exists.  Do you want to replace the existing "
-                            "file? "));
+                            "file? ",
+                            "Copied: 0 of 2 files, to " + ShownPath(target).toStdString()));
     EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), "there");
 }
 
@@ -293,7 +324,7 @@ TEST_F(StatusBarWindow, CancelClosesAtOnce) {
 TEST_F(StatusBarWindow, SaysWhatDidNotArrive) {
     Open({u"gone"_s, u"two"_s});
     EXPECT_TRUE(Unloaded());
-    EXPECT_THAT(Shown(), ElementsAre(StartsWith("1 of 2 files were not copied:\r\ngone: ")));
+    EXPECT_THAT(Shown(), ElementsAre(HasSubstr("\r\n1 of 2 files were not copied:\r\ngone: ")));
 }
 
 // --- The bar ---

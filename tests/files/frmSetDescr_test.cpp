@@ -196,6 +196,47 @@ TEST_F(SetDescrWindow, AHeaderOfTwentyFiveIsSavedAndShownAsItsFirstTwenty) {
     EXPECT_EQ(Headers("T1").fileNotes, "keep\r\nthis");
 }
 
+TEST_F(SetDescrWindow, CountsTheCharactersAndSaysWhatIsCut) {
+    Open();
+    ClickFile("T1");
+    EXPECT_EQ(Text("lblState"), "");
+    Type("txtHeader0", "ACME");
+    EXPECT_EQ(Text("lblState"), "Company: 4 of 20 characters");
+    Type("txtHeader5", "ABCDEFGHIJKLMNOPQRSTUVWXY");
+    EXPECT_EQ(Text("lblState"), "Serial #: 25 of 20 characters; what is over is cut off");
+    ClickTest(0);
+    Type("txtTestDescr", "ABCDEFGHIJKLMNOPQRST");
+    EXPECT_EQ(Text("lblState"), "Test Descr: 20 of 20 characters");
+    QTest::keyClick(Box("txtTestDescr"), Qt::Key_U);
+    EXPECT_EQ(Text("lblState"), "Test Descr: 21 of 20 characters; what is over is cut off");
+    EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblState"), "T1 is saved. Cut to 20 characters: Serial #.");
+    EXPECT_TRUE(prompts.shown.empty()) << "no box to be closed";
+}
+
+TEST_F(SetDescrWindow, SaysWhatIsSavedByEveryWay) {
+    std::vector<std::string> said;
+    Open();
+    window->OnSaved = [&](const QString& text) { said.push_back(text.toStdString()); };
+    ClickFile("T1");
+    Type("txtHeader0", "one");
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblState"), "T1 is saved.");
+    Type("txtHeader0", "two");
+    ClickFile("T2");
+    EXPECT_EQ(Text("lblState"), "T1 is saved.");
+    Type("txtHeader0", "three");
+    ClickFile("T1");
+    EXPECT_EQ(Text("lblState"), "T2 is saved.");
+    ClickFile("T2");
+    EXPECT_EQ(Text("lblState"), "") << "nothing was changed";
+    Type("txtHeader0", "four");
+    window->close();
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_THAT(said, ElementsAre("T1 is saved.", "T1 is saved.", "T2 is saved.", "T2 is saved."));
+}
+
 TEST_F(SetDescrWindow, ATestsTextIsCutToTwentyAsItIsTyped) {
     OpenAt("T1", 0);
     Type("txtTestDescr", "ABCDEFGHIJKLMNOPQRSTUVWXY");

@@ -110,7 +110,8 @@ class Key(unittest.TestCase):
             first_record(program)
             program.do("click cmdOp1", "wait frmCopyFile")
             press(program, "frmCopyFile")
-            program.do(f'type txtPath "{rig.folder}"', "click cmdOK", "waitGone frmCopyFile")
+            program.do(f'type txtPath "{rig.folder}"', "click cmdOK", "answer Ok",
+                       "waitGone frmCopyFile")
 
 
 if __name__ == "__main__":

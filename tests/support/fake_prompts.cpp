@@ -39,6 +39,7 @@ Answer FakePrompts::YesNo(const QString& text, Answer preset, const QString&) {
 Answer FakePrompts::YesNoCancel(const QString& text, Answer preset, const QString&) {
     shown.push_back(text);
     presets.push_back(preset);
+    if (onQuestion) onQuestion(text);
     return TakeScripted(answers, text);
 }
 

@@ -34,7 +34,7 @@ class FakePrompts : public Prompts {
     std::vector<QString> shown;                 // every text, in order; "folder|filter" of SaveFile
     std::vector<Answer> presets;                // default buttons, in order
     std::function<void(const QString&)> onMessage;   // called after a message is kept
-    std::function<void(const QString&)> onQuestion;  // the same for YesNo
+    std::function<void(const QString&)> onQuestion;  // the same for YesNo and YesNoCancel
 };
 
 // A clock that stands still until it is set.

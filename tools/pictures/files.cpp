@@ -145,6 +145,12 @@ class RecordHeaderPictures : public FilesFolder {
             album.Grab(main, u"file"_s);
             tests->setCurrentRow(1);
             album.Grab(main, u"test"_s);
+            auto* company = FindIn<QLineEdit>(*window, "txtHeader0");
+            company->selectAll();
+            QTest::keyClicks(company, u"EXAMPLE POWER COMPANY, NORTH"_s);
+            album.Grab(main, u"counted"_s);
+            ClickIn(*window, "cmdSave");
+            album.Grab(main, u"saved"_s);
             records->setCurrentItem(records->topLevelItem(0));
             QTest::qWait(50);
             tests->setCurrentRow(30);
