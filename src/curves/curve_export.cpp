@@ -18,18 +18,28 @@ constexpr std::string_view kColumns =
     "test,point,current_A,voltage_V,asa_10_50_V,asa_10_50_A,ieee_45_V,ieee_45_A,ieee_30_V,"
     "ieee_30_A,nameplate_ratio,measured_ratio,percent_error,polarity,phase,phase_deg";
 
+// What a spreadsheet would compute; a number, also one of percent, it may.
+bool IsFormula(std::string_view text) {
+    if (text.empty() || !Contains("=+-@", text.substr(0, 1))) return false;
+    if (text.ends_with('%')) text.remove_suffix(1);
+    return !WholeNumericValue(text);
+}
+
 // One row; every field is in the page of the records.
 class Row {
   public:
     void Put(std::string_view pageText) {
         if (!first_) text_ += ',';
         first_ = false;
+        const char* const mark = IsFormula(pageText) ? "'" : "";
         const bool quoted = pageText.find_first_of(",\"\r\n") != std::string_view::npos;
         if (!quoted) {
+            text_ += mark;
             text_ += pageText;
             return;
         }
         text_ += '"';
+        text_ += mark;
         for (const char c : pageText) {
             if (c == '"') text_ += '"';
             text_ += c;
