@@ -104,6 +104,14 @@ class ShellPictures {
         home->ShowFacts(homeFacts);
         Grab(window, "main-empty");
 
+        homeFacts.listing.unread = u"Permission denied"_s;
+        facts.troubles = NoticesOf(homeFacts.listing, settings.dataPath);
+        status->ShowFacts(facts);
+        home->ShowFacts(homeFacts);
+        Grab(window, "main-unread");
+        homeFacts.listing = {};
+        facts.troubles.clear();
+
         recall->setEnabled(true);
         line.link.OpenComPort(1);
         line.state.instrumentModel = "DAVO-E R3.10";

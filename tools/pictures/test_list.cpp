@@ -15,7 +15,7 @@ class ListPictures : public TestListWindow {
 
     void Take() {
         for (const int count : {0, 5, 250})
-            TakeFolder(count);
+            TakeFolder(count, u"folder-%1"_s.arg(count));
         for (const int count : {5, 135}) {
             const auto memory = instrument::MakeMemory(count, 4);
             Show(ListMode::Instrument, line_.link, instrument::DirectoryReply(memory));
@@ -23,9 +23,17 @@ class ListPictures : public TestListWindow {
         }
         TakeDownload();
     }
+    // A list that cannot be saved, and a folder that is gone.
+    void TakeTroubles(const QString& colours) {
+        QDir().mkpath(settings.dataPath + u"DIRDNLD.DNL/inside"_s);
+        TakeFolder(5, u"not-saved-"_s + colours);
+        QDir(settings.dataPath).removeRecursively();
+        Click("cmdRefresh");
+        album_.Grab(*window, u"folder-gone-"_s + colours);
+    }
 
   private:
-    void TakeFolder(int count) {
+    void TakeFolder(int count, const QString& name) {
         for (int i = 0; i < count; ++i) {
             HeaderParts header{"T", "0" + std::to_string(1 + i % 9) + "/12/24", "10:15", "03", {}};
             header.texts = {"C",
@@ -41,7 +49,7 @@ class ListPictures : public TestListWindow {
         ListRecords();
         Show(ListMode::Folder, line_.link);
         if (count > 0) ClickRow(1);
-        album_.Grab(*window, u"folder-%1"_s.arg(count));
+        album_.Grab(*window, name);
     }
 
     void TakeDownload() {
@@ -67,6 +75,9 @@ class ListPictures : public TestListWindow {
 
 void TakeTestList(const Album& album) {
     ListPictures(album).Take();
+    ListPictures(album).TakeTroubles(u"light"_s);
+    const Colours colours(DarkPalette({30, 30, 30}, {38, 38, 40}));
+    ListPictures(album).TakeTroubles(u"dark"_s);
 }
 
 }  // namespace davo::test
