@@ -41,10 +41,13 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
 }  // namespace
 
 RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name) {
-    const TestRecordFile file = ParseTestRecordFile(bytes);
+    const TestRecordFile file =
+        ParseTestRecordFile(bytes, RecordSource::RecordFile, kMostFactTests);
     RequireHeader(file);
     RecordFacts facts;
     facts.name = name;
+    facts.testsLeft = file.recordsLeft;
+    facts.controls = file.controls;
     for (const RecordFileHeader& header : file.headers)
         facts.headers.push_back(header.Trimmed());
     for (const TestRecord& record : file.records)

@@ -33,13 +33,18 @@ struct RecordFacts {
     std::string name;
     std::vector<RecordFileHeader> headers;
     std::vector<RecordTest> tests;
+    std::size_t testsLeft = 0;  // of the file, beyond kMostFactTests
+    std::size_t controls = 0;   // TestRecordFile::controls
 };
 
+// So many tests of a file are read: more would keep a window from answering.
+inline constexpr std::size_t kMostFactTests = 200;
+
 // Reads and computes the bytes of a record file; name is the file's, without ".txt". Points,
-// kneepoints and texts are those of its report, without a report's limits: there may be more than
-// 31 tests, and a curve that the grid points do not fit is read, too. A header without a record
-// behind it gives no tests. Throws what ParseTestRecordFile throws; RunTimeError 62 when there is
-// no header; 9 for more than 101 points of a test; 6 when a value is too large.
+// kneepoints and texts are those of its report, without a report's limits: there may be up to
+// kMostFactTests tests, and a curve that the grid points do not fit is read, too. A header without
+// a record behind it gives no tests. Throws what ParseTestRecordFile throws; RunTimeError 62 when
+// there is no header; 9 for more than 101 points of a test; 6 when a value is too large.
 RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name);
 
 // ParseRecordFacts of a file, named after it; throws the errors of ReadWholeFile too.

@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -82,6 +83,10 @@ RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), p
     facts_ = new QVBoxLayout;
     body_->addLayout(facts_);
     BuildTable(facts_);
+    lblSaved_ = MakeLabel("lblSaved", this);
+    lblSaved_->setTextFormat(Qt::PlainText);
+    lblSaved_->hide();
+    column->addWidget(lblSaved_);
     BuildButtons(column);
     soon_.setSingleShot(true);
     soon_.setInterval(kSoon);
@@ -162,7 +167,7 @@ void RecordPanel::BuildButtons(QBoxLayout* column) {
     // Letters that no window with a list of records uses.
     cmdSavePng_ = add("cmdSavePng", "Save as PN&G...");
     cmdSavePdf_ = add("cmdSavePdf", "Save &as PDF...");
-    cmdSaveCsv_ = add("cmdSaveCsv", "Save as CS&V...");
+    cmdSaveCsv_ = add("cmdSaveCsv", "Save CSV &Table...");
     column->addLayout(buttons_);
     connect(cmdSavePng_, &QPushButton::clicked, this, [this] {
         Save(QStringLiteral(".png"),
@@ -178,6 +183,7 @@ void RecordPanel::BuildButtons(QBoxLayout* column) {
 
 void RecordPanel::ShowRecords(const std::vector<QString>& files) {
     files_ = files;
+    ShowSaved({});
     if (isVisible()) soon_.start();
 }
 
@@ -225,8 +231,11 @@ void RecordPanel::ReadFiles() {
         }
         if (read.facts) records_.push_back(&*read.facts);
     }
+    // More columns and curves would keep the window from answering.
+    const std::size_t share = ShareOfTests(records_.size());
     for (std::size_t i = 0; i < records_.size(); ++i) {
-        for (const RecordTest& test : records_.at(i)->tests) {
+        const std::vector<RecordTest>& tests = records_.at(i)->tests;
+        for (const RecordTest& test : std::span(tests).first(std::min(share, tests.size()))) {
             QString name = QStringLiteral("Test ") + FromPage(test.testNumber);
             if (records_.size() > 1)
                 name.prepend(FromPage(records_.at(i)->name) + QLatin1Char(' '));
@@ -253,6 +262,7 @@ void RecordPanel::ShowTop() {
     for (const auto& [file, read] : read_) {
         if (!read.trouble.isEmpty()) troubles += read.trouble;
     }
+    troubles += NotesOn(records_);
     if (troubles.isEmpty() && tests_.empty() && !records_.empty())
         troubles += QStringLiteral("There is no test in it.");
     lblTrouble_->setText(troubles.join(QLatin1Char('\n')));
@@ -363,7 +373,8 @@ void RecordPanel::Arrange() {
     const auto heightOf = [this](const QLabel* label) {
         return label->isHidden() ? 0 : label->heightForWidth(width() - kRoom) + kRoom;
     };
-    int room = height() - heightOf(lblRecord_) - heightOf(lblTrouble_) - kButtonHeight - kRoom;
+    int room = height() - heightOf(lblRecord_) - heightOf(lblTrouble_) - heightOf(lblSaved_) -
+               kButtonHeight - kRoom;
     // The header gives way to a chart that can be read: it stands below the doubts then.
     const int least = TableHeight(kLeastRows) + DoubtsHeight(kLeastDoubtLines) + 2 * kRoom;
     lblHeader_->setVisible(!lblHeader_->text().isEmpty());
@@ -469,11 +480,21 @@ QString RecordPanel::AskForFile(const QString& ending) {
     return prompts_.YesNo(question, Answer::No) == Answer::Yes ? path : QString();
 }
 
+void RecordPanel::ShowSaved(const QString& path) {
+    lblSaved_->setText(SavedText(path));
+    if (lblSaved_->isHidden() == path.isEmpty()) return;
+    lblSaved_->setVisible(!path.isEmpty());
+    Arrange();
+}
+
 template <class Write>
 void RecordPanel::Save(const QString& ending, const Write& write) {
+    ShowSaved({});
     try {
         const QString path = AskForFile(ending);
-        if (!path.isEmpty()) write(path);
+        if (path.isEmpty()) return;
+        write(path);
+        ShowSaved(path);
     } catch (const RunTimeError& error) {
         prompts_.Message(QStringLiteral("The file was not saved. ") +
                          QString::fromUtf8(error.what()));

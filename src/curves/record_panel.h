@@ -92,6 +92,8 @@ class RecordPanel : public QWidget {
 
     // A file to write to that the operator has chosen; empty when he would rather not.
     QString AskForFile(const QString& ending);
+    // Says where a file was saved; an empty path says nothing.
+    void ShowSaved(const QString& path);
     template <class Write>
     void Save(const QString& ending, const Write& write);
     void cmdSaveCsv_Click();
@@ -110,6 +112,7 @@ class RecordPanel : public QWidget {
     QLabel* lblRecord_ = nullptr;
     QLabel* lblHeader_ = nullptr;
     QLabel* lblTrouble_ = nullptr;
+    QLabel* lblSaved_ = nullptr;
     CurveChart* chart_ = nullptr;
     QTableWidget* tblTests_ = nullptr;
     QPlainTextEdit* txtDoubts_ = nullptr;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "common/places.h"
 #include "common/text.h"
 #include "curves/knee_marks.h"
 
@@ -36,6 +37,44 @@ QString TroubleText(const QString& name, const RunTimeError& error) {
     return QStringLiteral("%1 cannot be shown: %2%3")
         .arg(name, damaged ? QStringLiteral("the file is damaged. ") : QString(),
              QString::fromUtf8(error.what()));
+}
+
+std::size_t ShareOfTests(std::size_t count) {
+    return kMostFactTests / std::max<std::size_t>(1, count);
+}
+
+QStringList NotesOn(const std::vector<const RecordFacts*>& records) {
+    const std::size_t share = ShareOfTests(records.size());
+    QStringList notes;
+    bool isCut = false;
+    for (const RecordFacts* record : records) {
+        const std::size_t tests = record->tests.size() + record->testsLeft;
+        if (tests > share && records.size() == 1) {
+            notes += QStringLiteral("%1 has %2 tests; the first %3 are shown.")
+                         .arg(FromPage(record->name))
+                         .arg(tests)
+                         .arg(share);
+        }
+        isCut = isCut || tests > share;
+        if (record->controls == 0) continue;
+        notes += QStringLiteral("%1 has %2, shown as \"?\".")
+                     .arg(FromPage(record->name),
+                          record->controls == 1
+                              ? QStringLiteral("1 control character")
+                              : QStringLiteral("%1 control characters").arg(record->controls));
+    }
+    if (isCut && records.size() > 1)
+        notes += QStringLiteral("Of each record the first %1 tests are shown.").arg(share);
+    return notes;
+}
+
+QString SavedText(const QString& path) {
+    if (path.isEmpty()) return {};
+    constexpr QChar kMayBreak(0x200B);
+    QString text = ShownPath(path);
+    for (const char separator : {'/', '\\'})
+        text.replace(QLatin1Char(separator), QString(QLatin1Char(separator)) + kMayBreak);
+    return QStringLiteral("Saved: ") + text;
 }
 
 QString PhaseAndAngle(const RecordTest& test) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
+#include <vector>
 
 #include "common/run_time_error.h"
 #include "curves/record_facts.h"
@@ -20,6 +22,15 @@ QString DoubtOf(const KneeFact& fact);
 
 // Why a record file of that name is not shown.
 QString TroubleText(const QString& name, const RunTimeError& error);
+
+// How many tests of each of count records are shown.
+std::size_t ShareOfTests(std::size_t count);
+
+// What is to be known of records that are shown: tests that are not, characters that are replaced.
+QStringList NotesOn(const std::vector<const RecordFacts*>& records);
+
+// That a file was saved as path, to be shown in several lines; empty for an empty path.
+QString SavedText(const QString& path);
 
 // The polarity by the phase angle as the report has it, and the angle where the record has one:
 // "IN PHASE, 1.5\u00b0".

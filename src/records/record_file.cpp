@@ -25,8 +25,11 @@ std::string HeaderKey(std::size_t field) {
 // Reads from the first line to the last; line_ is the line in hand.
 class RecordFileReader {
   public:
-    RecordFileReader(std::string_view bytes, RecordSource source)
-        : bytes_(bytes), isGroup_(source == RecordSource::GroupFile), lines_(bytes) {
+    RecordFileReader(std::string_view bytes, RecordSource source, std::size_t mostRecords)
+        : bytes_(bytes),
+          isGroup_(source == RecordSource::GroupFile),
+          mostRecords_(mostRecords),
+          lines_(bytes) {
         Advance();
     }
 
@@ -40,9 +43,10 @@ class RecordFileReader {
     bool AtKnownKey() const;
     [[noreturn]] void Fail(ErrorNumber number) const;
     double NumberFrom(std::string_view text) const;
-    std::string Behind(std::string_view key) const;
+    std::string Behind(std::string_view key);
     std::string Take(std::string_view key);
     void TakePieces(std::string& text);
+    void Clean(std::string& text);
 
     void ReadHeader();
     void TakeHeaderText(std::string_view key, std::string& text);
@@ -51,9 +55,11 @@ class RecordFileReader {
     void ReadPoints(TestRecord& record);
     void ReadResults(TestRecord& record);
     void ReadNotes();
+    void CountTheRest();
 
     std::string_view bytes_;
     bool isGroup_;
+    std::size_t mostRecords_;
     LineCursor lines_;
     std::string_view line_;
     std::size_t lineStart_ = 0;
@@ -108,10 +114,17 @@ double RecordFileReader::NumberFrom(std::string_view text) const {
 }
 
 // The text of the line in hand behind its key.
-std::string RecordFileReader::Behind(std::string_view key) const {
+std::string RecordFileReader::Behind(std::string_view key) {
     std::string_view value = Middle(line_, key.size());
     if (value.starts_with(' ')) value.remove_prefix(1);
-    return isGroup_ ? TrimBlanks(value) : std::string(value);
+    std::string text = isGroup_ ? TrimBlanks(value) : std::string(value);
+    Clean(text);
+    return text;
+}
+
+// A workbook cannot hold them; lines and tabs are of the notes.
+void RecordFileReader::Clean(std::string& text) {
+    file_.controls += ReplaceControls(text, "\t\r\n");
 }
 
 // The same of a line that must have this key. Goes to the next line.
@@ -126,8 +139,10 @@ std::string RecordFileReader::Take(std::string_view key) {
 // What a comma cut off the text before: the lines up to the next that begins with a known key.
 void RecordFileReader::TakePieces(std::string& text) {
     while (isGroup_ && !AtKnownKey()) {
+        std::string piece(line_);
+        Clean(piece);
         text += ", ";
-        text += line_;
+        text += piece;
         Advance();
     }
 }
@@ -204,11 +219,22 @@ void RecordFileReader::ReadNotes() {
     const std::size_t begin = lineStart_;
     while (!atEnd_ && !(isGroup_ && AtHeader()))
         Advance();
-    file_.notes.emplace_back(bytes_.substr(begin, lineStart_ - begin));
+    Clean(file_.notes.emplace_back(bytes_.substr(begin, lineStart_ - begin)));
+}
+
+// The records that are not read, up to the notes.
+void RecordFileReader::CountTheRest() {
+    for (; !atEnd_ && line_ != kNotesKey; Advance()) {
+        if (StartsWith(kRecordKey)) ++file_.recordsLeft;
+    }
 }
 
 TestRecordFile RecordFileReader::Read() {
     while (!atEnd_) {
+        if (StartsWith(kRecordKey) && file_.records.size() == mostRecords_) {
+            CountTheRest();
+            break;
+        }
         if (StartsWith(kTestNumberKey)) {
             ReadHeader();
         } else if (StartsWith(kRecordKey)) {
@@ -233,8 +259,9 @@ RecordFileHeader RecordFileHeader::Trimmed() const {
     return trimmed;
 }
 
-TestRecordFile ParseTestRecordFile(std::string_view bytes, RecordSource source) {
-    return RecordFileReader(bytes, source).Read();
+TestRecordFile ParseTestRecordFile(std::string_view bytes, RecordSource source,
+                                   std::size_t mostRecords) {
+    return RecordFileReader(bytes, source, mostRecords).Read();
 }
 
 TestRecordFile ReadTestRecordFile(const QString& path, RecordSource source) {

@@ -4,6 +4,7 @@
 #include <QString>
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,6 +60,8 @@ struct TestRecordFile {
     std::vector<RecordFileHeader> headers;
     std::vector<TestRecord> records;  // in file order; a header may have none
     std::vector<std::string> notes;   // the bytes behind each "NOTES:"
+    std::size_t controls = 0;         // control characters in its texts, which have "?" for each
+    std::size_t recordsLeft = 0;      // that were not read
 };
 
 enum class RecordSource {
@@ -77,9 +80,10 @@ enum class RecordSource {
 //
 // Throws RunTimeError 62 when the file ends inside a header or a record; 13 when a line is not the
 // one that belongs there or its number is none (the error's text names the line); 6 for a count
-// that is too large.
-TestRecordFile ParseTestRecordFile(std::string_view bytes,
-                                   RecordSource source = RecordSource::RecordFile);
+// that is too large. Behind mostRecords records nothing is read; the others are counted.
+TestRecordFile ParseTestRecordFile(
+    std::string_view bytes, RecordSource source = RecordSource::RecordFile,
+    std::size_t mostRecords = std::numeric_limits<std::size_t>::max());
 
 // ParseTestRecordFile of a file; throws the errors of ReadWholeFile too.
 TestRecordFile ReadTestRecordFile(const QString& path,

@@ -82,6 +82,10 @@ bool ReportRunner::Make(const QString& path, RecordSource source, const QString&
     if (end.error) throw RunTimeError(*end.error);
     if (!end.complete) return false;
     SayOnceWhatIsMissing();
+    if (tables.controls > 0) {
+        prompts_.Message(
+            QStringLiteral("The record has control characters. The report has \"?\" for each."));
+    }
     if (!open_(target)) prompts_.Message(NoProgramText(target));
     return true;
 }

@@ -78,6 +78,7 @@ ReportTables ParseReportTables(std::string_view bytes, std::string_view reportNa
     RequireHeader(file);
     ReportTables report;
     report.reportName = reportName;
+    report.controls = file.controls;
     report.isOverlay = source == RecordSource::GroupFile;
     auto record = file.records.begin();
     for (std::size_t i = 0; i < file.headers.size(); ++i) {

@@ -27,6 +27,7 @@ struct ReportTables {
     ResultTables tables;
     std::string notes;  // every line preceded by kNotesSeparator
     bool isOverlay = false;
+    std::size_t controls = 0;  // TestRecordFile::controls
 
     int TestCount() const { return static_cast<int>(tests.size()); }
 };

@@ -160,7 +160,8 @@ MemoryDirectory BuildEntries(std::string_view dirReply) {
     directory.damaged = cut.damaged;
     directory.beyond = cut.beyond;
     for (const std::string& record : cut.records) {
-        directory.entries.push_back(EntryOf(record));
+        std::string& entry = directory.entries.emplace_back(EntryOf(record));
+        if (ReplaceControls(entry) > 0) ++directory.cleaned;
         directory.dates.push_back(
             ParseRecordDate(Middle(record, kDateAt, kDateWidth)).value_or(kNoRecordDate));
     }
@@ -181,6 +182,12 @@ QString NotListedText(const MemoryDirectory& directory) {
         lines += QStringLiteral("The list holds %1 test records. The DAVO has %2 more.")
                      .arg(kMostMemoryRecords)
                      .arg(directory.beyond);
+    }
+    if (directory.cleaned > 0) {
+        lines += QStringLiteral(
+                     "%1 of the test records have control characters in the header, shown as "
+                     "\"?\".")
+                     .arg(directory.cleaned);
     }
     return lines.join(QStringLiteral("\r\n"));
 }

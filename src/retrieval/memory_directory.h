@@ -41,10 +41,12 @@ struct MemoryDirectory {
     std::vector<QDate> dates;  // sorted; kNoRecordDate for a text that is no date
     int damaged = 0;
     int beyond = 0;
+    int cleaned = 0;  // records with control characters, which the entries have as "?"
 };
 MemoryDirectory BuildEntries(std::string_view dirReply);
 
-// What an operator is told about records that are not listed; empty when all are.
+// What an operator is told about records that are not listed, or not as they are; empty when all
+// are.
 QString NotListedText(const MemoryDirectory& directory);
 
 }  // namespace davo

@@ -6,6 +6,7 @@
 #include <QTableWidget>
 
 #include "common/files.h"
+#include "common/places.h"
 #include "common/settings.h"
 #include "curves/curve_chart.h"
 #include "curves/record_panel.h"

@@ -140,6 +140,83 @@ TEST_F(Panel, SavesPictureAndPageAndTable) {
     EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 1 + 7 + 48);
 }
 
+TEST_F(Panel, SaysWhereAFileWasSaved) {
+    const auto said = [this] {
+        return QString::fromStdString(TextOf(panel, "lblSaved")).remove(QChar(0x200B));
+    };
+    ShowFiles({"ONE"});
+    EXPECT_EQ(said(), QString());
+    for (const auto& [button, name] : {std::pair{"cmdSavePng", "curves.png"},
+                                       {"cmdSavePdf", "curves.pdf"},
+                                       {"cmdSaveCsv", "curves.csv"}}) {
+        prompts.files = {folder.Path(name)};
+        Press(button);
+        EXPECT_EQ(said(), u"Saved: "_s + ShownPath(folder.Path(name)));
+        EXPECT_THAT(CutTextsOf(panel), IsEmpty());
+    }
+    prompts.files = {folder.Path("none/curves")};
+    Press("cmdSaveCsv");
+    EXPECT_EQ(said(), QString()) << "nothing is saved";
+    prompts.files = {folder.Path("again")};
+    Press("cmdSaveCsv");
+    ShowFiles({"THREE"});
+    EXPECT_EQ(said(), QString()) << "of another record";
+}
+
+TEST_F(Panel, ReadsTheFirst200TestsOfAFileAndSaysSo) {
+    std::string many;
+    for (int i = 1; i <= 2000; ++i)
+        many += Curve(KneeCurve(), i);
+    Add("MANY", many + "NOTES:\r\nREC NUMBER: of a note\r\n");
+    ShowFiles({"MANY"});
+    ASSERT_TRUE(Comes(panel, "MANY"));
+    const auto* table = FindIn<QTableWidget>(panel, "tblTests");
+    EXPECT_EQ(table->columnCount(), 200);
+    EXPECT_EQ(table->horizontalHeaderItem(199)->text(), u"Test 200"_s);
+    EXPECT_EQ(TextOf(panel, "lblTrouble"), "MANY has 2000 tests; the first 200 are shown.");
+    // The rest is not even read.
+    Add("MANY", many.substr(0, many.size() - 200));
+    ShowFiles({"MANY"});
+    EXPECT_EQ(TextOf(panel, "lblTrouble"), "MANY has 2000 tests; the first 200 are shown.");
+    ShowFiles({"ONE"});
+    EXPECT_EQ(TextOf(panel, "lblTrouble"), "");
+}
+
+TEST_F(Panel, SharesItsRoomForTestsAmongSeveralRecords) {
+    std::string many;
+    for (int i = 1; i <= 150; ++i)
+        many += Curve(KneeCurve(), i);
+    for (const char* name : {"MANY", "TOO"})
+        Add(name, many);
+    ShowFiles({"MANY", "ONE", "TOO"});
+    ASSERT_TRUE(Comes(panel, "3 records"));
+    const auto* table = FindIn<QTableWidget>(panel, "tblTests");
+    EXPECT_EQ(table->columnCount(), 66 + 1 + 66);
+    EXPECT_EQ(table->horizontalHeaderItem(65)->text(), u"MANY Test 66"_s);
+    EXPECT_EQ(table->horizontalHeaderItem(67)->text(), u"TOO Test 1"_s);
+    EXPECT_EQ(TextOf(panel, "lblTrouble"), "Of each record the first 66 tests are shown.");
+    prompts.files = {folder.Path("all.csv")};
+    Press("cmdSaveCsv");
+    const std::string csv = ReadWholeFile(folder.Path("all.csv"));
+    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 1 + 301 * 7) << "the table has them all";
+}
+
+TEST_F(Panel, ControlCharactersAreToldAndShownAsQuestionMarks) {
+    std::string text = HeaderText("ODD", "Hill\x02top") + Curve(KneeCurve(), 1);
+    text.replace(text.find("241.20"), 6,
+                 "241\x1b"
+                 "20");
+    ReplaceFile(File("ODD"), text);
+    ShowFiles({"ODD"});
+    EXPECT_EQ(TextOf(panel, "lblTrouble"), "ODD has 2 control characters, shown as \"?\".");
+    EXPECT_THAT(TextOf(panel, "lblHeader"), HasSubstr("Hill?top"));
+    EXPECT_EQ(ColumnOf(panel, 0).at(3), "241?20");
+    prompts.files = {folder.Path("odd.csv")};
+    Press("cmdSaveCsv");
+    EXPECT_THAT(ReadWholeFile(folder.Path("odd.csv")),
+                AllOf(HasSubstr("Hill?top"), HasSubstr("241?20")));
+}
+
 TEST_F(Panel, AsksBeforeItReplacesAFile) {
     ShowFiles({"ONE"});
     const QString path = folder.Path("mine.csv");

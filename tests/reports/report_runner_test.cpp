@@ -100,6 +100,19 @@ TEST_F(ReportRunnerTest, TheReportOfARecordFileIsMadeInTheExcelFolderAndOpened) 
     EXPECT_THAT(shown_, ElementsAre(u"Plotting graph 1 of 2"_s, u"Plotting graph 2 of 2"_s));
 }
 
+// A workbook with one of them is damaged.
+TEST_F(ReportRunnerTest, ControlCharactersAreToldAndReplaced) {
+    std::string file = FileText(1) + "NOTES:\r\nta\tb\x01\r\n";
+    file.replace(file.find("Hilltop"), 7, "Hill\x1ftop");
+    const ReportTables tables = ParseReportTables(file, "T", RecordSource::RecordFile);
+    EXPECT_EQ(tables.controls, 2U);
+    EXPECT_THAT(tables.notes, HasSubstr("ta\tb?"));
+    ReplaceFile(recordFile_, file);
+    EXPECT_TRUE(Run());
+    EXPECT_THAT(prompts_.Texts(),
+                ElementsAre("The record has control characters. The report has \"?\" for each."));
+}
+
 TEST_F(ReportRunnerTest, TheCaptionOfWhoWaits) {
     EXPECT_STREQ(kPlottingCaption, "Plotting Excel Graphs, Please Wait...");
 }

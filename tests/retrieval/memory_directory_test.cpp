@@ -4,6 +4,7 @@
 #include "instrument/memory.h"
 #include "records/directory_entry.h"
 #include "records/directory_file.h"
+#include "retrieval/record_reply.h"
 #include "tests/support/fake_prompts.h"
 #include "tests/support/scripted_link.h"
 #include "tests/support/testing.h"
@@ -186,6 +187,25 @@ TEST(BuildEntries, SaysWhatIsNotListed) {
               "1 of the test records arrived damaged and cannot be listed.\r\n"
               "Please download the list again.");
     EXPECT_EQ(NotListedText(BuildEntries(RecordText("001") + "DONE")), QString());
+}
+
+TEST(BuildEntries, ControlCharactersAreToldAndReplaced) {
+    std::string odd = RecordText("002");
+    const std::size_t at = odd.find("STATION=") + 8;
+    odd[at] = '\x01';
+    odd[at + 19] = '\x7f';
+    const auto directory = BuildEntries(RecordText("001") + odd + "\r\nDONE");
+    EXPECT_EQ(directory.cleaned, 1);
+    EXPECT_EQ(directory.damaged, 0);
+    ASSERT_THAT(directory.entries, SizeIs(2));
+    const std::string& entry = directory.entries[1];
+    const std::size_t value = entry.find("STATION=") + 8;
+    EXPECT_EQ(entry[value], '?');
+    EXPECT_EQ(entry[value + 19], '?');
+    EXPECT_EQ(NotListedText(directory),
+              u"1 of the test records have control characters in the header, shown as \"?\"."_s);
+    // What is saved of it has none, either.
+    EXPECT_THAT(RecordHeaderLines(entry, "T"), HasSubstr("STATION: ?"));
 }
 
 TEST(BuildEntries, ListsTheWholeMemoryOfTheInstrument) {
