@@ -21,6 +21,7 @@
 #include "ui/close_form.h"
 #include "ui/form_parts.h"
 #include "ui/frmNotepad.h"
+#include "ui/length_counter.h"
 #include "ui/page_input.h"
 #include "ui/record_list.h"
 
@@ -63,6 +64,13 @@ std::string TakeField(QLineEdit* box) {
     const std::string cut = CutToField(text);
     if (cut != text) box->setText(FromPage(cut));
     return TrimBlanks(cut);
+}
+
+// What is told of boxes whose texts are cut.
+QString CutText(const QStringList& captions) {
+    return QStringLiteral("Cut to %1 characters: %2.")
+        .arg(kHeaderFieldWidth)
+        .arg(captions.join(QStringLiteral(", ")));
 }
 
 }  // namespace
@@ -139,11 +147,10 @@ QLineEdit* frmSetDescr::AddBox(QGridLayout* grid, int row, int column, const cha
     box->setMinimumWidth(box->fontMetrics().averageCharWidth() * kBoxLetters);
     KeepToPage(box);
     auto* label = new QLabel(QLatin1String(caption), this);
+    box->setAccessibleName(label->text().chopped(1));
     label->setBuddy(box);
     grid->addWidget(label, row, 2 * column);
     grid->addWidget(box, row, 2 * column + 1);
-    connect(box, &QLineEdit::textEdited, this,
-            [this, box, caption] { ShowCount(box, QLatin1String(caption)); });
     return box;
 }
 
@@ -158,6 +165,8 @@ QGroupBox* frmSetDescr::BuildFrame() {
     txtTestNumData_ = AddBox(grid, 2, 0, "Test#:", QStringLiteral("txtTestNumData"));
     txtTestDescr_ = AddBox(grid, 3, 0, "Test Descr:", QStringLiteral("txtTestDescr"));
     txtTestNotes_ = AddBox(grid, 4, 0, "Test Notes:", QStringLiteral("txtTestNotes"));
+    for (QLineEdit* box : {txtTestDescr_, txtTestNotes_})
+        CountCharacters(box, kHeaderFieldWidth);
     for (QLineEdit* box : {txtFilenameData_, txtTimeData_, txtTestNumData_}) {
         box->setReadOnly(true);
         box->setFocusPolicy(Qt::ClickFocus);
@@ -171,6 +180,7 @@ QGroupBox* frmSetDescr::BuildFrame() {
         txtHeader_.at(static_cast<std::size_t>(i)) =
             AddBox(grid, i % kRowsOfHeader, 1 + i / kRowsOfHeader,
                    kCaptions.at(static_cast<std::size_t>(i)), QStringLiteral("txtHeader%1").arg(i));
+        CountCharacters(txtHeader_.at(static_cast<std::size_t>(i)), kHeaderFieldWidth);
     }
     lblState_ = MakeParagraph(frame, "lblState");
     lblState_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -211,7 +221,10 @@ void frmSetDescr::Connect() {
     connect(txtTestNotes_, &QLineEdit::textEdited, this,
             [this] { TestTextChanged(txtTestNotes_, file_->headers.testNotes); });
     for (QLineEdit* box : txtHeader_)
-        connect(box, &QLineEdit::textEdited, this, [this] { file_->changed = true; });
+        connect(box, &QLineEdit::textEdited, this, [this] {
+            file_->changed = true;
+            lblState_->clear();
+        });
     connect(cmdNotes_, &QPushButton::clicked, this,
             [this] { handlers_.RunAlone([this] { cmdNotes_Click(); }); });
     connect(cmdSave_, &QPushButton::clicked, this,
@@ -324,17 +337,10 @@ QString frmSetDescr::TestCaption(std::size_t test) const {
     return caption;
 }
 
-void frmSetDescr::ShowCount(const QLineEdit* box, const QString& caption) {
-    const auto count = box->text().size();
-    QString text =
-        QStringLiteral("%1 %2 of %3 characters").arg(caption).arg(count).arg(kHeaderFieldWidth);
-    const bool isOver = std::cmp_greater(count, kHeaderFieldWidth);
-    if (isOver) text += QStringLiteral("; what is over is cut off");
-    lblState_->setText(text);
-}
-
 void frmSetDescr::TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts) {
+    const QString typed = box->text();
     texts.at(static_cast<std::size_t>(test_)) = TakeField(box);
+    lblState_->setText(box->text() == typed ? QString() : CutText({box->accessibleName()}));
     lstTest_->item(test_)->setText(TestCaption(static_cast<std::size_t>(test_)));
     file_->changed = true;
 }
@@ -420,11 +426,7 @@ void frmSetDescr::Keep(std::string written, const QStringList& cut) {
     file_->changed = false;
     ShowSelectedRecord();
     QString text = QStringLiteral("%1 is saved.").arg(Name());
-    if (!cut.isEmpty()) {
-        text += QStringLiteral(" Cut to %1 characters: %2.")
-                    .arg(kHeaderFieldWidth)
-                    .arg(cut.join(QStringLiteral(", ")));
-    }
+    if (!cut.isEmpty()) text += QLatin1Char(' ') + CutText(cut);
     lblState_->setText(text);
     if (OnSaved) OnSaved(text);
 }

@@ -65,8 +65,6 @@ class frmSetDescr : public QWidget {
 
     void lvTest_Click();
     void lstTest_Click();
-    // How much of its room the text of box has.
-    void ShowCount(const QLineEdit* box, const QString& caption);
     void TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts);
     void cmdNotes_Click();
 

@@ -252,6 +252,8 @@ void frmTestList::EntriesFromFolder() {
     const int damaged = KeepWholeEntries(records_);
     const RebuildResult& listing = tables.listing;
     QStringList notes{UnreadText(listing, around_.settings.dataPath), NotListedText(listing)};
+    if (!listing.unread.isEmpty())
+        notes += QStringLiteral("Refresh reads it anew, Change DIR chooses another one.");
     if (damaged > 0)
         notes += QStringLiteral("Not listed: %1 damaged lines of the directory.").arg(damaged);
     notes += {CleanedText(listing), NotSavedText(listing)};

@@ -319,8 +319,9 @@ TEST_F(FolderList, AFolderThatIsGoneIsNoEmptyOne) {
     QDir(settings.dataPath).removeRecursively();
     Click("cmdRefresh");
     EXPECT_THAT(Column(0), IsEmpty());
-    EXPECT_EQ(Text("lblMessage"),
-              "The folder " + settings.dataPath.toStdString() + " cannot be read: Path not found.");
+    EXPECT_EQ(Text("lblMessage"), "The folder " + settings.dataPath.toStdString() +
+                                      " cannot be read: Path not found. "
+                                      "Refresh reads it anew, Change DIR chooses another one.");
     EXPECT_THAT(Shown(), IsEmpty());
     QDir().mkpath(settings.dataPath);
     Click("cmdRefresh");
