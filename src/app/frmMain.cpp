@@ -15,6 +15,7 @@
 #include "app/frmConfig.h"
 #include "app/home_panel.h"
 #include "app/open_forms.h"
+#include "app/session_cards.h"
 #include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/text.h"
@@ -22,6 +23,7 @@
 #include "reports/template_file.h"
 #include "retrieval/memory_directory.h"
 #include "testing/frmCControl.h"
+#include "testing/session_save.h"
 
 namespace davo {
 
@@ -67,6 +69,10 @@ void frmMain::BuildCentre() {
     if (forms_.memoryDirectory) items.push_back(menu_.mnuDownload);
     items.push_back(menu_.mnuConfig);
     home_ = new HomePanel(items, pages_);
+    home_->Sessions().OnSave = [this](const UnsavedSession& session) {
+        handlers_.RunAlone([this, &session] { SaveSession(session); });
+        ShowFacts();
+    };
     pages_->addWidget(home_);
     pages_->addWidget(area_);
     setCentralWidget(pages_);
@@ -121,6 +127,7 @@ void frmMain::Form_Load() {
     LoadHeader();
     services_.link.OpenComPort(state_.settings.comPort);
     LoadDirectory();
+    Attempt(QStringLiteral("Sessions not listed"), [this] { OfferSessions(); });
     loaded_ = true;
     ShowFacts();
     factsTimer_.start();
@@ -292,6 +299,24 @@ void frmMain::ListRecords() {
     listedRecords_ = state_.directory.recordCount;
 }
 
+void frmMain::OfferSessions() {
+    home_->Sessions().Show(SetAsideUnsavedSessions(services_.places.scratchFolder));
+}
+
+void frmMain::SaveSession(const UnsavedSession& session) {
+    const QString saved = SaveUnsavedSession(session, services_.prompts, state_.settings);
+    if (saved.isEmpty()) return;
+    statusBar()->showMessage(QStringLiteral("The session is saved as %1").arg(ShownPath(saved)),
+                             kMessageDuration);
+    OfferSessions();
+    ListAgain();
+}
+
+void frmMain::ListAgain() {
+    ListRecords();
+    menu_.EnableRecordItems(HasRecords());
+}
+
 // --- The test window ----------------------------------------------------------------------------
 
 void frmMain::RunTest(bool ratioOnly) {
@@ -354,11 +379,9 @@ void frmMain::ChildClosed() {
     area_->setMinimumSize(0, 0);
     pages_->setCurrentWidget(home_);
     menu_.EnableFile(true);
-    // The data folder may have changed while the window was open.
-    handlers_.Run([this] {
-        ListRecords();
-        menu_.EnableRecordItems(HasRecords());
-    });
+    // The data folder may have changed while the window was open, and a session may be left.
+    handlers_.Run([this] { ListAgain(); });
+    handlers_.Run([this] { OfferSessions(); });
     ShowFacts();
     if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
 }

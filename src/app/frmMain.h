@@ -21,6 +21,7 @@ namespace davo {
 class frmAbout;
 class frmCControl;
 class HomePanel;
+struct UnsavedSession;
 
 // "DAVO PC-Interface" and its version: the menus, and the area that the other windows open in.
 class frmMain : public QMainWindow {
@@ -72,7 +73,12 @@ class frmMain : public QMainWindow {
     void ShowFileWindow(ListCaller caller, const QAction& item);
     // Rebuilds the directory file and reads it.
     void ListRecords();
+    // The same, and enables the items that need records.
+    void ListAgain();
     bool HasRecords() const;
+    // Sets a session that was never saved aside, and shows all of them on the start page.
+    void OfferSessions();
+    void SaveSession(const UnsavedSession& session);
 
     // Disables mnuFile and runs open; mnuFile is enabled again when open throws.
     template <class Open>

@@ -11,6 +11,7 @@
 #include <algorithm>
 
 #include "app/program_icon.h"
+#include "app/session_cards.h"
 #include "common/places.h"
 #include "ui/big_button.h"
 #include "ui/form_parts.h"
@@ -29,6 +30,7 @@ constexpr double kHeadingGrowth = 1.4;
 constexpr double kButtonGrowth = 1.3;  // of a large button
 constexpr int kButtonShare = 2;
 constexpr int kRecordShare = 3;
+constexpr int kLeastRows = 4;  // of a line's height, headings included
 
 // What is wrong with the port, and what can be done about it.
 QString WayOut(const LinkGlance& link) {
@@ -94,11 +96,14 @@ HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWid
     grid->addWidget(BuildLink(), 0, 0, 1, 2);
     auto* buttons = new QVBoxLayout;
     buttons->setSpacing(kSpacing);
-    for (QAction* item : items)
-        buttons->addWidget(MakeButton(item, this), 1);
+    QWidget* lastButton = this;
+    for (QAction* item : items) {
+        lastButton = MakeButton(item, this);
+        buttons->addWidget(lastButton, 1);
+    }
     buttons->addStretch();
     grid->addLayout(buttons, 1, 0);
-    grid->addWidget(BuildRecords(), 1, 1);
+    grid->addWidget(BuildRecords(lastButton), 1, 1);
     grid->setColumnStretch(0, kButtonShare);
     grid->setColumnStretch(1, kRecordShare);
     grid->setRowStretch(1, 1);
@@ -125,9 +130,11 @@ QWidget* HomePanel::BuildLink() {
     return frame;
 }
 
-QWidget* HomePanel::BuildRecords() {
+QWidget* HomePanel::BuildRecords(QWidget* lastButton) {
     auto* frame = Named(new QWidget(this), "records");
     auto* column = WithMargin(new QVBoxLayout(frame), 0);
+    sessions_ = new SessionCards(lastButton, frame);
+    column->addWidget(sessions_);
     QLabel* heading = MakeParagraph(frame, "lblNewest", QStringLiteral("Newest test records"));
     MakeBold(heading);
     column->addWidget(heading);
@@ -137,6 +144,8 @@ QWidget* HomePanel::BuildRecords() {
     lvNewest_->setAccessibleName(heading->text());
     lvNewest_->setSelectionMode(QAbstractItemView::NoSelection);
     Enlarge(lvNewest_);
+    // The cards of many sessions leave room for some of them.
+    lvNewest_->setMinimumHeight(kLeastRows * lvNewest_->fontMetrics().lineSpacing());
     recordPages_->addWidget(lvNewest_);
     lblNoRecords_ = MakeParagraph(frame, "lblNoRecords");
     lblNoRecords_->setAlignment(Qt::AlignTop);

@@ -15,6 +15,7 @@ class QStackedLayout;
 namespace davo {
 
 class RecordList;
+class SessionCards;
 
 // So many of the newest records are shown.
 inline constexpr std::size_t kNewestRecords = 10;
@@ -26,8 +27,8 @@ struct HomeFacts {
     RebuildResult listing = {};  // of the data folder
 };
 
-// The main area while no other window is open: the state of the link, the newest records, and a
-// large button for each of the menu items that are chosen most.
+// The main area while no other window is open: the state of the link, the sessions that were never
+// saved, the newest records, and a large button for each of the menu items that are chosen most.
 class HomePanel : public QWidget {
   public:
     // Each button bears its menu item's caption, does what that does and is enabled while the
@@ -37,13 +38,16 @@ class HomePanel : public QWidget {
 
     void ShowFacts(const HomeFacts& facts);
 
+    SessionCards& Sessions() { return *sessions_; }
+
   private:
     QWidget* BuildLink();
-    QWidget* BuildRecords();
+    QWidget* BuildRecords(QWidget* lastButton);
 
     QLabel* lblPort_ = nullptr;
     QLabel* lblDevice_ = nullptr;
     QLabel* lblModel_ = nullptr;
+    SessionCards* sessions_ = nullptr;
     QStackedLayout* recordPages_ = nullptr;
     RecordList* lvNewest_ = nullptr;
     QLabel* lblNoRecords_ = nullptr;

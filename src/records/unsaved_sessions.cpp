@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <algorithm>
 #include <optional>
 
@@ -22,7 +23,7 @@ struct EarlierSession {
     std::string capture;
     std::string journalBytes;               // empty when there is none
     std::optional<SessionJournal> journal;  // nothing when there is none or it is damaged
-    QDateTime time;                         // of the last shot: when the capture file was changed
+    QDateTime time;                         // when one of the two was changed last
 };
 
 std::optional<SessionJournal> ReadableJournal(const QString& path) {
@@ -42,7 +43,7 @@ EarlierSession ReadEarlierSession(const QString& capturePath, const QString& jou
     }
     if (FileExists(capturePath)) {
         session.capture = ReadWholeFile(capturePath);
-        session.time = QFileInfo(capturePath).lastModified();
+        session.time = std::max(session.time, QFileInfo(capturePath).lastModified());
     }
     return session;
 }
@@ -61,6 +62,8 @@ std::string WithPendingShot(std::string capture, const SessionJournal& journal) 
     return capture + journal.pendingShot;
 }
 
+constexpr const char* kTimeOfName = "yyyyMMdd-HHmmss";
+
 struct DatedNames {
     QString capturePath;
     QString journalPath;
@@ -69,8 +72,7 @@ struct DatedNames {
 // Names that belong to this very session: a repetition after a kill finds its own file again,
 // while another session of the same second keeps its own.
 DatedNames NamesFor(const QDir& folder, const QDateTime& time, const std::string& capture) {
-    const QString stem =
-        QStringLiteral("TESTFILE-") + time.toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    const QString stem = QStringLiteral("TESTFILE-") + time.toString(QLatin1String(kTimeOfName));
     for (int number = 1;; ++number) {
         const QString name = number == 1 ? stem : QStringLiteral("%1-%2").arg(stem).arg(number);
         const QString path = folder.filePath(name + QStringLiteral(".txt"));
@@ -90,7 +92,18 @@ void DeleteSaved(const QString& capturePath, const QString& journalPath) {
     DeleteFile(journalPath);
 }
 
-void SetAside(const QDir& folder) {
+// What NamesFor has put into a name.
+void ReadName(const QString& name, UnsavedSession& session) {
+    static const QRegularExpression kName(QStringLiteral("^TESTFILE-(\\d{8}-\\d{6})(?:-(\\d+))?$"));
+    const QRegularExpressionMatch match = kName.match(name);
+    session.lastChange = QDateTime::fromString(match.captured(1), QLatin1String(kTimeOfName));
+    session.number = std::max(match.captured(2).toInt(), 1);
+}
+
+}  // namespace
+
+void SetSessionAside(const QString& scratchFolder) {
+    const QDir folder(scratchFolder);
     const QString capturePath = folder.filePath(QLatin1String(kCaptureFileName));
     const QString journalPath = folder.filePath(QLatin1String(kJournalFileName));
     const EarlierSession earlier = ReadEarlierSession(capturePath, journalPath);
@@ -122,11 +135,9 @@ void SetAside(const QDir& folder) {
     DeleteSaved(capturePath, journalPath);
 }
 
-}  // namespace
-
 std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder) {
+    SetSessionAside(scratchFolder);
     const QDir folder(scratchFolder);
-    SetAside(folder);
     QStringList names = folder.entryList({QStringLiteral("TESTFILE-*.txt")}, QDir::Files);
     for (QString& name : names)
         name.chop(4);
@@ -135,21 +146,19 @@ std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder
     std::vector<UnsavedSession> sessions;
     for (const QString& name : names) {
         UnsavedSession session;
+        ReadName(name, session);
         session.capturePath = ShownPath(folder.filePath(name + QStringLiteral(".txt")));
         session.journalPath = ShownPath(folder.filePath(name + QStringLiteral(".jnl")));
         session.journal = ReadableJournal(session.journalPath).value_or(SessionJournal{});
-        if (session.journal.saved) continue;
         session.shots = static_cast<int>(CapturedShots(ReadWholeFile(session.capturePath)).size());
         if (session.shots > 0) sessions.push_back(std::move(session));
     }
     return sessions;
 }
 
-void CloseUnsavedSession(const UnsavedSession& session, bool saved) {
-    SessionJournal journal = session.journal;
-    journal.saved = true;
-    journal.Write(session.journalPath);
-    if (saved) DeleteSaved(session.capturePath, session.journalPath);
+void DeleteSavedSession(const UnsavedSession& session) {
+    DeleteIfThere(session.capturePath);
+    DeleteIfThere(session.journalPath);
 }
 
 }  // namespace davo

@@ -91,7 +91,7 @@ void frmCControl::ListenToLink() {
 }
 
 void frmCControl::Form_Load() {
-    OfferUnsavedSessions(sequence_.Around(), settings_);
+    SetSessionAside(sequence_.Around().places.scratchFolder);
     sequence_.Form_Load();
     ListenToLink();
     Refresh();

@@ -9,7 +9,6 @@
 #include "common/text.h"
 #include "records/record_file_writer.h"
 #include "records/record_name.h"
-#include "records/unsaved_sessions.h"
 
 namespace davo {
 
@@ -180,37 +179,6 @@ SaveOutcome AskAndSave(ShotSequence& sequence, const QString& capturePath, Setti
     }
 }
 
-QString OfferText(const UnsavedSession& session) {
-    const auto& fields = session.journal.header.headerFields;
-    const QString date = FromPage(TrimBlanks(fields.at(kHeaderDate)));
-    const QString time = FromPage(TrimBlanks(fields.at(kHeaderTime)));
-    const QString when = date.isEmpty() ? QString() : QStringLiteral(" of %1 %2").arg(date, time);
-    const QString shots = session.shots == 1 ? QStringLiteral("1 shot")
-                                             : QStringLiteral("%1 shots").arg(session.shots);
-    return QStringLiteral(
-               "An earlier session%1 with %2 was never saved. Do you want to save it as a test "
-               "record file now?")
-        .arg(when, shots);
-}
-
-void Offer(const UnsavedSession& session, Prompts& prompts, Settings& settings) {
-    while (true) {
-        if (prompts.YesNo(OfferText(session), Answer::Yes) != Answer::Yes) {
-            CloseUnsavedSession(session, false);
-            prompts.Message(
-                QStringLiteral("The session is kept in '%1'.").arg(ShownPath(session.capturePath)));
-            return;
-        }
-        const DialogueResult result =
-            TrySave({session.capturePath, session.journal.header,
-                     static_cast<std::int16_t>(session.shots), session.journal.testNotes},
-                    prompts, settings);
-        if (result.end == DialogueEnd::Saved) CloseUnsavedSession(session, true);
-        // Without a name nothing is answered: the session is offered again next time.
-        if (result.end != DialogueEnd::Again) return;
-    }
-}
-
 }  // namespace
 
 SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerResults) {
@@ -237,10 +205,16 @@ SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerRe
     return outcome;
 }
 
-void OfferUnsavedSessions(const TestSurroundings& around, Settings& settings) {
-    for (const UnsavedSession& session : SetAsideUnsavedSessions(around.places.scratchFolder)) {
-        Offer(session, around.prompts, settings);
-    }
+QString SaveUnsavedSession(const UnsavedSession& session, Prompts& prompts, Settings& settings) {
+    const SessionContent content{session.capturePath, session.journal.header,
+                                 static_cast<std::int16_t>(session.shots),
+                                 session.journal.testNotes};
+    DialogueResult result;
+    do {
+        result = TrySave(content, prompts, settings);
+    } while (result.end == DialogueEnd::Again);
+    if (result.end == DialogueEnd::Saved) DeleteSavedSession(session);
+    return result.savedFile;
 }
 
 }  // namespace davo

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/settings.h"
+#include "records/unsaved_sessions.h"
 #include "testing/shot_sequence.h"
 
 namespace davo {
@@ -19,9 +20,9 @@ struct SaveOutcome {
 // keeps the window open. offerResults: there is a report to view, so ask for it after a save.
 SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerResults);
 
-// Asks, for each session set aside and not yet answered for, whether to save it as a record file
-// now, and saves it by the same dialogue. Called before a new capture file is created. Throws
-// what setting aside or answering for a session throws; no capture file may be created then.
-void OfferUnsavedSessions(const TestSurroundings& around, Settings& settings);
+// Asks for the file and saves a session that was set aside as a record file, by the same dialogue;
+// a failure is said, and it asks again. Its full path; empty when the operator left the dialogue:
+// the session is then still there. Throws what deleting the session's own files throws.
+QString SaveUnsavedSession(const UnsavedSession& session, Prompts& prompts, Settings& settings);
 
 }  // namespace davo

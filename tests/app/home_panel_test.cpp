@@ -6,6 +6,7 @@
 #include <QMenu>
 #include <QMenuBar>
 
+#include "app/session_cards.h"
 #include "common/places.h"
 #include "tests/support/controls.h"
 
@@ -182,6 +183,22 @@ TEST_F(Home, TabGoesThroughTheButtonsAndEnterPressesThem) {
     EXPECT_EQ(window.focusWidget()->objectName(), u"cmdRatio"_s);
     QTest::keyClick(window.focusWidget(), Qt::Key_Return);
     EXPECT_THAT(chosen, ElementsAre("mnuRatio"));
+}
+
+TEST_F(Home, WithSessionsItIsNoHigherThanASmallScreen) {
+    std::vector<UnsavedSession> sessions(5);
+    for (UnsavedSession& session : sessions) {
+        session.capturePath = u"TESTFILE-%1.txt"_s.arg(&session - sessions.data());
+        session.journal.header.Field(1) = "WESTERN TRANSMISSION";
+        session.journal.header.Field(5) = "01234567890123456789";
+    }
+    panel->Sessions().Show(sessions);
+    Open();
+    Click("cmdLater0");
+    QTest::qWait(20);
+    EXPECT_LE(window.minimumSizeHint().height(), 480);
+    EXPECT_EQ(window.height(), 480);
+    EXPECT_TRUE(Find<QWidget>("lvNewest")->isVisible());
 }
 
 TEST_F(Home, NoTextIsCutOnASmallScreen) {

@@ -15,10 +15,7 @@ import harness
 
 QUICK = ("--unpaced", "--quick", "--seed", "7")
 GONE = "The data folder is not there any more. Do you want to save the test record as '{}'? "
-OFFER = re.compile(
-    r"An earlier session of \d\d/\d\d/\d\d \d\d:\d\d with 1 shot was never saved\. "
-    r"Do you want to save it as a test record file now\?"
-)
+OFFER = re.compile(r"\d\d/\d\d/\d\d, \d\d:\d\d to \d\d:\d\d:\d\d, 1 shot")
 
 
 class Faults(unittest.TestCase):
@@ -44,9 +41,13 @@ class Faults(unittest.TestCase):
         rig.byte_log = rig.folder / "line2.log"
         rig.start_instrument(*QUICK)
 
-    def open_with_offer(self, program):
-        program.do("menu mnuBoth", "wait msgBox")
-        self.assertRegex(program.prompt(), OFFER)
+    def assert_offered(self, program):
+        program.do("wait lblWhen0")
+        self.assertRegex(program.control("lblWhen0")["text"], OFFER)
+
+    def save_offered(self, program):
+        self.assert_offered(program)
+        program.do("click cmdSaveSession0", "chooseFile T1.txt", "waitGone sessionCards")
 
     def save_elsewhere(self, rig, program, data_is_gone=False):
         elsewhere = rig.folder / "stick"
@@ -75,14 +76,13 @@ class Unplugged(Faults):
             self.assert_no_prompt_follows(program)
             program.do("waitEnabled cmdExit", "waitDisabled cmdContinue")
 
-            # The broken shot leaves nothing to ask about; the shot before it is offered when the
-            # test window opens again, which finds the instrument plugged in.
+            # The broken shot leaves nothing to ask about; the shot before it is offered on the start
+            # page, without the instrument.
             harness.close_test_window(program)
+            self.save_offered(program)
             self.plug_in_again(rig)
-            self.open_with_offer(program)
-            program.do("answer Yes", "chooseFile T1.txt")
             self.assertEqual(len(shots), 1)
-            program.do("wait frmCControl", "waitDisabled cmdCancel")
+            harness.open_test_window(program)
             self.assert_record(rig.data / "T1.txt", shots)
 
             harness.type_nameplate(program)
@@ -141,24 +141,19 @@ class Escape(Faults):
             self.assertEqual(harness.leave(program), 0)
 
             program = rig.start_main()
-            self.open_with_offer(program)
-            program.do("answer Yes", "chooseFile T1.txt")
-            program.do("wait frmCControl", "waitDisabled cmdCancel")
+            self.save_offered(program)
             self.assert_record(rig.data / "T1.txt", expected_record.shots_of(rig.byte_log))
-            harness.close_test_window(program)
 
-    def test_a_refused_offer_keeps_the_capture_and_is_not_repeated(self):
+    def test_what_is_left_for_later_is_offered_again_by_the_next_program(self):
         with harness.session(*QUICK) as (rig, program):
             self.abort_second_shot(rig, program)
-            self.open_with_offer(program)
-            program.do("answer No", "waitContains msgBox \"The session is kept in '\"")
-            kept = pathlib.Path(re.fullmatch(r"The session is kept in '(.*)'\.", program.prompt())[1])
-            program.do("answer Ok", "wait frmCControl", "waitDisabled cmdCancel")
-            harness.close_test_window(program)
-            self.assertEqual(kept.parent, rig.scratch)
-            self.assertIn(expected_record.shots_of(rig.byte_log)[0].ratio.encode(), kept.read_bytes())
+            program.do("wait lblWhen0", "click cmdLater0", "waitGone lblWhen0")
             harness.open_test_window(program)
             harness.close_test_window(program)
+            self.assertEqual(harness.leave(program), 0)
+            (kept,) = rig.scratch.glob("TESTFILE-*.txt")
+            self.assertIn(expected_record.shots_of(rig.byte_log)[0].ratio.encode(), kept.read_bytes())
+            self.assert_offered(rig.start_main())
 
 
 class SmallDisk:

@@ -196,8 +196,8 @@ class EndRequests(unittest.TestCase):
             harness.full_shot(program, first=True)
             self.end(rig, program)
             program = rig.start_main()
-            program.do("menu mnuBoth", "wait msgBox")
-            self.assertIn("with 1 shot was never saved", program.prompt())
+            program.do("wait lblWhen0")
+            self.assertIn(", 1 shot", program.control("lblWhen0")["text"])
 
     def test_during_a_shot(self):
         with harness.started(*QUICK) as (rig, program):

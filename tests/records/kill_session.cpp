@@ -4,7 +4,7 @@
 //   session    three shots of different content, then the end without saving
 //   equal      the same with three equal shots
 //   set-aside  sets the earlier session aside
-//   saved, not-saved   answers for the first session set aside
+//   saved      the first session set aside has become a record file
 // After each shot that the screen would call complete a line goes to the standard output.
 
 #include <QString>
@@ -52,7 +52,7 @@ int main(int argc, char** argv) {
         } else if (what == "set-aside") {
             davo::SetAsideUnsavedSessions(folder);
         } else {
-            davo::CloseUnsavedSession(davo::SetAsideUnsavedSessions(folder).at(0), what == "saved");
+            davo::DeleteSavedSession(davo::SetAsideUnsavedSessions(folder).at(0));
         }
     } catch (const davo::RunTimeError& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -35,14 +35,21 @@ SessionJournal Journal(int shotsInCapture, const std::string& pending = {}) {
 
 class UnsavedSessionsTest : public testing::Test {
   protected:
-    void PutCapture(const std::string& bytes, const QDateTime& time = kLastShot) const {
-        PutFile(capture_, bytes);
-        QFile file(capture_);
+    static void SetTime(const QString& path, const QDateTime& time) {
+        QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::ReadWrite));
         ASSERT_TRUE(file.setFileTime(time, QFileDevice::FileModificationTime));
     }
+    void PutCapture(const std::string& bytes, const QDateTime& time = kLastShot) const {
+        PutFile(capture_, bytes);
+        SetTime(capture_, time);
+    }
 
-    std::vector<UnsavedSession> SetAside() const { return SetAsideUnsavedSessions(folder_.Path()); }
+    // A journal that was written before the capture file's last change.
+    std::vector<UnsavedSession> SetAside() const {
+        if (QFile::exists(journal_)) SetTime(journal_, kLastShot.addSecs(-1));
+        return SetAsideUnsavedSessions(folder_.Path());
+    }
 
     // One session of the wanted bytes under the wanted name, and nothing under the running names.
     void ExpectSetAside(const std::string& bytes, int shots, const char* stem) const {
@@ -163,7 +170,7 @@ TEST_F(UnsavedSessionsTest, PendingShotAppendedInPart) {
         const bool allButTheEmptyLine = length >= pending.size() - 2;
         EXPECT_EQ(bytes, Shot(1) + (allButTheEmptyLine ? pending.substr(0, length) : pending))
             << length;
-        CloseUnsavedSession(sessions[0], true);
+        DeleteSavedSession(sessions[0]);
     }
 }
 
@@ -196,28 +203,42 @@ TEST_F(UnsavedSessionsTest, SeveralAreListedOldestFirst) {
     EXPECT_EQ(sessions[1].capturePath, folder_.Path("TESTFILE-20261121-093215-2.txt"));
 }
 
-TEST_F(UnsavedSessionsTest, AnsweredWithoutSavingKeepsTheFiles) {
+TEST_F(UnsavedSessionsTest, WhatAnEarlierVersionTookForAnsweredIsListed) {
     PutCapture(Shot(1));
     Journal(1).Write(journal_);
-    CloseUnsavedSession(SetAside().at(0), false);
-    EXPECT_TRUE(SetAside().empty());
-    EXPECT_EQ(FileBytes(folder_.Path("TESTFILE-20261121-093215.txt")), Shot(1));
-    EXPECT_EQ(SessionJournal::Read(folder_.Path("TESTFILE-20261121-093215.jnl")).testNotes,
-              "notes");
+    const UnsavedSession session = SetAside().at(0);
+    SessionJournal declined = session.journal;
+    declined.saved = true;
+    declined.Write(session.journalPath);
+    const std::vector<UnsavedSession> sessions = SetAside();
+    ASSERT_EQ(sessions.size(), 1U);
+    EXPECT_EQ(sessions[0].shots, 1);
+    EXPECT_EQ(sessions[0].journal.testNotes, "notes");
 }
 
-TEST_F(UnsavedSessionsTest, AnsweredWithSavingLeavesNothing) {
+TEST_F(UnsavedSessionsTest, HaveTheTimeOfTheirLastChange) {
     PutCapture(Shot(1));
-    CloseUnsavedSession(SetAside().at(0), true);
+    SetAside();
+    PutCapture(Shot(2));
+    SetAside();
+    // A shot that is in the journal only came after the capture file was made.
+    PutCapture("");
+    Journal(0, Shot(3)).Write(journal_);
+    SetTime(journal_, kLastShot.addSecs(41));
+    const auto sessions = SetAsideUnsavedSessions(folder_.Path());
+    ASSERT_EQ(sessions.size(), 3U);
+    EXPECT_EQ(sessions[0].lastChange, kLastShot);
+    EXPECT_EQ(sessions[0].number, 1);
+    EXPECT_EQ(sessions[1].lastChange, kLastShot);
+    EXPECT_EQ(sessions[1].number, 2);
+    EXPECT_EQ(sessions[2].lastChange, kLastShot.addSecs(41));
+}
+
+TEST_F(UnsavedSessionsTest, SavedOneLeavesNothing) {
+    PutCapture(Shot(1));
+    DeleteSavedSession(SetAside().at(0));
     EXPECT_TRUE(SetAside().empty());
     EXPECT_TRUE(Files().isEmpty());
-}
-
-TEST_F(UnsavedSessionsTest, AnsweredDamagedSessionIsNotListedAgain) {
-    PutCapture(Shot(1));
-    PutFile(journal_, "damaged");
-    CloseUnsavedSession(SetAside().at(0), false);
-    EXPECT_TRUE(SetAside().empty());
 }
 
 TEST_F(UnsavedSessionsTest, FolderWithoutASeparatorAtItsEnd) {

@@ -245,18 +245,17 @@ TEST_F(TestWindow, ALostPortLeavesTheWayOutAndTheShots) {
     EXPECT_EQ(prompts.shown.back(), Link::LostMessage());
 }
 
-TEST_F(TestWindow, AnEarlierSessionIsOfferedBeforeANewOneBegins) {
+TEST_F(TestWindow, AnEarlierSessionIsSetAsideWithoutAQuestionBeforeANewOneBegins) {
     OpenAndRun();
     Key(Qt::Key_Escape);
     ASSERT_TRUE(Closed());
     link.OpenComPort(1);
-    prompts.answers = {Answer::Yes};
-    prompts.files = {Data("Old.txt")};
+    prompts.shown.clear();
     Open();
-    EXPECT_EQ(prompts.shown.front(),
-              u"An earlier session of 11/21/26 14:05 with 1 shot was never saved. Do "
-              "you want to save it as a test record file now?"_s);
-    EXPECT_EQ(ReadTestRecordFile(Data("Old.txt")).records.size(), 1U);
+    EXPECT_TRUE(prompts.shown.empty());
+    const QStringList kept = QDir(places.scratchFolder).entryList({u"TESTFILE-*.txt"_s});
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_THAT(ReadWholeFile(places.scratchFolder + kept.front()), HasSubstr("DONE"));
 }
 
 TEST_F(TestWindow, IsNotOpenedWhenTheCaptureFileCannotBeMade) {

@@ -395,34 +395,27 @@ TEST_F(SessionSave, AsksForTheResultsWhenThereIsAReport) {
 // Sessions of an earlier run: the program was killed while rig ran them.
 class UnsavedSessions : public SessionSave {
   protected:
-    void Offer() {
-        OfferUnsavedSessions(rig.sequence.Around(), settings);
+    std::vector<UnsavedSession> Listed() {
+        return SetAsideUnsavedSessions(rig.places.scratchFolder);
+    }
+    // Saves the only one; the path of the record file.
+    QString Save() {
+        const QString saved = SaveUnsavedSession(Listed().at(0), rig.prompts, settings);
         EXPECT_TRUE(answers.empty());
         EXPECT_TRUE(files.empty());
-    }
-    static QString Question(const char* shots) {
-        return u"An earlier session of 11/21/26 14:05 with %1 was never saved. Do "
-               "you want to save it as a test record file now?"_s.arg(QLatin1String(shots));
+        return saved;
     }
 };
 
-TEST_F(UnsavedSessions, NothingIsAskedWithoutOne) {
-    Offer();
-    EXPECT_TRUE(rig.prompts.shown.empty());
-}
-
-TEST_F(UnsavedSessions, YesSavesItWithItsOwnHeaderAndNotes) {
+TEST_F(UnsavedSessions, OneIsSavedWithItsOwnHeaderAndNotes) {
     rig.header.Field(1) = PadRight("NORTH", 20);
     rig.session.testNotes = "old notes";
     rig.RunRatioShot("241.2");
     rig.RunRatioShot("238.8");
     rig.header = {};
     rig.session = {};
-    answers = {Answer::Yes};
     files = {Data("Old.txt")};
-    Offer();
-    EXPECT_EQ(rig.prompts.shown.front(), Question("2 shots"));
-    EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::Yes));
+    EXPECT_EQ(Save(), Data("Old.txt"));
     const TestRecordFile record = ReadTestRecordFile(Data("Old.txt"));
     EXPECT_EQ(record.headers.at(0).shots, "02");
     EXPECT_EQ(record.headers.at(0).date, "11/21/26");
@@ -430,57 +423,37 @@ TEST_F(UnsavedSessions, YesSavesItWithItsOwnHeaderAndNotes) {
     EXPECT_THAT(record.notes, ElementsAre("old notes\r\n"));
     ASSERT_EQ(record.records.size(), 2U);
     EXPECT_EQ(record.records[1].measuredRatio, "238.8");
-    Offer();
-    EXPECT_EQ(rig.prompts.shown.size(), 2U) << "not offered again";
+    EXPECT_THAT(Listed(), IsEmpty());
 }
 
-TEST_F(UnsavedSessions, NoKeepsItUnderItsDatedNameAndSaysWhere) {
+TEST_F(UnsavedSessions, WithoutANameItIsStillThere) {
     rig.RunRatioShot();
-    answers = {Answer::No};
-    Offer();
-    ASSERT_EQ(rig.prompts.shown.size(), 2U);
-    EXPECT_EQ(rig.prompts.shown.front(), Question("1 shot"));
-    const QString said = rig.prompts.shown.back();
-    const QString start = u"The session is kept in '"_s;
-    ASSERT_TRUE(said.startsWith(start)) << said.toStdString();
-    const QString kept = said.mid(start.size()).chopped(2);
-    EXPECT_THAT(ReadWholeFile(kept), HasSubstr("MEASURED RATIO: 240.0"));
-    Offer();
-    EXPECT_EQ(rig.prompts.shown.size(), 2U) << "not offered again";
-}
-
-TEST_F(UnsavedSessions, WithoutANameItIsOfferedAgainNextTime) {
-    rig.RunRatioShot();
-    answers = {Answer::Yes};
     files = {QString()};
-    Offer();
-    answers = {Answer::Yes};
+    EXPECT_EQ(Save(), QString());
+    EXPECT_EQ(Listed().size(), 1U);
     files = {Data("Old.txt")};
-    Offer();
+    EXPECT_EQ(Save(), Data("Old.txt"));
     EXPECT_EQ(ReadTestRecordFile(Data("Old.txt")).records.size(), 1U);
 }
 
-TEST_F(UnsavedSessions, AFailedSaveAsksAgain) {
+TEST_F(UnsavedSessions, AFailedSaveIsSaidAndAsksForTheFileAgain) {
     rig.RunRatioShot();
     const QString blocked = rig.folder.Path("blocked");
     ReplaceFile(blocked, "");
-    answers = {Answer::Yes, Answer::Yes};
     files = {blocked + u"/T1.txt"_s, Data("T2.txt")};
-    Offer();
-    EXPECT_THAT(rig.prompts.shown.at(2).toStdString(), HasSubstr("The test record was not saved."));
-    EXPECT_EQ(rig.prompts.shown.at(3), Question("1 shot"));
+    EXPECT_EQ(Save(), Data("T2.txt"));
+    EXPECT_THAT(rig.prompts.shown.at(1).toStdString(), HasSubstr("The test record was not saved."));
     EXPECT_EQ(ReadTestRecordFile(Data("T2.txt")).records.size(), 1U);
 }
 
-TEST_F(UnsavedSessions, ACaptureWithoutAJournalIsOfferedWithoutADate) {
+TEST_F(UnsavedSessions, AFileThatExistsIsNotReplacedWithoutAQuestion) {
     rig.RunRatioShot();
-    rig.RunRatioShot();  // writes the first one into the capture file
-    DeleteFile(rig.JournalPath());
+    ReplaceFile(Data("T1.txt"), "another");
+    files = {Data("T1.txt"), QString()};
     answers = {Answer::No};
-    Offer();
-    EXPECT_EQ(rig.prompts.shown.front(),
-              u"An earlier session with 1 shot was never saved. Do you want to save "
-              "it as a test record file now?"_s);
+    EXPECT_EQ(Save(), QString());
+    EXPECT_EQ(ReadWholeFile(Data("T1.txt")), "another");
+    EXPECT_EQ(Listed().size(), 1U);
 }
 
 }  // namespace

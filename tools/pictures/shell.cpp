@@ -12,6 +12,7 @@
 #include "app/frmConfig.h"
 #include "app/frmSplash.h"
 #include "app/home_panel.h"
+#include "app/session_cards.h"
 #include "app/status_line.h"
 #include "tests/support/controls.h"
 #include "tests/support/fake_port_devices.h"
@@ -125,6 +126,7 @@ class ShellPictures {
         status->ShowFacts(facts);
         home->ShowFacts(homeFacts);
         Grab(window, "main");
+        TakeSessions(window, *home);
 
         QTimer::singleShot(2100, &window, [&] {
             Grab(window, "main-wait");
@@ -133,6 +135,33 @@ class ShellPictures {
         line.link.OnWaitChanged = [status] { status->WaitChanged(); };
         line.link.SendCommand("d", "DONE");
         line.link.OnWaitChanged = nullptr;
+    }
+
+    static UnsavedSession Session(const char* time, const QTime& end, const char* station,
+                                  const char* serialNumber, int shots) {
+        UnsavedSession session;
+        session.capturePath = u"TESTFILE-%1.txt"_s.arg(end.toString());
+        session.journal.header.headerFields[kHeaderDate] = "11/21/26";
+        session.journal.header.headerFields[kHeaderTime] = time;
+        session.journal.header.Field(1) = station;
+        session.journal.header.Field(5) = serialNumber;
+        session.shots = shots;
+        session.lastChange = QDateTime(QDate(2026, 11, 21), end);
+        return session;
+    }
+
+    void TakeSessions(QWidget& window, HomePanel& home) {
+        const std::vector<UnsavedSession> sessions{
+            Session("09:12", QTime(9, 40, 2), "", "", 12),
+            Session("14:05", QTime(14, 5, 33), "NORTH SUBSTATION", "4711-0815", 1),
+            Session("14:05", QTime(14, 9, 51), "WESTERN TRANSMISSION", "ABCDEFGH-01234567890", 3)};
+        home.Sessions().Show({sessions.front()});
+        Grab(window, "main-session");
+        home.Sessions().Show(sessions);
+        Grab(window, "main-sessions");
+        FindIn<QAbstractButton>(home, "cmdLater0")->click();
+        Grab(window, "main-session-later");
+        home.Sessions().Show({});
     }
 
     const Album& album_;

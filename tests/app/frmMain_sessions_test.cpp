@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Sessions that were never saved, as the start page offers them.
+#include <QStatusBar>
+
+#include "records/record_file.h"
+#include "records/unsaved_sessions.h"
+#include "tests/app/main_window.h"
+#include "tests/records/captures.h"
+
+namespace davo::test {
+namespace {
+
+class SessionsOnTheStartPage : public MainWindow {
+  protected:
+    // What a killed program has left: a session with a header of its own.
+    void LeaveSession(const char* station, const char* time = "09:32") {
+        ReplaceFile(places.scratchFolder + QLatin1String(kCaptureFileName),
+                    CaptureBlock(EncodeRecordImage(ImageWithPoints(3)), station));
+        SessionJournal journal;
+        journal.header.headerFields[kHeaderDate] = "11/20/26";
+        journal.header.headerFields[kHeaderTime] = time;
+        journal.header.Field(1) = station;
+        journal.shotsInCapture = 1;
+        journal.Write(places.scratchFolder + QLatin1String(kJournalFileName));
+    }
+    void SetAside() const { SetAsideUnsavedSessions(places.scratchFolder); }
+    bool CardShown(const char* name = "session0") {
+        const auto* card = window->findChild<QWidget*>(QLatin1String(name));
+        return card != nullptr && card->isVisible();
+    }
+    QStringList Kept() const {
+        return QDir(places.scratchFolder).entryList({u"TESTFILE*"_s}, QDir::Files);
+    }
+};
+
+TEST_F(SessionsOnTheStartPage, AreOfferedAsSoonAsTheProgramHasStartedWithoutAnInstrument) {
+    LeaveSession("NORTH");
+    port.failOpen = ErrorNumber::InvalidPortNumber;
+    Open();
+    ASSERT_TRUE(CardShown());
+    EXPECT_THAT(Text("lblWhen0"), ::testing::MatchesRegex("11/20/26, 09:32 to ..:..:.., 1 shot"));
+    EXPECT_EQ(Text("lblWhere0"), "Station NORTH, no serial number");
+    EXPECT_TRUE(prompts.shown.empty()) << "nobody is kept from working";
+}
+
+TEST_F(SessionsOnTheStartPage, WithoutOneThereIsNoCard) {
+    Open();
+    EXPECT_FALSE(CardShown());
+}
+
+TEST_F(SessionsOnTheStartPage, TwoOfOneMinuteHaveTwoCardsThatDiffer) {
+    LeaveSession("NORTH");
+    SetAside();
+    LeaveSession("SOUTH");
+    Open();
+    ASSERT_TRUE(CardShown("session1"));
+    EXPECT_NE(Text("lblWhen0"), Text("lblWhen1"));
+}
+
+TEST_F(SessionsOnTheStartPage, SaveMakesARecordThatIsListed) {
+    LeaveSession("NORTH");
+    Open();
+    prompts.files = {DataFolder() + u"Old.txt"_s};
+    Click("cmdSaveSession0");
+    EXPECT_FALSE(CardShown());
+    EXPECT_EQ(ReadTestRecordFile(DataFolder() + u"Old.txt"_s).headers.at(0).date, "11/20/26");
+    const auto* list = Find<QTreeWidget>("lvNewest");
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(list->topLevelItem(0)->text(0), u"Old"_s);
+    EXPECT_TRUE(Enabled("mnuFileUtil"));
+    EXPECT_EQ(window->statusBar()->currentMessage(),
+              u"The session is saved as "_s + DataFolder() + u"Old.txt"_s);
+    EXPECT_THAT(Kept(), IsEmpty());
+    EXPECT_TRUE(port.sent.empty());
+}
+
+TEST_F(SessionsOnTheStartPage, WithoutANameItsCardStays) {
+    LeaveSession("NORTH");
+    Open();
+    prompts.files = {QString()};
+    Click("cmdSaveSession0");
+    EXPECT_TRUE(CardShown());
+    EXPECT_EQ(Kept().size(), 2);
+}
+
+TEST_F(SessionsOnTheStartPage, LaterLeavesItForTheNextStartOfTheProgram) {
+    LeaveSession("NORTH");
+    Open();
+    Click("cmdLater0");
+    EXPECT_FALSE(CardShown());
+    EXPECT_EQ(Text("lblLater"), "1 session is left for later.");
+    window->close();
+    Open();
+    EXPECT_TRUE(CardShown());
+}
+
+TEST_F(SessionsOnTheStartPage, ATestBeginsWithoutAQuestionAndLosesNone) {
+    LeaveSession("NORTH");
+    Open();
+    Choose("mnuBoth");
+    ASSERT_NE(TestWindow(), nullptr);
+    EXPECT_TRUE(prompts.shown.empty());
+    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
+    QTest::qWait(50);
+    Click("cmdExit");
+    ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
+    EXPECT_TRUE(CardShown());
+}
+
+TEST_F(SessionsOnTheStartPage, ASessionThatIsLeftUnsavedIsOfferedAtOnce) {
+    Open();
+    Choose("mnuRatio");
+    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
+    QTest::qWait(50);
+    Click("cmdStart");
+    port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
+    ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
+    QTest::keyClick(TestWindow(), Qt::Key_Escape);
+    ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
+    EXPECT_TRUE(CardShown());
+    EXPECT_THAT(Text("lblWhen0"), StartsWith("11/21/26, 14:05 to "));
+}
+
+TEST_F(SessionsOnTheStartPage, WhatCannotBeReadIsSaidAndTheProgramStarts) {
+    LeaveSession("NORTH");
+    ASSERT_TRUE(QDir().mkpath(places.scratchFolder + u"~TESTFILE_jnl.new"_s));
+    Open();
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Sessions not listed"_s);
+}
+
+}  // namespace
+}  // namespace davo::test
