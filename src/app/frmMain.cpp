@@ -2,6 +2,7 @@
 #include "app/frmMain.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMdiArea>
@@ -81,7 +82,9 @@ void frmMain::BuildCentre() {
 void frmMain::ConnectMenu() {
     const auto on = [this](QAction* item, auto handler) {
         connect(item, &QAction::triggered, this, [this, handler] {
-            handlers_.RunAlone(handler);
+            if (!menu_.FileEnabled() || handlers_.Running()) return;
+            handlers_.Run(handler);
+            EnableWorking(true);
             ShowFacts();
             if (closeWanted_) close();
         });
@@ -96,12 +99,20 @@ void frmMain::ConnectMenu() {
     on(menu_.mnuFileUtil,
        [this] { ShowFileWindow(ListCaller::FileUtilities, *menu_.mnuFileUtil); });
     on(menu_.mnuConfig, [this] { mnuConfig_Click(); });
-    on(menu_.mnuExit, [this] { mnuExit_Click(); });
+    // The way out of a wait, too: "X" is sent inside it.
+    connect(menu_.mnuExit, &QAction::triggered, this, [this] {
+        if (!menu_.FileEnabled()) return;
+        handlers_.Run([this] { mnuExit_Click(); });
+        if (closeWanted_) close();
+    });
     on(menu_.mnuAbout, [this] { mnuAbout_Click(); });
     // The marker is told to be checked even where the handler does not run: a click toggles it.
     const auto marker = [this](QAction* item, const char* kneepointType) {
-        connect(item, &QAction::triggered, this,
-                [this, kneepointType] { SetKneepoint(kneepointType); });
+        connect(item, &QAction::triggered, this, [this, kneepointType] {
+            if (menu_.FileEnabled()) state_.settings.kneepointType = QLatin1String(kneepointType);
+            menu_.CheckKneepoint(state_.settings.kneepointType);
+            ShowFacts();
+        });
     };
     marker(menu_.mnuKneepoint30, kKneeIeee30);
     marker(menu_.mnuKneepoint45, kKneeIeee45);
@@ -229,12 +240,6 @@ void frmMain::ShowMemoryDirectory() {
     ShowChild(open, *menu_.mnuDownload);
 }
 
-void frmMain::SetKneepoint(const char* kneepointType) {
-    state_.settings.kneepointType = QLatin1String(kneepointType);
-    menu_.CheckKneepoint(state_.settings.kneepointType);
-    ShowFacts();
-}
-
 void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
     state_.directory.recordsFromInstrument = false;
     state_.listCaller = caller;
@@ -338,13 +343,12 @@ void frmMain::RunTest(bool ratioOnly) {
 
 void frmMain::ShowTestWindow() {
     std::unique_ptr<frmCControl> window = LoadTestWindow(state_, services_);
-    pages_->setCurrentWidget(area_);
     testWindow_ = window.get();
     testWindow_->OnUnload = [this] {
         testWindow_ = nullptr;
         ChildClosed();
     };
-    ShowMaximizedIn(*area_, *window.release());
+    ShowArea([&] { ShowMaximizedIn(*area_, *window.release()); });
 }
 
 // --- Child windows ------------------------------------------------------------------------------
@@ -356,7 +360,7 @@ void frmMain::WithFileDisabled(const Open& open) {
         open();
     } catch (...) {
         menu_.EnableFile(true);
-        pages_->setCurrentWidget(home_);
+        if (children_ == 0) pages_->setCurrentWidget(home_);
         throw;
     }
 }
@@ -370,12 +374,24 @@ void frmMain::ShowChild(const OpenChild& open, const QAction& item) {
             kMessageDuration);
         return;
     }
+    ShowArea([&] { open(*area_, [this] { ChildClosed(); }); });
+}
+
+template <class Open>
+void frmMain::ShowArea(const Open& open) {
     pages_->setCurrentWidget(area_);
-    open(*area_, [this] { ChildClosed(); });
+    ++children_;
+    try {
+        open();
+    } catch (...) {
+        --children_;
+        throw;
+    }
 }
 
 void frmMain::ChildClosed() {
     if (leaving_) return;
+    if (--children_ > 0) return;
     area_->setMinimumSize(0, 0);
     pages_->setCurrentWidget(home_);
     menu_.EnableFile(true);
@@ -399,7 +415,17 @@ void frmMain::ShowFacts() {
         {link, RowsOfEntries(state_.directory.dirEntries, listedRecords_), dataPath, listing});
 }
 
+void frmMain::EnableWorking(bool enabled) {
+    if (enabled == menu_.working->isEnabled()) return;
+    // A button that is disabled hands the focus on.
+    if (!enabled) focusBefore_ = focusWidget();
+    menu_.EnableWorking(enabled);
+    home_->Sessions().setEnabled(enabled);
+    if (enabled && focusBefore_ != nullptr && focusBefore_->isVisible()) focusBefore_->setFocus();
+}
+
 void frmMain::WaitChanged() {
+    if (handlers_.Running() && services_.link.CurrentWait()) EnableWorking(false);
     statusBar()->clearMessage();
     statusLine_->WaitChanged();
 }

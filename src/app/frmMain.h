@@ -66,7 +66,6 @@ class frmMain : public QMainWindow {
     void mnuExit_Click();
     void mnuAbout_Click();
 
-    void SetKneepoint(const char* kneepointType);
     bool OpenPort();
     void RunTest(bool ratioOnly);
     void ShowTestWindow();
@@ -88,8 +87,13 @@ class frmMain : public QMainWindow {
     void ShowMemoryDirectory();
     // Opens the window of item, or says that there is none.
     void ShowChild(const OpenChild& open, const QAction& item);
+    // Runs open with the area in front; the start page is back when the last child has closed.
+    template <class Open>
+    void ShowArea(const Open& open);
     void ChildClosed();
     void ShowFacts();
+    // The menu items and buttons that do nothing while one of them waits.
+    void EnableWorking(bool enabled);
     void WaitChanged();
 
     // Leaves a wait for the instrument and the windows in the area first; false when the main
@@ -112,7 +116,9 @@ class frmMain : public QMainWindow {
     QMdiArea* area_;
     HomePanel* home_ = nullptr;
     QPointer<frmAbout> about_;
+    QPointer<QWidget> focusBefore_;  // of the wait
     frmCControl* testWindow_ = nullptr;
+    int children_ = 0;  // that are open
     QTimer factsTimer_;
     int listedRecords_ = 0;         // as the directory file says
     std::vector<Notice> troubles_;  // of the load

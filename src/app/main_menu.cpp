@@ -2,6 +2,7 @@
 #include "app/main_menu.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QMenu>
 #include <QMenuBar>
 
@@ -62,10 +63,29 @@ MainMenu::MainMenu(QMenuBar& bar) : mnuFile(AddMenu(&bar, "mnuFile", "&File")) {
     AddLine(mnuFile, "mnuLine7");
     mnuExit = AddItem(mnuFile, "mnuExit", "&Exit");
     mnuAbout = AddItem(mnuFile, "mnuAbout", "&About");
+    working = new QActionGroup(mnuFile);
+    working->setExclusionPolicy(QActionGroup::ExclusionPolicy::None);
+    for (QAction* item :
+         {mnuRecall, mnuCControl->menuAction(), mnuBoth, mnuRatio, mnuDownload, mnuOverlay,
+          mnuSetHeaderFile, mnuSetDescr, mnuFileUtil, mnuConfig, mnuAbout}) {
+        working->addAction(item);
+    }
 }
 
 void MainMenu::EnableFile(bool enabled) {
     mnuFile->menuAction()->setEnabled(enabled);
+    if (enabled) return;
+    for (QMenu* menu : mnuFile->findChildren<QMenu*>())
+        menu->close();
+    mnuFile->close();
+}
+
+bool MainMenu::FileEnabled() const {
+    return mnuFile->menuAction()->isEnabled();
+}
+
+void MainMenu::EnableWorking(bool enabled) {
+    working->setEnabled(enabled);
 }
 
 void MainMenu::EnableRecordItems(bool enabled) {

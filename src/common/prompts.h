@@ -17,6 +17,10 @@ class Prompts {
     // A message with an OK button; no title unless given.
     virtual void Message(const QString& text, const QString& title = {}) = 0;
 
+    // A message that comes by itself, not from what the operator did: shown once nothing else is
+    // open, never over a question that waits for an answer.
+    virtual void MessageAfter(const QString& text) { Message(text); }
+
     // Yes/No. preset is the default button: never the one that destroys.
     virtual Answer YesNo(const QString& text, Answer preset, const QString& title = {}) = 0;
 

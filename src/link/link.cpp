@@ -136,6 +136,7 @@ bool Link::OpenComPort(std::int16_t port) {
         state_.portOpen = false;
     }
     state_.openFailed = !state_.portOpen;
+    if (OnPortChanged) OnPortChanged();
     return state_.portOpen;
 }
 
@@ -143,6 +144,7 @@ void Link::CloseComPort() {
     EndWait();
     state_.portOpen = false;
     port_.SetPortOpen(false);
+    if (OnPortChanged) OnPortChanged();
 }
 
 std::string Link::SendCommand(std::string_view command, std::string_view expectedReply) {
@@ -346,9 +348,9 @@ void Link::PortEvent(CommEvent event) {
         state_.receiveBuffer += state_.receiveChunk;
         Wake();
     } else if (event == CommEvent::Overrun) {
-        prompts_.Message(QStringLiteral("Data Lost"));
+        prompts_.MessageAfter(QStringLiteral("Data Lost"));
     } else if (event == CommEvent::ReceiveOverflow) {
-        prompts_.Message(QStringLiteral("Receive buffer overflow"));
+        prompts_.MessageAfter(QStringLiteral("Receive buffer overflow"));
     }
 }
 
@@ -369,12 +371,13 @@ void Link::PortLost() {
     const bool waiting = wait_.has_value();
     EndWait();
     if (OnLost) OnLost();
+    if (OnPortChanged) OnPortChanged();
     if (!waiting) ShowLostMessage();
 }
 
 void Link::ShowLostMessage() {
     lostMessageDue_ = false;
-    prompts_.Message(LostMessage());
+    prompts_.MessageAfter(LostMessage());
 }
 
 void Link::Wake() {

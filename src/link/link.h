@@ -125,6 +125,8 @@ class Link {
     std::function<void()> OnTextWaiting;
     // The port was lost (State().portOpen is already false). Called before the message is shown.
     std::function<void()> OnLost;
+    // The port was opened, closed or lost, or could not be opened; before a loss is said.
+    std::function<void()> OnPortChanged;
     // The reply of an exchange without limit has grown to so many bytes.
     std::function<void(std::size_t received)> OnReplyGrows;
     // A wait has begun or ended, see CurrentWait.

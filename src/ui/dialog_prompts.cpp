@@ -83,11 +83,41 @@ QString Chosen(const QPointer<QFileDialog>& dialog) {
 
 }  // namespace
 
+// A dialog is open for as long as it lives; then what is due is shown.
+class DialogPrompts::Open {
+  public:
+    explicit Open(DialogPrompts& prompts) : prompts_(prompts) {
+        ++prompts_.open_;
+        while (QWidget* popup = QApplication::activePopupWidget())
+            if (!popup->close()) break;
+    }
+    ~Open() {
+        if (--prompts_.open_ > 0 || prompts_.due_.empty()) return;
+        const QString text = prompts_.due_.front();
+        prompts_.due_.pop_front();
+        prompts_.Message(text);
+    }
+    Q_DISABLE_COPY_MOVE(Open)
+
+  private:
+    DialogPrompts& prompts_;
+};
+
 void DialogPrompts::Message(const QString& text, const QString& title) {
+    const Open open(*this);
     Ask(QMessageBox::NoIcon, text, title, QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok);
 }
 
+void DialogPrompts::MessageAfter(const QString& text) {
+    if (open_ > 0) {
+        due_.push_back(text);
+    } else {
+        Message(text);
+    }
+}
+
 Answer DialogPrompts::YesNo(const QString& text, Answer preset, const QString& title) {
+    const Open open(*this);
     const auto button = ButtonOf(preset);
     return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
                         button, button));
@@ -99,6 +129,7 @@ Answer DialogPrompts::YesNoOrBack(const QString& text, Answer preset, const QStr
 }
 
 Answer DialogPrompts::YesNoCancel(const QString& text, Answer preset, const QString& title) {
+    const Open open(*this);
     return AnswerOf(Ask(QMessageBox::Question, text, title,
                         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, ButtonOf(preset),
                         QMessageBox::Cancel));
@@ -106,6 +137,7 @@ Answer DialogPrompts::YesNoCancel(const QString& text, Answer preset, const QStr
 
 std::optional<QString> DialogPrompts::Input(const QString& title, const QString& prompt,
                                             const QString& initial) {
+    const Open open(*this);
     const QPointer<QInputDialog> dialog = new QInputDialog(Parent());
     SetUp(*dialog, "inputBox", prompt, title);
     dialog->setInputMode(QInputDialog::TextInput);
@@ -124,6 +156,7 @@ std::optional<QString> DialogPrompts::Input(const QString& title, const QString&
 }
 
 QString DialogPrompts::SaveFile(const QString& folder, const QString& filter) {
+    const Open open(*this);
     const QPointer<QFileDialog> dialog = new QFileDialog(Parent());
     SetUp(*dialog, "cdFile", {}, {});
     dialog->setAcceptMode(QFileDialog::AcceptSave);
@@ -135,6 +168,7 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter) {
 }
 
 QString DialogPrompts::ChooseFolder(const QString& prompt, const QString& start) {
+    const Open open(*this);
     const QPointer<QFileDialog> dialog = new QFileDialog(Parent());
     SetUp(*dialog, "folderBrowser", prompt, prompt);
     dialog->setFileMode(QFileDialog::Directory);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <deque>
+
 #include "common/prompts.h"
 
 namespace davo {
@@ -8,10 +10,12 @@ namespace davo {
 // Prompts as real dialogs over the active window. Object names for tests: the message boxes are
 // "msgBox" (buttons by their standard role), the input box "inputBox", the file dialog "cdFile",
 // the folder dialog "folderBrowser". The text of each stands in its property "exactText" as it was
-// given. Escape and the window's close button answer Cancel, or the preset where there is none.
+// given. Escape and the window's close button answer Cancel, or the preset where there is none. A
+// menu or a list that is open is closed: it would be above the dialog.
 class DialogPrompts : public Prompts {
   public:
     void Message(const QString& text, const QString& title = {}) override;
+    void MessageAfter(const QString& text) override;
     Answer YesNo(const QString& text, Answer preset, const QString& title = {}) override;
     Answer YesNoOrBack(const QString& text, Answer preset, const QString& title = {}) override;
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
@@ -19,6 +23,12 @@ class DialogPrompts : public Prompts {
                                  const QString& initial = {}) override;
     QString SaveFile(const QString& folder, const QString& filter) override;
     QString ChooseFolder(const QString& prompt, const QString& start) override;
+
+  private:
+    class Open;
+
+    int open_ = 0;  // dialogs, one over the other
+    std::deque<QString> due_;
 };
 
 }  // namespace davo

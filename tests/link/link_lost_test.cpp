@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 
 #include "link/link.h"
 #include "tests/support/scripted_link.h"
@@ -102,6 +103,30 @@ TEST_F(LinkLostTest, AfterTheHandshakeOfTheModelQuery) {
     EXPECT_FALSE(link.ReadInstrumentModel(model));
     EXPECT_EQ(model, "");
     ExpectLostOnceAndReopened();
+}
+
+TEST_F(LinkLostTest, ItIsSaidAfterWhatIsOpen) {
+    struct Waiting : test::FakePrompts {
+        void MessageAfter(const QString& text) override { after.push_back(text); }
+        std::vector<QString> after;
+    } waiting;
+    test::ScriptedLink line(waiting);
+    std::vector<bool> changes;
+    line.link.OnPortChanged = [&] { changes.push_back(line.state.portOpen); };
+    ASSERT_TRUE(line.link.OpenComPort(1));
+    line.port.Raise(CommEvent::Overrun);
+    line.port.Raise(CommEvent::ReceiveOverflow);
+    line.port.Unplug(milliseconds(5));
+    const QDeadlineTimer patience(10000);
+    while (waiting.after.size() < 3 && !patience.hasExpired())
+        QCoreApplication::processEvents();
+    EXPECT_THAT(waiting.after,
+                ElementsAre(u"Data Lost"_s, u"Receive buffer overflow"_s, Link::LostMessage()));
+    EXPECT_THAT(waiting.shown, IsEmpty());
+    EXPECT_THAT(changes, ElementsAre(true, false));
+    line.link.OpenComPort(1);
+    line.link.CloseComPort();
+    EXPECT_THAT(changes, ElementsAre(true, false, true, false));
 }
 
 TEST_F(LinkLostTest, TheMessageSaysWhatToDo) {

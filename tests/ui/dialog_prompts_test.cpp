@@ -8,6 +8,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -102,6 +103,48 @@ TEST(MessagePrompt, HasTheTitleGivenAndEndsByEscape) {
         QTest::keyClick(&box, Qt::Key_Escape);
     });
     DialogPrompts().Message(u"text"_s, u"Title"_s);
+}
+
+TEST(MessagePrompt, ThatComesByItselfIsShownAfterTheQuestionThatIsOpen) {
+    DialogPrompts prompts;
+    std::vector<QString> shown;
+    std::vector<std::size_t> boxes;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr || !box->isVisible()) return;
+        shown.push_back(box->property("exactText").toString());
+        if (shown.size() == 1) {
+            prompts.MessageAfter(u"first"_s);
+            prompts.MessageAfter(u"second"_s);
+        }
+        const auto open = QApplication::topLevelWidgets();
+        boxes.push_back(static_cast<std::size_t>(
+            std::count_if(open.begin(), open.end(), [](const QWidget* one) {
+                return one->isVisible() && one->objectName() == u"msgBox"_s;
+            })));
+        box->button(shown.size() == 1 ? QMessageBox::Yes : QMessageBox::Ok)->click();
+    });
+    timer.start(1);
+    EXPECT_EQ(prompts.YesNo(u"question"_s, Answer::No), Answer::Yes);
+    EXPECT_THAT(shown, ElementsAre(u"question"_s, u"first"_s, u"second"_s));
+    EXPECT_THAT(boxes, ElementsAre(1U, 1U, 1U));
+    prompts.MessageAfter(u"at once"_s);
+    EXPECT_EQ(shown.size(), 4U);
+}
+
+TEST(MessagePrompt, ClosesAMenuThatIsOpen) {
+    QMenu menu;
+    menu.addAction(u"item"_s);
+    menu.popup(QPoint(10, 10));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&menu));
+    bool open = true;
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        open = menu.isVisible();
+        box.accept();
+    });
+    DialogPrompts().Message(u"text"_s);
+    EXPECT_FALSE(open);
 }
 
 // What hands do with a dialog.
