@@ -14,9 +14,10 @@ namespace davo {
 
 namespace {
 
-constexpr int kPollInterval = 100;  // ms; text that arrives makes a pass of its own
-constexpr int kClockInterval = 20;  // ms
-constexpr int kBeepInterval = 500;  // ms
+constexpr int kPollInterval = 100;   // ms; text that arrives makes a pass of its own
+constexpr int kClockInterval = 20;   // ms
+constexpr int kBeepInterval = 500;   // ms
+constexpr int kLookInterval = 1000;  // ms
 
 bool IsEscape(const QEvent& event) {
     return event.type() == QEvent::KeyPress &&
@@ -45,6 +46,7 @@ frmCControl::frmCControl(const TestSurroundings& around, Settings& settings, QWi
     Timer1_.setInterval(kPollInterval);
     timDateTime_.setInterval(kClockInterval);
     timBeep_.setInterval(kBeepInterval);
+    lookAround_.setInterval(kLookInterval);
     ConnectEvents();
     painted_ = sequence_.Screen();
     controls_.Paint(nullptr, painted_);
@@ -71,6 +73,7 @@ void frmCControl::ConnectEvents() {
     onClick(controls_.cmdExit, [this] { cmdExit_Click(); });
     connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
     connect(&timDateTime_, &QTimer::timeout, this, [this] { timDateTime_Timer(); });
+    connect(&lookAround_, &QTimer::timeout, this, [this] { LookAround(); });
     connect(&timBeep_, &QTimer::timeout, this, [this] {
         handlers_.RunAlone([this] { sequence_.timBeep_Timer(); });
         Refresh();
@@ -186,7 +189,12 @@ void frmCControl::Timer1_Timer() {
 
 void frmCControl::timDateTime_Timer() {
     handlers_.RunAlone([this] { sequence_.timDateTime_Timer(); });
-    if (painted_ != sequence_.Screen()) Refresh();
+    if (painted_.lblTime != sequence_.Screen().lblTime) Refresh();
+}
+
+void frmCControl::LookAround() {
+    handlers_.RunAlone([this] { sequence_.LookAround(); });
+    Refresh();
 }
 
 void frmCControl::cmdHeader_Click() {
@@ -306,6 +314,7 @@ void frmCControl::Refresh() {
     run(Timer1_, sequence_.Polling() && !closing_);
     run(timDateTime_, sequence_.Clocking() && !closing_);
     run(timBeep_, sequence_.Beeping() && !closing_);
+    run(lookAround_, !closing_);
     if (closing_ || handlers_.Running()) return;
     if (closeWanted_) {
         CloseNow();

@@ -58,6 +58,7 @@ class frmCControl : public QWidget {
     void cmdHeader_Click();
     void Timer1_Timer();
     void timDateTime_Timer();
+    void LookAround();
     void Form_KeyDown();
     void Form_Unload();
     void ResetTestWindow();
@@ -84,6 +85,7 @@ class frmCControl : public QWidget {
     QTimer Timer1_;
     QTimer timDateTime_;
     QTimer timBeep_;
+    QTimer lookAround_;
     void (ShotSequence::*lostFocusDue_)() = nullptr;
     bool shown_ = false;
     bool closeWanted_ = false;

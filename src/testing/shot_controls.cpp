@@ -135,7 +135,7 @@ void ShotControls::BuildMessage(QWidget* window) {
     lblConfirm->SetCallToAct(true);
     lblDamage = Named(new FitLabel(kDamageCapitals, kDamageGrowth, frmeMessage), "lblDamage");
     lblDamage->SetAlert(true);
-    lblNotice = Named(new FitLabel(kPromptCapitals, 1.0, frmeMessage), "lblNotice");
+    lblNotice = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblNotice");
     // The prompt keeps its size when the call to confirm comes and goes.
     lblConfirm->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     KeepRoomWhenHidden(lblConfirm);
@@ -315,10 +315,10 @@ void ShotControls::ShowBesidePrompt(bool wanted) {
 
 // The row's width, and the height that message, notice and damage have together.
 QSize ShotControls::PromptRoom() const {
-    int height = -kSpacing;
-    for (const QWidget* part : {lblMessage, lblNotice, lblDamage})
-        if (!part->isHidden()) height += part->height() + kSpacing;
-    return {promptRow_->geometry().width() - promptRow_->spacing(), height};
+    // Of the frame: what is in it may not be laid out yet.
+    const int inside = frmeMessage->contentsRect().height() - kMargins.top() - kMargins.bottom();
+    return {promptRow_->geometry().width() - promptRow_->spacing(),
+            inside - lblConfirm->height() - kSpacing};
 }
 
 int ShotControls::WidthBeside(QSize room, const QString& notice, bool prompt) const {

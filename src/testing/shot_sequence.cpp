@@ -21,7 +21,6 @@ namespace {
 constexpr int kCancelTimes = 10;
 constexpr int kBeepsOfPrompt = 2;
 constexpr std::chrono::seconds kAged{2};
-constexpr std::chrono::seconds kLookInterval{1};
 constexpr std::string_view kEscape = "\x1b";
 
 QString DamageText(const std::string& damage) {
@@ -229,7 +228,7 @@ void ShotSequence::PortLost() {
     shot_.confirmsThisShot = 0;
     ClearShot();
     lost_ = true;
-    shot_.screen.ShowNotice("CONNECTION TO THE DAVO LOST");
+    shot_.screen.ShowNotice("CONNECTION LOST");
     shot_.screen.lblConfirm.visible = false;
     // A caption of "&OK" would keep the restarted shot from asking for the range switch.
     shot_.screen.cmdContinue.text = kCaptionContinueTest;
@@ -250,14 +249,9 @@ void ShotSequence::txtXVolt_LostFocus() {
 
 void ShotSequence::timDateTime_Timer() {
     shot_.screen.lblTime.text = ClockText(around_.clock.Now());
-    LookAround();
 }
 
-// Once a second, while any timer runs.
 void ShotSequence::LookAround() {
-    const TimePoint now = around_.clock.Ticks();
-    if (now - lastLook_ < kLookInterval) return;
-    lastLook_ = now;
     KeepCapture();
     if (!lost_) return;
     if (!around_.link.State().portOpen && !(around_.reopenPort && around_.reopenPort())) return;
@@ -278,9 +272,7 @@ void ShotSequence::Timer1_Timer() {
         Pass(block == 0);
         if (!unexamined_) break;
     }
-    if (!shot_.polling) return;
-    ShowAge();
-    LookAround();
+    if (shot_.polling) ShowAge();
 }
 
 void ShotSequence::Pass(bool first) {
@@ -363,7 +355,7 @@ void ShotSequence::CompleteShot() {
     shot_.screen.lblConfirm.visible = false;
     shot_.screen.cmdContinue.enabled = false;
     shot_.screen.cmdCancel.enabled = false;
-    shot_.screen.ShowNotice("NO MORE SHOTS. PRESS EXIT TO SAVE.", false);
+    shot_.screen.ShowNotice("NO MORE SHOTS.\nPRESS EXIT TO SAVE.", false);
     around_.prompts.Message(QStringLiteral("You have ran the maximum limit (100) of shots."));
 }
 

@@ -40,6 +40,9 @@ class ShotSequence : public ShotHooks {
     void txtXVolt_LostFocus();
     void timDateTime_Timer();
     void timBeep_Timer();
+    // Once a second, whether or not the timers run: whether a lost port is back and the capture
+    // file still there.
+    void LookAround();
 
     // Polls the port and runs RunTestStep when the awaited text is in the window, block by block
     // until nothing is left to examine or kMostExaminedAtOnce is done. Called when text has
@@ -93,7 +96,6 @@ class ShotSequence : public ShotHooks {
     void Pass(bool first);
     void ExamineWindow(bool found);
     void ShowAge();
-    void LookAround();
     void ShowBeginning();
     void CreateCapture();
     void ClearShot();
@@ -127,7 +129,6 @@ class ShotSequence : public ShotHooks {
     bool shotRefused_ = false;
     bool unexamined_ = false;
     bool lost_ = false;  // the port, and no shot was started since
-    TimePoint lastLook_;
 };
 
 }  // namespace davo

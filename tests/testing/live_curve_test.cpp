@@ -164,6 +164,21 @@ TEST_F(LiveCurveWindow, ALostPortDimsTheUnfinishedShot) {
     })) << "of the shot before nothing is left";
 }
 
+TEST_F(LiveCurveWindow, ALostPortLeavesTheChartOnALaptopsScreen) {
+    main.resize(1366, 728);
+    pluggedIn = false;
+    OpenAndStart();
+    Say("I=0.0123 V=152.4");
+    ASSERT_TRUE(Chart()->isVisible());
+    Unplug();
+    EXPECT_TRUE(Chart()->isVisible()) << "at once, before anything is laid out again";
+    QTest::qWait(20);
+    EXPECT_TRUE(Chart()->isVisible());
+    const auto* notice = dynamic_cast<FitLabel*>(Label("lblNotice"));
+    ASSERT_NE(notice, nullptr);
+    EXPECT_GE(notice->FittedPixelSize(), notice->LeastPixelSize());
+}
+
 TEST_F(LiveCurveWindow, ALostPortLeavesTheCompleteShot) {
     OpenAndStart();
     EndShot(EncodeRecordImage(ImageWithPoints(12)));

@@ -11,8 +11,6 @@
 namespace davo::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 class SessionLimits : public testing::Test, public SequenceRig {
   protected:
     std::string Notice() {
@@ -60,7 +58,7 @@ TEST_F(SessionLimits, ARefusedShotLeavesExitAlone) {
     OpenFor(true);
     FillSession();
     EXPECT_TRUE(sequence.ShotRefused());
-    EXPECT_EQ(Notice(), "NO MORE SHOTS. PRESS EXIT TO SAVE.");
+    EXPECT_EQ(Notice(), "NO MORE SHOTS.\nPRESS EXIT TO SAVE.");
     EXPECT_FALSE(Screen().lblConfirm.visible);
     EXPECT_FALSE(Screen().cmdContinue.enabled);
     EXPECT_FALSE(Screen().cmdCancel.enabled);
@@ -166,8 +164,7 @@ TEST_F(DeletedFolder, IsSaidAndTheSessionGoesOnInANewFile) {
     RunRatioShot("222.2");
     const std::string second = sequence.ShotTrailer();
     DeleteFolder();
-    clock.Advance(1s);
-    sequence.timDateTime_Timer();
+    sequence.LookAround();
     EXPECT_TRUE(Screen().lblDamage.visible);
     EXPECT_EQ(Screen().lblDamage.text,
               "The folder of the running session was deleted: " + SaidPath() +
@@ -186,8 +183,7 @@ TEST_F(DeletedFolder, IsSaidWhileAShotRuns) {
     sequence.cmdStart_Click();
     const std::string first = CaptureBytes();
     DeleteFolder();
-    clock.Advance(1s);
-    sequence.Timer1_Timer();
+    sequence.LookAround();
     EXPECT_TRUE(Screen().lblDamage.visible);
     EXPECT_EQ(CaptureBytes(), first);
     EXPECT_TRUE(prompts.shown.empty()) << "no box may cover a prompt";
@@ -210,15 +206,13 @@ TEST_F(DeletedFolder, ThatCannotBeMadeAgainIsSaidAndTriedAgain) {
     DeleteFolder();
     const QString inTheWay = QDir::cleanPath(places.scratchFolder);
     ReplaceFile(inTheWay, "");
-    clock.Advance(1s);
-    sequence.timDateTime_Timer();
+    sequence.LookAround();
     EXPECT_THAT(Screen().lblDamage.text,
                 StartsWith("The folder of the running session is gone: " + SaidPath() +
                            ". Its shots are in memory: do not end the program. "
                            "Run-time error '"));
     DeleteFile(inTheWay);
-    clock.Advance(1s);
-    sequence.timDateTime_Timer();
+    sequence.LookAround();
     EXPECT_THAT(Screen().lblDamage.text, HasSubstr("goes on in a new one"));
     EXPECT_EQ(CaptureBytes(), first);
 }

@@ -7,6 +7,7 @@
 //   record_headers  the editor of saved headers
 //   shell           the main window, configuration, about and splash, light and dark
 //   test_list       the test list of a folder and of an instrument, a download
+//   test_window     the test window while the line is silent or lost, and at its limits
 // Scale: QT_SCALE_FACTOR; screen:
 // QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
 
@@ -28,7 +29,8 @@ int main(int argc, char** argv) {
         {QStringLiteral("headers"), TakeHeaders},
         {QStringLiteral("record_headers"), TakeRecordHeaders},
         {QStringLiteral("shell"), TakeShell},
-        {QStringLiteral("test_list"), TakeTestList}};
+        {QStringLiteral("test_list"), TakeTestList},
+        {QStringLiteral("test_window"), TakeTestWindow}};
     const QStringList arguments = QApplication::arguments();
     const QStringList wanted = arguments.mid(2);
     const bool known = std::all_of(wanted.begin(), wanted.end(),

@@ -64,5 +64,6 @@ void TakeHeaders(const Album& album);
 void TakeRecordHeaders(const Album& album);
 void TakeShell(const Album& album);
 void TakeTestList(const Album& album);
+void TakeTestWindow(const Album& album);
 
 }  // namespace davo::test
