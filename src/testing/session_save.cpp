@@ -190,7 +190,7 @@ SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerRe
         // After "&Repeat Test" the window stays; in any other state it closes without a question.
         const bool dropped = sequence.TestState() == kStateShotComplete;
         if (dropped) {
-            sequence.Screen().ShowNotice("SHOT DROPPED.\nSTART THE NEXT, OR HIT ESC.", false);
+            sequence.Screen().ShowNotice("SHOT DROPPED.\nPRESS NEXT TEST, OR ESC.", false);
         }
         return {!dropped, {}, false};
     }

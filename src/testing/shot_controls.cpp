@@ -32,7 +32,8 @@ constexpr double kPromptGrowth = 2.0;
 constexpr double kConfirmCapitals = 5.5;  // mm
 constexpr double kDamageCapitals = 4.0;   // mm
 constexpr double kDamageGrowth = kPromptCapitals / kDamageCapitals;
-constexpr int kDamageStretch = 3;         // it comes when the prompt is empty
+constexpr int kDamageStretch = 3;         // mostly it comes when the prompt is empty
+constexpr int kPromptStretch = 9;         // that must be readable beside it
 constexpr double kHeadingCapitals = 5.0;  // mm
 constexpr double kCaptionGrowth = 1.2;
 constexpr double kBoxGrowth = 1.4;
@@ -286,7 +287,12 @@ void ShotControls::Paint(const ShotScreen* painted, const ShotScreen& screen) {
     paint(cmdExit, &ShotScreen::cmdExit);
     lblMessage->SetAlert(screen.messageWarns);
     lblNotice->SetAlert(screen.noticeWarns);
-    lblMessage->setVisible(!screen.lblMessage.text.empty() || !screen.lblNotice.visible);
+    const bool prompts = !screen.lblMessage.text.empty();
+    lblMessage->setVisible(prompts || !screen.lblNotice.visible);
+    auto* column = static_cast<QVBoxLayout*>(frmeMessage->layout());
+    const int stretch = prompts ? kPromptStretch : 1;
+    const int at = column->indexOf(lblMessage);
+    if (column->stretch(at) != stretch) column->setStretch(at, stretch);
 }
 
 void ShotControls::PlaceBesidePrompt(QWidget* chart) {
@@ -305,7 +311,9 @@ void ShotControls::ShowBesidePrompt(bool wanted) {
     }
     const bool silent = prompt.isEmpty() && notice.isEmpty() && lblDamage->text().isEmpty();
     const int width = silent ? room.width() * kAloneShare / 100 : widthBeside_;
-    const bool shows = wanted && width > 0;
+    // All three have no room beside each other.
+    const bool crowded = !lblDamage->isHidden() && !prompt.isEmpty();
+    const bool shows = wanted && width > 0 && !crowded;
     if (shows) {
         promptRow_->setStretch(0, room.width() - width);
         promptRow_->setStretch(1, width);

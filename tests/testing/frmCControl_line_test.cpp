@@ -107,5 +107,20 @@ TEST_F(TestWindowLine, ADeletedFolderIsSaidThoughTheClockIsStopped) {
     EXPECT_TRUE(FileExists(places.scratchFolder + QLatin1String(kCaptureFileName)));
 }
 
+TEST_F(TestWindowLine, ADeletedFolderLeavesTheRunningPromptReadable) {
+    OpenAndStart();
+    Say("I=0.0123 V=491.2");
+    ASSERT_TRUE(QDir(places.scratchFolder).removeRecursively());
+    ASSERT_TRUE(Until([this] { return Label("lblDamage")->isVisible(); }));
+    clock.Advance(3s);
+    ASSERT_TRUE(Until([this] { return Label("lblNotice")->isVisible(); }));
+    QTest::qWait(20);
+    for (const char* name : {"lblMessage", "lblNotice"}) {
+        const auto* label = dynamic_cast<FitLabel*>(Label(name));
+        ASSERT_NE(label, nullptr);
+        EXPECT_GE(label->FittedPixelSize(), label->LeastPixelSize()) << name;
+    }
+}
+
 }  // namespace
 }  // namespace davo::test

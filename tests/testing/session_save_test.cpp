@@ -79,7 +79,7 @@ TEST_F(SessionSave, AfterADroppedShotTheWindowSaysWhatIsPossible) {
     rig.sequence.cmdContinue_Click();  // "&Repeat Test"
     Exit();
     EXPECT_EQ(rig.Screen().lblNotice,
-              (ControlView{"SHOT DROPPED.\nSTART THE NEXT, OR HIT ESC.", true, true}));
+              (ControlView{"SHOT DROPPED.\nPRESS NEXT TEST, OR ESC.", true, true}));
     EXPECT_FALSE(rig.Screen().noticeWarns);
     rig.RunRatioShot();
     EXPECT_FALSE(rig.Screen().lblNotice.visible);
