@@ -77,16 +77,11 @@ class House:
                        for name, lines in self.lines.items()}
         self.library_of = {}  # of a source
         self.links = collections.defaultdict(set)
-        self.part_of = {}  # the library that objects compiled apart belong to
         self.trouble = []
         top = (self.root.parent / "CMakeLists.txt").read_text(encoding="utf-8")
         self.built = re.findall(r"add_subdirectory\(src/(\w+)\)", top)
         for path in sorted(self.root.rglob("CMakeLists.txt")):
             self.read_libraries(path)
-        for objects, library in self.part_of.items():
-            self.links[library] |= self.links.pop(objects, set())
-        self.library_of = {name: self.part_of.get(library, library)
-                           for name, library in self.library_of.items()}
 
     def read_libraries(self, path):
         folder = path.parent.relative_to(self.root).as_posix()
@@ -98,8 +93,6 @@ class House:
             for word in rest.split():
                 if word in ("SOURCES", "PLATFORM", "LINKS"):
                     mode = word
-                elif objects := re.fullmatch(r"\$<TARGET_OBJECTS:(\w+)>", word):
-                    self.part_of[objects[1]] = library
                 elif word.startswith("davo_") and not word.endswith(".cpp"):
                     self.links[library].add(word)
                 elif mode == "PLATFORM":
@@ -370,13 +363,6 @@ BROKEN = {
     "a needless link": ({"curves/chart.cpp": "", "curves/CMakeLists.txt":
                          "davo_library(davo_curves SOURCES chart.cpp LINKS davo_records)\n"},
                         "davo_curves links davo_records and includes nothing of it"),
-    "objects that know a window": ({"files/list.h": "", "files/list.cpp": "#include <QDialog>\n",
-                                    "files/frmCopy.h": None, "files/frmCopy.cpp": None,
-                                    "files/CMakeLists.txt":
-                                    "add_library(davo_files_drawn OBJECT list.cpp)\n"
-                                    "davo_library(davo_files SOURCES copying.cpp "
-                                    "$<TARGET_OBJECTS:davo_files_drawn> LINKS davo_records)\n"},
-                                   "files/list.cpp of davo_files includes <QDialog>"),
     "a third library": ({"curves/chart.cpp": "", "curves/CMakeLists.txt":
                          "davo_library(davo_charts SOURCES chart.cpp)\n"},
                         "davo_charts: curves has the libraries"),
