@@ -224,7 +224,12 @@ void Steps::DropExamined() {
 }
 
 void Steps::ParseRatioReply() {
-    if (const auto ratio = RatioIn(shot_.reply.sessionWindow)) screen_.txtRatio.text = *ratio;
+    if (const auto ratio = RatioIn(shot_.reply.sessionWindow)) {
+        screen_.txtRatio.text = *ratio;
+        // A record cannot hold control characters; here they are seen while the shot can be
+        // repeated.
+        ReplaceControls(screen_.txtRatio.text, kLineEnd);
+    }
     const auto polarity = PolarityWord(PolarityIn(shot_.reply.sessionWindow).value_or('\0'));
     if (polarity) screen_.txtPolarity.text = *polarity;
 }

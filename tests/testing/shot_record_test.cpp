@@ -46,6 +46,16 @@ TEST_F(RecordTest, DataAndDoneInOnePassCompleteTheShot) {
     EXPECT_EQ(sequence.ShotTrailer().substr(0, 320).find(RecordOf(Digits())), 0U);
 }
 
+// The window shows what the record and its workbook can hold.
+TEST_F(RecordTest, ControlCharactersOfARatioBecomeQuestionMarks) {
+    StartFullShot();
+    Say("RATIO=24\x01"
+        "0.\x1b\r\n" +
+        RecordOf(Digits()) + "\r\n");
+    EXPECT_EQ(Screen().txtRatio.text, "24?0.?");
+    EXPECT_NE(sequence.ShotTrailer().find("MEASURED RATIO: 24?0.?\r\n"), std::string::npos);
+}
+
 TEST_F(RecordTest, ARecordWithoutAnyLineEndCompletesTheShot) {
     StartFullShot();
     Say("DATA" + Digits() + "DONE");
