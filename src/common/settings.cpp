@@ -86,7 +86,13 @@ void SetPaths(SettingsRead& read, const QString& stored, const Places& places) {
     Settings& settings = read.settings;
     if (!stored.isEmpty()) {
         settings.dataPath = stored;
-        settings.excelPath = ExcelPathOf(stored);
+        if (FileExists(stored) || !ShownPath(stored).endsWith(FolderText(kDataRule))) {
+            read.errors.emplace_back(ErrorNumber::PathFileAccess, stored.toStdString());
+        }
+        // Without it the names of records would be joined to that of the folder.
+        const QChar separator = FolderText(kDataRule).front();
+        if (!ShownPath(stored).endsWith(separator)) settings.dataPath += separator;
+        settings.excelPath = ExcelPathOf(settings.dataPath);
         return;
     }
     settings.dataPath = Below(places.applicationFolder, kDataRule);
@@ -116,12 +122,16 @@ SettingsRead ReadSettings(const SettingsStore& store, const Places& places) {
 }
 
 void WriteSettings(SettingsStore& store, const Settings& settings) {
-    WriteText(store, kKneepointType, settings.kneepointType);
-    WriteText(store, kComPort, QString::fromStdString(SignedText(settings.comPort)));
-    WriteText(store, kImpedance, QLatin1String(settings.showImpedance ? "Y" : "N"));
-    WriteText(store, kSortValues,
-              QStringLiteral("%1 %2").arg(settings.sortOrder).arg(settings.sortDisplay));
-    WriteText(store, kDataPath, settings.dataPath);
+    std::vector<RunTimeError> errors;
+    const auto write = [&](const Key& key, const QString& text) {
+        Attempt(errors, [&] { WriteText(store, key, text); });
+    };
+    write(kKneepointType, settings.kneepointType);
+    write(kComPort, QString::fromStdString(SignedText(settings.comPort)));
+    write(kImpedance, QLatin1String(settings.showImpedance ? "Y" : "N"));
+    write(kSortValues, QStringLiteral("%1 %2").arg(settings.sortOrder).arg(settings.sortDisplay));
+    write(kDataPath, settings.dataPath);
+    if (!errors.empty()) throw errors.front();
 }
 
 QString ExcelPathOf(const QString& dataPath) {

@@ -48,10 +48,12 @@ struct SettingsRead {
 // the application folder and creates the two that are missing; a stored path creates nothing.
 // A port's number that is no number (error 13) or does not fit 16 bits (error 6) leaves the
 // default, and a folder that cannot be created is kept as the path; the other values are read all
-// the same.
+// the same. A stored path that is a file, or does not end with "\Shots_Data\", is used and said
+// (error 75); one without a separator at its end gets one.
 SettingsRead ReadSettings(const SettingsStore& store, const Places& places);
 
-// Writes the five values in the order of the key table.
+// Writes the five values in the order of the key table. One that cannot be written keeps none of
+// the others from it; the first error is thrown at the end.
 void WriteSettings(SettingsStore& store, const Settings& settings);
 
 // excelPath that belongs to dataPath: the part before the first "\Shots_Data\" and

@@ -29,7 +29,12 @@ class IniSettingsStore : public SettingsStore {
                const QString& text) override {
         settings_.setValue(KeyOf(application, section, value), text);
         settings_.sync();
-        if (settings_.status() != QSettings::NoError) {
+        // A line that cannot be read is told by the same status and hides whether the file was
+        // written; a second object, which finds the file read already, knows.
+        QSettings again(settings_.fileName(), QSettings::IniFormat);
+        again.setValue(KeyOf(application, section, value), text);
+        again.sync();
+        if (again.status() != QSettings::NoError) {
             throw RunTimeError(ErrorNumber::PathFileAccess, settings_.fileName().toStdString());
         }
     }

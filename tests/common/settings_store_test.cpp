@@ -45,6 +45,22 @@ TEST(SettingsStoreOfThisPlatform, KeepsApplicationsSectionsAndValuesApart) {
     EXPECT_EQ(store->Read(u"DAVO"_s, u"COMPORT"_s, u"KPTYPEVAL"_s), QString());
 }
 
+TEST(SettingsStoreOfThisPlatform, ALineThatCannotBeReadKeepsNoneFromBeingWritten) {
+    const test::TemporaryFolder folder;
+    const Places places = folder.MakePlaces();
+    ReplaceFile(places.configurationFolder + u"davo.ini"_s,
+                "[IMPEDANCE]\nIMP\\IMPVAL=Y\nno value\n[DAVO]\nCOMPORT\\COMPORTVAL=3\nnor here\n");
+    const auto store = MakeSettingsStore(places);
+    const Settings settings = ReadSettings(*store, places).settings;
+    if (settings.comPort != 3) GTEST_SKIP() << "the settings are not in that file";
+    EXPECT_TRUE(settings.showImpedance);
+    EXPECT_NO_THROW(WriteSettings(*store, settings));
+    const Settings back = ReadSettings(*MakeSettingsStore(places), places).settings;
+    EXPECT_EQ(back.comPort, 3);
+    EXPECT_TRUE(back.showImpedance);
+    EXPECT_EQ(back.dataPath, settings.dataPath);
+}
+
 TEST(SettingsStoreOfThisPlatform, SurvivesARunAsAWhole) {
     const test::TemporaryFolder folder;
     const Places places = folder.MakePlaces();

@@ -176,6 +176,35 @@ TEST_F(StoredSettings, StoredDataPathIsKeptAndCreatesNothing) {
     EXPECT_TRUE(QDir(places_.applicationFolder).isEmpty());
 }
 
+TEST_F(StoredSettings, ADataPathThatIsAFileOrLacksItsEndIsSaid) {
+    const QString file = folder_.Path("Shots_Data");
+    ReplaceFile(file, "a file");
+    const std::pair<QString, QString> cases[] = {
+        {file, file + ShownPath(u"/"_s)},
+        {folder_.Path("d/Shots_Data"), folder_.Path("d/Shots_Data/")},
+        {folder_.Path("d"), folder_.Path("d/")},
+        {folder_.Path("d/"), folder_.Path("d/")}};
+    for (const auto& [stored, used] : cases) {
+        store_.texts[Key("DATAPATH/PATH/PATHVAL")] = stored;
+        const SettingsRead read = ReadSettings(store_, places_);
+        ASSERT_EQ(read.errors.size(), 1U) << stored.toStdString();
+        EXPECT_THAT(read.errors.front().what(), testing::HasSubstr(stored.toStdString()));
+        EXPECT_EQ(read.settings.dataPath, used);
+    }
+}
+
+TEST_F(StoredSettings, OneThatCannotBeWrittenDoesNotKeepTheOthersFromIt) {
+    struct Failing : test::MemorySettingsStore {
+        void Write(const QString& application, const QString& section, const QString& value,
+                   const QString& text) override {
+            if (section == u"COMPORT"_s) throw RunTimeError(ErrorNumber::PathFileAccess, "port");
+            MemorySettingsStore::Write(application, section, value, text);
+        }
+    } failing;
+    EXPECT_THROW(WriteSettings(failing, {}), RunTimeError);
+    EXPECT_EQ(failing.written.size(), 4U);
+}
+
 TEST(ExcelPathOf, TakesThePartBeforeTheFirstMarker) {
     const QString marker = FolderText(R"(\Shots_Data\)");
     const QString excel = FolderText(R"(\Shots_Excel\)");
