@@ -100,6 +100,15 @@ QLabel* MakeLines(QWidget* parent, const char* name, int lines) {
     return label;
 }
 
+// An option that is chosen anywhere in its row, as a glove does it.
+class RowButton : public QRadioButton {
+  public:
+    using QRadioButton::QRadioButton;
+
+  protected:
+    bool hitButton(const QPoint& position) const override { return rect().contains(position); }
+};
+
 bool IsBuiltIn(const PresentPort* port) {
     return port != nullptr && !port->usb;
 }
@@ -174,9 +183,10 @@ QWidget* frmConfig::BuildImpedance() {
     auto* row = new QHBoxLayout(frame);
     constexpr const char* kCaptions[] = {"&No, do not display", "&Yes, display"};
     for (int i = 0; i < 2; ++i) {
-        optImpedance_[i] = new QRadioButton(QLatin1String(kCaptions[i]), frame);
+        optImpedance_[i] = new RowButton(QLatin1String(kCaptions[i]), frame);
         optImpedance_[i]->setObjectName(QStringLiteral("optImpedance%1").arg(i));
         optImpedance_[i]->setMinimumHeight(kInputHeight);
+        optImpedance_[i]->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         row->addWidget(optImpedance_[i]);
     }
     return frame;
@@ -231,6 +241,10 @@ void frmConfig::cmdSave_Click() {
         accept();
         return;
     }
+    ShowPort();
+}
+
+void frmConfig::ShowPort() {
     ShowDevice();
     ShowPortState();
 }

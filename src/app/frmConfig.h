@@ -29,6 +29,9 @@ class frmConfig : public QDialog {
     // Centres the window and shows the settings; a port that is none of the list becomes COM1.
     void Form_Load();
 
+    // What has become of the port, and of the device that is chosen.
+    void ShowPort();
+
   protected:
     // Escape is cmdExit.
     void keyPressEvent(QKeyEvent* event) override;

@@ -56,12 +56,17 @@ frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForm
     statusBar()->addWidget(statusLine_, 1);
     ConnectMenu();
     services_.link.OnWaitChanged = [this] { WaitChanged(); };
+    services_.link.OnPortChanged = [this] {
+        if (loaded_) ShowFacts();
+        if (config_ != nullptr) config_->ShowPort();
+    };
     factsTimer_.setInterval(kFactsInterval);
     connect(&factsTimer_, &QTimer::timeout, this, [this] { ShowFacts(); });
 }
 
 frmMain::~frmMain() {
     services_.link.OnWaitChanged = nullptr;
+    services_.link.OnPortChanged = nullptr;
 }
 
 void frmMain::BuildCentre() {
@@ -270,6 +275,7 @@ void frmMain::mnuConfig_Click() {
     auto* config =
         new frmConfig(state_.settings, services_.link, services_.devices, services_.prompts, this);
     config->setAttribute(Qt::WA_DeleteOnClose);
+    config_ = config;
     connect(config, &QDialog::finished, this, [this] { ShowFacts(); });
     config->Form_Load();
     config->open();

@@ -20,6 +20,7 @@ namespace davo {
 
 class frmAbout;
 class frmCControl;
+class frmConfig;
 class HomePanel;
 struct UnsavedSession;
 
@@ -116,6 +117,7 @@ class frmMain : public QMainWindow {
     QMdiArea* area_;
     HomePanel* home_ = nullptr;
     QPointer<frmAbout> about_;
+    QPointer<frmConfig> config_;
     QPointer<QWidget> focusBefore_;  // of the wait
     frmCControl* testWindow_ = nullptr;
     int children_ = 0;  // that are open

@@ -51,15 +51,17 @@ QString DeviceWords(const QString& device, const std::vector<PresentPort>& prese
 QString PortState(const LinkGlance& glance) {
     if (glance.comPort == kNoPortChosen) return QStringLiteral("No COM port chosen");
     const QString port = PortCaption(glance.comPort);
-    return glance.portOpen ? port + QStringLiteral(" open") : port + QStringLiteral(" not open");
+    if (glance.portOpen) return port + QStringLiteral(" open");
+    // The test window closes the port when it is left; the next test opens it again.
+    return NeedsHelp(glance) ? port + QStringLiteral(" not open")
+                             : port + QStringLiteral(" closed until needed");
 }
 
 QString DeviceState(const LinkGlance& glance) {
     if (glance.comPort == kNoPortChosen) return {};
     if (glance.portOpen) return glance.deviceWords;
     if (glance.device.isEmpty()) return QStringLiteral("No device is plugged in");
-    // The test window closes the port when it is left; the next test opens it again.
-    if (!glance.openFailed) return QStringLiteral("%1, opened when needed").arg(glance.deviceWords);
+    if (!glance.openFailed) return glance.deviceWords;
     if (!glance.present) return QStringLiteral("%1 is not plugged in").arg(glance.device);
     return QStringLiteral("%1 could not be opened").arg(glance.deviceWords);
 }

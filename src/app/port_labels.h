@@ -41,7 +41,7 @@ QString AdapterWords(const PresentPort& port);
 // device.
 QString DeviceWords(const QString& device, const std::vector<PresentPort>& present);
 
-// "COM1 open", "COM1 not open", "No COM port chosen".
+// "COM1 open", "COM1 closed until needed" (in good order), "COM1 not open", "No COM port chosen".
 QString PortState(const LinkGlance& glance);
 
 // What the number stands for, and, of a port that is not open, why.

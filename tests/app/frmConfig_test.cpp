@@ -86,6 +86,16 @@ TEST_F(ConfigureSystem, ShowsTheSettings) {
     EXPECT_TRUE(Find<QRadioButton>("optImpedance0")->isChecked());
 }
 
+TEST_F(ConfigureSystem, AnOptionIsChosenAnywhereInItsRow) {
+    Open();
+    for (const char* name : {"optImpedance1", "optImpedance0"}) {
+        auto* option = Find<QRadioButton>(name);
+        QTest::mouseClick(option, Qt::LeftButton, {},
+                          QPoint(option->width() - 2, option->height() - 2));
+        EXPECT_TRUE(option->isChecked()) << name;
+    }
+}
+
 TEST_F(ConfigureSystem, APortThatIsNoneOfTheListBecomesCom1) {
     for (const int comPort : {-99, 0, 5, 17}) {
         settings.comPort = static_cast<std::int16_t>(comPort);

@@ -135,6 +135,37 @@ TEST_F(WaitingMainWindow, ExitThatIsAnsweredNoLeavesTheWait) {
     EXPECT_TRUE(window->isVisible());
 }
 
+TEST_F(WaitingMainWindow, TheLossOfThePortIsShownAtOnce) {
+    devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R", "FTDI", "A5")};
+    Open();
+    Choose("mnuConfig");
+    EXPECT_EQ(Text("lblPortState"), "Now: COM1 open");
+    std::vector<std::string> shown;
+    prompts.onMessage = [&](const QString&) {
+        shown = {Text("lblPortState"),
+                 FindIn<QLabel>(*Find<QWidget>("homePanel"), "lblPort")->text().toStdString(),
+                 Text("lblDevice")};
+    };
+    devices.present.clear();
+    port.Unplug();
+    ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
+    ASSERT_EQ(shown.size(), 3U);
+    EXPECT_EQ(shown[0], "Now: COM1 not open");
+    EXPECT_EQ(shown[1], "COM1 not open");
+}
+
+TEST_F(WaitingMainWindow, APortThatATestHasClosedLooksLikeNoFault) {
+    devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R", "FTDI", "A5")};
+    Open();
+    Choose("mnuBoth");
+    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
+    QTest::qWait(50);
+    Click("cmdExit");
+    ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
+    EXPECT_FALSE(state.linkState.portOpen);
+    EXPECT_EQ(Text("lblPort"), "COM1 closed until needed");
+}
+
 TEST_F(WaitingMainWindow, TheStartPageComesBackWithTheLastWindowOnly) {
     std::vector<std::function<void()>> close;
     const auto child = [&](QMdiArea&, std::function<void()> closed) {

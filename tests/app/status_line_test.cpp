@@ -46,8 +46,8 @@ TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
               u"/dev/ttyUSB5 could not be opened"_s);
     EXPECT_TRUE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
     closed.openFailed = false;
-    EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
-              u"/dev/ttyUSB5, opened when needed"_s);
+    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 closed until needed"_s);
+    EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)), u"/dev/ttyUSB5"_s);
     EXPECT_FALSE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
     EXPECT_EQ(ModelWords(closed.instrumentModel), u"Instrument not asked yet"_s);
 }
