@@ -19,30 +19,25 @@ void ExpectOldOrWhole(const QString& path, bool killed, const std::string& first
 }
 
 TEST(KilledExport, LeavesTheOldOrTheNewFile) {
-    int kills = 0;
-    for (const char* when : {"before", "half", "after"}) {
-        for (int at = 1; !HasFailure(); ++at) {
-            SCOPED_TRACE(std::string("killed ") + when + " call " + std::to_string(at));
-            const TemporaryFolder folder;
+    const int kills = KillEverywhere(
+        DAVO_KILL_EXPORT,
+        [](const TemporaryFolder& folder) {
+            ReplaceFile(folder.Path("chart.png"), "old");
+            ReplaceFile(folder.Path("chart.pdf"), "old");
+            return QStringList(folder.Path());
+        },
+        [](const TemporaryFolder& folder, const KilledRun& run) {
             const QString picture = folder.Path("chart.png");
             const QString page = folder.Path("chart.pdf");
-            ReplaceFile(picture, "old");
-            ReplaceFile(page, "old");
-            const bool killed = RunKilled(DAVO_KILL_EXPORT, {folder.Path()}, folder.Path(),
-                                          QString::fromLatin1(when), at)
-                                    .killed;
-            ExpectOldOrWhole(picture, killed, "\x89PNG", std::string("IEND\xAE\x42\x60\x82"));
-            ExpectOldOrWhole(page, killed, "%PDF", "%%EOF\n");
+            ExpectOldOrWhole(picture, run.killed, "\x89PNG", std::string("IEND\xAE\x42\x60\x82"));
+            ExpectOldOrWhole(page, run.killed, "%PDF", "%%EOF\n");
             QStringList left = AllNamesIn(folder.Path());
             for (const QString& path : {picture, page}) {
                 left.removeOne(QFileInfo(path).fileName());
-                if (killed) left.removeOne(QFileInfo(NameWhileWriting(path)).fileName());
+                if (run.killed) left.removeOne(QFileInfo(NameWhileWriting(path)).fileName());
             }
             EXPECT_EQ(left, QStringList());
-            if (!killed) break;
-            ++kills;
-        }
-    }
+        });
     // Each is made, written, flushed and renamed.
     EXPECT_GE(kills, 2 * 3 * 4);
 }

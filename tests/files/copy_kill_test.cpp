@@ -18,7 +18,7 @@ namespace {
 class KilledCopy : public ::testing::TestWithParam<const char*> {
   protected:
     // Before the copy there is a record of that name, or a file left over from an earlier kill.
-    void Prepare(const TemporaryFolder& folder) const {
+    QStringList Prepare(const TemporaryFolder& folder) const {
         CreateFolder(folder.Path("data"));
         CreateFolder(folder.Path("disk"));
         ReplaceFile(folder.Path("data/T7.txt"), new_);
@@ -26,6 +26,7 @@ class KilledCopy : public ::testing::TestWithParam<const char*> {
         if (GetParam() == std::string("left over file")) {
             ReplaceFile(NameWhileWriting(folder.Path("disk/T7.txt")), std::string(9000, 'x'));
         }
+        return {folder.Path("data/"), folder.Path("disk/")};
     }
     // The record is the earlier one or the new one whole; nothing else is shown.
     void Look(const TemporaryFolder& folder, bool killed) const {
@@ -54,22 +55,12 @@ class KilledCopy : public ::testing::TestWithParam<const char*> {
 };
 
 TEST_P(KilledCopy, LeavesNothingThatTheListShows) {
-    int kills = 0;
-    for (const char* when : {"before", "half", "after"}) {
-        for (int at = 1; !HasFailure(); ++at) {
-            SCOPED_TRACE(std::string("killed ") + when + " call " + std::to_string(at));
-            const TemporaryFolder folder;
-            Prepare(folder);
-            const QStringList arguments = {folder.Path("data/"), folder.Path("disk/")};
-            const bool killed =
-                RunKilled(DAVO_KILL_COPY, arguments, folder.Path(), QString::fromLatin1(when), at)
-                    .killed;
-            Look(folder, killed);
+    const int kills = KillEverywhere(
+        DAVO_KILL_COPY, [this](const TemporaryFolder& folder) { return Prepare(folder); },
+        [this](const TemporaryFolder& folder, const KilledRun& run) {
+            Look(folder, run.killed);
             CopyAgain(folder);
-            if (!killed) break;
-            ++kills;
-        }
-    }
+        });
     // To make it, write it, flush it and rename it.
     EXPECT_GE(kills, 3 * 4);
 }

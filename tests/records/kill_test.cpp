@@ -15,6 +15,7 @@ namespace davo {
 namespace {
 
 using test::FileBytes;
+using test::KilledRun;
 using test::PutFile;
 using test::TemporaryFolder;
 
@@ -22,37 +23,17 @@ std::string Shot(int number) {
     return test::CaptureBlock(test::ImageWithPoints(number));
 }
 
-struct RunResult {
-    bool killed = false;
-    int completed = 0;  // shots that the screen called complete
-};
-
-RunResult Run(const char* what, const QString& folder, const QString& when, int at) {
-    const auto run =
-        test::RunKilled(DAVO_KILL_SESSION, {QString::fromLatin1(what), folder}, folder, when, at);
-    return {run.killed, static_cast<int>(run.output.count("complete"))};
-}
-
-// Runs what in a folder that prepare has filled, killed at every point in turn, or at a share of
-// them, until it gets to its end unharmed, and hands each result to check. Returns the number of
-// kills.
+// What: what the program does in a folder that prepare fills.
 int KillEverywhere(const char* what, const std::function<void(const TemporaryFolder&)>& prepare,
-                   const std::function<void(const TemporaryFolder&, const RunResult&)>& check) {
-    int kills = 0;
-    test::Share share;
-    for (const char* when : {"before", "half", "after"}) {
-        for (int at = 1; !testing::Test::HasFailure(); ++at) {
-            if (!share.Takes()) continue;
-            SCOPED_TRACE(std::string(what) + " killed " + when + " call " + std::to_string(at));
-            const TemporaryFolder folder;
+                   const std::function<void(const TemporaryFolder&, const KilledRun&)>& look) {
+    SCOPED_TRACE(what);
+    return test::KillEverywhere(
+        DAVO_KILL_SESSION,
+        [&](const TemporaryFolder& folder) {
             prepare(folder);
-            const RunResult result = Run(what, folder.Path(), QString::fromLatin1(when), at);
-            check(folder, result);
-            if (!result.killed) break;
-            ++kills;
-        }
-    }
-    return kills;
+            return QStringList{QString::fromLatin1(what), folder.Path()};
+        },
+        look, 10);
 }
 
 // The next start lists one session of the given bytes, and so does the one after it.
@@ -67,13 +48,14 @@ void ExpectRecovered(const TemporaryFolder& folder, const std::string& bytes) {
     }
 }
 
-void ExpectShotsRecovered(const TemporaryFolder& folder, const RunResult& result, bool equal) {
+void ExpectShotsRecovered(const TemporaryFolder& folder, const KilledRun& result, bool equal) {
     const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
     ASSERT_LE(sessions.size(), 1U);
     const int shots = sessions.empty() ? 0 : sessions[0].shots;
     // A shot may be on the disk before the screen says so, never the other way round.
-    EXPECT_GE(shots, result.completed);
-    EXPECT_LE(shots, result.completed + 1);
+    const auto completed = result.output.count("complete");
+    EXPECT_GE(shots, completed);
+    EXPECT_LE(shots, completed + 1);
     std::string bytes;
     for (int shot = 1; shot <= shots; ++shot)
         bytes += Shot(equal ? 1 : shot);
@@ -91,7 +73,7 @@ TEST(Kill, NoCompleteShotOfASessionIsLost) {
     for (const bool equal : {false, true}) {
         const int kills = KillEverywhere(
             equal ? "equal" : "session", [](const TemporaryFolder&) {},
-            [equal](const TemporaryFolder& folder, const RunResult& result) {
+            [equal](const TemporaryFolder& folder, const KilledRun& result) {
                 ExpectShotsRecovered(folder, result, equal);
             });
         EXPECT_GT(kills, test::TakesLong() ? 60 : 3);
@@ -125,7 +107,7 @@ TEST(Kill, SettingAsideNeitherLosesNorDoubles) {
             [&before](const TemporaryFolder& folder) {
                 PrepareSession(folder, before.capture, before.shotsInCapture, before.pending);
             },
-            [&before](const TemporaryFolder& folder, const RunResult&) {
+            [&before](const TemporaryFolder& folder, const KilledRun&) {
                 ExpectRecovered(folder, before.expected);
             });
         EXPECT_TRUE(kills >= 10 || !test::TakesLong()) << kills;
@@ -139,7 +121,7 @@ TEST(Kill, SettingAsideAPendingShotWithoutACapture) {
             PrepareSession(folder, "", 0, Shot(1));
             DeleteFile(folder.Path("TESTFILE.txt"));
         },
-        [](const TemporaryFolder& folder, const RunResult&) { ExpectRecovered(folder, Shot(1)); });
+        [](const TemporaryFolder& folder, const KilledRun&) { ExpectRecovered(folder, Shot(1)); });
 }
 
 TEST(Kill, SettingAsideWithADamagedJournalOrNone) {
@@ -150,7 +132,7 @@ TEST(Kill, SettingAsideWithADamagedJournalOrNone) {
                 PutFile(folder.Path("TESTFILE.txt"), Shot(1));
                 if (damaged) PutFile(folder.Path("TESTFILE.jnl"), "damaged");
             },
-            [](const TemporaryFolder& folder, const RunResult&) {
+            [](const TemporaryFolder& folder, const KilledRun&) {
                 const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
                 ASSERT_EQ(sessions.size(), 1U);
                 EXPECT_EQ(FileBytes(sessions[0].capturePath), Shot(1));
@@ -166,7 +148,7 @@ TEST(Kill, DeletingASavedSessionLeavesTheWholeOrNothing) {
             PrepareSession(folder, Shot(1), 1, "");
             ASSERT_EQ(SetAsideUnsavedSessions(folder.Path()).size(), 1U);
         },
-        [](const TemporaryFolder& folder, const RunResult& result) {
+        [](const TemporaryFolder& folder, const KilledRun& result) {
             const std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder.Path());
             EXPECT_LE(sessions.size(), result.killed ? 1U : 0U);
             for (const UnsavedSession& session : sessions) {

@@ -41,23 +41,17 @@ void ExpectNothingHalf(const TemporaryFolder& folder, bool killed) {
 }
 
 TEST(KilledDownload, LeavesNothingHalf) {
-    int kills = 0;
-    Share share;
-    for (const char* when : {"before", "half", "after"}) {
-        for (int at = 1; !HasFailure(); ++at) {
-            if (!share.Takes()) continue;
-            SCOPED_TRACE(std::string("killed ") + when + " call " + std::to_string(at));
-            const TemporaryFolder folder;
+    const int kills = KillEverywhere(
+        DAVO_KILL_DOWNLOAD,
+        [](const TemporaryFolder& folder) {
             ReplaceFile(folder.Path("TST_012.txt"), "old");
             ReplaceFile(folder.Path(kDirectoryFileName), kOldDirectory);
-            const bool killed = RunKilled(DAVO_KILL_DOWNLOAD, {folder.Path()}, folder.Path(),
-                                          QString::fromLatin1(when), at)
-                                    .killed;
-            ExpectNothingHalf(folder, killed);
-            if (!killed) break;
-            ++kills;
-        }
-    }
+            return QStringList(folder.Path());
+        },
+        [](const TemporaryFolder& folder, const KilledRun& run) {
+            ExpectNothingHalf(folder, run.killed);
+        },
+        10);
     EXPECT_GT(kills, TakesLong() ? 40 : 2);
 }
 

@@ -6,7 +6,11 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
+#include <functional>
 #include <string>
+
+#include "tests/support/random_rounds.h"
+#include "tests/support/temporary_folder.h"
 
 namespace davo::test {
 
@@ -34,6 +38,31 @@ inline KilledRun RunKilled(const char* program, const QStringList& arguments, co
         EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
     }
     return {killed, process.readAllStandardOutput()};
+}
+
+// Runs program, each time in a folder that prepare fills and with the arguments that it gives,
+// killed at every point in turn, or at one of every so many, until it gets to its end unharmed, and
+// hands each run to look. Returns the number of kills.
+inline int KillEverywhere(const char* program,
+                          const std::function<QStringList(const TemporaryFolder&)>& prepare,
+                          const std::function<void(const TemporaryFolder&, const KilledRun&)>& look,
+                          int every = 1) {
+    int kills = 0;
+    Share share(every);
+    for (const char* when : {"before", "half", "after"}) {
+        for (int at = 1; !testing::Test::HasFailure(); ++at) {
+            if (!share.Takes()) continue;
+            SCOPED_TRACE(std::string("killed ") + when + " call " + std::to_string(at));
+            const TemporaryFolder folder;
+            const QStringList arguments = prepare(folder);
+            const KilledRun run =
+                RunKilled(program, arguments, folder.Path(), QString::fromLatin1(when), at);
+            look(folder, run);
+            if (!run.killed) break;
+            ++kills;
+        }
+    }
+    return kills;
 }
 
 }  // namespace davo::test
