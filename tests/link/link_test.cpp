@@ -20,12 +20,14 @@ class CountingPointer : public BusyPointer {
     std::string calls;
 };
 
-class LinkTest : public ::testing::Test, public ScriptedLineOn<FakeSerialPort, CountingPointer> {
-  protected:
-    void Open() { ASSERT_TRUE(link.OpenComPort(1)); }
+class ClosedLinkTest : public ::testing::Test,
+                       public ScriptedLineOn<FakeSerialPort, CountingPointer> {};
+
+class LinkTest : public ClosedLinkTest {
+    void SetUp() override { ASSERT_TRUE(link.OpenComPort(1)); }
 };
 
-TEST_F(LinkTest, OpenComPortSetsThePropertiesInTheirOrder) {
+TEST_F(ClosedLinkTest, OpenComPortSetsThePropertiesInTheirOrder) {
     EXPECT_TRUE(link.OpenComPort(2));
     EXPECT_TRUE(state.portOpen);
     EXPECT_THAT(port.properties, ElementsAre("CommPort=2", "Settings=19200,N,8,1", "InputLen=0",
@@ -35,7 +37,6 @@ TEST_F(LinkTest, OpenComPortSetsThePropertiesInTheirOrder) {
 }
 
 TEST_F(LinkTest, OpenComPortOnAnOpenPortClosesAndReopensItOnAnotherNumber) {
-    Open();
     port.properties.clear();
     EXPECT_TRUE(link.OpenComPort(3));
     EXPECT_THAT(port.properties, ElementsAre("PortOpen=False", "CommPort=3", "Settings=19200,N,8,1",
@@ -43,7 +44,7 @@ TEST_F(LinkTest, OpenComPortOnAnOpenPortClosesAndReopensItOnAnotherNumber) {
     EXPECT_TRUE(port.open);
 }
 
-TEST_F(LinkTest, AFailedOpenIsFalseWithoutAMessage) {
+TEST_F(ClosedLinkTest, AFailedOpenIsFalseWithoutAMessage) {
     for (const auto error : {ErrorNumber::InvalidPortNumber, ErrorNumber::PortAlreadyOpen}) {
         port.failOpen = error;
         EXPECT_FALSE(link.OpenComPort(1));
@@ -59,7 +60,6 @@ TEST_F(LinkTest, AFailedOpenIsFalseWithoutAMessage) {
 }
 
 TEST_F(LinkTest, AnOpenPortThatDoesNotReopenIsClosed) {
-    Open();
     port.failOpen = ErrorNumber::PortAlreadyOpen;
     EXPECT_FALSE(link.OpenComPort(1));
     EXPECT_FALSE(state.portOpen);
@@ -67,13 +67,12 @@ TEST_F(LinkTest, AnOpenPortThatDoesNotReopenIsClosed) {
 }
 
 TEST_F(LinkTest, CloseComPort) {
-    Open();
     link.CloseComPort();
     EXPECT_FALSE(state.portOpen);
     EXPECT_FALSE(port.open);
 }
 
-TEST_F(LinkTest, OnAClosedPortEveryExchangeIsEmptyAndSilent) {
+TEST_F(ClosedLinkTest, OnAClosedPortEveryExchangeIsEmptyAndSilent) {
     EXPECT_EQ(link.SendCommand("B", "RDY\r\n"), "");
     EXPECT_EQ(link.SendCommand("W", "\r\n"), "");
     EXPECT_EQ(link.SendCommand("X", ""), "");
@@ -86,7 +85,6 @@ TEST_F(LinkTest, OnAClosedPortEveryExchangeIsEmptyAndSilent) {
 }
 
 TEST_F(LinkTest, HandshakeAnswered) {
-    Open();
     port.OnOutput("B", "RDY\r\n");
     EXPECT_EQ(link.SendCommand("B", "RDY\r\n"), "RDY\r\n");
     EXPECT_THAT(port.sent, ElementsAre("B"));
@@ -95,7 +93,6 @@ TEST_F(LinkTest, HandshakeAnswered) {
 }
 
 TEST_F(LinkTest, HandshakeReturnsWhatStoodBeforeTheReplyToo) {
-    Open();
     port.OnOutputDo("B", [this] {
         port.Deliver("noise RD");
         port.Deliver("Y\r", milliseconds(1));
@@ -105,7 +102,6 @@ TEST_F(LinkTest, HandshakeReturnsWhatStoodBeforeTheReplyToo) {
 }
 
 TEST_F(LinkTest, AnUnansweredHandshakeMakesExactly30001Polls) {
-    Open();
     EXPECT_EQ(link.SendCommand("B", "RDY\r\n"), "");
     EXPECT_EQ(port.inputs, 30001);
     EXPECT_EQ(port.waits, 30001);
@@ -113,14 +109,12 @@ TEST_F(LinkTest, AnUnansweredHandshakeMakesExactly30001Polls) {
 }
 
 TEST_F(LinkTest, AHandshakeThatBringsOtherTextReturnsItAfterItsPolls) {
-    Open();
     port.OnOutput("B", "rdy\r\n");
     EXPECT_EQ(link.SendCommand("B", "RDY\r\n"), "rdy\r\n");
     EXPECT_EQ(port.inputs, 30001);
 }
 
 TEST_F(LinkTest, OtherCommandsWaitWithoutAPollLimit) {
-    Open();
     port.OnOutput("W", "DAVO-E R1.2\r\n", milliseconds(300));
     EXPECT_EQ(link.SendCommand("W", "\r\n"), "DAVO-E R1.2\r\n");
     EXPECT_LT(port.inputs, 10) << "the wait must sleep, not poll";
@@ -128,7 +122,6 @@ TEST_F(LinkTest, OtherCommandsWaitWithoutAPollLimit) {
 }
 
 TEST_F(LinkTest, TheReplyIsGatheredPieceByPieceAndSearchedAcrossThem) {
-    Open();
     port.OnOutputDo("L", [this] {
         for (int i = 0; i < 4; ++i)
             port.Deliver(std::string(1, "abOK"[i]), milliseconds(i));
@@ -137,13 +130,11 @@ TEST_F(LinkTest, TheReplyIsGatheredPieceByPieceAndSearchedAcrossThem) {
 }
 
 TEST_F(LinkTest, TextAlreadyWaitingBelongsToTheReply) {
-    Open();
     port.waiting = "stale\r\n";
     EXPECT_EQ(link.SendCommand("W", "\r\n"), "stale\r\n");
 }
 
 TEST_F(LinkTest, XReturnsAtOnce) {
-    Open();
     EXPECT_EQ(link.SendCommand("X", "\r\n"), "");
     EXPECT_EQ(link.SendCommandAwaitDone("X", "\r\n"), "");
     EXPECT_THAT(port.sent, ElementsAre("X", "X"));
@@ -152,7 +143,6 @@ TEST_F(LinkTest, XReturnsAtOnce) {
 }
 
 TEST_F(LinkTest, AwaitDoneGathersByReceiveEvents) {
-    Open();
     port.properties.clear();
     state.receiveBuffer = "old";
     port.OnOutputDo("d", [this] {
@@ -168,13 +158,11 @@ TEST_F(LinkTest, AwaitDoneGathersByReceiveEvents) {
 }
 
 TEST_F(LinkTest, AwaitDoneHasNoLimit) {
-    Open();
     port.OnOutput("d", "DONE", milliseconds(300));
     EXPECT_EQ(link.SendCommandAwaitDone("d", "\r\nDONE"), "DONE");
 }
 
 TEST_F(LinkTest, NoReceiveEventsOutsideAwaitDone) {
-    Open();
     port.Deliver("text");
     QCoreApplication::processEvents();
     EXPECT_EQ(state.receiveBuffer, "");
@@ -182,7 +170,6 @@ TEST_F(LinkTest, NoReceiveEventsOutsideAwaitDone) {
 }
 
 TEST_F(LinkTest, ErrorEventsAreShownAndReceptionGoesOn) {
-    Open();
     std::string keptAtMessage;
     prompts.onMessage = [&](const QString&) { keptAtMessage = state.receiveBuffer; };
     port.OnOutputDo("d", [this] {
@@ -197,7 +184,6 @@ TEST_F(LinkTest, ErrorEventsAreShownAndReceptionGoesOn) {
 }
 
 TEST_F(LinkTest, AMessageThatRunsEventsDoesNotBreakTheWait) {
-    Open();
     prompts.onMessage = [&](const QString&) {
         QEventLoop dialog;
         QTimer::singleShot(20, &dialog, &QEventLoop::quit);
@@ -212,7 +198,6 @@ TEST_F(LinkTest, AMessageThatRunsEventsDoesNotBreakTheWait) {
 }
 
 TEST_F(LinkTest, OtherEventsDoNothing) {
-    Open();
     port.OnOutputDo("d", [this] {
         for (const auto event :
              {CommEvent::Break, CommEvent::Framing, CommEvent::Parity, CommEvent::TransmitFull,
@@ -227,7 +212,6 @@ TEST_F(LinkTest, OtherEventsDoNothing) {
 }
 
 TEST_F(LinkTest, ASecondExchangeInsideAWaitIsRefused) {
-    Open();
     std::vector<std::string> nested;
     QTimer::singleShot(5, qApp, [&] {
         nested.push_back(link.SendCommand("W", "\r\n"));
@@ -242,7 +226,6 @@ TEST_F(LinkTest, ASecondExchangeInsideAWaitIsRefused) {
 }
 
 TEST_F(LinkTest, OutputAndXInsideAWaitAreSent) {
-    Open();
     QTimer::singleShot(1, qApp, [&] { link.Output("\x1B"); });
     QTimer::singleShot(2, qApp, [&] { link.SendCommand("X", ""); });
     port.OnOutput("L", "OK\r\n", milliseconds(20));
@@ -251,7 +234,6 @@ TEST_F(LinkTest, OutputAndXInsideAWaitAreSent) {
 }
 
 TEST_F(LinkTest, EndWaitEndsEachWaitWithAnEmptyReply) {
-    Open();
     port.Always("B", "partial").Always("W", "partial").Always("d", "partial");
     for (const char* command : {"B", "W", "d"}) {
         // The scripted port lets the handshake make all its polls within milliseconds.
@@ -271,21 +253,18 @@ TEST_F(LinkTest, EndWaitEndsEachWaitWithAnEmptyReply) {
 }
 
 TEST_F(LinkTest, EndWaitWithoutAWaitDoesNothing) {
-    Open();
     link.EndWait();
     port.OnOutput("W", "next\r\n");
     EXPECT_EQ(link.SendCommand("W", "\r\n"), "next\r\n");
 }
 
 TEST_F(LinkTest, ClosingThePortEndsTheWait) {
-    Open();
     QTimer::singleShot(5, qApp, [&] { link.CloseComPort(); });
     EXPECT_EQ(link.SendCommand("W", "\r\n"), "");
     EXPECT_TRUE(prompts.shown.empty());
 }
 
 TEST_F(LinkTest, LeavingTheProgramEndsTheWait) {
-    Open();
     std::string reply = "not yet";
     QTimer::singleShot(0, qApp, [&] { reply = link.SendCommand("W", "\r\n"); });
     QTimer::singleShot(10, qApp, &QCoreApplication::quit);
@@ -295,7 +274,6 @@ TEST_F(LinkTest, LeavingTheProgramEndsTheWait) {
 }
 
 TEST_F(LinkTest, TheWaitUnderWayIsTold) {
-    Open();
     std::vector<std::string> told;
     link.OnWaitChanged = [&] {
         const auto wait = link.CurrentWait();
@@ -309,7 +287,6 @@ TEST_F(LinkTest, TheWaitUnderWayIsTold) {
 }
 
 TEST_F(LinkTest, ARunningClockTicksInsideEveryWait) {
-    Open();
     constexpr int kTicks = 4;
     int ticks = 0;
     std::string reply;
@@ -332,7 +309,6 @@ TEST_F(LinkTest, ARunningClockTicksInsideEveryWait) {
 }
 
 TEST_F(LinkTest, TextOutsideAnExchangeIsAnnouncedAndInsideItIsNot) {
-    Open();
     int announced = 0;
     link.OnTextWaiting = [&] { ++announced; };
     port.OnOutput("W", "reply\r\n");
@@ -344,7 +320,6 @@ TEST_F(LinkTest, TextOutsideAnExchangeIsAnnouncedAndInsideItIsNot) {
 }
 
 TEST_F(LinkTest, ThePointerIsRestoredWhenSomethingThrows) {
-    Open();
     port.OnOutputDo("W", [] { throw std::runtime_error("line"); });
     EXPECT_THROW(link.SendCommand("W", "\r\n"), std::runtime_error);
     EXPECT_EQ(pointer.calls, "busy restored ");
@@ -357,10 +332,7 @@ TEST_F(LinkTest, ThePointerIsRestoredWhenSomethingThrows) {
 
 class ModelTest : public LinkTest {
   protected:
-    ModelTest() {
-        link.OpenComPort(1);
-        port.OnOutput("B", "RDY\r\n");
-    }
+    ModelTest() { port.OnOutput("B", "RDY\r\n"); }
     std::string model = "before";
 };
 

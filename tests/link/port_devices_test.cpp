@@ -4,47 +4,22 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <map>
 
 #include "link/port_choice.h"
 #include "link/port_list_linux.h"
+#include "tests/support/fake_port_devices.h"
+#include "tests/support/memory_settings_store.h"
 #include "tests/support/testing.h"
 
 namespace davo::test {
 namespace {
 
-class MapStore : public SettingsStore {
-  public:
-    QString Read(const QString& application, const QString& section,
-                 const QString& value) const override {
-        const auto found = texts.find(Key(application, section, value));
-        return found == texts.end() ? QString() : found->second;
-    }
-    void Write(const QString& application, const QString& section, const QString& value,
-               const QString& text) override {
-        texts[Key(application, section, value)] = text;
-    }
-    static QString Key(const QString& application, const QString& section, const QString& value) {
-        return application + QLatin1Char('/') + section + QLatin1Char('/') + value;
-    }
-    std::map<QString, QString> texts;
-};
-
 PresentPort Usb(const char* device) {
-    PresentPort port;
-    port.device = QString::fromLatin1(device);
-    port.usb = true;
-    return port;
-}
-
-PresentPort BuiltIn(const char* device) {
-    PresentPort port = Usb(device);
-    port.usb = false;
-    return port;
+    return UsbAdapter(device, "", "", "");
 }
 
 TEST(PortChoice, TheNthUsbAdapterInNameOrder) {
-    const std::vector<PresentPort> present = {Usb("/dev/ttyUSB10"), BuiltIn("/dev/ttyS0"),
+    const std::vector<PresentPort> present = {Usb("/dev/ttyUSB10"), BuiltInPort("/dev/ttyS0"),
                                               Usb("/dev/ttyUSB2"), Usb("/dev/ttyACM0")};
     EXPECT_EQ(NthUsbAdapter(present, 1), u"/dev/ttyACM0"_s);
     EXPECT_EQ(NthUsbAdapter(present, 2), u"/dev/ttyUSB2"_s);
@@ -55,7 +30,7 @@ TEST(PortChoice, TheNthUsbAdapterInNameOrder) {
 }
 
 TEST(PortChoice, NeverABuiltInPort) {
-    EXPECT_EQ(NthUsbAdapter({BuiltIn("/dev/ttyS0"), BuiltIn("/dev/ttyS1")}, 1), QString());
+    EXPECT_EQ(NthUsbAdapter({BuiltInPort("/dev/ttyS0"), BuiltInPort("/dev/ttyS1")}, 1), QString());
     EXPECT_EQ(NthUsbAdapter({}, 1), QString());
 }
 
@@ -112,7 +87,7 @@ TEST_F(PortListTest, WithoutTheFolderThereAreNone) {
 }
 
 TEST(PortDevicesTest, AnAssignedDeviceIsKeptInTheStoreAndTakenBack) {
-    MapStore store;
+    MemorySettingsStore store;
     const auto devices = MakePortDevices(store);
     EXPECT_TRUE(devices->NeedsAssignment());
     const QString before = devices->DeviceOf(2);
@@ -125,7 +100,7 @@ TEST(PortDevicesTest, AnAssignedDeviceIsKeptInTheStoreAndTakenBack) {
 }
 
 TEST(PortDevicesTest, NoBuiltInPortUnlessAssigned) {
-    MapStore store;
+    MemorySettingsStore store;
     const auto devices = MakePortDevices(store);
     for (std::int16_t port = -1; port <= 4; ++port) {
         EXPECT_FALSE(devices->DeviceOf(port).startsWith(u"/dev/ttyS"_s));
