@@ -64,22 +64,11 @@ TEST(SettingsStoreOfThisPlatform, ALineThatCannotBeReadKeepsNoneFromBeingWritten
 TEST(SettingsStoreOfThisPlatform, SurvivesARunAsAWhole) {
     const test::TemporaryFolder folder;
     const Places places = folder.MakePlaces();
-    Settings settings = ReadSettings(*MakeSettingsStore(places), places).settings;
-    settings.kneepointType = QString::fromLatin1(kKneeIeee45);
-    settings.comPort = 3;
-    settings.showImpedance = true;
-    settings.sortOrder = 0;
-    settings.sortDisplay = 2;
-    const QString dataPath = settings.dataPath;
-    WriteSettings(*MakeSettingsStore(places), settings);
-    const Settings back = ReadSettings(*MakeSettingsStore(places), places).settings;
-    EXPECT_EQ(back.kneepointType, settings.kneepointType);
-    EXPECT_EQ(back.comPort, 3);
-    EXPECT_TRUE(back.showImpedance);
-    EXPECT_EQ(back.sortOrder, 0);
-    EXPECT_EQ(back.sortDisplay, 2);
-    EXPECT_EQ(back.dataPath, dataPath);
-    EXPECT_EQ(back.excelPath, settings.excelPath);
+    const QString knee = QString::fromLatin1(kKneeIeee45);
+    const Settings first = ReadSettings(*MakeSettingsStore(places), places).settings;
+    WriteSettings(*MakeSettingsStore(places), {knee, 3, true, 0, 2, first.dataPath, {}});
+    EXPECT_THAT(ReadSettings(*MakeSettingsStore(places), places).settings,
+                testing::FieldsAre(knee, 3, true, 0, 2, first.dataPath, first.excelPath));
 }
 
 }  // namespace

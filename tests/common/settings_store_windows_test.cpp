@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How the settings lie in the registry, looked at and written past the store. The tests run with a
 // registry of their own.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -11,6 +12,8 @@
 
 namespace davo {
 namespace {
+
+using testing::FieldsAre;
 
 struct Value {
     const wchar_t* key;
@@ -103,14 +106,9 @@ TEST_F(Registry, GivesTheSettingsThatExist) {
     Put(kImpedance, L"Y");
     Put(kSort, L"1 3");
     Put(kPath, LR"(D:\Tests\Shots_Data\)");
-    const Settings settings = Read();
-    EXPECT_EQ(settings.kneepointType, QStringLiteral("IEEE 30 Degree Marker"));
-    EXPECT_EQ(settings.comPort, 3);
-    EXPECT_TRUE(settings.showImpedance);
-    EXPECT_EQ(settings.sortOrder, 1);
-    EXPECT_EQ(settings.sortDisplay, 3);
-    EXPECT_EQ(settings.dataPath, QStringLiteral(R"(D:\Tests\Shots_Data\)"));
-    EXPECT_EQ(settings.excelPath, QStringLiteral(R"(D:\Tests\Shots_Excel\)"));
+    EXPECT_THAT(Read(), FieldsAre(QStringLiteral("IEEE 30 Degree Marker"), 3, true, 1, 3,
+                                  QStringLiteral(R"(D:\Tests\Shots_Data\)"),
+                                  QStringLiteral(R"(D:\Tests\Shots_Excel\)")));
 }
 
 TEST_F(Registry, GivesOddTextsAsTheyStand) {
@@ -119,13 +117,9 @@ TEST_F(Registry, GivesOddTextsAsTheyStand) {
     Put(kImpedance, L"y");
     Put(kSort, L"-1 -1");
     Put(kPath, LR"(%SystemRoot%\100 %\Shots_Data\)");
-    const Settings settings = Read();
-    EXPECT_EQ(settings.kneepointType, QStringLiteral("ieee 30 degree marker"));
-    EXPECT_EQ(settings.comPort, -99);
-    EXPECT_FALSE(settings.showImpedance);
-    EXPECT_EQ(settings.sortOrder, 0);
-    EXPECT_EQ(settings.sortDisplay, 1);
-    EXPECT_EQ(settings.dataPath, QStringLiteral(R"(%SystemRoot%\100 %\Shots_Data\)"));
+    EXPECT_THAT(Read(), FieldsAre(QStringLiteral("ieee 30 degree marker"), -99, false, 0, 1,
+                                  QStringLiteral(R"(%SystemRoot%\100 %\Shots_Data\)"),
+                                  QStringLiteral(R"(%SystemRoot%\100 %\Shots_Excel\)")));
 }
 
 TEST_F(Registry, CountsWhatIsNoTextAsMissing) {

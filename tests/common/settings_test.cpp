@@ -12,6 +12,8 @@
 namespace davo {
 namespace {
 
+using testing::FieldsAre;
+
 class StoredSettings : public testing::Test {
   protected:
     static QString Key(const char* key) { return QString::fromLatin1(key); }
@@ -55,13 +57,9 @@ class StoredSettings : public testing::Test {
 
 TEST_F(StoredSettings, FirstRunTakesTheDefaultsAndMakesBothFolders) {
     const Settings settings = Read();
-    EXPECT_EQ(settings.kneepointType, u"ASA 10/50 Marker"_s);
-    EXPECT_EQ(settings.comPort, 1);
-    EXPECT_FALSE(settings.showImpedance);
-    EXPECT_EQ(settings.sortOrder, -1);
-    EXPECT_EQ(settings.sortDisplay, -1);
-    EXPECT_EQ(settings.dataPath, places_.applicationFolder + ShownPath(u"Shots_Data/"_s));
-    EXPECT_EQ(settings.excelPath, places_.applicationFolder + ShownPath(u"Shots_Excel/"_s));
+    EXPECT_THAT(settings, FieldsAre(u"ASA 10/50 Marker"_s, 1, false, -1, -1,
+                                    places_.applicationFolder + ShownPath(u"Shots_Data/"_s),
+                                    places_.applicationFolder + ShownPath(u"Shots_Excel/"_s)));
     EXPECT_TRUE(FolderExists(settings.dataPath));
     EXPECT_TRUE(FolderExists(settings.excelPath));
     EXPECT_TRUE(store_.written.empty());
@@ -138,13 +136,9 @@ TEST_F(StoredSettings, ADamagedValueDoesNotKeepTheOthersFromBeingRead) {
     const SettingsRead read = ReadSettings(store_, places_);
     ASSERT_EQ(read.errors.size(), 1U);
     EXPECT_EQ(read.errors.front().Number(), ErrorNumber::TypeMismatch);
-    EXPECT_EQ(read.settings.kneepointType, u"IEEE 45 Degree Marker"_s);
-    EXPECT_EQ(read.settings.comPort, 1);
-    EXPECT_TRUE(read.settings.showImpedance);
-    EXPECT_EQ(read.settings.sortOrder, 1);
-    EXPECT_EQ(read.settings.sortDisplay, 3);
-    EXPECT_EQ(read.settings.dataPath, ShownPath(u"/d/Shots_Data/"_s));
-    EXPECT_EQ(read.settings.excelPath, ShownPath(u"/d/Shots_Excel/"_s));
+    EXPECT_THAT(read.settings,
+                FieldsAre(u"IEEE 45 Degree Marker"_s, 1, true, 1, 3, ShownPath(u"/d/Shots_Data/"_s),
+                          ShownPath(u"/d/Shots_Excel/"_s)));
 }
 
 TEST_F(StoredSettings, ImpedanceIsShownForExactlyY) {
@@ -237,26 +231,15 @@ TEST_F(StoredSettings, AreWrittenInTheOrderOfTheirKeys) {
 }
 
 TEST_F(StoredSettings, AreWrittenAsTheyStand) {
-    Settings settings;
-    settings.kneepointType = u" an unknown text "_s;
-    settings.comPort = kNoPortChosen;
-    settings.showImpedance = true;
-    settings.sortOrder = 1;
-    settings.sortDisplay = 3;
-    settings.dataPath = ShownPath(u"/d/Shots_Data/"_s);
-    WriteSettings(store_, settings);
-    EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], settings.kneepointType);
+    const QString unknown = u" an unknown text "_s;
+    const QString dataPath = ShownPath(u"/d/Shots_Data/"_s);
+    WriteSettings(store_, {unknown, kNoPortChosen, true, 1, 3, dataPath, {}});
+    EXPECT_EQ(store_.texts[Key("DAVO/KPTYPE/KPTYPEVAL")], unknown);
     EXPECT_EQ(store_.texts[Key("DAVO/COMPORT/COMPORTVAL")], u"-99"_s);
     EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], u"Y"_s);
     EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], u"1 3"_s);
-    const Settings back = Read();
-    EXPECT_EQ(back.kneepointType, settings.kneepointType);
-    EXPECT_EQ(back.comPort, kNoPortChosen);
-    EXPECT_TRUE(back.showImpedance);
-    EXPECT_EQ(back.sortOrder, 1);
-    EXPECT_EQ(back.sortDisplay, 3);
-    EXPECT_EQ(back.dataPath, settings.dataPath);
-    EXPECT_EQ(back.excelPath, ShownPath(u"/d/Shots_Excel/"_s));
+    EXPECT_THAT(Read(), FieldsAre(unknown, kNoPortChosen, true, 1, 3, dataPath,
+                                  ShownPath(u"/d/Shots_Excel/"_s)));
 }
 
 // The default pair comes back as 0 and 1: one character each is read.

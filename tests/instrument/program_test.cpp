@@ -2,6 +2,8 @@
 // The program: its command line, and the process from its ready line to its end.
 
 #include <QProcess>
+#include <iterator>
+#include <sstream>
 
 #include "instrument/command_line.h"
 #include "tests/instrument/device_client.h"
@@ -32,27 +34,10 @@ TEST(CommandLine, Presets) {
 }
 
 TEST(CommandLine, EveryOption) {
-    const CommandLine line = Parse({"--link",
-                                    "p",
-                                    "--unpaced",
-                                    "--quick",
-                                    "--seed",
-                                    "7",
-                                    "--log",
-                                    "l",
-                                    "--model",
-                                    "DAVO",
-                                    "--memory",
-                                    "0",
-                                    "--die-with-parent",
-                                    "--scenario",
-                                    "over-voltage,full",
-                                    "--fault",
-                                    "silent",
-                                    "--fault",
-                                    "flip:3,1",
-                                    "--readings-per-second",
-                                    "2.5"});
+    std::istringstream words(
+        "--link p --unpaced --quick --seed 7 --log l --model DAVO --memory 0 --die-with-parent "
+        "--scenario over-voltage,full --fault silent --fault flip:3,1 --readings-per-second 2.5");
+    const CommandLine line = Parse({std::istream_iterator<std::string>(words), {}});
     EXPECT_EQ(line.error, "");
     EXPECT_FALSE(line.options.paced);
     EXPECT_EQ(line.options.conversation.pauseScale, kQuickScale);

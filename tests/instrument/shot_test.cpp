@@ -29,27 +29,33 @@ void ExpectReadings(const std::string& text) {
     EXPECT_EQ(std::regex_replace(text, reading, ""), "");
 }
 
+std::string Lines(MemoryPc& pc, int count) {
+    std::string lines;
+    while (count-- > 0)
+        lines += pc.Until("\r\n");
+    return lines;
+}
+
+// A full shot up to the saturation test. Returns all that was sent.
+std::string StartFullShot(MemoryPc& pc) {
+    pc.Send("T");
+    const std::string said = pc.Until(kRange);
+    pc.Send("\r");
+    return said + pc.Until(kSaturate);
+}
+
 // Confirms as an operator who looks at some readings first. Returns all that was sent.
 std::string RunFullShot(MemoryPc& pc) {
-    pc.Send("T");
-    std::string said = pc.Until(kRange);
+    std::string said = StartFullShot(pc) + Lines(pc, 15);
     pc.Send("\r");
-    said += pc.Until(kSaturate);
-    for (int i = 0; i < 15; ++i)
-        said += pc.Until("\r\n");
-    pc.Send("\r");
-    said += pc.Until(kRatio);
-    for (int i = 0; i < 15; ++i)
-        said += pc.Until("\r\n");
+    said += pc.Until(kRatio) + Lines(pc, 15);
     pc.Send("\r");
     return said + pc.Rest();
 }
 
 std::string RunRatioShot(MemoryPc& pc) {
     pc.Send("t");
-    std::string said = pc.Until(kRatio);
-    for (int i = 0; i < 5; ++i)
-        said += pc.Until("\r\n");
+    const std::string said = pc.Until(kRatio) + Lines(pc, 5);
     pc.Send("\r");
     return said + pc.Rest();
 }
@@ -64,10 +70,7 @@ TEST(Shot, AFullOneGoesThroughAllPrompts) {
 
     pc.Send("\r");
     EXPECT_EQ(pc.Until("1000V)\r\n"), kSaturate);
-    std::string readings;
-    for (int i = 0; i < 20; ++i)
-        readings += pc.Until("\r\n");
-    ExpectReadings(readings);
+    ExpectReadings(Lines(pc, 20));
     EXPECT_TRUE(pc.Instrument().WaitsForConfirmation());
 
     pc.Send("\r");
@@ -79,10 +82,7 @@ TEST(Shot, AFullOneGoesThroughAllPrompts) {
     ExpectReadings(said);
     EXPECT_THAT(said, EndsWith("I=0.0000 V=0.0\r\n"));
 
-    readings.clear();
-    for (int i = 0; i < 20; ++i)
-        readings += pc.Until("\r\n");
-    ExpectReadings(readings);
+    ExpectReadings(Lines(pc, 20));
     pc.Send("\r");
     said = pc.Until("RATIO=");
     said.erase(said.size() - 6);
@@ -101,10 +101,7 @@ TEST(Shot, ARatioTestAloneHasNoSwitchAndNoPoints) {
     MemoryPc pc({.seed = RandomSeed(12)});
     pc.Send("t");
     EXPECT_EQ(pc.Until(kRatio), std::string(kZero) + kRatio);
-    std::string readings;
-    for (int i = 0; i < 20; ++i)
-        readings += pc.Until("\r\n");
-    ExpectReadings(readings);
+    ExpectReadings(Lines(pc, 20));
     pc.Send("\r");
     pc.Until("RATIO=");
     const std::string said = pc.Rest();
@@ -123,10 +120,7 @@ TEST(Shot, ASessionOfFullFullAndRatioOnlyGivesThreeDifferentRecords) {
     std::set<std::string> records;
     records.insert(DigitsOf(RunFullShot(pc)));
     // From the second shot on the PC may confirm the saturation the moment it is prompted.
-    pc.Send("T");
-    pc.Until(kRange);
-    pc.Send("\r");
-    pc.Until(kSaturate);
+    StartFullShot(pc);
     pc.Send("\r");
     pc.Until(kLower);
     pc.Until(kRatio);
@@ -156,10 +150,7 @@ TEST(Shot, AConfirmationThatNoStepWaitsForIsIgnored) {
 
 TEST(Shot, LowersByItselfAndThenWaitsInTheRatioTest) {
     MemoryPc pc({});
-    pc.Send("T");
-    pc.Until(kRange);
-    pc.Send("\r");
-    pc.Until(kSaturate);
+    StartFullShot(pc);
     pc.Send("\r");
     pc.Until(kLower);
     pc.Send("\r");  // while it is lowered: for nothing
@@ -227,8 +218,7 @@ TEST(Shot, ReadingsComeAtTheirRate) {
     pc.Until(kRatio);
     pc.Until("\r\n");
     const Micros begin = pc.Now();
-    for (int i = 0; i < 40; ++i)
-        pc.Until("\r\n");
+    Lines(pc, 40);
     const double elapsed = static_cast<double>((pc.Now() - begin).count()) / 1e6;
     EXPECT_NEAR(elapsed, 10, 0.2);
 }
@@ -236,12 +226,8 @@ TEST(Shot, ReadingsComeAtTheirRate) {
 TEST(Shot, IsSilentBetweenTheLastReadingAndAMessage) {
     // Also when all pauses are short: the PC drops what follows a reading in the same gulp.
     MemoryPc pc({.seed = RandomSeed(14), .pauseScale = 0.001});
-    pc.Send("T");
-    pc.Until(kRange);
-    pc.Send("\r");
-    pc.Until(kSaturate);
-    for (int i = 0; i < 15; ++i)
-        pc.Until("\r\n");
+    StartFullShot(pc);
+    Lines(pc, 15);
     Micros last = pc.Now();
     pc.Send("\r");
     for (const char* message : {"MESSAGE=S", "MESSAGE=R"}) {

@@ -3,11 +3,11 @@
 
 #include <random>
 
-#include "common/run_time_error.h"
 #include "tests/records/captures.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "tests/support/thrown.h"
 
 namespace davo {
 namespace {
@@ -45,53 +45,46 @@ void ExpectSame(const SessionJournal& a, const SessionJournal& b) {
     EXPECT_EQ(a.saved, b.saved);
 }
 
-ErrorNumber NumberOfRead(const QString& path) {
-    try {
-        SessionJournal::Read(path);
-    } catch (const RunTimeError& error) {
-        return error.Number();
+class SessionJournalTest : public testing::Test {
+  protected:
+    int ErrorOfRead() const {
+        return test::ErrorBy([this] { SessionJournal::Read(path); });
     }
-    return {};
-}
 
-TEST(SessionJournal, GivesAnyBytesBack) {
-    const TemporaryFolder folder;
+    TemporaryFolder folder;
     const QString path = folder.Path(kJournalFileName);
+};
+
+TEST_F(SessionJournalTest, GivesAnyBytesBack) {
     FullJournal().Write(path);
     ExpectSame(SessionJournal::Read(path), FullJournal());
     SessionJournal().Write(path);
     ExpectSame(SessionJournal::Read(path), SessionJournal());
 }
 
-TEST(SessionJournal, IsPlainText) {
-    const TemporaryFolder folder;
-    FullJournal().Write(folder.Path(kJournalFileName));
-    for (const char c : FileBytes(folder.Path(kJournalFileName))) {
+TEST_F(SessionJournalTest, IsPlainText) {
+    FullJournal().Write(path);
+    for (const char c : FileBytes(path)) {
         EXPECT_TRUE(c == '\r' || c == '\n' || (c >= ' ' && c <= '~'));
     }
 }
 
-TEST(SessionJournal, MissingIs53) {
-    const TemporaryFolder folder;
-    EXPECT_EQ(NumberOfRead(folder.Path(kJournalFileName)), ErrorNumber::FileNotFound);
+TEST_F(SessionJournalTest, MissingIs53) {
+    EXPECT_EQ(ErrorOfRead(), 53);
 }
 
-TEST(SessionJournal, EveryCutIs13) {
-    const TemporaryFolder folder;
-    const QString path = folder.Path(kJournalFileName);
+TEST_F(SessionJournalTest, EveryCutIs13) {
     SessionJournal journal;
     journal.testNotes = "note";
     journal.Write(path);
     const std::string whole = FileBytes(path);
     for (std::size_t length = 0; length < whole.size(); ++length) {
         PutFile(path, whole.substr(0, length));
-        EXPECT_EQ(NumberOfRead(path), ErrorNumber::TypeMismatch) << length;
+        EXPECT_EQ(ErrorOfRead(), 13) << length;
     }
 }
 
-TEST(SessionJournal, EveryRandomChangeIs13) {
-    const TemporaryFolder folder;
-    const QString path = folder.Path(kJournalFileName);
+TEST_F(SessionJournalTest, EveryRandomChangeIs13) {
     FullJournal().Write(path);
     const std::string whole = FileBytes(path);
     std::mt19937_64 random(test::RandomSeed(20261121));
@@ -111,17 +104,15 @@ TEST(SessionJournal, EveryRandomChangeIs13) {
         // Taking away or doubling one of two equal neighbours can give the same text again.
         if (bytes == whole) continue;
         PutFile(path, bytes);
-        EXPECT_EQ(NumberOfRead(path), ErrorNumber::TypeMismatch) << "round " << round;
+        EXPECT_EQ(ErrorOfRead(), 13) << "round " << round;
     }
 }
 
-TEST(SessionJournal, ForeignTextIs13) {
-    const TemporaryFolder folder;
-    const QString path = folder.Path(kJournalFileName);
+TEST_F(SessionJournalTest, ForeignTextIs13) {
     for (const char* text :
          {"", "CHECK: ", "DAVO SESSION 1\r\n", "\r\n\r\n", "TEST NUMBER: 1\r\n"}) {
         PutFile(path, text);
-        EXPECT_EQ(NumberOfRead(path), ErrorNumber::TypeMismatch) << text;
+        EXPECT_EQ(ErrorOfRead(), 13) << text;
     }
 }
 
