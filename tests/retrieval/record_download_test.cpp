@@ -31,6 +31,16 @@ class RecordDownloadTest : public ::testing::Test,
         port.OnOutput(Located(record.number), "Record Found\r\n").OnOutput("R", reply);
     }
     void Replies(const MemoryRecord& record) { Replies(record, RecordReply(record)); }
+    // As if nothing was downloaded before, with a file of the name of twelve.
+    void SelectBesideOld(const std::vector<MemoryRecord>& memory) {
+        directory = {};
+        prompts.shown.clear();
+        prompts.presets.clear();
+        progress.clear();
+        QFile::remove(settings.dataPath + u"TST_013.txt"_s);
+        Put("TST_012.txt", "old");
+        Select(memory);
+    }
     // The listing has no more than the index-th selected record.
     void ExpectListed(std::size_t index) const {
         EXPECT_EQ(Listing(), "REC==001\r\n" + directory.dirEntries.at(index) + "\r\n");
@@ -90,8 +100,7 @@ TEST_F(RecordDownloadTest, CountsRecordsWhenASizeIsNotKnown) {
 }
 
 TEST_F(RecordDownloadTest, LetsTheOldFileGoOnlyForTheNewOne) {
-    Select({twelve});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({twelve});
     prompts.answers = {Answer::Yes};
     prompts.onMessage = [&](const QString&) { EXPECT_EQ(File("TST_012.txt"), "old"); };
     Replies(twelve);
@@ -103,8 +112,7 @@ TEST_F(RecordDownloadTest, LetsTheOldFileGoOnlyForTheNewOne) {
 }
 
 TEST_F(RecordDownloadTest, WritesUnderANewName) {
-    Select({twelve});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({twelve});
     prompts.answers = {Answer::No};
     prompts.inputs = {u"CT12"_s};
     Replies(twelve);
@@ -119,8 +127,7 @@ TEST_F(RecordDownloadTest, WritesUnderANewName) {
 }
 
 TEST_F(RecordDownloadTest, AsksAgainForANameThatExists) {
-    Select({twelve});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({twelve});
     Put("CT12.txt", "other");
     prompts.answers = {Answer::No};
     prompts.inputs = {u"CT12"_s, u"CT13"_s};
@@ -134,8 +141,7 @@ TEST_F(RecordDownloadTest, AsksAgainForANameThatExists) {
 }
 
 TEST_F(RecordDownloadTest, AsksAgainForANameThatCannotBe) {
-    Select({twelve});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({twelve});
     prompts.answers = {Answer::No};
     const QString greek = u"\u03A9-TEST"_s;
     const QString accented = u"Pr\u00FCfung"_s;
@@ -169,13 +175,9 @@ TEST_F(RecordDownloadTest, AsksAgainForANameThatCannotBe) {
 TEST_F(RecordDownloadTest, SkipsARecordWithoutANewName) {
     for (const std::optional<QString>& answer :
          {std::optional<QString>(), std::optional(QString()), std::optional(u"  "_s)}) {
-        directory = {};
-        Select({twelve, thirteen});
-        Put("TST_012.txt", "old");
-        QFile::remove(settings.dataPath + u"TST_013.txt"_s);
+        SelectBesideOld({twelve, thirteen});
         prompts.answers = {Answer::No};
         prompts.inputs = {answer};
-        prompts.shown.clear();
         Replies(thirteen);
         const DownloadResult result = download.Run();
         EXPECT_EQ(result.end, DownloadEnd::Complete);
@@ -185,13 +187,11 @@ TEST_F(RecordDownloadTest, SkipsARecordWithoutANewName) {
         ExpectListed(1);
         EXPECT_EQ(progress.back(), progressTotal);
         EXPECT_THAT(Shown(), ElementsAre(kReplaceQuestion, kNameQuestion));
-        progress.clear();
     }
 }
 
 TEST_F(RecordDownloadTest, EndsAtOnceWhenItIsCancelled) {
-    Select({thirteen, twelve, MemoryRecordOf(14, 1)});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({thirteen, twelve, MemoryRecordOf(14, 1)});
     prompts.answers = {Answer::Cancel};
     Replies(thirteen);
     const DownloadResult result = download.Run();
@@ -276,12 +276,7 @@ TEST_F(RecordDownloadTest, ARecordThatIsNotWholeReplacesAFileAfterASecondQuestio
         "This record did not come whole.\r\nTST_012: no tests were received.\r\n"
         "Do you want to replace the existing file all the same?";
     for (const Answer answer : {Answer::No, Answer::Yes}) {
-        directory = {};
-        prompts.shown.clear();
-        prompts.presets.clear();
-        progress.clear();
-        Select({twelve});
-        Put("TST_012.txt", "old");
+        SelectBesideOld({twelve});
         prompts.answers = {Answer::Yes, answer};
         Replies(twelve, reply);
         const DownloadResult result = download.Run();
@@ -301,11 +296,7 @@ TEST_F(RecordDownloadTest, ARecordThatIsNotWholeReplacesAFileAfterASecondQuestio
 
 TEST_F(RecordDownloadTest, ARecordThatIsNotFoundReplacesAFileAfterASecondQuestionOnly) {
     for (const Answer answer : {Answer::No, Answer::Yes}) {
-        directory = {};
-        prompts.shown.clear();
-        progress.clear();
-        Select({twelve});
-        Put("TST_012.txt", "old");
+        SelectBesideOld({twelve});
         prompts.answers = {Answer::Yes, answer};
         port.OnOutput("L012", "Record Not Found\r\n");
         EXPECT_EQ(download.Run().end, DownloadEnd::NotFound);
@@ -331,8 +322,7 @@ TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreNotWhole) {
 }
 
 TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
-    Select({thirteen, twelve, MemoryRecordOf(14, 1)});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({thirteen, twelve, MemoryRecordOf(14, 1)});
     prompts.answers = {Answer::Yes};
     Replies(thirteen);
     port.OnOutput("L012", "Record Found\r\n").OnOutputDo("R", [&] {
@@ -353,8 +343,7 @@ TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
 }
 
 TEST_F(RecordDownloadTest, WritesNothingOverAClosedPort) {
-    Select({twelve});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({twelve});
     link.CloseComPort();
     EXPECT_EQ(download.Run().end, DownloadEnd::Lost);
     EXPECT_EQ(File("TST_012.txt"), "old");
@@ -374,13 +363,8 @@ TEST_F(RecordDownloadTest, WritesNothingWhileAnotherExchangeHasTheLine) {
 
 TEST_F(RecordDownloadTest, CanBeLeftInEachExchange) {
     for (const char* at : {"L012", "B", "R"}) {
-        directory = {};
-        Select({thirteen, twelve});
-        QFile::remove(settings.dataPath + u"TST_013.txt"_s);
-        Put("TST_012.txt", "old");
+        SelectBesideOld({thirteen, twelve});
         prompts.answers = {Answer::Yes};
-        prompts.shown.clear();
-        progress.clear();
         port.steps.clear();
         port.always.clear();
         port.OnOutput("L013", "Record Found\r\n").OnOutput("B", "RDY\r\n");
@@ -412,8 +396,7 @@ TEST_F(RecordDownloadTest, EndsWithTheWaitThatIsEndedElsewhere) {
 }
 
 TEST_F(RecordDownloadTest, EndsWithTheAnswerWhenItIsLeftInAQuestion) {
-    Select({twelve});
-    Put("TST_012.txt", "old");
+    SelectBesideOld({twelve});
     prompts.answers = {Answer::Yes};
     prompts.onMessage = [&](const QString&) { download.Leave(); };
     EXPECT_EQ(download.Run().end, DownloadEnd::Left);
