@@ -51,7 +51,7 @@ class WaitingChild : public QWidget {
 
 class ClosingWithAChild : public MainWindow {
   protected:
-    void OpenWithChild() {
+    void SetUp() override {
         ChildForms children;
         children.headerSetup = [this](QMdiArea& area, std::function<void()> closed) {
             child = new WaitingChild;
@@ -75,7 +75,6 @@ class ClosingWithAChild : public MainWindow {
 };
 
 TEST_F(ClosingWithAChild, TheChildIsClosedFirst) {
-    OpenWithChild();
     window->close();
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(unloads, 1);
@@ -84,7 +83,6 @@ TEST_F(ClosingWithAChild, TheChildIsClosedFirst) {
 }
 
 TEST_F(ClosingWithAChild, WhereTheChildStaysTheMainWindowStays) {
-    OpenWithChild();
     child->mayClose = false;
     window->close();
     EXPECT_TRUE(window->isVisible());
@@ -98,7 +96,6 @@ TEST_F(ClosingWithAChild, WhereTheChildStaysTheMainWindowStays) {
 }
 
 TEST_F(ClosingWithAChild, AChildThatWaitsIsLetGoAndThenBothClose) {
-    OpenWithChild();
     bool wasVisible = false;
     QTimer::singleShot(20, window.get(), [&] {
         window->close();
@@ -112,7 +109,6 @@ TEST_F(ClosingWithAChild, AChildThatWaitsIsLetGoAndThenBothClose) {
 }
 
 TEST_F(ClosingWithAChild, LeavingClosesItAndWritesWhatItHeld) {
-    OpenWithChild();
     window->Leave();
     EXPECT_EQ(unloads, 1);
     EXPECT_EQ(StoredSort(), u"1 -1"_s);
@@ -121,7 +117,6 @@ TEST_F(ClosingWithAChild, LeavingClosesItAndWritesWhatItHeld) {
 }
 
 TEST_F(ClosingWithAChild, LeavingDoesNotWaitForAChildThatStays) {
-    OpenWithChild();
     child->mayClose = false;
     window->Leave();
     EXPECT_EQ(store.written.size(), 5U);
@@ -129,7 +124,6 @@ TEST_F(ClosingWithAChild, LeavingDoesNotWaitForAChildThatStays) {
 }
 
 TEST_F(ClosingWithAChild, LeavingDoesNotWaitForAnAnswer) {
-    OpenWithChild();
     child->asks = true;
     window->Leave();  // nobody answers
     EXPECT_EQ(child->asked, 1);

@@ -10,18 +10,7 @@
 namespace davo::test {
 namespace {
 
-class ClosingMainWindow : public MainWindow {
-  protected:
-    // A test window whose shot is complete and not saved.
-    void CompleteAShot() {
-        Choose("mnuRatio");
-        ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-        QTest::qWait(50);
-        Click("cmdStart");
-        port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
-        ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
-    }
-};
+class ClosingMainWindow : public MainWindow {};
 
 TEST_F(ClosingMainWindow, ExitAsksAndSendsX) {
     Open();
@@ -61,9 +50,7 @@ TEST_F(ClosingMainWindow, ClosingItSavesTheSessionFirst) {
 
 TEST_F(ClosingMainWindow, IsNotClosedWhileATestRuns) {
     Open();
-    Choose("mnuRatio");
-    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
+    OpenTestWindow("mnuRatio");
     Click("cmdStart");
     window->close();
     EXPECT_TRUE(window->isVisible());

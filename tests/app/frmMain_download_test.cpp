@@ -10,7 +10,7 @@
 namespace davo::test {
 namespace {
 
-class Download : public MainWindow {
+class DownloadItem : public MainWindow {
   protected:
     void OpenWithTestList() {
         ChildForms children;
@@ -29,8 +29,11 @@ class Download : public MainWindow {
     std::function<void()> close;
 };
 
+class Download : public DownloadItem {
+    void SetUp() override { OpenWithTestList(); }
+};
+
 TEST_F(Download, TheReplyIsKeptAndTheListOpened) {
-    OpenWithTestList();
     port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
     Choose("mnuDownload");
     EXPECT_THAT(port.sent, ElementsAre("B", "d"));
@@ -47,7 +50,6 @@ TEST_F(Download, TheReplyIsKeptAndTheListOpened) {
 }
 
 TEST_F(Download, TheItemIsDisabledWhileTheInstrumentIsAsked) {
-    OpenWithTestList();
     bool enabled = true;
     port.OnOutputDo("d", [&] {
         enabled = Enabled("mnuDownload");
@@ -58,7 +60,6 @@ TEST_F(Download, TheItemIsDisabledWhileTheInstrumentIsAsked) {
 }
 
 TEST_F(Download, WhatWaitsInThePortIsNotTakenForTheReply) {
-    OpenWithTestList();
     port.Always("d", "#002\r\n11/21/26\r\nDONE\r\n");
     port.Deliver("RDY\r\nDATA of an earlier wait\r\nDONE\r\n");
     QTest::qWait(20);
@@ -66,7 +67,7 @@ TEST_F(Download, WhatWaitsInThePortIsNotTakenForTheReply) {
     EXPECT_EQ(state.dirReply, "#002\r\n11/21/26\r\nDONE\r\n");
 }
 
-TEST_F(Download, APortThatDoesNotOpenLeavesTheItemDisabled) {
+TEST_F(DownloadItem, APortThatDoesNotOpenLeavesTheItemDisabled) {
     port.failOpen = ErrorNumber::InvalidPortNumber;
     OpenWithTestList();
     Choose("mnuDownload");
@@ -78,7 +79,6 @@ TEST_F(Download, APortThatDoesNotOpenLeavesTheItemDisabled) {
 }
 
 TEST_F(Download, APortThatWasClosedIsOpened) {
-    OpenWithTestList();
     port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
     link.CloseComPort();
     Choose("mnuDownload");
@@ -87,7 +87,6 @@ TEST_F(Download, APortThatWasClosedIsOpened) {
 }
 
 TEST_F(Download, AnInstrumentThatDoesNotAnswerIsSaid) {
-    OpenWithTestList();
     port.always.clear();
     Choose("mnuDownload");
     EXPECT_THAT(prompts.shown,
@@ -99,7 +98,6 @@ TEST_F(Download, AnInstrumentThatDoesNotAnswerIsSaid) {
 }
 
 TEST_F(Download, AnEmptyMemoryIsSaid) {
-    OpenWithTestList();
     port.Always("d", "\r\nDONE\r\n");  // 8 characters
     Choose("mnuDownload");
     EXPECT_THAT(prompts.shown, ElementsAre(u"There are no test records."_s));
@@ -109,7 +107,6 @@ TEST_F(Download, AnEmptyMemoryIsSaid) {
 }
 
 TEST_F(Download, AReplyOfTenCharactersIsShown) {
-    OpenWithTestList();
     port.Always("d", "..\r\nDONE\r\n");
     Choose("mnuDownload");
     EXPECT_EQ(opened, 1);
@@ -117,7 +114,6 @@ TEST_F(Download, AReplyOfTenCharactersIsShown) {
 }
 
 TEST_F(Download, AWaitThatTheOperatorEndedSaysNothing) {
-    OpenWithTestList();
     port.OnOutputDo("d",
                     [this] { QTimer::singleShot(20, window.get(), [this] { link.EndWait(); }); });
     Choose("mnuDownload");
@@ -129,7 +125,6 @@ TEST_F(Download, AWaitThatTheOperatorEndedSaysNothing) {
 }
 
 TEST_F(Download, AHandshakeThatTheOperatorEndedSaysNothing) {
-    OpenWithTestList();
     port.always.clear();
     port.OnOutputDo("B", [this] { link.EndWait(); });
     Choose("mnuDownload");
@@ -138,7 +133,6 @@ TEST_F(Download, AHandshakeThatTheOperatorEndedSaysNothing) {
 }
 
 TEST_F(Download, ClosingTheMainWindowWhileItWaitsEndsBoth) {
-    OpenWithTestList();
     port.OnOutputDo("d",
                     [this] { QTimer::singleShot(20, window.get(), [this] { window->close(); }); });
     Choose("mnuDownload");
@@ -148,7 +142,6 @@ TEST_F(Download, ClosingTheMainWindowWhileItWaitsEndsBoth) {
 }
 
 TEST_F(Download, AListThatFailsToOpenLeavesTheItemEnabled) {
-    OpenWithTestList();
     port.Always("d", "#001\r\n11/21/26\r\nDONE\r\n");
     fails = true;
     Choose("mnuDownload");

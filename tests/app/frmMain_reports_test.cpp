@@ -39,18 +39,11 @@ class MainWindowWithReports : public MainWindow {
             std::make_unique<frmMain>(state, ProgramServices{store, places, clock, prompts, link,
                                                              devices, shortDate, [] {}, &reports});
         window->Form_Load();
-        window->show();
-        window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        ASSERT_TRUE(ShowActive(*window));
     }
     // Saves a session of one shot as T1.txt and asks for its report.
     void SaveAndView() {
-        Choose("mnuRatio");
-        ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-        QTest::qWait(50);
-        Click("cmdStart");
-        port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
-        ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
+        CompleteAShot();
         prompts.answers = {Answer::Yes, Answer::Yes};
         prompts.files = {state.settings.dataPath + u"T1.txt"_s};
         Click("cmdExit");

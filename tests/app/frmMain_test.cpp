@@ -284,9 +284,7 @@ TEST_F(MainWindow, RatioSetsItsMode) {
 
 TEST_F(MainWindow, ClosingTheTestWindowEnablesTheMenuAndClosesThePort) {
     Open();
-    Choose("mnuBoth");
-    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));  // ready
-    QTest::qWait(50);
+    OpenTestWindow("mnuBoth");
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_TRUE(Find<QAction>("mnuFile")->isEnabled());

@@ -74,6 +74,18 @@ class MainWindow : public ::testing::Test, public Controls {
     bool Checked(const char* name) { return Find<QAction>(name)->isChecked(); }
     QWidget* TestWindow() { return window->findChild<QWidget*>(u"frmCControl"_s); }
     void Store(const char* key, const QString& text) { store.texts[QLatin1String(key)] = text; }
+    void OpenTestWindow(const char* item) {
+        Choose(item);
+        ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));  // ready
+        QTest::qWait(50);
+    }
+    // A test window whose shot is complete and not saved.
+    void CompleteAShot() {
+        OpenTestWindow("mnuRatio");
+        Click("cmdStart");
+        port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
+        ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));
+    }
     // The data folder of a first run, made here, with a record file.
     QString DataFolder() const { return ShownPath(places.applicationFolder + u"Shots_Data/"_s); }
     void AddRecord(const char* name, const char* date, const char* station = "NORTH") {

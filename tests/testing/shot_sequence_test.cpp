@@ -9,11 +9,17 @@
 namespace davo::test {
 namespace {
 
-class SequenceTest : public testing::Test, public SequenceRig {};
+class NewSequenceTest : public testing::Test, public SequenceRig {};
+
+// For full tests.
+class SequenceTest : public NewSequenceTest {
+  protected:
+    SequenceTest() { OpenFor(false); }
+};
 
 using Sent = std::vector<std::string>;
 
-TEST_F(SequenceTest, FormLoad) {
+TEST_F(NewSequenceTest, FormLoad) {
     session = {5, "notes of the last session", false, false};
     Screen().txtPE.text = "1";
     Screen().txtCRatio.text = "2";
@@ -38,12 +44,12 @@ TEST_F(SequenceTest, FormLoad) {
     EXPECT_TRUE(port.sent.empty());
 }
 
-TEST_F(SequenceTest, FormLoadInRatioOnlyMode) {
+TEST_F(NewSequenceTest, FormLoadInRatioOnlyMode) {
     OpenFor(true);
     EXPECT_EQ(Screen().lblTest, (ControlView{"RATIO TEST", true, true}));
 }
 
-TEST_F(SequenceTest, InitialCaptions) {
+TEST_F(NewSequenceTest, InitialCaptions) {
     EXPECT_EQ(Screen().cmdStart.text, "&Start Test");
     EXPECT_EQ(Screen().cmdContinue.text, "&Continue Test");
     EXPECT_EQ(Screen().cmdCancel.text, "C&ancel Test");
@@ -52,7 +58,6 @@ TEST_F(SequenceTest, InitialCaptions) {
 }
 
 TEST_F(SequenceTest, ResetWithAReadyInstrument) {
-    OpenFor(false);
     Screen().txtVolt.text = Screen().txtCur.text = Screen().txtPE.text = "1";
     Screen().cmdContinue.text = "&OK";
     port.OnOutput("B", "RDY\r\n");
@@ -68,7 +73,6 @@ TEST_F(SequenceTest, ResetWithAReadyInstrument) {
 }
 
 TEST_F(SequenceTest, ResetWithoutAnAnswer) {
-    OpenFor(false);
     Screen().cmdContinue.text = "&OK";
     sequence.ResetTestWindow();
     EXPECT_EQ(prompts.shown,
@@ -77,7 +81,6 @@ TEST_F(SequenceTest, ResetWithoutAnAnswer) {
 }
 
 TEST_F(SequenceTest, ResetOnAClosedPortDoesNothing) {
-    OpenFor(false);
     link.CloseComPort();
     sequence.ResetTestWindow();
     EXPECT_TRUE(port.sent.empty());
@@ -85,14 +88,12 @@ TEST_F(SequenceTest, ResetOnAClosedPortDoesNothing) {
 }
 
 TEST_F(SequenceTest, ResetThatWasEndedSaysNothing) {
-    OpenFor(false);
     port.OnOutputDo("B", [this] { QTimer::singleShot(0, [this] { link.EndWait(); }); });
     sequence.ResetTestWindow();
     EXPECT_TRUE(prompts.shown.empty());
 }
 
 TEST_F(SequenceTest, StartDuringTheReadinessCheckIsRefused) {
-    OpenFor(false);
     port.OnOutputDo("B", [this] {
         QTimer::singleShot(0, [this] {
             sequence.cmdStart_Click();
@@ -105,7 +106,6 @@ TEST_F(SequenceTest, StartDuringTheReadinessCheckIsRefused) {
 }
 
 TEST_F(SequenceTest, ResetKeepsTheShotsThatAreThere) {
-    OpenFor(false);
     RunFullShot();
     port.OnOutput("B", "RDY\r\n");
     sequence.ResetTestWindow();
@@ -118,7 +118,6 @@ TEST_F(SequenceTest, ResetKeepsTheShotsThatAreThere) {
 }
 
 TEST_F(SequenceTest, FirstStart) {
-    OpenFor(false);
     for (ControlView* view :
          {&Screen().txtVolt, &Screen().txtCur, &Screen().txtPolarity, &Screen().txtRatio,
           &Screen().lblMessage, &Screen().lblTest, &Screen().txtPE}) {
@@ -149,7 +148,7 @@ TEST_F(SequenceTest, FirstStart) {
     EXPECT_EQ(Journal().header.headerFields[2], "14:05");
 }
 
-TEST_F(SequenceTest, StartInRatioOnlyModeSendsSmallT) {
+TEST_F(NewSequenceTest, StartInRatioOnlyModeSendsSmallT) {
     OpenFor(true);
     sequence.cmdStart_Click();
     EXPECT_EQ(TakeSent(), Sent{"t"});
@@ -157,7 +156,6 @@ TEST_F(SequenceTest, StartInRatioOnlyModeSendsSmallT) {
 }
 
 TEST_F(SequenceTest, WhatWasSaidBeforeAShotDoesNotBelongToIt) {
-    OpenFor(false);
     port.waiting = RecordOf(Digits()) + "\r\n";
     sequence.cmdStart_Click();
     sequence.Timer1_Timer();
@@ -166,7 +164,6 @@ TEST_F(SequenceTest, WhatWasSaidBeforeAShotDoesNotBelongToIt) {
 }
 
 TEST_F(SequenceTest, NextTestAsksAndWritesThePendingShot) {
-    OpenFor(false);
     RunFullShot("111.1");
     const std::string block = sequence.ShotTrailer();
     clock.Set(QDateTime(QDate(2027, 1, 2), QTime(3, 4)));
@@ -185,7 +182,6 @@ TEST_F(SequenceTest, NextTestAsksAndWritesThePendingShot) {
 }
 
 TEST_F(SequenceTest, NextTestMayBecomeARatioTest) {
-    OpenFor(false);
     RunFullShot();
     TakeSent();
     prompts.answers = {Answer::Yes, Answer::No};
@@ -201,7 +197,7 @@ TEST_F(SequenceTest, NextTestMayBecomeARatioTest) {
     EXPECT_FALSE(modes.testRatioOnlyMode);
 }
 
-TEST_F(SequenceTest, ARatioOnlyWindowAsksNothing) {
+TEST_F(NewSequenceTest, ARatioOnlyWindowAsksNothing) {
     OpenFor(true);
     RunRatioShot();
     TakeSent();
@@ -212,7 +208,6 @@ TEST_F(SequenceTest, ARatioOnlyWindowAsksNothing) {
 }
 
 TEST_F(SequenceTest, NextTestClearsAnIncompleteNameplate) {
-    OpenFor(false);
     RunFullShot();
     Screen().txtHVolt.text = "1200";
     Screen().txtXVolt.text = " ";
@@ -223,7 +218,6 @@ TEST_F(SequenceTest, NextTestClearsAnIncompleteNameplate) {
 }
 
 TEST_F(SequenceTest, NextTestKeepsAWholeNameplate) {
-    OpenFor(false);
     RunFullShot();
     Screen().txtHVolt.text = "1200";
     Screen().txtXVolt.text = "5";
@@ -236,7 +230,6 @@ TEST_F(SequenceTest, NextTestKeepsAWholeNameplate) {
 }
 
 TEST_F(SequenceTest, AShotThatIsWrittenCanNoLongerBeRepeated) {
-    OpenFor(false);
     RunFullShot();
     prompts.answers = {Answer::No};
     sequence.cmdStart_Click();
@@ -246,7 +239,6 @@ TEST_F(SequenceTest, AShotThatIsWrittenCanNoLongerBeRepeated) {
 }
 
 TEST_F(SequenceTest, RepeatWithoutAPendingShotTakesNothingBack) {
-    OpenFor(false);
     RunFullShot();
     sequence.WriteShotTrailer();
     sequence.cmdContinue_Click();
@@ -254,7 +246,6 @@ TEST_F(SequenceTest, RepeatWithoutAPendingShotTakesNothingBack) {
 }
 
 TEST_F(SequenceTest, ContinueConfirms) {
-    OpenFor(false);
     StartFullShot();
     TakeSent();
     beeps = 0;
@@ -270,7 +261,6 @@ TEST_F(SequenceTest, ContinueConfirms) {
 }
 
 TEST_F(SequenceTest, ContinueOutsideTheRunningTestKeepsTheNameplate) {
-    OpenFor(false);
     sequence.cmdStart_Click();
     SayLine("SET THE VOLTAGE RANGE SELECTOR SWITCH");
     Screen().txtHVolt.text = "1200";
@@ -279,7 +269,6 @@ TEST_F(SequenceTest, ContinueOutsideTheRunningTestKeepsTheNameplate) {
 }
 
 TEST_F(SequenceTest, RepeatDropsTheShot) {
-    OpenFor(false);
     RunFullShot();
     ASSERT_FALSE(Journal().pendingShot.empty());
     TakeSent();
@@ -303,7 +292,6 @@ TEST_F(SequenceTest, RepeatDropsTheShot) {
 }
 
 TEST_F(SequenceTest, CancelSendsTheStopPairTenTimes) {
-    OpenFor(false);
     StartFullShot();
     SayLine("I=0.1 V=1.0");
     TakeSent();
@@ -321,7 +309,6 @@ TEST_F(SequenceTest, CancelSendsTheStopPairTenTimes) {
 }
 
 TEST_F(SequenceTest, EscapeStopsPollingAndSendsEscape) {
-    OpenFor(false);
     StartFullShot();
     TakeSent();
     sequence.EscapePressed();
@@ -331,7 +318,6 @@ TEST_F(SequenceTest, EscapeStopsPollingAndSendsEscape) {
 }
 
 TEST_F(SequenceTest, ClockAndBeeper) {
-    OpenFor(false);
     clock.Set(QDateTime(QDate(2026, 1, 2), QTime(0, 3, 4)));
     sequence.timDateTime_Timer();
     EXPECT_EQ(Screen().lblTime.text, "01/02/2026 - 12:03:04 AM");
@@ -340,7 +326,6 @@ TEST_F(SequenceTest, ClockAndBeeper) {
 }
 
 TEST_F(SequenceTest, PollingNothingChangesNothing) {
-    OpenFor(false);
     StartFullShot();
     const ShotScreen before = Screen();
     for (int i = 0; i < 3; ++i) {
