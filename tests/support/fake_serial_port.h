@@ -83,13 +83,6 @@ class FakeSerialPort : public SerialPort {
     std::string waiting;            // arrived and not yet taken
     std::function<void()> onInput;  // before the text is taken
 
-    std::string AllSent() const {
-        std::string all;
-        for (const auto& one : sent)
-            all += one;
-        return all;
-    }
-
     // --- the interface ---
 
     void SetCommPort(std::int16_t port) override {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -144,37 +143,6 @@ inline std::string FileText(int count) {
     for (int number = 1; number <= count; ++number)
         text += RecordText(number);
     return text;
-}
-
-// A file as a session leaves it: number tells files apart and spreads their dates, and each of its
-// tests has 20 to 32 points of a curve with a knee.
-inline std::string RealisticFileText(int number, int tests = 3) {
-    const auto text = [](const char* picture, auto... values) {
-        std::array<char, 32> made{};
-        std::snprintf(made.data(), made.size(), picture, values...);
-        return std::string(made.data());
-    };
-    HeaderParts header{"T" + std::to_string(number),
-                       text("%02d/%02d/%02d", 1 + number % 12, 1 + number % 28, 20 + number % 7),
-                       "10:15",
-                       text("%02d", tests),
-                       {}};
-    header.texts.fill(Padded("SUBSTATION NORTH 12"));
-    std::string file = HeaderText(header);
-    for (int test = 1; test <= tests; ++test) {
-        RecordParts parts;
-        parts.number = " " + std::to_string(test);
-        parts.points.clear();
-        const double knee = 100.0 + (number * 37 + test * 61) % 900;
-        double current = 0.0031;
-        for (int point = 0; point < 20 + (number + test) % 13; ++point) {
-            parts.points.emplace_back(text("%.4f", current),
-                                      text("%.1f", knee * 1.1 * current / (current + 0.04)));
-            current *= 1.27;
-        }
-        file += RecordText(parts);
-    }
-    return file;
 }
 
 }  // namespace davo::test
