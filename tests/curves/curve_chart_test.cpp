@@ -5,7 +5,6 @@
 #include <QFontMetrics>
 #include <QImage>
 #include <QLabel>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 #include <QWheelEvent>
@@ -16,6 +15,7 @@
 #include "common/run_time_error.h"
 #include "curves/chart_look.h"
 #include "curves/knee_marks.h"
+#include "tests/support/program_output.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
 
@@ -135,12 +135,10 @@ class Chart : public ::testing::Test {
         }
         return false;
     }
-    QString TextOfPdf(const QString& path) {
-        QProcess process;
-        process.start(u"pdftotext"_s, {u"-layout"_s, path, u"-"_s});
-        EXPECT_TRUE(process.waitForFinished());
-        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-        return QString::fromUtf8(process.readAllStandardOutput());
+    QByteArray WordsOfPdf(const char* how) {
+        const QString path = folder.Path("chart.pdf");
+        chart.SavePdf(path);
+        return OutputOf(u"pdftotext"_s, {QLatin1String(how), path, u"-"_s});
     }
 
     CurveChart chart;
@@ -319,12 +317,7 @@ TEST_F(Chart, DrawsALargerPictureLarger) {
 
 // Where its words stand from the edges, in points: a printer does not reach the edge.
 TEST_F(Chart, LeavesThePageAMargin) {
-    const QString path = folder.Path("chart.pdf");
-    chart.SavePdf(path);
-    QProcess process;
-    process.start(u"pdftotext"_s, {u"-bbox"_s, path, u"-"_s});
-    ASSERT_TRUE(process.waitForFinished());
-    const QString words = QString::fromUtf8(process.readAllStandardOutput());
+    const QString words = QString::fromUtf8(WordsOfPdf("-bbox"));
     const auto number = [](const QString& text) { return text.toDouble(); };
     static const QRegularExpression kPageSize(
         QStringLiteral(R"re(<page width="([\d.]+)" height="([\d.]+)")re"));
@@ -350,13 +343,11 @@ TEST_F(Chart, SavesAPageOfWords) {
     faint.look = CurveLook::Faint;
     faint.knees.clear();
     chart.SetCurves({One(), faint});
-    const QString path = folder.Path("chart.pdf");
-    chart.SavePdf(path);
-    const std::string text = TextOfPdf(path).toStdString();
+    const std::string text = WordsOfPdf("-layout").toStdString();
     for (const char* word : {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "Test 1", "0.01", "1000"})
         EXPECT_THAT(text, HasSubstr(word));
     EXPECT_THAT(text, Not(HasSubstr("Earlier")));
-    EXPECT_THAT(ReadWholeFile(path), HasSubstr("/Count 1"));
+    EXPECT_THAT(ReadWholeFile(folder.Path("chart.pdf")), HasSubstr("/Count 1"));
 }
 
 TEST_F(Chart, SaysWhenItCannotBeWritten) {

@@ -5,12 +5,12 @@
 #include <unistd.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 
 #include "tests/curves/panel_test.h"
 #include "tests/support/file_size_limit.h"
 #include "tests/support/in_the_way.h"
+#include "tests/support/program_output.h"
 
 namespace davo::test {
 namespace {
@@ -58,10 +58,7 @@ class PanelOnDisk : public Panel {
         QDir().mkpath(folder.Path("old"));
         ShowFiles({"ONE"});
     }
-    QStringList Files() const {
-        return QDir(folder.Path("old"))
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
+    QStringList Files() const { return folder.Names("old"); }
     void Save(const Command& command) {
         prompts.files = {folder.Path(command.file)};
         prompts.answers = {Answer::Yes};  // replace it
@@ -155,10 +152,7 @@ TEST_F(PanelOnDisk, ThePageOfElevenRecordsNamesTheFirstTen) {
     EXPECT_EQ(TextOf(panel, "lblRecord"), "11 records; the first 10 are shown");
     prompts.files = {folder.Path("eleven.pdf")};
     Press("cmdSavePdf");
-    QProcess process;
-    process.start(pdftotext, {folder.Path("eleven.pdf"), u"-"_s});
-    ASSERT_TRUE(process.waitForFinished());
-    const std::string page = process.readAllStandardOutput().toStdString();
+    const std::string page = OutputOf(pdftotext, {folder.Path("eleven.pdf"), u"-"_s}).toStdString();
     for (std::size_t i = 0; i < 10; ++i)
         EXPECT_THAT(page, HasSubstr(names[i] + " Test 1"));
     EXPECT_THAT(page, Not(HasSubstr(names[10])));

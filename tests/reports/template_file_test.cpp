@@ -3,11 +3,11 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QProcess>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "tests/reports/xlsx/report.h"
+#include "tests/support/program_output.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
 #include "tests/support/thrown.h"
@@ -47,8 +47,6 @@ TEST(Template, IsTheSharedOneWhereNoneLiesBesideTheProgram) {
 
 // xlrd, an independent reader, says what a report's sheet is a copy of.
 TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
-    QProcess python;
-    python.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     const QString script =
         u"import sys, xlrd\n"
         "book = xlrd.open_workbook(sys.argv[1], formatting_info=True)\n"
@@ -59,9 +57,6 @@ TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
         "for row in list(range(0, 1)) + list(range(3, 16)): print(sheet.row_values(row)[::2])\n"
         "font = book.font_list[book.xf_list[sheet.cell_xf_index(3, 0)].font_index]\n"
         "print(font.name, font.height / 20, font.weight)\n"_s;
-    python.start(u"/usr/bin/python3"_s, {u"-c"_s, script, kCommitted});
-    ASSERT_TRUE(python.waitForFinished());
-    EXPECT_EQ(python.exitCode(), 0);
     std::string expected =
         "['HEADER'] [(0, 1, 0, 4)]\n"
         "[20.0, 20.0, 20.0, 20.0, 8.4]\n"
@@ -78,7 +73,8 @@ TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
     for (int row = 4; row <= 16; ++row)
         expected += "['" + label(row, 1) + "', '" + label(row, 3) + "']\n";
     expected += "Arial 8.0 700\n";
-    EXPECT_EQ(python.readAllStandardOutput().toStdString(), expected);
+    EXPECT_EQ(test::OutputOf(u"/usr/bin/python3"_s, {u"-c"_s, script, kCommitted}).toStdString(),
+              expected);
 }
 
 TEST(PutTemplate, CopiesItIntoTheReportFolder) {

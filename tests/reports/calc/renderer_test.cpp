@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include <QFile>
-#include <QProcess>
 #include <algorithm>
 #include <set>
 
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/program_output.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
@@ -19,18 +19,10 @@ namespace {
 
 constexpr const char* kTemplate = DAVO_TESTS_FOLDER "/../packaging/template/DAVO_Header.xls";
 
-QByteArray OutputOf(const char* program, const QStringList& arguments) {
-    QProcess process;
-    process.start(QLatin1String(program), arguments);
-    EXPECT_TRUE(process.waitForFinished(60'000)) << program;
-    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    return process.readAllStandardOutput();
-}
-
 std::vector<std::string> ReadBack(const QString& file) {
     const QString script = QStringLiteral(DAVO_TESTS_FOLDER "/reports/read_back_xls.py");
     std::vector<std::string> lines;
-    for (const QByteArray& line : OutputOf("/usr/bin/python3", {script, file}).split('\n'))
+    for (const QByteArray& line : OutputOf(u"/usr/bin/python3"_s, {script, file}).split('\n'))
         lines.push_back(line.toStdString());
     return lines;
 }
@@ -226,7 +218,7 @@ TEST_F(CalcRendererTest, HasNoChartForATestWithoutPoints) {
 TEST_F(CalcRendererTest, MakesWhatGnumericOpens) {
     Render(ReportOf(FileText(3)));
     const QString text = folder_.Path("out.csv");
-    OutputOf("/usr/bin/ssconvert", {folder_.Path("T0012.xls"), text});
+    OutputOf(u"/usr/bin/ssconvert"_s, {folder_.Path("T0012.xls"), text});
     QFile file(text);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_TRUE(file.readAll().contains("TEST REPORT"));

@@ -3,11 +3,11 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QProcess>
 
 #include "common/files.h"
 #include "tests/reports/xlsx/expected.h"
 #include "tests/reports/xlsx/report.h"
+#include "tests/support/program_output.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
 #include "tests/support/thrown.h"
@@ -16,12 +16,7 @@ namespace davo {
 namespace {
 
 std::vector<std::string> Output(const QString& program, const QStringList& arguments) {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, arguments);
-    EXPECT_TRUE(process.waitForFinished()) << process.errorString().toStdString();
-    EXPECT_EQ(process.exitCode(), 0);
-    return SplitLines(process.readAllStandardOutput().toStdString());
+    return SplitLines(test::OutputOf(program, arguments).toStdString());
 }
 
 // Debian's own Python, where the package python3-openpyxl is.
