@@ -156,12 +156,20 @@ void frmMain::LoadSettings() {
         if (!FolderExists(scratch)) CreateFolder(scratch);
     });
     const SettingsRead read = ReadSettings(services_.store, services_.places);
+    const QString notUsable = QStringLiteral("Setting not usable");
+    Attempt(notUsable, [&] {
+        const QString line = services_.store.UnreadableLine();
+        if (line.isEmpty()) return;
+        troubles_.push_back({notUsable, QStringLiteral("%1 cannot be read. The program goes on "
+                                                       "with the lines that it can read.")
+                                            .arg(line)});
+    });
     state_.settings = read.settings;
     for (const RunTimeError& error : read.errors) {
-        troubles_.push_back({QStringLiteral("Setting not usable"),
-                             QStringLiteral("A stored setting or its folder cannot be used. The "
-                                            "program goes on with what is usual.\r\n") +
-                                 QString::fromUtf8(error.what())});
+        troubles_.push_back(
+            {notUsable, QStringLiteral("A stored setting or its folder cannot be used. The "
+                                       "program goes on with what is usual.\r\n") +
+                            QString::fromUtf8(error.what())});
     }
     if (services_.reports != nullptr && FolderExists(state_.settings.excelPath)) {
         Attempt(QStringLiteral("Report template missing"),

@@ -35,8 +35,12 @@ class SettingsStore {
     // The stored text; empty when there is none.
     virtual QString Read(const QString& application, const QString& section,
                          const QString& value) const = 0;
+    // What cannot be written is thrown; it may be read back until the program ends.
     virtual void Write(const QString& application, const QString& section, const QString& value,
                        const QString& text) = 0;
+    // The first line that could not be read ("Line 3 of FILE"); empty where each was, and where
+    // the store has no lines.
+    virtual QString UnreadableLine() const { return {}; }
 };
 
 struct SettingsRead {

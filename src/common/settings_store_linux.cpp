@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/settings_store.h"
 
+#include <QByteArray>
 #include <QSettings>
+#include <string>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -12,6 +14,13 @@ namespace {
 
 QString KeyOf(const QString& application, const QString& section, const QString& value) {
     return application + QLatin1Char('/') + section + QLatin1Char('/') + value;
+}
+
+// As QSettings reads a line, which does not say which one it could not.
+bool IsReadable(const std::string& line) {
+    const QByteArray text = QByteArray::fromStdString(line).trimmed();
+    if (text.isEmpty() || text.startsWith(';')) return true;
+    return text.contains(text.startsWith('[') ? ']' : '=');
 }
 
 class IniSettingsStore : public SettingsStore {
@@ -37,6 +46,18 @@ class IniSettingsStore : public SettingsStore {
         if (again.status() != QSettings::NoError) {
             throw RunTimeError(ErrorNumber::PathFileAccess, settings_.fileName().toStdString());
         }
+    }
+
+    QString UnreadableLine() const override {
+        static_cast<void>(settings_.allKeys());  // sections are read as they are asked for
+        if (settings_.status() != QSettings::FormatError) return {};
+        int number = 0;
+        for (const std::string& line : ReadLines(settings_.fileName())) {
+            ++number;
+            if (!IsReadable(line))
+                return QStringLiteral("Line %1 of %2").arg(number).arg(settings_.fileName());
+        }
+        return settings_.fileName();
     }
 
   private:

@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include "app/home_panel.h"
+#include "common/settings_store.h"
 #include "records/record_file.h"
 #include "tests/app/main_window.h"
 
@@ -121,6 +122,26 @@ TEST_F(MainWindow, ASettingThatCannotBeReadIsSaidOnceAndTheOthersAreRead) {
     EXPECT_THAT(prompts.shown, ElementsAre(u"A stored setting or its folder cannot be used. The "
                                            "program goes on with what is usual.\r\n"
                                            "Run-time error '13': Type mismatch: abc"_s));
+}
+
+TEST_F(MainWindow, ALineOfTheSettingsFileThatCannotBeReadIsSaidByItsNumber) {
+    const QString file = places.configurationFolder + u"davo.ini"_s;
+    ReplaceFile(file,
+                "[IMPEDANCE]\nIMP\\IMPVAL=Y\n; a remark\n\n[DAVO]\nno value\n"
+                "COMPORT\\COMPORTVAL=3\nnor here\n");
+    const auto kept = MakeSettingsStore(places);
+    window = std::make_unique<frmMain>(
+        state, ProgramServices{*kept, places, clock, prompts, link, devices, shortDate, [] {}});
+    window->Form_Load();
+    if (state.settings.comPort != 3) GTEST_SKIP() << "the settings are not in that file";
+    EXPECT_TRUE(state.settings.showImpedance);
+    EXPECT_THAT(prompts.shown, IsEmpty()) << "nobody is kept from working";
+    auto* notice = Find<QPushButton>("cmdNotice");
+    EXPECT_EQ(notice->text(), u"Setting not usable"_s);
+    notice->click();
+    EXPECT_THAT(prompts.shown, ElementsAre(u"Line 6 of "_s + file +
+                                           u" cannot be read. The program goes on with the lines "
+                                           "that it can read."_s));
 }
 
 TEST_F(MainWindow, FoldersThatCannotBeMadeAreSaid) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/settings_store.h"
 
+#include <QDir>
+
 #include "common/files.h"
 #include "common/text.h"
 #include "tests/support/temporary_folder.h"
@@ -59,6 +61,42 @@ TEST(SettingsStoreOfThisPlatform, ALineThatCannotBeReadKeepsNoneFromBeingWritten
     EXPECT_EQ(back.comPort, 3);
     EXPECT_TRUE(back.showImpedance);
     EXPECT_EQ(back.dataPath, settings.dataPath);
+}
+
+TEST(SettingsStoreOfThisPlatform, WhatCannotBeWrittenIsReadBackUntilTheProgramEnds) {
+    const test::TemporaryFolder folder;
+    Places places = folder.MakePlaces();
+    ReplaceFile(folder.Path("file"), "no folder");
+    places.configurationFolder = folder.Path("file/davo/");
+    const auto store = MakeSettingsStore(places);
+    try {
+        store->Write(u"DAVO"_s, u"PORTDEVICES"_s, u"COM1"_s, u"/dev/ttyUSB1"_s);
+    } catch (const RunTimeError& error) {
+        EXPECT_EQ(error.Number(), ErrorNumber::PathFileAccess);
+    }
+    EXPECT_EQ(store->Read(u"DAVO"_s, u"PORTDEVICES"_s, u"COM1"_s), u"/dev/ttyUSB1"_s);
+}
+
+TEST(SettingsStoreOfThisPlatform, NamesTheFirstLineThatItCannotRead) {
+    const test::TemporaryFolder folder;
+    const auto lineOf = [&](const char* name, const char* bytes) {
+        Places places = folder.MakePlaces();
+        places.configurationFolder = folder.Path(name);
+        QDir().mkpath(places.configurationFolder);
+        const QString file = places.configurationFolder + u"davo.ini"_s;
+        ReplaceFile(file, bytes);
+        const auto store = MakeSettingsStore(places);
+        return store->UnreadableLine().replace(file, u"it"_s).toStdString();
+    };
+    MakeSettingsStore(folder.MakePlaces())->Write(kApplication, kSection, kValue, u"1"_s);
+    if (!FileExists(folder.MakePlaces().configurationFolder + u"davo.ini"_s))
+        GTEST_SKIP() << "the settings are not in a file";
+    EXPECT_EQ(lineOf("a/", "no value\n"), "Line 1 of it");
+    EXPECT_EQ(lineOf("b/", "[DAVO]\r\nA=1\r\n\r\n ; remark\r\nno value\r\nnor here\r\n"),
+              "Line 5 of it");
+    EXPECT_EQ(lineOf("c/", "A=1\n[DAVO\nA=1\n"), "Line 2 of it");
+    EXPECT_EQ(lineOf("d/", "[DAVO]\nA=1\n; remark\n"), "");
+    EXPECT_EQ(lineOf("e/", ""), "");
 }
 
 TEST(SettingsStoreOfThisPlatform, SurvivesARunAsAWhole) {
