@@ -262,13 +262,30 @@ std::int16_t frmConfig::ChosenPort() const {
     return static_cast<std::int16_t>(cboComPort_->currentIndex() + 1);
 }
 
+QString frmConfig::Assign(std::int16_t port, const QString& device) {
+    try {
+        devices_.Assign(port, device);
+    } catch (const RunTimeError& error) {
+        if (devices_.Assigned(port) != device) throw;
+        return QString::fromUtf8(error.what());
+    }
+    return {};
+}
+
 bool frmConfig::OpenChosen(std::int16_t port) {
     const QString before = devices_.Assigned(port);
     const QString chosen = cboDevice_->currentData().toString();
     const bool reassign = devices_.NeedsAssignment() && chosen != before;
-    if (reassign) devices_.Assign(port, chosen);
+    const QString notStored = reassign ? Assign(port, chosen) : QString();
     const bool opened = link_.OpenComPort(port);
-    if (reassign && !opened) devices_.Assign(port, before);
+    if (reassign && !opened) {
+        Assign(port, before);
+    } else if (!notStored.isEmpty()) {
+        prompts_.Message(QStringLiteral("COM%1 stands for the chosen device until the program "
+                                        "ends: the setting cannot be stored.\r\n%2")
+                             .arg(port)
+                             .arg(notStored));
+    }
     return opened;
 }
 

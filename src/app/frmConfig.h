@@ -45,6 +45,9 @@ class frmConfig : public QDialog {
     void cmdExit_Click();
 
     std::int16_t ChosenPort() const;
+    // Gives the number to device. A store that keeps it only until the program ends gives its
+    // error.
+    QString Assign(std::int16_t port, const QString& device);
     // Gives the number to the chosen device and opens it; one that does not open is taken back.
     bool OpenChosen(std::int16_t port);
     // What each number stands for now, in the list of the numbers.

@@ -17,9 +17,10 @@ class SingleInstance {
     virtual bool AnotherRuns() = 0;
 };
 
-// By the file "davo.lock" in the configuration folder, which holds the process that runs. What an
-// instance that was killed left there never keeps the next one from starting, nor does a folder
-// that nothing can be written in.
+// By the file "davo.lock" in the configuration folder, which holds the process that runs; in the
+// scratch folder, whose files two programs must not share, where the first takes no file. What an
+// instance that was killed left there never keeps the next one from starting, nor do folders that
+// nothing can be written in.
 std::unique_ptr<SingleInstance> MakeSingleInstance(const Places& places);
 
 }  // namespace davo

@@ -24,7 +24,8 @@ class PortDevices {
     // What is plugged in now, in name order.
     virtual std::vector<PresentPort> Present() const = 0;
 
-    // Gives the number to a device (empty takes it back). Nothing on Windows.
+    // Gives the number to a device (empty takes it back). Nothing on Windows. Throws what the
+    // store throws; Assigned then says whether the number has the device until the program ends.
     virtual void Assign(std::int16_t port, const QString& device) = 0;
 
     // The device that was given the number, plugged in or not; empty when none was.

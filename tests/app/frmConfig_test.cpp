@@ -368,6 +368,50 @@ TEST_F(ConfigureSystem, AnErrorOfTheStoreIsShownAndThePortStaysUnchosen) {
     EXPECT_TRUE(port.properties.empty());
 }
 
+// As the store of a write-protected disk does it: what it cannot write holds until the program
+// ends.
+class ProtectedDevices : public FakePortDevices {
+  public:
+    void Assign(std::int16_t number, const QString& device) override {
+        FakePortDevices::Assign(number, device);
+        throw RunTimeError(ErrorNumber::PathFileAccess, "davo.ini");
+    }
+};
+
+TEST_F(ConfigureSystem, ADeviceThatIsNotStoredIsUsedAtTheFirstSaveAndItIsSaid) {
+    ProtectedDevices kept;
+    kept.present = devices.present;
+    window = std::make_unique<frmConfig>(settings, link, kept, prompts, nullptr);
+    window->Form_Load();
+    window->show();
+    ChoosePort(2);
+    ChooseDevice(kUsb1);
+    Click("cmdSave");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(settings.comPort, 2);
+    EXPECT_THAT(port.properties, Contains("CommPort=2"));
+    EXPECT_THAT(prompts.shown,
+                ElementsAre(u"COM2 stands for the chosen device until the program ends: the "
+                            "setting cannot be stored.\r\n"
+                            "Run-time error '75': Path/File access error: davo.ini"_s));
+}
+
+TEST_F(ConfigureSystem, ADeviceThatIsNotStoredAndDoesNotOpenIsTakenBackAllTheSame) {
+    ProtectedDevices kept;
+    kept.present = devices.present;
+    port.failOpen = ErrorNumber::InvalidPortNumber;
+    window = std::make_unique<frmConfig>(settings, link, kept, prompts, nullptr);
+    window->Form_Load();
+    window->show();
+    ChooseDevice(kUsb1);
+    Click("cmdSave");
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_THAT(kept.assignments, ElementsAre(Pair(1, kUsb1), Pair(1, QString())));
+    EXPECT_EQ(settings.comPort, kNoPortChosen);
+    for (const QString& text : prompts.shown)
+        EXPECT_FALSE(text.contains(u"'75'"_s)) << "nothing is kept that could be lost";
+}
+
 TEST_F(ConfigureSystem, IsWorkedByTheKeyboard) {
     Open();
     const auto mnemonics = MnemonicsOf(*window);

@@ -2,6 +2,7 @@
 #include "app/single_instance.h"
 
 #include "tests/support/in_the_way.h"
+#include "tests/support/small_disk.h"
 
 namespace davo::test {
 namespace {
@@ -12,6 +13,17 @@ TEST(SingleInstanceOnLinux, DoesNotWaitForAPipeThatHasTheNameOfItsLock) {
     const QByteArray lock = QFile::encodeName(folder.Path("configuration/davo.lock"));
     ASSERT_EQ(::mkfifo(lock.constData(), 0666), 0);
     const NoWait limit;
+    const auto first = MakeSingleInstance(places);
+    EXPECT_FALSE(first->AnotherRuns());
+    EXPECT_TRUE(MakeSingleInstance(places)->AnotherRuns());
+}
+
+TEST(SingleInstanceOnLinux, KeepsTheSecondOutWhereTheDiskOfItsFolderIsProtected) {
+    if (!SmallDisk::Can()) GTEST_SKIP() << "a small disk can be mounted by root only";
+    const TemporaryFolder folder;
+    const Places places = folder.MakePlaces();
+    SmallDisk disk(places.configurationFolder);
+    disk.Protect();
     const auto first = MakeSingleInstance(places);
     EXPECT_FALSE(first->AnotherRuns());
     EXPECT_TRUE(MakeSingleInstance(places)->AnotherRuns());

@@ -76,6 +76,19 @@ TEST_F(SingleInstanceOfAUser, AFolderThatCannotBeMadeBlocksNobody) {
     QFile file(folder.Path("file"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     places.configurationFolder = folder.Path("file/davo/");
+    places.scratchFolder = places.configurationFolder;
+    EXPECT_FALSE(AnotherRuns());
+}
+
+TEST_F(SingleInstanceOfAUser, KeepsTheSecondOutWhereItsFolderCannotBeMade) {
+    QFile file(folder.Path("file"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    places.configurationFolder = folder.Path("file/davo/");
+    places.scratchFolder = folder.Path("new/scratch/");
+    auto first = MakeSingleInstance(places);
+    EXPECT_FALSE(first->AnotherRuns());
+    EXPECT_TRUE(AnotherRuns());
+    first.reset();
     EXPECT_FALSE(AnotherRuns());
 }
 
