@@ -37,6 +37,10 @@ constexpr const char* kNoModel = "DAVO N/A";
 constexpr int kFactsInterval = 2000;    // ms; an adapter that is plugged in shows up so soon
 constexpr int kMessageDuration = 8000;  // ms; two sentences are read in half of it
 
+QString SessionsNotListed() {
+    return QStringLiteral("Sessions not listed");
+}
+
 }  // namespace
 
 frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForms forms)
@@ -143,7 +147,7 @@ void frmMain::Form_Load() {
     LoadHeader();
     services_.link.OpenComPort(state_.settings.comPort);
     LoadDirectory();
-    Attempt(QStringLiteral("Sessions not listed"), [this] { OfferSessions(); });
+    Attempt(SessionsNotListed(), [this] { OfferSessions(); });
     loaded_ = true;
     ShowFacts();
     factsTimer_.start();
@@ -319,7 +323,13 @@ void frmMain::ListRecords() {
 }
 
 void frmMain::OfferSessions() {
-    home_->Sessions().Show(SetAsideUnsavedSessions(services_.places.scratchFolder));
+    std::vector<RunTimeError> unreadable;
+    home_->Sessions().Show(SetAsideUnsavedSessions(services_.places.scratchFolder, &unreadable));
+    // As they are now: a file may have been put right since the start.
+    std::erase_if(troubles_,
+                  [](const Notice& notice) { return notice.caption == SessionsNotListed(); });
+    for (const RunTimeError& error : unreadable)
+        troubles_.push_back({SessionsNotListed(), QString::fromUtf8(error.what())});
 }
 
 void frmMain::SaveSession(const UnsavedSession& session) {

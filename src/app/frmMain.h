@@ -123,7 +123,7 @@ class frmMain : public QMainWindow {
     int children_ = 0;  // that are open
     QTimer factsTimer_;
     int listedRecords_ = 0;         // as the directory file says
-    std::vector<Notice> troubles_;  // of the load
+    std::vector<Notice> troubles_;  // of the load and of the sessions
     bool loaded_ = false;
     bool closeWanted_ = false;
     bool leaving_ = false;

@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "common/files.h"
 #include "common/places.h"
@@ -100,6 +101,16 @@ void ReadName(const QString& name, UnsavedSession& session) {
     session.number = std::max(match.captured(2).toInt(), 1);
 }
 
+UnsavedSession ReadSession(const QDir& folder, const QString& name) {
+    UnsavedSession session;
+    ReadName(name, session);
+    session.capturePath = ShownPath(folder.filePath(name + QStringLiteral(".txt")));
+    session.journalPath = ShownPath(folder.filePath(name + QStringLiteral(".jnl")));
+    session.journal = ReadableJournal(session.journalPath).value_or(SessionJournal{});
+    session.shots = static_cast<int>(CapturedShots(ReadWholeFile(session.capturePath)).size());
+    return session;
+}
+
 }  // namespace
 
 void SetSessionAside(const QString& scratchFolder) {
@@ -135,7 +146,8 @@ void SetSessionAside(const QString& scratchFolder) {
     DeleteSaved(capturePath, journalPath);
 }
 
-std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder) {
+std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder,
+                                                    std::vector<RunTimeError>* unreadable) {
     SetSessionAside(scratchFolder);
     const QDir folder(scratchFolder);
     QStringList names = folder.entryList({QStringLiteral("TESTFILE-*.txt")}, QDir::Files);
@@ -145,13 +157,12 @@ std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder
 
     std::vector<UnsavedSession> sessions;
     for (const QString& name : names) {
-        UnsavedSession session;
-        ReadName(name, session);
-        session.capturePath = ShownPath(folder.filePath(name + QStringLiteral(".txt")));
-        session.journalPath = ShownPath(folder.filePath(name + QStringLiteral(".jnl")));
-        session.journal = ReadableJournal(session.journalPath).value_or(SessionJournal{});
-        session.shots = static_cast<int>(CapturedShots(ReadWholeFile(session.capturePath)).size());
-        if (session.shots > 0) sessions.push_back(std::move(session));
+        try {
+            UnsavedSession session = ReadSession(folder, name);
+            if (session.shots > 0) sessions.push_back(std::move(session));
+        } catch (const RunTimeError& error) {
+            if (unreadable != nullptr) unreadable->push_back(error);
+        }
     }
     return sessions;
 }

@@ -5,6 +5,7 @@
 #include <QString>
 #include <vector>
 
+#include "common/run_time_error.h"
 #include "records/session_journal.h"
 
 namespace davo {
@@ -29,8 +30,10 @@ struct UnsavedSession {
 // file may be created.
 void SetSessionAside(const QString& scratchFolder);
 
-// The same, then lists every session that was set aside and is there still, oldest first.
-std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder);
+// The same, then lists every session that was set aside and is there still, oldest first. One that
+// cannot be read is left out; its error, which names the file, goes to unreadable.
+std::vector<UnsavedSession> SetAsideUnsavedSessions(
+    const QString& scratchFolder, std::vector<RunTimeError>* unreadable = nullptr);
 
 // session has become a record file: its two files are deleted.
 void DeleteSavedSession(const UnsavedSession& session);

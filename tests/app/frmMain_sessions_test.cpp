@@ -129,5 +129,31 @@ TEST_F(SessionsOnTheStartPage, WhatCannotBeReadIsSaidAndTheProgramStarts) {
     EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Sessions not listed"_s);
 }
 
+TEST_F(SessionsOnTheStartPage, OneThatCannotBeReadHidesNoneOfTheOthersAndIsNamed) {
+    LeaveSession("NORTH");
+    SetAside();
+    LeaveSession("SOUTH");
+    const QString unreadable = places.scratchFolder + u"TESTFILE-20201121-093215.txt"_s;
+    // A file that every user may open, and none can read.
+    if (!QFile::link(u"/proc/self/mem"_s, unreadable) || !QFileInfo(unreadable).isFile())
+        GTEST_SKIP() << "no such file on this platform";
+    Open();
+    EXPECT_TRUE(CardShown("session0"));
+    EXPECT_TRUE(CardShown("session1"));
+    auto* notice = Find<QPushButton>("cmdNotice");
+    ASSERT_TRUE(notice->isVisible());
+    EXPECT_EQ(notice->text(), u"Sessions not listed"_s);
+    notice->click();
+    ASSERT_EQ(prompts.shown.size(), 1U);
+    EXPECT_TRUE(prompts.shown[0].endsWith(ShownPath(unreadable))) << prompts.shown[0].toStdString();
+    prompts.shown.clear();
+
+    QFile::remove(unreadable);
+    prompts.files = {DataFolder() + u"Old.txt"_s};
+    Click("cmdSaveSession0");
+    EXPECT_FALSE(CardShown("session1"));
+    EXPECT_FALSE(notice->isVisible()) << "it is gone";
+}
+
 }  // namespace
 }  // namespace davo::test
