@@ -46,16 +46,19 @@ std::string StartFullShot(MemoryPc& pc) {
 
 // Confirms as an operator who looks at some readings first. Returns all that was sent.
 std::string RunFullShot(MemoryPc& pc) {
-    std::string said = StartFullShot(pc) + Lines(pc, 15);
+    std::string said = StartFullShot(pc);
+    said += Lines(pc, 15);
     pc.Send("\r");
-    said += pc.Until(kRatio) + Lines(pc, 15);
+    said += pc.Until(kRatio);
+    said += Lines(pc, 15);
     pc.Send("\r");
     return said + pc.Rest();
 }
 
 std::string RunRatioShot(MemoryPc& pc) {
     pc.Send("t");
-    const std::string said = pc.Until(kRatio) + Lines(pc, 5);
+    std::string said = pc.Until(kRatio);
+    said += Lines(pc, 5);
     pc.Send("\r");
     return said + pc.Rest();
 }

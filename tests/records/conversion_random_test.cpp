@@ -236,6 +236,15 @@ std::string RecordFileOf(const Session& session) {
     return notes.empty() ? text : text + "NOTES:\r\n" + notes + "\r\n";
 }
 
+// Control characters are not shown; the ends of lines and the tabs of notes are none.
+std::string Shown(std::string text) {
+    for (char& c : text) {
+        const bool control = static_cast<unsigned char>(c) < 32 || c == 127;
+        if (control && c != '\r' && c != '\n' && c != '\t') c = '?';
+    }
+    return text;
+}
+
 void ExpectReadBack(const TestRecord& record, const Shot& shot, std::size_t number) {
     EXPECT_EQ(record.recordNumber, std::to_string(number));
     const auto points = PointsOf(shot);
@@ -251,7 +260,7 @@ void ExpectReadBack(const TestRecord& record, const Shot& shot, std::size_t numb
     EXPECT_EQ(test::ResultNumber(record.excitationCurrent), excitationUnits / 1000.0);
     EXPECT_EQ(test::ResultNumber(record.excitationVoltage), shot.Word(134) / 10.0);
     EXPECT_EQ(test::ResultNumber(record.phaseAngle), shot.Word(140) / 10.0);
-    EXPECT_EQ(record.measuredRatio, shot.measured);
+    EXPECT_EQ(record.measuredRatio, Shown(shot.measured));
     EXPECT_EQ(record.polarity, ReferencePolarity(shot.Word(140)));
     EXPECT_EQ(record.nameplateRatio, shot.nameplate);
     EXPECT_EQ(record.percentError, shot.percent);
@@ -271,7 +280,7 @@ void ExpectSame(const TestRecord& ofShot, const TestRecord& inFile) {
           &TestRecord::excitationVoltage, &TestRecord::measuredRatio, &TestRecord::polarity,
           &TestRecord::phaseAngle, &TestRecord::nameplateRatio, &TestRecord::percentError,
           &TestRecord::kneePointType}) {
-        EXPECT_EQ(ofShot.*text, inFile.*text);
+        EXPECT_EQ(Shown(ofShot.*text), inFile.*text);
     }
 }
 
@@ -279,16 +288,16 @@ void ExpectReadBack(const TestRecordFile& file, const Session& session) {
     ASSERT_EQ(file.headers.size(), 1U);
     const RecordFileHeader& header = file.headers[0];
     EXPECT_EQ(header.testNumber, "T1");
-    EXPECT_EQ(header.date, session.header[1]);
-    EXPECT_EQ(header.time, session.header[2]);
+    EXPECT_EQ(header.date, Shown(session.header[1]));
+    EXPECT_EQ(header.time, Shown(session.header[2]));
     EXPECT_EQ(std::atoi(header.shots.c_str()), session.shotCount);
     for (std::size_t i = 0; i < 8; ++i)
-        EXPECT_EQ(header.fields.at(i), session.header.at(4 + i));
+        EXPECT_EQ(header.fields.at(i), Shown(session.header.at(4 + i)));
     ASSERT_EQ(file.records.size(), session.Converted());
     for (std::size_t i = 0; i < file.records.size(); ++i) {
         ExpectReadBack(file.records[i], session.shots[i], i + 1);
     }
-    const std::string notes = NotesOf(session);
+    const std::string notes = Shown(NotesOf(session));
     EXPECT_EQ(file.notes, notes.empty() ? std::vector<std::string>()
                                         : std::vector<std::string>{notes + "\r\n"});
 }
