@@ -114,6 +114,9 @@ QString NameList(const QStringList& names) {
 QString NotWholeText(std::string_view entry, const ConvertedRecord& record) {
     QStringList remarks;
     remarks += CountRemark(entry, record);
+    if (record.fieldsMissing && record.converted > 0) {
+        remarks += QStringLiteral("a part of the record is missing: all values may be wrong.");
+    }
     if (!record.doubtful.empty()) {
         remarks += QStringLiteral("the values of these tests arrived damaged: %1.")
                        .arg(NumberList(record.doubtful));

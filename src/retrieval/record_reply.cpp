@@ -157,15 +157,18 @@ ConvertedRecord ConvertRecordReply(std::string_view reply) {
     ConvertedRecord record;
     const std::vector<std::string_view> fields = FieldsOf(reply);
     if (fields.empty()) return record;
-    record.tests = std::clamp(ParseHexText(fields.front().substr(0, 2)), 0, kMostRecordTests);
+    const int said = ParseHexText(fields.front().substr(0, 2));
+    record.tests = std::clamp(said, 0, kMostRecordTests);
+    const std::size_t needed = FieldsFor(std::max(said, 0));
+    record.fieldsMissing = fields.size() < needed;
     const auto damaged = [&fields](std::size_t first, std::size_t end) {
         const auto begin = fields.begin();
         return !std::all_of(begin + static_cast<std::ptrdiff_t>(first),
                             begin + static_cast<std::ptrdiff_t>(end), IsWhole);
     };
-    bool doubtful = damaged(0, std::min(kPreambleFields, fields.size()));
-    // A field too many or too few has moved those behind it.
-    const bool moved = fields.size() != FieldsFor(record.tests);
+    // A field too many or too few has moved those behind it. One too many may be whole, and then
+    // nothing shows where it is.
+    bool doubtful = fields.size() > needed || damaged(0, std::min(kPreambleFields, fields.size()));
     for (int test = 1; test <= record.tests; ++test) {
         const auto [first, end] = FieldRange(test);
         if (end > fields.size()) break;
@@ -173,7 +176,7 @@ ConvertedRecord ConvertRecordReply(std::string_view reply) {
         record.converted = test;
         const bool here = damaged(first, end);
         if (doubtful || here) record.doubtful.push_back(test);
-        doubtful = doubtful || (here && moved);
+        doubtful = doubtful || (here && record.fieldsMissing);
     }
     return record;
 }

@@ -21,6 +21,9 @@ struct ConvertedRecord {
     int tests = 0;              // how many the reply says, at most kMostRecordTests
     int converted = 0;          // how many are in lines; fewer when fields are missing
     std::vector<int> doubtful;  // of these (from 1), those whose values may be wrong
+    // Fewer fields than the tests need. Where they are lost cannot be seen when the others are
+    // whole: at the end, or the tests behind the gap have the values of others.
+    bool fieldsMissing = false;
 };
 
 // reply holds hexadecimal fields separated by blanks, commas or line ends, up to a field "DONE".
@@ -30,8 +33,8 @@ struct ConvertedRecord {
 // text parser decides what a character that is no digit counts. An empty reply has no tests.
 //
 // A field is whole when it is 32 hexadecimal digits. A test with a field that is not whole is
-// doubtful; so are all behind it when the reply has more or fewer fields than its tests need, and
-// all tests when a field before them is not whole.
+// doubtful; so are all behind it when the reply has fewer fields than its tests need, and all tests
+// when it has more or when a field before them is not whole.
 ConvertedRecord ConvertRecordReply(std::string_view reply);
 
 // The length in bytes of a reply of tests tests, for a progress bar: fields of 32 digits, one a

@@ -19,7 +19,10 @@ namespace {
 
 using instrument::MemoryRecord;
 
-enum class Kind { Erase, Double, Blank, Noise, Flip };
+enum class Kind { Erase, Double, Blank, Noise, Flip, LoseLine, DoubleLine };
+
+// A field and its line end.
+constexpr std::size_t kLine = 34;
 
 struct Fault {
     Kind kind = Kind::Erase;
@@ -28,7 +31,8 @@ struct Fault {
     unsigned bit = 0;
 
     std::string Name() const {
-        constexpr const char* kNames[] = {"erased", "doubled", "blanked", "noise", "flipped"};
+        constexpr const char* kNames[] = {"erased",  "doubled",     "blanked",       "noise",
+                                          "flipped", "a line lost", "a line doubled"};
         return std::string(kNames[static_cast<int>(kind)]) + " at " + std::to_string(at) + ", " +
                std::to_string(static_cast<unsigned char>(noise)) + ", " + std::to_string(bit);
     }
@@ -46,6 +50,10 @@ struct Fault {
             case Kind::Flip:
                 text.at(at) = static_cast<char>(text.at(at) ^ (1U << bit));
                 return text;
+            case Kind::LoseLine:
+                return text.erase(at, kLine);
+            case Kind::DoubleLine:
+                return text.insert(at, text.substr(at, kLine));
         }
         return text;
     }
@@ -61,6 +69,16 @@ std::vector<Fault> FaultsIn(const std::string& text) {
             faults.push_back({Kind::Noise, at, noise});
         for (unsigned bit = 0; bit < 8; ++bit)
             faults.push_back({Kind::Flip, at, 0, bit});
+    }
+    return faults;
+}
+
+// As many characters as a line has are lost or come twice, from any character on.
+std::vector<Fault> LineFaultsIn(const std::string& text) {
+    std::vector<Fault> faults;
+    for (std::size_t at = 0; at + kLine <= text.size(); ++at) {
+        faults.push_back({Kind::LoseLine, at});
+        faults.push_back({Kind::DoubleLine, at});
     }
     return faults;
 }
@@ -146,8 +164,9 @@ void Judge(const Sent& sent, const Fault& fault, Counts& counts) {
     const bool unseen = TurnsADigitIntoAnother(fault, good);
     if (!NotWholeText(entry, came).isEmpty()) {
         ++counts.told;
-        ASSERT_TRUE(unseen || std::includes(came.doubtful.begin(), came.doubtful.end(),
-                                            changed.begin(), changed.end()))
+        ASSERT_TRUE(unseen || came.fieldsMissing ||
+                    std::includes(came.doubtful.begin(), came.doubtful.end(), changed.begin(),
+                                  changed.end()))
             << "another test is named";
     } else if (came.lines == whole) {
         ++counts.harmless;
@@ -182,6 +201,23 @@ TEST(DownloadFaults, EveryFaultAtEveryCharacterOfARecord) {
     lost.Print("one character of a record erased, doubled or blanked", "none");
     counts.Print("noise in a record, or one bit turned over", kNoChecksum);
     std::cout << digits << " of these turned a digit into another" << std::endl;
+}
+
+TEST(DownloadFaults, AsMuchAsALineLostOrDoubledAtEveryCharacterOfARecord) {
+    Counts counts;
+    Share share;
+    for (const int tests : {1, 2, 3, 4}) {
+        const Sent sent(MemoryRecordOf(12, tests));
+        for (const Fault& fault : LineFaultsIn(sent.good)) {
+            if (fault.at % kLine != 0 && !share.Takes()) continue;
+            Judge(sent, fault, counts);
+            if (HasFatalFailure() || counts.silent > 0)
+                FAIL() << tests << " tests, " << fault.Name();
+        }
+    }
+    EXPECT_EQ(counts.cannotBeSeen, 0);
+    EXPECT_EQ(counts.All(), counts.cases);
+    counts.Print("as much as a line of a record lost or doubled", "none");
 }
 
 TEST(DownloadFaults, OneFaultInALongRecord) {

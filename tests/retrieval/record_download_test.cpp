@@ -247,7 +247,8 @@ TEST_F(RecordDownloadTest, TellsOfTestsThatAreMissingOrDamaged) {
     EXPECT_EQ(result.end, DownloadEnd::Complete);
     EXPECT_THAT(result.written, IsEmpty()) << "whole ones count";
     EXPECT_THAT(Shown(), ElementsAre("TST_012: the values of these tests arrived damaged: 1.\r\n"
-                                     "TST_013: only 2 of 3 tests were received."));
+                                     "TST_013: only 2 of 3 tests were received. a part of the "
+                                     "record is missing: all values may be wrong."));
     EXPECT_THAT(File("TST_013.txt"),
                 AllOf(HasSubstr("REC NUMBER:  2\r\n"), Not(HasSubstr("REC NUMBER:  3\r\n"))));
 }
@@ -264,9 +265,15 @@ TEST_F(RecordDownloadTest, TellsOfACountThatIsNotThatOfTheEntry) {
         return Shown().empty() ? std::string() : Shown().front();
     };
     EXPECT_EQ(told("00"), "TST_013: no tests were received.");
-    EXPECT_EQ(told("01"), "TST_013: only 1 of 3 tests were received.");
-    EXPECT_EQ(told("02"), "TST_013: only 2 of 3 tests were received.");
-    EXPECT_EQ(told("07"), "TST_013: the list says 03 tests, the record itself 7.");
+    EXPECT_EQ(told("01"),
+              "TST_013: only 1 of 3 tests were received. the values of these tests arrived "
+              "damaged: 1.");
+    EXPECT_EQ(told("02"),
+              "TST_013: only 2 of 3 tests were received. the values of these tests arrived "
+              "damaged: 1 to 2.");
+    EXPECT_EQ(told("07"),
+              "TST_013: the list says 03 tests, the record itself 7. a part of the record is "
+              "missing: all values may be wrong.");
     EXPECT_EQ(told("0g"), "TST_013: no tests were received.");
 }
 

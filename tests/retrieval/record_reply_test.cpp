@@ -223,6 +223,7 @@ TEST(ConvertRecordReply, KeepsTheWholeTestsOfAReplyWithTooFewFields) {
                                            : 4;
         EXPECT_EQ(record.converted, expected) << fields;
         EXPECT_THAT(record.doubtful, IsEmpty());
+        EXPECT_EQ(record.fieldsMissing, fields > 0 && expected < 4) << fields;
         EXPECT_EQ(whole.substr(0, record.lines.size()), record.lines);
     }
 }
@@ -252,11 +253,27 @@ TEST(ConvertRecordReply, DoubtsWhatStandsBehindAFieldTooManyOrTooFew) {
     constexpr std::size_t kLine = 34;
     std::string more = good;
     more[kLine * 24 + 9] = ' ';  // in the second test
-    EXPECT_THAT(ConvertRecordReply(more).doubtful, ElementsAre(2, 3, 4));
+    EXPECT_THAT(ConvertRecordReply(more).doubtful, ElementsAre(1, 2, 3, 4));
     std::string fewer = good;
     fewer.erase(kLine * 25 - 2, 2);
     EXPECT_THAT(ConvertRecordReply(fewer).doubtful, ElementsAre(2, 3));
     EXPECT_EQ(ConvertRecordReply(fewer).converted, 3);
+}
+
+// Every field is whole, so nothing shows where the one too many is.
+TEST(ConvertRecordReply, DoubtsAllTestsOfAReplyWithAFieldTwice) {
+    const std::string good = RecordReply(RecordOf({UsualImage(), UsualImage()}));
+    constexpr std::size_t kLine = 34;
+    for (std::size_t at = 0; at + kLine < good.size() - 6; ++at) {
+        std::string twice = good;
+        twice.insert(at, good.substr(at, kLine));
+        const ConvertedRecord record = ConvertRecordReply(twice);
+        EXPECT_THAT(record.doubtful, ElementsAre(1, 2)) << at;
+        EXPECT_FALSE(record.fieldsMissing);
+    }
+    auto memory = RecordOf(std::vector<RecordImage>(130, UsualImage()));
+    EXPECT_THAT(ConvertRecordReply(RecordReply(memory)).doubtful, IsEmpty())
+        << "tests beyond those that are converted are none too many";
 }
 
 TEST(ConvertRecordReply, DoubtsAllTestsBehindADamagedPreamble) {
