@@ -213,7 +213,15 @@ QString SaveUnsavedSession(const UnsavedSession& session, Prompts& prompts, Sett
     do {
         result = TrySave(content, prompts, settings);
     } while (result.end == DialogueEnd::Again);
-    if (result.end == DialogueEnd::Saved) DeleteSavedSession(session);
+    if (result.end != DialogueEnd::Saved) return result.savedFile;
+    try {
+        DeleteSavedSession(session);
+    } catch (const RunTimeError& error) {
+        prompts.Message(
+            QStringLiteral("The session is saved as %1. Its files in the program's own folder "
+                           "could not be deleted, it may be offered again.\r\n%2")
+                .arg(ShownPath(result.savedFile), QString::fromUtf8(error.what())));
+    }
     return result.savedFile;
 }
 

@@ -22,7 +22,7 @@ SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerRe
 
 // Asks for the file and saves a session that was set aside as a record file, by the same dialogue;
 // a failure is said, and it asks again. Its full path; empty when the operator left the dialogue:
-// the session is then still there. Throws what deleting the session's own files throws.
+// the session is then still there. That the session's own files cannot be deleted is said, too.
 QString SaveUnsavedSession(const UnsavedSession& session, Prompts& prompts, Settings& settings);
 
 }  // namespace davo

@@ -446,6 +446,22 @@ TEST_F(UnsavedSessions, AFailedSaveIsSaidAndAsksForTheFileAgain) {
     EXPECT_EQ(ReadTestRecordFile(Data("T2.txt")).records.size(), 1U);
 }
 
+// The record is there: an error alone would have the operator save it once more.
+TEST_F(UnsavedSessions, OneWhoseFilesCannotBeDeletedIsSavedAllTheSame) {
+    const QString held = u"/proc/version"_s;  // a file that nobody can delete
+    if (!FileExists(held)) GTEST_SKIP() << "there is no such file here";
+    rig.RunRatioShot();
+    UnsavedSession session = Listed().at(0);
+    session.journalPath = held;
+    files = {Data("T1.txt")};
+    EXPECT_EQ(SaveUnsavedSession(session, rig.prompts, settings), Data("T1.txt"));
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 1U);
+    EXPECT_THAT(rig.prompts.shown.back().toStdString(),
+                StartsWith("The session is saved as " + Data("T1.txt").toStdString() +
+                           ". Its files in the program's own folder could not be deleted, it may "
+                           "be offered again.\r\nRun-time error '"));
+}
+
 TEST_F(UnsavedSessions, AFileThatExistsIsNotReplacedWithoutAQuestion) {
     rig.RunRatioShot();
     ReplaceFile(Data("T1.txt"), "another");
