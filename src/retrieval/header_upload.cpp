@@ -94,6 +94,7 @@ bool HeaderExchange::MakeReady() {
     if (reply.empty() && !link_.LastWaitEnded()) {
         prompts_.Message(QLatin1String(kNotReadyMessage));
     }
+    if (!reply.empty()) broken_ = false;  // a ready one waits for no rest of an upload
     return !reply.empty();
 }
 

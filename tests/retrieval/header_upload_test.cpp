@@ -136,6 +136,20 @@ TEST_F(HeaderUploadTest, AnEchoOfTheQuestionSendsNothingUnlessTheOperatorAgrees)
     EXPECT_THAT(port.sent, ElementsAre("B", "\xFF", "\xFF", "\xFF", "\xFF", "B", "Fr"));
 }
 
+// An instrument that was ready meanwhile waits for no rest of headers any more.
+TEST_F(HeaderUploadTest, ABrokenUploadIsOverOnceTheInstrumentIsReady) {
+    Erases("ERASING...\r\nH:");  // and no more
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+    Erases("?");
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+    port.sent.clear();
+    prompts.shown.clear();
+    port.OnOutput("B", "BUSY\r\n");
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+    EXPECT_THAT(port.sent, ElementsAre("B"));
+    ExpectNotReady();
+}
+
 TEST_F(HeaderUploadTest, NothingIsSentWhenTheEraseIsNotAnswered) {
     Erases("?");
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
