@@ -57,10 +57,10 @@ void ShowIn(QLineEdit* box, const QString& text) {
     box->setCursorPosition(0);
 }
 
-// The text of box, cut to the width of a header field there too, and trimmed.
+// The text of box, trimmed, and cut to the width of a header field there too.
 std::string TakeField(QLineEdit* box) {
     // The boxes refuse what is not in the page.
-    const std::string text = ToPage(box->text()).value();
+    const std::string text = TrimBlanks(ToPage(box->text()).value());
     const std::string cut = CutToField(text);
     if (cut != text) box->setText(FromPage(cut));
     return TrimBlanks(cut);

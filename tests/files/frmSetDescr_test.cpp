@@ -196,6 +196,14 @@ TEST_F(SetDescrWindow, AHeaderOfTwentyFiveIsSavedAndShownAsItsFirstTwenty) {
     EXPECT_EQ(Headers("T1").fileNotes, "keep\r\nthis");
 }
 
+TEST_F(SetDescrWindow, BlanksBeforeAHeaderTakeNoRoom) {
+    OpenAt("T1");
+    Type("txtHeader0", "  ABCDEFGHIJKLMNOPQRST");
+    Click("cmdSave");
+    EXPECT_EQ(Headers("T1").header[0], "ABCDEFGHIJKLMNOPQRST");
+    EXPECT_EQ(Text("lblState"), "T1 is saved.");
+}
+
 TEST_F(SetDescrWindow, CountsTheCharactersAndSaysWhatIsCut) {
     const auto count = [this](const char* box) {
         const auto* label = FindIn<QLabel>(*Box(box), "lblLength");
