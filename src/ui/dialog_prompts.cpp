@@ -124,6 +124,7 @@ Answer DialogPrompts::YesNo(const QString& text, Answer preset, const QString& t
 }
 
 Answer DialogPrompts::YesNoOrBack(const QString& text, Answer preset, const QString& title) {
+    const Open open(*this);
     return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
                         ButtonOf(preset), QMessageBox::Cancel));
 }

@@ -105,7 +105,12 @@ TEST(MessagePrompt, HasTheTitleGivenAndEndsByEscape) {
     DialogPrompts().Message(u"text"_s, u"Title"_s);
 }
 
-TEST(MessagePrompt, ThatComesByItselfIsShownAfterTheQuestionThatIsOpen) {
+// What asks a question that "Yes" answers.
+using Question = Answer (*)(Prompts&);
+
+class MessageByItself : public testing::TestWithParam<Question> {};
+
+TEST_P(MessageByItself, IsShownAfterTheQuestionThatIsOpen) {
     DialogPrompts prompts;
     std::vector<QString> shown;
     std::vector<std::size_t> boxes;
@@ -126,12 +131,20 @@ TEST(MessagePrompt, ThatComesByItselfIsShownAfterTheQuestionThatIsOpen) {
         box->button(shown.size() == 1 ? QMessageBox::Yes : QMessageBox::Ok)->click();
     });
     timer.start(1);
-    EXPECT_EQ(prompts.YesNo(u"question"_s, Answer::No), Answer::Yes);
+    EXPECT_EQ(GetParam()(prompts), Answer::Yes);
     EXPECT_THAT(shown, ElementsAre(u"question"_s, u"first"_s, u"second"_s));
     EXPECT_THAT(boxes, ElementsAre(1U, 1U, 1U));
     prompts.MessageAfter(u"at once"_s);
     EXPECT_EQ(shown.size(), 4U);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Questions, MessageByItself,
+    testing::Values([](Prompts& prompts) { return prompts.YesNo(u"question"_s, Answer::No); },
+                    [](Prompts& prompts) { return prompts.YesNoOrBack(u"question"_s, Answer::No); },
+                    [](Prompts& prompts) {
+                        return prompts.YesNoCancel(u"question"_s, Answer::No);
+                    }));
 
 TEST(MessagePrompt, ClosesAMenuThatIsOpen) {
     QMenu menu;
