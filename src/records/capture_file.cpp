@@ -80,14 +80,13 @@ void TakeTrailer(LineCursor& lines, CapturedShot& shot) {
 
 void CaptureFile::Create(const QString& path) {
     blocks_.clear();
-    Open(path);
+    // A link or a pipe of that name is neither followed nor waited for.
+    Open(path, RemoveLinkOrPipe(path) ? QIODevice::NewOnly : QIODevice::Truncate);
 }
 
-void CaptureFile::Open(const QString& path) {
+void CaptureFile::Open(const QString& path, QIODevice::OpenModeFlag how) {
     Close();
     file_.setFileName(path);
-    // A link or a pipe of that name is neither followed nor waited for.
-    const auto how = RemoveLinkOrPipe(path) ? QIODevice::NewOnly : QIODevice::Truncate;
     // Unbuffered, so that nothing of a block that failed waits for a later flush.
     if (!file_.open(QIODevice::WriteOnly | QIODevice::Unbuffered | how)) {
         ThrowError(OpeningError(file_), path);
@@ -115,7 +114,8 @@ bool CaptureFile::IsGone() const {
 }
 
 void CaptureFile::MakeAgain() {
-    Open(file_.fileName());
+    // What may be back by now is not to be emptied.
+    Open(file_.fileName(), QIODevice::NewOnly);
     std::string blocks = std::exchange(blocks_, {});
     const auto restore = qScopeGuard([&] { blocks_ = std::move(blocks); });
     try {

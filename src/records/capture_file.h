@@ -30,12 +30,13 @@ class CaptureFile {
     void Close();
     // Whether the file that was created is not there any more: it or its folder was deleted.
     bool IsGone() const;
-    // Creates it once more, with every block that was appended, and keeps it open.
+    // Creates it once more, with every block that was appended, and keeps it open. A file that is
+    // there is not touched: 70.
     void MakeAgain();
     QString Path() const { return ShownPath(file_.fileName()); }
 
   private:
-    void Open(const QString& path);
+    void Open(const QString& path, QIODevice::OpenModeFlag how);
 
     QFile file_;
     std::string blocks_;  // that were appended whole

@@ -52,6 +52,17 @@ TEST(CaptureFile, ErrorsOfCreate) {
     EXPECT_FALSE(capture.IsOpen());
 }
 
+TEST(CaptureFile, AFileThatIsBackIsNotEmptied) {
+    const TemporaryFolder folder;
+    const QString path = folder.Path(kCaptureFileName);
+    CaptureFile capture;
+    capture.Create(path);
+    capture.Append("one\r\n");
+    PutFile(path, "what is back");
+    EXPECT_EQ(test::NumberThrownBy([&] { capture.MakeAgain(); }), ErrorNumber::PermissionDenied);
+    EXPECT_EQ(FileBytes(path), "what is back");
+}
+
 TEST(CaptureFile, AppendNeedsAnOpenFile) {
     CaptureFile capture;
     EXPECT_EQ(test::NumberThrownBy([&] { capture.Append("x"); }), ErrorNumber::BadFileNameOrNumber);
