@@ -120,6 +120,7 @@ void ShotSequence::cmdStart_Click() {
     shot_.screen.cmdHeader.enabled = false;
     shot_.screen.cmdCancel.enabled = true;
     shotRefused_ = lost_ = false;
+    shot_.lastText = around_.clock.Ticks();
     shot_.polling = true;
     shot_.events.push_back(ShotEvent::Started);
 }
@@ -205,6 +206,8 @@ void ShotSequence::cmdCancel_Click() {
     shot_.screen.HideNotice();
     shot_.screen.lblConfirm.visible = false;
     shot_.screen.cmdContinue.enabled = false;
+    // Nobody looks any more whether they are of now.
+    shot_.screen.txtCur.enabled = shot_.screen.txtVolt.enabled = false;
     for (int i = 0; i < kCancelTimes; ++i) {
         around_.link.Output("S\x1b");
     }
@@ -327,6 +330,8 @@ void ShotSequence::ShowAge() {
         say(shot_.lastText, QStringLiteral("NO RECORD DATA FOR %1 s"));
     } else if (shot_.readingInStep) {
         say(*shot_.lastReading, QStringLiteral("NO READING FOR %1 s"));
+    } else if (shot_.screen.lblMessage.text.empty()) {
+        say(shot_.lastText, QStringLiteral("NOTHING RECEIVED FOR %1 s"));
     } else {
         shot_.screen.HideNotice();
     }

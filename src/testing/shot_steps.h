@@ -50,7 +50,7 @@ struct ShotState {
     std::optional<TimePoint> lastReading;  // of this shot
     bool readingInStep = false;            // one has come since the instrument's last prompt
     bool recordBegun = false;              // its "DATA" has come
-    TimePoint lastText;                    // when something came
+    TimePoint lastText;                    // when something came, or else the shot began
     std::vector<ShotEvent> events;
     bool windowIsCut = false;  // sessionWindow is a block cut off sessionPending, not a copy of it
 };

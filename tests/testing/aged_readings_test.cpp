@@ -129,8 +129,39 @@ TEST_F(AgedReadings, NothingIsSaidOfACancelledShotAndTheNextBeginsAnew) {
     EXPECT_EQ(Notice(), "");
     sequence.cmdStart_Click();
     EXPECT_TRUE(BoxesAreBlack());
-    Silence(3s);
+    Silence(1s);
     EXPECT_EQ(Notice(), "");
+}
+
+TEST_F(AgedReadings, CancelMakesThemGreyAtOnce) {
+    OpenFor(false);
+    StartFullShot();
+    SayLine("I=0.0123 V=491.2");
+    sequence.cmdCancel_Click();
+    EXPECT_TRUE(BoxesAreGrey()) << "nobody looks any more whether they are of now";
+    EXPECT_EQ(Screen().txtVolt.text, "491.2");
+}
+
+TEST_F(AgedReadings, AShotOfWhichNothingComesIsSaidUntilItsFirstPrompt) {
+    OpenFor(false);
+    clock.Advance(1h);
+    sequence.cmdStart_Click();
+    TakeSent();
+    Silence(1999ms);
+    EXPECT_EQ(Notice(), "");
+    Silence(1ms);
+    EXPECT_EQ(Notice(), "NOTHING RECEIVED FOR 2 s");
+    EXPECT_TRUE(Screen().noticeWarns);
+    EXPECT_TRUE(Screen().cmdCancel.enabled);
+    EXPECT_TRUE(port.sent.empty());
+    Say("MESSA");
+    EXPECT_EQ(Notice(), "");
+    Silence(5s);
+    EXPECT_EQ(Notice(), "NOTHING RECEIVED FOR 5 s") << "there is no prompt yet";
+    SayLine("GE=TURN VOLTAGE DRIVE TO ZERO...");
+    EXPECT_EQ(Screen().lblMessage.text, "TURN VOLTAGE DRIVE TO ZERO...");
+    Silence(1h);
+    EXPECT_EQ(Notice(), "") << "the operator has his time for what the prompt asks";
 }
 
 }  // namespace

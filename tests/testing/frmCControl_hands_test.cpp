@@ -174,7 +174,12 @@ TEST_P(LetterSize, NothingIsCut) {
     CheckNothingIsCut("open");
     Type("txtHVolt", "1200");
     Type("txtXVolt", "5");
-    StartToZero();
+    Click("cmdStart");
+    clock.Advance(std::chrono::seconds(1000));
+    ASSERT_TRUE(Until([this] { return Label("lblNotice")->isVisible(); }));
+    QTest::qWait(20);
+    CheckNothingIsCut("silent");
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
     CheckNothingIsCut("zero");
     Say("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
     CheckNothingIsCut("range");
