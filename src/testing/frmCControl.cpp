@@ -264,11 +264,18 @@ bool frmCControl::Exit() {
 void frmCControl::Form_KeyDown() {
     if (closing_) return;
     if (viewing_) Reports.leave();
+    const bool ran = sequence_.Polling();
+    bool leaves = true;
     handlers_.Run([this] {
         sequence_.EscapePressed();
         sequence_.Around().link.EndWait();
     });
-    closeWanted_ = true;
+    handlers_.Run([&] {
+        // What is viewed is saved.
+        leaves = viewing_ || sequence_.MayLeave();
+        if (!leaves && ran) sequence_.cmdCancel_Click();
+    });
+    closeWanted_ = closeWanted_ || leaves;
     Refresh();
 }
 
@@ -378,6 +385,8 @@ void frmCControl::Form_Unload() {
     around.link.OnLost = nullptr;
     around.session.testWindowOpen = false;
     if (around.link.State().portOpen) around.link.CloseComPort();
+    // Some systems can neither rename nor delete a file that is open.
+    sequence_.Capture().Close();
     if (OnUnload) OnUnload();
 }
 

@@ -83,7 +83,7 @@ bool FollowChosenFolder(const QString& path, Prompts& prompts, Settings& setting
         QStringLiteral(
             "The data folder is not there any more. Do you want to save the test record as '%1'? ")
             .arg(folder + NameOf(path));
-    if (!FolderExists(settings.dataPath) && prompts.YesNo(question, Answer::Yes) != Answer::Yes) {
+    if (!FolderExists(settings.dataPath) && prompts.YesNo(question, Answer::No) != Answer::Yes) {
         return false;
     }
     CreateFolder(folder);
@@ -97,11 +97,7 @@ DialogueResult SaveAsRecordFile(const SessionContent& content, Prompts& prompts,
     // The data path is put back whatever happens.
     const QScopedValueRollback dataPath(settings.dataPath);
     const QString path = AskForPath(prompts, settings.dataPath);
-    if (path.isEmpty()) {
-        prompts.Message(QStringLiteral(
-            "No test record was saved. The session is kept and will be offered again."));
-        return {DialogueEnd::NoName, {}};
-    }
+    if (path.isEmpty()) return {DialogueEnd::NoName, {}};
     if (!FollowChosenFolder(path, prompts, settings)) return {DialogueEnd::Again, {}};
     const QString name = NameOf(path);
     const QString target = settings.dataPath + name;
@@ -127,8 +123,19 @@ DialogueResult TrySave(const SessionContent& content, Prompts& prompts, Settings
     }
 }
 
+void SayKept(Prompts& prompts) {
+    prompts.Message(
+        QStringLiteral("No test record was saved. The session is kept and will be offered again."));
+}
+
 // The pending shot into the capture file. False when the disk refuses; the shot stays pending.
 bool FinishCapture(ShotSequence& sequence) {
+    if (!sequence.KeepCapture()) {
+        sequence.Around().prompts.Message(
+            QStringLiteral("The session cannot be saved: its folder is gone and its shots are only "
+                           "in memory. Do not leave this window."));
+        return false;
+    }
     try {
         sequence.WriteShotTrailer();
         sequence.Capture().Close();
@@ -165,7 +172,8 @@ SaveOutcome AskAndSave(ShotSequence& sequence, const QString& capturePath, Setti
             Answer::Yes) {
             if (prompts.YesNo(
                     QStringLiteral("The test record is not saved. Do you still want to exit? "),
-                    Answer::No) == Answer::Yes) {
+                    Answer::No) == Answer::Yes &&
+                sequence.MayLeave()) {
                 return {true, {}, false};
             }
             continue;
@@ -175,6 +183,10 @@ SaveOutcome AskAndSave(ShotSequence& sequence, const QString& capturePath, Setti
             {capturePath, around.header, around.session.shotCount, around.session.testNotes},
             prompts, settings);
         if (result.end == DialogueEnd::Again) continue;
+        if (result.end == DialogueEnd::NoName) {
+            if (!sequence.MayLeave()) continue;
+            if (sequence.KeepCapture()) SayKept(prompts);
+        }
         return {true, result.savedFile, false};
     }
 }
@@ -192,7 +204,7 @@ SaveOutcome ExitAndSave(ShotSequence& sequence, Settings& settings, bool offerRe
         if (dropped) {
             sequence.Screen().ShowNotice("SHOT DROPPED.\nPRESS NEXT TEST, OR ESC.", false);
         }
-        return {!dropped, {}, false};
+        return {!dropped && sequence.MayLeave(), {}, false};
     }
     const QString capturePath = sequence.Capture().Path();
     if (!FinishCapture(sequence)) return {};
@@ -213,7 +225,10 @@ QString SaveUnsavedSession(const UnsavedSession& session, Prompts& prompts, Sett
     do {
         result = TrySave(content, prompts, settings);
     } while (result.end == DialogueEnd::Again);
-    if (result.end != DialogueEnd::Saved) return result.savedFile;
+    if (result.end == DialogueEnd::NoName) {
+        SayKept(prompts);
+        return {};
+    }
     try {
         DeleteSavedSession(session);
     } catch (const RunTimeError& error) {

@@ -381,7 +381,8 @@ void ShotSequence::AcceptShot() {
 
     QString notSafe;
     try {
-        UpdateJournal();
+        // Where the folder is gone the window says so, and room on the disk is no help.
+        if (KeepCapture()) UpdateJournal();
     } catch (const RunTimeError& error) {
         notSafe = NotSafeText(error);
     }
@@ -392,7 +393,8 @@ void ShotSequence::AcceptShot() {
     const std::string damage = DescribeRecordDamage(shot_.rawRecord);
     if (damage.empty()) return;
     const QString text = DamageText(damage);
-    shot_.screen.lblDamage = {text.toStdString(), true, true};
+    damageText_ = text.toStdString();
+    ShowDamage();
     around_.prompts.Message(text);
 }
 
@@ -444,14 +446,19 @@ void ShotSequence::WriteShotTrailer() {
     }
 }
 
-void ShotSequence::KeepCapture() {
-    if (!capture_.IsGone()) return;
+bool ShotSequence::KeepCapture() {
+    const bool gone = capture_.IsGone();
+    if (!gone && !journalDue_) return true;
     const QString& folder = around_.places.scratchFolder;
     QString text;
     try {
-        CreateFolder(folder);
-        capture_.MakeAgain();
+        journalDue_ = true;
+        if (gone) {
+            CreateFolder(folder);
+            capture_.MakeAgain();
+        }
         UpdateJournal();
+        journalDue_ = false;
         text =
             QStringLiteral(
                 "The folder of the running session was deleted: %1. The session goes on in a new "
@@ -460,11 +467,21 @@ void ShotSequence::KeepCapture() {
     } catch (const RunTimeError& error) {
         text = QStringLiteral(
                    "The folder of the running session is gone: %1. Its shots are in memory: do not "
-                   "end the program. %2")
+                   "leave this window. %2")
                    .arg(ShownPath(folder), QString::fromUtf8(error.what()));
     }
     // In the window: a box would keep the prompts of a running shot from being seen.
-    shot_.screen.lblDamage = {ToPage(text).value_or(text.toLatin1().toStdString()), true, true};
+    folderText_ = ToPage(text).value_or(text.toLatin1().toStdString());
+    ShowDamage();
+    return !journalDue_;
+}
+
+bool ShotSequence::MayLeave() {
+    if (KeepCapture() || (shotsInCapture_ == 0 && !shotPending_)) return true;
+    return around_.prompts.YesNo(
+               QStringLiteral("The shots of this session are only in memory and will be lost. Do "
+                              "you still want to exit? "),
+               Answer::No) == Answer::Yes;
 }
 
 void ShotSequence::UpdateJournal() const {
@@ -483,7 +500,15 @@ void ShotSequence::Beep(int times) const {
 }
 
 void ShotSequence::HideDamage() {
-    shot_.screen.lblDamage = {"", true, false};
+    damageText_.clear();
+    if (!journalDue_) folderText_.clear();
+    ShowDamage();
+}
+
+void ShotSequence::ShowDamage() {
+    const bool both = !folderText_.empty() && !damageText_.empty();
+    const std::string text = folderText_ + (both ? "\r\n" : "") + damageText_;
+    shot_.screen.lblDamage = {text, true, !text.empty()};
 }
 
 }  // namespace davo

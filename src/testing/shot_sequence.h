@@ -60,8 +60,11 @@ class ShotSequence : public ShotHooks {
     // Appends the pending shot to the capture file, flushes it and takes it out of the journal;
     // nothing without one. When the disk refuses, the error is thrown and the shot stays pending.
     void WriteShotTrailer();
-    // Makes the capture file and the journal anew when their folder was deleted, and says so.
-    void KeepCapture();
+    // Makes the capture file and the journal anew when their folder was deleted, and says so. False
+    // when that is not possible: the session is only in memory.
+    bool KeepCapture();
+    // Whether the session is on the disk, has no shot, or is given up by the operator.
+    bool MayLeave();
     // The block that WriteShotTrailer would append now: the record, the three ratio lines and an
     // empty line, each ended by CR LF.
     std::string ShotTrailer() const;
@@ -106,7 +109,8 @@ class ShotSequence : public ShotHooks {
     void StampHeader();  // with the date and time of the first shot
     void ClearBlankNameplate();
     void Beep(int times) const;
-    void HideDamage();
+    void HideDamage();  // of the shot; that of a folder which is still gone stays
+    void ShowDamage();
 
     void CompleteShot();
     void AcceptShot();
@@ -123,6 +127,9 @@ class ShotSequence : public ShotHooks {
     std::int16_t satCount_ = 0;
     std::int16_t ratioCount_ = 0;
     int shotsInCapture_ = 0;
+    std::string damageText_;   // lblDamage: of the shot
+    std::string folderText_;   // lblDamage: of the session's folder
+    bool journalDue_ = false;  // the folder was deleted, and not all is made again
     bool shotPending_ = false;
     bool clocking_ = false;
     bool aborted_ = false;

@@ -51,6 +51,7 @@ std::optional<QString> FakePrompts::Input(const QString& title, const QString& p
 
 QString FakePrompts::SaveFile(const QString& folder, const QString& filter) {
     shown.push_back(folder + QLatin1Char('|') + filter);
+    if (onFile) onFile();
     return TakeScripted(files, folder);
 }
 

@@ -35,6 +35,7 @@ class FakePrompts : public Prompts {
     std::vector<Answer> presets;                // default buttons, in order
     std::function<void(const QString&)> onMessage;   // called after a message is kept
     std::function<void(const QString&)> onQuestion;  // the same for YesNo and YesNoCancel
+    std::function<void()> onFile;                    // the same for SaveFile
 };
 
 // A clock that stands still until it is set.

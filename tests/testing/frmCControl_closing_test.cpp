@@ -1,12 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The ways out of the test window, and what is left behind.
 
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+
 #include "records/record_file.h"
 #include "records/unsaved_sessions.h"
 #include "tests/testing/test_window.h"
 
 namespace davo::test {
 namespace {
+
+bool IsOpenHere(const QString& path) {
+#ifdef Q_OS_WIN
+    const QString other = path + u".moved"_s;
+    return !QDir().rename(path, other) || !QDir().rename(other, path);
+#else
+    const auto handles = QDir(u"/proc/self/fd"_s).entryInfoList(QDir::Files | QDir::System);
+    return std::any_of(handles.begin(), handles.end(),
+                       [&](const QFileInfo& handle) { return handle.symLinkTarget() == path; });
+#endif
+}
 
 TEST_F(TestWindow, CancelSendsTenTimesAndLeavesTheWayOut) {
     OpenAndStart();
@@ -31,6 +46,20 @@ TEST_F(TestWindow, ExitSavesTheRecordFileAndClosesThePort) {
     EXPECT_FALSE(session.testWindowOpen);
     EXPECT_EQ(unloads, 1);
     EXPECT_EQ(prompts.shown.size(), 2U) << "nobody is asked for a report that there is not";
+}
+
+// Some systems can neither rename nor delete a file that is open.
+TEST_F(TestWindow, TheCaptureFileIsNotOpenAnyMoreWhenTheWindowHasClosed) {
+    OpenAndRun();
+    prompts.answers = {Answer::No};
+    StartFullShot();  // the shot before is written
+    const QString capture = places.scratchFolder + QLatin1String(kCaptureFileName);
+    EXPECT_TRUE(IsOpenHere(capture));
+    bool open = true;
+    window->OnUnload = [&] { open = IsOpenHere(capture); };
+    Key(Qt::Key_Escape);
+    EXPECT_TRUE(Closed());
+    EXPECT_FALSE(open);
 }
 
 // The test window whose reports are made by the test, until the operator leaves them.
@@ -208,6 +237,35 @@ TEST_F(TestWindow, TheEscapeKeyAbortsWithoutASaveQuestion) {
     const auto sessions = SetAsideUnsavedSessions(places.scratchFolder);
     ASSERT_EQ(sessions.size(), 1U);
     EXPECT_EQ(sessions.front().shots, 1);
+}
+
+TEST_F(TestWindow, TheEscapeKeyKeepsASessionWhoseFolderWasJustDeleted) {
+    OpenAndRun();
+    DeleteFolder();
+    Key(Qt::Key_Escape);
+    EXPECT_TRUE(Closed());
+    EXPECT_TRUE(prompts.shown.empty());
+    const auto sessions = SetAsideUnsavedSessions(places.scratchFolder);
+    ASSERT_EQ(sessions.size(), 1U);
+    EXPECT_EQ(sessions.front().shots, 1);
+}
+
+TEST_F(TestWindow, TheEscapeKeyAsksBeforeItLosesWhatIsOnlyInMemory) {
+    OpenAndRun();
+    prompts.answers = {Answer::No, Answer::No};
+    StartFullShot();
+    LoseFolder();
+    port.sent.clear();
+    Key(Qt::Key_Escape);
+    EXPECT_EQ(port.sent.front(), "\x1b") << "the shot is aborted in any case";
+    ASSERT_FALSE(window.isNull());
+    EXPECT_THAT(prompts.Texts().back(), StartsWith("The shots of this session are only in memory"));
+    EXPECT_EQ(prompts.presets.back(), Answer::No);
+    EXPECT_TRUE(Button("cmdExit")->isEnabled());
+    EXPECT_FALSE(Button("cmdContinue")->isEnabled());
+    prompts.answers = {Answer::Yes};
+    Key(Qt::Key_Escape);
+    EXPECT_TRUE(Closed());
 }
 
 TEST_F(TestWindow, TheEscapeKeyWorksFromEveryControlAndWithoutAFocus) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <QDir>
 #include <string>
 #include <vector>
 
@@ -28,6 +31,15 @@ struct SessionParts : ScriptedLineOn<Port> {
 
     TemporaryFolder folder;
     Places places = folder.MakePlaces();
+    // The folder of the running session is deleted, and so that it cannot be made again.
+    void DeleteFolder() const { EXPECT_TRUE(QDir(places.scratchFolder).removeRecursively()); }
+    void LoseFolder() const {
+        DeleteFolder();
+        ReplaceFile(InTheWay(), "");
+    }
+    void FindFolder() const { DeleteFile(InTheWay()); }
+    QString InTheWay() const { return QDir::cleanPath(places.scratchFolder); }
+
     FakeClock clock{QDateTime(QDate(2026, 11, 21), QTime(14, 5, 9))};
     TestModes modes;
     SessionState session;
@@ -74,10 +86,10 @@ class SequenceRig : public SessionParts<> {
         StartFullShot();
         EndShot(ratio, digits);
     }
-    void RunRatioShot(const std::string& ratio = "240.0") {
+    void RunRatioShot(const std::string& ratio = "240.0", const std::string& digits = Digits()) {
         sequence.cmdStart_Click();
         SayLine("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
-        EndShot(ratio);
+        EndShot(ratio, digits);
     }
 
     ShotScreen& Screen() { return sequence.Screen(); }

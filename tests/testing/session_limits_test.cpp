@@ -153,7 +153,6 @@ TEST_F(SessionLimits, AShotInTheMidstOfAFloodIsFound) {
 
 class DeletedFolder : public SessionLimits {
   protected:
-    void DeleteFolder() { ASSERT_TRUE(QDir(places.scratchFolder).removeRecursively()); }
     std::string SaidPath() { return ShownPath(places.scratchFolder).toStdString(); }
 };
 
@@ -203,18 +202,85 @@ TEST_F(DeletedFolder, ThatCannotBeMadeAgainIsSaidAndTriedAgain) {
     RunRatioShot("111.1");
     const std::string first = sequence.ShotTrailer();
     sequence.WriteShotTrailer();
-    DeleteFolder();
-    const QString inTheWay = QDir::cleanPath(places.scratchFolder);
-    ReplaceFile(inTheWay, "");
+    LoseFolder();
     sequence.LookAround();
     EXPECT_THAT(Screen().lblDamage.text,
                 StartsWith("The folder of the running session is gone: " + SaidPath() +
-                           ". Its shots are in memory: do not end the program. "
+                           ". Its shots are in memory: do not leave this window. "
                            "Run-time error '"));
-    DeleteFile(inTheWay);
+    FindFolder();
     sequence.LookAround();
     EXPECT_THAT(Screen().lblDamage.text, HasSubstr("goes on in a new one"));
     EXPECT_EQ(CaptureBytes(), first);
+}
+
+TEST_F(DeletedFolder, IsSaidBesideADamagedRecord) {
+    OpenFor(true);
+    RunRatioShot("111.1", Digits().substr(6));
+    const std::string damage = Screen().lblDamage.text;
+    EXPECT_THAT(damage, StartsWith("The record of this shot is damaged: "));
+    DeleteFolder();
+    sequence.LookAround();
+    EXPECT_THAT(Screen().lblDamage.text, StartsWith("The folder of the running session was "));
+    EXPECT_THAT(Screen().lblDamage.text, EndsWith("\r\n" + damage));
+    sequence.cmdContinue_Click();  // "&Repeat Test"
+    EXPECT_THAT(Screen().lblDamage.text, Not(HasSubstr("damaged")));
+
+    sequence.cmdStart_Click();
+    LoseFolder();
+    sequence.LookAround();
+    EndShot("222.2", Digits().substr(6));
+    EXPECT_THAT(Screen().lblDamage.text, StartsWith("The folder of the running session is gone: "));
+    EXPECT_THAT(Screen().lblDamage.text, EndsWith("\r\n" + damage));
+}
+
+TEST_F(DeletedFolder, IsSaidOverTheNextStartUntilItIsBack) {
+    OpenFor(false);
+    StartFullShot();
+    LoseFolder();
+    sequence.LookAround();
+    sequence.PortLost();
+    EXPECT_THAT(Screen().lblDamage.text, StartsWith("The folder of the running session is gone: "));
+    FindFolder();
+    sequence.LookAround();
+    EXPECT_THAT(Screen().lblDamage.text, HasSubstr("goes on in a new one"));
+}
+
+TEST_F(DeletedFolder, HasItsJournalMadeAgainAsSoonAsThatIsPossible) {
+    OpenFor(true);
+    RunRatioShot("111.1");
+    const std::string pending = sequence.ShotTrailer();
+    DeleteFolder();
+    const QString inTheWay = JournalPath() + u"/in the way"_s;
+    ASSERT_TRUE(QDir().mkpath(inTheWay));
+    sequence.LookAround();
+    EXPECT_TRUE(FileExists(sequence.Capture().Path()));
+    EXPECT_THAT(Screen().lblDamage.text, HasSubstr("do not leave this window"));
+    ASSERT_TRUE(QDir(JournalPath()).removeRecursively());
+    sequence.LookAround();
+    EXPECT_EQ(Journal().pendingShot, pending);
+    EXPECT_THAT(Screen().lblDamage.text, HasSubstr("goes on in a new one"));
+}
+
+TEST_F(DeletedFolder, IsMadeAgainWhenAShotCompletes) {
+    OpenFor(true);
+    RunRatioShot("111.1");
+    sequence.cmdStart_Click();
+    DeleteFolder();
+    EndShot("222.2");
+    EXPECT_THAT(prompts.Texts(), IsEmpty());
+    EXPECT_EQ(Journal().pendingShot, sequence.ShotTrailer());
+}
+
+TEST_F(DeletedFolder, IsNoFullDisk) {
+    OpenFor(true);
+    RunRatioShot("111.1");
+    sequence.cmdStart_Click();
+    LoseFolder();
+    EndShot("222.2");
+    EXPECT_THAT(prompts.Texts(), IsEmpty());
+    EXPECT_THAT(Screen().lblDamage.text, StartsWith("The folder of the running session is gone: "));
+    EXPECT_TRUE(sequence.ShotPending());
 }
 
 }  // namespace

@@ -18,6 +18,9 @@ const QString kNotSavedQuestion = u"The test record is not saved. Do you still w
 const QString kInnerDot = u"Filename cannot contain ''.''  Please Re-enter."_s;
 const QString kViewQuestion = u"Do you want to view test results? "_s;
 
+const std::string kLostQuestion =
+    "The shots of this session are only in memory and will be lost. Do you still want to exit? ";
+
 std::vector<std::string> Utf8(const std::vector<QString>& texts) {
     std::vector<std::string> result;
     result.reserve(texts.size());
@@ -348,6 +351,7 @@ TEST_F(SessionSave, WhereAVanishedDataFolderSendsTheRecordIsAskedBefore) {
     EXPECT_EQ(rig.prompts.shown.at(2), question);
     EXPECT_EQ(rig.prompts.shown.at(3), kSaveQuestion);
     EXPECT_EQ(rig.prompts.shown.at(5), question);
+    EXPECT_EQ(rig.prompts.presets.at(1), Answer::No) << "the Escape key makes no folder";
     EXPECT_FALSE(madeBefore);
     EXPECT_EQ(ReadTestRecordFile(target).headers.at(0).testNumber, "T1");
 }
@@ -362,6 +366,66 @@ TEST_F(SessionSave, ADeletedSessionFolderDoesNotKeepTheSessionFromBeingSaved) {
     };
     EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
     EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 2U);
+}
+
+TEST_F(SessionSave, WhatIsSaidToBeKeptIsOnTheDisk) {
+    rig.RunRatioShot();
+    answers = {Answer::Yes};
+    files = {QString()};
+    rig.prompts.onFile = [&] { rig.DeleteFolder(); };
+    EXPECT_TRUE(Exit().closeWindow);
+    EXPECT_EQ(rig.prompts.shown.back(),
+              u"No test record was saved. The session is kept and will be offered again."_s);
+    EXPECT_EQ(SetAsideUnsavedSessions(rig.places.scratchFolder).size(), 1U);
+}
+
+TEST_F(SessionSave, WhatIsOnlyInMemoryIsNotSaidToBeKept) {
+    rig.RunRatioShot();
+    answers = {Answer::Yes, Answer::No, Answer::No, Answer::Yes, Answer::Yes};
+    files = {QString()};
+    rig.prompts.onFile = [&] { rig.LoseFolder(); };
+    const SaveOutcome outcome = Exit();
+    EXPECT_TRUE(outcome.closeWindow);
+    EXPECT_THAT(Shown(),
+                ElementsAre(kSaveQuestion.toStdString(), Dialog(settings.dataPath).toStdString(),
+                            kLostQuestion, kSaveQuestion.toStdString(),
+                            kNotSavedQuestion.toStdString(), kLostQuestion));
+    EXPECT_EQ(rig.prompts.presets.at(1), Answer::No);
+}
+
+TEST_F(SessionSave, ExitWithoutAPendingShotAsksBeforeItLosesTheOthers) {
+    rig.RunRatioShot();
+    rig.sequence.cmdStart_Click();
+    rig.sequence.cmdCancel_Click();
+    rig.LoseFolder();
+    answers = {Answer::No};
+    EXPECT_FALSE(Exit().closeWindow);
+    EXPECT_THAT(Shown(), ElementsAre(kLostQuestion));
+    EXPECT_THAT(rig.prompts.presets, ElementsAre(Answer::No));
+    rig.FindFolder();
+    EXPECT_TRUE(Exit().closeWindow);
+    EXPECT_EQ(SetAsideUnsavedSessions(rig.places.scratchFolder).size(), 1U);
+}
+
+TEST_F(SessionSave, WithoutAShotNothingIsLost) {
+    rig.LoseFolder();
+    EXPECT_TRUE(Exit().closeWindow);
+    EXPECT_THAT(Shown(), IsEmpty());
+}
+
+TEST_F(SessionSave, APendingShotThatIsOnlyInMemoryKeepsTheWindow) {
+    rig.RunRatioShot();
+    rig.LoseFolder();
+    EXPECT_FALSE(Exit().closeWindow);
+    EXPECT_THAT(
+        Shown(),
+        ElementsAre("The session cannot be saved: its folder is gone and its shots are only "
+                    "in memory. Do not leave this window."));
+    rig.FindFolder();
+    answers = {Answer::Yes};
+    files = {Data("T1.txt")};
+    EXPECT_EQ(Exit().savedFile, Data("T1.txt"));
+    EXPECT_EQ(ReadTestRecordFile(Data("T1.txt")).records.size(), 1U);
 }
 
 TEST_F(SessionSave, APendingShotThatCannotBeWrittenKeepsTheWindow) {
