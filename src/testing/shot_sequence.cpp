@@ -477,7 +477,14 @@ bool ShotSequence::KeepCapture() {
 }
 
 bool ShotSequence::MayLeave() {
-    if (KeepCapture() || (shotsInCapture_ == 0 && !shotPending_)) return true;
+    bool safe = KeepCapture() || (shotsInCapture_ == 0 && !shotPending_);
+    try {
+        // On a disk that was full the shot may not have been noted.
+        if (safe && shotPending_) UpdateJournal();
+    } catch (const RunTimeError&) {
+        safe = false;
+    }
+    if (safe) return true;
     return around_.prompts.YesNo(
                QStringLiteral("The shots of this session are only in memory and will be lost. Do "
                               "you still want to exit? "),

@@ -71,6 +71,19 @@ TEST_F(SafetyTest, AShotThatIsNotSafeOnDiskCompletesAndSaysSo) {
     EXPECT_FALSE(CaptureBytes().empty());
 }
 
+TEST_F(SafetyTest, AShotThatIsNotSafeOnDiskIsNotLeftWithoutAQuestion) {
+    OpenFor(false);
+    StartFullShot();
+    BlockJournal(*this);
+    EndShot();
+    prompts.answers = {Answer::No};
+    EXPECT_FALSE(sequence.MayLeave());
+    EXPECT_EQ(prompts.presets, std::vector<Answer>{Answer::No});
+    ASSERT_TRUE(QDir(JournalPath()).removeRecursively());
+    EXPECT_TRUE(sequence.MayLeave());
+    EXPECT_EQ(Journal().pendingShot, sequence.ShotTrailer());
+}
+
 TEST_F(SafetyTest, AFirstShotThatCannotBeNotedIsNotStarted) {
     OpenFor(false);
     BlockJournal(*this);
