@@ -326,7 +326,10 @@ void frmTestList::ChangeFolder(const QString& chosen) {
     if (mode_ == ListMode::Folder) {
         EntriesFromFolder();
     } else {
-        lblMessage_->setText(NotListedText(listing));
+        // What is listed is the memory still.
+        QStringList notes{NotListedText(BuildEntries(around_.dirReply)), NotListedText(listing)};
+        notes.removeAll(QString());
+        lblMessage_->setText(notes.join(QLatin1Char(' ')));
     }
     DisplayAndSort();
 }

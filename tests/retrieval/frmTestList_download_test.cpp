@@ -42,6 +42,20 @@ TEST_F(MemoryList, SaysHowManyRecordsAreDamaged) {
     EXPECT_THAT(Text("lblMessage"), HasSubstr("1"));
 }
 
+TEST_F(MemoryList, DamagedRecordsAreStillSaidInAnotherFolder) {
+    const std::vector<MemoryRecord> memory{MemoryRecordOf(1, 1), MemoryRecordOf(2, 2)};
+    std::string reply = instrument::DirectoryReply(memory);
+    reply.replace(reply.find("STATION="), 8, "ST#TION=");
+    Show(ListMode::Instrument, link, reply);
+    const std::string ofMemory = Text("lblMessage");
+    ASSERT_FALSE(ofMemory.empty());
+    QDir().mkpath(folder.Path("Other/Shots_Data"));
+    ReplaceFile(folder.Path("Other/Shots_Data/cut.txt"), "cut");
+    prompts.folders = {folder.Path("Other")};
+    Click("cmdDir");
+    EXPECT_EQ(Text("lblMessage"), ofMemory + " Not listed: cut.txt has fewer than twelve lines.");
+}
+
 TEST_F(MemoryList, NothingSelectedIsSaid) {
     Start({MemoryRecordOf(1, 1)});
     Click("cmdSave");
