@@ -9,6 +9,8 @@
 #include <QMdiSubWindow>
 #include <QStackedWidget>
 #include <QStatusBar>
+#include <QTimer>
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -266,7 +268,12 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
             ShowChild(forms_.fileUtilities, item);
         } else {
             menu_.EnableFile(true);
+            menu_.EnableRecordItems(false);
             ShowFacts();
+            const RebuildResult& listing = state_.directory.listing;
+            if (!listing.unread.isEmpty()) {
+                services_.prompts.Message(UnreadText(listing, state_.settings.dataPath));
+            }
         }
     });
 }
@@ -504,10 +511,13 @@ void frmMain::Leave() {
     leaving_ = true;
     closeWanted_ = true;
     services_.link.EndWait();
-    // One that cannot write back what it holds asks; the desktop waits for no answer.
-    QTimer::singleShot(0, this, [] {
+    // One that cannot write back what it holds asks, and asks again; the desktop waits for no
+    // answer.
+    auto* noAnswer = new QTimer(this);
+    noAnswer->callOnTimeout([] {
         if (QWidget* question = QApplication::activeModalWidget()) question->close();
     });
+    noAnswer->start(std::chrono::milliseconds(10));
     // What they hold goes back to the settings before these are written. The test window would ask.
     for (QMdiSubWindow* child : area_->subWindowList()) {
         if (testWindow_ == nullptr || child->widget() != testWindow_) child->close();

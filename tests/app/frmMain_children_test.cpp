@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Closing the main window while another of its windows is open.
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -24,6 +25,7 @@ class WaitingChild : public QWidget {
 
     bool mayClose = true;
     bool asks = false;
+    bool asksTwice = false;
     int asked = 0;
     std::function<void()> onUnload;
 
@@ -36,6 +38,7 @@ class WaitingChild : public QWidget {
                                  QMessageBox::Yes | QMessageBox::No, this);
             question.setEscapeButton(QMessageBox::No);
             mayClose = question.exec() == QMessageBox::Yes;
+            if (asksTwice) mayClose = question.exec() == QMessageBox::Yes;
         }
         if (waits_ || !mayClose) {
             event->ignore();
@@ -128,6 +131,24 @@ TEST_F(ClosingWithAChild, LeavingDoesNotWaitForAnAnswer) {
     window->Leave();  // nobody answers
     EXPECT_EQ(child->asked, 1);
     EXPECT_FALSE(child->mayClose) << "the question was taken back";
+    EXPECT_EQ(unloads, 0);
+    EXPECT_EQ(store.written.size(), 5U);
+}
+
+TEST_F(ClosingWithAChild, LeavingDoesNotWaitForASecondAnswer) {
+    child->asks = true;
+    child->asksTwice = true;
+    QTimer operatorsHand;  // for a question that stays
+    bool stayed = false;
+    operatorsHand.callOnTimeout([&] {
+        if (QWidget* question = QApplication::activeModalWidget()) {
+            stayed = true;
+            question->close();
+        }
+    });
+    operatorsHand.start(2000);
+    window->Leave();
+    EXPECT_FALSE(stayed);
     EXPECT_EQ(unloads, 0);
     EXPECT_EQ(store.written.size(), 5U);
 }

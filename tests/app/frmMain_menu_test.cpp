@@ -175,6 +175,25 @@ TEST_F(MainMenuItems, TheFileWindowIsNotOpenedOnceTheRecordsAreGone) {
     }
 }
 
+TEST_F(MainMenuItems, ADataFolderThatIsGoneIsSaidInsteadOfTheFileWindow) {
+    AddRecord("T1.txt", "11/21/26");
+    for (const char* item : {"mnuOverlay", "mnuFileUtil"}) {
+        QDir().mkpath(DataFolder());
+        AddRecord("T1.txt", "11/21/26");
+        OpenWithChildren();
+        ASSERT_TRUE(Enabled(item));
+        prompts.shown.clear();
+        ASSERT_TRUE(QDir(DataFolder()).removeRecursively());
+        Choose(item);
+        EXPECT_EQ(fileUtilities.opened, 0);
+        EXPECT_THAT(prompts.shown,
+                    ElementsAre(UnreadText(state.directory.listing, state.settings.dataPath)));
+        for (const char* other : {"mnuFileUtil", "mnuOverlay", "mnuSetDescr"})
+            EXPECT_FALSE(Enabled(other)) << other;
+        window.reset();
+    }
+}
+
 TEST_F(MainMenuItems, RecordHeadersRebuildTheDirectoryAndOpenTheirWindow) {
     AddRecord("T1.txt", "11/21/26");
     OpenWithChildren();
