@@ -9,6 +9,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QStringList>
 #include <QTableWidget>
 #include <QTextDocumentFragment>
 #include <QVBoxLayout>
@@ -508,6 +509,16 @@ void RecordPanel::cmdSaveCsv_Click() {
             records.push_back(*record);
         ReplaceFile(path, RecordsAsCsv(records));
     });
+    QStringList said{lblSaved_->text()};
+    for (const RecordFacts* record : records_) {
+        if (said.front().isEmpty() || record->testsLeft == 0) continue;
+        said += QStringLiteral("%1 has %2 tests; the first %3 are written.")
+                    .arg(FromPage(record->name))
+                    .arg(record->tests.size() + record->testsLeft)
+                    .arg(record->tests.size());
+    }
+    lblSaved_->setText(said.join(QLatin1Char('\n')));
+    Arrange();
 }
 
 }  // namespace davo

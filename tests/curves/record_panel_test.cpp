@@ -174,6 +174,11 @@ TEST_F(Panel, ReadsTheFirst200TestsOfAFileAndSaysSo) {
     EXPECT_EQ(table->columnCount(), 200);
     EXPECT_EQ(table->horizontalHeaderItem(199)->text(), u"Test 200"_s);
     EXPECT_EQ(TextOf(panel, "lblTrouble"), "MANY has 2000 tests; the first 200 are shown.");
+    prompts.files = {folder.Path("many.csv")};
+    Press("cmdSaveCsv");
+    EXPECT_THAT(TextOf(panel, "lblSaved"),
+                EndsWith("many.csv\nMANY has 2000 tests; the first 200 are written."));
+    EXPECT_TRUE(Until([this] { return CutTextsOf(panel).empty(); }));
     // The rest is not even read.
     Add("MANY", many.substr(0, many.size() - 200));
     ShowFiles({"MANY"});
