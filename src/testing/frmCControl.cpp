@@ -127,6 +127,8 @@ void frmCControl::TakeTyped() {
 void frmCControl::Act(void (ShotSequence::*handler)()) {
     handlers_.RunAlone([this, handler] {
         TakeTyped();
+        // In a window that is not the active one no box is told that it is left.
+        sequence_.txtXVolt_LostFocus();
         (sequence_.*handler)();
         if (sequence_.Polling()) sequence_.Timer1_Timer();
     });

@@ -22,8 +22,8 @@ class frmCControl : public QWidget {
     frmCControl(const TestSurroundings& around, Settings& settings, QWidget* parent = nullptr);
     ~frmCControl() override;
 
-    // Sets a session that was never saved aside, then opens a new one. Throws RunTimeError when that
-    // is not possible or the capture file cannot be made; the window must not be shown then.
+    // Sets a session that was never saved aside, then opens a new one. Throws RunTimeError when
+    // that is not possible or the capture file cannot be made; the window must not be shown then.
     void Form_Load();
 
     // cmdExit pressed from outside. True when the window has closed.

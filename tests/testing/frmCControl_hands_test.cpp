@@ -73,6 +73,15 @@ TEST_F(TestWindow, AShortcutTakesTheTypedTextOverFirst) {
     EXPECT_EQ(Text("txtCRatio"), "333.333");
 }
 
+TEST_F(TestWindow, AButtonTakesTheTypedTextsOverAlsoWhenNoBoxWasTold) {
+    Open();
+    Box("txtHVolt")->setText(u"1000"_s);
+    Box("txtXVolt")->setText(u"3"_s);
+    EXPECT_EQ(Text("txtCRatio"), "");
+    Click("cmdStart");
+    EXPECT_EQ(Text("txtCRatio"), "333.333");
+}
+
 TEST_F(TestWindow, AStepThatTakesTheFocusCountsAsLeavingTheBox) {
     Open();
     StartToZero();
