@@ -254,11 +254,11 @@ void frmCControl::ViewResults(const QString& savedFile) {
 bool frmCControl::Exit() {
     if (sequence_.Screen().cmdExit.enabled) {
         cmdExit_Click();
-    } else {
-        handlers_.RunAlone([this] {
-            sequence_.Around().prompts.Message(QStringLiteral(
-                "A test is running. Cancel it before you leave, or hit the ESC key."));
-        });
+    } else if (!handlers_.Running() && !refusing_) {
+        // Not as a handler: the shot goes on behind the box.
+        const QScopedValueRollback refusing(refusing_, true);
+        sequence_.Around().prompts.Message(
+            QStringLiteral("A test is running. Cancel it before you leave, or hit the ESC key."));
     }
     return closing_;
 }

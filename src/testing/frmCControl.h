@@ -90,7 +90,8 @@ class frmCControl : public QWidget {
     bool shown_ = false;
     bool closeWanted_ = false;
     bool closing_ = false;
-    bool viewing_ = false;  // a report is being made
+    bool viewing_ = false;   // a report is being made
+    bool refusing_ = false;  // the box of a refused exit is open
 };
 
 }  // namespace davo

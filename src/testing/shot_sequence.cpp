@@ -361,7 +361,7 @@ void ShotSequence::CompleteShot() {
     shot_.screen.cmdContinue.enabled = false;
     shot_.screen.cmdCancel.enabled = false;
     shot_.screen.ShowNotice("NO MORE SHOTS.\nPRESS EXIT TO SAVE.", false);
-    around_.prompts.Message(QStringLiteral("You have ran the maximum limit (100) of shots."));
+    around_.prompts.MessageAfter(QStringLiteral("You have ran the maximum limit (100) of shots."));
 }
 
 void ShotSequence::AcceptShot() {
@@ -388,14 +388,14 @@ void ShotSequence::AcceptShot() {
     }
     // Only now: what the screen calls complete is on the disk.
     shot_.screen.lblTest = {"TEST COMPLETE.", true, true};
-    if (!notSafe.isEmpty()) around_.prompts.Message(notSafe);
+    if (!notSafe.isEmpty()) around_.prompts.MessageAfter(notSafe);
 
     const std::string damage = DescribeRecordDamage(shot_.rawRecord);
     if (damage.empty()) return;
     const QString text = DamageText(damage);
     damageText_ = text.toStdString();
     ShowDamage();
-    around_.prompts.Message(text);
+    around_.prompts.MessageAfter(text);
 }
 
 void ShotSequence::UpdateNameplateRatio() {

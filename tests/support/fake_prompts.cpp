@@ -2,6 +2,7 @@
 #include "tests/support/fake_prompts.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace davo::test {
 
@@ -26,7 +27,21 @@ std::vector<std::string> FakePrompts::Texts() const {
 
 void FakePrompts::Message(const QString& text, const QString& title) {
     shown.push_back(title.isEmpty() ? text : title + QLatin1Char('|') + text);
-    if (onMessage) onMessage(text);
+    if (!onMessage) return;
+    const bool first = !std::exchange(messageOpen_, true);
+    onMessage(text);
+    if (!first) return;
+    messageOpen_ = false;
+    for (const QString& next : std::exchange(due_, {}))
+        Message(next);
+}
+
+void FakePrompts::MessageAfter(const QString& text) {
+    if (messageOpen_) {
+        due_.push_back(text);
+    } else {
+        Message(text);
+    }
 }
 
 Answer FakePrompts::YesNo(const QString& text, Answer preset, const QString&) {

@@ -17,6 +17,7 @@ namespace davo::test {
 class FakePrompts : public Prompts {
   public:
     void Message(const QString& text, const QString& title = {}) override;
+    void MessageAfter(const QString& text) override;
     Answer YesNo(const QString& text, Answer preset, const QString& title = {}) override;
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
     std::optional<QString> Input(const QString& title, const QString& prompt,
@@ -36,6 +37,10 @@ class FakePrompts : public Prompts {
     std::function<void(const QString&)> onMessage;   // called after a message is kept
     std::function<void(const QString&)> onQuestion;  // the same for YesNo and YesNoCancel
     std::function<void()> onFile;                    // the same for SaveFile
+
+  private:
+    bool messageOpen_ = false;
+    std::deque<QString> due_;  // to be shown after it
 };
 
 // A clock that stands still until it is set.

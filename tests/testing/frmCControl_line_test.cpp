@@ -36,6 +36,30 @@ TEST_F(TestWindowLine, ReadingsThatHaveAgedAreGreyAndSaid) {
     EXPECT_TRUE(Enabled("txtCur"));
 }
 
+TEST_F(TestWindowLine, AShotGoesOnBehindTheBoxThatATestIsRunning) {
+    OpenAndStart();
+    Say("I=0.0123 V=491.2");
+    port.sent.clear();
+    prompts.onMessage = [this](const QString& text) {
+        if (!text.startsWith(u"A test is running."_s)) return;
+        clock.Advance(2s);
+        EXPECT_TRUE(Until([this] { return Shows("NO READING FOR 2 s"); }));
+        EXPECT_FALSE(Enabled("txtVolt"));
+        Say("I=0.0123 V=491.3");
+        EXPECT_EQ(Text("txtVolt"), "491.3");
+        EXPECT_FALSE(Label("lblNotice")->isVisible());
+        EXPECT_FALSE(window->Exit()) << "not a second box";
+        EXPECT_EQ(prompts.shown.size(), 1U);
+        EndShot("damaged");
+        EXPECT_EQ(Text("lblTest"), "TEST COMPLETE.");
+        EXPECT_EQ(prompts.shown.size(), 1U) << "nothing over the open box";
+    };
+    EXPECT_FALSE(window->Exit());
+    EXPECT_TRUE(port.sent.empty());
+    ASSERT_EQ(prompts.shown.size(), 2U);
+    EXPECT_THAT(prompts.Texts()[1], StartsWith("The record of this shot is damaged"));
+}
+
 TEST_F(TestWindowLine, ALossStaysOnTheWindowUntilThePortIsBack) {
     Open();
     pluggedIn = false;
