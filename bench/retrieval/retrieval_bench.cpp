@@ -54,6 +54,7 @@ class OneDevice : public PortDevices {
     explicit OneDevice(QString path) : path_(std::move(path)) {}
     QString DeviceOf(std::int16_t) const override { return path_; }
     std::vector<PresentPort> Present() const override { return {}; }
+    bool IsPresent(const QString&) const override { return true; }
     void Assign(std::int16_t, const QString&) override {}
     bool NeedsAssignment() const override { return true; }
 

@@ -19,7 +19,7 @@ LinkGlance GlanceAtLink(const Settings& settings, const LinkState& link,
     const auto present = devices.Present();
     glance.device = devices.DeviceOf(settings.comPort);
     glance.deviceWords = DeviceWords(glance.device, present);
-    glance.present = FindPort(present, glance.device) != nullptr;
+    glance.present = devices.IsPresent(glance.device);
     return glance;
 }
 
@@ -61,14 +61,14 @@ QString DeviceState(const LinkGlance& glance) {
     if (glance.comPort == kNoPortChosen) return {};
     if (glance.portOpen) return glance.deviceWords;
     if (glance.device.isEmpty()) return QStringLiteral("No device is plugged in");
-    if (!glance.openFailed) return glance.deviceWords;
     if (!glance.present) return QStringLiteral("%1 is not plugged in").arg(glance.device);
+    if (!glance.openFailed) return glance.deviceWords;
     return QStringLiteral("%1 could not be opened").arg(glance.deviceWords);
 }
 
 bool NeedsHelp(const LinkGlance& glance) {
     if (glance.portOpen) return false;
-    return glance.openFailed || glance.device.isEmpty();
+    return glance.openFailed || !glance.present;
 }
 
 QString ModelText(const std::string& instrumentModel) {

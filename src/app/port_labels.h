@@ -19,7 +19,7 @@ struct LinkGlance {
     bool openFailed = false;
     QString device;        // that the number stands for; empty when there is none
     QString deviceWords;   // DeviceWords of it
-    bool present = false;  // it is among those that are plugged in now
+    bool present = false;  // it is there to be opened
     std::string instrumentModel;
 
     bool operator==(const LinkGlance&) const = default;

@@ -24,6 +24,9 @@ class PortDevices {
     // What is plugged in now, in name order.
     virtual std::vector<PresentPort> Present() const = 0;
 
+    // Whether device is there to be opened, listed as plugged in or not. Nothing is opened.
+    virtual bool IsPresent(const QString& device) const = 0;
+
     // Gives the number to a device (empty takes it back). Nothing on Windows. Throws what the
     // store throws; Assigned then says whether the number has the device until the program ends.
     virtual void Assign(std::int16_t port, const QString& device) = 0;

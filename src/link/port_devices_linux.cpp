@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <QFileInfo>
+
 #include "link/port_choice.h"
 #include "link/port_devices.h"
 #include "link/port_list_linux.h"
@@ -23,6 +25,9 @@ class LinuxPortDevices : public PortDevices {
     std::vector<PresentPort> Present() const override {
         return ListPorts(QStringLiteral("/sys/class/tty"));
     }
+
+    // A link to a port, and a pseudo terminal, are not listed.
+    bool IsPresent(const QString& device) const override { return QFileInfo::exists(device); }
 
     void Assign(std::int16_t port, const QString& device) override {
         store_.Write(kApplication, kSection, ValueName(port), device);

@@ -7,6 +7,7 @@
 #include <devguid.h>
 
 #include <QCollator>
+#include <QStringList>
 #include <algorithm>
 #include <array>
 
@@ -23,8 +24,8 @@ QString FromWide(const wchar_t* text) {
 }
 
 // The names that drivers have given their ports.
-std::vector<QString> PortNames() {
-    std::vector<QString> names;
+QStringList PortNames() {
+    QStringList names;
     HKEY key = nullptr;
     if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"HARDWARE\\DEVICEMAP\\SERIALCOMM", 0, KEY_READ,
                         &key) != ERROR_SUCCESS) {
@@ -123,6 +124,8 @@ class WindowsPortDevices : public PortDevices {
         });
         return ports;
     }
+
+    bool IsPresent(const QString& device) const override { return PortNames().contains(device); }
 
     void Assign(std::int16_t, const QString&) override {}
 

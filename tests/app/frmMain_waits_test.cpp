@@ -154,7 +154,8 @@ TEST_F(WaitingMainWindow, TheLossOfThePortIsShownAtOnce) {
     EXPECT_EQ(shown[1], "COM1 not open");
 }
 
-TEST_F(WaitingMainWindow, APortThatATestHasClosedLooksLikeNoFault) {
+TEST_F(WaitingMainWindow, APortThatATestHasClosedIsNoFaultUntilItIsUnplugged) {
+    devices.assigned[1] = u"/dev/ttyUSB0"_s;
     devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R", "FTDI", "A5")};
     Open();
     Choose("mnuBoth");
@@ -164,6 +165,9 @@ TEST_F(WaitingMainWindow, APortThatATestHasClosedLooksLikeNoFault) {
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_FALSE(state.linkState.portOpen);
     EXPECT_EQ(Text("lblPort"), "COM1 closed until needed");
+    devices.present.clear();
+    EXPECT_TRUE(Until([this] { return Text("lblPort") == "COM1 not open"; }));
+    EXPECT_THAT(Text("lblDevice"), StartsWith("/dev/ttyUSB0 is not plugged in."));
 }
 
 TEST_F(WaitingMainWindow, TheStartPageComesBackWithTheLastWindowOnly) {

@@ -50,6 +50,11 @@ TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)), u"/dev/ttyUSB5"_s);
     EXPECT_FALSE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
     EXPECT_EQ(ModelWords(closed.instrumentModel), u"Instrument not asked yet"_s);
+    devices.present.clear();
+    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 not open"_s);
+    EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
+              u"/dev/ttyUSB5 is not plugged in"_s);
+    EXPECT_TRUE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
 }
 
 TEST(PortLabels, ModelThatIsLongOrNoisyIsCutToOneLine) {

@@ -99,6 +99,16 @@ TEST(PortDevicesTest, AnAssignedDeviceIsKeptInTheStoreAndTakenBack) {
     EXPECT_EQ(devices->DeviceOf(2), before);
 }
 
+TEST(PortDevicesTest, ADeviceThatIsNotListedIsPresentWhenItIsThere) {
+    MemorySettingsStore store;
+    const QTemporaryDir folder;
+    const QString link = folder.filePath(u"davo"_s);
+    EXPECT_FALSE(MakePortDevices(store)->IsPresent(link));
+    ASSERT_TRUE(QFile::link(u"/dev/null"_s, link));
+    EXPECT_TRUE(MakePortDevices(store)->IsPresent(link));
+    EXPECT_FALSE(MakePortDevices(store)->IsPresent(QString()));
+}
+
 TEST(PortDevicesTest, NoBuiltInPortUnlessAssigned) {
     MemorySettingsStore store;
     const auto devices = MakePortDevices(store);

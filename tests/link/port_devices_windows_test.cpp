@@ -56,6 +56,8 @@ TEST_F(ListedPorts, AreThereInTheOrderOfTheirNumbers) {
     EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
     for (const int number : {102, 110, 111})
         EXPECT_EQ(std::count(numbers.begin(), numbers.end(), number), 1) << number;
+    EXPECT_TRUE(MakePortDevices(store)->IsPresent(QStringLiteral("COM110")));
+    EXPECT_FALSE(MakePortDevices(store)->IsPresent(QStringLiteral("COM113")));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <utility>
 #include <vector>
@@ -30,6 +31,10 @@ class FakePortDevices : public PortDevices {
         return given.isEmpty() ? NthUsbAdapter(present, port) : given;
     }
     std::vector<PresentPort> Present() const override { return present; }
+    bool IsPresent(const QString& device) const override {
+        return std::any_of(present.begin(), present.end(),
+                           [&](const PresentPort& port) { return port.device == device; });
+    }
     void Assign(std::int16_t port, const QString& device) override {
         assigned[port] = device;
         assignments.emplace_back(port, device);
@@ -52,6 +57,7 @@ class OneDevice : public PortDevices {
     explicit OneDevice(QString path) : device(std::move(path)) {}
     QString DeviceOf(std::int16_t) const override { return device; }
     std::vector<PresentPort> Present() const override { return {}; }
+    bool IsPresent(const QString&) const override { return true; }
     void Assign(std::int16_t, const QString&) override {}
     bool NeedsAssignment() const override { return true; }
 
