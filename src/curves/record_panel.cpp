@@ -509,14 +509,8 @@ void RecordPanel::cmdSaveCsv_Click() {
             records.push_back(*record);
         ReplaceFile(path, RecordsAsCsv(records));
     });
-    QStringList said{lblSaved_->text()};
-    for (const RecordFacts* record : records_) {
-        if (said.front().isEmpty() || record->testsLeft == 0) continue;
-        said += QStringLiteral("%1 has %2 tests; the first %3 are written.")
-                    .arg(FromPage(record->name))
-                    .arg(record->tests.size() + record->testsLeft)
-                    .arg(record->tests.size());
-    }
+    if (lblSaved_->text().isEmpty()) return;
+    const QStringList said = QStringList{lblSaved_->text()} + NotWritten(records_, files_.size());
     lblSaved_->setText(said.join(QLatin1Char('\n')));
     Arrange();
 }

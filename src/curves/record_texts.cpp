@@ -68,6 +68,21 @@ QStringList NotesOn(const std::vector<const RecordFacts*>& records) {
     return notes;
 }
 
+QStringList NotWritten(const std::vector<const RecordFacts*>& records, std::size_t selected) {
+    QStringList said;
+    if (records.size() < selected) {
+        said += QStringLiteral("%1 of %2 records are written.").arg(records.size()).arg(selected);
+    }
+    for (const RecordFacts* record : records) {
+        if (record->testsLeft == 0) continue;
+        said += QStringLiteral("%1 has %2 tests; the first %3 are written.")
+                    .arg(FromPage(record->name))
+                    .arg(record->tests.size() + record->testsLeft)
+                    .arg(record->tests.size());
+    }
+    return said;
+}
+
 QString SavedText(const QString& path) {
     if (path.isEmpty()) return {};
     constexpr QChar kMayBreak(0x200B);

@@ -29,6 +29,9 @@ std::size_t ShareOfTests(std::size_t count);
 // What is to be known of records that are shown: tests that are not, characters that are replaced.
 QStringList NotesOn(const std::vector<const RecordFacts*>& records);
 
+// What a table of records does not have, of so many that are selected.
+QStringList NotWritten(const std::vector<const RecordFacts*>& records, std::size_t selected);
+
 // That a file was saved as path, to be shown in several lines; empty for an empty path.
 QString SavedText(const QString& path);
 

@@ -63,6 +63,27 @@ TEST_F(Panel, ShowsTenRecordsAtMost) {
     EXPECT_EQ(TextOf(panel, "lblRecord"), "2 records");
 }
 
+TEST_F(Panel, ATableOfFewerRecordsThanAreSelectedSaysSo) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 12; ++i) {
+        names.push_back("R" + std::to_string(i));
+        Add(names.back(), Curve(SmoothCurve(100 + 50 * i), 1));
+    }
+    const auto said = [this](const std::vector<std::string>& records) {
+        ShowFiles(records);
+        prompts.files = {folder.Path("table.csv")};
+        prompts.answers = {Answer::Yes};
+        Press("cmdSaveCsv");
+        EXPECT_TRUE(Until([this] { return CutTextsOf(panel).empty(); }));
+        return TextOf(panel, "lblSaved");
+    };
+    EXPECT_THAT(said(names), EndsWith("table.csv\n10 of 12 records are written."));
+    ReplaceFile(File("BROKEN"), "TEST NUMBER: BROKEN\r\nREC");
+    EXPECT_THAT(said({"R0", "BROKEN"}), EndsWith("table.csv\n1 of 2 records are written."));
+    names.resize(10);
+    EXPECT_THAT(said(names), EndsWith("table.csv"));
+}
+
 TEST_F(Panel, SaysWhatCannotBeRead) {
     ReplaceFile(File("BROKEN"), "TEST NUMBER: BROKEN\r\nREC");
     ShowFiles({"BROKEN"});
