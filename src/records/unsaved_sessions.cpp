@@ -148,7 +148,12 @@ void SetSessionAside(const QString& scratchFolder) {
 
 std::vector<UnsavedSession> SetAsideUnsavedSessions(const QString& scratchFolder,
                                                     std::vector<RunTimeError>* unreadable) {
-    SetSessionAside(scratchFolder);
+    try {
+        SetSessionAside(scratchFolder);
+    } catch (const RunTimeError& error) {
+        if (unreadable == nullptr) throw;
+        unreadable->push_back(error);
+    }
     const QDir folder(scratchFolder);
     QStringList names = folder.entryList({QStringLiteral("TESTFILE-*.txt")}, QDir::Files);
     for (QString& name : names)

@@ -31,7 +31,8 @@ struct UnsavedSession {
 void SetSessionAside(const QString& scratchFolder);
 
 // The same, then lists every session that was set aside and is there still, oldest first. One that
-// cannot be read is left out; its error, which names the file, goes to unreadable.
+// cannot be read or set aside is left out; its error, which names the file, goes to unreadable.
+// Without unreadable it throws what SetSessionAside throws.
 std::vector<UnsavedSession> SetAsideUnsavedSessions(
     const QString& scratchFolder, std::vector<RunTimeError>* unreadable = nullptr);
 

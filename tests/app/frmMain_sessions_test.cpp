@@ -23,6 +23,10 @@ class SessionsOnTheStartPage : public MainWindow {
         journal.shotsInCapture = 1;
         journal.Write(places.scratchFolder + QLatin1String(kJournalFileName));
     }
+    // A file that every user may open, and none can read.
+    static bool MakeUnreadable(const QString& path) {
+        return QFile::link(u"/proc/self/mem"_s, path) && QFileInfo(path).isFile();
+    }
     void SetAside() const { SetAsideUnsavedSessions(places.scratchFolder); }
     bool CardShown(const char* name = "session0") {
         const auto* card = window->findChild<QWidget*>(QLatin1String(name));
@@ -129,14 +133,35 @@ TEST_F(SessionsOnTheStartPage, WhatCannotBeReadIsSaidAndTheProgramStarts) {
     EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Sessions not listed"_s);
 }
 
+TEST_F(SessionsOnTheStartPage, OneThatCannotBeSetAsideHidesNoneOfTheOthersAndIsSaid) {
+    LeaveSession("NORTH");
+    SetAside();
+    const QString capture = places.scratchFolder + QLatin1String(kCaptureFileName);
+    if (!MakeUnreadable(capture)) GTEST_SKIP() << "no such file on this platform";
+    Open();
+    EXPECT_TRUE(CardShown("session0"));
+    auto* notice = Find<QPushButton>("cmdNotice");
+    ASSERT_TRUE(notice->isVisible());
+    EXPECT_EQ(notice->text(), u"Sessions not listed"_s);
+    notice->click();
+    ASSERT_EQ(prompts.shown.size(), 1U);
+    EXPECT_TRUE(prompts.shown[0].endsWith(ShownPath(capture))) << prompts.shown[0].toStdString();
+    prompts.shown.clear();
+    QFile::remove(capture);
+    LeaveSession("SOUTH");
+    prompts.files = {DataFolder() + u"Old.txt"_s};
+    Click("cmdSaveSession0");
+    EXPECT_TRUE(Until([this] { return CardShown("session0"); }));
+    EXPECT_EQ(Text("lblWhere0"), "Station SOUTH, no serial number");
+    EXPECT_FALSE(notice->isVisible()) << "it is set aside";
+}
+
 TEST_F(SessionsOnTheStartPage, OneThatCannotBeReadHidesNoneOfTheOthersAndIsNamed) {
     LeaveSession("NORTH");
     SetAside();
     LeaveSession("SOUTH");
     const QString unreadable = places.scratchFolder + u"TESTFILE-20201121-093215.txt"_s;
-    // A file that every user may open, and none can read.
-    if (!QFile::link(u"/proc/self/mem"_s, unreadable) || !QFileInfo(unreadable).isFile())
-        GTEST_SKIP() << "no such file on this platform";
+    if (!MakeUnreadable(unreadable)) GTEST_SKIP() << "no such file on this platform";
     Open();
     EXPECT_TRUE(CardShown("session0"));
     EXPECT_TRUE(CardShown("session1"));
