@@ -397,7 +397,12 @@ bool frmSetDescr::WriteBack() {
 }
 
 bool frmSetDescr::WriteTyped(const QString& path, const QStringList& cut) {
-    if (!SurvivesRewrite(file_->bytes, file_->headers) && !Agrees(kKeyInText)) return false;
+    if (!SurvivesRewrite(file_->bytes, file_->headers)) {
+        if (!Agrees(kKeyInText)) return false;
+        // The question may have been open for minutes.
+        const std::string now = ReadWholeFile(path);
+        if (now != file_->bytes) return WriteMerged(path, cut, now);
+    }
     std::string written = RewriteRecord(file_->bytes, file_->headers);
     ReplaceFile(path, written);
     Keep(std::move(written), cut);
@@ -410,6 +415,9 @@ bool frmSetDescr::WriteMerged(const QString& path, const QStringList& cut,
     MergedHeaders merged =
         MergeHeaders(ReadRecordHeaders(file_->bytes), file_->headers, ReadRecordHeaders(current));
     if (!SurvivesRewrite(current, merged) && !Agrees(kKeyInText)) return false;
+    // The questions may have been open for minutes.
+    const std::string now = ReadWholeFile(path);
+    if (now != current) return WriteMerged(path, cut, now);
     std::string written = RewriteEdits(current, merged);
     ReplaceFile(path, written);
     file_->headers = std::move(merged.headers);

@@ -401,6 +401,23 @@ TEST_F(SetDescrWindow, AFileThatAnotherProgramChangedIsAskedAbout) {
 }
 
 // What another program wrote meanwhile stays, character for character.
+TEST_F(SetDescrWindow, WhatIsWrittenWhileTheQuestionIsOpenStays) {
+    Open();
+    ClickFile("T1");
+    Type("txtHeader0", "mine");
+    const auto theirs = [](const char* station) {
+        return HeaderOfT1(station, "12.5") + ShotText(1) + ShotText(2) + ShotText(3);
+    };
+    Put("T1", theirs("East"));
+    prompts.answers = {Answer::Yes, Answer::Yes};
+    prompts.onQuestion = [&](const QString&) { Put("T1", theirs("West")); };
+    Click("cmdSave");
+    EXPECT_THAT(Shown(), ElementsAre(kChangedMeanwhile, kChangedMeanwhile));
+    std::string expected = theirs("West");
+    expected.replace(expected.find(Padded("ACME")), 20, Padded("mine"));
+    EXPECT_EQ(Bytes("T1"), expected);
+}
+
 TEST_F(SetDescrWindow, IntoAChangedFileOnlyWhatTheOperatorChangedIsWritten) {
     Open();
     ClickFile("T1");
