@@ -26,7 +26,6 @@ SCREEN = pathlib.Path(__file__).parents[2] / "tools" / "driver" / "laptop_screen
 PATIENCE = 60  # seconds for anything that has no limit of its own
 
 SAVE = "Do you want to save the test record? "
-NOT_SAVED = "The test record is not saved. Do you still want to exit? "
 VIEW = "Do you want to view test results? "
 PLOTTING = "Plotting Excel Graphs, Please Wait..."
 NO_VIEWER = "The report is finished, but this computer has no program that shows it. It is stored as "
