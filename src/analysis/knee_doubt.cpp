@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "analysis/smooth_knee.h"
+#include "analysis/smooth_curve.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 
@@ -29,8 +29,8 @@ Columns ColumnsOf(const std::vector<CurvePoint>& points, std::size_t leftOut) {
     return columns;
 }
 
-bool Agree(double voltage, double printed) {
-    return std::abs(voltage - printed) <= kTrustedDifference * std::abs(printed);
+bool Agree(double voltage, double printed, double trusted) {
+    return std::abs(voltage - printed) <= trusted * std::abs(printed);
 }
 
 std::string Volts(double voltage) {
@@ -39,6 +39,11 @@ std::string Volts(double voltage) {
 
 std::string VoltsAndAmperes(const CurvePoint& point) {
     return Volts(point.voltage) + ", " + Picture(point.current, kPointPicture) + " A";
+}
+
+std::string VoltsAndAmperes(const SmoothKnee& knee) {
+    return Picture(knee.at.voltage, kVoltagePicture) + " \xB1 " +
+           VoltsAndAmperes(CurvePoint{knee.at.current, knee.uncertainty});
 }
 
 std::size_t PointsAboveZero(const std::vector<CurvePoint>& points) {
@@ -53,11 +58,15 @@ std::string TooFewPoints(std::size_t points) {
            ": a kneepoint needs at least " + std::to_string(kPointsForKnee) + ".";
 }
 
-std::string ReasonOfNoPair(const SearchPath& path, bool falls) {
+std::string ReasonOfNoPair(const SearchPath& path, bool falls, bool saturated) {
     if (path.pairs.empty()) return "No two points can be compared: current or voltage is zero.";
     if (!path.metAbove) {
         // A reading that fell tells nothing of the core.
         if (falls) return "No pair of points lies above the rule's limit.";
+        if (saturated) {
+            return "Too few points for this rule: the core saturated, but every pair of points "
+                   "spans too much of the bend.";
+        }
         return "The core did not saturate: no pair of points lies above the rule's limit. Raise "
                "the voltage further.";
     }
@@ -69,10 +78,11 @@ std::string ReasonOfNoPair(const SearchPath& path, bool falls) {
            "limit. Take points at lower voltages.";
 }
 
-std::string ReasonOf(const SearchPath& path, const std::vector<CurvePoint>& points, bool falls) {
+std::string ReasonOf(const SearchPath& path, const std::vector<CurvePoint>& points, bool falls,
+                     bool saturated) {
     switch (path.end) {
         case SearchEnd::NoPair:
-            return ReasonOfNoPair(path, falls);
+            return ReasonOfNoPair(path, falls, saturated);
         case SearchEnd::FirstPoints:
             // The others that the record counts are zero.
             if (!path.metAbove) return TooFewPoints(PointsAboveZero(points));
@@ -130,7 +140,7 @@ bool HangsOn(std::size_t point, const KneeFact& fact, const std::vector<CurvePoi
         return true;  // a number that is too large for the rule
     }
     const std::optional<CurvePoint> at = without.At();
-    return !at || !Agree(at->voltage, fact.At()->voltage);
+    return !at || !Agree(at->voltage, fact.At()->voltage, kTrustedMove);
 }
 
 // effect is what the fall can do to the kneepoint.
@@ -142,6 +152,27 @@ std::string FallText(const Fall& fall, const std::vector<CurvePoint>& points,
            VoltsAndAmperes(points[fall.upper - 1]) + ") to point " +
            std::to_string(fall.upper + 1) + " (" + VoltsAndAmperes(points[fall.upper]) + ") " +
            what + "; one wrong point can " + effect + " the kneepoint.";
+}
+
+// What the smooth curve has against the printed kneepoint; empty where it agrees.
+std::string SmoothDoubt(const KneeFact& fact, const SmoothVerdict& verdict, double printed) {
+    if (verdict.isOpen) {
+        return "The points leave this kneepoint open: one step of the instrument's resolution, or "
+               "their scatter, makes or removes it.";
+    }
+    if (!fact.smooth) return "A smooth curve through the points has no such kneepoint.";
+    const double voltage = fact.smooth->at.voltage;
+    const double uncertainty = fact.smooth->uncertainty;
+    const bool agree = Agree(voltage, printed, TrustedDifference(fact.rule));
+    if (agree && uncertainty <= kTrustedUncertainty * voltage) return {};
+    if (std::abs(voltage - printed) <= uncertainty) {
+        return "Too few points for this rule: even a smooth curve through them has its kneepoint "
+               "only at about " +
+               VoltsAndAmperes(*fact.smooth) + ".";
+    }
+    return "The points are too few or too uneven for this rule: a smooth curve through them has "
+           "its kneepoint at " +
+           VoltsAndAmperes(*fact.smooth) + ".";
 }
 
 void AddSentence(std::string& text, const std::string& sentence) {
@@ -160,6 +191,7 @@ std::optional<CurvePoint> KneeFact::At() const {
 
 std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points) {
     const Columns columns = ColumnsOf(points, points.size());
+    const SmoothCurve curve(points);
     std::array<KneeFact, 3> facts;
     for (std::size_t i = 0; i < facts.size(); ++i) {
         KneeFact& fact = facts.at(i);
@@ -171,19 +203,24 @@ std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points) {
         }
         SearchPath path;
         fact.printed = ComputeKneepoint(fact.rule, columns.current, columns.voltage, &path);
-        AddDoubts(fact, path, points);
+        AddDoubts(fact, path, points, curve);
     }
     return facts;
 }
 
-void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePoint>& points) {
+double TrustedDifference(KneeRule rule) {
+    // A kneepoint by ASA lies where the curve is flat: its voltage is sharper.
+    return rule == KneeRule::Asa1050 ? 0.035 : 0.06;
+}
+
+void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePoint>& points,
+               const SmoothCurve& curve) {
     const std::optional<CurvePoint> printed = fact.At();
-    // Without a pair above the limit nothing is bent: a bend of the smooth curve is then one of the
-    // digits of small currents.
-    if (path.metAbove) fact.smooth = SmoothKneepoint(fact.rule, points);
+    const SmoothVerdict verdict = SmoothKneepoint(fact.rule, curve);
+    fact.smooth = verdict.knee;
     const std::vector<Fall> falls = FallsOn(path, points);
     if (!printed) {
-        fact.reason = ReasonOf(path, points, !falls.empty());
+        fact.reason = ReasonOf(path, points, !falls.empty(), verdict.isBent);
         if (!falls.empty()) AddSentence(fact.reason, FallText(falls.front(), points, "hide"));
         if (fact.smooth) {
             AddSentence(fact.reason, "A smooth curve through the points has its kneepoint at " +
@@ -196,15 +233,7 @@ void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePo
         fact.doubt = FallText(fall, points, "move");
         break;
     }
-    if (!fact.smooth) return;
-    if (Agree(fact.smooth->voltage, printed->voltage)) {
-        fact.smooth.reset();
-        return;
-    }
-    AddSentence(fact.doubt,
-                "The points are too few or too uneven for this rule: a smooth curve through them "
-                "has its kneepoint at " +
-                    VoltsAndAmperes(*fact.smooth) + ".");
+    AddSentence(fact.doubt, SmoothDoubt(fact, verdict, printed->voltage));
 }
 
 }  // namespace davo

@@ -8,6 +8,7 @@
 
 #include "analysis/curve_point.h"
 #include "analysis/kneepoint.h"
+#include "analysis/smooth_knee.h"
 
 namespace davo {
 
@@ -17,10 +18,9 @@ struct KneeFact {
     Kneepoint printed;   // the report's texts; "0" or "N/A" where there is none
     std::string reason;  // why there is none, a sentence or two; empty where there is one
     std::string doubt;   // why the printed one is doubtful; empty where it is not or there is none
-    // The kneepoint of a smooth curve through the same points, in volts and amperes, where it is
-    // more than 15 % in voltage away from the printed one, or none is printed; nothing where the
-    // two agree or the smooth curve has none.
-    std::optional<CurvePoint> smooth;
+    // The kneepoint of a smooth curve through the same points, with its uncertainty; nothing where
+    // that curve has none for certain.
+    std::optional<SmoothKnee> smooth;
 
     // The printed kneepoint as numbers; nothing where there is none.
     std::optional<CurvePoint> At() const;
@@ -31,13 +31,21 @@ struct KneeFact {
 // and doubts. Throws what ComputeKneepoint throws.
 std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points);
 
-// How far a smooth curve's kneepoint, or one without a doubtful point, may be from the printed one,
-// as a part of its voltage.
-inline constexpr double kTrustedDifference = 0.15;
+// How far a rule's kneepoint and that of a smooth curve may be apart, as a part of the voltage:
+// what the interpolation of the two explains.
+double TrustedDifference(KneeRule rule);
+
+// How far a kneepoint may move, as a part of its voltage, when one point is left out.
+inline constexpr double kTrustedMove = 0.15;
+
+// A smooth kneepoint that is more uncertain, as a part of its voltage, says nothing of the printed
+// one.
+inline constexpr double kTrustedUncertainty = 0.4;
 
 // Fills reason, doubt and smooth of a fact whose rule and printed kneepoint are those of four
-// points or more. The sentences go by path, what the search of that kneepoint met on its way
-// (docs/kneepoints.md).
-void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePoint>& points);
+// points or more. The sentences go by path, what the search of that kneepoint met on its way, and
+// by curve, which goes through the points (docs/kneepoints.md).
+void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePoint>& points,
+               const SmoothCurve& curve);
 
 }  // namespace davo

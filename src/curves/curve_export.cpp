@@ -16,7 +16,9 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kColumns =
     "record,date,time,company,station,circuit,manufacturer,model,serial_number,comments,operator,"
     "test,point,current_A,voltage_V,asa_10_50_V,asa_10_50_A,ieee_45_V,ieee_45_A,ieee_30_V,"
-    "ieee_30_A,nameplate_ratio,measured_ratio,percent_error,polarity,phase,phase_deg";
+    "ieee_30_A,nameplate_ratio,measured_ratio,percent_error,polarity,phase,phase_deg,"
+    "asa_10_50_smooth_V,asa_10_50_smooth_pm_V,ieee_45_smooth_V,ieee_45_smooth_pm_V,"
+    "ieee_30_smooth_V,ieee_30_smooth_pm_V";
 
 // What a spreadsheet would compute; a number, also one of percent, it may.
 bool IsFormula(std::string_view text) {
@@ -77,6 +79,10 @@ std::string RowsOf(const RecordFacts& record, const RecordTest& test) {
     for (const std::string* text : {&test.nameplateRatio, &test.measuredRatio, &test.percentError,
                                     &test.polarity, &test.phase, &test.phaseAngle}) {
         behind.Put(*text);
+    }
+    for (const KneeFact& knee : test.knees) {
+        behind.Put(knee.smooth ? GeneralNumber(knee.smooth->at.voltage) : std::string());
+        behind.Put(knee.smooth ? GeneralNumber(knee.smooth->uncertainty) : std::string());
     }
 
     std::string rows;

@@ -121,7 +121,7 @@ void RecordPanel::BuildTable(QBoxLayout* column) {
         header->setFont(tblTests_->font());
     QStringList rows;
     for (const KneeRule rule : kRuleRows)
-        rows += KneeWord(rule);
+        rows << KneeWord(rule) << QStringLiteral("smooth");
     for (const char* row : kResultRows)
         rows += QLatin1String(row);
     tblTests_->setRowCount(static_cast<int>(rows.size()));
@@ -294,6 +294,7 @@ void RecordPanel::FillTable() {
             const QString doubt = DoubtOf(fact);
             put(PrintedText(fact) + (fact.doubt.empty() ? QString() : QStringLiteral(" (?)")),
                 doubt);
+            put(SmoothText(fact), doubt);
         }
         for (const std::string& text :
              {test.measuredRatio, test.nameplateRatio, test.percentError, test.polarity})

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "common/numbers.h"
 #include "common/places.h"
 #include "common/text.h"
 #include "curves/knee_marks.h"
@@ -20,6 +21,13 @@ QString PrintedText(const KneeFact& fact) {
     QString voltage = FromPage(fact.printed.voltage);
     if (!fact.At()) return voltage;
     return QStringLiteral("%1 V, %2 A").arg(voltage, FromPage(fact.printed.current));
+}
+
+QString SmoothText(const KneeFact& fact) {
+    if (!fact.smooth) return QStringLiteral("none");
+    const auto volts = [](double value) { return FromPage(Picture(value, kVoltagePicture)); };
+    return QStringLiteral("%1 \u00b1 %2 V")
+        .arg(volts(fact.smooth->at.voltage), volts(fact.smooth->uncertainty));
 }
 
 QString DoubtOf(const KneeFact& fact) {

@@ -17,6 +17,9 @@ const KneeFact& FactOf(const RecordTest& test, KneeRule rule);
 // "29.9 V, 0.090 A"; "0" or "N/A" where there is no kneepoint.
 QString PrintedText(const KneeFact& fact);
 
+// "29.9 \u00b1 0.4 V", the kneepoint of a smooth curve; "none" where that has none for certain.
+QString SmoothText(const KneeFact& fact);
+
 // "IEEE 30: 0. No pair of points crossed the threshold."; empty where there is nothing to say.
 QString DoubtOf(const KneeFact& fact);
 

@@ -12,6 +12,10 @@ namespace {
 
 using Points = std::vector<CurvePoint>;
 
+std::optional<SmoothKnee> SmoothOf(KneeRule rule, const Points& points) {
+    return SmoothKneepoint(rule, SmoothCurve(points)).knee;
+}
+
 // V = I^slope up to 1 A and 100 V, then by another slope; log-spaced.
 Points Bent(double slopeBelow, double slopeAbove, int each) {
     Points points;
@@ -25,76 +29,107 @@ Points Bent(double slopeBelow, double slopeAbove, int each) {
 
 TEST(SmoothKnee, LiesAtTheBendOfTwoStraightLines) {
     for (const KneeRule rule : kKneeRules) {
-        const auto found = SmoothKneepoint(rule, Bent(1.2, 0.1, 20));
+        const auto found = SmoothOf(rule, Bent(1.2, 0.1, 12));
         ASSERT_TRUE(found.has_value());
-        // Between the point below the bend and the bend; ASA looks 10 % ahead, which is more.
-        EXPECT_LE(found->voltage, 100.5);
-        EXPECT_GE(found->voltage, 100 * std::pow(10, -1.2 / 20)) << static_cast<int>(rule);
+        // Between the points below and above the bend; ASA looks 10 % ahead, which is more.
+        EXPECT_LE(found->at.voltage, 100 * std::pow(10, 0.1 / 12)) << static_cast<int>(rule);
+        EXPECT_GE(found->at.voltage, 100 * std::pow(10, -1.2 / 12)) << static_cast<int>(rule);
+        EXPECT_GT(found->uncertainty, 0.1);
+        EXPECT_LT(found->uncertainty, 15);
     }
 }
 
-// log V is a parabola of log I: v = 2 - (i - 1)^2 / 2, whose slope is 1 - i: 1 at 1 A, and
-// 0.57735 at 10^0.42265 A.
+// log V is a parabola of log I: v = 2 - (i - 1)^2 / 2, whose slope is 1 - i: 1 at 1 A and
+// 10^1.5 V, and 1 / 1.81 at i = 1 - 1 / 1.81.
 TEST(SmoothKnee, LiesWhereTheSlopeOfAParabolaIsTheRules) {
     Points points;
-    for (int k = -40; k <= 36; ++k) {
-        const double i = k / 40.0;
+    for (int k = -20; k <= 18; ++k) {
+        const double i = k / 20.0;
         points.push_back({std::pow(10, i), std::pow(10, 2 - (i - 1) * (i - 1) / 2)});
     }
-    const auto at45 = SmoothKneepoint(KneeRule::Ieee45, points);
-    ASSERT_TRUE(at45.has_value());
-    EXPECT_NEAR(at45->current, 1, 0.005);
-    EXPECT_NEAR(at45->voltage, std::pow(10, 1.5), 0.2);
-    const auto at30 = SmoothKneepoint(KneeRule::Ieee30, points);
-    ASSERT_TRUE(at30.has_value());
-    EXPECT_NEAR(at30->current, std::pow(10, 0.42265), 0.02);
-    EXPECT_NEAR(at30->voltage, std::pow(10, 2 - 1.0 / 6), 0.4);
+    const auto near = [](const std::optional<SmoothKnee>& found, double i) {
+        ASSERT_TRUE(found.has_value());
+        const double voltage = std::pow(10, 2 - (i - 1) * (i - 1) / 2);
+        EXPECT_NEAR(found->at.current / std::pow(10, i), 1, 0.01);
+        EXPECT_NEAR(found->at.voltage / voltage, 1, 0.01);
+        EXPECT_LE(std::abs(found->at.voltage - voltage), found->uncertainty);
+    };
+    near(SmoothOf(KneeRule::Ieee45, points), 0);
+    near(SmoothOf(KneeRule::Ieee30, points), 1 - 1 / 1.81);
     // log10 1.1 more voltage at i + log10 1.5: the chord's slope is 1 - i - log10(1.5) / 2.
-    const double chord = std::log10(1.1) / std::log10(1.5);
-    const double i = 1 - std::log10(1.5) / 2 - chord;
-    const auto asa = SmoothKneepoint(KneeRule::Asa1050, points);
-    ASSERT_TRUE(asa.has_value());
-    EXPECT_NEAR(asa->current, std::pow(10, i), 0.03);
-    EXPECT_NEAR(asa->voltage, std::pow(10, 2 - (i - 1) * (i - 1) / 2), 0.4);
+    near(SmoothOf(KneeRule::Asa1050, points),
+         1 - std::log10(1.5) / 2 - std::log10(1.1) / std::log10(1.5));
 }
 
-TEST(SmoothKnee, NeedsFourPointsThatRise) {
+TEST(SmoothKnee, NeedsFourPoints) {
     const Points whole = {{0.1, 10}, {0.2, 30}, {0.3, 50}, {3, 52}, {9, 53}};
-    EXPECT_NE(SmoothKneepoint(KneeRule::Ieee45, whole), std::nullopt);
-    EXPECT_EQ(SmoothKneepoint(KneeRule::Ieee45, {}), std::nullopt);
-    EXPECT_EQ(SmoothKneepoint(KneeRule::Ieee45, {whole[0], whole[1], whole[3]}), std::nullopt);
+    EXPECT_NE(SmoothOf(KneeRule::Ieee30, whole), std::nullopt);
+    EXPECT_EQ(SmoothOf(KneeRule::Ieee30, {}), std::nullopt);
+    EXPECT_EQ(SmoothOf(KneeRule::Ieee30, {whole[0], whole[1], whole[3]}), std::nullopt);
     Points zero = whole;
     zero[1] = {0, 30};
     zero[2] = {0.3, 0};
-    EXPECT_EQ(SmoothKneepoint(KneeRule::Ieee45, zero), std::nullopt);
+    EXPECT_EQ(SmoothOf(KneeRule::Ieee30, zero), std::nullopt);
 }
 
-TEST(SmoothKnee, AFallIsTakenUpToTheRulesRounding) {
-    const Points whole = {{0.1, 1000}, {0.2, 3000}, {0.3, 5000}, {3, 5200}, {9, 5210}};
-    Points fallen = whole;
-    fallen[4].voltage = 5200 * (1 - 0.0004);
-    EXPECT_NE(SmoothKneepoint(KneeRule::Ieee45, fallen), std::nullopt);
-    fallen[4].voltage = 5200 * (1 - 0.0006);
-    EXPECT_EQ(SmoothKneepoint(KneeRule::Ieee45, fallen), std::nullopt);
-    fallen = whole;
-    fallen[4].current = 3 * (1 - 0.0006);
-    EXPECT_EQ(SmoothKneepoint(KneeRule::Ieee45, fallen), std::nullopt);
+TEST(SmoothKnee, FallingPointsAreScatter) {
+    Points points = Bent(1.2, 0.02, 14);
+    const auto smooth = SmoothOf(KneeRule::Ieee30, points);
+    for (std::size_t k = 0; k < points.size(); ++k)
+        points[k].voltage *= 1 + (k % 2 == 0 ? 0.004 : -0.004);
+    ASSERT_LT(points[21].voltage, points[20].voltage);
+    const auto scattered = SmoothOf(KneeRule::Ieee30, points);
+    ASSERT_TRUE(smooth.has_value());
+    ASSERT_TRUE(scattered.has_value());
+    EXPECT_NEAR(scattered->at.voltage / smooth->at.voltage, 1, 0.01);
+    EXPECT_GT(scattered->uncertainty, smooth->uncertainty);
 }
 
-TEST(SmoothKnee, PointsOfTheSameCurrentCountAsTheHighest) {
-    const Points once = {{0.1, 10}, {0.2, 30}, {0.3, 50}, {3, 52}, {9, 53}};
+TEST(SmoothKnee, PointsOfOneCurrentAreOne) {
+    const Points once = {{0.1, 10}, {0.2, 25}, {0.3, 50}, {3, 52}, {9, 53}};
     Points twice = once;
     twice.insert(twice.begin() + 1, {0.2, 25});
-    EXPECT_EQ(SmoothKneepoint(KneeRule::Ieee45, twice), SmoothKneepoint(KneeRule::Ieee45, once));
+    EXPECT_EQ(SmoothOf(KneeRule::Ieee30, twice), SmoothOf(KneeRule::Ieee30, once));
+}
+
+TEST(SmoothKnee, ManyPointsAreThinned) {
+    const auto few = SmoothOf(KneeRule::Ieee30, Bent(1.2, 0.1, 12));
+    const auto many = SmoothOf(KneeRule::Ieee30, Bent(1.2, 0.1, 500));
+    ASSERT_TRUE(few.has_value());
+    ASSERT_TRUE(many.has_value());
+    EXPECT_NEAR(many->at.voltage, few->at.voltage, 10);
 }
 
 TEST(SmoothKnee, ACurveThatEndsTooSoonHasNoneByAsa) {
     Points points = Bent(1.2, 0.02, 20);
-    points.resize(35);  // up to 5 A and 103 V
-    EXPECT_NE(SmoothKneepoint(KneeRule::Ieee45, points), std::nullopt);
+    points.resize(23);  // up to 1.26 A
+    EXPECT_NE(SmoothOf(KneeRule::Ieee45, points), std::nullopt);
+    EXPECT_EQ(SmoothOf(KneeRule::Asa1050, points), std::nullopt);
     const Points steep = Bent(1.2, 1.1, 20);
+    for (const KneeRule rule : kKneeRules) {
+        EXPECT_EQ(SmoothOf(rule, steep), std::nullopt);
+        EXPECT_FALSE(SmoothKneepoint(rule, SmoothCurve(steep)).isBent);
+        EXPECT_TRUE(SmoothKneepoint(rule, SmoothCurve(Bent(1.2, 0.02, 20))).isBent);
+    }
+}
+
+// 25 to 26 steps of 0.1 mA: the steepest pair rises by anything from 40 to 50 degrees.
+TEST(SmoothKnee, OneStepOfTheCurrentMakesNoKneepoint) {
+    Points points;
+    for (int k = 0; k < 12; ++k) {
+        const double current = 0.001 * std::pow(2, k);
+        points.push_back({current, std::round(2000 * current / (0.3 + current) * 10) / 10});
+    }
+    points[0].current -= 0.00005;
+    const SmoothVerdict verdict = SmoothKneepoint(KneeRule::Ieee45, SmoothCurve(points));
+    EXPECT_EQ(verdict.knee, std::nullopt);
+    EXPECT_NE(SmoothOf(KneeRule::Ieee30, points), std::nullopt);
+}
+
+TEST(SmoothKnee, NumbersThatAreFarTooLargeHaveNone) {
+    const Points wild = {{1e-300, 1e-300}, {1e-200, 1e300}, {1, 1e308}, {1e300, 1e308}, {1e308, 1}};
     for (const KneeRule rule : kKneeRules)
-        EXPECT_EQ(SmoothKneepoint(rule, steep), std::nullopt);
+        EXPECT_NO_THROW(SmoothOf(rule, wild));
 }
 
 }  // namespace

@@ -86,6 +86,11 @@ Fields ExpectedRow(const RecordFacts& record, const RecordTest& test, std::size_
     }
     row.insert(row.end(), {test.nameplateRatio, test.measuredRatio, test.percentError,
                            test.polarity, test.phase, test.phaseAngle});
+    for (const KneeFact& knee : test.knees) {
+        const SmoothKnee smooth = knee.smooth.value_or(SmoothKnee());
+        row.push_back(knee.smooth ? GeneralNumber(smooth.at.voltage) : "");
+        row.push_back(knee.smooth ? GeneralNumber(smooth.uncertainty) : "");
+    }
     for (std::string& field : row)
         field = AsText(Utf8(field));
     return row;
@@ -101,7 +106,7 @@ void ExpectRows(const std::vector<Fields>& rows, const std::vector<RecordFacts>&
             for (std::size_t i = 0; i < std::max<std::size_t>(test.points.size(), 1); ++i) {
                 ASSERT_LT(at, rows.size());
                 Fields row = rows[at++];
-                ASSERT_THAT(row, SizeIs(27));
+                ASSERT_THAT(row, SizeIs(33));
                 if (!test.points.empty()) {
                     EXPECT_EQ(std::stod(row[kCurrentColumn]), test.points[i].current);
                     EXPECT_EQ(std::stod(row[kVoltageColumn]), test.points[i].voltage);
@@ -122,7 +127,9 @@ TEST(CurveExport, HasAHeaderRow) {
                             "manufacturer", "model", "serial_number", "comments", "operator",
                             "test", "point", "current_A", "voltage_V", "asa_10_50_V", "asa_10_50_A",
                             "ieee_45_V", "ieee_45_A", "ieee_30_V", "ieee_30_A", "nameplate_ratio",
-                            "measured_ratio", "percent_error", "polarity", "phase", "phase_deg"));
+                            "measured_ratio", "percent_error", "polarity", "phase", "phase_deg",
+                            "asa_10_50_smooth_V", "asa_10_50_smooth_pm_V", "ieee_45_smooth_V",
+                            "ieee_45_smooth_pm_V", "ieee_30_smooth_V", "ieee_30_smooth_pm_V"));
 }
 
 TEST(CurveExport, EveryColumnIsTold) {
@@ -137,11 +144,12 @@ TEST(CurveExport, APointIsARow) {
     const std::vector<Fields> rows =
         RowsOf(RecordsAsCsv({ParseRecordFacts(test::FileText(2), "T0012")}));
     ASSERT_THAT(rows, SizeIs(1 + 2 * 7));
-    EXPECT_THAT(rows[1], ElementsAre("T0012", "03/07/24", "14:05", "Power & Light", "Hilltop",
-                                     "Feeder 4", "Acme", "CT-600", "00012345", "a: b, c", "J. Doe",
-                                     "1", "1", "0.05", "10", rows[1][15], rows[1][16], rows[1][17],
-                                     rows[1][18], rows[1][19], rows[1][20], "240 (1200:5)",
-                                     "241.20", "0.50%", "IN PHASE", "IN PHASE", "1.5"));
+    EXPECT_THAT(rows[1],
+                ElementsAre("T0012", "03/07/24", "14:05", "Power & Light", "Hilltop", "Feeder 4",
+                            "Acme", "CT-600", "00012345", "a: b, c", "J. Doe", "1", "1", "0.05",
+                            "10", rows[1][15], rows[1][16], rows[1][17], rows[1][18], rows[1][19],
+                            rows[1][20], "240 (1200:5)", "241.20", "0.50%", "IN PHASE", "IN PHASE",
+                            "1.5", "35", "30", "27.7", "3.6", "32.1", "19.4"));
     EXPECT_EQ(rows[14][11], "2");
     EXPECT_EQ(rows[14][12], "7");
 }
@@ -155,6 +163,7 @@ TEST(CurveExport, ATestWithoutPointsIsARow) {
     ASSERT_THAT(rows, SizeIs(2));
     EXPECT_EQ(rows[1][12], "");
     EXPECT_EQ(rows[1][15], "N/A");
+    EXPECT_EQ(rows[1][27], "");
     ExpectRows(rows, records);
 }
 

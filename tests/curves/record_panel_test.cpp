@@ -23,13 +23,31 @@ TEST_F(Panel, ShowsTheFactsOfARecord) {
                 AllOf(HasSubstr("Company:"), HasSubstr("Power\u00a0&amp;\u00a0Light"),
                       HasSubstr("Operator:"), HasSubstr("Doe")));
     EXPECT_THAT(ColumnOf(panel, 0),
-                ElementsAre("29.9 V, 0.090 A", "26.8 V, 0.082 A", "24.1 V, 0.075 A (?)", "241.20",
-                            "240 (1200:5)", "0.50%", "IN PHASE", "IN PHASE, 1.5\u00b0"));
+                ElementsAre("29.9 V, 0.090 A (?)", "32.1 \u00b1 19.4 V", "26.8 V, 0.082 A",
+                            "27.7 \u00b1 3.6 V", "24.1 V, 0.075 A (?)", "35.0 \u00b1 30.0 V",
+                            "241.20", "240 (1200:5)", "0.50%", "IN PHASE", "IN PHASE, 1.5\u00b0"));
     EXPECT_EQ(Doubts(panel),
-              "ASA 10/50: 24.1 V, 0.075 A. The points are too few or too uneven for this rule: a "
-              "smooth curve through them has its kneepoint at 34.5 V, 0.1169 A.");
+              "IEEE 30: 29.9 V, 0.090 A. Too few points for this rule: even a smooth curve through "
+              "them has its kneepoint only at about 32.1 \u00b1 19.4 V, 0.1002 A.\n"
+              "ASA 10/50: 24.1 V, 0.075 A. Too few points for this rule: even a smooth curve "
+              "through them has its kneepoint only at about 35.0 \u00b1 30.0 V, 0.1218 A.");
     EXPECT_EQ(TheChart()->Across(), (LogSpan{-2, 1}));
     EXPECT_EQ(TheChart()->Up(), (LogSpan{1, 2}));
+}
+
+// Three points have neither.
+TEST_F(Panel, SaysWhereThereIsNoSmoothKneepoint) {
+    Add("SHORT", Curve(ThreePoints(), 1));
+    ShowFiles({"SHORT"});
+    const std::vector<std::string> column = ColumnOf(panel, 0);
+    for (const std::size_t rule : {0U, 2U, 4U}) {
+        EXPECT_EQ(column.at(rule), "N/A");
+        EXPECT_EQ(column.at(rule + 1), "none");
+        EXPECT_EQ(FindIn<QTableWidget>(panel, "tblTests")
+                      ->verticalHeaderItem(static_cast<int>(rule) + 1)
+                      ->text(),
+                  u"smooth"_s);
+    }
 }
 
 TEST_F(Panel, SaysInWordsWhyThereIsNoKneepoint) {
@@ -236,7 +254,7 @@ TEST_F(Panel, ControlCharactersAreToldAndShownAsQuestionMarks) {
     ShowFiles({"ODD"});
     EXPECT_EQ(TextOf(panel, "lblTrouble"), "ODD has 2 control characters, shown as \"?\".");
     EXPECT_THAT(TextOf(panel, "lblHeader"), HasSubstr("Hill?top"));
-    EXPECT_EQ(ColumnOf(panel, 0).at(3), "241?20");
+    EXPECT_EQ(ColumnOf(panel, 0).at(6), "241?20");
     prompts.files = {folder.Path("odd.csv")};
     Press("cmdSaveCsv");
     EXPECT_THAT(ReadWholeFile(folder.Path("odd.csv")),
