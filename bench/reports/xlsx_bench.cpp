@@ -11,9 +11,12 @@
 #include <functional>
 #include <vector>
 
+#include "bench/realistic_record.h"
 #include "common/files.h"
+#include "common/settings.h"
+#include "reports/report_writer.h"
 #include "reports/xlsx/renderer.h"
-#include "tests/reports/xlsx/report.h"
+#include "tests/reports/workbook_view.h"
 
 namespace davo {
 namespace {
@@ -52,7 +55,8 @@ void Run(int tests) {
     const QTemporaryDir folder;
     const QString report = folder.filePath(QStringLiteral("T0012.xlsx"));
     const QString copy = folder.filePath(QStringLiteral("copy.xlsx"));
-    const Workbook workbook = test::ReportOf(tests);
+    const Workbook workbook =
+        BuildReport(test::ParseFile(bench::RealisticFileText(tests)), {kKneeIeee30, true});
     XlsxRenderer renderer;
     renderer.Render(workbook, {}, report, {}, {});
     const std::string bytes = ReadWholeFile(report);
