@@ -183,6 +183,7 @@ struct PageSetup {
     int fitPagesTall = 1;
     std::optional<CellRange> printArea;  // none: all that the sheet holds
     std::optional<FooterText> footer;
+    bool operator==(const PageSetup&) const = default;
 };
 
 struct Sheet {

@@ -45,6 +45,7 @@ class ChartMaker {
     ChartMaker(const Context& context, const Document& document, const Workbook& workbook,
                const Sheet& sheet, const Chart& chart)
         : context_(context),
+          services_(context->getServiceManager()),
           document_(document),
           workbook_(workbook),
           sheet_(sheet),
@@ -53,19 +54,21 @@ class ChartMaker {
 
   private:
     void Embed();
+    void SetDiagram();
     void SetTitles();
-    void SetAxes();
     void SetAxis(const PropertySet& axis);
-    void SetPlotArea();
+    void SetGrids(const Reference<sun::chart::XAxisXSupplier>& x,
+                  const Reference<sun::chart::XAxisYSupplier>& y);
     void SetSeries();
     Reference<sun::chart2::data::XLabeledDataSequence> DataOf(const SheetRange& range,
                                                               const char* role);
     void SetName(const ChartSeries& series,
                  const Reference<sun::chart2::data::XLabeledDataSequence>& values);
-    void SetLook(const ChartSeries& series, const PropertySet& target);
+    void SetLook(const ChartSeries& series, const Reference<sun::chart2::XDataSeries>& target);
     Reference<sun::uno::XInterface> Create(const char* service);
 
     const Context& context_;
+    Reference<sun::lang::XMultiComponentFactory> services_;
     const Document& document_;
     const Workbook& workbook_;
     const Sheet& sheet_;
@@ -81,10 +84,8 @@ void ChartMaker::Make() {
     const Reference<sun::frame::XModel> model(old_, UNO_QUERY_THROW);
     model->lockControllers();
     SetSeries();
+    SetDiagram();
     SetTitles();
-    SetAxes();
-    SetPlotArea();
-    Set(PropertySet(old_, UNO_QUERY_THROW), "HasLegend", chart_.legend);
     model->unlockControllers();
 }
 
@@ -127,20 +128,15 @@ void ChartMaker::SetTitles() {
     std::string text;
     for (const std::string& line : chart_.titleLines)
         text += (text.empty() ? "" : "\n") + line;
-    const PropertySet document(old_, UNO_QUERY_THROW);
-    Set(document, "HasMainTitle", !text.empty());
-    if (!text.empty()) {
-        const PropertySet title(old_->getTitle(), UNO_QUERY_THROW);
-        Set(title, "String", ToUno(text));
-    }
-    const PropertySet diagram(diagram_, UNO_QUERY_THROW);
-    Set(diagram, "HasXAxisTitle", true);
-    Set(diagram, "HasYAxisTitle", true);
+    SetAll(old_, {Named("HasMainTitle", !text.empty()), Named("HasLegend", chart_.legend)});
+    if (!text.empty()) SetAll(old_->getTitle(), {Named("String", ToUno(text))});
     const Reference<sun::chart::XAxisXSupplier> x(diagram_, UNO_QUERY_THROW);
     const Reference<sun::chart::XAxisYSupplier> y(diagram_, UNO_QUERY_THROW);
-    Set(PropertySet(x->getXAxisTitle(), UNO_QUERY_THROW), "String",
-        ToUno(chart_.axes.categoryTitle));
-    Set(PropertySet(y->getYAxisTitle(), UNO_QUERY_THROW), "String", ToUno(chart_.axes.valueTitle));
+    SetAll(x->getXAxisTitle(), {Named("String", ToUno(chart_.axes.categoryTitle))});
+    SetAll(y->getYAxisTitle(), {Named("String", ToUno(chart_.axes.valueTitle))});
+    SetAxis(x->getXAxis());
+    SetAxis(y->getYAxis());
+    SetGrids(x, y);
 }
 
 void ChartMaker::SetAxis(const PropertySet& axis) {
@@ -148,52 +144,57 @@ void ChartMaker::SetAxis(const PropertySet& axis) {
         return marks == TickMarks::Outside ? sun::chart::ChartAxisMarks::OUTER
                                            : sun::chart::ChartAxisMarks::NONE;
     };
-    Set(axis, "Logarithmic", chart_.axes.logarithmic);
+    Properties properties = {
+        Named("Logarithmic", chart_.axes.logarithmic),
+        Named("Marks", marksOf(chart_.axes.majorTickMarks)),
+        Named("HelpMarks", marksOf(chart_.axes.minorTickMarks)),
+        Named("DisplayLabels", true),
+        Named("LabelPosition", sun::chart::ChartAxisLabelPosition_OUTSIDE_START),
+        Named("ReverseDirection", false),
+    };
     for (const char* automatic :
          {"AutoMin", "AutoMax", "AutoStepMain", "AutoStepHelp", "AutoOrigin"})
-        Set(axis, automatic, true);
-    Set(axis, "Marks", marksOf(chart_.axes.majorTickMarks));
-    Set(axis, "HelpMarks", marksOf(chart_.axes.minorTickMarks));
-    Set(axis, "DisplayLabels", true);
-    Set(axis, "LabelPosition", sun::chart::ChartAxisLabelPosition_OUTSIDE_START);
-    Set(axis, "ReverseDirection", false);
+        properties.insert(Named(automatic, true));
+    SetAll(axis, properties);
 }
 
-void ChartMaker::SetAxes() {
-    const PropertySet diagram(diagram_, UNO_QUERY_THROW);
-    for (const char* major : {"HasXAxisGrid", "HasYAxisGrid"})
-        Set(diagram, major, chart_.axes.majorGridlines);
-    for (const char* minor : {"HasXAxisHelpGrid", "HasYAxisHelpGrid"})
-        Set(diagram, minor, chart_.axes.minorGridlines);
-    const Reference<sun::chart::XAxisXSupplier> x(diagram_, UNO_QUERY_THROW);
-    const Reference<sun::chart::XAxisYSupplier> y(diagram_, UNO_QUERY_THROW);
-    SetAxis(PropertySet(x->getXAxis(), UNO_QUERY_THROW));
-    SetAxis(PropertySet(y->getYAxis(), UNO_QUERY_THROW));
+void ChartMaker::SetGrids(const Reference<sun::chart::XAxisXSupplier>& x,
+                          const Reference<sun::chart::XAxisYSupplier>& y) {
     constexpr sal_Int32 kMajorGrey = 0x808080;
     constexpr sal_Int32 kMinorGrey = 0xC0C0C0;
-    for (const auto& grid : {x->getXMainGrid(), y->getYMainGrid()}) {
-        if (grid.is()) Set(grid, "LineColor", kMajorGrey);
+    if (chart_.axes.majorGridlines) {
+        Set(x->getXMainGrid(), "LineColor", kMajorGrey);
+        Set(y->getYMainGrid(), "LineColor", kMajorGrey);
     }
-    for (const auto& grid : {x->getXHelpGrid(), y->getYHelpGrid()}) {
-        if (grid.is()) Set(grid, "LineColor", kMinorGrey);
+    if (chart_.axes.minorGridlines) {
+        Set(x->getXHelpGrid(), "LineColor", kMinorGrey);
+        Set(y->getYHelpGrid(), "LineColor", kMinorGrey);
     }
 }
 
-void ChartMaker::SetPlotArea() {
+// What the diagram has must be there before it is given its looks.
+void ChartMaker::SetDiagram() {
+    const ChartAxes& axes = chart_.axes;
+    SetAll(diagram_,
+           {Named("HasXAxisTitle", true), Named("HasYAxisTitle", true),
+            Named("HasXAxisGrid", axes.majorGridlines), Named("HasYAxisGrid", axes.majorGridlines),
+            Named("HasXAxisHelpGrid", axes.minorGridlines),
+            Named("HasYAxisHelpGrid", axes.minorGridlines)});
     const Reference<sun::chart::X3DDisplay> display(diagram_, UNO_QUERY_THROW);
-    const PropertySet wall = display->getWall();
     const PlotArea& area = chart_.plotArea;
-    Set(wall, "FillStyle",
-        area.filled ? sun::drawing::FillStyle_SOLID : sun::drawing::FillStyle_NONE);
-    if (area.filled) Set(wall, "FillColor", ColourOf(area.fillColour));
-    Set(wall, "LineStyle", sun::drawing::LineStyle_SOLID);
-    Set(wall, "LineWidth", WidthOf(area.borderWeight));
-    Set(wall, "LineColor", sal_Int32{0x808080});
+    Properties wall = {
+        Named("FillStyle",
+              area.filled ? sun::drawing::FillStyle_SOLID : sun::drawing::FillStyle_NONE),
+        Named("LineStyle", sun::drawing::LineStyle_SOLID),
+        Named("LineWidth", WidthOf(area.borderWeight)),
+        Named("LineColor", sal_Int32{0x808080}),
+    };
+    if (area.filled) wall.insert(Named("FillColor", ColourOf(area.fillColour)));
+    SetAll(display->getWall(), wall);
 }
 
 Reference<sun::uno::XInterface> ChartMaker::Create(const char* service) {
-    return context_->getServiceManager()->createInstanceWithContext(
-        rtl::OUString::createFromAscii(service), context_);
+    return services_->createInstanceWithContext(rtl::OUString::createFromAscii(service), context_);
 }
 
 Reference<sun::chart2::data::XLabeledDataSequence> ChartMaker::DataOf(const SheetRange& range,
@@ -232,7 +233,8 @@ void ChartMaker::SetName(const ChartSeries& series,
     values->setLabel(label);
 }
 
-void ChartMaker::SetLook(const ChartSeries& series, const PropertySet& target) {
+void ChartMaker::SetLook(const ChartSeries& series,
+                         const Reference<sun::chart2::XDataSeries>& target) {
     // A series of one point has no line to draw, but its markers get the line's colour.
     int colour = kColourRed;
     if (series.line) {
@@ -240,9 +242,6 @@ void ChartMaker::SetLook(const ChartSeries& series, const PropertySet& target) {
     } else if (series.marker) {
         colour = series.marker->foreground;
     }
-    Set(target, "Color", ColourOf(colour));
-    Set(target, "LineStyle", sun::drawing::LineStyle_SOLID);
-    Set(target, "LineWidth", series.line ? WidthOf(series.line->weight) : kThinLine);
     sun::chart2::Symbol symbol;
     symbol.Style = sun::chart2::SymbolStyle_NONE;
     if (series.marker) {
@@ -254,8 +253,10 @@ void ChartMaker::SetLook(const ChartSeries& series, const PropertySet& target) {
         symbol.BorderColor = ColourOf(series.marker->foreground);
         symbol.FillColor = ColourOf(series.marker->background);
     }
-    Set(target, "Symbol", symbol);
-    Set(target, "ShowLegendEntry", series.inLegend);
+    SetAll(target,
+           {Named("Color", ColourOf(colour)), Named("LineStyle", sun::drawing::LineStyle_SOLID),
+            Named("LineWidth", series.line ? WidthOf(series.line->weight) : kThinLine),
+            Named("Symbol", symbol), Named("ShowLegendEntry", series.inLegend)});
 }
 
 void ChartMaker::SetSeries() {
@@ -268,7 +269,7 @@ void ChartMaker::SetSeries() {
         SetName(series, values);
         const Reference<sun::chart2::data::XDataSink> sink(target, UNO_QUERY_THROW);
         sink->setData(SequenceOf({x, values}));
-        SetLook(series, PropertySet(target, UNO_QUERY_THROW));
+        SetLook(series, target);
         made.push_back(target);
     }
     const Reference<sun::chart2::XCoordinateSystemContainer> systems(new_->getFirstDiagram(),

@@ -3,6 +3,7 @@
 
 #include <QUrl>
 #include <cmath>
+#include <com/sun/star/beans/XMultiPropertySet.hpp>
 #include <string>
 
 namespace davo::calc {
@@ -26,6 +27,19 @@ rtl::OUString UrlOf(const QString& path) {
 
 sun::beans::PropertyValue Property(const char* name, const Any& value) {
     return {rtl::OUString::createFromAscii(name), 0, value, sun::beans::PropertyState_DIRECT_VALUE};
+}
+
+void SetAll(const Reference<sun::uno::XInterface>& target, const Properties& properties) {
+    const auto size = static_cast<sal_Int32>(properties.size());
+    Sequence<rtl::OUString> names(size);
+    Sequence<Any> values(size);
+    sal_Int32 at = 0;
+    for (const auto& [name, value] : properties) {
+        names.getArray()[at] = name;
+        values.getArray()[at++] = value;
+    }
+    const Reference<sun::beans::XMultiPropertySet> all(target, UNO_QUERY_THROW);
+    all->setPropertyValues(names, values);
 }
 
 sal_Int32 ColourOf(int paletteIndex) {

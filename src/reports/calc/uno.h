@@ -10,7 +10,9 @@
 #include <com/sun/star/uno/Sequence.hxx>
 #include <com/sun/star/uno/XComponentContext.hpp>
 #include <initializer_list>
+#include <map>
 #include <string_view>
+#include <utility>
 
 #include "reports/workbook.h"
 
@@ -45,6 +47,17 @@ template <class Value>
 void Set(const PropertySet& properties, const char* name, const Value& value) {
     properties->setPropertyValue(rtl::OUString::createFromAscii(name), Any(value));
 }
+
+// In the order of their names, as many are set at once.
+using Properties = std::map<rtl::OUString, Any>;
+
+template <class Value>
+std::pair<const rtl::OUString, Any> Named(const char* name, const Value& value) {
+    return {rtl::OUString::createFromAscii(name), Any(value)};
+}
+
+// All in one call: each call goes to the engine and back.
+void SetAll(const Reference<sun::uno::XInterface>& target, const Properties& properties);
 
 template <class Value>
 Value Get(const PropertySet& properties, const char* name) {

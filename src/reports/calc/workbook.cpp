@@ -5,7 +5,6 @@
 #include <cmath>
 #include <com/sun/star/awt/FontSlant.hpp>
 #include <com/sun/star/awt/FontWeight.hpp>
-#include <com/sun/star/beans/XMultiPropertySet.hpp>
 #include <com/sun/star/container/XNamed.hpp>
 #include <com/sun/star/frame/XModel.hpp>
 #include <com/sun/star/sheet/XCellRangeAddressable.hpp>
@@ -80,9 +79,8 @@ Sequence<Sequence<Any>> ValuesOf(const CellBlock& block) {
     return rows;
 }
 
-// The properties of a cell style, in the order of their names as setPropertyValues wants them.
-std::map<rtl::OUString, Any> PropertiesOf(const CellStyle& style) {
-    std::map<rtl::OUString, Any> properties;
+Properties PropertiesOf(const CellStyle& style) {
+    Properties properties;
     const auto set = [&properties](const char* name, const auto& value) {
         properties[rtl::OUString::createFromAscii(name)] <<= value;
     };
@@ -101,6 +99,32 @@ std::map<rtl::OUString, Any> PropertiesOf(const CellStyle& style) {
         set("RotateAngle", static_cast<sal_Int32>(*style.orientation) * kHundredths);
     }
     return properties;
+}
+
+void Merge(const std::vector<CellRange>& merges, const SheetReference& target) {
+    for (const CellRange& range : merges) {
+        const Reference<sun::util::XMergeable> mergeable(RangeIn(target, range), UNO_QUERY_THROW);
+        mergeable->merge(true);
+    }
+}
+
+// What a model sheet can have of the sheets that are copied from it: the styles that all of them
+// begin with, the merges that all have, and the page and the selected cell of the first.
+Sheet SharedByCopies(const Workbook& workbook) {
+    Sheet shared;
+    for (const Sheet& sheet : workbook.sheets) {
+        if (!sheet.fromTemplate) continue;
+        if (!shared.fromTemplate) {
+            shared = sheet;
+            continue;
+        }
+        std::vector<StyledRange>& styles = shared.styles;
+        const auto end =
+            std::mismatch(styles.begin(), styles.end(), sheet.styles.begin(), sheet.styles.end());
+        styles.erase(end.first, styles.end());
+        if (sheet.merges != shared.merges) shared.merges.clear();
+    }
+    return shared;
 }
 
 void SetFooter(const PropertySet& pageStyle, const std::optional<FooterText>& footer) {
@@ -191,56 +215,38 @@ void WorkbookWriter::MakeSheets() {
     sheets->removeByName(apart);
 }
 
-// With the styles that all of its copies begin with: copying is faster than formatting.
+// With all that its copies share: copying is faster than formatting, and a page that is set up when
+// the cells are there makes the engine lay out all pages of the document again.
 void WorkbookWriter::FormatModel(const SheetReference& model) {
-    const std::vector<StyledRange>* common = nullptr;
-    for (const Sheet& sheet : workbook_.sheets) {
-        if (!sheet.fromTemplate) continue;
-        if (common == nullptr) {
-            common = &sheet.styles;
-            modelStyles_ = common->size();
-        } else {
-            const auto end = common->begin() + static_cast<std::ptrdiff_t>(modelStyles_);
-            const auto differs =
-                std::mismatch(common->begin(), end, sheet.styles.begin(), sheet.styles.end());
-            modelStyles_ = static_cast<std::size_t>(differs.first - common->begin());
-        }
-    }
-    for (std::size_t style = 0; style < modelStyles_; ++style)
-        Apply((*common)[style], model);
+    shared_ = SharedByCopies(workbook_);
+    const Reference<sun::sheet::XPrintAreas> areas(model, UNO_QUERY_THROW);
+    if (areas->getPrintTitleColumns()) areas->setPrintTitleColumns(false);
+    if (areas->getPrintTitleRows()) areas->setPrintTitleRows(false);
+    SetUpPage(shared_.page, model);
+    for (const StyledRange& styled : shared_.styles)
+        Apply(styled, model);
+    Merge(shared_.merges, model);
+    Select(model, shared_.selected);
 }
 
 void WorkbookWriter::WriteSheet(std::size_t index) {
     const Sheet& sheet = workbook_.sheets[index];
     const SheetReference target = SheetNamed(document_, sheet.finalName);
-    for (std::size_t style = sheet.fromTemplate ? modelStyles_ : 0; style < sheet.styles.size();
-         ++style) {
+    const Sheet fresh;
+    const Sheet& has = sheet.fromTemplate ? shared_ : fresh;
+    if (!sheet.fromTemplate || sheet.page != has.page) SetUpPage(sheet.page, target);
+    for (std::size_t style = has.styles.size(); style < sheet.styles.size(); ++style)
         Apply(sheet.styles[style], target);
-    }
-    for (const CellRange& range : sheet.merges) {
-        const Reference<sun::util::XMergeable> mergeable(RangeIn(target, range), UNO_QUERY_THROW);
-        mergeable->merge(true);
-    }
+    if (sheet.merges != has.merges) Merge(sheet.merges, target);
     WriteCells(sheet, target);
-    SetUpPage(sheet.page, target);
 }
 
 void WorkbookWriter::Apply(const StyledRange& styled, const SheetReference& target) {
-    std::map<rtl::OUString, Any> properties = PropertiesOf(styled.style);
+    Properties properties = PropertiesOf(styled.style);
     if (styled.style.numberFormat)
         properties[rtl::OUString("NumberFormat")] <<= NumberFormat(*styled.style.numberFormat);
     const auto range = RangeIn(target, styled.range);
-    if (!properties.empty()) {
-        Sequence<rtl::OUString> names(static_cast<sal_Int32>(properties.size()));
-        Sequence<Any> values(names.getLength());
-        sal_Int32 at = 0;
-        for (const auto& [name, value] : properties) {
-            names.getArray()[at] = name;
-            values.getArray()[at++] = value;
-        }
-        const Reference<sun::beans::XMultiPropertySet> cells(range, UNO_QUERY_THROW);
-        cells->setPropertyValues(names, values);
-    }
+    if (!properties.empty()) SetAll(range, properties);
     if (styled.style.columnWidth) {
         const Reference<sun::table::XColumnRowRange> both(range, UNO_QUERY_THROW);
         const PropertySet columns(both->getColumns(), UNO_QUERY_THROW);
@@ -294,31 +300,35 @@ rtl::OUString WorkbookWriter::PageStyleOf(const PageSetup& page) {
 
 void WorkbookWriter::SetUpPage(const PageSetup& page, const SheetReference& target) {
     Set(PropertySet(target, UNO_QUERY_THROW), "PageStyle", PageStyleOf(page));
-    const Reference<sun::sheet::XPrintAreas> areas(target, UNO_QUERY_THROW);
-    areas->setPrintTitleColumns(false);
-    areas->setPrintTitleRows(false);
     Sequence<sun::table::CellRangeAddress> printed;
     if (page.printArea) {
         const Reference<sun::sheet::XCellRangeAddressable> range(RangeIn(target, *page.printArea),
                                                                  UNO_QUERY_THROW);
         printed = SequenceOf({range->getRangeAddress()});
     }
+    const Reference<sun::sheet::XPrintAreas> areas(target, UNO_QUERY_THROW);
     areas->setPrintAreas(printed);
 }
 
-void WorkbookWriter::SelectCells() {
+// A sheet begins with the selection of the one that it was copied from, a fresh one at "A1". To
+// select makes the engine show the sheet, and that is slow.
+void WorkbookWriter::Select(const SheetReference& target, CellPlace place) {
     const Reference<sun::frame::XModel> model(document_, UNO_QUERY_THROW);
     const auto controller = model->getCurrentController();
     const Reference<sun::sheet::XSpreadsheetView> view(controller, UNO_QUERY_THROW);
+    view->setActiveSheet(target);
     const Reference<sun::view::XSelectionSupplier> selection(controller, UNO_QUERY_THROW);
-    const auto select = [&](const Sheet& sheet) {
-        const SheetReference target = SheetNamed(document_, sheet.finalName);
-        view->setActiveSheet(target);
-        selection->select(Any(RangeIn(target, {sheet.selected, sheet.selected})));
-    };
-    for (const Sheet& sheet : workbook_.sheets)
-        select(sheet);
-    if (!workbook_.sheets.empty()) select(workbook_.sheets.at(workbook_.activeSheet));
+    selection->select(Any(RangeIn(target, {place, place})));
+}
+
+void WorkbookWriter::SelectCells() {
+    for (const Sheet& sheet : workbook_.sheets) {
+        const CellPlace has = sheet.fromTemplate ? shared_.selected : CellPlace{};
+        if (sheet.selected != has) Select(SheetNamed(document_, sheet.finalName), sheet.selected);
+    }
+    if (workbook_.sheets.empty()) return;
+    const Sheet& active = workbook_.sheets.at(workbook_.activeSheet);
+    Select(SheetNamed(document_, active.finalName), active.selected);
 }
 
 // A format without a language of its own: with one, its prefix would stand in the file.

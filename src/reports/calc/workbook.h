@@ -36,6 +36,7 @@ class WorkbookWriter {
     void SetUpPage(const PageSetup& page, const Reference<sun::sheet::XSpreadsheet>& target);
     rtl::OUString PageStyleOf(const PageSetup& page);
     PropertySet MakePageStyle(const rtl::OUString& name);
+    void Select(const Reference<sun::sheet::XSpreadsheet>& target, CellPlace place);
     void SelectCells();
     sal_Int32 NumberFormat(const std::string& format);
 
@@ -48,8 +49,7 @@ class WorkbookWriter {
     std::map<std::string, sal_Int32> numberFormats_;
     // Only what differs between pages counts: the print area belongs to the sheet.
     std::vector<std::pair<PageSetup, rtl::OUString>> pageStyles_;
-    // The model has so many of the first styles of every sheet that is copied from it.
-    std::size_t modelStyles_ = 0;
+    Sheet shared_;  // what the model sheet was given
 };
 
 }  // namespace davo::calc
