@@ -59,15 +59,24 @@ void PutLabelled(Sheet& sheet, std::string_view address, const char* label,
     Put(sheet, {place.row, place.column + 1}, text);
 }
 
-// A number as a number that shows the decimals it is written with; any other text as it stands.
-void PutAsWritten(Sheet& sheet, CellPlace place, const std::string& text) {
+// How kneepoints and points are mostly written: one style of many cells is cheaper than one of
+// each.
+constexpr const char* kVoltageFormat = "0.0";
+constexpr const char* kKneeCurrentFormat = "0.000";
+constexpr const char* kCurrentFormat = "0.0000";
+constexpr const char* kImpedanceFormat = "0.0";
+
+// A number as a number that shows the decimals it is written with; any other text as it is. has is
+// the format that the cell has already.
+void PutAsWritten(Sheet& sheet, CellPlace place, const std::string& text,
+                  std::string_view has = {}) {
     const std::optional<double> number = WholeNumericValue(text);
     const bool isPlain = number && text.find_first_not_of("-.0123456789") == std::string::npos;
     if (!isPlain) return Put(sheet, place, text);
     const std::size_t point = text.find('.');
     const std::size_t decimals = point == std::string::npos ? 0 : text.size() - point - 1;
     const std::string format = decimals == 0 ? "0" : "0." + std::string(decimals, '0');
-    sheet.styles.push_back({{place, place}, {.numberFormat = format}});
+    if (format != has) sheet.styles.push_back({{place, place}, {.numberFormat = format}});
     Put(sheet, place, *number);
 }
 
@@ -79,8 +88,8 @@ CellStyle Bold(bool bold) {
     return {.bold = bold};
 }
 
-CellStyle TextFormat() {
-    return {.numberFormat = "@"};
+CellStyle Format(const char* numberFormat) {
+    return {.numberFormat = numberFormat};
 }
 
 FooterText MakerFooter() {
@@ -152,8 +161,15 @@ void TestSheetWriter::WriteStyles() {
     Style(sheet_, "B4:B16", Bold(false));
     Style(sheet_, "C4:C16", Bold(true));
     Style(sheet_, "D4:D16", Bold(false));
-    Style(sheet_, "B4:D9", TextFormat());
-    Style(sheet_, "D4:D9", TextFormat());
+    Style(sheet_, "B4:D9", Format("@"));
+    Style(sheet_, "D4:D9", Format("@"));
+    Style(sheet_, "B10:B12", Format(kVoltageFormat));
+    Style(sheet_, "D10:D12", Format(kKneeCurrentFormat));
+    Style(sheet_, "A18:D100", {.horizontal = HorizontalAlignment::Left});
+    Style(sheet_, "A18:D18", Bold(true));
+    Style(sheet_, "B19:B119", Format(kCurrentFormat));
+    Style(sheet_, "C19:C119", Format(kVoltageFormat));
+    if (options_.showImpedance) Style(sheet_, "D19:D119", Format(kImpedanceFormat));
 }
 
 void TestSheetWriter::WriteHeader() {
@@ -184,9 +200,9 @@ void TestSheetWriter::WriteKneepoints() {
         const KneeCells cells = KneeCellsOf(rule);
         const Kneepoint& knee = report_.tables.Knee(rule, slot_);
         Put(sheet_, {cells.voltage.row, 1}, std::string(name) + " Vkp (Volts)");
-        PutAsWritten(sheet_, cells.voltage, knee.voltage);
+        PutAsWritten(sheet_, cells.voltage, knee.voltage, kVoltageFormat);
         Put(sheet_, {cells.current.row, 3}, std::string(name) + " Ikp (Amps)");
-        PutAsWritten(sheet_, cells.current, knee.current);
+        PutAsWritten(sheet_, cells.current, knee.current, kKneeCurrentFormat);
     }
 }
 
@@ -205,8 +221,6 @@ void TestSheetWriter::WriteResults() {
 
 void TestSheetWriter::WritePoints() {
     constexpr const char* kImpedancePicture = "######0.0";
-    Style(sheet_, "A18:D100", {.horizontal = HorizontalAlignment::Left});
-    Style(sheet_, "A18:D18", Bold(true));
     Put(sheet_, "A18", "CT DATA POINTS:");
     Put(sheet_, "B18", "CUR (A)");
     Put(sheet_, "C18", "VTG (V)");
@@ -215,10 +229,6 @@ void TestSheetWriter::WritePoints() {
     if (count == 0) {
         for (const char* address : {"A19", "B19", "C19"})
             Put(sheet_, address, kNotAvailable);
-    }
-    if (count > 0 && options_.showImpedance) {
-        const CellRange range{{kFirstPointRow, 4}, {LastPointRow(report_, slot_), 4}};
-        sheet_.styles.push_back({range, {.numberFormat = "0.0"}});
     }
     for (int i = 0; i < count; ++i) {
         const int row = kFirstPointRow + i;

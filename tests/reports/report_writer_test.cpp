@@ -3,6 +3,8 @@
 
 #include "reports/report_writer.h"
 
+#include <algorithm>
+
 #include "common/settings.h"
 #include "reports/maker.h"
 #include "tests/reports/workbook_view.h"
@@ -239,6 +241,30 @@ TEST(ReportSheet, ListsThePoints) {
     EXPECT_EQ(CellText(sheet, "A33"), "");
 }
 
+TEST(ReportSheet, ShowsThePointsOfAColumnWithTheSameDecimals) {
+    const Sheet sheet = SheetOfOne({kKneeAsa, true});
+    for (const char* row : {"19", "32", "119"}) {  // the first, the last here, the last of all
+        EXPECT_EQ(FormatAt(sheet, std::string("A") + row), "");
+        EXPECT_EQ(FormatAt(sheet, std::string("B") + row), "0.0000");
+        EXPECT_EQ(FormatAt(sheet, std::string("C") + row), "0.0");
+        EXPECT_EQ(FormatAt(sheet, std::string("D") + row), "0.0");
+    }
+}
+
+TEST(ReportSheet, HasFewStylesOfItsOwn) {
+    const Workbook book = BookOf(FileText(3));
+    const auto& first = book.sheets[0].styles;
+    for (const Sheet* sheet : {&book.sheets[1], &book.sheets[2]})
+        EXPECT_EQ(sheet->styles, first) << "sheets with the same styles are copied with them";
+    EXPECT_EQ(std::count_if(first.begin(), first.end(),
+                            [](const StyledRange& styled) {
+                                return styled.range.first == styled.range.last &&
+                                       styled.style.numberFormat;
+                            }),
+              3)
+        << "ratio, excitation voltage and current";
+}
+
 TEST(ReportSheet, ShowsTheImpedanceOnlyWhenItIsWanted) {
     RecordParts parts;
     parts.points = {{"0.3000", "100.1"}, {"0.3500", "-12.0"}};
@@ -247,7 +273,7 @@ TEST(ReportSheet, ShowsTheImpedanceOnlyWhenItIsWanted) {
     EXPECT_EQ(test::CellNumber(sheet, "D20"), 34.3);
     EXPECT_EQ(FormatAt(sheet, "D19"), "0.0");
     EXPECT_EQ(FormatAt(sheet, "D20"), "0.0");
-    EXPECT_EQ(FormatAt(sheet, "D21"), "");
+    EXPECT_EQ(FormatAt(SheetOf(parts), "D19"), "");
     EXPECT_EQ(CellText(sheet, "D21"), "");
     EXPECT_EQ(CellText(SheetOf(parts), "D19"), "");
     EXPECT_EQ(CellText(SheetOf(parts), "D18"), "IMPEDANCE (OHM)");
