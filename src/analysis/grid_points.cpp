@@ -10,6 +10,11 @@ namespace davo {
 
 namespace {
 
+constexpr const char* kTwoPointsAboveGrid =
+    "two points of a test are at 10 A or above, a report takes one. The record panel and its CSV "
+    "file "
+    "show the test.";
+
 double Finite(double value) {
     if (!std::isfinite(value)) throw RunTimeError(ErrorNumber::Overflow);
     return value;
@@ -40,7 +45,8 @@ class GridWalk {
 };
 
 double GridWalk::Grid() const {
-    if (g_ >= kGridCurrents.size()) throw RunTimeError(ErrorNumber::SubscriptOutOfRange);
+    if (g_ >= kGridCurrents.size())
+        throw RunTimeError(ErrorNumber::SubscriptOutOfRange, kTwoPointsAboveGrid);
     return kGridCurrents.at(g_);
 }
 
