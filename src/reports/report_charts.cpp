@@ -63,8 +63,13 @@ int LastPointRow(const ReportTables& report, int slot) {
     return kFirstPointRow + std::max(PointCountOf(report, slot), 1) - 1;
 }
 
-ChartSeries CurveOf(const ReportTables& report, int slot) {
+ChartSeries CurveOf(const ReportTables& report, int slot, int colour) {
     ChartSeries curve;
+    curve.line = SeriesLine{LineWeight::Medium, colour};
+    // One point has no line.
+    if (PointCountOf(report, slot) == 1)
+        curve.marker = SeriesMarker{
+            .style = MarkerStyle::Circle, .size = 6, .foreground = colour, .background = colour};
     curve.x = PointsOf(report, slot, kCurrentColumn);
     curve.values = PointsOf(report, slot, kVoltageColumn);
     return curve;
@@ -101,13 +106,6 @@ ChartPlace ChartBesideTable(int lastTableRow) {
     const double width = height * kPageShape - kTableWidth - kGapWidth;
     const int columns = static_cast<int>(std::lround(width / kColumnWidth));
     return ChartOf(rows, columns);
-}
-
-ChartPlace ChartOnItsOwn() {
-    constexpr int kRows = 48;
-    const int columns =
-        static_cast<int>(std::lround(kRows * kRowHeight * kPageShape / kColumnWidth));
-    return ChartOf(kRows, columns);
 }
 
 }  // namespace davo

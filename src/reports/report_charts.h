@@ -24,9 +24,9 @@ int PointCountOf(const ReportTables& report, int slot);
 // The row of the point table's last row; that of its first for a test without points.
 int LastPointRow(const ReportTables& report, int slot);
 
-// The curve of a test that has points; its sheet is the one of its slot. Line and name are the
-// caller's.
-ChartSeries CurveOf(const ReportTables& report, int slot);
+// The curve of a test that has points, a point of its own when it has one; its sheet is the one of
+// its slot. The name is the caller's.
+ChartSeries CurveOf(const ReportTables& report, int slot, int colour);
 
 // The red star at a test's kneepoint by the rule of a label; none when there is no kneepoint, or
 // one that logarithmic axes cannot show.
@@ -44,7 +44,5 @@ struct ChartPlace {
 
 // Down to the table's last row at least, and so wide that table and chart fill a landscape page.
 ChartPlace ChartBesideTable(int lastTableRow);
-// Of a landscape page's shape.
-ChartPlace ChartOnItsOwn();
 
 }  // namespace davo

@@ -258,9 +258,7 @@ void TestSheetWriter::WriteChart() {
     place.chart.titleLines = {"Station: " + Header(Station) + " - " + "Circuit: " + Header(Circuit),
                               "Test Number " + Result(ResultColumn::TestNumber),
                               "Kneepoint Type - " + options_.kneepointType};
-    ChartSeries curve = CurveOf(report_, slot_);
-    curve.line = SeriesLine{LineWeight::Medium, kColourBlue};
-    place.chart.series.push_back(curve);
+    place.chart.series.push_back(CurveOf(report_, slot_, kColourBlue));
     const std::optional<ChartSeries> marker = MarkerOf(report_, slot_, options_.kneepointType);
     if (marker) place.chart.series.push_back(*marker);
     sheet_.page.printArea = CellRange{{1, 1}, place.last};
@@ -283,23 +281,38 @@ Sheet TestSheetWriter::Write() {
     return std::move(sheet_);
 }
 
-// All curves in one chart, and the kneepoints of the marked rule where a test's table would stand.
+// Which of two records' tests a curve of an overlay is: "T0012, test 3, winding X1-X2".
+std::string OverlaidTest(const ReportTables& report, int slot) {
+    const ReportTest& test = report.tests.at(static_cast<std::size_t>(slot));
+    std::string text =
+        test.header.testNumber + ", test " + report.tables.Result(slot, ResultColumn::TestNumber);
+    if (!test.description.empty()) text += ", " + test.description;
+    return text;
+}
+
+// All curves in one chart, and the kneepoints of the marked rule where a test's table would be. Of
+// the template it has what is above the labels.
 Sheet SummarySheet(const ReportTables& report, const ReportOptions& options) {
     constexpr int kFirstRow = 7;
     Sheet sheet;
+    sheet.fromTemplate = true;
+    sheet.cleared = RangeOf("A4:D100");
     sheet.buildName = sheet.finalName = "SummaryGraph";
     sheet.page.footer = MakerFooter();
     WriteTitle(sheet);
     StyleBody(sheet);
     Style(sheet, "A4:A4", Bold(true));
-    Style(sheet, "A6:C6", Bold(true));
+    Style(sheet, "A6:D6", Bold(true));
+    Style(sheet, "B7:B37", Format(kVoltageFormat));
+    Style(sheet, "C7:C37", Format(kKneeCurrentFormat));
     Put(sheet, "A4", "FILENAME: ");
     Put(sheet, "B4", report.reportName);
     Put(sheet, "A6", "TEST");
     Put(sheet, "B6", "Vkp (Volts)");
     Put(sheet, "C6", "Ikp (Amps)");
     const std::optional<KneeRule> rule = KneeRuleOf(options.kneepointType);
-    ChartPlace place = ChartOnItsOwn();
+    if (report.isOverlay) Put(sheet, "D6", "RECORD, TEST, DESCRIPTION");
+    ChartPlace place = ChartBesideTable(kFirstRow + report.TestCount() - 1);
     place.chart.titleLines = {"Graphs Summary", "Kneepoint Type - " + options.kneepointType};
     place.chart.legend = true;
     for (int slot = 0; slot < report.TestCount(); ++slot) {
@@ -307,23 +320,26 @@ Sheet SummarySheet(const ReportTables& report, const ReportOptions& options) {
         const int row = kFirstRow + slot;
         Put(sheet, {row, 1}, name);
         if (rule) {
-            PutAsWritten(sheet, {row, 2}, report.tables.Knee(*rule, slot).voltage);
-            PutAsWritten(sheet, {row, 3}, report.tables.Knee(*rule, slot).current);
+            const Kneepoint& knee = report.tables.Knee(*rule, slot);
+            PutAsWritten(sheet, {row, 2}, knee.voltage, kVoltageFormat);
+            PutAsWritten(sheet, {row, 3}, knee.current, kKneeCurrentFormat);
         }
         if (PointCountOf(report, slot) == 0) {
             Put(sheet, {row, 4}, "Graph " + std::to_string(slot + 1) + " has no data.");
             continue;
         }
-        ChartSeries curve = CurveOf(report, slot);
+        if (report.isOverlay) Put(sheet, {row, 4}, OverlaidTest(report, slot));
+        ChartSeries curve = CurveOf(report, slot, SummaryColour(slot));
         curve.name = name;
         curve.inLegend = true;
-        curve.line = SeriesLine{LineWeight::Medium, SummaryColour(slot)};
         place.chart.series.push_back(curve);
         const std::optional<ChartSeries> marker = MarkerOf(report, slot, options.kneepointType);
         if (marker) place.chart.series.push_back(*marker);
     }
     if (!place.chart.series.empty()) {
-        sheet.page.printArea = CellRange{place.chart.anchor, place.last};
+        sheet.page.printArea = CellRange{{1, 1}, place.last};
+        // Who overlays two tests wants to see them in one chart.
+        if (report.isOverlay) sheet.firstVisible = place.chart.anchor;
         sheet.charts.push_back(std::move(place.chart));
     }
     return sheet;
@@ -338,6 +354,8 @@ Sheet NotesSheet(const std::string& notes) {
     constexpr std::size_t kMostCharacters = kCharactersPerLine * kLinesPerCell;
     Sheet sheet;
     sheet.buildName = sheet.finalName = "NOTES";
+    sheet.page.landscape = false;
+    sheet.page.fitPagesTall = 0;
     sheet.page.footer = MakerFooter();
     std::vector<std::string> texts(1);
     std::size_t linesOfCell = 0;
@@ -382,7 +400,6 @@ Workbook BuildReport(const ReportTables& report, const ReportOptions& options) {
         workbook.sheets.push_back(TestSheetWriter(report, options, slot).Write());
     if (report.TestCount() > 1) {
         workbook.sheets.push_back(SummarySheet(report, options));
-        // Who overlays two tests wants to see them in one chart.
         if (report.isOverlay) workbook.activeSheet = workbook.sheets.size() - 1;
     }
     if (!report.notes.empty()) workbook.sheets.push_back(NotesSheet(report.notes));

@@ -77,9 +77,13 @@ Rgb PaletteColour(int index) {
     throw std::invalid_argument("no colour of a report: " + std::to_string(index));
 }
 
+bool IsTestSheet(const Sheet& sheet) {
+    return sheet.fromTemplate && !sheet.cleared;
+}
+
 int TestSheetsOf(const Workbook& workbook) {
-    return static_cast<int>(std::count_if(workbook.sheets.begin(), workbook.sheets.end(),
-                                          [](const Sheet& sheet) { return sheet.fromTemplate; }));
+    return static_cast<int>(
+        std::count_if(workbook.sheets.begin(), workbook.sheets.end(), IsTestSheet));
 }
 
 RunTimeError NoModelSheet(const Workbook& workbook) {

@@ -108,7 +108,7 @@ struct SeriesLine {
     int colour = kColourRed;
 };
 
-enum class MarkerStyle { Star };
+enum class MarkerStyle { Star, Circle };
 
 struct SeriesMarker {
     MarkerStyle style = MarkerStyle::Star;
@@ -180,7 +180,7 @@ std::string FooterCode(const FooterText& footer);
 struct PageSetup {
     bool landscape = true;
     int fitPagesWide = 1;
-    int fitPagesTall = 1;
+    int fitPagesTall = 1;                // 0: as many as it takes
     std::optional<CellRange> printArea;  // none: all that the sheet holds
     std::optional<FooterText> footer;
     bool operator==(const PageSetup&) const = default;
@@ -190,12 +190,15 @@ struct Sheet {
     std::string buildName;      // "Sheet1": what the sheet is called while the workbook is made
     std::string finalName;      // at most 31 characters, unique and legal in Excel
     bool fromTemplate = false;  // a copy of the template's model sheet, else a fresh one
+    // What a copy does not keep of the model; none for the sheet of a test.
+    std::optional<CellRange> cleared;
     std::vector<StyledRange> styles;
     std::vector<CellRange> merges;
     std::vector<Cell> cells;  // no place twice
     std::vector<Chart> charts;
     PageSetup page;
     CellPlace selected;
+    CellPlace firstVisible;  // the upper left corner of what is seen first; not in .xlsx
 };
 
 struct Workbook {
@@ -205,6 +208,8 @@ struct Workbook {
     std::size_t activeSheet = 0;
 };
 
+// Whether a sheet is a test's.
+bool IsTestSheet(const Sheet& sheet);
 // How many of a workbook's sheets are tests'.
 int TestSheetsOf(const Workbook& workbook);
 // The error of a template without the model sheet.

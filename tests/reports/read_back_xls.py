@@ -82,7 +82,7 @@ class Reader:
 
     def __init__(self, names):
         self.names, self.sheet, self.links = names, -1, []
-        self.stack = []
+        self.stack, self.entries = [], 0
 
     def place(self):
         return self.names[self.sheet] if 0 <= self.sheet < len(self.names) else "globals"
@@ -103,6 +103,14 @@ class Reader:
             self.links = [struct.unpack_from("<HHH", data, 2 + 6 * i)[1] for i in range(count)]
         elif kind == 0x003D:  # WINDOW1
             yield f"active {self.names[struct.unpack_from('<H', data, 10)[0]]}"
+        elif kind == 0x005D and data[4:6] == b"\x08\0":  # OBJ: a picture
+            yield f"{self.place()} picture"
+        elif kind == 0x023E:  # WINDOW2
+            row, column = struct.unpack_from("<HH", data, 2)
+            yield f"{self.place()} seen from {address(row, column)}"
+        elif kind == 0x001D:  # SELECTION
+            row, column = struct.unpack_from("<HH", data, 1)
+            yield f"{self.place()} selected {address(row, column)}"
         elif kind == 0x0018 and data[3] == 1 and data[14:16] == b"\0\x06":  # NAME: print area
             tab, = struct.unpack_from("<H", data, 8)
             yield f"{self.names[tab - 1]} print area {self.reference(data[16:])}"
@@ -137,8 +145,13 @@ class Reader:
                 yield f"{self.place()} marker {form} {colour:06x} {fill:06x} {size / 20:g}"
         elif kind == 0x100D:  # SERIESTEXT
             yield f"{self.place()} text {text(string8(data[2:]))}"
+        elif kind == 0x1003:  # SERIES
+            self.entries += 1
+        elif kind == 0x1043 and data[2] & 1:  # LEGENDEXCEPTION
+            self.entries -= 1
         elif kind == 0x1015:  # LEGEND
             yield f"{self.place()} legend"
+            yield f"{self.place()} legend entries {self.entries}"
 
     def lines(self, path):
         for kind, data in records(path):
@@ -147,6 +160,7 @@ class Reader:
                 if len(self.stack) == 1 and self.stack[0] != 5:
                     self.sheet += 1
                 if self.stack[-1] == CHART:
+                    self.entries = 0
                     yield f"{self.place()} chart"
             elif kind == EOF:
                 self.stack.pop()

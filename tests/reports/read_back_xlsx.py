@@ -116,7 +116,7 @@ def sheet_lines(sheet):
     fitted = sheet.sheet_properties.pageSetUpPr and sheet.sheet_properties.pageSetUpPr.fitToPage
     wide = 1 if page.fitToWidth is None else page.fitToWidth
     tall = 1 if page.fitToHeight is None else page.fitToHeight
-    yield f"page {page.orientation} {'fit' if fitted else 'unfitted'} {wide} {tall}"
+    yield f"page {page.orientation} {'fit' if fitted else 'unfitted'} {wide} {tall} paper {page.paperSize}"
     yield f"print area {sheet.print_area or 'none'} titles {sheet.print_title_rows} {sheet.print_title_cols}"
     footer = sheet.oddFooter.center
     if footer.text:

@@ -141,8 +141,6 @@ TEST(ReportChart, FillsTheLandscapePageBesideTheTable) {
         EXPECT_EQ(place.last.column, 6 + std::lround(place.chart.width / 48)) << last;
         EXPECT_LE(place.last.column, PlaceOf("AP1").column) << "columns of a set width end there";
     }
-    const ChartPlace own = ChartOnItsOwn();
-    EXPECT_NEAR(own.chart.width / own.chart.height, 1.4, 0.03);
 }
 
 class ReportOf : public testing::TestWithParam<int> {};
@@ -184,7 +182,9 @@ TEST_P(ReportOf, SummaryShowsEveryTestInItsColour) {
     }
     const Sheet& sheet = book.sheets.at(count);
     EXPECT_EQ(sheet.finalName, "SummaryGraph");
-    EXPECT_FALSE(sheet.fromTemplate);
+    EXPECT_TRUE(sheet.fromTemplate);
+    EXPECT_EQ(sheet.cleared, RangeOf("A4:D100")) << "the labels of a test";
+    EXPECT_EQ(sheet.firstVisible, PlaceOf("A1"));
     const Chart& chart = sheet.charts.at(0);
     ExpectReportAxes(chart);
     EXPECT_TRUE(chart.legend);
@@ -211,7 +211,8 @@ TEST_P(ReportOf, SummaryShowsEveryTestInItsColour) {
     EXPECT_TRUE(sheet.page.landscape);
     EXPECT_EQ(sheet.page.fitPagesWide, 1);
     EXPECT_EQ(sheet.page.fitPagesTall, 1);
-    EXPECT_EQ(sheet.page.printArea->first, chart.anchor);
+    EXPECT_EQ(sheet.page.printArea->first, PlaceOf("A1"));
+    EXPECT_GE(sheet.page.printArea->last.row, 6 + tests) << "all kneepoints";
     EXPECT_TRUE(sheet.page.footer);
     EXPECT_EQ(sheet.selected, PlaceOf("A1"));
 }
@@ -265,6 +266,20 @@ TEST(Overlay, OpensWithBothCurves) {
     EXPECT_EQ(chart.series.at(0).name, "Test #1");
     EXPECT_EQ(chart.series.at(2).name, "Test #2");
     EXPECT_EQ(chart.titleLines.at(0), "Graphs Summary");
+    EXPECT_EQ(book.sheets[2].firstVisible, chart.anchor);
+    EXPECT_EQ(book.sheets[2].selected, PlaceOf("A1"));
+}
+
+TEST(Overlay, NamesBothTests) {
+    const std::string described = RecordText(3, test::Line("TEST DESCRIPTION: X1-X2"));
+    const Workbook book = BuildReport(test::ParseGroup(HeaderText("T1", "Hill") + described +
+                                                       HeaderText("T2", "Valley") + RecordText(4)),
+                                      {kKneeAsa, false});
+    const Sheet& sheet = book.sheets.at(2);
+    EXPECT_EQ(CellText(sheet, "D6"), "RECORD, TEST, DESCRIPTION");
+    EXPECT_EQ(CellText(sheet, "D7"), "T1, test 3, X1-X2");
+    EXPECT_EQ(CellText(sheet, "D8"), "T2, test 4");
+    EXPECT_EQ(CellText(BookOf(FileText(2)).sheets.at(2), "D6"), "") << "one file needs no names";
 }
 
 TEST(Overlay, AGraphWithoutARecordSaysSo) {
@@ -301,6 +316,23 @@ TEST(Notes, StandOnTheirSheetWithLineBreaks) {
     EXPECT_EQ(test::StyleAt(sheet, "A1").wrap, true);
     EXPECT_EQ(test::StyleAt(sheet, "A1").vertical, VerticalAlignment::Top);
     EXPECT_EQ(sheet.cells.size(), 1U);
+    EXPECT_FALSE(sheet.page.landscape);
+    EXPECT_EQ(sheet.page.fitPagesWide, 1);
+    EXPECT_EQ(sheet.page.fitPagesTall, 0) << "as many pages as it takes";
+}
+
+TEST(ReportChart, ATestOfOnePointShowsIt) {
+    RecordParts parts;
+    parts.points.resize(1);
+    const Workbook book = BookOf(HeaderText() + RecordText(1) + RecordText(parts));
+    for (const auto& [sheet, series, colour] : {std::tuple(1, 0, 5), std::tuple(2, 2, 5)}) {
+        const Chart& chart = book.sheets.at(static_cast<std::size_t>(sheet)).charts.at(0);
+        const auto& marker = chart.series.at(static_cast<std::size_t>(series)).marker;
+        ASSERT_TRUE(marker);
+        EXPECT_EQ(marker->style, MarkerStyle::Circle) << "no star, which is a kneepoint";
+        EXPECT_EQ(marker->foreground, colour);
+    }
+    EXPECT_FALSE(book.sheets.at(0).charts.at(0).series.at(0).marker) << "more have a line";
 }
 
 TEST(Notes, HaveNoSheetWhenThereAreNone) {

@@ -210,15 +210,16 @@ Reference<sun::chart2::data::XLabeledDataSequence> ChartMaker::DataOf(const Shee
 }
 
 // The engine takes names from cells only: the first one of the chart's sheet that holds the name.
-// Its files have no legend without an entry for a series, so one without a name shows there what
-// stands at the left of its numbers.
+// One that is not in the legend has two cells for a name, in whose place FinishXls says so.
 void ChartMaker::SetName(const ChartSeries& series,
                          const Reference<sun::chart2::data::XLabeledDataSequence>& values) {
     rtl::OUString range;
     if (series.name.empty()) {
-        if (!chart_.legend) return;
-        const CellPlace left{series.values.range.first.row, 1};
-        range = RangeText(workbook_.sheets.at(series.values.sheet).finalName, {left, left});
+        if (!chart_.legend || series.inLegend) return;
+        const CellPlace first{series.values.range.first.row, 1};
+        const std::string& sheet = workbook_.sheets.at(series.values.sheet).finalName;
+        range = RangeText(sheet, {first, first}) + "," +
+                RangeText(sheet, {series.values.range.first, series.values.range.first});
     } else {
         const auto cell =
             std::find_if(sheet_.cells.begin(), sheet_.cells.end(), [&](const Cell& candidate) {
@@ -246,8 +247,9 @@ void ChartMaker::SetLook(const ChartSeries& series,
     symbol.Style = sun::chart2::SymbolStyle_NONE;
     if (series.marker) {
         constexpr sal_Int32 kStar = 12;
+        constexpr sal_Int32 kCircle = 8;
         symbol.Style = sun::chart2::SymbolStyle_STANDARD;
-        symbol.StandardSymbol = kStar;
+        symbol.StandardSymbol = series.marker->style == MarkerStyle::Circle ? kCircle : kStar;
         const sal_Int32 size = LengthOf(series.marker->size);
         symbol.Size = {size, size};
         symbol.BorderColor = ColourOf(series.marker->foreground);

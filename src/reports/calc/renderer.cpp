@@ -12,6 +12,7 @@
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "reports/calc/workbook.h"
+#include "reports/calc/xls_file.h"
 
 namespace davo {
 
@@ -119,7 +120,9 @@ std::string CalcRenderer::Make(const Workbook& workbook, const std::string& mode
     const auto how = SequenceOf({Property("FilterName", Any(rtl::OUString("MS Excel 97"))),
                                  Property("Overwrite", Any(true))});
     storable->storeToURL(UrlOf(target), how);
-    return ReadWholeFile(target);
+    std::string made = ReadWholeFile(target);
+    FinishXls(made, workbook);
+    return made;
 }
 
 }  // namespace davo

@@ -7,11 +7,12 @@
 #include <com/sun/star/awt/FontWeight.hpp>
 #include <com/sun/star/container/XNamed.hpp>
 #include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/sheet/CellFlags.hpp>
 #include <com/sun/star/sheet/XCellRangeAddressable.hpp>
 #include <com/sun/star/sheet/XCellRangeData.hpp>
 #include <com/sun/star/sheet/XHeaderFooterContent.hpp>
 #include <com/sun/star/sheet/XPrintAreas.hpp>
-#include <com/sun/star/sheet/XSpreadsheetView.hpp>
+#include <com/sun/star/sheet/XSheetOperation.hpp>
 #include <com/sun/star/style/XStyleFamiliesSupplier.hpp>
 #include <com/sun/star/table/CellHoriJustify.hpp>
 #include <com/sun/star/table/CellVertJustify2.hpp>
@@ -20,7 +21,6 @@
 #include <com/sun/star/util/XMergeable.hpp>
 #include <com/sun/star/util/XNumberFormats.hpp>
 #include <com/sun/star/util/XNumberFormatsSupplier.hpp>
-#include <com/sun/star/view/XSelectionSupplier.hpp>
 #include <utility>
 #include <vector>
 
@@ -108,12 +108,19 @@ void Merge(const std::vector<CellRange>& merges, const SheetReference& target) {
     }
 }
 
+void Clear(const CellRange& range, const SheetReference& target) {
+    namespace Flags = sun::sheet::CellFlags;
+    const Reference<sun::sheet::XSheetOperation> cells(RangeIn(target, range), UNO_QUERY_THROW);
+    cells->clearContents(Flags::VALUE | Flags::DATETIME | Flags::STRING | Flags::ANNOTATION |
+                         Flags::FORMULA | Flags::HARDATTR | Flags::STYLES | Flags::EDITATTR);
+}
+
 // What a model sheet can have of the sheets that are copied from it: the styles that all of them
 // begin with, the merges that all have, and the page and the selected cell of the first.
 Sheet SharedByCopies(const Workbook& workbook) {
     Sheet shared;
     for (const Sheet& sheet : workbook.sheets) {
-        if (!sheet.fromTemplate) continue;
+        if (!IsTestSheet(sheet)) continue;
         if (!shared.fromTemplate) {
             shared = sheet;
             continue;
@@ -169,7 +176,7 @@ void WorkbookWriter::Write() {
     const int tests = TestSheetsOf(workbook_);
     int test = 0;
     for (std::size_t index = 0; index < workbook_.sheets.size(); ++index) {
-        beforeStep_(workbook_.sheets[index].fromTemplate ? ++test : 0, tests);
+        beforeStep_(IsTestSheet(workbook_.sheets[index]) ? ++test : 0, tests);
         WriteSheet(index);
     }
     // Charts last: each begins with the numbers of its cells, on whichever sheet they stand.
@@ -181,7 +188,6 @@ void WorkbookWriter::Write() {
     }
     beforeStep_(0, tests);
     model->unlockControllers();
-    SelectCells();
 }
 
 // Sheets bear their final names from the start: charts refer to them by name.
@@ -207,6 +213,7 @@ void WorkbookWriter::MakeSheets() {
         const rtl::OUString name = ToUno(sheet.finalName);
         if (sheet.fromTemplate) {
             sheets->copyByName(apart, name, position);
+            if (sheet.cleared) Clear(*sheet.cleared, SheetNamed(document_, sheet.finalName));
         } else {
             sheets->insertNewByName(name, position);
         }
@@ -226,15 +233,14 @@ void WorkbookWriter::FormatModel(const SheetReference& model) {
     for (const StyledRange& styled : shared_.styles)
         Apply(styled, model);
     Merge(shared_.merges, model);
-    Select(model, shared_.selected);
 }
 
 void WorkbookWriter::WriteSheet(std::size_t index) {
     const Sheet& sheet = workbook_.sheets[index];
     const SheetReference target = SheetNamed(document_, sheet.finalName);
     const Sheet fresh;
-    const Sheet& has = sheet.fromTemplate ? shared_ : fresh;
-    if (!sheet.fromTemplate || sheet.page != has.page) SetUpPage(sheet.page, target);
+    const Sheet& has = IsTestSheet(sheet) ? shared_ : fresh;
+    if (!IsTestSheet(sheet) || sheet.page != has.page) SetUpPage(sheet.page, target);
     for (std::size_t style = has.styles.size(); style < sheet.styles.size(); ++style)
         Apply(sheet.styles[style], target);
     if (sheet.merges != has.merges) Merge(sheet.merges, target);
@@ -308,27 +314,6 @@ void WorkbookWriter::SetUpPage(const PageSetup& page, const SheetReference& targ
     }
     const Reference<sun::sheet::XPrintAreas> areas(target, UNO_QUERY_THROW);
     areas->setPrintAreas(printed);
-}
-
-// A sheet begins with the selection of the one that it was copied from, a fresh one at "A1". To
-// select makes the engine show the sheet, and that is slow.
-void WorkbookWriter::Select(const SheetReference& target, CellPlace place) {
-    const Reference<sun::frame::XModel> model(document_, UNO_QUERY_THROW);
-    const auto controller = model->getCurrentController();
-    const Reference<sun::sheet::XSpreadsheetView> view(controller, UNO_QUERY_THROW);
-    view->setActiveSheet(target);
-    const Reference<sun::view::XSelectionSupplier> selection(controller, UNO_QUERY_THROW);
-    selection->select(Any(RangeIn(target, {place, place})));
-}
-
-void WorkbookWriter::SelectCells() {
-    for (const Sheet& sheet : workbook_.sheets) {
-        const CellPlace has = sheet.fromTemplate ? shared_.selected : CellPlace{};
-        if (sheet.selected != has) Select(SheetNamed(document_, sheet.finalName), sheet.selected);
-    }
-    if (workbook_.sheets.empty()) return;
-    const Sheet& active = workbook_.sheets.at(workbook_.activeSheet);
-    Select(SheetNamed(document_, active.finalName), active.selected);
 }
 
 // A format without a language of its own: with one, its prefix would stand in the file.

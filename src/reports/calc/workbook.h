@@ -36,8 +36,6 @@ class WorkbookWriter {
     void SetUpPage(const PageSetup& page, const Reference<sun::sheet::XSpreadsheet>& target);
     rtl::OUString PageStyleOf(const PageSetup& page);
     PropertySet MakePageStyle(const rtl::OUString& name);
-    void Select(const Reference<sun::sheet::XSpreadsheet>& target, CellPlace place);
-    void SelectCells();
     sal_Int32 NumberFormat(const std::string& format);
 
     Context context_;

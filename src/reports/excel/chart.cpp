@@ -46,7 +46,8 @@ void SetLook(const Object& target, const ChartSeries& series) {
         border.Set("LineStyle", kNone);
     }
     if (series.marker) {
-        target.Set("MarkerStyle", kMarkerStyleStar);
+        const bool isCircle = series.marker->style == MarkerStyle::Circle;
+        target.Set("MarkerStyle", isCircle ? kMarkerStyleCircle : kMarkerStyleStar);
         target.Set("MarkerSize", series.marker->size);
         target.Set("MarkerForegroundColorIndex", series.marker->foreground);
         target.Set("MarkerBackgroundColorIndex", series.marker->background);

@@ -25,6 +25,7 @@ inline constexpr int kTickLabelPositionLow = -4134;
 inline constexpr int kThin = 2;
 inline constexpr int kMedium = -4138;
 inline constexpr int kMarkerStyleStar = 5;
+inline constexpr int kMarkerStyleCircle = 8;
 
 // Pages and files
 inline constexpr int kPortrait = 1;

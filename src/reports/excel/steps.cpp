@@ -111,7 +111,11 @@ void SetUpPage(const Object& sheet, const PageSetup& page) {
     setup.Set("Orientation", page.landscape ? kLandscape : kPortrait);
     setup.Set("Zoom", false);
     setup.Set("FitToPagesWide", page.fitPagesWide);
-    setup.Set("FitToPagesTall", page.fitPagesTall);
+    if (page.fitPagesTall > 0) {
+        setup.Set("FitToPagesTall", page.fitPagesTall);
+    } else {
+        setup.Set("FitToPagesTall", false);
+    }
 }
 
 class ReportMaker {
@@ -172,6 +176,7 @@ void ReportMaker::MakeSheets(const Object& model) {
         }
         made_.push_back(sheets_.Get("Item", {position++}));
         made_.back().Set("Name", FromPage(sheet.buildName));
+        if (sheet.cleared) RangeIn(made_.back(), *sheet.cleared).Call("Clear");
     }
 }
 
@@ -180,7 +185,7 @@ void ReportMaker::FillSheets() {
     int test = 0;
     for (std::size_t i = 0; i < made_.size(); ++i) {
         const Sheet& sheet = workbook_.sheets[i];
-        sheet.fromTemplate ? beforeStep_(++test, tests) : beforeStep_(0, 0);
+        IsTestSheet(sheet) ? beforeStep_(++test, tests) : beforeStep_(0, 0);
         for (const StyledRange& styled : sheet.styles)
             Apply(made_[i], styled);
         beforeStep_(0, 0);
@@ -206,6 +211,11 @@ void ReportMaker::Finish(const Object& model) {
     beforeStep_(0, 0);
     model.Call("Delete");
     made_.at(workbook_.activeSheet).Call("Activate");
+    const CellPlace seen = workbook_.sheets.at(workbook_.activeSheet).firstVisible;
+    if (seen == CellPlace{}) return;
+    const Object window = book_.Get("Windows").Get("Item", {1});
+    window.Set("ScrollRow", seen.row);
+    window.Set("ScrollColumn", seen.column);
 }
 
 void ReportMaker::Make() {

@@ -15,8 +15,8 @@ constexpr double kPixelsPerPoint = 96.0 / 72.0;
 constexpr double kPresetWidth = 480;
 constexpr double kPresetHeight = 288;
 
-constexpr lxw_color_t kMajorGrid = 0xB4BCC4;
-constexpr lxw_color_t kMinorGrid = 0xDFE3E7;
+constexpr lxw_color_t kMajorGrid = 0x808080;
+constexpr lxw_color_t kMinorGrid = 0xC0C0C0;
 constexpr lxw_color_t kFrame = 0x808080;  // the automatic colour of a plot area's line
 
 lxw_chart_line LineOf(lxw_color_t colour, double width) {
@@ -68,7 +68,8 @@ void WriteAxis(lxw_chart_axis* axis, const ChartAxes& axes, const std::string& t
 void WriteMarker(lxw_chart_series* made, const SeriesMarker& marker) {
     lxw_chart_line line = LineOf(XlsxColour(marker.foreground), 0.75);
     lxw_chart_fill fill = FillOf(XlsxColour(marker.background));
-    chart_series_set_marker_type(made, LXW_CHART_MARKER_STAR);
+    const bool isCircle = marker.style == MarkerStyle::Circle;
+    chart_series_set_marker_type(made, isCircle ? LXW_CHART_MARKER_CIRCLE : LXW_CHART_MARKER_STAR);
     chart_series_set_marker_size(made, static_cast<std::uint8_t>(marker.size));
     chart_series_set_marker_line(made, &line);
     chart_series_set_marker_fill(made, &fill);

@@ -29,8 +29,10 @@ quint32 PngWidth(const QByteArray& png) {
 
 }  // namespace
 
-std::vector<LetterheadLine> LetterheadLines() {
-    return {{RangeOf("A2:D2"), LXW_BORDER_MEDIUM, kBlue},
+std::vector<LetterheadLine> LetterheadLines(const Sheet& sheet) {
+    const LetterheadLine head{RangeOf("A2:D2"), LXW_BORDER_MEDIUM, kBlue};
+    if (!IsTestSheet(sheet)) return {head};
+    return {head,
             {RangeOf("A4:D16"), LXW_BORDER_HAIR, kSilver},
             {RangeOf("A18:D18"), LXW_BORDER_THIN, kBlue}};
 }

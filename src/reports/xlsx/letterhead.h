@@ -22,7 +22,8 @@ struct LetterheadLine {
     lxw_format_borders line = LXW_BORDER_NONE;
     lxw_color_t colour = 0;
 };
-std::vector<LetterheadLine> LetterheadLines();
+// Those of a sheet from the template.
+std::vector<LetterheadLine> LetterheadLines(const Sheet& sheet);
 
 // The web address below the title is as quiet as in the template.
 inline constexpr std::string_view kLetterheadWebCell = "A2";

@@ -42,7 +42,7 @@ bool Fill(const Workbook& workbook, lxw_workbook* target, const RenderProgress& 
     for (std::size_t i = 0; i < sheets.size(); ++i) {
         if (stop.stop_requested()) return false;
         const Sheet& sheet = workbook.sheets[i];
-        if (sheet.fromTemplate && progress) progress(++test, tests);
+        if (IsTestSheet(sheet) && progress) progress(++test, tests);
         WriteXlsxSheet(sheet, picture, formats, sheets[i]);
         for (const Chart& chart : sheet.charts)
             WriteXlsxChart(workbook, chart, target, sheets[i]);

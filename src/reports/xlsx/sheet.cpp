@@ -33,7 +33,7 @@ class FormatGrid {
         for (const Cell& cell : sheet.cells)
             reach(cell.place);
         if (sheet.fromTemplate) {
-            for (const LetterheadLine& line : LetterheadLines())
+            for (const LetterheadLine& line : LetterheadLines(sheet))
                 reach(line.range.last);
         }
         numbers_.resize(static_cast<std::size_t>(end_.row) * static_cast<std::size_t>(end_.column));
@@ -66,8 +66,8 @@ class FormatGrid {
     std::vector<std::size_t> numbers_;
 };
 
-void ApplyLetterhead(FormatGrid& grid) {
-    for (const LetterheadLine& line : LetterheadLines()) {
+void ApplyLetterhead(const Sheet& sheet, FormatGrid& grid) {
+    for (const LetterheadLine& line : LetterheadLines(sheet)) {
         grid.Apply(line.range, [&](XlsxFormat format) {
             format.below = line.line;
             format.lineColour = line.colour;
@@ -147,8 +147,8 @@ void WriteRowHeights(const Sheet& sheet, FormatGrid& grid, lxw_worksheet* target
 }
 
 // The lines of the letterhead go on through cells without a value.
-void WriteBlanks(FormatGrid& grid, lxw_worksheet* target) {
-    for (const LetterheadLine& line : LetterheadLines()) {
+void WriteBlanks(const Sheet& sheet, FormatGrid& grid, lxw_worksheet* target) {
+    for (const LetterheadLine& line : LetterheadLines(sheet)) {
         const auto& [first, last] = line.range;
         for (int row = first.row; row <= last.row; ++row) {
             for (int column = first.column; column <= last.column; ++column) {
@@ -180,6 +180,8 @@ void WriteCells(const Sheet& sheet, FormatGrid& grid, lxw_worksheet* target) {
 void WritePage(const Sheet& sheet, lxw_worksheet* target) {
     const PageSetup& page = sheet.page;
     if (page.landscape) worksheet_set_landscape(target);
+    constexpr std::uint8_t kA4 = 9;  // as the template
+    worksheet_set_paper(target, kA4);
     // As wide as printers go, because the page is fitted; inches. Room for the footer below.
     worksheet_set_margins(target, 0.4, 0.4, 0.4, 0.6);
     worksheet_fit_to_pages(target, static_cast<std::uint16_t>(page.fitPagesWide),
@@ -206,10 +208,10 @@ void WriteXlsxSheet(const Sheet& sheet, const QByteArray& picture, XlsxFormats& 
         grid.Apply(styled.range,
                    [&](const XlsxFormat& format) { return WithStyle(format, styled.style); });
     }
-    if (sheet.fromTemplate) ApplyLetterhead(grid);
+    if (sheet.fromTemplate) ApplyLetterhead(sheet, grid);
     WriteColumns(sheet, formats, target);
     WriteRowHeights(sheet, grid, target);
-    if (sheet.fromTemplate) WriteBlanks(grid, target);
+    if (sheet.fromTemplate) WriteBlanks(sheet, grid, target);
     for (const auto& [first, last] : sheet.merges) {
         RequireXlsx(worksheet_merge_range(target, XlsxRow(first), XlsxColumn(first), XlsxRow(last),
                                           XlsxColumn(last), "", grid.At(first)));

@@ -68,6 +68,10 @@ Workbook ReportOf(const std::string& text) {
     return BuildReport(ParseFile(text), {"IEEE 30 Degree Marker", true});
 }
 
+Workbook OverlayOf(const std::string& first, const std::string& second) {
+    return BuildReport(ParseGroup(first + second), {"IEEE 30 Degree Marker", true});
+}
+
 class CalcRendererTest : public testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -134,7 +138,8 @@ TEST_F(CalcRendererTest, SetsUpThePage) {
     for (const Sheet& sheet : workbook.sheets) {
         EXPECT_THAT(
             lines, IsSupersetOf({sheet.finalName + " sheet", sheet.finalName + " fit True",
-                                 sheet.finalName + " page landscape 1x1",
+                                 sheet.finalName + (sheet.page.landscape ? " page landscape 1x1"
+                                                                         : " page portrait 1x0"),
                                  sheet.finalName + " footer &C" + FooterCode(*sheet.page.footer)}));
         EXPECT_THAT(LinesWith(lines, sheet.finalName + " header"), IsEmpty());
         const auto areas = LinesWith(lines, sheet.finalName + " print area");
@@ -190,10 +195,45 @@ TEST_F(CalcRendererTest, DrawsAllCurvesInTheSummary) {
                                     ":A" + std::to_string(6 + n)));
     }
     EXPECT_THAT(LinesWith(lines, "SummaryGraph marker 5"), SizeIs(3));
+    EXPECT_THAT(LinesWith(lines, "SummaryGraph text Vkp"), SizeIs(3)) << "names of the stars";
     EXPECT_THAT(LinesWith(lines, "SummaryGraph axis logarithmic automatic"), SizeIs(2));
     EXPECT_THAT(lines, IsSupersetOf({std::string("SummaryGraph legend"),
                                      std::string("SummaryGraph text Graphs Summary\\nKneepoint "
                                                  "Type - IEEE 30 Degree Marker")}));
+}
+
+TEST_F(CalcRendererTest, HasTheTestsInTheLegendAndNotTheirStars) {
+    for (const int tests : {2, 4, 31}) {
+        EXPECT_THAT(LinesWith(Render(ReportOf(FileText(tests))), "legend entries"),
+                    ElementsAre("SummaryGraph legend entries " + std::to_string(tests)));
+    }
+}
+
+TEST_F(CalcRendererTest, HasTheLetterheadAndNoLabelsOfATestInTheSummary) {
+    const std::vector<std::string> lines = Render(ReportOf(FileText(2)));
+    EXPECT_THAT(LinesWith(lines, "SummaryGraph merged"), ElementsAre("SummaryGraph merged A1:D1"));
+    EXPECT_THAT(LinesWith(lines, "COMMENTS: "), SizeIs(2)) << "of the two tests";
+    EXPECT_THAT(LinesWith(lines, "SummaryGraph picture"), SizeIs(1));
+}
+
+TEST_F(CalcRendererTest, ShowsThePointOfATestOfOne) {
+    RecordParts parts;
+    parts.points.resize(1);
+    const std::vector<std::string> lines = Render(ReportOf(HeaderText() + RecordText(parts)));
+    EXPECT_THAT(LinesWith(lines, "Test 1-Graph marker"),
+                ElementsAre("Test 1-Graph marker 8 ff0000 ff0000 6"));  // a circle, blue-green-red
+}
+
+TEST_F(CalcRendererTest, OpensAnOverlayOnItsChart) {
+    const std::vector<std::string> lines =
+        Render(OverlayOf(HeaderText("T1") + RecordText(3), HeaderText("T2") + RecordText(4)));
+    EXPECT_THAT(LinesWith(lines, "active "), ElementsAre("active SummaryGraph"));
+    EXPECT_THAT(LinesWith(lines, "SummaryGraph seen from"),
+                ElementsAre("SummaryGraph seen from G42"))
+        << "the chart's first cell";
+    EXPECT_THAT(LinesWith(lines, "SummaryGraph selected"), ElementsAre("SummaryGraph selected A1"));
+    EXPECT_THAT(LinesWith(lines, "Test 1-Graph seen from"),
+                ElementsAre("Test 1-Graph seen from A1"));
 }
 
 TEST_F(CalcRendererTest, LeavesOutTheStarOfATestOfThreePoints) {

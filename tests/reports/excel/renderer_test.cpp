@@ -108,12 +108,15 @@ TEST_F(ExcelRendererTest, IsSilencedBeforeAnythingIsOpened) {
     EXPECT_THAT(recording_.lines.at(7).toStdString(), HasSubstr("DAVO_Header.xls\", 0)"));
 }
 
-TEST_F(ExcelRendererTest, CopiesTheModelBeforeItselfForEveryTest) {
+TEST_F(ExcelRendererTest, CopiesTheModelBeforeItselfForEveryTestAndTheSummary) {
     Render(ReportOf(3));
     const QString model = u"Book.Sheets.Item(1)"_s;
-    EXPECT_EQ(LinesWith(model + u".Copy("_s + model).size(), 3);
-    // The summary and the notes.
-    EXPECT_EQ(LinesWith(u"Book.Sheets.Add("_s + model).size(), 2);
+    EXPECT_EQ(LinesWith(model + u".Copy("_s + model).size(), 4);
+    EXPECT_EQ(LinesWith(u".Clear"_s), QStringList(u"Sheet4.Range(\"A4:D100\").Clear"_s))
+        << "the labels of a test";
+    // The notes.
+    EXPECT_EQ(LinesWith(u"Book.Sheets.Add("_s + model).size(), 1);
+    EXPECT_TRUE(Has(u"Sheet5.PageSetup.FitToPagesTall = false"_s));
     EXPECT_THAT(
         Plain(LinesWith(u".Name = \""_s).filter(QRegularExpression(u"^Sheet[0-9]\\.Name"_s))),
         ElementsAre("Sheet1.Name = \"Sheet1\"", "Sheet2.Name = \"Sheet2\"",
@@ -226,9 +229,16 @@ TEST_F(ExcelRendererTest, TheSummaryNamesItsCurvesAndLeavesMarkersOutOfTheLegend
 TEST_F(ExcelRendererTest, AnOverlayEndsWithItsSummaryInFront) {
     Workbook overlay = ReportOf(2);
     overlay.activeSheet = 2;
+    overlay.sheets[2].firstVisible = PlaceOf("G42");
     Render(overlay);
     const QStringList activated = LinesWith(u".Activate"_s);
     EXPECT_EQ(activated.last(), u"Sheet3.Activate"_s);
+    EXPECT_THAT(Plain(LinesWith(u".Scroll"_s)),
+                ElementsAre("Book.Windows.Item(1).ScrollRow = 42",
+                            "Book.Windows.Item(1).ScrollColumn = 7"));
+    recording_ = {};
+    Render(ReportOf(2));
+    EXPECT_EQ(LinesWith(u".Scroll"_s).size(), 0) << "others begin at A1";
 }
 
 TEST_F(ExcelRendererTest, TakesTheModelAwayAndSavesAtTheEnd) {

@@ -65,7 +65,8 @@ inline void AddCells(const Sheet& sheet, std::vector<std::string>& lines) {
         for (int column = 1; column <= kLastColumn; ++column) {
             const CellPlace place{row, column};
             std::string value;
-            const bool isRuled = row == 2 || (row >= 4 && row <= 16) || row == 18;
+            const bool isRuled =
+                row == 2 || (IsTestSheet(sheet) && ((row >= 4 && row <= 16) || row == 18));
             if (sheet.fromTemplate && column <= 4 && isRuled) value = "empty";
             for (const Cell& cell : sheet.cells) {
                 if (cell.place != place) continue;
@@ -158,7 +159,8 @@ inline void AddSheet(const Workbook& workbook, const Sheet& sheet,
     for (const CellRange& merge : sheet.merges)
         lines.emplace_back("merged " + AddressOf(merge));
     AddCells(sheet, lines);
-    lines.emplace_back("page landscape fit 1 1");
+    lines.emplace_back(std::string("page ") + (sheet.page.landscape ? "landscape" : "portrait") +
+                       " fit 1 " + std::to_string(sheet.page.fitPagesTall) + " paper 9");
     lines.emplace_back(
         "print area " +
         (sheet.page.printArea ? "['" + Dollars(*sheet.page.printArea) + "']" : "none") +
