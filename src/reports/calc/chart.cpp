@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <com/sun/star/awt/FontWeight.hpp>
 #include <com/sun/star/awt/Rectangle.hpp>
 #include <com/sun/star/chart/ChartAxisLabelPosition.hpp>
 #include <com/sun/star/chart/ChartAxisMarks.hpp>
@@ -26,6 +27,8 @@
 #include <com/sun/star/lang/XMultiServiceFactory.hpp>
 #include <com/sun/star/sheet/XSpreadsheet.hpp>
 #include <com/sun/star/table/XTableChartsSupplier.hpp>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace davo::calc {
@@ -38,6 +41,21 @@ constexpr sal_Int32 kMediumLine = 70;
 
 constexpr sal_Int32 WidthOf(LineWeight weight) {
     return weight == LineWeight::Thin ? kThinLine : kMediumLine;
+}
+
+constexpr sal_Int32 kGrey = 0x808080;
+constexpr sal_Int32 kLightGrey = 0xC0C0C0;
+constexpr float kTitleSize = 12;
+constexpr float kAxisTitleSize = 10;
+constexpr float kTextSize = 9;
+
+std::pair<const rtl::OUString, Any> FontName() {
+    return Named("CharFontName", rtl::OUString("Arial"));
+}
+
+void SetTitle(const Reference<sun::uno::XInterface>& title, const std::string& text, float size) {
+    SetAll(title, {Named("String", ToUno(text)), FontName(), Named("CharHeight", size),
+                   Named("CharWeight", sun::awt::FontWeight::BOLD)});
 }
 
 class ChartMaker {
@@ -129,14 +147,18 @@ void ChartMaker::SetTitles() {
     for (const std::string& line : chart_.titleLines)
         text += (text.empty() ? "" : "\n") + line;
     SetAll(old_, {Named("HasMainTitle", !text.empty()), Named("HasLegend", chart_.legend)});
-    if (!text.empty()) SetAll(old_->getTitle(), {Named("String", ToUno(text))});
+    if (!text.empty()) SetTitle(old_->getTitle(), text, kTitleSize);
     const Reference<sun::chart::XAxisXSupplier> x(diagram_, UNO_QUERY_THROW);
     const Reference<sun::chart::XAxisYSupplier> y(diagram_, UNO_QUERY_THROW);
-    SetAll(x->getXAxisTitle(), {Named("String", ToUno(chart_.axes.categoryTitle))});
-    SetAll(y->getYAxisTitle(), {Named("String", ToUno(chart_.axes.valueTitle))});
+    SetTitle(x->getXAxisTitle(), chart_.axes.categoryTitle, kAxisTitleSize);
+    SetTitle(y->getYAxisTitle(), chart_.axes.valueTitle, kAxisTitleSize);
     SetAxis(x->getXAxis());
     SetAxis(y->getYAxis());
     SetGrids(x, y);
+    if (!chart_.legend) return;
+    SetAll(old_->getLegend(), {FontName(), Named("CharHeight", kTextSize),
+                               Named("FillStyle", sun::drawing::FillStyle_NONE),
+                               Named("LineStyle", sun::drawing::LineStyle_NONE)});
 }
 
 void ChartMaker::SetAxis(const PropertySet& axis) {
@@ -151,6 +173,10 @@ void ChartMaker::SetAxis(const PropertySet& axis) {
         Named("DisplayLabels", true),
         Named("LabelPosition", sun::chart::ChartAxisLabelPosition_OUTSIDE_START),
         Named("ReverseDirection", false),
+        Named("LinkNumberFormatToSource", false),
+        Named("NumberFormat", sal_Int32{0}),
+        FontName(),
+        Named("CharHeight", kTextSize),
     };
     for (const char* automatic :
          {"AutoMin", "AutoMax", "AutoStepMain", "AutoStepHelp", "AutoOrigin"})
@@ -160,15 +186,13 @@ void ChartMaker::SetAxis(const PropertySet& axis) {
 
 void ChartMaker::SetGrids(const Reference<sun::chart::XAxisXSupplier>& x,
                           const Reference<sun::chart::XAxisYSupplier>& y) {
-    constexpr sal_Int32 kMajorGrey = 0x808080;
-    constexpr sal_Int32 kMinorGrey = 0xC0C0C0;
     if (chart_.axes.majorGridlines) {
-        Set(x->getXMainGrid(), "LineColor", kMajorGrey);
-        Set(y->getYMainGrid(), "LineColor", kMajorGrey);
+        Set(x->getXMainGrid(), "LineColor", kGrey);
+        Set(y->getYMainGrid(), "LineColor", kGrey);
     }
     if (chart_.axes.minorGridlines) {
-        Set(x->getXHelpGrid(), "LineColor", kMinorGrey);
-        Set(y->getYHelpGrid(), "LineColor", kMinorGrey);
+        Set(x->getXHelpGrid(), "LineColor", kLightGrey);
+        Set(y->getYHelpGrid(), "LineColor", kLightGrey);
     }
 }
 
@@ -187,10 +211,12 @@ void ChartMaker::SetDiagram() {
               area.filled ? sun::drawing::FillStyle_SOLID : sun::drawing::FillStyle_NONE),
         Named("LineStyle", sun::drawing::LineStyle_SOLID),
         Named("LineWidth", WidthOf(area.borderWeight)),
-        Named("LineColor", sal_Int32{0x808080}),
+        Named("LineColor", kGrey),
     };
     if (area.filled) wall.insert(Named("FillColor", ColourOf(area.fillColour)));
     SetAll(display->getWall(), wall);
+    SetAll(old_->getArea(), {Named("LineStyle", sun::drawing::LineStyle_SOLID),
+                             Named("LineWidth", kThinLine), Named("LineColor", kLightGrey)});
 }
 
 Reference<sun::uno::XInterface> ChartMaker::Create(const char* service) {

@@ -52,6 +52,7 @@ void WriteAxis(lxw_chart_axis* axis, const ChartAxes& axes, const std::string& t
     chart_axis_set_name(axis, Utf8(title).c_str());
     chart_axis_set_name_font(axis, &titleFont);
     chart_axis_set_num_font(axis, &numberFont);
+    chart_axis_set_num_format(axis, "General");  // not that of the points' cells
     constexpr std::uint16_t kLogBase = 10;
     if (axes.logarithmic) chart_axis_set_log_base(axis, kLogBase);
     chart_axis_set_major_tick_mark(axis, TickMarkOf(axes.majorTickMarks));
@@ -146,6 +147,8 @@ void WriteXlsxChart(const Workbook& workbook, const Chart& chart, lxw_workbook* 
     lxw_chart_fill fill = FillOf(XlsxColour(chart.plotArea.fillColour));
     if (!chart.plotArea.filled) fill.none = LXW_TRUE;
     chart_plotarea_set_fill(made, &fill);
+    lxw_chart_line around = LineOf(kMinorGrid, LineWeightPoints(LineWeight::Thin));
+    chart_chartarea_set_line(made, &around);
     WriteLegend(chart, made);
     lxw_chart_options options{};
     // A pixel less, or its frame falls out of the print area that ends where it ends.
