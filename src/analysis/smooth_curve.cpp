@@ -27,17 +27,57 @@ constexpr double kCoarseAbove = 6.5535;
 constexpr double kVoltageVariance = 100;
 constexpr double kUsualSlope = 1;
 constexpr double kSlopeVariance = 0.5;
+constexpr double kBendVariance = 0.1;  // of d(slope) / d(ln I)
 
 // What is known of the scatter: 0.3 % as a rule, less or more by a factor of e at one standard
 // deviation. Curves without scatter are told as well by it, and scatter is not taken for bends.
 constexpr double kUsualScatter = 0.003;
 constexpr std::array kScatters = {0.001, 0.003, 0.008};                     // with every roughness
 constexpr std::array kMoreScatters = {0.0005, 0.002, 0.005, 0.016, 0.032};  // with the best
-constexpr std::array kRoughnesses = {0.008, 0.032, 0.128, 0.512, 2.048, 8.192};
+constexpr std::array kRoughnesses = {0.032, 0.128, 0.512, 2.048, 8.192};
+constexpr double kRoundness = 4;          // their squares, times 16, are those of round curves
 constexpr double kLeastVariance = 1e-10;  // of a point, so that the matrix can be inverted
 
 double Square(double value) {
     return value * value;
+}
+
+// Covariances of a Wiener process at a and b, integrated once: the integral of (a - u) (b - u) over
+// u from 0 to the smaller of them, low; high is the larger one.
+struct Sharp {
+    static double OfVoltages(double low, double high) { return low * low * (3 * high - low) / 6; }
+    // Derivatives by the smaller one, by the larger one, and by both.
+    static double BySmaller(double low, double high) { return low * (high - low / 2); }
+    static double ByLarger(double low, double /*high*/) { return low * low / 2; }
+    static double OfSlopes(double low, double /*high*/) { return low; }
+};
+
+// Integrated twice: the integral of (a - u)^2 (b - u)^2 / 4.
+struct Round {
+    static double OfVoltages(double low, double high) {
+        const double d = high - low;
+        return low * low * low * (low * low / 20 + d * low / 8 + d * d / 12);
+    }
+    static double BySmaller(double low, double high) {
+        const double d = high - low;
+        return low * low * (low * low / 8 + d * low / 3 + d * d / 4);
+    }
+    static double ByLarger(double low, double high) {
+        return low * low * low * (low / 8 + (high - low) / 6);
+    }
+    static double OfSlopes(double low, double high) {
+        return low * low * (low / 3 + (high - low) / 2);
+    }
+};
+
+// Of the voltage or the slope at a with those at b; not of a voltage with a slope.
+template <class Process>
+double Wandering(double a, bool slopeAtA, double b, bool slopeAtB) {
+    const double low = std::min(a, b);
+    const double high = std::max(a, b);
+    if (slopeAtB) return Process::OfSlopes(low, high);
+    if (!slopeAtA) return Process::OfVoltages(low, high);
+    return a < b ? Process::BySmaller(low, high) : Process::ByLarger(low, high);
 }
 
 }  // namespace
@@ -89,14 +129,14 @@ double SmoothCurve::Covariance(const Term& one, const Term& other) const {
     if (!one.ofSlope && other.ofSlope) return Covariance(other, one);
     const double a = one.lnI - start_;
     const double b = other.lnI - start_;
-    const double low = std::min(a, b);
-    const double high = std::max(a, b);
-    if (one.ofSlope && other.ofSlope) return kSlopeVariance + roughness_ * low;
-    if (one.ofSlope) {
-        return kSlopeVariance * b + roughness_ * (a < b ? a * b - a * a / 2 : b * b / 2);
-    }
-    return kVoltageVariance + kSlopeVariance * a * b +
-           roughness_ * low * low * (3 * high - low) / 6;
+    const double wandering = kind_.isRound ? Wandering<Round>(a, one.ofSlope, b, other.ofSlope)
+                                           : Wandering<Sharp>(a, one.ofSlope, b, other.ofSlope);
+    // The straight line; a round curve has a bend of its own at the start.
+    const double bend = kind_.isRound ? kBendVariance : 0;
+    double line = kVoltageVariance + kSlopeVariance * a * b + bend * a * a * b * b / 4;
+    if (one.ofSlope) line = kSlopeVariance * b + bend * a * b * b / 2;
+    if (other.ofSlope) line = kSlopeVariance + bend * a * b;
+    return line + kind_.roughness * wandering;
 }
 
 void SmoothCurve::SolveLower(std::vector<double>& side) const {
@@ -106,9 +146,8 @@ void SmoothCurve::SolveLower(std::vector<double>& side) const {
     }
 }
 
-double SmoothCurve::Fit(double roughness, double scatter) {
-    roughness_ = roughness;
-    scatter_ = scatter;
+double SmoothCurve::Fit(const Kind& kind) {
+    kind_ = kind;
     const std::size_t count = points_.size();
     lower_.assign(count * count, 0);
     double likelihood = 0;
@@ -122,7 +161,7 @@ double SmoothCurve::Fit(double roughness, double scatter) {
                 continue;
             }
             // A rounded number is anywhere within half a step: a third of its square.
-            sum += kLeastVariance + Square(scatter) +
+            sum += kLeastVariance + Square(kind.scatter) +
                    (Square(point.halfV) + Square(kUsualSlope * point.halfI)) / 3;
             Row(row)[row] = std::sqrt(std::max(sum, kLeastVariance));
             likelihood -= std::log(Row(row)[row]);
@@ -144,26 +183,25 @@ double SmoothCurve::Fit(double roughness, double scatter) {
 
 void SmoothCurve::FitTheLikeliest() {
     double best = -std::numeric_limits<double>::infinity();
-    double bestRoughness = kRoughnesses.front();
-    double bestScatter = 0;
-    const auto tryOut = [&](double roughness, double scatter) {
-        const double likelihood =
-            Fit(roughness, scatter) - Square(std::log(scatter / kUsualScatter)) / 2;
+    Kind likeliest;
+    const auto tryOut = [&](const Kind& kind) {
+        const double likelihood = Fit(kind) - Square(std::log(kind.scatter / kUsualScatter)) / 2;
         if (likelihood <= best) return;
         best = likelihood;
-        bestRoughness = roughness;
-        bestScatter = scatter;
+        likeliest = kind;
     };
     for (const double scatter : kScatters) {
-        for (const double roughness : kRoughnesses)
-            tryOut(roughness, scatter);
+        for (const double roughness : kRoughnesses) {
+            tryOut({false, roughness, scatter});
+            tryOut({true, Square(kRoundness * roughness), scatter});
+        }
     }
-    const double coarse = bestRoughness;
+    const Kind coarse = likeliest;
     for (const double scatter : kMoreScatters)
-        tryOut(coarse, scatter);
+        tryOut({coarse.isRound, coarse.roughness, scatter});
     for (const double factor : {0.5, 2.0})
-        tryOut(coarse * factor, bestScatter);
-    Fit(bestRoughness, bestScatter);
+        tryOut({coarse.isRound, coarse.roughness * factor, likeliest.scatter});
+    Fit(likeliest);
 }
 
 double SmoothCurve::LnVoltage(double lnI) const {
@@ -201,7 +239,7 @@ bool SmoothCurve::IsSurelySteeper(double slope, double below) const {
             const LogPoint& from = points_[low];
             const LogPoint& to = points_[high];
             if ((from.i + to.i) / 2 >= below) continue;
-            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * scatter_;
+            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * kind_.scatter;
             const double longest = to.i - from.i + from.halfI + to.halfI;
             if (to.v - from.v - openV > slope * longest) return true;
         }
@@ -215,7 +253,7 @@ bool SmoothCurve::IsSurelyFlatter(double slope, double above) const {
             const LogPoint& from = points_[low];
             const LogPoint& to = points_[high];
             if ((from.i + to.i) / 2 <= above) continue;
-            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * scatter_;
+            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * kind_.scatter;
             const double shortest = to.i - from.i - from.halfI - to.halfI;
             if (to.v - from.v + openV < slope * shortest) return true;
         }

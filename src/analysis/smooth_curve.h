@@ -10,13 +10,14 @@ namespace davo {
 
 // A smooth curve through points that are rounded and scatter: ln V over ln I, volts and amperes.
 //
-// It is a cubic smoothing spline, as the estimate of a random curve: a straight line and an
-// integrated Wiener process (G. Wahba, "Improper priors, spline smoothing and the problem of
-// guarding against model errors in regression", J. R. Stat. Soc. B 40 (1978), 364-372). How rough
-// it is, and how far the points scatter about it, are those by which the points are most likely;
-// they also give its standard deviation (G. Wahba, J. R. Stat. Soc. B 45 (1983), 133-150; the
-// formulas are those of C. E. Rasmussen, C. K. I. Williams, "Gaussian Processes for Machine
-// Learning", 2006, 2.25, 2.26, 2.30 and 6.28).
+// It is a smoothing spline, as the estimate of a random curve (G. Wahba, "Improper priors, spline
+// smoothing and the problem of guarding against model errors in regression", J. R. Stat. Soc. B 40
+// (1978), 364-372): a straight line and a Wiener process that is integrated once (a cubic spline,
+// for sharp bends) or twice (a quintic one, for round ones). Which of them, how rough it is, and
+// how far the points scatter about it, are those by which the points are most likely; they also
+// give its standard deviation (G. Wahba, J. R. Stat. Soc. B 45 (1983), 133-150; the formulas are
+// those of C. E. Rasmussen, C. K. I. Williams, "Gaussian Processes for Machine Learning", 2006,
+// 2.25, 2.26 and 2.30).
 class SmoothCurve {
   public:
     // In any order; those that are not above zero are left out, those of one current are one point.
@@ -56,9 +57,16 @@ class SmoothCurve {
     };
 
     static std::vector<LogPoint> RisingPoints(const std::vector<CurvePoint>& points);
+    // What makes a curve out of the points.
+    struct Kind {
+        bool isRound = false;  // the Wiener process is integrated twice
+        double roughness = 0;  // variance by which the slope wanders in one ln I, or its slope
+        double scatter = 0;    // standard deviation of ln V of a point
+    };
+
     double Covariance(const Term& one, const Term& other) const;
-    // Fits the curve of this roughness and scatter; returns the logarithm of its likelihood.
-    double Fit(double roughness, double scatter);
+    // Fits the curve of this kind; returns the logarithm of its likelihood.
+    double Fit(const Kind& kind);
     void FitTheLikeliest();
     // The triangular matrix's solution for one right side, in place.
     void SolveLower(std::vector<double>& side) const;
@@ -67,9 +75,8 @@ class SmoothCurve {
     const double* Row(std::size_t row) const;
 
     std::vector<LogPoint> points_;
-    double start_ = 0;            // ln I from which the random curve starts
-    double roughness_ = 0;        // variance by which the slope changes over one ln I
-    double scatter_ = 0;          // standard deviation of ln V of a point
+    double start_ = 0;  // ln I from which the random curve starts
+    Kind kind_;
     std::vector<double> lower_;   // Cholesky factor of the points' covariance, row by row
     std::vector<double> weight_;  // of every point in the curve
 };

@@ -186,8 +186,8 @@ TEST(JudgementTable, WhatIsWrongIsDoubtedAndWhatIsRightIsNot) {
         EXPECT_GT(Percent(static_cast<std::size_t>(tally.covered), tally.off.size()), 90);
         // At 45 degrees a curve turns slowly: see docs/kneepoints.md.
         const bool is45 = name.starts_with("IEEE 45");
-        EXPECT_LT(Quantile(tally.off, 0.5), is45 ? 3 : 1.2);
-        EXPECT_LT(Quantile(tally.off, 0.95), is45 ? 20 : 6);
+        EXPECT_LT(Quantile(tally.off, 0.5), is45 ? 2 : 1);
+        EXPECT_LT(Quantile(tally.off, 0.95), is45 ? 18 : 5);
     }
 }
 

@@ -30,7 +30,7 @@ Taken TakeAny(std::mt19937_64& random) {
     return {points, SmoothCurve(points)};
 }
 
-TEST(SmoothCurveRandom, IsACubicBetweenTwoPointsAndSmoothAtThem) {
+TEST(SmoothCurveRandom, IsAPolynomialBetweenTwoPointsAndSmoothAtThem) {
     const int curves = test::RandomRounds(2000);
     std::mt19937_64 random(test::RandomSeed(19780401));
     for (int n = 0; n < curves; ++n) {
@@ -39,15 +39,19 @@ TEST(SmoothCurveRandom, IsACubicBetweenTwoPointsAndSmoothAtThem) {
         for (std::size_t k = 0; k + 1 < taken.points.size(); ++k) {
             const double from = std::log(taken.points[k].current);
             const double to = std::log(taken.points[k + 1].current);
-            const double step = (to - from) / 4;
-            // The fourth difference of a cubic is 0.
-            const auto at = [&](int part) { return curve.LnVoltage(from + part * step); };
-            EXPECT_NEAR(at(0) - 4 * at(1) + 6 * at(2) - 4 * at(3) + at(4), 0, 1e-6);
-            // Three points of its slope, which is a parabola, have its rise between them.
+            // The sixth difference of a polynomial of the fifth degree is 0.
+            const auto at = [&](int part) {
+                return curve.LnVoltage(from + part * (to - from) / 6);
+            };
+            EXPECT_NEAR(
+                at(0) - 6 * at(1) + 15 * at(2) - 20 * at(3) + 15 * at(4) - 6 * at(5) + at(6), 0,
+                1e-6);
+            // Five points of its slope, which is of the fourth, have its rise (Boole's rule).
+            const auto slope = [&](int part) { return curve.Slope(from + part * (to - from) / 4); };
             const double rise =
-                (curve.Slope(from) + 4 * curve.Slope((from + to) / 2) + curve.Slope(to)) *
-                (to - from) / 6;
-            EXPECT_NEAR(at(4) - at(0), rise, 1e-6);
+                (7 * slope(0) + 32 * slope(1) + 12 * slope(2) + 32 * slope(3) + 7 * slope(4)) *
+                (to - from) / 90;
+            EXPECT_NEAR(at(6) - at(0), rise, 1e-6);
             ASSERT_FALSE(testing::Test::HasFailure()) << n;
         }
     }
