@@ -22,12 +22,6 @@ void PendingText::Append(std::string text) {
     text_ += text;
 }
 
-bool WaitForSessionReplyPass(Link& link, SessionReply& reply, std::string_view awaited,
-                             Prompts& prompts) {
-    reply.sessionPending.Append(link.Input());
-    return ExamineSessionReply(reply, awaited, prompts);
-}
-
 bool ExamineSessionReply(SessionReply& reply, std::string_view awaited, Prompts& prompts) {
     reply.sessionWindow = reply.sessionPending.View().substr(0, kSessionBlock);
     if (reply.sessionWindow.size() == kSessionBlock) reply.sessionPending.DropFirst(kSessionBlock);

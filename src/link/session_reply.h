@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "common/prompts.h"
-#include "link/link.h"
 
 namespace davo {
 
@@ -40,14 +39,10 @@ struct SessionReply {
 inline constexpr std::size_t kSessionBlock = 1024;
 inline constexpr std::size_t kSessionLimit = 2000;
 
-// One pass of WaitForSessionReply: takes everything waiting at the port, lays the window (the
-// first 1024 characters, which then leave sessionPending, once that many have gathered; a copy of
-// sessionPending before that) and tells whether it contains awaited. A text that straddles two
-// blocks is not found here: who examines a block puts its unfinished end back before the next pass.
-bool WaitForSessionReplyPass(Link& link, SessionReply& reply, std::string_view awaited,
-                             Prompts& prompts);
-
-// The same without a look at the port, for the blocks of what one look has brought.
+// Lays the window (the first 1024 characters, which then leave sessionPending, once that many have
+// gathered; a copy of sessionPending before that) and tells whether it contains awaited. A text
+// that straddles two blocks is not found here: who examines a block puts its unfinished end back
+// before the next one.
 bool ExamineSessionReply(SessionReply& reply, std::string_view awaited, Prompts& prompts);
 
 }  // namespace davo

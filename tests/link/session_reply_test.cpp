@@ -12,7 +12,8 @@ class SessionReplyTest : public ::testing::Test, public ScriptedLine {
     SessionReplyTest() { link.OpenComPort(1); }
 
     bool Pass(std::string_view awaited) {
-        return WaitForSessionReplyPass(link, reply, awaited, prompts);
+        reply.sessionPending.Append(link.Input());
+        return ExamineSessionReply(reply, awaited, prompts);
     }
 
     SessionReply reply;
