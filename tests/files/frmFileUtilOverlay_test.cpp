@@ -168,6 +168,16 @@ class RowsOfOneName : public FileUtilWindow {
     }
 
     std::string before;
+    // The first of two rows that are listed as row goes: the file that is asked about.
+    void DeleteTheFirst(const std::string& row, const std::string& asked, const std::string& left) {
+        ASSERT_THAT(Column(0), ElementsAre(row, row));
+        ClickRow(0);
+        prompts.answers = {Answer::Yes};
+        Click("cmdOp2");
+        EXPECT_THAT(Shown(), ElementsAre("Delete file: " + asked + "\r\n"));
+        EXPECT_THAT(NamesIn(settings.dataPath),
+                    ::testing::UnorderedElementsAre("DIRDNLD.DNL", left));
+    }
 };
 
 TEST_F(RowsOfOneName, DeleteTakesTheOnePointedAt) {
@@ -214,25 +224,15 @@ TEST_F(RowsOfOneName, AMarkInANameIsNoOtherFile) {
     Put("A.txt", "03/07/24");
     Put("A!B.txt", "03/08/24");
     Open(FileUtilMode::FileUtilities);
-    ASSERT_THAT(Column(0), ElementsAre("A", "A"));
     ASSERT_EQ(Column(1).front(), "B!03/08/");
-    ClickRow(0);
-    prompts.answers = {Answer::Yes};
-    Click("cmdOp2");
-    EXPECT_THAT(Shown(), ElementsAre("Delete file: A!B\r\n"));
-    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("A.txt", "DIRDNLD.DNL"));
+    DeleteTheFirst("A", "A!B", "A.txt");
 }
 
 TEST_F(RowsOfOneName, AnotherEndingIsTheOneOfTheFile) {
     Put("NOTES.txt", "03/07/24");
     Put("NOTES.TXT.BAK", "03/08/24");
     Open(FileUtilMode::FileUtilities);
-    ASSERT_THAT(Column(0), ElementsAre("NOTES", "NOTES"));
-    ClickRow(0);
-    prompts.answers = {Answer::Yes};
-    Click("cmdOp2");
-    EXPECT_THAT(Shown(), ElementsAre("Delete file: NOTES.TXT.BAK\r\n"));
-    EXPECT_THAT(NamesIn(settings.dataPath), ElementsAre("DIRDNLD.DNL", "NOTES.txt"));
+    DeleteTheFirst("NOTES", "NOTES.TXT.BAK", "NOTES.txt");
 }
 
 TEST_F(RowsOfOneName, TheOverlayHasTheTestPointedAt) {
