@@ -17,13 +17,13 @@
 #include "app/frmAbout.h"
 #include "app/frmConfig.h"
 #include "app/home_panel.h"
+#include "app/load_stored.h"
 #include "app/open_forms.h"
 #include "app/session_cards.h"
 #include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/text.h"
 #include "common/version.h"
-#include "reports/template_file.h"
 #include "retrieval/memory_directory.h"
 #include "testing/frmCControl.h"
 #include "testing/session_save.h"
@@ -132,63 +132,19 @@ void frmMain::ConnectMenu() {
 
 // --- Load ---------------------------------------------------------------------------------------
 
-template <class Step>
-void frmMain::Attempt(const QString& caption, const Step& step) {
-    try {
-        step();
-    } catch (const std::exception& error) {
-        troubles_.push_back({caption, QString::fromUtf8(error.what())});
-    }
-}
-
 void frmMain::Form_Load() {
     dateGuard_.Run();
     state_.modes = {};
     state_.linkState.instrumentModel.clear();
-    LoadSettings();
-    LoadHeader();
+    troubles_ = LoadStored(state_, services_);
+    menu_.CheckKneepoint(state_.settings.kneepointType);
     services_.link.OpenComPort(state_.settings.comPort);
     LoadDirectory();
-    Attempt(SessionsNotListed(), [this] { OfferSessions(); });
+    handlers_.Run([this] { OfferSessions(); });
     loaded_ = true;
     ShowFacts();
     factsTimer_.start();
     home_->findChild<QWidget*>(QStringLiteral("cmdBoth"))->setFocus();
-}
-
-void frmMain::LoadSettings() {
-    Attempt(QStringLiteral("Folder missing"), [this] {
-        const QString& scratch = services_.places.scratchFolder;
-        if (!FolderExists(scratch)) CreateFolder(scratch);
-    });
-    const SettingsRead read = ReadSettings(services_.store, services_.places);
-    const QString notUsable = QStringLiteral("Setting not usable");
-    Attempt(notUsable, [&] {
-        const QString line = services_.store.UnreadableLine();
-        if (line.isEmpty()) return;
-        troubles_.push_back({notUsable, QStringLiteral("%1 cannot be read. The program goes on "
-                                                       "with the lines that it can read.")
-                                            .arg(line)});
-    });
-    state_.settings = read.settings;
-    for (const RunTimeError& error : read.errors) {
-        troubles_.push_back(
-            {notUsable, QStringLiteral("A stored setting or its folder cannot be used. The "
-                                       "program goes on with what is usual.\r\n") +
-                            QString::fromUtf8(error.what())});
-    }
-    if (services_.reports != nullptr && FolderExists(state_.settings.excelPath)) {
-        Attempt(QStringLiteral("Report template missing"),
-                [this] { PutTemplate(state_.settings.excelPath); });
-    }
-    menu_.CheckKneepoint(state_.settings.kneepointType);
-}
-
-void frmMain::LoadHeader() {
-    for (int i = 0; i < kHeaderFieldCount; ++i)
-        state_.header.Field(i) = std::string(kHeaderFieldWidth, ' ');
-    Attempt(QStringLiteral("Header not read"),
-            [this] { LoadHeaderFile(state_.header, state_.settings.dataPath); });
 }
 
 void frmMain::LoadDirectory() {

@@ -51,13 +51,7 @@ class frmMain : public QMainWindow {
     void ConnectMenu();
     void BuildCentre();
 
-    // The steps of the load.
-    void LoadSettings();
-    void LoadHeader();
     void LoadDirectory();
-    // Runs step of the load; what stops it is said in the status line under caption.
-    template <class Step>
-    void Attempt(const QString& caption, const Step& step);
 
     void mnuRecall_Click();
     void mnuDownload_Click();
