@@ -36,7 +36,7 @@ constexpr std::string_view kModel = "DAVO";
 constexpr std::string_view kExtendedModel = "DAVO-E";
 constexpr const char* kNoModel = "DAVO N/A";
 
-constexpr int kFactsInterval = 2000;    // ms; an adapter that is plugged in shows up so soon
+constexpr int kFactsInterval = 2000;    // ms; what is plugged in shows up so soon
 constexpr int kMessageDuration = 8000;  // ms; two sentences are read in half of it
 
 QString SessionsNotListed() {
@@ -67,7 +67,7 @@ frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForm
         if (config_ != nullptr) config_->ShowPort();
     };
     factsTimer_.setInterval(kFactsInterval);
-    connect(&factsTimer_, &QTimer::timeout, this, [this] { ShowFacts(); });
+    connect(&factsTimer_, &QTimer::timeout, this, [this] { LookAround(); });
 }
 
 frmMain::~frmMain() {
@@ -387,6 +387,13 @@ void frmMain::ChildClosed() {
     handlers_.Run([this] { OfferSessions(); });
     ShowFacts();
     if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
+}
+
+void frmMain::LookAround() {
+    const bool listed = state_.directory.listing.unread.isEmpty();
+    if (children_ == 0 && FolderExists(state_.settings.dataPath) != listed)
+        handlers_.RunAlone([this] { ListAgain(); });
+    ShowFacts();
 }
 
 void frmMain::ShowFacts() {

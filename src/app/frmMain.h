@@ -86,6 +86,8 @@ class frmMain : public QMainWindow {
     template <class Open>
     void ShowArea(const Open& open);
     void ChildClosed();
+    // Shows the facts anew, and lists a data folder that has gone, or is back, with its stick.
+    void LookAround();
     void ShowFacts();
     // The menu items and buttons that do nothing while one of them waits.
     void EnableWorking(bool enabled);

@@ -222,6 +222,23 @@ TEST_F(MainWindow, AFolderThatIsGoneHasNoNewRecordsYet) {
     EXPECT_TRUE(Enabled("mnuFile"));
 }
 
+TEST_F(MainWindow, AFolderThatGoesAndComesBackIsSeenOnTheStartPage) {
+    AddRecord("T1.txt", "11/21/26");
+    Open();
+    const auto* list = Find<QTreeWidget>("lvNewest");
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    const QString elsewhere = folder.Path("pulled");
+    ASSERT_TRUE(QDir().rename(DataFolder(), elsewhere));
+    ASSERT_TRUE(Until([&] { return list->topLevelItemCount() == 0; }));
+    EXPECT_THAT(Text("lblNoRecords"), EndsWith("cannot be read: Path not found."));
+    EXPECT_EQ(Find<QPushButton>("cmdNotice")->text(), u"Records not listed"_s);
+    EXPECT_FALSE(Enabled("mnuFileUtil"));
+    ASSERT_TRUE(QDir().rename(elsewhere, DataFolder()));
+    EXPECT_TRUE(Until([&] { return list->topLevelItemCount() == 1; }));
+    EXPECT_TRUE(Enabled("mnuFileUtil"));
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
 // The user's locale writes numbers and dates in another way.
 TEST_F(MainWindow, WhatIsWrittenDoesNotDependOnTheLocale) {
     const QLocale before;
