@@ -2,19 +2,14 @@
 #include "curves/record_panel.h"
 
 #include <QFileInfo>
-#include <QFontMetrics>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QStringList>
-#include <QTableWidget>
 #include <QTextDocumentFragment>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <array>
 #include <span>
 
 #include "common/files.h"
@@ -22,9 +17,10 @@
 #include "common/text.h"
 #include "curves/curve_chart.h"
 #include "curves/curve_export.h"
-#include "curves/knee_marks.h"
 #include "curves/record_texts.h"
+#include "curves/results_table.h"
 #include "ui/big_button.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -49,16 +45,6 @@ constexpr int kFactsShare = 2;
 constexpr int kRoom = 6;
 constexpr QSize kPicture(1600, 1100);
 constexpr QSize kUsualSize(480, 640);
-
-constexpr std::array kRuleRows = {KneeRule::Ieee30, KneeRule::Ieee45, KneeRule::Asa1050};
-constexpr std::array kResultRows = {"Ratio", "Nameplate", "Error", "Polarity", "Phase"};
-
-void Enlarge(QWidget* widget, double growth, bool bold = false) {
-    QFont font = widget->font();
-    font.setPointSizeF(font.pointSizeF() * growth);
-    font.setBold(bold);
-    widget->setFont(font);
-}
 
 QLabel* MakeLabel(const char* name, QWidget* parent) {
     auto* label = new QLabel(parent);
@@ -98,37 +84,20 @@ RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), p
 void RecordPanel::BuildTop(QBoxLayout* column) {
     lblRecord_ = MakeLabel("lblRecord", this);
     lblRecord_->setTextFormat(Qt::PlainText);
-    Enlarge(lblRecord_, kTitleGrowth, true);
+    Enlarge(lblRecord_, kTitleGrowth);
+    MakeBold(lblRecord_);
     lblHeader_ = MakeLabel("lblHeader", this);
     lblHeader_->setTextFormat(Qt::RichText);
     lblTrouble_ = MakeLabel("lblTrouble", this);
     lblTrouble_->setTextFormat(Qt::PlainText);
-    Enlarge(lblTrouble_, kTextGrowth, true);
+    Enlarge(lblTrouble_, kTextGrowth);
+    MakeBold(lblTrouble_);
     for (QLabel* label : {lblRecord_, lblHeader_, lblTrouble_})
         column->addWidget(label);
 }
 
 void RecordPanel::BuildTable(QBoxLayout* column) {
-    tblTests_ = new QTableWidget(this);
-    tblTests_->setObjectName(QStringLiteral("tblTests"));
-    tblTests_->setAccessibleName(QStringLiteral("Results of the tests"));
-    tblTests_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    tblTests_->setSelectionBehavior(QAbstractItemView::SelectColumns);
-    tblTests_->setSelectionMode(QAbstractItemView::SingleSelection);
-    tblTests_->setTabKeyNavigation(false);
-    Enlarge(tblTests_, kTextGrowth);
-    for (QHeaderView* header : {tblTests_->horizontalHeader(), tblTests_->verticalHeader()})
-        header->setFont(tblTests_->font());
-    QStringList rows;
-    for (const KneeRule rule : kRuleRows)
-        rows << KneeWord(rule) << QStringLiteral("smooth");
-    for (const char* row : kResultRows)
-        rows += QLatin1String(row);
-    tblTests_->setRowCount(static_cast<int>(rows.size()));
-    tblTests_->setVerticalHeaderLabels(rows);
-    tblTests_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    tblTests_->verticalHeader()->setDefaultSectionSize(tblTests_->fontMetrics().height() + kRoom);
-    tblTests_->verticalHeader()->setMinimumSectionSize(1);
+    tblTests_ = new ResultsTable(this);
     column->addWidget(tblTests_);
     connect(tblTests_, &QTableWidget::currentCellChanged, this,
             [this](int /*row*/, int test, int /*rowBefore*/, int before) {
@@ -196,7 +165,7 @@ void RecordPanel::showEvent(QShowEvent* event) {
 void RecordPanel::ReadAndShow() {
     ReadFiles();
     ShowTop();
-    FillTable();
+    tblTests_->Fill(tests_);
     ShowCurves();
     const bool any = !tests_.empty();
     tblTests_->setVisible(any);
@@ -268,48 +237,6 @@ void RecordPanel::ShowTop() {
         troubles += QStringLiteral("There is no test in it.");
     lblTrouble_->setText(troubles.join(QLatin1Char('\n')));
     lblTrouble_->setVisible(!troubles.isEmpty());
-}
-
-void RecordPanel::FillTable() {
-    const QSignalBlocker quiet(tblTests_);
-    tblTests_->clearContents();
-    tblTests_->setColumnCount(static_cast<int>(tests_.size()));
-    const QFontMetrics metrics = tblTests_->fontMetrics();
-    QFont bold = tblTests_->font();  // of the chosen test's name
-    bold.setBold(true);
-    const QFontMetrics boldMetrics(bold);
-    int widest = 0;
-    for (std::size_t i = 0; i < tests_.size(); ++i) {
-        const int column = static_cast<int>(i);
-        const RecordTest& test = *tests_.at(i).test;
-        int row = 0;
-        const auto put = [&](const QString& text, const QString& tip) {
-            auto* item = new QTableWidgetItem(text);
-            if (!tip.isEmpty()) item->setToolTip(tip);
-            tblTests_->setItem(row++, column, item);
-            widest = std::max(widest, metrics.horizontalAdvance(text));
-        };
-        for (const KneeRule rule : kRuleRows) {
-            const KneeFact& fact = FactOf(test, rule);
-            const QString doubt = DoubtOf(fact);
-            put(PrintedText(fact) + (fact.doubt.empty() ? QString() : QStringLiteral(" (?)")),
-                doubt);
-            put(SmoothText(fact), doubt);
-        }
-        for (const std::string& text :
-             {test.measuredRatio, test.nameplateRatio, test.percentError, test.polarity})
-            put(FromPage(text), {});
-        put(PhaseAndAngle(test), {});
-        tblTests_->setHorizontalHeaderItem(column, new QTableWidgetItem(tests_.at(i).name));
-        widest = std::max(widest, boldMetrics.horizontalAdvance(tests_.at(i).name));
-    }
-    tblTests_->horizontalHeader()->setDefaultSectionSize(widest + 3 * kRoom);
-    for (int column = 0; column < tblTests_->columnCount(); ++column)
-        tblTests_->setColumnWidth(column, widest + 3 * kRoom);
-    tblTests_->setSelectionMode(tests_.size() > 1 ? QAbstractItemView::SingleSelection
-                                                  : QAbstractItemView::NoSelection);
-    if (tests_.empty()) return;
-    tblTests_->setCurrentCell(0, 0);
 }
 
 std::optional<std::size_t> RecordPanel::Chosen() const {
@@ -403,15 +330,10 @@ void RecordPanel::ArrangeFacts(int height) {
 }
 
 int RecordPanel::TableHeight(int rows) const {
-    const int wide = tblTests_->verticalHeader()->sizeHint().width() +
-                     tblTests_->horizontalHeader()->length() + 2 * tblTests_->frameWidth();
-    const int room = body_->direction() == QBoxLayout::LeftToRight
-                         ? (width() - kRoom) * kFactsShare / (kChartShare + kFactsShare)
-                         : width() - kRoom;
-    const bool scrolls = wide > room - tblTests_->verticalScrollBar()->sizeHint().width();
-    const int bar = scrolls ? tblTests_->horizontalScrollBar()->sizeHint().height() : 0;
-    return rows * tblTests_->verticalHeader()->defaultSectionSize() +
-           tblTests_->horizontalHeader()->sizeHint().height() + bar + 2 * tblTests_->frameWidth();
+    const bool beside = body_->direction() == QBoxLayout::LeftToRight;
+    const int room = width() - kRoom;
+    return tblTests_->HeightOf(rows,
+                               beside ? room * kFactsShare / (kChartShare + kFactsShare) : room);
 }
 
 int RecordPanel::DoubtsHeight(int lines) const {

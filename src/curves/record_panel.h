@@ -12,12 +12,12 @@
 
 #include "common/prompts.h"
 #include "curves/record_facts.h"
+#include "curves/results_table.h"
 
 class QBoxLayout;
 class QLabel;
 class QPlainTextEdit;
 class QPushButton;
-class QTableWidget;
 
 namespace davo {
 
@@ -62,12 +62,6 @@ class RecordPanel : public QWidget {
         std::optional<RecordFacts> facts;
         QString trouble;
     };
-    // A column of the table.
-    struct ShownTest {
-        std::size_t record = 0;  // in records_
-        const RecordTest* test = nullptr;
-        QString name;
-    };
 
     void BuildTop(QBoxLayout* column);
     void BuildTable(QBoxLayout* column);
@@ -84,7 +78,6 @@ class RecordPanel : public QWidget {
     void ReadAndShow();
     void ReadFiles();
     void ShowTop();
-    void FillTable();
     void ShowCurves();
     void ShowDoubts();
     // The test that stands out; nothing without a test.
@@ -106,7 +99,7 @@ class RecordPanel : public QWidget {
     std::vector<QString> files_;
     std::map<QString, Read> read_;
     std::vector<const RecordFacts*> records_;  // of read_, in the order of files_
-    std::vector<ShownTest> tests_;
+    std::vector<ShownTest> tests_;             // columns of the table
     QString saveFolder_;
 
     QLabel* lblRecord_ = nullptr;
@@ -114,7 +107,7 @@ class RecordPanel : public QWidget {
     QLabel* lblTrouble_ = nullptr;
     QLabel* lblSaved_ = nullptr;
     CurveChart* chart_ = nullptr;
-    QTableWidget* tblTests_ = nullptr;
+    ResultsTable* tblTests_ = nullptr;
     QPlainTextEdit* txtDoubts_ = nullptr;
     QPushButton* cmdBack_ = nullptr;
     QPushButton* cmdSavePng_ = nullptr;

@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <array>
 #include <vector>
 
 #include "common/run_time_error.h"
@@ -11,6 +12,9 @@
 namespace davo {
 
 // The texts of the record panel.
+
+// The rules in the order in which they are shown.
+inline constexpr std::array kRuleRows = {KneeRule::Ieee30, KneeRule::Ieee45, KneeRule::Asa1050};
 
 const KneeFact& FactOf(const RecordTest& test, KneeRule rule);
 

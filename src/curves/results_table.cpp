@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "curves/results_table.h"
+
+#include <QFontMetrics>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QStringList>
+#include <algorithm>
+#include <array>
+
+#include "common/text.h"
+#include "curves/knee_marks.h"
+#include "curves/record_texts.h"
+#include "ui/form_parts.h"
+
+namespace davo {
+
+namespace {
+
+constexpr int kCellRoom = 6;
+constexpr double kResultGrowth = 1.1;
+
+constexpr std::array kResultRows = {"Ratio", "Nameplate", "Error", "Polarity", "Phase"};
+
+}  // namespace
+
+ResultsTable::ResultsTable(QWidget* parent) : QTableWidget(parent) {
+    setObjectName(QStringLiteral("tblTests"));
+    setAccessibleName(QStringLiteral("Results of the tests"));
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setSelectionBehavior(QAbstractItemView::SelectColumns);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setTabKeyNavigation(false);
+    Enlarge(this, kResultGrowth);
+    for (QHeaderView* header : {horizontalHeader(), verticalHeader()})
+        header->setFont(font());
+    QStringList rows;
+    for (const KneeRule rule : kRuleRows)
+        rows << KneeWord(rule) << QStringLiteral("smooth");
+    for (const char* row : kResultRows)
+        rows += QLatin1String(row);
+    setRowCount(static_cast<int>(rows.size()));
+    setVerticalHeaderLabels(rows);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kCellRoom);
+    verticalHeader()->setMinimumSectionSize(1);
+}
+
+void ResultsTable::Fill(const std::vector<ShownTest>& tests) {
+    const QSignalBlocker quiet(this);
+    clearContents();
+    setColumnCount(static_cast<int>(tests.size()));
+    const QFontMetrics metrics = fontMetrics();
+    QFont bold = font();  // of the chosen test's name
+    bold.setBold(true);
+    const QFontMetrics boldMetrics(bold);
+    int widest = 0;
+    for (std::size_t i = 0; i < tests.size(); ++i) {
+        const int column = static_cast<int>(i);
+        const RecordTest& test = *tests.at(i).test;
+        int row = 0;
+        const auto put = [&](const QString& text, const QString& tip) {
+            auto* item = new QTableWidgetItem(text);
+            if (!tip.isEmpty()) item->setToolTip(tip);
+            setItem(row++, column, item);
+            widest = std::max(widest, metrics.horizontalAdvance(text));
+        };
+        for (const KneeRule rule : kRuleRows) {
+            const KneeFact& fact = FactOf(test, rule);
+            const QString doubt = DoubtOf(fact);
+            put(PrintedText(fact) + (fact.doubt.empty() ? QString() : QStringLiteral(" (?)")),
+                doubt);
+            put(SmoothText(fact), doubt);
+        }
+        for (const std::string& text :
+             {test.measuredRatio, test.nameplateRatio, test.percentError, test.polarity})
+            put(FromPage(text), {});
+        put(PhaseAndAngle(test), {});
+        setHorizontalHeaderItem(column, new QTableWidgetItem(tests.at(i).name));
+        widest = std::max(widest, boldMetrics.horizontalAdvance(tests.at(i).name));
+    }
+    horizontalHeader()->setDefaultSectionSize(widest + 3 * kCellRoom);
+    for (int column = 0; column < columnCount(); ++column)
+        setColumnWidth(column, widest + 3 * kCellRoom);
+    setSelectionMode(tests.size() > 1 ? QAbstractItemView::SingleSelection
+                                      : QAbstractItemView::NoSelection);
+    if (!tests.empty()) setCurrentCell(0, 0);
+}
+
+int ResultsTable::HeightOf(int rows, int room) const {
+    const int wide =
+        verticalHeader()->sizeHint().width() + horizontalHeader()->length() + 2 * frameWidth();
+    const bool scrolls = wide > room - verticalScrollBar()->sizeHint().width();
+    const int bar = scrolls ? horizontalScrollBar()->sizeHint().height() : 0;
+    return rows * verticalHeader()->defaultSectionSize() + horizontalHeader()->sizeHint().height() +
+           bar + 2 * frameWidth();
+}
+
+}  // namespace davo
