@@ -22,7 +22,6 @@
 #include "app/session_cards.h"
 #include "app/window_geometry.h"
 #include "common/files.h"
-#include "common/text.h"
 #include "common/version.h"
 #include "retrieval/memory_directory.h"
 #include "testing/frmCControl.h"
@@ -32,8 +31,6 @@ namespace davo {
 
 namespace {
 
-constexpr std::string_view kModel = "DAVO";
-constexpr std::string_view kExtendedModel = "DAVO-E";
 constexpr const char* kNoModel = "DAVO N/A";
 
 constexpr int kFactsInterval = 2000;    // ms; what is plugged in shows up so soon
@@ -118,16 +115,11 @@ void frmMain::ConnectMenu() {
     });
     on(menu_.mnuAbout, [this] { mnuAbout_Click(); });
     // The marker is told to be checked even where the handler does not run: a click toggles it.
-    const auto marker = [this](QAction* item, const char* kneepointType) {
-        connect(item, &QAction::triggered, this, [this, kneepointType] {
-            if (menu_.FileEnabled()) state_.settings.kneepointType = QLatin1String(kneepointType);
-            menu_.CheckKneepoint(state_.settings.kneepointType);
-            ShowFacts();
-        });
-    };
-    marker(menu_.mnuKneepoint30, kKneeIeee30);
-    marker(menu_.mnuKneepoint45, kKneeIeee45);
-    marker(menu_.mnuKneepointASA10, kKneeAsa);
+    menu_.ConnectKneepoint([this](const QString& kneepointType) {
+        if (menu_.FileEnabled()) state_.settings.kneepointType = kneepointType;
+        menu_.CheckKneepoint(state_.settings.kneepointType);
+        ShowFacts();
+    });
 }
 
 // --- Load ---------------------------------------------------------------------------------------
@@ -318,14 +310,12 @@ void frmMain::RunTest(bool ratioOnly) {
     model.clear();
     if (OpenPort()) services_.link.ReadInstrumentModel(model);
     if (closeWanted_) return;
-    if (!Contains(model, kModel)) {
-        services_.prompts.Message(QStringLiteral("Cannot read option, please try again."));
-    } else if (!Contains(model, kExtendedModel)) {
-        services_.prompts.Message(QStringLiteral("This option is not available on your DAVO."));
-    } else {
-        state_.modes.modelIsExtended = true;
-        WithFileDisabled([this] { ShowTestWindow(); });
+    if (const QString why = WhyNoTest(model); !why.isEmpty()) {
+        services_.prompts.Message(why);
+        return;
     }
+    state_.modes.modelIsExtended = true;
+    WithFileDisabled([this] { ShowTestWindow(); });
 }
 
 void frmMain::ShowTestWindow() {

@@ -5,6 +5,7 @@
 #include <QActionGroup>
 #include <QMenu>
 #include <QMenuBar>
+#include <utility>
 
 #include "common/settings.h"
 #include "ui/form_parts.h"
@@ -91,6 +92,17 @@ void MainMenu::EnableWorking(bool enabled) {
 void MainMenu::EnableRecordItems(bool enabled) {
     for (QAction* item : {mnuFileUtil, mnuOverlay, mnuSetDescr})
         item->setEnabled(enabled);
+}
+
+void MainMenu::ConnectKneepoint(const std::function<void(const QString&)>& chosen) {
+    const std::pair<QAction*, const char*> markers[] = {{mnuKneepoint30, kKneeIeee30},
+                                                        {mnuKneepoint45, kKneeIeee45},
+                                                        {mnuKneepointASA10, kKneeAsa}};
+    for (const auto& [item, type] : markers) {
+        QObject::connect(
+            item, &QAction::triggered, item,
+            [chosen, kneepointType = QString(QLatin1String(type))] { chosen(kneepointType); });
+    }
 }
 
 void MainMenu::CheckKneepoint(const QString& kneepointType) {

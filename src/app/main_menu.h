@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 class QAction;
 class QActionGroup;
@@ -44,6 +45,9 @@ struct MainMenu {
     // The items that work on saved records: File Utilities, Overlay 2 Tests and Test Record Header
     // Information.
     void EnableRecordItems(bool enabled);
+
+    // Has the item of a kneepoint type call chosen with it.
+    void ConnectKneepoint(const std::function<void(const QString&)>& chosen);
 
     // Checks the item of kneepointType and no other; none when it is an unknown text.
     void CheckKneepoint(const QString& kneepointType);

@@ -82,6 +82,14 @@ QString ModelText(const std::string& instrumentModel) {
     return text.left(kMostCharacters - 1).trimmed() + QChar(0x2026);
 }
 
+QString WhyNoTest(const std::string& instrumentModel) {
+    if (!Contains(instrumentModel, "DAVO"))
+        return QStringLiteral("Cannot read option, please try again.");
+    if (!Contains(instrumentModel, "DAVO-E"))
+        return QStringLiteral("This option is not available on your DAVO.");
+    return {};
+}
+
 QString ModelWords(const std::string& instrumentModel) {
     return instrumentModel.empty() ? QStringLiteral("Instrument not asked yet")
                                    : ModelText(instrumentModel);

@@ -53,6 +53,9 @@ bool NeedsHelp(const LinkGlance& glance);
 // The model on one line and cut to what a model's name needs: noise on the line makes long ones.
 QString ModelText(const std::string& instrumentModel);
 
+// What keeps the instrument of that model from testing; empty when nothing does.
+QString WhyNoTest(const std::string& instrumentModel);
+
 // ModelText; a word for it while it was not read.
 QString ModelWords(const std::string& instrumentModel);
 
