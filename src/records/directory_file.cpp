@@ -14,6 +14,7 @@
 #include "common/places.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
+#include "records/header_table.h"
 #include "records/record_name.h"
 #include "records/sorting.h"
 
@@ -183,9 +184,9 @@ QString UnreadText(const RebuildResult& result, const QString& dataPath) {
 
 QString CleanedText(const RebuildResult& result) {
     if (result.cleaned.empty()) return {};
-    return QStringLiteral("The header of %1 has control characters, shown as \"?\".")
-        .arg(result.cleaned.size() == 1 ? result.cleaned.front()
-                                        : QStringLiteral("%1 files").arg(result.cleaned.size()));
+    return CleanedHeaderText(result.cleaned.size() == 1
+                                 ? result.cleaned.front()
+                                 : QStringLiteral("%1 files").arg(result.cleaned.size()));
 }
 
 QString NotSavedText(const RebuildResult& result) {

@@ -28,6 +28,10 @@ std::optional<int> FieldOfHeaderLine(std::string_view line) {
     return std::nullopt;
 }
 
+QString CleanedHeaderText(const QString& name) {
+    return QStringLiteral("The header of %1 has control characters, shown as \"?\".").arg(name);
+}
+
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath) {
     const QString path = HeaderFilePath(dataPath);
     if (FileExists(path)) {

@@ -36,6 +36,9 @@ struct HeaderTable {
 // of ReadLines.
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath);
 
+// What is told of a header, named as it is told, whose control characters are shown as "?".
+QString CleanedHeaderText(const QString& name);
+
 // The field (0 company to 7 operator) that LoadHeaderFile takes a line of "Davo.ini" for; nothing
 // when the line has no key.
 std::optional<int> FieldOfHeaderLine(std::string_view line);

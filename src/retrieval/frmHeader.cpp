@@ -61,6 +61,15 @@ bool FitsSlot(const QString& input) {
     return text && text->find(kEmptySlotFill) == std::string::npos;
 }
 
+// Replaces the control characters of texts, which are the header of name; what is told of them.
+template <class Texts>
+QString Clean(Texts& texts, const QString& name) {
+    std::size_t controls = 0;
+    for (std::string& text : texts)
+        controls += ReplaceControls(text);
+    return controls == 0 ? QString() : CleanedHeaderText(name);
+}
+
 // The label, level with its control.
 QLabel* AddRow(QFormLayout* form, const QString& caption, QWidget* control) {
     auto* label = new QLabel(caption, control->parentWidget());
@@ -184,6 +193,7 @@ void frmHeader::Form_Load() {
         HeaderBoxes boxes;
         for (int i = 0; i < kHeaderFieldCount; ++i)
             boxes.at(static_cast<std::size_t>(i)) = TrimBlanks(header_.Field(i));
+        lblUsed_->setText(Clean(boxes, QStringLiteral("the PC")));
         ShowBoxes(boxes);
     }
     txtHeader_.front()->setFocus();
@@ -337,8 +347,9 @@ void frmHeader::ReadSlots() {
     Converse([this] {
         slotsRead_ = exchange_->Read(targets_->slots);
         edited_ = false;
+        const QString cleaned = Clean(targets_->slots, QStringLiteral("the DAVO"));
         ShowSlot();
-        lblUsed_->setText(slotsRead_ ? QString()
+        lblUsed_->setText(slotsRead_ ? cleaned
                                      : QStringLiteral("The headers of the DAVO were not read."));
     });
 }

@@ -150,6 +150,27 @@ TEST_F(HeaderModes, Mode2ReadsAndShowsTheSlots) {
     EXPECT_THAT(line.prompts.shown, IsEmpty());
 }
 
+TEST_F(HeaderModes, ControlCharactersAreShownReplacedAndTold) {
+    header.Field(0) = "AC\x01ME\x7F             ";
+    Open(HeaderMode::Pc);
+    EXPECT_EQ(Text(0), "AC?ME?");
+    EXPECT_EQ(Status(), "The header of the PC has control characters, shown as \"?\".");
+    Save();
+    EXPECT_EQ(header.Field(0), "AC?ME?              ");
+    EXPECT_THAT(ReadLines(folder.Path("Davo.ini")), Contains("COMPANY:AC?ME?              "));
+}
+
+TEST_F(HeaderModes, Mode2ShowsAndSendsControlCharactersReplaced) {
+    filled[1][2] = '\x02';
+    AnswerRead(JoinSlots(filled));
+    OpenAndRead();
+    EXPECT_EQ(Status(), "The header of the DAVO has control characters, shown as \"?\".");
+    EXPECT_EQ(Text(0), "ACME");
+    Choose(2);
+    EXPECT_EQ(Text(0), "OT?ER");
+    EXPECT_EQ(slots[1], PadRight("OT?ER", 160)) << "what is sent";
+}
+
 TEST_F(HeaderModes, Mode2SaysWhenTheInstrumentIsSilentAndStaysUsable) {
     OpenAndRead();
     EXPECT_THAT(line.prompts.shown, ElementsAre(kNotReady));
