@@ -16,6 +16,13 @@ bool IsBlank(const ControlView& box) {
     return TrimBlanks(box.text).empty();
 }
 
+// The capture file is read by its lines: a line end that noise put into the ratio's text would push
+// the lines after it out of their places.
+std::string OneLine(std::string text) {
+    std::erase_if(text, [](char c) { return c == '\r' || c == '\n'; });
+    return text;
+}
+
 }  // namespace
 
 std::optional<std::string> NameplateRatio(const std::string& hCurrent,
@@ -49,14 +56,20 @@ std::optional<std::string> PolarityWord(char sign) {
     }
 }
 
+std::string DescribeRatio(const std::string& ratio) {
+    const std::string text = TrimBlanks(OneLine(ratio));
+    const std::size_t colon = text.find(':');
+    const bool plain = WholeNumericValue(text.substr(0, colon)) &&
+                       (colon == std::string::npos || WholeNumericValue(text.substr(colon + 1)));
+    if (text.empty() || plain) return {};
+    return "The ratio of this shot is no plain number: \"" + text +
+           "\". Press Repeat Test to drop the shot and run it again.";
+}
+
 std::string ShotBlock(std::string_view rawRecord, const ShotScreen& screen) {
     const std::string end(kLineEnd);
-    // The capture file is read by its lines: a line end that noise put into the ratio's text would
-    // push the lines after it out of their places.
-    std::string ratio = screen.txtRatio.text;
-    std::erase_if(ratio, [](char c) { return c == '\r' || c == '\n'; });
     std::string block = std::string(rawRecord) + end;
-    PutRecordLine(block, kMeasuredRatioKey, ratio);
+    PutRecordLine(block, kMeasuredRatioKey, OneLine(screen.txtRatio.text));
     if (IsBlank(screen.txtHVolt) || IsBlank(screen.txtXVolt) || IsBlank(screen.txtCRatio) ||
         IsBlank(screen.txtPE)) {
         PutRecordLine(block, kNameplateRatioKey, "N/A");

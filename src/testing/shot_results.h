@@ -20,6 +20,10 @@ std::optional<std::string> PercentError(const std::string& measured, const std::
 // What the sign behind "POLARITY=" is shown as; nothing for another character.
 std::optional<std::string> PolarityWord(char sign);
 
+// What is to be said of the text of a measured ratio; empty of none, of a number, and of two with a
+// colon between them.
+std::string DescribeRatio(const std::string& ratio);
+
 // A shot as the capture file holds it: the record, the three ratio lines of what the screen shows,
 // and an empty line, each ended by CR LF.
 std::string ShotBlock(std::string_view rawRecord, const ShotScreen& screen);

@@ -390,11 +390,14 @@ void ShotSequence::AcceptShot() {
     shot_.screen.lblTest = {"TEST COMPLETE.", true, true};
     if (!notSafe.isEmpty()) around_.prompts.MessageAfter(notSafe);
 
+    damageText_ = DescribeRatio(shot_.screen.txtRatio.text);
     const std::string damage = DescribeRecordDamage(shot_.rawRecord);
-    if (damage.empty()) return;
     const QString text = DamageText(damage);
-    damageText_ = text.toStdString();
+    if (!damage.empty()) {
+        damageText_ = text.toStdString() + (damageText_.empty() ? "" : "\r\n") + damageText_;
+    }
     ShowDamage();
+    if (damage.empty()) return;
     around_.prompts.MessageAfter(text);
 }
 

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <set>
 
+#include "common/text.h"
 #include "tests/support/random_rounds.h"
 #include "tests/support/testing.h"
 #include "tests/testing/shot_script.h"
@@ -37,6 +38,7 @@ struct Counts {
     int waiting = 0;       // not completed before anything had come in the step
     int startedAgain = 0;
     int ratioChanged = 0;
+    int ratioTold = 0;  // of these, and said
 };
 
 bool IsDigit(char c) {
@@ -171,14 +173,23 @@ void FaultMatrixTest::RunCase(const Fault& fault) {
     ASSERT_EQ(shots[0].hexText, whole.hexText);
     ASSERT_EQ(shots[0].measuredRatio, whole.measuredRatio);
     const bool damaged = shots[1].hexText != whole.hexText;
-    const bool shown = rig.Screen().lblDamage.visible;
+    const std::string& said = rig.Screen().lblDamage.text;
+    const bool shown = Contains(said, "The record of this shot is damaged");
+    const bool ratioTold = Contains(said, "The ratio of this shot is no plain number");
     ASSERT_EQ(rig.prompts.shown.size(), (GetParam() ? 0U : 1U) + (shown ? 1U : 0U));
     ASSERT_EQ(shown, damaged && !CannotBeSeen(fault));
     ASSERT_EQ(damaged && !shown, CannotBeSeen(fault));
     counts_.whole += damaged ? 0 : 1;
     counts_.damageShown += shown ? 1 : 0;
     counts_.damageUnseen += damaged && !shown ? 1 : 0;
-    counts_.ratioChanged += shots[1].measuredRatio != whole.measuredRatio ? 1 : 0;
+    const bool ratioChanged = shots[1].measuredRatio != whole.measuredRatio;
+    ASSERT_TRUE(ratioChanged || !ratioTold);
+    const bool legible =
+        shots[1].measuredRatio.find_first_not_of("0123456789.:+- EeDd") == std::string::npos;
+    ASSERT_TRUE(legible || ratioTold);
+    ASSERT_EQ(rig.Screen().lblDamage.visible, shown || ratioTold);
+    counts_.ratioChanged += ratioChanged ? 1 : 0;
+    counts_.ratioTold += ratioTold ? 1 : 0;
     if (fault.kind == Kind::Stall) {
         ASSERT_EQ(rig.CaptureBytes(), before + before);
     }
@@ -236,7 +247,8 @@ TEST_P(FaultMatrixTest, EveryFaultAtEveryByte) {
               << " stopped before a reading had come in the step, which shows its prompt, "
               << counts_.startedAgain << " unplugged, said and started again; in "
               << counts_.ratioChanged
-              << " completed ones the text of the ratio line was changed or lost" << std::endl;
+              << " completed ones the text of the ratio line was changed or lost, said in "
+              << counts_.ratioTold << ", else a number or nothing was left" << std::endl;
 }
 
 INSTANTIATE_TEST_SUITE_P(Shots, FaultMatrixTest, testing::Bool(), [](const auto& test) {

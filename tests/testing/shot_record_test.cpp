@@ -56,6 +56,37 @@ TEST_F(RecordTest, ControlCharactersOfARatioBecomeQuestionMarks) {
     EXPECT_NE(sequence.ShotTrailer().find("MEASURED RATIO: 24?0.?\r\n"), std::string::npos);
 }
 
+TEST_F(RecordTest, ARatioThatIsNoPlainNumberIsSaidOnTheWindow) {
+    OpenFor(true);
+    const auto said = [this](const std::string& ratio) {
+        RunRatioShot(ratio);
+        EXPECT_EQ(Screen().lblDamage.visible, !Screen().lblDamage.text.empty());
+        return Screen().lblDamage.text;
+    };
+    const auto notice = [](const std::string& ratio) {
+        return "The ratio of this shot is no plain number: \"" + ratio +
+               "\". Press Repeat Test to drop the shot and run it again.";
+    };
+    EXPECT_EQ(said("24\x01"
+                   "0.1"),
+              notice("24?0.1"));
+    EXPECT_EQ(said("24\xff"
+                   "0.1"),
+              notice("24\xff"
+                     "0.1"));
+    for (const char* odd : {"x40.1", "2x40.1", "240.1.5", "240.1:", "2 40.1"})
+        EXPECT_EQ(said(odd), notice(odd));
+    for (const char* plain : {"240.1", " 240.1 ", "240.7:1", "0", "", "\r240.1"})
+        EXPECT_EQ(said(plain), "") << plain;
+    EXPECT_TRUE(prompts.shown.empty()) << "no box";
+    sequence.cmdContinue_Click();
+    RunRatioShot("x1", Digits().substr(1));
+    EXPECT_THAT(Screen().lblDamage.text, HasSubstr("295 of 296 digits"));
+    EXPECT_THAT(Screen().lblDamage.text, EndsWith("\r\n" + notice("x1")));
+    sequence.cmdContinue_Click();
+    EXPECT_FALSE(Screen().lblDamage.visible);
+}
+
 TEST_F(RecordTest, ARecordWithoutAnyLineEndCompletesTheShot) {
     StartFullShot();
     Say("DATA" + Digits() + "DONE");
