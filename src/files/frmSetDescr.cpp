@@ -38,10 +38,11 @@ constexpr int kBoxLetters = 24;
 constexpr const char* kChangedMeanwhile =
     "The file '%1' has been changed since it was chosen. Do you want to write the header "
     "information into the changed file?";
+constexpr const char* kLineTaken =
+    "A line of the file '%1' would be taken for another one, and what belongs there would be lost. "
+    "Do you want to save all the same?";
 constexpr const char* kKeyInText =
-    "A text of the file '%1' holds the name of another line, such as \"SN:\" or \"NOTES\", and "
-    "would be taken for that line. What belongs there would be lost. Do you want to save all the "
-    "same?";
+    "What belongs there would be lost. Do you want to save '%1' all the same?";
 constexpr const char* kNotSaved =
     "The changes to the file '%1' are not saved. Do you want to leave without them?";
 
@@ -385,8 +386,14 @@ QStringList frmSetDescr::TakeHeader() {
     return cut;
 }
 
-bool frmSetDescr::Agrees(const char* question) const {
-    return prompts_.YesNo(QString(QLatin1String(question)).arg(Name()), Answer::No) == Answer::Yes;
+bool frmSetDescr::Agrees(const QString& question) const {
+    return prompts_.YesNo(question, Answer::No) == Answer::Yes;
+}
+
+bool frmSetDescr::AgreesToLose(const RecordHeaders& headers) const {
+    const QString told = TextsWithKeys(headers);
+    const char* question = told.isEmpty() ? kLineTaken : kKeyInText;
+    return Agrees(told + QString(QLatin1String(question)).arg(Name()));
 }
 
 bool frmSetDescr::WriteBack() {
@@ -398,7 +405,7 @@ bool frmSetDescr::WriteBack() {
 
 bool frmSetDescr::WriteTyped(const QString& path, const QStringList& cut) {
     if (!SurvivesRewrite(file_->bytes, file_->headers)) {
-        if (!Agrees(kKeyInText)) return false;
+        if (!AgreesToLose(file_->headers)) return false;
         // The question may have been open for minutes.
         const std::string now = ReadWholeFile(path);
         if (now != file_->bytes) return WriteMerged(path, cut, now);
@@ -411,10 +418,10 @@ bool frmSetDescr::WriteTyped(const QString& path, const QStringList& cut) {
 
 bool frmSetDescr::WriteMerged(const QString& path, const QStringList& cut,
                               const std::string& current) {
-    if (!Agrees(kChangedMeanwhile)) return false;
+    if (!Agrees(QString(QLatin1String(kChangedMeanwhile)).arg(Name()))) return false;
     MergedHeaders merged =
         MergeHeaders(ReadRecordHeaders(file_->bytes), file_->headers, ReadRecordHeaders(current));
-    if (!SurvivesRewrite(current, merged) && !Agrees(kKeyInText)) return false;
+    if (!SurvivesRewrite(current, merged) && !AgreesToLose(merged.headers)) return false;
     // The questions may have been open for minutes.
     const std::string now = ReadWholeFile(path);
     if (now != current) return WriteMerged(path, cut, now);

@@ -88,7 +88,9 @@ class frmSetDescr : public QWidget {
     // The same into a file that another program has made current meanwhile.
     bool WriteMerged(const QString& path, const QStringList& cut, const std::string& current);
     void Keep(std::string written, const QStringList& cut);
-    bool Agrees(const char* question) const;
+    bool Agrees(const QString& question) const;
+    // Asks whether to write headers, which do not survive that.
+    bool AgreesToLose(const RecordHeaders& headers) const;
     // Writes unsaved changes back; says why when that fails. False when the file stays in hand.
     bool MayLeaveFile();
 

@@ -63,6 +63,18 @@ std::string ValueOf(std::string_view line) {
     return TrimBlanks(line.substr(colon + 1));
 }
 
+// What is told of text in the line of key, unless that is read back as the line that it is.
+QString TextWithKey(const std::string& text, const std::string& key, const std::string& place) {
+    if (text.empty()) return {};
+    const std::string line = key + ": " + text;
+    const LineRole role = RoleOf(line);
+    std::string readBack = key;
+    if (role.kind == LineKind::Header) readBack = kHeaderKeys.at(role.field);
+    if (role.kind == LineKind::RecNumber) readBack = kRecordKey.substr(0, kRecordKey.size() - 1);
+    if (readBack == key && OpensNotes(line)) readBack = kNotesKey.substr(0, kNotesKey.size() - 1);
+    return readBack == key ? QString() : ReadBackText(text, key + place, readBack);
+}
+
 [[noreturn]] void FailTooManyTests() {
     throw RunTimeError(ErrorNumber::SubscriptOutOfRange,
                        "the file holds more than " + std::to_string(kMostTests) + " tests");
@@ -235,6 +247,18 @@ MergedHeaders MergeHeaders(const RecordHeaders& before, const RecordHeaders& typ
     merged.edits.fileNotes = typed.fileNotes != before.fileNotes;
     if (merged.edits.fileNotes) headers.fileNotes = typed.fileNotes;
     return merged;
+}
+
+QString TextsWithKeys(const RecordHeaders& headers) {
+    QString told;
+    for (std::size_t i = 0; i < headers.header.size(); ++i)
+        told += TextWithKey(headers.header.at(i), kHeaderKeys.at(i), {});
+    for (std::size_t i = 0; i < headers.recNumbers.size(); ++i) {
+        const std::string place = ' ' + headers.recNumbers[i];
+        told += TextWithKey(headers.testDescriptions.at(i), "TEST DESCRIPTION", place);
+        told += TextWithKey(headers.testNotes.at(i), "TEST NOTES", place);
+    }
+    return told;
 }
 
 std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QString>
 #include <array>
 #include <string>
 #include <string_view>
@@ -64,6 +65,9 @@ MergedHeaders MergeHeaders(const RecordHeaders& before, const RecordHeaders& typ
 
 // RewriteRecord of what is merged, with every line kept as it is that the operator has not changed.
 std::string RewriteEdits(std::string_view file, const MergedHeaders& merged);
+
+// What is told of each text of headers that holds the key of another line; empty when none does.
+QString TextsWithKeys(const RecordHeaders& headers);
 
 // Whether the rewritten file holds what headers says and can be edited again without a change.
 // It does not when a text holds the key of another line, for that line is then taken for the

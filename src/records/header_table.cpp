@@ -32,6 +32,11 @@ QString CleanedHeaderText(const QString& name) {
     return QStringLiteral("The header of %1 has control characters, shown as \"?\".").arg(name);
 }
 
+QString ReadBackText(const std::string& text, const std::string& key, const std::string& readBack) {
+    return QStringLiteral("The text \"%1\" of %2 would be read back as %3.\r\n")
+        .arg(FromPage(TrimBlanks(text)), FromPage(key), FromPage(readBack));
+}
+
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath) {
     const QString path = HeaderFilePath(dataPath);
     if (FileExists(path)) {

@@ -43,6 +43,9 @@ QString CleanedHeaderText(const QString& name);
 // when the line has no key.
 std::optional<int> FieldOfHeaderLine(std::string_view line);
 
+// What is told of a field whose text holds the key of another line, with its line end.
+QString ReadBackText(const std::string& text, const std::string& key, const std::string& readBack);
+
 // Writes the eight lines of "Davo.ini" in dataPath, atomically. Throws the errors of ReplaceFile.
 void SaveHeaderFile(const HeaderTable& table, const QString& dataPath);
 

@@ -280,9 +280,8 @@ bool frmHeader::MaySave(const HeaderBoxes& fields) {
         const std::string key = kHeaderKeys.at(i);
         const auto readBack = FieldOfHeaderLine(key + ":" + fields.at(i));
         if (std::cmp_equal(*readBack, i)) continue;
-        question += QStringLiteral("The text \"%1\" of %2 would be read back as %3.\r\n")
-                        .arg(FromPage(TrimBlanks(fields.at(i))), QLatin1String(key),
-                             QLatin1String(kHeaderKeys.at(static_cast<std::size_t>(*readBack))));
+        question +=
+            ReadBackText(fields.at(i), key, kHeaderKeys.at(static_cast<std::size_t>(*readBack)));
     }
     return question.isEmpty() ||
            prompts_.YesNo(question + QStringLiteral("Do you want to save the header all the same?"),

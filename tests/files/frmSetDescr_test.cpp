@@ -22,10 +22,8 @@ const char* const kNotSaved =
 const char* const kChangedMeanwhile =
     "The file 'T1' has been changed since it was chosen. Do you want to write the header "
     "information into the changed file?";
-const char* const kKeyInText =
-    "A text of the file 'T1' holds the name of another line, such as \"SN:\" or \"NOTES\", and "
-    "would be taken for that line. What belongs there would be lost. Do you want to save all the "
-    "same?";
+const std::string kSaveAllTheSame =
+    "What belongs there would be lost. Do you want to save 'T1' all the same?";
 
 // The editor over a folder with the records T1 (three tests, with texts and notes) and T2 (one
 // test, without); its real lists, boxes and buttons are used.
@@ -511,12 +509,44 @@ TEST_F(SetDescrWindow, ATextWithTheKeyOfAnotherLineIsAskedAbout) {
     Type("txtHeader6", "SN: 5");
     prompts.answers = {Answer::No};
     Click("cmdSave");
-    EXPECT_THAT(Shown(), ElementsAre(kKeyInText));
+    EXPECT_THAT(Shown(),
+                ElementsAre("The text \"SN: 5\" of COMMENTS would be read back as SN.\r\n" +
+                            kSaveAllTheSame));
     EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
     EXPECT_EQ(Bytes("T1"), before);
     prompts.answers = {Answer::Yes};
     Click("cmdSave");
     EXPECT_EQ(Headers("T1").header[6], "SN: 5");
+}
+
+TEST_F(SetDescrWindow, EveryTextWithTheKeyOfAnotherLineIsNamed) {
+    OpenAt("T1", 1);
+    Type("txtHeader1", "see NOTES");
+    Type("txtTestDescr", "MODEL: A");
+    Type("txtTestNotes", "REC NUMBER: 2");
+    const std::string theirs = HeaderOfT1("North", "99") + ShotText(1) + ShotText(2) + ShotText(3);
+    Put("T1", theirs);
+    prompts.answers = {Answer::Yes, Answer::No, Answer::No};
+    window->close();
+    ASSERT_GE(prompts.shown.size(), 2U);
+    EXPECT_EQ(Shown()[0], kChangedMeanwhile);
+    EXPECT_EQ(Shown()[1],
+              "The text \"see NOTES\" of STATION would be read back as NOTES.\r\n"
+              "The text \"MODEL: A\" of TEST DESCRIPTION 2 would be read back as MODEL.\r\n"
+              "The text \"REC NUMBER: 2\" of TEST NOTES 2 would be read back as REC NUMBER.\r\n" +
+                  kSaveAllTheSame);
+    EXPECT_EQ(Bytes("T1"), theirs);
+}
+
+TEST_F(SetDescrWindow, ALineOfTheFileThatIsTakenForAnotherIsAskedAbout) {
+    Put("T1", HeaderOfT1("North", "12") + "NOTES\r\n" + ShotText(1));
+    OpenAt("T1");
+    Type("txtHeader6", "plain");
+    prompts.answers = {Answer::No};
+    Click("cmdSave");
+    EXPECT_THAT(Shown(),
+                ElementsAre("A line of the file 'T1' would be taken for another one, and what "
+                            "belongs there would be lost. Do you want to save all the same?"));
 }
 
 TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {
