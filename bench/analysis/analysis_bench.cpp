@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All three kneepoints of a test of 32 points, and the insertion of its grid points, as ratios to a
-// plain pass over the same curve in the same run: the relative changes and ratios of the same
-// pairs, not rounded as text.
+// All three kneepoints of a test of 32 points, the insertion of its grid points, and the kneepoints
+// with their doubts and smooth ones, as ratios to a plain pass over the same curve in the same run:
+// the relative changes and ratios of the same pairs, not rounded as text.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "analysis/grid_points.h"
+#include "analysis/knee_doubt.h"
 #include "analysis/kneepoint.h"
 
 namespace davo {
@@ -67,9 +68,19 @@ void BM_GridPoints(benchmark::State& state) {
         benchmark::DoNotOptimize(WithGridPoints(curve.current, curve.voltage));
 }
 
+void BM_JudgedKneepoints(benchmark::State& state) {
+    const Curve curve = SlowlyBentCurve();
+    std::vector<CurvePoint> points;
+    for (std::size_t i = 0; i < kPoints; ++i)
+        points.push_back({curve.current[i], curve.voltage[i]});
+    for (auto _ : state)
+        benchmark::DoNotOptimize(KneesOf(points));
+}
+
 BENCHMARK(BM_PlainPass);
 BENCHMARK(BM_ThreeKneepoints);
 BENCHMARK(BM_GridPoints);
+BENCHMARK(BM_JudgedKneepoints);
 
 // Prints the table as usual and then the ratios.
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -81,10 +92,11 @@ class RatioReporter : public benchmark::ConsoleReporter {
     }
 
     void Finalize() override {
-        if (times_.size() != 3) return;
+        if (times_.size() != 4) return;
         GetOutputStream() << "\nratio three kneepoints / plain pass: " << times_[1] / times_[0]
                           << "\nratio grid points / plain pass: " << times_[2] / times_[0]
                           << "\nthree kneepoints of 32 points: " << times_[1] / 1000
+                          << " microseconds\njudged kneepoints of 32 points: " << times_[3] / 1000
                           << " microseconds" << std::endl;
     }
 
