@@ -171,6 +171,7 @@ class XlsFinisher {
 
     void Put(std::size_t at, std::size_t number) {
         constexpr unsigned kByte = 8;
+        if (at + 1 >= stream_.size()) return;
         stream_.at(at) = static_cast<char>(number & 0xFFU);
         stream_.at(at + 1) = static_cast<char>(number >> kByte & 0xFFU);
     }

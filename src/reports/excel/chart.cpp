@@ -74,6 +74,14 @@ void SetSeries(const Object& target, const Workbook& workbook, const Chart& char
     }
 }
 
+void SetTitle(const Object& title, const std::string& text, int size) {
+    title.Set("Text", FromPage(text));
+    const Object font = title.Get("Font");
+    font.Set("Name", QStringLiteral("Arial"));
+    font.Set("Size", size);
+    font.Set("Bold", true);
+}
+
 void SetAxis(const Object& axis, const ChartAxes& axes, const std::string& title) {
     axis.Set("ScaleType", axes.logarithmic ? kScaleLogarithmic : kScaleLinear);
     for (const char* automatic :
@@ -90,7 +98,10 @@ void SetAxis(const Object& axis, const ChartAxes& axes, const std::string& title
     if (axes.majorGridlines) axis.Get("MajorGridlines").Get("Border").Set("ColorIndex", kGrey50);
     if (axes.minorGridlines) axis.Get("MinorGridlines").Get("Border").Set("ColorIndex", kGrey40);
     axis.Set("HasTitle", true);
-    axis.Get("AxisTitle").Set("Text", FromPage(title));
+    constexpr int kTitleSize = 10;
+    SetTitle(axis.Get("AxisTitle"), title, kTitleSize);
+    // Not that of the points' cells.
+    axis.Get("TickLabels").Set("NumberFormat", QStringLiteral("General"));
 }
 
 void SetPlotArea(const Object& target, const PlotArea& area) {
@@ -104,13 +115,12 @@ void SetPlotArea(const Object& target, const PlotArea& area) {
 }
 
 void SetTitleAndLegend(const Object& target, const Chart& chart) {
-    QString title;
-    for (const std::string& line : chart.titleLines) {
-        if (!title.isEmpty()) title += QLatin1Char('\n');
-        title += FromPage(line);
-    }
-    target.Set("HasTitle", !title.isEmpty());
-    if (!title.isEmpty()) target.Get("ChartTitle").Set("Text", title);
+    constexpr int kTitleSize = 12;
+    std::string title;
+    for (const std::string& line : chart.titleLines)
+        title += (title.empty() ? "" : "\n") + line;
+    target.Set("HasTitle", !title.empty());
+    if (!title.empty()) SetTitle(target.Get("ChartTitle"), title, kTitleSize);
     target.Set("HasLegend", chart.legend);
     if (!chart.legend) return;
     const Object legend = target.Get("Legend");

@@ -196,11 +196,14 @@ TEST_F(ExcelRendererTest, BothAxesAreAutomaticAndLogarithmicWithBothGrids) {
                    ".TickLabelPosition = -4134", ".HasMajorGridlines = true",
                    ".HasMinorGridlines = true"});
     }
-    ExpectLines({},
-                {"Chart.Axes(1).AxisTitle.Text = \"Amperes\"",
-                 "Chart.Axes(2).AxisTitle.Text = \"Volts\"", "Chart.PlotArea.Border.Weight = 2",
-                 "Chart.PlotArea.Border.LineStyle = -4105", "Chart.PlotArea.Fill.Visible = true",
-                 "Chart.PlotArea.Fill.ForeColor.SchemeColor = 2", "Chart.HasLegend = false"});
+    ExpectLines(
+        {},
+        {"Chart.Axes(1).AxisTitle.Text = \"Amperes\"", "Chart.Axes(1).AxisTitle.Font.Bold = true",
+         "Chart.ChartTitle.Font.Bold = true", "Chart.ChartTitle.Font.Size = 12",
+         "Chart.Axes(1).TickLabels.NumberFormat = \"General\"",
+         "Chart.Axes(2).AxisTitle.Text = \"Volts\"", "Chart.PlotArea.Border.Weight = 2",
+         "Chart.PlotArea.Border.LineStyle = -4105", "Chart.PlotArea.Fill.Visible = true",
+         "Chart.PlotArea.Fill.ForeColor.SchemeColor = 2", "Chart.HasLegend = false"});
     EXPECT_THAT(LinesWith(u"Chart.ChartTitle.Text"_s).value(0).toStdString(),
                 HasSubstr("\\nKneepoint Type - IEEE 30 Degree Marker\""));
 }
