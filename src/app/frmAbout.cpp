@@ -17,11 +17,11 @@ namespace davo {
 
 namespace {
 
-constexpr int kPicture = 96;
-constexpr int kMargin = 24;
+constexpr int kAboutPicture = 96;
+constexpr int kAboutMargin = 24;
 constexpr int kLeastTextWidth = 280;
-constexpr double kNameGrowth = 1.6;
-constexpr double kVersionGrowth = 1.3;
+constexpr double kAboutNameGrowth = 1.6;
+constexpr double kAboutVersionGrowth = 1.3;
 
 }  // namespace
 
@@ -30,13 +30,16 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     setWindowTitle(QStringLiteral("About DAVO"));
     setAttribute(Qt::WA_DeleteOnClose);
     auto* picture = new QLabel(this);
-    picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
-    QLabel* name = MakeParagraph(this, "lblName", QStringLiteral("DAVO PC-Interface"), kNameGrowth);
-    lblDavoVer_ = MakeLabel(this, "lblDavoVer", QStringLiteral("DAVO-E Rx.xx"), kVersionGrowth);
+    picture->setPixmap(
+        ProgramIcon().pixmap(QSize(kAboutPicture, kAboutPicture), devicePixelRatioF()));
+    QLabel* name =
+        MakeParagraph(this, "lblName", QStringLiteral("DAVO PC-Interface"), kAboutNameGrowth);
+    lblDavoVer_ =
+        MakeLabel(this, "lblDavoVer", QStringLiteral("DAVO-E Rx.xx"), kAboutVersionGrowth);
     auto* frame = Named(new QGroupBox(QStringLiteral("Software Rev."), this), "Frame1");
     auto* inFrame = new QVBoxLayout(frame);
     const QString version = QStringLiteral("DAVO-PC V.%1").arg(QLatin1String(kVersion));
-    inFrame->addWidget(MakeParagraph(frame, "lblDavoPcVer", version, kVersionGrowth));
+    inFrame->addWidget(MakeParagraph(frame, "lblDavoPcVer", version, kAboutVersionGrowth));
     auto* button = new BigButton(this, "Command1", "&OK");
     button->setDefault(true);
     connect(button, &QPushButton::clicked, this, &QDialog::close);
@@ -46,8 +49,8 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
         one->setMinimumWidth(kLeastTextWidth);
         texts->addWidget(one);
     }
-    auto* row = WithMargin(new QHBoxLayout(this), kMargin);
-    row->setSpacing(kMargin);
+    auto* row = WithMargin(new QHBoxLayout(this), kAboutMargin);
+    row->setSpacing(kAboutMargin);
     row->addWidget(picture, 0, Qt::AlignTop);
     row->addLayout(texts, 1);
 }

@@ -17,11 +17,11 @@ namespace davo {
 namespace {
 
 constexpr int kInterval = 1270;  // ms
-constexpr int kPicture = 128;
-constexpr int kMargin = 40;
+constexpr int kSplashPicture = 128;
+constexpr int kSplashMargin = 40;
 constexpr int kTextSpacing = 6;
-constexpr double kNameGrowth = 2.6;
-constexpr double kVersionGrowth = 1.3;
+constexpr double kSplashNameGrowth = 2.6;
+constexpr double kSplashVersionGrowth = 1.3;
 
 QLabel* MakeLine(QWidget* parent, const QString& text, double growth) {
     auto* label = new QLabel(text, parent);
@@ -40,18 +40,19 @@ frmSplash::frmSplash(BusyPointer& pointer, std::function<void()> showMain)
     setObjectName(QStringLiteral("frmSplash"));
     setWindowTitle(QStringLiteral("DAVO PC-Interface"));
     auto* picture = new QLabel(this);
-    picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
+    picture->setPixmap(
+        ProgramIcon().pixmap(QSize(kSplashPicture, kSplashPicture), devicePixelRatioF()));
     auto* texts = new QVBoxLayout;
     texts->setSpacing(kTextSpacing);
     texts->addStretch(1);
-    auto* name = MakeLine(this, windowTitle(), kNameGrowth);
+    auto* name = MakeLine(this, windowTitle(), kSplashNameGrowth);
     MakeBold(name);
     texts->addWidget(name);
     const QString version = QStringLiteral("V.%1").arg(QLatin1String(kVersion));
-    texts->addWidget(MakeLine(this, version, kVersionGrowth));
+    texts->addWidget(MakeLine(this, version, kSplashVersionGrowth));
     texts->addStretch(1);
-    auto* row = WithMargin(new QHBoxLayout(this), kMargin);
-    row->setSpacing(kMargin);
+    auto* row = WithMargin(new QHBoxLayout(this), kSplashMargin);
+    row->setSpacing(kSplashMargin);
     row->addWidget(picture);
     row->addLayout(texts);
     Timer1_.setObjectName(QStringLiteral("Timer1"));

@@ -21,9 +21,9 @@ namespace davo {
 
 namespace {
 
-constexpr int kMargin = 20;
-constexpr int kSpacing = 14;
-constexpr int kPicture = 64;
+constexpr int kPanelMargin = 20;
+constexpr int kPanelSpacing = 14;
+constexpr int kPanelPicture = 64;
 constexpr int kMostButtonHeight = 140;
 constexpr double kPortGrowth = 1.8;
 constexpr double kHeadingGrowth = 1.4;
@@ -91,11 +91,11 @@ QString WhyNoRecords(const HomeFacts& facts) {
 
 HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("homePanel"));
-    auto* grid = WithMargin(new QGridLayout(this), kMargin);
-    grid->setSpacing(kSpacing);
+    auto* grid = WithMargin(new QGridLayout(this), kPanelMargin);
+    grid->setSpacing(kPanelSpacing);
     grid->addWidget(BuildLink(), 0, 0, 1, 2);
     auto* buttons = new QVBoxLayout;
-    buttons->setSpacing(kSpacing);
+    buttons->setSpacing(kPanelSpacing);
     QWidget* lastButton = this;
     for (QAction* item : items) {
         lastButton = MakeButton(item, this);
@@ -112,9 +112,10 @@ HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWid
 QWidget* HomePanel::BuildLink() {
     auto* frame = Named(new QWidget(this), "link");
     auto* row = WithMargin(new QHBoxLayout(frame), 0);
-    row->setSpacing(kSpacing);
+    row->setSpacing(kPanelSpacing);
     auto* picture = new QLabel(frame);
-    picture->setPixmap(ProgramIcon().pixmap(QSize(kPicture, kPicture), devicePixelRatioF()));
+    picture->setPixmap(
+        ProgramIcon().pixmap(QSize(kPanelPicture, kPanelPicture), devicePixelRatioF()));
     row->addWidget(picture, 0, Qt::AlignTop);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);

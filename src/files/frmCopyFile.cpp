@@ -29,7 +29,7 @@ namespace {
 constexpr std::chrono::milliseconds kBarTick{50};
 constexpr qint64 kLeastShown = 30;  // ms
 constexpr int kWholeBar = 100;
-constexpr int kBoxHeight = 40;  // a glove meets it
+constexpr int kPathHeight = 40;  // a glove meets it
 
 }  // namespace
 
@@ -45,7 +45,7 @@ frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, P
     txtPath_ = Named(new QLineEdit(this), "txtPath");
     txtPath_->setAccessibleName(QStringLiteral("Target folder"));
     Enlarge(txtPath_);
-    txtPath_->setMinimumHeight(kBoxHeight);
+    txtPath_->setMinimumHeight(kPathHeight);
     row->addWidget(txtPath_, 1);
     cmdPath_ = new BigButton(this, "cmdPath", "&Path");
     cmdPath_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);

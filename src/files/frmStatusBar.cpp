@@ -22,7 +22,7 @@ namespace davo {
 namespace {
 
 constexpr std::chrono::milliseconds kTick{1};
-constexpr int kWhole = 100;
+constexpr int kHundredPercent = 100;
 constexpr int kBarHeight = 36;
 
 }  // namespace
@@ -35,7 +35,7 @@ class SharePicture : public QWidget {
         setPercent(0);
     }
     void setPercent(int percent) {
-        percent_ = std::clamp(percent, 0, kWhole);
+        percent_ = std::clamp(percent, 0, kHundredPercent);
         setAccessibleName(Text());
         update();
     }
@@ -43,7 +43,7 @@ class SharePicture : public QWidget {
   protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        const QRect filled(0, 0, width() * percent_ / kWhole, height());
+        const QRect filled(0, 0, width() * percent_ / kHundredPercent, height());
         painter.fillRect(rect(), palette().base());
         painter.fillRect(filled, palette().highlight());
         // Each part of the number in the colour that is read on what lies under it.
@@ -123,7 +123,7 @@ void frmStatusBar::Timer1_Timer() {
     }
     endings_.Count(file, outcome);
     ++next_;
-    picStatus_->setPercent(static_cast<int>(next_ * kWhole / files_.size()));
+    picStatus_->setPercent(static_cast<int>(next_ * kHundredPercent / files_.size()));
 }
 
 void frmStatusBar::closeEvent(QCloseEvent* event) {

@@ -32,7 +32,7 @@ constexpr int kBoxHeight = 34;
 constexpr int kButtonHeight = 44;
 constexpr int kBarHeight = 14;
 constexpr double kLetterGrowth = 1.15;
-constexpr int kMargin = 16;
+constexpr int kFormMargin = 16;
 constexpr int kBoxLength = 50;  // average characters, so that twenty wide ones and their count fit
 constexpr int kComboLength = 6;
 // Characters between two pictures of the bar: each of them holds up the line for a moment.
@@ -87,9 +87,9 @@ frmHeader::frmHeader(HeaderMode mode, HeaderTable& header, Prompts& prompts, QWi
     setWindowTitle(QStringLiteral("Test Record Header Information"));
     setAttribute(Qt::WA_DeleteOnClose);
     Enlarge(this, kLetterGrowth);
-    auto* column = WithMargin(new QVBoxLayout(this), kMargin);
+    auto* column = WithMargin(new QVBoxLayout(this), kFormMargin);
     auto* form = new QFormLayout;
-    form->setHorizontalSpacing(kMargin);
+    form->setHorizontalSpacing(kFormMargin);
     column->addLayout(form);
     BuildSlotChoice(form);
     BuildBoxes(form);

@@ -13,7 +13,7 @@ namespace davo {
 namespace {
 
 constexpr int kLeastWidth = 360;  // of the buttons
-constexpr int kMargin = 24;
+constexpr int kChoiceMargin = 24;
 constexpr int kSpacing = 16;
 
 }  // namespace
@@ -22,7 +22,7 @@ frmHeaderOptn::frmHeaderOptn(QWidget* parent) : QDialog(parent) {
     setObjectName(QStringLiteral("frmHeaderOptn"));
     setWindowTitle(QStringLiteral("Choose Test Header"));
     setAttribute(Qt::WA_DeleteOnClose);
-    auto* column = WithMargin(new QVBoxLayout(this), kMargin);
+    auto* column = WithMargin(new QVBoxLayout(this), kChoiceMargin);
     column->setSpacing(kSpacing);
     const auto add = [this, column](const char* name, HeaderMode mode, const char* caption) {
         auto* button = new BigButton(this, name, caption);

@@ -38,7 +38,7 @@ namespace {
 
 constexpr double kStatusGrowth = 1.5;
 constexpr int kOptionRoom = 24;
-constexpr int kMargin = 12;
+constexpr int kListMargin = 12;
 constexpr int kLeastListRows = 4;
 
 // The option buttons in their order on the window, and what they stand for.
@@ -79,7 +79,7 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     BuildTop(column);
     BuildList(column);
     BuildBottom(column);
-    auto* whole = WithMargin(new QVBoxLayout(this), kMargin);
+    auto* whole = WithMargin(new QVBoxLayout(this), kListMargin);
     if (mode_ == ListMode::Folder) {
         beside_ = new BesideRecords(controls, *lvTest_, 1, *cmdRecord_, around_.prompts, this);
         whole->addWidget(beside_);

@@ -16,10 +16,10 @@ namespace davo {
 namespace {
 
 QDate DateKey(std::string_view entry) {
-    constexpr std::size_t kDateWidth = 8;
+    constexpr std::size_t kWidth = 8;
     const std::size_t mark = entry.find('!');
     if (mark == std::string_view::npos) return kNoRecordDate;
-    return ParseRecordDate(Middle(entry, mark + 1, kDateWidth)).value_or(kNoRecordDate);
+    return ParseRecordDate(Middle(entry, mark + 1, kWidth)).value_or(kNoRecordDate);
 }
 
 std::string NameKey(std::string_view entry) {

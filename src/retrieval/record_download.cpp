@@ -17,7 +17,7 @@ namespace davo {
 
 namespace {
 
-constexpr std::size_t kNumberAt = 4;  // of a record name, behind "TST_"
+constexpr std::size_t kNumberInName = 4;  // of a record name, behind "TST_"
 constexpr std::string_view kNotFound = "Record Not Found";
 constexpr std::string_view kReplyEnd = "\r\nDONE\r\n";
 constexpr qsizetype kMostRemarks = 12;
@@ -36,10 +36,10 @@ std::string NameOf(const std::string& entry) {
 
 // The number of tests that an entry tells, as its text; empty when it tells none.
 std::string_view TestsText(std::string_view entry) {
-    constexpr std::string_view kTests = "TESTS=";
-    const std::size_t found = entry.find(kTests);
+    constexpr std::string_view kTestsKey = "TESTS=";
+    const std::size_t found = entry.find(kTestsKey);
     return found == std::string_view::npos ? std::string_view()
-                                           : Middle(entry, found + kTests.size(), 2);
+                                           : Middle(entry, found + kTestsKey.size(), 2);
 }
 
 // The number of tests that an entry tells; 0 when it tells none, and when they are a hundred, which
@@ -243,7 +243,8 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
     }
 
     std::string reply;
-    if (const auto ended = Exchange("L" + std::string(Middle(name, kNumberAt)), kLineEnd, reply)) {
+    if (const auto ended =
+            Exchange("L" + std::string(Middle(name, kNumberInName)), kLineEnd, reply)) {
         return *ended;
     }
     if (Contains(reply, kNotFound)) {

@@ -10,7 +10,6 @@ namespace davo {
 
 namespace {
 
-constexpr double kPixelsPerPoint = 96.0 / 72.0;
 // What libxlsxwriter scales a chart's size from, in pixels.
 constexpr double kPresetWidth = 480;
 constexpr double kPresetHeight = 288;
@@ -152,8 +151,8 @@ void WriteXlsxChart(const Workbook& workbook, const Chart& chart, lxw_workbook* 
     WriteLegend(chart, made);
     lxw_chart_options options{};
     // A pixel less, or its frame falls out of the print area that ends where it ends.
-    options.x_scale = (chart.width * kPixelsPerPoint - 1) / kPresetWidth;
-    options.y_scale = (chart.height * kPixelsPerPoint - 1) / kPresetHeight;
+    options.x_scale = (chart.width * kXlsxPixelsPerPoint - 1) / kPresetWidth;
+    options.y_scale = (chart.height * kXlsxPixelsPerPoint - 1) / kPresetHeight;
     RequireXlsx(worksheet_insert_chart_opt(onto, XlsxRow(chart.anchor), XlsxColumn(chart.anchor),
                                            made, &options));
 }

@@ -19,7 +19,6 @@ namespace {
 constexpr lxw_color_t kBlue = 0x1A2F42;
 constexpr lxw_color_t kSilver = 0xC0C0C0;
 constexpr double kPictureWidth = 160;  // points
-constexpr double kPixelsPerPoint = 96.0 / 72.0;
 
 // A PNG's width in pixels stands behind its signature and the head of its first part.
 quint32 PngWidth(const QByteArray& png) {
@@ -49,7 +48,7 @@ void PutLetterheadPicture(lxw_worksheet* sheet, const QByteArray& picture) {
     lxw_image_options options{};
     options.x_offset = 3;  // pixels
     options.y_offset = 4;
-    options.x_scale = kPictureWidth * kPixelsPerPoint / PngWidth(picture);
+    options.x_scale = kPictureWidth * kXlsxPixelsPerPoint / PngWidth(picture);
     options.y_scale = options.x_scale;
     options.description = name.data();
     RequireXlsx(worksheet_insert_image_buffer_opt(

@@ -12,6 +12,8 @@
 // What all parts of the built-in renderer share.
 namespace davo {
 
+inline constexpr double kXlsxPixelsPerPoint = 96.0 / 72.0;
+
 // libxlsxwriter takes UTF-8.
 inline std::string Utf8(const std::string& page) {
     return FromPage(page).toStdString();
