@@ -24,8 +24,8 @@ target_include_directories(davo_flags INTERFACE "${CMAKE_SOURCE_DIR}/src")
 # as quickly as can be; what it tests is compiled as it is shipped.
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1 -DNDEBUG")
 set(DAVO_TEST_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O0>")
-# Anonymous namespaces of a test's sources are then one.
-option(DAVO_UNITY "Compile sources that share what they include as one" ON)
+# Anonymous namespaces of a folder's sources are then one.
+option(DAVO_UNITY "Compile the sources of a folder as one" ON)
 
 option(DAVO_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
 option(DAVO_COVERAGE "Coverage counters" OFF)
@@ -38,6 +38,22 @@ if(DAVO_COVERAGE)
   add_link_options(--coverage)
 endif()
 
+# davo_join(<target>): compiles its sources of one folder as one, since most of the time goes
+# into what they include. Nobody has tried it elsewhere.
+function(davo_join target)
+  if(NOT DAVO_UNITY OR WIN32)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source IN LISTS sources)
+    cmake_path(GET source PARENT_PATH folder)
+    if(NOT folder MATCHES "^/")
+      set_source_files_properties("${source}" PROPERTIES UNITY_GROUP "all_${folder}")
+    endif()
+  endforeach()
+endfunction()
+
 # davo_library(<name> SOURCES ... [PLATFORM ...] [LINKS ...] [MOC])
 # PLATFORM names files without "_<platform>.cpp": the one for the target is chosen here.
 function(davo_library name)
@@ -46,6 +62,7 @@ function(davo_library name)
     list(APPEND ARG_SOURCES "${stem}_${DAVO_PLATFORM}.cpp")
   endforeach()
   add_library(${name} STATIC ${ARG_SOURCES})
+  davo_join(${name})
   target_link_libraries(${name} PUBLIC davo_flags ${ARG_LINKS})
   if("Qt6::Widgets" IN_LIST ARG_LINKS)
     davo_use_headers(${name} ui)
