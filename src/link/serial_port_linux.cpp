@@ -53,7 +53,7 @@ short PollUntil(int handle, short events, steady_clock::time_point until) {
 
 constexpr short kGone = POLLHUP | POLLERR | POLLNVAL;
 
-constexpr qint64 kMostGathered = 64 * 1024;  // bytes; the rest has its own event
+constexpr qint64 kMostGathered = qint64{64} * 1024;  // bytes; the rest has its own event
 
 class QtSerialPort : public SerialPort {
   public:
