@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// The drawing library is written with Qt's keywords: include this before any other header.
-#undef QT_NO_KEYWORDS
+// The drawing library is written with Qt's keywords: what includes this is compiled with them.
 #include <qcustomplot.h>
 
 #include <cmath>
