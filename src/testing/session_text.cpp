@@ -72,7 +72,8 @@ std::optional<std::string> SaturationPrompt(std::string_view text) {
     const std::size_t open = behind.find('(');
     const std::size_t close = open == kNone ? kNone : behind.find(')', open);
     if (close == kNone && lineEnd == kNone) return std::nullopt;
-    std::string prompt = std::string(kSaturationPrompt) + ' ';
+    std::string prompt(kSaturationPrompt);
+    prompt += ' ';
     if (close != kNone) prompt += behind.substr(open, close - open + 1);
     return prompt;
 }
