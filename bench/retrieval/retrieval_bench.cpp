@@ -165,7 +165,8 @@ void Run(int records) {
 }  // namespace
 }  // namespace davo
 
-// A short run downloads the shortest of the twenty records only: the longest takes a minute of line.
+// A short run downloads the shortest of the twenty records only: the longest takes a minute of
+// the line.
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     constexpr int kRecords = 20;
