@@ -95,6 +95,7 @@ class PeerDevice : public davo::PortDevices {
     explicit PeerDevice(const std::string& path) : path_(QString::fromStdString(path)) {}
     QString DeviceOf(std::int16_t) const override { return path_; }
     std::vector<davo::PresentPort> Present() const override { return {}; }
+    bool IsPresent(const QString&) const override { return true; }
     void Assign(std::int16_t, const QString&) override {}
     bool NeedsAssignment() const override { return true; }
 
