@@ -224,6 +224,8 @@ void frmCControl::cmdExit_Click() {
     controls_.cmdExit->setFocus();
     handlers_.Run([this] {
         TakeTyped();
+        // In a window that is not the active one no box was told that it was left.
+        sequence_.txtXVolt_LostFocus();
         const SaveOutcome outcome =
             ExitAndSave(sequence_, settings_, static_cast<bool>(Reports.make));
         closeWanted_ = outcome.closeWindow;
@@ -342,8 +344,10 @@ void frmCControl::Paint() {
 void frmCControl::LeaveFocusSafely(const ShotScreen& next) {
     // A control that is disabled hands the focus to the next one: Enter, pressed once more, would
     // cancel the test or leave. And what confirmed a step must not drop the shot.
+    // Behind a box the window has its focus widget all the same, to which the box's key goes next.
+    const QWidget* focused = window()->focusWidget();
     const bool wasOffered = std::exchange(repeatOffered_, sequence_.RepeatOffered());
-    if (repeatOffered_ && !wasOffered && (controls_.cmdContinue->hasFocus() || hasFocus())) {
+    if (repeatOffered_ && !wasOffered && (focused == controls_.cmdContinue || focused == this)) {
         controls_.cmdStart->setEnabled(next.cmdStart.enabled);
         controls_.cmdStart->setFocus();
     }
@@ -354,7 +358,7 @@ void frmCControl::LeaveFocusSafely(const ShotScreen& next) {
         {controls_.cmdHeader, next.cmdHeader.enabled},
         {controls_.cmdExit, next.cmdExit.enabled}};
     for (const auto& [button, enabled] : losing) {
-        if (!enabled && button->hasFocus()) setFocus();
+        if (!enabled && button == window()->focusWidget()) setFocus();
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The test window under the operator's hands and eyes: keys, focus, shortcuts, sizes.
 
+#include <QDialog>
 #include <QToolTip>
 #include <chrono>
 #include <set>
@@ -52,6 +53,51 @@ TEST_F(TestWindow, AKeyTooManyDoesNotDropTheShot) {
     Say(RecordOf(Digits()));
     EXPECT_EQ(Text("cmdContinue"), "&Repeat Test");
     EXPECT_TRUE(Button("cmdStart")->hasFocus());
+}
+
+// A box over the window, as a message is.
+class OpenBox : public QDialog {
+  public:
+    explicit OpenBox(QWidget* parent) : QDialog(parent) {
+        setModal(true);
+        show();
+        activateWindow();
+        button_.setFocus();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(this));
+        EXPECT_TRUE(Until([this] { return button_.hasFocus(); }));
+    }
+
+  private:
+    QPushButton button_{QStringLiteral("OK"), this};
+};
+
+TEST_F(TestWindow, AKeyTooManyDoesNotDropAShotThatEndedBehindABox) {
+    OpenAndStart();
+    Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+    EXPECT_TRUE(Button("cmdContinue")->hasFocus());
+    const OpenBox box(&main);
+    Say(RecordOf(Digits()));
+    EXPECT_EQ(Text("cmdContinue"), "&Repeat Test");
+    EXPECT_EQ(main.focusWidget(), Button("cmdStart")) << "what has the focus when the box is gone";
+}
+
+TEST_F(TestWindow, AButtonDisabledBehindABoxDoesNotHandTheFocusOn) {
+    Open();
+    Click("cmdStart");
+    Button("cmdContinue")->setFocus();
+    const OpenBox box(&main);
+    Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
+    EXPECT_FALSE(Enabled("cmdContinue"));
+    EXPECT_EQ(main.focusWidget(), window) << "what has the focus when the box is gone";
+}
+
+TEST_F(TestWindow, ExitTakesTheTypedTextsOverAlsoWhenNoBoxWasTold) {
+    OpenAndRun();
+    Box("txtHVolt")->setText(u"1000"_s);
+    Box("txtXVolt")->setText(u"3"_s);
+    EXPECT_EQ(Text("txtCRatio"), "");
+    window->Exit();
+    EXPECT_EQ(Text("txtCRatio"), "333.333");
 }
 
 TEST_F(TestWindow, AKeyHeldDownPressesOnce) {
