@@ -155,19 +155,24 @@ std::string FallText(const Fall& fall, const std::vector<CurvePoint>& points,
 }
 
 // What the smooth curve has against the printed kneepoint; empty where it agrees.
-std::string SmoothDoubt(const KneeFact& fact, const SmoothVerdict& verdict, double printed) {
+std::string SmoothDoubt(const KneeFact& fact, const SmoothVerdict& verdict,
+                        const CurvePoint& printed) {
     if (verdict.isOpen) {
         return "The points leave this kneepoint open: one step of the instrument's resolution, or "
                "their scatter, makes or removes it.";
     }
+    if (!fact.smooth && printed.current > verdict.reach) {
+        return "There are too few points to confirm this kneepoint: less than four, or none far "
+               "enough above it.";
+    }
     if (!fact.smooth) return "A smooth curve through the points has no such kneepoint.";
     const double voltage = fact.smooth->at.voltage;
     const double uncertainty = fact.smooth->uncertainty;
-    const bool agree = Agree(voltage, printed, TrustedDifference(fact.rule));
+    const bool agree = Agree(voltage, printed.voltage, TrustedDifference(fact.rule));
     if (agree && uncertainty <= kTrustedUncertainty * voltage) return {};
-    if (std::abs(voltage - printed) <= uncertainty) {
-        return "Too few points for this rule: even a smooth curve through them has its kneepoint "
-               "only at about " +
+    if (std::abs(voltage - printed.voltage) <= uncertainty) {
+        return "The points are too few, or scatter too much, for this rule: even a smooth curve "
+               "through them has its kneepoint only at about " +
                VoltsAndAmperes(*fact.smooth) + ".";
     }
     return "The points are too few or too uneven for this rule: a smooth curve through them has "
@@ -233,7 +238,7 @@ void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePo
         fact.doubt = FallText(fall, points, "move");
         break;
     }
-    AddSentence(fact.doubt, SmoothDoubt(fact, verdict, printed->voltage));
+    AddSentence(fact.doubt, SmoothDoubt(fact, verdict, *printed));
 }
 
 }  // namespace davo

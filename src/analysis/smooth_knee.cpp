@@ -100,12 +100,14 @@ SmoothVerdict RuleOnCurve::Verdict() const {
     SmoothVerdict verdict;
     if (!curve_.Exists()) return verdict;
     verdict.isBent = curve_.IsSurelyFlatter(limit_, curve_.First()) || Excess(Last()) > 0;
+    verdict.reach = std::exp(Last());
     const std::optional<double> lnI = Crossing();
     if (!lnI) return verdict;
     const bool isSure =
         curve_.IsSurelySteeper(limit_, *lnI) && curve_.IsSurelyFlatter(limit_, *lnI);
     if (isSure) verdict.knee = KneeAt(*lnI);
-    verdict.isOpen = !verdict.knee;
+    if (isSure && !verdict.knee) verdict.reach = 0;
+    verdict.isOpen = !isSure;
     return verdict;
 }
 

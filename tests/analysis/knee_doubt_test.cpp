@@ -360,9 +360,17 @@ TEST(KneeDoubt, ASmoothKneepointThatIsUncertainIsSaidToBe) {
     fact.printed = {Picture(smooth->at.voltage - smooth->uncertainty * 0.9, "0.0"), "0.5"};
     AddDoubts(fact, path, points, curve);
     EXPECT_EQ(fact.doubt,
-              "Too few points for this rule: even a smooth curve through them has its kneepoint "
-              "only at about " +
+              "The points are too few, or scatter too much, for this rule: even a smooth curve "
+              "through them has its kneepoint only at about " +
                   Shown(smooth) + ".");
+}
+
+TEST(KneeDoubt, WhereTheCurveCannotTellNothingIsDenied) {
+    const auto facts = KneesOf({{0, 0}, {0, 0}, {0.01, 10}, {0.02, 30}, {0.2, 32}});
+    EXPECT_TRUE(facts.at(1).At());
+    EXPECT_EQ(facts.at(1).doubt,
+              "There are too few points to confirm this kneepoint: less than four, or none far "
+              "enough above it.");
 }
 
 TEST(PublishedSmoothKnees, StandInTheDocumentAndAsaReachesTheBand) {

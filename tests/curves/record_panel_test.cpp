@@ -27,9 +27,11 @@ TEST_F(Panel, ShowsTheFactsOfARecord) {
                             "27.7 \u00b1 3.6 V", "24.1 V, 0.075 A (?)", "35.0 \u00b1 30.0 V",
                             "241.20", "240 (1200:5)", "0.50%", "IN PHASE", "IN PHASE, 1.5\u00b0"));
     EXPECT_EQ(Doubts(panel),
-              "IEEE 30: 29.9 V, 0.090 A. Too few points for this rule: even a smooth curve through "
+              "IEEE 30: 29.9 V, 0.090 A. The points are too few, or scatter too much, for this "
+              "rule: even a smooth curve through "
               "them has its kneepoint only at about 32.1 \u00b1 19.4 V, 0.1002 A.\n"
-              "ASA 10/50: 24.1 V, 0.075 A. Too few points for this rule: even a smooth curve "
+              "ASA 10/50: 24.1 V, 0.075 A. The points are too few, or scatter too much, for this "
+              "rule: even a smooth curve "
               "through them has its kneepoint only at about 35.0 \u00b1 30.0 V, 0.1218 A.");
     EXPECT_EQ(TheChart()->Across(), (LogSpan{-2, 1}));
     EXPECT_EQ(TheChart()->Up(), (LogSpan{1, 2}));
