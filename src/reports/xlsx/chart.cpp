@@ -51,7 +51,7 @@ void WriteAxis(lxw_chart_axis* axis, const ChartAxes& axes, const std::string& t
     chart_axis_set_name(axis, Utf8(title).c_str());
     chart_axis_set_name_font(axis, &titleFont);
     chart_axis_set_num_font(axis, &numberFont);
-    chart_axis_set_num_format(axis, "General");  // not that of the points' cells
+    chart_axis_set_num_format(axis, "General;General");  // not that of the points' cells
     constexpr std::uint16_t kLogBase = 10;
     if (axes.logarithmic) chart_axis_set_log_base(axis, kLogBase);
     chart_axis_set_major_tick_mark(axis, TickMarkOf(axes.majorTickMarks));
