@@ -256,6 +256,7 @@ void ChartMaker::SetName(const ChartSeries& series,
         range = RangeText(sheet_.finalName, {cell->place, cell->place});
     }
     const auto label = provider_->createDataSequenceByRangeRepresentation(range);
+    if (!label.is()) return;  // a legend with an entry too many is better than no report
     Set(PropertySet(label, UNO_QUERY_THROW), "Role", rtl::OUString("label"));
     values->setLabel(label);
 }

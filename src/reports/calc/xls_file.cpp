@@ -30,9 +30,10 @@ class CompoundStream {
         constexpr std::size_t kSectorShiftAt = 30;
         constexpr std::size_t kDirectoryAt = 48;
         constexpr std::size_t kEntry = 128;
-        constexpr std::size_t kLargestShift = 12;
+        constexpr std::size_t kSmallShift = 9;
+        constexpr std::size_t kLargeShift = 12;
         const std::size_t shift = NumberIn(file, kSectorShiftAt, 2);
-        if (shift == 0 || shift > kLargestShift) return;
+        if (shift != kSmallShift && shift != kLargeShift) return;
         sectorSize_ = std::size_t{1} << shift;
         for (const std::size_t sector : ChainFrom(NumberIn(file, kDirectoryAt, 4))) {
             const std::size_t begin = (sector + 1) * sectorSize_;
@@ -42,6 +43,9 @@ class CompoundStream {
                     constexpr std::size_t kSizeAt = 120;
                     sectors_ = ChainFrom(NumberIn(file_, at + kStartAt, 4));
                     size_ = NumberIn(file_, at + kSizeAt, 4);
+                    // A short stream is elsewhere, and of a very long one not all is found.
+                    constexpr std::size_t kShort = 4096;
+                    if (size_ < kShort || sectors_.size() * sectorSize_ < size_) sectors_.clear();
                     return;
                 }
             }
@@ -114,6 +118,8 @@ struct Record {
     std::size_t size = 0;  // of its data
 };
 constexpr std::size_t kRecordHead = 4;
+constexpr std::size_t kActiveSheet = 10;  // where the first window has it
+constexpr std::size_t kWindowSize = 6;    // of what is written of a sheet's window
 
 // Walks through the records of a workbook's stream.
 class XlsFinisher {
@@ -125,9 +131,10 @@ class XlsFinisher {
         for (std::size_t at = 0; at + kRecordHead <= stream_.size();) {
             const Record record{NumberIn(stream_, at, 2), at + kRecordHead,
                                 NumberIn(stream_, at + 2, 2)};
-            at = record.at + record.size;
-            if (at > stream_.size()) return;
+            if (record.at + record.size > stream_.size()) return;
             Visit(record);
+            // A series' name is another record by now.
+            at = record.at + NumberIn(stream_, at + 2, 2);
         }
     }
 
@@ -137,10 +144,9 @@ class XlsFinisher {
             BeginPart();
         } else if (record.kind == kEndOfPart) {
             --depth_;
-        } else if (record.kind == kFirstWindow) {
-            constexpr std::size_t kActiveSheet = 10;
+        } else if (record.kind == kFirstWindow && record.size >= kActiveSheet + 2) {
             Put(record.at + kActiveSheet, workbook_.activeSheet);
-        } else if (record.kind == kWindow && HasSheet()) {
+        } else if (record.kind == kWindow && record.size >= kWindowSize && HasSheet()) {
             ShowFrom(record.at);
         } else if (record.kind == kSeries && HasSheet() && depth_ == 2) {
             ++series_;

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "reports/calc/xls_file.h"
+
+#include <random>
+
+#include "common/files.h"
+#include "tests/support/random_rounds.h"
+#include "tests/support/testing.h"
+
+namespace davo::test {
+namespace {
+
+Workbook TwoSheets() {
+    Workbook workbook;
+    workbook.sheets.resize(2);
+    workbook.activeSheet = 1;
+    for (Sheet& sheet : workbook.sheets) {
+        Chart& chart = sheet.charts.emplace_back();
+        chart.legend = true;
+        chart.series.resize(2);
+        for (ChartSeries& series : chart.series)
+            series.inLegend = false;
+    }
+    return workbook;
+}
+
+std::string Template() {
+    return ReadWholeFile(
+        QStringLiteral(DAVO_TESTS_FOLDER "/../packaging/template/DAVO_Header.xls"));
+}
+
+TEST(XlsFile, PutsTheSheetThatIsSeenFirst) {
+    std::string bytes = Template();
+    const std::string before = bytes;
+    calc::FinishXls(bytes, TwoSheets());
+    EXPECT_NE(bytes, before);
+    EXPECT_EQ(bytes.size(), before.size());
+}
+
+TEST(XlsFile, LeavesAloneWhatIsNoWorkbook) {
+    for (const std::string& is : {std::string(), std::string("no workbook"), std::string(5000, 'x'),
+                                  std::string(5000, '\0'), Template().substr(0, 600)}) {
+        std::string bytes = is;
+        calc::FinishXls(bytes, TwoSheets());
+        EXPECT_EQ(bytes, is);
+    }
+}
+
+TEST(XlsFile, ADamagedFileKeepsItsSize) {
+    const std::string whole = Template();
+    std::mt19937_64 random(RandomSeed(std::random_device{}()));
+    const auto below = [&](std::size_t end) {
+        return std::uniform_int_distribution<std::size_t>(0, end - 1)(random);
+    };
+    constexpr int kRounds = 5000;
+    for (int round = 0; round < RandomRounds(kRounds); ++round) {
+        std::string bytes = whole.substr(0, round % 3 == 0 ? below(whole.size()) : whole.size());
+        constexpr std::size_t kHead = 512;
+        for (std::size_t n = below(20); n > 0 && !bytes.empty(); --n) {
+            const std::size_t end = n % 2 == 0 ? std::min(bytes.size(), kHead) : bytes.size();
+            bytes.at(below(end)) = static_cast<char>(below(256));
+        }
+        const std::size_t size = bytes.size();
+        calc::FinishXls(bytes, TwoSheets());
+        ASSERT_EQ(bytes.size(), size);
+    }
+}
+
+}  // namespace
+}  // namespace davo::test
