@@ -57,11 +57,14 @@ std::optional<std::string> PolarityWord(char sign) {
 }
 
 std::string DescribeRatio(const std::string& ratio) {
-    const std::string text = TrimBlanks(OneLine(ratio));
+    std::string text = TrimBlanks(OneLine(ratio));
     const std::size_t colon = text.find(':');
     const bool plain = WholeNumericValue(text.substr(0, colon)) &&
                        (colon == std::string::npos || WholeNumericValue(text.substr(colon + 1)));
     if (text.empty() || plain) return {};
+    // A line whose end was lost is as long as what follows it.
+    constexpr std::size_t kMostCharacters = 24;
+    if (text.size() > kMostCharacters) text = text.substr(0, kMostCharacters) + "...";
     return "The ratio of this shot is no plain number: \"" + text +
            "\". Press Repeat Test to drop the shot and run it again.";
 }

@@ -76,6 +76,7 @@ TEST_F(RecordTest, ARatioThatIsNoPlainNumberIsSaidOnTheWindow) {
                      "0.1"));
     for (const char* odd : {"x40.1", "2x40.1", "240.1.5", "240.1:", "2 40.1"})
         EXPECT_EQ(said(odd), notice(odd));
+    EXPECT_EQ(said("x" + std::string(40, '1')), notice("x" + std::string(23, '1') + "..."));
     for (const char* plain : {"240.1", " 240.1 ", "240.7:1", "0", "", "\r240.1"})
         EXPECT_EQ(said(plain), "") << plain;
     EXPECT_TRUE(prompts.shown.empty()) << "no box";
