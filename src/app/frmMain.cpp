@@ -380,9 +380,11 @@ void frmMain::ChildClosed() {
 }
 
 void frmMain::LookAround() {
-    const bool listed = state_.directory.listing.unread.isEmpty();
-    if (children_ == 0 && FolderExists(state_.settings.dataPath) != listed)
-        handlers_.RunAlone([this] { ListAgain(); });
+    if (children_ == 0 && !handlers_.Running()) {
+        const bool isThere = FolderExists(state_.settings.dataPath);
+        if (std::exchange(folderWasThere_, isThere) != isThere)
+            handlers_.RunAlone([this] { ListAgain(); });
+    }
     ShowFacts();
 }
 

@@ -122,6 +122,7 @@ class frmMain : public QMainWindow {
     std::vector<Notice> troubles_;  // of the load and of the sessions
     bool loaded_ = false;
     bool closeWanted_ = false;
+    bool folderWasThere_ = true;  // the data folder, when it was looked at last
     bool leaving_ = false;
     bool unloaded_ = false;
 };
