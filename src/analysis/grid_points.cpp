@@ -12,8 +12,7 @@ namespace {
 
 constexpr const char* kTwoPointsAboveGrid =
     "two points of a test are at 10 A or above, a report takes one. The record panel and its CSV "
-    "file "
-    "show the test.";
+    "file show the test.";
 
 double Finite(double value) {
     if (!std::isfinite(value)) throw RunTimeError(ErrorNumber::Overflow);

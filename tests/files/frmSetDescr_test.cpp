@@ -398,7 +398,6 @@ TEST_F(SetDescrWindow, AFileThatAnotherProgramChangedIsAskedAbout) {
     EXPECT_EQ(prompts.shown.size(), 3U);
 }
 
-// What another program wrote meanwhile stays, character for character.
 TEST_F(SetDescrWindow, WhatIsWrittenWhileTheQuestionIsOpenStays) {
     Open();
     ClickFile("T1");
@@ -416,6 +415,21 @@ TEST_F(SetDescrWindow, WhatIsWrittenWhileTheQuestionIsOpenStays) {
     EXPECT_EQ(Bytes("T1"), expected);
 }
 
+TEST_F(SetDescrWindow, WhatIsWrittenWhileATextIsAskedAboutStays) {
+    Open();
+    ClickFile("T1");
+    Type("txtHeader6", "SN: 5");
+    const std::string theirs = HeaderOfT1("West", "12.5") + ShotText(1) + ShotText(2) + ShotText(3);
+    prompts.answers = {Answer::Yes, Answer::Yes, Answer::Yes};
+    prompts.onQuestion = [&](const QString&) { Put("T1", theirs); };
+    Click("cmdSave");
+    std::string expected = theirs;
+    const std::string comments = "COMMENTS: ";
+    expected.replace(expected.find(comments) + comments.size(), 20, Padded("SN: 5"));
+    EXPECT_EQ(Bytes("T1"), expected);
+}
+
+// What another program wrote meanwhile stays, character for character.
 TEST_F(SetDescrWindow, IntoAChangedFileOnlyWhatTheOperatorChangedIsWritten) {
     Open();
     ClickFile("T1");

@@ -116,7 +116,7 @@ void Clear(const CellRange& range, const SheetReference& target) {
 }
 
 // What a model sheet can have of the sheets that are copied from it: the styles that all of them
-// begin with, the merges that all have, and the page and the selected cell of the first.
+// begin with, the merges that all have, and the page of the first.
 Sheet SharedByCopies(const Workbook& workbook) {
     Sheet shared;
     for (const Sheet& sheet : workbook.sheets) {
