@@ -7,6 +7,7 @@
 #include <QScopedValueRollback>
 #include <utility>
 
+#include "common/run_time_error.h"
 #include "common/text.h"
 #include "ui/close_form.h"
 
@@ -224,8 +225,12 @@ void frmCControl::cmdExit_Click() {
     controls_.cmdExit->setFocus();
     handlers_.Run([this] {
         TakeTyped();
-        // In a window that is not the active one no box was told that it was left.
-        sequence_.txtXVolt_LostFocus();
+        try {
+            // In a window that is not the active one no box was told that it was left.
+            sequence_.txtXVolt_LostFocus();
+        } catch (const RunTimeError&) {
+            // The journal: the end of the session, which writes the shot itself, says what failed.
+        }
         const SaveOutcome outcome =
             ExitAndSave(sequence_, settings_, static_cast<bool>(Reports.make));
         closeWanted_ = outcome.closeWindow;
