@@ -23,8 +23,8 @@ struct SmoothVerdict {
     // The curve has such a place, but the rounding or the scatter of the points can make it: it is
     // no kneepoint then.
     bool isOpen = false;
-    // Up to which current, in amperes, the rule can be asked of the curve; 0 where the points do not
-    // tell at all.
+    // Up to which current, in amperes, the rule can be asked of the curve; 0 where the points do
+    // not tell at all.
     double reach = 0;
     // The curve is surely bent more than the rule's limit somewhere, or it is at its end: the core
     // saturated.
