@@ -346,6 +346,10 @@ void frmHeader::ReadSlots() {
     Converse([this] {
         slotsRead_ = exchange_->Read(targets_->slots);
         edited_ = false;
+        for (std::string& slot : targets_->slots) {
+            // What follows the mark of an empty one is not shown.
+            if (IsEmptySlot(slot)) slot.assign(kHeaderSlotWidth, kEmptySlotFill);
+        }
         const QString cleaned = Clean(targets_->slots, QStringLiteral("the DAVO"));
         ShowSlot();
         lblUsed_->setText(slotsRead_ ? cleaned

@@ -171,6 +171,16 @@ TEST_F(HeaderModes, Mode2ShowsAndSendsControlCharactersReplaced) {
     EXPECT_EQ(slots[1], PadRight("OT?ER", 160)) << "what is sent";
 }
 
+TEST_F(HeaderModes, Mode2TellsNothingOfWhatAnEmptySlotHolds) {
+    std::string memory = JoinSlots(filled);
+    memory.replace(kHeaderSlotWidth, kHeaderSlotWidth, std::string(kHeaderSlotWidth, '\0'));
+    memory[kHeaderSlotWidth] = kEmptySlotFill;
+    AnswerRead(memory);
+    OpenAndRead();
+    EXPECT_EQ(Status(), "");
+    EXPECT_EQ(Text(0), "ACME");
+}
+
 TEST_F(HeaderModes, Mode2SaysWhenTheInstrumentIsSilentAndStaysUsable) {
     OpenAndRead();
     EXPECT_THAT(line.prompts.shown, ElementsAre(kNotReady));
