@@ -10,9 +10,9 @@ namespace davo {
 
 namespace {
 
-constexpr const char* kTwoPointsAboveGrid =
-    "two points of a test are at 10 A or above, a report takes one. The record panel and its CSV "
-    "file show the test.";
+constexpr const char* kPointsAboveGrid =
+    "the points of a test at 10 A or above do not fit a report. The record panel and its CSV file "
+    "show the test.";
 
 double Finite(double value) {
     if (!std::isfinite(value)) throw RunTimeError(ErrorNumber::Overflow);
@@ -45,7 +45,7 @@ class GridWalk {
 
 double GridWalk::Grid() const {
     if (g_ >= kGridCurrents.size())
-        throw RunTimeError(ErrorNumber::SubscriptOutOfRange, kTwoPointsAboveGrid);
+        throw RunTimeError(ErrorNumber::SubscriptOutOfRange, kPointsAboveGrid);
     return kGridCurrents.at(g_);
 }
 

@@ -86,9 +86,8 @@ TEST(GridPoints, ACurrentAboveTenAmperesBeforeTheLastPairIsASubscriptError) {
     EXPECT_EQ(test::MessageThrownBy([] {
                   WithGridPoints(Values{9, 12, 15}, Values{1, 2, 3});
               }),
-              "Run-time error '9': Subscript out of range: two points of a test are at 10 A or "
-              "above, a report takes one. "
-              "The record panel and its CSV file show the test.");
+              "Run-time error '9': Subscript out of range: the points of a test at 10 A or above "
+              "do not fit a report. The record panel and its CSV file show the test.");
     // A point of exactly 10 A that the walk meets on the grid has not used it up.
     EXPECT_EQ(ErrorOf({4, 8, 10, 15}, {90, 100, 130, 140}), 0);
 }
