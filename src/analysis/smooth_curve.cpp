@@ -102,10 +102,12 @@ std::vector<SmoothCurve::LogPoint> SmoothCurve::RisingPoints(
         [](const CurvePoint& one, const CurvePoint& other) { return one.current < other.current; });
     if (sorted.empty()) return {};
     const double step = sorted.back().current > kCoarseAbove ? kCoarseCurrentStep : kCurrentStep;
-    const std::size_t every = (sorted.size() + kMostPoints - 1) / kMostPoints;
+    const std::size_t count = std::min(sorted.size(), kMostPoints);
     std::vector<LogPoint> rising;
-    for (std::size_t k = 0; k < sorted.size(); k += every) {
-        const CurvePoint& point = sorted[k];
+    for (std::size_t k = 0; k < count; ++k) {
+        // The lowest and the highest are among them.
+        const CurvePoint& point =
+            sorted[k * (sorted.size() - 1) / std::max<std::size_t>(count - 1, 1)];
         const LogPoint next{std::log(point.current), std::log(point.voltage),
                             step / point.current / 2, kVoltageStep / point.voltage / 2};
         if (rising.empty() || next.i > rising.back().i) {

@@ -99,7 +99,8 @@ std::optional<SmoothKnee> RuleOnCurve::KneeAt(double lnI) const {
 SmoothVerdict RuleOnCurve::Verdict() const {
     SmoothVerdict verdict;
     if (!curve_.Exists()) return verdict;
-    verdict.isBent = curve_.IsSurelyFlatter(limit_, curve_.First()) || Excess(Last()) > 0;
+    verdict.isBent = curve_.IsSurelyFlatter(limit_, curve_.First()) ||
+                     (Last() > curve_.First() && Excess(Last()) > 0);
     verdict.reach = std::exp(Last());
     const std::optional<double> lnI = Crossing();
     if (!lnI) return verdict;

@@ -100,6 +100,17 @@ TEST(SmoothKnee, ManyPointsAreThinned) {
     EXPECT_NEAR(many->at.voltage, few->at.voltage, 10);
 }
 
+TEST(SmoothKnee, ThinnedPointsKeepTheirEnds) {
+    for (const std::size_t count : {48U, 49U, 50U, 100U, 500U}) {
+        Points points;
+        for (std::size_t k = 1; k <= count; ++k)
+            points.push_back({0.01 * static_cast<double>(k), static_cast<double>(k)});
+        const SmoothCurve curve(points);
+        EXPECT_DOUBLE_EQ(curve.First(), std::log(points.front().current)) << count;
+        EXPECT_DOUBLE_EQ(curve.Last(), std::log(points.back().current)) << count;
+    }
+}
+
 TEST(SmoothKnee, ACurveThatEndsTooSoonHasNoneByAsa) {
     Points points = Bent(1.2, 0.02, 20);
     points.resize(23);  // up to 1.26 A
