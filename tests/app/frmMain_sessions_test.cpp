@@ -32,6 +32,18 @@ class SessionsOnTheStartPage : public MainWindow {
         const auto* card = window->findChild<QWidget*>(QLatin1String(name));
         return card != nullptr && card->isVisible();
     }
+    // The notice that names the file, whose box was shown; the test uses it on.
+    QPushButton* NoticeOf(const QString& file) {
+        auto* notice = Find<QPushButton>("cmdNotice");
+        EXPECT_TRUE(notice->isVisible());
+        EXPECT_EQ(notice->text(), u"Sessions not listed"_s);
+        notice->click();
+        EXPECT_EQ(prompts.Texts().size(), 1U);
+        EXPECT_THAT(prompts.Texts(),
+                    testing::Each(testing::EndsWith(ShownPath(file).toStdString())));
+        prompts.shown.clear();
+        return notice;
+    }
     QStringList Kept() const {
         return QDir(places.scratchFolder).entryList({u"TESTFILE*"_s}, QDir::Files);
     }
@@ -140,13 +152,7 @@ TEST_F(SessionsOnTheStartPage, OneThatCannotBeSetAsideHidesNoneOfTheOthersAndIsS
     if (!MakeUnreadable(capture)) GTEST_SKIP() << "no such file on this platform";
     Open();
     EXPECT_TRUE(CardShown("session0"));
-    auto* notice = Find<QPushButton>("cmdNotice");
-    ASSERT_TRUE(notice->isVisible());
-    EXPECT_EQ(notice->text(), u"Sessions not listed"_s);
-    notice->click();
-    ASSERT_EQ(prompts.shown.size(), 1U);
-    EXPECT_TRUE(prompts.shown[0].endsWith(ShownPath(capture))) << prompts.shown[0].toStdString();
-    prompts.shown.clear();
+    QPushButton* notice = NoticeOf(capture);
     QFile::remove(capture);
     LeaveSession("SOUTH");
     prompts.files = {DataFolder() + u"Old.txt"_s};
@@ -165,13 +171,7 @@ TEST_F(SessionsOnTheStartPage, OneThatCannotBeReadHidesNoneOfTheOthersAndIsNamed
     Open();
     EXPECT_TRUE(CardShown("session0"));
     EXPECT_TRUE(CardShown("session1"));
-    auto* notice = Find<QPushButton>("cmdNotice");
-    ASSERT_TRUE(notice->isVisible());
-    EXPECT_EQ(notice->text(), u"Sessions not listed"_s);
-    notice->click();
-    ASSERT_EQ(prompts.shown.size(), 1U);
-    EXPECT_TRUE(prompts.shown[0].endsWith(ShownPath(unreadable))) << prompts.shown[0].toStdString();
-    prompts.shown.clear();
+    QPushButton* notice = NoticeOf(unreadable);
 
     QFile::remove(unreadable);
     prompts.files = {DataFolder() + u"Old.txt"_s};
