@@ -6,10 +6,12 @@ DAVO_KILL_AT_LIBRARY. Every process leads a process group of its own and is ende
 """
 
 import contextlib
+import itertools
 import json
 import os
 import pathlib
 import queue
+import random
 import re
 import shutil
 import signal
@@ -24,6 +26,8 @@ PLUGINS = os.environ["DAVO_PLUGINS"]
 KILL_AT = os.environ.get("DAVO_KILL_AT_LIBRARY", "")
 SCREEN = pathlib.Path(__file__).parents[2] / "tools" / "driver" / "laptop_screen.json"
 PATIENCE = 60  # seconds for anything that has no limit of its own
+SEED = int(os.environ.get("DAVO_SEED", random.SystemRandom().getrandbits(32)))
+CHANCE = random.Random(SEED)
 
 SAVE = "Do you want to save the test record? "
 VIEW = "Do you want to view test results? "
@@ -45,6 +49,17 @@ RATIO = "SET VOLTAGE FROM 5V TO 100V MAX"
 
 class DriverFailed(AssertionError):
     """The driver gave up, or the program ended while something was awaited."""
+
+
+def share_of(every):
+    """Of so many cases one is looked at; each of them when DAVO_LONG is set."""
+    return 1 if "DAVO_LONG" in os.environ else every
+
+
+def chosen(share):
+    """1, 2, 3 ..., or one of every so many, picked at random."""
+    for first in itertools.count(1, share):
+        yield first + CHANCE.randrange(share)
 
 
 def wait_until(condition, what, limit=PATIENCE):

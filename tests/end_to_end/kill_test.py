@@ -12,9 +12,7 @@ printed, and DAVO_SEED repeats the choice.
 """
 
 import concurrent.futures
-import itertools
 import os
-import random
 import re
 import signal
 import sys
@@ -27,9 +25,7 @@ import harness
 
 # Most of a run is waiting, so more of them than processors.
 WORKERS = int(os.environ.get("DAVO_KILL_WORKERS", "8"))
-SHARE = 1 if "DAVO_LONG" in os.environ else 10
-SEED = int(os.environ.get("DAVO_SEED", random.SystemRandom().getrandbits(32)))
-CHANCE = random.Random(SEED)
+SHARE = harness.share_of(10)
 NAMEPLATE = ("1200", "5")
 BLANK_HEADER = [" " * 20] * 8
 KILLED = -signal.SIGKILL
@@ -138,15 +134,9 @@ def kill_recovery(run, rig):
     return killed
 
 
-def chosen_calls():
-    """1, 2, 3 ..., or one of every ten."""
-    for first in itertools.count(1, SHARE):
-        yield first + CHANCE.randrange(SHARE)
-
-
 def series(when, play):
     """Kills at call 1, 2, 3 ... until play ends by itself; the runs that were killed."""
-    numbers = chosen_calls()
+    numbers = harness.chosen(SHARE)
     turn = threading.Lock()
     finished = threading.Event()
     killed = []
@@ -207,5 +197,5 @@ class KillAtEveryWrite(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    print(f"DAVO_SEED={SEED}", flush=True)
+    print(f"DAVO_SEED={harness.SEED}", flush=True)
     sys.exit(unittest.main())
