@@ -75,20 +75,29 @@ bool Mount(const QString& disk, const QStringList& options) {
     return QProcess::execute(u"mount"_s, arguments) == 0;
 }
 
+// An engine that is slow because the machine is busy must not count as one that hangs.
+constexpr auto kPatience = 10min;
+
+std::unique_ptr<ReportRenderer> RendererOf(std::chrono::milliseconds patience) {
+    CalcSettings settings;
+    settings.patience = patience;
+    return MakeCalcRenderer(settings);
+}
+
 class CalcFaultsTest : public testing::Test {
   protected:
-    // An engine that is slow because the machine is busy must not count as one that hangs.
-    void SetUp() override { MakeRenderer(10min); }
+    void SetUp() override { MakeRenderer(kPatience); }
 
     void MakeRenderer(std::chrono::milliseconds patience) {
-        CalcSettings settings;
-        settings.patience = patience;
-        renderer_ = MakeCalcRenderer(settings);
+        renderer_ = RendererOf(patience);
         ASSERT_TRUE(renderer_);
     }
 
+    // The fixture's own renderer, or the one that its cases share.
+    virtual ReportRenderer& Renderer() { return *renderer_; }
+
     bool Render(const RenderProgress& progress = {}, const std::stop_token& stop = {}) {
-        return renderer_->Render(ReportOf(4), template_, target_, progress, stop);
+        return Renderer().Render(ReportOf(4), template_, target_, progress, stop);
     }
 
     // The error of a report that fails; the earlier workbook must be what it was.
@@ -108,6 +117,19 @@ class CalcFaultsTest : public testing::Test {
     QString template_ = QLatin1String(kTemplate);
     QString target_ = folder_.Path("T0012.xls");
     std::unique_ptr<ReportRenderer> renderer_;
+};
+
+// What is refused leaves the engine as it was, so that one of them is asked by all these cases.
+class CalcRefusesTest : public CalcFaultsTest {
+  protected:
+    static void SetUpTestSuite() { shared_ = RendererOf(kPatience); }
+    static void TearDownTestSuite() { shared_.reset(); }
+    void SetUp() override { ASSERT_TRUE(shared_); }
+
+    ReportRenderer& Renderer() override { return *shared_; }
+
+  private:
+    static inline std::unique_ptr<ReportRenderer> shared_;
 };
 
 TEST_F(CalcFaultsTest, BeginsAgainWhenTheEngineIsKilledAtAnyPoint) {
@@ -196,13 +218,13 @@ TEST_F(CalcFaultsTest, StopsAtOnceEvenWhenTheEngineHangs) {
     EXPECT_TRUE(Render());
 }
 
-TEST_F(CalcFaultsTest, RefusesATemplateThatIsMissing) {
+TEST_F(CalcRefusesTest, RefusesATemplateThatIsMissing) {
     template_ = folder_.Path("DAVO_Header.xls");
     EXPECT_EQ(ErrorOf(ErrorNumber::FileNotFound),
               "Run-time error '53': File not found: " + template_.toStdString());
 }
 
-TEST_F(CalcFaultsTest, RefusesATemplateThatIsNoWorkbookOrHasNoModel) {
+TEST_F(CalcRefusesTest, RefusesATemplateThatIsNoWorkbookOrHasNoModel) {
     ASSERT_TRUE(Render());
     const std::string withoutModel = ReadWholeFile(target_);  // its sheets bear tests' names
     ReplaceFile(target_, "old");
@@ -221,20 +243,20 @@ TEST_F(CalcFaultsTest, RefusesATemplateThatIsNoWorkbookOrHasNoModel) {
     }));
 }
 
-TEST_F(CalcFaultsTest, RefusesAFolderThatIsMissing) {
+TEST_F(CalcRefusesTest, RefusesAFolderThatIsMissing) {
     target_ = folder_.Path("nowhere/T0012.xls");
     EXPECT_EQ(ErrorOf(ErrorNumber::PathNotFound),
               "Run-time error '76': Path not found: " + folder_.Path("nowhere").toStdString());
     EXPECT_FALSE(FolderExists(folder_.Path("nowhere")));
 }
 
-TEST_F(CalcFaultsTest, DoesNotMindALockFileBesideTheTarget) {
+TEST_F(CalcRefusesTest, DoesNotMindALockFileBesideTheTarget) {
     ReplaceFile(folder_.Path(".~lock.T0012.xls#"), ",root,here,21.11.2026 03:00,file:///x;");
     EXPECT_TRUE(Render());
     ExpectWorkbook();
 }
 
-TEST_F(CalcFaultsTest, FillsADiskAndLeavesTheOldWorkbook) {
+TEST_F(CalcRefusesTest, FillsADiskAndLeavesTheOldWorkbook) {
     const QString disk = folder_.Path("disk");
     if (!Mount(disk, {u"-o"_s, u"size=16k"_s}))
         GTEST_SKIP() << "no file system may be mounted here";
@@ -245,7 +267,7 @@ TEST_F(CalcFaultsTest, FillsADiskAndLeavesTheOldWorkbook) {
     QProcess::execute(u"umount"_s, {disk});
 }
 
-TEST_F(CalcFaultsTest, LeavesTheOldWorkbookInAFolderThatMayNotBeWritten) {
+TEST_F(CalcRefusesTest, LeavesTheOldWorkbookInAFolderThatMayNotBeWritten) {
     const QString disk = folder_.Path("disk");
     if (!Mount(disk, {})) GTEST_SKIP() << "no file system may be mounted here";
     target_ = disk + u"/T0012.xls"_s;
