@@ -103,10 +103,10 @@ class CompoundStream {
 
 enum Kind : std::uint32_t {
     kEndOfPart = 0x000A,
+    kSelection = 0x001D,
     kFirstWindow = 0x003D,
     kWindow = 0x023E,
     kBeginOfPart = 0x0809,
-    kSeries = 0x1003,
     kBegin = 0x1033,
     kEnd = 0x1034,
     kSource = 0x1051,
@@ -120,6 +120,7 @@ struct Record {
 constexpr std::size_t kRecordHead = 4;
 constexpr std::size_t kActiveSheet = 10;  // where the first window has it
 constexpr std::size_t kWindowSize = 6;    // of what is written of a sheet's window
+constexpr std::size_t kOneSelection = 15;
 
 // Walks through the records of a workbook's stream.
 class XlsFinisher {
@@ -141,39 +142,24 @@ class XlsFinisher {
   private:
     void Visit(const Record& record) {
         if (record.kind == kBeginOfPart) {
-            BeginPart();
+            // The first part is the workbook's, the next ones are the sheets', and in those the
+            // charts'.
+            if (++depth_ == 1) ++parts_;
         } else if (record.kind == kEndOfPart) {
             --depth_;
         } else if (record.kind == kFirstWindow && record.size >= kActiveSheet + 2) {
             Put(record.at + kActiveSheet, workbook_.activeSheet);
         } else if (record.kind == kWindow && record.size >= kWindowSize && HasSheet()) {
             ShowFrom(record.at);
-        } else if (record.kind == kSeries && HasSheet() && depth_ == 2) {
-            ++series_;
-        } else if (record.kind == kSource && IsHidden()) {
+        } else if (record.kind == kSelection && record.size == kOneSelection && HasSheet()) {
+            Select(record.at);
+        } else if (record.kind == kSource && HasSheet() && depth_ == 2) {
             TakeOutOfLegend(record);
         }
     }
 
-    // The first part is the workbook's, the next ones are the sheets', and in those the charts'.
-    void BeginPart() {
-        if (++depth_ == 1) {
-            ++parts_;
-            chart_ = 0;
-        } else {
-            ++chart_;
-            series_ = 0;
-        }
-    }
     bool HasSheet() const { return parts_ >= 2 && parts_ - 2 < workbook_.sheets.size(); }
     const Sheet& SheetHere() const { return workbook_.sheets.at(parts_ - 2); }
-
-    bool IsHidden() const {
-        if (!HasSheet() || depth_ != 2 || chart_ > SheetHere().charts.size()) return false;
-        const Chart& chart = SheetHere().charts.at(chart_ - 1);
-        if (!chart.legend || series_ == 0 || series_ > chart.series.size()) return false;
-        return !chart.series.at(series_ - 1).inLegend;
-    }
 
     void Put(std::size_t at, std::size_t number) {
         constexpr unsigned kByte = 8;
@@ -188,13 +174,30 @@ class XlsFinisher {
         std::uint32_t flags = NumberIn(stream_, at, 2) & ~kSelectedAndShown;
         if (parts_ - 2 == workbook_.activeSheet) flags |= kSelectedAndShown;
         Put(at, flags);
-        if ((flags & kFrozen) != 0) return;  // the template's owner has chosen what is seen
+        isFrozen_ = (flags & kFrozen) != 0;
+        if (isFrozen_) return;  // the template's owner has chosen what is seen
         Put(at + 2, static_cast<std::size_t>(SheetHere().firstVisible.row - 1));
         Put(at + 4, static_cast<std::size_t>(SheetHere().firstVisible.column - 1));
     }
 
-    // The series' name is a list of two cells; a short text in its place leaves the eight bytes for
-    // what deletes the entry, which is the last of a series.
+    // The pane and the number of selections stay.
+    void Select(std::size_t at) {
+        if (isFrozen_) return;
+        constexpr std::size_t kActiveCell = 1;
+        constexpr std::size_t kSelected = 9;
+        constexpr unsigned kByte = 8;
+        const auto row = static_cast<std::size_t>(SheetHere().selected.row - 1);
+        const auto column = static_cast<std::size_t>(SheetHere().selected.column - 1);
+        Put(at + kActiveCell, row);
+        Put(at + kActiveCell + 2, column);
+        Put(at + kSelected, row);
+        Put(at + kSelected + 2, row);
+        Put(at + kSelected + 4, column << kByte | column);
+    }
+
+    // Only the series that are not in the legend have a list of two cells for a name; a short text
+    // in its place leaves the eight bytes for what deletes the entry, which is the last of a
+    // series.
     void TakeOutOfLegend(const Record& source) {
         using namespace std::string_view_literals;
         constexpr std::size_t kSizeOfTwoCells = 27;
@@ -223,9 +226,8 @@ class XlsFinisher {
     std::string& stream_;
     const Workbook& workbook_;
     std::size_t parts_ = 0;
-    std::size_t chart_ = 0;   // on its sheet, from 1
-    std::size_t series_ = 0;  // of its chart, from 1
     int depth_ = 0;
+    bool isFrozen_ = false;  // the sheet
 };
 
 }  // namespace

@@ -37,6 +37,21 @@ TEST(XlsFile, PutsTheSheetThatIsSeenFirst) {
     EXPECT_EQ(bytes.size(), before.size());
 }
 
+TEST(XlsFile, SelectsTheCellOfTheReport) {
+    using namespace std::string_literals;
+    const auto selection = [](const std::string& cell, const std::string& range) {
+        return "\x1D\0\x0F\0\x03"s + cell + "\0\0\x01\0"s + range;
+    };
+    const std::string first = selection("\0\0\0\0"s, std::string(6, '\0'));
+    const std::string other = selection("\x04\0\x01\0"s, "\x04\0\x08\0\x01\x02"s);  // B5:C9
+    std::string bytes = Template();
+    const std::size_t at = bytes.find(first);
+    ASSERT_NE(at, std::string::npos);
+    bytes.replace(at, first.size(), other);
+    calc::FinishXls(bytes, TwoSheets());
+    EXPECT_EQ(bytes.substr(at, first.size()), first);
+}
+
 TEST(XlsFile, LeavesAloneWhatIsNoWorkbook) {
     for (const std::string& is : {std::string(), std::string("no workbook"), std::string(5000, 'x'),
                                   std::string(5000, '\0'), Template().substr(0, 600)}) {
