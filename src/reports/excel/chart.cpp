@@ -74,12 +74,18 @@ void SetSeries(const Object& target, const Workbook& workbook, const Chart& char
     }
 }
 
-void SetTitle(const Object& title, const std::string& text, int size) {
-    title.Set("Text", FromPage(text));
-    const Object font = title.Get("Font");
+constexpr int kTextSize = 9;
+
+void SetFont(const Object& target, int size, bool bold) {
+    const Object font = target.Get("Font");
     font.Set("Name", QStringLiteral("Arial"));
     font.Set("Size", size);
-    font.Set("Bold", true);
+    font.Set("Bold", bold);
+}
+
+void SetTitle(const Object& title, const std::string& text, int size) {
+    title.Set("Text", FromPage(text));
+    SetFont(title, size, true);
 }
 
 void SetAxis(const Object& axis, const ChartAxes& axes, const std::string& title) {
@@ -101,7 +107,9 @@ void SetAxis(const Object& axis, const ChartAxes& axes, const std::string& title
     constexpr int kTitleSize = 10;
     SetTitle(axis.Get("AxisTitle"), title, kTitleSize);
     // Not that of the points' cells.
-    axis.Get("TickLabels").Set("NumberFormat", QStringLiteral("General"));
+    const Object labels = axis.Get("TickLabels");
+    labels.Set("NumberFormat", QStringLiteral("General"));
+    SetFont(labels, kTextSize, false);
 }
 
 void SetPlotArea(const Object& target, const PlotArea& area) {
@@ -112,6 +120,9 @@ void SetPlotArea(const Object& target, const PlotArea& area) {
     const Object fill = plot.Get("Fill");
     fill.Set("Visible", area.filled);
     if (area.filled) fill.Get("ForeColor").Set("SchemeColor", area.fillColour);
+    const Object frame = target.Get("ChartArea").Get("Border");
+    frame.Set("Weight", kThin);
+    frame.Set("ColorIndex", kGrey40);
 }
 
 void SetTitleAndLegend(const Object& target, const Chart& chart) {
@@ -129,6 +140,8 @@ void SetTitleAndLegend(const Object& target, const Chart& chart) {
         if (chart.series[static_cast<std::size_t>(i - 1)].inLegend) continue;
         legend.Get("LegendEntries", {i}).Call("Delete");
     }
+    SetFont(legend, kTextSize, false);
+    legend.Get("Border").Set("LineStyle", kNone);
 }
 
 // The copy becomes the last chart of the sheet; Excel gives it a size of its own.

@@ -167,6 +167,7 @@ Object ReportMaker::FindModel() const {
 
 void ReportMaker::MakeSheets(const Object& model) {
     int position = static_cast<int>(model.Number("Index"));
+    const auto paper = static_cast<int>(model.Get("PageSetup").Number("PaperSize"));
     for (const Sheet& sheet : workbook_.sheets) {
         beforeStep_(0, 0);
         if (sheet.fromTemplate) {
@@ -175,6 +176,7 @@ void ReportMaker::MakeSheets(const Object& model) {
             sheets_.Call("Add", {model});
         }
         made_.push_back(sheets_.Get("Item", {position++}));
+        if (!sheet.fromTemplate) made_.back().Get("PageSetup").Set("PaperSize", paper);
         made_.back().Set("Name", FromPage(sheet.buildName));
         if (sheet.cleared) RangeIn(made_.back(), *sheet.cleared).Call("Clear");
     }

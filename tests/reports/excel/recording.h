@@ -120,6 +120,7 @@ class RecordedObject : public excel::AutomationObject {
         if (member == QLatin1String("Version")) return recording_.version;
         if (member == QLatin1String("Hwnd")) return recording_.window;
         if (member == QLatin1String("Left")) return 484.5;
+        if (member == QLatin1String("PaperSize")) return 9;  // A4
         if (member == QLatin1String("Top")) return 522.75;
         if (member == QLatin1String("Index"))
             return static_cast<int>(recording_.templateSheets.size());

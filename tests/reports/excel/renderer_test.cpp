@@ -117,6 +117,8 @@ TEST_F(ExcelRendererTest, CopiesTheModelBeforeItselfForEveryTestAndTheSummary) {
     // The notes.
     EXPECT_EQ(LinesWith(u"Book.Sheets.Add("_s + model).size(), 1);
     EXPECT_TRUE(Has(u"Sheet5.PageSetup.FitToPagesTall = false"_s));
+    EXPECT_EQ(LinesWith(u"PaperSize = "_s), QStringList(u"Sheet5.PageSetup.PaperSize = 9"_s))
+        << "that of the template";
     EXPECT_THAT(
         Plain(LinesWith(u".Name = \""_s).filter(QRegularExpression(u"^Sheet[0-9]\\.Name"_s))),
         ElementsAre("Sheet1.Name = \"Sheet1\"", "Sheet2.Name = \"Sheet2\"",
@@ -201,6 +203,8 @@ TEST_F(ExcelRendererTest, BothAxesAreAutomaticAndLogarithmicWithBothGrids) {
         {"Chart.Axes(1).AxisTitle.Text = \"Amperes\"", "Chart.Axes(1).AxisTitle.Font.Bold = true",
          "Chart.ChartTitle.Font.Bold = true", "Chart.ChartTitle.Font.Size = 12",
          "Chart.Axes(1).TickLabels.NumberFormat = \"General\"",
+         "Chart.Axes(1).TickLabels.Font.Name = \"Arial\"", "Chart.Axes(2).TickLabels.Font.Size = 9",
+         "Chart.ChartArea.Border.Weight = 2", "Chart.ChartArea.Border.ColorIndex = 15",
          "Chart.Axes(2).AxisTitle.Text = \"Volts\"", "Chart.PlotArea.Border.Weight = 2",
          "Chart.PlotArea.Border.LineStyle = -4105", "Chart.PlotArea.Fill.Visible = true",
          "Chart.PlotArea.Fill.ForeColor.SchemeColor = 2", "Chart.HasLegend = false"});
@@ -227,6 +231,8 @@ TEST_F(ExcelRendererTest, TheSummaryNamesItsCurvesAndLeavesMarkersOutOfTheLegend
         Plain(LinesWith(u"Chart.Legend.LegendEntries"_s).filter(u".Delete"_s)),
         ElementsAre("Chart.Legend.LegendEntries(6).Delete", "Chart.Legend.LegendEntries(4).Delete",
                     "Chart.Legend.LegendEntries(2).Delete"));
+    ExpectLines(u"Chart.Legend"_s,
+                {".Font.Name = \"Arial\"", ".Font.Size = 9", ".Border.LineStyle = -4142"});
 }
 
 TEST_F(ExcelRendererTest, AnOverlayEndsWithItsSummaryInFront) {
