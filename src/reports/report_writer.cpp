@@ -324,11 +324,13 @@ Sheet SummarySheet(const ReportTables& report, const ReportOptions& options) {
             PutAsWritten(sheet, {row, 2}, knee.voltage, kVoltageFormat);
             PutAsWritten(sheet, {row, 3}, knee.current, kKneeCurrentFormat);
         }
+        const std::string which =
+            report.isOverlay ? OverlaidTest(report, slot) : "Graph " + std::to_string(slot + 1);
         if (PointCountOf(report, slot) == 0) {
-            Put(sheet, {row, 4}, "Graph " + std::to_string(slot + 1) + " has no data.");
+            Put(sheet, {row, 4}, which + " has no data.");
             continue;
         }
-        if (report.isOverlay) Put(sheet, {row, 4}, OverlaidTest(report, slot));
+        if (report.isOverlay) Put(sheet, {row, 4}, which);
         ChartSeries curve = CurveOf(report, slot, SummaryColour(slot));
         curve.name = name;
         curve.inLegend = true;
