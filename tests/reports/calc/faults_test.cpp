@@ -14,6 +14,7 @@
 #include "reports/renderer.h"
 #include "reports/report_writer.h"
 #include "tests/reports/workbook_view.h"
+#include "tests/support/program_output.h"
 #include "tests/support/random_rounds.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
@@ -172,6 +173,24 @@ TEST_F(CalcFaultsTest, BeginsAgainWhenTheEngineIsKilledAtEachSheet) {
     }
 }
 
+// What writes the workbook runs in the engine; after an engine that ended, in this program.
+TEST_F(CalcFaultsTest, MakesTheSameAfterTheEngineWasKilled) {
+    // A file says when it was made.
+    const auto readBack = [this] {
+        const QString script = QStringLiteral(DAVO_TESTS_FOLDER "/reports/read_back_xls.py");
+        return OutputOf(u"/usr/bin/python3"_s, {script, target_});
+    };
+    ASSERT_TRUE(Render());
+    const QByteArray first = readBack();
+    bool isKilled = false;
+    ASSERT_TRUE(Render([&](int, int) {
+        if (!isKilled) ::kill(EnginesOf(::getpid()).at(0), SIGKILL);
+        isKilled = true;
+    }));
+    EXPECT_GT(first.size(), 1000);
+    EXPECT_EQ(readBack(), first);
+}
+
 TEST_F(CalcFaultsTest, GivesUpWhenTheEngineIsKilledTwice) {
     ReplaceFile(target_, "old");
     EXPECT_EQ(MessageThrownBy([&] {
@@ -299,7 +318,13 @@ TEST_F(CalcFaultsTest, LeavesTheUsersOwnLibreOfficeAlone) {
 
 TEST_F(CalcFaultsTest, LeavesNoProcessAndNoFolder) {
     ASSERT_TRUE(Render());
-    EXPECT_EQ(EnginesOf(::getpid()).size(), 1U);
+    const auto engines = EnginesOf(::getpid());
+    ASSERT_EQ(engines.size(), 1U);
+#ifndef __SANITIZE_ADDRESS__  // which the engine cannot load
+    QFile loaded(u"/proc/%1/maps"_s.arg(engines.front()));
+    ASSERT_TRUE(loaded.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(loaded.readAll().contains("libdavo_reports_calc.so")) << "each call goes far";
+#endif
     EXPECT_EQ(ProfileFolders().size(), 1);
     renderer_.reset();
     EXPECT_TRUE(EnginesOf(::getpid()).empty());
