@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/frmConfig.h"
 
-#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QRadioButton>
-#include <QStyleOptionComboBox>
-#include <QStylePainter>
-#include <QStyledItemDelegate>
+#include <QScopeGuard>
+#include <QTreeWidget>
 #include <QVBoxLayout>
 #include <QWheelEvent>
+#include <algorithm>
 
 #include "app/port_labels.h"
 #include "link/port_choice.h"
@@ -23,70 +23,44 @@
 
 namespace davo {
 
-// A drop-down list that tells when it is about to open, so that it shows what is there now. The
-// wheel does not turn it: a hand that passes over it must not choose another port.
-class OpeningList : public QComboBox {
-  public:
-    explicit OpeningList(QWidget* parent) : QComboBox(parent) {}
-
-    std::function<void()> OnOpen;
-
-    void showPopup() override {
-        OnOpen();
-        const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-        view()->setMinimumWidth(view()->sizeHintForColumn(0) + scrollBar);
-        QComboBox::showPopup();
-    }
-
-  protected:
-    void paintEvent(QPaintEvent*) override {
-        constexpr int kTextMargin = 4;
-        QStylePainter painter(this);
-        QStyleOptionComboBox option;
-        initStyleOption(&option);
-        const QRect room = style()->subControlRect(QStyle::CC_ComboBox, &option,
-                                                   QStyle::SC_ComboBoxEditField, this);
-        option.currentText = fontMetrics().elidedText(option.currentText, Qt::ElideRight,
-                                                      room.width() - kTextMargin);
-        painter.drawComplexControl(QStyle::CC_ComboBox, option);
-        painter.drawControl(QStyle::CE_ComboBoxLabel, option);
-    }
-    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
-};
-
 namespace {
 
 constexpr int kPorts = 4;
 constexpr int kInputHeight = 36;  // a glove meets it
-constexpr int kLeastWidth = 520;  // an adapter's name, maker and number in a line or two
-constexpr int kDeviceLines = 2;
-constexpr int kWarningLines = 2;
+constexpr int kLeastPorts = 3;
+constexpr int kLeastLetters = 112;  // of an adapter's name, maker, number and device
+constexpr int kMostWidth = 940;     // with large letters: the window fits a screen of 1024
+constexpr int kAnswerLines = 3;
+constexpr std::chrono::milliseconds kLook{1000};
 
-// What an entry stands for, kept beside its text.
-constexpr int kStandsFor = Qt::ToolTipRole;
+enum Column : std::uint8_t { kName, kMaker, kSerialNumber, kDevice, kUse, kColumns };
 
-// The open list shows each text and what it stands for, in rows that a glove meets.
-class StandsForDelegate : public QStyledItemDelegate {
+// The wheel does not turn it: a hand that passes over it must not choose another port.
+class NumberList : public QComboBox {
   public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        return QStyledItemDelegate::sizeHint(option, index).expandedTo(QSize(0, kInputHeight));
-    }
+    using QComboBox::QComboBox;
 
   protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-        QStyledItemDelegate::initStyleOption(option, index);
-        option->text += QStringLiteral("   ") + index.data(kStandsFor).toString();
-    }
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
 };
 
-OpeningList* MakeList(QWidget* parent, const char* name) {
-    auto* list = Named(new OpeningList(parent), name);
-    list->setMinimumHeight(kInputHeight);
-    list->setItemDelegate(new StandsForDelegate(list));
-    list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    list->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+QTreeWidget* MakePortList(QWidget* parent) {
+    auto* list = Named(new QTreeWidget(parent), "lstPorts");
+    list->setAccessibleName(QStringLiteral("What is plugged in"));
+    list->setRootIsDecorated(false);
+    list->setUniformRowHeights(true);
+    list->setAllColumnsShowFocus(true);
+    list->setHeaderLabels({QStringLiteral("Plugged in"), QStringLiteral("Maker"),
+                           QStringLiteral("Serial number"), QStringLiteral("Port"), QString()});
+    QHeaderView* header = list->header();
+    header->setStretchLastSection(false);
+    header->setSectionsMovable(false);
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(kName, QHeaderView::Stretch);
+    list->setMinimumHeight(header->sizeHint().height() + kLeastPorts * kInputHeight +
+                           2 * list->frameWidth());
+    list->setMinimumWidth(
+        std::min(list->fontMetrics().averageCharWidth() * kLeastLetters, kMostWidth));
     return list;
 }
 
@@ -95,7 +69,7 @@ QLabel* MakeLines(QWidget* parent, const char* name, int lines) {
     auto* label = Named(new QLabel(parent), name);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
-    label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     label->setMinimumHeight(lines * label->fontMetrics().lineSpacing());
     return label;
 }
@@ -109,8 +83,11 @@ class RowButton : public QRadioButton {
     bool hitButton(const QPoint& position) const override { return rect().contains(position); }
 };
 
-bool IsBuiltIn(const PresentPort* port) {
-    return port != nullptr && !port->usb;
+// The number of a port that has such a name; 0 when it is none of the list.
+std::int16_t NumberOf(const QString& device) {
+    for (std::int16_t port = 1; port <= kPorts; ++port)
+        if (device == PortCaption(port)) return port;
+    return 0;
 }
 
 }  // namespace
@@ -125,57 +102,71 @@ frmConfig::frmConfig(Settings& settings, Link& link, PortDevices& devices, Promp
       handlers_(prompts) {
     setObjectName(QStringLiteral("frmConfig"));
     setWindowTitle(QStringLiteral("Configure System"));
-    setMinimumWidth(kLeastWidth);
     auto* column = new QVBoxLayout(this);
-    column->addWidget(BuildPort());
+    column->addWidget(BuildPort(), 1);
     column->addWidget(BuildImpedance());
     column->addWidget(BuildButtons());
+    look_.setInterval(kLook);
+    connect(&look_, &QTimer::timeout, this, [this] { LookAround(); });
 }
 
 QWidget* frmConfig::BuildPort() {
     auto* frame = Named(new QGroupBox(QStringLiteral("Select COM Port:"), this), "Frame1");
     auto* column = new QVBoxLayout(frame);
-    cboComPort_ = MakeList(frame, "cboComPort");
-    cboComPort_->setAccessibleName(frame->title());
-    for (std::int16_t port = 1; port <= kPorts; ++port)
-        cboComPort_->addItem(PortCaption(port));
-    cboComPort_->OnOpen = [this] { handlers_.Run([this] { ListPorts(); }); };
-    connect(cboComPort_, &QComboBox::currentIndexChanged, this,
-            [this] { handlers_.Run([this] { PortChanged(); }); });
-    column->addWidget(cboComPort_);
-    BuildDevice(column);
-    lblDevice_ = MakeLines(frame, "lblDevice", kDeviceLines);
-    column->addWidget(lblDevice_);
-    lblBuiltIn_ = MakeLines(frame, "lblBuiltIn", kWarningLines);
+    lstPorts_ = MakePortList(frame);
+    connect(lstPorts_, &QTreeWidget::itemSelectionChanged, this,
+            [this] { handlers_.Run([this] { RowChanged(); }); });
+    column->addWidget(lstPorts_, 1);
+    lblBuiltIn_ = MakeLines(frame, "lblBuiltIn", 2);
     MakeBold(lblBuiltIn_);
-    lblBuiltIn_->setVisible(devices_.NeedsAssignment());
+    lblBuiltIn_->hide();
     column->addWidget(lblBuiltIn_);
-    lblPortState_ = MakeLines(frame, "lblPortState", 1);
-    column->addWidget(lblPortState_);
+    column->addWidget(BuildTest(frame));
+    column->addWidget(BuildNumber(frame));
     return frame;
 }
 
-void frmConfig::BuildDevice(QVBoxLayout* column) {
-    QWidget* frame = column->parentWidget();
-    auto* row = Named(new QWidget(frame), "devices");
-    auto* rows = WithMargin(new QVBoxLayout(row), 0);
-    auto* caption = Named(new QLabel(QStringLiteral("stands for the &device:"), row), "lblCaption");
-    cboDevice_ = MakeList(row, "cboDevice");
-    caption->setBuddy(cboDevice_);
+QWidget* frmConfig::BuildTest(QWidget* parent) {
+    auto* test = new QWidget(parent);
+    auto* row = WithMargin(new QHBoxLayout(test), 0);
+    cmdTest_ = new BigButton(test, "cmdTest", "&Test connection");
+    cmdTest_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    cmdTest_->setMinimumWidth(cmdTest_->sizeHint().width() + 2 * kFormSpacing);
+    lblAnswer_ = MakeLines(test, "lblAnswer", kAnswerLines);
+    row->addWidget(cmdTest_);
+    row->addWidget(lblAnswer_, 1);
+    connect(cmdTest_, &QPushButton::clicked, this, [this] {
+        if (testing_) {
+            link_.EndWait();
+        } else {
+            handlers_.RunAlone([this] { cmdTest_Click(); });
+        }
+    });
+    return test;
+}
+
+QWidget* frmConfig::BuildNumber(QWidget* parent) {
+    auto* number = new QWidget(parent);
+    auto* row = WithMargin(new QHBoxLayout(number), 0);
+    cboComPort_ = Named(new NumberList(number), "cboComPort");
+    cboComPort_->setAccessibleName(QStringLiteral("Select COM Port:"));
+    cboComPort_->setMinimumHeight(kInputHeight);
+    for (std::int16_t port = 1; port <= kPorts; ++port) {
+        cboComPort_->addItem(PortCaption(port));
+        cboComPort_->setItemData(port - 1, QSize(0, kInputHeight), Qt::SizeHintRole);
+    }
+    connect(cboComPort_, &QComboBox::currentIndexChanged, this,
+            [this] { handlers_.Run([this] { PortChanged(); }); });
+    lblDevice_ = MakeLines(number, "lblDevice", 1);
     chkBuiltIn_ =
-        Named(new QCheckBox(QStringLiteral("&List built-in ports, too"), row), "chkBuiltIn");
-    rows->addWidget(caption);
-    rows->addWidget(cboDevice_);
-    rows->addWidget(chkBuiltIn_, 0, Qt::AlignLeft);
-    const auto list = [this] {
-        handlers_.Run([this] { ListDevices(cboDevice_->currentData().toString()); });
-    };
-    cboDevice_->OnOpen = list;
-    connect(chkBuiltIn_, &QCheckBox::toggled, this, list);
-    connect(cboDevice_, &QComboBox::currentIndexChanged, this,
-            [this] { handlers_.Run([this] { ShowDevice(); }); });
-    row->setVisible(devices_.NeedsAssignment());
-    column->addWidget(row);
+        Named(new QCheckBox(QStringLiteral("&List built-in ports, too"), number), "chkBuiltIn");
+    chkBuiltIn_->setVisible(devices_.NeedsAssignment());
+    connect(chkBuiltIn_, &QCheckBox::toggled, this,
+            [this] { handlers_.Run([this] { ListPorts(ChosenRow()); }); });
+    row->addWidget(cboComPort_);
+    row->addWidget(lblDevice_, 1);
+    row->addWidget(chkBuiltIn_);
+    return number;
 }
 
 QWidget* frmConfig::BuildImpedance() {
@@ -195,36 +186,47 @@ QWidget* frmConfig::BuildImpedance() {
 QWidget* frmConfig::BuildButtons() {
     auto* buttons = new QWidget(this);
     auto* row = WithMargin(new QHBoxLayout(buttons), 0);
-    auto* cmdSave = new BigButton(buttons, "cmdSave", "&Save");
-    cmdSave->setDefault(true);
-    auto* cmdExit = new BigButton(buttons, "cmdExit", "&Exit");
-    row->addWidget(cmdSave);
-    row->addWidget(cmdExit);
-    connect(cmdSave, &QPushButton::clicked, this,
+    cmdSave_ = new BigButton(buttons, "cmdSave", "&Save");
+    cmdSave_->setDefault(true);
+    QPushButton* cmdExit = new BigButton(buttons, "cmdExit", "&Exit");
+    // Exit stays in the window while no port is chosen; a screen may show no frame to close it by.
+    cmdLeave_ = new BigButton(buttons, "cmdLeave", "Leave &without a port");
+    cmdLeave_->hide();
+    for (QPushButton* button : {cmdSave_, cmdExit, cmdLeave_})
+        row->addWidget(button);
+    connect(cmdSave_, &QPushButton::clicked, this,
             [this] { handlers_.RunAlone([this] { cmdSave_Click(); }); });
-    connect(cmdExit, &QPushButton::clicked, this,
-            [this] { handlers_.RunAlone([this] { cmdExit_Click(); }); });
+    connect(cmdExit, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
+    connect(cmdLeave_, &QPushButton::clicked, this, [this] { reject(); });
     return buttons;
 }
 
 void frmConfig::Form_Load() {
     if (settings_.comPort < 1 || settings_.comPort > kPorts) settings_.comPort = 1;
     handlers_.Run([this] {
-        ListPorts();
         cboComPort_->setCurrentIndex(settings_.comPort - 1);
         PortChanged();
     });
     optImpedance_[settings_.showImpedance ? 1 : 0]->setChecked(true);
-    ShowPortState();
-    cboComPort_->setFocus();
+    lstPorts_->setFocus();
+    look_.start();
     CentreForm(*this, parentWidget());
 }
 
 void frmConfig::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) {
-        handlers_.RunAlone([this] { cmdExit_Click(); });
+        cmdExit_Click();
     } else {
         QDialog::keyPressEvent(event);
+    }
+}
+
+void frmConfig::reject() {
+    if (testing_) {
+        leave_ = true;
+        link_.EndWait();
+    } else {
+        QDialog::reject();
     }
 }
 
@@ -236,30 +238,98 @@ void frmConfig::cmdSave_Click() {
     }
     settings_.comPort = kNoPortChosen;
     const std::int16_t port = ChosenPort();
-    if (OpenChosen(port)) {
+    if (OpenChosen(port, true)) {
         settings_.comPort = port;
         accept();
         return;
     }
+    lblAnswer_->setText(lblAnswer_->text() +
+                        QStringLiteral(" To leave all the same, press Leave without a port."));
     ShowPort();
 }
 
-void frmConfig::ShowPort() {
-    ShowDevice();
-    ShowPortState();
-}
-
 void frmConfig::cmdExit_Click() {
-    if (settings_.comPort == kNoPortChosen) {
-        prompts_.Message(QStringLiteral("Please choose a valid COM port."));
+    if (testing_) {
+        link_.EndWait();
+    } else if (settings_.comPort == kNoPortChosen) {
+        handlers_.RunAlone(
+            [this] { prompts_.Message(QStringLiteral("Please choose a valid COM port.")); });
     } else {
-        reject();
+        handlers_.RunAlone([this] { reject(); });
     }
 }
+
+// --- Trying the connection ----------------------------------------------------------------------
+
+void frmConfig::cmdTest_Click() {
+    if (link_.CurrentWait()) {
+        lblAnswer_->setText(QStringLiteral("The line is in use. Try again when it is free."));
+        return;
+    }
+    const std::int16_t port = ChosenPort();
+    const bool inUse = link_.State().portOpen && port == settings_.comPort && !IsReassigned(port);
+    if (inUse || OpenChosen(port, false)) AskModel();
+    if (!inUse) {
+        // The port of the settings is the one in use until another one is saved.
+        if (settings_.comPort == kNoPortChosen) {
+            link_.CloseComPort();
+        } else {
+            link_.OpenComPort(settings_.comPort);
+        }
+    }
+    ShowPort();
+    if (leave_) QDialog::reject();
+}
+
+void frmConfig::AskModel() {
+    SetTesting(true);
+    const auto ended = qScopeGuard([this] { SetTesting(false); });
+    lblAnswer_->setText(QStringLiteral("The DAVO is asked for its model..."));
+    std::string model;
+    const bool answered = link_.ReadInstrumentModel(model);
+    if (answered) {
+        lblAnswer_->setText(QStringLiteral("%1 answers.").arg(ModelText(model)));
+    } else if (!model.empty()) {
+        lblAnswer_->setText(QStringLiteral("What answers is no DAVO: %1").arg(ModelText(model)));
+    } else if (link_.LastWaitEnded()) {
+        lblAnswer_->setText(QStringLiteral("The test was stopped. Nothing has answered."));
+    } else {
+        lblAnswer_->setText(
+            QStringLiteral("No answer. Is the DAVO on, under computer control, and the cable in "
+                           "the right socket?"));
+    }
+}
+
+void frmConfig::SetTesting(bool testing) {
+    testing_ = testing;
+    cmdTest_->setText(testing ? QStringLiteral("Stop &waiting")
+                              : QStringLiteral("&Test connection"));
+    cmdSave_->setEnabled(!testing);
+}
+
+// --- What is chosen -----------------------------------------------------------------------------
 
 std::int16_t frmConfig::ChosenPort() const {
     if (cboComPort_->currentText().isEmpty()) return 1;
     return static_cast<std::int16_t>(cboComPort_->currentIndex() + 1);
+}
+
+std::optional<QString> frmConfig::ChosenRow() const {
+    const QList<QTreeWidgetItem*> rows = lstPorts_->selectedItems();
+    if (rows.isEmpty()) return std::nullopt;
+    return rows.front()->data(kName, Qt::UserRole).toString();
+}
+
+QString frmConfig::ChosenDevice() const {
+    const std::optional<QString> row = ChosenRow();
+    if (!row) return devices_.DeviceOf(ChosenPort());
+    return row->isEmpty() ? NthUsbAdapter(devices_.Present(), ChosenPort()) : *row;
+}
+
+bool frmConfig::IsReassigned(std::int16_t port) const {
+    const std::optional<QString> row = ChosenRow();
+    if (!devices_.NeedsAssignment() || !row) return false;
+    return row->isEmpty() || *row != devices_.DeviceOf(port);
 }
 
 QString frmConfig::Assign(std::int16_t port, const QString& device) {
@@ -272,13 +342,14 @@ QString frmConfig::Assign(std::int16_t port, const QString& device) {
     return {};
 }
 
-bool frmConfig::OpenChosen(std::int16_t port) {
+bool frmConfig::OpenChosen(std::int16_t port, bool keep) {
     const QString before = devices_.Assigned(port);
-    const QString chosen = cboDevice_->currentData().toString();
-    const bool reassign = devices_.NeedsAssignment() && chosen != before;
-    const QString notStored = reassign ? Assign(port, chosen) : QString();
+    const QString device = ChosenDevice();
+    const bool reassign = IsReassigned(port);
+    const QString notStored = reassign ? Assign(port, ChosenRow().value_or(QString())) : QString();
     const bool opened = link_.OpenComPort(port);
-    if (reassign && !opened) {
+    if (!opened) lblAnswer_->setText(WhyNotOpen(devices_, device, link_.State().openError));
+    if (reassign && !(opened && keep)) {
         Assign(port, before);
     } else if (!notStored.isEmpty()) {
         prompts_.Message(QStringLiteral("COM%1 stands for the chosen device until the program "
@@ -289,72 +360,110 @@ bool frmConfig::OpenChosen(std::int16_t port) {
     return opened;
 }
 
-void frmConfig::ListPorts() {
-    const auto present = devices_.Present();
-    for (std::int16_t port = 1; port <= kPorts; ++port) {
-        const QString device = devices_.DeviceOf(port);
-        const QString words = FindPort(present, device) == nullptr
-                                  ? QStringLiteral("not plugged in")
-                                  : DeviceWords(device, present);
-        cboComPort_->setItemData(port - 1, words, kStandsFor);
-    }
+// --- What is shown ------------------------------------------------------------------------------
+
+QTreeWidgetItem* frmConfig::AddRow(const PresentPort& port, const QString& name) {
+    const bool named = !devices_.NeedsAssignment();
+    const bool inUse = settings_.comPort != kNoPortChosen && !port.device.isEmpty() &&
+                       port.device == devices_.DeviceOf(settings_.comPort);
+    QStringList use;
+    for (std::int16_t number = 1; number <= kPorts && !named; ++number)
+        if (!port.device.isEmpty() && port.device == devices_.DeviceOf(number))
+            use << PortCaption(number);
+    if (named && NumberOf(port.device) == 0) use << QStringLiteral("not COM1 to COM4");
+    if (inUse)
+        use << (link_.State().portOpen ? QStringLiteral("in use") : QStringLiteral("chosen"));
+    auto* row = new QTreeWidgetItem(lstPorts_, {name, port.maker, port.serialNumber, port.device,
+                                                use.join(QStringLiteral(", "))});
+    row->setData(kName, Qt::UserRole, port.device);
+    row->setToolTip(kName, name);
+    row->setSizeHint(kName, QSize(0, kInputHeight));
+    row->setDisabled(named && NumberOf(port.device) == 0);
+    QFont font = lstPorts_->font();
+    font.setBold(inUse);
+    for (int column = 0; column < kColumns; ++column)
+        row->setFont(column, font);
+    return row;
 }
 
-void frmConfig::ListDevices(const QString& chosen) {
-    const auto present = devices_.Present();
-    const QString automatic = NthUsbAdapter(present, ChosenPort());
-    const QSignalBlocker quiet(cboDevice_);
-    cboDevice_->clear();
-    const auto add = [&](const QString& text, const QString& device, const QString& standsFor) {
-        cboDevice_->addItem(text, device);
-        cboDevice_->setItemData(cboDevice_->count() - 1, standsFor, kStandsFor);
+void frmConfig::ListPorts(const std::optional<QString>& chosen) {
+    present_ = devices_.Present();
+    const QSignalBlocker quiet(lstPorts_);
+    lstPorts_->clear();
+    const bool named = !devices_.NeedsAssignment();
+    const auto add = [&](const PresentPort& port, const QString& name) {
+        QTreeWidgetItem* row = AddRow(port, name);
+        if (chosen == port.device) lstPorts_->setCurrentItem(row);
+        return row;
     };
-    add(QStringLiteral("Automatic: USB adapter no. %1").arg(ChosenPort()), QString(), automatic);
-    for (const PresentPort& port : present) {
-        if (port.usb) add(port.device, port.device, AdapterWords(port));
+    std::vector<PresentPort> shown = present_;
+    std::stable_partition(shown.begin(), shown.end(),
+                          [](const PresentPort& port) { return port.usb; });
+    for (const PresentPort& port : shown) {
+        const bool builtIn = !port.usb && !named;
+        if (builtIn && !chkBuiltIn_->isChecked() && chosen != port.device) continue;
+        add(port, builtIn ? QStringLiteral("built into the computer") : port.name);
     }
-    for (const PresentPort& port : present) {
-        if (!port.usb && (chkBuiltIn_->isChecked() || port.device == chosen)) {
-            add(port.device, port.device, QStringLiteral("built into the computer"));
-        }
+    if (chosen && !chosen->isEmpty() && FindPort(present_, *chosen) == nullptr) {
+        PresentPort missing;
+        missing.device = *chosen;
+        add(missing, QStringLiteral("not among the ports plugged in"));
     }
-    if (!chosen.isEmpty() && FindPort(present, chosen) == nullptr) {
-        add(chosen, chosen, QStringLiteral("not among the ports plugged in"));
+    const std::int16_t port = ChosenPort();
+    if (!devices_.Assigned(port).isEmpty())
+        add({}, QStringLiteral("Automatic: USB adapter no. %1").arg(port))
+            ->setFirstColumnSpanned(true);
+    if (lstPorts_->topLevelItemCount() == 0) {
+        auto* none = new QTreeWidgetItem(
+            lstPorts_, {QStringLiteral("Nothing yet. Plug in the DAVO's adapter.")});
+        none->setFirstColumnSpanned(true);
+        none->setFlags(Qt::NoItemFlags);
     }
-    cboDevice_->setCurrentIndex(cboDevice_->findData(chosen));
-    ShowDevice();
+    ShowNumber();
 }
 
 void frmConfig::PortChanged() {
-    ListDevices(devices_.Assigned(ChosenPort()));
+    const QString device = devices_.DeviceOf(ChosenPort());
+    ListPorts(device.isEmpty() ? std::nullopt : std::optional(device));
+    lblAnswer_->clear();
 }
 
-void frmConfig::ShowDevice() {
-    const auto present = devices_.Present();
-    QString device = devices_.DeviceOf(ChosenPort());
-    if (devices_.NeedsAssignment()) {
-        const QString chosen = cboDevice_->currentData().toString();
-        device = chosen.isEmpty() ? NthUsbAdapter(present, ChosenPort()) : chosen;
+void frmConfig::RowChanged() {
+    if (const std::int16_t port = NumberOf(ChosenRow().value_or(QString())); port != 0) {
+        const QSignalBlocker quiet(cboComPort_);
+        cboComPort_->setCurrentIndex(port - 1);
     }
-    const PresentPort* port = FindPort(present, device);
+    lblAnswer_->clear();
+    ShowNumber();
+}
+
+void frmConfig::LookAround() {
+    if (handlers_.Running() || devices_.Present() == present_) return;
+    handlers_.Run([this] { ShowPort(); });
+}
+
+void frmConfig::ShowPort() {
+    ListPorts(ChosenRow());
+}
+
+void frmConfig::ShowNumber() {
+    const QString device = ChosenDevice();
+    const PresentPort* port = FindPort(present_, device);
+    const bool named = !devices_.NeedsAssignment();
     if (device.isEmpty()) {
-        lblDevice_->setText(QStringLiteral("No device is plugged in for it."));
-    } else if (port == nullptr) {
-        lblDevice_->setText(QStringLiteral("%1 is not among the ports plugged in.").arg(device));
+        lblDevice_->setText(QStringLiteral("has no adapter yet"));
+    } else if (!devices_.IsPresent(device)) {
+        lblDevice_->setText(QStringLiteral("is not plugged in"));
     } else {
-        const QString where =
-            IsBuiltIn(port) ? QStringLiteral("Built in: %1") : QStringLiteral("Plugged in: %1");
-        lblDevice_->setText(where.arg(DeviceWords(device, present)));
+        lblDevice_->setText(named ? QString() : QStringLiteral("is %1").arg(device));
     }
-    lblBuiltIn_->setText(IsBuiltIn(port)
+    const bool builtIn = !named && port != nullptr && !port->usb;
+    lblBuiltIn_->setText(builtIn
                              ? QStringLiteral("This port is built into the computer and may be its "
                                               "console. Save it only when the DAVO is wired to it.")
                              : QString());
-}
-
-void frmConfig::ShowPortState() {
-    const LinkGlance glance = GlanceAtLink(settings_, link_.State(), devices_);
-    lblPortState_->setText(QStringLiteral("Now: %1").arg(PortState(glance)));
+    lblBuiltIn_->setVisible(builtIn);
+    cmdLeave_->setVisible(settings_.comPort == kNoPortChosen);
 }
 
 }  // namespace davo

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <QDialog>
+#include <QTimer>
+#include <optional>
+#include <vector>
 
 #include "common/settings.h"
 #include "link/link.h"
@@ -10,14 +13,16 @@
 
 class QAbstractButton;
 class QCheckBox;
+class QComboBox;
 class QLabel;
-class QVBoxLayout;
+class QPushButton;
+class QTreeWidget;
+class QTreeWidgetItem;
 
 namespace davo {
 
-class OpeningList;
-
-// "Configure System": the serial port, and whether impedances are shown. Saving takes the port
+// "Configure System": the serial port, and whether impedances are shown. What is plugged in is
+// listed; the row that is chosen is what the number of the port stands for. Saving takes the port
 // only when it opens. Closed through its frame after a save that failed, it leaves no port chosen
 // (comPort = kNoPortChosen).
 class frmConfig : public QDialog {
@@ -29,8 +34,11 @@ class frmConfig : public QDialog {
     // Centres the window and shows the settings; a port that is none of the list becomes COM1.
     void Form_Load();
 
-    // What has become of the port, and of the device that is chosen.
+    // What has become of the port, and what is plugged in.
     void ShowPort();
+
+    // Also what its frame does: a test of the connection is ended first.
+    void reject() override;
 
   protected:
     // Escape is cmdExit.
@@ -38,37 +46,57 @@ class frmConfig : public QDialog {
 
   private:
     QWidget* BuildPort();
-    void BuildDevice(QVBoxLayout* column);
+    QWidget* BuildTest(QWidget* parent);
+    QWidget* BuildNumber(QWidget* parent);
     QWidget* BuildImpedance();
     QWidget* BuildButtons();
     void cmdSave_Click();
     void cmdExit_Click();
+    void cmdTest_Click();
 
     std::int16_t ChosenPort() const;
+    // What the row stands for that is chosen: a device, "" for the automatic choice.
+    std::optional<QString> ChosenRow() const;
+    // What the number stands for once that row is taken; empty when there is nothing.
+    QString ChosenDevice() const;
+    // Whether taking the row gives the number to another device.
+    bool IsReassigned(std::int16_t port) const;
     // Gives the number to device. A store that keeps it only until the program ends gives its
     // error.
     QString Assign(std::int16_t port, const QString& device);
-    // Gives the number to the chosen device and opens it; one that does not open is taken back.
-    bool OpenChosen(std::int16_t port);
-    // What each number stands for now, in the list of the numbers.
-    void ListPorts();
-    // What is plugged in now, in the list of devices; chosen is selected, plugged in or not.
-    void ListDevices(const QString& chosen);
+    // Gives the number to the chosen device and opens it; one that does not open, or that is not
+    // to be kept, is taken back. Why it does not open is said.
+    bool OpenChosen(std::int16_t port, bool keep);
+    // Asks the instrument at the open port for its model.
+    void AskModel();
+    void SetTesting(bool testing);
+    // Its last column: which numbers stand for it, and whether it is the one in use.
+    QTreeWidgetItem* AddRow(const PresentPort& port, const QString& name);
+    // What is plugged in now; the row of chosen is chosen, plugged in or not.
+    void ListPorts(const std::optional<QString>& chosen);
     void PortChanged();
-    void ShowDevice();
-    void ShowPortState();
+    void RowChanged();
+    void LookAround();
+    void ShowNumber();
 
     Settings& settings_;
     Link& link_;
     PortDevices& devices_;
     Prompts& prompts_;
     EventHandlers handlers_;
-    OpeningList* cboComPort_ = nullptr;
-    OpeningList* cboDevice_ = nullptr;
+    std::vector<PresentPort> present_;  // that is listed
+    QTimer look_;
+    bool testing_ = false;
+    bool leave_ = false;  // once the test has ended
+    QTreeWidget* lstPorts_ = nullptr;
+    QComboBox* cboComPort_ = nullptr;
     QCheckBox* chkBuiltIn_ = nullptr;
+    QLabel* lblAnswer_ = nullptr;
     QLabel* lblDevice_ = nullptr;
     QLabel* lblBuiltIn_ = nullptr;
-    QLabel* lblPortState_ = nullptr;
+    QPushButton* cmdTest_ = nullptr;
+    QPushButton* cmdSave_ = nullptr;
+    QPushButton* cmdLeave_ = nullptr;
     QAbstractButton* optImpedance_[2] = {nullptr, nullptr};
 };
 

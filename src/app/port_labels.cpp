@@ -33,19 +33,16 @@ const PresentPort* FindPort(const std::vector<PresentPort>& present, const QStri
     return found == present.end() ? nullptr : &*found;
 }
 
-QString AdapterWords(const PresentPort& port) {
-    QStringList words{port.name, port.maker};
-    if (!port.serialNumber.isEmpty()) {
-        words << QStringLiteral("serial number %1").arg(port.serialNumber);
+QString DeviceWords(const QString& device, const std::vector<PresentPort>& present) {
+    QStringList words{device};
+    if (const PresentPort* port = FindPort(present, device); port != nullptr) {
+        words = {port->name, port->maker};
+        if (!port->serialNumber.isEmpty())
+            words << QStringLiteral("serial number %1").arg(port->serialNumber);
+        words << device;
     }
     words.removeAll(QString());
     return words.join(QStringLiteral(", "));
-}
-
-QString DeviceWords(const QString& device, const std::vector<PresentPort>& present) {
-    const PresentPort* port = FindPort(present, device);
-    const QString words = port == nullptr ? QString() : AdapterWords(*port);
-    return words.isEmpty() ? device : QStringLiteral("%1, %2").arg(words, device);
 }
 
 QString PortState(const LinkGlance& glance) {
@@ -64,6 +61,22 @@ QString DeviceState(const LinkGlance& glance) {
     if (!glance.present) return QStringLiteral("%1 is not plugged in").arg(glance.device);
     if (!glance.openFailed) return glance.deviceWords;
     return QStringLiteral("%1 could not be opened").arg(glance.deviceWords);
+}
+
+QString WhyNotOpen(const PortDevices& devices, const QString& device,
+                   const std::string& openError) {
+    if (device.isEmpty()) {
+        return QStringLiteral(
+            "No adapter is plugged in. Plug in the DAVO's adapter: it is listed at once.");
+    }
+    if (!devices.IsPresent(device)) {
+        return QStringLiteral("%1 is not plugged in. Plug it in, or choose another row.")
+            .arg(device);
+    }
+    // The system's own words are behind those of the program.
+    const QString why = QString::fromStdString(openError).section(QStringLiteral(": "), -1);
+    return QStringLiteral("%1 does not open: %2. Another program uses it, or you may not open it.")
+        .arg(device, why);
 }
 
 bool NeedsHelp(const LinkGlance& glance) {

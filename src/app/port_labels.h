@@ -34,11 +34,8 @@ QString PortCaption(std::int16_t port);
 // The port that is opened as device; nullptr when it is not plugged in.
 const PresentPort* FindPort(const std::vector<PresentPort>& present, const QString& device);
 
-// An adapter's name, maker and serial number, as far as they are known.
-QString AdapterWords(const PresentPort& port);
-
-// AdapterWords and the device; of one that is not plugged in only the device. Empty for no
-// device.
+// An adapter's name, maker and serial number, as far as they are known, and the device; of one that
+// is not plugged in only the device. Empty for no device.
 QString DeviceWords(const QString& device, const std::vector<PresentPort>& present);
 
 // "COM1 open", "COM1 closed until needed" (in good order), "COM1 not open", "No COM port chosen".
@@ -46,6 +43,9 @@ QString PortState(const LinkGlance& glance);
 
 // What the number stands for, and, of a port that is not open, why.
 QString DeviceState(const LinkGlance& glance);
+
+// Why device (empty: there is none) could not be opened, and what to do. openError: see LinkState.
+QString WhyNotOpen(const PortDevices& devices, const QString& device, const std::string& openError);
 
 // Whether the operator has to do something before the port can be opened.
 bool NeedsHelp(const LinkGlance& glance);

@@ -124,6 +124,7 @@ Link::~Link() {
 }
 
 bool Link::OpenComPort(std::int16_t port) {
+    state_.openError.clear();
     try {
         if (state_.portOpen) CloseComPort();
         port_.SetCommPort(port);
@@ -132,8 +133,9 @@ bool Link::OpenComPort(std::int16_t port) {
         port_.SetInBufferSize(1024);
         port_.SetPortOpen(true);
         state_.portOpen = true;
-    } catch (const RunTimeError&) {
+    } catch (const RunTimeError& error) {
         state_.portOpen = false;
+        state_.openError = error.what();
     }
     state_.openFailed = !state_.portOpen;
     if (OnPortChanged) OnPortChanged();

@@ -20,6 +20,7 @@ struct LinkState {
     // The last attempt to open the port failed, or the port was lost; a port that is closed without
     // it was closed in good order.
     bool openFailed = false;
+    std::string openError;  // what the last attempt threw, in UTF-8; empty when the port was opened
     std::string instrumentModel;
     std::string receiveBuffer;  // everything the receive event gathered since it was last cleared
     std::string receiveChunk;   // the text of the most recent receive event

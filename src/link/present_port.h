@@ -12,6 +12,8 @@ struct PresentPort {
     QString maker;
     QString serialNumber;
     bool usb = false;
+
+    bool operator==(const PresentPort&) const = default;
 };
 
 }  // namespace davo

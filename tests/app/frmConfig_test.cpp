@@ -1,64 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/frmConfig.h"
-
-#include <QAbstractItemView>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QRadioButton>
 #include <QWheelEvent>
 #include <set>
 
-#include "tests/support/controls.h"
-#include "tests/support/fake_port_devices.h"
-#include "tests/support/scripted_link.h"
+#include "tests/app/config_window.h"
 
 namespace davo::test {
 namespace {
 
+using ::testing::_;
 using ::testing::Pair;
-
-const QString kUsb0 = u"/dev/ttyUSB0"_s;
-const QString kUsb1 = u"/dev/ttyUSB1"_s;
-const QString kBuiltIn = u"/dev/ttyS0"_s;
-
-class ConfigureSystem : public ::testing::Test, public ScriptedLine, public Controls {
-  protected:
-    ConfigureSystem() {
-        devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R USB UART", "FTDI", "A50285BI"),
-                           UsbAdapter("/dev/ttyUSB1", "USB-Serial Controller D", "Prolific", ""),
-                           BuiltInPort("/dev/ttyS0")};
-    }
-
-    QWidget& Window() override { return *window; }
-    void Open() {
-        window = std::make_unique<frmConfig>(settings, link, devices, prompts, nullptr);
-        window->Form_Load();
-        ASSERT_TRUE(ShowActive(*window));
-    }
-    void ChoosePort(int number) { Find<QComboBox>("cboComPort")->setCurrentIndex(number - 1); }
-    // The devices that the list offers, without the automatic choice.
-    std::vector<QString> Offered() {
-        std::vector<QString> offered;
-        auto* list = Find<QComboBox>("cboDevice");
-        for (int i = 1; i < list->count(); ++i)
-            offered.push_back(list->itemData(i).toString());
-        return offered;
-    }
-    void ChooseDevice(const QString& device) {
-        auto* list = Find<QComboBox>("cboDevice");
-        ASSERT_GE(list->findData(device), 0) << device.toStdString();
-        list->setCurrentIndex(list->findData(device));
-    }
-    // A row of the open list: its text, and beside it what that stands for.
-    static QString RowText(QComboBox* list, int row) {
-        return u"%1   %2"_s.arg(list->itemText(row),
-                                list->itemData(row, Qt::ToolTipRole).toString());
-    }
-
-    Settings settings;
-    FakePortDevices devices;
-    std::unique_ptr<frmConfig> window;
-};
 
 TEST_F(ConfigureSystem, HasItsCaptions) {
     Open();
@@ -167,7 +119,10 @@ TEST_F(ConfigureSystem, AFailedSaveStaysOpenAndSaysSoOnlyOnExit) {
     EXPECT_TRUE(settings.showImpedance);
     EXPECT_FALSE(state.portOpen);
     EXPECT_TRUE(prompts.shown.empty());
-    EXPECT_EQ(Text("lblPortState"), "Now: No COM port chosen");
+    EXPECT_EQ(
+        Text("lblAnswer"),
+        "/dev/ttyUSB1 does not open: Invalid port number. Another program uses it, or you may "
+        "not open it. To leave all the same, press Leave without a port.");
     Click("cmdExit");
     EXPECT_TRUE(window->isVisible());
     EXPECT_THAT(prompts.shown, ElementsAre(u"Please choose a valid COM port."_s));
@@ -198,6 +153,22 @@ TEST_F(ConfigureSystem, ClosedThroughItsFrameAfterAFailedSaveItLeavesNoPortChose
     EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), u"COM1"_s);
 }
 
+TEST_F(ConfigureSystem, ThereIsAWayOutWithNoAdapterPluggedIn) {
+    devices.present.clear();
+    port.failOpen = ErrorNumber::InvalidPortNumber;
+    Open();
+    EXPECT_FALSE(Find<QPushButton>("cmdLeave")->isVisible());
+    Click("cmdSave");
+    EXPECT_EQ(
+        Text("lblAnswer"),
+        "No adapter is plugged in. Plug in the DAVO's adapter: it is listed at once. To leave "
+        "all the same, press Leave without a port.");
+    QTest::keyClick(window.get(), Qt::Key_W, Qt::AltModifier);
+    ASSERT_TRUE(Until([this] { return !window->isVisible(); }));
+    EXPECT_EQ(settings.comPort, kNoPortChosen) << "as through its frame";
+    EXPECT_TRUE(prompts.shown.empty());
+}
+
 TEST_F(ConfigureSystem, ExitSavesNothing) {
     link.OpenComPort(1);
     port.properties.clear();
@@ -217,53 +188,40 @@ TEST_F(ConfigureSystem, ExitSavesNothing) {
 TEST_F(ConfigureSystem, SaysWhatEachNumberStandsFor) {
     devices.assigned[3] = u"/dev/ttyUSB7"_s;
     Open();
-    auto* list = Find<QComboBox>("cboComPort");
-    EXPECT_EQ(RowText(list, 0),
-              u"COM1   FT232R USB UART, FTDI, serial number "
-              "A50285BI, /dev/ttyUSB0"_s);
-    EXPECT_EQ(RowText(list, 1), u"COM2   USB-Serial Controller D, Prolific, /dev/ttyUSB1"_s);
-    EXPECT_EQ(RowText(list, 2), u"COM3   not plugged in"_s);
-    EXPECT_EQ(Text("lblDevice"),
-              "Plugged in: FT232R USB UART, FTDI, serial "
-              "number A50285BI, /dev/ttyUSB0");
+    EXPECT_EQ(Text("lblDevice"), "is /dev/ttyUSB0");
     ChoosePort(3);
-    EXPECT_EQ(Text("lblDevice"), "/dev/ttyUSB7 is not among the ports plugged in.");
-    EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(), u"/dev/ttyUSB7"_s);
+    EXPECT_EQ(Text("lblDevice"), "is not plugged in");
+    EXPECT_EQ(Chosen(), u"/dev/ttyUSB7"_s);
     ChoosePort(4);
-    EXPECT_EQ(Text("lblDevice"), "No device is plugged in for it.");
+    EXPECT_EQ(Text("lblDevice"), "has no adapter yet");
+    EXPECT_EQ(Chosen(), u"nothing"_s);
 }
 
-TEST_F(ConfigureSystem, AnOpenListHasRoomForWhatItsRowsStandFor) {
+TEST_F(ConfigureSystem, ListsWhatIsPluggedInAndMarksTheOneInUse) {
+    settings.comPort = 2;
+    link.OpenComPort(2);
     Open();
-    for (const char* name : {"cboComPort", "cboDevice"}) {
-        auto* list = Find<QComboBox>(name);
-        list->showPopup();
-        const QFontMetrics letters = list->view()->fontMetrics();
-        EXPECT_GE(list->view()->width(), letters.horizontalAdvance(RowText(list, 1))) << name;
-        EXPECT_GE(list->view()->sizeHintForColumn(0), letters.horizontalAdvance(RowText(list, 1)))
-            << "the row itself asks for it";
-        list->hidePopup();
-    }
+    EXPECT_THAT(Rows(), ElementsAre("FT232R USB UART|FTDI|A50285BI|/dev/ttyUSB0|COM1",
+                                    "USB-Serial Controller D|Prolific||/dev/ttyUSB1|COM2, in use"));
+    EXPECT_TRUE(Ports()->topLevelItem(1)->font(0).bold());
+    EXPECT_FALSE(Ports()->topLevelItem(0)->font(0).bold());
+    EXPECT_EQ(Chosen(), kUsb1);
+    link.CloseComPort();
+    Open();
+    EXPECT_THAT(Rows()[1], EndsWith("|COM2, chosen"));
+    EXPECT_GE(Ports()->visualItemRect(Ports()->topLevelItem(0)).height(), 32);
 }
 
-TEST_F(ConfigureSystem, TheListsAreNewWheneverTheyOpen) {
+TEST_F(ConfigureSystem, WithNothingPluggedInItSaysWhatToDoAndShowsAnAdapterAsSoonAsItIsThere) {
     devices.present.clear();
     Open();
-    auto* ports = Find<QComboBox>("cboComPort");
-    EXPECT_EQ(RowText(ports, 0), u"COM1   not plugged in"_s);
-    EXPECT_THAT(Offered(), IsEmpty());
+    EXPECT_THAT(Rows(), ElementsAre("Nothing yet. Plug in the DAVO's adapter.||||"));
+    EXPECT_EQ(Text("lblDevice"), "has no adapter yet");
+    ClickItem(*Ports(), Ports()->topLevelItem(0));
+    EXPECT_EQ(Chosen(), u"nothing"_s);
     devices.present = {UsbAdapter("/dev/ttyACM0", "Adapter", "Maker", "7")};
-    ports->showPopup();
-    EXPECT_EQ(RowText(ports, 0),
-              u"COM1   Adapter, Maker, serial number 7, "
-              "/dev/ttyACM0"_s);
-    ports->hidePopup();
-    auto* list = Find<QComboBox>("cboDevice");
-    list->showPopup();
-    EXPECT_THAT(Offered(), ElementsAre(u"/dev/ttyACM0"_s));
-    EXPECT_EQ(RowText(list, 1), u"/dev/ttyACM0   Adapter, Maker, serial number 7"_s);
-    EXPECT_EQ(Text("lblDevice"), "Plugged in: Adapter, Maker, serial number 7, /dev/ttyACM0");
-    list->hidePopup();
+    ASSERT_TRUE(Until([this] { return Rows()[0] == "Adapter|Maker|7|/dev/ttyACM0|COM1, chosen"; }));
+    EXPECT_EQ(Text("lblDevice"), "is /dev/ttyACM0");
 }
 
 TEST_F(ConfigureSystem, AnUnpluggedChoiceStaysChosen) {
@@ -271,12 +229,10 @@ TEST_F(ConfigureSystem, AnUnpluggedChoiceStaysChosen) {
     ChooseDevice(kUsb1);
     devices.present.pop_back();
     devices.present.pop_back();
-    auto* list = Find<QComboBox>("cboDevice");
-    list->showPopup();
-    EXPECT_EQ(list->currentData().toString(), kUsb1);
-    EXPECT_EQ(RowText(list, list->currentIndex()),
-              u"/dev/ttyUSB1   not among the ports plugged in"_s);
-    list->hidePopup();
+    ASSERT_TRUE(
+        Until([this] { return Rows()[1] == "not among the ports plugged in|||/dev/ttyUSB1|"; }));
+    EXPECT_EQ(Chosen(), kUsb1);
+    EXPECT_EQ(Text("lblDevice"), "is not plugged in");
 }
 
 TEST_F(ConfigureSystem, SaveGivesTheDeviceToTheNumberBeforeItOpens) {
@@ -287,8 +243,12 @@ TEST_F(ConfigureSystem, SaveGivesTheDeviceToTheNumberBeforeItOpens) {
     EXPECT_THAT(devices.assignments, ElementsAre(Pair(3, kUsb1)));
     EXPECT_EQ(settings.comPort, 3);
     Open();
-    EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(), kUsb1);
-    Find<QComboBox>("cboDevice")->setCurrentIndex(0);
+    EXPECT_EQ(Chosen(), kUsb1);
+    EXPECT_THAT(Rows(), ElementsAre(_, EndsWith("|COM2, COM3, in use"),
+                                    "Automatic: USB adapter no. 3||||"));
+    ClickItem(*Ports(), Ports()->topLevelItem(2));
+    window->ShowPort();
+    EXPECT_EQ(Chosen(), QString()) << "the list is made anew and keeps what is chosen";
     Click("cmdSave");
     EXPECT_EQ(devices.Assigned(3), QString()) << "automatic again";
 }
@@ -301,7 +261,7 @@ TEST_F(ConfigureSystem, ADeviceThatDoesNotOpenIsTakenBack) {
     Click("cmdSave");
     EXPECT_THAT(devices.assignments, ElementsAre(Pair(1, kUsb0), Pair(1, kUsb1)));
     EXPECT_EQ(settings.comPort, kNoPortChosen);
-    EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(), kUsb0) << "to try again";
+    EXPECT_EQ(Chosen(), kUsb0) << "to try again";
 }
 
 TEST_F(ConfigureSystem, ABuiltInPortIsOfferedOnRequestOnlyAndWarnedOf) {
@@ -309,41 +269,50 @@ TEST_F(ConfigureSystem, ABuiltInPortIsOfferedOnRequestOnlyAndWarnedOf) {
     EXPECT_THAT(Offered(), ElementsAre(kUsb0, kUsb1));
     Click("chkBuiltIn");
     EXPECT_THAT(Offered(), ElementsAre(kUsb0, kUsb1, kBuiltIn));
-    EXPECT_EQ(Find<QComboBox>("cboDevice")->currentIndex(), 0) << "offered, not chosen";
-    EXPECT_EQ(Text("lblBuiltIn"), "");
+    EXPECT_EQ(Chosen(), kUsb0) << "offered, not chosen";
+    EXPECT_FALSE(Find<QLabel>("lblBuiltIn")->isVisible());
     ChooseDevice(kBuiltIn);
     EXPECT_EQ(Text("lblBuiltIn"),
               "This port is built into the computer and may be its console. Save it "
               "only when the DAVO is wired to it.");
-    EXPECT_EQ(Text("lblDevice"), "Built in: /dev/ttyS0");
+    EXPECT_TRUE(Find<QLabel>("lblBuiltIn")->isVisible());
+    EXPECT_EQ(Rows()[2], "built into the computer|||/dev/ttyS0|");
     Click("cmdSave");
     EXPECT_EQ(devices.Assigned(1), kBuiltIn);
     Open();
-    EXPECT_THAT(Offered(), ElementsAre(kUsb0, kUsb1, kBuiltIn)) << "it is the present choice";
-    EXPECT_EQ(Find<QComboBox>("cboDevice")->currentData().toString(), kBuiltIn);
+    EXPECT_THAT(Offered(), ElementsAre(kUsb0, kUsb1, kBuiltIn, QString()))
+        << "it is the present choice";
+    EXPECT_EQ(Chosen(), kBuiltIn);
 }
 
-TEST_F(ConfigureSystem, TheWheelChoosesNothing) {
+TEST_F(ConfigureSystem, TheWheelChoosesNoNumber) {
     Open();
-    for (const char* name : {"cboComPort", "cboDevice"}) {
-        auto* list = Find<QComboBox>(name);
-        const int before = list->currentIndex();
-        QWheelEvent down(QPointF(5, 5), list->mapToGlobal(QPointF(5, 5)), QPoint(), QPoint(0, -120),
-                         Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(list, &down);
-        EXPECT_EQ(list->currentIndex(), before) << name;
-    }
+    auto* list = Find<QComboBox>("cboComPort");
+    const int before = list->currentIndex();
+    QWheelEvent down(QPointF(5, 5), list->mapToGlobal(QPointF(5, 5)), QPoint(), QPoint(0, -120),
+                     Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(list, &down);
+    EXPECT_EQ(list->currentIndex(), before);
 }
 
-TEST_F(ConfigureSystem, WithComNamesThereIsNothingToAssign) {
+TEST_F(ConfigureSystem, WithComNamesARowIsANumber) {
     devices.needsAssignment = false;
-    devices.present = {UsbAdapter("COM2", "USB Serial Port", "FTDI", "")};
+    devices.present = {BuiltInPort("COM2"), UsbAdapter("COM3", "USB Serial Port", "FTDI", "7"),
+                       UsbAdapter("COM11", "Other", "Maker", "")};
     Open();
-    EXPECT_FALSE(Find<QComboBox>("cboDevice")->isVisible());
     EXPECT_FALSE(Find<QCheckBox>("chkBuiltIn")->isVisible());
-    EXPECT_EQ(Text("lblDevice"), "COM1 is not among the ports plugged in.");
+    EXPECT_THAT(Rows(),
+                ElementsAre("USB Serial Port|FTDI|7|COM3|", "Other|Maker||COM11|not COM1 to COM4",
+                            "|||COM2|", "not among the ports plugged in|||COM1|chosen"));
+    EXPECT_EQ(Text("lblDevice"), "is not plugged in");
+    ChooseDevice(u"COM11"_s);
+    EXPECT_EQ(Chosen(), u"COM1"_s) << "the program has no number for it";
+    ChooseDevice(u"COM3"_s);
+    EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), u"COM3"_s);
+    EXPECT_EQ(Text("lblDevice"), "");
     ChoosePort(2);
-    EXPECT_EQ(Text("lblDevice"), "Plugged in: USB Serial Port, FTDI, COM2");
+    EXPECT_EQ(Chosen(), u"COM2"_s);
+    EXPECT_FALSE(Find<QLabel>("lblBuiltIn")->isVisible()) << "it has the name that was asked for";
     Click("cmdSave");
     EXPECT_EQ(settings.comPort, 2);
     EXPECT_TRUE(devices.assignments.empty());
@@ -385,7 +354,7 @@ TEST_F(ConfigureSystem, ADeviceThatIsNotStoredIsUsedAtTheFirstSaveAndItIsSaid) {
     window->Form_Load();
     window->show();
     ChoosePort(2);
-    ChooseDevice(kUsb1);
+    ChooseDevice(kUsb0);
     Click("cmdSave");
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(settings.comPort, 2);
@@ -415,12 +384,14 @@ TEST_F(ConfigureSystem, ADeviceThatIsNotStoredAndDoesNotOpenIsTakenBackAllTheSam
 TEST_F(ConfigureSystem, IsWorkedByTheKeyboard) {
     Open();
     const auto mnemonics = MnemonicsOf(*window);
-    EXPECT_EQ(mnemonics.size(), 6U);
+    EXPECT_EQ(mnemonics.size(), 6U) << "of the list's, the two options' and the three buttons'";
     EXPECT_EQ(std::set(mnemonics.begin(), mnemonics.end()).size(), mnemonics.size());
-    EXPECT_EQ(window->focusWidget()->objectName(), u"cboComPort"_s);
+    EXPECT_EQ(window->focusWidget()->objectName(), u"lstPorts"_s);
     EXPECT_THAT(TabOrderOf(*window),
-                ElementsAre("cboComPort", "cboDevice", "chkBuiltIn", "optImpedance0",
+                ElementsAre("lstPorts", "cmdTest", "cboComPort", "chkBuiltIn", "optImpedance0",
                             "optImpedance1", "cmdSave", "cmdExit"));
+    QTest::keyClick(Ports(), Qt::Key_Down);
+    EXPECT_EQ(Chosen(), kUsb1);
     QTest::keyClick(window.get(), Qt::Key_Y, Qt::AltModifier);
     EXPECT_TRUE(
         QTest::qWaitFor([this] { return Find<QRadioButton>("optImpedance1")->isChecked(); }, 1000));
@@ -436,6 +407,21 @@ TEST_F(ConfigureSystem, NoTextIsCutAndItFitsTheScreen) {
     ChooseDevice(kUsb0);
     EXPECT_THAT(CutTextsOf(*window), IsEmpty());
     EXPECT_TRUE(FitsItsScreen(*window));
+}
+
+TEST_F(ConfigureSystem, NoTextIsCutWithLargeLettersOnASmallScreen) {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSize(14);
+    QApplication::setFont(large);
+    devices.assigned[1] = kBuiltIn;
+    port.failOpen = ErrorNumber::InvalidPortNumber;
+    Open();
+    Click("cmdSave");
+    EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+    EXPECT_LE(window->width(), 1024);
+    EXPECT_LE(window->height(), 560) << "of 600, with its frame";
+    QApplication::setFont(before);
 }
 
 }  // namespace

@@ -301,6 +301,14 @@ TEST_F(MainMenuItems, ButtonsStandForTheItemsThatHaveAWindow) {
     EXPECT_TRUE(Find<QPushButton>("cmdDownload")->isVisible());
 }
 
+TEST_F(MainMenuItems, ConfigureDoesNotOpenWhileATestUsesTheLine) {
+    Open();
+    OpenTestWindow("mnuBoth");
+    Choose("mnuConfig");
+    EXPECT_EQ(window->findChild<QWidget*>(u"frmConfig"_s), nullptr);
+    EXPECT_EQ(port.sent.size(), 3U);
+}
+
 TEST_F(MainMenuItems, ConfigureShowsItsDialogAndTheStatusLineFollows) {
     Open();
     Press("mnuConfig");

@@ -139,10 +139,14 @@ TEST_F(WaitingMainWindow, TheLossOfThePortIsShownAtOnce) {
     devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R", "FTDI", "A5")};
     Open();
     Choose("mnuConfig");
-    EXPECT_EQ(Text("lblPortState"), "Now: COM1 open");
+    const auto row = [this] {
+        const QTreeWidgetItem* item = Find<QTreeWidget>("lstPorts")->topLevelItem(0);
+        return (item->text(0) + u'|' + item->text(4)).toStdString();
+    };
+    EXPECT_EQ(row(), "FT232R|COM1, in use");
     std::vector<std::string> shown;
     prompts.onMessage = [&](const QString&) {
-        shown = {Text("lblPortState"),
+        shown = {row(),
                  FindIn<QLabel>(*Find<QWidget>("homePanel"), "lblPort")->text().toStdString(),
                  Text("lblDevice")};
     };
@@ -150,7 +154,7 @@ TEST_F(WaitingMainWindow, TheLossOfThePortIsShownAtOnce) {
     port.Unplug();
     ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
     ASSERT_EQ(shown.size(), 3U);
-    EXPECT_EQ(shown[0], "Now: COM1 not open");
+    EXPECT_EQ(shown[0], "not among the ports plugged in|");
     EXPECT_EQ(shown[1], "COM1 not open");
 }
 

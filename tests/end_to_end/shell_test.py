@@ -42,6 +42,14 @@ def settings_of(rig):
     return (rig.folder / "config" / "davo" / "davo.ini").read_text().splitlines()
 
 
+class Connection(unittest.TestCase):
+    def test_the_instrument_is_asked_and_another_port_is_not_kept(self):
+        with harness.started(*QUICK) as (rig, program):
+            program.do("menu mnuConfig", "wait frmConfig", "click cmdTest")
+            program.do('waitContains lblAnswer "DAVO-E R3.15 answers."', "click frmConfig/cmdExit")
+            program.do("waitGone frmConfig", 'waitText statusLine/lblPort "COM1 open"')
+
+
 class Menu(unittest.TestCase):
     def test_records_decide_about_the_items_that_need_them(self):
         with harness.session(*QUICK) as (rig, program):

@@ -26,10 +26,7 @@ class ShellPictures {
   public:
     ShellPictures(const Album& album, QString colours)
         : album_(album), colours_(std::move(colours)) {
-        devices.present = {
-            UsbAdapter("/dev/ttyUSB0", "FT232R USB UART", "FTDI", "A50285BI"),
-            UsbAdapter("/dev/ttyUSB1", "USB-Serial Controller D", "Prolific Technology Inc.", ""),
-            BuiltInPort("/dev/ttyS0")};
+        devices.present = present;
         settings.dataPath = u"/home/technician/Documents/DAVO/Shots_Data/"_s;
     }
 
@@ -61,7 +58,15 @@ class ShellPictures {
         config.Form_Load();
         Grab(config, "config");
         GrabList(config, "cboComPort", "config-list");
-        GrabList(config, "cboDevice", "config-devices");
+        line.port.failOpen = ErrorNumber::PortAlreadyOpen;
+        ClickIn(config, "cmdSave");
+        Grab(config, "config-not-open");
+        line.port.failOpen.reset();
+        devices.present.clear();
+        config.ShowPort();
+        Grab(config, "config-nothing");
+        settings.comPort = 1;
+        devices.present = present;
         devices.assigned[1] = u"/dev/ttyS0"_s;
         frmConfig builtIn(settings, line.link, devices, line.prompts, nullptr);
         builtIn.Form_Load();
@@ -167,6 +172,10 @@ class ShellPictures {
     const Album& album_;
     QString colours_;
     Settings settings;
+    const std::vector<PresentPort> present = {
+        UsbAdapter("/dev/ttyUSB0", "FT232R USB UART", "FTDI", "A50285BI"),
+        UsbAdapter("/dev/ttyUSB1", "USB-Serial Controller D", "Prolific Technology Inc.", ""),
+        BuiltInPort("/dev/ttyS0")};
     FakePortDevices devices;
     ScriptedLine line;
 };
