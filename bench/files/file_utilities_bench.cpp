@@ -40,7 +40,7 @@ class YesPrompts : public Prompts {
     std::optional<QString> Input(const QString&, const QString&, const QString&) override {
         return QStringLiteral("renamed");
     }
-    QString SaveFile(const QString&, const QString&) override { return {}; }
+    QString SaveFile(const QString&, const QString&, const QString&) override { return {}; }
     QString ChooseFolder(const QString&, const QString&) override { return {}; }
 };
 

@@ -33,7 +33,7 @@ class QuietPrompts : public Prompts {
     std::optional<QString> Input(const QString&, const QString&, const QString&) override {
         return std::nullopt;
     }
-    QString SaveFile(const QString&, const QString&) override { return {}; }
+    QString SaveFile(const QString&, const QString&, const QString&) override { return {}; }
     QString ChooseFolder(const QString&, const QString&) override { return {}; }
 };
 

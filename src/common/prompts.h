@@ -35,11 +35,13 @@ class Prompts {
     virtual std::optional<QString> Input(const QString& title, const QString& prompt,
                                          const QString& initial = {}) = 0;
 
-    // A save dialog that starts in folder with a filter such as "*.txt"; the full path chosen,
-    // empty when cancelled. It asks nothing about an existing file: the caller does.
-    virtual QString SaveFile(const QString& folder, const QString& filter) = 0;
+    // A save dialog that starts in folder with a filter such as "*.txt" and proposes a name; the
+    // full path chosen, empty when cancelled. It asks nothing about an existing file: the caller
+    // does.
+    virtual QString SaveFile(const QString& folder, const QString& filter, const QString& name) = 0;
 
-    // A folder-choice dialog; empty when cancelled.
+    // A folder-choice dialog that starts in start, or at the user's own folder when that is not
+    // there; empty when cancelled.
     virtual QString ChooseFolder(const QString& prompt, const QString& start) = 0;
 };
 

@@ -19,6 +19,7 @@
 #include "curves/curve_export.h"
 #include "curves/record_texts.h"
 #include "curves/results_table.h"
+#include "records/record_name.h"
 #include "ui/big_button.h"
 #include "ui/form_parts.h"
 
@@ -393,7 +394,8 @@ QSize RecordPanel::minimumSizeHint() const {
 
 QString RecordPanel::AskForFile(const QString& ending) {
     if (saveFolder_.isEmpty()) saveFolder_ = QFileInfo(files_.front()).absolutePath();
-    QString path = prompts_.SaveFile(saveFolder_, QLatin1Char('*') + ending);
+    QString path = prompts_.SaveFile(saveFolder_, QLatin1Char('*') + ending,
+                                     RecordNameOf(files_.front()) + ending);
     if (path.isEmpty()) return {};
     if (!path.endsWith(ending, Qt::CaseInsensitive)) path += ending;
     saveFolder_ = QFileInfo(path).absolutePath();

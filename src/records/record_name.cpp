@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <algorithm>
 
+#include "common/files.h"
 #include "common/text.h"
 
 namespace davo {
@@ -50,6 +51,20 @@ QString RecordNameTrouble(const QString& name) {
             .arg(kLongestName);
     }
     return {};
+}
+
+QString FreeRecordName(const QString& folder, const QString& wanted) {
+    constexpr qsizetype kRoomForNumber = 8;
+    QString name;
+    for (const QChar c : wanted)
+        name += RecordNameTrouble(c).isEmpty() ? c : QLatin1Char('-');
+    name = name.simplified().left(kLongestName - kRoomForNumber).trimmed();
+    if (name.isEmpty() || IsDevice(name)) name = QStringLiteral("Test ") + name;
+    name = name.trimmed();
+    QString free = name;
+    for (int number = 2; FileExists(folder + free + QLatin1String(".txt")); ++number)
+        free = QStringLiteral("%1 (%2)").arg(name).arg(number);
+    return free;
 }
 
 QString RecordNameOf(const QString& path) {

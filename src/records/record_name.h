@@ -11,6 +11,10 @@ namespace davo {
 // refused everywhere.
 QString RecordNameTrouble(const QString& name);
 
+// A name for a new record file of folder (which ends with the separator), made of wanted: what a
+// name cannot have is "-", and a number makes it one that no file has yet.
+QString FreeRecordName(const QString& folder, const QString& wanted);
+
 // The name of a record file without folder and without ".txt" (in any case of letters).
 QString RecordNameOf(const QString& path);
 // The same in bytes; a name given outside of this program may have characters that do not fit.

@@ -55,11 +55,21 @@ QString NameTrouble(const QString& stem) {
     return RecordNameTrouble(stem);
 }
 
+// What is proposed as the record's name: the circuit, else the serial number, and the date.
+QString ProposedName(const HeaderTable& header, const QString& folder) {
+    constexpr int kCircuit = 2;
+    constexpr int kSerialNumber = 5;
+    std::string what = TrimBlanks(header.Field(kCircuit));
+    if (what.empty()) what = TrimBlanks(header.Field(kSerialNumber));
+    return FreeRecordName(folder, FromPage(what + ' ' + header.headerFields[kHeaderDate]));
+}
+
 // Asks for the record file's path until its name is one that a record can have; empty when the
 // operator left the dialog. The name ends in ".txt".
-QString AskForPath(Prompts& prompts, const QString& folder) {
+QString AskForPath(Prompts& prompts, const QString& folder, const HeaderTable& header) {
     while (true) {
-        const QString path = prompts.SaveFile(folder, QStringLiteral("*.txt"));
+        const QString path =
+            prompts.SaveFile(folder, QStringLiteral("*.txt"), ProposedName(header, folder));
         if (path.isEmpty()) return {};
         const QString name = NameOf(path);
         const QString stem = StemOf(name);
@@ -96,7 +106,7 @@ DialogueResult SaveAsRecordFile(const SessionContent& content, Prompts& prompts,
                                 Settings& settings) {
     // The data path is put back whatever happens.
     const QScopedValueRollback dataPath(settings.dataPath);
-    const QString path = AskForPath(prompts, settings.dataPath);
+    const QString path = AskForPath(prompts, settings.dataPath, content.header);
     if (path.isEmpty()) return {DialogueEnd::NoName, {}};
     if (!FollowChosenFolder(path, prompts, settings)) return {DialogueEnd::Again, {}};
     const QString name = NameOf(path);

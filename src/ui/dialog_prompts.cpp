@@ -3,7 +3,9 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -157,7 +159,7 @@ std::optional<QString> DialogPrompts::Input(const QString& title, const QString&
     return accepted ? std::optional(text) : std::nullopt;
 }
 
-QString DialogPrompts::SaveFile(const QString& folder, const QString& filter) {
+QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, const QString& name) {
     const Open open(*this);
     const QPointer<QFileDialog> dialog = new QFileDialog(Parent());
     SetUp(*dialog, "cdFile", {}, {});
@@ -166,6 +168,7 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter) {
     dialog->setOption(QFileDialog::DontConfirmOverwrite);
     dialog->setNameFilter(filter);
     dialog->setDirectory(folder);
+    dialog->selectFile(name);
     return Chosen(dialog);
 }
 
@@ -175,7 +178,7 @@ QString DialogPrompts::ChooseFolder(const QString& prompt, const QString& start)
     SetUp(*dialog, "folderBrowser", prompt, prompt);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
-    dialog->setDirectory(start);
+    dialog->setDirectory(QFileInfo(start).isDir() ? start : QDir::homePath());
     return Chosen(dialog);
 }
 

@@ -21,7 +21,7 @@ class DialogPrompts : public Prompts {
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
     std::optional<QString> Input(const QString& title, const QString& prompt,
                                  const QString& initial = {}) override;
-    QString SaveFile(const QString& folder, const QString& filter) override;
+    QString SaveFile(const QString& folder, const QString& filter, const QString& name) override;
     QString ChooseFolder(const QString& prompt, const QString& start) override;
 
   private:

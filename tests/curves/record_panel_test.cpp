@@ -174,6 +174,7 @@ TEST_F(Panel, SavesPictureAndPageAndTable) {
     EXPECT_EQ(prompts.shown.at(0), QDir::cleanPath(settings.dataPath) + u"|*.png"_s);
     EXPECT_TRUE(prompts.shown.at(1).endsWith(u"|*.pdf"_s));
     EXPECT_TRUE(prompts.shown.at(2).endsWith(u"|*.csv"_s));
+    EXPECT_THAT(prompts.proposed, ElementsAre(u"ONE.png"_s, u"ONE.pdf"_s, u"ONE.csv"_s));
     EXPECT_EQ(QImage(folder.Path("curves.png")).size(), QSize(1600, 1100));
     EXPECT_THAT(ReadWholeFile(folder.Path("curves.PDF")), StartsWith("%PDF-"));
     const std::string csv = ReadWholeFile(folder.Path("curves.csv"));

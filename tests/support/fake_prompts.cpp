@@ -64,7 +64,8 @@ std::optional<QString> FakePrompts::Input(const QString& title, const QString& p
     return TakeScripted(inputs, prompt);
 }
 
-QString FakePrompts::SaveFile(const QString& folder, const QString& filter) {
+QString FakePrompts::SaveFile(const QString& folder, const QString& filter, const QString& name) {
+    proposed.push_back(name);
     shown.push_back(folder + QLatin1Char('|') + filter);
     if (onFile) onFile();
     return TakeScripted(files, folder);

@@ -22,7 +22,7 @@ class FakePrompts : public Prompts {
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
     std::optional<QString> Input(const QString& title, const QString& prompt,
                                  const QString& initial = {}) override;
-    QString SaveFile(const QString& folder, const QString& filter) override;
+    QString SaveFile(const QString& folder, const QString& filter, const QString& name) override;
     QString ChooseFolder(const QString& prompt, const QString& start) override;
 
     // What was shown, as tests compare it.
@@ -33,6 +33,7 @@ class FakePrompts : public Prompts {
     std::deque<QString> files;                  // for SaveFile
     std::deque<QString> folders;                // for ChooseFolder
     std::vector<QString> shown;                 // every text, in order; "folder|filter" of SaveFile
+    std::vector<QString> proposed;              // names of SaveFile, in order
     std::vector<Answer> presets;                // default buttons, in order
     std::function<void(const QString&)> onMessage;   // called after a message is kept
     std::function<void(const QString&)> onQuestion;  // the same for YesNo and YesNoCancel

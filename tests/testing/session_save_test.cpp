@@ -440,6 +440,31 @@ TEST_F(SessionSave, APendingShotThatCannotBeWrittenKeepsTheWindow) {
     EXPECT_TRUE(rig.sequence.ShotPending());
 }
 
+TEST_F(SessionSave, ProposesTheCircuitAndTheDate) {
+    rig.header.Field(2) = PadRight("FEEDER 1.2/A", 20);
+    rig.header.Field(5) = PadRight("4711", 20);
+    rig.RunRatioShot();
+    rig.header.headerFields[kHeaderDate] = "11/21/26";
+    answers = {Answer::Yes};
+    files = {Data("FEEDER 1-2-A 11-21-26")};
+    Exit();
+    EXPECT_THAT(Utf8(rig.prompts.proposed), ElementsAre("FEEDER 1-2-A 11-21-26"));
+    EXPECT_TRUE(FileExists(Data("FEEDER 1-2-A 11-21-26.txt")));
+}
+
+TEST_F(SessionSave, ProposesTheSerialNumberWithoutACircuitAndNeverAnExistingName) {
+    rig.header.Field(2) = std::string(20, ' ');
+    rig.header.Field(5) = PadRight("4711", 20);
+    rig.RunRatioShot();
+    rig.header.headerFields[kHeaderDate] = "11/21/26";
+    ReplaceFile(Data("4711 11-21-26.txt"), "there");
+    ReplaceFile(Data("4711 11-21-26 (2).txt"), "there");
+    answers = {Answer::Yes};
+    files = {Data("a.b.txt"), Data("T1.txt")};
+    Exit();
+    EXPECT_THAT(Utf8(rig.prompts.proposed), ElementsAre("4711 11-21-26 (3)", "4711 11-21-26 (3)"));
+}
+
 TEST_F(SessionSave, AsksForTheResultsWhenThereIsAReport) {
     rig.RunRatioShot();
     answers = {Answer::Yes, Answer::Yes};

@@ -278,22 +278,43 @@ TEST(SaveFilePrompt, GivesThePathAndAsksNothingAboutAFileThatIsThere) {
         EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
         Type(dialog, u"T1.txt"_s);
     });
-    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s),
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s, {}),
               ShownPath(folder.Path("T1.txt")));
     EXPECT_EQ(ReadWholeFile(folder.Path("T1.txt")), "old");
+}
+
+TEST(SaveFilePrompt, ProposesAName) {
+    const test::TemporaryFolder folder;
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.findChild<QLineEdit*>(u"fileNameEdit"_s)->text(), u"NORTH 11-21-26"_s);
+        QTest::keyClick(dialog.findChild<QLineEdit*>(u"fileNameEdit"_s), Qt::Key_Return);
+    });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s, u"NORTH 11-21-26"_s),
+              ShownPath(folder.Path("NORTH 11-21-26")));
+}
+
+TEST(SaveFilePrompt, TypingReplacesTheProposal) {
+    const test::TemporaryFolder folder;
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) {
+        QTest::keyClicks(dialog.focusWidget(), u"T3"_s);
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
+    });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s, u"NORTH"_s),
+              ShownPath(folder.Path("T3")));
 }
 
 TEST(SaveFilePrompt, AddsNothingToANewName) {
     const test::TemporaryFolder folder;
     const auto shown =
         WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) { Type(dialog, u"T2"_s); });
-    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s), ShownPath(folder.Path("T2")));
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s, {}),
+              ShownPath(folder.Path("T2")));
 }
 
 TEST(SaveFilePrompt, IsEmptyWhenCancelled) {
     const test::TemporaryFolder folder;
     const auto shown = WhenShown::Do<QFileDialog>("cdFile", Press(Qt::Key_Escape));
-    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s), QString());
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s, {}), QString());
 }
 
 TEST(ChooseFolderPrompt, GivesTheFolderChosen) {
@@ -307,6 +328,18 @@ TEST(ChooseFolderPrompt, GivesTheFolderChosen) {
     });
     EXPECT_EQ(DialogPrompts().ChooseFolder(u"Select a folder"_s, folder.Path()),
               ShownPath(folder.Path("inside")));
+}
+
+TEST(ChooseFolderPrompt, BeginsAtTheUsersFolderWhenItsStartIsNotThere) {
+    const test::TemporaryFolder folder;
+    const auto before = QDir::current();
+    QDir::setCurrent(folder.Path());
+    const auto shown = WhenShown::Do<QFileDialog>("folderBrowser", [&](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.directory(), QDir::home());
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    DialogPrompts().ChooseFolder(u"Select"_s, folder.Path("nowhere"));
+    QDir::setCurrent(before.path());
 }
 
 TEST(ChooseFolderPrompt, IsEmptyWhenCancelled) {
