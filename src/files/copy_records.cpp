@@ -56,12 +56,13 @@ void CopyEndings::Count(const QString& file, const CopyOutcome& outcome) {
         failures.push_back(ShownName(file) + QStringLiteral(": ") + outcome.reason);
 }
 
-QString CopyEndings::Text(const QString& target) const {
+QString CopyEndings::Text(const QString& target, bool removable) const {
     constexpr std::size_t kMostNamed = 15;
-    const QString all =
-        files == 1 ? QStringLiteral("1 file") : QStringLiteral("%1 files").arg(files);
     QStringList lines(
-        QStringLiteral("Copied: %1 of %2, to %3").arg(copied).arg(all, ShownPath(target)));
+        QStringLiteral("%1 of %2 copied to %3").arg(copied).arg(files).arg(ShownPath(target)));
+    // A copy counts once it is flushed and renamed.
+    if (removable && copied > 0 && failures.empty())
+        lines += QStringLiteral("All of it is on the disk: it is safe to remove.");
     if (!failures.empty())
         lines += QStringLiteral("%1 of %2 files were not copied:").arg(failures.size()).arg(files);
     for (std::size_t i = 0; i < std::min(failures.size(), kMostNamed); ++i)

@@ -34,7 +34,8 @@ struct CopyEndings {
     std::vector<QString> failures;  // "name: reason" each
 
     void Count(const QString& file, const CopyOutcome& outcome);
-    QString Text(const QString& target) const;
+    // removable: it says that the target can be taken out, when all that was copied is on it.
+    QString Text(const QString& target, bool removable = false) const;
 };
 
 }  // namespace davo

@@ -3,14 +3,17 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -30,17 +33,29 @@ constexpr std::chrono::milliseconds kBarTick{50};
 constexpr qint64 kLeastShown = 30;  // ms
 constexpr int kWholeBar = 100;
 constexpr int kPathHeight = 40;  // a glove meets it
+constexpr std::chrono::milliseconds kLook{1000};
+constexpr std::size_t kMostDrives = 5;  // that have a button
 
 }  // namespace
 
-frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, Prompts& prompts)
-    : files_(std::move(files)), settings_(settings), prompts_(prompts), handlers_(prompts) {
+frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, Prompts& prompts,
+                         DriveList drives)
+    : files_(std::move(files)),
+      settings_(settings),
+      prompts_(prompts),
+      listDrives_(std::move(drives)),
+      handlers_(prompts) {
     setObjectName(QStringLiteral("frmCopyFile"));
     setWindowTitle(QStringLiteral("Copy File(s)"));
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
     lblPath_ = MakeLabel(this, "lblPath", QStringLiteral("Copy %1 file(s) to:").arg(files_.size()));
     column->addWidget(lblPath_);
+    driveButtons_ = new QWidget(this);
+    driveColumn_ = WithMargin(new QVBoxLayout(driveButtons_), 0);
+    column->addWidget(driveButtons_);
+    lblDrives_ = MakeParagraph(this, "lblDrives");
+    column->addWidget(lblDrives_);
     auto* row = new QHBoxLayout;
     txtPath_ = Named(new QLineEdit(this), "txtPath");
     txtPath_->setAccessibleName(QStringLiteral("Target folder"));
@@ -61,6 +76,10 @@ frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, P
     column->addStretch();
     cmdOK_ = new BigButton(this, "cmdOK", "&OK");
     column->addWidget(cmdOK_);
+    look_.setInterval(kLook);
+    connect(&look_, &QTimer::timeout, this, [this] {
+        if (!handlers_.Running()) ShowDrives();
+    });
     Timer1_.setInterval(kBarTick);
     connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
     connect(cmdPath_, &QPushButton::clicked, this,
@@ -75,7 +94,46 @@ frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, P
 }
 
 void frmCopyFile::Form_Load() {
-    txtPath_->setFocus();
+    lblDrives_->setText(
+        QStringLiteral("No stick is plugged in. Plug one in, or choose another folder."));
+    ShowDrives();
+    look_.start();
+    auto* first = driveButtons_->findChild<QPushButton*>();
+    (first != nullptr ? first : static_cast<QWidget*>(txtPath_))->setFocus();
+}
+
+void frmCopyFile::ShowDrives() {
+    std::vector<RemovableDrive> drives = listDrives_();
+    drives.resize(std::min(drives.size(), kMostDrives));
+    if (drives == drives_ && driveColumn_->count() > 0) return;
+    drives_ = std::move(drives);
+    qDeleteAll(driveButtons_->findChildren<QPushButton*>());
+    for (std::size_t i = 0; i < drives_.size(); ++i) {
+        const RemovableDrive& drive = drives_[i];
+        auto* button = new BigButton(driveButtons_, QStringLiteral("cmdDrive%1").arg(i));
+        QString name = drive.name;
+        button->setText(
+            QStringLiteral("&%1   %2   %3 free")
+                .arg(i + 1)
+                .arg(name.replace(QLatin1Char('&'), QLatin1String("&&")),
+                     QLocale::c().formattedDataSize(drive.free, 1, QLocale::DataSizeSIFormat)));
+        button->setToolTip(ShownPath(drive.path));
+        connect(button, &QPushButton::clicked, this,
+                [this, path = drive.path] { handlers_.RunAlone([&] { cmdDrive_Click(path); }); });
+        driveColumn_->addWidget(button);
+    }
+    lblDrives_->setVisible(drives_.empty());
+}
+
+bool frmCopyFile::IsRemovable(const QString& target) const {
+    return std::any_of(drives_.begin(), drives_.end(), [&target](const RemovableDrive& drive) {
+        return CopyTarget(target).startsWith(CopyTarget(ShownPath(drive.path)));
+    });
+}
+
+void frmCopyFile::cmdDrive_Click(const QString& path) {
+    txtPath_->setText(ShownPath(path));
+    cmdOK_Click();
 }
 
 void frmCopyFile::cmdPath_Click() {
@@ -104,6 +162,8 @@ void frmCopyFile::ShowCopying() {
     txtPath_->setEnabled(false);
     txtPath_->hide();
     lblPath_->hide();
+    lblDrives_->hide();
+    driveButtons_->hide();
     cmdPath_->hide();
     cmdPath_->setEnabled(false);
     cmdOK_->setText(QStringLiteral("Cancel"));
@@ -137,7 +197,7 @@ void frmCopyFile::CopyAll(const QString& target) {
         QCoreApplication::processEvents();
     }
     Timer1_Timer();
-    prompts_.Message(endings.Text(target));
+    prompts_.Message(endings.Text(target, IsRemovable(target)));
 }
 
 void frmCopyFile::Timer1_Timer() {

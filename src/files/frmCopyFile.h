@@ -8,20 +8,24 @@
 
 #include "common/settings.h"
 #include "files/copy_records.h"
+#include "files/removable_drives.h"
 #include "ui/event_handlers.h"
 
 class QLabel;
 class QLineEdit;
 class QProgressBar;
 class QPushButton;
+class QVBoxLayout;
 
 namespace davo {
 
-// "Copy File(s)": copies record files from the data folder into another one.
+// "Copy File(s)": copies record files from the data folder into another one. Each stick that is
+// plugged in has a button that copies onto it.
 class frmCopyFile : public QWidget {
   public:
     // files: those of the data folder. settings and prompts must outlive the window.
-    frmCopyFile(std::vector<QString> files, const Settings& settings, Prompts& prompts);
+    frmCopyFile(std::vector<QString> files, const Settings& settings, Prompts& prompts,
+                DriveList drives = RemovableDrives);
 
     void Form_Load();
 
@@ -33,6 +37,9 @@ class frmCopyFile : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    void ShowDrives();
+    bool IsRemovable(const QString& target) const;
+    void cmdDrive_Click(const QString& path);
     void cmdPath_Click();
     void cmdOK_Click();
     void ShowCopying();
@@ -43,11 +50,16 @@ class frmCopyFile : public QWidget {
     const std::vector<QString> files_;
     const Settings& settings_;
     Prompts& prompts_;
+    const DriveList listDrives_;
+    std::vector<RemovableDrive> drives_;  // that have a button
     EventHandlers handlers_;
     std::size_t next_ = 0;  // the window's start index into the list
     bool copying_ = false;
     bool cancelled_ = false;
 
+    QWidget* driveButtons_ = nullptr;
+    QVBoxLayout* driveColumn_ = nullptr;
+    QLabel* lblDrives_ = nullptr;
     QLabel* lblPath_ = nullptr;
     QLineEdit* txtPath_ = nullptr;
     QPushButton* cmdPath_ = nullptr;
@@ -55,6 +67,7 @@ class frmCopyFile : public QWidget {
     QLabel* lblStatus_ = nullptr;
     QProgressBar* pbarProgress_ = nullptr;
     QTimer Timer1_;
+    QTimer look_;
 };
 
 }  // namespace davo

@@ -69,7 +69,7 @@ class FileUtilities(unittest.TestCase):
         self.program.do("grab copy frmMain", "click cmdOK")
         self.program.do(
             'answer No "The file B2already  exists.  Do you want to replace the existing file? "',
-            f'answer Ok "Copied: 2 of 3 files, to {target}/"',
+            f'answer Ok "2 of 3 copied to {target}/"',
             "waitGone frmCopyFile",
         )
         self.assertEqual(self.names(target), ["A1.txt", "B2.txt", "C3.txt"])

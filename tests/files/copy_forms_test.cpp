@@ -28,7 +28,8 @@ class CopyWindow : public FileWindow<frmCopyFile> {
     CopyWindow() { QDir().mkpath(target); }
     // Of records by their names.
     void Open(const std::vector<QString>& names) {
-        window = std::make_unique<frmCopyFile>(FilesOf(names), settings, prompts);
+        window = std::make_unique<frmCopyFile>(FilesOf(names), settings, prompts,
+                                               [this] { return drives; });
         ShowWindow();
     }
     void OpenTwo() {
@@ -42,15 +43,78 @@ class CopyWindow : public FileWindow<frmCopyFile> {
         Click("cmdOK");
     }
     std::string Copied(const char* many) {
-        return std::string("Copied: ") + many + ", to " + ShownPath(target).toStdString();
+        return std::string(many) + " copied to " + ShownPath(target).toStdString();
     }
     std::string Question(const char* name) {
         return std::string("The file ") + name +
                "already  exists.  Do you want to replace the existing file? ";
     }
 
+    RemovableDrive Stick() const { return {folder.Path("disk"), u"RED & BLUE"_s, 14'200'000'000}; }
+    // The buttons of the sticks, from above.
+    std::vector<std::string> Sticks() {
+        std::vector<std::string> texts;
+        for (int i = 0; i < 9; ++i) {
+            auto* button = window->findChild<QPushButton*>(u"cmdDrive%1"_s.arg(i));
+            if (button != nullptr) texts.push_back(button->text().toStdString());
+        }
+        return texts;
+    }
+
     QString target = folder.Path("disk/");
+    std::vector<RemovableDrive> drives;
 };
+
+TEST_F(CopyWindow, AStickHasALargeButtonThatCopiesOntoItAndSaysWhenItIsSafeToRemove) {
+    drives = {Stick()};
+    OpenTwo();
+    EXPECT_THAT(Sticks(), ElementsAre("&1   RED && BLUE   14.2 GB free"));
+    auto* button = Find<QPushButton>("cmdDrive0");
+    EXPECT_GE(button->height(), 56);
+    EXPECT_FALSE(Find<QLabel>("lblDrives")->isVisible());
+    EXPECT_EQ(window->focusWidget(), button);
+    EXPECT_TRUE(MnemonicsAreUnique(*window));
+    EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+    QTest::keyClick(button, Qt::Key_Return);
+    EXPECT_THAT(NamesIn(target), ElementsAre("one.txt", "two.txt"));
+    EXPECT_THAT(Shown(), ElementsAre(Copied("2 of 2") +
+                                     "\r\nAll of it is on the disk: it is safe to remove."));
+    EXPECT_TRUE(Unloaded());
+}
+
+TEST_F(CopyWindow, ItIsNotSafeToRemoveWhatWasNotCopiedTo) {
+    drives = {Stick()};
+    AddRecord(u"one"_s);
+    Open({u"one"_s, u"gone"_s});
+    Click("cmdDrive0");
+    EXPECT_THAT(Shown(), ElementsAre(HasSubstr("1 of 2 files were not copied:\r\ngone: ")));
+    EXPECT_THAT(Shown().front(), Not(HasSubstr("safe to remove")));
+}
+
+TEST_F(CopyWindow, SticksComeAndGo) {
+    OpenTwo();
+    EXPECT_THAT(Sticks(), IsEmpty());
+    EXPECT_TRUE(Find<QLabel>("lblDrives")->isVisible());
+    EXPECT_EQ(Text("lblDrives"), "No stick is plugged in. Plug one in, or choose another folder.");
+    EXPECT_TRUE(Box("txtPath")->hasFocus());
+    drives = {Stick(), {folder.Path("other"), u"OTHER"_s, 999}};
+    ASSERT_TRUE(Until([this] { return Sticks().size() == 2; }));
+    EXPECT_EQ(Sticks()[1], "&2   OTHER   999 bytes free");
+    EXPECT_FALSE(Find<QLabel>("lblDrives")->isVisible());
+    EXPECT_TRUE(Box("txtPath")->hasFocus()) << "what is typed there goes on";
+    drives.pop_back();
+    ASSERT_TRUE(Until([this] { return Sticks().size() == 1; }));
+    drives.clear();
+    ASSERT_TRUE(Until([this] { return Find<QLabel>("lblDrives")->isVisible(); }));
+}
+
+TEST_F(CopyWindow, AFolderOnAStickIsOnIt) {
+    drives = {{folder.Path("disk"), u"A"_s, 1}, {folder.Path("disk/in"), u"B"_s, 1}};
+    QDir().mkpath(folder.Path("disk/inner"));
+    OpenTwo();
+    CopyTo(folder.Path("disk/inner"));
+    EXPECT_THAT(Shown(), ElementsAre(HasSubstr("safe to remove")));
+}
 
 TEST_F(CopyWindow, CopiesWhatIsChosen) {
     OpenTwo();
@@ -67,7 +131,7 @@ TEST_F(CopyWindow, CopiesWhatIsChosen) {
               u"Copying '"_s + DataFile(u"two"_s) + u"'\r\n\r\nTO '"_s + target + u"two.txt'"_s);
     EXPECT_EQ(Text("cmdOK"), "&OK");
     EXPECT_EQ(Find<QProgressBar>("pbarProgress")->value(), 100);
-    EXPECT_THAT(Shown(), ElementsAre(Copied("2 of 2 files")));
+    EXPECT_THAT(Shown(), ElementsAre(Copied("2 of 2")));
     EXPECT_TRUE(Unloaded());
 }
 
@@ -110,7 +174,7 @@ TEST_F(CopyWindow, NoKeepsTheFileThereAndCopiesTheOthers) {
     ReplaceFile(target + u"one.txt"_s, "there");
     prompts.answers = {Answer::No};
     CopyTo(target);
-    EXPECT_THAT(Shown(), ElementsAre(Question("one"), Copied("1 of 2 files")));
+    EXPECT_THAT(Shown(), ElementsAre(Question("one"), Copied("1 of 2")));
     EXPECT_THAT(prompts.presets, ElementsAre(Answer::No));
     EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), "there");
     EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), RecordFileText("two"));
@@ -124,7 +188,7 @@ TEST_F(CopyWindow, YesReplacesAndCancelEnds) {
     CopyTo(target);
     EXPECT_EQ(ReadWholeFile(target + u"one.txt"_s), RecordFileText("one"));
     EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), "there");
-    EXPECT_EQ(Shown().back(), Copied("1 of 2 files"));
+    EXPECT_EQ(Shown().back(), Copied("1 of 2"));
     EXPECT_TRUE(Unloaded());
 }
 
@@ -132,7 +196,7 @@ TEST_F(CopyWindow, OneFileIsSaidSo) {
     AddRecord(u"one"_s);
     Open({u"one"_s});
     CopyTo(target);
-    EXPECT_THAT(Shown(), ElementsAre(Copied("1 of 1 file")));
+    EXPECT_THAT(Shown(), ElementsAre(Copied("1 of 1")));
 }
 
 // Faster than names are shown, three files come one behind the other.
@@ -159,7 +223,7 @@ TEST_F(CopyWindow, WhatDoesNotArriveIsSaidAtTheEnd) {
     CopyTo(target);
     ASSERT_THAT(Shown(), SizeIs(1));
     EXPECT_THAT(Shown().front(),
-                StartsWith(Copied("1 of 3 files") + "\r\n2 of 3 files were not copied:\r\ngone: "));
+                StartsWith(Copied("1 of 3") + "\r\n2 of 3 files were not copied:\r\ngone: "));
     EXPECT_THAT(Shown().front(), HasSubstr("\r\nthree: "));
     EXPECT_THAT(NamesIn(target), ElementsAre("one.txt")) << "no part of a file is left";
     EXPECT_TRUE(Unloaded());
@@ -185,8 +249,8 @@ TEST_F(CopyWindow, AFolderThatMayNotBeWrittenIsSaid) {
         GTEST_SKIP() << "a disk can be mounted by root only";
     OpenTwo();
     CopyTo(target);
-    EXPECT_THAT(Shown(), ElementsAre(StartsWith(Copied("0 of 2 files") +
-                                                "\r\n2 of 2 files were not copied:")));
+    EXPECT_THAT(Shown(),
+                ElementsAre(StartsWith(Copied("0 of 2") + "\r\n2 of 2 files were not copied:")));
     EXPECT_EQ(::umount(disk.constData()), 0);
 }
 
@@ -239,6 +303,23 @@ TEST_F(CopyWindow, HoldsAtMost251Names) {
     CopyTo(target);
     EXPECT_THAT(Shown(), ElementsAre("Run-time error '9': Subscript out of range"));
     EXPECT_THAT(NamesIn(target), SizeIs(251));
+}
+
+TEST(RemovableDrives, AreThoseMountedInAFolderOrInAUsersFolderWithinIt) {
+    const TemporaryFolder folder;
+    for (const char* name : {"a", "user/b", "user/c", "deep/er/d"})
+        QDir().mkpath(folder.Path(name));
+    const auto mounted = [&](const char* name, unsigned long flags) {
+        const QByteArray path = QFile::encodeName(folder.Path(name));
+        return ::mount("none", path.constData(), "tmpfs", flags, "size=64k") == 0;
+    };
+    if (!mounted("a", 0)) GTEST_SKIP() << "a disk can be mounted by root only";
+    EXPECT_TRUE(mounted("user/b", 0) && mounted("user/c", MS_RDONLY) && mounted("deep/er/d", 0));
+    const auto drives = DrivesBelow(QDir::cleanPath(folder.Path()));
+    EXPECT_THAT(drives, ElementsAre(RemovableDrive{folder.Path("a"), u"a"_s, 65536},
+                                    RemovableDrive{folder.Path("user/b"), u"b"_s, 65536}));
+    for (const char* name : {"a", "user/b", "user/c", "deep/er/d"})
+        EXPECT_EQ(::umount(QFile::encodeName(folder.Path(name)).constData()), 0);
 }
 
 // --- The window that a timer drives ---
@@ -306,7 +387,7 @@ TEST_F(StatusBarWindow, AsksBeforeItReplaces) {
                             "file? ",
                             "The file twoalready  exists.  Do you want to replace the existing "
                             "file? ",
-                            "Copied: 0 of 2 files, to " + ShownPath(target).toStdString()));
+                            "0 of 2 copied to " + ShownPath(target).toStdString()));
     EXPECT_EQ(ReadWholeFile(target + u"two.txt"_s), "there");
 }
 

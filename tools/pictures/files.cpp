@@ -98,7 +98,11 @@ class FilePictures : public FilesFolder {
         });
     }
     void Copying() {
-        auto* window = new frmCopyFile(names_, settings, prompts);
+        auto* window = new frmCopyFile(names_, settings, prompts, [this] {
+            return std::vector<RemovableDrive>{
+                {folder.Path("USB-Stick"), u"KINGSTON"_s, 14'200'000'000},
+                {folder.Path("Card"), u"SD CARD"_s, 512'000'000}};
+        });
         Show(window, [&](QWidget& main) {
             FindIn<QLineEdit>(*window, "txtPath")->setText(folder.Path("USB-Stick"));
             album_.Grab(main, u"copy"_s);
