@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Makes the guide's pages of HTML from Markdown.
 
-usage: make_guide.py OUTPUT PAGE.md...
+usage: make_guide.py PLATFORM OUTPUT PAGE.md...
 
 The pages stand in the table of contents in the order given; each begins with its title, a heading
 of the first level. A link to another page is written to its Markdown file ("records.md#format").
@@ -15,12 +15,19 @@ no anchor (many desktops pass on a file's name only). On the page about the mess
 of literal text is a place of its own, f1/message-N.html; f1/messages.txt says by which part of a
 message it is found: the file's name without its ending, a tab, the part.
 
+Of headings that follow each other and are each for a platform, with what is below them, that of the
+reader's PLATFORM comes first:
+
+    ## Windows {#windows platform="windows"}
+
 Every page is whole by itself: style within, nothing from the network. The pictures lie in
-OUTPUT/pictures and are made by a test.
+OUTPUT/pictures and are made by a test; one that is not there is not shown. search.html has every
+place of the guide with its text: the template's script shows those that have what was searched for.
 """
 
 import collections
 import html
+import html.parser
 import pathlib
 import re
 import string
@@ -48,23 +55,54 @@ MESSAGES = "msgBox"
 LEAST_PART = 10  # characters of a message by which it may be found
 
 
-class PageParts(Treeprocessor):
-    """Takes windows out of headings, turns links to Markdown into links to pages."""
+HEADINGS = ("h1", "h2", "h3")
 
-    def __init__(self, md):
+
+def platform_first(root, platform):
+    """Of headings that follow each other and are each for a platform, that of platform comes first."""
+    children, ordered, run = list(root), [], []
+
+    def end_run():
+        for _, block in sorted(run, key=lambda one: one[0]):
+            ordered.extend(block)
+        run.clear()
+
+    while children:
+        heading = children[0]
+        if "platform" not in heading.attrib:
+            end_run()
+            ordered.append(children.pop(0))
+            continue
+        above = HEADINGS[: HEADINGS.index(heading.tag) + 1]
+        after = (i for i, one in enumerate(children) if i > 0 and one.tag in above)
+        end = next(after, len(children))
+        run.append((heading.attrib.pop("platform") != platform, children[:end]))
+        del children[:end]
+    end_run()
+    root[:] = ordered
+
+
+class PageParts(Treeprocessor):
+    """Orders by platform, takes windows out of headings, turns links to Markdown into links to pages."""
+
+    def __init__(self, md, platform):
         super().__init__(md)
+        self.platform = platform
         self.windows = {}
         self.sections = []
 
     def run(self, root):
+        platform_first(root, self.platform)
         for element in root.iter():
-            if element.tag in ("h2", "h3", "h1"):
+            if element.tag in HEADINGS:
                 self.heading(element)
             elif element.tag == "a":
                 page, hash_, anchor = element.get("href", "").partition("#")
                 if page.endswith(".md") and "://" not in page:
                     name = pathlib.PurePosixPath(page).stem
                     element.set("href", name + ".html" + hash_ + anchor)
+            elif element.tag == "img":
+                element.set("onerror", "this.remove()")
             elif element.tag == "pre":
                 for code in element:
                     code.text = AtomicString(textwrap.dedent(code.text))
@@ -83,16 +121,43 @@ class PageParts(Treeprocessor):
 
 
 class Parts(Extension):
+    def __init__(self, platform):
+        super().__init__()
+        self.platform = platform
+
     def extendMarkdown(self, md):
-        self.processor = PageParts(md)
+        self.processor = PageParts(md, self.platform)
         md.treeprocessors.register(self.processor, "page-parts", 0)
 
 
+class Places(html.parser.HTMLParser):
+    """The places of a page: anchor, heading or message, and the text up to the next one."""
+
+    def __init__(self, body):
+        super().__init__()
+        self.found, self.heading = [], None
+        self.feed(body)
+
+    def handle_starttag(self, tag, attributes):
+        anchor = dict(attributes).get("id")
+        if anchor and tag in (*HEADINGS, "pre"):
+            self.found.append([anchor, "", ""])
+            self.heading = tag
+
+    def handle_endtag(self, tag):
+        if tag == self.heading:
+            self.heading = None
+
+    def handle_data(self, data):
+        if self.found:
+            self.found[-1][1 if self.heading else 2] += data
+
+
 class Page:
-    def __init__(self, path):
+    def __init__(self, path, platform):
         self.name = path.stem
         text = path.read_text("utf-8")
-        parts = Parts()
+        parts = Parts(platform)
         converter = markdown.Markdown(
             extensions=[*EXTENSIONS, parts], output_format="html", tab_length=2
         )
@@ -115,7 +180,7 @@ class Page:
 
 
 def contents(pages, current):
-    """The table of contents, with the sections of the page that is shown."""
+    """The table of contents, with the sections of the page that is shown; of none it is the index."""
     lines = ["<ul>"]
     for page in pages:
         mark = ' aria-current="page"' if page is current else ""
@@ -128,6 +193,23 @@ def contents(pages, current):
             ]
             lines.append("</ul>")
         lines.append("</li>")
+    mark = "" if current else ' aria-current="page"'
+    lines.append(f'<li><a href="search.html"{mark}>Index</a></li>')
+    lines.append("</ul>")
+    return "\n".join(lines)
+
+
+def every_place(pages):
+    """The page that is searched: every place, with its text."""
+    lines = ['<h1 id="places">Index</h1>', '<p id="found" role="status"></p>', '<ul class="places">']
+    for page in pages:
+        for anchor, heading, text in Places(page.body).found:
+            title = textwrap.shorten(heading, 120, placeholder="…")
+            page_title = "" if heading == page.title else f"<span>{html.escape(page.title)}</span>"
+            lines.append(
+                f'<li><a href="{page.name}.html#{anchor}">{html.escape(title)}</a> {page_title}'
+                f"<p>{html.escape(' '.join(text.split()))}</p></li>"
+            )
     lines.append("</ul>")
     return "\n".join(lines)
 
@@ -144,8 +226,8 @@ def neighbours(pages, index):
     return "\n".join(links)
 
 
-def main(output, sources):
-    pages = [Page(source) for source in sources]
+def main(platform, output, sources):
+    pages = [Page(source, platform) for source in sources]
     template = string.Template(TEMPLATE.read_text("utf-8"))
     redirects = output / "f1"
     redirects.mkdir(parents=True, exist_ok=True)
@@ -180,7 +262,11 @@ def main(output, sources):
                 if times[part] == 1
             ]
             (redirects / "messages.txt").write_text("".join(lines), "utf-8")
+    search = template.substitute(
+        name="search", title="Index", contents=contents(pages, None), body=every_place(pages), neighbours=""
+    )
+    (output / "search.html").write_text(search, "utf-8")
 
 
 if __name__ == "__main__":
-    main(pathlib.Path(sys.argv[1]), [pathlib.Path(name) for name in sys.argv[2:]])
+    main(sys.argv[1], pathlib.Path(sys.argv[2]), [pathlib.Path(name) for name in sys.argv[3:]])

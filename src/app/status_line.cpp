@@ -185,6 +185,9 @@ QWidget* StatusLine::BuildFacts() {
     row->addWidget(lblDataPath_, kFolderShare);
     row->addWidget(lblKneepoint_);
     row->addWidget(cmdNotice_);
+    auto* lblHelp = MakeFact(page, "lblHelp", "Opens the guide at the window in front");
+    lblHelp->setText(QStringLiteral("F1 Help"));
+    row->addWidget(lblHelp);
     return page;
 }
 

@@ -17,7 +17,7 @@ DIALOGS = {"msgBox", "inputBox", "cdFile", "folderBrowser"}
 class PageReader(html.parser.HTMLParser):
     def __init__(self, path):
         super().__init__()
-        self.ids, self.links, self.pictures, self.fetched = [], [], [], []
+        self.ids, self.links, self.pictures, self.fetched, self.broken = [], [], [], [], []
         self.feed(path.read_text("utf-8"))
 
     def handle_starttag(self, tag, attributes):
@@ -28,6 +28,8 @@ class PageReader(html.parser.HTMLParser):
             self.links.append(attributes["href"])
         if tag == "img":
             self.pictures.append((attributes["src"], attributes.get("alt", "")))
+            if attributes.get("onerror") != "this.remove()":
+                self.broken.append(attributes["src"])
         elif "src" in attributes or tag == "link":
             self.fetched.append(tag)
         if attributes.get("http-equiv") == "refresh":
@@ -70,6 +72,19 @@ class Links(unittest.TestCase):
             for source, words in page.pictures:
                 self.assertRegex(source, r"^pictures/[a-z0-9-]+\.png$", path.name)
                 self.assertGreater(len(words), 3, f"{path.name}: {source} has no words")
+
+    def test_a_picture_that_is_not_there_is_not_shown_as_a_broken_one(self):
+        shown = [source for page in self.pages.values() for source, _ in page.pictures]
+        self.assertGreater(len(shown), 15)
+        self.assertEqual([page.broken for page in self.pages.values() if page.broken], [])
+
+    def test_the_pictures_that_were_taken_are_all_there_and_whole(self):
+        if not (GUIDE / "pictures").exists():
+            self.skipTest("guide_pictures has not taken the pictures of this build yet")
+        for source in sorted({source for page in self.pages.values() for source, _ in page.pictures}):
+            picture = (GUIDE / source).read_bytes()
+            self.assertTrue(picture.startswith(b"\x89PNG\r\n\x1a\n"), source)
+            self.assertTrue(picture.endswith(b"IEND\xaeB`\x82"), source)
 
     def test_every_window_has_its_place(self):
         classes = set()
