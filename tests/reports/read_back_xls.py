@@ -80,9 +80,11 @@ def string16(data):
 class Reader:
     """Walks the records and knows on which sheet it is and whether inside a chart."""
 
-    def __init__(self, names):
+    def __init__(self, names, fonts):
+        self.fonts = fonts
         self.names, self.sheet, self.links = names, -1, []
         self.stack, self.entries = [], 0
+        self.lines_of_chart, self.letters = set(), set()
 
     def place(self):
         return self.names[self.sheet] if 0 <= self.sheet < len(self.names) else "globals"
@@ -145,6 +147,13 @@ class Reader:
                 yield f"{self.place()} marker {form} {colour:06x} {fill:06x} {size / 20:g}"
         elif kind == 0x100D:  # SERIESTEXT
             yield f"{self.place()} text {text(string8(data[2:]))}"
+        elif kind == 0x1007:  # LINEFORMAT
+            red, green, blue = data[:3]
+            self.lines_of_chart.add(f"{red:02x}{green:02x}{blue:02x}")
+        elif kind == 0x1026:  # FONTX
+            font = self.fonts[struct.unpack("<H", data)[0]]
+            weight = " bold" if font.weight >= 600 else ""
+            self.letters.add((font.height / 20, f"{font.name}{weight}"))
         elif kind == 0x1003:  # SERIES
             self.entries += 1
         elif kind == 0x1043 and data[2] & 1:  # LEGENDEXCEPTION
@@ -161,9 +170,12 @@ class Reader:
                     self.sheet += 1
                 if self.stack[-1] == CHART:
                     self.entries = 0
+                    self.lines_of_chart, self.letters = set(), set()
                     yield f"{self.place()} chart"
             elif kind == EOF:
-                self.stack.pop()
+                if self.stack.pop() == CHART:
+                    letters = " ".join(f"{name} {size:g}" for size, name in sorted(self.letters))
+                    yield f"{self.place()} looks {letters}, {' '.join(sorted(self.lines_of_chart))}"
             elif self.stack[-1] == CHART:
                 yield from self.chart(kind, data)
             else:
@@ -175,7 +187,7 @@ def main():
     for sheet in book.sheets():
         for line in sheet_lines(book, sheet):
             print(line)
-    for line in Reader(book.sheet_names()).lines(sys.argv[1]):
+    for line in Reader(book.sheet_names(), book.font_list).lines(sys.argv[1]):
         print(line)
 
 

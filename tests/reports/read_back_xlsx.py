@@ -126,6 +126,21 @@ def sheet_lines(sheet):
         yield from chart_lines(chart)
 
 
+def frame_of(properties):
+    line = properties.find(f"{DRAWING}ln")
+    colour = line.find(f"{DRAWING}solidFill/{DRAWING}srgbClr").get("val")
+    return "%gpt %s" % (int(line.get("w")) / EMU_PER_POINT, colour)
+
+
+def letters_of(chart):
+    """All letters that a chart uses: titles, axis titles, labels."""
+    letters = set()
+    for run in [*chart.iter(f"{DRAWING}defRPr"), *chart.iter(f"{DRAWING}rPr")]:
+        name = run.find(f"{DRAWING}latin").get("typeface")
+        letters.add((int(run.get("sz")) / 100, name + (" bold" if run.get("b") == "1" else "")))
+    return " ".join(f"{name} {size:g}" for size, name in sorted(letters))
+
+
 def part_lines(path):
     """What openpyxl leaves out: pictures, and the looks of plot areas."""
     with zipfile.ZipFile(path) as parts:
@@ -134,10 +149,13 @@ def part_lines(path):
             if re.fullmatch(r"xl/drawings/drawing\d+\.xml", name):
                 yield f"drawing with {parts.read(name).decode().count('<xdr:pic>')} pictures"
             if re.fullmatch(r"xl/charts/chart\d+\.xml", name):
-                area = xml.fromstring(parts.read(name)).find(f".//{CHART}plotArea/{CHART}spPr")
+                chart = xml.fromstring(parts.read(name))
+                area = chart.find(f".//{CHART}plotArea/{CHART}spPr")
                 fill = area.find(f"{DRAWING}solidFill/{DRAWING}srgbClr").get("val")
-                line = area.find(f"{DRAWING}ln")
-                yield "plot area %gpt fill %s" % (int(line.get("w")) / EMU_PER_POINT, fill)
+                frame = frame_of(chart.find(f"{CHART}spPr"))
+                axes = {frame_of(axis.find(f"{CHART}spPr")) for axis in chart.iter(f"{CHART}valAx")}
+                yield (f"plot area {frame_of(area)} fill {fill}, chart {frame}, "
+                       f"axes {' '.join(axes)}, {letters_of(chart)}")
         yield f"media {sum(name.startswith('xl/media/') for name in names)}"
 
 

@@ -167,6 +167,7 @@ void ChartMaker::SetAxis(const PropertySet& axis) {
                                            : sun::chart::ChartAxisMarks::NONE;
     };
     Properties properties = {
+        Named("LineColor", kGrey),
         Named("Logarithmic", chart_.axes.logarithmic),
         Named("Marks", marksOf(chart_.axes.majorTickMarks)),
         Named("HelpMarks", marksOf(chart_.axes.minorTickMarks)),

@@ -103,6 +103,7 @@ void SetAxis(const Object& axis, const ChartAxes& axes, const std::string& title
     axis.Set("HasMinorGridlines", axes.minorGridlines);
     if (axes.majorGridlines) axis.Get("MajorGridlines").Get("Border").Set("ColorIndex", kGrey50);
     if (axes.minorGridlines) axis.Get("MinorGridlines").Get("Border").Set("ColorIndex", kGrey40);
+    axis.Get("Border").Set("ColorIndex", kGrey50);
     axis.Set("HasTitle", true);
     constexpr int kTitleSize = 10;
     SetTitle(axis.Get("AxisTitle"), title, kTitleSize);

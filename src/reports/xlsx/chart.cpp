@@ -59,6 +59,8 @@ void WriteAxis(lxw_chart_axis* axis, const ChartAxes& axes, const std::string& t
     chart_axis_set_label_position(axis, LXW_CHART_AXIS_LABEL_POSITION_LOW);
     chart_axis_major_gridlines_set_visible(axis, axes.majorGridlines ? LXW_TRUE : LXW_FALSE);
     chart_axis_minor_gridlines_set_visible(axis, axes.minorGridlines ? LXW_TRUE : LXW_FALSE);
+    lxw_chart_line own = LineOf(kFrame, 0.75);
+    chart_axis_set_line(axis, &own);
     lxw_chart_line major = LineOf(kMajorGrid, 0.75);
     lxw_chart_line minor = LineOf(kMinorGrid, 0.5);
     if (axes.majorGridlines) chart_axis_major_gridlines_set_line(axis, &major);

@@ -185,6 +185,13 @@ TEST_F(CalcRendererTest, DrawsTheCurveAndTheStarOnLogarithmicAxes) {
     }
 }
 
+TEST_F(CalcRendererTest, HasTheLettersAndGreysOfTheBuiltInRenderer) {
+    const std::vector<std::string> lines = Render(ReportOf(FileText(1)));
+    EXPECT_THAT(LinesWith(lines, " looks "),
+                ElementsAre("Test 1-Graph looks Arial 9 Arial bold 10 Arial bold 12, 0000ff 808080 "
+                            "c0c0c0 ff0000"));
+}
+
 TEST_F(CalcRendererTest, DrawsAllCurvesInTheSummary) {
     const std::vector<std::string> lines = Render(ReportOf(FileText(3)));
     for (int n = 1; n <= 3; ++n) {

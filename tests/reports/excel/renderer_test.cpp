@@ -195,8 +195,8 @@ TEST_F(ExcelRendererTest, BothAxesAreAutomaticAndLogarithmicWithBothGrids) {
             axis, {".ScaleType = -4133", ".MinimumScaleIsAuto = true", ".MaximumScaleIsAuto = true",
                    ".MajorUnitIsAuto = true", ".MinorUnitIsAuto = true", ".Crosses = -4105",
                    ".ReversePlotOrder = false", ".MajorTickMark = 3", ".MinorTickMark = -4142",
-                   ".TickLabelPosition = -4134", ".HasMajorGridlines = true",
-                   ".HasMinorGridlines = true"});
+                   ".TickLabelPosition = -4134", ".Border.ColorIndex = 16",
+                   ".HasMajorGridlines = true", ".HasMinorGridlines = true"});
     }
     ExpectLines(
         {},

@@ -178,7 +178,10 @@ inline std::vector<std::string> ExpectedLines(const Workbook& workbook) {
     bool hasPicture = false;
     for (const Sheet& sheet : workbook.sheets) {
         AddSheet(workbook, sheet, lines);
-        areas.insert(areas.end(), sheet.charts.size(), "plot area 0.75pt fill FFFFFF");
+        areas.insert(areas.end(), sheet.charts.size(),
+                     "plot area 0.75pt 808080 fill FFFFFF, chart 0.75pt C0C0C0, axes 0.75pt "
+                     "808080, Arial 9 Arial bold "
+                     "10 Arial bold 12");
         hasPicture = hasPicture || sheet.fromTemplate;
         if (sheet.fromTemplate || !sheet.charts.empty())
             drawings.emplace_back(sheet.fromTemplate ? "drawing with 1 pictures"
