@@ -24,11 +24,7 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
     test.header = record.header;
     for (const DataPoint& point : record.points)
         test.points.push_back(PointByPicture(point.current, point.voltage));
-    // The points that the record counts take part in the search; those that it does not have are
-    // zero.
-    std::vector<CurvePoint> counted = test.points;
-    counted.resize(static_cast<std::size_t>(std::max<int>(record.dataPointCount, 0)));
-    test.knees = KneesOf(counted);
+    test.counted = static_cast<std::size_t>(std::max<int>(record.dataPointCount, 0));
     test.nameplateRatio = TrimBlanks(record.nameplateRatio);
     test.measuredRatio = TrimBlanks(record.measuredRatio);
     test.percentError = TrimBlanks(record.percentError);
@@ -38,9 +34,16 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
     return test;
 }
 
+// The points that the record counts take part in the search; those that it does not have are zero.
+void Judge(RecordTest& test) {
+    std::vector<CurvePoint> counted = test.points;
+    counted.resize(test.counted);
+    test.knees = KneesOf(counted);
+}
+
 }  // namespace
 
-RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name) {
+RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name, std::size_t judged) {
     const TestRecordFile file =
         ParseTestRecordFile(bytes, RecordSource::RecordFile, kMostFactTests);
     RequireHeader(file);
@@ -52,17 +55,25 @@ RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name) {
         facts.headers.push_back(header.Trimmed());
     for (const TestRecord& record : file.records)
         facts.tests.push_back(TestOf(record, name));
+    JudgeTests(facts, judged);
     return facts;
 }
 
-RecordFacts ReadRecordFacts(const QString& path) {
-    return ParseRecordFacts(ReadWholeFile(path), PageRecordNameOf(path));
+RecordFacts ReadRecordFacts(const QString& path, std::size_t judged) {
+    return ParseRecordFacts(ReadWholeFile(path), PageRecordNameOf(path), judged);
+}
+
+void JudgeTests(RecordFacts& facts, std::size_t count) {
+    for (; facts.judged < std::min(count, facts.tests.size()); ++facts.judged)
+        Judge(facts.tests.at(facts.judged));
 }
 
 std::vector<RecordTest> TestsOfCapture(std::string_view capture) {
     std::vector<RecordTest> tests;
-    for (const CapturedShot& shot : CapturedShots(capture))
+    for (const CapturedShot& shot : CapturedShots(capture)) {
         tests.push_back(TestOf(RecordOfShot(tests.size() + 1, shot), {}));
+        Judge(tests.back());
+    }
     return tests;
 }
 

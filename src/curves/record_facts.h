@@ -19,7 +19,8 @@ struct RecordTest {
     std::string testNumber;          // what follows "REC NUMBER:", a number's text
     std::size_t header = 0;          // of RecordFacts::headers
     std::vector<CurvePoint> points;  // as the record has them, from the lowest; no grid points
-    std::array<KneeFact, 3> knees;   // in the order of kKneeRules
+    std::size_t counted = 0;         // points that take part in the search for kneepoints
+    std::array<KneeFact, 3> knees;   // in the order of kKneeRules, once the test is judged
     std::string nameplateRatio;      // the report's texts
     std::string measuredRatio;
     std::string percentError;
@@ -34,21 +35,28 @@ struct RecordFacts {
     std::vector<RecordFileHeader> headers;
     std::vector<RecordTest> tests;
     std::size_t testsLeft = 0;  // of the file, beyond kMostFactTests
+    std::size_t judged = 0;     // how many tests from the first have their kneepoints
     std::size_t controls = 0;   // TestRecordFile::controls
 };
 
 // So many tests of a file are read: more would keep a window from answering.
 inline constexpr std::size_t kMostFactTests = 200;
 
-// Reads and computes the bytes of a record file; name is the file's, without ".txt". Points,
+// Reads the bytes of a record file and judges its first tests; name is the file's, without ".txt".
+// Points,
 // kneepoints and texts are those of its report, without a report's limits: there may be up to
 // kMostFactTests tests, and a curve that the grid points do not fit is read, too. A header without
 // a record behind it gives no tests. Throws what ParseTestRecordFile throws; RunTimeError 62 when
 // there is no header; 9 for more than 101 points of a test; 6 when a value is too large.
-RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name);
+RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name,
+                             std::size_t judged = kMostFactTests);
 
 // ParseRecordFacts of a file, named after it; throws the errors of ReadWholeFile too.
-RecordFacts ReadRecordFacts(const QString& path);
+RecordFacts ReadRecordFacts(const QString& path, std::size_t judged = kMostFactTests);
+
+// Finds the kneepoints of the first count tests, of each once: the judgement takes most of the time
+// that a record takes. RunTimeError 6 when a value is too large.
+void JudgeTests(RecordFacts& facts, std::size_t count);
 
 // The tests of a running session as its record file will have them: capture is the bytes of a
 // capture file or of one shot (ShotSequence::ShotTrailer). They are numbered from 1 and have no

@@ -8,6 +8,7 @@
 #include "analysis/grid_points.h"
 #include "common/files.h"
 #include "common/run_time_error.h"
+#include "curves/curve_export.h"
 #include "records/record_image.h"
 #include "reports/report_tables.h"
 #include "tests/curves/random_record.h"
@@ -153,6 +154,23 @@ TEST(RecordFacts, AVeryLargeValueIsAnOverflow) {
     test::RecordParts parts;
     parts.points = {{"1", "-1E308"}, {"2", "1E308"}, {"3", "-1E308"}, {"4", "1E308"}};
     EXPECT_EQ(ErrorOf(test::HeaderText() + test::RecordText(parts)), 6);
+}
+
+TEST(RecordFacts, AreJudgedWhenTheyAreShown) {
+    std::string text = test::HeaderText();
+    for (int i = 0; i < 3; ++i)
+        text += test::RecordText({});
+    const RecordFacts whole = ParseRecordFacts(text, "T1");
+    EXPECT_EQ(whole.judged, 3U);
+    RecordFacts facts = ParseRecordFacts(text, "T1", 0);
+    EXPECT_EQ(facts.judged, 0U);
+    EXPECT_EQ(facts.tests.at(1).knees.at(1).printed, Kneepoint());
+    JudgeTests(facts, 2);
+    EXPECT_EQ(facts.judged, 2U);
+    EXPECT_EQ(facts.tests.at(1).knees.at(1).printed, whole.tests.at(1).knees.at(1).printed);
+    EXPECT_EQ(facts.tests.at(2).knees.at(1).printed, Kneepoint());
+    JudgeTests(facts, 200);
+    EXPECT_EQ(RecordsAsCsv({facts}), RecordsAsCsv({whole}));
 }
 
 // A current above 10 A before the last pair uses the grid up: a report stops there.
