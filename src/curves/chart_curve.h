@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <cmath>
 #include <vector>
 
 #include "analysis/curve_point.h"
@@ -15,10 +16,18 @@ inline QString ValueText(double value) {
     return QString::number(value, 'g', kDigits);
 }
 
-// A kneepoint on the chart: told apart by the marker's shape and by the rule's word beside it.
+// Whether a logarithmic chart can show a point.
+inline bool CanBeDrawn(const CurvePoint& point) {
+    return point.current > 0 && point.voltage > 0 && std::isfinite(point.current) &&
+           std::isfinite(point.voltage);
+}
+
+// A kneepoint on the chart: told apart by the marker's shape, which the table of kneepoints has,
+// too, with the rule's word and the text.
 struct KneeMark {
     KneeRule rule = KneeRule::Ieee30;
     CurvePoint at;
+    QString text = {};  // its volts and amperes; empty: as at has them
 };
 
 enum class CurveLook {

@@ -4,15 +4,19 @@
 
 #include <QBuffer>
 #include <QEvent>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPageSize>
 #include <QPdfWriter>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "common/files.h"
 #include "curves/curve_chart.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -25,27 +29,64 @@ constexpr int kPageMargin = 38;        // 10 mm: a printer does not reach the ed
 constexpr double kPictureWidth = 800;  // up to it a pixel of a picture is one of the screen
 constexpr QSize kUsualSize(460, 420);
 constexpr QSize kLeastSize(260, 180);
+constexpr QSize kToolSize(36, 34);
+constexpr int kToolRoom = 4;
 
 }  // namespace
 
 CurveChart::CurveChart(QWidget* parent) : QWidget(parent) {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    lblCrosshair_ = new QLabel(this);
-    lblCrosshair_->setObjectName(QStringLiteral("lblCrosshair"));
-    lblCrosshair_->setTextFormat(Qt::PlainText);
-    lblCrosshair_->setFont(Grown(font(), kAxisTextGrowth));
-    // Its line stays when it is empty; a long name does not widen the chart.
-    lblCrosshair_->setMinimumHeight(lblCrosshair_->fontMetrics().height());
-    lblCrosshair_->setMinimumWidth(1);
+    tools_ = BuildTools();
     plot_ = new HandsOnPlot(this, lblCrosshair_);
+    column->setSpacing(kToolRoom);
     column->addWidget(plot_, 1);
-    column->addWidget(lblCrosshair_);
+    column->addWidget(tools_);
+    SetCurves({});
     setFocusProxy(plot_);
     plot_->TakeColours(ColoursOn(palette()));
 }
 
 CurveChart::~CurveChart() = default;
+
+// What the keys do, for hands.
+QWidget* CurveChart::BuildTools() {
+    struct Tool {
+        const char* name;
+        const char* text;
+        const char* tip;
+        Qt::Key key;
+        bool control;
+    };
+    constexpr std::array kTools = {
+        Tool{"cmdZoomIn", "+", "Zoom in (key +)", Qt::Key_Plus, false},
+        Tool{"cmdZoomOut", "−", "Zoom out (key -)", Qt::Key_Minus, false},
+        Tool{"cmdShowAll", "All", "Show all (key 0)", Qt::Key_0, false},
+        Tool{"cmdPointBefore", "<", "Point before (Ctrl+Left)", Qt::Key_Left, true},
+        Tool{"cmdPointAfter", ">", "Next point (Ctrl+Right)", Qt::Key_Right, true}};
+    auto* tools = new QWidget(this);
+    auto* row = WithMargin(new QHBoxLayout(tools), 0);
+    row->setSpacing(kToolRoom);
+    for (const Tool& tool : kTools) {
+        auto* button = Named(new QToolButton(tools), tool.name);
+        button->setText(QString::fromUtf8(tool.text));
+        button->setToolTip(QLatin1String(tool.tip));
+        button->setAccessibleName(button->toolTip());
+        button->setMinimumSize(kToolSize);
+        button->setAutoRepeat(true);
+        // The chart has the keys.
+        button->setFocusPolicy(Qt::NoFocus);
+        connect(button, &QToolButton::clicked, this,
+                [this, tool] { plot_->HandleKey(tool.key, tool.control); });
+        row->addWidget(button);
+    }
+    // A long name takes another line and does not widen the chart.
+    lblCrosshair_ = MakeParagraph(tools, "lblCrosshair", {}, 1);
+    tools->setMinimumHeight(2 * lblCrosshair_->fontMetrics().lineSpacing());
+    lblCrosshair_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    row->addWidget(lblCrosshair_, 1);
+    return tools;
+}
 
 void CurveChart::SetCurves(std::vector<ChartCurve> curves) {
     plot_->SetCurves(std::move(curves));
@@ -57,6 +98,7 @@ void CurveChart::AppendPoint(std::size_t index, CurvePoint point) {
 
 void CurveChart::SetInteractive(bool on) {
     plot_->SetInteractive(on);
+    tools_->setVisible(on);
     setFocusProxy(on ? plot_ : nullptr);
 }
 
@@ -87,7 +129,7 @@ void CurveChart::SavePng(const QString& path, QSize size) {
     // A larger picture has larger texts, not more room.
     const double scale = std::max(1.0, size.width() / kPictureWidth);
     const QSize drawn = (QSizeF(size) / scale).toSize();
-    plot_->OnPaper(drawn.width(), [&] {
+    plot_->OnPaper([&] {
         plot_->toPixmap(drawn.width(), drawn.height(), scale).scaled(size).save(&buffer, "PNG");
     });
     ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
@@ -102,7 +144,7 @@ void CurveChart::SavePdf(const QString& path) {
     writer.setPageSize(QPageSize(QSizeF(kPage) * kPointsPerInch / kPageDots, QPageSize::Point));
     writer.setPageMargins({});
     constexpr QSize kDrawn = kPage - QSize(2 * kPageMargin, 2 * kPageMargin);
-    plot_->OnPaper(kDrawn.width(), [&] {
+    plot_->OnPaper([&] {
         QCPPainter painter;
         if (!painter.begin(&writer)) return;
         painter.setMode(QCPPainter::pmVectorized);

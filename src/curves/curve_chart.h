@@ -22,14 +22,16 @@ class CurveChart : public QWidget {
     explicit CurveChart(QWidget* parent = nullptr);
     ~CurveChart() override;
 
-    // Replaces everything that is drawn; the axes go to whole decades around all points. Paints
-    // later, once, however often it is called.
+    // Replaces everything that is drawn; the axes hold all points. A decade of amperes is as long
+    // as one of volts; in a chart that is only looked at the axes have whole decades. Paints later,
+    // once, however often it is called.
     void SetCurves(std::vector<ChartCurve> curves);
     // One more point at the end of curve number index; the axes grow by whole decades when it lies
     // outside, and never shrink. Costs the same however many there are.
     void AppendPoint(std::size_t index, CurvePoint point);
 
-    // Off for a chart that is only looked at: no crosshair, no zoom, no focus. On at first.
+    // Off for a chart that is only looked at: no crosshair, no zoom, no row for them, no focus. On
+    // at first.
     void SetInteractive(bool on);
 
     // The part of the axes that is shown, amperes and volts.
@@ -60,8 +62,11 @@ class CurveChart : public QWidget {
     void changeEvent(QEvent* event) override;
 
   private:
+    QWidget* BuildTools();
+
     HandsOnPlot* plot_ = nullptr;
     QLabel* lblCrosshair_ = nullptr;
+    QWidget* tools_ = nullptr;
 };
 
 }  // namespace davo

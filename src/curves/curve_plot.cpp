@@ -7,8 +7,6 @@
 #include <functional>
 #include <utility>
 
-#include "curves/knee_marks.h"
-
 namespace davo {
 
 namespace {
@@ -22,21 +20,14 @@ constexpr std::array<Shape, kCurveLooks> kMarkers = {
 constexpr std::array<Qt::PenStyle, 5> kDashes = {Qt::SolidLine, Qt::DashLine, Qt::DashDotLine,
                                                  Qt::DotLine, Qt::DashDotDotLine};
 constexpr double kMarkerSize = 7;
-constexpr double kTitleGrowth = 1.3;
-constexpr int kMargin = 15;
-constexpr int kCompactMargin = 8;
-constexpr int kNumberPadding = 3;
-constexpr int kCompactNumberPadding = 6;
-constexpr int kTitlePaddingBelow = 3;
-constexpr int kTitlePaddingBeside = 10;
-constexpr int kCompactTitlePadding = 2;
-constexpr int kLegendIcon = 40;
+constexpr int kMargin = 8;
+constexpr int kNumberPadding = 6;
+constexpr int kTitlePadding = 2;
+constexpr int kLegendIcon = 28;
+constexpr int kLegendRows = 5;       // beside each other are more
+constexpr int kInsideRoom = 6;       // between the frame and what is inside of it
 constexpr double kMarkSlack = 1e-9;  // a mark at the axis' end is on it
 constexpr int kRing = 9;             // around the last reading, which may lie at the edge
-
-LogSpan SpanOf(const Decades& decades) {
-    return {static_cast<double>(decades.first), static_cast<double>(decades.last)};
-}
 
 bool IsDecade(double mark) {
     constexpr double kSlack = 1e-6;
@@ -48,9 +39,6 @@ bool IsDecade(double mark) {
 class DecadeTicker : public QCPAxisTicker {
   public:
     explicit DecadeTicker(const QCPAxis& axis) : axis_(axis) {}
-
-    // Fewer marks without a number in a small chart.
-    void SetCompact(bool compact) { compact_ = compact; }
 
     void generate(const QCPRange& range, const QLocale& /*locale*/, QChar /*format*/,
                   int /*precision*/, QVector<double>& ticks, QVector<double>* subTicks,
@@ -101,11 +89,10 @@ class DecadeTicker : public QCPAxisTicker {
     }
     std::vector<double> FineOnes(LogSpan span) const {
         constexpr double kRoomForAll = 90;
-        return compact_ && DecadeLength(span) < kRoomForAll ? SparseMarks(span) : FineMarks(span);
+        return DecadeLength(span) < kRoomForAll ? SparseMarks(span) : FineMarks(span);
     }
 
     const QCPAxis& axis_;
-    bool compact_ = false;
 };
 
 // A curve whose markers are seen whole on the frame, margin pixels outside of it.
@@ -158,14 +145,15 @@ CurvePlot::CurvePlot(QWidget* parent) : QCustomPlot(parent) {
     setAutoAddPlottableToLegend(false);
     setNoAntialiasingOnDrag(true);
     BuildAxes();
-    // Its own place below, so that it hides no curve.
-    plotLayout()->addElement(1, 0, legend);
-    plotLayout()->setRowStretchFactor(1, 0.001);
-    legend->setFillOrder(QCPLayoutGrid::foColumnsFirst);
+    axisRect()->insetLayout()->setMargins(
+        QMargins(kInsideRoom, kInsideRoom, kInsideRoom, kInsideRoom));
+    axisRect()->insetLayout()->setInsetPlacement(0, QCPLayoutInset::ipFree);
+    legend->setWrap(kLegendRows);
     legend->setIconSize(kLegendIcon, legend->iconSize().height());
-    legend->setBorderPen(Qt::NoPen);
-    legend->setBrush(Qt::NoBrush);
-    new Drawn(*axisRect(), QStringLiteral("axes"), 0, [this](QCPPainter& p) { DrawKnees(p); });
+    new Drawn(*axisRect(), QStringLiteral("axes"), 0, [this](QCPPainter& p) {
+        p.setFont(font());
+        DrawKneeMarks(p, knees_, colours_);
+    });
     new Drawn(*axisRect(), QStringLiteral("axes"), kRing + kCurveWidth,
               [this](QCPPainter& p) { DrawLastReadings(p); });
     new Drawn(*axisRect(), QStringLiteral("overlay"), 0, [this](QCPPainter& p) { DrawCross(p); });
@@ -193,29 +181,19 @@ void CurvePlot::Set(std::vector<ChartCurve> curves) {
     clearPlottables();
     lines_.clear();
     cross_.reset();
-    std::vector<double> amperes;
-    std::vector<double> volts;
-    const auto hold = [&](const CurvePoint& point) {
-        if (!CanBeDrawn(point)) return;
-        amperes.push_back(point.current);
-        volts.push_back(point.voltage);
-    };
     for (ChartCurve& curve : curves) {
-        std::for_each(curve.points.begin(), curve.points.end(), hold);
-        for (const KneeMark& knee : curve.knees)
-            hold(knee.at);
         QCPCurve* drawn = CurveOf(curve);
         lines_.push_back({std::move(curve), drawn});
     }
-    TakeWhole(amperes, volts);
+    legend->setVisible(legend->itemCount() > 0);
+    TakeAll();
     TakeColours(colours_);
-    WrapLegend(width());
 }
 
 QCPCurve* CurvePlot::CurveOf(const ChartCurve& curve) {
     auto* drawn = new CurveLine(xAxis, yAxis, [this] {
         // Of a part, what lies outside is cut off.
-        return across_ == wholeAcross_ && up_ == wholeUp_ ? static_cast<int>(kMarkerSize) : 0;
+        return whole_ ? static_cast<int>(kMarkerSize) : 0;
     });
     // Behind the others, and behind the lines of none.
     if (curve.look == CurveLook::Faint) drawn->setLayer(QStringLiteral("grid"));
@@ -230,10 +208,26 @@ QCPCurve* CurvePlot::CurveOf(const ChartCurve& curve) {
     return drawn;
 }
 
-void CurvePlot::TakeWhole(const std::vector<double>& amperes, const std::vector<double>& volts) {
-    wholeAcross_ = SpanOf(DecadesOf(amperes));
-    wholeUp_ = volts.empty() ? LogSpan{0, 3} : SpanOf(DecadesOf(volts));
-    ShowWhole();
+// The axes hold everything that can be drawn.
+void CurvePlot::TakeAll() {
+    std::vector<double> amperes;
+    std::vector<double> volts;
+    const auto hold = [&](const CurvePoint& point) {
+        if (!CanBeDrawn(point)) return;
+        amperes.push_back(point.current);
+        volts.push_back(point.voltage);
+    };
+    for (const Line& line : lines_) {
+        std::for_each(line.curve.points.begin(), line.curve.points.end(), hold);
+        for (const KneeMark& knee : line.curve.knees)
+            hold(knee.at);
+    }
+    const auto span = [this](const std::vector<double>& values) {
+        return equal_ ? SpanAround(values) : DecadesOf(values);
+    };
+    allAcross_ = span(amperes);
+    allUp_ = volts.empty() ? LogSpan{0, 3} : span(volts);
+    TakeWhole(true);
 }
 
 void CurvePlot::Append(std::size_t index, CurvePoint point) {
@@ -245,7 +239,7 @@ void CurvePlot::Append(std::size_t index, CurvePoint point) {
     });
     line.drawn->addData(line.drawn->data()->size(), point.current, point.voltage);
     if (first) {
-        TakeWhole({point.current}, {point.voltage});
+        TakeAll();
     } else {
         GrowTo(point);
     }
@@ -253,19 +247,29 @@ void CurvePlot::Append(std::size_t index, CurvePoint point) {
 }
 
 void CurvePlot::GrowTo(CurvePoint point) {
-    const auto grow = [](LogSpan& whole, LogSpan& shown, double value) {
-        const LogSpan needed = SpanOf(DecadesOf({value}));
-        const LogSpan grown{std::log10(value) < whole.low ? needed.low : whole.low,
-                            std::log10(value) > whole.high ? needed.high : whole.high};
-        if (shown == whole) shown = grown;
-        whole = grown;
+    const auto grow = [](LogSpan& all, double value) {
+        const LogSpan needed = DecadesOf({value});
+        if (std::log10(value) < all.low) all.low = needed.low;
+        if (std::log10(value) > all.high) all.high = needed.high;
     };
-    grow(wholeAcross_, across_, point.current);
-    grow(wholeUp_, up_, point.voltage);
-    ShowSpans();
+    grow(allAcross_, point.current);
+    grow(allUp_, point.voltage);
+    TakeWhole(whole_);
+}
+
+void CurvePlot::TakeWhole(bool show) {
+    wholeAcross_ = allAcross_;
+    wholeUp_ = allUp_;
+    if (show) ShowWhole();
 }
 
 void CurvePlot::ShowSpans() {
+    whole_ = across_ == wholeAcross_ && up_ == wholeUp_;
+    TakeRanges();
+    Redraw();
+}
+
+void CurvePlot::TakeRanges() {
     const auto show = [](QCPAxis* axis, LogSpan span) {
         axis->setRange(std::pow(10.0, span.low), std::pow(10.0, span.high));
     };
@@ -274,20 +278,71 @@ void CurvePlot::ShowSpans() {
     show(yAxis, up_);
     show(yAxis2, up_);
     LeaveMargins();
-    Redraw();
+}
+
+// What is shown grows until its decades are of one length, in the room that the numbers leave, and
+// the numbers go by what is shown.
+void CurvePlot::updateLayout() {
+    constexpr int kPasses = 2;
+    for (int pass = 0; equal_ && pass < kPasses; ++pass) {
+        QCustomPlot::updateLayout();
+        const QSize room = axisRect()->size() - QSize(1, 1);
+        wholeAcross_ = allAcross_;
+        wholeUp_ = allUp_;
+        EqualDecades(wholeAcross_, wholeUp_, room.width(), room.height());
+        EqualDecades(across_, up_, room.width(), room.height());
+        across_ = whole_ ? wholeAcross_ : Moved(across_, 0, wholeAcross_);
+        up_ = whole_ ? wholeUp_ : Moved(up_, 0, wholeUp_);
+        TakeRanges();
+    }
+    QCustomPlot::updateLayout();
+    PlaceInside();
+}
+
+// The table of the kneepoints and the legend where they hide little of the curves.
+void CurvePlot::PlaceInside() {
+    knees_.clear();
+    if (!legend->visible() && std::all_of(lines_.begin(), lines_.end(), [](const Line& line) {
+            return line.curve.knees.empty();
+        }))
+        return;
+    const QRectF area =
+        QRectF(axisRect()->rect()).adjusted(kInsideRoom, kInsideRoom, -kInsideRoom, -kInsideRoom);
+    std::vector<QPolygonF> curves;
+    for (const Line& line : lines_) {
+        if (line.curve.look == CurveLook::Faint) continue;
+        QPolygonF curve;
+        for (const QCPCurveData& point : *line.drawn->data())
+            curve += PixelOf({point.key, point.value});
+        if (line.curve.knees.empty()) {
+            curves.push_back(std::move(curve));
+            continue;
+        }
+        curves.insert(curves.begin(), std::move(curve));
+        for (const KneeMark& knee : line.curve.knees) {
+            const QPointF at = PixelOf(knee.at);
+            if (CanBeDrawn(knee.at) && area.contains(at)) knees_.push_back({knee, at, {}, {}});
+        }
+    }
+    if (!knees_.empty()) PlaceKnees(knees_, curves, QFontMetrics(font()), area);
+    if (!legend->visible() || area.isEmpty()) return;
+    const QRectF place = LegendPlace(legend->minimumOuterSizeHint(), area, knees_, curves);
+    axisRect()->insetLayout()->setInsetRect(
+        0, {(place.left() - area.left()) / area.width(), (place.top() - area.top()) / area.height(),
+            place.width() / area.width(), place.height() / area.height()});
+    axisRect()->insetLayout()->update(QCPLayoutElement::upLayout);
 }
 
 // Half of a number stands out at the ends of the axes; one that would be cut is not drawn at all.
 void CurvePlot::LeaveMargins() {
-    const int least = compact_ ? kCompactMargin : kMargin;
     const QFontMetrics metrics(xAxis->tickLabelFont());
     int last = 0;
     for (const double mark : AxisMarks(across_)) {
         if (mark <= xAxis->range().upper * (1 + kMarkSlack))
             last = metrics.horizontalAdvance(ValueText(mark));
     }
-    axisRect()->setMinimumMargins(QMargins(least, std::max(least, metrics.height() / 2 + 2),
-                                           std::max(least, last / 2 + 4), least));
+    axisRect()->setMinimumMargins(QMargins(kMargin, std::max(kMargin, metrics.height() / 2 + 2),
+                                           std::max(kMargin, last / 2 + 4), kMargin));
 }
 
 void CurvePlot::ShowWhole() {
@@ -313,11 +368,10 @@ void CurvePlot::Move(double across, double up) {
 void CurvePlot::TakeColours(const ChartColours& colours) {
     colours_ = colours;
     setBackground(colours.base);
-    xAxis->setTickLabelPadding(compact_ ? kCompactNumberPadding : kNumberPadding);
-    xAxis->setLabelPadding(compact_ ? kCompactTitlePadding : kTitlePaddingBelow);
-    yAxis->setLabelPadding(compact_ ? kCompactTitlePadding : kTitlePaddingBeside);
+    xAxis->setTickLabelPadding(kNumberPadding);
+    for (QCPAxis* axis : {xAxis, yAxis})
+        axis->setLabelPadding(kTitlePadding);
     for (QCPAxis* axis : axisRect()->axes()) {
-        axis->ticker().staticCast<DecadeTicker>()->SetCompact(compact_);
         const QPen line(colours.text, 1);
         axis->setBasePen(line);
         axis->setTickPen(line);
@@ -325,15 +379,20 @@ void CurvePlot::TakeColours(const ChartColours& colours) {
         axis->setTickLabelColor(colours.text);
         axis->setLabelColor(colours.text);
         axis->setTickLabelFont(Grown(font(), kAxisTextGrowth));
-        axis->setLabelFont(Grown(font(), compact_ ? kAxisTextGrowth : kTitleGrowth, true));
+        axis->setLabelFont(Grown(font(), kAxisTextGrowth, true));
         axis->grid()->setPen(QPen(colours.grid, 1));
         axis->grid()->setSubGridPen(QPen(colours.fineGrid, 1));
     }
-    legend->setFont(Grown(font(), 1));
+    legend->setFont(font());
     legend->setTextColor(colours.text);
-    for (QCPAbstractLegendItem* item : LegendItems()) {
-        item->setFont(legend->font());
-        item->setTextColor(colours.text);
+    legend->setBorderPen(QPen(colours.grid, 1));
+    legend->setBrush(colours.base);
+    // The legend's grid may have empty places.
+    for (int i = 0; i < legend->itemCount(); ++i) {
+        if (QCPAbstractLegendItem* item = legend->item(i); item != nullptr) {
+            item->setFont(font());
+            item->setTextColor(colours.text);
+        }
     }
     StyleLines();
     LeaveMargins();
@@ -368,58 +427,16 @@ void CurvePlot::StyleLine(const Line& line, std::size_t look) {
     line.drawn->setScatterStyle({shape, marker, colours_.base, kMarkerSize});
 }
 
-// The legend's grid may have empty places.
-std::vector<QCPAbstractLegendItem*> CurvePlot::LegendItems() const {
-    std::vector<QCPAbstractLegendItem*> items;
-    for (int i = 0; i < legend->itemCount(); ++i) {
-        if (QCPAbstractLegendItem* item = legend->item(i); item != nullptr) items.push_back(item);
-    }
-    return items;
-}
-
-// As many names beside each other as there is room for.
-void CurvePlot::WrapLegend(int width) {
-    const std::vector<QCPAbstractLegendItem*> items = LegendItems();
-    // An empty one in the layout would narrow the axes.
-    const bool placed = legend->layout() == plotLayout();
-    if (placed && items.empty()) {
-        plotLayout()->take(legend);
-        plotLayout()->simplify();
-    } else if (!placed && !items.empty()) {
-        plotLayout()->addElement(1, 0, legend);
-        plotLayout()->setRowStretchFactor(1, 0.001);
-    }
-    legend->setVisible(!items.empty());
-    int widest = 1;
-    for (const QCPAbstractLegendItem* item : items)
-        widest = std::max(widest, item->minimumOuterSizeHint().width());
-    legend->setWrap(std::max(1, width / (widest + legend->columnSpacing())));
-    legend->setFillOrder(QCPLayoutGrid::foColumnsFirst, true);
-}
-
-void CurvePlot::SetCompact(bool compact) {
-    compact_ = compact;
-    TakeColours(colours_);
+void CurvePlot::SetEqualDecades(bool equal) {
+    if (equal == equal_) return;
+    equal_ = equal;
+    TakeAll();
 }
 
 // --- Drawing ------------------------------------------------------------------------------------
 
 QPointF CurvePlot::PixelOf(CurvePoint point) const {
     return {xAxis->coordToPixel(point.current), yAxis->coordToPixel(point.voltage)};
-}
-
-void CurvePlot::DrawKnees(QCPPainter& painter) const {
-    const QRectF area = QRectF(axisRect()->rect()).adjusted(2, 2, -2, -2);
-    std::vector<PlacedKnee> knees;
-    for (const Line& line : lines_) {
-        for (const KneeMark& knee : line.curve.knees) {
-            if (!CanBeDrawn(knee.at) || !area.contains(PixelOf(knee.at))) continue;
-            knees.push_back({knee.rule, PixelOf(knee.at), {}});
-        }
-    }
-    painter.setFont(Grown(font(), 1, true));
-    PlaceLabels(knees, painter.fontMetrics(), area);
-    DrawKneeMarks(painter, knees, colours_);
 }
 
 void CurvePlot::DrawLastReadings(QCPPainter& painter) const {
@@ -444,7 +461,6 @@ void CurvePlot::paintEvent(QPaintEvent* event) {
 
 void CurvePlot::resizeEvent(QResizeEvent* event) {
     if (event->size().isEmpty()) return;
-    WrapLegend(event->size().width());
     QCustomPlot::resizeEvent(event);
 }
 

@@ -4,24 +4,19 @@
 // The drawing library is written with Qt's keywords: what includes this is compiled with them.
 #include <qcustomplot.h>
 
-#include <cmath>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "curves/chart_curve.h"
 #include "curves/chart_look.h"
+#include "curves/knee_marks.h"
 #include "curves/log_axes.h"
 
 namespace davo {
 
 inline constexpr int kCurveWidth = 2;
 inline constexpr double kAxisTextGrowth = 1.1;
-
-inline bool CanBeDrawn(const CurvePoint& point) {
-    return point.current > 0 && point.voltage > 0 && std::isfinite(point.current) &&
-           std::isfinite(point.voltage);
-}
 
 inline QFont Grown(const QFont& font, double growth, bool bold = false) {
     QFont grown = font;
@@ -41,15 +36,16 @@ class CurvePlot : public QCustomPlot {
     void Move(double across, double up);
     void ShowWhole();
     void TakeColours(const ChartColours& colours);
-    // For a chart beside something else: more of its room for the curve.
-    void SetCompact(bool compact);
+    // Whether a decade of amperes is as long as one of volts, so that 45 degrees look like 45. Off:
+    // whole decades over all of the room.
+    void SetEqualDecades(bool equal);
     const std::optional<Crosshair>& Cross() const { return cross_; }
     LogSpan Across() const { return across_; }
     LogSpan Up() const { return up_; }
     int Paints() const { return paints_; }
-    // Draws with the colours of paper and without the crosshair, the legend as wide as the paper.
+    // Draws with the colours of paper and without the crosshair.
     template <class Work>
-    void OnPaper(int paperWidth, const Work& work);
+    void OnPaper(const Work& work);
 
   protected:
     struct Line {
@@ -64,43 +60,50 @@ class CurvePlot : public QCustomPlot {
     void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void updateLayout() override;
 
   private:
     void BuildAxes();
     void Redraw();
     QCPCurve* CurveOf(const ChartCurve& curve);
-    void TakeWhole(const std::vector<double>& amperes, const std::vector<double>& volts);
+    void TakeAll();
+    void TakeWhole(bool show);
     void GrowTo(CurvePoint point);
     void ShowSpans();
+    void TakeRanges();
     void LeaveMargins();
+    void PlaceInside();
     void StyleLines();
     void StyleLine(const Line& line, std::size_t look);
-    std::vector<QCPAbstractLegendItem*> LegendItems() const;
-    void WrapLegend(int width);
-    void DrawKnees(QCPPainter& painter) const;
     void DrawLastReadings(QCPPainter& painter) const;
     void DrawCross(QCPPainter& painter) const;
 
     std::vector<Line> lines_;
-    LogSpan wholeAcross_;
+    LogSpan allAcross_;  // of all points
+    LogSpan allUp_;
+    LogSpan wholeAcross_;  // the same with decades of one length
     LogSpan wholeUp_;
-    LogSpan across_;
+    LogSpan across_;  // the part of it that is shown
     LogSpan up_;
+    std::vector<PlacedKnee> knees_;
     ChartColours colours_;
     std::optional<Crosshair> cross_;
-    bool compact_ = false;
+    bool whole_ = true;  // nothing is outside of what is shown
+    bool equal_ = true;
     int paints_ = 0;
 };
 
 template <class Work>
-void CurvePlot::OnPaper(int paperWidth, const Work& work) {
+void CurvePlot::OnPaper(const Work& work) {
     const ChartColours shown = colours_;
+    const LogSpan across = across_;
+    const LogSpan up = up_;
     const std::optional<Crosshair> cross = std::exchange(cross_, std::nullopt);
     TakeColours(PaperColours());
-    WrapLegend(paperWidth);
     work();
     cross_ = cross;
-    WrapLegend(width());
+    across_ = across;
+    up_ = up;
     TakeColours(shown);
 }
 

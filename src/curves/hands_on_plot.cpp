@@ -24,19 +24,24 @@ HandsOnPlot::HandsOnPlot(QWidget* parent, QLabel* lblCrosshair)
 }
 
 void HandsOnPlot::SetCurves(std::vector<ChartCurve> curves) {
-    lblCrosshair_->clear();
     stepLine_ = 0;
     stepPoint_ = 0;
     Set(std::move(curves));
+    SayCross();
 }
 
 void HandsOnPlot::SetCross(std::optional<Crosshair> cross) {
+    ShowCross(std::move(cross));
+    SayCross();
+}
+
+void HandsOnPlot::SayCross() {
+    const auto& cross = Cross();
     lblCrosshair_->setText(cross ? QStringLiteral("%1: %2 A, %3 V")
                                        .arg(cross->curve, ValueText(cross->point.current),
                                             ValueText(cross->point.voltage))
-                                 : QString());
+                                 : QStringLiteral("Point at a curve to read it."));
     setAccessibleDescription(lblCrosshair_->text());
-    ShowCross(std::move(cross));
 }
 
 void HandsOnPlot::PointTo(QPointF pixel) {
@@ -96,8 +101,7 @@ void HandsOnPlot::Step(int by) {
 void HandsOnPlot::SetInteractive(bool on) {
     interactive_ = on;
     setFocusPolicy(on ? Qt::StrongFocus : Qt::NoFocus);
-    lblCrosshair_->setVisible(on);
-    SetCompact(!on);
+    SetEqualDecades(on);
     if (!on && Cross()) SetCross(std::nullopt);
 }
 
@@ -118,8 +122,9 @@ void HandsOnPlot::mouseMoveEvent(QMouseEvent* event) {
     }
 }
 
-// A press only gives the focus.
+// A press gives the focus and, for a finger, reads the point.
 void HandsOnPlot::mousePressEvent(QMouseEvent* event) {
+    mouseMoveEvent(event);
     event->setAccepted(interactive_);
 }
 void HandsOnPlot::mouseReleaseEvent(QMouseEvent* event) {

@@ -14,8 +14,10 @@ class HandsOnPlot : public CurvePlot {
     HandsOnPlot(QWidget* parent, QLabel* lblCrosshair);
 
     void SetCurves(std::vector<ChartCurve> curves);
-    // Off: only looked at, without crosshair, zoom and focus, and compact.
+    // Off: only looked at, without crosshair, zoom, focus and equal decades.
     void SetInteractive(bool on);
+    // What a key does; false for one that does nothing.
+    bool HandleKey(int key, bool control);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -31,7 +33,7 @@ class HandsOnPlot : public CurvePlot {
     void PointTo(QPointF pixel);
     void Step(int by);
     void SetCross(std::optional<Crosshair> cross);
-    bool HandleKey(int key, bool control);
+    void SayCross();
 
     QLabel* lblCrosshair_;
     std::size_t stepLine_ = 0;

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QLineF>
 #include <QPointF>
+#include <QPolygonF>
 #include <QRectF>
 #include <QString>
 #include <vector>
 
-#include "analysis/kneepoint.h"
+#include "curves/chart_curve.h"
 #include "curves/chart_look.h"
 
 class QFontMetrics;
@@ -17,21 +19,30 @@ namespace davo {
 // The word of a rule: "IEEE 30", "IEEE 45", "ASA 10/50".
 QString KneeWord(KneeRule rule);
 
-// A kneepoint in pixels, and where its word stands.
+// A kneepoint in pixels, its row in the table of kneepoints, and the line from its marker there.
 struct PlacedKnee {
-    KneeRule rule = KneeRule::Ieee30;
+    KneeMark knee;
     QPointF at;
-    QRectF label;
+    QRectF row;
+    QLineF leader;  // null where it would cross the curve
 };
 
 // The marker of a kneepoint, in pixels.
 QRectF MarkerOf(const PlacedKnee& knee);
 
-// Finds a place in area for every word: right of its mark and below it, where a curve leaves room;
-// no word stands on another one or on a mark as long as area has room.
-void PlaceLabels(std::vector<PlacedKnee>& knees, const QFontMetrics& metrics, const QRectF& area);
+// How often line crosses the curves.
+int CrossingsOf(const QLineF& line, const std::vector<QPolygonF>& curves);
 
-// Draws the marks, a shape of its own for every rule, and their words in the painter's font.
+// Gives every kneepoint its row of a table, the highest one first: in the corner of area below and
+// right of the curves or in the one above and left of them, where it hides and its lines cross less
+// of them. The first of the curves is that of the kneepoints.
+void PlaceKnees(std::vector<PlacedKnee>& knees, const std::vector<QPolygonF>& curves,
+                const QFontMetrics& metrics, const QRectF& area);
+// Where in area a legend of that size hides least of the curves, the kneepoints and their table.
+QRectF LegendPlace(QSizeF size, const QRectF& area, const std::vector<PlacedKnee>& knees,
+                   const std::vector<QPolygonF>& curves);
+
+// Draws the marks, a shape of its own for every rule, and their table in the painter's font.
 void DrawKneeMarks(QPainter& painter, const std::vector<PlacedKnee>& knees,
                    const ChartColours& colours);
 

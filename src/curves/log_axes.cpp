@@ -9,7 +9,7 @@ namespace davo {
 
 namespace {
 
-constexpr Decades kNothingShown{-2, 0};
+constexpr LogSpan kNothingShown{-2, 0};
 constexpr double kLeastSpan = 0.05;
 // Up to how many decades the digits between them have numbers, too.
 constexpr double kEveryDigit = 0.8;
@@ -20,6 +20,17 @@ constexpr double kStepsWanted = 5;
 
 double Power(double exponent) {
     return std::pow(10.0, exponent);
+}
+
+// The least and the most of the values that an axis can show; zero without one.
+LogSpan Bounds(const std::vector<double>& values) {
+    LogSpan bounds{0, 0};
+    for (const double value : values) {
+        if (!(value > 0) || !std::isfinite(value)) continue;
+        bounds.low = bounds.low > 0 ? std::min(bounds.low, value) : value;
+        bounds.high = std::max(bounds.high, value);
+    }
+    return bounds;
 }
 
 LogSpan Inside(LogSpan span, LogSpan whole) {
@@ -59,19 +70,31 @@ std::vector<double> EvenSteps(LogSpan span) {
 
 }  // namespace
 
-Decades DecadesOf(const std::vector<double>& values) {
-    double least = 0;
-    double most = 0;
-    for (const double value : values) {
-        if (!(value > 0) || !std::isfinite(value)) continue;
-        least = least > 0 ? std::min(least, value) : value;
-        most = std::max(most, value);
-    }
-    if (!(least > 0)) return kNothingShown;
-    Decades decades{static_cast<int>(std::floor(std::log10(least))),
-                    static_cast<int>(std::ceil(std::log10(most)))};
-    if (decades.last <= decades.first) decades.last = decades.first + 1;
-    return decades;
+LogSpan DecadesOf(const std::vector<double>& values) {
+    const LogSpan bounds = Bounds(values);
+    if (!(bounds.low > 0)) return kNothingShown;
+    const double low = std::floor(std::log10(bounds.low));
+    return {low, std::max(low + 1, std::ceil(std::log10(bounds.high)))};
+}
+
+LogSpan SpanAround(const std::vector<double>& values) {
+    constexpr double kRoomAtEnds = 0.06;
+    const LogSpan bounds = Bounds(values);
+    if (!(bounds.low > 0)) return kNothingShown;
+    const double middle = (std::log10(bounds.low) + std::log10(bounds.high)) / 2;
+    const double half = std::max(1.0, std::log10(bounds.high / bounds.low)) * (0.5 + kRoomAtEnds);
+    return {middle - half, middle + half};
+}
+
+void EqualDecades(LogSpan& across, LogSpan& up, double wide, double high) {
+    const double decade = std::min(wide / across.Length(), high / up.Length());
+    if (!(decade > 0)) return;
+    const auto grow = [](LogSpan& span, double length) {
+        const double more = (length - span.Length()) / 2;
+        if (more > 0) span = {span.low - more, span.high + more};
+    };
+    grow(across, wide / decade);
+    grow(up, high / decade);
 }
 
 LogSpan Zoomed(LogSpan span, double factor, double at, LogSpan whole) {

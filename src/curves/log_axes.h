@@ -5,17 +5,6 @@
 
 namespace davo {
 
-// The decades (powers of ten) that an axis shows: from 10^first to 10^last, first < last.
-struct Decades {
-    int first = 0;
-    int last = 1;
-    bool operator==(const Decades&) const = default;
-};
-
-// The smallest whole decades that hold every value above zero; 0.01 to 1 (-2, 0) without one.
-// Values that are not finite are left out.
-Decades DecadesOf(const std::vector<double>& values);
-
 // A part of a logarithmic axis, as powers of ten: from 10^low to 10^high.
 struct LogSpan {
     double low = 0;
@@ -23,6 +12,18 @@ struct LogSpan {
     bool operator==(const LogSpan&) const = default;
     double Length() const { return high - low; }
 };
+
+// The smallest whole decades that hold every value above zero; 0.01 to 1 (-2, 0) without one.
+// Values that are not finite are left out.
+LogSpan DecadesOf(const std::vector<double>& values);
+
+// What holds every value above zero with some room at both ends, a decade at least; 0.01 to 1 (-2,
+// 0) without one.
+LogSpan SpanAround(const std::vector<double>& values);
+
+// Grows one of both around its middle so that a decade is as long across, where there are wide
+// pixels, as up, where there are high ones.
+void EqualDecades(LogSpan& across, LogSpan& up, double wide, double high);
 
 // span grown or shrunk by 1/factor around the power of ten at, kept inside whole and not shorter
 // than a twentieth of a decade. factor is above zero; above 1 shows less.

@@ -15,6 +15,7 @@
 #include "common/run_time_error.h"
 #include "curves/chart_look.h"
 #include "curves/knee_marks.h"
+#include "tests/support/controls.h"
 #include "tests/support/program_output.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
@@ -27,15 +28,15 @@ using ::testing::DoubleNear;
 using ::testing::Pointwise;
 
 TEST(DecadesOf, HoldsEveryValueAboveZero) {
-    EXPECT_EQ(DecadesOf({0.02, 3.5}), (Decades{-2, 1}));
-    EXPECT_EQ(DecadesOf({0.01, 100}), (Decades{-2, 2}));
-    EXPECT_EQ(DecadesOf({7, 0, -3}), (Decades{0, 1}));
-    EXPECT_EQ(DecadesOf({10}), (Decades{1, 2}));
-    EXPECT_EQ(DecadesOf({0.001}), (Decades{-3, -2}));
+    EXPECT_EQ(DecadesOf({0.02, 3.5}), (LogSpan{-2, 1}));
+    EXPECT_EQ(DecadesOf({0.01, 100}), (LogSpan{-2, 2}));
+    EXPECT_EQ(DecadesOf({7, 0, -3}), (LogSpan{0, 1}));
+    EXPECT_EQ(DecadesOf({10}), (LogSpan{1, 2}));
+    EXPECT_EQ(DecadesOf({0.001}), (LogSpan{-3, -2}));
     EXPECT_EQ(DecadesOf({std::numeric_limits<double>::infinity(), std::nan(""), 5}),
-              (Decades{0, 1}));
-    EXPECT_EQ(DecadesOf({}), (Decades{-2, 0}));
-    EXPECT_EQ(DecadesOf({0, -1}), (Decades{-2, 0}));
+              (LogSpan{0, 1}));
+    EXPECT_EQ(DecadesOf({}), (LogSpan{-2, 0}));
+    EXPECT_EQ(DecadesOf({0, -1}), (LogSpan{-2, 0}));
 }
 
 TEST(LogSpans, ZoomAroundAPointAndStayInside) {
@@ -57,6 +58,31 @@ TEST(LogSpans, HaveMarksAtDecadesAndBetweenThemWhereFewAreShown) {
                 Pointwise(DoubleNear(1e-9), {100.0, 110.0, 120.0, 130.0, 140.0}));
 }
 
+TEST(LogSpans, HoldEveryValueWithRoomAtTheEnds) {
+    const LogSpan span = SpanAround({0.1, 0.001, -5, 0, std::nan("")});
+    EXPECT_NEAR(span.low, -3.12, 1e-9);
+    EXPECT_NEAR(span.high, -0.88, 1e-9);
+    // A decade at least.
+    EXPECT_NEAR(SpanAround({100}).low, 1.44, 1e-9);
+    EXPECT_NEAR(SpanAround({100}).high, 2.56, 1e-9);
+    EXPECT_EQ(SpanAround({}), (LogSpan{-2, 0}));
+}
+
+TEST(LogSpans, GrowToDecadesOfOneLength) {
+    LogSpan across{-2, 2};
+    LogSpan up{1, 3};
+    EqualDecades(across, up, 600, 400);
+    EXPECT_EQ(across, (LogSpan{-2, 2}));
+    EXPECT_NEAR(up.Length(), 400 / 150.0, 1e-9);
+    EXPECT_NEAR(up.low + up.high, 4, 1e-9);
+    EqualDecades(across, up, 900, 400);
+    EXPECT_NEAR(across.Length(), 6, 1e-9);
+    EXPECT_NEAR(up.Length(), 400 / 150.0, 1e-9);
+    const LogSpan before = across;
+    EqualDecades(across, up, 0, 0);
+    EXPECT_EQ(across, before);
+}
+
 TEST(ChartColours, StandOutFromEveryPalette) {
     for (const auto& [base, text] : std::vector<std::pair<QColor, QColor>>{
              {Qt::white, Qt::black}, {QColor(28, 28, 30), Qt::white}, {Qt::black, Qt::yellow}}) {
@@ -75,29 +101,58 @@ TEST(ChartColours, StandOutFromEveryPalette) {
     EXPECT_NEAR(Contrast(Qt::white, Qt::black), 21, 0.01);
 }
 
-TEST(KneeMarks, HaveTheirWordsBesideEachOther) {
+TEST(KneeMarks, HaveTheirWords) {
     EXPECT_EQ(KneeWord(KneeRule::Ieee30), u"IEEE 30"_s);
     EXPECT_EQ(KneeWord(KneeRule::Ieee45), u"IEEE 45"_s);
     EXPECT_EQ(KneeWord(KneeRule::Asa1050), u"ASA 10/50"_s);
-    const QRectF area(0, 0, 400, 300);
-    const QFontMetrics metrics(QApplication::font());
-    // In the middle, in the corner where no label has room at its usual place, all at one point.
-    for (const QPointF& at :
-         {QPointF(200, 100), QPointF(395, 20), QPointF(395, 295), QPointF(5, 290)}) {
-        std::vector<PlacedKnee> knees = {{KneeRule::Ieee30, at, {}},
-                                         {KneeRule::Ieee45, at + QPointF(-3, 2), {}},
-                                         {KneeRule::Asa1050, at + QPointF(-6, 4), {}}};
-        PlaceLabels(knees, metrics, area);
-        for (std::size_t i = 0; i < knees.size(); ++i) {
-            EXPECT_TRUE(area.contains(knees.at(i).label)) << at.x() << ' ' << at.y();
-            for (std::size_t j = 0; j < knees.size(); ++j) {
-                EXPECT_FALSE(knees.at(i).label.intersects(MarkerOf(knees.at(j))));
-                if (i != j) {
-                    EXPECT_FALSE(knees.at(i).label.intersects(knees.at(j).label));
-                }
-            }
-        }
-    }
+}
+
+TEST(KneeMarks, AreInTheTableInTheOrderOfTheirHeight) {
+    const QPolygonF curve({{20, 380}, {150, 200}, {200, 150}, {250, 120}, {580, 90}});
+    std::vector<PlacedKnee> knees = {{{KneeRule::Ieee30, {0.1, 90}, {}}, {150, 200}, {}, {}},
+                                     {{KneeRule::Asa1050, {0.3, 120}, {}}, {250, 120}, {}, {}},
+                                     {{KneeRule::Ieee45, {0.2, 110}, {}}, {200, 150}, {}, {}}};
+    const QRectF area(0, 0, 600, 400);
+    PlaceKnees(knees, {curve}, QFontMetrics(QApplication::font()), area);
+    std::vector<KneeRule> order;
+    for (const PlacedKnee& placed : knees)
+        order.push_back(placed.knee.rule);
+    EXPECT_THAT(order, ElementsAre(KneeRule::Asa1050, KneeRule::Ieee45, KneeRule::Ieee30));
+    EXPECT_EQ(knees.back().row.bottomRight(), area.bottomRight());
+    for (std::size_t i = 1; i < knees.size(); ++i)
+        EXPECT_EQ(knees.at(i).row.top(), knees.at(i - 1).row.bottom());
+    // Where the curve itself is in that corner, the table is in the other one.
+    const QPolygonF low({{20, 390}, {300, 380}, {580, 350}});
+    for (PlacedKnee& placed : knees)
+        placed.at = {300, 380};
+    PlaceKnees(knees, {low}, QFontMetrics(QApplication::font()), area);
+    EXPECT_EQ(knees.front().row.topLeft(), area.topLeft());
+}
+
+TEST(Legend, IsWhereItHidesNoPoint) {
+    const QRectF area(10, 10, 600, 400);
+    const QSizeF size(200, 100);
+    // A curve through the upper left corner, the table of its kneepoint at the lower right.
+    const QPolygonF curve({{20, 380}, {30, 200}, {60, 60}, {150, 40}, {600, 20}});
+    std::vector<PlacedKnee> knees = {{{KneeRule::Ieee30, {0.1, 90}, {}}, {60, 60}, {}, {}}};
+    PlaceKnees(knees, {curve}, QFontMetrics(QApplication::font()), area);
+    const QRectF place = LegendPlace(size, area, knees, {curve});
+    EXPECT_TRUE(area.contains(place));
+    for (const QPointF& point : curve)
+        EXPECT_FALSE(place.contains(point)) << point.x();
+    EXPECT_FALSE(place.intersects(knees.front().row));
+    EXPECT_FALSE(place.intersects(MarkerOf(knees.front())));
+    // The upper left corner when it is free.
+    EXPECT_EQ(LegendPlace(size, area, {}, {}).topLeft(), area.topLeft());
+}
+
+TEST(KneeMarks, HaveNoLineAcrossTheCurve) {
+    // Falls back after its kneepoint: no corner can be reached from there.
+    const QPolygonF around(
+        {{300, 200}, {350, 200}, {350, 250}, {250, 250}, {250, 150}, {350, 150}});
+    std::vector<PlacedKnee> knees = {{{KneeRule::Ieee30, {0.1, 90}, {}}, {300, 200}, {}, {}}};
+    PlaceKnees(knees, {around}, QFontMetrics(QApplication::font()), {0, 0, 600, 400});
+    EXPECT_TRUE(knees.front().leader.isNull());
 }
 
 class Chart : public ::testing::Test {
@@ -145,7 +200,16 @@ class Chart : public ::testing::Test {
     TemporaryFolder folder;
 };
 
-TEST_F(Chart, ShowsWholeDecades) {
+TEST_F(Chart, ShowsEveryPoint) {
+    EXPECT_LT(chart.Across().low, std::log10(0.02));
+    EXPECT_GT(chart.Across().high, std::log10(2));
+    EXPECT_LT(chart.Up().low, std::log10(30));
+    EXPECT_GT(chart.Up().high, std::log10(250));
+}
+
+TEST_F(Chart, ThatIsOnlyLookedAtShowsWholeDecades) {
+    chart.SetInteractive(false);
+    QTest::qWait(20);
     EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
     EXPECT_EQ(chart.Up(), (LogSpan{1, 3}));
 }
@@ -163,10 +227,12 @@ TEST_F(Chart, PaintsOnceForManyChanges) {
 }
 
 TEST_F(Chart, ZoomsAndMovesByKeys) {
+    const LogSpan wholeAcross = chart.Across();
+    const LogSpan wholeUp = chart.Up();
     for (int i = 0; i < 3; ++i)
         Key(Qt::Key_Plus);
-    EXPECT_LT(chart.Across().Length(), 3);
-    EXPECT_LT(chart.Up().Length(), 2);
+    EXPECT_LT(chart.Across().Length(), wholeAcross.Length());
+    EXPECT_LT(chart.Up().Length(), wholeUp.Length());
     const LogSpan across = chart.Across();
     Key(Qt::Key_Right);
     EXPECT_GT(chart.Across().low, across.low);
@@ -180,25 +246,50 @@ TEST_F(Chart, ZoomsAndMovesByKeys) {
     EXPECT_NEAR(chart.Up().low, up.low, 1e-12);
     for (int i = 0; i < 3; ++i)
         Key(Qt::Key_Minus);
-    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+    EXPECT_EQ(chart.Across(), wholeAcross);
     for (const Qt::Key all : {Qt::Key_0, Qt::Key_Home}) {
         Key(Qt::Key_Equal);
         Key(Qt::Key_Equal);
-        EXPECT_LT(chart.Across().Length(), 3);
+        EXPECT_LT(chart.Across().Length(), wholeAcross.Length());
         Key(all);
-        EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
-        EXPECT_EQ(chart.Up(), (LogSpan{1, 3}));
+        EXPECT_EQ(chart.Across(), wholeAcross);
+        EXPECT_EQ(chart.Up(), wholeUp);
     }
 }
 
 TEST_F(Chart, TheWheelZoomsAtThePointer) {
+    const LogSpan across = chart.Across();
+    const LogSpan up = chart.Up();
     Wheel({Plot()->width() * 0.95, Plot()->height() * 0.1}, 120);
-    EXPECT_LT(chart.Across().Length(), 3);
+    EXPECT_LT(chart.Across().Length(), across.Length());
     // What is near the pointer stays: the upper right corner.
-    EXPECT_LT(1 - chart.Across().high, chart.Across().low + 2);
-    EXPECT_LT(3 - chart.Up().high, chart.Up().low - 1);
+    EXPECT_LT(across.high - chart.Across().high, chart.Across().low - across.low);
+    EXPECT_LT(up.high - chart.Up().high, chart.Up().low - up.low);
     Wheel({10, 10}, -1200);
-    EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
+    EXPECT_EQ(chart.Across(), across);
+}
+
+// For gloves, and for who does not know the keys.
+TEST_F(Chart, HasButtonsForZoomAndPoints) {
+    const LogSpan across = chart.Across();
+    const auto press = [this](const char* name) { ClickIn(chart, name); };
+    press("cmdZoomIn");
+    press("cmdZoomIn");
+    const double length = chart.Across().Length();
+    EXPECT_LT(length, across.Length());
+    press("cmdZoomOut");
+    EXPECT_GT(chart.Across().Length(), length);
+    press("cmdShowAll");
+    EXPECT_EQ(chart.Across(), across);
+    press("cmdPointAfter");
+    EXPECT_EQ(Said(), u"Test 1: 0.02 A, 30 V"_s);
+    press("cmdPointAfter");
+    press("cmdPointBefore");
+    EXPECT_EQ(Said(), u"Test 1: 0.02 A, 30 V"_s);
+    EXPECT_THAT(CutTextsOf(chart), IsEmpty());
+    chart.SetInteractive(false);
+    EXPECT_FALSE(FindIn<QWidget>(chart, "cmdZoomIn")->isVisible());
+    EXPECT_FALSE(FindIn<QWidget>(chart, "lblCrosshair")->isVisible());
 }
 
 TEST_F(Chart, ThePointerReadsTheNearestPoint) {
@@ -211,7 +302,7 @@ TEST_F(Chart, ThePointerReadsTheNearestPoint) {
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(Plot(), &leave);
     EXPECT_EQ(chart.AtCrosshair(), std::nullopt);
-    EXPECT_EQ(Said(), QString());
+    EXPECT_EQ(Said(), u"Point at a curve to read it."_s);
 }
 
 TEST_F(Chart, KeysStepFromPointToPoint) {
@@ -242,6 +333,7 @@ TEST_F(Chart, KeysStepFromPointToPoint) {
 }
 
 TEST_F(Chart, GrowsByDecadesWithItsReadings) {
+    chart.SetInteractive(false);
     chart.SetCurves({{u"Shot"_s, {}, {}, CurveLook::Readings}});
     chart.AppendPoint(0, {0.02, 30});
     EXPECT_EQ(chart.Across(), (LogSpan{-2, -1}));
@@ -253,17 +345,18 @@ TEST_F(Chart, GrowsByDecadesWithItsReadings) {
     chart.AppendPoint(0, {0, 0});
     EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
     // What the operator looks at stays where it is.
-    Key(Qt::Key_Plus);
+    chart.ZoomBy(1.25);
     const LogSpan across = chart.Across();
     chart.AppendPoint(0, {30, 4500});
     EXPECT_EQ(chart.Across(), across);
-    Key(Qt::Key_0);
+    chart.ShowAll();
     EXPECT_EQ(chart.Across(), (LogSpan{-2, 2}));
     EXPECT_EQ(chart.Up(), (LogSpan{1, 4}));
 }
 
 TEST_F(Chart, ThatIsOnlyLookedAtTakesNoInput) {
     chart.SetInteractive(false);
+    QTest::qWait(20);
     EXPECT_EQ(Plot()->focusPolicy(), Qt::NoFocus);
     Key(Qt::Key_Plus);
     Wheel({200, 200}, 120);
@@ -344,7 +437,7 @@ TEST_F(Chart, SavesAPageOfWords) {
     faint.knees.clear();
     chart.SetCurves({One(), faint});
     const std::string text = WordsOfPdf("-layout").toStdString();
-    for (const char* word : {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "Test 1", "0.01", "1000"})
+    for (const char* word : {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "Test 1", "0.1", "100"})
         EXPECT_THAT(text, HasSubstr(word));
     EXPECT_THAT(text, Not(HasSubstr("Earlier")));
     EXPECT_THAT(ReadWholeFile(folder.Path("chart.pdf")), HasSubstr("/Count 1"));

@@ -154,37 +154,47 @@ TEST_P(SmallChart, HasItsTitlesWholeAndNothingAtItsEdge) {
     }
 }
 
-TEST_P(SmallChart, KeepsTheWordsOfKneepointsApart) {
+// Kneepoints of one rising curve, wherever they are on it and wherever it is.
+TEST_P(SmallChart, HasATableOfKneepointsWithLinesThatCrossNothing) {
     Show(Moment::Complete);
-    const QRectF area = QRectF(Plot().axisRect()->rect()).adjusted(2, 2, -2, -2);
-    QFont font = chart.font();
-    font.setBold(true);
-    const QFontMetrics metrics(font);
+    const QRectF area = QRectF(Plot().axisRect()->rect()).adjusted(6, 6, -6, -6);
+    const QFontMetrics metrics(chart.font());
     std::mt19937_64 random(RandomSeed(20261121));
     std::uniform_real_distribution<double> part(0, 1);
     constexpr int kRounds = 500;
+    int lines = 0;
     for (int round = 0; round < kRounds; ++round) {
-        // Near each other, as the kneepoints of one curve are.
-        const QPointF first(area.left() + area.width() * part(random),
-                            area.top() + area.height() * part(random));
+        QPolygonF curve;
+        QPointF at(area.left(), area.bottom() - area.height() * 0.5 * part(random));
+        while (area.contains(at) && curve.size() < 30) {
+            curve += at;
+            at += QPointF(area.width() / 20 * part(random), -area.height() / 12 * part(random));
+        }
         std::vector<PlacedKnee> knees;
         for (const KneeRule rule : {KneeRule::Ieee30, KneeRule::Ieee45, KneeRule::Asa1050}) {
-            const QPointF at = first + QPointF(60 * part(random), -25 * part(random));
-            knees.push_back(
-                {rule, {std::min(at.x(), area.right() - 1), std::max(at.y(), area.top() + 1)}, {}});
+            const auto on = static_cast<int>(part(random) * static_cast<double>(curve.size() - 1));
+            knees.push_back({{rule, {0.0312, 350.6}, {}}, curve.at(on), {}, {}});
         }
-        PlaceLabels(knees, metrics, area);
+        PlaceKnees(knees, {curve}, metrics, area);
         for (std::size_t i = 0; i < knees.size(); ++i) {
-            const QRectF& word = knees[i].label;
-            EXPECT_TRUE(area.contains(word)) << round << ' ' << first.x() << ' ' << first.y();
-            for (std::size_t j = 0; j < knees.size(); ++j) {
-                EXPECT_FALSE(word.intersects(MarkerOf(knees[j]))) << round;
-                if (j < i) {
-                    EXPECT_FALSE(word.intersects(knees[j].label)) << round;
-                }
+            const PlacedKnee& knee = knees[i];
+            EXPECT_TRUE(area.adjusted(-1, -1, 1, 1).contains(knee.row)) << round;
+            EXPECT_EQ(CrossingsOf(knee.leader, {curve}), 0) << round;
+            if (i > 0) {
+                EXPECT_GE(knee.at.y(), knees[i - 1].at.y()) << round;
+                EXPECT_GE(knee.row.top(), knees[i - 1].row.bottom() - 1e-6) << round;
+            }
+            if (knee.leader.isNull()) continue;
+            ++lines;
+            for (std::size_t j = 0; j < i; ++j) {
+                if (knees[j].leader.isNull() || knees[j].at == knee.at) continue;
+                EXPECT_NE(knee.leader.intersects(knees[j].leader, nullptr),
+                          QLineF::BoundedIntersection)
+                    << round;
             }
         }
     }
+    EXPECT_GT(lines, kRounds) << "most kneepoints have theirs";
 }
 
 TEST_P(SmallChart, GrowsByWholeDecadesBothWays) {
@@ -237,6 +247,7 @@ TEST_P(SmallChart, HasWholeMarkersOnTheFrame) {
         return Painted(colour, {frame.left() - 2, frame.bottom() + 1}) ||
                Painted(colour, {frame.left() - 2, frame.bottom() - 1});
     };
+    chart.SetInteractive(false);
     chart.SetCurves({{{}, points, {}, CurveLook::Readings}});
     QTest::qWait(60);
     EXPECT_TRUE(paintedOutside());
@@ -250,6 +261,53 @@ TEST_P(SmallChart, HasWholeMarkersOnTheFrame) {
         const QPoint at = (QPointF(frame.left() - 2, y) * dense).toPoint();
         EXPECT_NE(picture.pixelColor(at), colour) << y;
     }
+}
+
+// 45 degrees look like 45, whatever the curve, the window and the zoom.
+TEST(LargeChart, HasDecadesOfOneLength) {
+    CurveChart chart;
+    chart.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
+    const auto& plot = *chart.findChild<QCustomPlot*>(u"plotCurves"_s);
+    const auto expectEqual = [&](const char* when) {
+        QTest::qWait(30);
+        const double across = plot.xAxis->coordToPixel(0.1) - plot.xAxis->coordToPixel(0.01);
+        const double up = plot.yAxis->coordToPixel(10) - plot.yAxis->coordToPixel(100);
+        EXPECT_NEAR(across, up, 0.01 * across) << when << ' ' << chart.width();
+    };
+    for (const QSize size : {QSize(300, 260), QSize(480, 300), QSize(650, 410), QSize(400, 700)}) {
+        chart.resize(size);
+        for (const auto& [knee, count] : {std::pair{1.5, 20}, {152.0, 20}, {1900.0, 3}}) {
+            std::vector<CurvePoint> points = ReadingsOf(knee);
+            points.resize(static_cast<std::size_t>(count));
+            chart.SetCurves({{u"This one"_s, points, {}, {}}});
+            expectEqual("whole");
+            chart.ZoomBy(3);
+            expectEqual("zoomed");
+            QTest::keyClick(plot.parentWidget()->focusProxy(), Qt::Key_Right);
+            expectEqual("moved");
+            chart.ZoomBy(1000);
+            expectEqual("a point");
+            chart.ShowAll();
+        }
+    }
+}
+
+TEST(LargeChart, HasItsLegendAndKneepointsInsideTheFrame) {
+    CurveChart chart;
+    chart.resize(650, 410);
+    chart.SetCurves({{u"Test 1"_s, ReadingsOf(152), {{KneeRule::Ieee30, {0.04, 100}, {}}}, {}},
+                     {u"Test 2"_s, ReadingsOf(300), {}, {}}});
+    chart.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
+    QTest::qWait(30);
+    const auto& plot = *chart.findChild<QCustomPlot*>(u"plotCurves"_s);
+    EXPECT_EQ(plot.legend->itemCount(), 2);
+    EXPECT_TRUE(plot.axisRect()->rect().contains(plot.legend->outerRect()));
+    // The titles and numbers take less than a fifth each way.
+    EXPECT_GT(plot.axisRect()->height(), 0.8 * plot.height());
+    EXPECT_GT(plot.axisRect()->width(), 0.85 * plot.width());
+    EXPECT_GE(plot.height(), 0.9 * chart.height() - 6);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, SmallChart,
