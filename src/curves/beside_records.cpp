@@ -9,8 +9,6 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "curves/record_panel.h"
-
 namespace davo {
 
 namespace {
@@ -50,10 +48,6 @@ BesideRecords::BesideRecords(QWidget* controls, QTreeView& list, double listShar
     panel_->OnBack = [this] { ShowAlone(false); };
 }
 
-void BesideRecords::ShowRecords(const std::vector<QString>& files) {
-    panel_->ShowRecords(files);
-}
-
 QSize BesideRecords::sizeHint() const {
     return controls_->sizeHint();
 }
@@ -79,7 +73,8 @@ void BesideRecords::Place() {
     const int least = ControlsWidth(kLeastColumns);
     const QSize panel = panel_->minimumSizeHint();
     const int both = width() - kHandleWidth;
-    const bool room = both >= least + panel.width() && height() >= panel.height();
+    const bool room = window()->width() >= kBothWidth && both >= least + panel.width() &&
+                      height() >= panel.height();
     if (room) alone_ = false;
     cmdRecord_.setVisible(!room);
     panel_->OfferBack(!room);

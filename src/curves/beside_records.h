@@ -2,9 +2,9 @@
 #pragma once
 
 #include <QWidget>
-#include <vector>
 
 #include "common/prompts.h"
+#include "curves/record_panel.h"
 
 class QPushButton;
 class QSplitter;
@@ -12,11 +12,13 @@ class QTreeView;
 
 namespace davo {
 
-class RecordPanel;
+// A narrower window has no room for a chart beside a list.
+inline constexpr int kBothWidth = 1100;
 
 // A window's controls with the record panel at their right; the operator moves the edge between
-// them, or shuts the panel by it. Where there is no room for both, a button of the controls shows
-// the panel in their place: the window needs no more room than without it.
+// them, or shuts the panel by it. Where there is no room for both, or in a window of less than
+// kBothWidth pixels, a button of the controls shows the panel in their place: the window needs no
+// more room than without it.
 class BesideRecords : public QWidget {
   public:
     // list is one of the controls and has listShare (0 to 1) of their width; its first three
@@ -25,8 +27,7 @@ class BesideRecords : public QWidget {
     BesideRecords(QWidget* controls, QTreeView& list, double listShare, QPushButton& cmdRecord,
                   Prompts& prompts, QWidget* parent);
 
-    // RecordPanel::ShowRecords.
-    void ShowRecords(const std::vector<QString>& files);
+    RecordPanel& Panel() { return *panel_; }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -6,11 +6,12 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QStringList>
+#include <QScrollBar>
 #include <QTextDocumentFragment>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <span>
+#include <utility>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -30,17 +31,20 @@ namespace {
 // Many selections at once are shown once; a key that is held down repeats more slowly.
 constexpr int kSoon = 10;
 constexpr std::size_t kMostNormalCurves = 10;
-constexpr double kTitleGrowth = 1.4;
+constexpr double kTitleGrowth = 1.3;
 constexpr double kTextGrowth = 1.1;
 constexpr int kButtonHeight = 40;
 constexpr int kDoubtLines = 4;
 constexpr int kLeastDoubtLines = 2;
 constexpr int kLeastRows = 3;
-constexpr int kChartHeight = 280;
 constexpr int kLeastChartHeight = 250;
+constexpr double kChartPart = 0.62;  // of the panel's height
 // A panel that is as low and as wide as that has its facts beside the chart.
-constexpr int kLowHeight = 600;
+constexpr int kLowHeight = 540;
 constexpr int kWideWidth = 680;
+// One that is as wide as that has the doubts beside the results.
+constexpr int kFactsWidth = 560;
+constexpr double kMostTableShare = 0.6;
 constexpr int kChartShare = 3;
 constexpr int kFactsShare = 2;
 constexpr int kRoom = 6;
@@ -55,6 +59,12 @@ QLabel* MakeLabel(const char* name, QWidget* parent) {
     return label;
 }
 
+// In the legend and at the crosshair: a saved picture tells whose curve it is.
+QString CurveName(const ShownTest& shown) {
+    const QString record = FromPage(shown.test->recordName) + QLatin1Char(' ');
+    return shown.name.contains(record) ? shown.name : record + shown.name;
+}
+
 }  // namespace
 
 RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), prompts_(prompts) {
@@ -67,10 +77,16 @@ RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), p
     column->addLayout(body_, 1);
     chart_ = new CurveChart(this);
     chart_->setObjectName(QStringLiteral("chtCurves"));
-    body_->addWidget(chart_, 1);
-    facts_ = new QVBoxLayout;
+    auto* curves = new QVBoxLayout;
+    curves->addWidget(chart_, 1);
+    lblNoCurve_ = MakeLabel("lblNoCurve", this);
+    curves->addWidget(lblNoCurve_);
+    body_->addLayout(curves, 1);
+    facts_ = new QBoxLayout(QBoxLayout::TopToBottom);
     body_->addLayout(facts_);
     BuildTable(facts_);
+    facts_->setStretch(0, kChartShare);
+    facts_->setStretch(1, kFactsShare);
     lblSaved_ = MakeLabel("lblSaved", this);
     lblSaved_->setTextFormat(Qt::PlainText);
     lblSaved_->hide();
@@ -93,8 +109,23 @@ void RecordPanel::BuildTop(QBoxLayout* column) {
     lblTrouble_->setTextFormat(Qt::PlainText);
     Enlarge(lblTrouble_, kTextGrowth);
     MakeBold(lblTrouble_);
-    for (QLabel* label : {lblRecord_, lblHeader_, lblTrouble_})
-        column->addWidget(label);
+    cmdMore_ = new QPushButton(this);
+    cmdMore_->setObjectName(QStringLiteral("cmdMore"));
+    cmdMore_->setAutoDefault(true);
+    cmdMore_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Expanding);
+    connect(cmdMore_, &QPushButton::clicked, this, [this] {
+        more_ = !more_;
+        Arrange();
+    });
+    auto* row = new QHBoxLayout;
+    auto* lines = new QVBoxLayout;
+    lines->setSpacing(2);
+    lines->addWidget(lblRecord_);
+    lines->addWidget(lblHeader_);
+    row->addLayout(lines, 1);
+    row->addWidget(cmdMore_);
+    column->addLayout(row);
+    column->addWidget(lblTrouble_);
 }
 
 void RecordPanel::BuildTable(QBoxLayout* column) {
@@ -103,8 +134,9 @@ void RecordPanel::BuildTable(QBoxLayout* column) {
     connect(tblTests_, &QTableWidget::currentCellChanged, this,
             [this](int /*row*/, int test, int /*rowBefore*/, int before) {
                 if (test == before) return;
+                chosen_ = static_cast<std::size_t>(std::max(0, test));
                 ShowCurves();
-                ShowDoubts();
+                Arrange();
             });
     txtDoubts_ = new QPlainTextEdit(this);
     txtDoubts_->setObjectName(QStringLiteral("txtDoubts"));
@@ -153,9 +185,22 @@ void RecordPanel::BuildButtons(QBoxLayout* column) {
 // --- Showing ------------------------------------------------------------------------------------
 
 void RecordPanel::ShowRecords(const std::vector<QString>& files) {
-    files_ = files;
+    std::vector<ShownRecord> records;
+    for (const QString& file : files)
+        records.push_back({file, {}, {}});
+    Show(std::move(records));
+}
+
+void RecordPanel::Show(std::vector<ShownRecord> records) {
+    if (records != wanted_) chosen_ = 0;
+    wanted_ = std::move(records);
     ShowSaved({});
     if (isVisible()) soon_.start();
+}
+
+void RecordPanel::ChooseTest(std::size_t test) {
+    chosen_ = test;
+    if (isVisible() && !soon_.isActive() && test < shown_.Tests().size()) tblTests_->Choose(test);
 }
 
 void RecordPanel::showEvent(QShowEvent* event) {
@@ -164,11 +209,11 @@ void RecordPanel::showEvent(QShowEvent* event) {
 }
 
 void RecordPanel::ReadAndShow() {
-    ReadFiles();
+    shown_.Read(std::span(wanted_).first(std::min(wanted_.size(), kMostShownRecords)));
     ShowTop();
-    tblTests_->Fill(tests_);
+    tblTests_->Fill(shown_.Tests(), chosen_);
     ShowCurves();
-    const bool any = !tests_.empty();
+    const bool any = !shown_.Tests().empty();
     tblTests_->setVisible(any);
     Arrange();
     chart_->SetInteractive(any);
@@ -176,72 +221,36 @@ void RecordPanel::ReadAndShow() {
         button->setEnabled(any);
 }
 
-// Reads what is new or has changed, and forgets what is not shown.
-void RecordPanel::ReadFiles() {
-    std::map<QString, Read> before = std::move(read_);
-    read_.clear();
-    records_.clear();
-    tests_.clear();
-    const std::size_t count = std::min(files_.size(), kMostShownRecords);
-    for (std::size_t i = 0; i < count; ++i) {
-        const QString& file = files_.at(i);
-        const QFileInfo info(file);
-        Read& read = read_[file];
-        const auto known = before.find(file);
-        if (known != before.end() && known->second.changed == info.lastModified() &&
-            known->second.size == info.size() && known->second.facts) {
-            read = std::move(known->second);
-        } else {
-            read.changed = info.lastModified();
-            read.size = info.size();
-            try {
-                read.facts = ReadRecordFacts(file);
-            } catch (const RunTimeError& error) {
-                read.trouble = TroubleText(info.completeBaseName(), error);
-            }
-        }
-        if (read.facts) records_.push_back(&*read.facts);
-    }
-    // More columns and curves would keep the window from answering.
-    const std::size_t share = ShareOfTests(records_.size());
-    for (std::size_t i = 0; i < records_.size(); ++i) {
-        const std::vector<RecordTest>& tests = records_.at(i)->tests;
-        for (const RecordTest& test : std::span(tests).first(std::min(share, tests.size()))) {
-            QString name = QStringLiteral("Test ") + FromPage(test.testNumber);
-            if (records_.size() > 1)
-                name.prepend(FromPage(records_.at(i)->name) + QLatin1Char(' '));
-            tests_.push_back({i, &test, name});
-        }
-    }
-}
-
 void RecordPanel::ShowTop() {
     QString title = QStringLiteral("No record is selected.");
-    if (records_.size() == 1) {
-        const RecordFacts& record = *records_.front();
+    if (shown_.Records().size() == 1) {
+        const RecordFacts& record = *shown_.Records().front();
         const RecordFileHeader& header = record.headers.front();
         title = FromPage(record.name + "   " + header.date + " " + header.time);
-    } else if (!files_.empty()) {
-        title = QStringLiteral("%1 records").arg(files_.size());
-        if (files_.size() > kMostShownRecords)
+    } else if (!wanted_.empty()) {
+        title = QStringLiteral("%1 records").arg(wanted_.size());
+        if (wanted_.size() > kMostShownRecords)
             title += QStringLiteral("; the first %1 are shown").arg(kMostShownRecords);
-        if (files_.size() == 1) title = QFileInfo(files_.front()).completeBaseName();
+        if (wanted_.size() == 1) title = QFileInfo(wanted_.front().file).completeBaseName();
     }
+    QStringList labels;
+    for (const ShownRecord& record : wanted_) {
+        if (!record.label.isEmpty()) labels += record.label;
+    }
+    if (!labels.isEmpty()) title = labels.join(QStringLiteral(" over "));
     lblRecord_->setText(title);
-    lblHeader_->setText(records_.size() == 1 ? HeaderText(*records_.front()) : QString());
-    QStringList troubles;
-    for (const auto& [file, read] : read_) {
-        if (!read.trouble.isEmpty()) troubles += read.trouble;
-    }
-    troubles += NotesOn(records_);
-    if (troubles.isEmpty() && tests_.empty() && !records_.empty())
+    const std::vector<const RecordFacts*>& records = shown_.Records();
+    header_ = records.size() == 1 ? HeaderFields(*records.front()) : QStringList();
+    QStringList troubles = shown_.Troubles();
+    troubles += NotesOn(records, ShareOfTests(labels.isEmpty() ? records.size() : 1));
+    if (troubles.isEmpty() && shown_.Tests().empty() && !records.empty())
         troubles += QStringLiteral("There is no test in it.");
     lblTrouble_->setText(troubles.join(QLatin1Char('\n')));
     lblTrouble_->setVisible(!troubles.isEmpty());
 }
 
 std::optional<std::size_t> RecordPanel::Chosen() const {
-    if (tests_.empty()) return std::nullopt;
+    if (shown_.Tests().empty()) return std::nullopt;
     return static_cast<std::size_t>(std::max(0, tblTests_->currentColumn()));
 }
 
@@ -249,92 +258,121 @@ std::optional<std::size_t> RecordPanel::Chosen() const {
 // first.
 void RecordPanel::ShowCurves() {
     const std::optional<std::size_t> chosen = Chosen();
-    const bool few = tests_.size() <= kMostNormalCurves;
+    const std::vector<ShownTest>& tests = shown_.Tests();
+    const bool few = tests.size() <= kMostNormalCurves;
     std::vector<ChartCurve> curves;
-    for (std::size_t i = 0; i < tests_.size(); ++i) {
-        const ShownTest& shown = tests_.at(i);
-        const bool first = i == 0 || tests_.at(i - 1).record != shown.record;
-        const bool ofChosen = tests_.at(*chosen).record == shown.record;
+    QStringList without;
+    for (std::size_t i = 0; i < tests.size(); ++i) {
+        const ShownTest& shown = tests.at(i);
+        const std::vector<CurvePoint>& points = shown.test->points;
+        if (std::none_of(points.begin(), points.end(), CanBeDrawn)) {
+            without += shown.name;
+            continue;
+        }
+        const bool first = i == 0 || tests.at(i - 1).record != shown.record;
+        const bool ofChosen = tests.at(*chosen).record == shown.record;
         const bool normal = few || i == *chosen || (first && !ofChosen);
-        // A saved picture tells whose curve it is.
-        const QString name = FromPage(shown.test->recordName) + QStringLiteral(" Test ") +
-                             FromPage(shown.test->testNumber);
         ChartCurve curve{
-            name, shown.test->points, {}, normal ? CurveLook::Normal : CurveLook::Faint};
+            CurveName(shown), points, {}, normal ? CurveLook::Normal : CurveLook::Faint};
         for (const KneeFact& fact : shown.test->knees) {
-            if (i == *chosen && fact.At()) curve.knees.push_back({fact.rule, *fact.At()});
+            if (i == *chosen && fact.At())
+                curve.knees.push_back({fact.rule, *fact.At(), JudgedText(fact)});
         }
         curves.push_back(std::move(curve));
     }
     chart_->SetCurves(std::move(curves));
+    lblNoCurve_->setText(WithoutCurve(without));
+    lblNoCurve_->setVisible(!without.isEmpty());
 }
 
 void RecordPanel::ShowDoubts() {
-    const std::optional<std::size_t> chosen = Chosen();
     QStringList lines;
-    if (chosen) {
+    if (const std::optional<std::size_t> chosen = Chosen()) {
+        const ShownTest& shown = shown_.Tests().at(*chosen);
         for (const KneeRule rule : kRuleRows) {
-            const QString line = DoubtOf(FactOf(*tests_.at(*chosen).test, rule));
+            const QString line = DoubtOf(FactOf(*shown.test, rule));
             if (!line.isEmpty()) lines += line;
         }
-        if (!lines.isEmpty() && tests_.size() > 1) lines.prepend(tests_.at(*chosen).name);
+        if (!lines.isEmpty() && shown_.Tests().size() > 1) lines.prepend(shown.name);
     }
-    const bool header = lblHeader_->isHidden() && !lblHeader_->text().isEmpty();
-    if (header) lines += QTextDocumentFragment::fromHtml(lblHeader_->text()).toPlainText();
     const QString text = lines.join(QLatin1Char('\n'));
     if (text != txtDoubts_->toPlainText()) txtDoubts_->setPlainText(text);
-    // A chart that jumps from test to test would be hard to compare.
-    const bool any =
-        header || std::any_of(tests_.begin(), tests_.end(), [](const ShownTest& test) {
-            return std::any_of(test.test->knees.begin(), test.test->knees.end(),
-                               [](const KneeFact& fact) { return !DoubtOf(fact).isEmpty(); });
-        });
-    txtDoubts_->setVisible(any);
+    txtDoubts_->setVisible(!text.isEmpty());
 }
 
 // --- Room ---------------------------------------------------------------------------------------
 
 void RecordPanel::Arrange() {
     const bool low = height() < kLowHeight;
-    const bool beside = low && width() >= kWideWidth && !tests_.empty();
+    const bool beside = low && width() >= kWideWidth && !shown_.Tests().empty();
     body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     body_->setStretch(0, kChartShare);
     body_->setStretch(1, beside ? kFactsShare : 0);
+    facts_->setDirection(beside || width() < kFactsWidth ? QBoxLayout::TopToBottom
+                                                         : QBoxLayout::LeftToRight);
+    ShowHeader();
+    ShowDoubts();
     const auto heightOf = [this](const QLabel* label) {
         return label->isHidden() ? 0 : label->heightForWidth(width() - kRoom) + kRoom;
     };
-    int room = height() - heightOf(lblRecord_) - heightOf(lblTrouble_) - heightOf(lblSaved_) -
-               kButtonHeight - kRoom;
-    // The header gives way to a chart that can be read: it stands below the doubts then.
-    const int least = TableHeight(kLeastRows) + DoubtsHeight(kLeastDoubtLines) + 2 * kRoom;
-    lblHeader_->setVisible(!lblHeader_->text().isEmpty());
-    const bool header = beside || room - heightOf(lblHeader_) >= kLeastChartHeight + least;
-    if (!header) lblHeader_->hide();
-    ShowDoubts();
-    room -= heightOf(lblHeader_);
-    // The legend of many curves, two names a line, would take its room from the axes.
-    const auto curves = static_cast<int>(std::min(tests_.size(), kMostNormalCurves));
-    const int legend = std::max(0, curves / 2 - 2) * fontMetrics().lineSpacing();
-    ArrangeFacts(beside ? room : std::max(room - kChartHeight - legend - kRoom, least));
+    const int room = height() - heightOf(lblRecord_) - heightOf(lblHeader_) -
+                     heightOf(lblTrouble_) - heightOf(lblSaved_) - kButtonHeight - kRoom;
+    const auto chart = static_cast<int>(height() * kChartPart) + heightOf(lblNoCurve_);
+    ArrangeFacts(beside ? room : room - chart - kRoom);
 }
 
 // Too much for the height: the doubts give way to the table, then both scroll.
 void RecordPanel::ArrangeFacts(int height) {
-    const int doubts = txtDoubts_->isHidden() ? 0 : DoubtsHeight(kDoubtLines) + kRoom;
-    const int leastDoubts = txtDoubts_->isHidden() ? 0 : DoubtsHeight(kLeastDoubtLines) + kRoom;
-    const int whole = TableHeight(tblTests_->rowCount());
-    const int table = std::clamp(height - leastDoubts, TableHeight(kLeastRows), whole);
+    const bool doubts = !txtDoubts_->isHidden();
+    const bool sideways = facts_->direction() == QBoxLayout::LeftToRight;
+    const int leastDoubts = doubts && !sideways ? DoubtsHeight(kLeastDoubtLines) + kRoom : 0;
+    const int table = std::clamp(height - leastDoubts, TableHeight(kLeastRows),
+                                 TableHeight(tblTests_->rowCount()));
     tblTests_->setFixedHeight(table);
+    tblTests_->setMaximumWidth(doubts && sideways ? TableWidth() : QWIDGETSIZE_MAX);
     const bool beside = body_->direction() == QBoxLayout::LeftToRight;
-    const int left = std::max(height - table, leastDoubts);
-    txtDoubts_->setFixedHeight(std::max(0, (beside ? left : std::min(left, doubts)) - kRoom));
+    const int left = std::max(height - table, leastDoubts) - kRoom;
+    const int most = beside ? left : std::min(left, DoubtsHeight(kDoubtLines));
+    txtDoubts_->setFixedHeight(sideways ? table : std::max(0, most));
+}
+
+// Beside the doubts: no more than its columns need.
+int RecordPanel::TableWidth() const {
+    const int scroll = tblTests_->verticalScrollBar()->sizeHint().width();
+    return std::min(tblTests_->WholeWidth() + scroll,
+                    static_cast<int>((width() - kRoom) * kMostTableShare));
+}
+
+void RecordPanel::ShowHeader() {
+    const QString gap = QStringLiteral("&nbsp; ");
+    QFont bold = lblHeader_->font();
+    bold.setBold(true);
+    const auto fitting = [&, metrics = QFontMetrics(bold)](int room) {
+        qsizetype count = 0;
+        for (; count < header_.size(); ++count) {
+            const auto field = QTextDocumentFragment::fromHtml(header_.at(count) + gap);
+            room -= metrics.horizontalAdvance(field.toPlainText());
+            if (room < 0) break;
+        }
+        return count;
+    };
+    const bool cut = fitting(width() - kRoom) < header_.size();
+    cmdMore_->setVisible(cut);
+    cmdMore_->setText(more_ ? QStringLiteral("&Less") : QStringLiteral("&More"));
+    const qsizetype shown = cut && !more_
+                                ? fitting(width() - 2 * kRoom - cmdMore_->sizeHint().width())
+                                : header_.size();
+    lblHeader_->setText(header_.mid(0, shown).join(gap));
+    lblHeader_->setVisible(!header_.isEmpty());
 }
 
 int RecordPanel::TableHeight(int rows) const {
-    const bool beside = body_->direction() == QBoxLayout::LeftToRight;
-    const int room = width() - kRoom;
-    return tblTests_->HeightOf(rows,
-                               beside ? room * kFactsShare / (kChartShare + kFactsShare) : room);
+    int room = width() - kRoom;
+    if (body_->direction() == QBoxLayout::LeftToRight)
+        room = room * kFactsShare / (kChartShare + kFactsShare);
+    if (facts_->direction() == QBoxLayout::LeftToRight && !txtDoubts_->isHidden())
+        room = TableWidth();
+    return tblTests_->HeightOf(rows, room);
 }
 
 int RecordPanel::DoubtsHeight(int lines) const {
@@ -393,9 +431,9 @@ QSize RecordPanel::minimumSizeHint() const {
 // --- Saving -------------------------------------------------------------------------------------
 
 QString RecordPanel::AskForFile(const QString& ending) {
-    if (saveFolder_.isEmpty()) saveFolder_ = QFileInfo(files_.front()).absolutePath();
+    if (saveFolder_.isEmpty()) saveFolder_ = QFileInfo(wanted_.front().file).absolutePath();
     QString path = prompts_.SaveFile(saveFolder_, QLatin1Char('*') + ending,
-                                     RecordNameOf(files_.front()) + ending);
+                                     RecordNameOf(wanted_.front().file) + ending);
     if (path.isEmpty()) return {};
     if (!path.endsWith(ending, Qt::CaseInsensitive)) path += ending;
     saveFolder_ = QFileInfo(path).absolutePath();
@@ -430,12 +468,15 @@ void RecordPanel::Save(const QString& ending, const Write& write) {
 void RecordPanel::cmdSaveCsv_Click() {
     Save(QStringLiteral(".csv"), [this](const QString& path) {
         std::vector<RecordFacts> records;
-        for (const RecordFacts* record : records_)
+        for (const RecordFacts* record : shown_.Records()) {
             records.push_back(*record);
+            JudgeTests(records.back(), kMostFactTests);
+        }
         ReplaceFile(path, RecordsAsCsv(records));
     });
     if (lblSaved_->text().isEmpty()) return;
-    const QStringList said = QStringList{lblSaved_->text()} + NotWritten(records_, files_.size());
+    const QStringList said =
+        QStringList{lblSaved_->text()} + NotWritten(shown_.Records(), wanted_.size());
     lblSaved_->setText(said.join(QLatin1Char('\n')));
     Arrange();
 }

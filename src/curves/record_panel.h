@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QDateTime>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
-#include <map>
 #include <optional>
 #include <vector>
 
 #include "common/prompts.h"
-#include "curves/record_facts.h"
-#include "curves/results_table.h"
+#include "curves/shown_records.h"
 
 class QBoxLayout;
 class QLabel;
@@ -22,6 +20,7 @@ class QPushButton;
 namespace davo {
 
 class CurveChart;
+class ResultsTable;
 
 // How many records the panel shows over each other.
 inline constexpr std::size_t kMostShownRecords = 10;
@@ -37,6 +36,10 @@ class RecordPanel : public QWidget {
     // it is visible. A file that cannot be read is said in the panel; nothing is thrown. Files are
     // read again only when they have changed.
     void ShowRecords(const std::vector<QString>& files);
+    void Show(std::vector<ShownRecord> records);
+    // Chooses the test of that place among those that are shown, also of records that come a moment
+    // later. The choice stays as long as the same records are shown.
+    void ChooseTest(std::size_t test);
 
     // Whether a button, and Escape, lead back to the list of records.
     void OfferBack(bool on);
@@ -44,8 +47,7 @@ class RecordPanel : public QWidget {
     std::function<void()> OnBack;
 
     QSize sizeHint() const override;
-    // Of the panel in a small window: a low chart, a few rows of results, two lines of doubts, and
-    // the header below them.
+    // Of the panel in a small window: a low chart, a few rows of results, two lines of doubts.
     QSize minimumSizeHint() const override;
 
   protected:
@@ -55,14 +57,6 @@ class RecordPanel : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    // A file as it was read: its facts, or why there are none.
-    struct Read {
-        QDateTime changed;
-        qint64 size = 0;
-        std::optional<RecordFacts> facts;
-        QString trouble;
-    };
-
     void BuildTop(QBoxLayout* column);
     void BuildTable(QBoxLayout* column);
     void BuildButtons(QBoxLayout* column);
@@ -70,13 +64,15 @@ class RecordPanel : public QWidget {
     // Gives the chart, the results and the doubts their room.
     void Arrange();
     void ArrangeFacts(int height);
+    // As many of the header's fields as one line has room for, or all of them.
+    void ShowHeader();
     // The height of the table with so many rows in sight.
     int TableHeight(int rows) const;
+    int TableWidth() const;
     int DoubtsHeight(int lines) const;
     int ButtonsWidth() const;
 
     void ReadAndShow();
-    void ReadFiles();
     void ShowTop();
     void ShowCurves();
     void ShowDoubts();
@@ -94,17 +90,20 @@ class RecordPanel : public QWidget {
     Prompts& prompts_;
     QTimer soon_;
     QBoxLayout* body_ = nullptr;   // chart and facts, below or beside each other
-    QBoxLayout* facts_ = nullptr;  // results and doubts
+    QBoxLayout* facts_ = nullptr;  // results and doubts, the same
     QBoxLayout* buttons_ = nullptr;
-    std::vector<QString> files_;
-    std::map<QString, Read> read_;
-    std::vector<const RecordFacts*> records_;  // of read_, in the order of files_
-    std::vector<ShownTest> tests_;             // columns of the table
+    std::vector<ShownRecord> wanted_;
+    ShownRecords shown_;
+    std::size_t chosen_ = 0;
+    QStringList header_;  // its fields
+    bool more_ = false;   // whether all of them are shown
     QString saveFolder_;
 
     QLabel* lblRecord_ = nullptr;
     QLabel* lblHeader_ = nullptr;
     QLabel* lblTrouble_ = nullptr;
+    QLabel* lblNoCurve_ = nullptr;
+    QPushButton* cmdMore_ = nullptr;
     QLabel* lblSaved_ = nullptr;
     CurveChart* chart_ = nullptr;
     ResultsTable* tblTests_ = nullptr;

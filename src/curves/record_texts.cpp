@@ -23,6 +23,10 @@ QString PrintedText(const KneeFact& fact) {
     return QStringLiteral("%1 V, %2 A").arg(voltage, FromPage(fact.printed.current));
 }
 
+QString JudgedText(const KneeFact& fact) {
+    return PrintedText(fact) + (fact.doubt.empty() ? QString() : QStringLiteral(" (?)"));
+}
+
 QString SmoothText(const KneeFact& fact) {
     if (!fact.smooth) return QStringLiteral("none");
     const auto volts = [](double value) { return FromPage(Picture(value, kVoltagePicture)); };
@@ -51,8 +55,7 @@ std::size_t ShareOfTests(std::size_t count) {
     return kMostFactTests / std::max<std::size_t>(1, count);
 }
 
-QStringList NotesOn(const std::vector<const RecordFacts*>& records) {
-    const std::size_t share = ShareOfTests(records.size());
+QStringList NotesOn(const std::vector<const RecordFacts*>& records, std::size_t share) {
     QStringList notes;
     bool isCut = false;
     for (const RecordFacts* record : records) {
@@ -74,6 +77,16 @@ QStringList NotesOn(const std::vector<const RecordFacts*>& records) {
     if (isCut && records.size() > 1)
         notes += QStringLiteral("Of each record the first %1 tests are shown.").arg(share);
     return notes;
+}
+
+QString WithoutCurve(const QStringList& tests) {
+    constexpr int kMostNamed = 3;
+    if (tests.isEmpty()) return {};
+    const QString named = QStringList(tests.mid(0, kMostNamed)).join(QStringLiteral(", "));
+    if (tests.size() <= kMostNamed) return QStringLiteral("Without a curve: %1.").arg(named);
+    return QStringLiteral("Without a curve: %1 and %2 more.")
+        .arg(named)
+        .arg(tests.size() - kMostNamed);
 }
 
 QStringList NotWritten(const std::vector<const RecordFacts*>& records, std::size_t selected) {
@@ -106,7 +119,7 @@ QString PhaseAndAngle(const RecordTest& test) {
     return QStringLiteral("%1, %2\u00b0").arg(word, FromPage(test.phaseAngle));
 }
 
-QString HeaderText(const RecordFacts& record) {
+QStringList HeaderFields(const RecordFacts& record) {
     constexpr std::array<const char*, 8> kCaptions = {
         "Company", "Station", "Circuit", "MFR", "Model", "Serial&nbsp;#", "Comments", "Operator"};
     QStringList fields;
@@ -119,7 +132,7 @@ QString HeaderText(const RecordFacts& record) {
             fields +=
                 QStringLiteral("%1:&nbsp;<b>%2</b>").arg(QLatin1String(kCaptions.at(i)), text);
     }
-    return fields.join(QStringLiteral("&nbsp; "));
+    return fields;
 }
 
 }  // namespace davo

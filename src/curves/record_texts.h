@@ -21,6 +21,9 @@ const KneeFact& FactOf(const RecordTest& test, KneeRule rule);
 // "29.9 V, 0.090 A"; "0" or "N/A" where there is no kneepoint.
 QString PrintedText(const KneeFact& fact);
 
+// The same with "(?)" behind it where it is doubtful.
+QString JudgedText(const KneeFact& fact);
+
 // "29.9 \u00b1 0.4 V", the kneepoint of a smooth curve; "none" where that has none for certain.
 QString SmoothText(const KneeFact& fact);
 
@@ -33,8 +36,12 @@ QString TroubleText(const QString& name, const RunTimeError& error);
 // How many tests of each of count records are shown.
 std::size_t ShareOfTests(std::size_t count);
 
-// What is to be known of records that are shown: tests that are not, characters that are replaced.
-QStringList NotesOn(const std::vector<const RecordFacts*>& records);
+// What is to be known of records of which share tests each are shown: tests that are not,
+// characters that are replaced.
+QStringList NotesOn(const std::vector<const RecordFacts*>& records, std::size_t share);
+
+// That these tests have no curve; empty without one. Of many the first ones are named.
+QString WithoutCurve(const QStringList& tests);
 
 // What a table of records does not have, of so many that are selected.
 QStringList NotWritten(const std::vector<const RecordFacts*>& records, std::size_t selected);
@@ -46,7 +53,7 @@ QString SavedText(const QString& path);
 // "IN PHASE, 1.5\u00b0".
 QString PhaseAndAngle(const RecordTest& test);
 
-// The header's fields that are not empty, with their captions, as rich text.
-QString HeaderText(const RecordFacts& record);
+// The header's fields that are not empty, with their captions, as rich text; none has a blank.
+QStringList HeaderFields(const RecordFacts& record);
 
 }  // namespace davo

@@ -18,7 +18,7 @@ namespace davo {
 
 namespace {
 
-constexpr int kCellRoom = 6;
+constexpr int kCellRoom = 5;
 constexpr double kResultGrowth = 1.1;
 
 constexpr std::array kResultRows = {"Ratio", "Nameplate", "Error", "Polarity", "Phase"};
@@ -36,10 +36,11 @@ ResultsTable::ResultsTable(QWidget* parent) : QTableWidget(parent) {
     for (QHeaderView* header : {horizontalHeader(), verticalHeader()})
         header->setFont(font());
     QStringList rows;
-    for (const KneeRule rule : kRuleRows)
-        rows << KneeWord(rule) << QStringLiteral("smooth");
     for (const char* row : kResultRows)
         rows += QLatin1String(row);
+    // Those of the chosen test are on the chart, too.
+    for (const KneeRule rule : kRuleRows)
+        rows << KneeWord(rule) << QStringLiteral("smooth");
     setRowCount(static_cast<int>(rows.size()));
     setVerticalHeaderLabels(rows);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -47,7 +48,7 @@ ResultsTable::ResultsTable(QWidget* parent) : QTableWidget(parent) {
     verticalHeader()->setMinimumSectionSize(1);
 }
 
-void ResultsTable::Fill(const std::vector<ShownTest>& tests) {
+void ResultsTable::Fill(const std::vector<ShownTest>& tests, std::size_t chosen) {
     const QSignalBlocker quiet(this);
     clearContents();
     setColumnCount(static_cast<int>(tests.size()));
@@ -66,17 +67,16 @@ void ResultsTable::Fill(const std::vector<ShownTest>& tests) {
             setItem(row++, column, item);
             widest = std::max(widest, metrics.horizontalAdvance(text));
         };
-        for (const KneeRule rule : kRuleRows) {
-            const KneeFact& fact = FactOf(test, rule);
-            const QString doubt = DoubtOf(fact);
-            put(PrintedText(fact) + (fact.doubt.empty() ? QString() : QStringLiteral(" (?)")),
-                doubt);
-            put(SmoothText(fact), doubt);
-        }
         for (const std::string& text :
              {test.measuredRatio, test.nameplateRatio, test.percentError, test.polarity})
             put(FromPage(text), {});
         put(PhaseAndAngle(test), {});
+        for (const KneeRule rule : kRuleRows) {
+            const KneeFact& fact = FactOf(test, rule);
+            const QString doubt = DoubtOf(fact);
+            put(JudgedText(fact), doubt);
+            put(SmoothText(fact), doubt);
+        }
         setHorizontalHeaderItem(column, new QTableWidgetItem(tests.at(i).name));
         widest = std::max(widest, boldMetrics.horizontalAdvance(tests.at(i).name));
     }
@@ -85,13 +85,19 @@ void ResultsTable::Fill(const std::vector<ShownTest>& tests) {
         setColumnWidth(column, widest + 3 * kCellRoom);
     setSelectionMode(tests.size() > 1 ? QAbstractItemView::SingleSelection
                                       : QAbstractItemView::NoSelection);
-    if (!tests.empty()) setCurrentCell(0, 0);
+    if (!tests.empty()) Choose(std::min(chosen, tests.size() - 1));
+}
+
+void ResultsTable::Choose(std::size_t test) {
+    setCurrentCell(std::max(0, currentRow()), static_cast<int>(test));
+}
+
+int ResultsTable::WholeWidth() const {
+    return verticalHeader()->sizeHint().width() + horizontalHeader()->length() + 2 * frameWidth();
 }
 
 int ResultsTable::HeightOf(int rows, int room) const {
-    const int wide =
-        verticalHeader()->sizeHint().width() + horizontalHeader()->length() + 2 * frameWidth();
-    const bool scrolls = wide > room - verticalScrollBar()->sizeHint().width();
+    const bool scrolls = WholeWidth() > room - verticalScrollBar()->sizeHint().width();
     const int bar = scrolls ? horizontalScrollBar()->sizeHint().height() : 0;
     return rows * verticalHeader()->defaultSectionSize() + horizontalHeader()->sizeHint().height() +
            bar + 2 * frameWidth();

@@ -4,24 +4,21 @@
 #include <QTableWidget>
 #include <vector>
 
-#include "curves/record_facts.h"
+#include "curves/shown_records.h"
 
 namespace davo {
 
-// A test that the record panel shows.
-struct ShownTest {
-    std::size_t record = 0;  // among those that are shown
-    const RecordTest* test = nullptr;
-    QString name;
-};
-
-// The kneepoints and results of tests: a row each, a column for every test.
+// The results and kneepoints of tests: a row each, a column for every test.
 class ResultsTable : public QTableWidget {
   public:
     explicit ResultsTable(QWidget* parent);
 
-    // Shows tests and chooses the first one; with several, another column can be chosen.
-    void Fill(const std::vector<ShownTest>& tests);
+    // Shows tests and chooses one of them; with several, another column can be chosen.
+    void Fill(const std::vector<ShownTest>& tests, std::size_t chosen);
+    void Choose(std::size_t test);
+
+    // Its width with all columns in sight.
+    int WholeWidth() const;
 
     // Its height with so many rows in sight, where it is so wide.
     int HeightOf(int rows, int room) const;

@@ -156,7 +156,7 @@ void frmFileUtilOverlay::ShowSelectedRecords() {
     std::vector<QString> paths;
     for (const QString& file : SelectedFiles())
         paths.push_back(around_.settings.dataPath + file);
-    beside_->ShowRecords(paths);
+    beside_->Panel().ShowRecords(paths);
 }
 
 void frmFileUtilOverlay::RunOperation(int index) {
@@ -202,6 +202,18 @@ void frmFileUtilOverlay::ChooseTest(int graph) {
     const auto i = static_cast<std::size_t>(graph);
     chosen_.at(i) = OverlayTestOf(files.front(), entry->text());
     txtTest_.at(i)->setText(OverlayTestText(RecordNameOf(files.front()), entry->text()));
+    ShowGraphs();
+}
+
+// What is chosen so far, in the panel.
+void frmFileUtilOverlay::ShowGraphs() {
+    std::vector<ShownRecord> graphs;
+    for (std::size_t i = 0; i < chosen_.size(); ++i) {
+        if (const auto& test = chosen_.at(i))
+            graphs.push_back({around_.settings.dataPath + test->file,
+                              QStringLiteral("Graph #%1").arg(i + 1), test->number});
+    }
+    beside_->Panel().Show(graphs);
 }
 
 void frmFileUtilOverlay::PlotIt() {

@@ -65,6 +65,7 @@ class frmFileUtilOverlay : public QWidget {
     void RunOperation(int index);
     void FillTests();
     void ChooseTest(int graph);
+    void ShowGraphs();
     void PlotIt();
     void BuildOverlayReport();
 

@@ -300,12 +300,13 @@ void frmSetDescr::ShowSelectedRecord() {
     std::vector<QString> files;
     for (const int row : lvTest_->SelectedRows())
         files.push_back(PathOf(row));
-    beside_->ShowRecords(files);
+    beside_->Panel().ShowRecords(files);
 }
 
 void frmSetDescr::lstTest_Click() {
     const QList<QListWidgetItem*> selected = lstTest_->selectedItems();
     test_ = selected.empty() ? -1 : lstTest_->row(selected.front());
+    if (test_ >= 0) beside_->Panel().ChooseTest(static_cast<std::size_t>(test_));
     ShowTest();
 }
 

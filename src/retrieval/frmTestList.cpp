@@ -439,7 +439,7 @@ void frmTestList::lvTest_SelectionChange() {
     for (const int row : lvTest_->SelectedRows())
         files.push_back(around_.settings.dataPath +
                         records_.at(static_cast<std::size_t>(row)).file);
-    beside_->ShowRecords(files);
+    beside_->Panel().ShowRecords(files);
 }
 
 void frmTestList::ShowTotal(std::size_t count) {

@@ -58,7 +58,7 @@ class PanelInWindow : public PanelTest {
     }
     // The Tab key goes through the panel as the eye does, behind the window's other controls.
     void ExpectPanelInOrder(bool alone) const {
-        std::vector<std::string> wanted = {"plotCurves", "tblTests", "txtDoubts"};
+        std::vector<std::string> wanted = {"cmdMore", "plotCurves", "tblTests", "txtDoubts"};
         if (alone) wanted.emplace_back("cmdBack");
         wanted.insert(wanted.end(), {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"});
         std::vector<std::string> order = TabOrderOf(*window);
@@ -66,7 +66,9 @@ class PanelInWindow : public PanelTest {
             return FindIn<QWidget>(*window, "RecordPanel")
                        ->findChild<QWidget*>(QString::fromStdString(name)) == nullptr;
         });
-        if (!FindIn<QWidget>(*window, "txtDoubts")->isVisible()) std::erase(wanted, "txtDoubts");
+        std::erase_if(wanted, [&](const std::string& name) {
+            return !FindIn<QWidget>(*window, name.c_str())->isVisible();
+        });
         EXPECT_EQ(order, wanted);
         const std::vector<std::string> all = TabOrderOf(*window);
         EXPECT_EQ(std::vector<std::string>(all.end() - static_cast<std::ptrdiff_t>(order.size()),
@@ -192,18 +194,70 @@ TEST_F(PanelInWindow, IsShownInPlaceOfTheListInASmallWindow) {
     }
 }
 
-TEST_F(PanelInWindow, TheHeaderStandsBelowTheDoubtsInALowPanel) {
-    ShowFileUtilities({1000, 525});
-    ASSERT_TRUE(HasPanel());
-    QTest::keyClick(list, Qt::Key_Home);
-    QTest::keyClick(list, Qt::Key_Space);
-    ASSERT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
-    EXPECT_EQ(TextOf(*window, "lblHeader"), "");
-    EXPECT_THAT(Doubts(*window), HasSubstr("Station: Hilltop"));
-    window->resize(kWide);
+// A chart beside a list needs that; a narrower window has the button.
+TEST_F(PanelInWindow, IsBesideTheListFrom1100Pixels) {
+    ShowFileUtilities({1100, 690});
+    EXPECT_TRUE(HasPanel());
+    EXPECT_FALSE(FindIn<QPushButton>(*window, "cmdRecord")->isVisible());
+    window->resize(1099, 690);
     QApplication::processEvents();
-    EXPECT_THAT(TextOf(*window, "lblHeader"), HasSubstr("Hilltop"));
-    EXPECT_THAT(Doubts(*window), Not(HasSubstr("Hilltop")));
+    EXPECT_FALSE(HasPanel());
+    EXPECT_TRUE(FindIn<QPushButton>(*window, "cmdRecord")->isVisible());
+}
+
+TEST_F(PanelInWindow, FollowsTheTestThatIsChosenInTheHeaderEditor) {
+    ShowHeaders(kWide);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                      list->visualItemRect(list->topLevelItem(2)).center());
+    ASSERT_TRUE(Comes(*window, "THREE"));
+    auto* tests = FindIn<QListWidget>(*window, "lstTest");
+    const auto* table = FindIn<QTableWidget>(*window, "tblTests");
+    for (const int test : {2, 0, 1}) {
+        ClickItem(*tests, tests->item(test));
+        EXPECT_EQ(table->currentColumn(), test);
+        EXPECT_THAT(Doubts(*window), StartsWith("Test " + std::to_string(test + 1) + "\n"));
+    }
+    // Also once its record is saved and read again.
+    auto* company = FindIn<QLineEdit>(*window, "txtHeader0");
+    company->setFocus();
+    QTest::keyClick(company, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(company, u"Northern"_s);
+    QTest::mouseClick(FindIn<QPushButton>(*window, "cmdSave"), Qt::LeftButton);
+    EXPECT_TRUE(Until(
+        [this] { return TextOf(*window, "lblHeader").find("Northern") != std::string::npos; }));
+    EXPECT_EQ(table->currentColumn(), 1);
+}
+
+TEST_F(PanelInWindow, ShowsGraphOneOverGraphTwo) {
+    ShowFileUtilities(kWide, FileUtilMode::Overlay);
+    auto* tests = FindIn<QListWidget>(*window, "lstTest");
+    const auto choose = [&](int record, int test, const char* graph) {
+        ClickItem(*list, list->topLevelItem(record));
+        EXPECT_TRUE(Until([&] { return tests->count() > test; }));
+        ClickItem(*tests, tests->item(test));
+        ClickIn(*window, graph);
+    };
+    const auto names = [this] {
+        const auto* table = FindIn<QTableWidget>(*window, "tblTests");
+        std::vector<std::string> columns;
+        for (int i = 0; i < table->columnCount(); ++i)
+            columns.push_back(table->horizontalHeaderItem(i)->text().toStdString());
+        return columns;
+    };
+    choose(2, 1, "cmdOp0");
+    EXPECT_TRUE(Comes(*window, "Graph #1"));
+    EXPECT_THAT(names(), ElementsAre("Graph #1: Test 2"));
+    // The next record is looked at before its test is taken.
+    ClickItem(*list, list->topLevelItem(0));
+    EXPECT_TRUE(Comes(*window, "ONE"));
+    choose(0, 0, "cmdOp1");
+    EXPECT_TRUE(Comes(*window, "Graph #1 over Graph #2"));
+    EXPECT_THAT(names(), ElementsAre("Graph #1: THREE Test 2", "Graph #2: ONE Test 1"));
+    // The same test twice.
+    choose(2, 1, "cmdOp1");
+    EXPECT_TRUE(Until([&] { return names().back() == "Graph #2: THREE Test 2"; }));
+    EXPECT_EQ(names().front(), "Graph #1: THREE Test 2");
+    EXPECT_THAT(CutTextsOf(*window), IsEmpty());
 }
 
 // The columns behind the number of tests may be wide: the panel shows them, too.
@@ -214,7 +268,7 @@ TEST_F(PanelInWindow, StaysBesideAListOfLongTexts) {
         header.replace(from, header.find('\r', from) - from, "WWWWWWWWWWWWWWWWWWWW");
     }
     ReplaceFile(File("LONG"), header + Curve(KneeCurve(), 1));
-    for (const QSize size : {kWide, QSize(1000, 525)}) {
+    for (const QSize size : {kWide, QSize(1100, 525)}) {
         ShowFileUtilities(size);
         ASSERT_TRUE(HasPanel());
         EXPECT_GT(list->horizontalScrollBar()->maximum(), 0);

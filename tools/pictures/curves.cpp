@@ -46,7 +46,9 @@ class CurvePictures : public DataFolder {
     }
 
     void Take() {
-        for (const char* name : {"ONE", "THREE", "STRAIGHT", "FALLING", "SHORT", "SIXTY", "BROKEN"})
+        Add("RATIO", Curve(SmoothCurve(150), 1) + Curve({}, 2));
+        for (const char* name :
+             {"ONE", "THREE", "STRAIGHT", "FALLING", "SHORT", "SIXTY", "RATIO", "BROKEN"})
             GrabPanel(name, {DataFile(QLatin1String(name))});
         GrabPanel("TEN", FilesOfTen(12));
         GrabPanel("NONE", {});
@@ -80,7 +82,7 @@ class CurvePictures : public DataFolder {
         return files;
     }
     static void ShowPanel(RecordPanel& panel, const std::vector<QString>& files) {
-        panel.resize(480, 660);
+        panel.resize(660, 640);
         panel.show();
         panel.ShowRecords(files);
     }
@@ -138,8 +140,23 @@ class CurvePictures : public DataFolder {
         window.show();
         FindIn<QTreeWidget>(window, "lvTest")->topLevelItem(1)->setSelected(true);
         album_.Grab(window, u"window-"_s + QLatin1String(name));
+        if (auto* tests = window.template findChild<QListWidget*>(u"lstTest"_s);
+            tests != nullptr && tests->isVisible()) {
+            QTest::qWait(50);
+            tests->setCurrentRow(0);
+        }
+        for (const char* graph : {"cmdOp0", "cmdOp1"}) {
+            if (name != std::string("overlay")) break;
+            ClickIn(window, graph);
+            album_.Grab(window, u"window-"_s + QLatin1String(graph));
+            auto* list = FindIn<QTreeWidget>(window, "lvTest");
+            list->setCurrentItem(list->findItems(u"THREE"_s, Qt::MatchExactly).front());
+            QTest::qWait(50);
+        }
         window.resize(1000, 560);
         album_.Grab(window, u"window-small-"_s + QLatin1String(name));
+        ClickIn(window, "cmdRecord");
+        album_.Grab(window, u"window-small-record-"_s + QLatin1String(name));
         std::cout << name << ' ' << window.minimumSizeHint().width() << " x "
                   << window.minimumSizeHint().height() << " at least\n";
     }
