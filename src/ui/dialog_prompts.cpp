@@ -169,6 +169,9 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, co
     dialog->setNameFilter(filter);
     dialog->setDirectory(folder);
     dialog->selectFile(name);
+    // What is typed takes the place of the name.
+    for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
+        line->selectAll();
     return Chosen(dialog);
 }
 

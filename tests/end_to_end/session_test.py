@@ -99,6 +99,19 @@ class QuickSessions(Session):
             self.assertEqual([shot.ratio_only for shot in shots], [True, True])
             self.check(rig, "R2.txt", began, [" " * 20] * 8, shots, None)
 
+    def test_a_name_is_proposed_and_what_is_typed_takes_its_place(self):
+        with harness.started("--unpaced", "--quick", "--seed", "22") as (rig, program):
+            harness.open_test_window(program, "mnuRatio")
+            fill_header(program, HEADER, NOTES)
+            harness.ratio_shot(program, first=True, both=False)
+            program.do("click cmdExit", f'answer Yes "{harness.SAVE}"', "wait cdFile")
+            self.assertRegex(program.text("fileNameEdit"), r"^0815-4711 \d\d-\d\d-\d\d$")
+            program.do("key K", "key 1")
+            self.assertEqual(program.text("fileNameEdit"), "k1")
+            program.do("key Return")
+            harness.finish_save(program)
+            self.assertTrue((rig.data / "k1.txt").exists())
+
 
 class PacedSession(Session):
     def test_the_record_file_is_what_went_over_a_paced_line(self):

@@ -15,6 +15,7 @@
 #include <QTimer>
 
 #include "common/files.h"
+#include "tests/support/controls.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
 
@@ -295,7 +296,12 @@ TEST(SaveFilePrompt, ProposesAName) {
 
 TEST(SaveFilePrompt, TypingReplacesTheProposal) {
     const test::TemporaryFolder folder;
+    ReplaceFile(folder.Path("T1.txt"), "old");
+    QWidget above;  // as the program has it
+    ASSERT_TRUE(test::ShowActive(above));
     const auto shown = WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) {
+        QTest::qWait(300);
+        EXPECT_EQ(dialog.findChild<QLineEdit*>(u"fileNameEdit"_s)->selectedText(), u"NORTH"_s);
         QTest::keyClicks(dialog.focusWidget(), u"T3"_s);
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
     });
