@@ -410,7 +410,7 @@ void frmConfig::ListPorts(const std::optional<QString>& chosen) {
         add(missing, QStringLiteral("not among the ports plugged in"));
     }
     const std::int16_t port = ChosenPort();
-    if (!devices_.Assigned(port).isEmpty())
+    if (chosen == QString() || !devices_.Assigned(port).isEmpty())
         add({}, QStringLiteral("Automatic: USB adapter no. %1").arg(port))
             ->setFirstColumnSpanned(true);
     if (lstPorts_->topLevelItemCount() == 0) {

@@ -68,6 +68,18 @@ TEST_F(TestConnection, OfAnotherAdapterGivesThePortInUseBack) {
     EXPECT_FALSE(window->isVisible());
 }
 
+TEST_F(TestConnection, OfTheAutomaticChoiceKeepsItChosen) {
+    Answer("DAVO-E R3.10");
+    devices.assigned[1] = kUsb1;
+    Open();
+    link.OnPortChanged = [this] { window->ShowPort(); };
+    ClickItem(*Ports(), Ports()->topLevelItem(2));
+    Click("cmdTest");
+    link.OnPortChanged = nullptr;
+    EXPECT_THAT(devices.assignments, ElementsAre(Pair(1, QString()), Pair(1, kUsb1)));
+    EXPECT_EQ(Chosen(), QString()) << "to be saved";
+}
+
 TEST_F(TestConnection, OfAPortThatDoesNotOpenSaysWhy) {
     Open();
     ChooseDevice(kUsb1);

@@ -73,10 +73,14 @@ class ShellPictures {
         Grab(builtIn, "config-built-in");
         devices.assigned.clear();
         devices.needsAssignment = false;
+        devices.present = {BuiltInPort("COM1"),
+                           UsbAdapter("COM3", "USB Serial Port", "FTDI", "A50285BI"),
+                           UsbAdapter("COM11", "USB-Serial Controller", "Prolific", "")};
         frmConfig named(settings, line.link, devices, line.prompts, nullptr);
         named.Form_Load();
         Grab(named, "config-com-names");
         devices.needsAssignment = true;
+        devices.present = present;
     }
 
     QAction* AddItem(QMenu* menu, const char* name, const char* caption) {
