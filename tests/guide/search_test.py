@@ -11,12 +11,35 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import urllib.parse
 
 GUIDE = pathlib.Path(os.environ["DAVO_GUIDE"])
 ROOT = pathlib.Path(__file__).parents[2]
 # What made the guide, and for which platform.
 PYTHON = os.environ["DAVO_GUIDE_PYTHON"]
 PLATFORM = os.environ["DAVO_PLATFORM"]
+
+
+# As much of a browser's page as the script of the guide uses.
+PAGE = """
+const items = %s.map(([link, title, text]) => {
+  const parts = {a: {textContent: title}, p: {textContent: text}};
+  return {link, parts, querySelector: name => parts[name]};
+});
+const places = {children: items, replaceChildren(...all) { this.children = all; }};
+const field = {value: ""}, line = {textContent: ""}, main = {classList: {add() {}}};
+globalThis.location = {search: %s};
+globalThis.document = {
+  querySelector: name => ({".places": places, "form.search input": field, main})[name],
+  getElementById: () => line,
+};
+"""
+SAY = """
+console.log(JSON.stringify({
+  links: places.children.map(item => item.link), line: line.textContent, field: field.value,
+  piece: places.children.length ? places.children[0].parts.p.textContent : "",
+}));
+"""
 
 
 class Index(html.parser.HTMLParser):
@@ -71,15 +94,31 @@ class Search(unittest.TestCase):
             self.assertIn('role="search" action="search.html"', text, page.name)
             self.assertIn('<input type="search" name="q"', text, page.name)
 
-    def found(self, query):
-        """The links that the page's own script finds, in its order."""
+    def shown(self, query):
+        """What the page's own script shows of query: links, the line above them, the field, a piece."""
         if not shutil.which("node"):
             self.skipTest("the script of the page needs node to be tried")
         script = re.search(r"<script>(.*?)</script>", (GUIDE / "search.html").read_text("utf-8"), re.S)[1]
-        texts = json.dumps([entry[1:] for entry in self.entries])
-        ask = f"console.log(JSON.stringify(placesWith(wordsOf({json.dumps(query)}), {texts})))"
-        run = subprocess.run(["node", "-e", script + ask], capture_output=True, text=True, check=True)
-        return [self.entries[number][0] for number in json.loads(run.stdout)]
+        address = "?" + urllib.parse.urlencode({"q": query})
+        page = PAGE % (json.dumps(self.entries), json.dumps(address))
+        run = subprocess.run(["node", "-e", page + script + SAY], capture_output=True, text=True, check=True)
+        return json.loads(run.stdout)
+
+    def found(self, query):
+        return self.shown(query)["links"]
+
+    def test_the_page_says_what_it_found(self):
+        shown = self.shown("dialout xyzzy")
+        self.assertEqual((shown["links"], shown["line"]), ([], "0 places have: dialout xyzzy"))
+        shown = self.shown("udev PORTDEVICES")
+        self.assertEqual(shown["field"], "udev PORTDEVICES")
+        self.assertEqual(shown["line"], "1 place has: udev PORTDEVICES")
+        shown = self.shown("dialout")
+        self.assertIn("dialout", shown["piece"])
+        self.assertLess(len(shown["piece"]), 210)
+        shown = self.shown("")
+        self.assertEqual(len(shown["links"]), len(self.entries), "nothing was asked: the whole index")
+        self.assertEqual(shown["line"], "")
 
     def test_words_of_a_title_come_first(self):
         self.assertEqual(self.found("configure SYSTEM")[0], "ports.html#configure")
