@@ -74,7 +74,8 @@ QString WhyNotOpen(const PortDevices& devices, const QString& device,
             .arg(device);
     }
     // The system's own words are behind those of the program.
-    const QString why = QString::fromStdString(openError).section(QStringLiteral(": "), -1);
+    QString why = QString::fromStdString(openError).section(QStringLiteral(": "), -1);
+    if (why.endsWith(QLatin1Char('.'))) why.chop(1);
     return QStringLiteral("%1 does not open: %2. Another program uses it, or you may not open it.")
         .arg(device, why);
 }

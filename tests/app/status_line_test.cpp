@@ -79,6 +79,20 @@ TEST(PortLabels, WithoutAChosenPortSaySo) {
     EXPECT_EQ(DeviceState(glance), QString());
 }
 
+TEST(PortLabels, OfAPortThatDoesNotOpenSayWhyInTheSystemsWords) {
+    FakePortDevices devices;
+    devices.present = {UsbAdapter("COM3", "USB Serial Port", "FTDI", "7")};
+    const std::string error =
+        RunTimeError(ErrorNumber::PortAlreadyOpen, "COM3: Access is denied.").what();
+    EXPECT_EQ(WhyNotOpen(devices, u"COM3"_s, error),
+              u"COM3 does not open: Access is denied. Another program uses it, or you may not open "
+              "it."_s);
+    EXPECT_EQ(WhyNotOpen(devices, u"COM4"_s, error),
+              u"COM4 is not plugged in. Plug it in, or choose another row."_s);
+    EXPECT_EQ(WhyNotOpen(devices, {}, error),
+              u"No adapter is plugged in. Plug in the DAVO's adapter: it is listed at once."_s);
+}
+
 TEST(WaitWords, NameEveryRequest) {
     EXPECT_EQ(WaitText("B"),
               u"Waiting for the DAVO's answer to the question whether "

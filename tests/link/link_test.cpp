@@ -50,10 +50,12 @@ TEST_F(ClosedLinkTest, AFailedOpenIsFalseWithoutAMessage) {
         EXPECT_FALSE(link.OpenComPort(1));
         EXPECT_FALSE(state.portOpen);
         EXPECT_TRUE(state.openFailed);
+        EXPECT_EQ(state.openError, RunTimeError(error).what());
     }
     EXPECT_TRUE(prompts.shown.empty());
     port.failOpen.reset();
     EXPECT_TRUE(link.OpenComPort(1));
+    EXPECT_EQ(state.openError, "");
     EXPECT_FALSE(state.openFailed);
     link.CloseComPort();
     EXPECT_FALSE(state.openFailed) << "closed in good order";
