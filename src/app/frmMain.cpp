@@ -26,6 +26,8 @@
 #include "retrieval/memory_directory.h"
 #include "testing/frmCControl.h"
 #include "testing/session_save.h"
+#include "ui/form_parts.h"
+#include "ui/page_header.h"
 
 namespace davo {
 
@@ -70,6 +72,7 @@ frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForm
 frmMain::~frmMain() {
     services_.link.OnWaitChanged = nullptr;
     services_.link.OnPortChanged = nullptr;
+    area_->disconnect(this);
 }
 
 void frmMain::BuildCentre() {
@@ -84,6 +87,12 @@ void frmMain::BuildCentre() {
     };
     pages_->addWidget(home_);
     pages_->addWidget(area_);
+    OnKey(home_, Qt::Key_F5, [this] {
+        handlers_.RunAlone([this] { ListAgain(); });
+        ShowFacts();
+    });
+    // A box that is open without a page has the start page behind it, not an empty area.
+    connect(area_, &QMdiArea::subWindowActivated, this, [this] { ShowPages(); });
     setCentralWidget(pages_);
 }
 
@@ -325,7 +334,7 @@ void frmMain::ShowTestWindow() {
         testWindow_ = nullptr;
         ChildClosed();
     };
-    ShowArea([&] { ShowMaximizedIn(*area_, *window.release()); });
+    ShowArea([&] { ShowPage(*area_, *window.release()); });
 }
 
 // --- Child windows ------------------------------------------------------------------------------
@@ -364,10 +373,19 @@ void frmMain::ShowArea(const Open& open) {
         --children_;
         throw;
     }
+    ShowPages();
+}
+
+void frmMain::ShowPages() {
+    if (area_->subWindowList().isEmpty()) pages_->setCurrentWidget(home_);
 }
 
 void frmMain::ChildClosed() {
-    if (leaving_) return;
+    if (leaving_) {
+        // One that could not close when the program was told to end: now it can end.
+        QTimer::singleShot(0, this, [this] { close(); });
+        return;
+    }
     if (--children_ > 0) return;
     area_->setMinimumSize(0, 0);
     pages_->setCurrentWidget(home_);

@@ -82,9 +82,10 @@ class frmMain : public QMainWindow {
     void ShowMemoryDirectory();
     // Opens the window of item, or says that there is none.
     void ShowChild(const OpenChild& open, const QAction& item);
-    // Runs open with the area in front; the start page is back when the last child has closed.
+    // Runs open with the area in front; the start page is back when the last page has closed.
     template <class Open>
     void ShowArea(const Open& open);
+    void ShowPages();
     void ChildClosed();
     // Shows the facts anew, and lists a data folder that has gone, or is back, with its stick.
     void LookAround();

@@ -144,7 +144,6 @@ QWidget* HomePanel::BuildRecords(QWidget* lastButton) {
     lvNewest_ = Named(new RecordList(RecordColumns::UpToStation, frame), "lvNewest");
     lvNewest_->setAccessibleName(heading->text());
     lvNewest_->setSelectionMode(QAbstractItemView::NoSelection);
-    Enlarge(lvNewest_);
     // The cards of many sessions leave room for some of them.
     lvNewest_->setMinimumHeight(kLeastRows * lvNewest_->fontMetrics().lineSpacing());
     recordPages_->addWidget(lvNewest_);

@@ -3,7 +3,6 @@
 
 #include <QMainWindow>
 #include <QMdiArea>
-#include <QMdiSubWindow>
 #include <QStatusBar>
 #include <utility>
 
@@ -15,6 +14,8 @@
 #include "retrieval/frmHeaderOptn.h"
 #include "retrieval/frmTestList.h"
 #include "testing/frmCControl.h"
+#include "ui/centre_form.h"
+#include "ui/page_header.h"
 
 namespace davo {
 
@@ -26,7 +27,21 @@ template <class Window>
 void ShowIn(QMdiArea& area, std::unique_ptr<Window> window, const std::function<void()>& closed) {
     window->Form_Load();
     window->OnUnload = closed;
-    ShowMaximizedIn(area, *window.release());
+    ShowPage(area, *window.release());
+}
+
+// The copy window is a small task: a box of its own size over the main window.
+void ShowOver(QWidget& main, std::unique_ptr<frmCopyFile> window,
+              const std::function<void()>& closed) {
+    constexpr QSize kRoomForPaths(640, 280);
+    window->setParent(&main, Qt::Dialog);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->setWindowModality(Qt::WindowModal);
+    window->Form_Load();
+    window->OnUnload = closed;
+    window->resize(window->sizeHint().expandedTo(kRoomForPaths));
+    CentreForm(*window, &main);
+    window.release()->show();
 }
 
 // The chooser and the header window that it opens; closed is called when the last one has closed.
@@ -98,8 +113,9 @@ OpenChild FileUtilities(ProgramState& state, const ProgramServices& services) {
                                        services.reports});
         window->OnCopy = [&state, &area, services, openWindows,
                           unloaded](const std::vector<QString>& files) {
-            ShowIn(area, std::make_unique<frmCopyFile>(files, state.settings, services.prompts),
-                   unloaded);
+            ShowOver(*area.window(),
+                     std::make_unique<frmCopyFile>(files, state.settings, services.prompts),
+                     unloaded);
             ++*openWindows;
         };
         ShowIn(area, std::move(window), unloaded);
@@ -107,14 +123,6 @@ OpenChild FileUtilities(ProgramState& state, const ProgramServices& services) {
 }
 
 }  // namespace
-
-void ShowMaximizedIn(QMdiArea& area, QWidget& form) {
-    QMdiSubWindow* frame = area.addSubWindow(&form);
-    frame->setAttribute(Qt::WA_DeleteOnClose);
-    frame->showMaximized();
-    // No button of it may be pushed out of a main window that is made small.
-    area.setMinimumSize(form.minimumSizeHint());
-}
 
 std::unique_ptr<frmCControl> LoadTestWindow(ProgramState& state, const ProgramServices& services) {
     auto window = std::make_unique<frmCControl>(

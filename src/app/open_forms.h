@@ -6,9 +6,6 @@
 #include "app/child_forms.h"
 #include "app/program_state.h"
 
-class QMdiArea;
-class QWidget;
-
 namespace davo {
 
 class frmCControl;
@@ -19,8 +16,5 @@ ChildForms OpenForms(ProgramState& state, const ProgramServices& services);
 // The test window, loaded, with the header window and the reports that it offers. Throws what its
 // Form_Load throws.
 std::unique_ptr<frmCControl> LoadTestWindow(ProgramState& state, const ProgramServices& services);
-
-// form is deleted when it closes.
-void ShowMaximizedIn(QMdiArea& area, QWidget& form);
 
 }  // namespace davo

@@ -14,6 +14,7 @@ namespace davo {
 namespace {
 
 constexpr int kHandleWidth = 10;
+constexpr int kLowWindow = 600;
 constexpr int kListRoom = 24;
 // Filename, date and number of tests; the panel shows the rest, too.
 constexpr int kLeastColumns = 3;
@@ -76,7 +77,9 @@ void BesideRecords::Place() {
     const bool room = window()->width() >= kBothWidth && both >= least + panel.width() &&
                       height() >= panel.height();
     if (room) alone_ = false;
-    cmdRecord_.setVisible(!room);
+    cmdRecord_.setVisible(!room && !alone_);
+    // On a low screen the panel needs the room of the buttons, too.
+    cmdRecord_.parentWidget()->setVisible(!alone_ || window()->height() >= kLowWindow);
     panel_->OfferBack(!room);
     controls_->setVisible(room || !alone_);
     panel_->setVisible(room || alone_);

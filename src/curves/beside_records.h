@@ -17,13 +17,13 @@ inline constexpr int kBothWidth = 1100;
 
 // A window's controls with the record panel at their right; the operator moves the edge between
 // them, or shuts the panel by it. Where there is no room for both, or in a window of less than
-// kBothWidth pixels, a button of the controls shows the panel in their place: the window needs no
-// more room than without it.
+// kBothWidth pixels, a button shows the panel in their place: the window needs no more room than
+// without it.
 class BesideRecords : public QWidget {
   public:
     // list is one of the controls and has listShare (0 to 1) of their width; its first three
-    // columns stay whole. cmdRecord is one of the controls, too, and is seen only where there is no
-    // room for both. prompts must outlive it.
+    // columns stay whole. cmdRecord, one of the window's row of buttons, is seen only where there
+    // is no room for both. prompts must outlive it.
     BesideRecords(QWidget* controls, QTreeView& list, double listShare, QPushButton& cmdRecord,
                   Prompts& prompts, QWidget* parent);
 

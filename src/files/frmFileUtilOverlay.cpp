@@ -2,10 +2,10 @@
 #include "files/frmFileUtilOverlay.h"
 
 #include <QCloseEvent>
+#include <QFrame>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -13,6 +13,7 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "common/files.h"
@@ -23,6 +24,7 @@
 #include "ui/big_button.h"
 #include "ui/close_form.h"
 #include "ui/form_parts.h"
+#include "ui/page_header.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -38,6 +40,9 @@ enum Operation { Rename = 0, Copy = 1, Delete = 2 };
 constexpr std::array kOperations = {"Rename", "Copy", "Delete"};
 constexpr std::array kOperationCaptions = {"&Rename", "&Copy", "&Delete"};
 constexpr std::array kOverlayCaptions = {"Graph #&1", "Graph #&2", "&Plot-It"};
+// From left to right. What destroys is far from the way out.
+constexpr std::array<std::size_t, 3> kOperationOrder = {Delete, Rename, Copy};
+constexpr std::array<std::size_t, 3> kOverlayOrder = {0, 1, 2};
 
 }  // namespace
 
@@ -45,6 +50,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     : mode_(mode), around_(around), handlers_(around.prompts) {
     setObjectName(QStringLiteral("frmFileUtilOverlay"));
     setWindowTitle(IsOverlay() ? QLatin1String(kOverlayCaption) : QLatin1String("File Utilities"));
+    PageHeader* page = BuildButtons();
     auto* controls = new QWidget(this);
     auto* column = WithMargin(new QVBoxLayout(controls), 0);
     column->setSpacing(kFormSpacing);
@@ -54,22 +60,21 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     lvTest_->setAccessibleName(windowTitle());
     lvTest_->setSelectionMode(IsOverlay() ? QAbstractItemView::SingleSelection
                                           : QAbstractItemView::ExtendedSelection);
-    Enlarge(lvTest_);
+    lvTest_->SortByHeadings();
     lists->addWidget(lvTest_, kListShare);
     lstTest_ = Named(new QListWidget(this), "lstTest");
     lstTest_->setAccessibleName(QStringLiteral("Tests of the chosen file"));
     lstTest_->setVisible(IsOverlay());
-    Enlarge(lstTest_);
+    MakeRows(lstTest_);
     lists->addWidget(lstTest_, kTestShare);
     column->addLayout(lists, 1);
     column->addWidget(BuildOverlay());
     lblMessage_ = MakeLabel(this, "lblMessage");
     lblMessage_->hide();
     column->addWidget(lblMessage_);
-    column->addLayout(BuildButtons());
     const double listShare = IsOverlay() ? 1.0 * kListShare / (kListShare + kTestShare) : 1;
     beside_ = new BesideRecords(controls, *lvTest_, listShare, *cmdRecord_, around_.prompts, this);
-    (new QVBoxLayout(this))->addWidget(beside_);
+    page->Body()->addWidget(beside_);
     Connect();
 }
 
@@ -92,23 +97,17 @@ QGroupBox* frmFileUtilOverlay::BuildOverlay() {
     return frame;
 }
 
-QHBoxLayout* frmFileUtilOverlay::BuildButtons() {
-    auto* row = new QHBoxLayout;
-    frmeOp_ = Named(new QGroupBox(this), "frmeOp");
-    auto* inner = new QHBoxLayout(frmeOp_);
-    inner->setSpacing(kFormSpacing);
-    const auto& captions = IsOverlay() ? kOverlayCaptions : kOperationCaptions;
-    for (std::size_t i = 0; i < cmdOp_.size(); ++i) {
-        auto* button = new BigButton(frmeOp_, QStringLiteral("cmdOp%1").arg(i), captions.at(i));
-        inner->addWidget(button);
-        cmdOp_.at(i) = button;
-    }
-    row->addWidget(frmeOp_, kListShare, Qt::AlignBottom);
-    cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
-    row->addWidget(cmdExit_, kTestShare, Qt::AlignVCenter);
+PageHeader* frmFileUtilOverlay::BuildButtons() {
     cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
-    row->addWidget(cmdRecord_, kTestShare, Qt::AlignVCenter);
-    return row;
+    frmeOp_ = Named(new QFrame(this), "frmeOp");
+    auto* inner = WithMargin(new QHBoxLayout(frmeOp_), 0);
+    const auto& captions = IsOverlay() ? kOverlayCaptions : kOperationCaptions;
+    for (const std::size_t i : IsOverlay() ? kOverlayOrder : kOperationOrder) {
+        cmdOp_.at(i) = new BigButton(frmeOp_, QStringLiteral("cmdOp%1").arg(i), captions.at(i));
+        inner->addWidget(cmdOp_.at(i));
+    }
+    cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
+    return new PageHeader(this, {cmdRecord_, frmeOp_, cmdExit_});
 }
 
 void frmFileUtilOverlay::Connect() {
@@ -118,19 +117,44 @@ void frmFileUtilOverlay::Connect() {
     }
     connect(cmdExit_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
     connect(lvTest_, &QTreeWidget::itemSelectionChanged, this, [this] { ShowSelectedRecords(); });
+    OnKey(this, Qt::Key_F5, [this] { handlers_.RunAlone([this] { ListAgain(); }); });
+    OnKey(this, Qt::Key_Escape, [this] {
+        if (plotting_) {
+            around_.reports->Cancel();
+        } else {
+            CloseForm(*this);
+        }
+    });
     if (!IsOverlay()) return;
     connect(lvTest_, &QTreeWidget::itemSelectionChanged, this,
             [this] { handlers_.RunAlone([&] { FillTests(); }); });
 }
 
 void frmFileUtilOverlay::Form_Load() {
+    ShowFiles();
+    if (IsOverlay() && around_.reports != nullptr) around_.reports->PrepareSoon(*this);
+    lvTest_->setFocus();
+}
+
+void frmFileUtilOverlay::ShowFiles() {
     const DirectoryTables& tables = around_.directory;
     files_.clear();
     for (std::size_t i = 0; std::cmp_less(i, tables.recordCount); ++i)
         files_.push_back(RecordFileOf(tables, i));
     lvTest_->Fill(RowsForList(tables, tables.recordCount));
-    if (IsOverlay() && around_.reports != nullptr) around_.reports->PrepareSoon(*this);
-    lvTest_->setFocus();
+}
+
+// What is selected stays so, as far as it is still there.
+void frmFileUtilOverlay::ListAgain() {
+    const std::vector<QString> selected = SelectedFiles();
+    const QString& dataPath = around_.settings.dataPath;
+    const RebuildResult& listing = ListFolder(dataPath, around_.directory);
+    ShowFiles();
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+        if (std::find(selected.begin(), selected.end(), files_[i]) != selected.end())
+            lvTest_->ItemOf(static_cast<int>(i))->setSelected(true);
+    }
+    if (!listing.unread.isEmpty()) around_.prompts.Message(UnreadText(listing, dataPath));
 }
 
 void frmFileUtilOverlay::cmdOp_Click(int index) {
@@ -256,14 +280,6 @@ void frmFileUtilOverlay::BuildOverlayReport() {
 }
 
 // --- Leaving ------------------------------------------------------------------------------------
-
-void frmFileUtilOverlay::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape && plotting_) {
-        around_.reports->Cancel();
-        return;
-    }
-    QWidget::keyPressEvent(event);
-}
 
 void frmFileUtilOverlay::closeEvent(QCloseEvent* event) {
     if (handlers_.Running()) {

@@ -13,8 +13,8 @@
 #include "reports/report_runner.h"
 #include "ui/event_handlers.h"
 
+class QFrame;
 class QGroupBox;
-class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -23,6 +23,7 @@ class QPushButton;
 namespace davo {
 
 class BesideRecords;
+class PageHeader;
 class RecordList;
 
 // What the window is for; the values are those of fileUtilMode.
@@ -51,14 +52,15 @@ class frmFileUtilOverlay : public QWidget {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     bool IsOverlay() const { return mode_ == FileUtilMode::Overlay; }
     QGroupBox* BuildOverlay();
-    QHBoxLayout* BuildButtons();
+    PageHeader* BuildButtons();
     void Connect();
 
+    void ShowFiles();
+    void ListAgain();
     void cmdOp_Click(int index);
     std::vector<QString> SelectedFiles() const;
     void ShowSelectedRecords();
@@ -81,7 +83,7 @@ class frmFileUtilOverlay : public QWidget {
     RecordList* lvTest_ = nullptr;
     QListWidget* lstTest_ = nullptr;
     std::array<QLineEdit*, 2> txtTest_{};
-    QGroupBox* frmeOp_ = nullptr;
+    QFrame* frmeOp_ = nullptr;
     std::array<QPushButton*, 3> cmdOp_{};
     QLabel* lblMessage_ = nullptr;
     QPushButton* cmdExit_ = nullptr;

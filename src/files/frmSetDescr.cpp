@@ -9,7 +9,9 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -22,6 +24,7 @@
 #include "ui/form_parts.h"
 #include "ui/frmNotepad.h"
 #include "ui/length_counter.h"
+#include "ui/page_header.h"
 #include "ui/page_input.h"
 #include "ui/record_list.h"
 
@@ -32,7 +35,6 @@ namespace {
 // A glove meets them.
 constexpr int kBoxHeight = 32;
 constexpr int kListHeight = 80;
-constexpr int kRowRoom = 8;
 constexpr int kBoxLetters = 24;
 
 constexpr const char* kChangedMeanwhile =
@@ -45,6 +47,8 @@ constexpr const char* kKeyInText =
     "What belongs there would be lost. Do you want to save '%1' all the same?";
 constexpr const char* kNotSaved =
     "The changes to the file '%1' are not saved. Do you want to leave without them?";
+
+constexpr const char* kEscapeKeeps = "Not saved yet. Press Save, or Exit, which saves, too.";
 
 constexpr const char* kTestGone =
     "The file '%1' has no test %2 any more. What was typed for it is not saved.";
@@ -76,20 +80,24 @@ QString CutText(const QStringList& captions) {
 
 }  // namespace
 
-frmSetDescr::frmSetDescr(const DirectoryTables& directory, const QString& dataPath,
-                         Prompts& prompts)
+frmSetDescr::frmSetDescr(DirectoryTables& directory, const QString& dataPath, Prompts& prompts)
     : directory_(directory), dataPath_(dataPath), prompts_(prompts), handlers_(prompts) {
     setObjectName(QStringLiteral("frmSetDescr"));
     setWindowTitle(QStringLiteral("TEST Directory"));
+    cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
+    cmdNotes_ = new BigButton(this, "cmdNotes", "&Notepad");
+    cmdSave_ = new BigButton(this, "cmdSave", "&Save");
+    cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
+    auto* page = new PageHeader(this, {cmdRecord_, cmdNotes_, cmdSave_, cmdExit_});
     auto* controls = new QWidget(this);
     auto* column = WithMargin(new QVBoxLayout(controls), 0);
     column->addWidget(BuildLists(), 1);
     column->addWidget(BuildFrame());
-    column->addWidget(BuildButtons());
     beside_ = new BesideRecords(controls, *lvTest_, 0.5, *cmdRecord_, prompts_, this);
-    (new QVBoxLayout(this))->addWidget(beside_);
+    page->Body()->addWidget(beside_);
     Connect();
     ShowStates();
+    lvTest_->setFocus();
 }
 
 frmSetDescr::~frmSetDescr() {
@@ -112,6 +120,7 @@ QWidget* frmSetDescr::BuildLists() {
     auto* row = WithMargin(new QHBoxLayout(lists), 0);
     lvTest_ = Named(new RecordList(RecordColumns::UpToTests, lists), "lvTest");
     lvTest_->setSelectionMode(QAbstractItemView::SingleSelection);
+    lvTest_->SortByHeadings();
     row->addWidget(lvTest_, 1);
 
     auto* tests = new QVBoxLayout;
@@ -128,7 +137,7 @@ QWidget* frmSetDescr::BuildLists() {
     Named(lblTest, "lblTest")->setWordWrap(true);
     lstTest_ = Named(new QListWidget(lists), "lstTest");
     lstTest_->setAccessibleName(QStringLiteral("Tests"));
-    lstTest_->setAlternatingRowColors(true);
+    MakeRows(lstTest_);
     tests->addWidget(lblFilename_);
     tests->addWidget(lblTest);
     tests->addWidget(lstTest_, 1);
@@ -189,21 +198,6 @@ QGroupBox* frmSetDescr::BuildFrame() {
     return frame;
 }
 
-QWidget* frmSetDescr::BuildButtons() {
-    auto* buttons = new QWidget(this);
-    auto* row = WithMargin(new QHBoxLayout(buttons), 0);
-    const auto add = [&](const char* name, const char* caption) {
-        auto* button = new BigButton(buttons, name, caption);
-        row->addWidget(button);
-        return button;
-    };
-    cmdNotes_ = add("cmdNotes", "&Notepad");
-    cmdSave_ = add("cmdSave", "&Save");
-    cmdExit_ = add("cmdExit", "&Exit");
-    cmdRecord_ = add("cmdRecord", "S&how Record");
-    return buttons;
-}
-
 void frmSetDescr::Connect() {
     // Once the click is over: a question may come.
     connect(
@@ -231,6 +225,8 @@ void frmSetDescr::Connect() {
     connect(cmdSave_, &QPushButton::clicked, this,
             [this] { handlers_.RunAlone([this] { WriteBack(); }); });
     connect(cmdExit_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
+    OnKey(this, Qt::Key_F5, [this] { handlers_.RunAlone([this] { ListAgain(); }); });
+    OnKey(this, Qt::Key_Escape, [this] { handlers_.RunAlone([this] { EscapePressed(); }); });
 }
 
 // --- Events -------------------------------------------------------------------------------------
@@ -243,6 +239,34 @@ void frmSetDescr::Form_Load() {
     lvTest_->Fill(rows_);
 }
 
+void frmSetDescr::ListAgain() {
+    if (!MayLeaveFile()) return;
+    const QString file = file_ ? files_.at(static_cast<std::size_t>(file_->row)) : QString();
+    const int test = test_;
+    file_.reset();
+    const RebuildResult& listing = ListFolder(dataPath_, directory_);
+    Form_Load();
+    const auto at = std::find(files_.begin(), files_.end(), file);
+    if (at == files_.end()) {
+        ShowFile();
+    } else {
+        const auto row = static_cast<int>(at - files_.begin());
+        Choose(row);
+        lvTest_->setCurrentItem(lvTest_->ItemOf(row));
+        lstTest_->setCurrentRow(test);
+    }
+    if (!listing.unread.isEmpty()) prompts_.Message(UnreadText(listing, dataPath_));
+}
+
+// The exit button writes changes back; the key that is pressed to get rid of them must not.
+void frmSetDescr::EscapePressed() {
+    if (file_ && file_->changed) {
+        lblState_->setText(QLatin1String(kEscapeKeeps));
+    } else {
+        QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+    }
+}
+
 void frmSetDescr::lvTest_Click() {
     const std::vector<int> selected = lvTest_->SelectedRows();
     const int before = file_ ? file_->row : -1;
@@ -250,7 +274,7 @@ void frmSetDescr::lvTest_Click() {
     lblState_->clear();
     if (selected.empty() || !MayLeaveFile()) {
         // The row shown as chosen is that of the file in hand.
-        if (file_) lvTest_->setCurrentItem(lvTest_->topLevelItem(before));
+        if (file_) lvTest_->setCurrentItem(lvTest_->ItemOf(before));
         return;
     }
     Choose(selected.front());
@@ -286,10 +310,8 @@ void frmSetDescr::ShowFile() {
     {
         const QSignalBlocker quiet(lstTest_);
         lstTest_->clear();
-        for (std::size_t i = 0; i < headers.recNumbers.size(); ++i) {
-            auto* item = new QListWidgetItem(TestCaption(i), lstTest_);
-            item->setSizeHint(QSize(0, lstTest_->fontMetrics().height() + 2 * kRowRoom));
-        }
+        for (std::size_t i = 0; i < headers.recNumbers.size(); ++i)
+            lstTest_->addItem(TestCaption(i));
         lstTest_->setCurrentRow(-1);
     }
     test_ = -1;

@@ -32,7 +32,7 @@ class RecordList;
 class frmSetDescr : public QWidget {
   public:
     // directory is loaded already; dataPath ends with the separator. All must outlive the window.
-    frmSetDescr(const DirectoryTables& directory, const QString& dataPath, Prompts& prompts);
+    frmSetDescr(DirectoryTables& directory, const QString& dataPath, Prompts& prompts);
     // Writes changes back that are unsaved still: the program ends.
     ~frmSetDescr() override;
 
@@ -58,11 +58,13 @@ class frmSetDescr : public QWidget {
 
     QWidget* BuildLists();
     QGroupBox* BuildFrame();
-    QWidget* BuildButtons();
     QLineEdit* AddBox(QGridLayout* grid, int row, int column, const char* caption,
                       const QString& name);
     void Connect();
 
+    // Reads the folder again; the file in hand stays so, as it is by then.
+    void ListAgain();
+    void EscapePressed();
     void lvTest_Click();
     void lstTest_Click();
     void TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts);
@@ -94,7 +96,7 @@ class frmSetDescr : public QWidget {
     // Writes unsaved changes back; says why when that fails. False when the file stays in hand.
     bool MayLeaveFile();
 
-    const DirectoryTables& directory_;
+    DirectoryTables& directory_;
     const QString& dataPath_;
     Prompts& prompts_;
     EventHandlers handlers_;

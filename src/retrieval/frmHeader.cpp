@@ -173,8 +173,8 @@ void frmHeader::BuildButtons(QVBoxLayout* column) {
         row->addWidget(button);
         return button;
     };
-    cmdSave_ = add("cmdSave", kSaveCaptions.at(static_cast<std::size_t>(mode_)));
     QPushButton* cmdNotes = add("cmdNotes", "&Notepad");
+    cmdSave_ = add("cmdSave", kSaveCaptions.at(static_cast<std::size_t>(mode_)));
     cmdExit_ = add("cmdExit", "&Exit");
     cmdNotes->setVisible(mode_ == HeaderMode::Session);
     cmdSave_->setDefault(mode_ != HeaderMode::Davo);
@@ -303,6 +303,11 @@ void frmHeader::cmdNotes_Click() {
 }
 
 void frmHeader::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && edited_ && !handlers_.Running()) {
+        Say(QLatin1String(kNotYet.at(static_cast<std::size_t>(mode_))) +
+            QStringLiteral(" Exit leaves without it."));
+        return;
+    }
     const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (!enter || mode_ != HeaderMode::Davo) {
         QDialog::keyPressEvent(event);

@@ -30,6 +30,7 @@
 #include "ui/centre_form.h"
 #include "ui/close_form.h"
 #include "ui/form_parts.h"
+#include "ui/page_header.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -38,7 +39,6 @@ namespace {
 
 constexpr double kStatusGrowth = 1.5;
 constexpr int kOptionRoom = 24;
-constexpr int kListMargin = 12;
 constexpr int kLeastListRows = 4;
 
 // The option buttons in their order on the window, and what they stand for.
@@ -74,17 +74,21 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     : QWidget(parent), mode_(mode), around_(std::move(around)), handlers_(around_.prompts) {
     setObjectName(QStringLiteral("frmTestList"));
     setWindowTitle(QStringLiteral("DAVO Memory Content"));
+    cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
+    cmdSave_ = new BigButton(this, "cmdSave", "&Save");
+    cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
+    auto* page = new PageHeader(this, {cmdRecord_, cmdSave_, cmdExit_});
     auto* controls = new QWidget(this);
     auto* column = WithMargin(new QVBoxLayout(controls), 0);
     BuildTop(column);
     BuildList(column);
     BuildBottom(column);
-    auto* whole = WithMargin(new QVBoxLayout(this), kListMargin);
     if (mode_ == ListMode::Folder) {
         beside_ = new BesideRecords(controls, *lvTest_, 1, *cmdRecord_, around_.prompts, this);
-        whole->addWidget(beside_);
+        page->Body()->addWidget(beside_);
     } else {
-        whole->addWidget(controls);
+        cmdRecord_->hide();
+        page->Body()->addWidget(controls);
     }
     Connect();
 }
@@ -143,7 +147,6 @@ void frmTestList::BuildList(QBoxLayout* column) {
     lvTest_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     lvTest_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     lvTest_->setTabKeyNavigation(false);
-    Enlarge(lvTest_);
     lvTest_->setMinimumHeight(lvTest_->fontMetrics().height() * 2 * kLeastListRows);
     column->addWidget(lvTest_, 1);
 }
@@ -165,17 +168,6 @@ void frmTestList::BuildBottom(QBoxLayout* column) {
     if (mode_ == ListMode::Instrument) KeepRoomWhenHidden(pbarProgress_);
     pbarProgress_->hide();
     column->addWidget(pbarProgress_);
-
-    auto* buttons = new QHBoxLayout;
-    cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
-    cmdSave_ = new BigButton(this, "cmdSave", "&Save");
-    buttons->addWidget(cmdExit_);
-    buttons->addWidget(cmdSave_);
-    if (mode_ == ListMode::Folder) {
-        cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
-        buttons->addWidget(cmdRecord_);
-    }
-    column->addLayout(buttons);
 }
 
 void frmTestList::Connect() {
@@ -196,10 +188,8 @@ void frmTestList::Connect() {
         enter->setAutoRepeat(false);
         connect(enter, &QShortcut::activated, cmdSave_, &QPushButton::click);
     }
-    auto* escape =
-        new QShortcut(Qt::Key_Escape, this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-    escape->setAutoRepeat(false);
-    connect(escape, &QShortcut::activated, this, [this] { cmdExit_Click(); });
+    OnKey(this, Qt::Key_Escape, [this] { cmdExit_Click(); });
+    OnKey(this, Qt::Key_F5, [this] { cmdRefresh_->click(); });
 }
 
 // --- Load and the list --------------------------------------------------------------------------
@@ -223,12 +213,7 @@ void frmTestList::Form_Load() {
         cmdSave_->setShortcut(Qt::ALT | Qt::Key_V);
     }
     DisplayAndSort();
-}
-
-void frmTestList::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
-    // The frame in the main window's area gives the focus to the first control when it is shown.
-    QTimer::singleShot(0, lvTest_, [this] { lvTest_->setFocus(); });
+    lvTest_->setFocus();
 }
 
 void frmTestList::SetOptionButtons() {

@@ -59,7 +59,6 @@ class frmTestList : public QWidget {
     std::function<void(const QString& excelPath)> OnExcelFolderMade;
 
   protected:
-    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
   private:
@@ -102,7 +101,7 @@ class frmTestList : public QWidget {
     bool closeWanted_ = false;
 
     BesideRecords* beside_ = nullptr;   // in folder mode
-    QPushButton* cmdRecord_ = nullptr;  // in folder mode
+    QPushButton* cmdRecord_ = nullptr;  // shown in folder mode
     QWidget* frameDisplaySort_ = nullptr;
     std::array<QRadioButton*, 3> optDisplay_{};
     std::array<QRadioButton*, 2> optSort_{};

@@ -12,9 +12,11 @@
 #include <QVBoxLayout>
 
 #include "common/text.h"
+#include "testing/captions.h"
 #include "ui/big_button.h"
 #include "ui/fit_label.h"
 #include "ui/form_parts.h"
+#include "ui/page_header.h"
 #include "ui/page_input.h"
 #include "ui/reading_size.h"
 
@@ -100,21 +102,13 @@ void MakeReading(QLineEdit* box) {
 
 ShotControls::ShotControls(QWidget* window) {
     DarkenDisabledText(window);
-    auto* column = Tight(new QVBoxLayout(window));
+    auto* column = Tight(BuildButtons(window)->Body());
     column->addLayout(BuildTopRow(window));
     BuildMessage(window);
     promptRow_ = new QHBoxLayout;
     promptRow_->addWidget(frmeMessage, 1);
     column->addLayout(promptRow_, 1);
     column->addLayout(BuildResults(window));
-    BuildButtons(window);
-    column->addWidget(Frame1);
-    QWidget* before = txtHVolt;
-    for (QWidget* next : std::initializer_list<QWidget*>{txtXVolt, cmdStart, cmdContinue, cmdCancel,
-                                                         cmdHeader, cmdExit}) {
-        QWidget::setTabOrder(before, next);
-        before = next;
-    }
 }
 
 QHBoxLayout* ShotControls::BuildTopRow(QWidget* window) {
@@ -122,9 +116,14 @@ QHBoxLayout* ShotControls::BuildTopRow(QWidget* window) {
     EnlargeTo(lblTest, kHeadingCapitals);
     lblTest->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     KeepRoomWhenHidden(lblTest);
+    Frame1 = Named(new QGroupBox(QStringLiteral("Hit the ESC key to Abort Test && Exit"), window),
+                   "Frame1");
+    // It frames nothing: a line of text, like the time.
+    Frame1->setFixedSize(Frame1->fontMetrics().size(Qt::TextShowMnemonic, Frame1->title()));
     lblTime = Caption(window, "lblTime", "");
     auto* row = new QHBoxLayout;
     row->addWidget(lblTest, 1);
+    row->addWidget(Frame1);
     row->addWidget(lblTime);
     return row;
 }
@@ -133,7 +132,7 @@ void ShotControls::BuildMessage(QWidget* window) {
     frmeMessage = Named(new QGroupBox(QStringLiteral("MESSAGE"), window), "frmeMessage");
     lblMessage = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblMessage");
     lblConfirm = Named(new FitLabel(kConfirmCapitals, 1.0, frmeMessage), "lblConfirm");
-    lblConfirm->SetCallToAct(true);
+    lblConfirm->SetCallToAct([this] { cmdContinue->click(); });
     lblDamage = Named(new FitLabel(kDamageCapitals, kDamageGrowth, frmeMessage), "lblDamage");
     lblDamage->SetAlert(true);
     lblNotice = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblNotice");
@@ -235,20 +234,16 @@ void ShotControls::BuildCounters(QWidget* window) {
         lblRatioCount->fontMetrics().horizontalAdvance(QStringLiteral("Ratio - 100 ")));
 }
 
-void ShotControls::BuildButtons(QWidget* window) {
-    Frame1 = Named(new QGroupBox(QStringLiteral("Hit the ESC key to Abort Test && Exit"), window),
-                   "Frame1");
-    auto* row = Tight(new QHBoxLayout(Frame1));
-    const auto add = [this, row](const char* name) {
-        auto* button = new BigButton(Frame1, name);
-        row->addWidget(button, 1);
-        return button;
-    };
-    cmdStart = add("cmdStart");
-    cmdContinue = add("cmdContinue");
-    cmdCancel = add("cmdCancel");
-    cmdHeader = add("cmdHeader");
-    cmdExit = add("cmdExit");
+PageHeader* ShotControls::BuildButtons(QWidget* window) {
+    cmdCancel = new BigButton(window, "cmdCancel");
+    // Between the two that matter in a shot; disabled then, it keeps a hand from the wrong one.
+    cmdHeader = new BigButton(window, "cmdHeader");
+    // The longest of its captions: the buttons keep their places in a shot.
+    cmdContinue = new BigButton(window, "cmdContinue", kCaptionContinueTest);
+    cmdContinue->setMinimumWidth(cmdContinue->sizeHint().width());
+    cmdStart = new BigButton(window, "cmdStart");
+    cmdExit = new BigButton(window, "cmdExit");
+    return new PageHeader(window, {cmdCancel, cmdHeader, cmdContinue, cmdStart, cmdExit});
 }
 
 void ShotControls::Paint(const ShotScreen* painted, const ShotScreen& screen) {

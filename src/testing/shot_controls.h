@@ -16,9 +16,10 @@ class QWidget;
 namespace davo {
 
 class FitLabel;
+class PageHeader;
 
-// The test window's controls by their own names, laid out in window: what is under way, the
-// prompt, the readings, the buttons.
+// The test window's controls by their own names, laid out in window: the buttons, what is under
+// way, the prompt, the readings.
 struct ShotControls {
     explicit ShotControls(QWidget* window);
 
@@ -77,7 +78,7 @@ struct ShotControls {
     void BuildData(QWidget* window);
     void BuildInputs(QWidget* window);
     void BuildCounters(QWidget* window);
-    void BuildButtons(QWidget* window);
+    PageHeader* BuildButtons(QWidget* window);
 };
 
 }  // namespace davo

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/fit_label.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPolygon>
+#include <utility>
 
 #include "ui/form_parts.h"
 #include "ui/reading_size.h"
@@ -34,9 +36,19 @@ void FitLabel::SetAlert(bool alert) {
     update();
 }
 
-void FitLabel::SetCallToAct(bool call) {
-    call_ = call;
+void FitLabel::SetCallToAct(std::function<void()> act) {
+    call_ = std::move(act);
+    setCursor(Qt::PointingHandCursor);
     update();
+}
+
+// Pressed here and released here, as a button is.
+void FitLabel::mousePressEvent(QMouseEvent* event) {
+    event->setAccepted(call_ && event->button() == Qt::LeftButton);
+}
+
+void FitLabel::mouseReleaseEvent(QMouseEvent* event) {
+    if (call_ && event->button() == Qt::LeftButton && rect().contains(event->pos())) call_();
 }
 
 int FitLabel::LeastPixelSize() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLabel>
+#include <functional>
 
 namespace davo {
 
@@ -15,8 +16,8 @@ class FitLabel : public QLabel {
 
     // A frame and a hazard ground, for what must not be overlooked.
     void SetAlert(bool alert);
-    // An arrow in front of the text, on the ground of what is to be done now.
-    void SetCallToAct(bool call);
+    // An arrow in front of the text, on the ground of what is to be done now: a click does it.
+    void SetCallToAct(std::function<void()> act);
 
     // The pixel size that the text is written in now.
     int FittedPixelSize() const;
@@ -29,6 +30,8 @@ class FitLabel : public QLabel {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 
   private:
     QRect TextRect() const;
@@ -37,7 +40,7 @@ class FitLabel : public QLabel {
     double leastCapitals_;
     double growth_;
     bool alert_ = false;
-    bool call_ = false;
+    std::function<void()> call_;
 };
 
 }  // namespace davo

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/form_parts.h"
 
+#include <QShortcut>
+
 namespace davo {
 
 void Enlarge(QWidget* widget, double growth) {
@@ -26,6 +28,12 @@ QLabel* MakeParagraph(QWidget* parent, QAnyStringView name, const QString& text,
     QLabel* label = MakeLabel(parent, name, text, growth);
     label->setWordWrap(true);
     return label;
+}
+
+void OnKey(QWidget* window, const QKeySequence& key, const std::function<void()>& act) {
+    auto* shortcut = new QShortcut(key, window, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+    shortcut->setAutoRepeat(false);
+    QObject::connect(shortcut, &QShortcut::activated, window, act);
 }
 
 void KeepRoomWhenHidden(QWidget* widget) {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QKeySequence>
 #include <QLabel>
 #include <QString>
 #include <QWidget>
+#include <functional>
 
 namespace davo {
 
@@ -33,6 +35,9 @@ QLabel* MakeLabel(QWidget* parent, QAnyStringView name, const QString& text = {}
 // The same, wrapped.
 QLabel* MakeParagraph(QWidget* parent, QAnyStringView name, const QString& text = {},
                       double growth = kFormTextGrowth);
+
+// Calls act for key wherever in window the focus is; once for a key that is held down.
+void OnKey(QWidget* window, const QKeySequence& key, const std::function<void()>& act);
 
 // A hidden widget keeps its room, so that what is around it keeps its place.
 void KeepRoomWhenHidden(QWidget* widget);

@@ -1,18 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/record_list.h"
 
+#include <QFocusEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QStyledItemDelegate>
 #include <algorithm>
 
 #include "common/text.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
 namespace {
 
+constexpr int kRowHeight = 32;
 constexpr int kRowRoom = 8;
 constexpr int kColumnRoom = 24;
+constexpr int kRowRole = Qt::UserRole;  // the index of a row as it was filled in
+constexpr int kDateColumn = 1;
 
 // Rows and columns with room between them.
 class RoomyDelegate : public QStyledItemDelegate {
@@ -20,7 +26,57 @@ class RoomyDelegate : public QStyledItemDelegate {
     using QStyledItemDelegate::QStyledItemDelegate;
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        return QStyledItemDelegate::sizeHint(option, index) + QSize(kColumnRoom, kRowRoom);
+        const QSize text = QStyledItemDelegate::sizeHint(option, index);
+        return {text.width() + kColumnRoom, std::max(text.height() + kRowRoom, kRowHeight)};
+    }
+};
+
+// A list that is entered has a current row, but none is selected: the key that moves down would
+// leave the first one out.
+class FirstRow : public QObject {
+  public:
+    explicit FirstRow(QAbstractItemView* list) : QObject(list), list_(list) {
+        list->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const bool enters =
+            Enters(*event) && list_->selectionMode() != QAbstractItemView::NoSelection &&
+            !list_->selectionModel()->hasSelection() && list_->model()->rowCount() > 0;
+        if (enters) list_->setCurrentIndex(list_->model()->index(0, 0));
+        const bool done = enters && event->type() == QEvent::KeyPress;
+        return done || QObject::eventFilter(watched, event);
+    }
+
+  private:
+    static bool Enters(const QEvent& event) {
+        if (event.type() == QEvent::FocusIn) {
+            const auto reason = static_cast<const QFocusEvent&>(event).reason();
+            return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+        }
+        if (event.type() != QEvent::KeyPress) return false;
+        const int key = static_cast<const QKeyEvent&>(event).key();
+        return key == Qt::Key_Down || key == Qt::Key_Up || key == Qt::Key_Home;
+    }
+
+    QAbstractItemView* list_;
+};
+
+class RecordRow : public QTreeWidgetItem {
+  public:
+    using QTreeWidgetItem::QTreeWidgetItem;
+
+    bool operator<(const QTreeWidgetItem& other) const override {
+        const int column = treeWidget()->sortColumn();
+        return SortKey(text(column), column) < SortKey(other.text(column), column);
+    }
+
+  private:
+    static QString SortKey(const QString& text, int column) {
+        if (column != kDateColumn) return text.toLower();
+        // What is no date comes first.
+        const auto date = ParseRecordDate(text.toStdString());
+        return date ? date->toString(Qt::ISODate) : QString();
     }
 };
 
@@ -38,15 +94,28 @@ QString Shown(std::string_view field) {
 
 }  // namespace
 
+void MakeRows(QAbstractItemView* list) {
+    list->setItemDelegate(new RoomyDelegate(list));
+    list->setAlternatingRowColors(true);
+    Enlarge(list);
+    new FirstRow(list);
+}
+
 RecordList::RecordList(RecordColumns columns, QWidget* parent) : QTreeWidget(parent) {
     setHeaderLabels(Headings(columns));
-    setItemDelegate(new RoomyDelegate(this));
+    MakeRows(this);
     setRootIsDecorated(false);
     setUniformRowHeights(true);
-    setAlternatingRowColors(true);
     setAllColumnsShowFocus(true);
     header()->setStretchLastSection(true);
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+}
+
+void RecordList::SortByHeadings() {
+    // By none of them, until one is clicked.
+    header()->setSortIndicator(-1, Qt::AscendingOrder);
+    header()->setSectionsClickable(true);
+    setSortingEnabled(true);
 }
 
 void RecordList::Fill(const std::vector<ListRow>& rows) {
@@ -54,19 +123,31 @@ void RecordList::Fill(const std::vector<ListRow>& rows) {
     QList<QTreeWidgetItem*> items;
     for (const ListRow& row : rows) {
         // Cells beyond the columns of this list are kept and not shown.
-        items.append(new QTreeWidgetItem({Shown(row.filename), Shown(row.date), Shown(row.tests),
-                                          Shown(row.station), Shown(row.circuit), Shown(row.mfr),
-                                          Shown(row.model)}));
+        items.append(new RecordRow({Shown(row.filename), Shown(row.date), Shown(row.tests),
+                                    Shown(row.station), Shown(row.circuit), Shown(row.mfr),
+                                    Shown(row.model)}));
+        items.back()->setData(0, kRowRole, items.size() - 1);
     }
+    // A list that is sorted by no heading would put each row before the others.
+    const bool sorts = isSortingEnabled();
+    setSortingEnabled(false);
     addTopLevelItems(items);
+    setSortingEnabled(sorts);
 }
 
 std::vector<int> RecordList::SelectedRows() const {
     std::vector<int> rows;
     for (const QModelIndex& index : selectionModel()->selectedRows())
-        rows.push_back(index.row());
+        rows.push_back(index.data(kRowRole).toInt());
     std::sort(rows.begin(), rows.end());
     return rows;
+}
+
+QTreeWidgetItem* RecordList::ItemOf(int row) const {
+    for (int i = 0; i < topLevelItemCount(); ++i) {
+        if (topLevelItem(i)->data(0, kRowRole).toInt() == row) return topLevelItem(i);
+    }
+    return nullptr;
 }
 
 }  // namespace davo

@@ -11,16 +11,24 @@ namespace davo {
 // The columns of a record list, in their order.
 enum class RecordColumns { UpToTests = 3, UpToStation = 4, All = 7 };
 
-// A list of test records, one row each, in the order given and large enough for gloves.
+// Gives list the rows and letters of every list: large enough for gloves. The first key that enters
+// it selects its first row.
+void MakeRows(QAbstractItemView* list);
+
+// A list of test records, one row each, in the order given.
 class RecordList : public QTreeWidget {
   public:
     RecordList(RecordColumns columns, QWidget* parent);
 
+    // A click on a heading sorts by it. Not where the window has options for the order.
+    void SortByHeadings();
+
     // Shows rows and selects none. The columns take the width of their contents.
     void Fill(const std::vector<ListRow>& rows);
 
-    // The indices of the selected rows, from 0 and upwards.
+    // The indices of the selected rows among those filled in, from 0 and upwards.
     std::vector<int> SelectedRows() const;
+    QTreeWidgetItem* ItemOf(int row) const;
 };
 
 }  // namespace davo

@@ -17,7 +17,12 @@ struct Child {
         return [this](QMdiArea& area, std::function<void()> closed) {
             if (fails) throw RunTimeError(ErrorNumber::FileNotFound, "child");
             ++opened;
-            close = std::move(closed);
+            auto* page = area.addSubWindow(new QWidget);
+            page->show();
+            close = [page, closed = std::move(closed)] {
+                delete page;
+                closed();
+            };
             areaWasShown = area.isVisible();
             if (onOpen) onOpen();
         };

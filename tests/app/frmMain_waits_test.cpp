@@ -176,8 +176,13 @@ TEST_F(WaitingMainWindow, APortThatATestHasClosedIsNoFaultUntilItIsUnplugged) {
 
 TEST_F(WaitingMainWindow, TheStartPageComesBackWithTheLastWindowOnly) {
     std::vector<std::function<void()>> close;
-    const auto child = [&](QMdiArea&, std::function<void()> closed) {
-        close.push_back(std::move(closed));
+    const auto child = [&](QMdiArea& area, std::function<void()> closed) {
+        auto* page = area.addSubWindow(new QWidget);
+        page->show();
+        close.push_back([page, closed = std::move(closed)] {
+            delete page;
+            closed();
+        });
     };
     ChildForms children;
     children.testList = child;

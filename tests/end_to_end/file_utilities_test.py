@@ -66,7 +66,7 @@ class FileUtilities(unittest.TestCase):
         self.open()
         self.program.do("key Ctrl+A", "click cmdOp1", "wait frmCopyFile")
         self.program.do("waitGone frmFileUtilOverlay", f'type txtPath "{target}"')
-        self.program.do("grab copy frmMain", "click cmdOK")
+        self.program.do("grab copy frmCopyFile", "click cmdOK")
         self.program.do(
             'answer No "The file B2already  exists.  Do you want to replace the existing file? "',
             f'answer Ok "2 of 3 copied to {target}/"',

@@ -2,6 +2,8 @@
 // File utilities and the overlay of two tests, by their real controls.
 #include "files/frmFileUtilOverlay.h"
 
+#include <QFrame>
+#include <QHeaderView>
 #include <QTimer>
 
 #include "tests/files/file_window.h"
@@ -36,7 +38,7 @@ TEST_F(FileUtilWindow, HasItsCaptions) {
     EXPECT_EQ(Text("cmdOp0"), "&Rename");
     EXPECT_EQ(Text("cmdOp1"), "&Copy");
     EXPECT_EQ(Text("cmdOp2"), "&Delete");
-    EXPECT_TRUE(Find<QGroupBox>("frmeOp")->isVisible());
+    EXPECT_TRUE(Find<QFrame>("frmeOp")->isVisible());
     EXPECT_FALSE(Find<QGroupBox>("frmeOverlay")->isVisible());
     EXPECT_THAT(CutTextsOf(*window), IsEmpty());
     EXPECT_EQ(List()->topLevelItemCount(), 3);
@@ -50,6 +52,47 @@ TEST_F(FileUtilWindow, SaysWhenNothingIsChosen) {
                 ElementsAre("Please choose File(s) to Rename.", "Please choose File(s) to Copy.",
                             "Please choose File(s) to Delete."));
     EXPECT_EQ(unloaded, 0);
+}
+
+TEST_F(FileUtilWindow, EscapeLeaves) {
+    OpenThree();
+    QTest::keyClick(List(), Qt::Key_Escape);
+    EXPECT_TRUE(Unloaded());
+    EXPECT_THAT(Shown(), IsEmpty());
+}
+
+TEST_F(FileUtilWindow, F5ListsWhatIsThereNowAndKeepsTheSelection) {
+    OpenThree();
+    Select("two");
+    AddRecord(u"four"_s);
+    DeleteFile(DataFile(u"one"_s));
+    QTest::keyClick(List(), Qt::Key_F5);
+    EXPECT_THAT(Column(0), UnorderedElementsAre("two", "three", "four"));
+    ASSERT_THAT(List()->selectedItems(), SizeIs(1));
+    EXPECT_EQ(List()->selectedItems().front()->text(0), u"two"_s);
+    EXPECT_EQ(directory.recordCount, 3);
+    QDir(settings.dataPath).removeRecursively();
+    QTest::keyClick(List(), Qt::Key_F5);
+    EXPECT_THAT(Column(0), IsEmpty());
+    EXPECT_THAT(Shown(), ElementsAre(StartsWith("The folder ")));
+}
+
+TEST_F(FileUtilWindow, AClickOnAHeadingSortsAndTheRowsStayTheirFiles) {
+    OpenThree();
+    QHeaderView* header = List()->header();
+    const auto click = [&] {
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                          QPoint(header->sectionPosition(0) + 5, header->height() / 2));
+    };
+    click();
+    EXPECT_THAT(Column(0), ElementsAre("one", "three", "two"));
+    click();
+    EXPECT_THAT(Column(0), ElementsAre("two", "three", "one"));
+    ClickRow(0);
+    prompts.answers = {Answer::Yes};
+    Click("cmdOp2");
+    EXPECT_THAT(Shown(), ElementsAre("Delete file: two\r\n"));
+    EXPECT_FALSE(FileExists(DataFile(u"two"_s)));
 }
 
 TEST_F(FileUtilWindow, RenamesAndNamesTheRecordInIt) {

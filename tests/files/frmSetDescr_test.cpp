@@ -628,9 +628,9 @@ TEST_F(SetDescrWindow, TheKeysReachEverythingInTheOrderOfTheEye) {
     OpenAt("T1", 0);
     EXPECT_THAT(
         TabOrderOf(*window),
-        ElementsAre("lvTest", "lstTest", "txtTestDescr", "txtTestNotes", "txtHeader0", "txtHeader1",
-                    "txtHeader2", "txtHeader3", "txtHeader4", "txtHeader5", "txtHeader6",
-                    "txtHeader7", "cmdNotes", "cmdSave", "cmdExit", "cmdRecord"));
+        ElementsAre("cmdRecord", "cmdNotes", "cmdSave", "cmdExit", "lvTest", "lstTest",
+                    "txtTestDescr", "txtTestNotes", "txtHeader0", "txtHeader1", "txtHeader2",
+                    "txtHeader3", "txtHeader4", "txtHeader5", "txtHeader6", "txtHeader7"));
     EXPECT_THAT(MnemonicsOf(*window), UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E", "Alt+H"));
 }
 
@@ -638,19 +638,80 @@ TEST_F(SetDescrWindow, EverythingIsChosenByTheKeyboard) {
     Open();
     auto* lvTest = List();
     auto* lstTest = Find<QListWidget>("lstTest");
-    lvTest->setFocus(Qt::TabFocusReason);
-    QTest::keyClick(lvTest, Qt::Key_Return);
+    Find<QWidget>("cmdExit")->setFocus();
+    QTest::keyClick(Find<QWidget>("cmdExit"), Qt::Key_Tab);
+    EXPECT_TRUE(lvTest->hasFocus());
     QApplication::processEvents();
     EXPECT_THAT(Text("lblFilename"), StartsWith("T1 **"));
     QTest::keyClick(lvTest, Qt::Key_Tab);
     EXPECT_TRUE(lstTest->hasFocus());
-    EXPECT_EQ(Text("txtTestNumData"), "");
-    QTest::keyClick(lstTest, Qt::Key_Return);
     EXPECT_EQ(Text("txtTestNumData"), "1");
     QTest::keyClick(lstTest, Qt::Key_Down);
     EXPECT_EQ(Text("txtTestNumData"), "2");
     lvTest->setFocus(Qt::TabFocusReason);
     QTest::keyClick(lvTest, Qt::Key_Down);
+    QApplication::processEvents();
+    EXPECT_THAT(Text("lblFilename"), StartsWith("T2 **"));
+}
+
+TEST_F(SetDescrWindow, EscapeLeavesWhatHasNotChanged) {
+    OpenAt("T1", 0);
+    const std::string before = Bytes("T1");
+    QTest::keyClick(Box("txtHeader0"), Qt::Key_Escape);
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_EQ(unloads, 1);
+    EXPECT_EQ(Bytes("T1"), before);
+}
+
+TEST_F(SetDescrWindow, EscapeNeitherDropsNorSavesWhatWasTyped) {
+    OpenAt("T1", 0);
+    const std::string before = Bytes("T1");
+    Type("txtHeader0", "typed");
+    QTest::keyClick(Box("txtHeader0"), Qt::Key_Escape);
+    QTest::qWait(20);
+    ASSERT_FALSE(window.isNull());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(Box("txtHeader0")->text(), u"typed"_s);
+    EXPECT_EQ(Bytes("T1"), before);
+    EXPECT_EQ(Text("lblState"), "Not saved yet. Press Save, or Exit, which saves, too.");
+    Click("cmdSave");
+    QTest::keyClick(Box("txtHeader0"), Qt::Key_Escape);
+    EXPECT_TRUE(WaitClosed());
+    EXPECT_EQ(Headers("T1").header[0], "typed");
+}
+
+TEST_F(SetDescrWindow, F5ReadsTheFolderAgainAndKeepsTheFileInHand) {
+    OpenAt("T1", 1);
+    Type("txtHeader0", "typed");
+    Put("T0", HeaderOfT1("East", "1") + ShotText(1));
+    QTest::keyClick(Box("txtHeader0"), Qt::Key_F5);
+    QTest::qWait(20);
+    EXPECT_THAT(Column(0), UnorderedElementsAre("T0", "T1", "T2"));
+    EXPECT_THAT(Text("lblFilename"), StartsWith("T1 **"));
+    EXPECT_EQ(Text("txtTestNumData"), "2");
+    EXPECT_EQ(Box("txtHeader0")->text(), u"typed"_s);
+    EXPECT_EQ(Headers("T1").header[0], "typed") << "as when another record is chosen";
+    ASSERT_THAT(List()->selectedItems(), SizeIs(1));
+    EXPECT_EQ(List()->selectedItems().front()->text(0), u"T1"_s);
+    DeleteFile(PathOf("T1"));
+    QTest::keyClick(Box("txtHeader0"), Qt::Key_F5);
+    QTest::qWait(20);
+    EXPECT_EQ(Text("lblFilename"), "");
+    EXPECT_FALSE(Enabled("cmdSave"));
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(SetDescrWindow, AHeadingSortsAndTheFileInHandStays) {
+    OpenAt("T1");
+    QHeaderView* header = List()->header();
+    for (int click = 0; click < 2; ++click) {
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                          QPoint(header->sectionPosition(0) + 5, header->height() / 2));
+    }
+    ASSERT_THAT(Column(0), ElementsAre("T2", "T1"));
+    QApplication::processEvents();
+    EXPECT_THAT(Text("lblFilename"), StartsWith("T1 **"));
+    ClickRow(0);
     QApplication::processEvents();
     EXPECT_THAT(Text("lblFilename"), StartsWith("T2 **"));
 }

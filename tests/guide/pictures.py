@@ -95,7 +95,7 @@ def records(program, rig):
     program.do("menu mnuFileUtil", "wait frmFileUtilOverlay", "click lvTest", "key End", "key Home",
                "key Shift+Down", "sleep 1000", "grab file-utilities frmMain", "click cmdOp1",
                "wait frmCopyFile", "waitGone frmFileUtilOverlay", f'type txtPath "{target}"',
-               "grab copy frmMain", "click cmdOK", "answer Ok",
+               "grab copy frmCopyFile", "click cmdOK", "answer Ok",
                "waitGone frmCopyFile")
 
 

@@ -53,6 +53,26 @@ TEST_F(HeaderWindow, ShowsTheCurrentHeaderTrimmed) {
     EXPECT_EQ(Text("cmdExit"), "&Exit");
 }
 
+TEST_F(HeaderWindow, EscapeDoesNotDropWhatWasTyped) {
+    Open();
+    Type(0, "ACME");
+    QTest::keyClick(Box(0), Qt::Key_Escape);
+    ASSERT_TRUE(window->isVisible());
+    EXPECT_EQ(Text("lblUsed"), "Not used yet. Press Use Header. Exit leaves without it.");
+    EXPECT_TRUE(Until([this] { return CutTextsOf(*window).empty(); }));
+    Click("cmdSave");
+    QTest::keyClick(Box(0), Qt::Key_Escape);
+    EXPECT_TRUE(Until([this] { return window.isNull(); }));
+    EXPECT_EQ(header.Field(0), "ACME                ");
+}
+
+TEST_F(HeaderWindow, TheMainButtonIsBesideTheWayOut) {
+    Open();
+    const auto left = [this](const char* name) { return Find<QWidget>(name)->x(); };
+    EXPECT_LT(left("cmdNotes"), left("cmdSave"));
+    EXPECT_LT(left("cmdSave"), left("cmdExit"));
+}
+
 TEST_F(HeaderWindow, UseHeaderTakesTheBoxes) {
     header.Field(2) = "OLD                 ";
     Open();

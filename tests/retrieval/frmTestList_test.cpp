@@ -2,6 +2,7 @@
 // The test list over the data folder, by its real controls.
 #include "retrieval/frmTestList.h"
 
+#include <QHeaderView>
 #include <QTimer>
 #include <algorithm>
 #include <optional>
@@ -422,6 +423,25 @@ TEST_F(FolderList, RefreshFindsWhatHasChangedAndSaysWhatIsDamaged) {
               "Not listed: cut.txt has fewer than twelve lines, and 1 more damaged file.");
 }
 
+TEST_F(FolderList, F5Refreshes) {
+    ShowThree();
+    Add("delta", "04/01/24", "West");
+    QTest::keyClick(List(), Qt::Key_F5);
+    EXPECT_THAT(Column(0), ElementsAre("delta", "gamma", "beta", "Alpha"));
+    DeleteFile(DataFile(u"delta"_s));
+    QTest::keyClick(Find<QWidget>("cmdSave"), Qt::Key_F5);
+    EXPECT_THAT(Column(0), ElementsAre("gamma", "beta", "Alpha"));
+}
+
+// The options choose the order.
+TEST_F(FolderList, HeadingsDoNotSort) {
+    ShowThree();
+    QHeaderView* header = List()->header();
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                      QPoint(header->sectionPosition(0) + 5, header->height() / 2));
+    EXPECT_THAT(Column(0), ElementsAre("gamma", "beta", "Alpha"));
+}
+
 TEST_F(FolderList, ControlCharactersAreToldAndShownAsQuestionMarks) {
     Add("beta", "02/01/24", "No\x01rth\x1b");
     ShowFolder();
@@ -493,7 +513,7 @@ TEST_F(FolderList, TabFollowsTheEye) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         order.push_back(QApplication::focusWidget()->objectName().toStdString());
     }
-    EXPECT_THAT(order, ElementsAre("cmdExit", "cmdSave", "optDisplay1", "optSort1", "cmdRefresh",
+    EXPECT_THAT(order, ElementsAre("cmdSave", "cmdExit", "optDisplay1", "optSort1", "cmdRefresh",
                                    "cmdDir"));
 }
 

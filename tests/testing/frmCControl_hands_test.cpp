@@ -31,7 +31,7 @@ TEST_F(TestWindow, TheTabKeyFollowsTheEye) {
         order.push_back(QApplication::focusWidget()->objectName().toStdString());
         Key(Qt::Key_Tab);
     }
-    EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdStart", "cmdContinue", "cmdHeader",
+    EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdHeader", "cmdContinue", "cmdStart",
                                    "cmdExit", "txtHVolt"))
         << "cmdCancel is disabled after a shot";
 }
@@ -180,6 +180,41 @@ TEST_F(TestWindow, TheConfirmTextIsNoShortcut) {
     // Were there two, the button would only get the focus.
     QTest::keyClick(main.windowHandle(), Qt::Key_O, Qt::AltModifier);
     EXPECT_TRUE(Until([this] { return port.sent.back() == "\r"; }));
+}
+
+TEST_F(TestWindow, AClickOnTheConfirmTextConfirms) {
+    Open();
+    StartToRange();
+    auto* band = Label("lblConfirm");
+    QTest::mousePress(band, Qt::LeftButton);
+    QTest::mouseRelease(band, Qt::LeftButton, {}, QPoint(-5, -5));
+    EXPECT_EQ(port.sent.back(), "T") << "released elsewhere";
+    QTest::mouseClick(band, Qt::RightButton);
+    EXPECT_EQ(port.sent.back(), "T");
+    QTest::mouseClick(band, Qt::LeftButton);
+    EXPECT_EQ(port.sent.back(), "\r");
+}
+
+TEST_F(TestWindow, TheButtonsKeepTheirPlacesInAShot) {
+    Open();
+    const auto placesNow = [this] {
+        std::vector<QRect> rects;
+        for (const char* name : {"cmdCancel", "cmdHeader", "cmdContinue", "cmdStart", "cmdExit"})
+            rects.push_back(Button(name)->geometry());
+        return rects;
+    };
+    const auto before = placesNow();
+    for (std::size_t i = 1; i < before.size(); ++i)
+        EXPECT_GT(before[i].left(), before[i - 1].right());
+    StartToRange();
+    EXPECT_EQ(Text("cmdContinue"), "&OK");
+    QTest::qWait(20);
+    EXPECT_EQ(placesNow(), before);
+    Click("cmdContinue");
+    EndShot();
+    EXPECT_EQ(Text("cmdContinue"), "&Repeat Test");
+    QTest::qWait(20);
+    EXPECT_EQ(placesNow(), before);
 }
 
 // Every prompt, at the sizes of the letters that users choose.

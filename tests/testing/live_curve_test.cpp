@@ -134,7 +134,7 @@ TEST_F(LiveCurveWindow, TheTabKeyPassesItBy) {
         order.push_back(QApplication::focusWidget()->objectName().toStdString());
         Key(Qt::Key_Tab);
     }
-    EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdStart", "cmdContinue", "cmdHeader",
+    EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdHeader", "cmdContinue", "cmdStart",
                                    "cmdExit", "txtHVolt"));
     QTest::mouseClick(Chart(), Qt::LeftButton);
     EXPECT_NE(QApplication::focusWidget(), Chart());

@@ -12,6 +12,7 @@
 #include "testing/frmCControl.h"
 #include "tests/support/controls.h"
 #include "tests/testing/sequence_rig.h"
+#include "ui/page_header.h"
 
 namespace davo::test {
 
@@ -55,10 +56,8 @@ class TestWindow : public ::testing::Test, public SessionParts<RealTimePort>, pu
             form->open();
         };
         window->Form_Load();
-        QMdiSubWindow* frame = area->addSubWindow(window);
-        frame->setAttribute(Qt::WA_DeleteOnClose);
         main.show();
-        frame->showMaximized();
+        ShowPage(*area, *window);
         main.activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
         // Reset when loaded: "B" is answered and cmdStart has the focus.

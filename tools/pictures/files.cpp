@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QMainWindow>
 #include <QMdiArea>
-#include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QTimer>
@@ -15,6 +14,7 @@
 #include "tests/support/controls.h"
 #include "tests/support/data_folder.h"
 #include "tools/pictures/pictures.h"
+#include "ui/page_header.h"
 
 namespace davo::test {
 namespace {
@@ -41,7 +41,7 @@ class FilesFolder : public DataFolder {
         main.setCentralWidget(area);
         main.statusBar()->showMessage(u"COM1 open"_s);
         window->Form_Load();
-        area->addSubWindow(window)->showMaximized();
+        ShowPage(*area, *window);
         main.setWindowState(Qt::WindowMaximized);
         main.show();
         act(main);
@@ -98,21 +98,21 @@ class FilePictures : public FilesFolder {
         });
     }
     void Copying() {
-        auto* window = new frmCopyFile(names_, settings, prompts, [this] {
+        frmCopyFile window(names_, settings, prompts, [this] {
             return std::vector<RemovableDrive>{
                 {folder.Path("USB-Stick"), u"KINGSTON"_s, 14'200'000'000},
                 {folder.Path("Card"), u"SD CARD"_s, 512'000'000}};
         });
-        Show(window, [&](QWidget& main) {
-            FindIn<QLineEdit>(*window, "txtPath")->setText(folder.Path("USB-Stick"));
-            album_.Grab(main, u"copy"_s);
-            // The copying goes no further meanwhile.
-            QTimer::singleShot(0, window, [&] {
-                QTest::qWait(80);
-                album_.Save(main, u"copying"_s);
-            });
-            FindIn<QPushButton>(*window, "cmdOK")->click();
+        window.Form_Load();
+        window.resize(window.sizeHint().expandedTo({640, 280}));
+        FindIn<QLineEdit>(window, "txtPath")->setText(folder.Path("USB-Stick"));
+        album_.ShowAndGrab(window, u"copy"_s);
+        // The copying goes no further meanwhile.
+        QTimer::singleShot(0, &window, [&] {
+            QTest::qWait(80);
+            album_.Save(window, u"copying"_s);
         });
+        FindIn<QPushButton>(window, "cmdOK")->click();
     }
     void StatusBar() {
         const std::vector<QString> many(names_.begin(), names_.begin() + 12);
