@@ -9,7 +9,6 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/record_image.h"
-#include "records/session_journal.h"
 #include "testing/captions.h"
 #include "testing/session_text.h"
 #include "testing/shot_results.h"
@@ -137,6 +136,7 @@ void ShotSequence::ClearShot() {
     shot_.screen.HideNotice();
     HideDamage();
     shot_.screen.lblPE.enabled = false;
+    shot_.screen.shotShown = 0;
     shot_.saturating = shot_.readingInStep = shot_.recordBegun = false;
     shot_.lastReading.reset();
 }
@@ -177,6 +177,7 @@ void ShotSequence::cmdContinue_Click() {
     if (RepeatOffered()) {
         if (std::exchange(shotPending_, false)) {
             AdjustShotCounters(-1);
+            shot_.screen.shotShown = 0;
             shot_.events.push_back(ShotEvent::Dropped);
         }
         shot_.screen.cmdContinue.enabled = false;
@@ -255,7 +256,13 @@ void ShotSequence::timDateTime_Timer() {
 }
 
 void ShotSequence::LookAround() {
-    KeepCapture();
+    if (KeepCapture() && shotPending_ && !JournalHasShot()) {
+        try {
+            UpdateJournal();
+        } catch (const RunTimeError&) {
+            // shotOnDisk says so, and the next look tries again.
+        }
+    }
     if (!lost_) return;
     if (!around_.link.State().portOpen && !(around_.reopenPort && around_.reopenPort())) return;
     lost_ = false;
@@ -377,6 +384,10 @@ void ShotSequence::AcceptShot() {
     shot_.reply = {};
     ComputePercentError();
     shotPending_ = true;
+    shot_.screen.shotShown = around_.session.shotCount;
+    shot_.screen.shotOnDisk = false;
+    // They are of before.
+    shot_.screen.txtCur.enabled = shot_.screen.txtVolt.enabled = false;
     shot_.events.push_back(ShotEvent::Complete);
 
     QString notSafe;
@@ -447,6 +458,7 @@ void ShotSequence::WriteShotTrailer() {
         // The shot is safe. The journal that stands calls it pending, but also tells how many
         // shots lay before it in the capture file, so it is not taken for a second one.
     }
+    shot_.screen.shotOnDisk = true;
 }
 
 bool ShotSequence::KeepCapture() {
@@ -456,6 +468,7 @@ bool ShotSequence::KeepCapture() {
     QString text;
     try {
         journalDue_ = true;
+        shot_.screen.shotOnDisk = false;
         if (gone) {
             CreateFolder(folder);
             capture_.MakeAgain();
@@ -494,13 +507,23 @@ bool ShotSequence::MayLeave() {
                Answer::No) == Answer::Yes;
 }
 
-void ShotSequence::UpdateJournal() const {
+bool ShotSequence::JournalHasShot() const {
+    try {
+        return SessionJournal::Read(JournalPath()).pendingShot == ShotTrailer();
+    } catch (const RunTimeError&) {
+        return false;
+    }
+}
+
+void ShotSequence::UpdateJournal() {
+    shot_.screen.shotOnDisk = false;
     SessionJournal journal;
     journal.header = around_.header;
     journal.testNotes = around_.session.testNotes;
     journal.shotsInCapture = shotsInCapture_;
     if (shotPending_) journal.pendingShot = ShotTrailer();
-    journal.Write(around_.places.scratchFolder + QLatin1String(kJournalFileName));
+    journal.Write(JournalPath());
+    shot_.screen.shotOnDisk = true;
 }
 
 void ShotSequence::Beep(int times) const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "records/capture_file.h"
+#include "records/session_journal.h"
 #include "testing/shot_screen.h"
 #include "testing/shot_steps.h"
 #include "testing/surroundings.h"
@@ -40,8 +41,8 @@ class ShotSequence : public ShotHooks {
     void txtXVolt_LostFocus();
     void timDateTime_Timer();
     void timBeep_Timer();
-    // Once a second, whether or not the timers run: whether a lost port is back and the capture
-    // file still there.
+    // Once a second, whether or not the timers run: whether a lost port is back, and the capture
+    // file and the shot in the journal still there. A journal that is not is written again.
     void LookAround();
 
     // Polls the port and runs RunTestStep when the awaited text is in the window, block by block
@@ -71,7 +72,7 @@ class ShotSequence : public ShotHooks {
 
     // The journal is rewritten: header, notes or nameplate inputs have changed. Throws the errors
     // of SessionJournal::Write.
-    void UpdateJournal() const;
+    void UpdateJournal();
 
     ShotScreen& Screen() { return shot_.screen; }
     const ShotScreen& Screen() const { return shot_.screen; }
@@ -111,6 +112,11 @@ class ShotSequence : public ShotHooks {
     void Beep(int times) const;
     void HideDamage();  // of the shot; that of a folder which is still gone stays
     void ShowDamage();
+
+    QString JournalPath() const {
+        return around_.places.scratchFolder + QLatin1String(kJournalFileName);
+    }
+    bool JournalHasShot() const;
 
     void CompleteShot();
     void AcceptShot();

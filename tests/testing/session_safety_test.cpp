@@ -84,6 +84,65 @@ TEST_F(SafetyTest, AShotThatIsNotSafeOnDiskIsNotLeftWithoutAQuestion) {
     EXPECT_EQ(Journal().pendingShot, sequence.ShotTrailer());
 }
 
+TEST_F(SafetyTest, AJournalThatIsDeletedOrChangedIsWrittenAgain) {
+    OpenFor(false);
+    RunFullShot();
+    EXPECT_TRUE(Screen().shotOnDisk);
+    for (const bool deleted : {true, false}) {
+        DeleteFile(JournalPath());
+        if (!deleted) ReplaceFile(JournalPath(), "not ours");
+        sequence.LookAround();
+        EXPECT_TRUE(Screen().shotOnDisk);
+        EXPECT_EQ(Journal().pendingShot, sequence.ShotTrailer());
+    }
+    DeleteFile(JournalPath());
+    BlockJournal(*this);
+    sequence.LookAround();
+    EXPECT_FALSE(Screen().shotOnDisk);
+    ASSERT_TRUE(QDir(JournalPath()).removeRecursively());
+    sequence.LookAround();
+    EXPECT_TRUE(Screen().shotOnDisk);
+}
+
+TEST_F(SafetyTest, AShotWhoseFolderIsGoneIsNotOnTheDisk) {
+    OpenFor(false);
+    RunFullShot();
+    LoseFolder();
+    sequence.LookAround();
+    EXPECT_FALSE(Screen().shotOnDisk);
+    FindFolder();
+    sequence.LookAround();
+    EXPECT_TRUE(Screen().shotOnDisk);
+}
+
+TEST_F(SafetyTest, AShotInTheCaptureFileIsOnTheDiskWithoutAJournal) {
+    OpenFor(false);
+    RunFullShot();
+    BlockJournal(*this);
+    sequence.WriteShotTrailer();
+    EXPECT_TRUE(Screen().shotOnDisk);
+    EXPECT_EQ(CaptureBytes(), sequence.ShotTrailer());
+    EXPECT_EQ(Screen().shotShown, 1) << "while it is asked whether to save";
+}
+
+TEST_F(SafetyTest, ResultsAreThoseOfACompleteShotOnly) {
+    OpenFor(false);
+    EXPECT_EQ(Screen().shotShown, 0);
+    RunFullShot();
+    EXPECT_EQ(Screen().shotShown, 1);
+    prompts.answers = {Answer::No};
+    StartFullShot();
+    EXPECT_EQ(Screen().shotShown, 0);
+    EndShot();
+    EXPECT_EQ(Screen().shotShown, 2);
+    sequence.cmdContinue_Click();  // "&Repeat Test"
+    EXPECT_EQ(Screen().shotShown, 0);
+    session.shotCount = kShotRefusal;
+    prompts.answers = {Answer::No};
+    RunFullShot();
+    EXPECT_EQ(Screen().shotShown, 0);
+}
+
 TEST_F(SafetyTest, AFirstShotThatCannotBeNotedIsNotStarted) {
     OpenFor(false);
     BlockJournal(*this);
