@@ -13,11 +13,6 @@ namespace davo {
 
 namespace {
 
-// Beside the settings, not among them: the settings are five values.
-QString FilePath(const Places& places) {
-    return places.configurationFolder + QStringLiteral("davo-window.ini");
-}
-
 QString Key(const QWidget& window, const char* value) {
     return window.objectName() + QLatin1Char('/') + QLatin1String(value);
 }
@@ -37,14 +32,14 @@ bool IsOnAScreen(const QRect& geometry) {
 }  // namespace
 
 void SaveWindowGeometry(const QWidget& window, const Places& places) {
-    RemoveLinkOrPipe(FilePath(places) + QStringLiteral(".lock"));
-    QSettings file(FilePath(places), QSettings::IniFormat);
+    RemoveLinkOrPipe(WindowFile(places) + QStringLiteral(".lock"));
+    QSettings file(WindowFile(places), QSettings::IniFormat);
     file.setValue(Key(window, "normalGeometry"), window.normalGeometry());
     file.setValue(Key(window, "maximized"), window.isMaximized());
 }
 
 bool RestoreWindowGeometry(QWidget& window, const Places& places) {
-    const QSettings file(FilePath(places), QSettings::IniFormat);
+    const QSettings file(WindowFile(places), QSettings::IniFormat);
     const QRect geometry = file.value(Key(window, "normalGeometry")).toRect();
     if (!IsOnAScreen(geometry)) return false;
     window.setGeometry(geometry);

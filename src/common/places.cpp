@@ -5,6 +5,10 @@
 
 namespace davo {
 
+QString WindowFile(const Places& places) {
+    return places.configurationFolder + QStringLiteral("davo-window.ini");
+}
+
 QString FolderText(const char* rule) {
     return QString::fromLatin1(rule).replace(QLatin1Char('\\'), QDir::separator());
 }

@@ -18,6 +18,10 @@ struct Places {
 //   application: the executable's folder when the user may write there, else Documents/DAVO
 Places PlatformPlaces();
 
+// "davo-window.ini" of the configuration folder: what the windows keep for themselves, beside the
+// settings, which are five values.
+QString WindowFile(const Places& places);
+
 // A folder rule such as "\Shots_Data\" in the platform's separator.
 QString FolderText(const char* rule);
 

@@ -5,11 +5,15 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopedValueRollback>
+#include <QSettings>
 #include <utility>
 
+#include "common/files.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
+#include "testing/card_texts.h"
 #include "ui/close_form.h"
+#include "ui/fit_label.h"
 
 namespace davo {
 
@@ -49,8 +53,24 @@ frmCControl::frmCControl(const TestSurroundings& around, Settings& settings, QWi
     timBeep_.setInterval(kBeepInterval);
     lookAround_.setInterval(kLookInterval);
     ConnectEvents();
+    RestoreErrorLimit();
     painted_ = sequence_.Screen();
     controls_.Paint(nullptr, painted_);
+}
+
+void frmCControl::RestoreErrorLimit() {
+    const QString key = QStringLiteral("frmCControl/errorLimit");
+    const QString file = WindowFile(sequence_.Around().places);
+    QLineEdit* box = controls_.txtErrorLimit;
+    box->setText(QSettings(file, QSettings::IniFormat).value(key).toString());
+    if (!box->hasAcceptableInput()) box->clear();
+    connect(box, &QLineEdit::textEdited, this, [this, key, file](const QString& text) {
+        handlers_.Run([&] {
+            RemoveLinkOrPipe(file + QStringLiteral(".lock"));
+            QSettings(file, QSettings::IniFormat).setValue(key, text);
+        });
+        Paint();
+    });
 }
 
 frmCControl::~frmCControl() {
@@ -343,7 +363,22 @@ void frmCControl::Paint() {
     LeaveFocusSafely(sequence_.Screen());
     controls_.Paint(&painted_, sequence_.Screen());
     painted_ = sequence_.Screen();
+    PaintCard();
     controls_.ShowBesidePrompt(live_.Wanted());
+}
+
+void frmCControl::PaintCard() {
+    const bool idle =
+        !sequence_.Polling() && painted_.lblMessage.text.empty() && !painted_.lblNotice.visible;
+    controls_.lblCard->setVisible(idle);
+    controls_.cardLine->setVisible(idle);
+    if (!idle) return;
+    controls_.lblCard->setText(painted_.shotShown > 0
+                                   ? ResultsCard(painted_, live_.Knees(), settings_.kneepointType,
+                                                 controls_.txtErrorLimit->text())
+                                   : StepsCard(painted_, sequence_.Around().header));
+    controls_.lblDisk->setText(DiskLine(painted_));
+    controls_.lblDisk->SetAlert(painted_.shotShown > 0 && !painted_.shotOnDisk);
 }
 
 void frmCControl::LeaveFocusSafely(const ShotScreen& next) {

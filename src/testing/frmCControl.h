@@ -69,6 +69,8 @@ class frmCControl : public QWidget {
     // the end of the handler under way.
     void Refresh();
     void Paint();
+    void PaintCard();
+    void RestoreErrorLimit();
     // Brings the chart up to what has become of the shot.
     void ShowCurve();
     void LeaveFocusSafely(const ShotScreen& next);

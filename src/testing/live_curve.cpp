@@ -47,6 +47,7 @@ void LiveCurve::StartShot(bool ratioOnly) {
         complete_->knees.clear();
         earlier_.push_back(*std::exchange(complete_, std::nullopt));
     }
+    knees_.clear();
     ratioOnly_ = ratioOnly;
     lost_ = false;
     ForgetReadings();
@@ -106,10 +107,12 @@ void LiveCurve::CompleteShot(const std::string& capture) {
     if (ratioOnly_) return;
     try {
         const std::vector<RecordTest> tests = TestsOfCapture(capture);
-        if (tests.empty() || tests.front().points.empty()) return;
+        if (tests.empty()) return;
+        knees_.assign(tests.front().knees.begin(), tests.front().knees.end());
+        if (tests.front().points.empty()) return;
         // No name: a legend would take the room of the curve, and there is one of each look.
         ChartCurve curve{{}, tests.front().points, {}, {}};
-        for (const KneeFact& fact : tests.front().knees) {
+        for (const KneeFact& fact : knees_) {
             if (const auto at = fact.At()) curve.knees.push_back({fact.rule, *at});
         }
         complete_ = std::move(curve);
@@ -121,6 +124,7 @@ void LiveCurve::CompleteShot(const std::string& capture) {
 
 void LiveCurve::DropShot() {
     complete_.reset();
+    knees_.clear();
     ForgetReadings();
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "analysis/knee_doubt.h"
 #include "curves/curve_chart.h"
 
 class QWidget;
@@ -45,6 +46,8 @@ class LiveCurve {
     // Whether there is something to show, had the window room for it.
     bool Wanted() const;
 
+    // Those of the shot that is complete; none without a saturation test.
+    const std::vector<KneeFact>& Knees() const { return knees_; }
     CurveChart* Chart() const { return chart_; }
     const std::vector<CurvePoint>& Readings();
 
@@ -60,6 +63,7 @@ class LiveCurve {
     QTimer soon_;
     std::vector<ChartCurve> earlier_;
     std::optional<ChartCurve> complete_;
+    std::vector<KneeFact> knees_;
     std::string unread_;                 // texts of AddReadings
     std::vector<std::size_t> textEnds_;  // in unread_
     std::vector<CurvePoint> readings_;

@@ -9,6 +9,7 @@
 #include <QMargins>
 #include <QPalette>
 #include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
 #include "common/text.h"
@@ -24,15 +25,19 @@ namespace davo {
 
 namespace {
 
-// Of the chart's width in the prompt's row, in parts of a hundred: beside a prompt at most, and
-// while there is none.
+// Of the chart's width in the prompt's row, in parts of a hundred, at most.
 constexpr int kChartShare = 40;
-constexpr int kAloneShare = 60;
 constexpr int kLeastChart = 300;
+constexpr int kLeastCard = 640;
 constexpr const char* kLongestPrompt = "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)";
 constexpr double kPromptGrowth = 2.0;
 constexpr double kConfirmCapitals = 5.5;  // mm
 constexpr double kDamageCapitals = 4.0;   // mm
+constexpr double kUnitCapitals = 5.0;     // mm
+constexpr double kCardCapitals = 6.1;     // mm, 24 point
+constexpr double kCardGrowth = 1.3;       // to 32 point
+constexpr double kDiskCapitals = 3.2;     // mm
+constexpr double kDiskGrowth = 1.25;
 constexpr double kDamageGrowth = kPromptCapitals / kDamageCapitals;
 constexpr int kDamageStretch = 3;         // mostly it comes when the prompt is empty
 constexpr int kPromptStretch = 9;         // that must be readable beside it
@@ -141,13 +146,40 @@ void ShotControls::BuildMessage(QWidget* window) {
     KeepRoomWhenHidden(lblConfirm);
     lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     lblMessage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    auto* column = Tight(new QVBoxLayout(frmeMessage));
     // One line below a prompt, and all the room where there is none.
     lblNotice->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    column->addWidget(lblMessage, 1);
-    column->addWidget(lblNotice);
-    column->addWidget(lblConfirm);
-    column->addWidget(lblDamage, kDamageStretch);
+    BuildCard();
+    auto* grid = Tight(new QGridLayout(frmeMessage));
+    grid->addWidget(lblMessage, 0, 0);
+    grid->addWidget(lblCard, 0, 0);
+    grid->addWidget(lblNotice, 1, 0);
+    grid->addWidget(lblConfirm, 2, 0);
+    grid->addWidget(cardLine, 2, 0);
+    grid->addWidget(lblDamage, 3, 0);
+}
+
+void ShotControls::BuildCard() {
+    lblCard = Named(new FitLabel(kCardCapitals, kCardGrowth, frmeMessage), "lblCard");
+    lblCard->setTextFormat(Qt::RichText);
+    lblCard->setFont(frmeMessage->font());
+    lblCard->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    cardLine = new QWidget(frmeMessage);
+    lblDisk = Named(new FitLabel(kDiskCapitals, kDiskGrowth, cardLine), "lblDisk");
+    lblDisk->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    txtErrorLimit = Named(new QLineEdit(cardLine), "txtErrorLimit");
+    Enlarge(txtErrorLimit, kBoxGrowth);
+    MakeRoomFor(txtErrorLimit, "00.00");
+    txtErrorLimit->setMaximumWidth(txtErrorLimit->minimumWidth());
+    txtErrorLimit->setMinimumHeight(kInputHeight);
+    txtErrorLimit->setPlaceholderText(QStringLiteral("off"));
+    static const QRegularExpression percent(QStringLiteral("[0-9]{0,2}([.,][0-9]{0,2})?"));
+    txtErrorLimit->setValidator(new QRegularExpressionValidator(percent, txtErrorLimit));
+    auto* caption = Caption(cardLine, "lblErrorLimit", "Error &limit (%):");
+    caption->setBuddy(txtErrorLimit);
+    auto* row = WithMargin(new QHBoxLayout(cardLine), 0);
+    row->addWidget(lblDisk, 1);
+    row->addWidget(caption);
+    row->addWidget(txtErrorLimit);
 }
 
 QHBoxLayout* ShotControls::BuildResults(QWidget* window) {
@@ -177,22 +209,28 @@ void ShotControls::BuildData(QWidget* window) {
     MakeReading(txtCur);
     MakeReading(txtVolt);
     MakeRoomFor(txtPolarity, "UNDETERMINED");
+    auto* amperes = Caption(Frame3, "lblAmperes", "A");
+    auto* volts = Caption(Frame3, "lblVolts", "V");
+    EnlargeTo(amperes, kUnitCapitals);
+    EnlargeTo(volts, kUnitCapitals);
     // Six lines, so that two large readings stand beside three results.
     grid->addWidget(current, 0, 0, 3, 1);
     grid->addWidget(txtCur, 0, 1, 3, 1);
+    grid->addWidget(amperes, 0, 2, 3, 1);
     grid->addWidget(voltage, 3, 0, 3, 1);
     grid->addWidget(txtVolt, 3, 1, 3, 1);
-    grid->addWidget(ratio, 0, 2, 2, 1);
-    grid->addWidget(txtRatio, 0, 3, 2, 1);
-    grid->addWidget(polarity, 2, 2, 2, 1);
-    grid->addWidget(txtPolarity, 2, 3, 2, 1);
-    grid->addWidget(lblPE, 4, 2, 2, 1);
-    grid->addWidget(txtPE, 4, 3, 2, 1);
+    grid->addWidget(volts, 3, 2, 3, 1);
+    grid->addWidget(ratio, 0, 3, 2, 1);
+    grid->addWidget(txtRatio, 0, 4, 2, 1);
+    grid->addWidget(polarity, 2, 3, 2, 1);
+    grid->addWidget(txtPolarity, 2, 4, 2, 1);
+    grid->addWidget(lblPE, 4, 3, 2, 1);
+    grid->addWidget(txtPE, 4, 4, 2, 1);
     ratio->setIndent(kIndent);
     polarity->setIndent(kIndent);
     lblPE->setIndent(kIndent);
     grid->setColumnStretch(1, 3);
-    grid->setColumnStretch(3, 2);
+    grid->setColumnStretch(4, 2);
 }
 
 void ShotControls::BuildInputs(QWidget* window) {
@@ -284,10 +322,12 @@ void ShotControls::Paint(const ShotScreen* painted, const ShotScreen& screen) {
     lblNotice->SetAlert(screen.noticeWarns);
     const bool prompts = !screen.lblMessage.text.empty();
     lblMessage->setVisible(prompts || !screen.lblNotice.visible);
-    auto* column = static_cast<QVBoxLayout*>(frmeMessage->layout());
-    const int stretch = prompts ? kPromptStretch : 1;
-    const int at = column->indexOf(lblMessage);
-    if (column->stretch(at) != stretch) column->setStretch(at, stretch);
+    auto* grid = static_cast<QGridLayout*>(frmeMessage->layout());
+    const bool fills = prompts || screen.shotShown > 0;
+    const int alone = !fills && screen.lblNotice.visible ? 1 : 0;
+    grid->setRowStretch(0, fills ? kPromptStretch : 1 - alone);
+    grid->setRowStretch(1, alone);
+    grid->setRowStretch(3, screen.lblDamage.visible ? kDamageStretch : 0);
 }
 
 void ShotControls::PlaceBesidePrompt(QWidget* chart) {
@@ -305,7 +345,9 @@ void ShotControls::ShowBesidePrompt(bool wanted) {
         widthBeside_ = WidthBeside(room, notice, !prompt.isEmpty() || notice.isEmpty());
     }
     const bool silent = prompt.isEmpty() && notice.isEmpty() && lblDamage->text().isEmpty();
-    const int width = silent ? room.width() * kAloneShare / 100 : widthBeside_;
+    int width = widthBeside_;
+    // Where there is room beside a prompt nothing moves when a shot ends.
+    if (silent && width == 0 && room.width() >= kLeastCard + kLeastChart) width = kLeastChart;
     // All three have no room beside each other.
     const bool crowded = !lblDamage->isHidden() && !prompt.isEmpty();
     const bool shows = wanted && width > 0 && !crowded;

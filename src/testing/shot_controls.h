@@ -40,6 +40,11 @@ struct ShotControls {
     FitLabel* lblConfirm;
     FitLabel* lblDamage;
     FitLabel* lblNotice;
+    // In the place of the prompt and the call to confirm while there is none.
+    FitLabel* lblCard;
+    QWidget* cardLine;
+    FitLabel* lblDisk;
+    QLineEdit* txtErrorLimit;
     QGroupBox* Frame3;
     QLineEdit* txtCur;
     QLineEdit* txtVolt;
@@ -74,6 +79,7 @@ struct ShotControls {
     int WidthBeside(QSize room, const QString& notice, bool prompt) const;
     QHBoxLayout* BuildTopRow(QWidget* window);
     void BuildMessage(QWidget* window);
+    void BuildCard();
     QHBoxLayout* BuildResults(QWidget* window);
     void BuildData(QWidget* window);
     void BuildInputs(QWidget* window);

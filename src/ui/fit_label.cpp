@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/fit_label.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPolygon>
+#include <QTextDocument>
 #include <utility>
 
 #include "ui/form_parts.h"
@@ -21,6 +23,13 @@ constexpr int kAlertFrame = 4;
 
 // Black on this yellow is the hazard sign everywhere, in light and dark surroundings alike.
 const QColor kHazard(0xFF, 0xD4, 0x00);
+
+void SetRich(QTextDocument& document, const QString& text, const QFont& font, int width) {
+    document.setDocumentMargin(0);
+    document.setDefaultFont(font);
+    document.setHtml(text);
+    document.setTextWidth(width);
+}
 
 }  // namespace
 
@@ -71,6 +80,11 @@ QRect FitLabel::TextRect() const {
 bool FitLabel::Fits(const QString& text, int pixelSize, QSize room) const {
     QFont trial = font();
     trial.setPixelSize(pixelSize);
+    if (textFormat() == Qt::RichText) {
+        QTextDocument document;
+        SetRich(document, text, trial, room.width());
+        return document.size().width() <= room.width() && document.size().height() <= room.height();
+    }
     const QRect needed = QFontMetrics(trial).boundingRect(
         QRect(0, 0, room.width(), QWIDGETSIZE_MAX), kTextFlags, text);
     return needed.width() <= room.width() && needed.height() <= room.height();
@@ -128,6 +142,15 @@ void FitLabel::paintEvent(QPaintEvent* /*event*/) {
     }
     QFont fitted = font();
     fitted.setPixelSize(FittedPixelSize());
+    if (textFormat() == Qt::RichText) {
+        QTextDocument document;
+        SetRich(document, text(), fitted, TextRect().width());
+        QAbstractTextDocumentLayout::PaintContext context;
+        context.palette.setColor(QPalette::Text, ink);
+        painter.translate(TextRect().left(), (height() - document.size().height()) / 2);
+        document.documentLayout()->draw(&painter, context);
+        return;
+    }
     painter.setFont(fitted);
     painter.setPen(ink);
     painter.drawText(TextRect(), kTextFlags, text());

@@ -8,7 +8,8 @@ namespace davo {
 
 // A label that writes its text as large as its rectangle allows: wrapped between words, never
 // cut, not below the least size unless the rectangle is too small for that, not above the largest.
-// An "&" underlines the next character and is no shortcut.
+// An "&" underlines the next character and is no shortcut. Rich text (setTextFormat) has these
+// sizes as its own usual one.
 class FitLabel : public QLabel {
   public:
     // least: height of the capitals in millimetres; the largest is growth times that.

@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QString>
+#include <cmath>
 #include <string>
 
 #include "records/record_image.h"
@@ -24,6 +25,19 @@ inline RecordImage ImageWithPoints(int points) {
     image.nameplateH = 1200;
     image.nameplateX = 50;
     image.kneeTypeCode = 1;
+    return image;
+}
+
+// A core that saturates at about 400 V.
+inline RecordImage SaturatedImage() {
+    RecordImage image = ImageWithPoints(0);
+    // The highest point first.
+    for (int i = 0; i < 22; ++i) {
+        const double volts = 20.0 * (22 - i);
+        const double amperes = 0.0008 * std::pow(volts, 0.7) + 0.1 * std::pow(volts / 400, 20);
+        image.slots[i] = {static_cast<int>(std::lround(amperes * 10000)),
+                          static_cast<int>(std::lround(volts * 10))};
+    }
     return image;
 }
 

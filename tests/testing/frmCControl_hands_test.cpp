@@ -27,12 +27,12 @@ TEST_F(TestWindow, TheTabKeyFollowsTheEye) {
     OpenAndRun();
     Box("txtHVolt")->setFocus();
     std::vector<std::string> order;
-    for (int i = 0; i < 7; ++i) {
+    for (int i = 0; i < 8; ++i) {
         order.push_back(QApplication::focusWidget()->objectName().toStdString());
         Key(Qt::Key_Tab);
     }
     EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdHeader", "cmdContinue", "cmdStart",
-                                   "cmdExit", "txtHVolt"))
+                                   "cmdExit", "txtErrorLimit", "txtHVolt"))
         << "cmdCancel is disabled after a shot";
 }
 
@@ -251,6 +251,11 @@ class LetterSize : public TestWindow, public ::testing::WithParamInterface<doubl
         ASSERT_NE(prompt, nullptr);
         EXPECT_GE(prompt->FittedPixelSize(), prompt->LeastPixelSize()) << moment;
         EXPECT_GT(prompt->FittedPixelSize(), Button("cmdStart")->fontInfo().pixelSize()) << moment;
+        for (const char* name : {"lblCard", "lblDisk"}) {
+            const auto* label = dynamic_cast<FitLabel*>(Label(name));
+            ASSERT_NE(label, nullptr);
+            EXPECT_GE(label->FittedPixelSize(), label->LeastPixelSize()) << moment << name;
+        }
         const auto* notice = dynamic_cast<FitLabel*>(Label("lblNotice"));
         ASSERT_NE(notice, nullptr);
         if (!notice->isVisible()) return;

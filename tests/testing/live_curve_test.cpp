@@ -96,7 +96,7 @@ TEST_F(LiveCurveWindow, ASmallWindowKeepsItsPromptAndShowsTheCurveWhenItIsDone) 
     Say("I=0.0123 V=152.4");
     EXPECT_FALSE(Chart()->isVisible());
     EndShot(EncodeRecordImage(ImageWithPoints(12)));
-    EXPECT_TRUE(Until([this] { return Chart()->isVisible() && Chart()->width() > 500; }));
+    EXPECT_TRUE(Until([this] { return Chart()->isVisible() && Chart()->width() >= 300; }));
     prompts.answers = {Answer::No};
     StartToZero();
     EXPECT_TRUE(Until([this] { return !Chart()->isVisible(); }));
@@ -130,12 +130,12 @@ TEST_F(LiveCurveWindow, TheTabKeyPassesItBy) {
     ASSERT_TRUE(Until([this] { return Chart()->isVisible(); }));
     Box("txtHVolt")->setFocus();
     std::vector<std::string> order;
-    for (int i = 0; i < 7; ++i) {
+    for (int i = 0; i < 8; ++i) {
         order.push_back(QApplication::focusWidget()->objectName().toStdString());
         Key(Qt::Key_Tab);
     }
     EXPECT_THAT(order, ElementsAre("txtHVolt", "txtXVolt", "cmdHeader", "cmdContinue", "cmdStart",
-                                   "cmdExit", "txtHVolt"));
+                                   "cmdExit", "txtErrorLimit", "txtHVolt"));
     QTest::mouseClick(Chart(), Qt::LeftButton);
     EXPECT_NE(QApplication::focusWidget(), Chart());
 }

@@ -23,6 +23,12 @@ class TestWindowPictures : public TestWindow {
 
     void Take() {
         Grab("ready");
+        Type("txtHVolt", "1200");
+        Type("txtXVolt", "5");
+        header.Field(1) = "NORTH SUBSTATION";
+        header.Field(2) = "T1 BUSHING X";
+        Button("cmdStart")->setFocus();
+        Grab("steps");
         StartFullShot();
         SayReadings();
         Grab("readings");
@@ -44,6 +50,7 @@ class TestWindowPictures : public TestWindow {
         Grab("record-stopped");
         Say(EncodeRecordImage(ImageWithPoints(12)).substr(4) + "\r\nDONE");
         Grab("complete");
+        ShowResults();
         Click("cmdContinue");
         Click("cmdExit");
         Grab("dropped");
@@ -60,6 +67,24 @@ class TestWindowPictures : public TestWindow {
 
   private:
     void TestBody() override {}
+    void ShowResults() {
+        prompts.answers = {Answer::No, Answer::No};
+        StartFullShot();
+        SayReadings();
+        EndShot(EncodeRecordImage(SaturatedImage()));
+        Grab("result");
+        StartFullShot();
+        Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+        Say("RATIO=236.4");
+        Say("POLARITY= ");
+        RecordImage doubtful = SaturatedImage();
+        doubtful.slots[1].voltage = 3500;
+        Type("txtErrorLimit", "0.3");
+        Say(RecordOf(EncodeRecordImage(doubtful)));
+        Type("txtErrorLimit", "0.3");
+        Grab("result-amber");
+        Type("txtErrorLimit", "");
+    }
     void SayReadings() {
         for (int i = 1; i <= 25; ++i)
             Say("I=" + std::to_string(0.002 * i * i) +
@@ -79,9 +104,9 @@ class TestWindowPictures : public TestWindow {
 
 void TakeTestWindow(const Album& album) {
     const auto take = [&album](const char* colours) {
-        for (const QSize size : {QSize(1366, 728), QSize(1920, 1040)}) {
+        for (const QSize size : {QSize(1024, 600), QSize(1366, 728), QSize(1920, 1040)}) {
             const QSize screen = QApplication::primaryScreen()->availableSize();
-            if (size.width() <= screen.width() || size.width() == 1366)
+            if (size.width() <= screen.width() || size.width() <= 1366)
                 TestWindowPictures(album, QLatin1String(colours), size.boundedTo(screen)).Take();
         }
     };
