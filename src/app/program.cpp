@@ -20,6 +20,7 @@
 #include "link/serial_port.h"
 #include "ui/centre_form.h"
 #include "ui/dialog_prompts.h"
+#include "ui/outline_style.h"
 
 namespace davo {
 
@@ -40,13 +41,6 @@ class QuitFilter : public QObject {
     frmMain& window_;
 };
 
-// The platform's own look where it has one that the toolkit draws natively, else one that follows
-// the user's light or dark colours.
-void ChooseStyle() {
-    if (QStyleFactory::keys().contains(QStringLiteral("windowsvista"), Qt::CaseInsensitive)) return;
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-}
-
 void ShowMain(frmMain& window, const Places& places) {
     window.Form_Load();
     if (RestoreWindowGeometry(window, places)) {
@@ -62,9 +56,15 @@ void ShowMain(frmMain& window, const Places& places) {
 
 }  // namespace
 
-int RunProgram(QApplication& application) {
-    ChooseStyle();
+void DressApplication() {
+    QApplication::setApplicationName(QStringLiteral("DAVO PC-Interface"));
     QApplication::setWindowIcon(ProgramIcon());
+    if (QStyleFactory::keys().contains(QStringLiteral("windowsvista"), Qt::CaseInsensitive)) return;
+    QApplication::setStyle(MakeOutlineStyle());
+}
+
+int RunProgram(QApplication& application) {
+    DressApplication();
     const Places places = PlatformPlaces();
     DialogPrompts prompts;
     const auto instance = MakeSingleInstance(places);

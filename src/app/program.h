@@ -5,6 +5,11 @@ class QApplication;
 
 namespace davo {
 
+// The name that a window without a title of its own shows, the icon, and the style: the platform's
+// own where it has one that the toolkit draws natively, else one that follows the user's light or
+// dark colours.
+void DressApplication();
+
 // The whole run: makes the services and the state, loads and shows the main window, and returns
 // the process's exit code when it has closed.
 int RunProgram(QApplication& application);

@@ -5,6 +5,8 @@
 #include <QPalette>
 #include <array>
 
+#include "ui/contrast.h"
+
 namespace davo {
 
 // How many curves can be told apart by dash and marker.
@@ -25,8 +27,5 @@ struct ChartColours {
 ChartColours ColoursOn(const QPalette& palette);
 // Dark on white, for paper.
 ChartColours PaperColours();
-
-// The contrast of two colours, 1 to 21 (WCAG 2.1, "contrast ratio").
-double Contrast(const QColor& one, const QColor& other);
 
 }  // namespace davo

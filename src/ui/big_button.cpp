@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "ui/contrast.h"
 #include "ui/form_parts.h"
 
 namespace davo {
@@ -35,7 +36,7 @@ void BigButton::paintEvent(QPaintEvent* event) {
     if (!hasFocus()) return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(palette().color(QPalette::Highlight), kFocusFrame));
+    painter.setPen(QPen(FocusInk(palette()), kFocusFrame));
     const int half = kFocusFrame / 2;
     painter.drawRoundedRect(rect().adjusted(half, half, -half - 1, -half - 1), half, half);
 }

@@ -8,6 +8,7 @@
 #include "app/frmAbout.h"
 #include "app/frmSplash.h"
 #include "app/port_labels.h"
+#include "app/program.h"
 #include "app/program_icon.h"
 #include "tests/support/controls.h"
 #include "ui/centre_form.h"
@@ -25,6 +26,18 @@ class NotingPointer : public BusyPointer {
   private:
     std::vector<std::string>& events_;
 };
+
+// A window without a title of its own has the application's name, and the caption of one that has
+// a title is left alone: the toolkit would add a display name to it.
+TEST(Application, HasTheNameOfTheProgram) {
+    const QString name = QCoreApplication::applicationName();
+    DressApplication();
+    EXPECT_EQ(QCoreApplication::applicationName(), u"DAVO PC-Interface"_s);
+    EXPECT_EQ(QApplication::applicationDisplayName(), u"DAVO PC-Interface"_s);
+    EXPECT_FALSE(QApplication::windowIcon().isNull());
+    QCoreApplication::setApplicationName(name);
+    QApplication::setStyle(u"fusion"_s);
+}
 
 // The checks of the other tests can fail.
 TEST(WindowChecks, SeeACutText) {

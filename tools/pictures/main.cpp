@@ -11,18 +11,18 @@
 // Scale: QT_SCALE_FACTOR; screen:
 // QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
 
-#include <QStyleFactory>
 #include <iostream>
 #include <map>
 
 #include "tools/pictures/pictures.h"
+#include "ui/outline_style.h"
 
 int main(int argc, char** argv) {
     using namespace davo::test;
     // Without a runner of tests a rig's failed check ends the program.
     GTEST_FLAG_SET(throw_on_failure, true);
     const QApplication application(argc, argv);
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(davo::MakeOutlineStyle());
     std::map<QString, void (*)(const Album&)> sets = {
         {QStringLiteral("curves"), TakeCurves},
         {QStringLiteral("files"), TakeFiles},
