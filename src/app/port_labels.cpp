@@ -48,10 +48,11 @@ QString DeviceWords(const QString& device, const std::vector<PresentPort>& prese
 QString PortState(const LinkGlance& glance) {
     if (glance.comPort == kNoPortChosen) return QStringLiteral("No COM port chosen");
     const QString port = PortCaption(glance.comPort);
-    if (glance.portOpen) return port + QStringLiteral(" open");
+    if (glance.portOpen) return port + QStringLiteral(" ready");
     // The test window closes the port when it is left; the next test opens it again.
-    return NeedsHelp(glance) ? port + QStringLiteral(" not open")
-                             : port + QStringLiteral(" closed until needed");
+    if (!NeedsHelp(glance)) return port + QStringLiteral(" opened when needed");
+    return port +
+           (glance.present ? QStringLiteral(" not open") : QStringLiteral(" not plugged in"));
 }
 
 QString DeviceState(const LinkGlance& glance) {

@@ -38,7 +38,8 @@ const PresentPort* FindPort(const std::vector<PresentPort>& present, const QStri
 // is not plugged in only the device. Empty for no device.
 QString DeviceWords(const QString& device, const std::vector<PresentPort>& present);
 
-// "COM1 open", "COM1 closed until needed" (in good order), "COM1 not open", "No COM port chosen".
+// "COM1 ready", "COM1 opened when needed" (in good order), "COM1 not plugged in", "COM1 not open",
+// "No COM port chosen".
 QString PortState(const LinkGlance& glance);
 
 // What the number stands for, and, of a port that is not open, why.

@@ -324,7 +324,7 @@ TEST_F(MainMenuItems, ConfigureShowsItsDialogAndTheStatusLineFollows) {
     EXPECT_TRUE(state.settings.showImpedance);
     EXPECT_EQ(state.settings.comPort, 1);
     ASSERT_TRUE(Until([this] { return window->findChild<QWidget*>(u"frmConfig"_s) == nullptr; }));
-    EXPECT_EQ(Find<QLabel>("lblPort")->text(), u"COM1 open"_s);
+    EXPECT_EQ(Find<QLabel>("lblPort")->text(), u"COM1 ready"_s);
 }
 
 TEST_F(MainMenuItems, AboutShowsTheModel) {

@@ -292,7 +292,7 @@ TEST_F(MainWindow, TheHomePanelStandsWhileNoOtherWindowIsOpen) {
 TEST_F(MainWindow, ShowsTheStateOfThePortAndFollowsIt) {
     devices.present = {UsbAdapter("/dev/ttyUSB0", "FT232R", "FTDI", "A5")};
     Open();
-    EXPECT_EQ(Find<QLabel>("lblPort")->text(), u"COM1 open"_s);
+    EXPECT_EQ(Find<QLabel>("lblPort")->text(), u"COM1 ready"_s);
     port.Unplug();
     ASSERT_TRUE(Until([this] { return Find<QLabel>("lblPort")->text() == u"COM1 not open"_s; }));
     EXPECT_THAT(prompts.shown, ElementsAre(Link::LostMessage()));

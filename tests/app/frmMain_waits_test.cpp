@@ -155,7 +155,7 @@ TEST_F(WaitingMainWindow, TheLossOfThePortIsShownAtOnce) {
     ASSERT_TRUE(Until([this] { return !prompts.shown.empty(); }));
     ASSERT_EQ(shown.size(), 3U);
     EXPECT_EQ(shown[0], "not among the ports plugged in|");
-    EXPECT_EQ(shown[1], "COM1 not open");
+    EXPECT_EQ(shown[1], "COM1 not plugged in");
 }
 
 TEST_F(WaitingMainWindow, APortThatATestHasClosedIsNoFaultUntilItIsUnplugged) {
@@ -168,9 +168,9 @@ TEST_F(WaitingMainWindow, APortThatATestHasClosedIsNoFaultUntilItIsUnplugged) {
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_FALSE(state.linkState.portOpen);
-    EXPECT_EQ(Text("lblPort"), "COM1 closed until needed");
+    EXPECT_EQ(Text("lblPort"), "COM1 opened when needed");
     devices.present.clear();
-    EXPECT_TRUE(Until([this] { return Text("lblPort") == "COM1 not open"; }));
+    EXPECT_TRUE(Until([this] { return Text("lblPort") == "COM1 not plugged in"; }));
     EXPECT_THAT(Text("lblDevice"), StartsWith("/dev/ttyUSB0 is not plugged in."));
 }
 

@@ -112,13 +112,13 @@ TEST_F(Home, AnItemThatIsDisabledFromTheStartHasADisabledButton) {
 }
 
 TEST_F(Home, ShowsTheStateOfTheLink) {
-    EXPECT_EQ(Text("lblPort"), "COM1 open");
+    EXPECT_EQ(Text("lblPort"), "COM1 ready");
     EXPECT_EQ(Text("lblDevice"), "FT232R USB UART, FTDI, /dev/ttyUSB0");
     EXPECT_EQ(Text("lblModel"), "DAVO-E R3.10");
     facts.link = {};
     facts.link.comPort = 2;
     panel->ShowFacts(facts);
-    EXPECT_EQ(Text("lblPort"), "COM2 not open");
+    EXPECT_EQ(Text("lblPort"), "COM2 not plugged in");
     EXPECT_EQ(Find<QLabel>("lblDevice")->text(),
               u"No device is plugged in. Choose a port with File, Configure System."_s);
     EXPECT_EQ(Text("lblModel"), "Instrument not asked yet");

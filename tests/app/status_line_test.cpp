@@ -25,7 +25,7 @@ TEST(PortLabels, OfAnOpenPortSayItsDevice) {
     state.portOpen = true;
     state.instrumentModel = "DAVO-E R3.10";
     const LinkGlance glance = GlanceAtLink(settings, state, devices);
-    EXPECT_EQ(PortState(glance), u"COM1 open"_s);
+    EXPECT_EQ(PortState(glance), u"COM1 ready"_s);
     EXPECT_EQ(DeviceState(glance), u"FT232R, FTDI, serial number A5, /dev/ttyUSB0"_s);
     EXPECT_EQ(ModelWords(glance.instrumentModel), u"DAVO-E R3.10"_s);
 }
@@ -36,22 +36,23 @@ TEST(PortLabels, OfAClosedPortSayWhatIsInTheWay) {
     settings.comPort = 2;
     LinkState closed;
     closed.openFailed = true;
-    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 not open"_s);
+    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 not plugged in"_s);
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)), u"No device is plugged in"_s);
     devices.assigned[2] = u"/dev/ttyUSB5"_s;
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
               u"/dev/ttyUSB5 is not plugged in"_s);
     devices.present = {UsbAdapter("/dev/ttyUSB5", "", "", "")};
+    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 not open"_s);
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
               u"/dev/ttyUSB5 could not be opened"_s);
     EXPECT_TRUE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
     closed.openFailed = false;
-    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 closed until needed"_s);
+    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 opened when needed"_s);
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)), u"/dev/ttyUSB5"_s);
     EXPECT_FALSE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
     EXPECT_EQ(ModelWords(closed.instrumentModel), u"Instrument not asked yet"_s);
     devices.present.clear();
-    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 not open"_s);
+    EXPECT_EQ(PortState(GlanceAtLink(settings, closed, devices)), u"COM2 not plugged in"_s);
     EXPECT_EQ(DeviceState(GlanceAtLink(settings, closed, devices)),
               u"/dev/ttyUSB5 is not plugged in"_s);
     EXPECT_TRUE(NeedsHelp(GlanceAtLink(settings, closed, devices)));
@@ -193,7 +194,7 @@ class StatusLineTest : public ::testing::Test, public ScriptedLine, public Contr
 };
 
 TEST_F(StatusLineTest, SaysEverythingAtAGlance) {
-    EXPECT_EQ(Text("lblPort"), "COM1 open");
+    EXPECT_EQ(Text("lblPort"), "COM1 ready");
     EXPECT_EQ(Find<QLabel>("lblDevice")->text(), facts.link.deviceWords);
     EXPECT_EQ(Text("lblModel"), "DAVO-E R3.10");
     EXPECT_EQ(Find<QLabel>("lblDataPath")->text(), ShownPath(facts.dataPath));
@@ -208,7 +209,7 @@ TEST_F(StatusLineTest, AMissingDeviceIsSaidWithoutABox) {
     facts.link.openFailed = true;
     facts.link.present = false;
     line.ShowFacts(facts);
-    EXPECT_EQ(Text("lblPort"), "COM1 not open");
+    EXPECT_EQ(Text("lblPort"), "COM1 not plugged in");
     EXPECT_EQ(Text("lblDevice"), "/dev/ttyUSB0 is not plugged in");
     EXPECT_TRUE(prompts.shown.empty());
 }

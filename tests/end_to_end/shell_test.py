@@ -47,7 +47,7 @@ class Connection(unittest.TestCase):
         with harness.started(*QUICK) as (rig, program):
             program.do("menu mnuConfig", "wait frmConfig", "click cmdTest")
             program.do('waitContains lblAnswer "DAVO-E R3.15 answers."', "click frmConfig/cmdExit")
-            program.do("waitGone frmConfig", 'waitText statusLine/lblPort "COM1 open"')
+            program.do("waitGone frmConfig", 'waitText statusLine/lblPort "COM1 ready"')
 
 
 class Menu(unittest.TestCase):

@@ -39,7 +39,7 @@ class FilesFolder : public DataFolder {
         main.menuBar()->addMenu(u"&File"_s);
         auto* area = new QMdiArea(&main);
         main.setCentralWidget(area);
-        main.statusBar()->showMessage(u"COM1 open"_s);
+        main.statusBar()->showMessage(u"COM1 ready"_s);
         window->Form_Load();
         ShowPage(*area, *window);
         main.setWindowState(Qt::WindowMaximized);
