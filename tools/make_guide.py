@@ -12,8 +12,9 @@ A heading may say which windows of the program it is about:
 
 For each such window f1/<window>.html leads there: the program's F1 key opens it, and needs to know
 no anchor (many desktops pass on a file's name only). On the page about the message boxes each block
-of literal text is a place of its own, f1/message-N.html; f1/messages.txt says by which part of a
-message it is found: the file's name without its ending, a tab, the part.
+of literal text is a place of its own, f1/message-N.html, and so is each row of its table of errors;
+f1/messages.txt says by which part of a message it is found: the file's name without its ending, a
+tab, the part, a tab, the first sentence below it. The message box shows that sentence.
 
 Of headings that follow each other and are each for a platform, with what is below them, that of the
 reader's PLATFORM comes first:
@@ -52,7 +53,19 @@ REDIRECT = """<!DOCTYPE html>
 
 
 MESSAGES = "msgBox"
-LEAST_PART = 10  # characters of a message by which it may be found
+LEAST_PART = 9  # characters of a message by which it may be found
+BLOCK = re.compile(r"<pre><code>([^<]*)</code></pre>")
+# What follows a block, or several in a row.
+BELOW = re.compile(r"\s*(?:<pre><code>[^<]*</code></pre>\s*)*<p>(.*?)</p>", re.S)
+SENTENCE = re.compile(r".+?[.?!](?= |$)")
+ERROR_ROW = re.compile(r"<tr>\n<td>(\d+)</td>\n<td>(.*?)</td>\n<td>(.*?)</td>")
+
+
+def first_sentence(below):
+    """Of the HTML below a message, as plain text."""
+    text = " ".join(html.unescape(re.sub(r"<[^>]*>", "", below)).split())
+    sentence = SENTENCE.match(text)
+    return sentence[0] if sentence else text
 
 
 HEADINGS = ("h1", "h2", "h3")
@@ -163,9 +176,10 @@ class Page:
         )
         self.body = converter.convert(text)
         self.windows = parts.processor.windows
-        self.messages = []  # for each message the parts of it that are always the same
+        self.messages = []  # of each: its place, the parts that are always the same, what to do
         if MESSAGES in self.windows:
-            self.body = re.sub(r"<pre><code>(.*?)</code></pre>", self.message, self.body, flags=re.S)
+            self.body = BLOCK.sub(self.message, self.body)
+            self.body = ERROR_ROW.sub(self.error, self.body)
         self.sections = parts.processor.sections
         title = re.match(r"# (.+?)(?: *\{.*\})?\n", text)
         if not title:
@@ -175,8 +189,17 @@ class Page:
 
     def message(self, block):
         parts = re.split(r"‹[^›]*›|\n", html.unescape(block[1]))
-        self.messages.append([part.strip() for part in parts if len(part.strip()) >= LEAST_PART])
-        return f'<pre id="message-{len(self.messages)}"><code>{block[1]}</code></pre>'
+        parts = [part.strip() for part in parts if len(part.strip()) >= LEAST_PART]
+        place = f"message-{len(self.messages) + 1}"
+        below = BELOW.match(block.string, block.end())
+        self.messages.append((place, parts, first_sentence(below[1]) if below else ""))
+        return f'<pre id="{place}"><code>{block[1]}</code></pre>'
+
+    def error(self, row):
+        place = f"message-error-{row[1]}"
+        advice = first_sentence(row[3][0].upper() + row[3][1:])
+        self.messages.append((place, [f"Run-time error '{row[1]}'"], advice.rstrip(".") + "."))
+        return row[0].replace("<tr>", f'<tr id="{place}">', 1)
 
 
 def contents(pages, current):
@@ -249,15 +272,16 @@ def main(platform, output, sources):
             windows[window] = page.name
             target = f"../{page.name}.html#{anchor}"
             (redirects / f"{window}.html").write_text(REDIRECT.format(target=target), "utf-8")
-        for number, parts in enumerate(page.messages, 1):
-            target = f"../{page.name}.html#message-{number}"
-            (redirects / f"message-{number}.html").write_text(REDIRECT.format(target=target), "utf-8")
+        for place, _, _ in page.messages:
+            target = f"../{page.name}.html#{place}"
+            (redirects / f"{place}.html").write_text(REDIRECT.format(target=target), "utf-8")
         if page.messages:
             # What two messages have in common tells neither.
-            times = collections.Counter(part for parts in page.messages for part in set(parts))
+            times = collections.Counter(
+                part for _, parts, _ in page.messages for part in set(parts))
             lines = [
-                f"message-{number}\t{part}\n"
-                for number, parts in enumerate(page.messages, 1)
+                f"{place}\t{part}\t{advice}\n"
+                for place, parts, advice in page.messages
                 for part in parts
                 if times[part] == 1
             ]

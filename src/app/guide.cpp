@@ -25,21 +25,24 @@ QString PageOf(const QString& folder, const QWidget* widget) {
     return QFileInfo::exists(page) ? page : QString();
 }
 
-// The guide's file for the message that widget shows; empty when it shows none that is known.
-QString PageOfMessage(const QString& folder, const QWidget* widget) {
-    const QString message = widget->property("exactText").toString();
+// A message that the guide knows; all empty when it does not.
+struct KnownMessage {
+    QString page;
+    QString advice;
+};
+
+KnownMessage Known(const QString& folder, const QString& message) {
     QFile file(QDir(folder).filePath(QStringLiteral("f1/messages.txt")));
     if (message.isEmpty() || !file.open(QIODevice::ReadOnly)) return {};
-    QString found;
-    qsizetype longest = 0;
+    QStringList found{{}, {}, {}};
     for (const QString& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'))) {
-        const QString part = line.section(QLatin1Char('\t'), 1);
-        if (part.size() <= longest || !message.contains(part)) continue;
-        longest = part.size();
-        found = line.section(QLatin1Char('\t'), 0, 0);
+        const QStringList fields = line.split(QLatin1Char('\t'));
+        if (fields.size() == found.size() && fields[1].size() > found[1].size() &&
+            message.contains(fields[1]))
+            found = fields;
     }
-    if (found.isEmpty()) return {};
-    return QDir(folder).filePath(QStringLiteral("f1/%1.html").arg(found));
+    if (found[0].isEmpty()) return {};
+    return {QDir(folder).filePath(QStringLiteral("f1/%1.html").arg(found[0])), found[2]};
 }
 
 // The window that is open in the area of this one; null without.
@@ -61,12 +64,20 @@ QString GuidePage(const QString& folder, const QWidget* widget) {
     for (; widget != nullptr; widget = widget->parentWidget()) {
         const QWidget* within = OpenWithin(widget);
         QString page = within == nullptr ? QString() : PageOf(folder, within);
-        if (page.isEmpty()) page = PageOfMessage(folder, widget);
+        if (page.isEmpty()) page = Known(folder, widget->property("exactText").toString()).page;
         if (page.isEmpty()) page = PageOf(folder, widget);
         if (!page.isEmpty()) return page;
     }
     const QString first = QDir(folder).filePath(QStringLiteral("index.html"));
     return QFileInfo::exists(first) ? first : QString();
+}
+
+QString GuideAdvice(const QStringList& folders, const QString& message) {
+    for (const QString& folder : folders) {
+        QString advice = Known(folder, message).advice;
+        if (!advice.isEmpty()) return advice;
+    }
+    return {};
 }
 
 GuideKey::GuideKey(QStringList folders, Prompts& prompts, Open open)

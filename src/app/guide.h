@@ -19,9 +19,13 @@ QStringList GuideFolders();
 // The file of the guide in folder that fits the place of widget: "f1/<object name>.html" of the
 // nearest widget upwards that has such a file, else the first page. In the main window's own parts
 // (menu, status bar) it is the window that is open in its area, in a message box the place of its
-// message: the line of "f1/messages.txt", "<file>\t<part of a message>", with the longest part that
-// stands in its "exactText". Empty when folder has no guide.
+// message: the line of "f1/messages.txt", "<file>\t<part of a message>\t<advice>", with the longest
+// part that stands in its "exactText". Empty when folder has no guide.
 QString GuidePage(const QString& folder, const QWidget* widget);
+
+// What to do about a message, one sentence: the advice of that line, of the first folder that has
+// one. Empty without.
+QString GuideAdvice(const QStringList& folders, const QString& message);
 
 // What F1 does in every window of the application, modal ones too: it opens the guide. Installed
 // as the application's event filter.

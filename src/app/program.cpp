@@ -67,6 +67,7 @@ int RunProgram(QApplication& application) {
     DressApplication();
     const Places places = PlatformPlaces();
     DialogPrompts prompts;
+    prompts.AdviceOn = [](const QString& text) { return GuideAdvice(GuideFolders(), text); };
     const auto instance = MakeSingleInstance(places);
     if (instance->AnotherRuns()) {
         prompts.Message(

@@ -17,6 +17,9 @@ class Prompts {
     // A message with an OK button; no title unless given.
     virtual void Message(const QString& text, const QString& title = {}) = 0;
 
+    // The same, of something that is in order.
+    virtual void Inform(const QString& text) { Message(text); }
+
     // A message that comes by itself, not from what the operator did: shown once nothing else is
     // open, never over a question that waits for an answer.
     virtual void MessageAfter(const QString& text) { Message(text); }

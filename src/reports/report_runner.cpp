@@ -86,14 +86,14 @@ bool ReportRunner::Make(const QString& path, RecordSource source, const QString&
         prompts_.Message(
             QStringLiteral("The record has control characters. The report has \"?\" for each."));
     }
-    if (!open_(target)) prompts_.Message(NoProgramText(target));
+    if (!open_(target)) prompts_.Inform(NoProgramText(target));
     return true;
 }
 
 void ReportRunner::SayOnceWhatIsMissing() {
     if (!chosen_->isBuiltIn || toldBuiltIn_) return;
     toldBuiltIn_ = true;
-    prompts_.Message(QLatin1String(kBuiltInRendererText));
+    prompts_.Inform(QLatin1String(kBuiltInRendererText));
 }
 
 void ReportRunner::Cancel() {

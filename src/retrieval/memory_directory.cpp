@@ -121,7 +121,7 @@ std::optional<std::string> ReadMemoryDirectory(Link& link, Prompts& prompts) {
         if (link.LastWaitEnded()) return std::nullopt;
     }
     if (reply.size() < kShortestDirectory) {
-        prompts.Message(QLatin1String(kNoTestRecordsMessage));
+        prompts.Inform(QLatin1String(kNoTestRecordsMessage));
         return std::nullopt;
     }
     return reply;

@@ -134,7 +134,7 @@ DialogueResult TrySave(const SessionContent& content, Prompts& prompts, Settings
 }
 
 void SayKept(Prompts& prompts) {
-    prompts.Message(
+    prompts.Inform(
         QStringLiteral("No test record was saved. The session is kept and will be offered again."));
 }
 

@@ -8,11 +8,18 @@
 #include <QFileInfo>
 #include <QInputDialog>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <algorithm>
 
 #include "common/places.h"
+#include "ui/contrast.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 
@@ -41,12 +48,67 @@ void SetUp(QDialog& dialog, const char* name, const QString& text, const QString
     dialog.setStyleSheet(QLatin1String(kButtonSize));
 }
 
+// Letters that are read at arm's length.
+void EnlargeText(QDialog& dialog) {
+    constexpr double kLeast = 13;  // points
+    QFont font = dialog.font();
+    font.setPointSizeF(std::max(kLeast, font.pointSizeF()));
+    dialog.setFont(font);
+    for (auto* child : dialog.findChildren<QAbstractButton*>())
+        child->setFont(font);
+}
+
+QMessageBox::Icon IconOf(const QString& message) {
+    const bool error = message.contains(QLatin1String("Run-time error '"));
+    return error ? QMessageBox::Critical : QMessageBox::Warning;
+}
+
+void AddAdvice(QMessageBox& box, const QString& advice) {
+    if (advice.isEmpty()) return;
+    box.setInformativeText(advice);
+    auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"));
+    label->setTextFormat(Qt::PlainText);
+    QPalette quiet = box.palette();
+    quiet.setColor(QPalette::WindowText, QuietInk(quiet));
+    label->setPalette(quiet);
+    QPushButton* help = box.addButton(QStringLiteral("&Help"), QMessageBox::HelpRole);
+    help->setObjectName(QStringLiteral("cmdHelp"));
+    // The question stays open.
+    QObject::disconnect(help, &QAbstractButton::clicked, nullptr, nullptr);
+    QObject::connect(help, &QAbstractButton::clicked, &box, [&box] { PressF1(box); });
+}
+
+// A text that leaves the screen no room for the buttons scrolls.
+void ScrollLongText(QMessageBox& box) {
+    constexpr int kWidth = 600;
+    auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    const int most = box.screen()->availableSize().height() / 2;
+    auto* whole = new QLabel(label->text(), &box);
+    whole->setTextFormat(Qt::PlainText);
+    whole->setWordWrap(true);
+    whole->setAlignment(Qt::AlignTop);
+    whole->setFont(box.font());
+    if (whole->heightForWidth(kWidth) <= most) {
+        delete whole;
+        return;
+    }
+    auto* scroll = new QScrollArea(&box);
+    scroll->setObjectName(QStringLiteral("scrText"));
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(whole);
+    scroll->setFixedHeight(most);
+    scroll->setMinimumWidth(kWidth);
+    delete box.layout()->replaceWidget(label, scroll);
+    label->hide();
+}
+
 // Shows a message box until it is answered. When its parent is destroyed meanwhile, the answer is
 // that of the Escape key. Its button need not be shown.
 QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& text, const QString& title,
                                 QMessageBox::StandardButtons buttons,
                                 QMessageBox::StandardButton preset,
-                                QMessageBox::StandardButton escape) {
+                                QMessageBox::StandardButton escape, const QString& advice) {
     const QPointer<QMessageBox> box = new QMessageBox(Parent());
     SetUp(*box, "msgBox", text, title);
     box->setIcon(icon);
@@ -56,6 +118,9 @@ QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& text, con
     box->setDefaultButton(preset);
     box->setEscapeButton(escape);
     box->button(escape)->setVisible(buttons.testFlag(escape));
+    AddAdvice(*box, advice);
+    EnlargeText(*box);
+    ScrollLongText(*box);
     const int pressed = box->exec();
     if (box.isNull()) return escape;
     delete box;
@@ -108,7 +173,13 @@ class DialogPrompts::Open {
 
 void DialogPrompts::Message(const QString& text, const QString& title) {
     const Open open(*this);
-    Ask(QMessageBox::NoIcon, text, title, QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok);
+    Ask(IconOf(text), text, title, QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok, Advice(text));
+}
+
+void DialogPrompts::Inform(const QString& text) {
+    const Open open(*this);
+    Ask(QMessageBox::Information, text, {}, QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Ok,
+        Advice(text));
 }
 
 void DialogPrompts::MessageAfter(const QString& text) {
@@ -123,20 +194,20 @@ Answer DialogPrompts::YesNo(const QString& text, Answer preset, const QString& t
     const Open open(*this);
     const auto button = ButtonOf(preset);
     return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
-                        button, button));
+                        button, button, Advice(text)));
 }
 
 Answer DialogPrompts::YesNoOrBack(const QString& text, Answer preset, const QString& title) {
     const Open open(*this);
     return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
-                        ButtonOf(preset), QMessageBox::Cancel));
+                        ButtonOf(preset), QMessageBox::Cancel, Advice(text)));
 }
 
 Answer DialogPrompts::YesNoCancel(const QString& text, Answer preset, const QString& title) {
     const Open open(*this);
     return AnswerOf(Ask(QMessageBox::Question, text, title,
                         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, ButtonOf(preset),
-                        QMessageBox::Cancel));
+                        QMessageBox::Cancel, Advice(text)));
 }
 
 std::optional<QString> DialogPrompts::Input(const QString& title, const QString& prompt,
@@ -152,6 +223,7 @@ std::optional<QString> DialogPrompts::Input(const QString& title, const QString&
     dialog->setTextValue(initial);
     for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
         line->setObjectName(QStringLiteral("txtInput"));
+    EnlargeText(*dialog);
     const bool accepted = dialog->exec() == QDialog::Accepted;
     if (dialog.isNull()) return std::nullopt;
     const QString text = dialog->textValue();

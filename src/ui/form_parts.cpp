@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/form_parts.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QShortcut>
 
 namespace davo {
@@ -40,6 +42,11 @@ void KeepRoomWhenHidden(QWidget* widget) {
     QSizePolicy policy = widget->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     widget->setSizePolicy(policy);
+}
+
+void PressF1(QWidget& widget) {
+    QKeyEvent f1(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
+    QApplication::sendEvent(&widget, &f1);
 }
 
 }  // namespace davo

@@ -42,4 +42,7 @@ void OnKey(QWidget* window, const QKeySequence& key, const std::function<void()>
 // A hidden widget keeps its room, so that what is around it keeps its place.
 void KeepRoomWhenHidden(QWidget* widget);
 
+// What the F1 key does at widget.
+void PressF1(QWidget& widget);
+
 }  // namespace davo

@@ -192,12 +192,59 @@ TEST_F(Guide, AMessageIsFoundByWhatIsAlwaysTheSameInIt) {
               u"File '‹name›' exists. Do you want to override?"_s);
     EXPECT_EQ(found("DAVO is not available\r\nor\r\nnot under computer control."),
               u"DAVO is not available\nor\nnot under computer control."_s);
-    EXPECT_EQ(found("Run-time error '61': Disk full: /a/T1.txt"),
+    EXPECT_EQ(found("Run-time error '5': Unknown: /a/T1.txt"),
               u"Run-time error '‹number›': ‹text›: ‹file or line›"_s);
     EXPECT_EQ(found("The test record was not saved.\r\nRun-time error '61': Disk full"),
               u"The test record was not saved.\n‹error›"_s);
     box.setProperty("exactText", u"Something else"_s);
     EXPECT_EQ(GuidePage(kGuide, &box), Place("msgBox"));
+}
+
+TEST_F(Guide, AnErrorLeadsToItsRowOfTheTable) {
+    QMessageBox box;
+    box.setObjectName(u"msgBox"_s);
+    box.setProperty("exactText", u"Run-time error '61': Disk full: /a/T1.txt"_s);
+    EXPECT_EQ(TargetOf(GuidePage(kGuide, &box)), u"../messages.html#message-error-61"_s);
+}
+
+TEST_F(Guide, SaysInOneSentenceWhatToDoAboutAMessage) {
+    const QStringList folders{kGuide + u"/nowhere"_s, kGuide};
+    const auto advice = [&](const char* text) {
+        return GuideAdvice(folders, QString::fromUtf8(text)).toStdString();
+    };
+    EXPECT_EQ(advice("DAVO is not ready.  Please check equipment."),
+              "Check that the DAVO is on and its cable in place, then try again.");
+    EXPECT_EQ(advice("DAVO is not available\r\nor\r\nnot under computer control."),
+              "Put the DAVO under computer control, check its cable, then try again.");
+    EXPECT_EQ(advice("Do You Want to Exit?"), "Yes ends the program.");
+    EXPECT_EQ(advice("Receive buffer overflow"),
+              "Close other programs, check the adapter, repeat the shot.");
+    EXPECT_EQ(advice("Data Lost"), "Close other programs, check the adapter, repeat the shot.");
+    EXPECT_EQ(advice("Filename cannot contain ''.''  Please Re-enter."),
+              "Type the name without a full stop; .txt is added.");
+    EXPECT_EQ(advice("Run-time error '61': Disk full: /a/T1.txt"), "Make room on the disk.");
+    EXPECT_EQ(advice("The test record was not saved.\r\nRun-time error '61': Disk full"),
+              "Make room, or save it in another folder: the question comes again.");
+    EXPECT_EQ(advice("Something else"), "");
+    EXPECT_EQ(GuideAdvice({kGuide + u"/nowhere"_s}, u"Do You Want to Exit?"_s), QString());
+}
+
+TEST_F(Guide, TheHelpButtonOfAMessageOpensItsPlace) {
+    Install();
+    Shown below("frmConfig");
+    DialogPrompts dialogs;
+    dialogs.AdviceOn = [](const QString& text) { return GuideAdvice({kGuide}, text); };
+    QTimer::singleShot(0, [this] {
+        ASSERT_TRUE(Until([] { return QApplication::activeModalWidget() != nullptr; }));
+        QWidget* box = QApplication::activeModalWidget();
+        ClickIn(*box, "cmdHelp");
+        EXPECT_TRUE(Opens());
+        EXPECT_TRUE(box->isVisible());
+        QTest::keyClick(box, Qt::Key_Escape);
+    });
+    dialogs.Message(u"The test record needs a name."_s);
+    ASSERT_EQ(opened.Paths().size(), 1U);
+    EXPECT_EQ(MessageAt(TargetOf(opened.Paths().front())), u"The test record needs a name."_s);
 }
 
 TEST_F(Guide, OtherKeysGoOn) {

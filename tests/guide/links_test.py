@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The guide's pages hold together: links, anchors, windows. DAVO_GUIDE names their folder."""
 
+import html
 import html.parser
 import os
 import pathlib
@@ -102,10 +103,16 @@ class Links(unittest.TestCase):
 
     def test_every_message_is_found_at_its_own_place(self):
         lines = (GUIDE / "f1" / "messages.txt").read_text("utf-8").splitlines()
+        page = (GUIDE / "messages.html").read_text("utf-8")
+        words = " ".join(html.unescape(re.sub(r"<[^>]*>", "", page)).split()).lower()
         found = {}
         for line in lines:
-            place, _, part = line.partition("\t")
+            place, part, advice = line.split("\t")
             self.assertTrue((GUIDE / "f1" / f"{place}.html").exists(), place)
+            self.assertIn(f'id="{place}"', page)
+            # The sentence in the message box is the one on the page.
+            self.assertIn(advice[:-1].lower(), words)
+            self.assertRegex(advice, r"^[A-Z.].*[.?:]$", place)
             found.setdefault(part, set()).add(place)
         self.assertGreater(len(found), 100)
         twice = sorted(part for part, places in found.items() if len(places) > 1)

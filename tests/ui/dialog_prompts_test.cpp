@@ -11,13 +11,18 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTest>
 #include <QTimer>
 
 #include "common/files.h"
+#include "common/run_time_error.h"
 #include "tests/support/controls.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
+#include "ui/contrast.h"
 
 namespace davo {
 namespace {
@@ -104,6 +109,181 @@ TEST(MessagePrompt, HasTheTitleGivenAndEndsByEscape) {
         QTest::keyClick(&box, Qt::Key_Escape);
     });
     DialogPrompts().Message(u"text"_s, u"Title"_s);
+}
+
+QMessageBox::Icon IconShown(const std::function<void(DialogPrompts&)>& ask) {
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        icon = box.icon();
+        EXPECT_FALSE(box.iconPixmap().isNull());
+        QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    DialogPrompts prompts;
+    ask(prompts);
+    return icon;
+}
+
+TEST(MessagePrompt, HasTheIconOfItsKind) {
+    EXPECT_EQ(IconShown([](auto& to) { to.Message(u"The DAVO cannot be reached."_s); }),
+              QMessageBox::Warning);
+    EXPECT_EQ(IconShown([](auto& to) {
+                  to.Message(u"Not saved.\r\n"_s +
+                             QString::fromUtf8(RunTimeError(ErrorNumber::DiskFull).what()));
+              }),
+              QMessageBox::Critical);
+    EXPECT_EQ(IconShown([](auto& to) { to.Inform(u"There are no test records."_s); }),
+              QMessageBox::Information);
+    EXPECT_EQ(IconShown([](auto& to) { to.YesNo(u"Exit?"_s, Answer::No); }), QMessageBox::Question);
+    EXPECT_EQ(IconShown([](auto& to) { to.YesNoOrBack(u"Exit?"_s, Answer::No); }),
+              QMessageBox::Question);
+    EXPECT_EQ(IconShown([](auto& to) { to.YesNoCancel(u"Exit?"_s, Answer::No); }),
+              QMessageBox::Question);
+}
+
+// At arm's length; the user's own size where that is larger.
+TEST(MessagePrompt, HasLettersOfThirteenPointsOrMore) {
+    const QFont usual = QApplication::font();
+    for (const double points : {9.0, 14.0}) {
+        QFont font = usual;
+        font.setPointSizeF(points);
+        QApplication::setFont(font);
+        const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+            for (const QWidget* one : box.findChildren<QWidget*>()) {
+                if (!one->isVisible() || !one->property("text").isValid()) continue;
+                EXPECT_EQ(one->font().pointSizeF(), std::max(13.0, points))
+                    << one->objectName().toStdString();
+            }
+            box.accept();
+        });
+        DialogPrompts().Message(u"text"_s);
+    }
+    QApplication::setFont(usual);
+}
+
+DialogPrompts Advising() {
+    DialogPrompts prompts;
+    prompts.AdviceOn = [](const QString& text) {
+        return text == u"known"_s ? u"Plug the <adapter> in & try again."_s : QString();
+    };
+    return prompts;
+}
+
+TEST(MessagePrompt, SaysUnderTheTextWhatToDo) {
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        EXPECT_EQ(box.text(), u"known"_s);
+        const auto* text = box.findChild<QLabel*>(u"qt_msgbox_label"_s);
+        const auto* advice = box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s);
+        ASSERT_NE(advice, nullptr);
+        EXPECT_EQ(advice->text(), u"Plug the <adapter> in & try again."_s);
+        EXPECT_EQ(advice->textFormat(), Qt::PlainText);
+        EXPECT_GT(advice->y(), text->y());
+        EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::Ok));
+        box.accept();
+    });
+    Advising().Message(u"known"_s);
+}
+
+TEST(MessagePrompt, WithoutAnAdviceHasNoHelp) {
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        EXPECT_EQ(box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s), nullptr);
+        EXPECT_EQ(box.findChild<QPushButton*>(u"cmdHelp"_s), nullptr);
+        box.accept();
+    });
+    Advising().Message(u"unknown"_s);
+}
+
+// The grey is measured where it is seen.
+TEST(MessagePrompt, TheAdviceIsGreyAndStillReadInEveryPalette) {
+    const QPalette usual = QApplication::palette();
+    for (const auto& [ground, ink] :
+         std::vector<std::pair<QColor, QColor>>{{QColor(239, 239, 239), Qt::black},
+                                                {QColor(239, 240, 241), QColor(35, 38, 41)},
+                                                {QColor(45, 45, 48), Qt::white},
+                                                {Qt::black, Qt::yellow}}) {
+        QPalette palette(ground, ground);
+        palette.setColor(QPalette::WindowText, ink);
+        QApplication::setPalette(palette);
+        const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+            auto* label = box.findChild<QLabel*>(u"qt_msgbox_informativelabel"_s);
+            ASSERT_NE(label, nullptr);
+            const QImage image = label->grab().toImage();
+            double most = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    most = std::max(most, Contrast(image.pixelColor(x, y), ground));
+            EXPECT_GE(most, 4.5) << ground.name().toStdString();
+            EXPECT_LT(most, Contrast(ink, ground) * 0.75) << ground.name().toStdString();
+            box.accept();
+        });
+        Advising().Message(u"known"_s);
+    }
+    QApplication::setPalette(usual);
+}
+
+// Counts the F1 keys that arrive in a dialog.
+class F1Counter : public QObject {
+  public:
+    F1Counter() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::KeyPress && watched->objectName() == u"msgBox"_s &&
+            static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1)
+            ++count;
+        return false;
+    }
+    int count = 0;
+};
+
+TEST(MessagePrompt, HelpDoesWhatF1DoesAndTheQuestionStaysOpen) {
+    F1Counter f1;
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        auto* help = box.findChild<QPushButton*>(u"cmdHelp"_s);
+        ASSERT_NE(help, nullptr);
+        EXPECT_GE(help->height(), kGloveHeight);
+        QTest::mouseClick(help, Qt::LeftButton);
+        EXPECT_EQ(f1.count, 1);
+        QTest::keyClick(&box, Qt::Key_H, Qt::AltModifier);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return f1.count == 2; }));
+        EXPECT_TRUE(box.isVisible());
+        QTest::keyClick(&box, Qt::Key_Y, Qt::AltModifier);
+    });
+    EXPECT_EQ(Advising().YesNo(u"known"_s, Answer::No), Answer::Yes);
+}
+
+TEST(MessagePrompt, ALongTextScrollsAndTheButtonsStayOnTheScreen) {
+    QStringList lines{u"These texts would be read back as others:"_s};
+    for (int i = 0; i < 100; ++i)
+        lines << u"The text \"SN: %1\" of COMMENTS"_s.arg(i);
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        const QRect screen = box.screen()->availableGeometry();
+        EXPECT_LE(box.frameGeometry().height(), screen.height());
+        EXPECT_LE(box.frameGeometry().width(), screen.width());
+        EXPECT_EQ(box.text(), lines.join(u'\n'));
+        auto* scroll = box.findChild<QScrollArea*>();
+        ASSERT_NE(scroll, nullptr);
+        EXPECT_GT(scroll->height(), box.fontMetrics().height() * 6);
+        const auto* text = qobject_cast<QLabel*>(scroll->widget());
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(text->text(), lines.join(u'\n'));
+        EXPECT_GE(text->font().pointSizeF(), 13);
+        EXPECT_GE(text->height(), 101 * text->fontMetrics().height());
+        // By keys, too.
+        for (int i = 0; i < 3 && !scroll->hasFocus(); ++i)
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_TRUE(scroll->hasFocus());
+        QTest::keyClick(scroll, Qt::Key_PageDown);
+        EXPECT_GT(scroll->verticalScrollBar()->value(), 0);
+        QTest::mouseClick(box.button(QMessageBox::Yes), Qt::LeftButton);
+    });
+    EXPECT_EQ(DialogPrompts().YesNo(lines.join(u"\r\n"_s), Answer::No), Answer::Yes);
+}
+
+TEST(MessagePrompt, AShortTextDoesNotScroll) {
+    const auto shown = WhenShown::Do<QMessageBox>("msgBox", [&](QMessageBox& box) {
+        EXPECT_EQ(box.findChild<QScrollArea*>(), nullptr);
+        EXPECT_TRUE(box.findChild<QLabel*>(u"qt_msgbox_label"_s)->isVisible());
+        box.accept();
+    });
+    DialogPrompts().Message(u"one\r\ntwo\r\nthree"_s);
 }
 
 // What asks a question that "Yes" answers.
