@@ -7,9 +7,12 @@
 #include <QCloseEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QScopeGuard>
+#include <QShortcut>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTimer>
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -23,6 +26,7 @@
 #include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/version.h"
+#include "reports/report_hooks.h"
 #include "retrieval/memory_directory.h"
 #include "testing/frmCControl.h"
 #include "testing/session_save.h"
@@ -80,7 +84,18 @@ void frmMain::BuildCentre() {
     if (forms_.testList) items.push_back(menu_.mnuRecall);
     if (forms_.memoryDirectory) items.push_back(menu_.mnuDownload);
     items.push_back(menu_.mnuConfig);
-    home_ = new HomePanel(items, pages_);
+    std::vector<SecondItem> second;
+    if (forms_.fileUtilities) second.push_back({menu_.mnuOverlay, "Overlay"});
+    if (forms_.headerSetup) second.push_back({menu_.mnuSetHeaderFile, "Header"});
+    if (forms_.fileUtilities) second.push_back({menu_.mnuFileUtil, "File Utilities"});
+    home_ = new HomePanel(items, second, pages_);
+    home_->OnView = [this](const QString& file) { Start([this, file] { ViewRecord(file); }); };
+    // Nothing happens without a report.
+    auto* escape =
+        new QShortcut(Qt::Key_Escape, home_, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+    connect(escape, &QShortcut::activated, this, [this] {
+        if (services_.reports != nullptr) services_.reports->Cancel();
+    });
     home_->Sessions().OnSave = [this](const UnsavedSession& session) {
         handlers_.RunAlone([this, &session] { SaveSession(session); });
         ShowFacts();
@@ -98,12 +113,9 @@ void frmMain::BuildCentre() {
 
 void frmMain::ConnectMenu() {
     const auto on = [this](QAction* item, auto handler) {
-        connect(item, &QAction::triggered, this, [this, handler] {
-            if (!menu_.FileEnabled() || handlers_.Running()) return;
-            handlers_.Run(handler);
-            EnableWorking(true);
-            ShowFacts();
-            if (closeWanted_) close();
+        connect(item, &QAction::triggered, this, [this, item, handler] {
+            opener_ = item;
+            Start(handler);
         });
     };
     on(menu_.mnuRecall, [this] { mnuRecall_Click(); });
@@ -129,6 +141,15 @@ void frmMain::ConnectMenu() {
         menu_.CheckKneepoint(state_.settings.kneepointType);
         ShowFacts();
     });
+}
+
+template <class Handler>
+void frmMain::Start(const Handler& handler) {
+    if (!menu_.FileEnabled() || handlers_.Running()) return;
+    handlers_.Run(handler);
+    EnableWorking(true);
+    ShowFacts();
+    if (closeWanted_) close();
 }
 
 // --- Load ---------------------------------------------------------------------------------------
@@ -305,6 +326,15 @@ void frmMain::SaveSession(const UnsavedSession& session) {
     ListAgain();
 }
 
+void frmMain::ViewRecord(const QString& file) {
+    if (services_.reports == nullptr) return;
+    EnableWorking(false);
+    const auto show = [this](const QString& text) { statusBar()->showMessage(text); };
+    const auto hide = qScopeGuard([this] { statusBar()->clearMessage(); });
+    show(QLatin1String(kPlottingCaption));
+    services_.reports->Run(state_.settings.dataPath + file, show);
+}
+
 void frmMain::ListAgain() {
     ListRecords();
     menu_.EnableRecordItems(HasRecords());
@@ -394,14 +424,22 @@ void frmMain::ChildClosed() {
     handlers_.Run([this] { ListAgain(); });
     handlers_.Run([this] { OfferSessions(); });
     ShowFacts();
+    home_->FocusButtonOf(opener_);
     if (closeWanted_) QTimer::singleShot(0, this, [this] { close(); });
 }
 
 void frmMain::LookAround() {
-    if (children_ == 0 && !handlers_.Running()) {
-        const bool isThere = FolderExists(state_.settings.dataPath);
-        if (std::exchange(folderWasThere_, isThere) != isThere)
-            handlers_.RunAlone([this] { ListAgain(); });
+    if (children_ == 0 && !handlers_.Running() && look_.activeThreadCount() == 0) {
+        look_.start([this, path = state_.settings.dataPath] {
+            const bool isThere = FolderExists(path);
+            QMetaObject::invokeMethod(this, [this, path, isThere] {
+                if (children_ > 0 || handlers_.Running() || path != state_.settings.dataPath)
+                    return;
+                if (std::exchange(folderWasThere_, isThere) == isThere) return;
+                handlers_.Run([this] { ListAgain(); });
+                ShowFacts();
+            });
+        });
     }
     ShowFacts();
 }
@@ -415,8 +453,12 @@ void frmMain::ShowFacts() {
         troubles.push_back(notice);
     statusLine_->ShowFacts({link, dataPath, state_.settings.kneepointType, listing.skipped,
                             listing.notListed, troubles});
-    home_->ShowFacts(
-        {link, RowsOfEntries(state_.directory.dirEntries, listedRecords_), dataPath, listing});
+    HomeFacts facts{link,     RowsOfEntries(state_.directory.dirEntries, listedRecords_),
+                    dataPath, listing,
+                    {},       state_.settings.kneepointType};
+    for (std::size_t i = 0; i < std::min(facts.records.size(), kNewestRecords); ++i)
+        facts.files.push_back(RecordFileOf(state_.directory, i));
+    home_->ShowFacts(facts);
 }
 
 void frmMain::EnableWorking(bool enabled) {
@@ -440,8 +482,10 @@ bool frmMain::MayClose() {
     if (leaving_) return true;
     if (handlers_.Running()) {
         // The handler that waits comes to its end first and closes the window then.
-        closeWanted_ = services_.link.CurrentWait().has_value();
+        const bool reports = services_.reports != nullptr && services_.reports->UnderWay();
+        closeWanted_ = reports || services_.link.CurrentWait().has_value();
         services_.link.EndWait();
+        if (reports) services_.reports->Cancel();
         return false;
     }
     return testWindow_ != nullptr ? MayCloseTestWindow() : MayCloseChildren();

@@ -3,6 +3,7 @@
 
 #include <QMainWindow>
 #include <QPointer>
+#include <QThreadPool>
 #include <QTimer>
 #include <vector>
 
@@ -50,6 +51,9 @@ class frmMain : public QMainWindow {
   private:
     void ConnectMenu();
     void BuildCentre();
+    // Runs what a menu item or a button does, one at a time.
+    template <class Handler>
+    void Start(const Handler& handler);
 
     void LoadDirectory();
 
@@ -73,6 +77,8 @@ class frmMain : public QMainWindow {
     // Sets a session that was never saved aside, and shows all of them on the start page.
     void OfferSessions();
     void SaveSession(const UnsavedSession& session);
+    // Makes the report of a record of the data folder; Esc leaves it.
+    void ViewRecord(const QString& file);
 
     // Disables mnuFile and runs open; mnuFile is enabled again when open throws.
     template <class Open>
@@ -87,7 +93,8 @@ class frmMain : public QMainWindow {
     void ShowArea(const Open& open);
     void ShowPages();
     void ChildClosed();
-    // Shows the facts anew, and lists a data folder that has gone, or is back, with its stick.
+    // Shows the facts anew, and lists a data folder that has gone, or is back, with its stick. It
+    // is looked for on another thread: a network drive that is dead answers late.
     void LookAround();
     void ShowFacts();
     // The menu items and buttons that do nothing while one of them waits.
@@ -116,6 +123,7 @@ class frmMain : public QMainWindow {
     QPointer<frmAbout> about_;
     QPointer<frmConfig> config_;
     QPointer<QWidget> focusBefore_;  // of the wait
+    QAction* opener_ = nullptr;      // of the window that is open, or was last
     frmCControl* testWindow_ = nullptr;
     int children_ = 0;  // that are open
     QTimer factsTimer_;
@@ -126,6 +134,7 @@ class frmMain : public QMainWindow {
     bool folderWasThere_ = true;  // the data folder, when it was looked at last
     bool leaving_ = false;
     bool unloaded_ = false;
+    QThreadPool look_;  // the last: nothing of the window is used once it is gone
 };
 
 }  // namespace davo

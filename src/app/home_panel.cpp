@@ -5,15 +5,22 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPalette>
+#include <QPushButton>
 #include <QRegularExpression>
+#include <QShortcut>
+#include <QSignalBlocker>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "app/program_icon.h"
+#include "app/record_preview.h"
 #include "app/session_cards.h"
 #include "common/places.h"
 #include "ui/big_button.h"
+#include "ui/contrast.h"
 #include "ui/form_parts.h"
 #include "ui/record_list.h"
 
@@ -21,10 +28,13 @@ namespace davo {
 
 namespace {
 
-constexpr int kPanelMargin = 20;
-constexpr int kPanelSpacing = 14;
-constexpr int kPanelPicture = 64;
+constexpr int kPanelMargin = 16;
+constexpr int kPanelSpacing = 10;
+constexpr int kPanelPicture = 56;
+constexpr int kLeastButtonHeight = 48;
 constexpr int kMostButtonHeight = 140;
+constexpr int kSecondButtonHeight = 44;
+constexpr int kPreviewHeight = 500;  // of a panel that has room for it
 constexpr double kPortGrowth = 1.8;
 constexpr double kHeadingGrowth = 1.4;
 constexpr double kButtonGrowth = 1.3;  // of a large button
@@ -59,15 +69,14 @@ QString ButtonCaption(const QAction& item) {
         .replace(QLatin1Char('&'), QStringLiteral("&&"));
 }
 
+QString ButtonName(const QAction& item) {
+    return QStringLiteral("cmd") + item.objectName().mid(3);
+}
+
 BigButton* MakeButton(QAction* item, QWidget* parent) {
-    auto* button = new BigButton(parent, QStringLiteral("cmd") + item->objectName().mid(3));
-    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    button->setMaximumHeight(kMostButtonHeight);
-    Enlarge(button, kButtonGrowth);
-    MakeBold(button);
+    auto* button = new BigButton(parent, ButtonName(*item));
     const std::vector<QAction*> chain = WithMenusAbove(item);
     const auto follow = [button, item, chain] {
-        button->setText(ButtonCaption(*item));
         button->setEnabled(std::all_of(chain.begin(), chain.end(),
                                        [](const QAction* one) { return one->isEnabled(); }));
     };
@@ -76,6 +85,34 @@ BigButton* MakeButton(QAction* item, QWidget* parent) {
     QObject::connect(button, &QPushButton::clicked, item, [item] { item->trigger(); });
     follow();
     return button;
+}
+
+BigButton* MakeLargeButton(QAction* item, QWidget* parent) {
+    BigButton* button = MakeButton(item, parent);
+    button->setText(ButtonCaption(*item));
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    button->setMinimumHeight(kLeastButtonHeight);
+    button->setMaximumHeight(kMostButtonHeight);
+    Enlarge(button, kButtonGrowth);
+    MakeBold(button);
+    return button;
+}
+
+// A filled dot, a ring or a cross, each in a colour of its own: who sees no colours sees the shape.
+void ShowDot(QLabel& dot, const LinkGlance& link) {
+    const bool missing = NeedsHelp(link) || link.comPort == kNoPortChosen;
+    const auto colour = [&]() -> QColor {
+        if (missing) return {200, 30, 30};
+        return link.portOpen ? QColor(20, 140, 60) : QColor(110, 110, 110);
+    };
+    constexpr double kLeastContrast = 4.5;
+    QPalette palette = dot.parentWidget()->palette();
+    palette.setColor(QPalette::WindowText,
+                     Readable(colour(), palette.color(QPalette::Window),
+                              palette.color(QPalette::WindowText), kLeastContrast));
+    dot.setPalette(palette);
+    const char16_t open = link.portOpen ? u'\u25CF' : u'\u25CB';
+    dot.setText(QString(QChar(missing ? u'\u2716' : open)));
 }
 
 // Only a folder that was read and is empty has no records yet.
@@ -89,24 +126,44 @@ QString WhyNoRecords(const HomeFacts& facts) {
 
 }  // namespace
 
-HomePanel::HomePanel(const std::vector<QAction*>& items, QWidget* parent) : QWidget(parent) {
+HomePanel::HomePanel(const std::vector<QAction*>& items, const std::vector<SecondItem>& second,
+                     QWidget* parent)
+    : QWidget(parent) {
     setObjectName(QStringLiteral("homePanel"));
     auto* grid = WithMargin(new QGridLayout(this), kPanelMargin);
     grid->setSpacing(kPanelSpacing);
     grid->addWidget(BuildLink(), 0, 0, 1, 2);
-    auto* buttons = new QVBoxLayout;
-    buttons->setSpacing(kPanelSpacing);
-    QWidget* lastButton = this;
+    auto* column = new QVBoxLayout;
+    column->setSpacing(kPanelSpacing);
     for (QAction* item : items) {
-        lastButton = MakeButton(item, this);
-        buttons->addWidget(lastButton, 1);
+        buttons_.push_back(MakeLargeButton(item, this));
+        column->addWidget(buttons_.back(), 1);
     }
-    buttons->addStretch();
-    grid->addLayout(buttons, 1, 0);
-    grid->addWidget(BuildRecords(lastButton), 1, 1);
+    column->addStretch();
+    grid->addLayout(column, 1, 0);
+    grid->addWidget(BuildRecords(items.empty() ? this : static_cast<QWidget*>(buttons_.back())), 1,
+                    1);
+    grid->addLayout(BuildSecondRow(second), 2, 0, 1, 2);
     grid->setColumnStretch(0, kButtonShare);
     grid->setColumnStretch(1, kRecordShare);
     grid->setRowStretch(1, 1);
+}
+
+QLayout* HomePanel::BuildSecondRow(const std::vector<SecondItem>& second) {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(kPanelSpacing);
+    const auto add = [this, row](BigButton* button, const char* caption) {
+        button->setText(QLatin1String(caption));
+        button->setMinimumHeight(kSecondButtonHeight);
+        row->addWidget(button);
+        buttons_.push_back(button);
+    };
+    for (const auto& [item, caption] : second)
+        add(MakeButton(item, this), caption);
+    auto* guide = new BigButton(this, "cmdGuide");
+    connect(guide, &QPushButton::clicked, guide, [guide] { PressF1(*guide); });
+    add(guide, "Guide (F1)");
+    return row;
 }
 
 QWidget* HomePanel::BuildLink() {
@@ -119,10 +176,14 @@ QWidget* HomePanel::BuildLink() {
     row->addWidget(picture, 0, Qt::AlignTop);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
+    lblDot_ = MakeLabel(frame, "lblDot", {}, kPortGrowth);
     lblPort_ = MakeParagraph(frame, "lblPort", {}, kPortGrowth);
     MakeBold(lblPort_);
     lblDevice_ = MakeParagraph(frame, "lblDevice");
-    texts->addWidget(lblPort_);
+    auto* port = new QHBoxLayout;
+    port->addWidget(lblDot_);
+    port->addWidget(lblPort_, 1);
+    texts->addLayout(port);
     texts->addWidget(lblDevice_);
     texts->addStretch(1);
     row->addLayout(texts, 1);
@@ -143,25 +204,90 @@ QWidget* HomePanel::BuildRecords(QWidget* lastButton) {
     column->addLayout(recordPages_, 1);
     lvNewest_ = Named(new RecordList(RecordColumns::UpToStation, frame), "lvNewest");
     lvNewest_->setAccessibleName(heading->text());
-    lvNewest_->setSelectionMode(QAbstractItemView::NoSelection);
+    lvNewest_->setSelectionMode(QAbstractItemView::SingleSelection);
+    lvNewest_->setTabKeyNavigation(false);
+    const auto view = [this] {
+        if (const QString file = SelectedFile(); OnView && !file.isEmpty()) OnView(file);
+    };
+    connect(lvNewest_, &QTreeWidget::itemDoubleClicked, this, view);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* enter = new QShortcut(key, lvNewest_, nullptr, nullptr, Qt::WidgetShortcut);
+        enter->setAutoRepeat(false);
+        connect(enter, &QShortcut::activated, this, view);
+    }
+    connect(lvNewest_, &QTreeWidget::itemSelectionChanged, this, [this] { Preview(); });
     // The cards of many sessions leave room for some of them.
     lvNewest_->setMinimumHeight(kLeastRows * lvNewest_->fontMetrics().lineSpacing());
     recordPages_->addWidget(lvNewest_);
     lblNoRecords_ = MakeParagraph(frame, "lblNoRecords");
     lblNoRecords_->setAlignment(Qt::AlignTop);
     recordPages_->addWidget(lblNoRecords_);
+    preview_ = Named(new RecordPreview(frame), "preview");
+    preview_->hide();
+    column->addWidget(preview_);
     return frame;
 }
 
 void HomePanel::ShowFacts(const HomeFacts& facts) {
+    ShowDot(*lblDot_, facts.link);
     lblPort_->setText(PortState(facts.link));
     lblDevice_->setText(NeedsHelp(facts.link) ? WayOut(facts.link) : DeviceState(facts.link));
     lblModel_->setText(ModelWords(facts.link.instrumentModel));
-    const auto newest = std::min(facts.records.size(), kNewestRecords);
-    lvNewest_->Fill({facts.records.begin(), facts.records.begin() + static_cast<long>(newest)});
     lblNoRecords_->setText(WhyNoRecords(facts));
     recordPages_->setCurrentWidget(facts.records.empty() ? static_cast<QWidget*>(lblNoRecords_)
                                                          : lvNewest_);
+    ShowRecords(facts);
+}
+
+// The list is filled only where something has changed: what is selected stays so.
+void HomePanel::ShowRecords(const HomeFacts& facts) {
+    const QString selected = SelectedFile();
+    const HomeFacts before = std::exchange(facts_, facts);
+    facts_.records.resize(std::min(facts.records.size(), kNewestRecords));
+    if (facts_.records != before.records || facts_.files != before.files) {
+        const QSignalBlocker quiet(lvNewest_);
+        lvNewest_->Fill(facts_.records);
+        const auto found = std::find(facts_.files.begin(), facts_.files.end(), selected);
+        const auto row = found == facts_.files.end() ? 0 : found - facts_.files.begin();
+        lvNewest_->setCurrentItem(lvNewest_->topLevelItem(static_cast<int>(row)));
+    } else if (facts_.dataPath == before.dataPath && facts_.kneepointType == before.kneepointType) {
+        return;
+    }
+    Preview();
+}
+
+QString HomePanel::SelectedFile() const {
+    const std::vector<int> rows = lvNewest_->SelectedRows();
+    if (rows.empty()) return {};
+    const auto row = static_cast<std::size_t>(rows.front());
+    return row < facts_.files.size() ? facts_.files[row] : QString();
+}
+
+void HomePanel::Preview() {
+    const QString file = SelectedFile();
+    preview_->setVisible(height() >= kPreviewHeight && !file.isEmpty());
+    if (preview_->isVisible()) preview_->ShowRecord(facts_.dataPath + file, facts_.kneepointType);
+}
+
+void HomePanel::FocusButtonOf(const QAction* item) {
+    const auto may = [](const QPushButton* button) { return button->isEnabled(); };
+    const QString name = item == nullptr ? QString() : ButtonName(*item);
+    auto found = std::find_if(buttons_.begin(), buttons_.end(), [&](const QPushButton* button) {
+        return button->objectName() == name && may(button);
+    });
+    if (found == buttons_.end()) found = std::find_if(buttons_.begin(), buttons_.end(), may);
+    (*found)->setFocus();
+}
+
+void HomePanel::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // It may have been written anew under another window.
+    Preview();
+}
+
+void HomePanel::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (preview_->isHidden() == (height() >= kPreviewHeight)) Preview();
 }
 
 }  // namespace davo

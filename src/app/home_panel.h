@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QWidget>
+#include <functional>
 #include <vector>
 
 #include "app/port_labels.h"
@@ -10,11 +11,14 @@
 
 class QAction;
 class QLabel;
+class QLayout;
+class QPushButton;
 class QStackedLayout;
 
 namespace davo {
 
 class RecordList;
+class RecordPreview;
 class SessionCards;
 
 // So many of the newest records are shown.
@@ -24,26 +28,55 @@ struct HomeFacts {
     LinkGlance link;
     std::vector<ListRow> records;  // newest first, as many as there are
     QString dataPath;
-    RebuildResult listing = {};  // of the data folder
+    RebuildResult listing = {};       // of the data folder
+    std::vector<QString> files = {};  // of records, in dataPath
+    QString kneepointType = {};
+};
+
+// A menu item with a button in the second row, and what that says.
+struct SecondItem {
+    QAction* item;
+    const char* caption;
 };
 
 // The main area while no other window is open: the state of the link, the sessions that were never
-// saved, the newest records, and a large button for each of the menu items that are chosen most.
+// saved, the newest records, and a button for each of the menu items that are chosen most.
 class HomePanel : public QWidget {
   public:
-    // Each button bears its menu item's caption, does what that does and is enabled while the
-    // item can be chosen: it and every menu above it is enabled. The items stand in their menus
-    // already; the button of "mnuBoth" is called "cmdBoth".
-    HomePanel(const std::vector<QAction*>& items, QWidget* parent);
+    // Each button does what its menu item does and is enabled while the item can be chosen: it and
+    // every menu above it is enabled. The items are in their menus already; the button of "mnuBoth"
+    // is called "cmdBoth". The large buttons have their items' captions; below are smaller ones,
+    // and one for the guide.
+    HomePanel(const std::vector<QAction*>& items, const std::vector<SecondItem>& second,
+              QWidget* parent);
 
     void ShowFacts(const HomeFacts& facts);
 
+    // The keyboard is at the button of item; where that has none, or one that is disabled, at the
+    // first button that can be pressed.
+    void FocusButtonOf(const QAction* item);
+
+    // Enter or a double click on a record.
+    std::function<void(const QString& file)> OnView;
+
     SessionCards& Sessions() { return *sessions_; }
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QWidget* BuildLink();
     QWidget* BuildRecords(QWidget* lastButton);
+    QLayout* BuildSecondRow(const std::vector<SecondItem>& second);
+    void ShowRecords(const HomeFacts& facts);
+    // Of the selected row; nothing without one.
+    QString SelectedFile() const;
+    void Preview();
 
+    std::vector<QPushButton*> buttons_;
+    HomeFacts facts_;
+    QLabel* lblDot_ = nullptr;
     QLabel* lblPort_ = nullptr;
     QLabel* lblDevice_ = nullptr;
     QLabel* lblModel_ = nullptr;
@@ -51,6 +84,7 @@ class HomePanel : public QWidget {
     QStackedLayout* recordPages_ = nullptr;
     RecordList* lvNewest_ = nullptr;
     QLabel* lblNoRecords_ = nullptr;
+    RecordPreview* preview_ = nullptr;
 };
 
 }  // namespace davo

@@ -2,7 +2,9 @@
 // What the main window does for reports: the template is put, the test window may ask for one.
 
 #include <QElapsedTimer>
+#include <QStatusBar>
 #include <QThread>
+#include <QTimer>
 #include <atomic>
 
 #include "reports/template_file.h"
@@ -135,6 +137,73 @@ TEST_F(MainWindowWithReports, AWindowThatWasLeftSoonStartsNoEngine) {
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     QTest::qWait(static_cast<int>(kPrepareDelay.count()) + 500);
     EXPECT_EQ(prepared, 0);
+}
+
+// A record of the start page is viewed as one of the test list is.
+class StartPageWithReports : public MainWindowWithReports {
+  protected:
+    void OpenWithRecords() {
+        AddRecord("T1.txt", "11/20/26");
+        AddRecord("T2.txt", "11/21/26");
+        for (const char* name : {"T1.txt", "T2.txt"})
+            ReplaceFile(DataFolder() + QLatin1String(name),
+                        ReadWholeFile(DataFolder() + QLatin1String(name)) + RecordText());
+        OpenWithReports();
+    }
+    void PressOnTheList(Qt::Key key) {
+        auto* list = Find<QTreeWidget>("lvNewest");
+        list->setFocus();
+        QTest::keyClick(list, key);
+    }
+    QString Says() { return window->statusBar()->currentMessage(); }
+};
+
+TEST_F(StartPageWithReports, EnterMakesTheReportOfTheSelectedRecord) {
+    OpenWithRecords();
+    PressOnTheList(Qt::Key_Down);
+    PressOnTheList(Qt::Key_Return);
+    ASSERT_TRUE(Until([this] { return !opened.empty(); }));
+    EXPECT_THAT(opened, ElementsAre(ExcelFolder() + u"T1.xls"_s));
+    EXPECT_TRUE(Find<QTreeWidget>("lvNewest")->hasFocus());
+    EXPECT_EQ(Says(), QString());
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(StartPageWithReports, WhileItIsMadeNothingElseBeginsAndEscLeavesIt) {
+    isDone = false;
+    OpenWithRecords();
+    bool wasEnabled = true;
+    QString said;
+    QTimer::singleShot(50, window.get(), [&] {
+        wasEnabled = Find<QPushButton>("cmdBoth")->isEnabled();
+        said = Says();
+        PressOnTheList(Qt::Key_Return);
+        PressOnTheList(Qt::Key_Escape);
+    });
+    PressOnTheList(Qt::Key_Return);
+    EXPECT_FALSE(wasEnabled);
+    EXPECT_THAT(said.toStdString(), AnyOf(StartsWith("Plotting"), HasSubstr("graph")));
+    EXPECT_TRUE(Find<QPushButton>("cmdBoth")->isEnabled());
+    EXPECT_THAT(opened, IsEmpty());
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(StartPageWithReports, ClosingTheWindowLeavesTheReport) {
+    isDone = false;
+    OpenWithRecords();
+    QTimer::singleShot(50, window.get(), [&] { window->close(); });
+    PressOnTheList(Qt::Key_Return);
+    EXPECT_TRUE(Until([this] { return !window->isVisible(); }));
+    EXPECT_THAT(opened, IsEmpty());
+}
+
+TEST_F(StartPageWithReports, ARecordThatCannotBeReadIsSaid) {
+    OpenWithRecords();
+    QFile::remove(DataFolder() + u"T2.txt"_s);
+    PressOnTheList(Qt::Key_Return);
+    ASSERT_THAT(prompts.shown, SizeIs(1));
+    EXPECT_THAT(prompts.shown.front().toStdString(), HasSubstr("File not found"));
+    EXPECT_TRUE(Find<QPushButton>("cmdBoth")->isEnabled());
 }
 
 }  // namespace

@@ -201,5 +201,46 @@ TEST_F(WaitingMainWindow, TheStartPageComesBackWithTheLastWindowOnly) {
     EXPECT_TRUE(Enabled("mnuFile"));
 }
 
+// What opened a window has the keyboard again when it closes: Enter opens the next one.
+TEST_F(WaitingMainWindow, TheFocusGoesBackToTheButtonThatOpenedTheWindow) {
+    std::function<void()> close;
+    const auto child = [&](QMdiArea& area, std::function<void()> closed) {
+        close = std::move(closed);
+        auto* edit = new QLineEdit;
+        area.addSubWindow(edit)->show();
+        edit->setFocus();
+    };
+    ChildForms children;
+    children.testList = children.headerSetup = children.fileUtilities = children.recordHeaders =
+        child;
+    AddRecord("T1.txt", "11/21/26");
+    Open("DAVO-E R3.10", children);
+    for (const char* name : {"cmdRecall", "cmdOverlay", "cmdSetHeaderFile", "cmdFileUtil"}) {
+        Find<QPushButton>(name)->setFocus();
+        QTest::keyClick(window->focusWidget(), Qt::Key_Return);
+        ASSERT_FALSE(Find<HomePanel>("homePanel")->isVisible()) << name;
+        close();
+        EXPECT_EQ(window->focusWidget(), Find<QPushButton>(name)) << name;
+    }
+    Choose("mnuFileUtil");
+    close();
+    EXPECT_EQ(window->focusWidget(), Find<QPushButton>("cmdFileUtil")) << "by the menu, too";
+    Choose("mnuSetDescr");
+    close();
+    EXPECT_EQ(window->focusWidget(), Find<QPushButton>("cmdBoth")) << "it has no button";
+}
+
+TEST_F(WaitingMainWindow, TheFocusGoesBackAfterATest) {
+    Open();
+    Find<QPushButton>("cmdRatio")->setFocus();
+    QTest::keyClick(window->focusWidget(), Qt::Key_Return);
+    ASSERT_NE(TestWindow(), nullptr);
+    ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
+    QTest::qWait(50);
+    Click("cmdExit");
+    ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
+    EXPECT_EQ(window->focusWidget(), Find<QPushButton>("cmdRatio"));
+}
+
 }  // namespace
 }  // namespace davo::test

@@ -5,10 +5,17 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTextDocumentFragment>
+#include <set>
 
 #include "app/session_cards.h"
+#include "common/files.h"
 #include "common/places.h"
+#include "common/settings.h"
 #include "tests/support/controls.h"
+#include "tests/support/record_text.h"
+#include "tests/support/temporary_folder.h"
+#include "ui/contrast.h"
 
 namespace davo::test {
 namespace {
@@ -24,7 +31,13 @@ class Home : public ::testing::Test, public Controls {
         ratio = AddItem(run, "mnuRatio", "Ratio Test &Only");
         download = AddItem(file, "mnuDownload", "&Download Test Record");
         window.menuBar()->addAction(u"&About"_s);
-        panel = new HomePanel({both, ratio, recall, download}, &window);
+        overlay = AddItem(file, "mnuOverlay", "&Overlay 2 Tests");
+        headers = AddItem(file, "mnuSetHeaderFile", "Setup Test &Header Information");
+        fileUtil = AddItem(file, "mnuFileUtil", "File &Utilities");
+        panel = new HomePanel(
+            {both, ratio, recall, download},
+            {{overlay, "Overlay"}, {headers, "Header"}, {fileUtil, "File Utilities"}}, &window);
+        panel->OnView = [this](const QString& name) { viewed.push_back(name.toStdString()); };
         window.setCentralWidget(panel);
         facts.link.comPort = 1;
         facts.link.portOpen = true;
@@ -34,6 +47,7 @@ class Home : public ::testing::Test, public Controls {
         for (int i = 0; i < 12; ++i) {
             facts.records.push_back({"B" + std::to_string(20 - i), "11/21/26", "03",
                                      "NORTH               ", "C", "M", "O"});
+            facts.files.push_back(u"B%1.txt"_s.arg(20 - i));
         }
         panel->ShowFacts(facts);
     }
@@ -58,9 +72,48 @@ class Home : public ::testing::Test, public Controls {
     QAction* both = nullptr;
     QAction* ratio = nullptr;
     QAction* download = nullptr;
+    QAction* overlay = nullptr;
+    QAction* headers = nullptr;
+    QAction* fileUtil = nullptr;
     HomePanel* panel = nullptr;
     HomeFacts facts;
     std::vector<std::string> chosen;
+    std::vector<std::string> viewed;
+};
+
+// With records on the disk, in a window that has room for the preview.
+class HomeWithRecords : public Home {
+  protected:
+    HomeWithRecords() {
+        facts.dataPath = folder.Path();
+        facts.kneepointType = QLatin1String(kKneeIeee30);
+        for (const QString& record : facts.files) {
+            const QString name = record.chopped(4);
+            ReplaceFile(folder.Path() + record,
+                        HeaderText(name.toStdString(), "Station " + name.toStdString()) +
+                            RecordText() + WithoutACurve());
+        }
+        panel->ShowFacts(facts);
+    }
+    void OpenLarge() {
+        window.resize(1024, 600);
+        ASSERT_TRUE(ShowActive(window));
+    }
+    static std::string WithoutACurve() {
+        RecordParts parts;
+        parts.number = " 2";
+        parts.points.clear();
+        parts.measuredRatio = "99.6";
+        parts.polarity = "OUT OF PHASE";
+        parts.percentError = "-0.40%";
+        return RecordText(parts);
+    }
+    QTreeWidget* Newest() { return Find<QTreeWidget>("lvNewest"); }
+    QString Shown() {
+        return QTextDocumentFragment::fromHtml(Find<QLabel>("lblPreview")->text()).toPlainText();
+    }
+
+    TemporaryFolder folder;
 };
 
 TEST_F(Home, TheButtonsBearTheItemsCaptionsWithoutMnemonics) {
@@ -107,7 +160,7 @@ TEST_F(Home, AButtonIsEnabledWhileEveryMenuAboveItsItemIs) {
 
 TEST_F(Home, AnItemThatIsDisabledFromTheStartHasADisabledButton) {
     ratio->setEnabled(false);
-    HomePanel late({ratio}, nullptr);
+    HomePanel late({ratio}, {}, nullptr);
     EXPECT_FALSE(FindIn<QPushButton>(late, "cmdRatio")->isEnabled());
 }
 
@@ -125,6 +178,162 @@ TEST_F(Home, ShowsTheStateOfTheLink) {
     facts.link.comPort = kNoPortChosen;
     panel->ShowFacts(facts);
     EXPECT_EQ(Text("lblDevice"), "Choose a port with File, Configure System.");
+}
+
+// A shape and a colour of its own for each state, and no colour that cannot be seen.
+TEST_F(Home, ADotShowsTheStateOfThePort) {
+    const auto dot = [this] {
+        panel->ShowFacts(facts);
+        const auto* label = Find<QLabel>("lblDot");
+        const QColor colour = label->palette().color(QPalette::WindowText);
+        EXPECT_GE(Contrast(colour, window.palette().color(QPalette::Window)), 4.5);
+        return std::pair(label->text(), colour.name());
+    };
+    const auto ready = dot();
+    facts.link.portOpen = false;
+    facts.link.present = true;
+    const auto whenNeeded = dot();
+    EXPECT_EQ(Text("lblPort"), "COM1 opened when needed");
+    facts.link.present = false;
+    const auto missing = dot();
+    EXPECT_EQ(Text("lblPort"), "COM1 not plugged in");
+    facts.link.comPort = kNoPortChosen;
+    EXPECT_EQ(dot(), missing);
+    EXPECT_THAT((std::set{ready.first, whenNeeded.first, missing.first}), SizeIs(3));
+    EXPECT_THAT((std::set{ready.second, whenNeeded.second, missing.second}), SizeIs(3));
+}
+
+TEST_F(Home, ASecondRowHasSmallerButtonsAndTheGuide) {
+    EXPECT_EQ(Text("cmdOverlay"), "Overlay");
+    EXPECT_EQ(Text("cmdSetHeaderFile"), "Header");
+    EXPECT_EQ(Text("cmdFileUtil"), "File Utilities");
+    EXPECT_EQ(Text("cmdGuide"), "Guide (F1)");
+    Open();
+    const auto* large = Find<QPushButton>("cmdBoth");
+    for (const char* name : {"cmdOverlay", "cmdSetHeaderFile", "cmdFileUtil"}) {
+        Click(name);
+        EXPECT_LT(Find<QPushButton>(name)->font().pointSizeF(), large->font().pointSizeF());
+        EXPECT_GT(Find<QPushButton>(name)->y(), Find<QPushButton>("cmdDownload")->y());
+    }
+    EXPECT_THAT(chosen, ElementsAre("mnuOverlay", "mnuSetHeaderFile", "mnuFileUtil"));
+    fileUtil->setEnabled(false);
+    EXPECT_FALSE(Enabled("cmdFileUtil"));
+}
+
+TEST_F(Home, TheGuideButtonDoesWhatF1Does) {
+    class Keys : public QObject {
+      public:
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::KeyPress)
+                pressed.push_back(static_cast<QKeyEvent*>(event)->key());
+            return false;
+        }
+        std::vector<int> pressed;
+    } keys;
+    Open();
+    Find<QPushButton>("cmdGuide")->installEventFilter(&keys);
+    Click("cmdGuide");
+    EXPECT_THAT(keys.pressed, ElementsAre(Qt::Key_F1));
+}
+
+TEST_F(Home, TheFocusGoesToTheButtonOfAnItem) {
+    Open();
+    panel->FocusButtonOf(recall);
+    EXPECT_EQ(window.focusWidget(), Find<QPushButton>("cmdRecall"));
+    panel->FocusButtonOf(fileUtil);
+    EXPECT_EQ(window.focusWidget(), Find<QPushButton>("cmdFileUtil"));
+    fileUtil->setEnabled(false);
+    both->setEnabled(false);
+    panel->FocusButtonOf(fileUtil);
+    EXPECT_EQ(window.focusWidget(), Find<QPushButton>("cmdRatio")) << "one that Enter presses";
+    panel->FocusButtonOf(nullptr);
+    EXPECT_EQ(window.focusWidget(), Find<QPushButton>("cmdRatio"));
+}
+
+TEST_F(Home, EnterAndADoubleClickViewARecord) {
+    Open();
+    auto* list = Find<QTreeWidget>("lvNewest");
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Return);
+    QTest::keyClick(list, Qt::Key_Down);
+    QTest::keyClick(list, Qt::Key_Enter);
+    EXPECT_THAT(viewed, ElementsAre("B20.txt", "B19.txt"));
+    const QPoint third = list->visualItemRect(list->topLevelItem(2)).center();
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, third);
+    EXPECT_THAT(viewed, SizeIs(2));
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, third);
+    EXPECT_THAT(viewed, ElementsAre("B20.txt", "B19.txt", "B18.txt"));
+}
+
+TEST_F(Home, WhatIsSelectedStaysSoWhileTheFactsAreShownAnew) {
+    Open();
+    auto* list = Find<QTreeWidget>("lvNewest");
+    ClickItem(*list, list->topLevelItem(3));
+    const auto selected = [list] { return list->selectedItems().value(0)->text(0).toStdString(); };
+    EXPECT_EQ(selected(), "B17");
+    panel->ShowFacts(facts);
+    EXPECT_EQ(selected(), "B17");
+    facts.records.insert(facts.records.begin(), {"B21", "11/21/26", "03", "NORTH", "C", "M", "O"});
+    facts.files.insert(facts.files.begin(), u"B21.txt"_s);
+    panel->ShowFacts(facts);
+    EXPECT_EQ(selected(), "B17");
+    facts.records.erase(facts.records.begin(), facts.records.begin() + 5);
+    facts.files.erase(facts.files.begin(), facts.files.begin() + 5);
+    panel->ShowFacts(facts);
+    EXPECT_EQ(selected(), "B16") << "the newest one where it is gone";
+}
+
+TEST_F(HomeWithRecords, TheSelectedRecordIsPreviewedUnderTheList) {
+    OpenLarge();
+    const auto* preview = Find<QWidget>("preview");
+    ASSERT_TRUE(preview->isVisible());
+    EXPECT_GE(preview->mapTo(panel, QPoint()).y(),
+              Newest()->mapTo(panel, QPoint(0, Newest()->height())).y());
+    EXPECT_THAT(Shown().toStdString(),
+                AllOf(StartsWith("B20\n"), HasSubstr("Station: Station B20"),
+                      HasSubstr("Test 1: ratio 241.20, error 0.50%, IN PHASE, kneepoint "),
+                      EndsWith("Test 2: ratio 99.6, error -0.40%, OUT OF PHASE")));
+    ClickItem(*Newest(), Newest()->topLevelItem(1));
+    EXPECT_THAT(Shown().toStdString(), StartsWith("B19\n"));
+    Newest()->setFocus();
+    QTest::keyClick(Newest(), Qt::Key_Down);
+    EXPECT_THAT(Shown().toStdString(), StartsWith("B18\n"));
+    EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
+}
+
+TEST_F(HomeWithRecords, ThePreviewHasTheKneepointsOfTheMarkerInUse) {
+    OpenLarge();
+    const QString first = Shown();
+    facts.kneepointType = QLatin1String(kKneeAsa);
+    panel->ShowFacts(facts);
+    EXPECT_NE(Shown(), first);
+}
+
+TEST_F(HomeWithRecords, ARecordThatCannotBeReadIsSaidInThePreview) {
+    ReplaceFile(folder.Path("B19.txt"), "nothing");
+    OpenLarge();
+    ClickItem(*Newest(), Newest()->topLevelItem(1));
+    EXPECT_THAT(Shown().toStdString(), StartsWith("B19 cannot be shown: the file is damaged."));
+}
+
+TEST_F(HomeWithRecords, WithoutRoomOrRecordsThereIsNoPreview) {
+    Open();
+    EXPECT_FALSE(Find<QWidget>("preview")->isVisible());
+    window.resize(1024, 600);
+    EXPECT_TRUE(Until([this] { return Find<QWidget>("preview")->isVisible(); }));
+    EXPECT_THAT(Shown().toStdString(), StartsWith("B20\n"));
+    facts.records.clear();
+    facts.files.clear();
+    panel->ShowFacts(facts);
+    EXPECT_FALSE(Find<QWidget>("preview")->isVisible());
+}
+
+TEST_F(HomeWithRecords, ARecordThatWasWrittenAnewIsReadWhenThePageIsShownAgain) {
+    OpenLarge();
+    ReplaceFile(folder.Path("B20.txt"), HeaderText("B20", "Elsewhere") + RecordText());
+    panel->hide();
+    panel->show();
+    EXPECT_THAT(Shown().toStdString(), HasSubstr("Elsewhere"));
 }
 
 TEST_F(Home, ShowsTheTenNewestRecords) {
@@ -177,7 +386,8 @@ TEST_F(Home, SaysWhyAFolderShowsNoRecords) {
 TEST_F(Home, TabGoesThroughTheButtonsAndEnterPressesThem) {
     Open();
     EXPECT_THAT(TabOrderOf(*panel),
-                ElementsAre("cmdBoth", "cmdRatio", "cmdRecall", "cmdDownload", "lvNewest"));
+                ElementsAre("cmdBoth", "cmdRatio", "cmdRecall", "cmdDownload", "lvNewest",
+                            "cmdOverlay", "cmdSetHeaderFile", "cmdFileUtil", "cmdGuide"));
     Find<QPushButton>("cmdBoth")->setFocus();
     QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
     EXPECT_EQ(window.focusWidget()->objectName(), u"cmdRatio"_s);

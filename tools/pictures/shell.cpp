@@ -6,6 +6,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
+#include <QTimer>
+#include <functional>
 #include <optional>
 
 #include "app/frmAbout.h"
@@ -14,10 +16,14 @@
 #include "app/home_panel.h"
 #include "app/session_cards.h"
 #include "app/status_line.h"
+#include "common/files.h"
 #include "tests/support/controls.h"
 #include "tests/support/fake_port_devices.h"
+#include "tests/support/record_text.h"
 #include "tests/support/scripted_link.h"
+#include "tests/support/temporary_folder.h"
 #include "tools/pictures/pictures.h"
+#include "ui/dialog_prompts.h"
 
 namespace davo::test {
 namespace {
@@ -40,9 +46,40 @@ class ShellPictures {
         splash.Form_Load();
         Grab(splash, "splash");
         TakeMain();
+        TakeMessages();
     }
 
   private:
+    // The message boxes of each kind, with what the guide has to say.
+    void TakeMessages() {
+        DialogPrompts prompts;
+        prompts.AdviceOn = [](const QString& text) {
+            return text.startsWith(u"These"_s) ? QString()
+                                               : u"Plug the adapter in, then try again."_s;
+        };
+        const auto grab = [this](const char* name, const std::function<void()>& ask) {
+            QTimer::singleShot(0, qApp, [this, name] {
+                QWidget* box = QApplication::activeModalWidget();
+                Grab(*box, name);
+                box->close();
+            });
+            ask();
+        };
+        grab("message-warning",
+             [&] { prompts.Message(u"DAVO is not ready.  Please check equipment."_s); });
+        grab("message-error", [&] {
+            prompts.Message(
+                u"The test record was not saved.\r\nRun-time error '61': Disk full: /media/T1.txt"_s);
+        });
+        grab("message-information", [&] { prompts.Inform(u"There are no test records."_s); });
+        grab("message-question",
+             [&] { prompts.YesNo(u"Do you want to save the test record?"_s, Answer::Yes); });
+        QString texts = u"These texts would be read back as others:"_s;
+        for (int i = 1; i <= 100; ++i)
+            texts += u"\r\nThe text \"SN: %1\" of COMMENTS"_s.arg(i);
+        grab("message-long", [&] { prompts.YesNoCancel(texts, Answer::No); });
+    }
+
     void Grab(QWidget& window, const char* name) {
         album_.ShowAndGrab(window, u"%1-%2"_s.arg(QLatin1String(name), colours_));
     }
@@ -98,7 +135,13 @@ class ShellPictures {
         QAction* both = AddItem(run, "mnuBoth", "S&aturation && Ratio Tests");
         QAction* ratio = AddItem(run, "mnuRatio", "Ratio Test &Only");
         QAction* download = AddItem(file, "mnuDownload", "&Download Test Record");
-        auto* home = new HomePanel({both, ratio, recall, download}, &window);
+        QAction* config = AddItem(file, "mnuConfig", "&Configure System");
+        QAction* overlay = AddItem(file, "mnuOverlay", "&Overlay 2 Tests");
+        QAction* headers = AddItem(file, "mnuSetHeaderFile", "Setup Test &Header Information");
+        QAction* utilities = AddItem(file, "mnuFileUtil", "File &Utilities");
+        auto* home = new HomePanel(
+            {both, ratio, recall, download, config},
+            {{overlay, "Overlay"}, {headers, "Header"}, {utilities, "File Utilities"}}, &window);
         auto* status = new StatusLine(line.link, line.prompts, &window);
         status->WaitChanged();
         window.setCentralWidget(home);
@@ -128,9 +171,17 @@ class ShellPictures {
         facts.link = homeFacts.link = glance();
         facts.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
         facts.notListed = 13;
+        const TemporaryFolder folder;
+        homeFacts.dataPath = folder.Path();
+        homeFacts.kneepointType = settings.kneepointType;
         for (int i = 0; i < 12; ++i) {
-            homeFacts.records.push_back({"BREAKER" + std::to_string(4210 - i), "11/21/26", "03",
-                                         "NORTH SUBSTATION    ", "", "", ""});
+            const std::string name = "BREAKER" + std::to_string(4210 - i);
+            homeFacts.records.push_back(
+                {name, "11/21/26", "03", "NORTH SUBSTATION    ", "", "", ""});
+            homeFacts.files.push_back(QString::fromStdString(name) + u".txt"_s);
+            ReplaceFile(folder.Path() + homeFacts.files.back(),
+                        HeaderText(name, "NORTH SUBSTATION") + RecordText(1) + RecordText(2) +
+                            RecordText(3));
         }
         status->ShowFacts(facts);
         home->ShowFacts(homeFacts);
@@ -192,6 +243,14 @@ void TakeShell(const Album& album) {
     dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
     const Colours colours(dark);
     ShellPictures(album, u"dark"_s).Take();
+    QPalette contrast(Qt::black, Qt::black);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        contrast.setColor(role, Qt::yellow);
+    contrast.setColor(QPalette::Base, Qt::black);
+    contrast.setColor(QPalette::Highlight, QColor(0, 0, 160));
+    contrast.setColor(QPalette::HighlightedText, Qt::white);
+    const Colours highContrast(contrast);
+    ShellPictures(album, u"contrast"_s).Take();
 }
 
 }  // namespace davo::test

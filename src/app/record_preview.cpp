@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/record_preview.h"
+
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QStringList>
+#include <algorithm>
+
+#include "analysis/kneepoint.h"
+#include "common/text.h"
+#include "curves/curve_chart.h"
+#include "curves/record_facts.h"
+#include "curves/record_texts.h"
+#include "ui/form_parts.h"
+
+namespace davo {
+
+namespace {
+
+constexpr std::size_t kMostPreviewTests = 3;
+constexpr QSize kChartSize(300, 190);
+constexpr int kChartWidth = 620;  // of a preview with a chart
+constexpr double kPreviewGrowth = 1.1;
+
+QString TestLine(const RecordTest& test, KneeRule rule) {
+    QStringList parts;
+    const auto add = [&parts](const char* caption, const std::string& text) {
+        if (!text.empty()) parts << QLatin1String(caption) + FromPage(text).toHtmlEscaped();
+    };
+    add("ratio ", test.measuredRatio);
+    add("error ", test.percentError);
+    add("", test.polarity);
+    if (!test.points.empty())
+        parts << QStringLiteral("kneepoint ") + JudgedText(FactOf(test, rule)).toHtmlEscaped();
+    return QStringLiteral("<b>Test %1</b>: %2")
+        .arg(FromPage(test.testNumber).toHtmlEscaped(), parts.join(QStringLiteral(", ")));
+}
+
+QString RecordText(const RecordFacts& record, KneeRule rule) {
+    QStringList lines{QStringLiteral("<b>%1</b>").arg(FromPage(record.name).toHtmlEscaped()),
+                      HeaderFields(record).join(QStringLiteral("&nbsp; "))};
+    const std::size_t shown = std::min(record.tests.size(), kMostPreviewTests);
+    for (std::size_t i = 0; i < shown; ++i)
+        lines << TestLine(record.tests.at(i), rule);
+    const std::size_t left = record.tests.size() + record.testsLeft - shown;
+    if (left > 0) lines << QStringLiteral("and %1 more").arg(left);
+    lines.removeAll(QString());
+    return lines.join(QStringLiteral("<br>"));
+}
+
+std::vector<ChartCurve> CurvesOf(const RecordFacts& record) {
+    std::vector<ChartCurve> curves;
+    for (const RecordTest& test : record.tests) {
+        if (test.points.empty() || curves.size() == kMostPreviewTests) continue;
+        curves.push_back({FromPage(test.testNumber), test.points, {}, CurveLook::Normal});
+    }
+    return curves;
+}
+
+}  // namespace
+
+RecordPreview::RecordPreview(QWidget* parent)
+    : QWidget(parent),
+      chart_(Named(new CurveChart(this), "chtPreview")),
+      lblRecord_(MakeParagraph(this, "lblPreview", {}, kPreviewGrowth)) {
+    chart_->SetInteractive(false);
+    chart_->setFixedSize(kChartSize);
+    lblRecord_->setTextFormat(Qt::RichText);
+    lblRecord_->setAlignment(Qt::AlignTop);
+    auto* row = WithMargin(new QHBoxLayout(this), 0);
+    row->setSpacing(kFormSpacing);
+    row->addWidget(chart_, 0, Qt::AlignTop);
+    row->addWidget(lblRecord_, 1);
+}
+
+void RecordPreview::ShowRecord(const QString& path, const QString& kneepointType) {
+    try {
+        const RecordFacts record = ReadRecordFacts(path);
+        const auto rule = KneeRuleOf(kneepointType.toStdString()).value_or(KneeRule::Asa1050);
+        lblRecord_->setText(RecordText(record, rule));
+        chart_->SetCurves(CurvesOf(record));
+    } catch (const RunTimeError& error) {
+        lblRecord_->setText(TroubleText(QFileInfo(path).completeBaseName(), error).toHtmlEscaped());
+        chart_->SetCurves({});
+    }
+}
+
+void RecordPreview::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    chart_->setVisible(width() >= kChartWidth);
+}
+
+}  // namespace davo
