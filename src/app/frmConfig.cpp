@@ -10,10 +10,13 @@
 #include <QLabel>
 #include <QRadioButton>
 #include <QScopeGuard>
+#include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 
 #include "app/port_labels.h"
 #include "link/port_choice.h"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QDir>
+#include <QFileInfo>
 #include <QStorageInfo>
 
 #include "files/removable_drives.h"

@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QStorageInfo>
 
 #include "files/removable_drives.h"
@@ -12,7 +13,9 @@ std::vector<RemovableDrive> RemovableDrives() {
     std::vector<RemovableDrive> drives;
     for (const QFileInfo& root : QDir::drives()) {
         const std::wstring path = QDir::toNativeSeparators(root.filePath()).toStdWString();
-        if (::GetDriveTypeW(path.c_str()) != DRIVE_REMOVABLE) continue;
+        // To look at a floppy disk would start its motor.
+        const bool floppy = path < L"C";
+        if (floppy || ::GetDriveTypeW(path.c_str()) != DRIVE_REMOVABLE) continue;
         const QStorageInfo volume(root.filePath());
         if (!volume.isReady() || volume.isReadOnly()) continue;
         const QString letter = root.filePath().left(2);
