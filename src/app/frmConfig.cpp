@@ -405,7 +405,8 @@ void frmConfig::ListPorts(const std::optional<QString>& chosen) {
     for (const PresentPort& port : shown) {
         const bool builtIn = !port.usb && !named;
         if (builtIn && !chkBuiltIn_->isChecked() && chosen != port.device) continue;
-        add(port, builtIn ? QStringLiteral("built into the computer") : port.name);
+        const bool unnamed = !port.usb && port.name.isEmpty();
+        add(port, unnamed ? QStringLiteral("built into the computer") : port.name);
     }
     if (chosen && !chosen->isEmpty() && FindPort(present_, *chosen) == nullptr) {
         PresentPort missing;

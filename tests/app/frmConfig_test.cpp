@@ -303,7 +303,8 @@ TEST_F(ConfigureSystem, WithComNamesARowIsANumber) {
     EXPECT_FALSE(Find<QCheckBox>("chkBuiltIn")->isVisible());
     EXPECT_THAT(Rows(),
                 ElementsAre("USB Serial Port|FTDI|7|COM3|", "Other|Maker||COM11|not COM1 to COM4",
-                            "|||COM2|", "not among the ports plugged in|||COM1|chosen"));
+                            "built into the computer|||COM2|",
+                            "not among the ports plugged in|||COM1|chosen"));
     EXPECT_EQ(Text("lblDevice"), "is not plugged in");
     ChooseDevice(u"COM11"_s);
     EXPECT_EQ(Chosen(), u"COM1"_s) << "the program has no number for it";
