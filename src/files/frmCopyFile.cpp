@@ -105,7 +105,11 @@ void frmCopyFile::Form_Load() {
 void frmCopyFile::ShowDrives() {
     std::vector<RemovableDrive> drives = listDrives_();
     drives.resize(std::min(drives.size(), kMostDrives));
-    if (drives == drives_ && driveColumn_->count() > 0) return;
+    // A button that is made anew loses the focus, and the press that is under way.
+    const auto same = [](const RemovableDrive& a, const RemovableDrive& b) {
+        return a.path == b.path;
+    };
+    if (std::equal(drives.begin(), drives.end(), drives_.begin(), drives_.end(), same)) return;
     drives_ = std::move(drives);
     qDeleteAll(driveButtons_->findChildren<QPushButton*>());
     for (std::size_t i = 0; i < drives_.size(); ++i) {

@@ -102,6 +102,11 @@ TEST_F(CopyWindow, SticksComeAndGo) {
     EXPECT_EQ(Sticks()[1], "&2   OTHER   999 bytes free");
     EXPECT_FALSE(Find<QLabel>("lblDrives")->isVisible());
     EXPECT_TRUE(Box("txtPath")->hasFocus()) << "what is typed there goes on";
+    auto* first = Find<QPushButton>("cmdDrive0");
+    first->setFocus();
+    drives[0].free -= 4096;
+    QTest::qWait(1200);
+    EXPECT_TRUE(first->hasFocus()) << "what another program writes takes no button away";
     drives.pop_back();
     ASSERT_TRUE(Until([this] { return Sticks().size() == 1; }));
     drives.clear();
