@@ -148,7 +148,6 @@ CurvePlot::CurvePlot(QWidget* parent) : QCustomPlot(parent) {
     axisRect()->insetLayout()->setMargins(
         QMargins(kInsideRoom, kInsideRoom, kInsideRoom, kInsideRoom));
     axisRect()->insetLayout()->setInsetPlacement(0, QCPLayoutInset::ipFree);
-    legend->setWrap(kLegendRows);
     legend->setIconSize(kLegendIcon, legend->iconSize().height());
     new Drawn(*axisRect(), QStringLiteral("axes"), 0, [this](QCPPainter& p) {
         p.setFont(font());
@@ -283,18 +282,24 @@ void CurvePlot::TakeRanges() {
 // What is shown grows until its decades are of one length, in the room that the numbers leave, and
 // the numbers go by what is shown.
 void CurvePlot::updateLayout() {
-    constexpr int kPasses = 2;
-    for (int pass = 0; equal_ && pass < kPasses; ++pass) {
+    constexpr int kMostPasses = 4;
+    QSize before;
+    for (int pass = 0; equal_ && pass < kMostPasses; ++pass) {
         QCustomPlot::updateLayout();
         const QSize room = axisRect()->size() - QSize(1, 1);
+        if (room == std::exchange(before, room)) break;
         wholeAcross_ = allAcross_;
         wholeUp_ = allUp_;
-        EqualDecades(wholeAcross_, wholeUp_, room.width(), room.height());
-        EqualDecades(across_, up_, room.width(), room.height());
+        // What is more is below and right of the curves, where the tables are.
+        EqualDecades(wholeAcross_, wholeUp_, room.width(), room.height(), true);
+        EqualDecades(across_, up_, room.width(), room.height(), false);
         across_ = whole_ ? wholeAcross_ : Moved(across_, 0, wholeAcross_);
         up_ = whole_ ? wholeUp_ : Moved(up_, 0, wholeUp_);
         TakeRanges();
     }
+    // Beside the curves or below them.
+    legend->setWrap(wholeAcross_ == allAcross_ ? kLegendRows : 2 * kLegendRows);
+    legend->setFillOrder(legend->fillOrder());
     QCustomPlot::updateLayout();
     PlaceInside();
 }

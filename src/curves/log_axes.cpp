@@ -86,15 +86,14 @@ LogSpan SpanAround(const std::vector<double>& values) {
     return {middle - half, middle + half};
 }
 
-void EqualDecades(LogSpan& across, LogSpan& up, double wide, double high) {
+void EqualDecades(LogSpan& across, LogSpan& up, double wide, double high, bool aside) {
     const double decade = std::min(wide / across.Length(), high / up.Length());
     if (!(decade > 0)) return;
-    const auto grow = [](LogSpan& span, double length) {
-        const double more = (length - span.Length()) / 2;
-        if (more > 0) span = {span.low - more, span.high + more};
-    };
-    grow(across, wide / decade);
-    grow(up, high / decade);
+    const double moreAcross = std::max(0.0, wide / decade - across.Length());
+    const double moreUp = std::max(0.0, high / decade - up.Length());
+    const double part = aside ? 0 : 0.5;
+    across = {across.low - part * moreAcross, across.high + (1 - part) * moreAcross};
+    up = {up.low - (1 - part) * moreUp, up.high + part * moreUp};
 }
 
 LogSpan Zoomed(LogSpan span, double factor, double at, LogSpan whole) {

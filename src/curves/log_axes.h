@@ -21,9 +21,9 @@ LogSpan DecadesOf(const std::vector<double>& values);
 // 0) without one.
 LogSpan SpanAround(const std::vector<double>& values);
 
-// Grows one of both around its middle so that a decade is as long across, where there are wide
-// pixels, as up, where there are high ones.
-void EqualDecades(LogSpan& across, LogSpan& up, double wide, double high);
+// Grows one of both so that a decade is as long across, where there are wide pixels, as up, where
+// there are high ones: around its middle or, with aside, to the right and downwards.
+void EqualDecades(LogSpan& across, LogSpan& up, double wide, double high, bool aside);
 
 // span grown or shrunk by 1/factor around the power of ten at, kept inside whole and not shorter
 // than a twentieth of a decade. factor is above zero; above 1 shows less.

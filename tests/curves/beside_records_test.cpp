@@ -90,6 +90,8 @@ class PanelInWindow : public PanelTest {
         ExpectMnemonicsAreUnique();
         ExpectPanelInOrder(false);
         EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
+        EXPECT_GE(FindIn<QWidget>(*window, "plotCurves")->height(),
+                  0.55 * FindIn<QWidget>(*window, "RecordPanel")->height());
     }
 
     static constexpr QSize kWide{1366, 690};

@@ -71,16 +71,23 @@ TEST(LogSpans, HoldEveryValueWithRoomAtTheEnds) {
 TEST(LogSpans, GrowToDecadesOfOneLength) {
     LogSpan across{-2, 2};
     LogSpan up{1, 3};
-    EqualDecades(across, up, 600, 400);
+    EqualDecades(across, up, 600, 400, false);
     EXPECT_EQ(across, (LogSpan{-2, 2}));
     EXPECT_NEAR(up.Length(), 400 / 150.0, 1e-9);
     EXPECT_NEAR(up.low + up.high, 4, 1e-9);
-    EqualDecades(across, up, 900, 400);
+    EqualDecades(across, up, 900, 400, false);
     EXPECT_NEAR(across.Length(), 6, 1e-9);
     EXPECT_NEAR(up.Length(), 400 / 150.0, 1e-9);
     const LogSpan before = across;
-    EqualDecades(across, up, 0, 0);
+    EqualDecades(across, up, 0, 0, false);
     EXPECT_EQ(across, before);
+    // To the right and downwards.
+    across = {-2, 2};
+    up = {1, 3};
+    EqualDecades(across, up, 600, 600, true);
+    EXPECT_EQ(up, (LogSpan{-1, 3}));
+    EqualDecades(across, up, 900, 600, true);
+    EXPECT_EQ(across, (LogSpan{-2, 4}));
 }
 
 TEST(ChartColours, StandOutFromEveryPalette) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -29,6 +30,20 @@ inline PointTexts SmoothCurve(double knee) {
         std::snprintf(volts, sizeof volts, "%.1f", voltage);
         points.emplace_back(amperes, volts);
         current *= 1.6;
+    }
+    return points;
+}
+
+// Many points that rise slowly, then steeply in current: every rule has a kneepoint beyond doubt.
+inline PointTexts PlainCurve() {
+    PointTexts points;
+    for (double voltage = 12; voltage < 390; voltage *= 1.05) {
+        char amperes[32];
+        char volts[32];
+        const double current = 0.002 * std::pow(voltage, 0.6) + 0.02 * std::pow(voltage / 300, 15);
+        std::snprintf(amperes, sizeof amperes, "%.4f", current);
+        std::snprintf(volts, sizeof volts, "%.1f", voltage);
+        points.emplace_back(amperes, volts);
     }
     return points;
 }

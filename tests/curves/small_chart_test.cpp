@@ -310,6 +310,31 @@ TEST(LargeChart, HasItsLegendAndKneepointsInsideTheFrame) {
     EXPECT_GE(plot.height(), 0.9 * chart.height() - 6);
 }
 
+TEST(LargeChart, HasRoomForTheNamesOfTenCurves) {
+    CurveChart chart;
+    std::vector<ChartCurve> curves;
+    for (int i = 0; i < 10; ++i)
+        curves.push_back({u"FEEDER%1 Test 1"_s.arg(i), ReadingsOf(100 + 80 * i), {}, {}});
+    chart.SetCurves(curves);
+    chart.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
+    const auto& plot = *chart.findChild<QCustomPlot*>(u"plotCurves"_s);
+    for (const QSize size : {QSize(650, 410), QSize(600, 360), QSize(900, 600), QSize(580, 430)}) {
+        chart.resize(size);
+        QTest::qWait(30);
+        ASSERT_EQ(plot.legend->itemCount(), 10);
+        const QRectF legend = plot.legend->outerRect();
+        EXPECT_TRUE(QRectF(plot.axisRect()->rect()).contains(legend)) << size.width();
+        int hidden = 0;  // of two hundred points
+        for (const ChartCurve& curve : curves) {
+            for (const CurvePoint& point : curve.points)
+                hidden += legend.contains({plot.xAxis->coordToPixel(point.current),
+                                           plot.yAxis->coordToPixel(point.voltage)});
+        }
+        EXPECT_LE(hidden, 2) << size.width();
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Sizes, SmallChart,
                          ::testing::Values(Look{{420, 260}}, Look{{340, 220}},
                                            Look{{420, 260}, 1.5}, Look{{340, 220}, 1.5}));

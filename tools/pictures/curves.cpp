@@ -46,9 +46,10 @@ class CurvePictures : public DataFolder {
     }
 
     void Take() {
+        Add("PLAIN", Curve(PlainCurve(), 1));
         Add("RATIO", Curve(SmoothCurve(150), 1) + Curve({}, 2));
         for (const char* name :
-             {"ONE", "THREE", "STRAIGHT", "FALLING", "SHORT", "SIXTY", "RATIO", "BROKEN"})
+             {"ONE", "THREE", "STRAIGHT", "FALLING", "SHORT", "SIXTY", "RATIO", "PLAIN", "BROKEN"})
             GrabPanel(name, {DataFile(QLatin1String(name))});
         GrabPanel("TEN", FilesOfTen(12));
         GrabPanel("NONE", {});
