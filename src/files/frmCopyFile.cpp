@@ -201,7 +201,12 @@ void frmCopyFile::CopyAll(const QString& target) {
         QCoreApplication::processEvents();
     }
     Timer1_Timer();
-    prompts_.Message(endings.Text(target, IsRemovable(target)));
+    const QString ended = endings.Text(target, IsRemovable(target));
+    if (endings.copied == files_.size()) {
+        prompts_.Inform(ended);
+    } else {
+        prompts_.Message(ended);
+    }
 }
 
 void frmCopyFile::Timer1_Timer() {

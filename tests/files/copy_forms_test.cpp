@@ -89,6 +89,7 @@ TEST_F(CopyWindow, ItIsNotSafeToRemoveWhatWasNotCopiedTo) {
     Click("cmdDrive0");
     EXPECT_THAT(Shown(), ElementsAre(HasSubstr("1 of 2 files were not copied:\r\ngone: ")));
     EXPECT_THAT(Shown().front(), Not(HasSubstr("safe to remove")));
+    EXPECT_THAT(prompts.informed, IsEmpty());
 }
 
 TEST_F(CopyWindow, SticksComeAndGo) {
@@ -137,6 +138,7 @@ TEST_F(CopyWindow, CopiesWhatIsChosen) {
     EXPECT_EQ(Text("cmdOK"), "&OK");
     EXPECT_EQ(Find<QProgressBar>("pbarProgress")->value(), 100);
     EXPECT_THAT(Shown(), ElementsAre(Copied("2 of 2")));
+    EXPECT_THAT(prompts.informed, SizeIs(1)) << "nothing is to be warned of";
     EXPECT_TRUE(Unloaded());
 }
 

@@ -36,6 +36,11 @@ void FakePrompts::Message(const QString& text, const QString& title) {
         Message(next);
 }
 
+void FakePrompts::Inform(const QString& text) {
+    informed.push_back(text);
+    Message(text);
+}
+
 void FakePrompts::MessageAfter(const QString& text) {
     if (messageOpen_) {
         due_.push_back(text);

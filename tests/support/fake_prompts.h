@@ -17,6 +17,7 @@ namespace davo::test {
 class FakePrompts : public Prompts {
   public:
     void Message(const QString& text, const QString& title = {}) override;
+    void Inform(const QString& text) override;
     void MessageAfter(const QString& text) override;
     Answer YesNo(const QString& text, Answer preset, const QString& title = {}) override;
     Answer YesNoCancel(const QString& text, Answer preset, const QString& title = {}) override;
@@ -33,6 +34,7 @@ class FakePrompts : public Prompts {
     std::deque<QString> files;                  // for SaveFile
     std::deque<QString> folders;                // for ChooseFolder
     std::vector<QString> shown;                 // every text, in order; "folder|filter" of SaveFile
+    std::vector<QString> informed;              // of shown, what Inform was given
     std::vector<QString> proposed;              // names of SaveFile, in order
     std::vector<Answer> presets;                // default buttons, in order
     std::function<void(const QString&)> onMessage;   // called after a message is kept
