@@ -106,7 +106,7 @@ void frmMain::BuildCentre() {
         handlers_.RunAlone([this] { ListAgain(); });
         ShowFacts();
     });
-    // A box that is open without a page has the start page behind it, not an empty area.
+    // Behind the copy window is the start page, not an empty area.
     connect(area_, &QMdiArea::subWindowActivated, this, [this] { ShowPages(); });
     setCentralWidget(pages_);
 }
@@ -194,14 +194,14 @@ void frmMain::mnuRecall_Click() {
     state_.listCaller = ListCaller::Recall;
     WithFileDisabled([this] {
         ListRecords();
-        ShowChild(forms_.testList, *menu_.mnuRecall);
+        ShowChild(forms_.testList, *menu_.mnuRecall, area_);
     });
 }
 
 void frmMain::mnuDownload_Click() {
     state_.listCaller = ListCaller::Download;
     if (!forms_.memoryDirectory) {
-        ShowChild({}, *menu_.mnuDownload);
+        ShowChild({}, *menu_.mnuDownload, area_);
         return;
     }
     menu_.mnuDownload->setEnabled(false);
@@ -234,7 +234,7 @@ void frmMain::ShowMemoryDirectory() {
             closed();
         });
     };
-    ShowChild(open, *menu_.mnuDownload);
+    ShowChild(open, *menu_.mnuDownload, area_);
 }
 
 void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
@@ -243,7 +243,7 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
     WithFileDisabled([&] {
         ListRecords();
         if (HasRecords()) {
-            ShowChild(forms_.fileUtilities, item);
+            ShowChild(forms_.fileUtilities, item, area_);
         } else {
             menu_.EnableFile(true);
             menu_.EnableRecordItems(false);
@@ -257,14 +257,14 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
 }
 
 void frmMain::mnuSetHeaderFile_Click() {
-    WithFileDisabled([this] { ShowChild(forms_.headerSetup, *menu_.mnuSetHeaderFile); });
+    WithFileDisabled([this] { ShowChild(forms_.headerSetup, *menu_.mnuSetHeaderFile, home_); });
 }
 
 void frmMain::mnuSetDescr_Click() {
     state_.directory.recordsFromInstrument = false;
     WithFileDisabled([this] {
         ListRecords();
-        ShowChild(forms_.recordHeaders, *menu_.mnuSetDescr);
+        ShowChild(forms_.recordHeaders, *menu_.mnuSetDescr, area_);
     });
 }
 
@@ -364,7 +364,7 @@ void frmMain::ShowTestWindow() {
         testWindow_ = nullptr;
         ChildClosed();
     };
-    ShowArea([&] { ShowPage(*area_, *window.release()); });
+    ShowOn(area_, [&] { ShowPage(*area_, *window.release()); });
 }
 
 // --- Child windows ------------------------------------------------------------------------------
@@ -381,7 +381,7 @@ void frmMain::WithFileDisabled(const Open& open) {
     }
 }
 
-void frmMain::ShowChild(const OpenChild& open, const QAction& item) {
+void frmMain::ShowChild(const OpenChild& open, const QAction& item, QWidget* page) {
     if (!open) {
         menu_.EnableFile(true);
         statusBar()->showMessage(
@@ -390,12 +390,12 @@ void frmMain::ShowChild(const OpenChild& open, const QAction& item) {
             kMessageDuration);
         return;
     }
-    ShowArea([&] { open(*area_, [this] { ChildClosed(); }); });
+    ShowOn(page, [&] { open(*area_, [this] { ChildClosed(); }); });
 }
 
 template <class Open>
-void frmMain::ShowArea(const Open& open) {
-    pages_->setCurrentWidget(area_);
+void frmMain::ShowOn(QWidget* page, const Open& open) {
+    pages_->setCurrentWidget(page);
     ++children_;
     try {
         open();
@@ -403,7 +403,6 @@ void frmMain::ShowArea(const Open& open) {
         --children_;
         throw;
     }
-    ShowPages();
 }
 
 void frmMain::ShowPages() {

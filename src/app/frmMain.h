@@ -86,11 +86,12 @@ class frmMain : public QMainWindow {
     // Reads what is in the instrument's memory; false when there is nothing to show.
     bool DownloadDirectory();
     void ShowMemoryDirectory();
-    // Opens the window of item, or says that there is none.
-    void ShowChild(const OpenChild& open, const QAction& item);
-    // Runs open with the area in front; the start page is back when the last page has closed.
+    // Opens the window of item, or says that there is none; page is the one that it opens in or
+    // over.
+    void ShowChild(const OpenChild& open, const QAction& item, QWidget* page);
+    // Runs open with page in front; the start page is back when the last child has closed.
     template <class Open>
-    void ShowArea(const Open& open);
+    void ShowOn(QWidget* page, const Open& open);
     void ShowPages();
     void ChildClosed();
     // Shows the facts anew, and lists a data folder that has gone, or is back, with its stick. It

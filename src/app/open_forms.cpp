@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QStatusBar>
+#include <QTimer>
 #include <utility>
 
 #include "files/frmCopyFile.h"
@@ -111,14 +112,21 @@ OpenChild FileUtilities(ProgramState& state, const ProgramServices& services) {
         auto window = std::make_unique<frmFileUtilOverlay>(
             mode, FileUtilSurroundings{state.settings, state.directory, services.prompts,
                                        services.reports});
-        window->OnCopy = [&state, &area, services, openWindows,
-                          unloaded](const std::vector<QString>& files) {
-            ShowOver(*area.window(),
-                     std::make_unique<frmCopyFile>(files, state.settings, services.prompts),
-                     unloaded);
+        const auto copied = std::make_shared<std::vector<QString>>();
+        window->OnCopy = [copied, openWindows](const std::vector<QString>& files) {
+            *copied = files;
             ++*openWindows;
         };
-        ShowIn(area, std::move(window), unloaded);
+        const auto copy = [&state, &area, services, copied, unloaded] {
+            ShowOver(*area.window(),
+                     std::make_unique<frmCopyFile>(*copied, state.settings, services.prompts),
+                     unloaded);
+        };
+        ShowIn(area, std::move(window), [&area, copied, copy, unloaded] {
+            // Once it is hidden: that moves the focus, and with it the active window.
+            if (!copied->empty()) QTimer::singleShot(0, &area, copy);
+            unloaded();
+        });
     };
 }
 

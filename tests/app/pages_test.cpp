@@ -52,6 +52,8 @@ class Pages : public MainWindow {
         QTest::keyClick(FindIn<QTreeWidget>(page, "lvTest"), Qt::Key_A, Qt::ControlModifier);
         ClickIn(page, "cmdOp1");
         EXPECT_TRUE(NonePages());
+        EXPECT_TRUE(
+            Until([this] { return window->findChild<QWidget*>(u"frmCopyFile"_s) != nullptr; }));
         return Find<frmCopyFile>("frmCopyFile");
     }
 };
@@ -188,8 +190,13 @@ TEST_F(Pages, TheStartPageIsReadAgainByF5) {
 }
 
 TEST_F(Pages, CopyingIsABoxOfItsOwnSizeOverTheStartPage) {
+    // The start page has had the focus where it can be given back.
+    Open("mnuRecall");
+    Leave();
     const QPointer<frmCopyFile> box = OpenCopyBox();
     ASSERT_TRUE(QTest::qWaitForWindowActive(box));
+    QTest::qWait(50);
+    EXPECT_TRUE(box->isAncestorOf(QApplication::focusWidget()));
     EXPECT_TRUE(box->isWindow());
     EXPECT_TRUE(box->isModal());
     EXPECT_LT(box->height(), window->height() / 2);

@@ -108,7 +108,7 @@ class Key(unittest.TestCase):
 
             program.do("menu mnuFileUtil", "wait frmFileUtilOverlay")
             first_record(program)
-            program.do("click cmdOp1", "wait frmCopyFile")
+            program.do("click cmdOp1", "wait frmCopyFile", "waitGone frmFileUtilOverlay")
             press(program, "frmCopyFile")
             program.do(f'type txtPath "{rig.folder}"', "click cmdOK", "answer Ok",
                        "waitGone frmCopyFile")
