@@ -28,7 +28,7 @@ QString Cell(const QString& caption, const QString& value, const QString& word =
     if (word.isEmpty()) return cell.arg(QString(), Whole(caption), value.toHtmlEscaped());
     // Black on amber, in light and dark surroundings alike.
     return cell.arg(QStringLiteral(" bgcolor='#FFB300' style='color:black'"),
-                    Whole(caption) + QStringLiteral(":&nbsp;<b>%1</b>").arg(Whole(word)),
+                    QStringLiteral("<b>%1</b>").arg(Whole(caption + QStringLiteral(": ") + word)),
                     value.toHtmlEscaped());
 }
 

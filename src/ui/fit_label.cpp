@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPolygon>
 #include <QTextDocument>
+#include <QTextOption>
 #include <utility>
 
 #include "ui/form_parts.h"
@@ -25,6 +26,9 @@ constexpr int kAlertFrame = 4;
 const QColor kHazard(0xFF, 0xD4, 0x00);
 
 void SetRich(QTextDocument& document, const QString& text, const QFont& font, int width) {
+    QTextOption words;
+    words.setWrapMode(QTextOption::WordWrap);
+    document.setDefaultTextOption(words);
     document.setDocumentMargin(0);
     document.setDefaultFont(font);
     document.setHtml(text);

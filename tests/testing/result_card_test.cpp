@@ -277,6 +277,33 @@ TEST_F(ResultCard, ItKeepsItsSizeOnASmallScreen) {
     CardHas(u"UNDETERMINED"_s);
 }
 
+TEST_F(ResultCard, AWordIsNotBroken) {
+    Open();
+    TypeNameplate();
+    StartFullShot();
+    RecordImage doubtful = SaturatedImage();
+    doubtful.slots[1].voltage = 3500;
+    EndShotWith(doubtful, " ", "236.4");
+    Type("txtErrorLimit", "0.3");
+    CardHas(u"Percent error: ABOVE LIMIT"_s);
+    EXPECT_GE(CardPoints(), kLeastPoints);
+    // Nothing is written beyond the amber of the last column.
+    const QImage image = Label("lblCard")->grab().toImage();
+    int right = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = right; x < image.width(); ++x)
+            if (image.pixelColor(x, y) == kAmber) right = x;
+    }
+    const QColor ground = main.palette().color(QPalette::Window);
+    for (int y = 0; y < image.height() / 2; ++y) {
+        for (int x = right + 1; x < image.width(); ++x)
+            ASSERT_EQ(Contrast(image.pixelColor(x, y), ground) > 2, false) << x << ' ' << y;
+    }
+    const int high = Fit("lblCard").height() * 10;
+    EXPECT_TRUE(Fit("lblCard").HasRoomFor(u"UNDETERMINED"_s, {400, high}));
+    EXPECT_FALSE(Fit("lblCard").HasRoomFor(u"UNDETERMINED"_s, {150, high}));
+}
+
 // Of a palette: whatever is written on amber, and on the window's ground, can be read.
 class CardColours : public ResultCard, public ::testing::WithParamInterface<bool> {
   protected:
