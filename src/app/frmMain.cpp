@@ -8,7 +8,6 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QScopeGuard>
-#include <QShortcut>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTimer>
@@ -85,15 +84,13 @@ void frmMain::BuildCentre() {
     if (forms_.memoryDirectory) items.push_back(menu_.mnuDownload);
     items.push_back(menu_.mnuConfig);
     std::vector<SecondItem> second;
-    if (forms_.fileUtilities) second.push_back({menu_.mnuOverlay, "Overlay"});
-    if (forms_.headerSetup) second.push_back({menu_.mnuSetHeaderFile, "Header"});
-    if (forms_.fileUtilities) second.push_back({menu_.mnuFileUtil, "File Utilities"});
+    if (forms_.fileUtilities) second.emplace_back(menu_.mnuOverlay, "Overlay");
+    if (forms_.headerSetup) second.emplace_back(menu_.mnuSetHeaderFile, "Header");
+    if (forms_.fileUtilities) second.emplace_back(menu_.mnuFileUtil, "File Utilities");
     home_ = new HomePanel(items, second, pages_);
     home_->OnView = [this](const QString& file) { Start([this, file] { ViewRecord(file); }); };
     // Nothing happens without a report.
-    auto* escape =
-        new QShortcut(Qt::Key_Escape, home_, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-    connect(escape, &QShortcut::activated, this, [this] {
+    OnKey(home_, Qt::Key_Escape, [this] {
         if (services_.reports != nullptr) services_.reports->Cancel();
     });
     home_->Sessions().OnSave = [this](const UnsavedSession& session) {
@@ -406,7 +403,10 @@ void frmMain::ShowOn(QWidget* page, const Open& open) {
 }
 
 void frmMain::ShowPages() {
-    if (area_->subWindowList().isEmpty()) pages_->setCurrentWidget(home_);
+    if (!area_->subWindowList().isEmpty()) return;
+    pages_->setCurrentWidget(home_);
+    // The box keeps the keyboard.
+    if (QWidget* box = QApplication::activeModalWidget()) box->activateWindow();
 }
 
 void frmMain::ChildClosed() {

@@ -8,7 +8,6 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QShortcut>
 #include <QSignalBlocker>
 #include <QStackedLayout>
 #include <QVBoxLayout>
@@ -101,18 +100,14 @@ BigButton* MakeLargeButton(QAction* item, QWidget* parent) {
 // A filled dot, a ring or a cross, each in a colour of its own: who sees no colours sees the shape.
 void ShowDot(QLabel& dot, const LinkGlance& link) {
     const bool missing = NeedsHelp(link) || link.comPort == kNoPortChosen;
-    const auto colour = [&]() -> QColor {
-        if (missing) return {200, 30, 30};
-        return link.portOpen ? QColor(20, 140, 60) : QColor(110, 110, 110);
-    };
-    constexpr double kLeastContrast = 4.5;
+    const auto [shape, colour] = missing         ? std::pair(u"\u2716", QColor(200, 30, 30))
+                                 : link.portOpen ? std::pair(u"\u25CF", QColor(20, 140, 60))
+                                                 : std::pair(u"\u25CB", QColor(110, 110, 110));
     QPalette palette = dot.parentWidget()->palette();
-    palette.setColor(QPalette::WindowText,
-                     Readable(colour(), palette.color(QPalette::Window),
-                              palette.color(QPalette::WindowText), kLeastContrast));
+    palette.setColor(QPalette::WindowText, Readable(colour, palette.color(QPalette::Window),
+                                                    palette.color(QPalette::WindowText), 4.5));
     dot.setPalette(palette);
-    const char16_t open = link.portOpen ? u'\u25CF' : u'\u25CB';
-    dot.setText(QString(QChar(missing ? u'\u2716' : open)));
+    dot.setText(QString::fromUtf16(shape));
 }
 
 // Only a folder that was read and is empty has no records yet.
@@ -210,11 +205,8 @@ QWidget* HomePanel::BuildRecords(QWidget* lastButton) {
         if (const QString file = SelectedFile(); OnView && !file.isEmpty()) OnView(file);
     };
     connect(lvNewest_, &QTreeWidget::itemDoubleClicked, this, view);
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-        auto* enter = new QShortcut(key, lvNewest_, nullptr, nullptr, Qt::WidgetShortcut);
-        enter->setAutoRepeat(false);
-        connect(enter, &QShortcut::activated, this, view);
-    }
+    OnKey(lvNewest_, Qt::Key_Return, view);
+    OnKey(lvNewest_, Qt::Key_Enter, view);
     connect(lvNewest_, &QTreeWidget::itemSelectionChanged, this, [this] { Preview(); });
     // The cards of many sessions leave room for some of them.
     lvNewest_->setMinimumHeight(kLeastRows * lvNewest_->fontMetrics().lineSpacing());
@@ -270,13 +262,11 @@ void HomePanel::Preview() {
 }
 
 void HomePanel::FocusButtonOf(const QAction* item) {
-    const auto may = [](const QPushButton* button) { return button->isEnabled(); };
-    const QString name = item == nullptr ? QString() : ButtonName(*item);
-    auto found = std::find_if(buttons_.begin(), buttons_.end(), [&](const QPushButton* button) {
-        return button->objectName() == name && may(button);
-    });
-    if (found == buttons_.end()) found = std::find_if(buttons_.begin(), buttons_.end(), may);
-    (*found)->setFocus();
+    auto* button = item == nullptr ? nullptr : findChild<QPushButton*>(ButtonName(*item));
+    if (button == nullptr || !button->isEnabled())
+        button = *std::find_if(buttons_.begin(), buttons_.end(),
+                               [](const QPushButton* one) { return one->isEnabled(); });
+    button->setFocus();
 }
 
 void HomePanel::showEvent(QShowEvent* event) {

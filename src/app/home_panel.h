@@ -4,6 +4,7 @@
 #include <QString>
 #include <QWidget>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "app/port_labels.h"
@@ -34,10 +35,7 @@ struct HomeFacts {
 };
 
 // A menu item with a button in the second row, and what that says.
-struct SecondItem {
-    QAction* item;
-    const char* caption;
-};
+using SecondItem = std::pair<QAction*, const char*>;
 
 // The main area while no other window is open: the state of the link, the sessions that were never
 // saved, the newest records, and a button for each of the menu items that are chosen most.

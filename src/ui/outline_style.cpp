@@ -6,18 +6,12 @@
 #include <QStyleFactory>
 #include <QStyleOption>
 #include <algorithm>
-#include <optional>
 
 #include "ui/contrast.h"
 
 namespace davo {
 
 namespace {
-
-struct Outline {
-    QRectF edge;
-    double radius = 0;
-};
 
 class OutlineStyle : public QProxyStyle {
   public:
@@ -26,43 +20,38 @@ class OutlineStyle : public QProxyStyle {
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
-        const std::optional<Outline> outline = OutlineOf(element, *option);
-        if (!outline) return;
-        const QPalette& palette = option->palette;
-        const bool focused = (element == PE_FrameLineEdit || element == PE_PanelButtonCommand) &&
-                             option->state.testFlag(State_HasFocus);
-        painter->save();
-        painter->setRenderHint(QPainter::Antialiasing);
-        painter->setBrush(Qt::NoBrush);
-        painter->setPen(focused ? FocusInk(palette) : OutlineInk(palette));
-        painter->drawRoundedRect(outline->edge, outline->radius, outline->radius);
-        painter->restore();
-    }
-
-  private:
-    // Where Fusion draws its own.
-    std::optional<Outline> OutlineOf(PrimitiveElement element, const QStyleOption& option) const {
-        constexpr double kHalf = 0.5;  // through the middle of the pixels
-        constexpr double kRounded = 2;
+        constexpr double kHalf = 0.5;
         constexpr int kTitleRoom = 3;
-        const QRectF edge = QRectF(option.rect).adjusted(kHalf, kHalf, -kHalf, -kHalf);
+        // Where Fusion draws its own, through the middle of the pixels.
+        QRectF edge = QRectF(option->rect).adjusted(kHalf, kHalf, -kHalf, -kHalf);
+        double radius = 2;
+        bool focused = false;
         switch (element) {
             case PE_FrameLineEdit:
             case PE_PanelButtonCommand:
-                return Outline{edge, kRounded};
+                focused = option->state.testFlag(State_HasFocus);
+                break;
             case PE_Frame:
             case PE_IndicatorCheckBox:
-                return Outline{edge};
+                radius = 0;
+                break;
             case PE_IndicatorRadioButton:
-                return Outline{edge, edge.width() / 2};
-            case PE_FrameGroupBox: {
-                const int title =
-                    std::max(pixelMetric(PM_IndicatorHeight), option.fontMetrics.height());
-                return Outline{edge.adjusted(0, title + kTitleRoom, 0, 0), kRounded};
-            }
+                radius = edge.width() / 2;
+                break;
+            case PE_FrameGroupBox:
+                edge.setTop(
+                    edge.top() + kTitleRoom +
+                    std::max(pixelMetric(PM_IndicatorHeight), option->fontMetrics.height()));
+                break;
             default:
-                return std::nullopt;
+                return;
         }
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(focused ? FocusInk(option->palette) : OutlineInk(option->palette));
+        painter->drawRoundedRect(edge, radius, radius);
+        painter->restore();
     }
 };
 
