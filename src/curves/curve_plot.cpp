@@ -298,8 +298,11 @@ void CurvePlot::updateLayout() {
         TakeRanges();
     }
     // Beside the curves or below them.
-    legend->setWrap(wholeAcross_ == allAcross_ ? kLegendRows : 2 * kLegendRows);
-    legend->setFillOrder(legend->fillOrder());
+    const int rows = wholeAcross_ == allAcross_ ? kLegendRows : 2 * kLegendRows;
+    if (legend->wrap() != rows) {
+        legend->setWrap(rows);
+        legend->setFillOrder(legend->fillOrder());
+    }
     QCustomPlot::updateLayout();
     PlaceInside();
 }

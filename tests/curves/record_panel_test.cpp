@@ -88,6 +88,28 @@ TEST_F(Panel, GivesTheChartMostOfItsHeight) {
     }
 }
 
+// 14 points, on a panel as a laptop has it and on a narrow one.
+TEST_F(PanelTest, CutsNoLargeLetters) {
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPointSizeF(14);
+    QApplication::setFont(large);
+    {
+        RecordPanel panel(prompts);
+        panel.show();
+        for (const QSize size : {QSize(700, 620), QSize(500, 620), QSize(1000, 480)}) {
+            panel.resize(size);
+            panel.ShowRecords({File("THREE")});
+            QTest::qWait(60);
+            QTest::keyClick(FindIn<QWidget>(panel, "plotCurves"), Qt::Key_Right,
+                            Qt::ControlModifier);
+            EXPECT_THAT(CutTextsOf(panel), IsEmpty()) << size.width();
+            EXPECT_GE(FindIn<QWidget>(panel, "plotCurves")->height(), 250) << size.width();
+        }
+    }
+    QApplication::setFont(usual);
+}
+
 TEST_F(Panel, NamesTheTestsWithoutACurveBelowTheChart) {
     std::string tests = Curve(KneeCurve(), 1);
     for (int i = 2; i <= 3; ++i)
