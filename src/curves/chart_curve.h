@@ -27,7 +27,7 @@ inline bool CanBeDrawn(const CurvePoint& point) {
 struct KneeMark {
     KneeRule rule = KneeRule::Ieee30;
     CurvePoint at;
-    QString text = {};  // its volts and amperes; empty: as at has them
+    QString text = {};  // its volts and amperes, as the report has them
 };
 
 enum class CurveLook {

@@ -17,11 +17,6 @@ constexpr double kTextGap = 10;
 constexpr double kLineWidth = 2;
 constexpr double kMostWidth = 0.65;  // of the area
 
-QString TextOf(const KneeMark& knee) {
-    if (!knee.text.isEmpty()) return knee.text;
-    return QStringLiteral("%1 V, %2 A").arg(ValueText(knee.at.voltage), ValueText(knee.at.current));
-}
-
 int WordsWidth(const std::vector<PlacedKnee>& knees, const QFontMetrics& metrics) {
     int widest = 0;
     for (const PlacedKnee& placed : knees)
@@ -122,7 +117,7 @@ void PlaceKnees(std::vector<PlacedKnee>& knees, const std::vector<QPolygonF>& cu
     const double words = kMarkerRoom + WordsWidth(knees, metrics) + kTextGap;
     int widest = 0;
     for (const PlacedKnee& placed : knees)
-        widest = std::max(widest, metrics.horizontalAdvance(TextOf(placed.knee)));
+        widest = std::max(widest, metrics.horizontalAdvance(placed.knee.text));
     // Where there is no room for the values, the words alone tell the marks apart.
     const double whole = words + widest + kTextGap;
     QRectF table(0, 0, whole <= area.width() * kMostWidth ? whole : words,
@@ -181,7 +176,7 @@ void DrawKneeMarks(QPainter& painter, const std::vector<PlacedKnee>& knees,
         QRectF text = placed.row.adjusted(kMarkerRoom, 0, 0, 0);
         painter.drawText(text, Qt::AlignVCenter, KneeWord(placed.knee.rule));
         text.setLeft(text.left() + words + kTextGap);
-        if (text.width() > 1) painter.drawText(text, Qt::AlignVCenter, TextOf(placed.knee));
+        if (text.width() > 1) painter.drawText(text, Qt::AlignVCenter, placed.knee.text);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "curves/record_facts.h"
+#include "curves/record_texts.h"
 #include "testing/session_text.h"
 
 namespace davo {
@@ -113,7 +114,8 @@ void LiveCurve::CompleteShot(const std::string& capture) {
         // No name: a legend would take the room of the curve, and there is one of each look.
         ChartCurve curve{{}, tests.front().points, {}, {}};
         for (const KneeFact& fact : knees_) {
-            if (const auto at = fact.At()) curve.knees.push_back({fact.rule, *at});
+            if (const auto at = fact.At())
+                curve.knees.push_back({fact.rule, *at, JudgedText(fact)});
         }
         complete_ = std::move(curve);
         ForgetReadings();

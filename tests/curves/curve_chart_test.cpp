@@ -116,9 +116,10 @@ TEST(KneeMarks, HaveTheirWords) {
 
 TEST(KneeMarks, AreInTheTableInTheOrderOfTheirHeight) {
     const QPolygonF curve({{20, 380}, {150, 200}, {200, 150}, {250, 120}, {580, 90}});
-    std::vector<PlacedKnee> knees = {{{KneeRule::Ieee30, {0.1, 90}, {}}, {150, 200}, {}, {}},
-                                     {{KneeRule::Asa1050, {0.3, 120}, {}}, {250, 120}, {}, {}},
-                                     {{KneeRule::Ieee45, {0.2, 110}, {}}, {200, 150}, {}, {}}};
+    std::vector<PlacedKnee> knees = {
+        {{KneeRule::Ieee30, {0.1, 90}, u"90.0 V, 0.1 A"_s}, {150, 200}, {}, {}},
+        {{KneeRule::Asa1050, {0.3, 120}, u"120.0 V, 0.3 A"_s}, {250, 120}, {}, {}},
+        {{KneeRule::Ieee45, {0.2, 110}, u"110.0 V, 0.2 A"_s}, {200, 150}, {}, {}}};
     const QRectF area(0, 0, 600, 400);
     PlaceKnees(knees, {curve}, QFontMetrics(QApplication::font()), area);
     std::vector<KneeRule> order;
@@ -141,7 +142,8 @@ TEST(Legend, IsWhereItHidesNoPoint) {
     const QSizeF size(200, 100);
     // A curve through the upper left corner, the table of its kneepoint at the lower right.
     const QPolygonF curve({{20, 380}, {30, 200}, {60, 60}, {150, 40}, {600, 20}});
-    std::vector<PlacedKnee> knees = {{{KneeRule::Ieee30, {0.1, 90}, {}}, {60, 60}, {}, {}}};
+    std::vector<PlacedKnee> knees = {
+        {{KneeRule::Ieee30, {0.1, 90}, u"90.0 V, 0.1 A"_s}, {60, 60}, {}, {}}};
     PlaceKnees(knees, {curve}, QFontMetrics(QApplication::font()), area);
     const QRectF place = LegendPlace(size, area, knees, {curve});
     EXPECT_TRUE(area.contains(place));
@@ -157,7 +159,8 @@ TEST(KneeMarks, HaveNoLineAcrossTheCurve) {
     // Falls back after its kneepoint: no corner can be reached from there.
     const QPolygonF around(
         {{300, 200}, {350, 200}, {350, 250}, {250, 250}, {250, 150}, {350, 150}});
-    std::vector<PlacedKnee> knees = {{{KneeRule::Ieee30, {0.1, 90}, {}}, {300, 200}, {}, {}}};
+    std::vector<PlacedKnee> knees = {
+        {{KneeRule::Ieee30, {0.1, 90}, u"90.0 V, 0.1 A"_s}, {300, 200}, {}, {}}};
     PlaceKnees(knees, {around}, QFontMetrics(QApplication::font()), {0, 0, 600, 400});
     EXPECT_TRUE(knees.front().leader.isNull());
 }
@@ -174,7 +177,8 @@ class Chart : public ::testing::Test {
     static ChartCurve One() {
         return {u"Test 1"_s,
                 {{0, 5}, {0.02, 30}, {0.1, 100}, {2, 250}},
-                {{KneeRule::Ieee30, {0.1, 100}}, {KneeRule::Asa1050, {0.11, 105}}},
+                {{KneeRule::Ieee30, {0.1, 100}, u"100.0 V, 0.100 A"_s},
+                 {KneeRule::Asa1050, {0.11, 105}, u"105.0 V, 0.110 A"_s}},
                 CurveLook::Normal};
     }
     QWidget* Plot() { return chart.findChild<QWidget*>(u"plotCurves"_s); }
@@ -444,7 +448,8 @@ TEST_F(Chart, SavesAPageOfWords) {
     faint.knees.clear();
     chart.SetCurves({One(), faint});
     const std::string text = WordsOfPdf("-layout").toStdString();
-    for (const char* word : {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "Test 1", "0.1", "100"})
+    for (const char* word :
+         {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "105.0 V, 0.110 A", "Test 1", "0.1", "100"})
         EXPECT_THAT(text, HasSubstr(word));
     EXPECT_THAT(text, Not(HasSubstr("Earlier")));
     EXPECT_THAT(ReadWholeFile(folder.Path("chart.pdf")), HasSubstr("/Count 1"));

@@ -30,12 +30,13 @@ inline void ShowMoment(CurveChart& chart, Moment moment, double knee = 152) {
     chart.SetInteractive(false);
     const std::vector<CurvePoint> points = ReadingsOf(knee);
     if (moment == Moment::Complete) {
-        const ChartCurve complete{{},
-                                  points,
-                                  {{KneeRule::Ieee30, points.at(11)},
-                                   {KneeRule::Ieee45, points.at(9)},
-                                   {KneeRule::Asa1050, points.at(10)}},
-                                  CurveLook::Normal};
+        const ChartCurve complete{
+            {},
+            points,
+            {{KneeRule::Ieee30, points.at(11), QStringLiteral("152.3 V, 0.031 A (?)")},
+             {KneeRule::Ieee45, points.at(9), QStringLiteral("152.3 V, 0.031 A (?)")},
+             {KneeRule::Asa1050, points.at(10), QStringLiteral("152.3 V, 0.031 A (?)")}},
+            CurveLook::Normal};
         chart.SetCurves({{{}, ReadingsOf(knee * 1.6), {}, CurveLook::Faint},
                          {{}, ReadingsOf(knee / 2), {}, CurveLook::Faint},
                          complete});

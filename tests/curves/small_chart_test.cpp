@@ -173,7 +173,8 @@ TEST_P(SmallChart, HasATableOfKneepointsWithLinesThatCrossNothing) {
         std::vector<PlacedKnee> knees;
         for (const KneeRule rule : {KneeRule::Ieee30, KneeRule::Ieee45, KneeRule::Asa1050}) {
             const auto on = static_cast<int>(part(random) * static_cast<double>(curve.size() - 1));
-            knees.push_back({{rule, {0.0312, 350.6}, {}}, curve.at(on), {}, {}});
+            knees.push_back(
+                {{rule, {0.0312, 350.6}, u"350.6 V, 0.031 A (?)"_s}, curve.at(on), {}, {}});
         }
         PlaceKnees(knees, {curve}, metrics, area);
         for (std::size_t i = 0; i < knees.size(); ++i) {
@@ -296,7 +297,10 @@ TEST(LargeChart, HasDecadesOfOneLength) {
 TEST(LargeChart, HasItsLegendAndKneepointsInsideTheFrame) {
     CurveChart chart;
     chart.resize(650, 410);
-    chart.SetCurves({{u"Test 1"_s, ReadingsOf(152), {{KneeRule::Ieee30, {0.04, 100}, {}}}, {}},
+    chart.SetCurves({{u"Test 1"_s,
+                      ReadingsOf(152),
+                      {{KneeRule::Ieee30, {0.04, 100}, u"100.0 V, 0.040 A"_s}},
+                      {}},
                      {u"Test 2"_s, ReadingsOf(300), {}, {}}});
     chart.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
