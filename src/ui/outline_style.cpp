@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/outline_style.h"
 
+#include <QGroupBox>
 #include <QPainter>
 #include <QProxyStyle>
 #include <QStyleFactory>
@@ -38,11 +39,16 @@ class OutlineStyle : public QProxyStyle {
             case PE_IndicatorRadioButton:
                 radius = edge.width() / 2;
                 break;
-            case PE_FrameGroupBox:
-                edge.setTop(
-                    edge.top() + kTitleRoom +
-                    std::max(pixelMetric(PM_IndicatorHeight), option->fontMetrics.height()));
+            case PE_FrameGroupBox: {
+                const auto* group = qobject_cast<const QGroupBox*>(widget);
+                const bool untitled = group != nullptr && group->title().isEmpty();
+                const int title =
+                    std::max(pixelMetric(PM_IndicatorHeight), option->fontMetrics.height());
+                edge.setTop(edge.top() + kTitleRoom + (untitled ? 0 : title));
+                // One that is as high as its title frames nothing.
+                if (edge.height() <= 0) return;
                 break;
+            }
             default:
                 return;
         }

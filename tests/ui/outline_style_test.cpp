@@ -70,6 +70,10 @@ QRect BelowTitle(const QWidget& control) {
     return control.rect().adjusted(0, title + 3, 0, 0);
 }
 
+QRect BelowNoTitle(const QWidget& control) {
+    return control.rect().adjusted(0, 3, 0, 0);
+}
+
 QFrame* Panel(QWidget* parent) {
     auto* frame = new QFrame(parent);
     frame->setFrameShape(QFrame::StyledPanel);
@@ -86,6 +90,7 @@ const Kind kKinds[] = {
     {"button", [](QWidget* in) { return new QPushButton(in); }, Whole},
     {"large_button", [](QWidget* in) { return new BigButton(in); }, Whole},
     {"group", [](QWidget* in) { return new QGroupBox(QStringLiteral("Title"), in); }, BelowTitle},
+    {"group_without_title", [](QWidget* in) { return new QGroupBox(in); }, BelowNoTitle},
     {"radio", [](QWidget* in) { return new QRadioButton(in); }, Indicator},
     {"check", [](QWidget* in) { return new QCheckBox(in); }, Indicator},
 };
