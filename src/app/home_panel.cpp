@@ -33,7 +33,9 @@ constexpr int kPanelPicture = 56;
 constexpr int kLeastButtonHeight = 48;
 constexpr int kMostButtonHeight = 140;
 constexpr int kSecondButtonHeight = 44;
-constexpr int kPreviewHeight = 500;  // of a panel that has room for it
+// Of a panel that has room for the preview.
+constexpr int kPreviewHeight = 500;
+constexpr int kPreviewAndSessionsHeight = 620;
 constexpr double kPortGrowth = 1.8;
 constexpr double kHeadingGrowth = 1.4;
 constexpr double kButtonGrowth = 1.3;  // of a large button
@@ -242,7 +244,8 @@ void HomePanel::ShowRecords(const HomeFacts& facts) {
         const auto found = std::find(facts_.files.begin(), facts_.files.end(), selected);
         const auto row = found == facts_.files.end() ? 0 : found - facts_.files.begin();
         lvNewest_->setCurrentItem(lvNewest_->topLevelItem(static_cast<int>(row)));
-    } else if (facts_.dataPath == before.dataPath && facts_.kneepointType == before.kneepointType) {
+    } else if (facts_.dataPath == before.dataPath && facts_.kneepointType == before.kneepointType &&
+               preview_->isHidden() != HasRoom()) {
         return;
     }
     Preview();
@@ -255,9 +258,13 @@ QString HomePanel::SelectedFile() const {
     return row < facts_.files.size() ? facts_.files[row] : QString();
 }
 
+bool HomePanel::HasRoom() const {
+    return height() >= (sessions_->isHidden() ? kPreviewHeight : kPreviewAndSessionsHeight);
+}
+
 void HomePanel::Preview() {
     const QString file = SelectedFile();
-    preview_->setVisible(height() >= kPreviewHeight && !file.isEmpty());
+    preview_->setVisible(HasRoom() && !file.isEmpty());
     if (preview_->isVisible()) preview_->ShowRecord(facts_.dataPath + file, facts_.kneepointType);
 }
 
@@ -277,7 +284,7 @@ void HomePanel::showEvent(QShowEvent* event) {
 
 void HomePanel::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    if (preview_->isHidden() == (height() >= kPreviewHeight)) Preview();
+    if (preview_->isHidden() == HasRoom()) Preview();
 }
 
 }  // namespace davo

@@ -70,6 +70,7 @@ class HomePanel : public QWidget {
     void ShowRecords(const HomeFacts& facts);
     // Of the selected row; nothing without one.
     QString SelectedFile() const;
+    bool HasRoom() const;  // for the preview
     void Preview();
 
     std::vector<QPushButton*> buttons_;

@@ -19,7 +19,7 @@ namespace davo {
 namespace {
 
 constexpr std::size_t kMostPreviewTests = 3;
-constexpr QSize kChartSize(300, 190);
+constexpr QSize kChartSize(270, 190);
 constexpr int kChartWidth = 620;  // of a preview with a chart
 constexpr double kPreviewGrowth = 1.1;
 

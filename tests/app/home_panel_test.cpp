@@ -328,6 +328,17 @@ TEST_F(HomeWithRecords, WithoutRoomOrRecordsThereIsNoPreview) {
     EXPECT_FALSE(Find<QWidget>("preview")->isVisible());
 }
 
+// The rows of the list come first.
+TEST_F(HomeWithRecords, SessionsTakeThePreviewsRoomOnASmallScreen) {
+    OpenLarge();
+    panel->Sessions().Show({UnsavedSession{}});
+    panel->ShowFacts(facts);
+    EXPECT_FALSE(Find<QWidget>("preview")->isVisible());
+    panel->Sessions().Show({});
+    panel->ShowFacts(facts);
+    EXPECT_TRUE(Find<QWidget>("preview")->isVisible());
+}
+
 TEST_F(HomeWithRecords, ARecordThatWasWrittenAnewIsReadWhenThePageIsShownAgain) {
     OpenLarge();
     ReplaceFile(folder.Path("B20.txt"), HeaderText("B20", "Elsewhere") + RecordText());

@@ -186,7 +186,7 @@ class ShellPictures {
         status->ShowFacts(facts);
         home->ShowFacts(homeFacts);
         Grab(window, "main");
-        TakeSessions(window, *home);
+        TakeSessions(window, *home, homeFacts);
 
         QTimer::singleShot(2100, &window, [&] {
             Grab(window, "main-wait");
@@ -210,18 +210,20 @@ class ShellPictures {
         return session;
     }
 
-    void TakeSessions(QWidget& window, HomePanel& home) {
+    void TakeSessions(QWidget& window, HomePanel& home, const HomeFacts& facts) {
         const std::vector<UnsavedSession> sessions{
             Session("09:12", QTime(9, 40, 2), "", "", 12),
             Session("14:05", QTime(14, 5, 33), "NORTH SUBSTATION", "4711-0815", 1),
             Session("14:05", QTime(14, 9, 51), "WESTERN TRANSMISSION", "ABCDEFGH-01234567890", 3)};
         home.Sessions().Show({sessions.front()});
+        home.ShowFacts(facts);
         Grab(window, "main-session");
         home.Sessions().Show(sessions);
         Grab(window, "main-sessions");
         FindIn<QAbstractButton>(home, "cmdLater0")->click();
         Grab(window, "main-session-later");
         home.Sessions().Show({});
+        home.ShowFacts(facts);
     }
 
     const Album& album_;
