@@ -403,10 +403,7 @@ void frmMain::ShowOn(QWidget* page, const Open& open) {
 }
 
 void frmMain::ShowPages() {
-    if (!area_->subWindowList().isEmpty()) return;
-    pages_->setCurrentWidget(home_);
-    // The box keeps the keyboard.
-    if (QWidget* box = QApplication::activeModalWidget()) box->activateWindow();
+    if (area_->subWindowList().isEmpty()) pages_->setCurrentWidget(home_);
 }
 
 void frmMain::ChildClosed() {

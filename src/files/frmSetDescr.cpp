@@ -35,7 +35,7 @@ namespace {
 // A glove meets them.
 constexpr int kBoxHeight = 32;
 constexpr int kListHeight = 80;
-constexpr int kBoxLetters = 24;
+constexpr int kBoxLetters = 20;
 
 constexpr const char* kChangedMeanwhile =
     "The file '%1' has been changed since it was chosen. Do you want to write the header "

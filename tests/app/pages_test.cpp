@@ -132,6 +132,35 @@ TEST_F(Pages, BeginWhereWorkBeginsAndAtNoButton) {
         Until([&] { return QApplication::focusWidget() == FindIn<QWidget>(page, "cmdStart"); }));
 }
 
+// Letters as large as users choose them, on the smallest screen.
+class PagesInLargeLetters : public Pages {
+  protected:
+    PagesInLargeLetters() {
+        QFont large = usual_;
+        constexpr double kLarge = 14;
+        large.setPointSizeF(kLarge);
+        QApplication::setFont(large);
+    }
+    ~PagesInLargeLetters() override { QApplication::setFont(usual_); }
+
+  private:
+    QFont usual_ = QApplication::font();
+};
+
+TEST_F(PagesInLargeLetters, OfRecordsCutNothingOnASmallScreen) {
+    const QSize screen(1024, 600);
+    for (const char* item : {"mnuRecall", "mnuOverlay", "mnuSetDescr", "mnuFileUtil"}) {
+        window->resize(screen);
+        QWidget& page = Open(item);
+        QTest::keyClick(FindIn<QTreeWidget>(page, "lvTest"), Qt::Key_Down);
+        QTest::qWait(150);
+        EXPECT_LE(window->width(), screen.width()) << item;
+        EXPECT_LE(window->height(), screen.height()) << item;
+        EXPECT_THAT(CutTextsOf(page), IsEmpty()) << item;
+        Leave();
+    }
+}
+
 TEST_F(Pages, AreClosedByTheKeysThatCloseAWindow) {
     for (const char* item : kPageItems) {
         Open(item);
