@@ -112,10 +112,11 @@ QString DiskLine(const ShotScreen& screen) {
         const bool dropped = screen.cmdContinue.text == kCaptionContinue;
         return dropped ? QStringLiteral("The last shot was dropped.") : QString();
     }
-    const QString line =
-        screen.shotOnDisk
-            ? QStringLiteral("Shot %1 is on the disk. Press Next Test, or Exit to save.")
-            : QStringLiteral("Shot %1 is NOT on the disk. Make room; the program tries again.");
+    QString line = QStringLiteral("Shot %1 is on the disk. Press Next Test, or Exit to save.");
+    if (screen.lblDamage.visible) line = QStringLiteral("Shot %1 is on the disk.");
+    if (!screen.shotOnDisk) {
+        line = QStringLiteral("Shot %1 is NOT on the disk. Make room; the program tries again.");
+    }
     return line.arg(screen.shotShown);
 }
 

@@ -229,6 +229,13 @@ TEST_F(ResultCard, AShotThatIsNotOnTheDiskSaysSoUntilItIs) {
     EXPECT_FALSE(SessionJournal::Read(journal).pendingShot.empty());
 }
 
+TEST_F(ResultCard, OfADamagedShotTheDamageSaysWhatComesNext) {
+    OpenAndStart();
+    EndShot(Digits().substr(6));
+    EXPECT_THAT(Text("lblDamage"), HasSubstr("Press Repeat Test"));
+    EXPECT_EQ(Text("lblDisk"), "Shot 1 is on the disk.");
+}
+
 TEST_F(ResultCard, UnitsStandAtTheReadings) {
     OpenAndStart();
     Say("I=0.0123 V=152.4");

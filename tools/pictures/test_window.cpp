@@ -84,6 +84,10 @@ class TestWindowPictures : public TestWindow {
         Type("txtErrorLimit", "0.3");
         Grab("result-amber");
         Type("txtErrorLimit", "");
+        prompts.answers = {Answer::No};
+        StartFullShot();
+        EndShot(Digits().substr(6));
+        Grab("result-damaged");
     }
     void SayReadings() {
         for (int i = 1; i <= 25; ++i)
