@@ -51,6 +51,7 @@ using CellValue = std::variant<std::string, double>;
 struct Cell {
     CellPlace place;
     CellValue value;
+    bool operator==(const Cell&) const = default;
 };
 
 enum class HorizontalAlignment { Left, Centre };
@@ -81,6 +82,7 @@ struct StyledRange {
 struct SheetRange {
     std::size_t sheet = 0;
     CellRange range;
+    bool operator==(const SheetRange&) const = default;
 };
 
 // Colours are indices of Excel's palette (1 to 56).
@@ -106,6 +108,7 @@ constexpr double LineWeightPoints(LineWeight weight) {
 struct SeriesLine {
     LineWeight weight = LineWeight::Medium;
     int colour = kColourRed;
+    bool operator==(const SeriesLine&) const = default;
 };
 
 enum class MarkerStyle { Star, Circle };
@@ -116,6 +119,7 @@ struct SeriesMarker {
     int foreground = kColourRed;
     int background = kColourRed;
     bool shadow = false;
+    bool operator==(const SeriesMarker&) const = default;
 };
 
 // A series of an XY chart. Without a line it shows its markers only, and the other way round.
@@ -127,6 +131,7 @@ struct ChartSeries {
     std::optional<SeriesMarker> marker;
     bool smoothed = false;
     bool inLegend = false;  // has an entry in the legend when the chart shows one
+    bool operator==(const ChartSeries&) const = default;
 };
 
 enum class TickMarks { None, Outside };
@@ -141,6 +146,7 @@ struct ChartAxes {
     bool minorGridlines = true;
     std::string categoryTitle;  // X
     std::string valueTitle;     // Y
+    bool operator==(const ChartAxes&) const = default;
 };
 
 // The line around it has an automatic style.
@@ -148,6 +154,7 @@ struct PlotArea {
     LineWeight borderWeight = LineWeight::Thin;
     bool filled = true;
     int fillColour = kColourWhite;
+    bool operator==(const PlotArea&) const = default;
 };
 
 // An XY chart on a sheet.
@@ -160,6 +167,7 @@ struct Chart {
     CellPlace anchor;                 // the cell of its upper left corner
     double width = 0;                 // points
     double height = 0;                // points
+    bool operator==(const Chart&) const = default;
 };
 
 // A line of the page footer, in the middle of it.
@@ -199,6 +207,7 @@ struct Sheet {
     PageSetup page;
     CellPlace selected;
     CellPlace firstVisible;  // the upper left corner of what is seen first; not in .xlsx
+    bool operator==(const Sheet&) const = default;
 };
 
 struct Workbook {
@@ -206,6 +215,7 @@ struct Workbook {
     std::string templateSheet;  // the model sheet: "HEADER"
     std::vector<Sheet> sheets;  // in the order of their tabs
     std::size_t activeSheet = 0;
+    bool operator==(const Workbook&) const = default;
 };
 
 // Whether a sheet is a test's.

@@ -8,8 +8,6 @@
 #include <type_traits>
 #include <variant>
 
-#include "common/version.h"
-
 namespace davo::calc {
 
 namespace {
@@ -200,15 +198,12 @@ class Unpacker {
 
 std::string Packed(const Workbook& workbook) {
     Packer packer;
-    packer.All(std::string(kVersion), workbook);
+    packer.All(workbook);
     return std::move(packer).Bytes();
 }
 
 Workbook Unpacked(std::string_view bytes) {
     Unpacker unpacker(bytes);
-    std::string version;
-    unpacker.All(version);
-    if (version != kVersion) throw std::invalid_argument("workbook");
     Workbook workbook;
     unpacker.All(workbook);
     if (!unpacker.AtEnd()) throw std::invalid_argument("workbook");

@@ -8,9 +8,9 @@
 
 namespace davo::calc {
 
-// A workbook as bytes, for another process of this program's version on this computer.
+// A workbook as bytes, for another process that has loaded the same module.
 std::string Packed(const Workbook& workbook);
-// Throws std::invalid_argument for bytes that Packed of this version has not made.
+// Throws std::invalid_argument for bytes that are not all of a workbook, or more.
 Workbook Unpacked(std::string_view bytes);
 
 }  // namespace davo::calc

@@ -33,11 +33,12 @@ bool CalcRenderer::Render(const Workbook& workbook, const QString& templatePath,
     // The engine works on copies in its own folder: it neither locks nor writes what is the user's.
     const std::string model = ReadWholeFile(templatePath);
     try {
-        std::optional<std::string> bytes =
-            MakeUnlessLost(Place::InEngine, workbook, model, progress, stop);
-        // An engine that has ended by what it has loaded of this program is not asked again.
-        if (!bytes && !stop.stop_requested())
-            bytes = MakeUnlessLost(Place::FromOutside, workbook, model, progress, stop);
+        std::optional<std::string> bytes = MakeUnlessLost(workbook, model, progress, stop);
+        if (!bytes && !stop.stop_requested()) {
+            // It may have been what it had loaded of this program.
+            inEngine_ = false;
+            bytes = MakeUnlessLost(workbook, model, progress, stop);
+        }
         if (stop.stop_requested()) return false;
         if (!bytes)
             throw RunTimeError(ErrorNumber::Automation, "LibreOffice Calc ended or hung twice");
@@ -51,12 +52,12 @@ bool CalcRenderer::Render(const Workbook& workbook, const QString& templatePath,
 }
 
 // Nothing when the engine ended in the middle, by itself or because it hung.
-std::optional<std::string> CalcRenderer::MakeUnlessLost(Place place, const Workbook& workbook,
+std::optional<std::string> CalcRenderer::MakeUnlessLost(const Workbook& workbook,
                                                         const std::string& model,
                                                         const RenderProgress& progress,
                                                         const std::stop_token& stop) {
     try {
-        std::string bytes = Make(place, workbook, model, progress, stop);
+        std::string bytes = Make(workbook, model, progress, stop);
         engine_.EndWatch(true);
         return bytes;
     } catch (const sun::lang::DisposedException&) {
@@ -69,7 +70,7 @@ std::optional<std::string> CalcRenderer::MakeUnlessLost(Place place, const Workb
     }
 }
 
-std::string CalcRenderer::Make(Place place, const Workbook& workbook, const std::string& model,
+std::string CalcRenderer::Make(const Workbook& workbook, const std::string& model,
                                const RenderProgress& progress, const std::stop_token& stop) {
     const auto beforeStep = [&](int n, int m) {
         if (stop.stop_requested()) throw Stopped{};
@@ -84,8 +85,7 @@ std::string CalcRenderer::Make(Place place, const Workbook& workbook, const std:
     const QString source = folder + QString::fromStdString(workbook.templateFile);
     const QString target = folder + QStringLiteral("report.xls");
     ReplaceFile(source, model);
-    if (place == Place::FromOutside ||
-        !MakeReportInEngine(context, workbook, source, target, beforeStep))
+    if (!inEngine_ || !MakeReportInEngine(context, workbook, source, target, beforeStep))
         MakeReport(context, workbook, source, target, beforeStep);
     std::string made = ReadWholeFile(target);
     FinishXls(made, workbook);

@@ -21,17 +21,14 @@ class CalcRenderer : public ReportRenderer {
                 const RenderProgress& progress, const std::stop_token& stop) override;
 
   private:
-    // Where what writes the workbook runs.
-    enum class Place { InEngine, FromOutside };
-
-    std::optional<std::string> MakeUnlessLost(Place place, const Workbook& workbook,
-                                              const std::string& model,
+    std::optional<std::string> MakeUnlessLost(const Workbook& workbook, const std::string& model,
                                               const RenderProgress& progress,
                                               const std::stop_token& stop);
-    std::string Make(Place place, const Workbook& workbook, const std::string& model,
+    std::string Make(const Workbook& workbook, const std::string& model,
                      const RenderProgress& progress, const std::stop_token& stop);
 
     std::mutex oneAtATime_;
+    bool inEngine_ = true;  // is the workbook written
     CalcEngine engine_;
 };
 

@@ -11,7 +11,6 @@
 #include <com/sun/star/frame/Desktop.hpp>
 #include <com/sun/star/frame/XStorable.hpp>
 #include <com/sun/star/lang/DisposedException.hpp>
-#include <com/sun/star/lang/IllegalArgumentException.hpp>
 #include <com/sun/star/lang/XSingleComponentFactory.hpp>
 #include <com/sun/star/loader/XImplementationLoader.hpp>
 #include <com/sun/star/task/XJob.hpp>
@@ -21,7 +20,6 @@
 #include <cppuhelper/implementationentry.hxx>
 #include <exception>
 #include <rtl/ref.hxx>
-#include <stdexcept>
 #include <utility>
 
 #include "common/run_time_error.h"
@@ -63,7 +61,7 @@ class Steps : public cppu::WeakImplHelper1<sun::awt::XCallback> {
         Sequence<sal_Int32> numbers;
         step >>= numbers;
         try {
-            if (numbers.getLength() == 2) beforeStep_(numbers[0], numbers[1]);
+            if (beforeStep_ && numbers.getLength() == 2) beforeStep_(numbers[0], numbers[1]);
         } catch (...) {
             // Only the engine's own exceptions find their way through its process.
             thrown_ = std::current_exception();
@@ -73,19 +71,20 @@ class Steps : public cppu::WeakImplHelper1<sun::awt::XCallback> {
     void Rethrow() const {
         if (thrown_) std::rethrow_exception(thrown_);
     }
+    // A step that an engine had told when it was lost comes with the next call.
+    void Forget() { beforeStep_ = nullptr; }
 
   private:
     BeforeStep beforeStep_;
     std::exception_ptr thrown_;
 };
 
-// What the engine's process makes of one call: all arguments of MakeReport.
+// The call as the engine's process sees it; its arguments are those of MakeReport.
 class ReportJob : public cppu::WeakImplHelper1<sun::task::XJob> {
   public:
     explicit ReportJob(Context context) : context_(std::move(context)) {}
 
-    // Returns nothing, or the detail of a RunTimeError 440. Throws IllegalArgumentException for a
-    // workbook that another version has packed.
+    // Returns nothing, or the detail of a RunTimeError 440.
     Any SAL_CALL execute(const Sequence<sun::beans::NamedValue>& arguments) override {
         const auto argument = [&arguments](sal_Int32 index) {
             return index < arguments.getLength() ? arguments[index].Value : Any();
@@ -102,12 +101,10 @@ class ReportJob : public cppu::WeakImplHelper1<sun::task::XJob> {
             MakeReport(context_, workbook, text(1), text(2), [&steps](int n, int m) {
                 steps->notify(Any(SequenceOf<sal_Int32>({n, m})));
             });
-        } catch (const std::invalid_argument& error) {
-            throw sun::lang::IllegalArgumentException(rtl::OUString::createFromAscii(error.what()),
-                                                      {}, 0);
         } catch (const RunTimeError& error) {
-            const std::string_view begin = RunTimeError(error.Number(), "").what();
-            return Any(ToUno(std::string_view(error.what()).substr(begin.size() + 2)));
+            const std::string begin = RunTimeError(error.Number()).what();
+            return Any(ToUno(
+                QString::fromUtf8(error.what()).mid(static_cast<qsizetype>(begin.size()) + 2)));
         }
         return {};
     }
@@ -121,23 +118,37 @@ Reference<sun::uno::XInterface> SAL_CALL MakeJob(const Context& context) {
 }
 
 // The module that this function is in.
-QString ModulePath() {
+QString ModulePath() noexcept {
     Dl_info info{};
     return ::dladdr(reinterpret_cast<void*>(&MakeJob), &info) != 0
-               ? QString::fromLocal8Bit(info.dli_fname)
+               ? QFile::decodeName(info.dli_fname)
                : QString();
 }
 
-// A program without the sanitizers' checks ends when it loads a module that has them.
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool kIsLoadable = false;
+// Which file a path is: another one when a newer version has been installed over it. Milliseconds
+// and bytes.
+using FileMark = std::pair<qint64, qint64>;
+FileMark MarkOf(const QString& path) noexcept {
+    const QFileInfo file(path);
+    return {file.lastModified().toMSecsSinceEpoch(), file.size()};
+}
+
+// As this program has loaded it.
+const FileMark kOwnModule = MarkOf(ModulePath());
+
+// The engine must get the same module, since the workbook is packed for it. One with the checks of
+// the sanitizers ends a program without them.
+bool IsLoadable() {
+#ifdef DAVO_SANITIZED
+    return false;
 #else
-constexpr bool kIsLoadable = true;
+    return MarkOf(ModulePath()) == kOwnModule;
 #endif
+}
 
 // Empty when the engine does not load the module.
 Reference<sun::task::XJob> JobOf(const Context& context) {
-    if (!kIsLoadable) return {};
+    if (!IsLoadable()) return {};
     try {
         const auto services = context->getServiceManager();
         const Reference<sun::loader::XImplementationLoader> loader(
@@ -180,6 +191,7 @@ bool MakeReportInEngine(const Context& context, const Workbook& workbook, const 
     if (!job.is()) return false;
     const std::string bytes = Packed(workbook);
     const rtl::Reference<Steps> steps(new Steps(beforeStep));
+    const auto forget = qScopeGuard([&steps] { steps->Forget(); });
     const auto named = [](const char* name, const Any& value) {
         return sun::beans::NamedValue(rtl::OUString::createFromAscii(name), value);
     };
@@ -192,8 +204,6 @@ bool MakeReportInEngine(const Context& context, const Workbook& workbook, const 
         if (!detail.hasValue()) return true;
         throw RunTimeError(ErrorNumber::Automation,
                            FromUno(detail.get<rtl::OUString>()).toStdString());
-    } catch (const sun::lang::IllegalArgumentException&) {
-        return false;
     } catch (const sun::uno::Exception&) {
         steps->Rethrow();
         throw;

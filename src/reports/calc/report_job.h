@@ -15,7 +15,7 @@ void MakeReport(const Context& context, const Workbook& workbook, const QString&
 
 // The same in the engine's own process: it loads this module and is asked once, because a call from
 // process to process takes longer than most of what is asked for. False, with nothing done, when
-// the engine does not load the module or has loaded one of another version.
+// the engine does not load the module.
 bool MakeReportInEngine(const Context& context, const Workbook& workbook, const QString& source,
                         const QString& target, const BeforeStep& beforeStep);
 

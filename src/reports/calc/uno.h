@@ -56,7 +56,7 @@ std::pair<const rtl::OUString, Any> Named(const char* name, const Value& value) 
     return {rtl::OUString::createFromAscii(name), Any(value)};
 }
 
-// All in one call: each call goes to the engine and back.
+// All in one call: from outside, each goes to the engine and back.
 void SetAll(const Reference<sun::uno::XInterface>& target, const Properties& properties);
 
 template <class Value>

@@ -204,7 +204,8 @@ TEST_F(CalcFaultsTest, GivesUpWhenTheEngineIsKilledTwice) {
 }
 
 TEST_F(CalcFaultsTest, EndsAnEngineThatHangs) {
-    MakeRenderer(1500ms);
+    constexpr auto kShort = 6s;  // for a busy machine
+    MakeRenderer(kShort);
     bool isStopped = false;
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(Render([&](int n, int) {
@@ -213,7 +214,7 @@ TEST_F(CalcFaultsTest, EndsAnEngineThatHangs) {
         ::kill(EnginesOf(::getpid()).at(0), SIGSTOP);
     }));
     EXPECT_TRUE(isStopped);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 1500ms);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, kShort);
     ExpectWorkbook();
     EXPECT_EQ(EnginesOf(::getpid()).size(), 1U);
 }
@@ -320,10 +321,11 @@ TEST_F(CalcFaultsTest, LeavesNoProcessAndNoFolder) {
     ASSERT_TRUE(Render());
     const auto engines = EnginesOf(::getpid());
     ASSERT_EQ(engines.size(), 1U);
-#ifndef __SANITIZE_ADDRESS__  // which the engine cannot load
+#ifndef DAVO_SANITIZED  // which the engine cannot load
     QFile loaded(u"/proc/%1/maps"_s.arg(engines.front()));
     ASSERT_TRUE(loaded.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(loaded.readAll().contains("libdavo_reports_calc.so")) << "each call goes far";
+    EXPECT_TRUE(loaded.readAll().contains("libdavo_reports_calc.so"))
+        << "the engine has not loaded the module";
 #endif
     EXPECT_EQ(ProfileFolders().size(), 1);
     renderer_.reset();

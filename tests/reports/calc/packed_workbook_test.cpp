@@ -19,19 +19,12 @@ Workbook ReportWithNotes(int tests) {
 }
 
 TEST(PackedWorkbook, IsTheSameWhenItIsUnpacked) {
-    for (const int tests : {1, 3, 31}) {
-        const Workbook workbook = ReportWithNotes(tests);
-        const std::string bytes = calc::Packed(workbook);
-        const Workbook other = calc::Unpacked(bytes);
-        EXPECT_EQ(calc::Packed(other), bytes);
-        ASSERT_EQ(other.sheets.size(), workbook.sheets.size());
-        for (std::size_t i = 0; i < workbook.sheets.size(); ++i) {
-            EXPECT_EQ(other.sheets[i].styles, workbook.sheets[i].styles);
-            EXPECT_EQ(other.sheets[i].page, workbook.sheets[i].page);
-            EXPECT_EQ(CellText(other.sheets[i], "A1"), CellText(workbook.sheets[i], "A1"));
-            EXPECT_EQ(CellNumber(other.sheets[i], "B19"), CellNumber(workbook.sheets[i], "B19"));
-        }
-    }
+    std::vector<Workbook> workbooks = {ReportWithNotes(1), ReportWithNotes(3), ReportWithNotes(31)};
+    workbooks.push_back(
+        BuildReport(ParseGroup(HeaderText("T1") + RecordText(3) + HeaderText("T2") + RecordText(4)),
+                    {"ASA 10/50 Marker", false}));
+    for (const Workbook& workbook : workbooks)
+        EXPECT_TRUE(calc::Unpacked(calc::Packed(workbook)) == workbook);
 }
 
 TEST(PackedWorkbook, IsRefusedWhenItIsCutOffOrHasMore) {
@@ -39,12 +32,6 @@ TEST(PackedWorkbook, IsRefusedWhenItIsCutOffOrHasMore) {
     for (std::size_t size = 0; size < bytes.size(); ++size)
         EXPECT_THROW(calc::Unpacked(bytes.substr(0, size)), std::invalid_argument) << size;
     EXPECT_THROW(calc::Unpacked(bytes + "x"), std::invalid_argument);
-}
-
-TEST(PackedWorkbook, IsRefusedWhenAnotherVersionHasMadeIt) {
-    std::string bytes = calc::Packed(ReportWithNotes(1));
-    ++bytes.at(sizeof(std::size_t));  // the version's first digit
-    EXPECT_THROW(calc::Unpacked(bytes), std::invalid_argument);
 }
 
 TEST(PackedWorkbook, ADamagedOneIsRefusedOrRead) {
@@ -56,7 +43,8 @@ TEST(PackedWorkbook, ADamagedOneIsRefusedOrRead) {
         for (int n = round % 5; n >= 0; --n)
             bytes.at(random() % bytes.size()) = static_cast<char>(random());
         try {
-            EXPECT_LE(calc::Unpacked(bytes).sheets.size(), whole.size());
+            // As large as before, since nothing may be left over.
+            EXPECT_EQ(calc::Packed(calc::Unpacked(bytes)).size(), bytes.size());
         } catch (const std::invalid_argument&) {
             continue;
         }
