@@ -120,7 +120,7 @@ struct Record {
 constexpr std::size_t kRecordHead = 4;
 constexpr std::size_t kActiveSheet = 10;  // where the first window has it
 constexpr std::size_t kWindowSize = 6;    // of what is written of a sheet's window
-constexpr std::size_t kOneSelection = 15;
+constexpr std::size_t kSelections = 9;    // where the ranges are that are selected
 
 // Walks through the records of a workbook's stream.
 class XlsFinisher {
@@ -144,15 +144,18 @@ class XlsFinisher {
         if (record.kind == kBeginOfPart) {
             // The first part is the workbook's, the next ones are the sheets', and in those the
             // charts'.
-            if (++depth_ == 1) ++parts_;
+            if (++depth_ == 1) {
+                ++parts_;
+                isFrozen_ = false;
+            }
         } else if (record.kind == kEndOfPart) {
             --depth_;
         } else if (record.kind == kFirstWindow && record.size >= kActiveSheet + 2) {
             Put(record.at + kActiveSheet, workbook_.activeSheet);
         } else if (record.kind == kWindow && record.size >= kWindowSize && HasSheet()) {
             ShowFrom(record.at);
-        } else if (record.kind == kSelection && record.size == kOneSelection && HasSheet()) {
-            Select(record.at);
+        } else if (record.kind == kSelection && record.size >= kSelections && HasSheet()) {
+            Select(record);
         } else if (record.kind == kSource && HasSheet() && depth_ == 2) {
             TakeOutOfLegend(record);
         }
@@ -180,22 +183,26 @@ class XlsFinisher {
         Put(at + 4, static_cast<std::size_t>(SheetHere().firstVisible.column - 1));
     }
 
-    // The pane and the number of selections stay.
-    void Select(std::size_t at) {
+    // The pane and the number of ranges stay; each becomes the cell.
+    void Select(const Record& record) {
         if (isFrozen_) return;
         constexpr std::size_t kActiveCell = 1;
-        constexpr std::size_t kSelected = 9;
+        constexpr std::size_t kRange = 6;  // bytes
         constexpr unsigned kByte = 8;
         const auto row = static_cast<std::size_t>(SheetHere().selected.row - 1);
         const auto column = static_cast<std::size_t>(SheetHere().selected.column - 1);
-        Put(at + kActiveCell, row);
-        Put(at + kActiveCell + 2, column);
-        Put(at + kSelected, row);
-        Put(at + kSelected + 2, row);
-        Put(at + kSelected + 4, column << kByte | column);
+        Put(record.at + kActiveCell, row);
+        Put(record.at + kActiveCell + 2, column);
+        Put(record.at + kActiveCell + 4, 0);  // the first range has it
+        for (std::size_t at = kSelections; at + kRange <= record.size; at += kRange) {
+            Put(record.at + at, row);
+            Put(record.at + at + 2, row);
+            Put(record.at + at + 4, column << kByte | column);
+        }
     }
 
-    // Only the series that are not in the legend have a list of two cells for a name; a short text
+    // Of the report's series, only those that are not in the legend have a list of two cells for a
+    // name; a short text
     // in its place leaves the eight bytes for what deletes the entry, which is the last of a
     // series.
     void TakeOutOfLegend(const Record& source) {

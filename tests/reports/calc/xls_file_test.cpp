@@ -39,17 +39,17 @@ TEST(XlsFile, PutsTheSheetThatIsSeenFirst) {
 
 TEST(XlsFile, SelectsTheCellOfTheReport) {
     using namespace std::string_literals;
-    const auto selection = [](const std::string& cell, const std::string& range) {
-        return "\x1D\0\x0F\0\x03"s + cell + "\0\0\x01\0"s + range;
-    };
-    const std::string first = selection("\0\0\0\0"s, std::string(6, '\0'));
-    const std::string other = selection("\x04\0\x01\0"s, "\x04\0\x08\0\x01\x02"s);  // B5:C9
+    const std::string record = "\x1D\0\x0F\0\x03"s;
     std::string bytes = Template();
-    const std::size_t at = bytes.find(first);
+    const std::size_t at = bytes.find(record);
     ASSERT_NE(at, std::string::npos);
-    bytes.replace(at, first.size(), other);
-    calc::FinishXls(bytes, TwoSheets());
-    EXPECT_EQ(bytes.substr(at, first.size()), first);
+    const std::string otherCells = "\x01\0\x07\0\x01\0\x01\0\x01\0\x09\0\x02\x07"s;  // C2:H10
+    bytes.replace(at + record.size(), otherCells.size(), otherCells);
+    Workbook workbook = TwoSheets();
+    workbook.sheets.at(0).selected = PlaceOf("B5");
+    calc::FinishXls(bytes, workbook);
+    EXPECT_EQ(bytes.substr(at + record.size(), otherCells.size()),
+              "\x04\0\x01\0\0\0\x01\0\x04\0\x04\0\x01\x01"s);
 }
 
 TEST(XlsFile, LeavesAloneWhatIsNoWorkbook) {
