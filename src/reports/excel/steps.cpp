@@ -118,6 +118,16 @@ void SetUpPage(const Object& sheet, const PageSetup& page) {
     }
 }
 
+// A printer that has no such paper prints on what it has.
+void SetPaper(const Object& model, const Object& sheet) {
+    try {
+        const double paper = model.Get("PageSetup").Number("PaperSize");
+        sheet.Get("PageSetup").Set("PaperSize", static_cast<int>(paper));
+    } catch (const RunTimeError&) {
+        return;
+    }
+}
+
 class ReportMaker {
   public:
     ReportMaker(const Object& book, const Workbook& workbook, const BeforeStep& beforeStep)
@@ -167,7 +177,6 @@ Object ReportMaker::FindModel() const {
 
 void ReportMaker::MakeSheets(const Object& model) {
     int position = static_cast<int>(model.Number("Index"));
-    const auto paper = static_cast<int>(model.Get("PageSetup").Number("PaperSize"));
     for (const Sheet& sheet : workbook_.sheets) {
         beforeStep_(0, 0);
         if (sheet.fromTemplate) {
@@ -176,7 +185,7 @@ void ReportMaker::MakeSheets(const Object& model) {
             sheets_.Call("Add", {model});
         }
         made_.push_back(sheets_.Get("Item", {position++}));
-        if (!sheet.fromTemplate) made_.back().Get("PageSetup").Set("PaperSize", paper);
+        if (!sheet.fromTemplate) SetPaper(model, made_.back());
         made_.back().Set("Name", FromPage(sheet.buildName));
         if (sheet.cleared) RangeIn(made_.back(), *sheet.cleared).Call("Clear");
     }

@@ -306,12 +306,21 @@ TEST_F(ExcelRendererTest, AFailureAtAnyCallIsToldAndLeavesTheOldReport) {
     const Workbook report = ReportOf(2);
     ASSERT_TRUE(Render(report));
     const int calls = recording_.calls;
+    // A printer without the paper of the letterhead is no failure.
+    const QString asked = LinesWith(u"PaperSize"_s).value(0);
+    const qsizetype paper = At(asked);
+    ASSERT_GT(paper, 0);
     ReplaceFile(target_, "the old report");
     for (int n = 1; n <= calls; ++n) {
         SCOPED_TRACE("call " + std::to_string(n) + " of " + std::to_string(calls) + ": " +
                      recording_.lines.value(n - 1).toStdString());
         recording_ = {};
         recording_.failAt = n;
+        if (n >= paper && n <= paper + 3) {
+            EXPECT_TRUE(Render(report));
+            ReplaceFile(target_, "the old report");
+            continue;
+        }
         const auto error = Thrown([&] { Render(report); });
         ASSERT_TRUE(error) << "nothing was thrown";
         EXPECT_EQ(error->Number(), ErrorNumber::Automation);
