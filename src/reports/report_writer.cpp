@@ -284,8 +284,11 @@ Sheet TestSheetWriter::Write() {
 // Which of two records' tests a curve of an overlay is: "T0012, test 3, winding X1-X2".
 std::string OverlaidTest(const ReportTables& report, int slot) {
     const ReportTest& test = report.tests.at(static_cast<std::size_t>(slot));
-    std::string text =
-        test.header.testNumber + ", test " + report.tables.Result(slot, ResultColumn::TestNumber);
+    std::string text = test.header.testNumber;
+    if (const std::string& number = report.tables.Result(slot, ResultColumn::TestNumber);
+        number != kNotAvailable) {
+        text += ", test " + number;
+    }
     if (!test.description.empty()) text += ", " + test.description;
     return text;
 }

@@ -294,7 +294,7 @@ TEST(Overlay, AGraphWithoutARecordSaysSo) {
     for (const char* address : {"B6", "B10", "D10", "B11", "D12", "A19", "B19", "C19"})
         EXPECT_EQ(CellText(sheet, address), "N/A") << address;
     EXPECT_EQ(book.sheets[2].charts.at(0).series.size(), 2U);
-    EXPECT_EQ(CellText(book.sheets[2], "D8"), "T2, test N/A has no data.");
+    EXPECT_EQ(CellText(book.sheets[2], "D8"), "T2 has no data.");
 }
 
 TEST(Overlay, TwoGraphsWithoutDataHaveNoChart) {
@@ -302,7 +302,7 @@ TEST(Overlay, TwoGraphsWithoutDataHaveNoChart) {
         BuildReport(test::ParseGroup(HeaderText("T1") + HeaderText("T2")), {kKneeAsa, false});
     ASSERT_EQ(book.sheets.size(), 3U);
     EXPECT_TRUE(book.sheets[2].charts.empty());
-    EXPECT_EQ(CellText(book.sheets[2], "D7"), "T1, test N/A has no data.");
+    EXPECT_EQ(CellText(book.sheets[2], "D7"), "T1 has no data.");
 }
 
 TEST(Notes, StandOnTheirSheetWithLineBreaks) {
