@@ -27,7 +27,6 @@ KILL_AT = os.environ.get("DAVO_KILL_AT_LIBRARY", "")
 SCREEN = pathlib.Path(__file__).parents[2] / "tools" / "driver" / "laptop_screen.json"
 PATIENCE = 60  # seconds for anything that has no limit of its own
 SEED = int(os.environ.get("DAVO_SEED", random.SystemRandom().getrandbits(32)))
-CHANCE = random.Random(SEED)
 
 SAVE = "Do you want to save the test record? "
 VIEW = "Do you want to view test results? "
@@ -56,10 +55,11 @@ def share_of(every):
     return 1 if "DAVO_LONG" in os.environ else every
 
 
-def chosen(share):
-    """1, 2, 3 ..., or one of every so many, picked at random."""
+def chosen(share, series):
+    """1, 2, 3 ..., or one of every so many; the same seed picks the same ones for a series."""
+    chance = random.Random(f"{SEED} {series}")
     for first in itertools.count(1, share):
-        yield first + CHANCE.randrange(share)
+        yield first + chance.randrange(share)
 
 
 def wait_until(condition, what, limit=PATIENCE):

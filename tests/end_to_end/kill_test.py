@@ -136,7 +136,7 @@ def kill_recovery(run, rig):
 
 def series(when, play):
     """Kills at call 1, 2, 3 ... until play ends by itself; the runs that were killed."""
-    numbers = harness.chosen(SHARE)
+    numbers = harness.chosen(SHARE, f"{play.__name__} {when}")
     turn = threading.Lock()
     finished = threading.Event()
     killed = []
