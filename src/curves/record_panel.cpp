@@ -39,9 +39,9 @@ constexpr int kLeastDoubtLines = 2;
 constexpr int kLeastRows = 3;
 constexpr int kLeastChartHeight = 250;
 constexpr double kChartPart = 0.62;  // of the panel's height
-// A panel that is as low and as wide as that has its facts beside the chart.
-constexpr int kLowHeight = 540;
+// A panel that is as wide as that, and so much wider than high, has its facts beside the chart.
 constexpr int kWideWidth = 680;
+constexpr double kWideShape = 1.4;
 // One that is as wide as that has the doubts beside the results.
 constexpr int kFactsWidth = 560;
 constexpr double kMostTableShare = 0.6;
@@ -216,7 +216,6 @@ void RecordPanel::ReadAndShow() {
     const bool any = !shown_.Tests().empty();
     tblTests_->setVisible(any);
     Arrange();
-    chart_->SetInteractive(any);
     for (QPushButton* button : {cmdSavePng_, cmdSavePdf_, cmdSaveCsv_})
         button->setEnabled(any);
 }
@@ -280,6 +279,7 @@ void RecordPanel::ShowCurves() {
         }
         curves.push_back(std::move(curve));
     }
+    chart_->SetInteractive(!curves.empty());
     chart_->SetCurves(std::move(curves));
     lblNoCurve_->setText(WithoutCurve(without));
     lblNoCurve_->setVisible(!without.isEmpty());
@@ -303,8 +303,8 @@ void RecordPanel::ShowDoubts() {
 // --- Room ---------------------------------------------------------------------------------------
 
 void RecordPanel::Arrange() {
-    const bool low = height() < kLowHeight;
-    const bool beside = low && width() >= kWideWidth && !shown_.Tests().empty();
+    const bool wide = width() >= std::max<double>(kWideWidth, kWideShape * height());
+    const bool beside = wide && !shown_.Tests().empty();
     body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     body_->setStretch(0, kChartShare);
     body_->setStretch(1, beside ? kFactsShare : 0);

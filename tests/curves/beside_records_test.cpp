@@ -90,8 +90,10 @@ class PanelInWindow : public PanelTest {
         ExpectMnemonicsAreUnique();
         ExpectPanelInOrder(false);
         EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
-        EXPECT_GE(FindIn<QWidget>(*window, "plotCurves")->height(),
-                  0.55 * FindIn<QWidget>(*window, "RecordPanel")->height());
+        EXPECT_TRUE(Until([this] {
+            return FindIn<QWidget>(*window, "plotCurves")->height() >=
+                   0.55 * FindIn<QWidget>(*window, "RecordPanel")->height();
+        }));
     }
 
     static constexpr QSize kWide{1366, 690};
@@ -259,7 +261,7 @@ TEST_F(PanelInWindow, ShowsGraphOneOverGraphTwo) {
     choose(2, 1, "cmdOp1");
     EXPECT_TRUE(Until([&] { return names().back() == "Graph #2: THREE Test 2"; }));
     EXPECT_EQ(names().front(), "Graph #1: THREE Test 2");
-    EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+    EXPECT_TRUE(Until([this] { return CutTextsOf(*window).empty(); }));
 }
 
 // The columns behind the number of tests may be wide: the panel shows them, too.
