@@ -2,6 +2,7 @@
 #include "app/home_panel.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
@@ -435,6 +436,36 @@ TEST_F(Home, NoTextIsCutOnASmallScreen) {
     panel->ShowFacts(facts);
     QTest::qWait(20);
     EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
+}
+
+// The letters of a user who has set them larger, from before the window is made.
+class LargeLetters {
+  protected:
+    LargeLetters() {
+        QFont font = usual_;
+        font.setPointSizeF(14);
+        QApplication::setFont(font);
+    }
+    ~LargeLetters() { QApplication::setFont(usual_); }
+
+  private:
+    QFont usual_ = QApplication::font();
+};
+
+class HomeInLargeLetters : LargeLetters, public HomeWithRecords {};
+
+TEST_F(HomeInLargeLetters, FitsTheSmallestScreen) {
+    constexpr QSize kSmallest(1024, 560);  // 600 less the frame and the status bar
+    window.resize(kSmallest);
+    ASSERT_TRUE(ShowActive(window));
+    EXPECT_EQ(window.size(), kSmallest) << "it needs no more room";
+    EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
+    panel->Sessions().Show({UnsavedSession{}, UnsavedSession{}});
+    panel->ShowFacts(facts);
+    QTest::qWait(20);
+    EXPECT_EQ(window.size(), kSmallest);
+    EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
+    EXPECT_TRUE(Find<QWidget>("lvNewest")->isVisible());
 }
 
 }  // namespace
