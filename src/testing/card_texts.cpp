@@ -3,6 +3,7 @@
 
 #include <QStringList>
 #include <optional>
+#include <utility>
 
 #include "common/numbers.h"
 #include "common/text.h"
