@@ -85,14 +85,12 @@ class KeyboardJobs(unittest.TestCase):
         hand.wait(f'waitText msgBox "{harness.SAVE}"')
         hand.press("Alt+Y")
         hand.wait("wait cdFile")
-        hand.press("Ctrl+A")
-        hand.write("T1")
         hand.press("Return")
         hand.wait(f'waitText msgBox "{harness.VIEW}"')
         hand.press("Alt+N")
         hand.wait("waitGone frmCControl")
-        self.assertTrue((self.rig.data / "T1.txt").exists() or (self.rig.data / "t1.txt").exists())
-        hand.tell("two more shots, saved with the name T1")
+        self.assertEqual(len(list(self.rig.data.glob("*.txt"))), 1)
+        hand.tell("two more shots, saved with the name that is proposed")
         self.leave()
 
     @unittest.skipUnless(ENGINE.exists(), "this machine has no LibreOffice Calc")
@@ -163,6 +161,30 @@ class KeyboardJobs(unittest.TestCase):
         hand.wait("waitGone frmFileUtilOverlay")
         self.assertTrue((self.rig.excel / "2Graphs.xls").exists())
         hand.tell("overlay of two tests")
+        self.leave()
+
+    def test_a_port_is_chosen_with_nothing_plugged_in(self):
+        hand = self.start()
+        harness.end_group(self.rig.instrument)
+        self.rig.port.unlink(missing_ok=True)
+        hand.wait(f'waitText msgBox "{harness.LOST}"')
+        hand.press("Return")
+        hand.wait("waitGone msgBox", 'waitText lblPort "COM1 not plugged in"')
+        hand.count = 0
+        hand.menu("C")
+        hand.wait("wait frmConfig")
+        hand.press("Return")
+        hand.wait("wait cmdLeave")
+        hand.press("Alt+W")
+        hand.wait("waitGone frmConfig")
+        hand.tell("look for a port that is not there, and leave")
+        self.rig.start_instrument(*QUICK)
+        hand.count = 0
+        hand.menu("C")
+        hand.wait("wait frmConfig")
+        hand.press("Return")
+        hand.wait("waitGone frmConfig")
+        hand.tell("choose the port once it is plugged in")
         self.leave()
 
 
