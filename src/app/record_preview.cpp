@@ -76,7 +76,7 @@ RecordPreview::RecordPreview(QWidget* parent)
 
 void RecordPreview::ShowRecord(const QString& path, const QString& kneepointType) {
     try {
-        const RecordFacts record = ReadRecordFacts(path);
+        const RecordFacts record = ReadRecordFacts(path, kMostPreviewTests);
         const auto rule = KneeRuleOf(kneepointType.toStdString()).value_or(KneeRule::Asa1050);
         lblRecord_->setText(RecordText(record, rule));
         chart_->SetCurves(CurvesOf(record));
