@@ -138,8 +138,10 @@ QRectF LegendPlace(QSizeF size, const QRectF& area, const std::vector<PlacedKnee
     int least = -1;
     for (int i = 0; i < kTries * kTries && least != 0; ++i) {
         QRectF place(area.topLeft(), size);
-        place.translate((area.width() - size.width()) * (i % kTries) / (kTries - 1),
-                        (area.height() - size.height()) * (i / kTries) / (kTries - 1));
+        const int across = i % kTries;
+        const int down = i / kTries;
+        place.translate((area.width() - size.width()) * across / (kTries - 1),
+                        (area.height() - size.height()) * down / (kTries - 1));
         int bad = PointsIn(place, curves);
         if (!knees.empty()) bad += kOfTheChosen * PointsIn(place, {curves.front()});
         const QPolygonF edges(place);

@@ -186,6 +186,7 @@ void RecordPanel::BuildButtons(QBoxLayout* column) {
 
 void RecordPanel::ShowRecords(const std::vector<QString>& files) {
     std::vector<ShownRecord> records;
+    records.reserve(files.size());
     for (const QString& file : files)
         records.push_back({file, {}, {}});
     Show(std::move(records));

@@ -4,6 +4,9 @@
 #include <dlfcn.h>
 
 #include <uno/lbnames.h>
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 #include <QScopeGuard>
 #include <com/sun/star/awt/XCallback.hpp>
 #include <com/sun/star/document/MacroExecMode.hpp>
@@ -82,7 +85,7 @@ class Steps : public cppu::WeakImplHelper1<sun::awt::XCallback> {
 // The call as the engine's process sees it; its arguments are those of MakeReport.
 class ReportJob : public cppu::WeakImplHelper1<sun::task::XJob> {
   public:
-    explicit ReportJob(Context context) : context_(std::move(context)) {}
+    explicit ReportJob(const Context& context) : context_(context) {}
 
     // Returns nothing, or the detail of a RunTimeError 440.
     Any SAL_CALL execute(const Sequence<sun::beans::NamedValue>& arguments) override {
