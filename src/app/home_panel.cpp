@@ -33,9 +33,9 @@ constexpr int kPanelPicture = 56;
 constexpr int kLeastButtonHeight = 48;
 constexpr int kMostButtonHeight = 140;
 constexpr int kSecondButtonHeight = 44;
-// Of a panel that has room for the preview.
+// Of a panel that has room for the preview; more, in lines, with sessions that were not saved.
 constexpr int kPreviewHeight = 500;
-constexpr int kPreviewAndSessionsHeight = 620;
+constexpr int kSessionsLines = 8;
 constexpr double kPortGrowth = 1.8;
 constexpr double kHeadingGrowth = 1.4;
 constexpr double kButtonGrowth = 1.3;  // of a large button
@@ -259,7 +259,8 @@ QString HomePanel::SelectedFile() const {
 }
 
 bool HomePanel::HasRoom() const {
-    return height() >= (sessions_->isHidden() ? kPreviewHeight : kPreviewAndSessionsHeight);
+    const int sessions = sessions_->isHidden() ? 0 : kSessionsLines * fontMetrics().height();
+    return height() >= kPreviewHeight + sessions;
 }
 
 void HomePanel::Preview() {

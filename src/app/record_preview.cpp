@@ -21,6 +21,7 @@ namespace {
 constexpr std::size_t kMostPreviewTests = 3;
 constexpr QSize kChartSize(270, 190);
 constexpr int kChartWidth = 620;  // of a preview with a chart
+constexpr int kLeastPreviewHeight = 100;
 constexpr double kPreviewGrowth = 1.1;
 
 QString TestLine(const RecordTest& test, KneeRule rule) {
@@ -37,10 +38,11 @@ QString TestLine(const RecordTest& test, KneeRule rule) {
         .arg(FromPage(test.testNumber).toHtmlEscaped(), parts.join(QStringLiteral(", ")));
 }
 
-QString RecordText(const RecordFacts& record, KneeRule rule) {
+// With the results of so many tests at most.
+QString RecordText(const RecordFacts& record, KneeRule rule, std::size_t most) {
     QStringList lines{QStringLiteral("<b>%1</b>").arg(FromPage(record.name).toHtmlEscaped()),
                       HeaderFields(record).join(QStringLiteral("&nbsp; "))};
-    const std::size_t shown = std::min(record.tests.size(), kMostPreviewTests);
+    const std::size_t shown = std::min(record.tests.size(), most);
     for (std::size_t i = 0; i < shown; ++i)
         lines << TestLine(record.tests.at(i), rule);
     const std::size_t left = record.tests.size() + record.testsLeft - shown;
@@ -68,6 +70,8 @@ RecordPreview::RecordPreview(QWidget* parent)
     chart_->setFixedSize(kChartSize);
     lblRecord_->setTextFormat(Qt::RichText);
     lblRecord_->setAlignment(Qt::AlignTop);
+    lblRecord_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Ignored);
+    setMinimumHeight(kLeastPreviewHeight);
     auto* row = WithMargin(new QHBoxLayout(this), 0);
     row->setSpacing(kFormSpacing);
     row->addWidget(chart_, 0, Qt::AlignTop);
@@ -78,17 +82,29 @@ void RecordPreview::ShowRecord(const QString& path, const QString& kneepointType
     try {
         const RecordFacts record = ReadRecordFacts(path, kMostPreviewTests);
         const auto rule = KneeRuleOf(kneepointType.toStdString()).value_or(KneeRule::Asa1050);
-        lblRecord_->setText(RecordText(record, rule));
+        texts_.clear();
+        for (std::size_t tests = kMostPreviewTests + 1; tests > 0; --tests)
+            texts_ << RecordText(record, rule, tests - 1);
         chart_->SetCurves(CurvesOf(record));
     } catch (const RunTimeError& error) {
-        lblRecord_->setText(TroubleText(QFileInfo(path).completeBaseName(), error).toHtmlEscaped());
+        texts_ = {TroubleText(QFileInfo(path).completeBaseName(), error).toHtmlEscaped()};
         chart_->SetCurves({});
+    }
+    FitText();
+}
+
+void RecordPreview::FitText() {
+    for (const QString& text : texts_) {
+        lblRecord_->setText(text);
+        if (lblRecord_->heightForWidth(lblRecord_->width()) <= height()) return;
     }
 }
 
 void RecordPreview::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     chart_->setVisible(width() >= kChartWidth);
+    layout()->activate();
+    FitText();
 }
 
 }  // namespace davo

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QString>
+#include <QStringList>
 #include <QWidget>
 
 class QLabel;
@@ -23,8 +23,12 @@ class RecordPreview : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    // As many tests as there is room for.
+    void FitText();
+
     CurveChart* chart_;
     QLabel* lblRecord_;
+    QStringList texts_;  // of the record, the longest first
 };
 
 }  // namespace davo
