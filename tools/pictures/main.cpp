@@ -9,7 +9,8 @@
 //   test_list       the test list of a folder and of an instrument, a download
 //   test_window     the test window while the line is silent or lost, and at its limits
 // Scale: QT_SCALE_FACTOR; screen:
-// QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json
+// QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json; letters: DAVO_POINTS=14.
+// Says which texts are cut off, and ends with 1 then.
 
 #include <iostream>
 #include <map>
@@ -23,6 +24,11 @@ int main(int argc, char** argv) {
     GTEST_FLAG_SET(throw_on_failure, true);
     const QApplication application(argc, argv);
     QApplication::setStyle(davo::MakeOutlineStyle());
+    if (const int points = qEnvironmentVariableIntValue("DAVO_POINTS"); points > 0) {
+        QFont font = QApplication::font();
+        font.setPointSize(points);
+        QApplication::setFont(font);
+    }
     std::map<QString, void (*)(const Album&)> sets = {
         {QStringLiteral("curves"), TakeCurves},
         {QStringLiteral("files"), TakeFiles},
@@ -45,5 +51,7 @@ int main(int argc, char** argv) {
     for (const auto& [name, take] : sets)
         if (wanted.isEmpty() || wanted.contains(name))
             take(Album(QDir(arguments.at(1)).filePath(name)));
-    return 0;
+    for (const QString& cut : Album::cutTexts)
+        std::cout << "cut off: " << cut.toStdString() << '\n';
+    return Album::cutTexts.isEmpty() ? 0 : 1;
 }

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "tests/support/testing.h"
+#include "tools/pictures/cut_texts.h"
 
 namespace davo::test {
 
@@ -22,7 +23,13 @@ class Album {
     void Save(QWidget& window, const QString& name) const {
         const QString path = Path(name + u".png"_s);
         if (!window.grab().save(path)) throw std::runtime_error(path.toStdString());
+        for (const QString& cut : CutTexts(window))
+            cutTexts += folder_.dirName() + u'/' + name + u": "_s + cut;
     }
+
+    // Of all pictures that were saved, each with its picture's name.
+    static inline QStringList cutTexts;
+
     // When what is on its way has come. On a busy machine the panel needs 100 ms for sixty tests.
     void Grab(QWidget& window, const QString& name) const {
         QTest::qWait(250);
