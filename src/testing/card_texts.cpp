@@ -116,7 +116,7 @@ QString DiskLine(const ShotScreen& screen) {
     QString line = QStringLiteral("Shot %1 is on the disk. Press Next Test, or Exit to save.");
     if (screen.lblDamage.visible) line = QStringLiteral("Shot %1 is on the disk.");
     if (!screen.shotOnDisk) {
-        line = QStringLiteral("Shot %1 is NOT on the disk. Make room; the program tries again.");
+        line = QStringLiteral("Shot %1 is NOT on the disk. Stay here: the program tries again.");
     }
     return line.arg(screen.shotShown);
 }

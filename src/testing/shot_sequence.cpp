@@ -256,7 +256,7 @@ void ShotSequence::timDateTime_Timer() {
 }
 
 void ShotSequence::LookAround() {
-    if (KeepCapture() && shotPending_ && !JournalHasShot()) {
+    if (KeepCapture() && (journalStale_ || (shotPending_ && !JournalHasShot()))) {
         try {
             UpdateJournal();
         } catch (const RunTimeError&) {
@@ -517,12 +517,14 @@ bool ShotSequence::JournalHasShot() const {
 
 void ShotSequence::UpdateJournal() {
     shot_.screen.shotOnDisk = false;
+    journalStale_ = true;
     SessionJournal journal;
     journal.header = around_.header;
     journal.testNotes = around_.session.testNotes;
     journal.shotsInCapture = shotsInCapture_;
     if (shotPending_) journal.pendingShot = ShotTrailer();
     journal.Write(JournalPath());
+    journalStale_ = false;
     shot_.screen.shotOnDisk = true;
 }
 

@@ -133,9 +133,10 @@ class ShotSequence : public ShotHooks {
     std::int16_t satCount_ = 0;
     std::int16_t ratioCount_ = 0;
     int shotsInCapture_ = 0;
-    std::string damageText_;   // lblDamage: of the shot
-    std::string folderText_;   // lblDamage: of the session's folder
-    bool journalDue_ = false;  // the folder was deleted, and not all is made again
+    std::string damageText_;     // lblDamage: of the shot
+    std::string folderText_;     // lblDamage: of the session's folder
+    bool journalDue_ = false;    // the folder was deleted, and not all is made again
+    bool journalStale_ = false;  // what is now could not be written yet
     bool shotPending_ = false;
     bool clocking_ = false;
     bool aborted_ = false;

@@ -221,7 +221,7 @@ TEST_F(ResultCard, AShotThatIsNotOnTheDiskSaysSoUntilItIs) {
     ASSERT_TRUE(QDir().mkpath(journal + u"/in the way"_s));
     EndShot();
     EXPECT_EQ(Text("lblTest"), "TEST COMPLETE.");
-    EXPECT_EQ(Text("lblDisk"), "Shot 1 is NOT on the disk. Make room; the program tries again.");
+    EXPECT_EQ(Text("lblDisk"), "Shot 1 is NOT on the disk. Stay here: the program tries again.");
     ASSERT_TRUE(QDir(journal).removeRecursively());
     EXPECT_TRUE(Until([this] {
         return Text("lblDisk") == "Shot 1 is on the disk. Press Next Test, or Exit to save.";

@@ -45,5 +45,31 @@ TEST_F(ShotOnAFullDisk, WithWhatIsTypedLaterIsNotSaidToBeOnItEither) {
     EXPECT_EQ(Journal().pendingShot, sequence.ShotTrailer());
 }
 
+TEST_F(ShotOnAFullDisk, IsOnItAgainWhenItsHeaderIs) {
+    OpenFor(false);
+    RunFullShot();
+    {
+        const FileSizeLimit full(0);
+        header.Field(0) = "Hilltop";
+        EXPECT_THROW(sequence.UpdateJournal(), RunTimeError);
+        EXPECT_FALSE(Screen().shotOnDisk);
+    }
+    sequence.LookAround();
+    EXPECT_TRUE(Screen().shotOnDisk);
+    EXPECT_EQ(Journal().header.Field(0), "Hilltop");
+}
+
+TEST_F(ShotOnAFullDisk, IsTakenOutOfTheJournalLaterWhenItWasDropped) {
+    OpenFor(false);
+    RunFullShot();
+    {
+        const FileSizeLimit full(0);
+        EXPECT_THROW(sequence.cmdContinue_Click(), RunTimeError);
+        EXPECT_NE(Journal().pendingShot, "");
+    }
+    sequence.LookAround();
+    EXPECT_EQ(Journal().pendingShot, "");
+}
+
 }  // namespace
 }  // namespace davo::test
