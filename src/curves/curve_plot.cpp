@@ -263,6 +263,8 @@ void CurvePlot::TakeWhole(bool show) {
 }
 
 void CurvePlot::ShowSpans() {
+    askedAcross_ = across_;
+    askedUp_ = up_;
     whole_ = across_ == wholeAcross_ && up_ == wholeUp_;
     TakeRanges();
     Redraw();
@@ -292,13 +294,17 @@ void CurvePlot::updateLayout() {
         wholeUp_ = allUp_;
         // What is more is below and right of the curves, where the tables are.
         EqualDecades(wholeAcross_, wholeUp_, room.width(), room.height(), true);
+        across_ = askedAcross_;
+        up_ = askedUp_;
         EqualDecades(across_, up_, room.width(), room.height(), false);
         across_ = whole_ ? wholeAcross_ : Moved(across_, 0, wholeAcross_);
         up_ = whole_ ? wholeUp_ : Moved(up_, 0, wholeUp_);
         TakeRanges();
     }
     // Beside the curves or below them.
-    const int rows = wholeAcross_ == allAcross_ ? kLegendRows : 2 * kLegendRows;
+    constexpr double kRounding = 1e-6;
+    const bool below = wholeAcross_.Length() < allAcross_.Length() + kRounding;
+    const int rows = below ? kLegendRows : 2 * kLegendRows;
     if (legend->wrap() != rows) {
         legend->setWrap(rows);
         legend->setFillOrder(legend->fillOrder());

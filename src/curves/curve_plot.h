@@ -85,6 +85,8 @@ class CurvePlot : public QCustomPlot {
     LogSpan wholeUp_;
     LogSpan across_;  // the part of it that is shown
     LogSpan up_;
+    LogSpan askedAcross_;  // before its decades were made as long as the other's
+    LogSpan askedUp_;
     std::vector<PlacedKnee> knees_;
     ChartColours colours_;
     std::optional<Crosshair> cross_;

@@ -294,6 +294,24 @@ TEST(LargeChart, HasDecadesOfOneLength) {
     }
 }
 
+TEST(LargeChart, ShowsTheSamePartWhenItsOldSizeIsBack) {
+    CurveChart chart;
+    chart.resize(480, 300);
+    chart.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
+    chart.SetCurves({{u"This one"_s, ReadingsOf(152), {}, {}}});
+    chart.ZoomBy(3);
+    QTest::qWait(30);
+    const LogSpan across = chart.Across();
+    const LogSpan up = chart.Up();
+    for (const QSize size : {QSize(900, 300), QSize(480, 700), QSize(900, 300), QSize(480, 300)}) {
+        chart.resize(size);
+        QTest::qWait(30);
+    }
+    EXPECT_NEAR(chart.Across().Length(), across.Length(), 0.01);
+    EXPECT_NEAR(chart.Up().Length(), up.Length(), 0.01);
+}
+
 TEST(LargeChart, HasItsLegendAndKneepointsInsideTheFrame) {
     CurveChart chart;
     chart.resize(650, 410);
