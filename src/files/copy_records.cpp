@@ -61,7 +61,7 @@ QString CopyEndings::Text(const QString& target, bool removable) const {
     QStringList lines(
         QStringLiteral("%1 of %2 copied to %3").arg(copied).arg(files).arg(ShownPath(target)));
     // A copy counts once it is flushed and renamed.
-    if (removable && copied > 0 && failures.empty())
+    if (removable && copied == files)
         lines += QStringLiteral("All of it is on the disk: it is safe to remove.");
     if (!failures.empty())
         lines += QStringLiteral("%1 of %2 files were not copied:").arg(failures.size()).arg(files);

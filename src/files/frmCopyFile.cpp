@@ -130,8 +130,11 @@ void frmCopyFile::ShowDrives() {
 }
 
 bool frmCopyFile::IsRemovable(const QString& target) const {
-    return std::any_of(drives_.begin(), drives_.end(), [&target](const RemovableDrive& drive) {
-        return CopyTarget(target).startsWith(CopyTarget(ShownPath(drive.path)));
+    // As they are now: of one that has gone, its folder may be there still.
+    const std::vector<RemovableDrive> drives = listDrives_();
+    const QString folder = CopyTarget(ShownPath(QDir::cleanPath(target)));
+    return std::any_of(drives.begin(), drives.end(), [&folder](const RemovableDrive& drive) {
+        return folder.startsWith(CopyTarget(ShownPath(drive.path)));
     });
 }
 

@@ -154,6 +154,7 @@ void frmFileUtilOverlay::ListAgain() {
         if (std::find(selected.begin(), selected.end(), files_[i]) != selected.end())
             lvTest_->ItemOf(static_cast<int>(i))->setSelected(true);
     }
+    if (IsOverlay()) FillTests();
     if (!listing.unread.isEmpty()) around_.prompts.Message(UnreadText(listing, dataPath));
 }
 

@@ -122,6 +122,22 @@ TEST_F(CopyWindow, AFolderOnAStickIsOnIt) {
     EXPECT_THAT(Shown(), ElementsAre(HasSubstr("safe to remove")));
 }
 
+TEST_F(CopyWindow, AStickThatHasGoneIsNotSafeToRemoveThoughItsFolderIsThere) {
+    drives = {Stick()};
+    OpenTwo();
+    drives.clear();
+    CopyTo(folder.Path("disk"));
+    EXPECT_THAT(Shown(), ElementsAre(Copied("2 of 2")));
+}
+
+TEST_F(CopyWindow, AFolderBesideAStickIsNotOnIt) {
+    drives = {Stick()};
+    QDir().mkpath(folder.Path("beside"));
+    OpenTwo();
+    CopyTo(folder.Path("disk/../beside"));
+    EXPECT_THAT(Shown(), ElementsAre(Not(HasSubstr("safe to remove"))));
+}
+
 TEST_F(CopyWindow, CopiesWhatIsChosen) {
     OpenTwo();
     EXPECT_EQ(window->windowTitle(), u"Copy File(s)"_s);
