@@ -305,8 +305,11 @@ void frmConfig::AskModel() {
 
 void frmConfig::SetTesting(bool testing) {
     testing_ = testing;
-    cmdTest_->setText(testing ? QStringLiteral("Stop &waiting")
+    cmdTest_->setText(testing ? QStringLiteral("Sto&p waiting")
                               : QStringLiteral("&Test connection"));
+    // The answer is that of the port beside it.
+    for (QWidget* choice : std::initializer_list<QWidget*>{lstPorts_, cboComPort_, chkBuiltIn_})
+        choice->setEnabled(!testing);
     cmdSave_->setEnabled(!testing);
 }
 

@@ -111,7 +111,7 @@ TEST_F(TestConnection, CanBeStoppedByItsButtonByExitAndByEscape) {
         port.sent.clear();
         QTimer::singleShot(100, window.get(), [&] {
             EXPECT_THAT(port.sent, ElementsAre("B", "W"));
-            EXPECT_EQ(Text("cmdTest"), "Stop &waiting");
+            EXPECT_EQ(Text("cmdTest"), "Sto&p waiting");
             EXPECT_FALSE(Enabled("cmdSave"));
             EXPECT_TRUE(MnemonicsAreUnique(*window));
             if (way == std::string("Escape")) {
