@@ -150,7 +150,9 @@ class UnaskedPrompts : public davo::Prompts {
     std::optional<QString> Input(const QString& title, const QString&, const QString&) override {
         Fail(title);
     }
-    QString SaveFile(const QString& folder, const QString&, const QString&) override { Fail(folder); }
+    QString SaveFile(const QString& folder, const QString&, const QString&) override {
+        Fail(folder);
+    }
     QString ChooseFolder(const QString& prompt, const QString&) override { Fail(prompt); }
 
   private:

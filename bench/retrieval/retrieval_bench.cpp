@@ -40,7 +40,9 @@ class UnaskedPrompts : public Prompts {
     std::optional<QString> Input(const QString&, const QString& text, const QString&) override {
         Fail(text);
     }
-    QString SaveFile(const QString& folder, const QString&, const QString&) override { Fail(folder); }
+    QString SaveFile(const QString& folder, const QString&, const QString&) override {
+        Fail(folder);
+    }
     QString ChooseFolder(const QString& prompt, const QString&) override { Fail(prompt); }
 
   private:

@@ -38,8 +38,8 @@ TEST(FreeRecordName, IsAlwaysOneThatARecordCanHave) {
     for (int round = 0; round < 2000; ++round) {
         QString wanted;
         for (std::size_t length = random() % 130; length > 0; --length)
-            wanted += QChar(static_cast<char16_t>(random() % 4 == 0 ? random() % 0xFFFF
-                                                                    : random() % 0x80));
+            wanted += QChar(
+                static_cast<char16_t>(random() % 4 == 0 ? random() % 0xFFFF : random() % 0x80));
         const QString name = FreeRecordName(folder.Path(""), wanted);
         EXPECT_EQ(RecordNameTrouble(name), QString()) << wanted.toStdString();
         EXPECT_FALSE(name.isEmpty());
