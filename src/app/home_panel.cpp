@@ -271,6 +271,11 @@ void HomePanel::Preview() {
 
 void HomePanel::FocusButtonOf(const QAction* item) {
     auto* button = item == nullptr ? nullptr : findChild<QPushButton*>(ButtonName(*item));
+    // Enter must not start a test after a window that has no button here.
+    if (item != nullptr && button == nullptr && lvNewest_->topLevelItemCount() > 0) {
+        lvNewest_->setFocus();
+        return;
+    }
     if (button == nullptr || !button->isEnabled())
         button = *std::find_if(buttons_.begin(), buttons_.end(),
                                [](const QPushButton* one) { return one->isEnabled(); });
