@@ -10,7 +10,6 @@
 #include "app/program_icon.h"
 #include "common/version.h"
 #include "ui/big_button.h"
-#include "ui/centre_form.h"
 #include "ui/form_parts.h"
 
 namespace davo {

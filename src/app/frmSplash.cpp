@@ -9,7 +9,6 @@
 
 #include "app/program_icon.h"
 #include "common/version.h"
-#include "ui/centre_form.h"
 #include "ui/form_parts.h"
 
 namespace davo {

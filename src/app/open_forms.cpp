@@ -15,7 +15,7 @@
 #include "retrieval/frmHeaderOptn.h"
 #include "retrieval/frmTestList.h"
 #include "testing/frmCControl.h"
-#include "ui/centre_form.h"
+#include "ui/form_parts.h"
 #include "ui/page_header.h"
 
 namespace davo {

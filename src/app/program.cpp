@@ -18,8 +18,8 @@
 #include "common/open_document.h"
 #include "common/settings_store.h"
 #include "link/serial_port.h"
-#include "ui/centre_form.h"
 #include "ui/dialog_prompts.h"
+#include "ui/form_parts.h"
 #include "ui/outline_style.h"
 
 namespace davo {

@@ -22,8 +22,8 @@
 #include "common/run_time_error.h"
 #include "files/record_names.h"
 #include "ui/big_button.h"
-#include "ui/close_form.h"
 #include "ui/form_parts.h"
+#include "ui/page_header.h"
 
 namespace davo {
 

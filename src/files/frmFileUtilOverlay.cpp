@@ -22,7 +22,6 @@
 #include "files/record_names.h"
 #include "records/record_name.h"
 #include "ui/big_button.h"
-#include "ui/close_form.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
 #include "ui/record_list.h"

@@ -14,8 +14,8 @@
 #include "files/copy_records.h"
 #include "files/record_names.h"
 #include "ui/big_button.h"
-#include "ui/close_form.h"
 #include "ui/form_parts.h"
+#include "ui/page_header.h"
 
 namespace davo {
 

@@ -17,10 +17,8 @@
 #include <vector>
 
 #include "common/text.h"
-#include "ui/centre_form.h"
 #include "ui/form_parts.h"
 #include "ui/frmNotepad.h"
-#include "ui/length_counter.h"
 #include "ui/page_input.h"
 
 namespace davo {

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "ui/big_button.h"
-#include "ui/centre_form.h"
 #include "ui/form_parts.h"
 
 namespace davo {

@@ -27,8 +27,6 @@
 #include "retrieval/memory_directory.h"
 #include "retrieval/record_download.h"
 #include "ui/big_button.h"
-#include "ui/centre_form.h"
-#include "ui/close_form.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
 #include "ui/record_list.h"

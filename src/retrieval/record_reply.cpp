@@ -6,7 +6,6 @@
 #include <cmath>
 #include <optional>
 
-#include "common/hex_text.h"
 #include "common/numbers.h"
 #include "common/record_marks.h"
 #include "common/text.h"

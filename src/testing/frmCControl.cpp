@@ -12,8 +12,8 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "testing/card_texts.h"
-#include "ui/close_form.h"
 #include "ui/fit_label.h"
+#include "ui/page_header.h"
 
 namespace davo {
 

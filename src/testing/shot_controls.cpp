@@ -13,13 +13,11 @@
 #include <QVBoxLayout>
 
 #include "common/text.h"
-#include "testing/captions.h"
 #include "ui/big_button.h"
 #include "ui/fit_label.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
 #include "ui/page_input.h"
-#include "ui/reading_size.h"
 
 namespace davo {
 

@@ -2,15 +2,17 @@
 #include "ui/fit_label.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPolygon>
+#include <QScreen>
 #include <QTextDocument>
 #include <QTextOption>
+#include <cmath>
 #include <utility>
 
 #include "ui/form_parts.h"
-#include "ui/reading_size.h"
 
 namespace davo {
 
@@ -35,7 +37,27 @@ void SetRich(QTextDocument& document, const QString& text, const QFont& font, in
     document.setTextWidth(width);
 }
 
+// Projectors and virtual screens tell sizes that no screen has.
+constexpr double kLeastDotsPerInch = 50;
+constexpr double kMostDotsPerInch = 400;
+constexpr double kMillimetresPerInch = 25.4;
+
+double DotsPerInch(const QScreen& screen) {
+    const double physical = screen.physicalDotsPerInchY();
+    const bool plausible = physical >= kLeastDotsPerInch && physical <= kMostDotsPerInch;
+    return plausible ? physical : screen.logicalDotsPerInchY();
+}
+
 }  // namespace
+
+int PixelSizeForCapitals(const QFont& font, double millimetres, const QWidget& widget) {
+    constexpr int kTrialSize = 100;
+    QFont trial = font;
+    trial.setPixelSize(kTrialSize);
+    const double capitalShare = QFontMetricsF(trial).capHeight() / kTrialSize;
+    const double capitals = millimetres / kMillimetresPerInch * DotsPerInch(*widget.screen());
+    return static_cast<int>(std::ceil(capitals / capitalShare));
+}
 
 FitLabel::FitLabel(double leastCapitals, double growth, QWidget* parent)
     : QLabel(parent), leastCapitals_(leastCapitals), growth_(growth) {

@@ -6,6 +6,14 @@
 
 namespace davo {
 
+// Capital heights that a technician reads from where he stands.
+inline constexpr double kPromptCapitals = 12.0;  // mm, from two metres
+inline constexpr double kReadingCapitals = 8.0;  // mm
+
+// The pixel size at which font's capitals are millimetres high on the screen that widget is on:
+// by the screen's physical size where that is plausible, else by its logical resolution.
+int PixelSizeForCapitals(const QFont& font, double millimetres, const QWidget& widget);
+
 // A label that writes its text as large as its rectangle allows: wrapped between words, never
 // cut, not below the least size unless the rectangle is too small for that, not above the largest.
 // An "&" underlines the next character and is no shortcut. Rich text (setTextFormat) has these

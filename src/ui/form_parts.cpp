@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QScreen>
 #include <QShortcut>
 
 namespace davo {
@@ -47,6 +48,17 @@ void KeepRoomWhenHidden(QWidget* widget) {
 void PressF1(QWidget& widget) {
     QKeyEvent f1(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
     QApplication::sendEvent(&widget, &f1);
+}
+
+void CentreForm(QWidget& window, const QWidget* other) {
+    if (!window.testAttribute(Qt::WA_Resized)) window.adjustSize();
+    // The frame is part of the window's size and comes with the platform's window.
+    if (window.isWindow()) window.winId();
+    const QScreen* screen = other != nullptr ? other->screen() : QGuiApplication::primaryScreen();
+    const QRect area = screen->geometry();
+    const QSize size = window.frameGeometry().size();
+    window.move(area.left() + (area.width() - size.width()) / 2,
+                area.top() + (area.height() - size.height()) / 2);
 }
 
 }  // namespace davo

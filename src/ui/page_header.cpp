@@ -66,4 +66,9 @@ void ShowPage(QMdiArea& area, QWidget& form) {
     area.setMinimumSize(form.minimumSizeHint());
 }
 
+void CloseForm(QWidget& form) {
+    auto* frame = qobject_cast<QMdiSubWindow*>(form.parentWidget());
+    (frame != nullptr ? static_cast<QWidget*>(frame) : &form)->close();
+}
+
 }  // namespace davo

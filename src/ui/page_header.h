@@ -29,4 +29,7 @@ class PageHeader : public QWidget {
 // form has it, else it goes to no control. form is deleted when it closes.
 void ShowPage(QMdiArea& area, QWidget& form);
 
+// Closes form and the frame that it has in the main window's area.
+void CloseForm(QWidget& form);
+
 }  // namespace davo

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <cstddef>
 #include <functional>
 
 class QLineEdit;
@@ -17,5 +18,9 @@ void KeepTo(QLineEdit* box, std::function<bool(const QString& text)> fits, const
 
 // box takes characters of Windows-1252 only, else NotInPageMessage.
 void KeepToPage(QLineEdit* box);
+
+// box shows how many characters its text has, "12 of 20", at its right end: while it is being
+// edited, and for as long as there are more than most. Blanks at the ends do not count.
+void CountCharacters(QLineEdit* box, std::size_t most);
 
 }  // namespace davo

@@ -11,7 +11,7 @@
 #include "app/program.h"
 #include "app/program_icon.h"
 #include "tests/support/controls.h"
-#include "ui/centre_form.h"
+#include "ui/form_parts.h"
 
 namespace davo::test {
 namespace {
