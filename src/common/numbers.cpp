@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <system_error>
 
 #include "common/run_time_error.h"
@@ -161,6 +162,13 @@ NumberAtStart ReadNumber(std::string_view text) {
     return number;
 }
 
+constexpr std::string_view kHexDigits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+
+double HexDigitValue(char digit) {
+    const auto place = kHexDigits.find(digit);
+    return place == std::string_view::npos ? -1.0 : static_cast<double>(place);
+}
+
 }  // namespace
 
 std::string Picture(double value, std::string_view picture) {
@@ -241,6 +249,22 @@ std::int16_t ToInteger16(double value) {
 
 std::string SignedText(int value) {
     return (value < 0 ? "" : " ") + std::to_string(value);
+}
+
+std::int32_t ParseHexText(std::string_view text) {
+    double sum = 0.0;
+    double weight = 1.0;
+    for (std::size_t fromEnd = 1; fromEnd <= text.size(); ++fromEnd) {
+        sum += HexDigitValue(text[text.size() - fromEnd]) * weight;
+        weight *= 16.0;
+    }
+    const double rounded = std::nearbyint(sum);
+    // Asked this way round so that a text too long for a double, infinite or not a number, fails
+    // too.
+    const bool fits = rounded >= std::numeric_limits<std::int32_t>::min() &&
+                      rounded <= std::numeric_limits<std::int32_t>::max();
+    if (!fits) throw RunTimeError(ErrorNumber::Overflow);
+    return static_cast<std::int32_t>(rounded);
 }
 
 }  // namespace davo

@@ -46,4 +46,11 @@ std::int16_t ToInteger16(double value);
 // A number as a text with a sign position: a blank before a value that is not negative.
 std::string SignedText(int value);
 
+// The 32-bit number of a text of digits from "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ": each
+// character's value is its place in that text counted from 0 (one that is not in it, lower-case
+// letters included, counts -1); the k-th from the end weighs 16 to the power k whatever the digit;
+// the sum is made in a double and rounded. An empty text gives 0. Throws RunTimeError 6 (Overflow)
+// outside the 32-bit range.
+std::int32_t ParseHexText(std::string_view text);
+
 }  // namespace davo

@@ -5,9 +5,18 @@
 #include <cstdint>
 #include <vector>
 
-#include "link/present_port.h"
-
 namespace davo {
+
+// A serial port that is plugged in now.
+struct PresentPort {
+    QString device;  // what is opened: "COM3", "/dev/ttyUSB0"
+    QString name;    // the adapter's description
+    QString maker;
+    QString serialNumber;
+    bool usb = false;
+
+    bool operator==(const PresentPort&) const = default;
+};
 
 // Order of device names: by the text before the trailing number, then by that number, so that
 // ttyUSB2 stands before ttyUSB10.

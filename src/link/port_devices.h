@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "common/settings.h"
-#include "link/present_port.h"
+#include "link/port_choice.h"
 
 namespace davo {
 

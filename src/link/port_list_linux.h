@@ -4,7 +4,7 @@
 #include <QString>
 #include <vector>
 
-#include "link/present_port.h"
+#include "link/port_choice.h"
 
 namespace davo {
 

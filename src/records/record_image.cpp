@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-#include "common/hex_text.h"
+#include "common/numbers.h"
 #include "common/record_marks.h"
 #include "common/text.h"
 

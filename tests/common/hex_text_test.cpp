@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "common/hex_text.h"
+#include "common/numbers.h"
 
 #include <cstdint>
 #include <random>
