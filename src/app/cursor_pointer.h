@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QApplication>
+#include <utility>
+
 #include "link/link.h"
 
 namespace davo {
@@ -10,8 +13,12 @@ namespace davo {
 class CursorPointer : public BusyPointer {
   public:
     ~CursorPointer() override { RestoreMousePointer(); }
-    void ShowBusyPointer() override;
-    void RestoreMousePointer() override;
+    void ShowBusyPointer() override {
+        if (!std::exchange(busy_, true)) QApplication::setOverrideCursor(Qt::WaitCursor);
+    }
+    void RestoreMousePointer() override {
+        if (std::exchange(busy_, false)) QApplication::restoreOverrideCursor();
+    }
 
   private:
     bool busy_ = false;

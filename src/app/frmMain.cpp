@@ -20,7 +20,6 @@
 #include "app/frmConfig.h"
 #include "app/home_panel.h"
 #include "app/load_stored.h"
-#include "app/open_forms.h"
 #include "app/session_cards.h"
 #include "app/window_geometry.h"
 #include "common/files.h"

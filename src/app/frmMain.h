@@ -7,9 +7,9 @@
 #include <QTimer>
 #include <vector>
 
-#include "app/child_forms.h"
 #include "app/date_guard.h"
 #include "app/main_menu.h"
+#include "app/open_forms.h"
 #include "app/program_state.h"
 #include "app/status_line.h"
 #include "ui/event_handlers.h"

@@ -9,7 +9,6 @@
 #include "common/text.h"
 #include "curves/knee_marks.h"
 #include "curves/record_texts.h"
-#include "testing/captions.h"
 
 namespace davo {
 

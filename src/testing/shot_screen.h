@@ -6,6 +6,14 @@
 
 namespace davo {
 
+// Captions of the test window's buttons whose meaning depends on them.
+inline constexpr const char* kCaptionStart = "&Start Test";
+inline constexpr const char* kCaptionNext = "&Next Test";
+inline constexpr const char* kCaptionContinueTest = "&Continue Test";
+inline constexpr const char* kCaptionContinue = "&Continue";
+inline constexpr const char* kCaptionOk = "&OK";
+inline constexpr const char* kCaptionRepeat = "&Repeat Test";
+
 // A plain mirror of the test window: what each control shows, by the control's own name. The
 // rules work on it; the window paints what changed and copies what the operator typed into it.
 // Texts are Windows-1252; captions hold their "&".
@@ -29,8 +37,8 @@ struct ShotScreen {
     ControlView lblSatCount{"Sat. - 0"};
     ControlView lblMessage;
     ControlView lblConfirm{"Click <&OK> to Continue", true, false};
-    ControlView cmdStart{"&Start Test"};
-    ControlView cmdContinue{"&Continue Test", false, true};
+    ControlView cmdStart{kCaptionStart};
+    ControlView cmdContinue{kCaptionContinueTest, false, true};
     ControlView cmdCancel{"C&ancel Test"};
     ControlView cmdExit{"&Exit"};
     ControlView cmdHeader{"&Header Info"};

@@ -9,7 +9,6 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/record_image.h"
-#include "testing/captions.h"
 #include "testing/session_text.h"
 #include "testing/shot_results.h"
 

@@ -3,7 +3,6 @@
 
 #include "common/text.h"
 #include "records/record_image.h"
-#include "testing/captions.h"
 #include "testing/session_text.h"
 #include "testing/shot_results.h"
 
