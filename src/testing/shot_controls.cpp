@@ -11,9 +11,11 @@
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "common/text.h"
 #include "ui/big_button.h"
+#include "ui/contrast.h"
 #include "ui/fit_label.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
@@ -59,11 +61,8 @@ void DarkenDisabledText(QWidget* window) {
     QPalette palette = window->palette();
     const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
     const QColor ground = palette.color(QPalette::Active, QPalette::Window);
-    const QColor middle((ink.red() + ground.red()) / 2, (ink.green() + ground.green()) / 2,
-                        (ink.blue() + ground.blue()) / 2);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
-        palette.setColor(QPalette::Disabled, role, middle);
-    }
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, Mixed(ink, ground, 0.5));
     window->setPalette(palette);
 }
 
@@ -71,14 +70,23 @@ QLabel* Caption(QWidget* window, const char* name, const char* text) {
     return MakeLabel(window, name, QLatin1String(text), kCaptionGrowth);
 }
 
-// A box that shows a result: it can be read and copied, and is no stop of the Tab key.
-QLineEdit* ResultBox(QWidget* window, const char* name, QLabel* label) {
-    auto* box = Named(new QLineEdit(window), name);
-    box->setReadOnly(true);
-    box->setFocusPolicy(Qt::ClickFocus);
+QLineEdit* Box(QWidget* frame, const char* name, const QLabel* label) {
+    auto* box = Named(new QLineEdit(frame), name);
     box->setAccessibleName(label->text());
     Enlarge(box, kBoxGrowth);
     return box;
+}
+
+// A box that shows a result: it can be read and copied, and is no stop of the Tab key.
+QLineEdit* ResultBox(QWidget* frame, const char* name, const QLabel* label) {
+    QLineEdit* box = Box(frame, name, label);
+    box->setReadOnly(true);
+    box->setFocusPolicy(Qt::ClickFocus);
+    return box;
+}
+
+QGroupBox* Frame(QWidget* window, const char* name, const char* title = "") {
+    return Named(new QGroupBox(QLatin1String(title), window), name);
 }
 
 template <class Layout>
@@ -95,11 +103,94 @@ void MakeRoomFor(QLineEdit* box, const char* text) {
     box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QLatin1String(text)) + frame);
 }
 
-void MakeReading(QLineEdit* box) {
-    EnlargeTo(box, kReadingCapitals);
-    box->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    MakeRoomFor(box, "0000.00");
+QHBoxLayout* BuildTopRow(QWidget* window) {
+    QLabel* test = Caption(window, "lblTest", "");
+    EnlargeTo(test, kHeadingCapitals);
+    test->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    KeepRoomWhenHidden(test);
+    QGroupBox* escape = Frame(window, "Frame1", "Hit the ESC key to Abort Test && Exit");
+    // It frames nothing: a line of text, like the time.
+    escape->setFixedSize(escape->fontMetrics().size(Qt::TextShowMnemonic, escape->title()));
+    auto* row = new QHBoxLayout;
+    row->addWidget(test, 1);
+    row->addWidget(escape);
+    row->addWidget(Caption(window, "lblTime", ""));
+    return row;
 }
+
+QGroupBox* BuildData(QWidget* window) {
+    QGroupBox* frame = Frame(window, "Frame3", "DATA");
+    auto* grid = Tight(new QGridLayout(frame));
+    const auto add = [&](QLabel* caption, const char* name, int line, int lines, int column) {
+        QLineEdit* box = ResultBox(frame, name, caption);
+        grid->addWidget(caption, line, column, lines, 1);
+        grid->addWidget(box, line, column + 1, lines, 1);
+        return box;
+    };
+    // Six lines, so that two large readings are beside three results.
+    const auto addReading = [&](QLabel* caption, const char* name, QLabel* unit, int line) {
+        QLineEdit* box = add(caption, name, line, 3, 0);
+        EnlargeTo(box, kReadingCapitals);
+        box->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        MakeRoomFor(box, "0000.00");
+        EnlargeTo(unit, kUnitCapitals);
+        grid->addWidget(unit, line, 2, 3, 1);
+    };
+    const auto addResult = [&](QLabel* caption, const char* name, int line) {
+        caption->setIndent(kIndent);
+        return add(caption, name, line, 2, 3);
+    };
+    const auto caption = [frame](const char* name, const char* text) {
+        return Caption(frame, name, text);
+    };
+    addReading(caption("Label1", "Current:"), "txtCur", caption("lblAmperes", "A"), 0);
+    addReading(caption("Label2", "Voltage:"), "txtVolt", caption("lblVolts", "V"), 3);
+    addResult(caption("Label3", "Ratio:"), "txtRatio", 0);
+    MakeRoomFor(addResult(caption("Label4", "Polarity:"), "txtPolarity", 2), "UNDETERMINED");
+    addResult(caption("lblPE", "Percent Error:"), "txtPE", 4);
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(4, 2);
+    return frame;
+}
+
+QGroupBox* BuildCounters(QWidget* window) {
+    QGroupBox* frame = Frame(window, "Frame5");
+    auto* column = Tight(new QVBoxLayout(frame));
+    for (const char* name : {"lblSatCount", "lblRatioCount", "lblCRCount"}) {
+        QLabel* label = Caption(frame, name, "");
+        label->setMinimumWidth(
+            label->fontMetrics().horizontalAdvance(QStringLiteral("Ratio - 100 ")));
+        column->addWidget(label);
+    }
+    return frame;
+}
+
+// What shows a member of the mirror, by its name.
+constexpr std::pair<const char*, ControlView ShotScreen::*> kMirrored[] = {
+    {"lblTest", &ShotScreen::lblTest},
+    {"lblTime", &ShotScreen::lblTime},
+    {"lblMessage", &ShotScreen::lblMessage},
+    {"lblConfirm", &ShotScreen::lblConfirm},
+    {"lblDamage", &ShotScreen::lblDamage},
+    {"lblNotice", &ShotScreen::lblNotice},
+    {"lblPE", &ShotScreen::lblPE},
+    {"lblCRatio", &ShotScreen::lblCRatio},
+    {"lblCRCount", &ShotScreen::lblCRCount},
+    {"lblRatioCount", &ShotScreen::lblRatioCount},
+    {"lblSatCount", &ShotScreen::lblSatCount},
+    {"txtCur", &ShotScreen::txtCur},
+    {"txtVolt", &ShotScreen::txtVolt},
+    {"txtRatio", &ShotScreen::txtRatio},
+    {"txtPolarity", &ShotScreen::txtPolarity},
+    {"txtPE", &ShotScreen::txtPE},
+    {"txtHVolt", &ShotScreen::txtHVolt},
+    {"txtXVolt", &ShotScreen::txtXVolt},
+    {"txtCRatio", &ShotScreen::txtCRatio},
+    {"cmdStart", &ShotScreen::cmdStart},
+    {"cmdContinue", &ShotScreen::cmdContinue},
+    {"cmdCancel", &ShotScreen::cmdCancel},
+    {"cmdHeader", &ShotScreen::cmdHeader},
+    {"cmdExit", &ShotScreen::cmdExit}};
 
 }  // namespace
 
@@ -111,41 +202,32 @@ ShotControls::ShotControls(QWidget* window) {
     promptRow_ = new QHBoxLayout;
     promptRow_->addWidget(frmeMessage, 1);
     column->addLayout(promptRow_, 1);
-    column->addLayout(BuildResults(window));
-}
-
-QHBoxLayout* ShotControls::BuildTopRow(QWidget* window) {
-    lblTest = Caption(window, "lblTest", "");
-    EnlargeTo(lblTest, kHeadingCapitals);
-    lblTest->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    KeepRoomWhenHidden(lblTest);
-    Frame1 = Named(new QGroupBox(QStringLiteral("Hit the ESC key to Abort Test && Exit"), window),
-                   "Frame1");
-    // It frames nothing: a line of text, like the time.
-    Frame1->setFixedSize(Frame1->fontMetrics().size(Qt::TextShowMnemonic, Frame1->title()));
-    lblTime = Caption(window, "lblTime", "");
-    auto* row = new QHBoxLayout;
-    row->addWidget(lblTest, 1);
-    row->addWidget(Frame1);
-    row->addWidget(lblTime);
-    return row;
+    auto* results = new QHBoxLayout;
+    results->addWidget(BuildData(window), 3);
+    results->addWidget(BuildInputs(window), 2);
+    results->addWidget(BuildCounters(window));
+    column->addLayout(results);
+    for (const auto& [name, member] : kMirrored)
+        mirrored_.push_back(window->findChild<QWidget*>(QLatin1String(name)));
 }
 
 void ShotControls::BuildMessage(QWidget* window) {
-    frmeMessage = Named(new QGroupBox(QStringLiteral("MESSAGE"), window), "frmeMessage");
-    lblMessage = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblMessage");
-    lblConfirm = Named(new FitLabel(kConfirmCapitals, 1.0, frmeMessage), "lblConfirm");
-    lblConfirm->SetCallToAct([this] { cmdContinue->click(); });
-    lblDamage = Named(new FitLabel(kDamageCapitals, kDamageGrowth, frmeMessage), "lblDamage");
-    lblDamage->SetAlert(true);
-    lblNotice = Named(new FitLabel(kPromptCapitals, kPromptGrowth, frmeMessage), "lblNotice");
+    frmeMessage = Frame(window, "frmeMessage", "MESSAGE");
+    const auto add = [this](const char* name, double capitals, double growth,
+                            QSizePolicy::Policy height) {
+        auto* label = Named(new FitLabel(capitals, growth, frmeMessage), name);
+        label->setSizePolicy(QSizePolicy::Expanding, height);
+        return label;
+    };
+    lblMessage = add("lblMessage", kPromptCapitals, kPromptGrowth, QSizePolicy::Expanding);
     // The prompt keeps its size when the call to confirm comes and goes.
-    lblConfirm->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    lblConfirm = add("lblConfirm", kConfirmCapitals, 1.0, QSizePolicy::Fixed);
     KeepRoomWhenHidden(lblConfirm);
-    lblDamage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    lblMessage->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    lblConfirm->SetCallToAct([this] { cmdContinue->click(); });
+    lblDamage = add("lblDamage", kDamageCapitals, kDamageGrowth, QSizePolicy::Expanding);
+    lblDamage->SetAlert(true);
     // One line below a prompt, and all the room where there is none.
-    lblNotice->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    lblNotice = add("lblNotice", kPromptCapitals, kPromptGrowth, QSizePolicy::Preferred);
     BuildCard();
     auto* grid = Tight(new QGridLayout(frmeMessage));
     grid->addWidget(lblMessage, 0, 0);
@@ -180,94 +262,25 @@ void ShotControls::BuildCard() {
     row->addWidget(txtErrorLimit);
 }
 
-QHBoxLayout* ShotControls::BuildResults(QWidget* window) {
-    BuildData(window);
-    BuildInputs(window);
-    BuildCounters(window);
-    auto* row = new QHBoxLayout;
-    row->addWidget(Frame3, 3);
-    row->addWidget(Frame4, 2);
-    row->addWidget(Frame5);
-    return row;
-}
-
-void ShotControls::BuildData(QWidget* window) {
-    Frame3 = Named(new QGroupBox(QStringLiteral("DATA"), window), "Frame3");
-    auto* grid = Tight(new QGridLayout(Frame3));
-    auto* current = Caption(Frame3, "Label1", "Current:");
-    auto* voltage = Caption(Frame3, "Label2", "Voltage:");
-    auto* ratio = Caption(Frame3, "Label3", "Ratio:");
-    auto* polarity = Caption(Frame3, "Label4", "Polarity:");
-    lblPE = Caption(Frame3, "lblPE", "Percent Error:");
-    txtCur = ResultBox(Frame3, "txtCur", current);
-    txtVolt = ResultBox(Frame3, "txtVolt", voltage);
-    txtRatio = ResultBox(Frame3, "txtRatio", ratio);
-    txtPolarity = ResultBox(Frame3, "txtPolarity", polarity);
-    txtPE = ResultBox(Frame3, "txtPE", lblPE);
-    MakeReading(txtCur);
-    MakeReading(txtVolt);
-    MakeRoomFor(txtPolarity, "UNDETERMINED");
-    auto* amperes = Caption(Frame3, "lblAmperes", "A");
-    auto* volts = Caption(Frame3, "lblVolts", "V");
-    EnlargeTo(amperes, kUnitCapitals);
-    EnlargeTo(volts, kUnitCapitals);
-    // Six lines, so that two large readings stand beside three results.
-    grid->addWidget(current, 0, 0, 3, 1);
-    grid->addWidget(txtCur, 0, 1, 3, 1);
-    grid->addWidget(amperes, 0, 2, 3, 1);
-    grid->addWidget(voltage, 3, 0, 3, 1);
-    grid->addWidget(txtVolt, 3, 1, 3, 1);
-    grid->addWidget(volts, 3, 2, 3, 1);
-    grid->addWidget(ratio, 0, 3, 2, 1);
-    grid->addWidget(txtRatio, 0, 4, 2, 1);
-    grid->addWidget(polarity, 2, 3, 2, 1);
-    grid->addWidget(txtPolarity, 2, 4, 2, 1);
-    grid->addWidget(lblPE, 4, 3, 2, 1);
-    grid->addWidget(txtPE, 4, 4, 2, 1);
-    ratio->setIndent(kIndent);
-    polarity->setIndent(kIndent);
-    lblPE->setIndent(kIndent);
-    grid->setColumnStretch(1, 3);
-    grid->setColumnStretch(4, 2);
-}
-
-void ShotControls::BuildInputs(QWidget* window) {
-    Frame4 = Named(new QGroupBox(QStringLiteral("Operator Inputs (Nameplate Currents)"), window),
-                   "Frame4");
-    auto* grid = Tight(new QGridLayout(Frame4));
-    const auto input = [this](const char* name, const QLabel* label) {
-        auto* box = Named(new QLineEdit(Frame4), name);
-        box->setAccessibleName(label->text());
-        Enlarge(box, kBoxGrowth);
+QGroupBox* ShotControls::BuildInputs(QWidget* window) {
+    QGroupBox* frame = Frame(window, "Frame4", "Operator Inputs (Nameplate Currents)");
+    auto* grid = Tight(new QGridLayout(frame));
+    const auto add = [grid](int row, QLabel* caption, QLineEdit* box) {
+        grid->addWidget(caption, row, 0);
+        grid->addWidget(box, row, 1);
+    };
+    const auto addInput = [&](int row, QLabel* caption, const char* name) {
+        QLineEdit* box = Box(frame, name, caption);
         box->setMinimumHeight(kInputHeight);
         KeepToPage(box);
+        add(row, caption, box);
         return box;
     };
-    auto* primary = Caption(Frame4, "Label5", "H Current:");
-    auto* secondary = Caption(Frame4, "Label6", "X Current:");
-    lblCRatio = Caption(Frame4, "lblCRatio", "Calculated Ratio:");
-    txtHVolt = input("txtHVolt", primary);
-    txtXVolt = input("txtXVolt", secondary);
-    txtCRatio = ResultBox(Frame4, "txtCRatio", lblCRatio);
-    grid->addWidget(primary, 0, 0);
-    grid->addWidget(txtHVolt, 0, 1);
-    grid->addWidget(secondary, 1, 0);
-    grid->addWidget(txtXVolt, 1, 1);
-    grid->addWidget(lblCRatio, 2, 0);
-    grid->addWidget(txtCRatio, 2, 1);
-}
-
-void ShotControls::BuildCounters(QWidget* window) {
-    Frame5 = Named(new QGroupBox(window), "Frame5");
-    auto* column = Tight(new QVBoxLayout(Frame5));
-    lblSatCount = Caption(Frame5, "lblSatCount", "");
-    lblRatioCount = Caption(Frame5, "lblRatioCount", "");
-    lblCRCount = Caption(Frame5, "lblCRCount", "");
-    for (QLabel* label : {lblSatCount, lblRatioCount, lblCRCount}) {
-        column->addWidget(label);
-    }
-    lblRatioCount->setMinimumWidth(
-        lblRatioCount->fontMetrics().horizontalAdvance(QStringLiteral("Ratio - 100 ")));
+    txtHVolt = addInput(0, Caption(frame, "Label5", "H Current:"), "txtHVolt");
+    txtXVolt = addInput(1, Caption(frame, "Label6", "X Current:"), "txtXVolt");
+    QLabel* ratio = Caption(frame, "lblCRatio", "Calculated Ratio:");
+    add(2, ratio, ResultBox(frame, "txtCRatio", ratio));
+    return frame;
 }
 
 PageHeader* ShotControls::BuildButtons(QWidget* window) {
@@ -283,39 +296,16 @@ PageHeader* ShotControls::BuildButtons(QWidget* window) {
 }
 
 void ShotControls::Paint(const ShotScreen* painted, const ShotScreen& screen) {
-    const auto paint = [painted, &screen](auto* control, ControlView ShotScreen::*member) {
+    for (std::size_t i = 0; i < mirrored_.size(); ++i) {
+        const auto member = kMirrored[i].second;
         const ControlView& view = screen.*member;
-        if (painted != nullptr && painted->*member == view) return;
-        const QString text = FromPage(view.text);
+        if (painted != nullptr && painted->*member == view) continue;
         // The same text set again would move the cursor of a box that the operator types in.
-        if (control->text() != text) control->setText(text);
-        control->setEnabled(view.enabled);
-        control->setVisible(view.visible);
-    };
-    paint(lblTest, &ShotScreen::lblTest);
-    paint(lblTime, &ShotScreen::lblTime);
-    paint(lblMessage, &ShotScreen::lblMessage);
-    paint(lblConfirm, &ShotScreen::lblConfirm);
-    paint(lblDamage, &ShotScreen::lblDamage);
-    paint(lblNotice, &ShotScreen::lblNotice);
-    paint(lblPE, &ShotScreen::lblPE);
-    paint(lblCRatio, &ShotScreen::lblCRatio);
-    paint(lblCRCount, &ShotScreen::lblCRCount);
-    paint(lblRatioCount, &ShotScreen::lblRatioCount);
-    paint(lblSatCount, &ShotScreen::lblSatCount);
-    paint(txtCur, &ShotScreen::txtCur);
-    paint(txtVolt, &ShotScreen::txtVolt);
-    paint(txtRatio, &ShotScreen::txtRatio);
-    paint(txtPolarity, &ShotScreen::txtPolarity);
-    paint(txtPE, &ShotScreen::txtPE);
-    paint(txtHVolt, &ShotScreen::txtHVolt);
-    paint(txtXVolt, &ShotScreen::txtXVolt);
-    paint(txtCRatio, &ShotScreen::txtCRatio);
-    paint(cmdStart, &ShotScreen::cmdStart);
-    paint(cmdContinue, &ShotScreen::cmdContinue);
-    paint(cmdCancel, &ShotScreen::cmdCancel);
-    paint(cmdHeader, &ShotScreen::cmdHeader);
-    paint(cmdExit, &ShotScreen::cmdExit);
+        const QString text = FromPage(view.text);
+        if (mirrored_[i]->property("text") != text) mirrored_[i]->setProperty("text", text);
+        mirrored_[i]->setEnabled(view.enabled);
+        mirrored_[i]->setVisible(view.visible);
+    }
     lblMessage->SetAlert(screen.messageWarns);
     lblNotice->SetAlert(screen.noticeWarns);
     const bool prompts = !screen.lblMessage.text.empty();

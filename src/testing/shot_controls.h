@@ -3,12 +3,12 @@
 
 #include <QSize>
 #include <QString>
+#include <vector>
 
 #include "testing/shot_screen.h"
 
 class QGroupBox;
 class QHBoxLayout;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 class QWidget;
@@ -33,8 +33,7 @@ struct ShotControls {
     // metres beside it, unless there is no message now.
     void ShowBesidePrompt(bool wanted);
 
-    QLabel* lblTest;
-    QLabel* lblTime;
+    // Those that the window itself works with; each control has its own name as objectName.
     QGroupBox* frmeMessage;
     FitLabel* lblMessage;
     FitLabel* lblConfirm;
@@ -45,23 +44,8 @@ struct ShotControls {
     QWidget* cardLine;
     FitLabel* lblDisk;
     QLineEdit* txtErrorLimit;
-    QGroupBox* Frame3;
-    QLineEdit* txtCur;
-    QLineEdit* txtVolt;
-    QLineEdit* txtRatio;
-    QLineEdit* txtPolarity;
-    QLabel* lblPE;
-    QLineEdit* txtPE;
-    QGroupBox* Frame4;
     QLineEdit* txtHVolt;
     QLineEdit* txtXVolt;
-    QLabel* lblCRatio;
-    QLineEdit* txtCRatio;
-    QGroupBox* Frame5;
-    QLabel* lblCRCount;
-    QLabel* lblRatioCount;
-    QLabel* lblSatCount;
-    QGroupBox* Frame1;
     QPushButton* cmdStart;
     QPushButton* cmdContinue;
     QPushButton* cmdCancel;
@@ -69,6 +53,7 @@ struct ShotControls {
     QPushButton* cmdExit;
 
   private:
+    std::vector<QWidget*> mirrored_;  // what shows a member of ShotScreen
     QHBoxLayout* promptRow_ = nullptr;
     QWidget* besidePrompt_ = nullptr;
     QSize promptRoom_;  // for these two widthBeside_ was found
@@ -77,14 +62,10 @@ struct ShotControls {
 
     QSize PromptRoom() const;
     int WidthBeside(QSize room, const QString& notice, bool prompt) const;
-    QHBoxLayout* BuildTopRow(QWidget* window);
+    PageHeader* BuildButtons(QWidget* window);
     void BuildMessage(QWidget* window);
     void BuildCard();
-    QHBoxLayout* BuildResults(QWidget* window);
-    void BuildData(QWidget* window);
-    void BuildInputs(QWidget* window);
-    void BuildCounters(QWidget* window);
-    PageHeader* BuildButtons(QWidget* window);
+    QGroupBox* BuildInputs(QWidget* window);
 };
 
 }  // namespace davo
