@@ -68,10 +68,7 @@ QTreeWidget* MakePortList(QWidget* parent) {
 
 // A label that keeps room for so many lines, so that the window does not change its size.
 QLabel* MakeLines(QWidget* parent, const char* name, int lines) {
-    auto* label = Named(new QLabel(parent), name);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    QLabel* label = MakeParagraph(parent, name, {}, 1);
     label->setMinimumHeight(lines * label->fontMetrics().lineSpacing());
     return label;
 }
@@ -107,7 +104,7 @@ frmConfig::frmConfig(Settings& settings, Link& link, PortDevices& devices, Promp
     auto* column = new QVBoxLayout(this);
     column->addWidget(BuildPort(), 1);
     column->addWidget(BuildImpedance());
-    column->addWidget(BuildButtons());
+    column->addLayout(BuildButtons());
     look_.setInterval(kLook);
     connect(&look_, &QTimer::timeout, this, [this] { LookAround(); });
 }
@@ -120,21 +117,23 @@ QWidget* frmConfig::BuildPort() {
             [this] { handlers_.Run([this] { RowChanged(); }); });
     column->addWidget(lstPorts_, 1);
     lblBuiltIn_ = MakeLines(frame, "lblBuiltIn", 2);
+    lblBuiltIn_->setText(
+        QStringLiteral("This port is built into the computer and may be its console. Save it only "
+                       "when the DAVO is wired to it."));
     MakeBold(lblBuiltIn_);
     lblBuiltIn_->hide();
     column->addWidget(lblBuiltIn_);
-    column->addWidget(BuildTest(frame));
-    column->addWidget(BuildNumber(frame));
+    column->addLayout(BuildTest(frame));
+    column->addLayout(BuildNumber(frame));
     return frame;
 }
 
-QWidget* frmConfig::BuildTest(QWidget* parent) {
-    auto* test = new QWidget(parent);
-    auto* row = WithMargin(new QHBoxLayout(test), 0);
-    cmdTest_ = new BigButton(test, "cmdTest", "&Test connection");
+QLayout* frmConfig::BuildTest(QWidget* frame) {
+    cmdTest_ = new BigButton(frame, "cmdTest", "&Test connection");
     cmdTest_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     cmdTest_->setMinimumWidth(cmdTest_->sizeHint().width() + 2 * kFormSpacing);
-    lblAnswer_ = MakeLines(test, "lblAnswer", kAnswerLines);
+    lblAnswer_ = MakeLines(frame, "lblAnswer", kAnswerLines);
+    auto* row = new QHBoxLayout;
     row->addWidget(cmdTest_);
     row->addWidget(lblAnswer_, 1);
     connect(cmdTest_, &QPushButton::clicked, this, [this] {
@@ -144,13 +143,11 @@ QWidget* frmConfig::BuildTest(QWidget* parent) {
             handlers_.RunAlone([this] { cmdTest_Click(); });
         }
     });
-    return test;
+    return row;
 }
 
-QWidget* frmConfig::BuildNumber(QWidget* parent) {
-    auto* number = new QWidget(parent);
-    auto* row = WithMargin(new QHBoxLayout(number), 0);
-    cboComPort_ = Named(new NumberList(number), "cboComPort");
+QLayout* frmConfig::BuildNumber(QWidget* frame) {
+    cboComPort_ = Named(new NumberList(frame), "cboComPort");
     cboComPort_->setAccessibleName(QStringLiteral("Select COM Port:"));
     cboComPort_->setMinimumHeight(kInputHeight);
     for (std::int16_t port = 1; port <= kPorts; ++port) {
@@ -159,16 +156,17 @@ QWidget* frmConfig::BuildNumber(QWidget* parent) {
     }
     connect(cboComPort_, &QComboBox::currentIndexChanged, this,
             [this] { handlers_.Run([this] { PortChanged(); }); });
-    lblDevice_ = MakeLines(number, "lblDevice", 1);
+    lblDevice_ = MakeLines(frame, "lblDevice", 1);
     chkBuiltIn_ =
-        Named(new QCheckBox(QStringLiteral("&List built-in ports, too"), number), "chkBuiltIn");
+        Named(new QCheckBox(QStringLiteral("&List built-in ports, too"), frame), "chkBuiltIn");
     chkBuiltIn_->setVisible(devices_.NeedsAssignment());
     connect(chkBuiltIn_, &QCheckBox::toggled, this,
             [this] { handlers_.Run([this] { ListPorts(ChosenRow()); }); });
+    auto* row = new QHBoxLayout;
     row->addWidget(cboComPort_);
     row->addWidget(lblDevice_, 1);
     row->addWidget(chkBuiltIn_);
-    return number;
+    return row;
 }
 
 QWidget* frmConfig::BuildImpedance() {
@@ -185,22 +183,21 @@ QWidget* frmConfig::BuildImpedance() {
     return frame;
 }
 
-QWidget* frmConfig::BuildButtons() {
-    auto* buttons = new QWidget(this);
-    auto* row = WithMargin(new QHBoxLayout(buttons), 0);
-    cmdSave_ = new BigButton(buttons, "cmdSave", "&Save");
+QLayout* frmConfig::BuildButtons() {
+    cmdSave_ = new BigButton(this, "cmdSave", "&Save");
     cmdSave_->setDefault(true);
-    QPushButton* cmdExit = new BigButton(buttons, "cmdExit", "&Exit");
+    QPushButton* cmdExit = new BigButton(this, "cmdExit", "&Exit");
     // Exit stays in the window while no port is chosen; a screen may show no frame to close it by.
-    cmdLeave_ = new BigButton(buttons, "cmdLeave", "Leave &without a port");
+    cmdLeave_ = new BigButton(this, "cmdLeave", "Leave &without a port");
     cmdLeave_->hide();
+    auto* row = new QHBoxLayout;
     for (QPushButton* button : {cmdSave_, cmdExit, cmdLeave_})
         row->addWidget(button);
     connect(cmdSave_, &QPushButton::clicked, this,
             [this] { handlers_.RunAlone([this] { cmdSave_Click(); }); });
     connect(cmdExit, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
     connect(cmdLeave_, &QPushButton::clicked, this, [this] { reject(); });
-    return buttons;
+    return row;
 }
 
 void frmConfig::Form_Load() {
@@ -233,11 +230,7 @@ void frmConfig::reject() {
 }
 
 void frmConfig::cmdSave_Click() {
-    if (optImpedance_[0]->isChecked()) {
-        settings_.showImpedance = false;
-    } else if (optImpedance_[1]->isChecked()) {
-        settings_.showImpedance = true;
-    }
+    settings_.showImpedance = optImpedance_[1]->isChecked();
     settings_.comPort = kNoPortChosen;
     const std::int16_t port = ChosenPort();
     if (OpenChosen(port, true)) {
@@ -454,21 +447,13 @@ void frmConfig::ShowPort() {
 
 void frmConfig::ShowNumber() {
     const QString device = ChosenDevice();
-    const PresentPort* port = FindPort(present_, device);
     const bool named = !devices_.NeedsAssignment();
-    if (device.isEmpty()) {
-        lblDevice_->setText(QStringLiteral("has no adapter yet"));
-    } else if (!devices_.IsPresent(device)) {
-        lblDevice_->setText(QStringLiteral("is not plugged in"));
-    } else {
-        lblDevice_->setText(named ? QString() : QStringLiteral("is %1").arg(device));
-    }
-    const bool builtIn = !named && port != nullptr && !port->usb;
-    lblBuiltIn_->setText(builtIn
-                             ? QStringLiteral("This port is built into the computer and may be its "
-                                              "console. Save it only when the DAVO is wired to it.")
-                             : QString());
-    lblBuiltIn_->setVisible(builtIn);
+    QString words = named ? QString() : QStringLiteral("is %1").arg(device);
+    if (!devices_.IsPresent(device)) words = QStringLiteral("is not plugged in");
+    if (device.isEmpty()) words = QStringLiteral("has no adapter yet");
+    lblDevice_->setText(words);
+    const PresentPort* port = FindPort(present_, device);
+    lblBuiltIn_->setVisible(!named && port != nullptr && !port->usb);
     cmdLeave_->setVisible(settings_.comPort == kNoPortChosen);
 }
 

@@ -15,6 +15,7 @@ class QAbstractButton;
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QLayout;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -46,10 +47,10 @@ class frmConfig : public QDialog {
 
   private:
     QWidget* BuildPort();
-    QWidget* BuildTest(QWidget* parent);
-    QWidget* BuildNumber(QWidget* parent);
+    QLayout* BuildTest(QWidget* frame);
+    QLayout* BuildNumber(QWidget* frame);
     QWidget* BuildImpedance();
-    QWidget* BuildButtons();
+    QLayout* BuildButtons();
     void cmdSave_Click();
     void cmdExit_Click();
     void cmdTest_Click();
