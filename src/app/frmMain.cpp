@@ -11,9 +11,10 @@
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTimer>
-#include <algorithm>
 #include <chrono>
+#include <future>
 #include <memory>
+#include <thread>
 #include <utility>
 
 #include "app/frmAbout.h"
@@ -39,10 +40,6 @@ constexpr const char* kNoModel = "DAVO N/A";
 
 constexpr int kFactsInterval = 2000;    // ms; what is plugged in shows up so soon
 constexpr int kMessageDuration = 8000;  // ms; two sentences are read in half of it
-
-QString SessionsNotListed() {
-    return QStringLiteral("Sessions not listed");
-}
 
 }  // namespace
 
@@ -103,7 +100,9 @@ void frmMain::BuildCentre() {
         ShowFacts();
     });
     // Behind the copy window is the start page, not an empty area.
-    connect(area_, &QMdiArea::subWindowActivated, this, [this] { ShowPages(); });
+    connect(area_, &QMdiArea::subWindowActivated, this, [this] {
+        if (area_->subWindowList().isEmpty()) pages_->setCurrentWidget(home_);
+    });
     setCentralWidget(pages_);
 }
 
@@ -119,7 +118,9 @@ void frmMain::ConnectMenu() {
     on(menu_.mnuRatio, [this] { RunTest(true); });
     on(menu_.mnuDownload, [this] { mnuDownload_Click(); });
     on(menu_.mnuOverlay, [this] { ShowFileWindow(ListCaller::Overlay, *menu_.mnuOverlay); });
-    on(menu_.mnuSetHeaderFile, [this] { mnuSetHeaderFile_Click(); });
+    on(menu_.mnuSetHeaderFile, [this] {
+        WithFileDisabled([this] { ShowChild(forms_.headerSetup, *menu_.mnuSetHeaderFile, home_); });
+    });
     on(menu_.mnuSetDescr, [this] { mnuSetDescr_Click(); });
     on(menu_.mnuFileUtil,
        [this] { ShowFileWindow(ListCaller::FileUtilities, *menu_.mnuFileUtil); });
@@ -157,21 +158,17 @@ void frmMain::Form_Load() {
     troubles_ = LoadStored(state_, services_);
     menu_.CheckKneepoint(state_.settings.kneepointType);
     services_.link.OpenComPort(state_.settings.comPort);
-    LoadDirectory();
+    ListAgain();
+    if (HasRecords()) {
+        menu_.mnuRecall->setEnabled(true);
+        state_.directory.recordsFromInstrument = true;
+        state_.directory.recordCount = 0;
+    }
     handlers_.Run([this] { OfferSessions(); });
     loaded_ = true;
     ShowFacts();
     factsTimer_.start();
     home_->findChild<QWidget*>(QStringLiteral("cmdBoth"))->setFocus();
-}
-
-void frmMain::LoadDirectory() {
-    ListRecords();
-    menu_.EnableRecordItems(HasRecords());
-    if (!HasRecords()) return;
-    menu_.mnuRecall->setEnabled(true);
-    state_.directory.recordsFromInstrument = true;
-    state_.directory.recordCount = 0;
 }
 
 bool frmMain::HasRecords() const {
@@ -188,10 +185,7 @@ void frmMain::mnuRecall_Click() {
     OpenPort();
     state_.directory.recordsFromInstrument = false;
     state_.listCaller = ListCaller::Recall;
-    WithFileDisabled([this] {
-        ListRecords();
-        ShowChild(forms_.testList, *menu_.mnuRecall, area_);
-    });
+    ShowRecords(forms_.testList, *menu_.mnuRecall);
 }
 
 void frmMain::mnuDownload_Click() {
@@ -203,34 +197,19 @@ void frmMain::mnuDownload_Click() {
     menu_.mnuDownload->setEnabled(false);
     // Without a port it stays disabled until the next start: only a list that closes enables it.
     if (!OpenPort()) return;
-    try {
-        if (!DownloadDirectory()) {
-            menu_.mnuDownload->setEnabled(true);
-            return;
-        }
-        WithFileDisabled([this] { ShowMemoryDirectory(); });
-    } catch (...) {
-        menu_.mnuDownload->setEnabled(true);
-        throw;
-    }
-}
-
-bool frmMain::DownloadDirectory() {
+    auto enable = qScopeGuard([this] { menu_.mnuDownload->setEnabled(true); });
     std::optional<std::string> reply = ReadMemoryDirectory(services_.link, services_.prompts);
-    if (!reply || closeWanted_) return false;
+    if (!reply || closeWanted_) return;
     state_.directory.recordsFromInstrument = true;
     state_.dirReply = std::move(*reply);
-    return true;
-}
-
-void frmMain::ShowMemoryDirectory() {
     const auto open = [this](QMdiArea& area, const std::function<void()>& closed) {
         forms_.memoryDirectory(area, [this, closed] {
             menu_.mnuDownload->setEnabled(true);
             closed();
         });
     };
-    ShowChild(open, *menu_.mnuDownload, area_);
+    WithFileDisabled([&] { ShowChild(open, *menu_.mnuDownload, area_); });
+    enable.dismiss();
 }
 
 void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
@@ -238,30 +217,19 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
     state_.listCaller = caller;
     WithFileDisabled([&] {
         ListRecords();
-        if (HasRecords()) {
-            ShowChild(forms_.fileUtilities, item, area_);
-        } else {
-            menu_.EnableFile(true);
-            menu_.EnableRecordItems(false);
-            ShowFacts();
-            const RebuildResult& listing = state_.directory.listing;
-            if (!listing.unread.isEmpty()) {
-                services_.prompts.Message(UnreadText(listing, state_.settings.dataPath));
-            }
-        }
+        if (HasRecords()) return ShowChild(forms_.fileUtilities, item, area_);
+        menu_.EnableFile(true);
+        menu_.EnableRecordItems(false);
+        ShowFacts();
+        const RebuildResult& listing = state_.directory.listing;
+        if (!listing.unread.isEmpty())
+            services_.prompts.Message(UnreadText(listing, state_.settings.dataPath));
     });
-}
-
-void frmMain::mnuSetHeaderFile_Click() {
-    WithFileDisabled([this] { ShowChild(forms_.headerSetup, *menu_.mnuSetHeaderFile, home_); });
 }
 
 void frmMain::mnuSetDescr_Click() {
     state_.directory.recordsFromInstrument = false;
-    WithFileDisabled([this] {
-        ListRecords();
-        ShowChild(forms_.recordHeaders, *menu_.mnuSetDescr, area_);
-    });
+    ShowRecords(forms_.recordHeaders, *menu_.mnuSetDescr);
 }
 
 void frmMain::mnuConfig_Click() {
@@ -304,13 +272,7 @@ void frmMain::ListRecords() {
 }
 
 void frmMain::OfferSessions() {
-    std::vector<RunTimeError> unreadable;
-    home_->Sessions().Show(SetAsideUnsavedSessions(services_.places.scratchFolder, &unreadable));
-    // As they are now: a file may have been put right since the start.
-    std::erase_if(troubles_,
-                  [](const Notice& notice) { return notice.caption == SessionsNotListed(); });
-    for (const RunTimeError& error : unreadable)
-        troubles_.push_back({SessionsNotListed(), QString::fromUtf8(error.what())});
+    home_->Sessions().Show(UnsavedSessionsIn(services_.places.scratchFolder, troubles_));
 }
 
 void frmMain::SaveSession(const UnsavedSession& session) {
@@ -368,13 +330,19 @@ void frmMain::ShowTestWindow() {
 template <class Open>
 void frmMain::WithFileDisabled(const Open& open) {
     menu_.EnableFile(false);
-    try {
-        open();
-    } catch (...) {
+    auto back = qScopeGuard([this] {
         menu_.EnableFile(true);
         if (children_ == 0) pages_->setCurrentWidget(home_);
-        throw;
-    }
+    });
+    open();
+    back.dismiss();
+}
+
+void frmMain::ShowRecords(const OpenChild& open, const QAction& item) {
+    WithFileDisabled([&] {
+        ListRecords();
+        ShowChild(open, item, area_);
+    });
 }
 
 void frmMain::ShowChild(const OpenChild& open, const QAction& item, QWidget* page) {
@@ -393,16 +361,9 @@ template <class Open>
 void frmMain::ShowOn(QWidget* page, const Open& open) {
     pages_->setCurrentWidget(page);
     ++children_;
-    try {
-        open();
-    } catch (...) {
-        --children_;
-        throw;
-    }
-}
-
-void frmMain::ShowPages() {
-    if (area_->subWindowList().isEmpty()) pages_->setCurrentWidget(home_);
+    auto back = qScopeGuard([this] { --children_; });
+    open();
+    back.dismiss();
 }
 
 void frmMain::ChildClosed() {
@@ -424,35 +385,28 @@ void frmMain::ChildClosed() {
 }
 
 void frmMain::LookAround() {
-    if (children_ == 0 && !handlers_.Running() && look_.activeThreadCount() == 0) {
-        look_.start([this, path = state_.settings.dataPath] {
-            const bool isThere = FolderExists(path);
-            QMetaObject::invokeMethod(this, [this, path, isThere] {
-                if (children_ > 0 || handlers_.Running() || path != state_.settings.dataPath)
-                    return;
-                if (std::exchange(folderWasThere_, isThere) == isThere) return;
-                handlers_.Run([this] { ListAgain(); });
-                ShowFacts();
-            });
+    const bool idle = children_ == 0 && !handlers_.Running();
+    if (look_.valid() && look_.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
+        const auto [path, isThere] = look_.get();
+        if (idle && path == state_.settings.dataPath && isThere != folderWasThere_) {
+            folderWasThere_ = isThere;
+            handlers_.Run([this] { ListAgain(); });
+        }
+    }
+    if (idle && !look_.valid()) {
+        std::packaged_task look([path = state_.settings.dataPath, exists = services_.folderExists] {
+            return std::pair(path, exists(path));
         });
+        look_ = look.get_future();
+        std::thread(std::move(look)).detach();
     }
     ShowFacts();
 }
 
 void frmMain::ShowFacts() {
-    const LinkGlance link = GlanceAtLink(state_.settings, state_.linkState, services_.devices);
-    const QString& dataPath = state_.settings.dataPath;
-    const RebuildResult& listing = state_.directory.listing;
-    std::vector<Notice> troubles = troubles_;
-    for (const Notice& notice : NoticesOf(listing, dataPath))
-        troubles.push_back(notice);
-    statusLine_->ShowFacts({link, dataPath, state_.settings.kneepointType, listing.skipped,
-                            listing.notListed, troubles});
-    HomeFacts facts{link,     RowsOfEntries(state_.directory.dirEntries, listedRecords_),
-                    dataPath, listing,
-                    {},       state_.settings.kneepointType};
-    for (std::size_t i = 0; i < std::min(facts.records.size(), kNewestRecords); ++i)
-        facts.files.push_back(RecordFileOf(state_.directory, i));
+    ShellFacts facts = FactsOf(state_, services_.devices, listedRecords_);
+    facts.troubles = troubles_;
+    statusLine_->ShowFacts(facts);
     home_->ShowFacts(facts);
 }
 
@@ -475,32 +429,20 @@ void frmMain::WaitChanged() {
 
 bool frmMain::MayClose() {
     if (leaving_) return true;
-    if (handlers_.Running()) {
-        // The handler that waits comes to its end first and closes the window then.
-        const bool reports = services_.reports != nullptr && services_.reports->UnderWay();
-        closeWanted_ = reports || services_.link.CurrentWait().has_value();
-        services_.link.EndWait();
-        if (reports) services_.reports->Cancel();
+    if (!handlers_.Running() && testWindow_ != nullptr) {
+        if (testWindow_->Exit()) return true;
+        // The test window may wait itself, and closes when that has ended.
+        closeWanted_ = testWindow_->CloseWanted();
         return false;
     }
-    return testWindow_ != nullptr ? MayCloseTestWindow() : MayCloseChildren();
-}
-
-bool frmMain::MayCloseTestWindow() {
-    if (testWindow_->Exit()) return true;
-    // The test window may wait itself, and closes when that has ended.
-    closeWanted_ = testWindow_->CloseWanted();
-    return false;
-}
-
-bool frmMain::MayCloseChildren() {
-    const bool waits = services_.link.CurrentWait().has_value();
+    if (!handlers_.Running()) {
+        area_->closeAllSubWindows();
+        if (area_->subWindowList().isEmpty()) return true;
+    }
+    // What waits for the instrument or for a report comes to its end first and closes then.
     const bool reports = services_.reports != nullptr && services_.reports->UnderWay();
-    area_->closeAllSubWindows();
-    if (area_->subWindowList().isEmpty()) return true;
-    // A window that waits for the instrument or for a report closes when that has ended.
-    closeWanted_ = waits || reports;
-    if (waits) services_.link.EndWait();
+    closeWanted_ = reports || services_.link.CurrentWait().has_value();
+    services_.link.EndWait();
     if (reports) services_.reports->Cancel();
     return false;
 }

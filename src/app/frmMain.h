@@ -3,8 +3,9 @@
 
 #include <QMainWindow>
 #include <QPointer>
-#include <QThreadPool>
 #include <QTimer>
+#include <future>
+#include <utility>
 #include <vector>
 
 #include "app/date_guard.h"
@@ -55,11 +56,8 @@ class frmMain : public QMainWindow {
     template <class Handler>
     void Start(const Handler& handler);
 
-    void LoadDirectory();
-
     void mnuRecall_Click();
     void mnuDownload_Click();
-    void mnuSetHeaderFile_Click();
     void mnuSetDescr_Click();
     void mnuConfig_Click();
     void mnuExit_Click();
@@ -83,19 +81,17 @@ class frmMain : public QMainWindow {
     // Disables mnuFile and runs open; mnuFile is enabled again when open throws.
     template <class Open>
     void WithFileDisabled(const Open& open);
-    // Reads what is in the instrument's memory; false when there is nothing to show.
-    bool DownloadDirectory();
-    void ShowMemoryDirectory();
+    // Lists the records and opens the window of item, which works on them.
+    void ShowRecords(const OpenChild& open, const QAction& item);
     // Opens the window of item, or says that there is none; page is the one that it opens in or
     // over.
     void ShowChild(const OpenChild& open, const QAction& item, QWidget* page);
     // Runs open with page in front; the start page is back when the last child has closed.
     template <class Open>
     void ShowOn(QWidget* page, const Open& open);
-    void ShowPages();
     void ChildClosed();
     // Shows the facts anew, and lists a data folder that has gone, or is back, with its stick. It
-    // is looked for on another thread: a network drive that is dead answers late.
+    // is looked for on a thread that nobody waits for: a network drive that is dead answers late.
     void LookAround();
     void ShowFacts();
     // The menu items and buttons that do nothing while one of them waits.
@@ -105,8 +101,6 @@ class frmMain : public QMainWindow {
     // Leaves a wait for the instrument and the windows in the area first; false when the main
     // window stays.
     bool MayClose();
-    bool MayCloseTestWindow();
-    bool MayCloseChildren();
     void Form_Unload();
     // Nothing is asked or said unless sayErrors: a desktop that closes waits for nobody to read.
     void KeepSettings(bool sayErrors);
@@ -135,7 +129,7 @@ class frmMain : public QMainWindow {
     bool folderWasThere_ = true;  // the data folder, when it was looked at last
     bool leaving_ = false;
     bool unloaded_ = false;
-    QThreadPool look_;  // the last: nothing of the window is used once it is gone
+    std::future<std::pair<QString, bool>> look_;  // a data folder, and whether it is there
 };
 
 }  // namespace davo

@@ -113,7 +113,7 @@ void ShowDot(QLabel& dot, const LinkGlance& link) {
 }
 
 // Only a folder that was read and is empty has no records yet.
-QString WhyNoRecords(const HomeFacts& facts) {
+QString WhyNoRecords(const ShellFacts& facts) {
     const QString folder = ShownPath(facts.dataPath);
     if (!facts.listing.unread.isEmpty()) return UnreadText(facts.listing, facts.dataPath);
     if (!facts.listing.skipped.empty())
@@ -222,7 +222,7 @@ QWidget* HomePanel::BuildRecords(QWidget* lastButton) {
     return frame;
 }
 
-void HomePanel::ShowFacts(const HomeFacts& facts) {
+void HomePanel::ShowFacts(const ShellFacts& facts) {
     ShowDot(*lblDot_, facts.link);
     lblPort_->setText(PortState(facts.link));
     lblDevice_->setText(NeedsHelp(facts.link) ? WayOut(facts.link) : DeviceState(facts.link));
@@ -234,9 +234,9 @@ void HomePanel::ShowFacts(const HomeFacts& facts) {
 }
 
 // The list is filled only where something has changed: what is selected stays so.
-void HomePanel::ShowRecords(const HomeFacts& facts) {
+void HomePanel::ShowRecords(const ShellFacts& facts) {
     const QString selected = SelectedFile();
-    const HomeFacts before = std::exchange(facts_, facts);
+    const ShellFacts before = std::exchange(facts_, facts);
     facts_.records.resize(std::min(facts.records.size(), kNewestRecords));
     if (facts_.records != before.records || facts_.files != before.files) {
         const QSignalBlocker quiet(lvNewest_);

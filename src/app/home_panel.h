@@ -7,8 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/port_labels.h"
-#include "records/directory_file.h"
+#include "app/status_line.h"
 
 class QAction;
 class QLabel;
@@ -21,18 +20,6 @@ namespace davo {
 class RecordList;
 class RecordPreview;
 class SessionCards;
-
-// So many of the newest records are shown.
-inline constexpr std::size_t kNewestRecords = 10;
-
-struct HomeFacts {
-    LinkGlance link;
-    std::vector<ListRow> records;  // newest first, as many as there are
-    QString dataPath;
-    RebuildResult listing = {};       // of the data folder
-    std::vector<QString> files = {};  // of records, in dataPath
-    QString kneepointType = {};
-};
 
 // A menu item with a button in the second row, and what that says.
 using SecondItem = std::pair<QAction*, const char*>;
@@ -48,7 +35,7 @@ class HomePanel : public QWidget {
     HomePanel(const std::vector<QAction*>& items, const std::vector<SecondItem>& second,
               QWidget* parent);
 
-    void ShowFacts(const HomeFacts& facts);
+    void ShowFacts(const ShellFacts& facts);
 
     // The keyboard is at the button of item; where that has none, or one that is disabled, at the
     // first button that can be pressed.
@@ -67,14 +54,14 @@ class HomePanel : public QWidget {
     QWidget* BuildLink();
     QWidget* BuildRecords(QWidget* lastButton);
     QLayout* BuildSecondRow(const std::vector<SecondItem>& second);
-    void ShowRecords(const HomeFacts& facts);
+    void ShowRecords(const ShellFacts& facts);
     // Of the selected row; nothing without one.
     QString SelectedFile() const;
     bool HasRoom() const;  // for the preview
     void Preview();
 
     std::vector<QPushButton*> buttons_;
-    HomeFacts facts_;
+    ShellFacts facts_;
     QLabel* lblDot_ = nullptr;
     QLabel* lblPort_ = nullptr;
     QLabel* lblDevice_ = nullptr;

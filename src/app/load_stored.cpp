@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/load_stored.h"
 
+#include <algorithm>
 #include <exception>
 #include <string>
 
@@ -54,6 +55,27 @@ std::vector<Notice> LoadStored(ProgramState& state, const ProgramServices& servi
     Attempt(troubles, QStringLiteral("Header not read"),
             [&] { LoadHeaderFile(state.header, state.settings.dataPath); });
     return troubles;
+}
+
+std::vector<UnsavedSession> UnsavedSessionsIn(const QString& folder,
+                                              std::vector<Notice>& troubles) {
+    const QString caption = QStringLiteral("Sessions not listed");
+    std::vector<RunTimeError> unreadable;
+    std::vector<UnsavedSession> sessions = SetAsideUnsavedSessions(folder, &unreadable);
+    std::erase_if(troubles, [&](const Notice& notice) { return notice.caption == caption; });
+    for (const RunTimeError& error : unreadable)
+        troubles.push_back({caption, QString::fromUtf8(error.what())});
+    return sessions;
+}
+
+ShellFacts FactsOf(const ProgramState& state, const PortDevices& devices, int listedRecords) {
+    ShellFacts facts{GlanceAtLink(state.settings, state.linkState, devices),
+                     state.settings.dataPath, state.settings.kneepointType,
+                     state.directory.listing};
+    facts.records = RowsOfEntries(state.directory.dirEntries, listedRecords);
+    for (std::size_t i = 0; i < std::min(facts.records.size(), kNewestRecords); ++i)
+        facts.files.push_back(RecordFileOf(state.directory, i));
+    return facts;
 }
 
 }  // namespace davo

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/date_guard.h"
+#include "common/files.h"
 #include "common/settings.h"
 #include "link/link.h"
 #include "link/port_devices.h"
@@ -43,6 +44,7 @@ struct ProgramServices {
     ShortDateFormat& shortDate;
     std::function<void()> beep;
     ReportRunner* reports = nullptr;  // without it nobody is asked for a report
+    std::function<bool(const QString& path)> folderExists = FolderExists;
 };
 
 }  // namespace davo

@@ -29,8 +29,7 @@ constexpr int kFolderShare = 2;
 constexpr int kDeviceShare = 1;
 
 QLabel* MakeFact(QWidget* parent, const char* name, const char* purpose) {
-    auto* label = Named(new QLabel(parent), name);
-    label->setTextFormat(Qt::PlainText);
+    QLabel* label = MakeLabel(parent, name, {}, 1);
     label->setToolTip(QLatin1String(purpose));
     return label;
 }
@@ -105,12 +104,14 @@ Notice NoticeOf(const std::vector<SkippedFile>& skipped, int notListed) {
 
 std::vector<Notice> NoticesOf(const RebuildResult& listing, const QString& dataPath) {
     std::vector<Notice> notices;
-    const auto add = [&notices](const char* caption, const QString& detail) {
-        if (!detail.isEmpty()) notices.push_back({QLatin1String(caption), detail});
+    const auto add = [&notices](const QString& caption, const QString& detail) {
+        if (!detail.isEmpty()) notices.push_back({caption, detail});
     };
-    add("Records not listed", UnreadText(listing, dataPath));
-    add("List not saved", NotSavedText(listing));
-    add("Control characters", CleanedText(listing));
+    add(QStringLiteral("Records not listed"), UnreadText(listing, dataPath));
+    add(QStringLiteral("List not saved"), NotSavedText(listing));
+    add(QStringLiteral("Control characters"), CleanedText(listing));
+    const Notice files = NoticeOf(listing.skipped, listing.notListed);
+    add(files.caption, files.detail);
     return notices;
 }
 
@@ -196,8 +197,7 @@ QWidget* StatusLine::BuildWait() {
     auto* row = new QHBoxLayout(page);
     row->setContentsMargins(6, 0, 6, 0);
     row->setSpacing(kSpacing);
-    lblWait_ = Named(new QLabel(page), "lblWait");
-    lblWait_->setTextFormat(Qt::PlainText);
+    lblWait_ = MakeLabel(page, "lblWait", {}, 1);
     auto* cmdStopWait =
         Named(new QPushButton(QStringLiteral("Stop &waiting"), page), "cmdStopWait");
     cmdStopWait->setMinimumHeight(kButtonHeight);
@@ -208,7 +208,7 @@ QWidget* StatusLine::BuildWait() {
     return page;
 }
 
-void StatusLine::ShowFacts(const StatusFacts& facts) {
+void StatusLine::ShowFacts(const ShellFacts& facts) {
     lblPort_->setText(PortState(facts.link));
     lblDevice_->SetWhole(DeviceState(facts.link));
     lblModel_->setText(ModelWords(facts.link.instrumentModel));
@@ -216,7 +216,8 @@ void StatusLine::ShowFacts(const StatusFacts& facts) {
     lblKneepoint_->setText(facts.kneepointType);
     // The troubles first: they are rarer.
     std::vector<Notice> notices = facts.troubles;
-    notices.push_back(NoticeOf(facts.skipped, facts.notListed));
+    for (const Notice& notice : NoticesOf(facts.listing, facts.dataPath))
+        notices.push_back(notice);
     const Notice notice = Joined(notices);
     noticeDetail_ = notice.detail;
     cmdNotice_->setText(notice.caption);

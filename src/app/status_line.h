@@ -23,20 +23,24 @@ struct Notice {
     QString detail;
 };
 
-// What the status line says.
-struct StatusFacts {
+// So many of the newest records are shown.
+inline constexpr std::size_t kNewestRecords = 10;
+
+// What the status line and the start page say.
+struct ShellFacts {
     LinkGlance link;
     QString dataPath;
     QString kneepointType;
-    std::vector<SkippedFile> skipped;   // of the last rebuild of the record directory
-    int notListed = 0;                  // of the same
+    RebuildResult listing = {};         // of the data folder
     std::vector<Notice> troubles = {};  // of the program's start
+    std::vector<ListRow> records = {};  // newest first, as many as there are
+    std::vector<QString> files = {};    // of the first of them, in dataPath
 };
 
 // What is to be known about the data folder. Nothing to say: both are empty.
 Notice NoticeOf(const std::vector<SkippedFile>& skipped, int notListed);
 
-// The same of a data folder that could not be read or written, and of texts that it has replaced.
+// The same of a listing, which may not have been read or written, and may have replaced texts.
 std::vector<Notice> NoticesOf(const RebuildResult& listing, const QString& dataPath);
 
 // What an exchange waits for, as a sentence for the operator.
@@ -50,7 +54,7 @@ class StatusLine : public QWidget {
     // Both must outlive it.
     StatusLine(Link& link, Prompts& prompts, QWidget* parent);
 
-    void ShowFacts(const StatusFacts& facts);
+    void ShowFacts(const ShellFacts& facts);
     // A wait has begun or ended, see Link::OnWaitChanged.
     void WaitChanged();
 

@@ -77,7 +77,7 @@ class Home : public ::testing::Test, public Controls {
     QAction* headers = nullptr;
     QAction* fileUtil = nullptr;
     HomePanel* panel = nullptr;
-    HomeFacts facts;
+    ShellFacts facts;
     std::vector<std::string> chosen;
     std::vector<std::string> viewed;
 };

@@ -189,7 +189,7 @@ class StatusLineTest : public ::testing::Test, public ScriptedLine, public Contr
 
     QWidget& Window() override { return line; }
 
-    StatusFacts facts;
+    ShellFacts facts;
     StatusLine line{link, prompts, nullptr};
 };
 
@@ -215,19 +215,19 @@ TEST_F(StatusLineTest, AMissingDeviceIsSaidWithoutABox) {
 }
 
 TEST_F(StatusLineTest, TheNoticeGivesItsDetailAndGoes) {
-    facts.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
-    facts.notListed = 2;
+    facts.listing.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
+    facts.listing.notListed = 2;
     line.ShowFacts(facts);
     auto* notice = Find<QPushButton>("cmdNotice");
     EXPECT_TRUE(notice->isVisible());
     EXPECT_EQ(notice->text(), u"1 file skipped, 2 files not listed"_s);
-    const QString detail = NoticeOf(facts.skipped, 2).detail;
+    const QString detail = NoticeOf(facts.listing.skipped, 2).detail;
     EXPECT_EQ(notice->toolTip(), detail);
     notice->setFocus();
     QTest::keyClick(notice, Qt::Key_Space);
     EXPECT_THAT(prompts.shown, ElementsAre(detail));
-    facts.skipped.clear();
-    facts.notListed = 0;
+    facts.listing.skipped.clear();
+    facts.listing.notListed = 0;
     line.ShowFacts(facts);
     EXPECT_FALSE(notice->isVisible());
 }
@@ -268,8 +268,8 @@ TEST_F(StatusLineTest, EachWaitHasItsTwoSeconds) {
 }
 
 TEST_F(StatusLineTest, NoTextIsCutOnASmallScreen) {
-    facts.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
-    facts.notListed = 13;
+    facts.listing.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
+    facts.listing.notListed = 13;
     line.ShowFacts(facts);
     QTest::qWait(20);
     EXPECT_THAT(CutTextsOf(line), IsEmpty());

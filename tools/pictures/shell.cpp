@@ -151,26 +151,24 @@ class ShellPictures {
 
         recall->setEnabled(false);
         const auto glance = [&] { return GlanceAtLink(settings, line.state, devices); };
-        StatusFacts facts{glance(), settings.dataPath, settings.kneepointType, {}, 0};
-        HomeFacts homeFacts{facts.link, {}, settings.dataPath};
+        ShellFacts facts{glance(), settings.dataPath, settings.kneepointType};
+        ShellFacts homeFacts = facts;
         status->ShowFacts(facts);
         home->ShowFacts(homeFacts);
         Grab(window, "main-empty");
 
-        homeFacts.listing.unread = u"Permission denied"_s;
-        facts.troubles = NoticesOf(homeFacts.listing, settings.dataPath);
+        facts.listing.unread = homeFacts.listing.unread = u"Permission denied"_s;
         status->ShowFacts(facts);
         home->ShowFacts(homeFacts);
         Grab(window, "main-unread");
-        homeFacts.listing = {};
-        facts.troubles.clear();
+        facts.listing = homeFacts.listing = {};
 
         recall->setEnabled(true);
         line.link.OpenComPort(1);
         line.state.instrumentModel = "DAVO-E R3.10";
         facts.link = homeFacts.link = glance();
-        facts.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
-        facts.notListed = 13;
+        facts.listing.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
+        facts.listing.notListed = 13;
         const TemporaryFolder folder;
         homeFacts.dataPath = folder.Path();
         homeFacts.kneepointType = settings.kneepointType;
@@ -210,7 +208,7 @@ class ShellPictures {
         return session;
     }
 
-    void TakeSessions(QWidget& window, HomePanel& home, const HomeFacts& facts) {
+    void TakeSessions(QWidget& window, HomePanel& home, const ShellFacts& facts) {
         const std::vector<UnsavedSession> sessions{
             Session("09:12", QTime(9, 40, 2), "", "", 12),
             Session("14:05", QTime(14, 5, 33), "NORTH SUBSTATION", "4711-0815", 1),
