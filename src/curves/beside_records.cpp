@@ -5,9 +5,10 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSplitter>
-#include <QTreeView>
 #include <QVBoxLayout>
 #include <algorithm>
+
+#include "ui/record_list.h"
 
 namespace davo {
 
@@ -23,11 +24,13 @@ constexpr double kMostControlsShare = 0.6;
 
 }  // namespace
 
-BesideRecords::BesideRecords(QWidget* controls, QTreeView& list, double listShare,
-                             QPushButton& cmdRecord, Prompts& prompts, QWidget* parent)
+BesideRecords::BesideRecords(QWidget* controls, RecordList& list, double listShare,
+                             QPushButton& cmdRecord, const QString& dataPath, Prompts& prompts,
+                             QWidget* parent)
     : QWidget(parent),
       controls_(controls),
       list_(list),
+      dataPath_(dataPath),
       listShare_(listShare),
       cmdRecord_(cmdRecord),
       splitter_(new QSplitter(Qt::Horizontal, this)),
@@ -46,7 +49,15 @@ BesideRecords::BesideRecords(QWidget* controls, QTreeView& list, double listShar
     panel_->hide();
     cmdRecord_.hide();
     connect(&cmdRecord_, &QPushButton::clicked, this, [this] { ShowAlone(true); });
+    connect(&list_, &QTreeWidget::itemSelectionChanged, this, [this] { ShowSelected(); });
     panel_->OnBack = [this] { ShowAlone(false); };
+}
+
+void BesideRecords::ShowSelected() {
+    std::vector<QString> files = list_.SelectedFiles();
+    for (QString& file : files)
+        file.prepend(dataPath_);
+    panel_->ShowRecords(files);
 }
 
 QSize BesideRecords::sizeHint() const {

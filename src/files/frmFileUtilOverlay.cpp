@@ -49,7 +49,8 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     : mode_(mode), around_(around), handlers_(around.prompts) {
     setObjectName(QStringLiteral("frmFileUtilOverlay"));
     setWindowTitle(IsOverlay() ? QLatin1String(kOverlayCaption) : QLatin1String("File Utilities"));
-    PageHeader* page = BuildButtons();
+    auto* cmdRecord = new BigButton(this, "cmdRecord", "S&how Record");
+    PageHeader* page = BuildButtons(cmdRecord);
     auto* controls = new QWidget(this);
     auto* column = WithMargin(new QVBoxLayout(controls), 0);
     column->setSpacing(kFormSpacing);
@@ -72,7 +73,8 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     lblMessage_->hide();
     column->addWidget(lblMessage_);
     const double listShare = IsOverlay() ? 1.0 * kListShare / (kListShare + kTestShare) : 1;
-    beside_ = new BesideRecords(controls, *lvTest_, listShare, *cmdRecord_, around_.prompts, this);
+    beside_ = new BesideRecords(controls, *lvTest_, listShare, *cmdRecord,
+                                around_.settings.dataPath, around_.prompts, this);
     page->Body()->addWidget(beside_);
     Connect();
 }
@@ -96,8 +98,7 @@ QGroupBox* frmFileUtilOverlay::BuildOverlay() {
     return frame;
 }
 
-PageHeader* frmFileUtilOverlay::BuildButtons() {
-    cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
+PageHeader* frmFileUtilOverlay::BuildButtons(QWidget* cmdRecord) {
     frmeOp_ = Named(new QFrame(this), "frmeOp");
     auto* inner = WithMargin(new QHBoxLayout(frmeOp_), 0);
     const auto& captions = IsOverlay() ? kOverlayCaptions : kOperationCaptions;
@@ -106,7 +107,7 @@ PageHeader* frmFileUtilOverlay::BuildButtons() {
         inner->addWidget(cmdOp_.at(i));
     }
     cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
-    return new PageHeader(this, {cmdRecord_, frmeOp_, cmdExit_});
+    return new PageHeader(this, {cmdRecord, frmeOp_, cmdExit_});
 }
 
 void frmFileUtilOverlay::Connect() {
@@ -115,7 +116,6 @@ void frmFileUtilOverlay::Connect() {
                 [this, i] { handlers_.RunAlone([&] { cmdOp_Click(static_cast<int>(i)); }); });
     }
     connect(cmdExit_, &QPushButton::clicked, this, [this] { CloseForm(*this); });
-    connect(lvTest_, &QTreeWidget::itemSelectionChanged, this, [this] { ShowSelectedRecords(); });
     OnKey(this, Qt::Key_F5, [this] { handlers_.RunAlone([this] { ListAgain(); }); });
     OnKey(this, Qt::Key_Escape, [this] {
         if (plotting_) {
@@ -130,29 +130,18 @@ void frmFileUtilOverlay::Connect() {
 }
 
 void frmFileUtilOverlay::Form_Load() {
-    ShowFiles();
+    lvTest_->Fill(around_.directory, around_.directory.recordCount);
     if (IsOverlay() && around_.reports != nullptr) around_.reports->PrepareSoon(*this);
     lvTest_->setFocus();
 }
 
-void frmFileUtilOverlay::ShowFiles() {
-    const DirectoryTables& tables = around_.directory;
-    files_.clear();
-    for (std::size_t i = 0; std::cmp_less(i, tables.recordCount); ++i)
-        files_.push_back(RecordFileOf(tables, i));
-    lvTest_->Fill(RowsForList(tables, tables.recordCount));
-}
-
 // What is selected stays so, as far as it is still there.
 void frmFileUtilOverlay::ListAgain() {
-    const std::vector<QString> selected = SelectedFiles();
+    const std::vector<QString> selected = lvTest_->SelectedFiles();
     const QString& dataPath = around_.settings.dataPath;
     const RebuildResult& listing = ListFolder(dataPath, around_.directory);
-    ShowFiles();
-    for (std::size_t i = 0; i < files_.size(); ++i) {
-        if (std::find(selected.begin(), selected.end(), files_[i]) != selected.end())
-            lvTest_->ItemOf(static_cast<int>(i))->setSelected(true);
-    }
+    lvTest_->Fill(around_.directory, around_.directory.recordCount);
+    lvTest_->SelectFiles(selected);
     if (IsOverlay()) FillTests();
     if (!listing.unread.isEmpty()) around_.prompts.Message(UnreadText(listing, dataPath));
 }
@@ -169,22 +158,8 @@ void frmFileUtilOverlay::cmdOp_Click(int index) {
 
 // --- File utilities -----------------------------------------------------------------------------
 
-std::vector<QString> frmFileUtilOverlay::SelectedFiles() const {
-    std::vector<QString> files;
-    for (const int row : lvTest_->SelectedRows())
-        files.push_back(files_.at(static_cast<std::size_t>(row)));
-    return files;
-}
-
-void frmFileUtilOverlay::ShowSelectedRecords() {
-    std::vector<QString> paths;
-    for (const QString& file : SelectedFiles())
-        paths.push_back(around_.settings.dataPath + file);
-    beside_->Panel().ShowRecords(paths);
-}
-
 void frmFileUtilOverlay::RunOperation(int index) {
-    const std::vector<QString> files = SelectedFiles();
+    const std::vector<QString> files = lvTest_->SelectedFiles();
     if (files.empty()) {
         around_.prompts.Message(
             QStringLiteral("Please choose File(s) to %1.")
@@ -207,7 +182,7 @@ void frmFileUtilOverlay::RunOperation(int index) {
 
 void frmFileUtilOverlay::FillTests() {
     lstTest_->clear();
-    const std::vector<QString> files = SelectedFiles();
+    const std::vector<QString> files = lvTest_->SelectedFiles();
     if (files.size() != 1) return;
     const QString path = around_.settings.dataPath + files.front();
     for (const std::string& entry : TestEntries(ReadWholeFile(path)))
@@ -216,7 +191,7 @@ void frmFileUtilOverlay::FillTests() {
 }
 
 void frmFileUtilOverlay::ChooseTest(int graph) {
-    const std::vector<QString> files = SelectedFiles();
+    const std::vector<QString> files = lvTest_->SelectedFiles();
     const QListWidgetItem* entry = lstTest_->currentItem();
     if (files.size() != 1 || entry == nullptr) {
         around_.prompts.Message(

@@ -56,14 +56,11 @@ class frmFileUtilOverlay : public QWidget {
   private:
     bool IsOverlay() const { return mode_ == FileUtilMode::Overlay; }
     QGroupBox* BuildOverlay();
-    PageHeader* BuildButtons();
+    PageHeader* BuildButtons(QWidget* cmdRecord);
     void Connect();
 
-    void ShowFiles();
     void ListAgain();
     void cmdOp_Click(int index);
-    std::vector<QString> SelectedFiles() const;
-    void ShowSelectedRecords();
     void RunOperation(int index);
     void FillTests();
     void ChooseTest(int graph);
@@ -74,7 +71,6 @@ class frmFileUtilOverlay : public QWidget {
     const FileUtilMode mode_;
     FileUtilSurroundings around_;
     EventHandlers handlers_;
-    std::vector<QString> files_;  // of the list's rows
     std::array<std::optional<OverlayTest>, 2> chosen_;
     bool plotting_ = false;
     bool closeWanted_ = false;
@@ -87,7 +83,6 @@ class frmFileUtilOverlay : public QWidget {
     std::array<QPushButton*, 3> cmdOp_{};
     QLabel* lblMessage_ = nullptr;
     QPushButton* cmdExit_ = nullptr;
-    QPushButton* cmdRecord_ = nullptr;
 };
 
 }  // namespace davo

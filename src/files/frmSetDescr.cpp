@@ -82,16 +82,16 @@ frmSetDescr::frmSetDescr(DirectoryTables& directory, const QString& dataPath, Pr
     : directory_(directory), dataPath_(dataPath), prompts_(prompts), handlers_(prompts) {
     setObjectName(QStringLiteral("frmSetDescr"));
     setWindowTitle(QStringLiteral("TEST Directory"));
-    cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
+    auto* cmdRecord = new BigButton(this, "cmdRecord", "S&how Record");
     cmdNotes_ = new BigButton(this, "cmdNotes", "&Notepad");
     cmdSave_ = new BigButton(this, "cmdSave", "&Save");
     cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
-    auto* page = new PageHeader(this, {cmdRecord_, cmdNotes_, cmdSave_, cmdExit_});
+    auto* page = new PageHeader(this, {cmdRecord, cmdNotes_, cmdSave_, cmdExit_});
     auto* controls = new QWidget(this);
     auto* column = WithMargin(new QVBoxLayout(controls), 0);
     column->addWidget(BuildLists(), 1);
     column->addWidget(BuildFrame());
-    beside_ = new BesideRecords(controls, *lvTest_, 0.5, *cmdRecord_, prompts_, this);
+    beside_ = new BesideRecords(controls, *lvTest_, 0.5, *cmdRecord, dataPath_, prompts_, this);
     page->Body()->addWidget(beside_);
     Connect();
     ShowStates();
@@ -103,9 +103,10 @@ frmSetDescr::~frmSetDescr() {
     try {
         TakeHeader();
         // Nobody can be asked any more: a doubtful file is left as it is.
-        if (ReadWholeFile(PathOf(file_->row)) != file_->bytes) return;
-        if (!SurvivesRewrite(file_->bytes, file_->headers)) return;
-        ReplaceFile(PathOf(file_->row), RewriteRecord(file_->bytes, file_->headers));
+        if (ReadWholeFile(Path()) != file_->bytes) return;
+        const MergedHeaders typed = EveryText(file_->headers);
+        if (!SurvivesRewrite(file_->bytes, typed)) return;
+        ReplaceFile(Path(), RewriteRecord(file_->bytes, typed));
     } catch (const std::exception&) {
         return;  // nor can anybody be told
     }
@@ -201,7 +202,6 @@ void frmSetDescr::Connect() {
     connect(
         lvTest_, &QTreeWidget::itemSelectionChanged, this,
         [this] { handlers_.RunAlone([this] { lvTest_Click(); }); }, Qt::QueuedConnection);
-    connect(lvTest_, &QTreeWidget::itemSelectionChanged, this, [this] { ShowSelectedRecord(); });
     connect(lstTest_, &QListWidget::itemSelectionChanged, this,
             [this] { handlers_.Run([this] { lstTest_Click(); }); });
     // The first row is where a list's focus begins: Enter chooses it too.
@@ -230,27 +230,21 @@ void frmSetDescr::Connect() {
 // --- Events -------------------------------------------------------------------------------------
 
 void frmSetDescr::Form_Load() {
-    rows_ = RowsForList(directory_, directory_.recordCount);
-    files_.clear();
-    for (std::size_t i = 0; i < rows_.size(); ++i)
-        files_.push_back(RecordFileOf(directory_, i));
-    lvTest_->Fill(rows_);
+    lvTest_->Fill(directory_, directory_.recordCount);
 }
 
 void frmSetDescr::ListAgain() {
     if (!MayLeaveFile()) return;
-    const QString file = file_ ? files_.at(static_cast<std::size_t>(file_->row)) : QString();
+    const QString name = file_ ? file_->name : QString();
     const int test = test_;
     file_.reset();
     const RebuildResult& listing = ListFolder(dataPath_, directory_);
     Form_Load();
-    const auto at = std::find(files_.begin(), files_.end(), file);
-    if (at == files_.end()) {
+    lvTest_->SelectFiles({name});
+    if (lvTest_->SelectedFiles().empty()) {
         ShowFile();
     } else {
-        const auto row = static_cast<int>(at - files_.begin());
-        Choose(row);
-        lvTest_->setCurrentItem(lvTest_->ItemOf(row));
+        Choose(name);
         lstTest_->setCurrentRow(test);
     }
     if (!listing.unread.isEmpty()) prompts_.Message(UnreadText(listing, dataPath_));
@@ -266,26 +260,23 @@ void frmSetDescr::EscapePressed() {
 }
 
 void frmSetDescr::lvTest_Click() {
-    const std::vector<int> selected = lvTest_->SelectedRows();
-    const int before = file_ ? file_->row : -1;
-    if (!selected.empty() && selected.front() == before) return;
+    const std::vector<QString> selected = lvTest_->SelectedFiles();
+    if (!selected.empty() && file_ && selected.front() == file_->name) return;
     lblState_->clear();
     if (selected.empty() || !MayLeaveFile()) {
         // The row shown as chosen is that of the file in hand.
-        if (file_) lvTest_->setCurrentItem(lvTest_->ItemOf(before));
+        if (file_) lvTest_->SelectFiles({file_->name});
         return;
     }
     Choose(selected.front());
 }
 
-void frmSetDescr::Choose(int row) {
+void frmSetDescr::Choose(const QString& name) {
     file_.reset();
     try {
-        OpenFile chosen;
-        chosen.row = row;
-        chosen.bytes = ReadWholeFile(PathOf(row));
-        chosen.headers = ReadRecordHeaders(chosen.bytes);
-        file_ = std::move(chosen);
+        std::string bytes = ReadWholeFile(dataPath_ + name);
+        RecordHeaders headers = ReadRecordHeaders(bytes);
+        file_ = {name, std::move(bytes), std::move(headers)};
     } catch (...) {
         lvTest_->clearSelection();
         ShowFile();
@@ -297,9 +288,10 @@ void frmSetDescr::Choose(int row) {
 void frmSetDescr::ShowFile() {
     const RecordHeaders none;
     const RecordHeaders& headers = file_ ? file_->headers : none;
-    const ListRow row = file_ ? rows_.at(static_cast<std::size_t>(file_->row)) : ListRow();
-    lblFilename_->setText(file_ ? Name() + FromPage(" ** " + row.date + " ** " + row.tests)
-                                : QString());
+    QStringList named;
+    for (const QTreeWidgetItem* row : lvTest_->selectedItems())
+        named = {Name(), row->text(1), row->text(2)};
+    lblFilename_->setText(named.join(QStringLiteral(" ** ")));
     lblFilename_->setToolTip(lblFilename_->text());
     ShowIn(txtFilenameData_, FromPage(headers.testNumber));
     ShowIn(txtTimeData_, FromPage(headers.time));
@@ -314,13 +306,6 @@ void frmSetDescr::ShowFile() {
     }
     test_ = -1;
     ShowTest();
-}
-
-void frmSetDescr::ShowSelectedRecord() {
-    std::vector<QString> files;
-    for (const int row : lvTest_->SelectedRows())
-        files.push_back(PathOf(row));
-    beside_->Panel().ShowRecords(files);
 }
 
 void frmSetDescr::lstTest_Click() {
@@ -389,12 +374,8 @@ void frmSetDescr::closeEvent(QCloseEvent* event) {
 
 // --- The file -----------------------------------------------------------------------------------
 
-QString frmSetDescr::PathOf(int row) const {
-    return dataPath_ + files_.at(static_cast<std::size_t>(row));
-}
-
 QString frmSetDescr::Name() const {
-    return ShownName(files_.at(static_cast<std::size_t>(file_->row)));
+    return ShownName(file_->name);
 }
 
 QStringList frmSetDescr::TakeHeader() {
@@ -419,38 +400,24 @@ bool frmSetDescr::AgreesToLose(const RecordHeaders& headers) const {
 
 bool frmSetDescr::WriteBack() {
     const QStringList cut = TakeHeader();
-    const QString path = PathOf(file_->row);
-    const std::string current = ReadWholeFile(path);
-    return current == file_->bytes ? WriteTyped(path, cut) : WriteMerged(path, cut, current);
-}
-
-bool frmSetDescr::WriteTyped(const QString& path, const QStringList& cut) {
-    if (!SurvivesRewrite(file_->bytes, file_->headers)) {
-        if (!AgreesToLose(file_->headers)) return false;
-        // The question may have been open for minutes.
-        const std::string now = ReadWholeFile(path);
-        if (now != file_->bytes) return WriteMerged(path, cut, now);
+    MergedHeaders merged;
+    std::string current = ReadWholeFile(Path());
+    // A question may be open for minutes: behind it the file is read again.
+    for (std::optional<std::string> agreed; agreed != current; current = ReadWholeFile(Path())) {
+        const bool changed = current != file_->bytes;
+        if (changed && !Agrees(QString(QLatin1String(kChangedMeanwhile)).arg(Name()))) return false;
+        merged = changed ? MergeHeaders(ReadRecordHeaders(file_->bytes), file_->headers,
+                                        ReadRecordHeaders(current))
+                         : EveryText(file_->headers);
+        if (!SurvivesRewrite(current, merged) && !AgreesToLose(merged.headers)) return false;
+        agreed = std::move(current);
     }
-    std::string written = RewriteRecord(file_->bytes, file_->headers);
-    ReplaceFile(path, written);
-    Keep(std::move(written), cut);
-    return true;
-}
-
-bool frmSetDescr::WriteMerged(const QString& path, const QStringList& cut,
-                              const std::string& current) {
-    if (!Agrees(QString(QLatin1String(kChangedMeanwhile)).arg(Name()))) return false;
-    MergedHeaders merged =
-        MergeHeaders(ReadRecordHeaders(file_->bytes), file_->headers, ReadRecordHeaders(current));
-    if (!SurvivesRewrite(current, merged) && !AgreesToLose(merged.headers)) return false;
-    // The questions may have been open for minutes.
-    const std::string now = ReadWholeFile(path);
-    if (now != current) return WriteMerged(path, cut, now);
-    std::string written = RewriteEdits(current, merged);
-    ReplaceFile(path, written);
+    const bool changed = current != file_->bytes;
+    std::string written = RewriteRecord(current, merged);
+    ReplaceFile(Path(), written);
     file_->headers = std::move(merged.headers);
     Keep(std::move(written), cut);
-    ShowFile();
+    if (changed) ShowFile();
     for (const std::string& test : merged.testsGone)
         prompts_.Message(QString(QLatin1String(kTestGone)).arg(Name(), FromPage(test)));
     return true;
@@ -460,7 +427,7 @@ bool frmSetDescr::WriteMerged(const QString& path, const QStringList& cut,
 void frmSetDescr::Keep(std::string written, const QStringList& cut) {
     file_->bytes = std::move(written);
     file_->changed = false;
-    ShowSelectedRecord();
+    beside_->ShowSelected();
     QString text = QStringLiteral("%1 is saved.").arg(Name());
     if (!cut.isEmpty()) text += QLatin1Char(' ') + CutText(cut);
     lblState_->setText(text);

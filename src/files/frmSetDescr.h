@@ -50,7 +50,7 @@ class frmSetDescr : public QWidget {
   private:
     // The record file in hand. Its texts are read when it is chosen and kept until it is left.
     struct OpenFile {
-        int row = 0;        // in lvTest
+        QString name;       // in the data folder
         std::string bytes;  // as read or written last
         RecordHeaders headers;
         bool changed = false;
@@ -70,25 +70,22 @@ class frmSetDescr : public QWidget {
     void TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts);
     void cmdNotes_Click();
 
-    // Takes the record of row in hand, or none.
-    void Choose(int row);
+    // Takes the record file of that name in hand, or none.
+    void Choose(const QString& name);
     void ShowFile();
-    void ShowSelectedRecord();
     void ShowTest();
     void ShowStates();
     QString TestCaption(std::size_t test) const;
 
-    // The record file of a row.
-    QString PathOf(int row) const;
-    QString Name() const;  // of the file in hand
+    // The file in hand.
+    QString Path() const { return dataPath_ + file_->name; }
+    QString Name() const;
     // Cuts the boxes of the header to 20 and takes them; the captions of those that were cut.
     QStringList TakeHeader();
-    // Writes the file in hand back; false when the operator would rather not. Throws the errors of
-    // the files and RunTimeError 9; the file is then as it was.
+    // Writes the file in hand back, whatever another program has made of it meanwhile; false when
+    // the operator would rather not. Throws the errors of the files and RunTimeError 9; the file is
+    // then as it was.
     bool WriteBack();
-    bool WriteTyped(const QString& path, const QStringList& cut);
-    // The same into a file that another program has made current meanwhile.
-    bool WriteMerged(const QString& path, const QStringList& cut, const std::string& current);
     void Keep(std::string written, const QStringList& cut);
     bool Agrees(const QString& question) const;
     // Asks whether to write headers, which do not survive that.
@@ -100,8 +97,6 @@ class frmSetDescr : public QWidget {
     const QString& dataPath_;
     Prompts& prompts_;
     EventHandlers handlers_;
-    std::vector<ListRow> rows_;
-    std::vector<QString> files_;  // of the rows
     std::optional<OpenFile> file_;
     int test_ = -1;  // the selected test, from 0; none: -1
 
@@ -119,7 +114,6 @@ class frmSetDescr : public QWidget {
     QPushButton* cmdNotes_ = nullptr;
     QPushButton* cmdSave_ = nullptr;
     QPushButton* cmdExit_ = nullptr;
-    QPushButton* cmdRecord_ = nullptr;
     QPointer<frmNotepad> notepad_;
 };
 

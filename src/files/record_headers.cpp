@@ -123,14 +123,6 @@ std::size_t FirstLine(std::string_view file, const Condition& is) {
     return number;
 }
 
-HeaderEdits EveryEdit() {
-    HeaderEdits edits;
-    edits.header.fill(true);
-    edits.tests.fill(true);
-    edits.fileNotes = true;
-    return edits;
-}
-
 // Where headers has the test of that number, which was the one at place; else the number of tests.
 std::size_t PlaceOfTest(const RecordHeaders& headers, std::size_t place,
                         const std::string& number) {
@@ -140,8 +132,10 @@ std::size_t PlaceOfTest(const RecordHeaders& headers, std::size_t place,
                                     numbers.begin());
 }
 
-// The file with headers in the place of its own where edits says so.
-std::string Rewrite(std::string_view file, const RecordHeaders& headers, const HeaderEdits& edits) {
+}  // namespace
+
+std::string RewriteRecord(std::string_view file, const MergedHeaders& merged) {
+    const auto& [headers, edits, testsGone] = merged;
     std::string written;
     written.reserve(file.size() + headers.fileNotes.size() + 512);
     LineCursor lines(file);
@@ -173,16 +167,15 @@ std::string Rewrite(std::string_view file, const RecordHeaders& headers, const H
     return written;
 }
 
-bool Survives(std::string_view file, const RecordHeaders& expected, const HeaderEdits& edits) {
+bool SurvivesRewrite(std::string_view file, const MergedHeaders& merged) {
     const std::size_t notesLine = FirstLine(file, OpensNotes);
     const std::size_t stopLine =
         FirstLine(file, [](std::string_view line) { return RoleOf(line).kind == LineKind::Notes; });
     if (notesLine != stopLine) return false;
-    const std::string written = Rewrite(file, expected, edits);
-    return ReadRecordHeaders(written) == expected && Rewrite(written, expected, edits) == written;
+    const std::string written = RewriteRecord(file, merged);
+    return ReadRecordHeaders(written) == merged.headers &&
+           RewriteRecord(written, merged) == written;
 }
-
-}  // namespace
 
 std::string CutToField(std::string_view text) {
     return std::string(text.substr(0, kHeaderFieldWidth));
@@ -219,6 +212,15 @@ RecordHeaders ReadRecordHeaders(std::string_view file) {
         headers.recNumbers.push_back(TrimBlanks(Middle(line, kRecNumberValue)));
     }
     return headers;
+}
+
+MergedHeaders EveryText(const RecordHeaders& headers) {
+    MergedHeaders every{headers, {}, {}};
+    std::ranges::transform(headers.header, every.headers.header.begin(), Field);
+    every.edits.header.fill(true);
+    every.edits.tests.fill(true);
+    every.edits.fileNotes = true;
+    return every;
 }
 
 MergedHeaders MergeHeaders(const RecordHeaders& before, const RecordHeaders& typed,
@@ -259,25 +261,6 @@ QString TextsWithKeys(const RecordHeaders& headers) {
         told += TextWithKey(headers.testNotes.at(i), "TEST NOTES", place);
     }
     return told;
-}
-
-std::string RewriteRecord(std::string_view file, const RecordHeaders& headers) {
-    return Rewrite(file, headers, EveryEdit());
-}
-
-std::string RewriteEdits(std::string_view file, const MergedHeaders& merged) {
-    return Rewrite(file, merged.headers, merged.edits);
-}
-
-bool SurvivesRewrite(std::string_view file, const RecordHeaders& headers) {
-    RecordHeaders expected = headers;
-    for (std::string& text : expected.header)
-        text = Field(text);
-    return Survives(file, expected, EveryEdit());
-}
-
-bool SurvivesRewrite(std::string_view file, const MergedHeaders& merged) {
-    return Survives(file, merged.headers, merged.edits);
 }
 
 }  // namespace davo

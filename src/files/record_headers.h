@@ -37,42 +37,42 @@ RecordHeaders ReadRecordHeaders(std::string_view file);
 // The lines after the first one that holds "NOTES" but not "TEST NOTES", joined by CR LF.
 std::string ReadFileNotes(std::string_view file);
 
-// The record file with the header, the tests' texts and the notes of headers in the place of its
-// own; every other line is kept. Lines are recognised by a key anywhere in them, the header's keys
-// first, in the order of kHeaderKeys. Header and tests' texts are cut to 20, trimmed and filled to
-// 20; a test without a text gets no line for it. Nothing after a "NOTES:" line is read. All lines
-// end with CR LF. Throws RunTimeError 9 for more than 100 tests.
-std::string RewriteRecord(std::string_view file, const RecordHeaders& headers);
-
-// Which texts of a record file an operator has changed.
+// Which texts of a record file are written.
 struct HeaderEdits {
     std::array<bool, kHeaderFieldCount> header{};
     std::array<bool, kMostTests> tests{};  // description or notes
     bool fileNotes = false;
 };
 
-// What an operator typed, put into a record file that another program has changed meanwhile.
+// What is written into a record file.
 struct MergedHeaders {
-    RecordHeaders headers;               // of the changed file, with what was typed
-    HeaderEdits edits;                   // what of it was typed
+    RecordHeaders headers;               // of the file, with what was typed
+    HeaderEdits edits;                   // what of it is written
     std::vector<std::string> testsGone;  // numbers of tests with typed texts that are not in it
 };
 
-// before: as the file was read; typed: as the operator has it; theirs: of the changed file. Tests
-// are found by their numbers. before and typed have the same tests.
+// Of a file that is as it was read, every text is written, cut to its field.
+MergedHeaders EveryText(const RecordHeaders& headers);
+
+// Of one that another program has changed meanwhile, what the operator has typed. before: as the
+// file was read; typed: as the operator has it; theirs: of the changed file. Tests are found by
+// their numbers. before and typed have the same tests.
 MergedHeaders MergeHeaders(const RecordHeaders& before, const RecordHeaders& typed,
                            RecordHeaders theirs);
 
-// RewriteRecord of what is merged, with every line kept as it is that the operator has not changed.
-std::string RewriteEdits(std::string_view file, const MergedHeaders& merged);
+// The record file with the texts of merged in the place of its own where they are written; every
+// other line is kept. Lines are recognised by a key anywhere in them, the header's keys first, in
+// the order of kHeaderKeys. Header and tests' texts are cut to 20, trimmed and filled to 20; a test
+// without a text gets no line for it. Nothing after a "NOTES:" line is read. All lines end with CR
+// LF. Throws RunTimeError 9 for more than 100 tests.
+std::string RewriteRecord(std::string_view file, const MergedHeaders& merged);
 
 // What is told of each text of headers that holds the key of another line; empty when none does.
 QString TextsWithKeys(const RecordHeaders& headers);
 
-// Whether the rewritten file holds what headers says and can be edited again without a change.
+// Whether the rewritten file holds what merged says and can be edited again without a change.
 // It does not when a text holds the key of another line, for that line is then taken for the
 // other one.
-bool SurvivesRewrite(std::string_view file, const RecordHeaders& headers);
 bool SurvivesRewrite(std::string_view file, const MergedHeaders& merged);
 
 }  // namespace davo

@@ -72,20 +72,20 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     : QWidget(parent), mode_(mode), around_(std::move(around)), handlers_(around_.prompts) {
     setObjectName(QStringLiteral("frmTestList"));
     setWindowTitle(QStringLiteral("DAVO Memory Content"));
-    cmdRecord_ = new BigButton(this, "cmdRecord", "S&how Record");
+    auto* cmdRecord = new BigButton(this, "cmdRecord", "S&how Record");
     cmdSave_ = new BigButton(this, "cmdSave", "&Save");
     cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
-    auto* page = new PageHeader(this, {cmdRecord_, cmdSave_, cmdExit_});
+    auto* page = new PageHeader(this, {cmdRecord, cmdSave_, cmdExit_});
     auto* controls = new QWidget(this);
     auto* column = WithMargin(new QVBoxLayout(controls), 0);
     BuildTop(column);
     BuildList(column);
     BuildBottom(column);
     if (mode_ == ListMode::Folder) {
-        beside_ = new BesideRecords(controls, *lvTest_, 1, *cmdRecord_, around_.prompts, this);
-        page->Body()->addWidget(beside_);
+        page->Body()->addWidget(new BesideRecords(
+            controls, *lvTest_, 1, *cmdRecord, around_.settings.dataPath, around_.prompts, this));
     } else {
-        cmdRecord_->hide();
+        cmdRecord->hide();
         page->Body()->addWidget(controls);
     }
     Connect();
@@ -262,7 +262,7 @@ void frmTestList::DisplayAndSort() {
         for (const ListedRecord& record : records_)
             tables.dirFileNames.push_back(record.file);
     }
-    lvTest_->Fill(RowsForList(tables, static_cast<int>(records_.size())));
+    lvTest_->Fill(tables, static_cast<int>(records_.size()));
     lvTest_SelectionChange();
     ShowTotal(records_.size());
 }
@@ -337,16 +337,15 @@ bool frmTestList::MakeFolders() {
 // --- Save and View ------------------------------------------------------------------------------
 
 void frmTestList::cmdSave_Click() {
-    const std::vector<int> rows = lvTest_->SelectedRows();
-    if (rows.empty()) {
+    if (lvTest_->SelectedRows().empty()) {
         around_.prompts.Message(mode_ == ListMode::Instrument
                                     ? QStringLiteral("Please choose File(s) to Download.")
                                     : QStringLiteral("Please choose a File to View."));
         lvTest_->setFocus();
     } else if (mode_ == ListMode::Instrument) {
-        Download(rows);
+        Download(lvTest_->SelectedRows());
     } else {
-        View(rows);
+        View(lvTest_->SelectedFiles());
     }
 }
 
@@ -376,14 +375,13 @@ void frmTestList::Download(const std::vector<int>& rows) {
     });
 }
 
-void frmTestList::View(const std::vector<int>& rows) {
+void frmTestList::View(const std::vector<QString>& files) {
     if (!Reports.make) return;
-    const QString name = records_.at(static_cast<std::size_t>(rows.front())).file;
-    const QString which = rows.size() == 1 ? QString()
-                                           : QStringLiteral("Of %1 selected files %2 is shown.")
-                                                 .arg(rows.size())
-                                                 .arg(RecordNameOf(name));
-    const QString file = around_.settings.dataPath + name;
+    const QString which = files.size() == 1 ? QString()
+                                            : QStringLiteral("Of %1 selected files %2 is shown.")
+                                                  .arg(files.size())
+                                                  .arg(RecordNameOf(files.front()));
+    const QString file = around_.settings.dataPath + files.front();
     const QScopedValueRollback leave(leave_, Reports.leave);
     While(Activity::Report, [this, &file, &which] {
         lblMessage_->setText(
@@ -417,12 +415,6 @@ void frmTestList::lvTest_SelectionChange() {
     lblSelect_->setText(QStringLiteral("Select: %1 of %2")
                             .arg(lvTest_->selectionModel()->selectedRows().size())
                             .arg(lvTest_->topLevelItemCount()));
-    if (beside_ == nullptr) return;
-    std::vector<QString> files;
-    for (const int row : lvTest_->SelectedRows())
-        files.push_back(around_.settings.dataPath +
-                        records_.at(static_cast<std::size_t>(row)).file);
-    beside_->Panel().ShowRecords(files);
 }
 
 void frmTestList::ShowTotal(std::size_t count) {

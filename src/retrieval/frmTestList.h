@@ -25,7 +25,6 @@ class QRadioButton;
 
 namespace davo {
 
-class BesideRecords;
 class RecordList;
 
 // What the test list shows: the record files of the data folder, to be viewed, or the instrument's
@@ -77,8 +76,8 @@ class frmTestList : public QWidget {
     bool MakeFolders();
     void ChangeFolder(const QString& chosen);
     void Download(const std::vector<int>& rows);
-    // The first of rows.
-    void View(const std::vector<int>& rows);
+    // The first of files.
+    void View(const std::vector<QString>& files);
 
     void cmdRefresh_Click();
     void cmdDir_Click();
@@ -100,8 +99,6 @@ class frmTestList : public QWidget {
     std::function<void()> leave_;  // ends the activity
     bool closeWanted_ = false;
 
-    BesideRecords* beside_ = nullptr;   // in folder mode
-    QPushButton* cmdRecord_ = nullptr;  // shown in folder mode
     QWidget* frameDisplaySort_ = nullptr;
     std::array<QRadioButton*, 3> optDisplay_{};
     std::array<QRadioButton*, 2> optSort_{};

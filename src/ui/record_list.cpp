@@ -135,12 +135,35 @@ void RecordList::Fill(const std::vector<ListRow>& rows) {
     setSortingEnabled(sorts);
 }
 
+void RecordList::Fill(const DirectoryTables& tables, int count) {
+    files_.clear();
+    for (int i = 0; i < count && !tables.recordsFromInstrument; ++i)
+        files_.push_back(RecordFileOf(tables, static_cast<std::size_t>(i)));
+    Fill(RowsForList(tables, count));
+}
+
 std::vector<int> RecordList::SelectedRows() const {
     std::vector<int> rows;
     for (const QModelIndex& index : selectionModel()->selectedRows())
         rows.push_back(index.data(kRowRole).toInt());
     std::sort(rows.begin(), rows.end());
     return rows;
+}
+
+std::vector<QString> RecordList::SelectedFiles() const {
+    std::vector<QString> files;
+    for (const int row : SelectedRows())
+        files.push_back(files_.at(static_cast<std::size_t>(row)));
+    return files;
+}
+
+void RecordList::SelectFiles(const std::vector<QString>& files) {
+    clearSelection();
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+        if (std::ranges::find(files, files_[i]) != files.end())
+            setCurrentItem(ItemOf(static_cast<int>(i)), 0,
+                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
 }
 
 QTreeWidgetItem* RecordList::ItemOf(int row) const {

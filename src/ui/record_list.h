@@ -4,7 +4,7 @@
 #include <QTreeWidget>
 #include <vector>
 
-#include "records/directory_entry.h"
+#include "records/directory_file.h"
 
 namespace davo {
 
@@ -25,10 +25,19 @@ class RecordList : public QTreeWidget {
 
     // Shows rows and selects none. The columns take the width of their contents.
     void Fill(const std::vector<ListRow>& rows);
+    // The same with the first count records of tables; each row of a folder has its file.
+    void Fill(const DirectoryTables& tables, int count);
 
     // The indices of the selected rows among those filled in, from 0 and upwards.
     std::vector<int> SelectedRows() const;
     QTreeWidgetItem* ItemOf(int row) const;
+    // The files of the selected rows.
+    std::vector<QString> SelectedFiles() const;
+    // Selects the rows of these files, as far as they are there, and no other.
+    void SelectFiles(const std::vector<QString>& files);
+
+  private:
+    std::vector<QString> files_;  // of the rows that were filled in
 };
 
 }  // namespace davo

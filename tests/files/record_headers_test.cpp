@@ -63,7 +63,7 @@ TEST(RecordHeaders, RewritesEachHeaderLine) {
         "CIRCUIT:                     \r\nMFR: M\xFCller              \r\n"
         "MODEL: ABCDEFGHIJKLMNOPQRST\r\nSN: 6                   \r\n"
         "COMMENTS: 7                   \r\nOPERATOR: 8                   \r\n";
-    EXPECT_EQ(RewriteRecord(HeaderOfT1("North", "12") + ShotText(1), headers),
+    EXPECT_EQ(RewriteRecord(HeaderOfT1("North", "12") + ShotText(1), EveryText(headers)),
               expected + ShotText(1));
 }
 
@@ -71,17 +71,21 @@ TEST(RecordHeaders, TheFirstKeyOfALineInTheirOrderWins) {
     RecordHeaders headers;
     headers.header = {"c", "s", "i", "m", "o", "n", "t", "p"};
     // The keys are found anywhere in a line.
-    EXPECT_EQ(RewriteRecord("OPERATOR: see COMPANY: x\r\n", headers),
+    EXPECT_EQ(RewriteRecord("OPERATOR: see COMPANY: x\r\n", EveryText(headers)),
               "COMPANY: " + Twenty("c") + "\r\n");
-    EXPECT_EQ(RewriteRecord("COMPANY: see OPERATOR: x\r\n", headers),
+    EXPECT_EQ(RewriteRecord("COMPANY: see OPERATOR: x\r\n", EveryText(headers)),
               "COMPANY: " + Twenty("c") + "\r\n");
-    EXPECT_EQ(RewriteRecord("COMMENTS: SN: 5\r\n", headers), "SN: " + Twenty("n") + "\r\n");
-    EXPECT_EQ(RewriteRecord("a REC NUMBER: 1 MFR: x\r\n", headers), "MFR: " + Twenty("m") + "\r\n");
-    EXPECT_EQ(RewriteRecord("TEST NOTES: MODEL: x\r\n", headers), "MODEL: " + Twenty("o") + "\r\n");
-    EXPECT_EQ(RewriteRecord("OPERATOR: NOTES: x\r\nb\r\n", headers),
+    EXPECT_EQ(RewriteRecord("COMMENTS: SN: 5\r\n", EveryText(headers)),
+              "SN: " + Twenty("n") + "\r\n");
+    EXPECT_EQ(RewriteRecord("a REC NUMBER: 1 MFR: x\r\n", EveryText(headers)),
+              "MFR: " + Twenty("m") + "\r\n");
+    EXPECT_EQ(RewriteRecord("TEST NOTES: MODEL: x\r\n", EveryText(headers)),
+              "MODEL: " + Twenty("o") + "\r\n");
+    EXPECT_EQ(RewriteRecord("OPERATOR: NOTES: x\r\nb\r\n", EveryText(headers)),
               "OPERATOR: " + Twenty("p") + "\r\nb\r\n");
     // No key: another case, or no colon.
-    EXPECT_EQ(RewriteRecord("Company: x\r\nSN 5\r\n", headers), "Company: x\r\nSN 5\r\n");
+    EXPECT_EQ(RewriteRecord("Company: x\r\nSN 5\r\n", EveryText(headers)),
+              "Company: x\r\nSN 5\r\n");
 }
 
 TEST(RecordHeaders, TheTestsTextsStandBehindTheirRecordNumbers) {
@@ -91,7 +95,7 @@ TEST(RecordHeaders, TheTestsTextsStandBehindTheirRecordNumbers) {
     headers.testDescriptions[1] = "second";
     headers.testNotes[1] = "more";
     headers.testNotes[2] = "ABCDEFGHIJKLMNOPQRSTU";
-    EXPECT_EQ(RewriteRecord(file, headers),
+    EXPECT_EQ(RewriteRecord(file, EveryText(headers)),
               ShotText(1) +
                   ShotText(2,
                            "TEST DESCRIPTION: second              \r\n"
@@ -103,7 +107,7 @@ TEST(RecordHeaders, EmptyingADescriptionRemovesItsLine) {
     const std::string file = HeaderOfT1("North", "12") + ShotText(1, "TEST DESCRIPTION: old\r\n");
     RecordHeaders headers = ReadRecordHeaders(file);
     headers.testDescriptions[0].clear();
-    const std::string written = RewriteRecord(file, headers);
+    const std::string written = RewriteRecord(file, EveryText(headers));
     EXPECT_EQ(written.find("TEST DESCRIPTION"), std::string::npos);
     EXPECT_EQ(ParseTestRecordFile(written).records.at(0).testDescription, "");
 }
@@ -112,26 +116,27 @@ TEST(RecordHeaders, AFileWithoutNotesGetsThemAtItsEnd) {
     const std::string file = HeaderOfT1("North", "12") + ShotText(1);
     RecordHeaders headers = ReadRecordHeaders(file);
     headers.fileNotes = "a\r\n\r\nb";
-    const std::string written = RewriteRecord(file, headers);
+    const std::string written = RewriteRecord(file, EveryText(headers));
     EXPECT_TRUE(written.ends_with(ShotText(1) + "NOTES:\r\na\r\n\r\nb\r\n"));
     EXPECT_EQ(ReadFileNotes(written), "a\r\n\r\nb");
     headers.fileNotes.clear();
-    EXPECT_EQ(RewriteRecord(written, headers), RewriteRecord(file, headers));
+    EXPECT_EQ(RewriteRecord(written, EveryText(headers)), RewriteRecord(file, EveryText(headers)));
 }
 
 TEST(RecordHeaders, NothingBehindTheNotesLineIsCopied) {
     RecordHeaders headers;
     headers.fileNotes = "new NOTES: COMPANY:\r\n";
-    EXPECT_EQ(RewriteRecord("a\r\nNOTES:\r\nREC NUMBER: 1\r\nCOMPANY: x\r\n", headers),
+    EXPECT_EQ(RewriteRecord("a\r\nNOTES:\r\nREC NUMBER: 1\r\nCOMPANY: x\r\n", EveryText(headers)),
               "a\r\nNOTES:\r\nnew NOTES: COMPANY:\r\n\r\n");
     // The word is enough, wherever it stands in the line.
-    EXPECT_EQ(RewriteRecord("a\r\nmy NOTES: b\r\nc\r\n", RecordHeaders()), "a\r\n");
+    EXPECT_EQ(RewriteRecord("a\r\nmy NOTES: b\r\nc\r\n", EveryText(RecordHeaders())), "a\r\n");
     // The key of a test's notes has a blank.
-    EXPECT_EQ(RewriteRecord("a\r\nTEST NOTES:\r\nc\r\n", RecordHeaders()), "a\r\n");
+    EXPECT_EQ(RewriteRecord("a\r\nTEST NOTES:\r\nc\r\n", EveryText(RecordHeaders())), "a\r\n");
 }
 
 TEST(RecordHeaders, LinesEndWithCrLfWhateverWasRead) {
-    EXPECT_EQ(RewriteRecord("a\nREC NUMBER: 1\nb", RecordHeaders()), "a\r\nREC NUMBER: 1\r\nb\r\n");
+    EXPECT_EQ(RewriteRecord("a\nREC NUMBER: 1\nb", EveryText(RecordHeaders())),
+              "a\r\nREC NUMBER: 1\r\nb\r\n");
 }
 
 TEST(RecordHeaders, AHundredTestsAreTheLimit) {
@@ -141,7 +146,7 @@ TEST(RecordHeaders, AHundredTestsAreTheLimit) {
     RecordHeaders headers = ReadRecordHeaders(file);
     EXPECT_EQ(headers.recNumbers.size(), 100U);
     headers.testNotes[99] = "last";
-    EXPECT_TRUE(RewriteRecord(file, headers)
+    EXPECT_TRUE(RewriteRecord(file, EveryText(headers))
                     .ends_with("REC NUMBER: 100\r\nTEST NOTES: last                \r\n"));
     file += "REC NUMBER: 101\r\n";
     const auto expectRefused = [](const auto& act) {
@@ -156,7 +161,7 @@ TEST(RecordHeaders, AHundredTestsAreTheLimit) {
         }
     };
     expectRefused([&] { ReadRecordHeaders(file); });
-    expectRefused([&] { RewriteRecord(file, headers); });
+    expectRefused([&] { RewriteRecord(file, EveryText(headers)); });
 }
 
 TEST(RecordHeaders, AnEditOfAnotherFieldLeavesAFieldWithAKeyOfALaterOne) {
@@ -164,8 +169,8 @@ TEST(RecordHeaders, AnEditOfAnotherFieldLeavesAFieldWithAKeyOfALaterOne) {
     RecordHeaders headers = ReadRecordHeaders(file);
     EXPECT_EQ(headers.header[1], "see OPERATOR: me");
     headers.header[7] = "Miller";
-    EXPECT_TRUE(SurvivesRewrite(file, headers));
-    const RecordHeaders read = ReadRecordHeaders(RewriteRecord(file, headers));
+    EXPECT_TRUE(SurvivesRewrite(file, EveryText(headers)));
+    const RecordHeaders read = ReadRecordHeaders(RewriteRecord(file, EveryText(headers)));
     EXPECT_EQ(read.header[1], "see OPERATOR: me");
     EXPECT_EQ(read.header[7], "Miller");
 }
@@ -174,11 +179,11 @@ TEST(RecordHeaders, WhatDoesNotSurviveIsKnownBefore) {
     const std::string file =
         HeaderOfT1("North", "12") + ShotText(1, "TEST NOTES: x\r\n") + "NOTES:\r\nabc\r\n";
     const RecordHeaders headers = ReadRecordHeaders(file);
-    EXPECT_TRUE(SurvivesRewrite(file, headers));
+    EXPECT_TRUE(SurvivesRewrite(file, EveryText(headers)));
     const auto with = [&](const auto& change) {
         RecordHeaders changed = headers;
         change(changed);
-        return SurvivesRewrite(file, changed);
+        return SurvivesRewrite(file, EveryText(changed));
     };
     EXPECT_TRUE(with([](RecordHeaders& h) { h.fileNotes = "NOTES: COMPANY: REC NUMBER: 5"; }));
     EXPECT_TRUE(with([](RecordHeaders& h) { h.testNotes[0] = "SN 5 & M\xFCller"; }));
@@ -194,10 +199,10 @@ TEST(RecordHeaders, WhatDoesNotSurviveIsKnownBefore) {
     for (const char* line : {"TEST NOTES:\r\n", "NOTES\r\n", "COMPANY: twice\r\nSN: x\r\n"}) {
         const std::string odd = HeaderOfT1("North", "12") + line + ShotText(1);
         const bool survives = std::string(line).starts_with("COMPANY");
-        EXPECT_EQ(SurvivesRewrite(odd, ReadRecordHeaders(odd)), survives) << line;
+        EXPECT_EQ(SurvivesRewrite(odd, EveryText(ReadRecordHeaders(odd))), survives) << line;
     }
     const std::string lost = HeaderOfT1("COMPANY: 5", "12") + ShotText(1);
-    EXPECT_FALSE(SurvivesRewrite(lost, ReadRecordHeaders(lost)));
+    EXPECT_FALSE(SurvivesRewrite(lost, EveryText(ReadRecordHeaders(lost))));
 }
 
 TEST(RecordHeaders, ReadersReadWhatWasRewritten) {
@@ -206,7 +211,7 @@ TEST(RecordHeaders, ReadersReadWhatWasRewritten) {
     headers.testDescriptions[0] = "first";
     headers.testNotes[1] = "second";
     headers.fileNotes = "all\r\ngood";
-    const TestRecordFile read = ParseTestRecordFile(RewriteRecord(file, headers));
+    const TestRecordFile read = ParseTestRecordFile(RewriteRecord(file, EveryText(headers)));
     ASSERT_EQ(read.records.size(), 2U);
     EXPECT_EQ(read.records[0].testDescription, "first               ");
     EXPECT_EQ(read.records[1].testNotes, "second              ");
