@@ -3,10 +3,9 @@
 
 #include <QCloseEvent>
 #include <QLabel>
-#include <QPainter>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -22,42 +21,9 @@ namespace davo {
 namespace {
 
 constexpr std::chrono::milliseconds kTick{1};
-constexpr int kHundredPercent = 100;
 constexpr int kBarHeight = 36;
 
 }  // namespace
-
-// A filled bar of a share of its width, and the share as a number in its middle.
-class SharePicture : public QWidget {
-  public:
-    explicit SharePicture(QWidget* parent) : QWidget(parent) {
-        setFixedHeight(kBarHeight);
-        setPercent(0);
-    }
-    void setPercent(int percent) {
-        percent_ = std::clamp(percent, 0, kHundredPercent);
-        setAccessibleName(Text());
-        update();
-    }
-
-  protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        const QRect filled(0, 0, width() * percent_ / kHundredPercent, height());
-        painter.fillRect(rect(), palette().base());
-        painter.fillRect(filled, palette().highlight());
-        // Each part of the number in the colour that is read on what lies under it.
-        painter.setPen(palette().color(QPalette::Text));
-        painter.drawText(rect(), Qt::AlignCenter, Text());
-        painter.setClipRect(filled);
-        painter.setPen(palette().color(QPalette::HighlightedText));
-        painter.drawText(rect(), Qt::AlignCenter, Text());
-    }
-
-  private:
-    QString Text() const { return QString::number(percent_) + QLatin1Char('%'); }
-    int percent_ = 0;
-};
 
 frmStatusBar::frmStatusBar(std::vector<QString> files, QString dataPath, QString copyTarget,
                            Prompts& prompts)
@@ -66,12 +32,15 @@ frmStatusBar::frmStatusBar(std::vector<QString> files, QString dataPath, QString
       copyTarget_(std::move(copyTarget)),
       prompts_(prompts),
       handlers_(prompts),
-      picStatus_(Named(new SharePicture(this), "picStatus")),
+      picStatus_(Named(new QProgressBar(this), "picStatus")),
       lblSource_(MakeParagraph(this, "lblSource")),
       lblDest_(MakeParagraph(this, "lblDest")),
       cmdCancel_(new BigButton(this, "cmdCancel", "&Cancel")) {
     setObjectName(QStringLiteral("frmStatusBar"));
     endings_.files = files_.size();
+    picStatus_->setRange(0, static_cast<int>(files_.size()));
+    picStatus_->setValue(0);
+    picStatus_->setMinimumHeight(kBarHeight);
     Enlarge(picStatus_);
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
@@ -102,9 +71,7 @@ void frmStatusBar::ShowPaths() {
 
 void frmStatusBar::Timer1_Timer() {
     if (next_ >= files_.size()) {
-        Timer1_.stop();
-        prompts_.Message(endings_.Text(copyTarget_));
-        QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+        End();
         return;
     }
     if (next_ >= kMostSelected) {
@@ -116,14 +83,17 @@ void frmStatusBar::Timer1_Timer() {
     const CopyOutcome outcome = CopyRecord(dataPath_, copyTarget_, file, prompts_);
     if (closed_) return;
     if (outcome.end == CopyEnd::Cancelled) {
-        Timer1_.stop();
-        prompts_.Message(endings_.Text(copyTarget_));
-        QTimer::singleShot(0, this, [this] { CloseForm(*this); });
+        End();
         return;
     }
     endings_.Count(file, outcome);
-    ++next_;
-    picStatus_->setPercent(static_cast<int>(next_ * kHundredPercent / files_.size()));
+    picStatus_->setValue(static_cast<int>(++next_));
+}
+
+void frmStatusBar::End() {
+    Timer1_.stop();
+    prompts_.Message(endings_.Text(copyTarget_));
+    QTimer::singleShot(0, this, [this] { CloseForm(*this); });
 }
 
 void frmStatusBar::closeEvent(QCloseEvent* event) {

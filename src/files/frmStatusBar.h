@@ -10,11 +10,10 @@
 #include "ui/event_handlers.h"
 
 class QLabel;
+class QProgressBar;
 class QPushButton;
 
 namespace davo {
-
-class SharePicture;
 
 // Copies record files one a tick and shows how much is done.
 class frmStatusBar : public QWidget {
@@ -35,6 +34,8 @@ class frmStatusBar : public QWidget {
   private:
     void Timer1_Timer();
     void ShowPaths();
+    // Says what was copied, and closes.
+    void End();
 
     const std::vector<QString> files_;
     const QString dataPath_;
@@ -45,7 +46,7 @@ class frmStatusBar : public QWidget {
     CopyEndings endings_;
     bool closed_ = false;
 
-    SharePicture* picStatus_;
+    QProgressBar* picStatus_;
     QLabel* lblSource_;
     QLabel* lblDest_;
     QPushButton* cmdCancel_;

@@ -377,7 +377,7 @@ class StatusBarWindow : public FileWindow<frmStatusBar> {
         window = std::make_unique<frmStatusBar>(FilesOf(names), settings.dataPath, target, prompts);
         ShowWindow();
     }
-    QString Percent() { return Find<QWidget>("picStatus")->accessibleName(); }
+    QString Percent() { return Find<QProgressBar>("picStatus")->text(); }
 
     QString target = folder.Path("disk/");
 };

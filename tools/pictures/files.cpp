@@ -2,6 +2,7 @@
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMenuBar>
+#include <QProgressBar>
 #include <QStatusBar>
 #include <QTimer>
 #include <iostream>
@@ -119,8 +120,8 @@ class FilePictures : public FilesFolder {
         auto* window =
             new frmStatusBar(many, settings.dataPath, folder.Path("USB-Stick2/"), prompts);
         Show(window, [&](QWidget&) {
-            const auto* picture = FindIn<QWidget>(*window, "picStatus");
-            if (!Until([&] { return picture->accessibleName() > QLatin1String("3"); }))
+            const auto* bar = FindIn<QProgressBar>(*window, "picStatus");
+            if (!Until([&] { return bar->value() > 3; }))
                 throw std::runtime_error("nothing was copied");
             album_.Save(*window, u"status-bar"_s);
         });
