@@ -6,8 +6,6 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollBar>
-#include <QTextDocumentFragment>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <span>
@@ -36,28 +34,19 @@ constexpr double kTextGrowth = 1.1;
 constexpr int kButtonHeight = 40;
 constexpr int kDoubtLines = 4;
 constexpr int kLeastDoubtLines = 2;
-constexpr int kLeastRows = 3;
 constexpr int kLeastChartHeight = 250;
-constexpr double kChartPart = 0.62;  // of the panel's height
 // A panel that is as wide as that, and so much wider than high, has its facts beside the chart.
 constexpr int kWideWidth = 680;
 constexpr double kWideShape = 1.4;
 // One that is as wide as that has the doubts beside the results.
 constexpr int kFactsWidth = 560;
-constexpr double kMostTableShare = 0.6;
-constexpr int kChartShare = 3;
-constexpr int kFactsShare = 2;
+// What the chart has of the room, of a hundred that the facts have: below each other, beside.
+constexpr int kShareBelow = 275;
+constexpr int kShareBeside = 150;
+constexpr int kShareOfOther = 100;
 constexpr int kRoom = 6;
 constexpr QSize kPicture(1600, 1100);
 constexpr QSize kUsualSize(480, 640);
-
-QLabel* MakeLabel(const char* name, QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setObjectName(QLatin1String(name));
-    label->setWordWrap(true);
-    label->setMinimumWidth(1);
-    return label;
-}
 
 // In the legend and at the crosshair: a saved picture tells whose curve it is.
 QString CurveName(const ShownTest& shown) {
@@ -73,25 +62,21 @@ RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), p
     column->setContentsMargins(kRoom, 0, 0, 0);
     column->setSpacing(kRoom);
     BuildTop(column);
-    body_ = new QBoxLayout(QBoxLayout::TopToBottom);
-    column->addLayout(body_, 1);
-    chart_ = new CurveChart(this);
-    chart_->setObjectName(QStringLiteral("chtCurves"));
+    chart_ = Named(new CurveChart(this), "chtCurves");
+    lblNoCurve_ = MakeParagraph(this, "lblNoCurve", {}, 1);
     auto* curves = new QVBoxLayout;
     curves->addWidget(chart_, 1);
-    lblNoCurve_ = MakeLabel("lblNoCurve", this);
     curves->addWidget(lblNoCurve_);
-    body_->addLayout(curves, 1);
+    body_ = new QBoxLayout(QBoxLayout::TopToBottom);
+    body_->addLayout(curves);
     facts_ = new QBoxLayout(QBoxLayout::TopToBottom);
     body_->addLayout(facts_);
-    BuildTable(facts_);
-    facts_->setStretch(0, kChartShare);
-    facts_->setStretch(1, kFactsShare);
-    lblSaved_ = MakeLabel("lblSaved", this);
-    lblSaved_->setTextFormat(Qt::PlainText);
+    column->addLayout(body_, 1);
+    BuildFacts();
+    lblSaved_ = MakeParagraph(this, "lblSaved", {}, 1);
     lblSaved_->hide();
     column->addWidget(lblSaved_);
-    BuildButtons(column);
+    column->addLayout(BuildButtons());
     soon_.setSingleShot(true);
     soon_.setInterval(kSoon);
     connect(&soon_, &QTimer::timeout, this, [this] { ReadAndShow(); });
@@ -99,18 +84,13 @@ RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), p
 }
 
 void RecordPanel::BuildTop(QBoxLayout* column) {
-    lblRecord_ = MakeLabel("lblRecord", this);
-    lblRecord_->setTextFormat(Qt::PlainText);
-    Enlarge(lblRecord_, kTitleGrowth);
+    lblRecord_ = MakeParagraph(this, "lblRecord", {}, kTitleGrowth);
     MakeBold(lblRecord_);
-    lblHeader_ = MakeLabel("lblHeader", this);
+    lblHeader_ = MakeParagraph(this, "lblHeader", {}, 1);
     lblHeader_->setTextFormat(Qt::RichText);
-    lblTrouble_ = MakeLabel("lblTrouble", this);
-    lblTrouble_->setTextFormat(Qt::PlainText);
-    Enlarge(lblTrouble_, kTextGrowth);
+    lblTrouble_ = MakeParagraph(this, "lblTrouble", {}, kTextGrowth);
     MakeBold(lblTrouble_);
-    cmdMore_ = new QPushButton(this);
-    cmdMore_->setObjectName(QStringLiteral("cmdMore"));
+    cmdMore_ = Named(new QPushButton(this), "cmdMore");
     cmdMore_->setAutoDefault(true);
     cmdMore_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Expanding);
     connect(cmdMore_, &QPushButton::clicked, this, [this] {
@@ -128,9 +108,9 @@ void RecordPanel::BuildTop(QBoxLayout* column) {
     column->addWidget(lblTrouble_);
 }
 
-void RecordPanel::BuildTable(QBoxLayout* column) {
+void RecordPanel::BuildFacts() {
     tblTests_ = new ResultsTable(this);
-    column->addWidget(tblTests_);
+    facts_->addWidget(tblTests_);
     connect(tblTests_, &QTableWidget::currentCellChanged, this,
             [this](int /*row*/, int test, int /*rowBefore*/, int before) {
                 if (test == before) return;
@@ -138,48 +118,51 @@ void RecordPanel::BuildTable(QBoxLayout* column) {
                 ShowCurves();
                 Arrange();
             });
-    txtDoubts_ = new QPlainTextEdit(this);
-    txtDoubts_->setObjectName(QStringLiteral("txtDoubts"));
+    txtDoubts_ = Named(new QPlainTextEdit(this), "txtDoubts");
     txtDoubts_->setAccessibleName(QStringLiteral("What is doubtful"));
     txtDoubts_->setReadOnly(true);
     txtDoubts_->setTabChangesFocus(true);
     txtDoubts_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     Enlarge(txtDoubts_, kTextGrowth);
-    column->addWidget(txtDoubts_);
+    // It takes what the results leave and asks for no more than its least height.
+    txtDoubts_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    txtDoubts_->setMinimumHeight(DoubtsHeight(kLeastDoubtLines));
+    facts_->addWidget(txtDoubts_);
 }
 
-void RecordPanel::BuildButtons(QBoxLayout* column) {
-    buttons_ = new QHBoxLayout;
-    cmdBack_ = new BigButton(this);
-    cmdBack_->setObjectName(QStringLiteral("cmdBack"));
-    cmdBack_->setText(QStringLiteral("&Back to the List"));
+QLayout* RecordPanel::BuildButtons() {
+    auto* buttons = new QHBoxLayout;
+    cmdBack_ = new BigButton(this, "cmdBack", "&Back to the List");
     cmdBack_->setFont(font());
     cmdBack_->setMinimumHeight(kButtonHeight);
     cmdBack_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     cmdBack_->hide();
-    buttons_->addWidget(cmdBack_);
+    buttons->addWidget(cmdBack_, 1);
     connect(cmdBack_, &QPushButton::clicked, this, [this] { OnBack(); });
-    const auto add = [&](const char* name, const char* caption) {
-        auto* button = new QPushButton(QLatin1String(caption), this);
-        button->setObjectName(QLatin1String(name));
+    saves_ = new QWidget(this);
+    auto* row = WithMargin(new QHBoxLayout(saves_), 0);
+    const auto add = [&](const char* name, const char* caption, const char* ending,
+                         const Write& write) {
+        auto* button = Named(new QPushButton(QLatin1String(caption), saves_), name);
         button->setMinimumHeight(kButtonHeight);
         button->setAutoDefault(true);
-        buttons_->addWidget(button);
-        return button;
+        row->addWidget(button);
+        connect(button, &QPushButton::clicked, this,
+                [this, ending, write] { Save(QLatin1String(ending), write); });
     };
     // Letters that no window with a list of records uses.
-    cmdSavePng_ = add("cmdSavePng", "Save as PN&G...");
-    cmdSavePdf_ = add("cmdSavePdf", "Save &as PDF...");
-    cmdSaveCsv_ = add("cmdSaveCsv", "Save CSV &Table...");
-    column->addLayout(buttons_);
-    connect(cmdSavePng_, &QPushButton::clicked, this, [this] {
-        Save(QStringLiteral(".png"),
-             [this](const QString& path) { chart_->SavePng(path, kPicture); });
+    add("cmdSavePng", "Save as PN&G...", ".png", [this](const QString& path) {
+        chart_->SavePng(path, kPicture);
+        return QStringList();
     });
-    connect(cmdSavePdf_, &QPushButton::clicked, this, [this] {
-        Save(QStringLiteral(".pdf"), [this](const QString& path) { chart_->SavePdf(path); });
+    add("cmdSavePdf", "Save &as PDF...", ".pdf", [this](const QString& path) {
+        chart_->SavePdf(path);
+        return QStringList();
     });
-    connect(cmdSaveCsv_, &QPushButton::clicked, this, [this] { cmdSaveCsv_Click(); });
+    add("cmdSaveCsv", "Save CSV &Table...", ".csv",
+        [this](const QString& path) { return SaveCsv(path); });
+    buttons->addWidget(saves_, 3);
+    return buttons;
 }
 
 // --- Showing ------------------------------------------------------------------------------------
@@ -216,9 +199,8 @@ void RecordPanel::ReadAndShow() {
     ShowCurves();
     const bool any = !shown_.Tests().empty();
     tblTests_->setVisible(any);
+    saves_->setEnabled(any);
     Arrange();
-    for (QPushButton* button : {cmdSavePng_, cmdSavePdf_, cmdSaveCsv_})
-        button->setEnabled(any);
 }
 
 void RecordPanel::ShowTop() {
@@ -306,85 +288,42 @@ void RecordPanel::ShowDoubts() {
 void RecordPanel::Arrange() {
     const bool wide = width() >= std::max<double>(kWideWidth, kWideShape * height());
     const bool beside = wide && !shown_.Tests().empty();
-    body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    body_->setStretch(0, kChartShare);
-    body_->setStretch(1, beside ? kFactsShare : 0);
-    facts_->setDirection(beside || width() < kFactsWidth ? QBoxLayout::TopToBottom
-                                                         : QBoxLayout::LeftToRight);
-    ShowHeader();
     ShowDoubts();
-    const auto heightOf = [this](const QLabel* label) {
-        return label->isHidden() ? 0 : label->heightForWidth(width() - kRoom) + kRoom;
-    };
-    const int room = height() - heightOf(lblRecord_) - heightOf(lblHeader_) -
-                     heightOf(lblTrouble_) - heightOf(lblSaved_) - kButtonHeight - kRoom;
-    const auto chart = static_cast<int>(height() * kChartPart) + heightOf(lblNoCurve_);
-    ArrangeFacts(beside ? room : room - chart - kRoom);
+    const bool below = !beside && width() >= kFactsWidth;
+    body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    body_->setStretch(0, beside ? kShareBeside : kShareBelow);
+    body_->setStretch(1, kShareOfOther);
+    facts_->setDirection(below ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    // Above the doubts the results have all that they need.
+    facts_->setStretch(0, below ? kShareBeside : kShareOfOther * kShareOfOther);
+    facts_->setStretch(1, kShareOfOther);
+    txtDoubts_->setMaximumHeight(beside || below ? QWIDGETSIZE_MAX : DoubtsHeight(kDoubtLines));
+    tblTests_->KeepToColumns(below && !txtDoubts_->isHidden());
+    ShowHeader();
 }
 
-// Too much for the height: the doubts give way to the table, then both scroll.
-void RecordPanel::ArrangeFacts(int height) {
-    const bool doubts = !txtDoubts_->isHidden();
-    const bool sideways = facts_->direction() == QBoxLayout::LeftToRight;
-    const int leastDoubts = doubts && !sideways ? DoubtsHeight(kLeastDoubtLines) + kRoom : 0;
-    const int table = std::clamp(height - leastDoubts, TableHeight(kLeastRows),
-                                 TableHeight(tblTests_->rowCount()));
-    tblTests_->setFixedHeight(table);
-    tblTests_->setMaximumWidth(doubts && sideways ? TableWidth() : QWIDGETSIZE_MAX);
-    const bool beside = body_->direction() == QBoxLayout::LeftToRight;
-    const int left = std::max(height - table, leastDoubts) - kRoom;
-    const int most = beside ? left : std::min(left, DoubtsHeight(kDoubtLines));
-    txtDoubts_->setFixedHeight(sideways ? table : std::max(0, most));
-}
-
-// Beside the doubts: no more than its columns need.
-int RecordPanel::TableWidth() const {
-    const int scroll = tblTests_->verticalScrollBar()->sizeHint().width();
-    return std::min(tblTests_->WholeWidth() + scroll,
-                    static_cast<int>((width() - kRoom) * kMostTableShare));
-}
-
+// As many of the header's fields as one line has room for, or all of them.
 void RecordPanel::ShowHeader() {
-    const QString gap = QStringLiteral("&nbsp; ");
-    QFont bold = lblHeader_->font();
-    bold.setBold(true);
-    const auto fitting = [&, metrics = QFontMetrics(bold)](int room) {
-        qsizetype count = 0;
-        for (; count < header_.size(); ++count) {
-            const auto field = QTextDocumentFragment::fromHtml(header_.at(count) + gap);
-            room -= metrics.horizontalAdvance(field.toPlainText());
-            if (room < 0) break;
-        }
+    const auto show = [this](int room, qsizetype count) {
+        const int twoLines = 2 * lblHeader_->fontMetrics().height();
+        do {
+            lblHeader_->setText(header_.mid(0, count).join(QStringLiteral("&nbsp; ")));
+        } while (lblHeader_->heightForWidth(room) >= twoLines && --count > 0);
         return count;
     };
-    const bool cut = fitting(width() - kRoom) < header_.size();
+    const bool cut = show(width() - kRoom, header_.size()) < header_.size();
     cmdMore_->setVisible(cut);
     cmdMore_->setText(more_ ? QStringLiteral("&Less") : QStringLiteral("&More"));
-    const qsizetype shown = cut && !more_
-                                ? fitting(width() - 2 * kRoom - cmdMore_->sizeHint().width())
-                                : header_.size();
-    lblHeader_->setText(header_.mid(0, shown).join(gap));
+    if (more_) {
+        lblHeader_->setText(header_.join(QStringLiteral("&nbsp; ")));
+    } else if (cut) {
+        show(width() - 2 * kRoom - cmdMore_->sizeHint().width(), header_.size());
+    }
     lblHeader_->setVisible(!header_.isEmpty());
-}
-
-int RecordPanel::TableHeight(int rows) const {
-    int room = width() - kRoom;
-    if (body_->direction() == QBoxLayout::LeftToRight)
-        room = room * kFactsShare / (kChartShare + kFactsShare);
-    if (facts_->direction() == QBoxLayout::LeftToRight && !txtDoubts_->isHidden())
-        room = TableWidth();
-    return tblTests_->HeightOf(rows, room);
 }
 
 int RecordPanel::DoubtsHeight(int lines) const {
     return lines * txtDoubts_->fontMetrics().lineSpacing() + 2 * kRoom;
-}
-
-int RecordPanel::ButtonsWidth() const {
-    int wide = 0;
-    for (const QPushButton* button : {cmdSavePng_, cmdSavePdf_, cmdSaveCsv_})
-        wide += button->sizeHint().width() + buttons_->spacing();
-    return wide;
 }
 
 void RecordPanel::OfferBack(bool on) {
@@ -424,9 +363,9 @@ QSize RecordPanel::sizeHint() const {
 
 QSize RecordPanel::minimumSizeHint() const {
     const int height = lblRecord_->fontMetrics().height() + kLeastChartHeight +
-                       TableHeight(kLeastRows) + DoubtsHeight(kLeastDoubtLines) + kButtonHeight +
+                       tblTests_->minimumHeight() + txtDoubts_->minimumHeight() + kButtonHeight +
                        4 * kRoom;
-    return {ButtonsWidth() + kRoom, height};
+    return {saves_->minimumSizeHint().width() + kRoom, height};
 }
 
 // --- Saving -------------------------------------------------------------------------------------
@@ -445,41 +384,32 @@ QString RecordPanel::AskForFile(const QString& ending) {
     return prompts_.YesNo(question, Answer::No) == Answer::Yes ? path : QString();
 }
 
-void RecordPanel::ShowSaved(const QString& path) {
-    lblSaved_->setText(SavedText(path));
-    if (lblSaved_->isHidden() == path.isEmpty()) return;
-    lblSaved_->setVisible(!path.isEmpty());
-    Arrange();
+void RecordPanel::ShowSaved(const QStringList& said) {
+    lblSaved_->setText(said.join(QLatin1Char('\n')));
+    lblSaved_->setVisible(!said.isEmpty());
 }
 
-template <class Write>
 void RecordPanel::Save(const QString& ending, const Write& write) {
     ShowSaved({});
     try {
         const QString path = AskForFile(ending);
         if (path.isEmpty()) return;
-        write(path);
-        ShowSaved(path);
+        const QStringList notWritten = write(path);
+        ShowSaved(QStringList{SavedText(path)} + notWritten);
     } catch (const RunTimeError& error) {
         prompts_.Message(QStringLiteral("The file was not saved. ") +
                          QString::fromUtf8(error.what()));
     }
 }
 
-void RecordPanel::cmdSaveCsv_Click() {
-    Save(QStringLiteral(".csv"), [this](const QString& path) {
-        std::vector<RecordFacts> records;
-        for (const RecordFacts* record : shown_.Records()) {
-            records.push_back(*record);
-            JudgeTests(records.back(), kMostFactTests);
-        }
-        ReplaceFile(path, RecordsAsCsv(records));
-    });
-    if (lblSaved_->text().isEmpty()) return;
-    const QStringList said =
-        QStringList{lblSaved_->text()} + NotWritten(shown_.Records(), wanted_.size());
-    lblSaved_->setText(said.join(QLatin1Char('\n')));
-    Arrange();
+QStringList RecordPanel::SaveCsv(const QString& path) {
+    std::vector<RecordFacts> records;
+    for (const RecordFacts* record : shown_.Records()) {
+        records.push_back(*record);
+        JudgeTests(records.back(), kMostFactTests);
+    }
+    ReplaceFile(path, RecordsAsCsv(records));
+    return NotWritten(shown_.Records(), wanted_.size());
 }
 
 }  // namespace davo

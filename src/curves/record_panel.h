@@ -14,6 +14,7 @@
 
 class QBoxLayout;
 class QLabel;
+class QLayout;
 class QPlainTextEdit;
 class QPushButton;
 
@@ -57,20 +58,17 @@ class RecordPanel : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    // Writes a file; what it does not have, in words.
+    using Write = std::function<QStringList(const QString& path)>;
+
     void BuildTop(QBoxLayout* column);
-    void BuildTable(QBoxLayout* column);
-    void BuildButtons(QBoxLayout* column);
+    void BuildFacts();
+    QLayout* BuildButtons();
 
     // Gives the chart, the results and the doubts their room.
     void Arrange();
-    void ArrangeFacts(int height);
-    // As many of the header's fields as one line has room for, or all of them.
     void ShowHeader();
-    // The height of the table with so many rows in sight.
-    int TableHeight(int rows) const;
-    int TableWidth() const;
     int DoubtsHeight(int lines) const;
-    int ButtonsWidth() const;
 
     void ReadAndShow();
     void ShowTop();
@@ -81,17 +79,14 @@ class RecordPanel : public QWidget {
 
     // A file to write to that the operator has chosen; empty when he would rather not.
     QString AskForFile(const QString& ending);
-    // Says where a file was saved; an empty path says nothing.
-    void ShowSaved(const QString& path);
-    template <class Write>
+    void ShowSaved(const QStringList& said);
     void Save(const QString& ending, const Write& write);
-    void cmdSaveCsv_Click();
+    QStringList SaveCsv(const QString& path);
 
     Prompts& prompts_;
     QTimer soon_;
     QBoxLayout* body_ = nullptr;   // chart and facts, below or beside each other
     QBoxLayout* facts_ = nullptr;  // results and doubts, the same
-    QBoxLayout* buttons_ = nullptr;
     std::vector<ShownRecord> wanted_;
     ShownRecords shown_;
     std::size_t chosen_ = 0;
@@ -109,9 +104,7 @@ class RecordPanel : public QWidget {
     ResultsTable* tblTests_ = nullptr;
     QPlainTextEdit* txtDoubts_ = nullptr;
     QPushButton* cmdBack_ = nullptr;
-    QPushButton* cmdSavePng_ = nullptr;
-    QPushButton* cmdSavePdf_ = nullptr;
-    QPushButton* cmdSaveCsv_ = nullptr;
+    QWidget* saves_ = nullptr;  // the buttons that save
 };
 
 }  // namespace davo

@@ -20,8 +20,15 @@ namespace {
 
 constexpr int kCellRoom = 5;
 constexpr double kResultGrowth = 1.1;
+constexpr int kLeastRows = 3;
 
 constexpr std::array kResultRows = {"Ratio", "Nameplate", "Error", "Polarity", "Phase"};
+
+// With all columns in sight.
+int WholeWidth(const QTableWidget& table) {
+    return table.verticalHeader()->sizeHint().width() + table.horizontalHeader()->length() +
+           2 * table.frameWidth();
+}
 
 }  // namespace
 
@@ -46,6 +53,9 @@ ResultsTable::ResultsTable(QWidget* parent) : QTableWidget(parent) {
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kCellRoom);
     verticalHeader()->setMinimumSectionSize(1);
+    // It takes as much of its room as its rows need.
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    KeepToRows();
 }
 
 void ResultsTable::Fill(const std::vector<ShownTest>& tests, std::size_t chosen) {
@@ -86,21 +96,29 @@ void ResultsTable::Fill(const std::vector<ShownTest>& tests, std::size_t chosen)
     setSelectionMode(tests.size() > 1 ? QAbstractItemView::SingleSelection
                                       : QAbstractItemView::NoSelection);
     if (!tests.empty()) Choose(std::min(chosen, tests.size() - 1));
+    KeepToRows();
 }
 
 void ResultsTable::Choose(std::size_t test) {
     setCurrentCell(std::max(0, currentRow()), static_cast<int>(test));
 }
 
-int ResultsTable::WholeWidth() const {
-    return verticalHeader()->sizeHint().width() + horizontalHeader()->length() + 2 * frameWidth();
+void ResultsTable::KeepToColumns(bool keeps) {
+    const int scroll = verticalScrollBar()->sizeHint().width();
+    setMaximumWidth(keeps ? WholeWidth(*this) + scroll : QWIDGETSIZE_MAX);
 }
 
-int ResultsTable::HeightOf(int rows, int room) const {
-    const bool scrolls = WholeWidth() > room - verticalScrollBar()->sizeHint().width();
+void ResultsTable::resizeEvent(QResizeEvent* event) {
+    QTableWidget::resizeEvent(event);
+    KeepToRows();
+}
+
+void ResultsTable::KeepToRows() {
+    const bool scrolls = WholeWidth(*this) > width() - verticalScrollBar()->sizeHint().width();
     const int bar = scrolls ? horizontalScrollBar()->sizeHint().height() : 0;
-    return rows * verticalHeader()->defaultSectionSize() + horizontalHeader()->sizeHint().height() +
-           bar + 2 * frameWidth();
+    const int around = horizontalHeader()->sizeHint().height() + bar + 2 * frameWidth();
+    setMinimumHeight(around + kLeastRows * verticalHeader()->defaultSectionSize());
+    setMaximumHeight(around + rowCount() * verticalHeader()->defaultSectionSize());
 }
 
 }  // namespace davo

@@ -17,11 +17,15 @@ class ResultsTable : public QTableWidget {
     void Fill(const std::vector<ShownTest>& tests, std::size_t chosen);
     void Choose(std::size_t test);
 
-    // Its width with all columns in sight.
-    int WholeWidth() const;
+    // Whether it takes no more width than its columns need.
+    void KeepToColumns(bool keeps);
 
-    // Its height with so many rows in sight, where it is so wide.
-    int HeightOf(int rows, int room) const;
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    // No more height than its rows need, and no less than that of a few.
+    void KeepToRows();
 };
 
 }  // namespace davo
