@@ -10,8 +10,8 @@
 #include "analysis/kneepoint.h"
 #include "common/text.h"
 #include "curves/curve_chart.h"
-#include "curves/record_facts.h"
-#include "curves/record_texts.h"
+#include "reports/record_facts.h"
+#include "reports/record_texts.h"
 #include "ui/form_parts.h"
 
 namespace davo {

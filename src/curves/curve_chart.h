@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-#include "curves/chart_curve.h"
-#include "curves/log_axes.h"
+#include "reports/chart_curve.h"
+#include "reports/log_axes.h"
 
 class QLabel;
 

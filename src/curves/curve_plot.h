@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "curves/chart_curve.h"
 #include "curves/chart_look.h"
 #include "curves/knee_marks.h"
-#include "curves/log_axes.h"
+#include "reports/chart_curve.h"
+#include "reports/log_axes.h"
 
 namespace davo {
 

@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "reports/record_texts.h"
+
 namespace davo {
 
 namespace {
@@ -86,12 +88,6 @@ void DrawMarker(QPainter& painter, KneeRule rule, QPointF at, double half) {
 }
 
 }  // namespace
-
-QString KneeWord(KneeRule rule) {
-    if (rule == KneeRule::Ieee30) return QStringLiteral("IEEE 30");
-    if (rule == KneeRule::Ieee45) return QStringLiteral("IEEE 45");
-    return QStringLiteral("ASA 10/50");
-}
 
 QRectF MarkerOf(const PlacedKnee& knee) {
     return {knee.at - QPointF(kHalf, kHalf), QSizeF(2 * kHalf, 2 * kHalf)};

@@ -8,16 +8,13 @@
 #include <QString>
 #include <vector>
 
-#include "curves/chart_curve.h"
 #include "curves/chart_look.h"
+#include "reports/chart_curve.h"
 
 class QFontMetrics;
 class QPainter;
 
 namespace davo {
-
-// The word of a rule: "IEEE 30", "IEEE 45", "ASA 10/50".
-QString KneeWord(KneeRule rule);
 
 // A kneepoint in pixels, its row in the table of kneepoints, and the line from its marker there.
 struct PlacedKnee {

@@ -15,10 +15,10 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "curves/curve_chart.h"
-#include "curves/curve_export.h"
-#include "curves/record_texts.h"
 #include "curves/results_table.h"
 #include "records/record_name.h"
+#include "reports/record_csv.h"
+#include "reports/record_texts.h"
 #include "ui/big_button.h"
 #include "ui/form_parts.h"
 

@@ -10,8 +10,7 @@
 #include <array>
 
 #include "common/text.h"
-#include "curves/knee_marks.h"
-#include "curves/record_texts.h"
+#include "reports/record_texts.h"
 #include "ui/form_parts.h"
 
 namespace davo {

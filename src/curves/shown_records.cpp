@@ -8,7 +8,7 @@
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
-#include "curves/record_texts.h"
+#include "reports/record_texts.h"
 
 namespace davo {
 

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "curves/record_facts.h"
+#include "reports/record_facts.h"
 
 namespace davo {
 

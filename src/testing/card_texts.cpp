@@ -7,8 +7,7 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
-#include "curves/knee_marks.h"
-#include "curves/record_texts.h"
+#include "reports/record_texts.h"
 
 namespace davo {
 

@@ -7,8 +7,8 @@
 
 #include "common/run_time_error.h"
 #include "common/text.h"
-#include "curves/record_facts.h"
-#include "curves/record_texts.h"
+#include "reports/record_facts.h"
+#include "reports/record_texts.h"
 #include "testing/session_text.h"
 
 namespace davo {

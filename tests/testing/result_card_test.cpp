@@ -10,7 +10,7 @@
 
 #include "common/files.h"
 #include "curves/chart_look.h"
-#include "curves/record_texts.h"
+#include "reports/record_texts.h"
 #include "tests/records/captures.h"
 #include "tests/testing/test_window.h"
 #include "ui/fit_label.h"

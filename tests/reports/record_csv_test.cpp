@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The export of records, read back by a reader of RFC 4180 written here and by Python's.
 
-#include "curves/curve_export.h"
+#include "reports/record_csv.h"
 
 #include <QProcess>
 #include <QStandardPaths>
@@ -10,7 +10,7 @@
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/text.h"
-#include "tests/curves/random_record.h"
+#include "tests/reports/random_record.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
@@ -119,7 +119,7 @@ void ExpectRows(const std::vector<Fields>& rows, const std::vector<RecordFacts>&
     EXPECT_EQ(at, rows.size());
 }
 
-TEST(CurveExport, HasAHeaderRow) {
+TEST(RecordCsv, HasAHeaderRow) {
     const std::vector<Fields> rows = RowsOf(RecordsAsCsv({}));
     ASSERT_THAT(rows, SizeIs(1));
     EXPECT_THAT(rows[0],
@@ -132,7 +132,7 @@ TEST(CurveExport, HasAHeaderRow) {
                             "ieee_45_smooth_pm_V", "ieee_30_smooth_V", "ieee_30_smooth_pm_V"));
 }
 
-TEST(CurveExport, EveryColumnIsTold) {
+TEST(RecordCsv, EveryColumnIsTold) {
     const std::string document =
         ReadWholeFile(QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/../docs/csv.md"_s);
     const Fields columns = RowsOf(RecordsAsCsv({})).at(0);
@@ -140,7 +140,7 @@ TEST(CurveExport, EveryColumnIsTold) {
         EXPECT_NE(document.find("`" + column + "`"), std::string::npos) << column;
 }
 
-TEST(CurveExport, APointIsARow) {
+TEST(RecordCsv, APointIsARow) {
     const std::vector<Fields> rows =
         RowsOf(RecordsAsCsv({ParseRecordFacts(test::FileText(2), "T0012")}));
     ASSERT_THAT(rows, SizeIs(1 + 2 * 7));
@@ -154,7 +154,7 @@ TEST(CurveExport, APointIsARow) {
     EXPECT_EQ(rows[14][12], "7");
 }
 
-TEST(CurveExport, ATestWithoutPointsIsARow) {
+TEST(RecordCsv, ATestWithoutPointsIsARow) {
     test::RecordParts parts;
     parts.points.clear();
     const std::vector<RecordFacts> records = {
@@ -167,7 +167,7 @@ TEST(CurveExport, ATestWithoutPointsIsARow) {
     ExpectRows(rows, records);
 }
 
-TEST(CurveExport, QuotesWhatHoldsAComma) {
+TEST(RecordCsv, QuotesWhatHoldsAComma) {
     RecordFacts record = ParseRecordFacts(test::FileText(1), "T1");
     record.headers.at(0).fields = {"a,b", "say \"hi\"", "two\r\nlines", "\"",
                                    "",    " blank ",    "x;y",          "tab\tbed"};
@@ -178,7 +178,7 @@ TEST(CurveExport, QuotesWhatHoldsAComma) {
     ExpectRows(RowsOf(csv), {record});
 }
 
-TEST(CurveExport, TextsOfThePageBecomeUtf8) {
+TEST(RecordCsv, TextsOfThePageBecomeUtf8) {
     RecordFacts record = ParseRecordFacts(test::FileText(1), "M\xFChle");
     record.headers.at(0).fields[0] = "\x80 5 \x96 \xB5\xC4";
     const std::vector<Fields> rows = RowsOf(RecordsAsCsv({record}));
@@ -187,7 +187,7 @@ TEST(CurveExport, TextsOfThePageBecomeUtf8) {
 }
 
 // A spreadsheet takes it for a text then; docs/csv.md says so.
-TEST(CurveExport, ATextThatLooksLikeAFormulaHasAnApostropheInFront) {
+TEST(RecordCsv, ATextThatLooksLikeAFormulaHasAnApostropheInFront) {
     RecordFacts record = ParseRecordFacts(test::FileText(1), "=T1");
     record.headers.at(0).fields = {"=1+1", "@SUM(A1)", "+1-1", "-A1", "a=b", "'=1", "-", ""};
     record.tests.front().percentError = "-0.50%";
@@ -222,7 +222,7 @@ std::vector<RecordFacts> RandomRecords(test::RecordSource& random) {
     return records;
 }
 
-TEST(CurveExport, RandomRecordsReadBack) {
+TEST(RecordCsv, RandomRecordsReadBack) {
     test::RecordSource random(test::RandomSeed(4180));
     for (int n = 0; n < 40 && !testing::Test::HasFailure(); ++n) {
         const std::vector<RecordFacts> records = RandomRecords(random);
@@ -264,7 +264,7 @@ std::string WithRandomHeader(std::string file, const Fields& keys, test::RecordS
 }
 
 // Against the file's own lines, without the reader of records.
-TEST(CurveExport, RandomFilesReadBackLineByLine) {
+TEST(RecordCsv, RandomFilesReadBackLineByLine) {
     const Fields keys = {"COMPANY: ", "STATION: ", "CIRCUIT: ",  "MFR: ",
                          "MODEL: ",   "SN: ",      "COMMENTS: ", "OPERATOR: "};
     test::RecordSource random(test::RandomSeed(4182));
@@ -302,7 +302,7 @@ TEST(CurveExport, RandomFilesReadBackLineByLine) {
 }
 
 // Python's reader gives the fields back, each as hexadecimal digits of its UTF-8.
-TEST(CurveExport, PythonReadsTheSame) {
+TEST(RecordCsv, PythonReadsTheSame) {
     const QString python = QStandardPaths::findExecutable(u"python3"_s);
     if (python.isEmpty()) GTEST_SKIP() << "no python3";
     test::RecordSource random(test::RandomSeed(4181));
@@ -310,7 +310,7 @@ TEST(CurveExport, PythonReadsTheSame) {
     const test::TemporaryFolder folder;
     ReplaceFile(folder.Path("records.csv"), csv);
     QProcess process;
-    process.start(python, {QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/curves/read_back_csv.py"_s,
+    process.start(python, {QString::fromUtf8(DAVO_TESTS_FOLDER) + u"/reports/read_back_csv.py"_s,
                            folder.Path("records.csv")});
     ASSERT_TRUE(process.waitForFinished(60000)) << process.errorString().toStdString();
     EXPECT_EQ(process.readAllStandardError().toStdString(), "");

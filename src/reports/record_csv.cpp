@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "curves/curve_export.h"
+#include "reports/record_csv.h"
 
 #include <string_view>
 

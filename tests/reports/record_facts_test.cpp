@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The tests of a record file as values, beside those of its report.
 
-#include "curves/record_facts.h"
+#include "reports/record_facts.h"
 
 #include <random>
 
 #include "analysis/grid_points.h"
 #include "common/files.h"
 #include "common/run_time_error.h"
-#include "curves/curve_export.h"
 #include "records/record_image.h"
+#include "reports/record_csv.h"
+#include "reports/record_texts.h"
 #include "reports/report_tables.h"
-#include "tests/curves/random_record.h"
+#include "tests/reports/random_record.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
@@ -88,6 +89,12 @@ TEST(RecordFacts, AKneepointIsNumbersOnlyWhereThereIsOne) {
     EXPECT_EQ(fact.At(), std::nullopt);
     fact.printed = {"152.3", "0.012"};
     EXPECT_EQ(fact.At(), (CurvePoint{0.012, 152.3}));
+}
+
+TEST(KneeWord, NamesTheRule) {
+    EXPECT_EQ(KneeWord(KneeRule::Ieee30), u"IEEE 30"_s);
+    EXPECT_EQ(KneeWord(KneeRule::Ieee45), u"IEEE 45"_s);
+    EXPECT_EQ(KneeWord(KneeRule::Asa1050), u"ASA 10/50"_s);
 }
 
 TEST(RecordFacts, AFileIsNamedAfterItself) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "curves/record_texts.h"
+#include "reports/record_texts.h"
 
 #include <QStringList>
 #include <algorithm>
@@ -8,9 +8,14 @@
 #include "common/numbers.h"
 #include "common/places.h"
 #include "common/text.h"
-#include "curves/knee_marks.h"
 
 namespace davo {
+
+QString KneeWord(KneeRule rule) {
+    if (rule == KneeRule::Ieee30) return QStringLiteral("IEEE 30");
+    if (rule == KneeRule::Ieee45) return QStringLiteral("IEEE 45");
+    return QStringLiteral("ASA 10/50");
+}
 
 const KneeFact& FactOf(const RecordTest& test, KneeRule rule) {
     return *std::find_if(test.knees.begin(), test.knees.end(),

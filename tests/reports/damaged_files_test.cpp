@@ -6,9 +6,9 @@
 
 #include "common/files.h"
 #include "common/run_time_error.h"
-#include "curves/curve_export.h"
-#include "curves/record_facts.h"
-#include "tests/curves/random_record.h"
+#include "reports/record_csv.h"
+#include "reports/record_facts.h"
+#include "tests/reports/random_record.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <iostream>
 
-#include "curves/record_facts.h"
 #include "instrument/transformer.h"
 #include "records/record_image.h"
+#include "reports/record_facts.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/testing.h"
 

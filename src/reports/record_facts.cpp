@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "curves/record_facts.h"
+#include "reports/record_facts.h"
 
 #include <algorithm>
 

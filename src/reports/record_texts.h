@@ -7,14 +7,17 @@
 #include <vector>
 
 #include "common/run_time_error.h"
-#include "curves/record_facts.h"
+#include "reports/record_facts.h"
 
 namespace davo {
 
-// The texts of the record panel.
+// What panel, card and certificate say about a record.
 
 // The rules in the order in which they are shown.
 inline constexpr std::array kRuleRows = {KneeRule::Ieee30, KneeRule::Ieee45, KneeRule::Asa1050};
+
+// The word of a rule: "IEEE 30", "IEEE 45", "ASA 10/50".
+QString KneeWord(KneeRule rule);
 
 const KneeFact& FactOf(const RecordTest& test, KneeRule rule);
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "curves/record_facts.h"
+#include "reports/record_facts.h"
 
 namespace davo {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "curves/log_axes.h"
+#include "reports/log_axes.h"
 
 #include <algorithm>
 #include <cmath>
