@@ -151,7 +151,8 @@ NumberAtStart ReadNumber(std::string_view text) {
 
     NumberAtStart number;
     number.length = end + exponentLength;
-    const std::string plain = std::string(mantissa) + 'e' + std::to_string(exponent);
+    std::string plain(mantissa);
+    if (exponent != 0) plain += 'e' + std::to_string(exponent);
     const auto read = std::from_chars(plain.data(), plain.data() + plain.size(), number.value);
     if (read.ec == std::errc::result_out_of_range) {
         number.value = 0;
@@ -190,6 +191,22 @@ std::string Picture(double value, std::string_view picture) {
 }
 
 double RoundByPicture(double value, std::string_view picture) {
+    // Through the text only what is so near a tie, or so large, that its digits decide. A whole
+    // number of decimal steps divided by their power of ten is the double of its text.
+    constexpr double kLargest = 1e9;
+    constexpr double kNearTie = 1e-5;
+    constexpr std::array kPowers = {1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
+    const std::size_t decimals = ShapeOf(picture).decimals;
+    if (decimals < kPowers.size()) {
+        const double steps = std::abs(value) * kPowers.at(decimals);
+        const double below = std::floor(steps);
+        const double fromTie = steps - below - 0.5;
+        if (steps < kLargest && std::abs(fromTie) > kNearTie) {
+            const double whole = fromTie > 0 ? below + 1 : below;
+            return value < 0 && whole > 0 ? -whole / kPowers.at(decimals)
+                                          : whole / kPowers.at(decimals);
+        }
+    }
     return NumericValue(Picture(value, picture));
 }
 

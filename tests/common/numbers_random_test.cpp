@@ -75,7 +75,10 @@ TEST(PictureAgainstReference, AgreesOnRandomValuesAndPictures) {
         const int decimals = random.Below(7);
         const double value = random.Value(decimals);
         const std::string picture = test::PictureText(random.Below(5), whole, decimals);
-        ASSERT_EQ(Picture(value, picture), test::ReferencePicture(value, whole, decimals))
+        const std::string expected = test::ReferencePicture(value, whole, decimals);
+        ASSERT_EQ(Picture(value, picture), expected) << std::hexfloat << value << " by " << picture;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(RoundByPicture(value, picture)),
+                  std::bit_cast<std::uint64_t>(NumericValue(expected)))
             << std::hexfloat << value << " by " << picture;
     }
 }
