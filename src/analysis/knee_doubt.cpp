@@ -213,6 +213,19 @@ std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points) {
     return facts;
 }
 
+std::array<KneeFact, 3> PrintedKneesOf(const std::vector<CurvePoint>& points) {
+    const Columns columns = ColumnsOf(points, points.size());
+    std::array<KneeFact, 3> facts;
+    for (std::size_t i = 0; i < facts.size(); ++i) {
+        KneeFact& fact = facts.at(i);
+        fact.rule = kKneeRules.at(i);
+        fact.printed = std::ssize(points) < kPointsForKnee
+                           ? NoKneepoint()
+                           : ComputeKneepoint(fact.rule, columns.current, columns.voltage);
+    }
+    return facts;
+}
+
 double TrustedDifference(KneeRule rule) {
     // A kneepoint by ASA lies where the curve is flat: its voltage is sharper.
     return rule == KneeRule::Asa1050 ? 0.035 : 0.06;

@@ -31,6 +31,9 @@ struct KneeFact {
 // and doubts. Throws what ComputeKneepoint throws.
 std::array<KneeFact, 3> KneesOf(const std::vector<CurvePoint>& points);
 
+// The same kneepoints without reasons, doubts and smooth ones, which take most of the time.
+std::array<KneeFact, 3> PrintedKneesOf(const std::vector<CurvePoint>& points);
+
 // How far a rule's kneepoint and that of a smooth curve may be apart, as a part of the voltage:
 // what the interpolation of the two explains.
 double TrustedDifference(KneeRule rule);

@@ -33,8 +33,7 @@ QString DirectoryFilePath(const QString& dataPath) {
 
 std::vector<QString> RecordFileNames(const QString& dataPath) {
     std::vector<QString> names = NamesInFolder(dataPath);
-    std::erase_if(
-        names, [](const QString& name) { return !name.toLower().contains(QLatin1String(".txt")); });
+    std::erase_if(names, [](const QString& name) { return !IsRecordFileName(name); });
     std::sort(names.begin(), names.end());
     return names;
 }

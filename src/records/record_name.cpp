@@ -67,6 +67,10 @@ QString FreeRecordName(const QString& folder, const QString& wanted) {
     return free;
 }
 
+bool IsRecordFileName(const QString& name) {
+    return name.contains(QLatin1String(".txt"), Qt::CaseInsensitive);
+}
+
 QString RecordNameOf(const QString& path) {
     const QString name = QFileInfo(path).fileName();
     const auto end = name.lastIndexOf(QLatin1String(".txt"), -1, Qt::CaseInsensitive);

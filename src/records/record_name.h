@@ -15,6 +15,9 @@ QString RecordNameTrouble(const QString& name);
 // name cannot have is "-", and a number makes it one that no file has yet.
 QString FreeRecordName(const QString& folder, const QString& wanted);
 
+// Whether a record list takes a file of this name for a record: its lower-case form holds ".txt".
+bool IsRecordFileName(const QString& name);
+
 // The name of a record file without folder and without ".txt" (in any case of letters).
 QString RecordNameOf(const QString& path);
 // The same in bytes; a name given outside of this program may have characters that do not fit.

@@ -20,6 +20,15 @@ constexpr std::string_view kColumns =
     "asa_10_50_smooth_V,asa_10_50_smooth_pm_V,ieee_45_smooth_V,ieee_45_smooth_pm_V,"
     "ieee_30_smooth_V,ieee_30_smooth_pm_V";
 
+// A row for each test has the point columns' place for the file, and for the number of points.
+constexpr std::string_view kTestColumns =
+    "file,record,date,time,company,station,circuit,manufacturer,model,serial_number,comments,"
+    "operator,test,points,asa_10_50_V,asa_10_50_A,ieee_45_V,ieee_45_A,ieee_30_V,ieee_30_A,"
+    "nameplate_ratio,measured_ratio,percent_error,polarity,phase,phase_deg";
+constexpr std::string_view kJudgedColumns =
+    ",asa_10_50_smooth_V,asa_10_50_smooth_pm_V,ieee_45_smooth_V,ieee_45_smooth_pm_V,"
+    "ieee_30_smooth_V,ieee_30_smooth_pm_V,asa_10_50_doubt,ieee_45_doubt,ieee_30_doubt";
+
 // What a spreadsheet would compute; a number, also one of percent, it may.
 bool IsFormula(std::string_view text) {
     if (text.empty() || !Contains("=+-@", text.substr(0, 1))) return false;
@@ -61,29 +70,40 @@ void PutPoint(Row& row, std::size_t number, const CurvePoint& point) {
     row.Put(GeneralNumber(point.voltage));
 }
 
-std::string RowsOf(const RecordFacts& record, const RecordTest& test) {
-    Row before;
-    before.Put(record.name);
+void PutHeader(Row& row, const RecordFacts& record, const RecordTest& test) {
+    row.Put(record.name);
     const RecordFileHeader& header = record.headers.at(test.header);
-    before.Put(header.date);
-    before.Put(header.time);
+    row.Put(header.date);
+    row.Put(header.time);
     for (const std::string& field : header.fields)
-        before.Put(field);
-    before.Put(test.testNumber);
+        row.Put(field);
+    row.Put(test.testNumber);
+}
 
-    Row behind;
+void PutResults(Row& row, const RecordTest& test) {
     for (const KneeFact& knee : test.knees) {
-        behind.Put(knee.printed.voltage);
-        behind.Put(knee.printed.current);
+        row.Put(knee.printed.voltage);
+        row.Put(knee.printed.current);
     }
     for (const std::string* text : {&test.nameplateRatio, &test.measuredRatio, &test.percentError,
                                     &test.polarity, &test.phase, &test.phaseAngle}) {
-        behind.Put(*text);
+        row.Put(*text);
     }
+}
+
+void PutSmooth(Row& row, const RecordTest& test) {
     for (const KneeFact& knee : test.knees) {
-        behind.Put(knee.smooth ? GeneralNumber(knee.smooth->at.voltage) : std::string());
-        behind.Put(knee.smooth ? GeneralNumber(knee.smooth->uncertainty) : std::string());
+        row.Put(knee.smooth ? GeneralNumber(knee.smooth->at.voltage) : std::string());
+        row.Put(knee.smooth ? GeneralNumber(knee.smooth->uncertainty) : std::string());
     }
+}
+
+std::string RowsOf(const RecordFacts& record, const RecordTest& test) {
+    Row before;
+    PutHeader(before, record, test);
+    Row behind;
+    PutResults(behind, test);
+    PutSmooth(behind, test);
 
     std::string rows;
     const auto add = [&](const std::string& point) {
@@ -112,6 +132,32 @@ std::string RecordsAsCsv(const std::vector<RecordFacts>& records) {
     csv += kLineEnd;
     csv += FromPage(rows).toStdString();
     return csv;
+}
+
+std::string TestRowsHeading(bool judged) {
+    std::string heading(kTestColumns);
+    if (judged) heading += kJudgedColumns;
+    return heading + '\n';
+}
+
+std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged) {
+    Row name;
+    // What is quoted are signs that the page and UTF-8 have alike.
+    name.Put(file.toStdString());
+    std::string rows;
+    for (const RecordTest& test : record.tests) {
+        Row row;
+        PutHeader(row, record, test);
+        row.Put(std::to_string(test.points.size()));
+        PutResults(row, test);
+        if (judged) {
+            PutSmooth(row, test);
+            for (const KneeFact& knee : test.knees)
+                row.Put(knee.reason.empty() ? knee.doubt : knee.reason);
+        }
+        rows += name.Text() + ',' + FromPage(row.Text()).toStdString() + '\n';
+    }
+    return rows;
 }
 
 }  // namespace davo

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QString>
 #include <string>
 #include <vector>
 
@@ -14,5 +15,13 @@ namespace davo {
 // columns are told in docs/csv.md. Texts stand as they are in the record, but one that a
 // spreadsheet would take for a formula has an apostrophe in front.
 std::string RecordsAsCsv(const std::vector<RecordFacts>& records);
+
+// A row for each test of a record, as a program reads it: quoted in the same way, UTF-8 without the
+// mark, lines ended by LF, so that rows of many records can be put one behind the other. file is
+// where the record is. judged: there are also the smooth kneepoints, and what there is to say about
+// the printed ones; the tests are judged then. The columns are told in docs/csv.md.
+std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged);
+// The row with the names of their columns.
+std::string TestRowsHeading(bool judged);
 
 }  // namespace davo

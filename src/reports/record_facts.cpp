@@ -35,10 +35,10 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
 }
 
 // The points that the record counts take part in the search; those that it does not have are zero.
-void Judge(RecordTest& test) {
+std::vector<CurvePoint> CountedPoints(const RecordTest& test) {
     std::vector<CurvePoint> counted = test.points;
     counted.resize(test.counted);
-    test.knees = KneesOf(counted);
+    return counted;
 }
 
 }  // namespace
@@ -64,15 +64,22 @@ RecordFacts ReadRecordFacts(const QString& path, std::size_t judged) {
 }
 
 void JudgeTests(RecordFacts& facts, std::size_t count) {
-    for (; facts.judged < std::min(count, facts.tests.size()); ++facts.judged)
-        Judge(facts.tests.at(facts.judged));
+    for (; facts.judged < std::min(count, facts.tests.size()); ++facts.judged) {
+        RecordTest& test = facts.tests[facts.judged];
+        test.knees = KneesOf(CountedPoints(test));
+    }
+}
+
+void FindPrintedKneepoints(RecordFacts& facts) {
+    for (RecordTest& test : facts.tests)
+        test.knees = PrintedKneesOf(CountedPoints(test));
 }
 
 std::vector<RecordTest> TestsOfCapture(std::string_view capture) {
     std::vector<RecordTest> tests;
     for (const CapturedShot& shot : CapturedShots(capture)) {
         tests.push_back(TestOf(RecordOfShot(tests.size() + 1, shot), {}));
-        Judge(tests.back());
+        tests.back().knees = KneesOf(CountedPoints(tests.back()));
     }
     return tests;
 }

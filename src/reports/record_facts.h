@@ -58,6 +58,9 @@ RecordFacts ReadRecordFacts(const QString& path, std::size_t judged = kMostFactT
 // that a record takes. RunTimeError 6 when a value is too large.
 void JudgeTests(RecordFacts& facts, std::size_t count);
 
+// Finds the printed kneepoints of all tests without judging them. RunTimeError 6 as JudgeTests.
+void FindPrintedKneepoints(RecordFacts& facts);
+
 // The tests of a running session as its record file will have them: capture is the bytes of a
 // capture file or of one shot (ShotSequence::ShotTrailer). They are numbered from 1 and have no
 // name. A record without its "DONE" is no test.
