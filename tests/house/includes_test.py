@@ -17,7 +17,7 @@ SRC = pathlib.Path(__file__).resolve().parents[2] / "src"
 
 # A room knows the rooms of the floors under its own, and no other of its own floor.
 FLOORS = [
-    ["app"],
+    ["app", "batch"],
     ["testing", "retrieval", "files"],
     ["curves"],
     ["reports", "ui"],
@@ -26,7 +26,7 @@ FLOORS = [
 ]
 FLOOR_OF = {room: floor for floor, rooms in enumerate(FLOORS) for room in rooms}
 SUBFOLDERS = {"reports/calc", "reports/excel", "reports/xlsx"}
-WITHOUT_WINDOWS = {"reports", *FLOORS[4], *FLOORS[5]}
+WITHOUT_WINDOWS = {"batch", "reports", *FLOORS[4], *FLOORS[5]}
 
 SPDX = "// SPDX-License-Identifier: GPL-3.0-or-later"
 MOST_LINES_OF_CODE = 500
@@ -87,7 +87,7 @@ class House:
         folder = path.parent.relative_to(self.root).as_posix()
         text = re.sub(r"#.*", "", path.read_text(encoding="utf-8"))
         command = re.compile(r"(davo_library|add_library|add_executable|target_sources|"
-                             r"target_link_libraries)\s*\(\s*(\w+)([^)]*)\)")
+                             r"target_link_libraries)\s*\(\s*([\w-]+)([^)]*)\)")
         for what, library, rest in command.findall(text):
             mode = "SOURCES"
             for word in rest.split():
@@ -226,7 +226,7 @@ class House:
                 yield f"{above} is built after {below}, which is above it"
         for room in FLOOR_OF:
             made = {library for library, rooms in rooms_of_library.items() if room in rooms}
-            usual = {f"davo_{room}", f"davo_{room}_ui", "davo_reports_calc", "davo"}
+            usual = {f"davo_{room}", f"davo_{room}_ui", "davo_reports_calc", "davo", "davo-report"}
             for library in sorted(made - usual):
                 yield f"{library}: {room} has the libraries davo_{room} and davo_{room}_ui"
 

@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/batch_run.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <set>
+#include <stop_token>
+
+#include "batch/streams.h"
+#include "batch/summary_page.h"
+#include "common/files.h"
+#include "common/places.h"
+#include "common/run_time_error.h"
+#include "common/settings.h"
+#include "records/record_name.h"
+#include "reports/choose_renderer.h"
+#include "reports/record_csv.h"
+#include "reports/record_facts.h"
+#include "reports/record_texts.h"
+#include "reports/report_writer.h"
+#include "reports/template_file.h"
+#include "reports/xlsx/renderer.h"
+
+namespace davo {
+
+namespace {
+
+std::string KneepointType(KneeRule rule) {
+    for (const char* const type : {kKneeIeee30, kKneeIeee45}) {
+        if (KneeRuleOf(type) == rule) return type;
+    }
+    return kKneeAsa;
+}
+
+struct FoundRecord {
+    QString path;
+    QString below = {};  // the folders that it is in below the one that was given: "north/2026/"
+};
+
+// A record in hand, read once whatever is made of it.
+struct OpenRecord {
+    FoundRecord found;
+    std::string bytes;
+    RecordFacts facts;
+    QStringList made = {};  // its files that are there
+};
+
+class BatchRun {
+  public:
+    explicit BatchRun(const BatchOptions& options);
+    int Run();
+
+  private:
+    using Write = std::function<void(const QString& target)>;
+
+    void Fail(const QString& said);
+    void FailRecord(const QString& said);
+    void Walk(const QString& folder, const QString& below);
+    void Do(const FoundRecord& found);
+    std::optional<OpenRecord> Open(const FoundRecord& found);
+    void MakeFiles(OpenRecord& record);
+    void MakeWorkbooks(OpenRecord& record);
+    void MakeOfRecord(OpenRecord& record, const char* extension, const Write& write);
+    bool Make(const QString& target, const Write& write);
+    void Render(ReportRenderer& renderer, const OpenRecord& record, const QString& target);
+
+    const BatchOptions& options_;
+    const bool needsJudgement_;
+    StandardError said_;
+    RowOutput rows_;
+    SummaryPage summary_;
+    std::optional<ChosenRenderer> xls_;
+    std::set<QString> made_;  // in this run
+    int records_ = 0;
+    bool failed_ = false;
+};
+
+BatchRun::BatchRun(const BatchOptions& options)
+    : options_(options),
+      needsJudgement_(options.csv || options.summary || (options.rows && options.judge)),
+      said_(options.rows && OutputIsTerminal()),
+      summary_(options.rule, options.out) {}
+
+void BatchRun::Fail(const QString& said) {
+    failed_ = true;
+    said_.Say(said);
+}
+
+void BatchRun::FailRecord(const QString& said) {
+    Fail(said);
+    if (options_.summary) summary_.AddUnread(said);
+}
+
+int BatchRun::Run() {
+    if (options_.xls) {
+        xls_ = ChooseRenderer();
+        if (xls_->isBuiltIn) {
+            xls_.reset();
+            Fail(
+                QStringLiteral("No .xls is made: that needs LibreOffice Calc or Microsoft Excel."));
+        }
+    }
+    try {
+        if (options_.rows && !options_.noHeading) rows_.Put(TestRowsHeading(options_.judge));
+        for (const QString& given : options_.records) {
+            if (QFileInfo(given).isDir()) {
+                Walk(given.endsWith(QLatin1Char('/')) ? given : given + QLatin1Char('/'), {});
+            } else {
+                Do({given});
+            }
+        }
+        rows_.Flush();
+    } catch (const RowOutput::ReaderGone&) {
+        return 1;
+    } catch (const RunTimeError& error) {
+        Fail(QString::fromUtf8(error.what()));
+        return 1;
+    }
+    if (options_.summary) {
+        const QString target =
+            QDir::cleanPath(QDir(options_.out).filePath(QStringLiteral("summary.html")));
+        Make(target, [this](const QString& path) { ReplaceFile(path, summary_.Html()); });
+    }
+    return failed_ ? 1 : 0;
+}
+
+// In the order of a record list. Links to folders are followed only where they were given, so that
+// a walk ends. folder and below end with a separator.
+void BatchRun::Walk(const QString& folder, const QString& below) {
+    std::vector<QString> names;
+    try {
+        names = NamesInFolder(folder);
+    } catch (const RunTimeError& error) {
+        FailRecord(TroubleText(ShownPath(folder), error));
+        return;
+    }
+    std::sort(names.begin(), names.end());
+    for (const QString& name : names) {
+        const QFileInfo info(folder + name);
+        if (info.isDir()) {
+            const QString inside = name + QLatin1Char('/');
+            if (!info.isSymLink()) Walk(folder + inside, below + inside);
+        } else if (IsRecordFileName(name)) {
+            Do({folder + name, below});
+        }
+    }
+}
+
+std::optional<OpenRecord> BatchRun::Open(const FoundRecord& found) {
+    const QString path = ShownPath(found.path);
+    const QFileInfo info(found.path);
+    if (info.exists() && !info.isFile()) {
+        // Opening a named pipe would wait for its writer.
+        FailRecord(QStringLiteral("%1 cannot be shown: it is not a file.").arg(path));
+        return std::nullopt;
+    }
+    try {
+        std::string bytes = ReadWholeFile(found.path);
+        RecordFacts facts = ParseRecordFacts(bytes, PageRecordNameOf(found.path),
+                                             needsJudgement_ ? kMostFactTests : 0);
+        if (!needsJudgement_ && options_.rows) FindPrintedKneepoints(facts);
+        return OpenRecord{found, std::move(bytes), std::move(facts)};
+    } catch (const RunTimeError& error) {
+        FailRecord(TroubleText(path, error));
+    } catch (const std::exception& error) {
+        FailRecord(
+            QStringLiteral("%1 cannot be shown: %2").arg(path, QString::fromUtf8(error.what())));
+    }
+    return std::nullopt;
+}
+
+void BatchRun::Do(const FoundRecord& found) {
+    said_.ShowProgress(++records_, found.path);
+    std::optional<OpenRecord> record = Open(found);
+    if (!record) return;
+    const bool isCut = record->facts.testsLeft > 0;
+    if (isCut) Fail(NotWritten({&record->facts}, 1).join(QLatin1Char(' ')));
+    if (options_.rows) rows_.Put(TestRowsOf(record->facts, ShownPath(found.path), options_.judge));
+    MakeFiles(*record);
+    if (options_.summary) summary_.Add(record->facts, ShownPath(found.path), record->made);
+}
+
+void BatchRun::MakeFiles(OpenRecord& record) {
+    if (options_.csv) {
+        MakeOfRecord(record, ".csv", [&record](const QString& target) {
+            ReplaceFile(target, RecordsAsCsv({record.facts}));
+        });
+    }
+    if (options_.xlsx) {
+        MakeOfRecord(record, ".xlsx", [&](const QString& target) {
+            XlsxRenderer renderer;
+            Render(renderer, record, target);
+        });
+    }
+    if (xls_) {
+        MakeOfRecord(record, ".xls",
+                     [&](const QString& target) { Render(*xls_->renderer, record, target); });
+    }
+}
+
+void BatchRun::Render(ReportRenderer& renderer, const OpenRecord& record, const QString& target) {
+    const ReportTables tables =
+        ParseReportTables(record.bytes, record.facts.name, RecordSource::RecordFile);
+    // One of the user's own, as in the folder of the program's reports.
+    const QString own = QDir(options_.out).filePath(QLatin1String(kTemplateFileName));
+    const QString model =
+        FileExists(own) ? own : InstalledTemplate(QCoreApplication::applicationDirPath());
+    renderer.Render(BuildReport(tables, {KneepointType(options_.rule), options_.impedance}), model,
+                    target, {}, {});
+}
+
+void BatchRun::MakeOfRecord(OpenRecord& record, const char* extension, const Write& write) {
+    const FoundRecord& found = record.found;
+    const QString name = RecordNameOf(found.path) + QLatin1String(extension);
+    const QDir folder = options_.out.isEmpty()
+                            ? QFileInfo(found.path).dir()
+                            : QDir(options_.out + QLatin1Char('/') + found.below);
+    const QString target = QDir::cleanPath(folder.filePath(name));
+    if (Make(target, write)) record.made += target;
+}
+
+// Whether the file is there at the end.
+bool BatchRun::Make(const QString& target, const Write& write) {
+    const QString path = ShownPath(target);
+    if (made_.contains(target)) {
+        Fail(QStringLiteral("%1 was made of another record of this run.").arg(path));
+        return false;
+    }
+    if (!options_.force && QFileInfo::exists(target)) {
+        Fail(QStringLiteral("%1 is kept. --force replaces it.").arg(path));
+        return true;
+    }
+    try {
+        const QString folder = QFileInfo(target).path();
+        if (!FolderExists(folder)) CreateFolder(folder);
+        write(target);
+        made_.insert(target);
+        return true;
+    } catch (const std::exception& error) {
+        Fail(QStringLiteral("%1 is not made: %2").arg(path, QString::fromUtf8(error.what())));
+    }
+    return false;
+}
+
+}  // namespace
+
+int RunBatch(const BatchOptions& options) {
+    return BatchRun(options).Run();
+}
+
+}  // namespace davo

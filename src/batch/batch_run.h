@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "batch/command_line.h"
+
+namespace davo {
+
+// Does what options say, which are not wrong, and says each trouble on standard error. Returns the
+// exit status: 0 when all was made, 1 when something was not.
+int RunBatch(const BatchOptions& options);
+
+}  // namespace davo

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/command_line.h"
+
+#include <QCommandLineParser>
+#include <array>
+
+#include "common/version.h"
+
+namespace davo {
+
+namespace {
+
+struct Flag {
+    const char* name;
+    bool BatchOptions::*set;
+    const char* description;
+};
+constexpr std::array kFormats = {
+    Flag{"xlsx", &BatchOptions::xlsx, "Make the report of each record as a workbook."},
+    Flag{"xls", &BatchOptions::xls,
+         "Make it as .xls, which needs LibreOffice Calc or Microsoft Excel."},
+    Flag{
+        "csv", &BatchOptions::csv,
+        "Make a table of the points of each record. \"--csv -\" writes to standard output instead: "
+        "a row for each test of all records."},
+    Flag{"summary", &BatchOptions::summary,
+         "Make summary.html of all records: a table of all tests and a chart."}};
+constexpr std::array kFlags = {
+    Flag{"impedance", &BatchOptions::impedance, "Workbooks have a column V/I."},
+    Flag{"judge", &BatchOptions::judge,
+         "The rows of \"--csv -\" have the smooth kneepoints and the doubts, too. This is slow."},
+    Flag{"no-heading", &BatchOptions::noHeading,
+         "The rows of \"--csv -\" begin without the names of the columns."},
+    Flag{"force", &BatchOptions::force, "Replace files that are there. Without it they are kept."}};
+
+constexpr const char* kAbout =
+    "Makes reports of DAVO test records. In folders, and in folders in them, every\n"
+    "file with \".txt\" in its name is taken for a record.\n"
+    "Exit status: 0 all was made; 1 something was not, which is named on standard\n"
+    "error; 2 the command line is wrong.";
+
+// What is wrong with the options; empty where nothing is.
+QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
+    bool makes = false;
+    for (const Flag& flag : kFormats) {
+        options.*flag.set = parser.isSet(QLatin1String(flag.name));
+        makes = makes || options.*flag.set;
+    }
+    for (const Flag& flag : kFlags)
+        options.*flag.set = parser.isSet(QLatin1String(flag.name));
+    options.out = parser.value(QStringLiteral("out"));
+    options.records = parser.positionalArguments();
+    if (options.csv && options.records.removeAll(QStringLiteral("-")) > 0) {
+        options.rows = true;
+        options.csv = false;
+    }
+    const QStringList rules = {QStringLiteral("asa"), QStringLiteral("45"), QStringLiteral("30")};
+    const auto rule = rules.indexOf(parser.value(QStringLiteral("rule")));
+    if (rule < 0) return QStringLiteral("The rule is asa, 45 or 30.");
+    options.rule = kKneeRules.at(static_cast<std::size_t>(rule));
+    if (!makes) return QStringLiteral("Nothing to make: give --csv or another format.");
+    if (options.records.isEmpty()) return QStringLiteral("No record is given.");
+    return {};
+}
+
+}  // namespace
+
+BatchOptions ParseCommandLine(const QStringList& arguments, std::optional<CommandLineEnd>& end) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QLatin1String(kAbout));
+    for (const Flag& flag : kFormats)
+        parser.addOption({QLatin1String(flag.name), QLatin1String(flag.description)});
+    parser.addOption({QStringLiteral("rule"),
+                      QStringLiteral("Mark the kneepoint by asa, 45 or 30."),
+                      QStringLiteral("rule"), QStringLiteral("asa")});
+    parser.addOption(
+        {QStringLiteral("out"),
+         QStringLiteral("Put files into this folder, and into folders in it as those of "
+                        "the records. Without it each file is beside its record, and "
+                        "summary.html in the current folder."),
+         QStringLiteral("folder")});
+    for (const Flag& flag : kFlags)
+        parser.addOption({QLatin1String(flag.name), QLatin1String(flag.description)});
+    parser.addOption({QStringLiteral("help"), QStringLiteral("Show this text.")});
+    parser.addOption({QStringLiteral("version"), QStringLiteral("Show the version.")});
+    parser.addPositionalArgument(QStringLiteral("records"), QStringLiteral("Records and folders."),
+                                 QStringLiteral("record-or-folder..."));
+    BatchOptions options;
+    QString wrong = parser.parse(arguments) ? QString() : parser.errorText();
+    if (wrong.isEmpty() && parser.isSet(QStringLiteral("help"))) {
+        end = {0, parser.helpText()};
+    } else if (wrong.isEmpty() && parser.isSet(QStringLiteral("version"))) {
+        end = {0, QStringLiteral("davo-report %1\n").arg(QLatin1String(kVersion))};
+    } else {
+        if (wrong.isEmpty()) wrong = TakeOptions(parser, options);
+        if (!wrong.isEmpty())
+            end = {2, QStringLiteral("davo-report: %1 Try \"davo-report --help\".\n").arg(wrong)};
+    }
+    return options;
+}
+
+}  // namespace davo

@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "batch/summary_page.h"
+
+#include <QFile>
+#include <QUrl>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iterator>
+
+#include "common/text.h"
+#include "records/directory_entry.h"
+#include "reports/chart_curve.h"
+#include "reports/log_axes.h"
+#include "reports/record_texts.h"
+
+// Outside the namespace, because it names a function that the resource compiler makes there.
+static void LoadPage() {
+    Q_INIT_RESOURCE(summary_page);
+}
+
+namespace davo {
+
+namespace {
+
+// More curves over each other tell nothing, and a browser would take long to draw them.
+constexpr std::size_t kMostCurves = 400;
+
+struct Column {
+    const char* name;
+    bool isNumber = false;
+};
+constexpr std::array kColumns = {Column{"Record"},          Column{"Date"},
+                                 Column{"Company"},         Column{"Station"},
+                                 Column{"Circuit"},         Column{"Mfr"},
+                                 Column{"Model"},           Column{"SN"},
+                                 Column{"Comments"},        Column{"Operator"},
+                                 Column{"Test", true},      Column{"Points", true},
+                                 Column{"Nameplate", true}, Column{"Ratio", true},
+                                 Column{"Error", true},     Column{"Polarity"},
+                                 Column{"IEEE 30", true},   Column{"IEEE 45", true},
+                                 Column{"ASA 10/50", true}, Column{"Files"}};
+
+std::string Escaped(const QString& text) {
+    return text.toHtmlEscaped().toStdString();
+}
+
+std::string Attribute(const char* name, const QString& text) {
+    return std::string(" ") + name + "=\"" + Escaped(text) + '"';
+}
+
+std::string TextCell(const QString& text, const std::string& attributes = {}) {
+    return "<td" + attributes + '>' + Escaped(text) + "</td>";
+}
+
+std::string NumberCell(const QString& text, const std::string& attributes = {}) {
+    return TextCell(text, " class=\"n\"" + attributes);
+}
+
+std::string Number(double value) {
+    return QByteArray::number(value, 'f', 1).toStdString();
+}
+
+// The plane of the chart, with its axes.
+class Plane {
+  public:
+    Plane(LogSpan across, LogSpan up) : across_(across), up_(up) {}
+
+    std::string At(double current, double voltage) const {
+        return Number(X(current)) + ' ' + Number(Y(voltage));
+    }
+    double X(double current) const {
+        return kLeft + (std::log10(current) - across_.low) / across_.Length() * (kRight - kLeft);
+    }
+    double Y(double voltage) const {
+        return kBottom - (std::log10(voltage) - up_.low) / up_.Length() * (kBottom - kTop);
+    }
+    std::string Axes() const;
+
+  private:
+    static constexpr double kLeft = 70;
+    static constexpr double kRight = 985;
+    static constexpr double kTop = 20;
+    static constexpr double kBottom = 520;
+
+    static std::string Text(double x, double y, const char* anchor, const QString& text) {
+        return "<text x=\"" + Number(x) + "\" y=\"" + Number(y) + "\" text-anchor=\"" + anchor +
+               "\">" + Escaped(text) + "</text>\n";
+    }
+    std::string Lines(const char* kind, const std::vector<double>& across,
+                      const std::vector<double>& up) const;
+
+    LogSpan across_;
+    LogSpan up_;
+};
+
+std::string Plane::Lines(const char* kind, const std::vector<double>& across,
+                         const std::vector<double>& up) const {
+    std::string path = std::string("<path class=\"") + kind + "\" d=\"";
+    for (const double at : across)
+        path += 'M' + Number(X(at)) + ' ' + Number(kTop) + 'V' + Number(kBottom);
+    for (const double at : up)
+        path += 'M' + Number(kLeft) + ' ' + Number(Y(at)) + 'H' + Number(kRight);
+    return path + "\"/>\n";
+}
+
+std::string Plane::Axes() const {
+    constexpr double kGap = 8;
+    constexpr double kHeight = 20;
+    const std::vector<double> across = AxisMarks(across_);
+    const std::vector<double> up = AxisMarks(up_);
+    std::string axes = "<g class=\"grid\">\n" + Lines("fine", FineMarks(across_), FineMarks(up_)) +
+                       Lines("mark", across, up) + "</g>\n";
+    for (const double at : across)
+        axes += Text(X(at), kBottom + kHeight, "middle", ValueText(at));
+    for (const double at : up)
+        axes += Text(kLeft - kGap, Y(at) + kGap / 2, "end", ValueText(at));
+    return axes + Text(kRight, kBottom + 2 * kHeight, "end", QStringLiteral("Current (A)")) +
+           Text(kGap, kTop - kGap / 2, "start", QStringLiteral("Voltage (V)"));
+}
+
+}  // namespace
+
+void SummaryPage::Add(const RecordFacts& record, const QString& path, const QStringList& files) {
+    ++records_;
+    std::string links = "<td>";
+    for (const QString& file : files) {
+        const QByteArray to = QUrl::toPercentEncoding(folder_.relativeFilePath(file), "/");
+        links += "<a href=\"" + to.toStdString() + "\">" +
+                 Escaped(file.mid(file.lastIndexOf(QLatin1Char('.')) + 1)) + "</a> ";
+    }
+    links += "</td>";
+    const std::string name = TextCell(FromPage(record.name), Attribute("title", path));
+    for (const RecordTest& test : record.tests)
+        AddTest(record, test, name, links);
+    if (record.tests.empty()) {
+        rows_ += "<tr>" + name + "<td colspan=\"" + std::to_string(kColumns.size() - 2) +
+                 "\">There is no test in it.</td>" + links + "</tr>\n";
+    }
+}
+
+void SummaryPage::AddTest(const RecordFacts& record, const RecordTest& test,
+                          const std::string& before, const std::string& behind) {
+    const RecordFileHeader& header = record.headers.at(test.header);
+    const std::optional<QDate> date = ParseRecordDate(header.date);
+    rows_ += "<tr id=\"t" + std::to_string(++tests_) + "\">" + before;
+    rows_ += TextCell(FromPage(header.date),
+                      date ? Attribute("data-key", date->toString(Qt::ISODate)) : std::string());
+    for (const std::string& field : header.fields)
+        rows_ += TextCell(FromPage(field));
+    rows_ +=
+        NumberCell(FromPage(test.testNumber)) + NumberCell(QString::number(test.points.size()));
+    for (const std::string* text : {&test.nameplateRatio, &test.measuredRatio, &test.percentError})
+        rows_ += NumberCell(FromPage(*text));
+    rows_ += TextCell(FromPage(test.polarity));
+    for (const KneeRule rule : kRuleRows) {
+        const KneeFact& fact = FactOf(test, rule);
+        rows_ += NumberCell(JudgedText(fact), Attribute("title", DoubtOf(fact)));
+    }
+    rows_ += behind + "</tr>\n";
+
+    Curve curve{tests_, record.name + " Test " + test.testNumber, {}, {}};
+    std::copy_if(test.points.begin(), test.points.end(), std::back_inserter(curve.points),
+                 CanBeDrawn);
+    if (curve.points.empty() || ++withCurve_ > kMostCurves) return;
+    const std::optional<CurvePoint> knee = FactOf(test, rule_).At();
+    if (knee && CanBeDrawn(*knee)) curve.knee.push_back(*knee);
+    curves_.push_back(std::move(curve));
+}
+
+void SummaryPage::AddUnread(const QString& sentence) {
+    unread_ += "<li>" + Escaped(sentence) + "</li>\n";
+}
+
+std::string SummaryPage::Counts() const {
+    QString text = QStringLiteral("Records: %1. Tests: %2.").arg(records_).arg(tests_);
+    if (curves_.empty()) return Escaped(text);
+    text += QStringLiteral(" The chart marks the kneepoints by %1").arg(KneeWord(rule_));
+    if (withCurve_ > curves_.size()) {
+        text += QStringLiteral("; it has the first %1 of %2 curves")
+                    .arg(curves_.size())
+                    .arg(withCurve_);
+    }
+    return Escaped(text + QLatin1Char('.'));
+}
+
+std::string SummaryPage::Chart() const {
+    if (curves_.empty()) return {};
+    std::vector<double> currents;
+    std::vector<double> voltages;
+    for (const Curve& curve : curves_) {
+        for (const auto* points : {&curve.points, &curve.knee}) {
+            for (const CurvePoint& point : *points) {
+                currents.push_back(point.current);
+                voltages.push_back(point.voltage);
+            }
+        }
+    }
+    const Plane plane(SpanAround(currents), SpanAround(voltages));
+    std::string svg =
+        "<svg viewBox=\"0 0 1000 570\" role=\"img\" aria-label=\"Excitation curves\">\n" +
+        plane.Axes();
+    for (const Curve& curve : curves_) {
+        std::string path;
+        for (const CurvePoint& point : curve.points)
+            path += (path.empty() ? 'M' : 'L') + plane.At(point.current, point.voltage);
+        svg += "<a class=\"curve\" href=\"#t" + std::to_string(curve.row) + "\"><title>" +
+               Escaped(FromPage(curve.name)) + "</title><path d=\"" + path + "\"/>";
+        for (const CurvePoint& knee : curve.knee) {
+            svg += "<circle r=\"3\" cx=\"" + Number(plane.X(knee.current)) + "\" cy=\"" +
+                   Number(plane.Y(knee.voltage)) + "\"/>";
+        }
+        svg += "</a>\n";
+    }
+    return svg + "</svg>";
+}
+
+std::string SummaryPage::Html() const {
+    LoadPage();
+    QFile file(QStringLiteral(":/davo/batch/summary_page.html"));
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    std::string headings;
+    for (const Column& column : kColumns) {
+        headings +=
+            std::string(column.isNumber ? "<th class=\"n\">" : "<th>") + column.name + "</th>";
+    }
+    const std::string unread =
+        unread_.empty() ? std::string() : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
+    const std::array<std::pair<std::string, std::string>, 5> parts = {{{"%COUNTS%", Counts()},
+                                                                       {"%CHART%", Chart()},
+                                                                       {"%HEADINGS%", headings},
+                                                                       {"%ROWS%", rows_},
+                                                                       {"%UNREAD%", unread}}};
+    // From the first to the last: what a record says is not looked through.
+    const std::string page = file.readAll().toStdString();
+    std::string html;
+    std::size_t from = 0;
+    for (const auto& [mark, text] : parts) {
+        const std::size_t at = page.find(mark, from);
+        html += page.substr(from, at - from) + text;
+        from = at + mark.size();
+    }
+    return html + page.substr(from);
+}
+
+}  // namespace davo

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "batch/command_line.h"
+
+#include "common/version.h"
+#include "tests/batch/report_program.h"
+
+namespace davo {
+namespace {
+
+BatchOptions OptionsOf(const QStringList& arguments) {
+    std::optional<CommandLineEnd> end;
+    const BatchOptions options = ParseCommandLine(QStringList(u"davo-report"_s) + arguments, end);
+    EXPECT_FALSE(end) << end->text.toStdString();
+    return options;
+}
+
+TEST(CommandLine, TakesOptionsAndRecordsInAnyOrder) {
+    const BatchOptions options = OptionsOf(
+        {u"a"_s, u"--csv"_s, u"b.txt"_s, u"--rule"_s, u"30"_s, u"--out=o"_s, u"--"_s, u"--xls"_s});
+    EXPECT_EQ(options.records, QStringList({u"a"_s, u"b.txt"_s, u"--xls"_s}));
+    EXPECT_TRUE(options.csv);
+    EXPECT_FALSE(options.xls);
+    EXPECT_EQ(options.rule, KneeRule::Ieee30);
+    EXPECT_EQ(options.out, u"o"_s);
+}
+
+TEST(CommandLine, HasAFlagForEachThing) {
+    const std::vector<std::pair<QString, bool BatchOptions::*>> flags = {
+        {u"--xlsx"_s, &BatchOptions::xlsx},
+        {u"--xls"_s, &BatchOptions::xls},
+        {u"--csv"_s, &BatchOptions::csv},
+        {u"--summary"_s, &BatchOptions::summary},
+        {u"--impedance"_s, &BatchOptions::impedance},
+        {u"--judge"_s, &BatchOptions::judge},
+        {u"--no-heading"_s, &BatchOptions::noHeading},
+        {u"--force"_s, &BatchOptions::force}};
+    for (const auto& [name, member] : flags) {
+        SCOPED_TRACE(name.toStdString());
+        const BatchOptions options = OptionsOf({u"--xlsx"_s, name, u"a"_s});
+        for (const auto& [other, its] : flags)
+            EXPECT_EQ(options.*its, other == name || other == u"--xlsx"_s) << other.toStdString();
+    }
+}
+
+TEST(CommandLine, TakesTheRule) {
+    EXPECT_EQ(OptionsOf({u"--csv"_s, u"a"_s}).rule, KneeRule::Asa1050);
+    EXPECT_EQ(OptionsOf({u"--csv"_s, u"a"_s, u"--rule=asa"_s}).rule, KneeRule::Asa1050);
+    EXPECT_EQ(OptionsOf({u"--csv"_s, u"a"_s, u"--rule=45"_s}).rule, KneeRule::Ieee45);
+}
+
+TEST(CommandLine, WritesRowsToStandardOutputForAMinus) {
+    const BatchOptions options = OptionsOf({u"--csv"_s, u"-"_s, u"a"_s});
+    EXPECT_TRUE(options.rows);
+    EXPECT_FALSE(options.csv);
+    EXPECT_EQ(options.records, QStringList(u"a"_s));
+}
+
+TEST(CommandLine, SaysWhatIsWrongAndEndsWith2) {
+    const auto wrong = [](const QStringList& arguments, const std::string& text) {
+        const test::Ended run = test::Report(arguments);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err, test::Said(text + " Try \"davo-report --help\"."));
+    };
+    wrong({u"--pfd"_s, u"a"_s}, "Unknown option 'pfd'.");
+    wrong({u"--csv"_s, u"a"_s, u"--out"_s}, "Missing value after '--out'.");
+    wrong({u"--csv"_s, u"a"_s, u"--rule"_s, u"46"_s}, "The rule is asa, 45 or 30.");
+    wrong({u"a"_s}, "Nothing to make: give --csv or another format.");
+    wrong({u"--csv"_s}, "No record is given.");
+    wrong({u"--csv"_s, u"-"_s}, "No record is given.");
+    wrong({}, "Nothing to make: give --csv or another format.");
+}
+
+TEST(CommandLine, ShowsHelpAndVersion) {
+    const test::Ended help = test::Report({u"--help"_s});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.err, "");
+    for (const char* const option :
+         {"--xlsx", "--xls", "--csv", "--summary", "--rule", "--impedance", "--judge",
+          "--no-heading", "--out", "--force", "--help", "--version"}) {
+        EXPECT_THAT(help.out, HasSubstr(std::string("\n  ") + option + " "));
+    }
+    for (const std::string& line : SplitLines(help.out))
+        EXPECT_LE(line.size(), 80U) << line;
+    const test::Ended version = test::Report({u"--version"_s});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.out, std::string("davo-report ") + kVersion + "\n");
+}
+
+}  // namespace
+}  // namespace davo

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The files that davo-report makes, and where.
+
+#include <QFile>
+
+#include "reports/record_csv.h"
+#include "tests/batch/report_program.h"
+#include "tests/reports/random_record.h"
+#include "tests/support/random_seed.h"
+
+namespace davo {
+namespace {
+
+using test::Ended;
+using test::NamesIn;
+using test::PutRecord;
+using test::Report;
+using test::Said;
+
+TEST(ReportFiles, AreAllMadeByOneCall) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(2));
+    const Ended run = Report({u"--csv"_s, u"--xlsx"_s, u"--summary"_s, u"T1.txt"_s}, folder.Path());
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(NamesIn(folder),
+              QStringList({u"T1.csv"_s, u"T1.txt"_s, u"T1.xlsx"_s, u"summary.html"_s}));
+    EXPECT_EQ(ReadWholeFile(folder.Path("T1.csv")),
+              RecordsAsCsv({ReadRecordFacts(folder.Path("T1.txt"))}));
+    EXPECT_THAT(ReadWholeFile(folder.Path("T1.xlsx")), StartsWith("PK"));
+    EXPECT_THAT(ReadWholeFile(folder.Path("summary.html")), HasSubstr("href=\"T1.xlsx\""));
+}
+
+TEST(ReportFiles, AreThoseOfTheRecordPanel) {
+    const test::TemporaryFolder folder;
+    test::RecordSource random(test::RandomSeed(20261125));
+    for (int i = 0; i < 40; ++i)
+        PutRecord(folder, u"in/R%1.txt"_s.arg(i), random.File());
+    EXPECT_EQ(Report({u"--csv"_s, u"--out"_s, u"out"_s, u"in"_s}, folder.Path()).err, "");
+    for (const QString& name : NamesIn(folder, "in")) {
+        const QString made = folder.Path("out/") + name.chopped(4) + u".csv"_s;
+        ASSERT_EQ(ReadWholeFile(made), RecordsAsCsv({ReadRecordFacts(folder.Path("in/") + name)}));
+    }
+}
+
+TEST(ReportFiles, AreOfEachRecordInAFolderAndInFoldersInIt) {
+    const test::TemporaryFolder folder;
+    for (const QString& name :
+         {u"in/b/T1.txt"_s, u"in/a/deep/T1.txt"_s, u"in/T2.TXT"_s, u"in/a.txt/T3.txt"_s,
+          u"in/.hidden.txt"_s, u"in/T4.txt.old"_s, u"in/\u00FC \u20AC.txt"_s}) {
+        PutRecord(folder, name, test::FileText(1));
+    }
+    PutRecord(folder, u"in/notes.doc"_s, "no record");
+    PutRecord(folder, u"elsewhere/T9.txt"_s, test::FileText(1));
+    ASSERT_TRUE(QFile::link(folder.Path("elsewhere"), folder.Path("in/link")));
+    ASSERT_TRUE(QFile::link(folder.Path("in"), folder.Path("in/round")));
+    const Ended run = Report({u"--csv"_s, u"--out"_s, u"new/out"_s, u"in/"_s}, folder.Path());
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(NamesIn(folder, "new/out"),
+              QStringList({u".hidden.csv"_s, u"T2.csv"_s, u"T4.csv"_s, u"a"_s, u"a.txt"_s, u"b"_s,
+                           u"\u00FC \u20AC.csv"_s}));
+    EXPECT_EQ(NamesIn(folder, "new/out/a/deep"), QStringList(u"T1.csv"_s));
+    EXPECT_EQ(NamesIn(folder, "new/out/a.txt"), QStringList(u"T3.csv"_s));
+    EXPECT_EQ(NamesIn(folder, "new/out/b"), QStringList(u"T1.csv"_s));
+    EXPECT_EQ(Report({u"--csv"_s, u"in/link"_s}, folder.Path()).status, 0);
+    EXPECT_EQ(NamesIn(folder, "elsewhere"), QStringList({u"T9.csv"_s, u"T9.txt"_s}));
+}
+
+TEST(ReportFiles, AreKeptUnlessForced) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    PutRecord(folder, u"T1.csv"_s, "old");
+    PutRecord(folder, u"summary.html"_s, "old");
+    const QStringList arguments = {u"--csv"_s, u"--xlsx"_s, u"--summary"_s, u"T1.txt"_s};
+    const Ended run = Report(arguments, folder.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, Said("T1.csv is kept. --force replaces it.") +
+                           Said("summary.html is kept. --force replaces it."));
+    EXPECT_EQ(ReadWholeFile(folder.Path("T1.csv")), "old");
+    EXPECT_EQ(ReadWholeFile(folder.Path("summary.html")), "old");
+    EXPECT_TRUE(FileExists(folder.Path("T1.xlsx")));
+    const Ended forced = Report(arguments + QStringList(u"--force"_s), folder.Path());
+    EXPECT_EQ(forced.status, 0);
+    EXPECT_EQ(forced.err, "");
+    EXPECT_NE(ReadWholeFile(folder.Path("T1.csv")), "old");
+}
+
+TEST(ReportFiles, AreNotMadeTwiceInARun) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    PutRecord(folder, u"T1.TXT"_s, test::FileText(2));
+    const Ended run = Report({u"--csv"_s, u"--force"_s, u"T1.TXT"_s, u"T1.txt"_s}, folder.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, Said("T1.csv was made of another record of this run."));
+    EXPECT_EQ(ReadWholeFile(folder.Path("T1.csv")),
+              RecordsAsCsv({ReadRecordFacts(folder.Path("T1.TXT"))}));
+}
+
+TEST(ReportFiles, MarkTheKneepointOfTheRule) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    std::set<std::string> pages;
+    for (const QString& rule : {u"asa"_s, u"45"_s, u"30"_s}) {
+        EXPECT_EQ(
+            Report({u"--summary"_s, u"--xlsx"_s, u"--rule"_s, rule, u"--out"_s, rule, u"T1.txt"_s},
+                   folder.Path())
+                .status,
+            0);
+        pages.insert(ReadWholeFile(folder.Path() + rule + u"/summary.html"_s));
+    }
+    EXPECT_EQ(pages.size(), 3U);
+}
+
+TEST(ReportFiles, AreMadeWhereAnotherFormatIsNot) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(32));
+    const Ended run = Report({u"--csv"_s, u"--xlsx"_s, u"T1.txt"_s}, folder.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, StartsWith("davo-report: T1.xlsx is not made: Run-time error '9': "));
+    EXPECT_EQ(NamesIn(folder), QStringList({u"T1.csv"_s, u"T1.txt"_s}));
+}
+
+}  // namespace
+}  // namespace davo
