@@ -19,7 +19,9 @@ constexpr std::array<Shape, kCurveLooks> kMarkers = {
     Shape::ssCircle};
 constexpr std::array<Qt::PenStyle, 5> kDashes = {Qt::SolidLine, Qt::DashLine, Qt::DashDotLine,
                                                  Qt::DotLine, Qt::DashDotDotLine};
+constexpr int kCurveWidth = 2;
 constexpr double kMarkerSize = 7;
+constexpr double kAxisTextGrowth = 1.1;
 constexpr int kMargin = 8;
 constexpr int kNumberPadding = 6;
 constexpr int kTitlePadding = 2;
@@ -47,7 +49,9 @@ class DecadeTicker : public QCPAxisTicker {
         ticks = Within(AxisMarks(span), range);
         if (span.Length() >= 1 && NumbersTouch(ticks, span))
             ticks.removeIf([](double mark) { return !IsDecade(mark); });
-        if (subTicks != nullptr) *subTicks = Within(FineOnes(span), range);
+        constexpr double kRoomForAll = 90;
+        if (subTicks != nullptr)
+            *subTicks = Within(FineMarks(span, DecadeLength(span) >= kRoomForAll), range);
         if (labels == nullptr) return;
         labels->clear();
         for (const double tick : std::as_const(ticks))
@@ -86,10 +90,6 @@ class DecadeTicker : public QCPAxisTicker {
             if (std::log10(ticks[i] / ticks[i - 1]) * DecadeLength(span) < needed) return true;
         }
         return false;
-    }
-    std::vector<double> FineOnes(LogSpan span) const {
-        constexpr double kRoomForAll = 90;
-        return DecadeLength(span) < kRoomForAll ? SparseMarks(span) : FineMarks(span);
     }
 
     const QCPAxis& axis_;
@@ -172,6 +172,9 @@ void CurvePlot::BuildAxes() {
         axis->grid()->setSubGridVisible(true);
         axis->grid()->setZeroLinePen(Qt::NoPen);
     }
+    xAxis->setTickLabelPadding(kNumberPadding);
+    for (QCPAxis* axis : {xAxis, yAxis})
+        axis->setLabelPadding(kTitlePadding);
     xAxis->setLabel(QStringLiteral("Amperes"));
     yAxis->setLabel(QStringLiteral("Volts"));
 }
@@ -192,7 +195,7 @@ void CurvePlot::Set(std::vector<ChartCurve> curves) {
 QCPCurve* CurvePlot::CurveOf(const ChartCurve& curve) {
     auto* drawn = new CurveLine(xAxis, yAxis, [this] {
         // Of a part, what lies outside is cut off.
-        return whole_ ? static_cast<int>(kMarkerSize) : 0;
+        return showsWhole_ ? static_cast<int>(kMarkerSize) : 0;
     });
     // Behind the others, and behind the lines of none.
     if (curve.look == CurveLook::Faint) drawn->setLayer(QStringLiteral("grid"));
@@ -224,9 +227,9 @@ void CurvePlot::TakeAll() {
     const auto span = [this](const std::vector<double>& values) {
         return equal_ ? SpanAround(values) : DecadesOf(values);
     };
-    allAcross_ = span(amperes);
-    allUp_ = volts.empty() ? LogSpan{0, 3} : span(volts);
-    TakeWhole(true);
+    all_ = {span(amperes), volts.empty() ? LogSpan{0, 3} : span(volts)};
+    whole_ = all_;
+    ShowWhole();
 }
 
 void CurvePlot::Append(std::size_t index, CurvePoint point) {
@@ -239,45 +242,32 @@ void CurvePlot::Append(std::size_t index, CurvePoint point) {
     line.drawn->addData(line.drawn->data()->size(), point.current, point.voltage);
     if (first) {
         TakeAll();
-    } else {
-        GrowTo(point);
+        return;
     }
-    Redraw();
-}
-
-void CurvePlot::GrowTo(CurvePoint point) {
     const auto grow = [](LogSpan& all, double value) {
         const LogSpan needed = DecadesOf({value});
         if (std::log10(value) < all.low) all.low = needed.low;
         if (std::log10(value) > all.high) all.high = needed.high;
     };
-    grow(allAcross_, point.current);
-    grow(allUp_, point.voltage);
-    TakeWhole(whole_);
-}
-
-void CurvePlot::TakeWhole(bool show) {
-    wholeAcross_ = allAcross_;
-    wholeUp_ = allUp_;
-    if (show) ShowWhole();
+    grow(all_.across, point.current);
+    grow(all_.up, point.voltage);
+    whole_ = all_;
+    if (showsWhole_) ShowWhole();
+    Redraw();
 }
 
 void CurvePlot::ShowSpans() {
-    askedAcross_ = across_;
-    askedUp_ = up_;
-    whole_ = across_ == wholeAcross_ && up_ == wholeUp_;
+    asked_ = shown_;
+    showsWhole_ = shown_ == whole_;
     TakeRanges();
     Redraw();
 }
 
 void CurvePlot::TakeRanges() {
-    const auto show = [](QCPAxis* axis, LogSpan span) {
+    for (QCPAxis* axis : axisRect()->axes()) {
+        const LogSpan span = axis->orientation() == Qt::Horizontal ? shown_.across : shown_.up;
         axis->setRange(std::pow(10.0, span.low), std::pow(10.0, span.high));
-    };
-    show(xAxis, across_);
-    show(xAxis2, across_);
-    show(yAxis, up_);
-    show(yAxis2, up_);
+    }
     LeaveMargins();
 }
 
@@ -290,20 +280,17 @@ void CurvePlot::updateLayout() {
         QCustomPlot::updateLayout();
         const QSize room = axisRect()->size() - QSize(1, 1);
         if (room == std::exchange(before, room)) break;
-        wholeAcross_ = allAcross_;
-        wholeUp_ = allUp_;
+        whole_ = all_;
         // What is more is below and right of the curves, where the tables are.
-        EqualDecades(wholeAcross_, wholeUp_, room.width(), room.height(), true);
-        across_ = askedAcross_;
-        up_ = askedUp_;
-        EqualDecades(across_, up_, room.width(), room.height(), false);
-        across_ = whole_ ? wholeAcross_ : Moved(across_, 0, wholeAcross_);
-        up_ = whole_ ? wholeUp_ : Moved(up_, 0, wholeUp_);
+        EqualDecades(whole_.across, whole_.up, room.width(), room.height(), true);
+        shown_ = showsWhole_ ? whole_ : asked_;
+        EqualDecades(shown_.across, shown_.up, room.width(), room.height(), false);
+        shown_ = {Moved(shown_.across, 0, whole_.across), Moved(shown_.up, 0, whole_.up)};
         TakeRanges();
     }
     // Beside the curves or below them.
     constexpr double kRounding = 1e-6;
-    const bool below = wholeAcross_.Length() < allAcross_.Length() + kRounding;
+    const bool below = whole_.across.Length() < all_.across.Length() + kRounding;
     const int rows = below ? kLegendRows : 2 * kLegendRows;
     if (legend->wrap() != rows) {
         legend->setWrap(rows);
@@ -316,7 +303,7 @@ void CurvePlot::updateLayout() {
 // The table of the kneepoints and the legend where they hide little of the curves.
 void CurvePlot::PlaceInside() {
     knees_.clear();
-    if (!legend->visible() && std::all_of(lines_.begin(), lines_.end(), [](const Line& line) {
+    if (legend->itemCount() == 0 && std::ranges::all_of(lines_, [](const Line& line) {
             return line.curve.knees.empty();
         }))
         return;
@@ -339,8 +326,12 @@ void CurvePlot::PlaceInside() {
         }
     }
     if (!knees_.empty()) PlaceKnees(knees_, curves, QFontMetrics(font()), area);
-    if (!legend->visible() || area.isEmpty()) return;
-    const QRectF place = LegendPlace(legend->minimumOuterSizeHint(), area, knees_, curves);
+    // One that is larger than the chart would hide all of it.
+    const QSize size = legend->minimumOuterSizeHint();
+    legend->setVisible(legend->itemCount() > 0 && size.width() <= area.width() &&
+                       size.height() <= area.height());
+    if (!legend->visible()) return;
+    const QRectF place = LegendPlace(size, area, knees_, curves);
     axisRect()->insetLayout()->setInsetRect(
         0, {(place.left() - area.left()) / area.width(), (place.top() - area.top()) / area.height(),
             place.width() / area.width(), place.height() / area.height()});
@@ -351,7 +342,7 @@ void CurvePlot::PlaceInside() {
 void CurvePlot::LeaveMargins() {
     const QFontMetrics metrics(xAxis->tickLabelFont());
     int last = 0;
-    for (const double mark : AxisMarks(across_)) {
+    for (const double mark : AxisMarks(shown_.across)) {
         if (mark <= xAxis->range().upper * (1 + kMarkSlack))
             last = metrics.horizontalAdvance(ValueText(mark));
     }
@@ -360,20 +351,21 @@ void CurvePlot::LeaveMargins() {
 }
 
 void CurvePlot::ShowWhole() {
-    across_ = wholeAcross_;
-    up_ = wholeUp_;
+    shown_ = whole_;
     ShowSpans();
 }
 
 void CurvePlot::Zoom(double factor, QPointF at) {
-    across_ = Zoomed(across_, factor, std::log10(xAxis->pixelToCoord(at.x())), wholeAcross_);
-    up_ = Zoomed(up_, factor, std::log10(yAxis->pixelToCoord(at.y())), wholeUp_);
+    const auto zoom = [factor](LogSpan& span, double value, LogSpan whole) {
+        span = Zoomed(span, factor, std::log10(value), whole);
+    };
+    zoom(shown_.across, xAxis->pixelToCoord(at.x()), whole_.across);
+    zoom(shown_.up, yAxis->pixelToCoord(at.y()), whole_.up);
     ShowSpans();
 }
 
 void CurvePlot::Move(double across, double up) {
-    across_ = Moved(across_, across, wholeAcross_);
-    up_ = Moved(up_, up, wholeUp_);
+    shown_ = {Moved(shown_.across, across, whole_.across), Moved(shown_.up, up, whole_.up)};
     ShowSpans();
 }
 
@@ -382,9 +374,10 @@ void CurvePlot::Move(double across, double up) {
 void CurvePlot::TakeColours(const ChartColours& colours) {
     colours_ = colours;
     setBackground(colours.base);
-    xAxis->setTickLabelPadding(kNumberPadding);
-    for (QCPAxis* axis : {xAxis, yAxis})
-        axis->setLabelPadding(kTitlePadding);
+    QFont numbers = font();
+    numbers.setPointSizeF(numbers.pointSizeF() * kAxisTextGrowth);
+    QFont titles = numbers;
+    titles.setBold(true);
     for (QCPAxis* axis : axisRect()->axes()) {
         const QPen line(colours.text, 1);
         axis->setBasePen(line);
@@ -392,8 +385,8 @@ void CurvePlot::TakeColours(const ChartColours& colours) {
         axis->setSubTickPen(line);
         axis->setTickLabelColor(colours.text);
         axis->setLabelColor(colours.text);
-        axis->setTickLabelFont(Grown(font(), kAxisTextGrowth));
-        axis->setLabelFont(Grown(font(), kAxisTextGrowth, true));
+        axis->setTickLabelFont(numbers);
+        axis->setLabelFont(titles);
         axis->grid()->setPen(QPen(colours.grid, 1));
         axis->grid()->setSubGridPen(QPen(colours.fineGrid, 1));
     }
@@ -408,20 +401,16 @@ void CurvePlot::TakeColours(const ChartColours& colours) {
             item->setTextColor(colours.text);
         }
     }
-    StyleLines();
-    LeaveMargins();
-    Redraw();
-}
-
-void CurvePlot::StyleLines() {
     std::size_t look = 0;
     for (const Line& line : lines_) {
         StyleLine(line, look);
         if (line.curve.look == CurveLook::Normal) ++look;
     }
+    LeaveMargins();
+    Redraw();
 }
 
-void CurvePlot::StyleLine(const Line& line, std::size_t look) {
+void CurvePlot::StyleLine(const Line& line, std::size_t look) const {
     if (line.curve.look == CurveLook::Faint) {
         line.drawn->setPen(QPen(colours_.faint, kCurveWidth));
         line.drawn->setScatterStyle(QCPScatterStyle::ssNone);

@@ -15,16 +15,6 @@
 
 namespace davo {
 
-inline constexpr int kCurveWidth = 2;
-inline constexpr double kAxisTextGrowth = 1.1;
-
-inline QFont Grown(const QFont& font, double growth, bool bold = false) {
-    QFont grown = font;
-    grown.setPointSizeF(font.pointSizeF() * growth);
-    grown.setBold(bold);
-    return grown;
-}
-
 // What a chart is drawn on: axes, curves, kneepoints and the crosshair.
 class CurvePlot : public QCustomPlot {
   public:
@@ -40,8 +30,8 @@ class CurvePlot : public QCustomPlot {
     // whole decades over all of the room.
     void SetEqualDecades(bool equal);
     const std::optional<Crosshair>& Cross() const { return cross_; }
-    LogSpan Across() const { return across_; }
-    LogSpan Up() const { return up_; }
+    LogSpan Across() const { return shown_.across; }
+    LogSpan Up() const { return shown_.up; }
     int Paints() const { return paints_; }
     // Draws with the colours of paper and without the crosshair.
     template <class Work>
@@ -63,34 +53,34 @@ class CurvePlot : public QCustomPlot {
     void updateLayout() override;
 
   private:
+    // Of both axes.
+    struct Spans {
+        LogSpan across;
+        LogSpan up;
+        bool operator==(const Spans&) const = default;
+    };
+
     void BuildAxes();
     void Redraw();
     QCPCurve* CurveOf(const ChartCurve& curve);
     void TakeAll();
-    void TakeWhole(bool show);
-    void GrowTo(CurvePoint point);
     void ShowSpans();
     void TakeRanges();
     void LeaveMargins();
     void PlaceInside();
-    void StyleLines();
-    void StyleLine(const Line& line, std::size_t look);
+    void StyleLine(const Line& line, std::size_t look) const;
     void DrawLastReadings(QCPPainter& painter) const;
     void DrawCross(QCPPainter& painter) const;
 
     std::vector<Line> lines_;
-    LogSpan allAcross_;  // of all points
-    LogSpan allUp_;
-    LogSpan wholeAcross_;  // the same with decades of one length
-    LogSpan wholeUp_;
-    LogSpan across_;  // the part of it that is shown
-    LogSpan up_;
-    LogSpan askedAcross_;  // before its decades were made as long as the other's
-    LogSpan askedUp_;
+    Spans all_;    // of all points
+    Spans whole_;  // the same with decades of one length
+    Spans shown_;  // the part of it that is shown
+    Spans asked_;  // the same before its decades had one length
     std::vector<PlacedKnee> knees_;
     ChartColours colours_;
     std::optional<Crosshair> cross_;
-    bool whole_ = true;  // nothing is outside of what is shown
+    bool showsWhole_ = true;  // nothing is outside of what is shown
     bool equal_ = true;
     int paints_ = 0;
 };
@@ -98,14 +88,12 @@ class CurvePlot : public QCustomPlot {
 template <class Work>
 void CurvePlot::OnPaper(const Work& work) {
     const ChartColours shown = colours_;
-    const LogSpan across = across_;
-    const LogSpan up = up_;
+    const Spans spans = shown_;
     const std::optional<Crosshair> cross = std::exchange(cross_, std::nullopt);
     TakeColours(PaperColours());
     work();
     cross_ = cross;
-    across_ = across;
-    up_ = up;
+    shown_ = spans;
     TakeColours(shown);
 }
 

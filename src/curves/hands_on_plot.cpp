@@ -24,8 +24,7 @@ HandsOnPlot::HandsOnPlot(QWidget* parent, QLabel* lblCrosshair)
 }
 
 void HandsOnPlot::SetCurves(std::vector<ChartCurve> curves) {
-    stepLine_ = 0;
-    stepPoint_ = 0;
+    step_ = 0;
     Set(std::move(curves));
     SayCross();
 }
@@ -45,49 +44,35 @@ void HandsOnPlot::SayCross() {
 }
 
 void HandsOnPlot::PointTo(QPointF pixel) {
-    std::optional<Crosshair> nearest;
-    double least = 0;
-    for (std::size_t i = 0; i < Lines().size(); ++i) {
-        const ChartCurve& curve = Lines().at(i).curve;
-        for (std::size_t j = 0; j < curve.points.size(); ++j) {
-            const CurvePoint point = curve.points.at(j);
-            if (!CanBeDrawn(point)) continue;
-            const QPointF way = PixelOf(point) - pixel;
-            const double distance = QPointF::dotProduct(way, way);
-            if (nearest && distance >= least) continue;
-            least = distance;
-            nearest = Crosshair{curve.name, point};
-            stepLine_ = i;
-            stepPoint_ = j;
+    const std::vector<Crosshair> places = Places();
+    const auto nearest = std::ranges::min_element(places, {}, [&](const Crosshair& place) {
+        const QPointF way = PixelOf(place.point) - pixel;
+        return QPointF::dotProduct(way, way);
+    });
+    if (nearest == places.end()) return;
+    step_ = nearest - places.begin();
+    SetCross(*nearest);
+}
+
+std::vector<Crosshair> HandsOnPlot::Places() const {
+    std::vector<Crosshair> places;
+    for (const Line& line : Lines()) {
+        for (const CurvePoint& point : line.curve.points) {
+            if (CanBeDrawn(point)) places.push_back({line.curve.name, point});
         }
     }
-    SetCross(std::move(nearest));
+    return places;
 }
 
 // To the next point that can be seen, of this curve or the one after it.
 void HandsOnPlot::Step(int by) {
-    struct Place {
-        std::size_t line;
-        std::size_t point;
-    };
-    std::vector<Place> places;
-    std::ptrdiff_t here = -1;
-    for (std::size_t i = 0; i < Lines().size(); ++i) {
-        for (std::size_t j = 0; j < Lines().at(i).curve.points.size(); ++j) {
-            if (!CanBeDrawn(Lines().at(i).curve.points.at(j))) continue;
-            if (i == stepLine_ && j == stepPoint_) here = std::ssize(places);
-            places.push_back({i, j});
-        }
-    }
+    const std::vector<Crosshair> places = Places();
     if (places.empty()) return;
     // The first press shows where it starts.
-    const std::ptrdiff_t next =
-        Cross() ? std::clamp<std::ptrdiff_t>(here + by, 0, std::ssize(places) - 1)
-                : (by > 0 ? 0 : std::ssize(places) - 1);
-    const Place& place = places.at(static_cast<std::size_t>(next));
-    stepLine_ = place.line;
-    stepPoint_ = place.point;
-    const CurvePoint point = Lines().at(place.line).curve.points.at(place.point);
+    const std::ptrdiff_t last = std::ssize(places) - 1;
+    step_ = Cross() ? std::clamp<std::ptrdiff_t>(step_ + by, 0, last) : (by > 0 ? 0 : last);
+    const Crosshair& place = places.at(static_cast<std::size_t>(step_));
+    const CurvePoint point = place.point;
     const double across = std::log10(point.current);
     const double up = std::log10(point.voltage);
     const LogSpan x = Across();
@@ -95,7 +80,7 @@ void HandsOnPlot::Step(int by) {
     if (across < x.low || across > x.high || up < y.low || up > y.high)
         Move((across - (x.low + x.high) / 2) / x.Length(),
              (up - (y.low + y.high) / 2) / y.Length());
-    SetCross(Crosshair{Lines().at(place.line).curve.name, point});
+    SetCross(place);
 }
 
 void HandsOnPlot::SetInteractive(bool on) {

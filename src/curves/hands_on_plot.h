@@ -30,14 +30,15 @@ class HandsOnPlot : public CurvePlot {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    // The points that can be pointed at, curve by curve.
+    std::vector<Crosshair> Places() const;
     void PointTo(QPointF pixel);
     void Step(int by);
     void SetCross(std::optional<Crosshair> cross);
     void SayCross();
 
     QLabel* lblCrosshair_;
-    std::size_t stepLine_ = 0;
-    std::size_t stepPoint_ = 0;
+    std::ptrdiff_t step_ = 0;  // of Places: where the crosshair is
     bool interactive_ = true;
 };
 

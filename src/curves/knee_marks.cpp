@@ -127,29 +127,26 @@ void PlaceKnees(std::vector<PlacedKnee>& knees, const std::vector<QPolygonF>& cu
 
 QRectF LegendPlace(QSizeF size, const QRectF& area, const std::vector<PlacedKnee>& knees,
                    const std::vector<QPolygonF>& curves) {
-    constexpr int kTries = 8;  // each way
+    constexpr int kSteps = 7;  // each way
     constexpr int kOnTable = 100;
     constexpr int kOfTheChosen = 4;
-    QRectF best(area.topLeft(), size);
-    int least = -1;
-    for (int i = 0; i < kTries * kTries && least != 0; ++i) {
-        QRectF place(area.topLeft(), size);
-        const int across = i % kTries;
-        const int down = i / kTries;
-        place.translate((area.width() - size.width()) * across / (kTries - 1),
-                        (area.height() - size.height()) * down / (kTries - 1));
+    const auto badness = [&](const QRectF& place) {
         int bad = PointsIn(place, curves);
         if (!knees.empty()) bad += kOfTheChosen * PointsIn(place, {curves.front()});
-        const QPolygonF edges(place);
         for (const PlacedKnee& knee : knees) {
             if (place.intersects(knee.row) || place.intersects(MarkerOf(knee))) bad += kOnTable;
-            bad += CrossingsOf(knee.leader, {edges});
+            bad += CrossingsOf(knee.leader, {QPolygonF(place)});
         }
-        if (least >= 0 && bad >= least) continue;
-        least = bad;
-        best = place;
+        return bad;
+    };
+    const QSizeF step = (area.size() - size) / kSteps;
+    std::vector<QRectF> places;
+    for (int down = 0; down <= kSteps; ++down) {
+        for (int across = 0; across <= kSteps; ++across)
+            places.emplace_back(
+                area.topLeft() + QPointF(across * step.width(), down * step.height()), size);
     }
-    return best;
+    return *std::ranges::min_element(places, {}, badness);
 }
 
 void DrawKneeMarks(QPainter& painter, const std::vector<PlacedKnee>& knees,

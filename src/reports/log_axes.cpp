@@ -115,13 +115,9 @@ std::vector<double> AxisMarks(LogSpan span) {
     return Digits(span, {1});
 }
 
-std::vector<double> FineMarks(LogSpan span) {
+std::vector<double> FineMarks(LogSpan span, bool all) {
     if (span.Length() <= kEvenSteps) return {};
-    return Digits(span, {2, 3, 4, 5, 6, 7, 8, 9});
-}
-
-std::vector<double> SparseMarks(LogSpan span) {
-    return Digits(span, {2, 5});
+    return all ? Digits(span, {2, 3, 4, 5, 6, 7, 8, 9}) : Digits(span, {2, 5});
 }
 
 }  // namespace davo

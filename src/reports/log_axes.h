@@ -35,9 +35,8 @@ LogSpan Moved(LogSpan span, double part, LogSpan whole);
 // Where an axis from 10^low to 10^high has its marks with a number (rising): at whole decades, in a
 // part of few decades also at 2 and 5 or at every digit, in a short one at even steps.
 std::vector<double> AxisMarks(LogSpan span);
-// The marks between those, without a number: 2 to 9 of every decade.
-std::vector<double> FineMarks(LogSpan span);
-// The same where there is no room for all of them: 2 and 5 of every decade.
-std::vector<double> SparseMarks(LogSpan span);
+// The marks between those, without a number: 2 to 9 of every decade; 2 and 5 where there is no room
+// for all.
+std::vector<double> FineMarks(LogSpan span, bool all = true);
 
 }  // namespace davo

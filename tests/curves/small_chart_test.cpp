@@ -357,6 +357,27 @@ TEST(LargeChart, HasRoomForTheNamesOfTenCurves) {
     }
 }
 
+// The names are at the crosshair, too; a legend that is larger than the chart would hide all of it.
+TEST(LargeChart, HasNoLegendThatItHasNoRoomFor) {
+    CurveChart chart;
+    std::vector<ChartCurve> curves;
+    for (int i = 0; i < 10; ++i)
+        curves.push_back({u"LONGEST-FEEDER%1 Test 1"_s.arg(i), ReadingsOf(100 + 80 * i), {}, {}});
+    chart.SetCurves(curves);
+    chart.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
+    const auto& plot = *chart.findChild<QCustomPlot*>(u"plotCurves"_s);
+    for (const auto& [size, seen] : {std::pair{QSize(260, 180), false},
+                                     {QSize(650, 410), true},
+                                     {QSize(340, 220), false},
+                                     {QSize(900, 600), true}}) {
+        chart.resize(size);
+        QTest::qWait(30);
+        EXPECT_EQ(plot.legend->visible(), seen) << size.width();
+        EXPECT_TRUE(!seen || plot.axisRect()->rect().contains(plot.legend->outerRect()));
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Sizes, SmallChart,
                          ::testing::Values(Look{{420, 260}}, Look{{340, 220}},
                                            Look{{420, 260}, 1.5}, Look{{340, 220}, 1.5}));
