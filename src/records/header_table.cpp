@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/header_table.h"
 
+#include <algorithm>
+
 #include "common/files.h"
 #include "common/text.h"
 
@@ -47,20 +49,16 @@ void LoadHeaderFile(HeaderTable& table, const QString& dataPath) {
             table.Field(*field) = line.substr(line.find(key) + key.size());
         }
     } else {
-        for (int i = 0; i < kHeaderFieldCount; ++i)
-            table.Field(i).clear();
+        std::ranges::fill(table.Fields(), std::string());
     }
-    for (int i = 0; i < kHeaderFieldCount; ++i) {
-        table.Field(i) = PadRight(table.Field(i), kHeaderFieldWidth);
-    }
+    for (std::string& field : table.Fields())
+        field = PadRight(field, kHeaderFieldWidth);
 }
 
 void SaveHeaderFile(const HeaderTable& table, const QString& dataPath) {
     std::vector<std::string> lines;
-    lines.reserve(kHeaderFieldCount);
-    for (int i = 0; i < kHeaderFieldCount; ++i) {
+    for (int i = 0; i < kHeaderFieldCount; ++i)
         lines.push_back(KeyOf(i) + table.Field(i));
-    }
     ReplaceFile(HeaderFilePath(dataPath), JoinLines(lines));
 }
 

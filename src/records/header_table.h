@@ -4,6 +4,7 @@
 #include <QString>
 #include <array>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -20,13 +21,16 @@ inline constexpr int kHeaderTime = 2;  // "HH:MM" of it
 struct HeaderTable {
     std::array<std::string, 100> headerFields;
 
-    // Field i (0 company to 7 operator).
-    std::string& Field(int i) {
-        return headerFields.at(kHeaderFirstField + static_cast<std::size_t>(i));
+    // The eight fields, company to operator.
+    auto Fields() {
+        return std::span(headerFields).subspan<kHeaderFirstField, kHeaderFieldCount>();
     }
-    const std::string& Field(int i) const {
-        return headerFields.at(kHeaderFirstField + static_cast<std::size_t>(i));
+    auto Fields() const {
+        return std::span(headerFields).subspan<kHeaderFirstField, kHeaderFieldCount>();
     }
+    // One of them, from 0.
+    std::string& Field(int i) { return Fields()[static_cast<std::size_t>(i)]; }
+    const std::string& Field(int i) const { return Fields()[static_cast<std::size_t>(i)]; }
 };
 
 // Fills the eight fields from "Davo.ini" in dataPath (each 20 blanks when the file is missing):

@@ -127,8 +127,7 @@ void frmHeader::BuildSlotChoice(QFormLayout* form) {
 }
 
 void frmHeader::BuildBoxes(QFormLayout* form) {
-    for (int i = 0; i < kHeaderFieldCount; ++i) {
-        const auto at = static_cast<std::size_t>(i);
+    for (std::size_t i = 0; i < txtHeader_.size(); ++i) {
         auto* box = Named(new QLineEdit(this), QStringLiteral("txtHeader%1").arg(i));
         box->setMinimumWidth(box->fontMetrics().averageCharWidth() * kBoxLength);
         box->setMinimumHeight(kBoxHeight);
@@ -143,8 +142,8 @@ void frmHeader::BuildBoxes(QFormLayout* form) {
             cut_.clear();
             ShowState();
         });
-        AddRow(form, QLatin1String(kHeaderKeys.at(at)) + QLatin1Char(':'), box);
-        txtHeader_.at(at) = box;
+        AddRow(form, QLatin1String(kHeaderKeys.at(i)) + QLatin1Char(':'), box);
+        txtHeader_.at(i) = box;
     }
 }
 
@@ -189,8 +188,7 @@ void frmHeader::Form_Load() {
         QTimer::singleShot(0, this, [this] { ReadSlots(); });
     } else {
         HeaderBoxes boxes;
-        for (int i = 0; i < kHeaderFieldCount; ++i)
-            boxes.at(static_cast<std::size_t>(i)) = TrimBlanks(header_.Field(i));
+        std::ranges::transform(header_.Fields(), boxes.begin(), TrimBlanks);
         lblUsed_->setText(Clean(boxes, QStringLiteral("the PC")));
         ShowBoxes(boxes);
     }
@@ -258,10 +256,9 @@ void frmHeader::ShowState() {
 void frmHeader::UseHeader() {
     HeaderBoxes boxes = Boxes();
     HeaderBoxes fields;
-    std::transform(boxes.begin(), boxes.end(), fields.begin(), TakeHeaderField);
+    std::ranges::transform(boxes, fields.begin(), TakeHeaderField);
     if (mode_ == HeaderMode::Pc && !MaySave(fields)) return;
-    for (int i = 0; i < kHeaderFieldCount; ++i)
-        header_.Field(i) = fields.at(static_cast<std::size_t>(i));
+    std::ranges::copy(fields, header_.Fields().begin());
     ShowCutBoxes(boxes);
     if (mode_ == HeaderMode::Pc) SaveHeaderFile(header_, targets_->dataPath);
     edited_ = false;

@@ -17,6 +17,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "common/files.h"
@@ -39,10 +40,15 @@ constexpr double kStatusGrowth = 1.5;
 constexpr int kOptionRoom = 24;
 constexpr int kLeastListRows = 4;
 
-// The option buttons in their order on the window, and what they stand for.
-constexpr std::array<const char*, 3> kDisplayCaptions{"Filename", "Date", "Station"};
-constexpr std::array<std::int16_t, 3> kDisplays{kDisplayFilename, kDisplayDate, kDisplayStation};
-constexpr std::array<const char*, 2> kSortCaptions{"Ascending", "Descending"};
+// An option as the window shows it and as the settings hold it.
+struct Option {
+    const char* caption;
+    std::int16_t setting;
+};
+constexpr std::array kDisplayOptions{Option{"Filename", kDisplayFilename},
+                                     Option{"Date", kDisplayDate},
+                                     Option{"Station", kDisplayStation}};
+constexpr std::array kSortOptions{Option{"Ascending", 0}, Option{"Descending", kDescending}};
 
 // What is told of record files that a rebuild did not list; empty when all are listed.
 QString NotListedText(const RebuildResult& result) {
@@ -107,27 +113,27 @@ void frmTestList::BuildTop(QBoxLayout* column) {
 void frmTestList::BuildOptions(QWidget* frame) {
     auto* grid = new QGridLayout(frame);
     grid->setHorizontalSpacing(kOptionRoom);
-    const auto addRow = [this, grid, frame](int row, const char* caption, const char* name,
-                                            const auto& captions, auto& buttons) {
-        grid->addWidget(
-            MakeLabel(frame, row == 0 ? "lblDisplay" : "lblSort", QLatin1String(caption)), row, 0);
+    const auto addRow = [this, grid, frame](const char* label, const char* caption,
+                                            const char* name, const auto& options) {
+        const int row = grid->rowCount();
+        grid->addWidget(MakeLabel(frame, label, QLatin1String(caption)), row, 0);
         auto* group = new QButtonGroup(this);
-        for (std::size_t i = 0; i < captions.size(); ++i) {
-            auto* button = Named(new QRadioButton(QLatin1String(captions.at(i)), frame),
-                                 QLatin1String(name) + QString::number(i));
+        for (const auto& [text, setting] : options) {
+            auto* button = new QRadioButton(QLatin1String(text), frame);
+            Named(button, QLatin1String(name) + QString::number(group->buttons().size()));
             Enlarge(button);
             // The Tab key goes to the one that is chosen.
             button->setFocusPolicy(Qt::ClickFocus);
             connect(button, &QRadioButton::toggled, button, [button](bool chosen) {
                 button->setFocusPolicy(chosen ? Qt::StrongFocus : Qt::ClickFocus);
             });
-            group->addButton(button);
-            grid->addWidget(button, row, static_cast<int>(i) + 1);
-            buttons.at(i) = button;
+            group->addButton(button, setting);
+            grid->addWidget(button, row, static_cast<int>(group->buttons().size()));
         }
+        return group;
     };
-    addRow(0, "Display:", "optDisplay", kDisplayCaptions, optDisplay_);
-    addRow(1, "Sort:", "optSort", kSortCaptions, optSort_);
+    optDisplay_ = addRow("lblDisplay", "Display:", "optDisplay", kDisplayOptions);
+    optSort_ = addRow("lblSort", "Sort:", "optSort", kSortOptions);
 }
 
 void frmTestList::BuildList(QBoxLayout* column) {
@@ -218,10 +224,8 @@ void frmTestList::SetOptionButtons() {
     Settings& settings = around_.settings;
     settings.sortDisplay = ValidDisplay(settings.sortDisplay);
     settings.sortOrder = ValidOrder(settings.sortOrder);
-    for (std::size_t i = 0; i < kDisplays.size(); ++i)
-        optDisplay_.at(i)->setChecked(kDisplays.at(i) == settings.sortDisplay);
-    optSort_[0]->setChecked(settings.sortOrder != kDescending);
-    optSort_[1]->setChecked(settings.sortOrder == kDescending);
+    optDisplay_->button(settings.sortDisplay)->setChecked(true);
+    optSort_->button(settings.sortOrder)->setChecked(true);
 }
 
 // The loaded directory, as far as it is whole, and what is to be known about it.
@@ -269,10 +273,8 @@ void frmTestList::DisplayAndSort() {
 
 void frmTestList::cmdRefresh_Click() {
     Settings& settings = around_.settings;
-    settings.sortOrder = optSort_[1]->isChecked() ? std::int16_t{kDescending} : std::int16_t{0};
-    for (std::size_t i = 0; i < kDisplays.size(); ++i) {
-        if (optDisplay_.at(i)->isChecked()) settings.sortDisplay = kDisplays.at(i);
-    }
+    settings.sortOrder = static_cast<std::int16_t>(optSort_->checkedId());
+    settings.sortDisplay = static_cast<std::int16_t>(optDisplay_->checkedId());
     if (mode_ == ListMode::Folder) {
         ListFolder(settings.dataPath, around_.tables);
         EntriesFromFolder();

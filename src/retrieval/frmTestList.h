@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QWidget>
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -17,11 +16,11 @@
 #include "ui/event_handlers.h"
 
 class QBoxLayout;
+class QButtonGroup;
 class QLabel;
 class QLineEdit;
 class QProgressBar;
 class QPushButton;
-class QRadioButton;
 
 namespace davo {
 
@@ -100,8 +99,8 @@ class frmTestList : public QWidget {
     bool closeWanted_ = false;
 
     QWidget* frameDisplaySort_ = nullptr;
-    std::array<QRadioButton*, 3> optDisplay_{};
-    std::array<QRadioButton*, 2> optSort_{};
+    QButtonGroup* optDisplay_ = nullptr;
+    QButtonGroup* optSort_ = nullptr;
     QPushButton* cmdRefresh_ = nullptr;
     QPushButton* cmdDir_ = nullptr;
     QLineEdit* txtFolder_ = nullptr;

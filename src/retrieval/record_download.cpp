@@ -125,44 +125,6 @@ QString NotWholeText(std::string_view entry, const ConvertedRecord& record) {
     return remarks.join(QLatin1Char(' '));
 }
 
-// What OnProgress is told.
-class RecordDownload::Progress {
-  public:
-    Progress(const RecordDownload& download, const std::vector<std::string>& entries)
-        : download_(download) {
-        for (const std::string& entry : entries) {
-            const int tests = TestsOf(entry);
-            bytes_ = bytes_ && tests > 0;
-            sizes_.push_back(UsualReplyBytes(tests));
-        }
-        if (!bytes_) sizes_.assign(entries.size(), 1);
-        for (const std::size_t size : sizes_)
-            total_ += size;
-        Tell(0);
-    }
-
-    void Received(std::size_t bytes) const {
-        if (bytes_) Tell(done_ + std::min(bytes, sizes_.at(index_)));
-    }
-    void NextRecord() {
-        done_ += sizes_.at(index_);
-        ++index_;
-        Tell(done_);
-    }
-
-  private:
-    void Tell(std::size_t done) const {
-        if (download_.OnProgress) download_.OnProgress(done, total_);
-    }
-
-    const RecordDownload& download_;
-    bool bytes_ = true;               // in bytes, else in records
-    std::vector<std::size_t> sizes_;  // of each record
-    std::size_t total_ = 0;
-    std::size_t done_ = 0;  // of the records that are through
-    std::size_t index_ = 0;
-};
-
 RecordDownload::RecordDownload(Link& link, Prompts& prompts, DirectoryTables& tables,
                                QString dataPath, QString scratchFolder)
     : link_(link),
@@ -184,8 +146,7 @@ DownloadResult RecordDownload::Run() {
     DownloadResult result;
     QString error;
     try {
-        Progress progress(*this, tables_.dirEntries);
-        Download(result, progress);
+        Download(result);
     } catch (const RunTimeError& stopped) {
         result.end = DownloadEnd::Failed;
         error = QString::fromUtf8(stopped.what());
@@ -203,7 +164,8 @@ void RecordDownload::Leave() {
     link_.EndWait();
 }
 
-void RecordDownload::Download(DownloadResult& result, Progress& progress) {
+void RecordDownload::Download(DownloadResult& result) {
+    TellProgress(0, 0);
     tables_.dirFileNames.clear();
     for (const std::string& entry : tables_.dirEntries)
         tables_.dirFileNames.push_back(FromPage(NameOf(entry)) + Extension());
@@ -215,14 +177,13 @@ void RecordDownload::Download(DownloadResult& result, Progress& progress) {
         return;
     }
     while (next_ < tables_.dirEntries.size()) {
-        result.end = DownloadRecord(next_, result, progress);
+        result.end = DownloadRecord(next_, result);
         if (result.end != DownloadEnd::Complete) return;
-        progress.NextRecord();
+        TellProgress(next_, 0);
     }
 }
 
-DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& result,
-                                           Progress& progress) {
+DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& result) {
     const std::string entry = tables_.dirEntries.at(index);
     const std::string name = NameOf(entry);
     if (OnStatus) {
@@ -256,12 +217,29 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
     if (const auto ended = Exchange(kReadyCommand, kReadyReply, reply)) return *ended;
     {
         const QScopedValueRollback<std::function<void(std::size_t)>> grows(
-            link_.OnReplyGrows, [&progress](std::size_t bytes) { progress.Received(bytes); });
+            link_.OnReplyGrows, [&](std::size_t bytes) { TellProgress(index, bytes); });
         if (const auto ended = Exchange("R", kReplyEnd, reply)) return *ended;
     }
     WriteRecord(entry, *target, ByScratchFile(reply), result);
     next_ = index + 1;
     return DownloadEnd::Complete;
+}
+
+void RecordDownload::TellProgress(std::size_t whole, std::size_t bytes) const {
+    if (!OnProgress) return;
+    const std::vector<std::string>& entries = tables_.dirEntries;
+    const bool sizesKnown =
+        std::ranges::all_of(entries, [](const std::string& entry) { return TestsOf(entry) > 0; });
+    if (!sizesKnown && bytes > 0) return;
+    std::size_t done = 0;
+    std::size_t total = 0;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const std::size_t size = sizesKnown ? UsualReplyBytes(TestsOf(entries[i])) : 1;
+        if (i < whole) done += size;
+        if (i == whole) done += std::min(bytes, size);
+        total += size;
+    }
+    OnProgress(done, total);
 }
 
 void RecordDownload::WriteRecord(const std::string& entry, const std::string& name,

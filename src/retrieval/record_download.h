@@ -67,10 +67,10 @@ class RecordDownload {
     std::function<void(std::size_t done, std::size_t total)> OnProgress;
 
   private:
-    class Progress;
-
-    void Download(DownloadResult& result, Progress& progress);
-    DownloadEnd DownloadRecord(std::size_t index, DownloadResult& result, Progress& progress);
+    void Download(DownloadResult& result);
+    DownloadEnd DownloadRecord(std::size_t index, DownloadResult& result);
+    // So many records are through, and so many bytes of the next one's reply are there.
+    void TellProgress(std::size_t whole, std::size_t bytes) const;
     // Sends command and puts what came into reply. Nothing when the download can go on, else why it
     // ends.
     std::optional<DownloadEnd> Exchange(std::string_view command, std::string_view expectedReply,
