@@ -49,23 +49,7 @@ frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, P
     setWindowTitle(QStringLiteral("Copy File(s)"));
     auto* column = new QVBoxLayout(this);
     column->setSpacing(kFormSpacing);
-    lblPath_ = MakeLabel(this, "lblPath", QStringLiteral("Copy %1 file(s) to:").arg(files_.size()));
-    column->addWidget(lblPath_);
-    driveButtons_ = new QWidget(this);
-    driveColumn_ = WithMargin(new QVBoxLayout(driveButtons_), 0);
-    column->addWidget(driveButtons_);
-    lblDrives_ = MakeParagraph(this, "lblDrives");
-    column->addWidget(lblDrives_);
-    auto* row = new QHBoxLayout;
-    txtPath_ = Named(new QLineEdit(this), "txtPath");
-    txtPath_->setAccessibleName(QStringLiteral("Target folder"));
-    Enlarge(txtPath_);
-    txtPath_->setMinimumHeight(kPathHeight);
-    row->addWidget(txtPath_, 1);
-    cmdPath_ = new BigButton(this, "cmdPath", "&Path");
-    cmdPath_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    row->addWidget(cmdPath_);
-    column->addLayout(row);
+    column->addWidget(BuildQuestion());
     lblStatus_ = MakeParagraph(this, "lblStatus");
     lblStatus_->hide();
     column->addWidget(lblStatus_);
@@ -93,6 +77,30 @@ frmCopyFile::frmCopyFile(std::vector<QString> files, const Settings& settings, P
     });
 }
 
+QWidget* frmCopyFile::BuildQuestion() {
+    question_ = new QWidget(this);
+    auto* column = WithMargin(new QVBoxLayout(question_), 0);
+    column->setSpacing(kFormSpacing);
+    column->addWidget(
+        MakeLabel(question_, "lblPath", QStringLiteral("Copy %1 file(s) to:").arg(files_.size())));
+    driveButtons_ = new QWidget(question_);
+    driveColumn_ = WithMargin(new QVBoxLayout(driveButtons_), 0);
+    column->addWidget(driveButtons_);
+    lblDrives_ = MakeParagraph(question_, "lblDrives");
+    column->addWidget(lblDrives_);
+    auto* row = new QHBoxLayout;
+    txtPath_ = Named(new QLineEdit(question_), "txtPath");
+    txtPath_->setAccessibleName(QStringLiteral("Target folder"));
+    Enlarge(txtPath_);
+    txtPath_->setMinimumHeight(kPathHeight);
+    row->addWidget(txtPath_, 1);
+    cmdPath_ = new BigButton(question_, "cmdPath", "&Path");
+    cmdPath_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    row->addWidget(cmdPath_);
+    column->addLayout(row);
+    return question_;
+}
+
 void frmCopyFile::Form_Load() {
     lblDrives_->setText(
         QStringLiteral("No stick is plugged in. Plug one in, or choose another folder."));
@@ -105,28 +113,32 @@ void frmCopyFile::Form_Load() {
 void frmCopyFile::ShowDrives() {
     std::vector<RemovableDrive> drives = listDrives_();
     drives.resize(std::min(drives.size(), kMostDrives));
-    // A button that is made anew loses the focus, and the press that is under way.
-    const auto same = [](const RemovableDrive& a, const RemovableDrive& b) {
-        return a.path == b.path;
-    };
-    if (std::equal(drives.begin(), drives.end(), drives_.begin(), drives_.end(), same)) return;
-    drives_ = std::move(drives);
-    qDeleteAll(driveButtons_->findChildren<QPushButton*>());
-    for (std::size_t i = 0; i < drives_.size(); ++i) {
-        const RemovableDrive& drive = drives_[i];
-        auto* button = new BigButton(driveButtons_, QStringLiteral("cmdDrive%1").arg(i));
+    QList<QPushButton*> gone = driveButtons_->findChildren<QPushButton*>();
+    int number = 0;
+    for (const RemovableDrive& drive : drives) {
+        // A button that is made anew loses the focus, and the press that is under way.
+        const auto known = std::ranges::find(gone, ShownPath(drive.path), &QPushButton::toolTip);
+        QPushButton* button = known != gone.end() ? *known : MakeDriveButton(drive.path);
+        gone.removeOne(button);
+        button->setObjectName(QStringLiteral("cmdDrive%1").arg(number));
+        driveColumn_->insertWidget(number++, button);
         QString name = drive.name;
         button->setText(
             QStringLiteral("&%1   %2   %3 free")
-                .arg(i + 1)
+                .arg(number)
                 .arg(name.replace(QLatin1Char('&'), QLatin1String("&&")),
                      QLocale::c().formattedDataSize(drive.free, 1, QLocale::DataSizeSIFormat)));
-        button->setToolTip(ShownPath(drive.path));
-        connect(button, &QPushButton::clicked, this,
-                [this, path = drive.path] { handlers_.RunAlone([&] { cmdDrive_Click(path); }); });
-        driveColumn_->addWidget(button);
     }
-    lblDrives_->setVisible(drives_.empty());
+    qDeleteAll(gone);
+    lblDrives_->setVisible(drives.empty());
+}
+
+QPushButton* frmCopyFile::MakeDriveButton(const QString& path) {
+    auto* button = new BigButton(driveButtons_);
+    button->setToolTip(ShownPath(path));
+    connect(button, &QPushButton::clicked, this,
+            [this, path] { handlers_.RunAlone([&] { cmdDrive_Click(path); }); });
+    return button;
 }
 
 bool frmCopyFile::IsRemovable(const QString& target) const {
@@ -166,14 +178,10 @@ void frmCopyFile::cmdOK_Click() {
 }
 
 void frmCopyFile::ShowCopying() {
-    txtPath_->setEnabled(false);
-    txtPath_->hide();
-    lblPath_->hide();
-    lblDrives_->hide();
-    driveButtons_->hide();
-    cmdPath_->hide();
-    cmdPath_->setEnabled(false);
+    question_->setEnabled(false);
+    question_->hide();
     cmdOK_->setText(QStringLiteral("Cancel"));
+    cmdOK_->setFocus();
     pbarProgress_->setRange(0, kWholeBar);
     pbarProgress_->setValue(0);
     pbarProgress_->show();

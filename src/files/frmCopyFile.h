@@ -37,7 +37,9 @@ class frmCopyFile : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    QWidget* BuildQuestion();
     void ShowDrives();
+    QPushButton* MakeDriveButton(const QString& path);
     bool IsRemovable(const QString& target) const;
     void cmdDrive_Click(const QString& path);
     void cmdPath_Click();
@@ -51,16 +53,15 @@ class frmCopyFile : public QWidget {
     const Settings& settings_;
     Prompts& prompts_;
     const DriveList listDrives_;
-    std::vector<RemovableDrive> drives_;  // that have a button
     EventHandlers handlers_;
     std::size_t next_ = 0;  // the window's start index into the list
     bool copying_ = false;
     bool cancelled_ = false;
 
+    QWidget* question_ = nullptr;  // where to
     QWidget* driveButtons_ = nullptr;
     QVBoxLayout* driveColumn_ = nullptr;
     QLabel* lblDrives_ = nullptr;
-    QLabel* lblPath_ = nullptr;
     QLineEdit* txtPath_ = nullptr;
     QPushButton* cmdPath_ = nullptr;
     QPushButton* cmdOK_ = nullptr;

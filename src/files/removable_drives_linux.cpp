@@ -1,28 +1,31 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <QDir>
+#include <mntent.h>
+#include <sys/statvfs.h>
+
+#include <QFile>
 #include <QFileInfo>
-#include <QStorageInfo>
+#include <memory>
+#include <string_view>
 
 #include "files/removable_drives.h"
 
 namespace davo {
 
 std::vector<RemovableDrive> DrivesBelow(const QString& folder) {
+    constexpr qsizetype kDeepest = 2;  // a user's folder, and the stick's
     std::vector<RemovableDrive> drives;
-    const auto within = [](const QString& path) {
-        return QDir(path).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks);
-    };
-    const auto add = [&drives](const QFileInfo& place) {
-        const QStorageInfo volume(place.filePath());
-        if (volume.rootPath() != place.filePath()) return false;
-        if (volume.isReady() && !volume.isReadOnly())
-            drives.push_back({place.filePath(), place.fileName(), volume.bytesAvailable()});
-        return true;
-    };
-    for (const QFileInfo& place : within(folder)) {
-        if (add(place)) continue;
-        for (const QFileInfo& inner : within(place.filePath()))
-            add(inner);
+    const std::unique_ptr<FILE, decltype(&::endmntent)> mounts(
+        ::setmntent("/proc/self/mounts", "r"), &::endmntent);
+    while (const mntent* mount = mounts ? ::getmntent(mounts.get()) : nullptr) {
+        const QString path = QFile::decodeName(mount->mnt_dir);
+        const bool within = path.startsWith(folder + QLatin1Char('/')) &&
+                            path.mid(folder.size()).count(QLatin1Char('/')) <= kDeepest;
+        // A share of the network is no device, and may not answer.
+        if (!within || !std::string_view(mount->mnt_fsname).starts_with("/dev/")) continue;
+        struct statvfs volume = {};
+        if (::statvfs(mount->mnt_dir, &volume) != 0 || (volume.f_flag & ST_RDONLY) != 0) continue;
+        drives.push_back({path, QFileInfo(path).fileName(),
+                          static_cast<qint64>(volume.f_bavail * volume.f_frsize)});
     }
     return drives;
 }

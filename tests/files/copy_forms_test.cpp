@@ -114,6 +114,24 @@ TEST_F(CopyWindow, SticksComeAndGo) {
     ASSERT_TRUE(Until([this] { return Find<QLabel>("lblDrives")->isVisible(); }));
 }
 
+TEST_F(CopyWindow, AStickThatStaysKeepsItsButtonAndTheFocus) {
+    const RemovableDrive other{folder.Path("other"), u"OTHER"_s, 999};
+    drives = {Stick(), other};
+    OpenTwo();
+    const QPointer<QPushButton> button = Find<QPushButton>("cmdDrive1");
+    button->setFocus();
+    drives = {other};
+    ASSERT_TRUE(Until([this] { return Sticks().size() == 1; }));
+    ASSERT_NE(button, nullptr);
+    EXPECT_TRUE(button->hasFocus());
+    EXPECT_THAT(Sticks(), ElementsAre("&1   OTHER   999 bytes free"));
+    drives = {Stick(), other};
+    ASSERT_TRUE(Until([this] { return Sticks().size() == 2; }));
+    EXPECT_TRUE(button->hasFocus());
+    EXPECT_EQ(Sticks()[1], "&2   OTHER   999 bytes free");
+    EXPECT_TRUE(Until([&] { return Find<QPushButton>("cmdDrive0")->y() < button->y(); }));
+}
+
 TEST_F(CopyWindow, AFolderOnAStickIsOnIt) {
     drives = {{folder.Path("disk"), u"A"_s, 1}, {folder.Path("disk/in"), u"B"_s, 1}};
     QDir().mkpath(folder.Path("disk/inner"));
@@ -298,6 +316,7 @@ TEST_F(CopyWindow, CancelEndsBetweenFiles) {
     Type(target);
     QTimer::singleShot(0, window.get(), [&] {
         EXPECT_EQ(Text("cmdOK"), "Cancel");
+        EXPECT_TRUE(Find<QPushButton>("cmdOK")->hasFocus());
         EXPECT_FALSE(Box("txtPath")->isVisible());
         EXPECT_FALSE(Find<QPushButton>("cmdPath")->isVisible());
         EXPECT_TRUE(Find<QProgressBar>("pbarProgress")->isVisible());
@@ -330,18 +349,21 @@ TEST_F(CopyWindow, HoldsAtMost251Names) {
 
 TEST(RemovableDrives, AreThoseMountedInAFolderOrInAUsersFolderWithinIt) {
     const TemporaryFolder folder;
-    for (const char* name : {"a", "user/b", "user/c", "deep/er/d"})
+    for (const char* name : {"a", "user/b b", "user/c", "deep/er/d", "user/share"})
         QDir().mkpath(folder.Path(name));
-    const auto mounted = [&](const char* name, unsigned long flags) {
+    const auto mounted = [&](const char* name, unsigned long flags = 0,
+                             const char* device = "/dev/stick") {
         const QByteArray path = QFile::encodeName(folder.Path(name));
-        return ::mount("none", path.constData(), "tmpfs", flags, "size=64k") == 0;
+        return ::mount(device, path.constData(), "tmpfs", flags, "size=64k") == 0;
     };
-    if (!mounted("a", 0)) GTEST_SKIP() << "a disk can be mounted by root only";
-    EXPECT_TRUE(mounted("user/b", 0) && mounted("user/c", MS_RDONLY) && mounted("deep/er/d", 0));
+    if (!mounted("a")) GTEST_SKIP() << "a disk can be mounted by root only";
+    EXPECT_TRUE(mounted("user/b b") && mounted("user/c", MS_RDONLY) && mounted("deep/er/d"));
+    // A share of the network may not answer: it is not even asked.
+    EXPECT_TRUE(mounted("user/share", 0, "server:/share"));
     const auto drives = DrivesBelow(QDir::cleanPath(folder.Path()));
     EXPECT_THAT(drives, ElementsAre(RemovableDrive{folder.Path("a"), u"a"_s, 65536},
-                                    RemovableDrive{folder.Path("user/b"), u"b"_s, 65536}));
-    for (const char* name : {"a", "user/b", "user/c", "deep/er/d"})
+                                    RemovableDrive{folder.Path("user/b b"), u"b b"_s, 65536}));
+    for (const char* name : {"a", "user/b b", "user/c", "deep/er/d", "user/share"})
         EXPECT_EQ(::umount(QFile::encodeName(folder.Path(name)).constData()), 0);
 }
 
