@@ -9,7 +9,7 @@ set(debian "${CMAKE_SOURCE_DIR}/packaging/debian")
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-install(TARGETS davo davo-instrument RUNTIME DESTINATION bin)
+install(TARGETS davo davo-report davo-instrument RUNTIME DESTINATION bin)
 if(TARGET davo_reports_calc)
   # A module that only the program loads: it is nobody's library and nothing runs it.
   install(TARGETS davo_reports_calc LIBRARY DESTINATION lib/davo
@@ -29,25 +29,28 @@ install(FILES "${debian}/lintian-overrides" DESTINATION share/lintian/overrides 
 
 # Without the time of packing in them: the same sources make the same files.
 set(packed)
-foreach(name davo.1 davo-instrument.1)
+foreach(name davo.1 davo-report.1 davo-instrument.1)
   configure_file("${debian}/${name}.in" "${CMAKE_BINARY_DIR}/packed/${name}" @ONLY)
 endforeach()
 configure_file("${debian}/changelog" "${CMAKE_BINARY_DIR}/packed/changelog" COPYONLY)
-foreach(name davo.1 davo-instrument.1 changelog)
+foreach(name davo.1 davo-report.1 davo-instrument.1 changelog)
   set(file "${CMAKE_BINARY_DIR}/packed/${name}")
   add_custom_command(OUTPUT "${file}.gz"
     COMMAND gzip -9nc "${file}" > "${file}.gz"
     DEPENDS "${file}" VERBATIM)
   list(APPEND packed "${file}.gz")
 endforeach()
-install(FILES "${CMAKE_BINARY_DIR}/packed/davo.1.gz" "${CMAKE_BINARY_DIR}/packed/davo-instrument.1.gz"
+install(FILES "${CMAKE_BINARY_DIR}/packed/davo.1.gz" "${CMAKE_BINARY_DIR}/packed/davo-report.1.gz"
+  "${CMAKE_BINARY_DIR}/packed/davo-instrument.1.gz"
   DESTINATION share/man/man1)
+install(FILES "${debian}/davo-report.bash"
+  DESTINATION share/bash-completion/completions RENAME davo-report)
 install(FILES "${CMAKE_BINARY_DIR}/packed/changelog.gz" DESTINATION share/doc/davo)
 
 # All that is installed, and nothing else: packing builds no more than this.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 add_custom_target(davo_shipped DEPENDS ${packed})
-add_dependencies(davo_shipped davo davo-instrument davo_guide)
+add_dependencies(davo_shipped davo davo-report davo-instrument davo_guide)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME davo)
@@ -73,6 +76,7 @@ as a plain-text test record. It also
  * makes workbooks with report, data points and excitation chart,
  * edits, copies, renames and deletes records and test headers.
 
-The program davo-instrument is a simulated test set on a pseudo terminal,
-for training and for trying the program.")
+The program davo-report makes reports of many records at once, without a
+window. The program davo-instrument is a simulated test set on a pseudo
+terminal, for training and for trying the program.")
 include(CPack)

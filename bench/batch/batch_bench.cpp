@@ -96,12 +96,13 @@ void Measure(int records) {
           reading.seconds);
     Print("--csv - --judge", RunOf(one + program + " --csv - --judge " + folder + " >/dev/null"),
           records, reading.seconds);
+    const std::string share = std::to_string(std::max(records / 800, 1));  // of the folders
     Print("--csv -, by two processes",
-          Best("ls -d " + folder + "/* | xargs -P2 -n 25 " + program +
+          Best("ls -d " + folder + "/* | xargs -P2 -n " + share + " " + program +
                " --csv - --no-heading >/dev/null"),
           records, reading.seconds);
     Print("the same, by one",
-          Best("ls -d " + folder + "/* | xargs -P1 -n 25 " + program +
+          Best("ls -d " + folder + "/* | xargs -P1 -n " + share + " " + program +
                " --csv - --no-heading >/dev/null"),
           records, reading.seconds);
     // A page takes a hundred times as long as a row.

@@ -48,6 +48,7 @@ SectionEnd
 ; may anything else.
 Section "un.Remove"
   Delete "$INSTDIR\davo.exe"
+  Delete "$INSTDIR\davo-report.exe"
   Delete "$INSTDIR\*.dll"
   Delete "$INSTDIR\DAVO_Header.xls"
   Delete "$INSTDIR\read-me.txt"

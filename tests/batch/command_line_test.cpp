@@ -88,5 +88,42 @@ TEST(CommandLine, ShowsHelpAndVersion) {
     EXPECT_EQ(version.out, std::string("davo-report ") + kVersion + "\n");
 }
 
+// What bash proposes for the last of these words.
+QStringList Proposed(const QString& words, const QString& folder) {
+    const test::Ended run = test::Shell(
+        u". " DAVO_TESTS_FOLDER
+        "/../packaging/debian/davo-report.bash && COMP_WORDS=(%1) && "
+        "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _davo_report && printf '%s\\n' \"${COMPREPLY[@]}\""_s
+            .arg(words),
+        folder);
+    EXPECT_EQ(run.err, "");
+    QStringList proposed = QString::fromStdString(run.out).split(u'\n', Qt::SkipEmptyParts);
+    proposed.sort();
+    return proposed;
+}
+
+TEST(Completion, ProposesEveryOptionThatTheHelpShows) {
+    const test::TemporaryFolder folder;
+    QStringList shown;
+    for (const std::string& line : SplitLines(test::Report({u"--help"_s}).out)) {
+        if (line.starts_with("  --")) shown += QString::fromStdString(line).section(u' ', 2, 2);
+    }
+    shown.sort();
+    EXPECT_GT(shown.size(), 10);
+    EXPECT_EQ(Proposed(u"davo-report --"_s, folder.Path()), shown);
+    EXPECT_EQ(Proposed(u"davo-report --csv --ru"_s, folder.Path()), QStringList(u"--rule"_s));
+}
+
+TEST(Completion, ProposesRulesFoldersAndRecords) {
+    const test::TemporaryFolder folder;
+    for (const QString& name : {u"T 1.txt"_s, u"T2.TXT"_s, u"T3.pdf"_s, u"Tests/T4.txt"_s})
+        test::PutRecord(folder, name, "");
+    EXPECT_EQ(Proposed(u"davo-report --rule ''"_s, folder.Path()),
+              QStringList({u"30"_s, u"45"_s, u"asa"_s}));
+    EXPECT_EQ(Proposed(u"davo-report --csv --out T"_s, folder.Path()), QStringList(u"Tests"_s));
+    EXPECT_EQ(Proposed(u"davo-report --csv T"_s, folder.Path()),
+              QStringList({u"T 1.txt"_s, u"T2.TXT"_s, u"Tests"_s}));
+}
+
 }  // namespace
 }  // namespace davo
