@@ -46,6 +46,14 @@ std::string VoltsAndAmperes(const SmoothKnee& knee) {
            VoltsAndAmperes(CurvePoint{knee.at.current, knee.uncertainty});
 }
 
+// "at 32.1 \xB1 0.4 V, 0.0210 A", at being the word for it, or "between 190.0 V and 260.0 V"; empty
+// where there is neither.
+std::string PlaceOf(const KneeFact& fact, const std::string& at = "at ") {
+    if (fact.smooth) return at + VoltsAndAmperes(*fact.smooth);
+    if (!fact.range) return {};
+    return "between " + Volts(fact.range->low) + " and " + Volts(fact.range->high);
+}
+
 std::size_t PointsAboveZero(const std::vector<CurvePoint>& points) {
     return static_cast<std::size_t>(std::count_if(
         points.begin(), points.end(),
@@ -154,6 +162,21 @@ std::string FallText(const Fall& fall, const std::vector<CurvePoint>& points,
            what + "; one wrong point can " + effect + " the kneepoint.";
 }
 
+// Whether the smooth curve's uncertainty explains a kneepoint at this voltage.
+bool IsWithin(double voltage, const KneeFact& fact) {
+    if (fact.smooth) return std::abs(fact.smooth->at.voltage - voltage) <= fact.smooth->uncertainty;
+    return fact.range && fact.range->low <= voltage && voltage <= fact.range->high;
+}
+
+// Whether the smooth curve has its kneepoint at this voltage, too: the middle of a range that is
+// not too wide is as good.
+bool Confirms(const KneeFact& fact, double voltage) {
+    const double trusted = TrustedDifference(fact.rule);
+    if (fact.smooth) return Agree(fact.smooth->at.voltage, voltage, trusted);
+    return fact.range && fact.range->high <= kTrustedRange * fact.range->low &&
+           Agree(std::sqrt(fact.range->low * fact.range->high), voltage, trusted);
+}
+
 // What the smooth curve has against the printed kneepoint; empty where it agrees.
 std::string SmoothDoubt(const KneeFact& fact, const SmoothVerdict& verdict,
                         const CurvePoint& printed) {
@@ -161,23 +184,21 @@ std::string SmoothDoubt(const KneeFact& fact, const SmoothVerdict& verdict,
         return "The points leave this kneepoint open: one step of the instrument's resolution, or "
                "their scatter, makes or removes it.";
     }
-    if (!fact.smooth && printed.current > verdict.reach) {
+    const std::string place = PlaceOf(fact);
+    if (place.empty() && printed.current > verdict.reach) {
         return "There are too few points to confirm this kneepoint: less than four, or none far "
                "enough above it.";
     }
-    if (!fact.smooth) return "A smooth curve through the points has no such kneepoint.";
-    const double voltage = fact.smooth->at.voltage;
-    const double uncertainty = fact.smooth->uncertainty;
-    const bool agree = Agree(voltage, printed.voltage, TrustedDifference(fact.rule));
-    if (agree && uncertainty <= kTrustedUncertainty * voltage) return {};
-    if (std::abs(voltage - printed.voltage) <= uncertainty) {
+    if (place.empty()) return "A smooth curve through the points has no such kneepoint.";
+    if (Confirms(fact, printed.voltage)) return {};
+    if (IsWithin(printed.voltage, fact)) {
         return "The points are too few, or scatter too much, for this rule: even a smooth curve "
-               "through them has its kneepoint only at about " +
-               VoltsAndAmperes(*fact.smooth) + ".";
+               "through them has its kneepoint only " +
+               PlaceOf(fact, "at about ") + ".";
     }
     return "The points are too few or too uneven for this rule: a smooth curve through them has "
-           "its kneepoint at " +
-           VoltsAndAmperes(*fact.smooth) + ".";
+           "its kneepoint " +
+           place + ".";
 }
 
 void AddSentence(std::string& text, const std::string& sentence) {
@@ -236,13 +257,14 @@ void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePo
     const std::optional<CurvePoint> printed = fact.At();
     const SmoothVerdict verdict = SmoothKneepoint(fact.rule, curve);
     fact.smooth = verdict.knee;
+    fact.range = verdict.range;
     const std::vector<Fall> falls = FallsOn(path, points);
     if (!printed) {
         fact.reason = ReasonOf(path, points, !falls.empty(), verdict.isBent);
         if (!falls.empty()) AddSentence(fact.reason, FallText(falls.front(), points, "hide"));
-        if (fact.smooth) {
-            AddSentence(fact.reason, "A smooth curve through the points has its kneepoint at " +
-                                         VoltsAndAmperes(*fact.smooth) + ".");
+        if (const std::string place = PlaceOf(fact); !place.empty()) {
+            AddSentence(fact.reason,
+                        "A smooth curve through the points has its kneepoint " + place + ".");
         }
         return;
     }

@@ -18,9 +18,10 @@ struct KneeFact {
     Kneepoint printed;   // the report's texts; "0" or "N/A" where there is none
     std::string reason;  // why there is none, a sentence or two; empty where there is one
     std::string doubt;   // why the printed one is doubtful; empty where it is not or there is none
-    // The kneepoint of a smooth curve through the same points, with its uncertainty; nothing where
-    // that curve has none for certain.
+    // The kneepoint of a smooth curve through the same points, with its uncertainty, or the range
+    // that the points leave open for it; neither where that curve has none for certain.
     std::optional<SmoothKnee> smooth;
+    std::optional<KneeRange> range;
 
     // The printed kneepoint as numbers; nothing where there is none.
     std::optional<CurvePoint> At() const;
@@ -41,13 +42,12 @@ double TrustedDifference(KneeRule rule);
 // How far a kneepoint may move, as a part of its voltage, when one point is left out.
 inline constexpr double kTrustedMove = 0.15;
 
-// A smooth kneepoint that is more uncertain, as a part of its voltage, says nothing of the printed
-// one.
-inline constexpr double kTrustedUncertainty = 0.4;
+// How wide, from its low to its high end, a range may be to say something of the printed kneepoint.
+inline constexpr double kTrustedRange = 1.4;
 
-// Fills reason, doubt and smooth of a fact whose rule and printed kneepoint are those of four
-// points or more. The sentences go by path, what the search of that kneepoint met on its way, and
-// by curve, which goes through the points (docs/kneepoints.md).
+// Fills reason, doubt, smooth and range of a fact whose rule and printed kneepoint are those of
+// four points or more. The sentences go by path, what the search of that kneepoint met on its way,
+// and by curve, which goes through the points (docs/kneepoints.md).
 void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePoint>& points,
                const SmoothCurve& curve);
 

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <limits>
 #include <numbers>
-#include <numeric>
+#include <utility>
 
 namespace davo {
 
@@ -23,77 +23,69 @@ constexpr double kCurrentStep = 0.0001;
 constexpr double kCoarseCurrentStep = 0.0002;
 constexpr double kCoarseAbove = 6.5535;
 
-// What is known of ln V and of the slope before any point: a rise by about 45 degrees.
-constexpr double kVoltageVariance = 100;
-constexpr double kUsualSlope = 1;
-constexpr double kSlopeVariance = 0.5;
-constexpr double kBendVariance = 0.1;  // of d(slope) / d(ln I)
-
 // What is known of the scatter: 0.3 % as a rule, less or more by a factor of e at one standard
 // deviation. Curves without scatter are told as well by it, and scatter is not taken for bends.
 constexpr double kUsualScatter = 0.003;
-constexpr std::array kScatters = {0.001, 0.003, 0.008};                     // with every roughness
-constexpr std::array kMoreScatters = {0.0005, 0.002, 0.005, 0.016, 0.032};  // with the best
-constexpr std::array kRoughnesses = {0.032, 0.128, 0.512, 2.048, 8.192};
-constexpr double kRoundness = 4;          // their squares, times 16, are those of round curves
-constexpr double kLeastVariance = 1e-10;  // of a point, so that the matrix can be inverted
+constexpr std::array kScatters = {0.001, 0.003, 0.006, 0.016};
+constexpr std::array kRoughnesses = {0.0001, 0.001, 0.01, 0.1};
+constexpr CurveKind kFirstKind = {0, 0.002};  // of the search for a bend
 
-double Square(double value) {
-    return value * value;
+// Of how many curves the mean is, at most, and by how much less likely than the likeliest, as a
+// logarithm, they may be.
+constexpr std::size_t kMostShares = 8;
+constexpr double kLeastLikely = 3;
+
+// Logarithm of how likely a scatter is before any point is seen.
+double LikelihoodOf(double scatter) {
+    const double off = std::log(scatter / kUsualScatter);
+    return -off * off / 2;
 }
 
-// Covariances of a Wiener process at a and b, integrated once: the integral of (a - u) (b - u) over
-// u from 0 to the smaller of them, low; high is the larger one.
-struct Sharp {
-    static double OfVoltages(double low, double high) { return low * low * (3 * high - low) / 6; }
-    // Derivatives by the smaller one, by the larger one, and by both.
-    static double BySmaller(double low, double high) { return low * (high - low / 2); }
-    static double ByLarger(double low, double /*high*/) { return low * low / 2; }
-    static double OfSlopes(double low, double /*high*/) { return low; }
-};
+// The likeliest bend, of those near some places of the curve.
+Bend FirstBend(const std::vector<LogPoint>& points, bool isTurned) {
+    const FittedCurve plain(points, kFirstKind);
+    const double low = isTurned ? points.front().v : points.front().i;
+    const double high = isTurned ? points.back().v : points.back().i;
+    double best = -std::numeric_limits<double>::infinity();
+    Bend likeliest;
+    for (const double place : {0.4, 0.7, 1.0}) {
+        Bend start = ExpectedBend(isTurned, points);
+        start.part[Bend::Place] = low + place * (high - low);
+        FittedCurve fit = plain;
+        fit.Fit(start, 5);
+        const double likelihood = fit.Likelihood({points, fit.ItsBend()});
+        if (likelihood <= best) continue;
+        best = likelihood;
+        likeliest = fit.ItsBend();
+    }
+    return likeliest;
+}
 
-// Integrated twice: the integral of (a - u)^2 (b - u)^2 / 4.
-struct Round {
-    static double OfVoltages(double low, double high) {
-        const double d = high - low;
-        return low * low * low * (low * low / 20 + d * low / 8 + d * d / 12);
-    }
-    static double BySmaller(double low, double high) {
-        const double d = high - low;
-        return low * low * (low * low / 8 + d * low / 3 + d * d / 4);
-    }
-    static double ByLarger(double low, double high) {
-        return low * low * low * (low / 8 + (high - low) / 6);
-    }
-    static double OfSlopes(double low, double high) {
-        return low * low * (low / 3 + (high - low) / 2);
-    }
-};
-
-// Of the voltage or the slope at a with those at b; not of a voltage with a slope.
-template <class Process>
-double Wandering(double a, bool slopeAtA, double b, bool slopeAtB) {
-    const double low = std::min(a, b);
-    const double high = std::max(a, b);
-    if (slopeAtB) return Process::OfSlopes(low, high);
-    if (!slopeAtA) return Process::OfVoltages(low, high);
-    return a < b ? Process::BySmaller(low, high) : Process::ByLarger(low, high);
+bool IsLower(const LogPoint& one, const LogPoint& other) {
+    return one.v < other.v;
 }
 
 }  // namespace
 
 SmoothCurve::SmoothCurve(const std::vector<CurvePoint>& points) : points_(RisingPoints(points)) {
     if (!Exists()) return;
-    start_ = First();
     FitTheLikeliest();
+    Tabulate();
 }
 
 bool SmoothCurve::Exists() const {
     return points_.size() >= kFewestPoints;
 }
 
-std::vector<SmoothCurve::LogPoint> SmoothCurve::RisingPoints(
-    const std::vector<CurvePoint>& points) {
+double SmoothCurve::LowestLnVoltage() const {
+    return std::min_element(points_.begin(), points_.end(), IsLower)->v;
+}
+
+double SmoothCurve::HighestLnVoltage() const {
+    return std::max_element(points_.begin(), points_.end(), IsLower)->v;
+}
+
+std::vector<LogPoint> SmoothCurve::RisingPoints(const std::vector<CurvePoint>& points) {
     std::vector<CurvePoint> sorted;
     std::copy_if(points.begin(), points.end(), std::back_inserter(sorted),
                  [](const CurvePoint& point) { return point.current > 0 && point.voltage > 0; });
@@ -119,120 +111,106 @@ std::vector<SmoothCurve::LogPoint> SmoothCurve::RisingPoints(
     return rising;
 }
 
-double* SmoothCurve::Row(std::size_t row) {
-    return lower_.data() + row * points_.size();
-}
-
-const double* SmoothCurve::Row(std::size_t row) const {
-    return lower_.data() + row * points_.size();
-}
-
-double SmoothCurve::Covariance(const Term& one, const Term& other) const {
-    if (!one.ofSlope && other.ofSlope) return Covariance(other, one);
-    const double a = one.lnI - start_;
-    const double b = other.lnI - start_;
-    const double wandering = kind_.isRound ? Wandering<Round>(a, one.ofSlope, b, other.ofSlope)
-                                           : Wandering<Sharp>(a, one.ofSlope, b, other.ofSlope);
-    // The straight line; a round curve has a bend of its own at the start.
-    const double bend = kind_.isRound ? kBendVariance : 0;
-    double line = kVoltageVariance + kSlopeVariance * a * b + bend * a * a * b * b / 4;
-    if (one.ofSlope) line = kSlopeVariance * b + bend * a * b * b / 2;
-    if (other.ofSlope) line = kSlopeVariance + bend * a * b;
-    return line + kind_.roughness * wandering;
-}
-
-void SmoothCurve::SolveLower(std::vector<double>& side) const {
-    for (std::size_t row = 0; row < side.size(); ++row) {
-        side[row] -= std::inner_product(side.data(), side.data() + row, Row(row), 0.0);
-        side[row] /= Row(row)[row];
-    }
-}
-
-double SmoothCurve::Fit(const Kind& kind) {
-    kind_ = kind;
-    const std::size_t count = points_.size();
-    lower_.assign(count * count, 0);
-    double likelihood = 0;
-    for (std::size_t row = 0; row < count; ++row) {
-        const LogPoint& point = points_[row];
-        for (std::size_t column = 0; column <= row; ++column) {
-            double sum = Covariance({point.i}, {points_[column].i}) -
-                         std::inner_product(Row(row), Row(row) + column, Row(column), 0.0);
-            if (column < row) {
-                Row(row)[column] = sum / Row(column)[column];
-                continue;
-            }
-            // A rounded number is anywhere within half a step: a third of its square.
-            sum += kLeastVariance + Square(kind.scatter) +
-                   (Square(point.halfV) + Square(kUsualSlope * point.halfI)) / 3;
-            Row(row)[row] = std::sqrt(std::max(sum, kLeastVariance));
-            likelihood -= std::log(Row(row)[row]);
-        }
-    }
-    weight_.resize(count);
-    for (std::size_t k = 0; k < count; ++k)
-        weight_[k] = points_[k].v - points_[0].v - kUsualSlope * (points_[k].i - start_);
-    SolveLower(weight_);
-    for (const double part : weight_)
-        likelihood -= Square(part) / 2;
-    for (std::size_t row = count; row-- > 0;) {
-        for (std::size_t k = row + 1; k < count; ++k)
-            weight_[row] -= Row(k)[row] * weight_[k];
-        weight_[row] /= Row(row)[row];
-    }
-    return likelihood;
-}
-
 void SmoothCurve::FitTheLikeliest() {
-    double best = -std::numeric_limits<double>::infinity();
-    Kind likeliest;
-    const auto tryOut = [&](const Kind& kind) {
-        const double likelihood = Fit(kind) - Square(std::log(kind.scatter / kUsualScatter)) / 2;
-        if (likelihood <= best) return;
-        best = likelihood;
-        likeliest = kind;
+    const std::array bends = {FittedCurve::BentOff(points_, FirstBend(points_, false)),
+                              FittedCurve::BentOff(points_, FirstBend(points_, true))};
+    struct Candidate {
+        CurveKind kind;
+        const Bend* bend = nullptr;
+        double likelihood = 0;
     };
-    for (const double scatter : kScatters) {
-        for (const double roughness : kRoughnesses) {
-            tryOut({false, roughness, scatter});
-            tryOut({true, Square(kRoundness * roughness), scatter});
+    std::vector<Candidate> candidates;
+    for (const double roughness : kRoughnesses) {
+        for (const double scatter : kScatters) {
+            const FittedCurve curve(points_, {roughness, scatter});
+            for (const FittedCurve::BentOff& left : bends) {
+                candidates.push_back(
+                    {curve.Kind(), &left.bend, curve.Likelihood(left) + LikelihoodOf(scatter)});
+            }
         }
     }
-    const Kind coarse = likeliest;
-    for (const double scatter : kMoreScatters)
-        tryOut({coarse.isRound, coarse.roughness, scatter});
-    for (const double factor : {0.5, 2.0})
-        tryOut({coarse.isRound, coarse.roughness * factor, likeliest.scatter});
-    Fit(likeliest);
+    std::sort(candidates.begin(), candidates.end(),
+              [](const Candidate& one, const Candidate& other) {
+                  return one.likelihood > other.likelihood;
+              });
+    candidates.resize(kMostShares);
+    // They were looked at without coming nearer to the bend.
+    const double least = candidates.front().likelihood - 2 * kLeastLikely;
+    for (const Candidate& candidate : candidates) {
+        if (candidate.likelihood < least) break;
+        FittedCurve curve(points_, candidate.kind);
+        constexpr int kSteps = 8;
+        curve.Fit(*candidate.bend, kSteps);
+        const double likelihood =
+            curve.Likelihood({points_, curve.ItsBend()}) + LikelihoodOf(candidate.kind.scatter);
+        shares_.push_back({std::move(curve), likelihood});
+    }
+    Weigh();
 }
 
+void SmoothCurve::Weigh() {
+    const double best =
+        std::max_element(shares_.begin(), shares_.end(), [](const Share& one, const Share& other) {
+            return one.part < other.part;
+        })->part;
+    std::erase_if(shares_, [&](const Share& share) { return share.part < best - kLeastLikely; });
+    double sum = 0;
+    for (Share& share : shares_) {
+        share.part = std::exp(share.part - best);
+        sum += share.part;
+    }
+    for (Share& share : shares_) {
+        share.part /= sum;
+        scatter_ += share.part * share.curve.Kind().scatter;
+    }
+}
+
+void SmoothCurve::Tabulate() {
+    step_ = (Last() - First()) / (kNodes - 1);
+    for (std::size_t k = 0; k < kNodes; ++k) {
+        const double lnI = First() + static_cast<double>(k) * step_;
+        for (const Share& share : shares_) {
+            const FittedCurve::Place place = share.curve.At(lnI);
+            nodes_.at(k).v += share.part * place.v;
+            nodes_.at(k).slope += share.part * place.slope;
+        }
+    }
+}
+
+SmoothCurve::Place SmoothCurve::PlaceAt(double lnI) const {
+    const double x = std::clamp((lnI - First()) / step_, 0.0, kNodes - 1.0);
+    const std::size_t k = std::min(static_cast<std::size_t>(x), kNodes - 2);
+    return {nodes_.at(k), nodes_.at(k + 1), x - static_cast<double>(k)};
+}
+
+// Hermite's cubic between two nodes, and its derivative.
 double SmoothCurve::LnVoltage(double lnI) const {
-    double sum = points_.front().v + kUsualSlope * (lnI - start_);
-    for (std::size_t k = 0; k < points_.size(); ++k)
-        sum += weight_[k] * Covariance({lnI}, {points_[k].i});
-    return sum;
+    const auto& [low, high, t] = PlaceAt(lnI);
+    const double s = 1 - t;
+    return s * s * ((1 + 2 * t) * low.v + t * step_ * low.slope) +
+           t * t * ((1 + 2 * s) * high.v - s * step_ * high.slope);
 }
 
 double SmoothCurve::Slope(double lnI) const {
-    double sum = kUsualSlope;
-    for (std::size_t k = 0; k < points_.size(); ++k)
-        sum += weight_[k] * Covariance({lnI, true}, {points_[k].i});
-    return sum;
+    const auto& [low, high, t] = PlaceAt(lnI);
+    const double s = 1 - t;
+    return 6 * s * t * (high.v - low.v) / step_ + s * (s - 2 * t) * low.slope +
+           t * (t - 2 * s) * high.slope;
 }
 
-double SmoothCurve::Deviation(std::initializer_list<Term> sum) const {
+double SmoothCurve::Deviation(std::initializer_list<CurveTerm> sum) const {
+    double mean = 0;
+    double square = 0;
     double variance = 0;
-    std::vector<double> known(points_.size());
-    for (const Term& one : sum) {
-        for (const Term& other : sum)
-            variance += one.factor * other.factor * Covariance(one, other);
-        for (std::size_t k = 0; k < points_.size(); ++k)
-            known[k] += one.factor * Covariance(one, {points_[k].i});
+    for (const Share& share : shares_) {
+        double value = 0;
+        for (const CurveTerm& term : sum)
+            value += share.curve.At(term);
+        mean += share.part * value;
+        square += share.part * value * value;
+        variance += share.part * share.curve.Variance(sum);
     }
-    SolveLower(known);
-    for (const double part : known)
-        variance -= Square(part);
-    return std::sqrt(std::max(variance, 0.0));
+    return std::sqrt(std::max(variance + square - mean * mean, 0.0));
 }
 
 bool SmoothCurve::IsSurelySteeper(double slope, double below) const {
@@ -241,7 +219,7 @@ bool SmoothCurve::IsSurelySteeper(double slope, double below) const {
             const LogPoint& from = points_[low];
             const LogPoint& to = points_[high];
             if ((from.i + to.i) / 2 >= below) continue;
-            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * kind_.scatter;
+            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * scatter_;
             const double longest = to.i - from.i + from.halfI + to.halfI;
             if (to.v - from.v - openV > slope * longest) return true;
         }
@@ -255,7 +233,7 @@ bool SmoothCurve::IsSurelyFlatter(double slope, double above) const {
             const LogPoint& from = points_[low];
             const LogPoint& to = points_[high];
             if ((from.i + to.i) / 2 <= above) continue;
-            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * kind_.scatter;
+            const double openV = from.halfV + to.halfV + 2 * std::numbers::sqrt2 * scatter_;
             const double shortest = to.i - from.i - from.halfI - to.halfI;
             if (to.v - from.v + openV < slope * shortest) return true;
         }

@@ -12,9 +12,10 @@ namespace {
 
 const double kMoreVoltage = std::log(1.1);
 const double kMoreCurrent = std::log(1.5);
-constexpr double kCertainty = 2;        // standard deviations
-constexpr double kMostNumber = 1e9;     // of volts and amperes; no curve has more
-constexpr double kMostUncertainty = 1;  // of the voltage
+constexpr double kCertainty = 2;          // standard deviations
+constexpr double kMostNumber = 1e9;       // of volts and amperes; no curve has more
+constexpr double kMostUncertainty = 0.1;  // of the voltage; a number that is worse is none
+constexpr double kMostOpen = 1;           // as much again: the points do not tell at all
 constexpr double kLeastBend =
     1e-3;  // change of slope over one ln I, that no uncertainty is endless
 
@@ -34,7 +35,8 @@ class RuleOnCurve {
     // By how much the curve is bent more than the limit at ln I; below zero where it is less.
     double Excess(double lnI) const;
     std::optional<double> Crossing() const;
-    std::optional<SmoothKnee> KneeAt(double lnI) const;
+    // Fills knee or range.
+    void PutKnee(SmoothVerdict& verdict, double lnI) const;
     // Standard deviation of ln V at the place: it moves along the curve as the bend moves.
     double Deviation(double lnI) const;
 
@@ -84,16 +86,25 @@ double RuleOnCurve::Deviation(double lnI) const {
     return curve_.Deviation({{lnI, false, 1}, {lnI, true, slope / bend}});
 }
 
-std::optional<SmoothKnee> RuleOnCurve::KneeAt(double lnI) const {
+void RuleOnCurve::PutKnee(SmoothVerdict& verdict, double lnI) const {
     const double voltage = std::exp(curve_.LnVoltage(lnI));
     const double current = std::exp(lnI);
-    const double uncertainty = voltage * std::expm1(kCertainty * Deviation(lnI));
-    const bool areNumbers =
-        std::isfinite(uncertainty) && voltage < kMostNumber && current < kMostNumber;
-    if (!areNumbers || uncertainty > kMostUncertainty * voltage) return std::nullopt;
-    return SmoothKnee{
-        {RoundByPicture(current, kPointPicture), RoundByPicture(voltage, kVoltagePicture)},
-        std::max(RoundByPicture(uncertainty, kVoltagePicture), 0.1)};
+    const double open = std::expm1(kCertainty * Deviation(lnI));
+    const double lowest = std::exp(curve_.LowestLnVoltage());
+    const double highest = std::exp(curve_.HighestLnVoltage());
+    // Between two points that are far from each other a curve can rise above both.
+    constexpr double kAbove = 1.05;
+    const bool isThere =
+        voltage < kAbove * highest && highest < kMostNumber && current < kMostNumber;
+    if (!isThere || !(open <= kMostOpen)) return;
+    const auto rounded = [](double volts) { return RoundByPicture(volts, kVoltagePicture); };
+    if (open <= kMostUncertainty) {
+        verdict.knee = {{RoundByPicture(current, kPointPicture), rounded(voltage)},
+                        std::max(rounded(open * voltage), 0.1)};
+        return;
+    }
+    verdict.range = {rounded(std::max(voltage / (1 + open), lowest)),
+                     rounded(std::min(voltage * (1 + open), highest))};
 }
 
 SmoothVerdict RuleOnCurve::Verdict() const {
@@ -106,8 +117,8 @@ SmoothVerdict RuleOnCurve::Verdict() const {
     if (!lnI) return verdict;
     const bool isSure =
         curve_.IsSurelySteeper(limit_, *lnI) && curve_.IsSurelyFlatter(limit_, *lnI);
-    if (isSure) verdict.knee = KneeAt(*lnI);
-    if (isSure && !verdict.knee) verdict.reach = 0;
+    if (isSure) PutKnee(verdict, *lnI);
+    if (isSure && !verdict.knee && !verdict.range) verdict.reach = 0;
     verdict.isOpen = !isSure;
     return verdict;
 }

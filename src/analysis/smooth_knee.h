@@ -12,14 +12,23 @@ namespace davo {
 // The kneepoint that a rule means, on a smooth curve through the points instead of on their pairs.
 struct SmoothKnee {
     CurvePoint at;  // current with four decimals, voltage with one
-    // In volts, one decimal, at least 0.1: nineteen of twenty kneepoints are not farther away.
+    // In volts, one decimal, at least 0.1 and at most a tenth of the voltage: nineteen of twenty
+    // kneepoints are not farther away.
     double uncertainty = 0;
     bool operator==(const SmoothKnee&) const = default;
+};
+
+// Where the points leave a kneepoint open: nineteen of twenty are within. Volts, one decimal.
+struct KneeRange {
+    double low = 0;
+    double high = 0;
+    bool operator==(const KneeRange&) const = default;
 };
 
 // What a smooth curve says of a rule's kneepoint.
 struct SmoothVerdict {
     std::optional<SmoothKnee> knee;
+    std::optional<KneeRange> range;  // in its place where it is too uncertain for a number
     // The curve has such a place, but the rounding or the scatter of the points can make it: it is
     // no kneepoint then.
     bool isOpen = false;

@@ -18,7 +18,8 @@ constexpr std::string_view kColumns =
     "test,point,current_A,voltage_V,asa_10_50_V,asa_10_50_A,ieee_45_V,ieee_45_A,ieee_30_V,"
     "ieee_30_A,nameplate_ratio,measured_ratio,percent_error,polarity,phase,phase_deg,"
     "asa_10_50_smooth_V,asa_10_50_smooth_pm_V,ieee_45_smooth_V,ieee_45_smooth_pm_V,"
-    "ieee_30_smooth_V,ieee_30_smooth_pm_V";
+    "ieee_30_smooth_V,ieee_30_smooth_pm_V,asa_10_50_smooth_low_V,asa_10_50_smooth_high_V,"
+    "ieee_45_smooth_low_V,ieee_45_smooth_high_V,ieee_30_smooth_low_V,ieee_30_smooth_high_V";
 
 // A row for each test has the point columns' place for the file, and for the number of points.
 constexpr std::string_view kTestColumns =
@@ -27,7 +28,9 @@ constexpr std::string_view kTestColumns =
     "nameplate_ratio,measured_ratio,percent_error,polarity,phase,phase_deg";
 constexpr std::string_view kJudgedColumns =
     ",asa_10_50_smooth_V,asa_10_50_smooth_pm_V,ieee_45_smooth_V,ieee_45_smooth_pm_V,"
-    "ieee_30_smooth_V,ieee_30_smooth_pm_V,asa_10_50_doubt,ieee_45_doubt,ieee_30_doubt";
+    "ieee_30_smooth_V,ieee_30_smooth_pm_V,asa_10_50_smooth_low_V,asa_10_50_smooth_high_V,"
+    "ieee_45_smooth_low_V,ieee_45_smooth_high_V,ieee_30_smooth_low_V,ieee_30_smooth_high_V,"
+    "asa_10_50_doubt,ieee_45_doubt,ieee_30_doubt";
 
 // What a spreadsheet would compute; a number, also one of percent, it may.
 bool IsFormula(std::string_view text) {
@@ -95,6 +98,10 @@ void PutSmooth(Row& row, const RecordTest& test) {
     for (const KneeFact& knee : test.knees) {
         row.Put(knee.smooth ? GeneralNumber(knee.smooth->at.voltage) : std::string());
         row.Put(knee.smooth ? GeneralNumber(knee.smooth->uncertainty) : std::string());
+    }
+    for (const KneeFact& knee : test.knees) {
+        row.Put(knee.range ? GeneralNumber(knee.range->low) : std::string());
+        row.Put(knee.range ? GeneralNumber(knee.range->high) : std::string());
     }
 }
 

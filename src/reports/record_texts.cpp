@@ -33,8 +33,11 @@ QString JudgedText(const KneeFact& fact) {
 }
 
 QString SmoothText(const KneeFact& fact) {
-    if (!fact.smooth) return QStringLiteral("none");
     const auto volts = [](double value) { return FromPage(Picture(value, kVoltagePicture)); };
+    if (fact.range) {
+        return QStringLiteral("%1 to %2 V").arg(volts(fact.range->low), volts(fact.range->high));
+    }
+    if (!fact.smooth) return QStringLiteral("none");
     return QStringLiteral("%1 \u00b1 %2 V")
         .arg(volts(fact.smooth->at.voltage), volts(fact.smooth->uncertainty));
 }

@@ -27,7 +27,8 @@ QString PrintedText(const KneeFact& fact);
 // The same with "(?)" behind it where it is doubtful.
 QString JudgedText(const KneeFact& fact);
 
-// "29.9 \u00b1 0.4 V", the kneepoint of a smooth curve; "none" where that has none for certain.
+// "29.9 \u00b1 0.4 V", the kneepoint of a smooth curve, or "26.1 to 34.5 V", where the points leave
+// it open; "none" where that curve has none for certain.
 QString SmoothText(const KneeFact& fact);
 
 // "IEEE 30: 0. No pair of points crossed the threshold."; empty where there is nothing to say.

@@ -36,6 +36,12 @@ std::string Shown(const std::optional<SmoothKnee>& knee) {
            " V, " + Picture(knee->at.current, "###0.0000") + " A";
 }
 
+std::string Shown(const std::optional<KneeRange>& range) {
+    const KneeRange shown = range.value_or(KneeRange());
+    return "between " + Picture(shown.low, "###0.0") + " V and " + Picture(shown.high, "###0.0") +
+           " V";
+}
+
 // A record of a curve of that family, deep into saturation.
 Points TakenOf(test::Family family, int points, double noise) {
     std::mt19937_64 random(20261205);
@@ -194,8 +200,10 @@ TEST(KneeDoubt, ACoreWhoseVoltageFellIsNotSaidToBeUnsaturated) {
     ExpectNone(fact, "0",
                "No pair of points lies above the rule's limit. From point 4 (100.0 V, 0.0400 A) "
                "to point 5 (99.0 V, 0.1000 A) the voltage falls; one wrong point can hide the "
-               "kneepoint. A smooth curve through the points has its kneepoint at " +
-                   Shown(fact.smooth) + ".");
+               "kneepoint. A smooth curve through the points has its kneepoint " +
+                   Shown(fact.range) + ".");
+    EXPECT_EQ(fact.smooth, std::nullopt);
+    EXPECT_TRUE(fact.range.has_value());
 }
 
 // The count of the record is larger than its points: the missing ones are zero.
@@ -347,22 +355,63 @@ TEST(KneeDoubt, NoiseIsSeenThrough) {
     EXPECT_LT(off.at(off.size() * 95 / 100), 0.10);
 }
 
-// Two points below the bend: the place where the curve turns through 45 degrees is anywhere
-// between.
-TEST(KneeDoubt, ASmoothKneepointThatIsUncertainIsSaidToBe) {
-    const Points points = {{0.01, 10}, {0.1, 120}, {1, 400}, {3, 410}, {9, 415}};
-    const SmoothCurve curve(points);
-    const auto smooth = SmoothKneepoint(KneeRule::Ieee30, curve).knee;
-    ASSERT_TRUE(smooth.has_value());
+KneeFact Judged(KneeRule rule, double printed, const Points& points) {
+    KneeFact fact;
+    fact.rule = rule;
+    fact.printed = {Picture(printed, "0.0"), "0.01"};
     SearchPath path;
     path.metAbove = true;
-    KneeFact fact;
-    fact.printed = {Picture(smooth->at.voltage - smooth->uncertainty * 0.9, "0.0"), "0.5"};
-    AddDoubts(fact, path, points, curve);
-    EXPECT_EQ(fact.doubt,
+    AddDoubts(fact, path, points, SmoothCurve(points));
+    return fact;
+}
+
+// The sparse curve A of the published ones: the uncertainty is 8 % of the voltage.
+TEST(KneeDoubt, ASmoothKneepointThatIsUncertainIsSaidToBe) {
+    const Points points = test::PublishedCurves().at(0).points;
+    const SmoothKnee smooth =
+        SmoothKneepoint(KneeRule::Ieee45, SmoothCurve(points)).knee.value_or(SmoothKnee());
+    ASSERT_GT(smooth.uncertainty, 0.07 * smooth.at.voltage);
+    EXPECT_EQ(Judged(KneeRule::Ieee45, smooth.at.voltage - smooth.uncertainty + 1, points).doubt,
               "The points are too few, or scatter too much, for this rule: even a smooth curve "
               "through them has its kneepoint only at about " +
                   Shown(smooth) + ".");
+    EXPECT_EQ(Judged(KneeRule::Ieee45, smooth.at.voltage - smooth.uncertainty - 1, points).doubt,
+              "The points are too few or too uneven for this rule: a smooth curve through them has "
+              "its kneepoint at " +
+                  Shown(smooth) + ".");
+}
+
+// Two points below the bend: the place where the curve turns is anywhere between. No printed
+// kneepoint is confirmed then, and none is offered.
+TEST(KneeDoubt, WhereThePointsLeaveTooMuchOpenThatIsSaid) {
+    const Points points = {{0.01, 10}, {0.1, 120}, {1, 400}, {3, 410}, {9, 415}};
+    const KneeFact within = Judged(KneeRule::Ieee30, 300, points);
+    EXPECT_EQ(within.smooth, std::nullopt);
+    ASSERT_TRUE(within.range.has_value());
+    ASSERT_LT(within.range->low, 300);
+    EXPECT_EQ(within.doubt,
+              "The points are too few, or scatter too much, for this rule: even a smooth curve "
+              "through them has its kneepoint only " +
+                  Shown(within.range) + ".");
+    const KneeFact outside = Judged(KneeRule::Ieee30, 130, points);
+    EXPECT_EQ(outside.range, within.range);
+    EXPECT_EQ(outside.doubt,
+              "The points are too few or too uneven for this rule: a smooth curve through them has "
+              "its kneepoint " +
+                  Shown(within.range) + ".");
+}
+
+// The published curve B: between 700 V and 956 V.
+TEST(KneeDoubt, TheMiddleOfARangeThatIsNotTooWideConfirms) {
+    const Points points = test::PublishedCurves().at(1).points;
+    const KneeRange range = Judged(KneeRule::Ieee45, 100, points).range.value_or(KneeRange());
+    ASSERT_GT(range.low, 0);
+    ASSERT_LT(range.high, 1.4 * range.low);
+    const double middle = std::sqrt(range.low * range.high);
+    EXPECT_EQ(Judged(KneeRule::Ieee45, middle * 1.05, points).doubt, "");
+    EXPECT_EQ(Judged(KneeRule::Ieee45, middle / 1.05, points).doubt, "");
+    EXPECT_NE(Judged(KneeRule::Ieee45, middle * 1.08, points).doubt, "");
+    EXPECT_NE(Judged(KneeRule::Ieee45, middle / 1.08, points).doubt, "");
 }
 
 TEST(KneeDoubt, WhereTheCurveCannotTellNothingIsDenied) {
@@ -379,10 +428,10 @@ TEST(PublishedSmoothKnees, StandInTheDocumentAndAsaReachesTheBand) {
     const std::vector<test::PublishedCurve> curves = test::PublishedCurves();
     ASSERT_EQ(curves.size(), 4U);
     for (const test::PublishedCurve& curve : curves) {
-        const auto smooth = [&](KneeRule rule) {
-            return SmoothKneepoint(rule, SmoothCurve(curve.points)).knee;
+        const auto verdict = [&](KneeRule rule) {
+            return SmoothKneepoint(rule, SmoothCurve(curve.points));
         };
-        const auto asa = smooth(KneeRule::Asa1050);
+        const auto asa = verdict(KneeRule::Asa1050).knee;
         ASSERT_TRUE(asa.has_value());
         EXPECT_GE(asa->at.voltage + asa->uncertainty, curve.bandLow) << curve.name;
         EXPECT_LE(asa->at.voltage - asa->uncertainty, curve.bandHigh) << curve.name;
@@ -391,7 +440,8 @@ TEST(PublishedSmoothKnees, StandInTheDocumentAndAsaReachesTheBand) {
         EXPECT_LE(asa->at.voltage, 1.03 * curve.bandHigh) << curve.name;
         std::ostringstream row;
         const auto shown = [&](KneeRule rule) {
-            return FromPage(Shown(smooth(rule))).toStdString();
+            const SmoothVerdict found = verdict(rule);
+            return FromPage(found.range ? Shown(found.range) : Shown(found.knee)).toStdString();
         };
         row << "| " << curve.name << " | " << curve.bandLow << " to " << curve.bandHigh << " | "
             << shown(KneeRule::Asa1050) << " | " << shown(KneeRule::Ieee30) << " | "

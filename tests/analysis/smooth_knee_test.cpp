@@ -28,14 +28,14 @@ Points Bent(double slopeBelow, double slopeAbove, int each) {
 }
 
 TEST(SmoothKnee, LiesAtTheBendOfTwoStraightLines) {
+    // At 1 A; ASA looks 10 % ahead: 110 I^1.2 = 100 (1.5 I)^0.1.
+    const double asa = 100 * std::pow(std::pow(1.5, 0.1) / 1.1, 1.2 / 1.1);
     for (const KneeRule rule : kKneeRules) {
         const auto found = SmoothOf(rule, Bent(1.2, 0.1, 12));
         ASSERT_TRUE(found.has_value());
-        // Between the points below and above the bend; ASA looks 10 % ahead, which is more.
-        EXPECT_LE(found->at.voltage, 100 * std::pow(10, 0.1 / 12)) << static_cast<int>(rule);
-        EXPECT_GE(found->at.voltage, 100 * std::pow(10, -1.2 / 12)) << static_cast<int>(rule);
-        EXPECT_GT(found->uncertainty, 0.1);
-        EXPECT_LT(found->uncertainty, 15);
+        EXPECT_NEAR(found->at.voltage, rule == KneeRule::Asa1050 ? asa : 100, 3)
+            << static_cast<int>(rule);
+        EXPECT_LE(found->uncertainty, 10);
     }
 }
 
@@ -59,6 +59,37 @@ TEST(SmoothKnee, LiesWhereTheSlopeOfAParabolaIsTheRules) {
     // log10 1.1 more voltage at i + log10 1.5: the chord's slope is 1 - i - log10(1.5) / 2.
     near(SmoothOf(KneeRule::Asa1050, points),
          1 - std::log10(1.5) / 2 - std::log10(1.1) / std::log10(1.5));
+}
+
+// Two points below the bend, far from each other.
+TEST(SmoothKnee, WhatIsTooUncertainForANumberIsARange) {
+    const Points points = {{0.01, 10}, {0.1, 120}, {1, 400}, {3, 410}, {9, 415}};
+    const SmoothVerdict verdict = SmoothKneepoint(KneeRule::Ieee30, SmoothCurve(points));
+    EXPECT_EQ(verdict.knee, std::nullopt);
+    ASSERT_TRUE(verdict.range.has_value());
+    EXPECT_GT(verdict.range->low, 120);
+    EXPECT_LT(verdict.range->low * 1.1, verdict.range->high);
+    // No curve that rises has its kneepoint above its highest point.
+    EXPECT_LE(verdict.range->high, 415);
+    EXPECT_FALSE(verdict.isOpen);
+    EXPECT_GT(verdict.reach, 0);
+    // With more points there it is a number.
+    Points more = points;
+    more.insert(more.begin() + 2, {{0.2, 235}, {0.3, 330}, {0.4, 370}, {0.6, 388}});
+    const SmoothVerdict sure = SmoothKneepoint(KneeRule::Ieee30, SmoothCurve(more));
+    EXPECT_EQ(sure.range, std::nullopt);
+    ASSERT_TRUE(sure.knee.has_value());
+    EXPECT_LE(sure.knee->uncertainty, 0.1 * sure.knee->at.voltage + 0.05);
+}
+
+// Three steep points and one far above them: a curve through them can rise anywhere between.
+TEST(SmoothKnee, NoneIsAboveThePoints) {
+    const Points points = {{1, 100}, {1.1, 130}, {1.21, 169}, {6.05, 170.7}};
+    for (const KneeRule rule : kKneeRules) {
+        const SmoothVerdict verdict = SmoothKneepoint(rule, SmoothCurve(points));
+        EXPECT_EQ(verdict.knee, std::nullopt);
+        EXPECT_LE(verdict.range.value_or(KneeRange()).high, 170.7);
+    }
 }
 
 TEST(SmoothKnee, NeedsFourPoints) {

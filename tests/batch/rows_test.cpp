@@ -71,7 +71,7 @@ TEST(Rows, HaveWhatTheTableOfTheRecordHas) {
         const Ended held =
             test::RunProgram(QStringLiteral(DAVO_PYTHON),
                              {QStringLiteral(DAVO_TESTS_FOLDER "/batch/hold_rows.py"),
-                              u"rows.csv"_s, u"out"_s, QString::number(judge.isEmpty() ? 24 : 30)},
+                              u"rows.csv"_s, u"out"_s, QString::number(judge.isEmpty() ? 24 : 36)},
                              folder.Path());
         EXPECT_EQ(held.status, 0) << held.err;
         std::cout << held.out;

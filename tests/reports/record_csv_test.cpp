@@ -91,6 +91,11 @@ Fields ExpectedRow(const RecordFacts& record, const RecordTest& test, std::size_
         row.push_back(knee.smooth ? GeneralNumber(smooth.at.voltage) : "");
         row.push_back(knee.smooth ? GeneralNumber(smooth.uncertainty) : "");
     }
+    for (const KneeFact& knee : test.knees) {
+        const KneeRange range = knee.range.value_or(KneeRange());
+        row.push_back(knee.range ? GeneralNumber(range.low) : "");
+        row.push_back(knee.range ? GeneralNumber(range.high) : "");
+    }
     for (std::string& field : row)
         field = AsText(Utf8(field));
     return row;
@@ -106,7 +111,7 @@ void ExpectRows(const std::vector<Fields>& rows, const std::vector<RecordFacts>&
             for (std::size_t i = 0; i < std::max<std::size_t>(test.points.size(), 1); ++i) {
                 ASSERT_LT(at, rows.size());
                 Fields row = rows[at++];
-                ASSERT_THAT(row, SizeIs(33));
+                ASSERT_THAT(row, SizeIs(39));
                 if (!test.points.empty()) {
                     EXPECT_EQ(std::stod(row[kCurrentColumn]), test.points[i].current);
                     EXPECT_EQ(std::stod(row[kVoltageColumn]), test.points[i].voltage);
@@ -122,14 +127,17 @@ void ExpectRows(const std::vector<Fields>& rows, const std::vector<RecordFacts>&
 TEST(RecordCsv, HasAHeaderRow) {
     const std::vector<Fields> rows = RowsOf(RecordsAsCsv({}));
     ASSERT_THAT(rows, SizeIs(1));
-    EXPECT_THAT(rows[0],
-                ElementsAre("record", "date", "time", "company", "station", "circuit",
-                            "manufacturer", "model", "serial_number", "comments", "operator",
-                            "test", "point", "current_A", "voltage_V", "asa_10_50_V", "asa_10_50_A",
-                            "ieee_45_V", "ieee_45_A", "ieee_30_V", "ieee_30_A", "nameplate_ratio",
-                            "measured_ratio", "percent_error", "polarity", "phase", "phase_deg",
-                            "asa_10_50_smooth_V", "asa_10_50_smooth_pm_V", "ieee_45_smooth_V",
-                            "ieee_45_smooth_pm_V", "ieee_30_smooth_V", "ieee_30_smooth_pm_V"));
+    EXPECT_THAT(
+        rows[0],
+        ElementsAre("record", "date", "time", "company", "station", "circuit", "manufacturer",
+                    "model", "serial_number", "comments", "operator", "test", "point", "current_A",
+                    "voltage_V", "asa_10_50_V", "asa_10_50_A", "ieee_45_V", "ieee_45_A",
+                    "ieee_30_V", "ieee_30_A", "nameplate_ratio", "measured_ratio", "percent_error",
+                    "polarity", "phase", "phase_deg", "asa_10_50_smooth_V", "asa_10_50_smooth_pm_V",
+                    "ieee_45_smooth_V", "ieee_45_smooth_pm_V", "ieee_30_smooth_V",
+                    "ieee_30_smooth_pm_V", "asa_10_50_smooth_low_V", "asa_10_50_smooth_high_V",
+                    "ieee_45_smooth_low_V", "ieee_45_smooth_high_V", "ieee_30_smooth_low_V",
+                    "ieee_30_smooth_high_V"));
 }
 
 TEST(RecordCsv, EveryColumnIsTold) {
@@ -144,12 +152,12 @@ TEST(RecordCsv, APointIsARow) {
     const std::vector<Fields> rows =
         RowsOf(RecordsAsCsv({ParseRecordFacts(test::FileText(2), "T0012")}));
     ASSERT_THAT(rows, SizeIs(1 + 2 * 7));
-    EXPECT_THAT(rows[1],
-                ElementsAre("T0012", "03/07/24", "14:05", "Power & Light", "Hilltop", "Feeder 4",
-                            "Acme", "CT-600", "00012345", "a: b, c", "J. Doe", "1", "1", "0.05",
-                            "10", rows[1][15], rows[1][16], rows[1][17], rows[1][18], rows[1][19],
-                            rows[1][20], "240 (1200:5)", "241.20", "0.50%", "IN PHASE", "IN PHASE",
-                            "1.5", "35", "30", "27.7", "3.6", "32.1", "19.4"));
+    EXPECT_THAT(rows[1], ElementsAre("T0012", "03/07/24", "14:05", "Power & Light", "Hilltop",
+                                     "Feeder 4", "Acme", "CT-600", "00012345", "a: b, c", "J. Doe",
+                                     "1", "1", "0.05", "10", rows[1][15], rows[1][16], rows[1][17],
+                                     rows[1][18], rows[1][19], rows[1][20], "240 (1200:5)",
+                                     "241.20", "0.50%", "IN PHASE", "IN PHASE", "1.5", "34.1",
+                                     "1.7", "28.5", "1.2", "31.7", "1.1", "", "", "", "", "", ""));
     EXPECT_EQ(rows[14][11], "2");
     EXPECT_EQ(rows[14][12], "7");
 }

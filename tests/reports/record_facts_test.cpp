@@ -321,5 +321,15 @@ TEST(RecordFacts, TheShotsOfACaptureAreItsTests) {
     EXPECT_THAT(TestsOfCapture("DATA00"), IsEmpty());
 }
 
+TEST(RecordFacts, ASmoothKneepointIsANumberARangeOrNone) {
+    KneeFact fact;
+    EXPECT_EQ(SmoothText(fact), u"none"_s);
+    fact.range = {26.1, 34.5};
+    EXPECT_EQ(SmoothText(fact), u"26.1 to 34.5 V"_s);
+    fact.range.reset();
+    fact.smooth = {{0.1, 32.1}, 0.4};
+    EXPECT_EQ(SmoothText(fact), u"32.1 \u00b1 0.4 V"_s);
+}
+
 }  // namespace
 }  // namespace davo

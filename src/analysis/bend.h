@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+namespace davo {
+
+// A point of a curve in natural logarithms of amperes and volts.
+struct LogPoint {
+    double i = 0;      // ln I
+    double v = 0;      // ln V
+    double halfI = 0;  // half a step of the instrument's resolution, as a part of the current
+    double halfV = 0;  // and of the voltage
+};
+
+// The shape that an excitation curve has as a rule: straight below, straight above, and between the
+// two its slope turns from one to the other by a logistic function: that of ln V over ln I, or,
+// turned, that of ln I over ln V, where the current is the sum of two powers of the voltage.
+struct Bend {
+    enum Part : std::size_t {
+        Level,    // ln V of the lower straight line at the first point
+        Steep,    // d(ln V) / d(ln I) below; turned: ln of d(ln I) / d(ln V)
+        Flat,     // the same above
+        Place,    // ln I of the middle; turned: ln V
+        LnWidth,  // ln of its width there
+        kParts
+    };
+    using Parts = std::array<double, kParts>;
+
+    bool isTurned = false;
+    Parts part{};
+};
+
+// The bend that is expected of points before any is looked at closely, and the standard deviations
+// by which its parts may be others.
+Bend ExpectedBend(bool isTurned, const std::vector<LogPoint>& points);
+const Bend::Parts& OpenParts(bool isTurned);
+
+// A bend at one place: ln V and the slope there, and their derivatives by the bend's parts.
+struct BendTerm {
+    double v = 0;
+    double slope = 0;
+    Bend::Parts vBy{};
+    Bend::Parts slopeBy{};
+};
+// first is ln I of the first point.
+BendTerm BendAt(const Bend& bend, double first, double lnI);
+
+}  // namespace davo
