@@ -43,6 +43,19 @@ std::optional<std::string> PercentError(const std::string& measured, const std::
     return Picture(percent, "##0.00");
 }
 
+void ComputePercentError(ShotScreen& screen) {
+    if (screen.txtRatio.text.empty() || screen.txtCRatio.text.empty()) return;
+    const auto percent = PercentError(screen.txtRatio.text, screen.txtCRatio.text);
+    if (percent) screen.lblPE.enabled = true;
+    screen.txtPE.text = percent.value_or("");
+}
+
+void ClearBlankNameplate(ShotScreen& screen) {
+    if (!IsBlank(screen.txtHVolt) && !IsBlank(screen.txtXVolt)) return;
+    for (ControlView* box : {&screen.txtHVolt, &screen.txtXVolt, &screen.txtCRatio})
+        box->text.clear();
+}
+
 std::optional<std::string> PolarityWord(char sign) {
     switch (sign) {
         case '+':

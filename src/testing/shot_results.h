@@ -20,6 +20,12 @@ std::optional<std::string> PercentError(const std::string& measured, const std::
 // What the sign behind "POLARITY=" is shown as; nothing for another character.
 std::optional<std::string> PolarityWord(char sign);
 
+// Shows the percent error of screen where it can be computed.
+void ComputePercentError(ShotScreen& screen);
+
+// Empties the nameplate currents and their ratio when one of them is blank.
+void ClearBlankNameplate(ShotScreen& screen);
+
 // What is to be said of the text of a measured ratio; empty of none, of a number, and of two with a
 // colon between them.
 std::string DescribeRatio(const std::string& ratio);

@@ -48,8 +48,10 @@ struct ShotScreen {
     // At the prompt's size: what the window itself has to say, such as that nothing comes any more.
     ControlView lblNotice{"", true, false};
 
-    int shotShown = 0;        // number of the complete shot whose results are shown; 0: of none
-    bool shotOnDisk = false;  // the journal, or the capture file, has it as it is shown
+    int shotShown = 0;         // number of the complete shot whose results are shown; 0: of none
+    bool shotOnDisk = false;   // the journal, or the capture file, has it as it is shown
+    bool shotDropped = false;  // the last one, by Repeat Test
+    bool asking = false;       // the instrument, whether it is ready
 
     bool messageWarns = false;  // lblMessage says what must not be overlooked
     bool noticeWarns = false;   // the same of lblNotice

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kCancelTimes = 10;
 constexpr int kBeepsOfPrompt = 2;
-constexpr std::chrono::seconds kAged{2};
 constexpr std::string_view kEscape = "\x1b";
 
 QString DamageText(const std::string& damage) {
@@ -28,11 +27,11 @@ QString DamageText(const std::string& damage) {
         .arg(FromPage(damage));
 }
 
-QString NotSafeText(const RunTimeError& error) {
+QString NotSafeText(const QString& refused) {
     return QStringLiteral(
                "The shot is complete, but it is not yet safe on disk: %1.\r\n"
                "Please make room on the disk, then go on with Next Test or Exit, which save it.")
-        .arg(QString::fromUtf8(error.what()));
+        .arg(refused);
 }
 
 }  // namespace
@@ -78,8 +77,12 @@ void ShotSequence::ResetTestWindow() {
 
 bool ShotSequence::AskReady() {
     const bool startable = std::exchange(shot_.screen.cmdStart.enabled, false);
+    shot_.screen.asking = true;
     if (OnShow) OnShow();
-    const auto restore = qScopeGuard([&] { shot_.screen.cmdStart.enabled = startable; });
+    const auto restore = qScopeGuard([&] {
+        shot_.screen.cmdStart.enabled = startable;
+        shot_.screen.asking = false;
+    });
     return around_.link.AskReady(kNotReadyMessage);
 }
 
@@ -99,7 +102,7 @@ void ShotSequence::cmdStart_Click() {
         StampHeader();
     } else if (shot_.screen.cmdStart.text == kCaptionStart) {
         if (around_.modes.testRatioOnlyMode) shot_.screen.cmdStart.enabled = false;
-        ClearBlankNameplate();
+        ClearBlankNameplate(shot_.screen);
     }
     shot_.screen.cmdExit.enabled = false;
     // What still waits was said before this shot, for example the rest of a cancelled one.
@@ -136,6 +139,7 @@ void ShotSequence::ClearShot() {
     HideDamage();
     shot_.screen.lblPE.enabled = false;
     shot_.screen.shotShown = 0;
+    shot_.screen.shotDropped = false;
     shot_.saturating = shot_.readingInStep = shot_.recordBegun = false;
     shot_.lastReading.reset();
 }
@@ -162,21 +166,13 @@ void ShotSequence::StampHeader() {
     around_.session.firstShot = false;
 }
 
-void ShotSequence::ClearBlankNameplate() {
-    const bool blank = TrimBlanks(shot_.screen.txtHVolt.text).empty() ||
-                       TrimBlanks(shot_.screen.txtXVolt.text).empty();
-    if (!blank) return;
-    shot_.screen.txtHVolt.text.clear();
-    shot_.screen.txtXVolt.text.clear();
-    shot_.screen.txtCRatio.text.clear();
-}
-
 void ShotSequence::cmdContinue_Click() {
     Beep(2);
     if (RepeatOffered()) {
         if (std::exchange(shotPending_, false)) {
             AdjustShotCounters(-1);
             shot_.screen.shotShown = 0;
+            shot_.screen.shotDropped = true;
             shot_.events.push_back(ShotEvent::Dropped);
         }
         shot_.screen.cmdContinue.enabled = false;
@@ -194,7 +190,7 @@ void ShotSequence::cmdContinue_Click() {
     around_.link.Output("\r");
     shot_.screen.lblCRCount.text = "(" + std::to_string(confirmCount_) + ")";
     shot_.satConfirmed = shot_.testState == kStateRunning;
-    if (shot_.satConfirmed) ClearBlankNameplate();
+    if (shot_.satConfirmed) ClearBlankNameplate(shot_.screen);
     shot_.polling = true;
 }
 
@@ -255,13 +251,7 @@ void ShotSequence::timDateTime_Timer() {
 }
 
 void ShotSequence::LookAround() {
-    if (KeepCapture() && (journalStale_ || (shotPending_ && !JournalHasShot()))) {
-        try {
-            UpdateJournal();
-        } catch (const RunTimeError&) {
-            // shotOnDisk says so, and the next look tries again.
-        }
-    }
+    if (KeepCapture() && (journalStale_ || (shotPending_ && !JournalHasShot()))) NoteInJournal();
     if (!lost_) return;
     if (!around_.link.State().portOpen && !(around_.reopenPort && around_.reopenPort())) return;
     lost_ = false;
@@ -281,7 +271,7 @@ void ShotSequence::Timer1_Timer() {
         Pass(block == 0);
         if (!unexamined_) break;
     }
-    if (shot_.polling) ShowAge();
+    if (shot_.polling) ShowAge(around_.clock.Ticks(), shot_);
 }
 
 void ShotSequence::Pass(bool first) {
@@ -311,35 +301,6 @@ void ShotSequence::Pass(bool first) {
     if (found || record) {
         shot_.polling = shot_.testState == kStateRunning;
         RunTestStep();
-    }
-}
-
-// Readings that have aged are not to be taken for what is now, nor a line that has died for one
-// that is about to say something.
-void ShotSequence::ShowAge() {
-    const TimePoint now = around_.clock.Ticks();
-    const auto silence = [now](TimePoint since) {
-        return std::chrono::duration_cast<std::chrono::seconds>(now - since);
-    };
-    if (shot_.lastReading && silence(*shot_.lastReading) >= kAged) {
-        shot_.screen.txtCur.enabled = shot_.screen.txtVolt.enabled = false;
-    }
-    const auto say = [&](TimePoint since, const QString& text) {
-        const auto seconds = silence(since);
-        if (seconds < kAged) {
-            shot_.screen.HideNotice();
-        } else {
-            shot_.screen.ShowNotice(text.arg(seconds.count()).toStdString());
-        }
-    };
-    if (shot_.recordBegun) {
-        say(shot_.lastText, QStringLiteral("NO RECORD DATA FOR %1 s"));
-    } else if (shot_.readingInStep) {
-        say(*shot_.lastReading, QStringLiteral("NO READING FOR %1 s"));
-    } else if (shot_.screen.lblMessage.text.empty()) {
-        say(shot_.lastText, QStringLiteral("NOTHING RECEIVED FOR %1 s"));
-    } else {
-        shot_.screen.HideNotice();
     }
 }
 
@@ -381,7 +342,7 @@ void ShotSequence::AcceptShot() {
     shot_.screen.cmdCancel.enabled = false;
     shot_.screen.lblConfirm.visible = false;
     shot_.reply = {};
-    ComputePercentError();
+    ComputePercentError(shot_.screen);
     shotPending_ = true;
     shot_.screen.shotShown = around_.session.shotCount;
     shot_.screen.shotOnDisk = false;
@@ -389,26 +350,20 @@ void ShotSequence::AcceptShot() {
     shot_.screen.txtCur.enabled = shot_.screen.txtVolt.enabled = false;
     shot_.events.push_back(ShotEvent::Complete);
 
-    QString notSafe;
-    try {
-        // Where the folder is gone the window says so, and room on the disk is no help.
-        if (KeepCapture()) UpdateJournal();
-    } catch (const RunTimeError& error) {
-        notSafe = NotSafeText(error);
-    }
+    // Where the folder is gone the window says so, and room on the disk is no help.
+    const QString refused = KeepCapture() ? NoteInJournal() : QString();
     // Only now: what the screen calls complete is on the disk.
     shot_.screen.lblTest = {"TEST COMPLETE.", true, true};
-    if (!notSafe.isEmpty()) around_.prompts.MessageAfter(notSafe);
+    if (!refused.isEmpty()) around_.prompts.MessageAfter(NotSafeText(refused));
 
-    damageText_ = DescribeRatio(shot_.screen.txtRatio.text);
     const std::string damage = DescribeRecordDamage(shot_.rawRecord);
     const QString text = DamageText(damage);
+    damageText_ = DescribeRatio(shot_.screen.txtRatio.text);
     if (!damage.empty()) {
         damageText_ = text.toStdString() + (damageText_.empty() ? "" : "\r\n") + damageText_;
     }
     ShowDamage();
-    if (damage.empty()) return;
-    around_.prompts.MessageAfter(text);
+    if (!damage.empty()) around_.prompts.MessageAfter(text);
 }
 
 void ShotSequence::UpdateNameplateRatio() {
@@ -417,16 +372,9 @@ void ShotSequence::UpdateNameplateRatio() {
         shot_.screen.txtCRatio.text = *ratio;
         shot_.screen.lblCRatio.enabled = true;
     }
-    ComputePercentError();
+    ComputePercentError(shot_.screen);
     if (shot_.screen.txtCRatio.text.empty()) shot_.screen.txtPE.text.clear();
-    if (shotPending_) UpdateJournal();
-}
-
-void ShotSequence::ComputePercentError() {
-    if (shot_.screen.txtRatio.text.empty() || shot_.screen.txtCRatio.text.empty()) return;
-    const auto percent = PercentError(shot_.screen.txtRatio.text, shot_.screen.txtCRatio.text);
-    if (percent) shot_.screen.lblPE.enabled = true;
-    shot_.screen.txtPE.text = percent.value_or("");
+    if (shotPending_) NoteInJournal();
 }
 
 void ShotSequence::AdjustShotCounters(int delta) {
@@ -451,12 +399,9 @@ void ShotSequence::WriteShotTrailer() {
     capture_.Append(ShotTrailer());
     shotPending_ = false;
     ++shotsInCapture_;
-    try {
-        UpdateJournal();
-    } catch (const RunTimeError&) {
-        // The shot is safe. The journal that stands calls it pending, but also tells how many
-        // shots lay before it in the capture file, so it is not taken for a second one.
-    }
+    // A journal that is not written calls the shot pending, but also tells how many shots lay
+    // before it in the capture file, so it is not taken for a second one.
+    NoteInJournal();
     shot_.screen.shotOnDisk = true;
 }
 
@@ -492,14 +437,9 @@ bool ShotSequence::KeepCapture() {
 }
 
 bool ShotSequence::MayLeave() {
-    bool safe = KeepCapture() || (shotsInCapture_ == 0 && !shotPending_);
-    try {
-        // On a disk that was full the shot may not have been noted.
-        if (safe && shotPending_) UpdateJournal();
-    } catch (const RunTimeError&) {
-        safe = false;
-    }
-    if (safe) return true;
+    const bool safe = KeepCapture() || (shotsInCapture_ == 0 && !shotPending_);
+    // On a disk that was full the shot may not have been noted.
+    if (safe && (!shotPending_ || NoteInJournal().isEmpty())) return true;
     return around_.prompts.YesNo(
                QStringLiteral("The shots of this session are only in memory and will be lost. Do "
                               "you still want to exit? "),
@@ -525,6 +465,15 @@ void ShotSequence::UpdateJournal() {
     journal.Write(JournalPath());
     journalStale_ = false;
     shot_.screen.shotOnDisk = true;
+}
+
+QString ShotSequence::NoteInJournal() {
+    try {
+        UpdateJournal();
+        return {};
+    } catch (const RunTimeError& error) {
+        return QString::fromUtf8(error.what());
+    }
 }
 
 void ShotSequence::Beep(int times) const {

@@ -99,7 +99,6 @@ class ShotSequence : public ShotHooks {
     // One block, the first of a call with a look at the port; then unexamined_ is up to date.
     void Pass(bool first);
     void ExamineWindow(bool found);
-    void ShowAge();
     void ShowBeginning();
     void CreateCapture();
     void ClearShot();
@@ -108,7 +107,6 @@ class ShotSequence : public ShotHooks {
     // Nothing when the operator goes back to the shot that is complete.
     std::optional<bool> AskRatioOnly();
     void StampHeader();  // with the date and time of the first shot
-    void ClearBlankNameplate();
     void Beep(int times) const;
     void HideDamage();  // of the shot; that of a folder which is still gone stays
     void ShowDamage();
@@ -117,13 +115,14 @@ class ShotSequence : public ShotHooks {
         return around_.places.scratchFolder + QLatin1String(kJournalFileName);
     }
     bool JournalHasShot() const;
+    // UpdateJournal; why it could not, empty when it could. shotOnDisk says so, too, and LookAround
+    // tries again.
+    QString NoteInJournal();
 
     void CompleteShot();
     void AcceptShot();
 
     void UpdateNameplateRatio();
-    // Shows it where it can be computed.
-    void ComputePercentError();
     void AdjustShotCounters(int delta);
 
     TestSurroundings around_;

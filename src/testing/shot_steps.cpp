@@ -239,4 +239,31 @@ bool RunShotSteps(const TestSurroundings& around, const ShotHooks& hooks, ShotSt
     return Steps(around, hooks, shot).Run();
 }
 
+void ShowAge(TimePoint now, ShotState& shot) {
+    constexpr std::chrono::seconds kAged{2};
+    const auto silence = [now](TimePoint since) {
+        return std::chrono::duration_cast<std::chrono::seconds>(now - since);
+    };
+    if (shot.lastReading && silence(*shot.lastReading) >= kAged) {
+        shot.screen.txtCur.enabled = shot.screen.txtVolt.enabled = false;
+    }
+    const auto say = [&](TimePoint since, const QString& text) {
+        const auto seconds = silence(since);
+        if (seconds < kAged) {
+            shot.screen.HideNotice();
+        } else {
+            shot.screen.ShowNotice(text.arg(seconds.count()).toStdString());
+        }
+    };
+    if (shot.recordBegun) {
+        say(shot.lastText, QStringLiteral("NO RECORD DATA FOR %1 s"));
+    } else if (shot.readingInStep) {
+        say(*shot.lastReading, QStringLiteral("NO READING FOR %1 s"));
+    } else if (shot.screen.lblMessage.text.empty()) {
+        say(shot.lastText, QStringLiteral("NOTHING RECEIVED FOR %1 s"));
+    } else {
+        shot.screen.HideNotice();
+    }
+}
+
 }  // namespace davo

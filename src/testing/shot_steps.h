@@ -72,4 +72,8 @@ struct ShotHooks {
 // then in rawRecord.
 bool RunShotSteps(const TestSurroundings& around, const ShotHooks& hooks, ShotState& shot);
 
+// Readings that have aged are not to be taken for what is now, nor a line that has died for one
+// that is about to say something.
+void ShowAge(TimePoint now, ShotState& shot);
+
 }  // namespace davo

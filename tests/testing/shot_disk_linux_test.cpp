@@ -36,7 +36,7 @@ TEST_F(ShotOnAFullDisk, WithWhatIsTypedLaterIsNotSaidToBeOnItEither) {
     Screen().txtXVolt.text = "5";
     {
         const FileSizeLimit full(0);
-        EXPECT_THROW(sequence.txtXVolt_LostFocus(), RunTimeError);
+        sequence.txtXVolt_LostFocus();
         EXPECT_FALSE(Screen().shotOnDisk);
         EXPECT_NE(Journal().pendingShot, sequence.ShotTrailer());
     }
