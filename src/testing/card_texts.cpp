@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/card_texts.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 #include <optional>
 #include <utility>
@@ -18,6 +19,12 @@ constexpr int kStation = 1, kCircuit = 2, kSerialNumber = 5;
 // Broken over lines nowhere.
 QString Whole(QString text) {
     return text.replace(QLatin1Char(' '), QChar::Nbsp);
+}
+
+// A text of any kind may have a word that is as long as the card.
+QString Broken(const std::string& text) {
+    static const QRegularExpression longWord(QStringLiteral("([^\\s]{10})(?=[^\\s])"));
+    return FromPage(text).replace(longWord, QStringLiteral("\\1\u200B"));
 }
 
 // A value under its caption, which goes on with a word where the value is to be looked at.
@@ -43,7 +50,7 @@ QString Step(const char* caption, const QString& done, const char* act) {
 
 QString TextOr(const ControlView& box, const char* otherwise) {
     const std::string text = TrimBlanks(box.text);
-    return text.empty() ? QString::fromLatin1(otherwise) : FromPage(text);
+    return text.empty() ? QString::fromLatin1(otherwise) : Broken(text);
 }
 
 QString ErrorCell(const ShotScreen& screen, QString limit) {
@@ -56,36 +63,45 @@ QString ErrorCell(const ShotScreen& screen, QString limit) {
                 above ? QStringLiteral("ABOVE LIMIT") : QString());
 }
 
+QString PolarityCell(const ShotScreen& screen, const std::string& polarity) {
+    const std::string& said = screen.txtPolarity.text.empty() ? polarity : screen.txtPolarity.text;
+    QString word = said == "IN PHASE" ? QString() : QStringLiteral("CHECK");
+    if (said != polarity && !polarity.empty() && said != "UNDETERMINED")
+        word = QStringLiteral("RECORD %1").arg(FromPage(polarity));
+    return Cell(QStringLiteral("Polarity"), FromPage(said), word);
+}
+
 }  // namespace
 
 QString StepsCard(const ShotScreen& screen, const HeaderTable& header) {
     QStringList named;
     for (const int field : {kStation, kCircuit, kSerialNumber}) {
         const std::string text = TrimBlanks(header.Field(field));
-        if (!text.empty()) named += FromPage(text);
+        if (!text.empty()) named += Broken(text);
     }
     QString currents;
     if (!screen.txtCRatio.text.empty()) {
         currents = QStringLiteral("%1 : %2 A")
-                       .arg(FromPage(screen.txtHVolt.text), FromPage(screen.txtXVolt.text));
+                       .arg(Broken(screen.txtHVolt.text), Broken(screen.txtXVolt.text));
     }
     const bool next = screen.cmdStart.text == kCaptionNext;
     const char* start = next ? "PRESS NEXT TEST" : "PRESS START TEST";
+    if (!screen.cmdStart.enabled) start = screen.asking ? "THE DAVO IS ASKED" : "PRESS EXIT";
     return Table(Step("1 Header", named.join(QStringLiteral(", ")), "PRESS HEADER INFO") +
                  Step("2 Nameplate", currents, "TYPE H AND X CURRENT") +
-                 Step("3 Start", {}, screen.cmdStart.enabled ? start : "THE DAVO IS ASKED"));
+                 Step("3 Start", {}, start));
 }
 
-QString ResultsCard(const ShotScreen& screen, const std::vector<KneeFact>& knees,
-                    const QString& kneepointType, QString errorLimit) {
-    const QString polarity = TextOr(screen.txtPolarity, "NONE");
+QString ResultsCard(const ShotScreen& screen, const std::string& polarity,
+                    const std::vector<KneeFact>& knees, const QString& kneepointType,
+                    QString errorLimit) {
     const std::optional<KneeRule> used = KneeRuleOf(kneepointType.toStdString());
     QString knee;
     QStringList others;
     for (const KneeFact& fact : knees) {
         const QString word = KneeWord(fact.rule);
         const bool found = fact.At().has_value();
-        const QString text = found ? PrintedText(fact) : QStringLiteral("NONE");
+        const QString text = PrintedText(fact);
         QString doubt;
         if (!found || !fact.doubt.empty()) {
             doubt = found ? QStringLiteral("DOUBTFUL") : QStringLiteral("CHECK");
@@ -99,20 +115,17 @@ QString ResultsCard(const ShotScreen& screen, const std::vector<KneeFact>& knees
     return Table(QStringLiteral("<tr>") +
                  Cell(QStringLiteral("Ratio"), TextOr(screen.txtRatio, "NONE")) +
                  ErrorCell(screen, std::move(errorLimit)) + QStringLiteral("</tr><tr>") +
-                 Cell(QStringLiteral("Polarity"), polarity,
-                      polarity == QLatin1String("IN PHASE") ? QString() : QStringLiteral("CHECK")) +
-                 knee + QStringLiteral("</tr>")) +
+                 PolarityCell(screen, polarity) + knee + QStringLiteral("</tr>")) +
            QStringLiteral("<div align=center><font size=1>") +
            others.join(QStringLiteral("  &nbsp; ")) + QStringLiteral("</font></div>");
 }
 
-QString DiskLine(const ShotScreen& screen) {
-    if (screen.shotShown == 0) {
-        const bool dropped = screen.cmdContinue.text == kCaptionContinue;
-        return dropped ? QStringLiteral("The last shot was dropped.") : QString();
-    }
+QString DiskLine(const ShotScreen& screen, bool typing) {
+    if (screen.shotShown == 0)
+        return screen.shotDropped ? QStringLiteral("The last shot was dropped.") : QString();
     QString line = QStringLiteral("Shot %1 is on the disk. Press Next Test, or Exit to save.");
     if (screen.lblDamage.visible) line = QStringLiteral("Shot %1 is on the disk.");
+    if (typing) line = QStringLiteral("Shot %1 is on the disk, but not yet what you type.");
     if (!screen.shotOnDisk) {
         line = QStringLiteral("Shot %1 is NOT on the disk. Stay here: the program tries again.");
     }

@@ -15,13 +15,15 @@ namespace davo {
 // The three steps to a shot, each with its state.
 QString StepsCard(const ShotScreen& screen, const HeaderTable& header);
 
-// What the shot gave; knees are those of its curve, kneepointType is the marker in use, errorLimit
-// what the operator typed, in percent. What is to be looked at is amber, with a word: a polarity
-// other than "IN PHASE", an error above the limit, a kneepoint that is doubtful or not there.
-QString ResultsCard(const ShotScreen& screen, const std::vector<KneeFact>& knees,
-                    const QString& kneepointType, QString errorLimit);
+// What the shot gave; polarity is that of its record, knees are those of its curve, kneepointType
+// is the marker in use, errorLimit what the operator typed, in percent. What is to be looked at is
+// amber, with a word: a polarity other than "IN PHASE" or than the record's, an error above the
+// limit, a kneepoint that is doubtful or not there.
+QString ResultsCard(const ShotScreen& screen, const std::string& polarity,
+                    const std::vector<KneeFact>& knees, const QString& kneepointType,
+                    QString errorLimit);
 
-// Of lblDisk, plain: where the shot is and what comes next.
-QString DiskLine(const ShotScreen& screen);
+// Of lblDisk, plain: where the shot is and what comes next; typing: a nameplate current is.
+QString DiskLine(const ShotScreen& screen, bool typing);
 
 }  // namespace davo

@@ -64,13 +64,14 @@ void frmCControl::RestoreErrorLimit() {
     QLineEdit* box = controls_.txtErrorLimit;
     box->setText(QSettings(file, QSettings::IniFormat).value(key).toString());
     if (!box->hasAcceptableInput()) box->clear();
-    connect(box, &QLineEdit::textEdited, this, [this, key, file](const QString& text) {
+    connect(box, &QLineEdit::editingFinished, this, [this, key, file] {
         handlers_.Run([&] {
             RemoveLinkOrPipe(file + QStringLiteral(".lock"));
-            QSettings(file, QSettings::IniFormat).setValue(key, text);
+            QSettings(file, QSettings::IniFormat).setValue(key, controls_.txtErrorLimit->text());
         });
-        Paint();
     });
+    for (QLineEdit* typed : {box, controls_.txtHVolt, controls_.txtXVolt})
+        connect(typed, &QLineEdit::textEdited, this, [this] { PaintCard(); });
 }
 
 frmCControl::~frmCControl() {
@@ -245,12 +246,8 @@ void frmCControl::cmdExit_Click() {
     controls_.cmdExit->setFocus();
     handlers_.Run([this] {
         TakeTyped();
-        try {
-            // In a window that is not the active one no box was told that it was left.
-            sequence_.txtXVolt_LostFocus();
-        } catch (const RunTimeError&) {
-            // The journal: the end of the session, which writes the shot itself, says what failed.
-        }
+        // In a window that is not the active one no box was told that it was left.
+        sequence_.txtXVolt_LostFocus();
         const SaveOutcome outcome =
             ExitAndSave(sequence_, settings_, static_cast<bool>(Reports.make));
         closeWanted_ = outcome.closeWindow;
@@ -374,10 +371,13 @@ void frmCControl::PaintCard() {
     controls_.cardLine->setVisible(idle);
     if (!idle) return;
     controls_.lblCard->setText(painted_.shotShown > 0
-                                   ? ResultsCard(painted_, live_.Knees(), settings_.kneepointType,
+                                   ? ResultsCard(painted_, live_.Polarity(), live_.Knees(),
+                                                 settings_.kneepointType,
                                                  controls_.txtErrorLimit->text())
                                    : StepsCard(painted_, sequence_.Around().header));
-    controls_.lblDisk->setText(DiskLine(painted_));
+    const bool typing = controls_.txtHVolt->text() != FromPage(painted_.txtHVolt.text) ||
+                        controls_.txtXVolt->text() != FromPage(painted_.txtXVolt.text);
+    controls_.lblDisk->setText(DiskLine(painted_, typing));
     controls_.lblDisk->SetAlert(painted_.shotShown > 0 && !painted_.shotOnDisk);
 }
 

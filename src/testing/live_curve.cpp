@@ -48,10 +48,9 @@ void LiveCurve::StartShot(bool ratioOnly) {
         complete_->knees.clear();
         earlier_.push_back(*std::exchange(complete_, std::nullopt));
     }
-    knees_.clear();
     ratioOnly_ = ratioOnly;
     lost_ = false;
-    ForgetReadings();
+    ForgetResults();
 }
 
 void LiveCurve::AddReadings(std::string_view text) {
@@ -96,6 +95,12 @@ void LiveCurve::AddReading(CurvePoint reading) {
     readings_.push_back(reading);
 }
 
+void LiveCurve::ForgetResults() {
+    knees_.clear();
+    polarity_.clear();
+    ForgetReadings();
+}
+
 void LiveCurve::ForgetReadings() {
     unread_.clear();
     textEnds_.clear();
@@ -105,10 +110,13 @@ void LiveCurve::ForgetReadings() {
 }
 
 void LiveCurve::CompleteShot(const std::string& capture) {
-    if (ratioOnly_) return;
+    const auto none = KneesOf({});
+    if (!ratioOnly_) knees_.assign(none.begin(), none.end());
     try {
         const std::vector<RecordTest> tests = TestsOfCapture(capture);
         if (tests.empty()) return;
+        polarity_ = tests.front().polarity;
+        if (ratioOnly_) return;
         knees_.assign(tests.front().knees.begin(), tests.front().knees.end());
         if (tests.front().points.empty()) return;
         // No name: a legend would take the room of the curve, and there is one of each look.
@@ -126,8 +134,7 @@ void LiveCurve::CompleteShot(const std::string& capture) {
 
 void LiveCurve::DropShot() {
     complete_.reset();
-    knees_.clear();
-    ForgetReadings();
+    ForgetResults();
 }
 
 void LiveCurve::LoseShot() {

@@ -46,14 +46,18 @@ class LiveCurve {
     // Whether there is something to show, had the window room for it.
     bool Wanted() const;
 
-    // Those of the shot that is complete; none without a saturation test.
+    // Those of the shot that is complete, "N/A" where its record cannot be read; none without a
+    // saturation test.
     const std::vector<KneeFact>& Knees() const { return knees_; }
+    // What its record says, "IN PHASE"; empty where it cannot be read.
+    const std::string& Polarity() const { return polarity_; }
     CurveChart* Chart() const { return chart_; }
     const std::vector<CurvePoint>& Readings();
 
   private:
     void ReadText();
     void AddReading(CurvePoint reading);
+    void ForgetResults();
     void ForgetReadings();
     void ShowSoon();
     void ShowAllAgain();
@@ -64,6 +68,7 @@ class LiveCurve {
     std::vector<ChartCurve> earlier_;
     std::optional<ChartCurve> complete_;
     std::vector<KneeFact> knees_;
+    std::string polarity_;
     std::string unread_;                 // texts of AddReadings
     std::vector<std::size_t> textEnds_;  // in unread_
     std::vector<CurvePoint> readings_;

@@ -57,6 +57,11 @@ class ResultCard : public TestWindow {
         Say(std::string("POLARITY=") + polarity);
         Say(RecordOf(EncodeRecordImage(image)));
     }
+    QString JournalPath() const { return places.scratchFolder + QLatin1String(kJournalFileName); }
+    void BlockJournal() {
+        DeleteFile(JournalPath());
+        ASSERT_TRUE(QDir().mkpath(JournalPath() + u"/in the way"_s));
+    }
     void TypeNameplate() {
         Type("txtHVolt", "1200");
         Type("txtXVolt", "5");
@@ -150,7 +155,9 @@ TEST_F(ResultCard, ARatioTestHasNoKneepoint) {
 
 TEST_F(ResultCard, AnotherPolarityIsAmberWithAWord) {
     OpenAndStart();
-    EndShotWith(SaturatedImage(), "-");
+    RecordImage reversed = SaturatedImage();
+    reversed.phaseAngle = 1800;
+    EndShotWith(reversed, "-");
     CardHas(u"Polarity: CHECK"_s);
     CardHas(u"OUT OF PHASE"_s);
     EXPECT_GT(AmberPoints(), 1000);
@@ -167,8 +174,41 @@ TEST_F(ResultCard, AKneepointThatIsDoubtfulOrMissingIsAmberWithAWord) {
     StartFullShot();
     EndShotWith(ImageWithPoints(2));
     CardHas(u"Knee ASA 10/50: CHECK"_s);
-    CardHas(u"NONE"_s);
+    CardHas(u"N/A"_s);
+    EXPECT_FALSE(Card().contains(u"NONE"_s)) << "the report has no such word";
     EXPECT_GT(AmberPoints(), 1000);
+}
+
+TEST_F(ResultCard, ARecordThatCannotBeJudgedHasNoKneepointAndSaysSo) {
+    OpenAndStart();
+    EndShot(Digits('Z'));
+    CardHas(u"Knee ASA 10/50: CHECK"_s);
+    CardHas(u"N/A"_s);
+}
+
+TEST_F(ResultCard, APolarityThatIsNotTheRecordsIsAmberWithAWord) {
+    modes = {false, true, true};
+    Open();
+    StartToZero();
+    RecordImage reversed = SaturatedImage();
+    reversed.phaseAngle = 1800;
+    EndShotWith(reversed, "+");
+    CardHas(u"Polarity: RECORD OUT OF PHASE"_s);
+    CardHas(u"\nIN PHASE"_s);
+    EXPECT_GT(AmberPoints(), 1000);
+}
+
+TEST_F(ResultCard, ALongWordIsBrokenAndShrinksNoLetters) {
+    header.Field(1) = std::string(20, 'W');
+    header.Field(2) = std::string(20, 'M');
+    Open();
+    Type("txtHVolt", "1200.0000000000000000");
+    Type("txtXVolt", "5");
+    Button("cmdStart")->setFocus();
+    EXPECT_GE(CardPoints(), kLeastPoints);
+    StartFullShot();
+    EndShotWith(SaturatedImage(), "+", "241.2000000000000000000000000");
+    EXPECT_GE(CardPoints(), kLeastPoints);
 }
 
 TEST_F(ResultCard, AnErrorAboveTheLimitIsAmberWithAWord) {
@@ -190,13 +230,19 @@ TEST_F(ResultCard, TheLimitIsKeptAndTakesNumbersOnly) {
     OpenAndRun();
     Type("txtErrorLimit", "x-0.3");
     EXPECT_EQ(Text("txtErrorLimit"), "0.3");
-    const QSettings file(WindowFile(places), QSettings::IniFormat);
-    EXPECT_EQ(file.value(u"frmCControl/errorLimit"_s).toString(), u"0.3"_s);
+    const auto kept = [this] {
+        const QSettings file(WindowFile(places), QSettings::IniFormat);
+        return file.value(u"frmCControl/errorLimit"_s).toString();
+    };
+    EXPECT_EQ(kept(), QString()) << "it is not finished";
+    Key(Qt::Key_Tab);
+    EXPECT_EQ(kept(), u"0.3"_s);
+    Type("txtErrorLimit", "0.4");
     Key(Qt::Key_Escape);
     ASSERT_TRUE(Closed());
     link.OpenComPort(1);
     OpenAndRun();
-    EXPECT_EQ(Text("txtErrorLimit"), "0.3");
+    EXPECT_EQ(Text("txtErrorLimit"), "0.4");
 }
 
 TEST_F(ResultCard, WithoutNameplateCurrentsThereIsNoErrorUntilTheyAreTyped) {
@@ -214,11 +260,61 @@ TEST_F(ResultCard, ADroppedShotIsNotShown) {
     EXPECT_EQ(Text("lblDisk"), "The last shot was dropped.");
 }
 
+TEST_F(ResultCard, ACancelledShotIsNotTheOneThatWasDropped) {
+    OpenAndRun();
+    Click("cmdContinue");  // "&Repeat Test"
+    prompts.answers = {Answer::Yes};
+    Click("cmdStart");
+    Click("cmdCancel");
+    EXPECT_EQ(Text("lblDisk"), "");
+}
+
+TEST_F(ResultCard, AfterACancelTheWayOutIsNamed) {
+    OpenAndRun();
+    prompts.answers = {Answer::Yes};  // a ratio test, which disables its button at once
+    Click("cmdStart");
+    Click("cmdCancel");
+    EXPECT_FALSE(Button("cmdStart")->isEnabled());
+    CardHas(u"PRESS EXIT"_s);
+    EXPECT_FALSE(Card().contains(u"THE DAVO IS ASKED"_s));
+}
+
+TEST_F(ResultCard, WhatIsBeingTypedIsNotSaidToBeOnTheDisk) {
+    OpenAndRun();
+    Type("txtHVolt", "1200");
+    EXPECT_EQ(Text("lblDisk"), "Shot 1 is on the disk, but not yet what you type.");
+    QTest::qWait(1200);  // the window has looked around
+    EXPECT_EQ(Text("lblDisk"), "Shot 1 is on the disk, but not yet what you type.");
+    Type("txtXVolt", "5");
+    Button("cmdStart")->setFocus();
+    EXPECT_EQ(Text("lblDisk"), "Shot 1 is on the disk. Press Next Test, or Exit to save.");
+    EXPECT_THAT(SessionJournal::Read(JournalPath()).pendingShot, HasSubstr("(1200:5)"));
+}
+
+TEST_F(ResultCard, ADiskThatTakesNoJournalKeepsNobodyFromTheNextShot) {
+    OpenAndRun();
+    BlockJournal();
+    prompts.answers = {Answer::No};
+    port.sent.clear();
+    Click("cmdStart");
+    EXPECT_THAT(port.sent, ElementsAre("T"));
+    EXPECT_THAT(ReadWholeFile(places.scratchFolder + QLatin1String(kCaptureFileName)),
+                HasSubstr("MEASURED RATIO: 241.2"));
+}
+
+TEST_F(ResultCard, ADiskThatTakesNoJournalKeepsNobodyFromDroppingAShot) {
+    OpenAndRun();
+    BlockJournal();
+    Click("cmdContinue");  // "&Repeat Test"
+    EXPECT_EQ(Text("cmdContinue"), "&Continue");
+    EXPECT_EQ(Text("lblRatioCount"), "Ratio - 0");
+    EXPECT_THAT(prompts.Texts(), ElementsAre(HasSubstr("Run-time error")));
+}
+
 TEST_F(ResultCard, AShotThatIsNotOnTheDiskSaysSoUntilItIs) {
     OpenAndStart();
-    const QString journal = places.scratchFolder + QLatin1String(kJournalFileName);
-    DeleteFile(journal);
-    ASSERT_TRUE(QDir().mkpath(journal + u"/in the way"_s));
+    const QString journal = JournalPath();
+    BlockJournal();
     EndShot();
     EXPECT_EQ(Text("lblTest"), "TEST COMPLETE.");
     EXPECT_EQ(Text("lblDisk"), "Shot 1 is NOT on the disk. Stay here: the program tries again.");
@@ -339,7 +435,9 @@ TEST_P(CardColours, AmberAndItsWordStandOut) {
     Open();
     TypeNameplate();
     StartFullShot();
-    EndShotWith(ImageWithPoints(2), "-");
+    RecordImage reversed = ImageWithPoints(2);
+    reversed.phaseAngle = 1800;
+    EndShotWith(reversed, "-");
     Type("txtErrorLimit", "0.1");
     for (const QString& word :
          {u"Polarity: CHECK"_s, u"Percent error: ABOVE LIMIT"_s, u"Knee ASA 10/50: CHECK"_s}) {
