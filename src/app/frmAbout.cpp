@@ -9,7 +9,6 @@
 #include "app/port_labels.h"
 #include "app/program_icon.h"
 #include "common/version.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 
 namespace davo {
@@ -28,9 +27,6 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     setObjectName(QStringLiteral("frmAbout"));
     setWindowTitle(QStringLiteral("About DAVO"));
     setAttribute(Qt::WA_DeleteOnClose);
-    auto* picture = new QLabel(this);
-    picture->setPixmap(
-        ProgramIcon().pixmap(QSize(kAboutPicture, kAboutPicture), devicePixelRatioF()));
     QLabel* name =
         MakeParagraph(this, "lblName", QStringLiteral("DAVO PC-Interface"), kAboutNameGrowth);
     lblDavoVer_ =
@@ -50,7 +46,7 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     }
     auto* row = WithMargin(new QHBoxLayout(this), kAboutMargin);
     row->setSpacing(kAboutMargin);
-    row->addWidget(picture, 0, Qt::AlignTop);
+    row->addWidget(MakePicture(this, kAboutPicture), 0, Qt::AlignTop);
     row->addLayout(texts, 1);
 }
 

@@ -20,7 +20,6 @@
 
 #include "app/port_labels.h"
 #include "link/port_choice.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 
 namespace davo {

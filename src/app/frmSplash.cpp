@@ -22,13 +22,6 @@ constexpr int kTextSpacing = 6;
 constexpr double kSplashNameGrowth = 2.6;
 constexpr double kSplashVersionGrowth = 1.3;
 
-QLabel* MakeLine(QWidget* parent, const QString& text, double growth) {
-    auto* label = new QLabel(text, parent);
-    Enlarge(label, growth);
-    label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    return label;
-}
-
 }  // namespace
 
 frmSplash::frmSplash(BusyPointer& pointer, std::function<void()> showMain)
@@ -38,21 +31,18 @@ frmSplash::frmSplash(BusyPointer& pointer, std::function<void()> showMain)
       Timer1_(this) {
     setObjectName(QStringLiteral("frmSplash"));
     setWindowTitle(QStringLiteral("DAVO PC-Interface"));
-    auto* picture = new QLabel(this);
-    picture->setPixmap(
-        ProgramIcon().pixmap(QSize(kSplashPicture, kSplashPicture), devicePixelRatioF()));
     auto* texts = new QVBoxLayout;
     texts->setSpacing(kTextSpacing);
     texts->addStretch(1);
-    auto* name = MakeLine(this, windowTitle(), kSplashNameGrowth);
+    QLabel* name = MakeLabel(this, "", windowTitle(), kSplashNameGrowth);
     MakeBold(name);
     texts->addWidget(name);
     const QString version = QStringLiteral("V.%1").arg(QLatin1String(kVersion));
-    texts->addWidget(MakeLine(this, version, kSplashVersionGrowth));
+    texts->addWidget(MakeLabel(this, "", version, kSplashVersionGrowth));
     texts->addStretch(1);
     auto* row = WithMargin(new QHBoxLayout(this), kSplashMargin);
     row->setSpacing(kSplashMargin);
-    row->addWidget(picture);
+    row->addWidget(MakePicture(this, kSplashPicture));
     row->addLayout(texts);
     Timer1_.setObjectName(QStringLiteral("Timer1"));
     Timer1_.setSingleShot(true);

@@ -18,7 +18,6 @@
 #include "app/record_preview.h"
 #include "app/session_cards.h"
 #include "common/places.h"
-#include "ui/big_button.h"
 #include "ui/contrast.h"
 #include "ui/form_parts.h"
 #include "ui/record_list.h"
@@ -167,10 +166,7 @@ QWidget* HomePanel::BuildLink() {
     auto* frame = Named(new QWidget(this), "link");
     auto* row = WithMargin(new QHBoxLayout(frame), 0);
     row->setSpacing(kPanelSpacing);
-    auto* picture = new QLabel(frame);
-    picture->setPixmap(
-        ProgramIcon().pixmap(QSize(kPanelPicture, kPanelPicture), devicePixelRatioF()));
-    row->addWidget(picture, 0, Qt::AlignTop);
+    row->addWidget(MakePicture(frame, kPanelPicture), 0, Qt::AlignTop);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
     lblDot_ = MakeLabel(frame, "lblDot", {}, kPortGrowth);

@@ -68,8 +68,8 @@ int RunProgram(QApplication& application) {
     const Places places = PlatformPlaces();
     DialogPrompts prompts;
     prompts.AdviceOn = [](const QString& text) { return GuideAdvice(GuideFolders(), text); };
-    const auto instance = MakeSingleInstance(places);
-    if (instance->AnotherRuns()) {
+    SingleInstance instance(places);
+    if (instance.AnotherRuns()) {
         prompts.Message(
             QStringLiteral("Cannot load DAVO again. The application is already opened."));
         return EXIT_SUCCESS;

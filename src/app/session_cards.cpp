@@ -10,7 +10,6 @@
 #include <algorithm>
 
 #include "common/text.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 
 namespace davo {

@@ -2,46 +2,26 @@
 #include "app/single_instance.h"
 
 #include <QDir>
-#include <QLockFile>
-#include <QStringList>
 
 #include "common/files.h"
 
 namespace davo {
 
-namespace {
-
-class LockedFile : public SingleInstance {
-  public:
-    explicit LockedFile(const Places& places)
-        : folders_{places.configurationFolder, places.scratchFolder} {}
-
-    bool AnotherRuns() override {
-        for (const QString& folder : folders_) {
-            QDir().mkpath(folder);
-            const QString path = folder + QStringLiteral("davo.lock");
-            RemoveLinkOrPipe(path);
-            lock_ = std::make_unique<QLockFile>(path);
-            // How old the file is says nothing: the program may run for weeks.
-            lock_->setStaleLockTime(0);
-            if (lock_->tryLock(0)) return false;
-            if (lock_->error() != QLockFile::LockFailedError) continue;
-            // The process that the file names may be another program's by now, and the file may be
-            // damaged. It can be removed only when no living process holds it.
-            return !lock_->removeStaleLockFile() || !lock_->tryLock(0);
-        }
-        return false;
+bool SingleInstance::AnotherRuns() {
+    for (const QString& folder : folders_) {
+        QDir().mkpath(folder);
+        const QString path = folder + QStringLiteral("davo.lock");
+        RemoveLinkOrPipe(path);
+        lock_ = std::make_unique<QLockFile>(path);
+        // How old the file is says nothing: the program may run for weeks.
+        lock_->setStaleLockTime(0);
+        if (lock_->tryLock(0)) return false;
+        if (lock_->error() != QLockFile::LockFailedError) continue;
+        // The process that the file names may be another program's by now, and the file may be
+        // damaged. It can be removed only when no living process holds it.
+        return !lock_->removeStaleLockFile() || !lock_->tryLock(0);
     }
-
-  private:
-    QStringList folders_;  // the next one where nothing can be written in the one before
-    std::unique_ptr<QLockFile> lock_;
-};
-
-}  // namespace
-
-std::unique_ptr<SingleInstance> MakeSingleInstance(const Places& places) {
-    return std::make_unique<LockedFile>(places);
+    return false;
 }
 
 }  // namespace davo

@@ -19,7 +19,6 @@
 #include "records/record_name.h"
 #include "reports/record_csv.h"
 #include "reports/record_texts.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 
 namespace davo {

@@ -21,7 +21,6 @@
 #include "common/places.h"
 #include "common/run_time_error.h"
 #include "files/record_names.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
 

@@ -21,7 +21,6 @@
 #include "curves/beside_records.h"
 #include "files/record_names.h"
 #include "records/record_name.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
 #include "ui/record_list.h"

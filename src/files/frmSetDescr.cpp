@@ -19,7 +19,6 @@
 #include "common/text.h"
 #include "curves/beside_records.h"
 #include "files/record_names.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 #include "ui/frmNotepad.h"
 #include "ui/page_header.h"

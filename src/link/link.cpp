@@ -160,30 +160,31 @@ std::string Link::SendCommandAwaitDone(std::string_view command, std::string_vie
 
 std::string Link::Exchange(std::string_view command, std::string_view expectedReply,
                            std::string (Link::*await)(std::string_view)) {
+    if (command != kLeaveCommand)
+        return Wait(command, expectedReply, [&] { return (this->*await)(expectedReply); });
     lastWaitEnded_ = false;
     if (!state_.portOpen) return {};
-    if (command == kLeaveCommand) {
-        const auto busy = ShowBusy(pointer_);
-        port_.Output(command);
-        return {};
-    }
-    if (wait_) return {};
+    const auto busy = ShowBusy(pointer_);
+    port_.Output(command);
+    return {};
+}
+
+std::string Link::Wait(std::string_view command, std::string_view expectedReply,
+                       const std::function<std::string()>& await) {
+    lastWaitEnded_ = false;
+    if (!state_.portOpen || wait_) return {};
     std::string reply;
     {
         const auto busy = ShowBusy(pointer_);
         const Waiting waiting(*this, command, expectedReply);
-        port_.Output(command);
-        reply = (this->*await)(expectedReply);
+        if (!command.empty()) port_.Output(command);
+        reply = await();
     }
-    EndExchange(reply);
-    return reply;
-}
-
-void Link::EndExchange(std::string& reply) {
     if (endWait_) reply.clear();
     // Said only now, with the pointer restored: a box inside the wait would keep the wait alive.
     if (lostMessageDue_) ShowLostMessage();
     lastWaitEnded_ = endWait_;
+    return reply;
 }
 
 std::string Link::ReadOn(std::string_view expectedReply, std::chrono::milliseconds quiet) {
@@ -192,34 +193,18 @@ std::string Link::ReadOn(std::string_view expectedReply, std::chrono::millisecon
 
 std::string Link::SendCommand(std::string_view command, std::string_view expectedReply,
                               std::chrono::milliseconds quiet) {
-    lastWaitEnded_ = false;
-    if (!state_.portOpen || wait_) return {};
-    std::string reply;
-    {
-        const auto busy = ShowBusy(pointer_);
-        const Waiting waiting(*this, command, expectedReply);
-        if (!command.empty()) port_.Output(command);
-        while (!endWait_) {
-            const bool quietNow = !SleepUntilText(quiet);
-            const std::string text = port_.Input();
-            reply += text;
-            if (!expectedReply.empty() && Contains(reply, expectedReply)) break;
-            if (quietNow && text.empty()) break;
-        }
-    }
-    EndExchange(reply);
-    return reply;
+    const auto found = [&](const std::string& reply) {
+        return !expectedReply.empty() && Contains(reply, expectedReply);
+    };
+    return Wait(command, expectedReply, [&] { return Gather({}, quiet, found); });
 }
 
 std::size_t Link::SendPaced(std::string_view characters, std::string_view echoes,
                             std::chrono::milliseconds patience,
                             const std::function<void(std::size_t, bool)>& onSent) {
-    lastWaitEnded_ = false;
-    if (!state_.portOpen || wait_ || characters.empty()) return 0;
     std::size_t done = 0;
-    {
-        const auto busy = ShowBusy(pointer_);
-        const Waiting waiting(*this, {}, {});
+    if (characters.empty()) return done;
+    Wait({}, {}, [&] {
         QEventLoop loop;
         const QScopedValueRollback current(loop_, &loop);
         Pacing pacing(*this, characters, echoes, patience, onSent);
@@ -229,9 +214,8 @@ std::size_t Link::SendPaced(std::string_view characters, std::string_view echoes
         // An event loop that nobody woke returns because the program is leaving.
         if (!awake_) endWait_ = true;
         done = pacing.Done();
-    }
-    std::string reply;
-    EndExchange(reply);
+        return std::string();
+    });
     return done;
 }
 
@@ -269,11 +253,16 @@ std::string Link::AwaitText(std::string_view expectedReply) {
 }
 
 std::string Link::AwaitModel(std::string_view expectedReply) {
-    std::string reply = AwaitText(expectedReply);
-    while (!endWait_ && !ModelIn(reply)) {
-        const bool quiet = !SleepUntilText(kModelQuiet);
+    return Gather(AwaitText(expectedReply), kModelQuiet,
+                  [](const std::string& reply) { return ModelIn(reply).has_value(); });
+}
+
+std::string Link::Gather(std::string reply, std::chrono::milliseconds quiet,
+                         const std::function<bool(const std::string&)>& isWhole) {
+    while (!endWait_ && !isWhole(reply)) {
+        const bool quietNow = !SleepUntilText(quiet);
         const std::string text = port_.Input();
-        if (quiet && text.empty()) break;
+        if (quietNow && text.empty()) break;
         reply += text;
     }
     return reply;
@@ -312,7 +301,7 @@ bool Link::SleepUntilText(std::optional<std::chrono::milliseconds> quiet) {
 
 bool Link::AskReady(const char* message) {
     if (!SendCommand(kReadyCommand, kReadyReply).empty()) return true;
-    if (!lastWaitEnded_) prompts_.Message(QLatin1String(message));
+    if (!lastWaitEnded_ && message != nullptr) prompts_.Message(QLatin1String(message));
     return false;
 }
 
@@ -321,9 +310,9 @@ void Link::ClearLine() {
     ReadOn({}, kQuietLine);
 }
 
-bool Link::ReadInstrumentModel(std::string& model) {
+bool Link::ReadInstrumentModel(std::string& model, const char* message) {
     model.clear();
-    if (!AskReady(kNotAvailableMessage)) return false;
+    if (!AskReady(message)) return false;
     model = TrimBlanks(Exchange(kModelCommand, kLineEnd, &Link::AwaitModel));
     const auto found = ModelIn(model);
     if (found) model = *found;

@@ -77,8 +77,8 @@ class Link {
     std::string SendCommand(std::string_view command, std::string_view expectedReply,
                             std::chrono::milliseconds quiet);
 
-    // Asks whether the instrument is ready: any answer counts. Without one message is shown, but
-    // not when the wait was ended or the port was lost: the operator knows then.
+    // Asks whether the instrument is ready: any answer counts. Without one message, if any, is
+    // shown, but not when the wait was ended or the port was lost: the operator knows then.
     bool AskReady(const char* message);
 
     // Sends characters (none of them is a command) one at a time, each when the reply to the one
@@ -103,10 +103,10 @@ class Link {
     // or the port was lost.
     std::string ReadOn(std::string_view expectedReply, std::chrono::milliseconds quiet);
 
-    // The model text from "DAVO" up to its line end, once AskReady(kNotAvailableMessage). False
+    // The model text from "DAVO" up to its line end, once AskReady(message). False
     // when there is none; model then holds the whole trimmed reply. The reply may begin with a line
     // end of its own, so reading goes on until the model is whole or the line is quiet.
-    bool ReadInstrumentModel(std::string& model);
+    bool ReadInstrumentModel(std::string& model, const char* message = kNotAvailableMessage);
 
     // Ends the wait under way at once, with an empty reply. Nothing happens without one.
     void EndWait();
@@ -152,10 +152,15 @@ class Link {
     std::string AwaitText(std::string_view expectedReply);
     std::string AwaitModel(std::string_view expectedReply);
     std::string AwaitDone(std::string_view expectedReply);
+    // reply and what follows it, until it is whole or nothing has come for quiet.
+    std::string Gather(std::string reply, std::chrono::milliseconds quiet,
+                       const std::function<bool(const std::string&)>& isWhole);
+    // Sends command and waits as await does; see the public functions.
+    std::string Wait(std::string_view command, std::string_view expectedReply,
+                     const std::function<std::string()>& await);
     std::string Exchange(std::string_view command, std::string_view expectedReply,
                          std::string (Link::*await)(std::string_view));
     void ReplyGrew(std::size_t received) const;
-    void EndExchange(std::string& reply);
 
     SerialPort& port_;
     LinkState& state_;

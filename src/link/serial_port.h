@@ -41,7 +41,7 @@ class SerialPort {
     virtual ~SerialPort() = default;
 
     virtual void SetCommPort(std::int16_t port) = 0;          // 1 = COM1
-    virtual void SetSettings(std::string_view settings) = 0;  // "19200,N,8,1"
+    virtual void SetSettings(std::string_view settings) = 0;  // "19200,N,8,1", no other parity
     // 0: Input takes everything waiting, which it always does.
     virtual void SetInputLen(int /*characters*/) {}
     // The buffer grows as needed: losing text because a window was busy helps nobody.

@@ -20,23 +20,6 @@ namespace {
 using std::chrono::nanoseconds;
 using std::chrono::steady_clock;
 
-QSerialPort::Parity ParityOf(char letter) {
-    switch (letter) {
-        case 'N':
-            return QSerialPort::NoParity;
-        case 'E':
-            return QSerialPort::EvenParity;
-        case 'O':
-            return QSerialPort::OddParity;
-        case 'M':
-            return QSerialPort::MarkParity;
-        case 'S':
-            return QSerialPort::SpaceParity;
-        default:
-            throw RunTimeError(ErrorNumber::TypeMismatch, "parity");
-    }
-}
-
 // What poll(2) says about the device now or at the latest at until.
 short PollUntil(int handle, short events, steady_clock::time_point until) {
     pollfd entry{handle, events, 0};
@@ -70,11 +53,11 @@ class QtSerialPort : public SerialPort {
     void SetSettings(std::string_view settings) override {
         const auto parts =
             QByteArray(settings.data(), static_cast<qsizetype>(settings.size())).split(',');
-        if (parts.size() != 4 || parts[1].size() != 1) {
+        if (parts.size() != 4 || parts[1] != "N") {
             throw RunTimeError(ErrorNumber::TypeMismatch, std::string(settings));
         }
         port_.setBaudRate(parts[0].toInt());
-        port_.setParity(ParityOf(parts[1].front()));
+        port_.setParity(QSerialPort::NoParity);
         port_.setDataBits(static_cast<QSerialPort::DataBits>(parts[2].toInt()));
         port_.setStopBits(static_cast<QSerialPort::StopBits>(parts[3].toInt()));
     }

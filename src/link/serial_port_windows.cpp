@@ -23,23 +23,6 @@ constexpr auto kLongestTake = std::chrono::milliseconds(200);
 // There are drivers that leave a read waiting when their adapter is pulled out.
 constexpr auto kPresencePeriod = std::chrono::milliseconds(1000);
 
-BYTE ParityOf(char letter) {
-    switch (letter) {
-        case 'N':
-            return NOPARITY;
-        case 'E':
-            return EVENPARITY;
-        case 'O':
-            return ODDPARITY;
-        case 'M':
-            return MARKPARITY;
-        case 'S':
-            return SPACEPARITY;
-        default:
-            throw RunTimeError(ErrorNumber::TypeMismatch, "parity");
-    }
-}
-
 // Reads one character without a time limit, and with it whatever has arrived behind it: that wakes
 // at the first character and costs nothing while the line is quiet, whatever the driver makes of
 // the finer points of time limits.
@@ -65,12 +48,11 @@ class WindowsSerialPort : public SerialPort {
     void SetSettings(std::string_view settings) override {
         const auto parts =
             QByteArray(settings.data(), static_cast<qsizetype>(settings.size())).split(',');
-        if (parts.size() != 4 || parts[1].size() != 1) {
+        if (parts.size() != 4 || parts[1] != "N") {
             throw RunTimeError(ErrorNumber::TypeMismatch, std::string(settings));
         }
         state_.DCBlength = sizeof state_;
         state_.BaudRate = parts[0].toUInt();
-        state_.Parity = ParityOf(parts[1].front());
         state_.ByteSize = static_cast<BYTE>(parts[2].toUInt());
         state_.StopBits = parts[3] == "2" ? TWOSTOPBITS : ONESTOPBIT;
     }
@@ -139,11 +121,11 @@ class WindowsSerialPort : public SerialPort {
         state.DCBlength = sizeof state;
         if (::GetCommState(port_, &state) == 0) return false;
         state.BaudRate = state_.BaudRate;
-        state.Parity = state_.Parity;
+        state.Parity = NOPARITY;
         state.ByteSize = state_.ByteSize;
         state.StopBits = state_.StopBits;
         state.fBinary = TRUE;
-        state.fParity = state_.Parity != NOPARITY;
+        state.fParity = FALSE;
         state.fOutxCtsFlow = FALSE;
         state.fOutxDsrFlow = FALSE;
         state.fDsrSensitivity = FALSE;

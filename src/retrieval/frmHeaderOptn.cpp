@@ -4,7 +4,6 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 
 namespace davo {

@@ -27,7 +27,6 @@
 #include "records/sorting.h"
 #include "retrieval/memory_directory.h"
 #include "retrieval/record_download.h"
-#include "ui/big_button.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
 #include "ui/record_list.h"

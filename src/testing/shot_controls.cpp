@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "common/text.h"
-#include "ui/big_button.h"
 #include "ui/contrast.h"
 #include "ui/fit_label.h"
 #include "ui/form_parts.h"

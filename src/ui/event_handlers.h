@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QScopedValueRollback>
 #include <QString>
 #include <exception>
 #include <utility>
@@ -19,7 +20,7 @@ class EventHandlers {
     // Runs handler, also inside another one that waits.
     template <class Handler>
     void Run(Handler&& handler) {
-        const Depth depth(running_);
+        const QScopedValueRollback depth(running_, running_ + 1);
         try {
             std::forward<Handler>(handler)();
         } catch (const std::exception& error) {
@@ -37,14 +38,6 @@ class EventHandlers {
     bool Running() const { return running_ > 0; }
 
   private:
-    struct Depth {
-        explicit Depth(int& count) : running(count) { ++running; }
-        ~Depth() { --running; }
-        Depth(const Depth&) = delete;
-        Depth& operator=(const Depth&) = delete;
-        int& running;
-    };
-
     Prompts& prompts_;
     int running_ = 0;
 };

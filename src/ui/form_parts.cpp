@@ -3,8 +3,11 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QShortcut>
+
+#include "ui/contrast.h"
 
 namespace davo {
 
@@ -31,6 +34,33 @@ QLabel* MakeParagraph(QWidget* parent, QAnyStringView name, const QString& text,
     QLabel* label = MakeLabel(parent, name, text, growth);
     label->setWordWrap(true);
     return label;
+}
+
+BigButton::BigButton(QWidget* parent, QAnyStringView name, const char* caption)
+    : QPushButton(QLatin1String(caption), parent) {
+    setObjectName(name);
+    constexpr int kLeastHeight = 56;
+    constexpr double kLetterGrowth = 1.3;
+    setMinimumHeight(kLeastHeight);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    setAutoDefault(true);
+    Enlarge(this, kLetterGrowth);
+}
+
+void BigButton::keyPressEvent(QKeyEvent* event) {
+    if (event->isAutoRepeat()) return;
+    QPushButton::keyPressEvent(event);
+}
+
+void BigButton::paintEvent(QPaintEvent* event) {
+    QPushButton::paintEvent(event);
+    if (!hasFocus()) return;
+    constexpr int kFocusFrame = 4;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(FocusInk(palette()), kFocusFrame));
+    const int half = kFocusFrame / 2;
+    painter.drawRoundedRect(rect().adjusted(half, half, -half - 1, -half - 1), half, half);
 }
 
 void OnKey(QWidget* window, const QKeySequence& key, const std::function<void()>& act) {

@@ -3,6 +3,7 @@
 
 #include <QKeySequence>
 #include <QLabel>
+#include <QPushButton>
 #include <QString>
 #include <QWidget>
 #include <functional>
@@ -35,6 +36,17 @@ QLabel* MakeLabel(QWidget* parent, QAnyStringView name, const QString& text = {}
 // The same, wrapped.
 QLabel* MakeParagraph(QWidget* parent, QAnyStringView name, const QString& text = {},
                       double growth = kFormTextGrowth);
+
+// A button for gloves: high, its letters large, its focus seen from a distance. Enter presses it
+// when it has the focus; a key that is held down presses it once.
+class BigButton : public QPushButton {
+  public:
+    explicit BigButton(QWidget* parent, QAnyStringView name = {}, const char* caption = "");
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+};
 
 // Calls act for key wherever in window the focus is; once for a key that is held down.
 void OnKey(QWidget* window, const QKeySequence& key, const std::function<void()>& act);

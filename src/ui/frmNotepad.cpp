@@ -12,15 +12,6 @@
 
 namespace davo {
 
-namespace {
-
-// Paragraphs and line breaks inside one, as the document holds them.
-bool IsLineBreak(QChar character) {
-    return character == QChar::ParagraphSeparator || character == QChar::LineSeparator;
-}
-
-}  // namespace
-
 frmNotepad::frmNotepad(std::string& notes, Prompts& prompts, QWidget* parent)
     : QDialog(parent),
       notes_(notes),
@@ -49,25 +40,22 @@ void frmNotepad::done(int result) {
 bool frmNotepad::TakeText() {
     if (!rt_->document()->isModified()) return true;
     // The raw text: the plain one would have blanks for the page's fixed blanks.
-    const QString raw = rt_->document()->toRawText();
-    QString text;
-    for (qsizetype i = 0; i < raw.size(); ++i) {
-        const QChar character = raw.at(i);
-        if (IsLineBreak(character)) {
-            text += QStringLiteral("\r\n");
-            continue;
-        }
-        if (!ToPage(QString(character))) {
-            QTextCursor cursor(rt_->document());
-            cursor.setPosition(static_cast<int>(i));
-            cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
-            rt_->setTextCursor(cursor);
-            prompts_.Message(NotInPageMessage());
-            return false;
-        }
-        text += character;
+    QString text = rt_->document()->toRawText();
+    // Paragraphs and line breaks inside one, as the document holds them.
+    for (const QChar lineBreak : {QChar(QChar::ParagraphSeparator), QChar(QChar::LineSeparator)})
+        text.replace(lineBreak, QLatin1Char('\n'));
+    if (!ToPage(text)) {
+        qsizetype at = 0;
+        while (ToPage(text.mid(at, 1)))
+            ++at;
+        QTextCursor cursor(rt_->document());
+        cursor.setPosition(static_cast<int>(at));
+        cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+        rt_->setTextCursor(cursor);
+        prompts_.Message(NotInPageMessage());
+        return false;
     }
-    notes_ = ToPage(text).value_or(std::string());
+    notes_ = ToPage(text.replace(QLatin1Char('\n'), QStringLiteral("\r\n"))).value_or("");
     rt_->document()->setModified(false);
     if (OnChanged) OnChanged();
     return true;

@@ -13,9 +13,9 @@ TEST(SingleInstanceOnLinux, DoesNotWaitForAPipeThatHasTheNameOfItsLock) {
     const QByteArray lock = QFile::encodeName(folder.Path("configuration/davo.lock"));
     ASSERT_EQ(::mkfifo(lock.constData(), 0666), 0);
     const NoWait limit;
-    const auto first = MakeSingleInstance(places);
+    auto first = std::make_unique<SingleInstance>(places);
     EXPECT_FALSE(first->AnotherRuns());
-    EXPECT_TRUE(MakeSingleInstance(places)->AnotherRuns());
+    EXPECT_TRUE(SingleInstance(places).AnotherRuns());
 }
 
 TEST(SingleInstanceOnLinux, KeepsTheSecondOutWhereTheDiskOfItsFolderIsProtected) {
@@ -24,9 +24,9 @@ TEST(SingleInstanceOnLinux, KeepsTheSecondOutWhereTheDiskOfItsFolderIsProtected)
     const Places places = folder.MakePlaces();
     SmallDisk disk(places.configurationFolder);
     disk.Protect();
-    const auto first = MakeSingleInstance(places);
+    auto first = std::make_unique<SingleInstance>(places);
     EXPECT_FALSE(first->AnotherRuns());
-    EXPECT_TRUE(MakeSingleInstance(places)->AnotherRuns());
+    EXPECT_TRUE(SingleInstance(places).AnotherRuns());
 }
 
 }  // namespace

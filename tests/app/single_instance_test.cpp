@@ -20,14 +20,14 @@ class SingleInstanceOfAUser : public ::testing::Test {
         file.write(text);
     }
     QString LockPath() const { return places.configurationFolder + u"davo.lock"_s; }
-    bool AnotherRuns() const { return MakeSingleInstance(places)->AnotherRuns(); }
+    bool AnotherRuns() const { return SingleInstance(places).AnotherRuns(); }
 
     TemporaryFolder folder;
     Places places = folder.MakePlaces();
 };
 
 TEST_F(SingleInstanceOfAUser, IsTheFirstAndKeepsTheSecondOut) {
-    const auto first = MakeSingleInstance(places);
+    auto first = std::make_unique<SingleInstance>(places);
     EXPECT_FALSE(first->AnotherRuns());
     EXPECT_TRUE(AnotherRuns());
     EXPECT_TRUE(AnotherRuns()) << "asking does not disturb the first";
@@ -46,7 +46,7 @@ TEST_F(SingleInstanceOfAUser, MakesItsFolder) {
 }
 
 TEST_F(SingleInstanceOfAUser, OfOtherUsersDoesNotMatter) {
-    const auto first = MakeSingleInstance(places);
+    auto first = std::make_unique<SingleInstance>(places);
     EXPECT_FALSE(first->AnotherRuns());
     places.configurationFolder = folder.Path("other/");
     EXPECT_FALSE(AnotherRuns());
@@ -85,7 +85,7 @@ TEST_F(SingleInstanceOfAUser, KeepsTheSecondOutWhereItsFolderCannotBeMade) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     places.configurationFolder = folder.Path("file/davo/");
     places.scratchFolder = folder.Path("new/scratch/");
-    auto first = MakeSingleInstance(places);
+    auto first = std::make_unique<SingleInstance>(places);
     EXPECT_FALSE(first->AnotherRuns());
     EXPECT_TRUE(AnotherRuns());
     first.reset();

@@ -24,7 +24,8 @@ Places PlacesIn(const QString& folder) {
 
 // Run in a process of its own by the test below, which ends it.
 TEST(SingleInstanceProcess, DISABLED_HoldsTheInstance) {
-    const auto instance = MakeSingleInstance(PlacesIn(qEnvironmentVariable(kFolderVariable)));
+    auto instance =
+        std::make_unique<SingleInstance>(PlacesIn(qEnvironmentVariable(kFolderVariable)));
     ASSERT_FALSE(instance->AnotherRuns());
     QThread::sleep(60);
 }
@@ -45,10 +46,10 @@ TEST(SingleInstanceProcess, KeepsOthersOutUntilItIsKilled) {
     while (!QFileInfo::exists(folder.Path("davo.lock")) && waited.elapsed() < 20000)
         QThread::msleep(20);
     QThread::msleep(200);
-    EXPECT_TRUE(MakeSingleInstance(places)->AnotherRuns());
+    EXPECT_TRUE(SingleInstance(places).AnotherRuns());
     other.kill();
     ASSERT_TRUE(other.waitForFinished());
-    EXPECT_FALSE(MakeSingleInstance(places)->AnotherRuns());
+    EXPECT_FALSE(SingleInstance(places).AnotherRuns());
 }
 
 }  // namespace

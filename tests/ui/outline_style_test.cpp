@@ -18,8 +18,8 @@
 #include <memory>
 
 #include "tests/support/testing.h"
-#include "ui/big_button.h"
 #include "ui/contrast.h"
+#include "ui/form_parts.h"
 
 namespace davo {
 namespace {
