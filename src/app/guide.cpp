@@ -17,32 +17,26 @@ namespace davo {
 
 namespace {
 
-// The guide's file for a widget of this name; empty when there is none.
-QString PageOf(const QString& folder, const QWidget* widget) {
-    const QString name = widget->objectName();
+// The guide's file of this name; empty when there is none.
+QString PageOf(const QString& folder, const QString& name) {
     if (name.isEmpty()) return {};
     const QString page = QDir(folder).filePath(QStringLiteral("f1/%1.html").arg(name));
     return QFileInfo::exists(page) ? page : QString();
 }
 
-// A message that the guide knows; all empty when it does not.
-struct KnownMessage {
-    QString page;
-    QString advice;
-};
-
-KnownMessage Known(const QString& folder, const QString& message) {
+// The line of a message that the guide knows: its place, a part of it, an advice; all empty when it
+// does not.
+QStringList Known(const QString& folder, const QString& message) {
     QFile file(QDir(folder).filePath(QStringLiteral("f1/messages.txt")));
-    if (message.isEmpty() || !file.open(QIODevice::ReadOnly)) return {};
     QStringList found{{}, {}, {}};
+    if (message.isEmpty() || !file.open(QIODevice::ReadOnly)) return found;
     for (const QString& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'))) {
         const QStringList fields = line.split(QLatin1Char('\t'));
         if (fields.size() == found.size() && fields[1].size() > found[1].size() &&
             message.contains(fields[1]))
             found = fields;
     }
-    if (found[0].isEmpty()) return {};
-    return {QDir(folder).filePath(QStringLiteral("f1/%1.html").arg(found[0])), found[2]};
+    return found;
 }
 
 // The window that is open in the area of this one; null without.
@@ -63,9 +57,10 @@ QStringList GuideFolders() {
 QString GuidePage(const QString& folder, const QWidget* widget) {
     for (; widget != nullptr; widget = widget->parentWidget()) {
         const QWidget* within = OpenWithin(widget);
-        QString page = within == nullptr ? QString() : PageOf(folder, within);
-        if (page.isEmpty()) page = Known(folder, widget->property("exactText").toString()).page;
-        if (page.isEmpty()) page = PageOf(folder, widget);
+        QString page = within == nullptr ? QString() : PageOf(folder, within->objectName());
+        if (page.isEmpty())
+            page = PageOf(folder, Known(folder, widget->property("exactText").toString())[0]);
+        if (page.isEmpty()) page = PageOf(folder, widget->objectName());
         if (!page.isEmpty()) return page;
     }
     const QString first = QDir(folder).filePath(QStringLiteral("index.html"));
@@ -74,7 +69,7 @@ QString GuidePage(const QString& folder, const QWidget* widget) {
 
 QString GuideAdvice(const QStringList& folders, const QString& message) {
     for (const QString& folder : folders) {
-        QString advice = Known(folder, message).advice;
+        QString advice = Known(folder, message)[2];
         if (!advice.isEmpty()) return advice;
     }
     return {};

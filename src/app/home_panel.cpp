@@ -7,7 +7,6 @@
 #include <QMenu>
 #include <QPalette>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QSignalBlocker>
 #include <QStackedLayout>
 #include <QVBoxLayout>
@@ -63,10 +62,7 @@ std::vector<QAction*> WithMenusAbove(QAction* item) {
 
 // A menu's caption without its mnemonic, as a button shows it.
 QString ButtonCaption(const QAction& item) {
-    static const QRegularExpression kMnemonic(QStringLiteral("&(.?)"));
-    return item.text()
-        .replace(kMnemonic, QStringLiteral("\\1"))
-        .replace(QLatin1Char('&'), QStringLiteral("&&"));
+    return item.iconText().replace(QLatin1Char('&'), QStringLiteral("&&"));
 }
 
 QString ButtonName(const QAction& item) {

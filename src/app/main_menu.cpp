@@ -5,7 +5,6 @@
 #include <QActionGroup>
 #include <QMenu>
 #include <QMenuBar>
-#include <utility>
 
 #include "common/settings.h"
 #include "ui/form_parts.h"
@@ -27,9 +26,11 @@ QAction* AddItem(QMenu* menu, const char* name, const char* caption) {
     return Named(menu->addAction(QLatin1String(caption)), name);
 }
 
-QAction* AddMarker(QMenu* menu, const char* name, const char* caption) {
+// An item whose data is the kneepoint type that it stands for.
+QAction* AddMarker(QMenu* menu, const char* name, const char* caption, const char* type) {
     QAction* item = AddItem(menu, name, caption);
     item->setCheckable(true);
+    item->setData(QLatin1String(type));
     return item;
 }
 
@@ -50,9 +51,9 @@ MainMenu::MainMenu(QMenuBar& bar) : mnuFile(AddMenu(&bar, "mnuFile", "&File")) {
     mnuDownload = AddItem(mnuFile, "mnuDownload", "&Download Test Record");
     AddLine(mnuFile, "mnuLine3");
     QMenu* mnuSetup = AddMenu(mnuFile, "mnuSetup", "&Set Kneepoint Marker");
-    mnuKneepoint30 = AddMarker(mnuSetup, "mnuKneepoint30", "IEEE &30 Degree Marker");
-    mnuKneepoint45 = AddMarker(mnuSetup, "mnuKneepoint45", "IEEE &45 Degree Marker");
-    mnuKneepointASA10 = AddMarker(mnuSetup, "mnuKneepointASA10", "&ASA 10/50 Marker");
+    mnuKneepoint30 = AddMarker(mnuSetup, "mnuKneepoint30", "IEEE &30 Degree Marker", kKneeIeee30);
+    mnuKneepoint45 = AddMarker(mnuSetup, "mnuKneepoint45", "IEEE &45 Degree Marker", kKneeIeee45);
+    mnuKneepointASA10 = AddMarker(mnuSetup, "mnuKneepointASA10", "&ASA 10/50 Marker", kKneeAsa);
     AddLine(mnuFile, "mnuLine4");
     mnuOverlay = AddItem(mnuFile, "mnuOverlay", "&Overlay 2 Tests");
     AddLine(mnuFile, "mnuLine5");
@@ -95,20 +96,14 @@ void MainMenu::EnableRecordItems(bool enabled) {
 }
 
 void MainMenu::ConnectKneepoint(const std::function<void(const QString&)>& chosen) {
-    const std::pair<QAction*, const char*> markers[] = {{mnuKneepoint30, kKneeIeee30},
-                                                        {mnuKneepoint45, kKneeIeee45},
-                                                        {mnuKneepointASA10, kKneeAsa}};
-    for (const auto& [item, type] : markers) {
-        QObject::connect(
-            item, &QAction::triggered, item,
-            [chosen, kneepointType = QString(QLatin1String(type))] { chosen(kneepointType); });
-    }
+    for (QAction* item : {mnuKneepoint30, mnuKneepoint45, mnuKneepointASA10})
+        QObject::connect(item, &QAction::triggered, item,
+                         [item, chosen] { chosen(item->data().toString()); });
 }
 
 void MainMenu::CheckKneepoint(const QString& kneepointType) {
-    mnuKneepoint30->setChecked(kneepointType == QLatin1String(kKneeIeee30));
-    mnuKneepoint45->setChecked(kneepointType == QLatin1String(kKneeIeee45));
-    mnuKneepointASA10->setChecked(kneepointType == QLatin1String(kKneeAsa));
+    for (QAction* item : {mnuKneepoint30, mnuKneepoint45, mnuKneepointASA10})
+        item->setChecked(item->data().toString() == kneepointType);
 }
 
 }  // namespace davo

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include "common/places.h"
+
 namespace davo {
 
 // Opens the document at path, a workbook or a page of HTML, with the program that this user's
@@ -12,12 +14,16 @@ bool ShowDocument(const QString& path);
 
 // ShowDocument of a finished workbook. When false: show NoProgramText. It has the system's own
 // name; any program for workbooks will do.
-bool ShowReportInExcel(const QString& path);
+inline bool ShowReportInExcel(const QString& path) {
+    return ShowDocument(path);
+}
 
-inline constexpr const char* kNoProgramText =
-    "The report is finished, but this computer has no program that shows it. It is stored as ";
-
-// kNoProgramText with the path as the user writes it.
-QString NoProgramText(const QString& path);
+// With the path as the user writes it.
+inline QString NoProgramText(const QString& path) {
+    return QStringLiteral(
+               "The report is finished, but this computer has no program that shows it. "
+               "It is stored as ") +
+           ShownPath(path);
+}
 
 }  // namespace davo

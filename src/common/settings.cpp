@@ -35,22 +35,12 @@ void WriteText(SettingsStore& store, const Key& key, const QString& text) {
                 QString::fromLatin1(key.value), text);
 }
 
-bool IsOneOf(const QString& text, std::initializer_list<const char*> texts) {
-    for (const char* one : texts) {
-        if (text == QLatin1String(one)) return true;
-    }
-    return false;
-}
-
 // The spellings that end in "Mode" are older ones: read, never written.
 QString KneepointTypeOf(const QString& text) {
-    if (IsOneOf(text, {"", kKneeAsa, "ASA 10% V -->50% I Degree Mode"})) {
+    if (text.isEmpty() || text == QLatin1String("ASA 10% V -->50% I Degree Mode"))
         return QString::fromLatin1(kKneeAsa);
-    }
-    if (IsOneOf(text, {"IEEE 30 Degree Mode", kKneeIeee30}))
-        return QString::fromLatin1(kKneeIeee30);
-    if (IsOneOf(text, {"IEEE 45 Degree Mode", kKneeIeee45}))
-        return QString::fromLatin1(kKneeIeee45);
+    if (text == QLatin1String("IEEE 30 Degree Mode")) return QString::fromLatin1(kKneeIeee30);
+    if (text == QLatin1String("IEEE 45 Degree Mode")) return QString::fromLatin1(kKneeIeee45);
     return text;
 }
 

@@ -14,6 +14,10 @@ namespace davo {
 // The line end of files and of the instrument.
 inline constexpr std::string_view kLineEnd = "\r\n";
 
+// What a record is between, on the wire and in the capture file.
+inline constexpr std::string_view kRecordStart = "DATA";
+inline constexpr std::string_view kRecordEnd = "DONE";
+
 // text without the blanks (code 32 only) at both ends.
 std::string TrimBlanks(std::string_view text);
 

@@ -7,7 +7,6 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
-#include "common/record_marks.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
 

@@ -9,7 +9,6 @@
 
 #include "common/file_system.h"
 #include "common/files.h"
-#include "common/record_marks.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/line_cursor.h"

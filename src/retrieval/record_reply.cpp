@@ -7,7 +7,6 @@
 #include <optional>
 
 #include "common/numbers.h"
-#include "common/record_marks.h"
 #include "common/text.h"
 #include "records/directory_entry.h"
 #include "records/record_image.h"

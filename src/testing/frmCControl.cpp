@@ -75,24 +75,24 @@ void frmCControl::RestoreErrorLimit() {
 }
 
 frmCControl::~frmCControl() {
-    if (closing_) return;
     // The window goes with its program: nobody may call it any more.
-    sequence_.Around().link.OnTextWaiting = nullptr;
-    sequence_.Around().link.OnLost = nullptr;
+    if (!closing_) ListenToLink(false);
 }
 
 void frmCControl::ConnectEvents() {
-    const auto onClick = [this](QPushButton* button, auto handler) {
-        connect(button, &QPushButton::clicked, this, handler);
-    };
-    const auto handsDown = [this, onClick](QPushButton* button, void (ShotSequence::*handler)()) {
-        onClick(button, [this, button, handler] { ClickOf(button, handler); });
+    const auto handsDown = [this](QPushButton* button, void (ShotSequence::*handler)()) {
+        connect(button, &QPushButton::clicked, this, [this, button, handler] {
+            // A shortcut presses a button without giving it the focus; the box that is left is to
+            // know.
+            button->setFocus();
+            Act(handler);
+        });
     };
     handsDown(controls_.cmdStart, &ShotSequence::cmdStart_Click);
     handsDown(controls_.cmdContinue, &ShotSequence::cmdContinue_Click);
     handsDown(controls_.cmdCancel, &ShotSequence::cmdCancel_Click);
-    onClick(controls_.cmdHeader, [this] { cmdHeader_Click(); });
-    onClick(controls_.cmdExit, [this] { cmdExit_Click(); });
+    connect(controls_.cmdHeader, &QPushButton::clicked, this, [this] { cmdHeader_Click(); });
+    connect(controls_.cmdExit, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
     connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
     connect(&timDateTime_, &QTimer::timeout, this, [this] { timDateTime_Timer(); });
     connect(&lookAround_, &QTimer::timeout, this, [this] { LookAround(); });
@@ -109,8 +109,11 @@ void frmCControl::ConnectEvents() {
     sequence_.OnFocus = [this](const char* control) { FocusControl(control); };
 }
 
-void frmCControl::ListenToLink() {
+void frmCControl::ListenToLink(bool listens) {
     Link& link = sequence_.Around().link;
+    link.OnTextWaiting = nullptr;
+    link.OnLost = nullptr;
+    if (!listens) return;
     link.OnTextWaiting = [this] { Timer1_Timer(); };
     link.OnLost = [this] { PortLost(); };
 }
@@ -118,7 +121,7 @@ void frmCControl::ListenToLink() {
 void frmCControl::Form_Load() {
     SetSessionAside(sequence_.Around().places.scratchFolder);
     sequence_.Form_Load();
-    ListenToLink();
+    ListenToLink(true);
     Refresh();
 }
 
@@ -156,12 +159,6 @@ void frmCControl::Act(void (ShotSequence::*handler)()) {
     });
     ShowCurve();
     Refresh();
-}
-
-void frmCControl::ClickOf(QPushButton* button, void (ShotSequence::*handler)()) {
-    // A shortcut presses a button without giving it the focus; the box that is left is to know.
-    button->setFocus();
-    Act(handler);
 }
 
 void frmCControl::ShowCurve() {
@@ -333,21 +330,17 @@ void frmCControl::PortLost() {
 
 void frmCControl::Refresh() {
     Paint();
-    const auto run = [](QTimer& timer, bool wanted) {
-        if (timer.isActive() == wanted) return;
-        if (wanted) {
-            timer.start();
-        } else {
-            timer.stop();
-        }
+    const auto run = [this](QTimer& timer, bool wanted) {
+        if (!wanted || closing_) timer.stop();
+        if (wanted && !closing_ && !timer.isActive()) timer.start();
     };
     // What is left of a flood is examined as soon as the operator has had his turn.
     const int interval = sequence_.Unexamined() ? 0 : kPollInterval;
     if (Timer1_.interval() != interval) Timer1_.setInterval(interval);
-    run(Timer1_, sequence_.Polling() && !closing_);
-    run(timDateTime_, sequence_.Clocking() && !closing_);
-    run(timBeep_, sequence_.Beeping() && !closing_);
-    run(lookAround_, !closing_);
+    run(Timer1_, sequence_.Polling());
+    run(timDateTime_, sequence_.Clocking());
+    run(timBeep_, sequence_.Beeping());
+    run(lookAround_, true);
     if (closing_ || handlers_.Running()) return;
     if (closeWanted_) {
         CloseNow();
@@ -427,8 +420,7 @@ void frmCControl::CloseNow() {
 void frmCControl::Form_Unload() {
     window()->removeEventFilter(this);
     const TestSurroundings& around = sequence_.Around();
-    around.link.OnTextWaiting = nullptr;
-    around.link.OnLost = nullptr;
+    ListenToLink(false);
     around.session.testWindowOpen = false;
     if (around.link.State().portOpen) around.link.CloseComPort();
     // Some systems can neither rename nor delete a file that is open.

@@ -47,11 +47,10 @@ class frmCControl : public QWidget {
 
   private:
     void ConnectEvents();
-    void ListenToLink();
+    void ListenToLink(bool listens);
     // Runs one of the operator's acts: what he has typed is taken before it, the sequence makes a
     // pass after it.
     void Act(void (ShotSequence::*handler)());
-    void ClickOf(QPushButton* button, void (ShotSequence::*handler)());
     void LostFocus(void (ShotSequence::*handler)());
     void cmdExit_Click();
     void ViewResults(const QString& savedFile);

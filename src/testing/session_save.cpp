@@ -3,6 +3,7 @@
 
 #include <QFileInfo>
 #include <QScopedValueRollback>
+#include <optional>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -24,16 +25,9 @@ struct SessionContent {
     const std::string& testNotes;
 };
 
-enum class DialogueEnd {
-    Saved,
-    NoName,  // the file dialog was left without a name
-    Again,   // back to the question whether to save
-};
-
-struct DialogueResult {
-    DialogueEnd end = DialogueEnd::Again;
-    QString savedFile;
-};
+// How the dialogue ended: the record file, an empty path when the file dialog was left without a
+// name, nothing when it goes back to the question whether to save.
+using SavedFile = std::optional<QString>;
 
 QString NameOf(const QString& path) {
     return QFileInfo(path).fileName();
@@ -102,34 +96,33 @@ bool FollowChosenFolder(const QString& path, Prompts& prompts, Settings& setting
 }
 
 // From the file dialog to the record file. Throws what creating the folder and writing throw.
-DialogueResult SaveAsRecordFile(const SessionContent& content, Prompts& prompts,
-                                Settings& settings) {
+SavedFile SaveAsRecordFile(const SessionContent& content, Prompts& prompts, Settings& settings) {
     // The data path is put back whatever happens.
     const QScopedValueRollback dataPath(settings.dataPath);
     const QString path = AskForPath(prompts, settings.dataPath, content.header);
-    if (path.isEmpty()) return {DialogueEnd::NoName, {}};
-    if (!FollowChosenFolder(path, prompts, settings)) return {DialogueEnd::Again, {}};
+    if (path.isEmpty()) return path;
+    if (!FollowChosenFolder(path, prompts, settings)) return std::nullopt;
     const QString name = NameOf(path);
     const QString target = settings.dataPath + name;
     if (FileExists(target) &&
         prompts.YesNo(QStringLiteral("File '%1' exists. Do you want to override? ").arg(name),
                       Answer::No) != Answer::Yes) {
-        return {DialogueEnd::Again, {}};
+        return std::nullopt;
     }
     // The old file is replaced when the new one is whole, so it needs no deleting before.
     WriteTestRecordFile(name, settings.dataPath, content.capturePath, content.header,
                         content.shotCount, content.testNotes);
-    return {DialogueEnd::Saved, target};
+    return target;
 }
 
 // The same; a failure is said and leads back to the question.
-DialogueResult TrySave(const SessionContent& content, Prompts& prompts, Settings& settings) {
+SavedFile TrySave(const SessionContent& content, Prompts& prompts, Settings& settings) {
     try {
         return SaveAsRecordFile(content, prompts, settings);
     } catch (const RunTimeError& error) {
         prompts.Message(QStringLiteral("The test record was not saved.\r\n%1")
                             .arg(QString::fromUtf8(error.what())));
-        return {};
+        return std::nullopt;
     }
 }
 
@@ -189,15 +182,12 @@ SaveOutcome AskAndSave(ShotSequence& sequence, const QString& capturePath, Setti
             continue;
         }
         sequence.KeepCapture();
-        const DialogueResult result = TrySave(
+        const SavedFile saved = TrySave(
             {capturePath, around.header, around.session.shotCount, around.session.testNotes},
             prompts, settings);
-        if (result.end == DialogueEnd::Again) continue;
-        if (result.end == DialogueEnd::NoName) {
-            if (!sequence.MayLeave()) continue;
-            if (sequence.KeepCapture()) SayKept(prompts);
-        }
-        return {true, result.savedFile, false};
+        if (!saved || (saved->isEmpty() && !sequence.MayLeave())) continue;
+        if (saved->isEmpty() && sequence.KeepCapture()) SayKept(prompts);
+        return {true, *saved, false};
     }
 }
 
@@ -231,11 +221,10 @@ QString SaveUnsavedSession(const UnsavedSession& session, Prompts& prompts, Sett
     const SessionContent content{session.capturePath, session.journal.header,
                                  static_cast<std::int16_t>(session.shots),
                                  session.journal.testNotes};
-    DialogueResult result;
-    do {
-        result = TrySave(content, prompts, settings);
-    } while (result.end == DialogueEnd::Again);
-    if (result.end == DialogueEnd::NoName) {
+    SavedFile saved;
+    while (!saved)
+        saved = TrySave(content, prompts, settings);
+    if (saved->isEmpty()) {
         SayKept(prompts);
         return {};
     }
@@ -245,9 +234,9 @@ QString SaveUnsavedSession(const UnsavedSession& session, Prompts& prompts, Sett
         prompts.Message(
             QStringLiteral("The session is saved as %1. Its files in the program's own folder "
                            "could not be deleted, it may be offered again.\r\n%2")
-                .arg(ShownPath(result.savedFile), QString::fromUtf8(error.what())));
+                .arg(ShownPath(*saved), QString::fromUtf8(error.what())));
     }
-    return result.savedFile;
+    return *saved;
 }
 
 }  // namespace davo

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "common/record_marks.h"
+#include "common/text.h"
 
 namespace davo {
 

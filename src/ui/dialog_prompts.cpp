@@ -83,24 +83,16 @@ void ScrollLongText(QMessageBox& box) {
     constexpr int kWidth = 600;
     auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
     const int most = box.screen()->availableSize().height() / 2;
-    auto* whole = new QLabel(label->text(), &box);
-    whole->setTextFormat(Qt::PlainText);
-    whole->setWordWrap(true);
-    whole->setAlignment(Qt::AlignTop);
-    whole->setFont(box.font());
-    if (whole->heightForWidth(kWidth) <= most) {
-        delete whole;
-        return;
-    }
-    auto* scroll = new QScrollArea(&box);
-    scroll->setObjectName(QStringLiteral("scrText"));
+    label->setWordWrap(true);
+    if (label->heightForWidth(kWidth) <= most) return;
+    auto* scroll = Named(new QScrollArea(&box), "scrText");
+    delete box.layout()->replaceWidget(label, scroll);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
-    scroll->setWidget(whole);
+    scroll->setWidget(label);
+    label->setFont(box.font());
     scroll->setFixedHeight(most);
     scroll->setMinimumWidth(kWidth);
-    delete box.layout()->replaceWidget(label, scroll);
-    label->hide();
 }
 
 // Shows a message box until it is answered. When its parent is destroyed meanwhile, the answer is
@@ -135,6 +127,14 @@ QMessageBox::StandardButton ButtonOf(Answer answer) {
 Answer AnswerOf(QMessageBox::StandardButton button) {
     if (button == QMessageBox::Yes) return Answer::Yes;
     return button == QMessageBox::No ? Answer::No : Answer::Cancel;
+}
+
+constexpr auto kYesNo = QMessageBox::Yes | QMessageBox::No;
+
+Answer Question(const QString& text, const QString& title, QMessageBox::StandardButtons buttons,
+                Answer preset, Answer escape, const QString& advice) {
+    return AnswerOf(Ask(QMessageBox::Question, text, title, buttons, ButtonOf(preset),
+                        ButtonOf(escape), advice));
 }
 
 // Runs a file dialog to its end: the path chosen, empty when cancelled. Without a desktop there
@@ -192,22 +192,18 @@ void DialogPrompts::MessageAfter(const QString& text) {
 
 Answer DialogPrompts::YesNo(const QString& text, Answer preset, const QString& title) {
     const Open open(*this);
-    const auto button = ButtonOf(preset);
-    return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
-                        button, button, Advice(text)));
+    return Question(text, title, kYesNo, preset, preset, Advice(text));
 }
 
 Answer DialogPrompts::YesNoOrBack(const QString& text, Answer preset, const QString& title) {
     const Open open(*this);
-    return AnswerOf(Ask(QMessageBox::Question, text, title, QMessageBox::Yes | QMessageBox::No,
-                        ButtonOf(preset), QMessageBox::Cancel, Advice(text)));
+    return Question(text, title, kYesNo, preset, Answer::Cancel, Advice(text));
 }
 
 Answer DialogPrompts::YesNoCancel(const QString& text, Answer preset, const QString& title) {
     const Open open(*this);
-    return AnswerOf(Ask(QMessageBox::Question, text, title,
-                        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, ButtonOf(preset),
-                        QMessageBox::Cancel, Advice(text)));
+    return Question(text, title, kYesNo | QMessageBox::Cancel, preset, Answer::Cancel,
+                    Advice(text));
 }
 
 std::optional<QString> DialogPrompts::Input(const QString& title, const QString& prompt,
