@@ -2,6 +2,7 @@
 #include "batch/summary_page.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QUrl>
 #include <algorithm>
 #include <array>
@@ -30,17 +31,26 @@ struct Column {
     const char* name;
     bool isNumber = false;
 };
-constexpr std::array kColumns = {Column{"Record"},          Column{"Date"},
-                                 Column{"Company"},         Column{"Station"},
-                                 Column{"Circuit"},         Column{"Mfr"},
-                                 Column{"Model"},           Column{"SN"},
-                                 Column{"Comments"},        Column{"Operator"},
-                                 Column{"Test", true},      Column{"Points", true},
-                                 Column{"Nameplate", true}, Column{"Ratio", true},
-                                 Column{"Error", true},     Column{"Polarity"},
-                                 Column{"IEEE 30", true},   Column{"IEEE 45", true},
-                                 Column{"ASA 10/50", true}, Column{"Files"}};
-
+// What tells tests apart and what they gave comes before what they have in common.
+constexpr std::array kColumns = {Column{"Record"},
+                                 Column{"Test", true},
+                                 Column{"Date"},
+                                 Column{"Station"},
+                                 Column{"Circuit"},
+                                 Column{"SN"},
+                                 Column{"Nameplate", true},
+                                 Column{"Ratio", true},
+                                 Column{"Error", true},
+                                 Column{"Polarity"},
+                                 Column{"IEEE 30", true},
+                                 Column{"IEEE 45", true},
+                                 Column{"ASA 10/50", true},
+                                 Column{"Files"},
+                                 Column{"Company"},
+                                 Column{"Mfr"},
+                                 Column{"Model"},
+                                 Column{"Comments"},
+                                 Column{"Operator"}};
 std::string Escaped(const QString& text) {
     return text.toHtmlEscaped().toStdString();
 }
@@ -59,6 +69,13 @@ std::string NumberCell(const QString& text, const std::string& attributes = {}) 
 
 std::string Number(double value) {
     return QByteArray::number(value, 'f', 1).toStdString();
+}
+
+std::vector<double> Inside(std::vector<double> marks, LogSpan span) {
+    std::erase_if(marks, [span](double mark) {
+        return std::log10(mark) < span.low || std::log10(mark) > span.high;
+    });
+    return marks;
 }
 
 // The plane of the chart, with its axes.
@@ -107,10 +124,12 @@ std::string Plane::Lines(const char* kind, const std::vector<double>& across,
 std::string Plane::Axes() const {
     constexpr double kGap = 8;
     constexpr double kHeight = 20;
-    const std::vector<double> across = AxisMarks(across_);
-    const std::vector<double> up = AxisMarks(up_);
-    std::string axes = "<g class=\"grid\">\n" + Lines("fine", FineMarks(across_), FineMarks(up_)) +
-                       Lines("mark", across, up) + "</g>\n";
+    const std::vector<double> across = Inside(AxisMarks(across_), across_);
+    const std::vector<double> up = Inside(AxisMarks(up_), up_);
+    std::string axes =
+        "<g class=\"grid\">\n" +
+        Lines("fine", Inside(FineMarks(across_), across_), Inside(FineMarks(up_), up_)) +
+        Lines("mark", across, up) + "</g>\n";
     for (const double at : across)
         axes += Text(X(at), kBottom + kHeight, "middle", ValueText(at));
     for (const double at : up)
@@ -125,7 +144,8 @@ void SummaryPage::Add(const RecordFacts& record, const QString& path, const QStr
     ++records_;
     std::string links = "<td>";
     for (const QString& file : files) {
-        const QByteArray to = QUrl::toPercentEncoding(folder_.relativeFilePath(file), "/");
+        const QByteArray to = QUrl::toPercentEncoding(
+            folder_.relativeFilePath(QFileInfo(file).absoluteFilePath()), "/");
         links += "<a href=\"" + to.toStdString() + "\">" +
                  Escaped(file.mid(file.lastIndexOf(QLatin1Char('.')) + 1)) + "</a> ";
     }
@@ -134,8 +154,8 @@ void SummaryPage::Add(const RecordFacts& record, const QString& path, const QStr
     for (const RecordTest& test : record.tests)
         AddTest(record, test, name, links);
     if (record.tests.empty()) {
-        rows_ += "<tr>" + name + "<td colspan=\"" + std::to_string(kColumns.size() - 2) +
-                 "\">There is no test in it.</td>" + links + "</tr>\n";
+        rows_ += "<tr>" + name + "<td colspan=\"" + std::to_string(kColumns.size() - 1) +
+                 "\">There is no test in it.</td></tr>\n";
     }
 }
 
@@ -143,21 +163,26 @@ void SummaryPage::AddTest(const RecordFacts& record, const RecordTest& test,
                           const std::string& before, const std::string& behind) {
     const RecordFileHeader& header = record.headers.at(test.header);
     const std::optional<QDate> date = ParseRecordDate(header.date);
+    const auto& [company, station, circuit, maker, model, serial, comments, op] = header.fields;
+    const auto put = [this](const std::string& text) { rows_ += TextCell(FromPage(text)); };
+    const auto putNumber = [this](const std::string& text) { rows_ += NumberCell(FromPage(text)); };
     rows_ += "<tr id=\"t" + std::to_string(++tests_) + "\">" + before;
+    putNumber(test.testNumber);
     rows_ += TextCell(FromPage(header.date),
                       date ? Attribute("data-key", date->toString(Qt::ISODate)) : std::string());
-    for (const std::string& field : header.fields)
-        rows_ += TextCell(FromPage(field));
-    rows_ +=
-        NumberCell(FromPage(test.testNumber)) + NumberCell(QString::number(test.points.size()));
+    for (const std::string* text : {&station, &circuit, &serial})
+        put(*text);
     for (const std::string* text : {&test.nameplateRatio, &test.measuredRatio, &test.percentError})
-        rows_ += NumberCell(FromPage(*text));
-    rows_ += TextCell(FromPage(test.polarity));
+        putNumber(*text);
+    put(test.polarity);
     for (const KneeRule rule : kRuleRows) {
         const KneeFact& fact = FactOf(test, rule);
         rows_ += NumberCell(JudgedText(fact), Attribute("title", DoubtOf(fact)));
     }
-    rows_ += behind + "</tr>\n";
+    rows_ += behind;
+    for (const std::string* text : {&company, &maker, &model, &comments, &op})
+        put(*text);
+    rows_ += "</tr>\n";
 
     Curve curve{tests_, record.name + " Test " + test.testNumber, {}, {}};
     std::copy_if(test.points.begin(), test.points.end(), std::back_inserter(curve.points),

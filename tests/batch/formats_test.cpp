@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The files that davo-report makes, and where.
 
+#include <unistd.h>
+
 #include <QFile>
 
 #include "reports/record_csv.h"
@@ -16,6 +18,7 @@ using test::NamesIn;
 using test::PutRecord;
 using test::Report;
 using test::Said;
+using test::Shell;
 
 TEST(ReportFiles, AreAllMadeByOneCall) {
     const test::TemporaryFolder folder;
@@ -118,6 +121,32 @@ TEST(ReportFiles, AreMadeWhereAnotherFormatIsNot) {
     const Ended run = Report({u"--csv"_s, u"--xlsx"_s, u"T1.txt"_s}, folder.Path());
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.err, StartsWith("davo-report: T1.xlsx is not made: Run-time error '9': "));
+    EXPECT_EQ(NamesIn(folder), QStringList({u"T1.csv"_s, u"T1.txt"_s}));
+}
+
+TEST(ReportFiles, AreXlsWhereThereIsCalc) {
+    if (!FolderExists(u"/usr/lib/libreoffice/program"_s)) GTEST_SKIP() << "no LibreOffice Calc";
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    PutRecord(folder, u"T2.txt"_s, test::FileText(2));
+    const Ended run = Report({u"--xls"_s, u"."_s}, folder.Path());
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+    for (const char* const name : {"T1.xls", "T2.xls"})
+        EXPECT_THAT(ReadWholeFile(folder.Path(name)), StartsWith("\xD0\xCF\x11\xE0"));
+}
+
+TEST(ReportFiles, AreNotXlsWhereThereIsNoCalc) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can hide LibreOffice Calc";
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    const Ended run = Shell(
+        u"exec unshare --mount sh -c '[ ! -d /usr/lib/libreoffice ] || "
+        "mount -t tmpfs none /usr/lib/libreoffice; "
+        "exec $DAVO_REPORT --xls --csv T1.txt'"_s,
+        folder.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, Said("No .xls is made: that needs LibreOffice Calc or Microsoft Excel."));
     EXPECT_EQ(NamesIn(folder), QStringList({u"T1.csv"_s, u"T1.txt"_s}));
 }
 
