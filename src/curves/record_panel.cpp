@@ -405,7 +405,7 @@ QStringList RecordPanel::SaveCsv(const QString& path) {
     std::vector<RecordFacts> records;
     for (const RecordFacts* record : shown_.Records()) {
         records.push_back(*record);
-        JudgeTests(records.back(), kMostFactTests);
+        JudgeTests(records.back());
     }
     ReplaceFile(path, RecordsAsCsv(records));
     return NotWritten(shown_.Records(), wanted_.size());

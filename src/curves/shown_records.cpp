@@ -60,7 +60,7 @@ void ShownRecords::AddTests(const ShownRecord& record, std::size_t share, bool n
         end = std::min(first + 1, facts.tests.size());
     }
     try {
-        JudgeTests(facts, end);
+        JudgeTests(facts, first, end);
     } catch (const RunTimeError& error) {
         file.trouble = TroubleText(QFileInfo(record.file).completeBaseName(), error);
         return;

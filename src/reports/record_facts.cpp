@@ -35,10 +35,12 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
 }
 
 // The points that the record counts take part in the search; those that it does not have are zero.
-std::vector<CurvePoint> CountedPoints(const RecordTest& test) {
+template <class KneesOfPoints>
+void FindKnees(RecordTest& test, const KneesOfPoints& kneesOf) {
     std::vector<CurvePoint> counted = test.points;
     counted.resize(test.counted);
-    return counted;
+    const auto knees = kneesOf(counted);
+    test.knees.assign(knees.begin(), knees.end());
 }
 
 }  // namespace
@@ -55,7 +57,7 @@ RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name, std:
         facts.headers.push_back(header.Trimmed());
     for (const TestRecord& record : file.records)
         facts.tests.push_back(TestOf(record, name));
-    JudgeTests(facts, judged);
+    JudgeTests(facts, 0, judged);
     return facts;
 }
 
@@ -63,23 +65,22 @@ RecordFacts ReadRecordFacts(const QString& path, std::size_t judged) {
     return ParseRecordFacts(ReadWholeFile(path), PageRecordNameOf(path), judged);
 }
 
-void JudgeTests(RecordFacts& facts, std::size_t count) {
-    for (; facts.judged < std::min(count, facts.tests.size()); ++facts.judged) {
-        RecordTest& test = facts.tests[facts.judged];
-        test.knees = KneesOf(CountedPoints(test));
+void JudgeTests(RecordFacts& facts, std::size_t first, std::size_t end) {
+    for (std::size_t i = first; i < std::min(end, facts.tests.size()); ++i) {
+        if (facts.tests[i].knees.empty()) FindKnees(facts.tests[i], KneesOf);
     }
 }
 
 void FindPrintedKneepoints(RecordFacts& facts) {
     for (RecordTest& test : facts.tests)
-        test.knees = PrintedKneesOf(CountedPoints(test));
+        FindKnees(test, PrintedKneesOf);
 }
 
 std::vector<RecordTest> TestsOfCapture(std::string_view capture) {
     std::vector<RecordTest> tests;
     for (const CapturedShot& shot : CapturedShots(capture)) {
         tests.push_back(TestOf(RecordOfShot(tests.size() + 1, shot), {}));
-        tests.back().knees = KneesOf(CountedPoints(tests.back()));
+        FindKnees(tests.back(), KneesOf);
     }
     return tests;
 }

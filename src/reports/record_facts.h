@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QString>
-#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,7 +19,7 @@ struct RecordTest {
     std::size_t header = 0;          // of RecordFacts::headers
     std::vector<CurvePoint> points;  // as the record has them, from the lowest; no grid points
     std::size_t counted = 0;         // points that take part in the search for kneepoints
-    std::array<KneeFact, 3> knees;   // in the order of kKneeRules, once the test is judged
+    std::vector<KneeFact> knees;     // in the order of kKneeRules; none before they are found
     std::string nameplateRatio;      // the report's texts
     std::string measuredRatio;
     std::string percentError;
@@ -35,7 +34,6 @@ struct RecordFacts {
     std::vector<RecordFileHeader> headers;
     std::vector<RecordTest> tests;
     std::size_t testsLeft = 0;  // of the file, beyond kMostFactTests
-    std::size_t judged = 0;     // how many tests from the first have their kneepoints
     std::size_t controls = 0;   // TestRecordFile::controls
 };
 
@@ -54,9 +52,10 @@ RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name,
 // ParseRecordFacts of a file, named after it; throws the errors of ReadWholeFile too.
 RecordFacts ReadRecordFacts(const QString& path, std::size_t judged = kMostFactTests);
 
-// Finds the kneepoints of the first count tests, of each once: the judgement takes most of the time
-// that a record takes. RunTimeError 6 when a value is too large.
-void JudgeTests(RecordFacts& facts, std::size_t count);
+// Finds the kneepoints of the tests from first up to end, as far as there are so many, of each
+// once: the judgement takes most of the time that a record takes. RunTimeError 6 when a value is
+// too large.
+void JudgeTests(RecordFacts& facts, std::size_t first = 0, std::size_t end = kMostFactTests);
 
 // Finds the printed kneepoints of all tests without judging them. RunTimeError 6 as JudgeTests.
 void FindPrintedKneepoints(RecordFacts& facts);

@@ -18,8 +18,8 @@ QString KneeWord(KneeRule rule) {
 }
 
 const KneeFact& FactOf(const RecordTest& test, KneeRule rule) {
-    return *std::find_if(test.knees.begin(), test.knees.end(),
-                         [rule](const KneeFact& fact) { return fact.rule == rule; });
+    const auto place = std::ranges::find(kKneeRules, rule) - kKneeRules.begin();
+    return test.knees.at(static_cast<std::size_t>(place));
 }
 
 QString PrintedText(const KneeFact& fact) {

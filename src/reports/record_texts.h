@@ -19,6 +19,7 @@ inline constexpr std::array kRuleRows = {KneeRule::Ieee30, KneeRule::Ieee45, Kne
 // The word of a rule: "IEEE 30", "IEEE 45", "ASA 10/50".
 QString KneeWord(KneeRule rule);
 
+// Throws std::out_of_range before the test's kneepoints are found.
 const KneeFact& FactOf(const RecordTest& test, KneeRule rule);
 
 // "29.9 V, 0.090 A"; "0" or "N/A" where there is no kneepoint.

@@ -176,6 +176,17 @@ TEST_F(Panel, JudgesOnlyWhatIsShown) {
     EXPECT_EQ(TextOf(panel, "lblTrouble"), "Of each record the first 20 tests are shown.");
 }
 
+// Those before it are neither waited for nor in its way.
+TEST_F(Panel, JudgesOnlyTheTestThatIsChosenForAnOverlay) {
+    Add("ODD", Curve({{"1", "-1E308"}, {"2", "1E308"}, {"3", "-1E308"}, {"4", "1E308"}}, 1) +
+                   Curve(KneeCurve(), 2));
+    panel.Show({{File("ODD"), u"Graph #1"_s, 2}, {File("ONE"), u"Graph #2"_s, 1}});
+    QTest::qWait(60);
+    EXPECT_EQ(TextOf(panel, "lblTrouble"), "");
+    EXPECT_EQ(ColumnOf(panel, 0).at(5), "29.9 V, 0.090 A (?)");
+    EXPECT_EQ(ColumnOf(panel, 1).at(5), "29.9 V, 0.090 A (?)");
+}
+
 TEST_F(Panel, ATestChosenElsewhereStaysChosen) {
     panel.ShowRecords({File("THREE")});
     panel.ChooseTest(2);

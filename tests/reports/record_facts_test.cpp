@@ -168,15 +168,13 @@ TEST(RecordFacts, AreJudgedWhenTheyAreShown) {
     for (int i = 0; i < 3; ++i)
         text += test::RecordText({});
     const RecordFacts whole = ParseRecordFacts(text, "T1");
-    EXPECT_EQ(whole.judged, 3U);
     RecordFacts facts = ParseRecordFacts(text, "T1", 0);
-    EXPECT_EQ(facts.judged, 0U);
-    EXPECT_EQ(facts.tests.at(1).knees.at(1).printed, Kneepoint());
-    JudgeTests(facts, 2);
-    EXPECT_EQ(facts.judged, 2U);
+    EXPECT_THROW(FactOf(facts.tests.at(1), KneeRule::Ieee45), std::out_of_range);
+    JudgeTests(facts, 1, 2);
     EXPECT_EQ(facts.tests.at(1).knees.at(1).printed, whole.tests.at(1).knees.at(1).printed);
-    EXPECT_EQ(facts.tests.at(2).knees.at(1).printed, Kneepoint());
-    JudgeTests(facts, 200);
+    for (const std::size_t other : {0U, 2U})
+        EXPECT_THAT(facts.tests.at(other).knees, IsEmpty());
+    JudgeTests(facts);
     EXPECT_EQ(RecordsAsCsv({facts}), RecordsAsCsv({whole}));
 }
 
