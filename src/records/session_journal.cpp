@@ -3,7 +3,6 @@
 
 #include <QByteArray>
 #include <QCryptographicHash>
-#include <charconv>
 
 #include "common/files.h"
 #include "common/run_time_error.h"
@@ -16,49 +15,27 @@ namespace {
 constexpr std::string_view kFirstLine = "DAVO SESSION 1";
 constexpr std::string_view kCheckKey = "CHECK: ";
 
-// Everything that is no printable ASCII character becomes "%XX", so that any text is one line.
+// Everything but letters, digits and a few signs becomes "%XX", so that any text is one line.
 std::string Escaped(std::string_view text) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string line;
-    line.reserve(text.size());
-    for (const char c : text) {
-        if (c >= ' ' && c <= '~' && c != '%') {
-            line.push_back(c);
-            continue;
-        }
-        const auto code = static_cast<unsigned char>(c);
-        line.push_back('%');
-        line.push_back(kDigits[code / 16U]);
-        line.push_back(kDigits[code % 16U]);
-    }
-    return line;
+    return QByteArray(text.data(), static_cast<qsizetype>(text.size()))
+        .toPercentEncoding()
+        .toStdString();
+}
+
+std::string Unescaped(std::string_view line) {
+    const QByteArray text(line.data(), static_cast<qsizetype>(line.size()));
+    return QByteArray::fromPercentEncoding(text).toStdString();
 }
 
 [[noreturn]] void ThrowDamaged() {
     throw RunTimeError(ErrorNumber::TypeMismatch, "session journal");
 }
 
-template <class Number>
-Number NumberOf(std::string_view digits, int base) {
-    Number number{};
-    const char* const end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, number, base);
-    if (error != std::errc{} || stop != end) ThrowDamaged();
+int NumberOf(const std::string& digits) {
+    bool isNumber = false;
+    const int number = QByteArray::fromStdString(digits).toInt(&isNumber);
+    if (!isNumber) ThrowDamaged();
     return number;
-}
-
-std::string Unescaped(std::string_view line) {
-    std::string text;
-    text.reserve(line.size());
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] != '%') {
-            text.push_back(line[i]);
-            continue;
-        }
-        text.push_back(static_cast<char>(NumberOf<unsigned char>(Middle(line, i + 1, 2), 16)));
-        i += 2;
-    }
-    return text;
 }
 
 std::string CheckText(std::string_view bytes) {
@@ -110,8 +87,8 @@ SessionJournal Unpacked(std::string_view bytes) {
     if (lines.empty() || lines[next++] != kFirstLine) ThrowDamaged();
     SessionJournal journal;
     ForEachText(journal, [&take](const char* key, std::string& text) { text = take(key); });
-    journal.shotsInCapture = NumberOf<int>(take("SHOTS"), 10);
-    journal.saved = NumberOf<int>(take("SAVED"), 10) != 0;
+    journal.shotsInCapture = NumberOf(take("SHOTS"));
+    journal.saved = NumberOf(take("SAVED")) != 0;
     return journal;
 }
 
