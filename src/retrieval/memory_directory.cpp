@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/memory_directory.h"
 
-#include <QByteArrayView>
+#include <QRegularExpression>
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <utility>
 
 #include "common/text.h"
 #include "records/directory_entry.h"
@@ -19,93 +20,46 @@ constexpr std::size_t kShortestDirectory = 10;
 constexpr std::string_view kDirectoryEnd = "\r\nDONE";
 // Longer than the pauses inside a reply.
 constexpr std::chrono::milliseconds kReplyOver{300};
-
-struct Key {
-    std::string_view key;
-    std::size_t width;
-};
-constexpr Key kTests = {"TESTS=", 2};
-constexpr Key kComments = {"COMMENTS=", 20};
-constexpr std::array<Key, 9> kKeys = {{kTests,
-                                       {"COMPANY=", 20},
-                                       {"STATION=", 20},
-                                       {"CIRCUIT=", 20},
-                                       {"MFR=", 20},
-                                       {"MODEL=", 20},
-                                       {"SN=", 20},
-                                       {"OPERATOR=", 20},
-                                       kComments}};
-
-// How a record begins: '9' a digit, '0' a digit or a blank, anything else itself.
-constexpr std::string_view kHead = "#999\r\n00/00/00 00:00";
-constexpr std::size_t kNumberAt = 1;
-constexpr std::size_t kNumberWidth = 3;
-constexpr std::size_t kDateAt = 6;
 constexpr std::size_t kDateWidth = 8;
 
-bool Fits(char shape, char c) {
-    const bool digit = c >= '0' && c <= '9';
-    if (shape == '9') return digit;
-    if (shape == '0') return digit || c == ' ';
-    return c == shape;
-}
-
-bool IsHead(std::string_view text) {
-    return std::ranges::equal(kHead, text.substr(0, kHead.size()), Fits);
-}
-
-// Where a record begins in text from at on; its size when none does. A "#" inside a value is no
-// beginning.
-std::size_t NextHead(std::string_view text, std::size_t at) {
-    while ((at = text.find('#', at)) != std::string_view::npos && !IsHead(text.substr(at)))
-        ++at;
-    return std::min(at, text.size());
-}
-
-// What the record at the beginning of a text is made of.
-struct Record {
-    std::array<std::string_view, kKeys.size()> values;
-    std::size_t size = 0;  // up to one character behind the comment
+struct Key {
+    const char* key;
+    int width;
 };
+constexpr const char* kComments = "COMMENTS=";
+constexpr std::array kKeys = {Key{"TESTS=", 2},    Key{"COMPANY=", 20},  Key{"STATION=", 20},
+                              Key{"CIRCUIT=", 20}, Key{"MFR=", 20},      Key{"MODEL=", 20},
+                              Key{"SN=", 20},      Key{"OPERATOR=", 20}, Key{kComments, 20}};
 
-// text begins with a head and holds no other. Nothing when a key is missing or a value is short.
-std::optional<Record> WholeRecord(std::string_view text) {
-    Record record;
-    std::size_t at = kHead.size();
-    for (std::size_t i = 0; i < kKeys.size(); ++i) {
-        const auto& [key, width] = kKeys.at(i);
-        const std::size_t found = text.find(key, at);
-        if (found == std::string_view::npos) return std::nullopt;
-        const std::string_view value = Middle(text, found + key.size(), width);
-        if (value.size() < width || Contains(value, "\r") || Contains(value, "\n")) {
-            return std::nullopt;
-        }
-        record.values.at(i) = value;
-        at = found + key.size() + width;
-    }
-    record.size = std::min(at + 1, text.size());
-    return record;
+// How a record begins: its number, and its date and time. A "#" inside a value is no beginning.
+constexpr const char* kHead = "#(\\d{3})\r\n([\\d ]{2}/[\\d ]{2}/[\\d ]{2} [\\d ]{2}:[\\d ]{2})";
+
+// A whole record at the beginning of a text, up to one character behind the comment.
+QRegularExpression WholeRecord() {
+    QString pattern = QLatin1Char('^') + QLatin1String(kHead);
+    for (const auto& [key, width] : kKeys)
+        pattern += QStringLiteral("(?>.*?%1)([^\r\n]{%2})").arg(QLatin1String(key)).arg(width);
+    return QRegularExpression(pattern + QStringLiteral(".?"),
+                              QRegularExpression::DotMatchesEverythingOption);
 }
 
 // How many records that lost their beginning or a part are in text. Each has its comments, except
 // that one may have lost these.
-int RemainsIn(std::string_view text) {
-    const auto comments = static_cast<int>(QByteArrayView(text).count(kComments.key));
+int RemainsIn(const QString& text) {
+    const auto comments = static_cast<int>(text.count(QLatin1String(kComments)));
     if (comments > 0) return comments;
-    const bool any = Contains(text, "#") ||
-                     std::any_of(kKeys.begin(), kKeys.end(),
-                                 [text](const Key& key) { return Contains(text, key.key); });
+    const bool any =
+        text.contains(QLatin1Char('#')) || std::ranges::any_of(kKeys, [&text](const Key& key) {
+            return text.contains(QLatin1String(key.key));
+        });
     return any ? 1 : 0;
 }
 
-std::string EntryOf(std::string_view record) {
-    std::string entry = "TST_";
-    entry.append(Middle(record, kNumberAt, kNumberWidth)).append("!");
-    entry.append(Middle(record, kDateAt, kHead.size() - kDateAt));
-    const std::optional<Record> parts = WholeRecord(record);
-    for (std::size_t i = 0; parts && i < kKeys.size(); ++i)
-        entry.append(kKeys.at(i).key).append(parts->values.at(i));
-    return entry;
+std::string EntryOf(const QRegularExpressionMatch& record) {
+    QString entry = QStringLiteral("TST_%1!").arg(record.captured(1)) + record.captured(2);
+    for (std::size_t i = 0; i < kKeys.size(); ++i)
+        entry += QLatin1String(kKeys.at(i).key) + record.captured(static_cast<int>(i) + 3);
+    return entry.toLatin1().toStdString();
 }
 
 }  // namespace
@@ -130,23 +84,29 @@ std::optional<std::string> ReadMemoryDirectory(Link& link, Prompts& prompts) {
 CutRecordsResult CutRecords(std::string_view dirReply) {
     const std::size_t end = dirReply.find(kDirectoryEnd);
     // The line end stays: it is what stands behind the last comment.
-    const std::string_view text =
+    const std::string_view bytes =
         end == std::string_view::npos ? dirReply : dirReply.substr(0, end + kLineEnd.size());
+    // A character each.
+    const QString text = QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    const QRegularExpression head{QLatin1String(kHead)};
+    const QRegularExpression whole = WholeRecord();
+    const auto headFrom = [&](qsizetype at) {
+        const qsizetype found = text.indexOf(head, at);
+        return found < 0 ? text.size() : found;
+    };
     CutRecordsResult cut;
-    std::size_t head = NextHead(text, 0);
-    cut.damaged = RemainsIn(text.substr(0, head));
-    while (head < text.size()) {
-        const std::size_t next = NextHead(text, head + 1);
-        const std::string_view part = text.substr(head, next - head);
-        head = next;
-        const std::optional<Record> record = WholeRecord(part);
-        if (!record) {
-            cut.damaged += RemainsIn(part);
-            continue;
-        }
-        cut.damaged += RemainsIn(part.substr(record->size));
+    qsizetype at = headFrom(0);
+    cut.damaged = RemainsIn(text.left(at));
+    while (at < text.size()) {
+        const qsizetype next = headFrom(at + 1);
+        const QString part = text.mid(at, next - at);
+        at = next;
+        const QRegularExpressionMatch record = whole.match(part);
+        cut.damaged += RemainsIn(part.mid(std::max<qsizetype>(0, record.capturedEnd())));
+        if (!record.hasMatch()) continue;
         if (std::cmp_less(cut.records.size(), kMostMemoryRecords)) {
-            cut.records.emplace_back(part.substr(0, record->size));
+            cut.records.push_back(record.captured().toLatin1().toStdString());
+            cut.entries.push_back(EntryOf(record));
         } else {
             ++cut.beyond;
         }
@@ -155,15 +115,12 @@ CutRecordsResult CutRecords(std::string_view dirReply) {
 }
 
 MemoryDirectory BuildEntries(std::string_view dirReply) {
-    const CutRecordsResult cut = CutRecords(dirReply);
-    MemoryDirectory directory;
-    directory.damaged = cut.damaged;
-    directory.beyond = cut.beyond;
-    for (const std::string& record : cut.records) {
-        std::string& entry = directory.entries.emplace_back(EntryOf(record));
+    CutRecordsResult cut = CutRecords(dirReply);
+    MemoryDirectory directory{std::move(cut.entries), {}, cut.damaged, cut.beyond};
+    for (std::string& entry : directory.entries) {
+        const auto date = ParseRecordDate(Middle(entry, entry.find('!') + 1, kDateWidth));
+        directory.dates.push_back(date.value_or(kNoRecordDate));
         if (ReplaceControls(entry) > 0) ++directory.cleaned;
-        directory.dates.push_back(
-            ParseRecordDate(Middle(record, kDateAt, kDateWidth)).value_or(kNoRecordDate));
     }
     SortDates(directory.dates, static_cast<int>(directory.dates.size()) - 1, kDescending);
     directory.entries = PlaceByDate(directory.entries, directory.dates);

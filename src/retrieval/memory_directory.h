@@ -29,6 +29,7 @@ std::optional<std::string> ReadMemoryDirectory(Link& link, Prompts& prompts);
 // comment. What stands between records is passed over.
 struct CutRecordsResult {
     std::vector<std::string> records;  // whole ones, at most kMostMemoryRecords
+    std::vector<std::string> entries;  // of each: a directory entry
     int damaged = 0;                   // records that noise or a cut left in part
     int beyond = 0;                    // whole records after the last that is listed
 };
