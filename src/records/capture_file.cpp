@@ -49,16 +49,6 @@ bool WriteAll(QFile& file, std::string_view block) {
     return true;
 }
 
-// Appends a line without its blanks and line ends; mostly there are none.
-void AppendDigits(std::string& hexText, std::string_view line) {
-    const bool clean = !Contains(line, " ") && !Contains(line, "\r");
-    if (clean) {
-        hexText += line;
-    } else {
-        hexText += RemoveBlanksAndLineEnds(line);
-    }
-}
-
 // The three lines behind a record; what is missing there reads as "no value".
 void TakeTrailer(LineCursor& lines, CapturedShot& shot) {
     const auto behind = [](std::string_view text, std::string_view key) {
@@ -142,7 +132,7 @@ std::vector<CapturedShot> CapturedShots(std::string_view bytes) {
             accumulating = true;
         }
         const std::size_t stop = line.find(kRecordEnd);
-        AppendDigits(hexText, line.substr(0, stop));
+        hexText += RemoveBlanksAndLineEnds(line.substr(0, stop));
         if (stop == std::string_view::npos) continue;
         CapturedShot& shot = shots.emplace_back();
         shot.hexText = std::move(hexText);

@@ -4,9 +4,13 @@
 namespace davo {
 
 std::string FixedText(int units, int decimals) {
-    BackwardText text;
-    text.PutFixed(units, decimals);
-    return std::string(text.Text());
+    const auto behindPoint = static_cast<std::size_t>(decimals);
+    std::string text = std::to_string(units);
+    const std::size_t sign = units < 0 ? 1 : 0;
+    if (text.size() <= sign + behindPoint)
+        text.insert(sign, sign + behindPoint + 1 - text.size(), '0');
+    text.insert(text.size() - behindPoint, 1, '.');
+    return text;
 }
 
 std::string ShortestText(int units, int decimals) {

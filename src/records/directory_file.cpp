@@ -22,10 +22,8 @@ namespace davo {
 
 namespace {
 
-// The twelve header lines are some 400 bytes, so one block holds them in all but odd files. The
-// limit keeps a file of endless lines from being read whole.
-constexpr qint64 kBlockBytes = 1024;
-constexpr std::size_t kHeaderBytesLimit = 65536;
+// Keeps a file of endless lines from being read whole.
+constexpr qint64 kHeaderBytesLimit = 65536;
 
 QString DirectoryFilePath(const QString& dataPath) {
     return dataPath + QLatin1String(kDirectoryFileName);
@@ -51,23 +49,12 @@ std::optional<std::vector<std::string>> ReadSummaryLines(const QString& path) {
     // Opening a named pipe would wait for its writer.
     if (!QFileInfo(path).isFile()) return std::nullopt;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) return std::nullopt;
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
     std::string bytes;
-    std::size_t lines = 0;
-    std::size_t end = 0;  // of the last whole line
-    while (lines < kSummaryLines && bytes.size() < kHeaderBytesLimit) {
-        char block[kBlockBytes];
-        const qint64 got = file.read(block, kBlockBytes);
-        if (got < 0) return std::nullopt;
-        if (got == 0) break;
-        bytes.append(block, static_cast<std::size_t>(got));
-        for (; lines < kSummaryLines; ++lines) {
-            const std::size_t lineEnd = bytes.find('\n', end);
-            if (lineEnd == std::string::npos) break;
-            end = lineEnd + 1;
-        }
-    }
-    return SplitLines(lines == kSummaryLines ? Middle(bytes, 0, end) : bytes);
+    for (std::size_t i = 0; i < kSummaryLines && std::ssize(bytes) < kHeaderBytesLimit; ++i)
+        bytes += file.readLine(kHeaderBytesLimit).toStdString();
+    if (file.error() != QFileDevice::NoError) return std::nullopt;
+    return SplitLines(bytes);
 }
 
 // Other programs may have put it into a text; nothing is spoilt by it.

@@ -14,51 +14,25 @@ namespace {
 constexpr double kCountsPerVolt = 10;
 constexpr double kStepsPerAmpere = 10000;
 
-// What each character counts as a digit, the parser's own verdict asked once for each.
-std::array<int, 256> DigitValues() {
-    std::array<int, 256> values{};
-    for (std::size_t code = 0; code < values.size(); ++code) {
-        const char digit = static_cast<char>(code);
-        values.at(code) = ParseHexText({&digit, 1});
-    }
-    return values;
-}
-
-// Takes the fields of an image in their order. Its bytes are what ParseHexText makes of each two
-// digits.
+// Takes the fields of an image in their order.
 class ImageReader {
   public:
     explicit ImageReader(std::string_view hexText) : text_(hexText) {}
 
-    int Byte() {
-        if (at_ + 2 <= text_.size()) {
-            const int high = Value(text_[at_]);
-            const int low = Value(text_[at_ + 1]);
-            at_ += 2;
-            return 16 * high + low;
-        }
-        // A digit left alone is the number, and nothing is zero.
-        return at_ < text_.size() ? Value(text_[at_++]) : 0;
-    }
-    // Of so many bytes, least significant first.
+    // Of so many bytes, least significant first; each is what ParseHexText makes of two digits. A
+    // digit left alone is the number, and nothing is zero.
     std::int64_t Number(int bytes) {
         std::int64_t number = 0;
-        for (std::int64_t weight = 1; bytes > 0; --bytes, weight *= 256)
-            number += weight * Byte();
+        for (std::int64_t weight = 1; bytes > 0; --bytes, weight *= 256) {
+            const std::string_view digits = text_.substr(0, 2);
+            text_.remove_prefix(digits.size());
+            number += weight * ParseHexText(digits);
+        }
         return number;
     }
 
   private:
-    int Value(char digit) const { return values_[static_cast<unsigned char>(digit)]; }
-
-    static const std::array<int, 256>& Values() {
-        static const std::array<int, 256> values = DigitValues();
-        return values;
-    }
-
     std::string_view text_;
-    std::size_t at_ = 0;
-    const std::array<int, 256>& values_ = Values();
 };
 
 // The fields of an image in their order, each with its number of bytes.

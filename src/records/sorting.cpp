@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/run_time_error.h"
+#include "common/text.h"
 
 namespace davo {
 
@@ -33,20 +34,7 @@ void RequireSlot(std::size_t size, int lastIndex) {
 }  // namespace
 
 std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower) {
-        const auto code = static_cast<unsigned char>(c);
-        const bool letter = code >= 'A' && code <= 'Z';
-        const bool accented = code >= 0xC0 && code <= 0xDE && code != 0xD7;
-        if (letter || accented) {
-            c = static_cast<char>(code + 0x20U);
-        } else if (code == 0x8A || code == 0x8C || code == 0x8E) {
-            c = static_cast<char>(code + 0x10U);
-        } else if (code == 0x9F) {
-            c = static_cast<char>(0xFF);
-        }
-    }
-    return lower;
+    return ToPage(FromPage(text).toLower()).value_or(std::string(text));
 }
 
 void SortDates(std::vector<QDate>& dates, int lastIndex, int direction) {

@@ -34,15 +34,5 @@ TEST(CountText, IsThePictureOfEveryCurrentCountInBothRanges) {
     }
 }
 
-TEST(CountText, BackwardTextGrowsToTheFront) {
-    BackwardText text;
-    EXPECT_EQ(text.Text(), "");
-    text.Put("\r\n");
-    text.PutFixed(1523, 1);
-    text.Put("VOLTAGE: ");
-    text.PutFixed(7, 4);
-    EXPECT_EQ(text.Text(), "0.0007VOLTAGE: 152.3\r\n");
-}
-
 }  // namespace
 }  // namespace davo
