@@ -66,6 +66,10 @@ void Close(OwnedWorkbook workbook) {
 bool XlsxRenderer::Render(const Workbook& workbook, const QString& /*templatePath*/,
                           const QString& targetPath, const RenderProgress& progress,
                           const std::stop_token& stop) {
+    // The C library keeps what is freed up to twice the largest block that was freed; else it gives
+    // the memory for each part of the file back, and takes it again.
+    constexpr qsizetype kKept = 4 << 20;
+    QByteArray().reserve(kKept);
     // The library cannot tell all failures of a file; ReplaceFile can.
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("report.xlsx"));
