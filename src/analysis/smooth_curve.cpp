@@ -41,24 +41,34 @@ double LikelihoodOf(double scatter) {
     return -off * off / 2;
 }
 
-// The likeliest bend, of those near some places of the curve.
-Bend FirstBend(const std::vector<LogPoint>& points, bool isTurned) {
+// Logarithm of how likely one point is anywhere within a factor of e.
+constexpr double kWrongPoint = -6;
+
+// The likeliest bend, of those near some places of the curve, and how likely.
+struct Found {
+    Bend bend;
+    double likelihood = std::numeric_limits<double>::lowest();
+};
+Found FirstBend(const std::vector<LogPoint>& points, bool isTurned) {
     const FittedCurve plain(points, kFirstKind);
     const double low = isTurned ? points.front().v : points.front().i;
     const double high = isTurned ? points.back().v : points.back().i;
-    double best = -std::numeric_limits<double>::infinity();
-    Bend likeliest;
+    Found found;
     for (const double place : {0.4, 0.7, 1.0}) {
         Bend start = ExpectedBend(isTurned, points);
         start.part[Bend::Place] = low + place * (high - low);
         FittedCurve fit = plain;
-        fit.Fit(start, 5);
+        constexpr int kSteps = 5;
+        fit.Fit(start, kSteps);
         const double likelihood = fit.Likelihood({points, fit.ItsBend()});
-        if (likelihood <= best) continue;
-        best = likelihood;
-        likeliest = fit.ItsBend();
+        if (likelihood >= found.likelihood) found = {fit.ItsBend(), likelihood};
     }
-    return likeliest;
+    return found;
+}
+
+std::vector<LogPoint> Without(std::vector<LogPoint> points, std::size_t one) {
+    points.erase(points.begin() + static_cast<std::ptrdiff_t>(one));
+    return points;
 }
 
 bool IsLower(const LogPoint& one, const LogPoint& other) {
@@ -70,7 +80,28 @@ bool IsLower(const LogPoint& one, const LogPoint& other) {
 SmoothCurve::SmoothCurve(const std::vector<CurvePoint>& points) : points_(RisingPoints(points)) {
     if (!Exists()) return;
     FitTheLikeliest();
+    LeaveAWrongPointOut();
     Tabulate();
+}
+
+SmoothCurve::SmoothCurve(std::vector<LogPoint> points) : points_(std::move(points)) {
+    FitTheLikeliest();
+}
+
+void SmoothCurve::LeaveAWrongPointOut() {
+    constexpr std::size_t kFewest = 8;  // that tell which of them is wrong
+    const bool scatters = scatter_ > (kScatters.back() + kScatters[kScatters.size() - 2]) / 2;
+    if (!scatters || points_.size() < kFewest) return;
+    Found best;
+    std::size_t wrong = 0;
+    for (std::size_t k = 0; k < points_.size(); ++k) {
+        const Found found = FirstBend(Without(points_, k), false);
+        if (found.likelihood <= best.likelihood) continue;
+        best = found;
+        wrong = k;
+    }
+    SmoothCurve without(Without(points_, wrong));
+    if (without.likelihood_ + kWrongPoint > likelihood_) *this = std::move(without);
 }
 
 bool SmoothCurve::Exists() const {
@@ -112,8 +143,8 @@ std::vector<LogPoint> SmoothCurve::RisingPoints(const std::vector<CurvePoint>& p
 }
 
 void SmoothCurve::FitTheLikeliest() {
-    const std::array bends = {FittedCurve::BentOff(points_, FirstBend(points_, false)),
-                              FittedCurve::BentOff(points_, FirstBend(points_, true))};
+    const std::array bends = {FittedCurve::BentOff(points_, FirstBend(points_, false).bend),
+                              FittedCurve::BentOff(points_, FirstBend(points_, true).bend)};
     struct Candidate {
         CurveKind kind;
         const Bend* bend = nullptr;
@@ -153,6 +184,7 @@ void SmoothCurve::Weigh() {
         std::max_element(shares_.begin(), shares_.end(), [](const Share& one, const Share& other) {
             return one.part < other.part;
         })->part;
+    likelihood_ = best;
     std::erase_if(shares_, [&](const Share& share) { return share.part < best - kLeastLikely; });
     double sum = 0;
     for (Share& share : shares_) {

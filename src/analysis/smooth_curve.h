@@ -47,6 +47,8 @@ class SmoothCurve {
     bool IsSurelyFlatter(double slope, double above) const;
 
   private:
+    explicit SmoothCurve(std::vector<LogPoint> points);
+
     // A curve that the points can be of, and what part of the mean it is.
     struct Share {
         FittedCurve curve;
@@ -66,6 +68,8 @@ class SmoothCurve {
 
     static std::vector<LogPoint> RisingPoints(const std::vector<CurvePoint>& points);
     void FitTheLikeliest();
+    // Where the points scatter more than any test set's: without the one that disturbs most.
+    void LeaveAWrongPointOut();
     // Makes shares of likelihoods.
     void Weigh();
     // Fills nodes_; between them the mean is a cubic.
@@ -74,7 +78,8 @@ class SmoothCurve {
 
     std::vector<LogPoint> points_;
     std::vector<Share> shares_;
-    double scatter_ = 0;  // standard deviation of ln V of a point
+    double likelihood_ = 0;  // of the likeliest of them, a logarithm
+    double scatter_ = 0;     // standard deviation of ln V of a point
     std::array<Node, kNodes> nodes_{};
     double step_ = 0;
 };

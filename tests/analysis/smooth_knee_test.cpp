@@ -116,6 +116,32 @@ TEST(SmoothKnee, FallingPointsAreScatter) {
     EXPECT_GT(scattered->uncertainty, smooth->uncertainty);
 }
 
+// A reading that was disturbed, wherever it is.
+TEST(SmoothKnee, OneWrongPointMovesItLittle) {
+    Points clean;
+    for (int k = 0; k < 16; ++k) {
+        const double current = 0.003 * std::pow(1.6, k);
+        clean.push_back({current, std::round(2000 * current / (0.04 + current)) / 10});
+    }
+    int numbers = 0;
+    for (const KneeRule rule : {KneeRule::Asa1050, KneeRule::Ieee30}) {
+        const double voltage = SmoothOf(rule, clean).value_or(SmoothKnee()).at.voltage;
+        ASSERT_GT(voltage, 0);
+        for (std::size_t k = 1; k + 1 < clean.size(); ++k) {
+            for (const double factor : {0.6, 1.5}) {
+                Points points = clean;
+                points[k].voltage *= factor;
+                const SmoothVerdict verdict = SmoothKneepoint(rule, SmoothCurve(points));
+                if (!verdict.knee) continue;
+                ++numbers;
+                EXPECT_NEAR(verdict.knee->at.voltage / voltage, 1, 0.03)
+                    << static_cast<int>(rule) << ", point " << k << " * " << factor;
+            }
+        }
+    }
+    EXPECT_GT(numbers, 50);  // of 56
+}
+
 TEST(SmoothKnee, PointsOfOneCurrentAreOne) {
     const Points once = {{0.1, 10}, {0.2, 25}, {0.3, 50}, {3, 52}, {9, 53}};
     Points twice = once;
