@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <utility>
 
 #include "app/port_labels.h"
 #include "link/port_choice.h"
@@ -230,10 +231,12 @@ void frmConfig::reject() {
 
 void frmConfig::cmdSave_Click() {
     settings_.showImpedance = optImpedance_[1]->isChecked();
-    settings_.comPort = kNoPortChosen;
     const std::int16_t port = ChosenPort();
+    const bool another = IsReassigned(port) || port != settings_.comPort;
+    settings_.comPort = kNoPortChosen;
     if (OpenChosen(port, true)) {
         settings_.comPort = port;
+        if (another) link_.State().instrumentModel.clear();
         accept();
         return;
     }
@@ -261,14 +264,16 @@ void frmConfig::cmdTest_Click() {
         return;
     }
     const std::int16_t port = ChosenPort();
-    const bool inUse = link_.State().portOpen && port == settings_.comPort && !IsReassigned(port);
-    if (inUse || OpenChosen(port, false)) AskModel();
-    if (!inUse) {
-        // The port of the settings is the one in use until another one is saved.
-        if (settings_.comPort == kNoPortChosen) {
-            link_.CloseComPort();
-        } else {
+    const LinkState before = link_.State();
+    trying_ = !before.portOpen || port != settings_.comPort || IsReassigned(port);
+    if (!trying_ || OpenChosen(port, false)) AskModel();
+    // The port of the settings is the one in use until another one is saved.
+    if (std::exchange(trying_, false)) {
+        link_.State().openFailed = before.openFailed;
+        if (before.portOpen) {
             link_.OpenComPort(settings_.comPort);
+        } else {
+            link_.CloseComPort();
         }
     }
     ShowPort();
@@ -280,7 +285,7 @@ void frmConfig::AskModel() {
     const auto ended = qScopeGuard([this] { SetTesting(false); });
     lblAnswer_->setText(QStringLiteral("The DAVO is asked for its model..."));
     std::string model;
-    const bool answered = link_.ReadInstrumentModel(model);
+    const bool answered = link_.ReadInstrumentModel(model, nullptr);
     if (answered) {
         lblAnswer_->setText(QStringLiteral("%1 answers.").arg(ModelText(model)));
     } else if (!model.empty()) {

@@ -38,6 +38,9 @@ class frmConfig : public QDialog {
     // What has become of the port, and what is plugged in.
     void ShowPort();
 
+    // A port is open for a test of its connection, in the place of the one in use.
+    bool Trying() const { return trying_; }
+
     // Also what its frame does: a test of the connection is ended first.
     void reject() override;
 
@@ -88,6 +91,7 @@ class frmConfig : public QDialog {
     std::vector<PresentPort> present_;  // that is listed
     QTimer look_;
     bool testing_ = false;
+    bool trying_ = false;
     bool leave_ = false;  // once the test has ended
     QTreeWidget* lstPorts_ = nullptr;
     QComboBox* cboComPort_ = nullptr;

@@ -36,8 +36,22 @@ TEST_F(TestConnection, SendsNothingBeforeItIsPressedAndShowsTheModel) {
 TEST_F(TestConnection, SaysThatNothingAnswers) {
     Open();
     Click("cmdTest");
-    EXPECT_THAT(prompts.Texts(), ElementsAre(kNotAvailableMessage));
+    EXPECT_THAT(prompts.Texts(), IsEmpty()) << "the window itself has the answer";
     EXPECT_THAT(Text("lblAnswer"), StartsWith("No answer. Is the DAVO on, under computer control"));
+}
+
+TEST_F(TestConnection, OfAPortThatWasClosedLeavesItClosed) {
+    Answer("DAVO-E R3.10");
+    link.CloseComPort();
+    Open();
+    Click("cmdTest");
+    EXPECT_EQ(Text("lblAnswer"), "DAVO-E R3.10 answers.");
+    EXPECT_FALSE(state.portOpen);
+    EXPECT_FALSE(state.openFailed);
+    state.openFailed = true;
+    Click("cmdTest");
+    EXPECT_FALSE(state.portOpen);
+    EXPECT_TRUE(state.openFailed) << "that the port in use did not open is still so";
 }
 
 TEST_F(TestConnection, SaysWhatAnswersAndIsNoDavo) {

@@ -75,6 +75,23 @@ TEST_F(ConfigureSystem, SaveOpensThePortAndCloses) {
     EXPECT_TRUE(devices.assignments.empty()) << "no other device was chosen";
 }
 
+TEST_F(ConfigureSystem, TheModelIsThatOfThePortInUse) {
+    settings.comPort = 1;
+    state.instrumentModel = "DAVO-E R3.10";
+    Open();
+    Click("cmdSave");
+    EXPECT_EQ(state.instrumentModel, "DAVO-E R3.10");
+    Open();
+    ChoosePort(2);
+    Click("cmdSave");
+    EXPECT_EQ(state.instrumentModel, "") << "it was not asked at this one";
+    state.instrumentModel = "DAVO-E R3.10";
+    Open();
+    ChooseDevice(kUsb0);
+    Click("cmdSave");
+    EXPECT_EQ(state.instrumentModel, "");
+}
+
 TEST_F(ConfigureSystem, SaveTakesCom1WhenTheListShowsNoText) {
     settings.comPort = 3;
     Open();
