@@ -36,8 +36,6 @@ namespace davo {
 
 namespace {
 
-constexpr const char* kNoModel = "DAVO N/A";
-
 constexpr int kFactsInterval = 2000;    // ms; what is plugged in shows up so soon
 constexpr int kMessageDuration = 8000;  // ms; two sentences are read in half of it
 
@@ -98,6 +96,7 @@ void frmMain::BuildCentre() {
     OnKey(home_, Qt::Key_F5, [this] {
         handlers_.RunAlone([this] { ListAgain(); });
         ShowFacts();
+        home_->Preview();
     });
     // Behind the copy window is the start page, not an empty area.
     connect(area_, &QMdiArea::subWindowActivated, this, [this] {
@@ -257,7 +256,7 @@ void frmMain::mnuExit_Click() {
 void frmMain::mnuAbout_Click() {
     if (!OpenPort()) return;
     std::string& model = state_.linkState.instrumentModel;
-    if (!services_.link.ReadInstrumentModel(model)) model = kNoModel;
+    if (!services_.link.ReadInstrumentModel(model)) model = "DAVO N/A";
     if (closeWanted_) return;
     if (about_.isNull()) about_ = new frmAbout(this);
     about_->Form_Load(model);
@@ -406,6 +405,8 @@ void frmMain::LookAround() {
 void frmMain::ShowFacts() {
     ShellFacts facts = FactsOf(state_, services_.devices, listedRecords_);
     facts.troubles = troubles_;
+    if (config_ != nullptr && config_->Trying())
+        facts.link.portOpen = facts.link.openFailed = false;
     statusLine_->ShowFacts(facts);
     home_->ShowFacts(facts);
 }

@@ -41,6 +41,9 @@ class HomePanel : public QWidget {
     // first button that can be pressed.
     void FocusButtonOf(const QAction* item);
 
+    // Reads the selected record again.
+    void Preview();
+
     // Enter or a double click on a record.
     std::function<void(const QString& file)> OnView;
 
@@ -58,7 +61,6 @@ class HomePanel : public QWidget {
     // Of the selected row; nothing without one.
     QString SelectedFile() const;
     bool HasRoom() const;  // for the preview
-    void Preview();
 
     std::vector<QPushButton*> buttons_;
     ShellFacts facts_;

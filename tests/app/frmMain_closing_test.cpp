@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QSettings>
 #include <QTimer>
+#include <atomic>
+#include <future>
 
 #include "records/record_file.h"
 #include "tests/app/main_window.h"
@@ -11,6 +14,30 @@ namespace davo::test {
 namespace {
 
 class ClosingMainWindow : public MainWindow {};
+
+TEST_F(ClosingMainWindow, EndsWhileTheDataFolderGivesNoAnswer) {
+    struct DeadShare {
+        std::promise<void> comesBack;
+        std::shared_future<void> back = comesBack.get_future().share();
+        std::atomic<bool> asked = false;
+    };
+    const auto share = std::make_shared<DeadShare>();
+    ProgramServices services{store, places, clock, prompts, link, devices, shortDate, [] {}};
+    services.folderExists = [share](const QString&) {
+        share->asked = true;
+        share->back.wait_for(std::chrono::seconds(10));
+        return true;
+    };
+    window = std::make_unique<frmMain>(state, services, ChildForms{});
+    window->Form_Load();
+    ASSERT_TRUE(Until([&] { return share->asked.load(); }));
+    QElapsedTimer time;
+    time.start();
+    window->close();
+    window.reset();
+    EXPECT_LT(time.elapsed(), 2000);
+    share->comesBack.set_value();
+}
 
 TEST_F(ClosingMainWindow, ExitAsksAndSendsX) {
     Open();

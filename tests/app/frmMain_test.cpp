@@ -2,9 +2,12 @@
 #include "app/frmMain.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QLabel>
 #include <QLocale>
 #include <QStackedWidget>
 #include <QTimer>
+#include <QTreeWidget>
 
 #include "app/home_panel.h"
 #include "common/settings_store.h"
@@ -395,6 +398,45 @@ TEST_F(MainWindow, ALongWaitIsShownAndCanBeEnded) {
     EXPECT_FALSE(link.CurrentWait().has_value());
     EXPECT_THAT(prompts.shown, ElementsAre(u"Cannot read option, please try again."_s));
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(MainWindow, F5ReadsThePreviewAgain) {
+    const auto write = [this](const char* ratio) {
+        RecordParts parts;
+        parts.measuredRatio = ratio;
+        ASSERT_TRUE(QDir().mkpath(DataFolder()));
+        ReplaceFile(DataFolder() + u"T1.txt"_s, HeaderText("T1", "NORTH") + RecordText(parts));
+    };
+    const auto previewHas = [this](const QString& ratio) {
+        return Find<QLabel>("lblPreview")->text().contains(ratio);
+    };
+    write("241.2");
+    Open();
+    window->resize(1100, 900);
+    ASSERT_TRUE(Until([&] { return previewHas(u"241.2"_s); }));
+    write("242.4");
+    QTest::keyClick(Find<QTreeWidget>("lvNewest"), Qt::Key_F5);
+    EXPECT_TRUE(Until([&] { return previewHas(u"242.4"_s); }));
+}
+
+TEST_F(MainWindow, WhileAnotherPortIsTriedTheStartPageSaysThatItsOwnIsOpenedWhenNeeded) {
+    devices.present = {UsbAdapter("/dev/ttyUSB0", "One", "", ""),
+                       UsbAdapter("/dev/ttyUSB1", "Other", "", "")};
+    Open();
+    const auto shown = [this] {
+        return FindIn<QLabel>(*Find<QWidget>("homePanel"), "lblPort")->text().toStdString();
+    };
+    EXPECT_EQ(shown(), "COM1 ready");
+    Choose("mnuConfig");
+    Find<QComboBox>("cboComPort")->setCurrentIndex(1);
+    std::string during;
+    port.OnOutputDo("B", [&] {
+        during = shown();
+        port.Deliver("RDY\r\n");
+    });
+    Click("cmdTest");
+    EXPECT_EQ(during, "COM1 opened when needed");
+    EXPECT_EQ(shown(), "COM1 ready");
 }
 
 }  // namespace
