@@ -399,8 +399,7 @@ void frmConfig::ListPorts(const std::optional<QString>& chosen) {
         return row;
     };
     std::vector<PresentPort> shown = present_;
-    std::stable_partition(shown.begin(), shown.end(),
-                          [](const PresentPort& port) { return port.usb; });
+    std::ranges::stable_partition(shown, &PresentPort::usb);
     for (const PresentPort& port : shown) {
         const bool builtIn = !port.usb && !named;
         if (builtIn && !chkBuiltIn_->isChecked() && chosen != port.device) continue;

@@ -73,8 +73,7 @@ BigButton* MakeButton(QAction* item, QWidget* parent) {
     auto* button = new BigButton(parent, ButtonName(*item));
     const std::vector<QAction*> chain = WithMenusAbove(item);
     const auto follow = [button, item, chain] {
-        button->setEnabled(std::all_of(chain.begin(), chain.end(),
-                                       [](const QAction* one) { return one->isEnabled(); }));
+        button->setEnabled(std::ranges::all_of(chain, &QAction::isEnabled));
     };
     for (QAction* one : chain)
         QObject::connect(one, &QAction::changed, button, follow);
@@ -232,10 +231,9 @@ void HomePanel::ShowRecords(const ShellFacts& facts) {
     facts_.records.resize(std::min(facts.records.size(), kNewestRecords));
     if (facts_.records != before.records || facts_.files != before.files) {
         const QSignalBlocker quiet(lvNewest_);
-        lvNewest_->Fill(facts_.records);
-        const auto found = std::find(facts_.files.begin(), facts_.files.end(), selected);
-        const auto row = found == facts_.files.end() ? 0 : found - facts_.files.begin();
-        lvNewest_->setCurrentItem(lvNewest_->topLevelItem(static_cast<int>(row)));
+        lvNewest_->Fill(facts_.records, facts_.files);
+        lvNewest_->SelectFiles({selected});
+        if (SelectedFile().isEmpty()) lvNewest_->setCurrentItem(lvNewest_->topLevelItem(0));
     } else if (facts_.dataPath == before.dataPath && facts_.kneepointType == before.kneepointType &&
                preview_->isHidden() != HasRoom()) {
         return;
@@ -244,10 +242,8 @@ void HomePanel::ShowRecords(const ShellFacts& facts) {
 }
 
 QString HomePanel::SelectedFile() const {
-    const std::vector<int> rows = lvNewest_->SelectedRows();
-    if (rows.empty()) return {};
-    const auto row = static_cast<std::size_t>(rows.front());
-    return row < facts_.files.size() ? facts_.files[row] : QString();
+    const std::vector<QString> files = lvNewest_->SelectedFiles();
+    return files.empty() ? QString() : files.front();
 }
 
 bool HomePanel::HasRoom() const {
@@ -269,8 +265,7 @@ void HomePanel::FocusButtonOf(const QAction* item) {
         return;
     }
     if (button == nullptr || !button->isEnabled())
-        button = *std::find_if(buttons_.begin(), buttons_.end(),
-                               [](const QPushButton* one) { return one->isEnabled(); });
+        button = *std::ranges::find_if(buttons_, &QPushButton::isEnabled);
     button->setFocus();
 }
 

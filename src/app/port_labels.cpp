@@ -28,8 +28,7 @@ QString PortCaption(std::int16_t port) {
 }
 
 const PresentPort* FindPort(const std::vector<PresentPort>& present, const QString& device) {
-    const auto found = std::find_if(present.begin(), present.end(),
-                                    [&](const PresentPort& one) { return one.device == device; });
+    const auto found = std::ranges::find(present, device, &PresentPort::device);
     return found == present.end() ? nullptr : &*found;
 }
 

@@ -18,9 +18,9 @@
 #include "common/open_document.h"
 #include "common/settings_store.h"
 #include "link/serial_port.h"
+#include "ui/contrast.h"
 #include "ui/dialog_prompts.h"
 #include "ui/form_parts.h"
-#include "ui/outline_style.h"
 
 namespace davo {
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/group_file.h"
 
-#include "common/field_reader.h"
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/text.h"

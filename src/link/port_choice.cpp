@@ -24,10 +24,7 @@ bool DeviceNameBefore(const QString& left, const QString& right) {
 
 QString NthUsbAdapter(std::vector<PresentPort> present, std::int16_t port) {
     std::erase_if(present, [](const PresentPort& one) { return !one.usb; });
-    std::sort(present.begin(), present.end(),
-              [](const PresentPort& left, const PresentPort& right) {
-                  return DeviceNameBefore(left.device, right.device);
-              });
+    std::ranges::sort(present, DeviceNameBefore, &PresentPort::device);
     if (port < 1 || static_cast<std::size_t>(port) > present.size()) return {};
     return present[static_cast<std::size_t>(port) - 1].device;
 }

@@ -51,9 +51,7 @@ std::vector<PresentPort> ListPorts(const QString& classFolder) {
         }
         ports.push_back(port);
     }
-    std::sort(ports.begin(), ports.end(), [](const PresentPort& left, const PresentPort& right) {
-        return DeviceNameBefore(left.device, right.device);
-    });
+    std::ranges::sort(ports, DeviceNameBefore, &PresentPort::device);
     return ports;
 }
 

@@ -8,7 +8,6 @@
 #include <utility>
 #include <variant>
 
-#include "common/field_reader.h"
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/places.h"

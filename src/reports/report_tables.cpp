@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "common/field_reader.h"
 #include "common/files.h"
 #include "common/text.h"
 #include "records/record_name.h"

@@ -48,10 +48,6 @@ frmCControl::frmCControl(const TestSurroundings& around, Settings& settings, QWi
     setObjectName(QStringLiteral("frmCControl"));
     controls_.PlaceBesidePrompt(live_.Chart());
     setWindowTitle(QStringLiteral("Computer Control"));
-    Timer1_.setInterval(kPollInterval);
-    timDateTime_.setInterval(kClockInterval);
-    timBeep_.setInterval(kBeepInterval);
-    lookAround_.setInterval(kLookInterval);
     ConnectEvents();
     RestoreErrorLimit();
     painted_ = sequence_.Screen();
@@ -93,10 +89,14 @@ void frmCControl::ConnectEvents() {
     handsDown(controls_.cmdCancel, &ShotSequence::cmdCancel_Click);
     connect(controls_.cmdHeader, &QPushButton::clicked, this, [this] { cmdHeader_Click(); });
     connect(controls_.cmdExit, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
-    connect(&Timer1_, &QTimer::timeout, this, [this] { Timer1_Timer(); });
-    connect(&timDateTime_, &QTimer::timeout, this, [this] { timDateTime_Timer(); });
-    connect(&lookAround_, &QTimer::timeout, this, [this] { LookAround(); });
-    connect(&timBeep_, &QTimer::timeout, this, [this] {
+    const auto every = [this](int interval, QTimer& timer, auto act) {
+        timer.setInterval(interval);
+        connect(&timer, &QTimer::timeout, this, act);
+    };
+    every(kPollInterval, Timer1_, [this] { Timer1_Timer(); });
+    every(kClockInterval, timDateTime_, [this] { timDateTime_Timer(); });
+    every(kLookInterval, lookAround_, [this] { LookAround(); });
+    every(kBeepInterval, timBeep_, [this] {
         handlers_.RunAlone([this] { sequence_.timBeep_Timer(); });
         Refresh();
     });

@@ -98,7 +98,6 @@ class ShotSequence : public ShotHooks {
   private:
     // One block, the first of a call with a look at the port; then unexamined_ is up to date.
     void Pass(bool first);
-    void ExamineWindow(bool found);
     void ShowBeginning();
     void CreateCapture();
     void ClearShot();

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/contrast.h"
 
+#include <QGroupBox>
+#include <QPainter>
+#include <QProxyStyle>
+#include <QStyleFactory>
+#include <QStyleOption>
 #include <algorithm>
 #include <cmath>
 
@@ -18,19 +23,59 @@ double Luminance(const QColor& colour) {
            0.0722 * Linear(colour.blueF());
 }
 
-QColor Ground(const QPalette& palette) {
-    return palette.color(QPalette::Active, QPalette::Window);
-}
-
-QColor Ink(const QPalette& palette) {
-    return palette.color(QPalette::Active, QPalette::WindowText);
-}
-
 // So much of the ink on the ground, and more where that is too faint.
 QColor PartOfInk(const QPalette& palette, double part, double contrast) {
-    return Readable(Mixed(Ground(palette), Ink(palette), part), Ground(palette), Ink(palette),
-                    contrast);
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const QColor ink = palette.color(QPalette::Active, QPalette::WindowText);
+    return Readable(Mixed(ground, ink, part), ground, ink, contrast);
 }
+
+class OutlineStyle : public QProxyStyle {
+  public:
+    OutlineStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        constexpr double kHalf = 0.5;
+        constexpr int kTitleRoom = 3;
+        // Where Fusion draws its own, through the middle of the pixels.
+        QRectF edge = QRectF(option->rect).adjusted(kHalf, kHalf, -kHalf, -kHalf);
+        double radius = 2;
+        bool focused = false;
+        switch (element) {
+            case PE_FrameLineEdit:
+            case PE_PanelButtonCommand:
+                focused = option->state.testFlag(State_HasFocus);
+                break;
+            case PE_Frame:
+            case PE_IndicatorCheckBox:
+                radius = 0;
+                break;
+            case PE_IndicatorRadioButton:
+                radius = edge.width() / 2;
+                break;
+            case PE_FrameGroupBox: {
+                const auto* group = qobject_cast<const QGroupBox*>(widget);
+                const bool untitled = group != nullptr && group->title().isEmpty();
+                const int title =
+                    std::max(pixelMetric(PM_IndicatorHeight), option->fontMetrics.height());
+                edge.setTop(edge.top() + kTitleRoom + (untitled ? 0 : title));
+                // One that is as high as its title frames nothing.
+                if (edge.height() <= 0) return;
+                break;
+            }
+            default:
+                return;
+        }
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(focused ? FocusInk(option->palette) : OutlineInk(option->palette));
+        painter->drawRoundedRect(edge, radius, radius);
+        painter->restore();
+    }
+};
 
 }  // namespace
 
@@ -67,8 +112,13 @@ QColor OutlineInk(const QPalette& palette) {
 }
 
 QColor FocusInk(const QPalette& palette) {
-    return Readable(palette.color(QPalette::Active, QPalette::Highlight), Ground(palette),
-                    Ink(palette), 3.0);
+    return Readable(palette.color(QPalette::Active, QPalette::Highlight),
+                    palette.color(QPalette::Active, QPalette::Window),
+                    palette.color(QPalette::Active, QPalette::WindowText), 3.0);
+}
+
+QStyle* MakeOutlineStyle() {
+    return new OutlineStyle;
 }
 
 }  // namespace davo

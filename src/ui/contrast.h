@@ -4,6 +4,8 @@
 #include <QColor>
 #include <QPalette>
 
+class QStyle;
+
 namespace davo {
 
 // The contrast of two colours, 1 to 21 (WCAG 2.1, "contrast ratio").
@@ -22,5 +24,9 @@ QColor QuietInk(const QPalette& palette);
 QColor OutlineInk(const QPalette& palette);
 // The same of what has the focus.
 QColor FocusInk(const QPalette& palette);
+
+// The Fusion style with outlines of fields, buttons and frames that stand out from the window by 3
+// to 1 in every palette: its own are the window's colour made darker, and lost on a dark one.
+QStyle* MakeOutlineStyle();
 
 }  // namespace davo

@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QToolTip>
 #include <QValidator>
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "common/text.h"
@@ -41,16 +43,9 @@ class LengthCounter : public QLabel {
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        switch (event->type()) {
-            case QEvent::FocusIn:
-            case QEvent::FocusOut:
-            case QEvent::Resize:
-            case QEvent::EnabledChange:
-                Count();
-                break;
-            default:
-                break;
-        }
+        constexpr std::array kChanges{QEvent::FocusIn, QEvent::FocusOut, QEvent::Resize,
+                                      QEvent::EnabledChange};
+        if (std::ranges::count(kChanges, event->type()) > 0) Count();
         return QLabel::eventFilter(watched, event);
     }
 

@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QStyledItemDelegate>
 #include <algorithm>
+#include <utility>
 
 #include "common/text.h"
 #include "ui/form_parts.h"
@@ -118,7 +119,8 @@ void RecordList::SortByHeadings() {
     setSortingEnabled(true);
 }
 
-void RecordList::Fill(const std::vector<ListRow>& rows) {
+void RecordList::Fill(const std::vector<ListRow>& rows, std::vector<QString> files) {
+    files_ = std::move(files);
     clear();
     QList<QTreeWidgetItem*> items;
     for (const ListRow& row : rows) {
@@ -136,10 +138,10 @@ void RecordList::Fill(const std::vector<ListRow>& rows) {
 }
 
 void RecordList::Fill(const DirectoryTables& tables, int count) {
-    files_.clear();
+    std::vector<QString> files;
     for (int i = 0; i < count && !tables.recordsFromInstrument; ++i)
-        files_.push_back(RecordFileOf(tables, static_cast<std::size_t>(i)));
-    Fill(RowsForList(tables, count));
+        files.push_back(RecordFileOf(tables, static_cast<std::size_t>(i)));
+    Fill(RowsForList(tables, count), std::move(files));
 }
 
 std::vector<int> RecordList::SelectedRows() const {

@@ -23,8 +23,9 @@ class RecordList : public QTreeWidget {
     // A click on a heading sorts by it. Not where the window has options for the order.
     void SortByHeadings();
 
-    // Shows rows and selects none. The columns take the width of their contents.
-    void Fill(const std::vector<ListRow>& rows);
+    // Shows rows, whose files are these, and selects none. The columns take the width of their
+    // contents.
+    void Fill(const std::vector<ListRow>& rows, std::vector<QString> files = {});
     // The same with the first count records of tables; each row of a folder has its file.
     void Fill(const DirectoryTables& tables, int count);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "common/field_reader.h"
+#include "common/text.h"
 
 #include "common/run_time_error.h"
 #include "tests/support/testing.h"

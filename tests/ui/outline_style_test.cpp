@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ui/outline_style.h"
 
 #include <QApplication>
 #include <QCheckBox>

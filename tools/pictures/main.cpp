@@ -16,7 +16,7 @@
 #include <map>
 
 #include "tools/pictures/pictures.h"
-#include "ui/outline_style.h"
+#include "ui/contrast.h"
 
 int main(int argc, char** argv) {
     using namespace davo::test;
