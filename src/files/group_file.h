@@ -9,7 +9,7 @@
 
 namespace davo {
 
-// Everything here reads record files as comma-delimited fields (common/field_reader.h): a comma
+// Everything here reads record files as comma-delimited fields (FieldReader): a comma
 // ends a line like a line end does.
 
 inline constexpr const char* kGroupFileName = "2Graphs.GRP";
