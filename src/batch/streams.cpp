@@ -19,7 +19,7 @@ bool IsTerminal(std::FILE* stream) {
     return ::isatty(::fileno(stream)) != 0;
 }
 
-void WriteError(QString text) {
+void WriteError(const QString& text) {
     std::fputs(text.toLocal8Bit().constData(), stderr);
     std::fflush(stderr);
 }

@@ -27,30 +27,9 @@ namespace {
 // More curves over each other tell nothing, and a browser would take long to draw them.
 constexpr std::size_t kMostCurves = 400;
 
-struct Column {
-    const char* name;
-    bool isNumber = false;
-};
-// What tells tests apart and what they gave comes before what they have in common.
-constexpr std::array kColumns = {Column{"Record"},
-                                 Column{"Test", true},
-                                 Column{"Date"},
-                                 Column{"Station"},
-                                 Column{"Circuit"},
-                                 Column{"SN"},
-                                 Column{"Nameplate", true},
-                                 Column{"Ratio", true},
-                                 Column{"Error", true},
-                                 Column{"Polarity"},
-                                 Column{"IEEE 30", true},
-                                 Column{"IEEE 45", true},
-                                 Column{"ASA 10/50", true},
-                                 Column{"Files"},
-                                 Column{"Company"},
-                                 Column{"Mfr"},
-                                 Column{"Model"},
-                                 Column{"Comments"},
-                                 Column{"Operator"}};
+// Behind that of the record's name.
+constexpr const char* kNoTest = "<td colspan=\"18\">There is no test in it.</td></tr>\n";
+
 std::string Escaped(const QString& text) {
     return text.toHtmlEscaped().toStdString();
 }
@@ -153,10 +132,7 @@ void SummaryPage::Add(const RecordFacts& record, const QString& path, const QStr
     const std::string name = TextCell(FromPage(record.name), Attribute("title", path));
     for (const RecordTest& test : record.tests)
         AddTest(record, test, name, links);
-    if (record.tests.empty()) {
-        rows_ += "<tr>" + name + "<td colspan=\"" + std::to_string(kColumns.size() - 1) +
-                 "\">There is no test in it.</td></tr>\n";
-    }
+    if (record.tests.empty()) rows_ += "<tr>" + name + kNoTest;
 }
 
 void SummaryPage::AddTest(const RecordFacts& record, const RecordTest& test,
@@ -244,28 +220,14 @@ std::string SummaryPage::Html() const {
     LoadPage();
     QFile file(QStringLiteral(":/davo/batch/summary_page.html"));
     if (!file.open(QIODevice::ReadOnly)) return {};
-    std::string headings;
-    for (const Column& column : kColumns) {
-        headings +=
-            std::string(column.isNumber ? "<th class=\"n\">" : "<th>") + column.name + "</th>";
-    }
+    std::string page = file.readAll().toStdString();
     const std::string unread =
         unread_.empty() ? std::string() : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
-    const std::array<std::pair<std::string, std::string>, 5> parts = {{{"%COUNTS%", Counts()},
-                                                                       {"%CHART%", Chart()},
-                                                                       {"%HEADINGS%", headings},
-                                                                       {"%ROWS%", rows_},
-                                                                       {"%UNREAD%", unread}}};
-    // From the first to the last: what a record says is not looked through.
-    const std::string page = file.readAll().toStdString();
-    std::string html;
-    std::size_t from = 0;
-    for (const auto& [mark, text] : parts) {
-        const std::size_t at = page.find(mark, from);
-        html += page.substr(from, at - from) + text;
-        from = at + mark.size();
-    }
-    return html + page.substr(from);
+    // No part has such a place in it: what a record says is escaped.
+    constexpr std::string_view kPlace = "<!-- % -->";
+    for (const std::string& part : {Counts(), Chart(), rows_, unread})
+        page.replace(page.find(kPlace), kPlace.size(), part);
+    return page;
 }
 
 }  // namespace davo
