@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <stop_token>
@@ -73,8 +74,8 @@ class BatchRun {
     StandardError said_;
     RowOutput rows_;
     SummaryPage summary_;
-    std::optional<ChosenRenderer> xls_;
-    std::set<QString> made_;  // in this run
+    std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
+    std::set<QString> made_;               // in this run
     int records_ = 0;
     bool failed_ = false;
 };
@@ -97,11 +98,12 @@ void BatchRun::FailRecord(const QString& said) {
 
 int BatchRun::Run() {
     if (options_.xls) {
-        xls_ = ChooseRenderer();
-        if (xls_->isBuiltIn) {
-            xls_.reset();
+        ChosenRenderer chosen = ChooseRenderer();
+        if (chosen.isBuiltIn) {
             Fail(
                 QStringLiteral("No .xls is made: that needs LibreOffice Calc or Microsoft Excel."));
+        } else {
+            xls_ = std::move(chosen.renderer);
         }
     }
     try {
@@ -197,8 +199,7 @@ void BatchRun::MakeFiles(OpenRecord& record) {
         });
     }
     if (xls_) {
-        MakeOfRecord(record, ".xls",
-                     [&](const QString& target) { Render(*xls_->renderer, record, target); });
+        MakeOfRecord(record, ".xls", [&](const QString& target) { Render(*xls_, record, target); });
     }
 }
 

@@ -107,6 +107,27 @@ TEST(Rows, OfParallelRunsAreThoseOfOne) {
     EXPECT_EQ(SortedLines(run.out), SortedLines(whole));
 }
 
+// The machines are shells of this one; what would reach them gets the machine's name and a command.
+TEST(Rows, OfRunsOnSeveralMachinesAreThoseOfOne) {
+    if (QStandardPaths::findExecutable(u"parallel"_s).isEmpty()) GTEST_SKIP() << "no parallel";
+    const test::TemporaryFolder folder;
+    PutArchive(folder, 200, 20261203);
+    PutRecord(folder, u"shell"_s,
+              "#!/bin/bash\necho \"$1\" >>" + folder.Path("machines").toStdString() +
+                  "\nwhile [ \"$1\" != -- ]; do shift; done; shift; exec bash -c \"$*\"\n");
+    const std::string whole =
+        Report({u"--csv"_s, u"-"_s, u"--no-heading"_s, u"in"_s}, folder.Path()).out;
+    const Ended run = Shell(
+        u"chmod +x shell; find in -iname '*.txt' -print0 | "
+        "parallel --will-cite -0 -n 20 --ssh \"$PWD/shell\" -S 1/north,1/south "
+        "--workdir . $DAVO_REPORT --csv - --no-heading"_s,
+        folder.Path());
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(SortedLines(run.out), SortedLines(whole));
+    EXPECT_THAT(SortedLines(ReadWholeFile(folder.Path("machines"))),
+                IsSupersetOf({"north", "south"}));
+}
+
 TEST(Rows, OfRunsThatAppendToOneFileDoNotMix) {
     const test::TemporaryFolder folder;
     PutArchive(folder, 600, 20261129);
