@@ -35,7 +35,6 @@ constexpr int kListShare = 3;
 constexpr int kTestShare = 1;
 
 enum Operation { Rename = 0, Copy = 1, Delete = 2 };
-constexpr std::array kOperations = {"Rename", "Copy", "Delete"};
 constexpr std::array kOperationCaptions = {"&Rename", "&Copy", "&Delete"};
 constexpr std::array kOverlayCaptions = {"Graph #&1", "Graph #&2", "&Plot-It"};
 // From left to right. What destroys is far from the way out.
@@ -160,9 +159,8 @@ void frmFileUtilOverlay::cmdOp_Click(int index) {
 void frmFileUtilOverlay::RunOperation(int index) {
     const std::vector<QString> files = lvTest_->SelectedFiles();
     if (files.empty()) {
-        around_.prompts.Message(
-            QStringLiteral("Please choose File(s) to %1.")
-                .arg(QLatin1String(kOperations.at(static_cast<std::size_t>(index)))));
+        const QLatin1String caption(kOperationCaptions.at(static_cast<std::size_t>(index)));
+        around_.prompts.Message(QStringLiteral("Please choose File(s) to %1.").arg(caption.mid(1)));
         return;
     }
     const QString& dataPath = around_.settings.dataPath;

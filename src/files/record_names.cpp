@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/record_names.h"
 
-#include <optional>
 #include <string>
 
 #include "common/files.h"
@@ -19,28 +18,16 @@ QString FileOf(const QString& name) {
     return name + QStringLiteral(".txt");
 }
 
-// The name that the operator enters for oldName; nothing when the file is to stay as it is.
-std::optional<QString> AskNewName(const QString& dataPath, const QString& oldName,
-                                  Prompts& prompts) {
-    const QString prompt =
-        QStringLiteral("Old Filename: '") + oldName + QStringLiteral("'\r\n\r\nNew Filename: ");
-    while (true) {
-        const QString answer =
-            prompts.Input(QStringLiteral("Rename File"), prompt).value_or(QString()).trimmed();
-        if (answer.isEmpty()) return std::nullopt;
-        if (answer.contains(QLatin1Char('.'))) {
-            prompts.Message(QStringLiteral("Filename cannot contain ''.''  Please Re-enter."));
-            continue;
-        }
-        const QString trouble = RecordNameTrouble(answer);
-        if (!trouble.isEmpty()) {
-            prompts.Message(trouble);
-            continue;
-        }
-        if (!FileExists(dataPath + FileOf(answer))) return answer;
-        prompts.Message(QStringLiteral("The Filename: ") + answer +
-                        QStringLiteral(" already exists. Please choose another name."));
-    }
+// The name that the operator enters for oldName; empty when the file is to stay as it is.
+QString AskNewName(const QString& dataPath, const QString& oldName, Prompts& prompts) {
+    return AskRecordName(
+        prompts,
+        {.title = QStringLiteral("Rename File"),
+         .prompt = QStringLiteral("Old Filename: '") + oldName +
+                   QStringLiteral("'\r\n\r\nNew Filename: "),
+         .folder = dataPath,
+         .taken = QStringLiteral("The Filename: %1 already exists. Please choose another name."),
+         .dotted = QStringLiteral("Filename cannot contain ''.''  Please Re-enter.")});
 }
 
 // What stands behind the first line.
@@ -68,13 +55,13 @@ QString ShownName(const QString& file) {
 void RenameRecords(const QString& dataPath, const std::vector<QString>& files, Prompts& prompts) {
     for (const QString& file : files) {
         const QString oldName = ShownName(file);
-        const std::optional<QString> newName = AskNewName(dataPath, oldName, prompts);
-        if (!newName) continue;
+        const QString newName = AskNewName(dataPath, oldName, prompts);
+        if (newName.isEmpty()) continue;
         const QString question = QStringLiteral("Rename file: '") + oldName +
-                                 QStringLiteral("'\r\nTo: '") + *newName + QStringLiteral("' ? ");
+                                 QStringLiteral("'\r\nTo: '") + newName + QStringLiteral("' ? ");
         if (prompts.YesNo(question, Answer::No) != Answer::Yes) continue;
         try {
-            RenameRecord(dataPath, file, *newName);
+            RenameRecord(dataPath, file, newName);
         } catch (const RunTimeError& error) {
             prompts.Message(QString::fromUtf8(error.what()));
         }

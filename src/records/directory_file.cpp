@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <optional>
 #include <utility>
-#include <variant>
 
 #include "common/files.h"
 #include "common/numbers.h"
@@ -73,10 +72,10 @@ struct FolderSummary {
     RebuildResult result;
 };
 
-// What the record file name gives to the list, or why it gives nothing. A summary without a date is
-// for a folder's single record only.
-std::variant<RecordSummary, SkipReason> Summarise(const QString& dataPath, const QString& name,
-                                                  bool& isCleaned) {
+// Takes what the record file name gives to the list; why it is not listed, if it is not. A summary
+// without a date is for a folder's single record only.
+std::optional<SkipReason> Summarise(const QString& dataPath, const QString& name,
+                                    RecordSummary& summary, bool& isCleaned) {
     std::optional<std::string> pageName = ToPage(name);
     if (!pageName || ReplaceControls(*pageName) > 0) return SkipReason::NameOutsidePage;
     std::optional<std::vector<std::string>> lines = ReadSummaryLines(dataPath + name);
@@ -84,7 +83,8 @@ std::variant<RecordSummary, SkipReason> Summarise(const QString& dataPath, const
     if (lines->size() < kSummaryLines) return SkipReason::TooFewLines;
     for (std::string& line : *lines)
         isCleaned = ReplaceControls(line, kTab) > 0 || isCleaned;
-    return SummariseRecord(*pageName, *lines);
+    summary = SummariseRecord(*pageName, *lines);
+    return summary.date ? std::nullopt : std::optional(SkipReason::NoDate);
 }
 
 FolderSummary SummariseFolder(const QString& dataPath, const std::vector<QString>& names) {
@@ -95,18 +95,16 @@ FolderSummary SummariseFolder(const QString& dataPath, const std::vector<QString
             ++folder.result.notListed;
             continue;
         }
+        ListedFile file{name, {}};
         bool isCleaned = false;
-        std::variant<RecordSummary, SkipReason> found = Summarise(dataPath, name, isCleaned);
-        auto* summary = std::get_if<RecordSummary>(&found);
-        if (summary != nullptr && isCleaned) folder.result.cleaned.push_back(RecordNameOf(name));
-        if (summary != nullptr && summary->date) {
-            folder.records.push_back({name, std::move(*summary)});
+        const std::optional<SkipReason> reason = Summarise(dataPath, name, file.summary, isCleaned);
+        if (isCleaned) folder.result.cleaned.push_back(RecordNameOf(name));
+        if (!reason) {
+            folder.records.push_back(std::move(file));
             continue;
         }
-        if (summary != nullptr) undated.push_back({name, std::move(*summary)});
-        const auto* reason = std::get_if<SkipReason>(&found);
-        folder.result.skipped.push_back(
-            {OneLine(name), reason != nullptr ? *reason : SkipReason::NoDate});
+        if (*reason == SkipReason::NoDate) undated.push_back(std::move(file));
+        folder.result.skipped.push_back({OneLine(name), *reason});
     }
     if (folder.records.empty() && undated.size() == 1) {
         // A single record needs no order: it is listed whatever its date.

@@ -53,6 +53,19 @@ QString RecordNameTrouble(const QString& name) {
     return {};
 }
 
+QString AskRecordName(Prompts& prompts, const RecordNameQuestion& question) {
+    while (true) {
+        QString name = prompts.Input(question.title, question.prompt).value_or(QString()).trimmed();
+        if (name.isEmpty()) return {};
+        QString trouble = RecordNameTrouble(name);
+        if (!question.dotted.isEmpty() && name.contains(QLatin1Char('.')))
+            trouble = question.dotted;
+        if (trouble.isEmpty() && !FileExists(question.folder + name + QLatin1String(".txt")))
+            return name;
+        prompts.Message(trouble.isEmpty() ? question.taken.arg(name) : trouble);
+    }
+}
+
 QString FreeRecordName(const QString& folder, const QString& wanted) {
     constexpr qsizetype kRoomForNumber = 8;
     QString name;

@@ -4,6 +4,8 @@
 #include <QString>
 #include <string>
 
+#include "common/prompts.h"
+
 namespace davo {
 
 // Why name (without ".txt") cannot be that of a new record file, in words; empty when it can. A
@@ -22,5 +24,17 @@ bool IsRecordFileName(const QString& name);
 QString RecordNameOf(const QString& path);
 // The same in bytes; a name given outside of this program may have characters that do not fit.
 std::string PageRecordNameOf(const QString& path);
+
+// How a new record's name is asked for.
+struct RecordNameQuestion {
+    QString title;
+    QString prompt;
+    QString folder;       // of the record, with the separator at its end
+    QString taken;        // what is told of a name, "%1", that the folder has
+    QString dotted = {};  // of one with a full stop, when not RecordNameTrouble's
+};
+
+// Asks until the answer can be the name of a new record; empty when none is given.
+QString AskRecordName(Prompts& prompts, const RecordNameQuestion& question);
 
 }  // namespace davo

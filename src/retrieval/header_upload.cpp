@@ -54,7 +54,7 @@ HeaderExchange::HeaderExchange(Link& link, Prompts& prompts, std::function<bool(
 bool HeaderExchange::Read(HeaderSlots& slots) {
     leaving_ = false;
     atOnce_ = false;
-    Status(QStringLiteral("Reading the headers of the DAVO..."));
+    OnStatus(QStringLiteral("Reading the headers of the DAVO..."));
     if (!MakeReady()) return false;
     const auto read = Fetch();
     if (!read) return false;
@@ -67,7 +67,7 @@ UploadResult HeaderExchange::Upload(const HeaderSlots& slots) {
     atOnce_ = false;
     notEchoed_ = 0;
     const std::string upload = JoinSlots(slots);
-    Status(QStringLiteral("Preparing the DAVO for the headers..."));
+    OnStatus(QStringLiteral("Preparing the DAVO for the headers..."));
     if (!MakeReady()) return {link_.LastWaitEnded() ? UploadEnd::Ended : UploadEnd::NotReady, {}};
     const bool asked = EraseAndSend(upload);
     if (leaving_ || link_.LastWaitEnded()) return {UploadEnd::Ended, {}};
@@ -133,7 +133,7 @@ bool HeaderExchange::EraseAndSend(const std::string& upload) {
 }
 
 bool HeaderExchange::Erase() {
-    Status(QStringLiteral("The DAVO is erasing its headers..."));
+    OnStatus(QStringLiteral("The DAVO is erasing its headers..."));
     const std::string erasing = link_.SendCommand("Fh", kErasing, patience_.reply);
     const std::size_t at = erasing.find(kErasing);
     if (at == std::string::npos) return false;
@@ -144,7 +144,7 @@ bool HeaderExchange::Erase() {
 
 void HeaderExchange::Send(const std::string& upload) {
     const QScopedValueRollback sending(sending_, true);
-    Status(SlotText(0));
+    OnStatus(SlotText(0));
     const std::size_t done =
         link_.SendPaced(upload, EchoesOf(upload), patience_.echo,
                         [this](std::size_t sent, bool echoed) { SentUpTo(sent, echoed); });
@@ -154,11 +154,11 @@ void HeaderExchange::Send(const std::string& upload) {
 
 void HeaderExchange::SentUpTo(std::size_t done, bool echoed) {
     if (!echoed) ++notEchoed_;
-    if (OnProgress) OnProgress(done);
+    OnProgress(done);
     if (leaving_) {
         link_.EndWait();
     } else if (done < kHeaderMemoryWidth && (!echoed || done % kHeaderSlotWidth == 0)) {
-        Status(SlotText(done));
+        OnStatus(SlotText(done));
     }
 }
 
@@ -172,7 +172,7 @@ QString HeaderExchange::SlotText(std::size_t done) const {
 
 void HeaderExchange::SendRest(const std::string& upload, std::size_t done) {
     if (atOnce_ || notEchoed_ > 0) return;
-    Status(QStringLiteral("Ending the upload..."));
+    OnStatus(QStringLiteral("Ending the upload..."));
     // An instrument in the middle of an upload takes every command for a header.
     const std::size_t whole = (done + kHeaderSlotWidth - 1) / kHeaderSlotWidth * kHeaderSlotWidth;
     const std::string ended =
@@ -186,7 +186,7 @@ void HeaderExchange::SendRest(const std::string& upload, std::size_t done) {
 }
 
 UploadResult HeaderExchange::Compare(const std::string& upload) {
-    Status(QStringLiteral("Reading the headers back..."));
+    OnStatus(QStringLiteral("Reading the headers back..."));
     std::optional<HeaderSlots> stored;
     if (!link_.SendCommand(kReadyCommand, kReadyReply).empty()) stored = Fetch();
     if (link_.LastWaitEnded()) return {UploadEnd::Ended, {}};
@@ -201,10 +201,6 @@ UploadResult HeaderExchange::Compare(const std::string& upload) {
     }
     if (!result.differing.empty()) result.end = UploadEnd::Differs;
     return result;
-}
-
-void HeaderExchange::Status(const QString& text) const {
-    if (OnStatus) OnStatus(text);
 }
 
 }  // namespace davo

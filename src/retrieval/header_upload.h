@@ -66,9 +66,9 @@ class HeaderExchange {
     bool Sending() const { return sending_; }
 
     // What is being done: "Reading the headers of the DAVO...", "slot 3 of 10".
-    std::function<void(const QString& text)> OnStatus;
+    std::function<void(const QString& text)> OnStatus = [](const QString&) {};
     // Characters of the upload that are done with, of kHeaderMemoryWidth.
-    std::function<void(std::size_t done)> OnProgress;
+    std::function<void(std::size_t done)> OnProgress = [](std::size_t) {};
 
   private:
     bool MakeReady();
@@ -82,7 +82,6 @@ class HeaderExchange {
     UploadResult Compare(const std::string& upload);
     void SentUpTo(std::size_t done, bool echoed);
     QString SlotText(std::size_t done) const;
-    void Status(const QString& text) const;
 
     Link& link_;
     Prompts& prompts_;

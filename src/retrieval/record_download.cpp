@@ -186,12 +186,10 @@ void RecordDownload::Download(DownloadResult& result) {
 DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& result) {
     const std::string entry = tables_.dirEntries.at(index);
     const std::string name = NameOf(entry);
-    if (OnStatus) {
-        OnStatus(QStringLiteral("Downloading Record %1 of %2")
-                     .arg(index + 1)
-                     .arg(tables_.dirEntries.size()));
-    }
-    if (OnActivity) OnActivity(QStringLiteral("Prepare to download from DAVO, Please Wait..."));
+    OnStatus(QStringLiteral("Downloading Record %1 of %2")
+                 .arg(index + 1)
+                 .arg(tables_.dirEntries.size()));
+    OnActivity(QStringLiteral("Prepare to download from DAVO, Please Wait..."));
     const std::optional<std::string> target = AskTarget(name);
     if (!target) return DownloadEnd::Cancelled;
     if (const auto ended = WhyEnded()) return *ended;
@@ -199,9 +197,7 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
         next_ = index + 1;
         return DownloadEnd::Complete;
     }
-    if (OnActivity) {
-        OnActivity(QStringLiteral("Downloading %1 from DAVO, Please Wait...").arg(FromPage(name)));
-    }
+    OnActivity(QStringLiteral("Downloading %1 from DAVO, Please Wait...").arg(FromPage(name)));
 
     std::string reply;
     if (const auto ended =
@@ -226,7 +222,6 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
 }
 
 void RecordDownload::TellProgress(std::size_t whole, std::size_t bytes) const {
-    if (!OnProgress) return;
     const std::vector<std::string>& entries = tables_.dirEntries;
     const bool sizesKnown =
         std::ranges::all_of(entries, [](const std::string& entry) { return TestsOf(entry) > 0; });
@@ -313,29 +308,19 @@ std::optional<std::string> RecordDownload::AskTarget(const std::string& name) {
             QStringLiteral(" already exists. Do you want to replace the existing file? "),
         Answer::No);
     if (answer == Answer::Cancel) return std::nullopt;
-    if (answer == Answer::No) return AskNewName(name);
+    if (answer == Answer::No) {
+        const QString newName = AskRecordName(
+            prompts_, {.title = {},
+                       .prompt = QStringLiteral("Old name: ") + shown +
+                                 QStringLiteral("\r\nEnter a new name: "),
+                       .folder = dataPath_,
+                       .taken = QStringLiteral("The name %1 already exists. Please rename.")});
+        return ToPage(newName);
+    }
     // The file stays until the new one takes its place: the download may still fail.
     prompts_.Message(QStringLiteral("The record ") + shown +
                      QStringLiteral(" shall be overwritten!"));
     return name;
-}
-
-std::string RecordDownload::AskNewName(const std::string& name) {
-    const QString prompt =
-        QStringLiteral("Old name: ") + FromPage(name) + QStringLiteral("\r\nEnter a new name: ");
-    while (true) {
-        const QString answer = prompts_.Input({}, prompt).value_or(QString()).trimmed();
-        if (answer.isEmpty()) return {};
-        const QString trouble = RecordNameTrouble(answer);
-        if (!trouble.isEmpty()) {
-            prompts_.Message(trouble);
-            continue;
-        }
-        std::string newName = ToPage(answer).value_or(std::string());
-        if (!FileExists(PathOf(newName))) return newName;
-        prompts_.Message(QStringLiteral("The name ") + answer +
-                         QStringLiteral(" already exists. Please rename."));
-    }
 }
 
 void RecordDownload::Tell(const DownloadResult& result, const QString& error) {

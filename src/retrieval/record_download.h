@@ -59,12 +59,12 @@ class RecordDownload {
     bool Running() const { return running_; }
 
     // "Downloading Record 2 of 5", for the status label.
-    std::function<void(const QString& text)> OnStatus;
+    std::function<void(const QString& text)> OnStatus = [](const QString&) {};
     // "Prepare to download from DAVO, Please Wait..." and the like, what is being done now.
-    std::function<void(const QString& text)> OnActivity;
+    std::function<void(const QString& text)> OnActivity = [](const QString&) {};
     // Bytes of the replies when the entries tell their sizes, else records. done never goes back
     // and ends at total when the selection was gone through.
-    std::function<void(std::size_t done, std::size_t total)> OnProgress;
+    std::function<void(std::size_t done, std::size_t total)> OnProgress = [](auto, auto) {};
 
   private:
     void Download(DownloadResult& result);
@@ -86,7 +86,6 @@ class RecordDownload {
     // Under which name a record is to be written. Empty: the record is skipped; nothing: the whole
     // download is cancelled.
     std::optional<std::string> AskTarget(const std::string& name);
-    std::string AskNewName(const std::string& name);
     QString PathOf(const std::string& name) const;
     void Tell(const DownloadResult& result, const QString& error);
 

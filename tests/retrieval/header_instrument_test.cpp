@@ -171,7 +171,7 @@ TEST_F(HeaderInstrument, LeavingSendsTheSlotUnderWayWholeAndTheOthersEmpty) {
     EXPECT_EQ(line.Instrument().HeaderMemory(), JoinSlots(whole));
     EXPECT_TRUE(Answers()) << "the instrument takes commands again";
     EXPECT_THAT(line.prompts.shown, IsEmpty());
-    exchange.OnProgress = nullptr;
+    exchange.OnProgress = [](std::size_t) {};
     EXPECT_EQ(exchange.Upload(SomeSlots()).end, UploadEnd::Stored) << "and another upload";
 }
 
