@@ -98,6 +98,9 @@ FolderSummary SummariseFolder(const QString& dataPath, const std::vector<QString
         ListedFile file{name, {}};
         bool isCleaned = false;
         const std::optional<SkipReason> reason = Summarise(dataPath, name, file.summary, isCleaned);
+        // Each file of a share or a stick that has gone may take its time to fail.
+        if (reason == SkipReason::Unreadable && !FolderExists(dataPath))
+            throw RunTimeError(ErrorNumber::PathNotFound);
         if (isCleaned) folder.result.cleaned.push_back(RecordNameOf(name));
         if (!reason) {
             folder.records.push_back(std::move(file));

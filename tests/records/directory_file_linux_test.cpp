@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <thread>
 
 #include "tests/records/directory_folder.h"
 #include "tests/support/file_size_limit.h"
@@ -144,6 +145,29 @@ TEST_F(DirectoryFile, AKillAtAnyInstantLeavesTheOldFileOrTheNew) {
         const std::string found = Listing();
         EXPECT_TRUE(found == with || found == without) << found.size();
     }
+}
+
+// As a share of the network or a stick does, in the middle of the listing: the files behind that
+// are not asked one by one, for each may take its time to fail, and no part passes for the whole.
+TEST_F(DirectoryFile, AFolderThatGoesAwayIsNotListedInPart) {
+    constexpr int kFiles = 200;
+    for (int i = 0; i < kFiles; ++i)
+        Write(u"T%1.txt"_s.arg(i), RecordText("03/09/21"));
+    const QString away = QDir::cleanPath(dataPath) + "-away"_L1;
+    int gone = 0;
+    for (int round = 0; round < 100; ++round) {
+        std::thread takesItAway([&] {
+            usleep(static_cast<useconds_t>(50 * round));
+            QDir().rename(dataPath, away);
+        });
+        const RebuildResult result = Rebuild();
+        takesItAway.join();
+        QDir().rename(away, dataPath);
+        EXPECT_THAT(result.skipped, IsEmpty()) << round;
+        EXPECT_EQ(result.count, result.unread.isEmpty() ? kFiles : 0) << round;
+        gone += result.unread.isEmpty() ? 0 : 1;
+    }
+    EXPECT_GT(gone, 0);
 }
 
 }  // namespace
