@@ -213,10 +213,7 @@ void frmSetDescr::Connect() {
     connect(txtTestNotes_, &QLineEdit::textEdited, this,
             [this] { TestTextChanged(txtTestNotes_, file_->headers.testNotes); });
     for (QLineEdit* box : txtHeader_)
-        connect(box, &QLineEdit::textEdited, this, [this] {
-            file_->changed = true;
-            lblState_->clear();
-        });
+        connect(box, &QLineEdit::textEdited, this, [this] { Changed(); });
     connect(cmdNotes_, &QPushButton::clicked, this,
             [this] { handlers_.RunAlone([this] { cmdNotes_Click(); }); });
     connect(cmdSave_, &QPushButton::clicked, this,
@@ -241,6 +238,7 @@ void frmSetDescr::ListAgain() {
     Form_Load();
     lvTest_->SelectFiles({name});
     if (lvTest_->SelectedFiles().empty()) {
+        lblState_->clear();
         ShowFile();
     } else {
         Choose(name);
@@ -346,14 +344,19 @@ QString frmSetDescr::TestCaption(std::size_t test) const {
 void frmSetDescr::TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts) {
     const QString typed = box->text();
     texts.at(static_cast<std::size_t>(test_)) = TakeField(box);
-    lblState_->setText(box->text() == typed ? QString() : CutText({box->accessibleName()}));
+    Changed();
+    if (box->text() != typed) lblState_->setText(CutText({box->accessibleName()}));
     lstTest_->item(test_)->setText(TestCaption(static_cast<std::size_t>(test_)));
+}
+
+void frmSetDescr::Changed() {
     file_->changed = true;
+    lblState_->clear();
 }
 
 void frmSetDescr::cmdNotes_Click() {
     notepad_ = new frmNotepad(file_->headers.fileNotes, prompts_, this);
-    notepad_->OnChanged = [this] { file_->changed = true; };
+    notepad_->OnChanged = [this] { Changed(); };
     notepad_->open();
 }
 

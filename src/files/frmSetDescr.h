@@ -67,6 +67,8 @@ class frmSetDescr : public QWidget {
     void EscapePressed();
     void lvTest_Click();
     void lstTest_Click();
+    // A text of the file in hand is not saved any more.
+    void Changed();
     void TestTextChanged(QLineEdit* box, std::array<std::string, kMostTests>& texts);
     void cmdNotes_Click();
 

@@ -228,6 +228,22 @@ TEST_F(SetDescrWindow, CountsTheCharactersAndSaysWhatIsCut) {
     EXPECT_TRUE(prompts.shown.empty()) << "no box to be closed";
 }
 
+TEST_F(SetDescrWindow, SaysNoLongerThatItIsSavedWhenItIsNot) {
+    OpenAt("T1");
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblState"), "T1 is saved.");
+    TypeNotes("more");
+    EXPECT_EQ(Text("lblState"), "");
+    Click("cmdSave");
+    EXPECT_EQ(Text("lblState"), "T1 is saved.");
+    DeleteFile(PathOf("T1"));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    QTest::keyClick(Box("txtHeader0"), Qt::Key_F5);
+    EXPECT_EQ(Text("lblFilename"), "");
+    EXPECT_EQ(Text("lblState"), "");
+}
+
 TEST_F(SetDescrWindow, SaysWhatIsSavedByEveryWay) {
     std::vector<std::string> said;
     Open();
