@@ -57,6 +57,15 @@ inline PointTexts StraightCurve() {
             {"0.1600", "160.0"}};
 }
 
+// Two points below the bend, far from each other.
+inline PointTexts OpenCurve() {
+    return {{"0.0100", "10.0"},
+            {"0.1000", "120.0"},
+            {"1.0000", "400.0"},
+            {"3.0000", "410.0"},
+            {"9.0000", "415.0"}};
+}
+
 inline PointTexts FallingCurve() {
     PointTexts points = SmoothCurve(200);
     points.at(9).second = "120.0";

@@ -4,7 +4,9 @@
 #include <QApplication>
 #include <QImage>
 #include <algorithm>
+#include <cstdio>
 
+#include "common/numbers.h"
 #include "tests/curves/panel_test.h"
 
 namespace davo::test {
@@ -35,6 +37,23 @@ TEST_F(Panel, ShowsTheFactsOfARecord) {
               "smooth curve through them has its kneepoint at 28.5 \u00b1 1.2 V, 0.0836 A.\n"
               "ASA 10/50: 24.1 V, 0.075 A. The points are too few or too uneven for this rule: a "
               "smooth curve through them has its kneepoint at 34.1 \u00b1 1.7 V, 0.1145 A.");
+}
+
+// The points leave the smooth kneepoint open by more than 10 %.
+TEST_F(Panel, ShowsARangeForAKneepointThatIsOpen) {
+    Add("OPEN", Curve(OpenCurve(), 1));
+    ShowFiles({"OPEN"});
+    constexpr int kSmoothIeee30 = 6;
+    const std::string smooth = ColumnOf(panel, 0).at(kSmoothIeee30);
+    double low = 0;
+    double high = 0;
+    ASSERT_EQ(std::sscanf(smooth.c_str(), "%lf to %lf V", &low, &high), 2) << smooth;
+    EXPECT_GT(low, 120);
+    EXPECT_GT(high, 1.2 * low);
+    EXPECT_LE(high, 415);
+    const auto volts = [](double value) { return Picture(value, "0.0") + " V"; };
+    EXPECT_EQ(smooth, Picture(low, "0.0") + " to " + volts(high));
+    EXPECT_THAT(Doubts(panel), HasSubstr("between " + volts(low) + " and " + volts(high) + "."));
 }
 
 // As many fields as one line has room for; a button shows the others.

@@ -48,8 +48,9 @@ class CurvePictures : public DataFolder {
     void Take() {
         Add("PLAIN", Curve(PlainCurve(), 1));
         Add("RATIO", Curve(SmoothCurve(150), 1) + Curve({}, 2));
-        for (const char* name :
-             {"ONE", "THREE", "STRAIGHT", "FALLING", "SHORT", "SIXTY", "RATIO", "PLAIN", "BROKEN"})
+        Add("OPEN", Curve(OpenCurve(), 1));
+        for (const char* name : {"ONE", "THREE", "STRAIGHT", "FALLING", "SHORT", "SIXTY", "RATIO",
+                                 "PLAIN", "OPEN", "BROKEN"})
             GrabPanel(name, {DataFile(QLatin1String(name))});
         GrabPanel("TEN", FilesOfTen(12));
         GrabPanel("NONE", {});
