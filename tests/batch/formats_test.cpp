@@ -100,10 +100,19 @@ TEST(ReportFiles, AreNotMadeTwiceInARun) {
               RecordsAsCsv({ReadRecordFacts(folder.Path("T1.TXT"))}));
 }
 
+// What Python prints of a workbook, which is $1.
+std::string Printed(const QString& script, const QString& workbook) {
+    const Ended run =
+        test::RunProgram(QStringLiteral(DAVO_PYTHON), {u"-c"_s, script, workbook}, {});
+    EXPECT_EQ(run.status, 0) << run.err;
+    return run.out;
+}
+
 TEST(ReportFiles, MarkTheKneepointOfTheRule) {
     const test::TemporaryFolder folder;
     PutRecord(folder, u"T1.txt"_s, test::FileText(1));
     std::set<std::string> pages;
+    std::set<std::string> charts;
     for (const QString& rule : {u"asa"_s, u"45"_s, u"30"_s}) {
         EXPECT_EQ(
             Report({u"--summary"_s, u"--xlsx"_s, u"--rule"_s, rule, u"--out"_s, rule, u"T1.txt"_s},
@@ -111,8 +120,38 @@ TEST(ReportFiles, MarkTheKneepointOfTheRule) {
                 .status,
             0);
         pages.insert(ReadWholeFile(folder.Path() + rule + u"/summary.html"_s));
+        charts.insert(
+            Printed(u"import sys, zipfile\n"
+                    "print(zipfile.ZipFile(sys.argv[1]).read('xl/charts/chart1.xml'))"_s,
+                    folder.Path() + rule + u"/T1.xlsx"_s));
     }
     EXPECT_EQ(pages.size(), 3U);
+    EXPECT_EQ(charts.size(), 3U);
+    // Without an option it is ASA 10/50.
+    EXPECT_EQ(Report({u"--summary"_s, u"--xlsx"_s, u"T1.txt"_s, u"--out=asa"_s, u"--force"_s},
+                     folder.Path())
+                  .status,
+              0);
+    EXPECT_THAT(ReadWholeFile(folder.Path("asa/summary.html")),
+                HasSubstr("kneepoints by ASA 10/50."));
+}
+
+TEST(ReportFiles, HaveTheImpedanceWhereItIsAskedFor) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    const auto numbers = [&](const QStringList& options) {
+        EXPECT_EQ(
+            Report(QStringList({u"--xlsx"_s, u"--force"_s, u"T1.txt"_s}) + options, folder.Path())
+                .status,
+            0);
+        const QString script =
+            u"import sys, openpyxl\n"
+            "sheet = openpyxl.load_workbook(sys.argv[1]).worksheets[0]\n"
+            "print(sum(isinstance(row[3], (int, float)) for row in list(sheet.values)[18:]))"_s;
+        return Printed(script, folder.Path("T1.xlsx"));
+    };
+    EXPECT_EQ(numbers({}), "0\n");
+    EXPECT_EQ(numbers({u"--impedance"_s}), std::to_string(test::kKneeCurvePoints) + "\n");
 }
 
 TEST(ReportFiles, AreMadeWhereAnotherFormatIsNot) {
