@@ -63,7 +63,7 @@ void StandardError::Say(const QString& text) {
 void StandardError::ShowProgress(int records, const QString& path) {
     constexpr qint64 kPause = 100;  // milliseconds
     if (!showsProgress_ || (since_.isValid() && since_.elapsed() < kPause)) return;
-    const QString text = WithoutControls(QStringLiteral("%1: %2").arg(records).arg(path));
+    const QString text = WithoutControls(QStringLiteral("Record %1: %2").arg(records).arg(path));
     WriteError(QLatin1Char('\r') + text.leftJustified(kLineWidth, QLatin1Char(' '), true));
     isShown_ = true;
     since_.start();

@@ -257,13 +257,13 @@ TEST(Progress, IsShownOnATerminalAndNowhereElse) {
     PutRecord(folder, u"in/T2.txt"_s, "");
     const QStringList arguments = {u"--csv"_s, u"-"_s, u"in"_s};
     const std::string shown = ShownOnTerminal(arguments, folder.Path(), false);
-    const std::string first = "1: in/T1.txt";
+    const std::string first = "Record 1: in/T1.txt";
     const std::string blank(79, ' ');
     EXPECT_THAT(shown, StartsWith("\r" + first + std::string(79 - first.size(), ' ') + "\r" +
                                   blank + "\rdavo-report: in/T2.txt cannot be shown"));
     EXPECT_THAT(shown, EndsWith("\n"));
     EXPECT_THAT(Report(arguments, folder.Path()).err, Not(HasSubstr("\r")));
-    EXPECT_THAT(ShownOnTerminal(arguments, folder.Path(), true), Not(HasSubstr("1: in/")));
+    EXPECT_THAT(ShownOnTerminal(arguments, folder.Path(), true), Not(HasSubstr("Record 1: ")));
 }
 
 }  // namespace
