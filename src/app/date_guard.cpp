@@ -7,13 +7,10 @@
 namespace davo {
 
 void DateGuard::Run() {
-    constexpr std::array<const char*, 6> kMonthFirst = {"MM-dd-yy",   "MM/dd/yy",   "MM.dd.yy",
-                                                        "MM/dd/yyyy", "MM-dd-yyyy", "MM.dd.yyyy"};
+    constexpr std::array kMonthFirst = {"MM-dd-yy",   "MM/dd/yy",   "MM.dd.yy",
+                                        "MM/dd/yyyy", "MM-dd-yyyy", "MM.dd.yyyy"};
     savedShortDate_ = format_.Read().value_or(QString());
-    const bool monthFirst =
-        std::any_of(kMonthFirst.begin(), kMonthFirst.end(),
-                    [&](const char* format) { return savedShortDate_ == QLatin1String(format); });
-    if (monthFirst) return;
+    if (std::ranges::count(kMonthFirst, savedShortDate_.toStdString()) > 0) return;
     shortDateChanged_ = true;
     format_.Set(QStringLiteral("MM/dd/yyyy"));
 }

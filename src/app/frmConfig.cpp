@@ -265,6 +265,7 @@ void frmConfig::cmdTest_Click() {
     }
     const std::int16_t port = ChosenPort();
     const LinkState before = link_.State();
+    const auto tried = qScopeGuard([this] { trying_ = false; });
     trying_ = !before.portOpen || port != settings_.comPort || IsReassigned(port);
     if (!trying_ || OpenChosen(port, false)) AskModel();
     // The port of the settings is the one in use until another one is saved.
@@ -366,13 +367,15 @@ bool frmConfig::OpenChosen(std::int16_t port, bool keep) {
 
 QTreeWidgetItem* frmConfig::AddRow(const PresentPort& port, const QString& name) {
     const bool named = !devices_.NeedsAssignment();
-    const bool inUse = settings_.comPort != kNoPortChosen && !port.device.isEmpty() &&
-                       port.device == devices_.DeviceOf(settings_.comPort);
+    const bool nameless = named && NumberOf(port.device) == 0;
+    const auto isOf = [&](std::int16_t number) {
+        return !port.device.isEmpty() && port.device == devices_.DeviceOf(number);
+    };
+    const bool inUse = settings_.comPort != kNoPortChosen && isOf(settings_.comPort);
     QStringList use;
     for (std::int16_t number = 1; number <= kPorts && !named; ++number)
-        if (!port.device.isEmpty() && port.device == devices_.DeviceOf(number))
-            use << PortCaption(number);
-    if (named && NumberOf(port.device) == 0) use << QStringLiteral("not COM1 to COM4");
+        if (isOf(number)) use << PortCaption(number);
+    if (nameless) use << QStringLiteral("not COM1 to COM4");
     if (inUse)
         use << (link_.State().portOpen ? QStringLiteral("in use") : QStringLiteral("chosen"));
     auto* row = new QTreeWidgetItem(lstPorts_, {name, port.maker, port.serialNumber, port.device,
@@ -380,7 +383,7 @@ QTreeWidgetItem* frmConfig::AddRow(const PresentPort& port, const QString& name)
     row->setData(kName, Qt::UserRole, port.device);
     row->setToolTip(kName, name);
     row->setSizeHint(kName, QSize(0, kInputHeight));
-    row->setDisabled(named && NumberOf(port.device) == 0);
+    row->setDisabled(nameless);
     QFont font = lstPorts_->font();
     font.setBold(inUse);
     for (int column = 0; column < kColumns; ++column)

@@ -167,8 +167,7 @@ void SessionCards::OrderButtons(bool focused) {
         before = button;
     }
     if (!focused) return;
-    const auto first = std::find_if(buttons.begin(), buttons.end(),
-                                    [](const QPushButton* one) { return one->isVisible(); });
+    const auto first = std::ranges::find_if(buttons, &QPushButton::isVisible);
     (first == buttons.end() ? before_ : *first)->setFocus();
 }
 

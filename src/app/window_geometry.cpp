@@ -20,13 +20,11 @@ QString Key(const QWidget& window, const char* value) {
 // So much of it that it can be worked with.
 bool IsOnAScreen(const QRect& geometry) {
     constexpr double kShare = 0.75;
-    const auto screens = QGuiApplication::screens();
-    return !geometry.isEmpty() &&
-           std::any_of(screens.begin(), screens.end(), [&](const QScreen* screen) {
-               const QRect shown = screen->availableGeometry().intersected(geometry);
-               return shown.width() >= kShare * geometry.width() &&
-                      shown.height() >= kShare * geometry.height();
-           });
+    return std::ranges::any_of(QGuiApplication::screens(), [&](const QScreen* screen) {
+        const QRect shown = screen->availableGeometry().intersected(geometry);
+        return !shown.isEmpty() && shown.width() >= kShare * geometry.width() &&
+               shown.height() >= kShare * geometry.height();
+    });
 }
 
 }  // namespace

@@ -60,13 +60,10 @@ std::string_view Middle(std::string_view text, std::size_t start, std::size_t le
 }
 
 QString FromPage(std::string_view bytes) {
-    QString text;
-    text.reserve(static_cast<qsizetype>(bytes.size()));
-    for (const char c : bytes) {
-        const auto code = static_cast<unsigned char>(c);
-        const bool upperControl = code >= 0x80 && code <= 0x9F;
-        text.append(
-            QChar(upperControl ? kUpperControls.at(code - 0x80U) : static_cast<char16_t>(code)));
+    QString text = QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    for (QChar& character : text) {
+        const char16_t code = character.unicode();
+        if (code >= 0x80 && code <= 0x9F) character = kUpperControls.at(code - 0x80U);
     }
     return text;
 }

@@ -9,7 +9,9 @@
 #include <QScreen>
 #include <QTextDocument>
 #include <QTextOption>
+#include <algorithm>
 #include <cmath>
+#include <ranges>
 #include <utility>
 
 #include "ui/form_parts.h"
@@ -90,14 +92,16 @@ int FitLabel::LeastPixelSize() const {
     return PixelSizeForCapitals(font(), leastCapitals_, *this);
 }
 
+int FitLabel::Margin() const {
+    return kMargin + (alert_ ? kAlertFrame : 0);
+}
+
 bool FitLabel::HasRoomFor(const QString& text, QSize size) const {
-    const int margins = 2 * (kMargin + (alert_ ? kAlertFrame : 0));
-    return Fits(text, LeastPixelSize(), size - QSize(margins, margins));
+    return Fits(text, LeastPixelSize(), size - 2 * QSize(Margin(), Margin()));
 }
 
 QRect FitLabel::TextRect() const {
-    const int margin = kMargin + (alert_ ? kAlertFrame : 0);
-    const QRect inner = rect().adjusted(margin, margin, -margin, -margin);
+    const QRect inner = rect() - QMargins(Margin(), Margin(), Margin(), Margin());
     // Room for the arrow on both sides keeps the text in the middle.
     const int arrow = call_ ? inner.height() : 0;
     return inner.adjusted(arrow, 0, -arrow, 0);
@@ -117,18 +121,12 @@ bool FitLabel::Fits(const QString& text, int pixelSize, QSize room) const {
 }
 
 int FitLabel::FittedPixelSize() const {
-    const int least = LeastPixelSize();
-    int low = kSmallestPixelSize;
-    int high = static_cast<int>(least * growth_);
-    while (low < high) {
-        const int middle = (low + high + 1) / 2;
-        if (Fits(text(), middle, TextRect().size())) {
-            low = middle;
-        } else {
-            high = middle - 1;
-        }
-    }
-    return low;
+    const int most = std::max(kSmallestPixelSize, static_cast<int>(LeastPixelSize() * growth_));
+    const auto fits = [this, room = TextRect().size()](int size) {
+        return Fits(text(), size, room);
+    };
+    const auto larger = std::views::iota(kSmallestPixelSize + 1, most + 1);
+    return *std::ranges::partition_point(larger, fits) - 1;
 }
 
 QSize FitLabel::sizeHint() const {

@@ -43,6 +43,7 @@ class FitLabel : public QLabel {
     void mouseReleaseEvent(QMouseEvent* event) override;
 
   private:
+    int Margin() const;
     QRect TextRect() const;
     bool Fits(const QString& text, int pixelSize, QSize room) const;
 
