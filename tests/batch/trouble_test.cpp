@@ -113,11 +113,24 @@ TEST(Trouble, OfOneRecordInAHundredIsSaid) {
     const int count = test::TakesLong() ? 100'000 : 2'000;
     std::size_t tests = 0;
     const QStringList damaged = PutDamagedArchive(folder, count, tests);
-    const Ended run = Report({u"--csv"_s, u"-"_s, u"--no-heading"_s, u"in"_s}, folder.Path());
+    const QString measure =
+        u"import resource, subprocess, sys\n"
+        "ended = subprocess.run(sys.argv[1:]).returncode\n"
+        "open('memory', 'w').write(str(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss))\n"
+        "sys.exit(ended)"_s;
+    const Ended run = test::RunProgram(QStringLiteral(DAVO_PYTHON),
+                                       {u"-c"_s, measure, QStringLiteral(DAVO_REPORT), u"--csv"_s,
+                                        u"-"_s, u"--no-heading"_s, u"in"_s},
+                                       folder.Path());
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(Named(run), damaged);
     EXPECT_EQ(SplitLines(run.out).size(), tests);
-    std::cout << count << " records, " << damaged.size() << " damaged, " << tests << " tests\n";
+    const int kilobytes = std::stoi(ReadWholeFile(folder.Path("memory")));
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LT(kilobytes, 60'000);
+#endif
+    std::cout << count << " records, " << damaged.size() << " damaged, " << tests << " tests, "
+              << kilobytes << " kB\n";
 }
 
 TEST(Trouble, OfADamagedRecordIsThatOfTheRecordPanel) {
