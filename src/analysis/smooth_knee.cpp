@@ -15,7 +15,6 @@ const double kMoreCurrent = std::log(1.5);
 constexpr double kCertainty = 2;          // standard deviations
 constexpr double kMostNumber = 1e9;       // of volts and amperes; no curve has more
 constexpr double kMostUncertainty = 0.1;  // of the voltage; a number that is worse is none
-constexpr double kMostOpen = 1;           // as much again: the points do not tell at all
 constexpr double kLeastBend =
     1e-3;  // change of slope over one ln I, that no uncertainty is endless
 
@@ -96,7 +95,7 @@ void RuleOnCurve::PutKnee(SmoothVerdict& verdict, double lnI) const {
     constexpr double kAbove = 1.05;
     const bool isThere =
         voltage < kAbove * highest && highest < kMostNumber && current < kMostNumber;
-    if (!isThere || !(open <= kMostOpen)) return;
+    if (!isThere || !std::isfinite(open)) return;
     const auto rounded = [](double volts) { return RoundByPicture(volts, kVoltagePicture); };
     if (open <= kMostUncertainty) {
         verdict.knee = {{RoundByPicture(current, kPointPicture), rounded(voltage)},
