@@ -26,6 +26,8 @@ class Prompts {
 
     // Yes/No. preset is the default button: never the one that destroys.
     virtual Answer YesNo(const QString& text, Answer preset, const QString& title = {}) = 0;
+    // Whether the answer is Yes; No is the default.
+    bool Agrees(const QString& text) { return YesNo(text, Answer::No) == Answer::Yes; }
 
     // The same; Cancel when the box is left by the Escape key or its frame.
     virtual Answer YesNoOrBack(const QString& text, Answer preset, const QString& title = {}) {

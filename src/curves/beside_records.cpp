@@ -60,14 +60,6 @@ void BesideRecords::ShowSelected() {
     panel_->ShowRecords(files);
 }
 
-QSize BesideRecords::sizeHint() const {
-    return controls_->sizeHint();
-}
-
-QSize BesideRecords::minimumSizeHint() const {
-    return controls_->minimumSizeHint();
-}
-
 int BesideRecords::ControlsWidth(int columns) const {
     int width = kListRoom + list_.verticalScrollBar()->sizeHint().width() + 2 * list_.frameWidth();
     for (int column = 0; column < std::min(columns, list_.model()->columnCount()); ++column)

@@ -33,8 +33,8 @@ class BesideRecords : public QWidget {
     // Shows what is selected, read again where it has changed.
     void ShowSelected();
 
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override { return controls_->sizeHint(); }
+    QSize minimumSizeHint() const override { return controls_->minimumSizeHint(); }
 
   protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -27,8 +27,6 @@ constexpr double kPointsPerInch = 72;
 constexpr QSize kPage(1123, 794);      // A4 across at kPageDots
 constexpr int kPageMargin = 38;        // 10 mm: a printer does not reach the edge
 constexpr double kPictureWidth = 800;  // up to it a pixel of a picture is one of the screen
-constexpr QSize kUsualSize(460, 420);
-constexpr QSize kLeastSize(260, 180);
 constexpr QSize kToolSize(36, 34);
 constexpr int kToolRoom = 4;
 
@@ -157,14 +155,6 @@ void CurveChart::SavePdf(const QString& path) {
 
 int CurveChart::Paints() const {
     return plot_->Paints();
-}
-
-QSize CurveChart::sizeHint() const {
-    return kUsualSize;
-}
-
-QSize CurveChart::minimumSizeHint() const {
-    return kLeastSize;
 }
 
 void CurveChart::changeEvent(QEvent* event) {

@@ -55,8 +55,8 @@ class CurveChart : public QWidget {
     // How often it was painted since it was made.
     int Paints() const;
 
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override { return {460, 420}; }
+    QSize minimumSizeHint() const override { return {260, 180}; }
 
   protected:
     void changeEvent(QEvent* event) override;

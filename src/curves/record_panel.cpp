@@ -45,7 +45,6 @@ constexpr int kShareBeside = 150;
 constexpr int kShareOfOther = 100;
 constexpr int kRoom = 6;
 constexpr QSize kPicture(1600, 1100);
-constexpr QSize kUsualSize(480, 640);
 
 // In the legend and at the crosshair: a saved picture tells whose curve it is.
 QString CurveName(const ShownTest& shown) {
@@ -340,24 +339,14 @@ void RecordPanel::resizeEvent(QResizeEvent* event) {
 
 // Escape is taken before a shortcut of the window has it.
 bool RecordPanel::event(QEvent* event) {
-    if (event->type() == QEvent::ShortcutOverride && cmdBack_->isVisible() &&
-        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-        event->accept();
-        return true;
+    const bool pressed = event->type() == QEvent::KeyPress;
+    if ((!pressed && event->type() != QEvent::ShortcutOverride) || !cmdBack_->isVisible() ||
+        static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape) {
+        return QWidget::event(event);
     }
-    return QWidget::event(event);
-}
-
-void RecordPanel::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape && cmdBack_->isVisible()) {
-        OnBack();
-    } else {
-        QWidget::keyPressEvent(event);
-    }
-}
-
-QSize RecordPanel::sizeHint() const {
-    return kUsualSize;
+    event->accept();
+    if (pressed) OnBack();
+    return true;
 }
 
 QSize RecordPanel::minimumSizeHint() const {
@@ -380,7 +369,7 @@ QString RecordPanel::AskForFile(const QString& ending) {
     const QString question =
         QStringLiteral("The file '%1' exists already. Do you want to replace it?")
             .arg(QFileInfo(path).fileName());
-    return prompts_.YesNo(question, Answer::No) == Answer::Yes ? path : QString();
+    return prompts_.Agrees(question) ? path : QString();
 }
 
 void RecordPanel::ShowSaved(const QStringList& said) {

@@ -47,7 +47,7 @@ class RecordPanel : public QWidget {
     void FocusBack();
     std::function<void()> OnBack;
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const override { return {480, 640}; }
     // Of the panel in a small window: a low chart, a few rows of results, two lines of doubts.
     QSize minimumSizeHint() const override;
 
@@ -55,7 +55,6 @@ class RecordPanel : public QWidget {
     bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     // Writes a file; what it does not have, in words.

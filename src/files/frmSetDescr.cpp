@@ -390,14 +390,10 @@ QStringList frmSetDescr::TakeHeader() {
     return cut;
 }
 
-bool frmSetDescr::Agrees(const QString& question) const {
-    return prompts_.YesNo(question, Answer::No) == Answer::Yes;
-}
-
 bool frmSetDescr::AgreesToLose(const RecordHeaders& headers) const {
     const QString told = TextsWithKeys(headers);
     const char* question = told.isEmpty() ? kLineTaken : kKeyInText;
-    return Agrees(told + QString(QLatin1String(question)).arg(Name()));
+    return prompts_.Agrees(told + QString(QLatin1String(question)).arg(Name()));
 }
 
 bool frmSetDescr::WriteBack() {
@@ -407,7 +403,8 @@ bool frmSetDescr::WriteBack() {
     // A question may be open for minutes: behind it the file is read again.
     for (std::optional<std::string> agreed; agreed != current; current = ReadWholeFile(Path())) {
         const bool changed = current != file_->bytes;
-        if (changed && !Agrees(QString(QLatin1String(kChangedMeanwhile)).arg(Name()))) return false;
+        const QString question = QString(QLatin1String(kChangedMeanwhile)).arg(Name());
+        if (changed && !prompts_.Agrees(question)) return false;
         merged = changed ? MergeHeaders(ReadRecordHeaders(file_->bytes), file_->headers,
                                         ReadRecordHeaders(current))
                          : EveryText(file_->headers);
@@ -444,7 +441,7 @@ bool frmSetDescr::MayLeaveFile() {
     } catch (const std::exception& error) {
         question = QString::fromUtf8(error.what()) + QStringLiteral("\r\n\r\n") + question;
     }
-    if (prompts_.YesNo(question, Answer::No) != Answer::Yes) return false;
+    if (!prompts_.Agrees(question)) return false;
     file_->changed = false;
     return true;
 }

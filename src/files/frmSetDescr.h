@@ -89,7 +89,6 @@ class frmSetDescr : public QWidget {
     // then as it was.
     bool WriteBack();
     void Keep(std::string written, const QStringList& cut);
-    bool Agrees(const QString& question) const;
     // Asks whether to write headers, which do not survive that.
     bool AgreesToLose(const RecordHeaders& headers) const;
     // Writes unsaved changes back; says why when that fails. False when the file stays in hand.

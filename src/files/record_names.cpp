@@ -59,7 +59,7 @@ void RenameRecords(const QString& dataPath, const std::vector<QString>& files, P
         if (newName.isEmpty()) continue;
         const QString question = QStringLiteral("Rename file: '") + oldName +
                                  QStringLiteral("'\r\nTo: '") + newName + QStringLiteral("' ? ");
-        if (prompts.YesNo(question, Answer::No) != Answer::Yes) continue;
+        if (!prompts.Agrees(question)) continue;
         try {
             RenameRecord(dataPath, file, newName);
         } catch (const RunTimeError& error) {

@@ -8,7 +8,6 @@
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
-#include "records/count_text.h"
 #include "records/record_lines.h"
 
 namespace davo {

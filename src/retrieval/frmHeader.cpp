@@ -279,8 +279,8 @@ bool frmHeader::MaySave(const HeaderBoxes& fields) {
             ReadBackText(fields.at(i), key, kHeaderKeys.at(static_cast<std::size_t>(*readBack)));
     }
     return question.isEmpty() ||
-           prompts_.YesNo(question + QStringLiteral("Do you want to save the header all the same?"),
-                          Answer::No) == Answer::Yes;
+           prompts_.Agrees(question +
+                           QStringLiteral("Do you want to save the header all the same?"));
 }
 
 void frmHeader::cmdSave_Click() {
@@ -361,10 +361,7 @@ void frmHeader::UploadSlots() {
     Converse([this] {
         PackShownSlot();
         ShowState();
-        if (!slotsRead_ &&
-            prompts_.YesNo(QLatin1String(kUnreadQuestion), Answer::No) != Answer::Yes) {
-            return;
-        }
+        if (!slotsRead_ && !prompts_.Agrees(QLatin1String(kUnreadQuestion))) return;
         pbarProgress_->setValue(0);
         pbarProgress_->show();
         const UploadResult result = exchange_->Upload(targets_->slots);
@@ -427,7 +424,7 @@ bool frmHeader::MayLeave() {
         return false;
     }
     const QScopedValueRollback asking(asking_, true);
-    return prompts_.YesNo(QLatin1String(kLeaveQuestion), Answer::No) == Answer::Yes;
+    return prompts_.Agrees(QLatin1String(kLeaveQuestion));
 }
 
 }  // namespace davo

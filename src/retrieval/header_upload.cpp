@@ -102,9 +102,7 @@ bool HeaderExchange::MakeReady() {
 // what the instrument waits for. Anything else with that letter in it is noise.
 bool HeaderExchange::MayFinishUpload(const std::string& reply) {
     if (broken_) return true;
-    if (reply == kReadyCommand) {
-        return prompts_.YesNo(QLatin1String(kFinishQuestion), Answer::No) == Answer::Yes;
-    }
+    if (reply == kReadyCommand) return prompts_.Agrees(QLatin1String(kFinishQuestion));
     prompts_.Message(QLatin1String(kNotReadyMessage));
     return false;
 }

@@ -286,8 +286,7 @@ std::string RecordDownload::ByScratchFile(const std::string& reply) const {
 bool RecordDownload::MayWriteInPart(const std::string& name, const QString& remark) {
     // That a whole record may replace the file was asked before.
     return !FileExists(PathOf(name)) ||
-           prompts_.YesNo(QString(QLatin1String(kNotWholeQuestion)).arg(remark), Answer::No) ==
-               Answer::Yes;
+           prompts_.Agrees(QString(QLatin1String(kNotWholeQuestion)).arg(remark));
 }
 
 // With the number of the entries that are there already: whenever the download ends, the file can

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "records/count_text.h"
+#include "records/record_lines.h"
 
 #include "common/numbers.h"
 #include "records/record_image.h"
