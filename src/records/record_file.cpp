@@ -33,29 +33,188 @@ class RecordFileReader {
         Advance();
     }
 
-    TestRecordFile Read();
+    TestRecordFile Read() {
+        while (!atEnd_) {
+            if (StartsWith(kRecordKey) && file_.records.size() == mostRecords_) {
+                CountTheRest();
+                break;
+            }
+            if (StartsWith(kTestNumberKey)) {
+                ReadHeader();
+            } else if (StartsWith(kRecordKey)) {
+                ReadRecord();
+            } else if (line_ == kNotesKey) {
+                ReadNotes();
+            } else if (TrimBlanks(line_).empty()) {
+                Advance();
+            } else {
+                Fail(ErrorNumber::TypeMismatch);
+            }
+        }
+        return std::move(file_);
+    }
 
   private:
-    void Advance();
-    bool StartsWith(std::string_view key) const { return !atEnd_ && line_.starts_with(key); }
-    bool AtBlockStart() const;
-    bool AtHeader() const;
-    bool AtKnownKey() const;
-    [[noreturn]] void Fail(ErrorNumber number) const;
-    double NumberFrom(std::string_view text) const;
-    std::string Behind(std::string_view key);
-    std::string Take(std::string_view key);
-    void TakePieces(std::string& text);
-    void Clean(std::string& text);
+    void Advance() {
+        lineStart_ = lines_.Offset();
+        atEnd_ = !lines_.Next(line_);
+        ++lineNumber_;
+    }
 
-    void ReadHeader();
-    void TakeHeaderText(std::string_view key, std::string& text);
-    void ReadRecord();
-    void TakeOptional(std::string_view key, std::string& text);
-    void ReadPoints(TestRecord& record);
-    void ReadResults(TestRecord& record);
-    void ReadNotes();
-    void CountTheRest();
+    bool StartsWith(std::string_view key) const { return !atEnd_ && line_.starts_with(key); }
+
+    // A header, a record or the notes begin here, or the file ends.
+    bool AtBlockStart() const {
+        return atEnd_ || StartsWith(kTestNumberKey) || StartsWith(kRecordKey) || line_ == kNotesKey;
+    }
+
+    // A line of the notes may look like the first of a header; the two first together do not occur.
+    bool AtHeader() const {
+        if (!StartsWith(kTestNumberKey)) return false;
+        LineCursor ahead = lines_;
+        std::string_view next;
+        return ahead.Next(next) && next.starts_with(kDateKey);
+    }
+
+    bool AtKnownKey() const {
+        static constexpr std::array kKeys = {kDateKey,
+                                             kTimeKey,
+                                             kShotsKey,
+                                             kDescriptionKey,
+                                             kTestNotesKey,
+                                             kCurrentKey,
+                                             WithoutColon(kPointCountKey)};
+        const auto isHere = [this](std::string_view key) { return StartsWith(key); };
+        if (AtBlockStart() || std::ranges::any_of(kKeys, isHere)) return true;
+        for (std::size_t i = 0; i < kHeaderKeys.size(); ++i) {
+            if (StartsWith(HeaderKey(i))) return true;
+        }
+        return false;
+    }
+
+    [[noreturn]] void Fail(ErrorNumber number) const {
+        throw RunTimeError(number, "line " + std::to_string(lineNumber_));
+    }
+
+    double NumberFrom(std::string_view text) const {
+        const std::optional<double> number = WholeNumericValue(text);
+        if (!number) Fail(ErrorNumber::TypeMismatch);
+        return *number;
+    }
+
+    // The text of the line in hand behind its key.
+    std::string Behind(std::string_view key) {
+        std::string_view value = Middle(line_, key.size());
+        if (value.starts_with(' ')) value.remove_prefix(1);
+        std::string text = isGroup_ ? TrimBlanks(value) : std::string(value);
+        Clean(text);
+        return text;
+    }
+
+    // A workbook cannot hold them; lines and tabs are of the notes.
+    void Clean(std::string& text) { file_.controls += ReplaceControls(text, "\t\r\n"); }
+
+    // The same of a line that must have this key. Goes to the next line.
+    std::string Take(std::string_view key) {
+        if (atEnd_) Fail(ErrorNumber::InputPastEnd);
+        if (!StartsWith(key)) Fail(ErrorNumber::TypeMismatch);
+        std::string value = Behind(key);
+        Advance();
+        return value;
+    }
+
+    // What a comma cut off the text before: the lines up to the next that begins with a known key.
+    void TakePieces(std::string& text) {
+        while (isGroup_ && !AtKnownKey()) {
+            std::string piece(line_);
+            Clean(piece);
+            text += ", ";
+            text += piece;
+            Advance();
+        }
+    }
+
+    void TakeHeaderText(std::string_view key, std::string& text) {
+        // Pieces behind a comma take the place of a group file's last header lines.
+        if (isGroup_ && AtBlockStart()) return;
+        text = Take(key);
+    }
+
+    void ReadHeader() {
+        RecordFileHeader& header = file_.headers.emplace_back();
+        header.testNumber = Take(kTestNumberKey);
+        TakePieces(header.testNumber);
+        TakeHeaderText(kDateKey, header.date);
+        TakeHeaderText(kTimeKey, header.time);
+        TakeHeaderText(kShotsKey, header.shots);
+        for (std::size_t i = 0; i < header.fields.size(); ++i) {
+            TakeHeaderText(HeaderKey(i), header.fields.at(i));
+            TakePieces(header.fields.at(i));
+        }
+    }
+
+    void TakeOptional(std::string_view key, std::string& text) {
+        if (!StartsWith(key)) return;
+        text = Take(key);
+        TakePieces(text);
+    }
+
+    void ReadRecord() {
+        if (file_.headers.empty()) Fail(ErrorNumber::TypeMismatch);
+        TestRecord& record = file_.records.emplace_back();
+        record.header = file_.headers.size() - 1;
+        record.recordNumber = TrimBlanks(Take(kRecordKey));
+        NumberFrom(record.recordNumber);
+        TakeOptional(kDescriptionKey, record.testDescription);
+        TakeOptional(kTestNotesKey, record.testNotes);
+        ReadPoints(record);
+        ReadResults(record);
+    }
+
+    void ReadPoints(TestRecord& record) {
+        constexpr std::string_view kColon = ": ";
+        constexpr std::size_t kCountWidth = 2;
+        for (; !Contains(line_, WithoutColon(kPointCountKey)); Advance()) {
+            if (atEnd_) Fail(ErrorNumber::InputPastEnd);
+            const std::size_t colon = line_.find(kColon);
+            const std::size_t current = colon + kColon.size();
+            const std::size_t voltage =
+                colon == std::string_view::npos ? colon : line_.find(kVoltageKey, current);
+            if (voltage == std::string_view::npos) Fail(ErrorNumber::TypeMismatch);
+            record.points.push_back({NumberFrom(line_.substr(current, voltage - current)),
+                                     NumberFrom(line_.substr(voltage + kVoltageKey.size()))});
+        }
+        record.dataPointCount = ToInteger16(NumericValue(line_.substr(line_.size() - kCountWidth)));
+        Advance();
+    }
+
+    void ReadResults(TestRecord& record) {
+        for (const auto& [key, text] : kResultLines) {
+            if (key != kKneeTypeKey) record.*text = Take(key);
+        }
+        while (!StartsWith(WithoutColon(kKneeTypeKey))) {
+            if (atEnd_) Fail(ErrorNumber::InputPastEnd);
+            if (AtBlockStart()) Fail(ErrorNumber::TypeMismatch);
+            Advance();
+        }
+        record.kneePointType = Behind(kKneeTypeKey);
+        Advance();
+    }
+
+    void ReadNotes() {
+        Advance();
+        const std::size_t begin = lineStart_;
+        while (!atEnd_ && !(isGroup_ && AtHeader()))
+            Advance();
+        Clean(file_.notes.emplace_back(bytes_.substr(begin, lineStart_ - begin)));
+    }
+
+    // The records that are not read, up to the notes.
+    void CountTheRest() {
+        for (; !atEnd_ && line_ != kNotesKey; Advance()) {
+            if (StartsWith(kRecordKey)) ++file_.recordsLeft;
+        }
+    }
 
     std::string_view bytes_;
     bool isGroup_;
@@ -67,188 +226,6 @@ class RecordFileReader {
     bool atEnd_ = false;
     TestRecordFile file_;
 };
-
-void RecordFileReader::Advance() {
-    lineStart_ = lines_.Offset();
-    atEnd_ = !lines_.Next(line_);
-    ++lineNumber_;
-}
-
-// A header, a record or the notes begin here, or the file ends.
-bool RecordFileReader::AtBlockStart() const {
-    return atEnd_ || StartsWith(kTestNumberKey) || StartsWith(kRecordKey) || line_ == kNotesKey;
-}
-
-// A line of the notes may look like the first of a header; the two first together do not occur.
-bool RecordFileReader::AtHeader() const {
-    if (!StartsWith(kTestNumberKey)) return false;
-    LineCursor ahead = lines_;
-    std::string_view next;
-    return ahead.Next(next) && next.starts_with(kDateKey);
-}
-
-bool RecordFileReader::AtKnownKey() const {
-    static constexpr std::array kKeys = {kDateKey,
-                                         kTimeKey,
-                                         kShotsKey,
-                                         kDescriptionKey,
-                                         kTestNotesKey,
-                                         kCurrentKey,
-                                         WithoutColon(kPointCountKey)};
-    const auto isHere = [this](std::string_view key) { return StartsWith(key); };
-    if (AtBlockStart() || std::any_of(kKeys.begin(), kKeys.end(), isHere)) return true;
-    for (std::size_t i = 0; i < kHeaderKeys.size(); ++i) {
-        if (StartsWith(HeaderKey(i))) return true;
-    }
-    return false;
-}
-
-void RecordFileReader::Fail(ErrorNumber number) const {
-    throw RunTimeError(number, "line " + std::to_string(lineNumber_));
-}
-
-double RecordFileReader::NumberFrom(std::string_view text) const {
-    const std::optional<double> number = WholeNumericValue(text);
-    if (!number) Fail(ErrorNumber::TypeMismatch);
-    return *number;
-}
-
-// The text of the line in hand behind its key.
-std::string RecordFileReader::Behind(std::string_view key) {
-    std::string_view value = Middle(line_, key.size());
-    if (value.starts_with(' ')) value.remove_prefix(1);
-    std::string text = isGroup_ ? TrimBlanks(value) : std::string(value);
-    Clean(text);
-    return text;
-}
-
-// A workbook cannot hold them; lines and tabs are of the notes.
-void RecordFileReader::Clean(std::string& text) {
-    file_.controls += ReplaceControls(text, "\t\r\n");
-}
-
-// The same of a line that must have this key. Goes to the next line.
-std::string RecordFileReader::Take(std::string_view key) {
-    if (atEnd_) Fail(ErrorNumber::InputPastEnd);
-    if (!StartsWith(key)) Fail(ErrorNumber::TypeMismatch);
-    std::string value = Behind(key);
-    Advance();
-    return value;
-}
-
-// What a comma cut off the text before: the lines up to the next that begins with a known key.
-void RecordFileReader::TakePieces(std::string& text) {
-    while (isGroup_ && !AtKnownKey()) {
-        std::string piece(line_);
-        Clean(piece);
-        text += ", ";
-        text += piece;
-        Advance();
-    }
-}
-
-void RecordFileReader::TakeHeaderText(std::string_view key, std::string& text) {
-    // Pieces behind a comma take the place of a group file's last header lines.
-    if (isGroup_ && AtBlockStart()) return;
-    text = Take(key);
-}
-
-void RecordFileReader::ReadHeader() {
-    RecordFileHeader& header = file_.headers.emplace_back();
-    header.testNumber = Take(kTestNumberKey);
-    TakePieces(header.testNumber);
-    TakeHeaderText(kDateKey, header.date);
-    TakeHeaderText(kTimeKey, header.time);
-    TakeHeaderText(kShotsKey, header.shots);
-    for (std::size_t i = 0; i < header.fields.size(); ++i) {
-        TakeHeaderText(HeaderKey(i), header.fields.at(i));
-        TakePieces(header.fields.at(i));
-    }
-}
-
-void RecordFileReader::TakeOptional(std::string_view key, std::string& text) {
-    if (!StartsWith(key)) return;
-    text = Take(key);
-    TakePieces(text);
-}
-
-void RecordFileReader::ReadRecord() {
-    if (file_.headers.empty()) Fail(ErrorNumber::TypeMismatch);
-    TestRecord& record = file_.records.emplace_back();
-    record.header = file_.headers.size() - 1;
-    record.recordNumber = TrimBlanks(Take(kRecordKey));
-    NumberFrom(record.recordNumber);
-    TakeOptional(kDescriptionKey, record.testDescription);
-    TakeOptional(kTestNotesKey, record.testNotes);
-    ReadPoints(record);
-    ReadResults(record);
-}
-
-void RecordFileReader::ReadPoints(TestRecord& record) {
-    constexpr std::string_view kColon = ": ";
-    constexpr std::size_t kCountWidth = 2;
-    for (; !Contains(line_, WithoutColon(kPointCountKey)); Advance()) {
-        if (atEnd_) Fail(ErrorNumber::InputPastEnd);
-        const std::size_t colon = line_.find(kColon);
-        const std::size_t current = colon + kColon.size();
-        const std::size_t voltage =
-            colon == std::string_view::npos ? colon : line_.find(kVoltageKey, current);
-        if (voltage == std::string_view::npos) Fail(ErrorNumber::TypeMismatch);
-        record.points.push_back({NumberFrom(line_.substr(current, voltage - current)),
-                                 NumberFrom(line_.substr(voltage + kVoltageKey.size()))});
-    }
-    record.dataPointCount = ToInteger16(NumericValue(line_.substr(line_.size() - kCountWidth)));
-    Advance();
-}
-
-void RecordFileReader::ReadResults(TestRecord& record) {
-    for (const auto& [key, text] : kResultLines) {
-        if (key != kKneeTypeKey) record.*text = Take(key);
-    }
-    while (!StartsWith(WithoutColon(kKneeTypeKey))) {
-        if (atEnd_) Fail(ErrorNumber::InputPastEnd);
-        if (AtBlockStart()) Fail(ErrorNumber::TypeMismatch);
-        Advance();
-    }
-    record.kneePointType = Behind(kKneeTypeKey);
-    Advance();
-}
-
-void RecordFileReader::ReadNotes() {
-    Advance();
-    const std::size_t begin = lineStart_;
-    while (!atEnd_ && !(isGroup_ && AtHeader()))
-        Advance();
-    Clean(file_.notes.emplace_back(bytes_.substr(begin, lineStart_ - begin)));
-}
-
-// The records that are not read, up to the notes.
-void RecordFileReader::CountTheRest() {
-    for (; !atEnd_ && line_ != kNotesKey; Advance()) {
-        if (StartsWith(kRecordKey)) ++file_.recordsLeft;
-    }
-}
-
-TestRecordFile RecordFileReader::Read() {
-    while (!atEnd_) {
-        if (StartsWith(kRecordKey) && file_.records.size() == mostRecords_) {
-            CountTheRest();
-            break;
-        }
-        if (StartsWith(kTestNumberKey)) {
-            ReadHeader();
-        } else if (StartsWith(kRecordKey)) {
-            ReadRecord();
-        } else if (line_ == kNotesKey) {
-            ReadNotes();
-        } else if (TrimBlanks(line_).empty()) {
-            Advance();
-        } else {
-            Fail(ErrorNumber::TypeMismatch);
-        }
-    }
-    return std::move(file_);
-}
 
 }  // namespace
 
