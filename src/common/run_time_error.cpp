@@ -1,36 +1,31 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/run_time_error.h"
 
-#include <array>
+#include <utility>
 
 namespace davo {
 
 namespace {
 
-struct NumberAndText {
-    ErrorNumber number;
-    const char* text;
-};
-
-constexpr std::array kTexts = {
-    NumberAndText{ErrorNumber::Overflow, "Overflow"},
-    NumberAndText{ErrorNumber::SubscriptOutOfRange, "Subscript out of range"},
-    NumberAndText{ErrorNumber::DivisionByZero, "Division by zero"},
-    NumberAndText{ErrorNumber::TypeMismatch, "Type mismatch"},
-    NumberAndText{ErrorNumber::BadFileNameOrNumber, "Bad file name or number"},
-    NumberAndText{ErrorNumber::FileNotFound, "File not found"},
-    NumberAndText{ErrorNumber::FileAlreadyOpen, "File already open"},
-    NumberAndText{ErrorNumber::DeviceInputOutput, "Device I/O error"},
-    NumberAndText{ErrorNumber::FileAlreadyExists, "File already exists"},
-    NumberAndText{ErrorNumber::DiskFull, "Disk full"},
-    NumberAndText{ErrorNumber::InputPastEnd, "Input past end of file"},
-    NumberAndText{ErrorNumber::PermissionDenied, "Permission denied"},
-    NumberAndText{ErrorNumber::PathFileAccess, "Path/File access error"},
-    NumberAndText{ErrorNumber::PathNotFound, "Path not found"},
-    NumberAndText{ErrorNumber::CannotCreateObject, "ActiveX component can't create object"},
-    NumberAndText{ErrorNumber::Automation, "Automation error"},
-    NumberAndText{ErrorNumber::InvalidPortNumber, "Invalid port number"},
-    NumberAndText{ErrorNumber::PortAlreadyOpen, "Port already open"},
+constexpr std::pair<ErrorNumber, const char*> kTexts[] = {
+    {ErrorNumber::Overflow, "Overflow"},
+    {ErrorNumber::SubscriptOutOfRange, "Subscript out of range"},
+    {ErrorNumber::DivisionByZero, "Division by zero"},
+    {ErrorNumber::TypeMismatch, "Type mismatch"},
+    {ErrorNumber::BadFileNameOrNumber, "Bad file name or number"},
+    {ErrorNumber::FileNotFound, "File not found"},
+    {ErrorNumber::FileAlreadyOpen, "File already open"},
+    {ErrorNumber::DeviceInputOutput, "Device I/O error"},
+    {ErrorNumber::FileAlreadyExists, "File already exists"},
+    {ErrorNumber::DiskFull, "Disk full"},
+    {ErrorNumber::InputPastEnd, "Input past end of file"},
+    {ErrorNumber::PermissionDenied, "Permission denied"},
+    {ErrorNumber::PathFileAccess, "Path/File access error"},
+    {ErrorNumber::PathNotFound, "Path not found"},
+    {ErrorNumber::CannotCreateObject, "ActiveX component can't create object"},
+    {ErrorNumber::Automation, "Automation error"},
+    {ErrorNumber::InvalidPortNumber, "Invalid port number"},
+    {ErrorNumber::PortAlreadyOpen, "Port already open"},
 };
 
 }  // namespace

@@ -26,13 +26,13 @@ constexpr const char* kDataRule = R"(\Shots_Data\)";
 constexpr const char* kExcelRule = R"(\Shots_Excel\)";
 
 QString ReadText(const SettingsStore& store, const Key& key) {
-    return store.Read(QString::fromLatin1(key.application), QString::fromLatin1(key.section),
-                      QString::fromLatin1(key.value));
+    return store.Read(QLatin1String(key.application), QLatin1String(key.section),
+                      QLatin1String(key.value));
 }
 
 void WriteText(SettingsStore& store, const Key& key, const QString& text) {
-    store.Write(QString::fromLatin1(key.application), QString::fromLatin1(key.section),
-                QString::fromLatin1(key.value), text);
+    store.Write(QLatin1String(key.application), QLatin1String(key.section),
+                QLatin1String(key.value), text);
 }
 
 // The spellings that end in "Mode" are older ones: read, never written.

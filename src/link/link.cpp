@@ -40,26 +40,6 @@ std::optional<std::string> ModelIn(std::string_view reply) {
 
 }  // namespace
 
-// The wait under way, for as long as it lives.
-class Link::Waiting {
-  public:
-    Waiting(Link& link, std::string_view command, std::string_view expectedReply) : link_(link) {
-        link_.endWait_ = false;
-        link_.awake_ = false;
-        link_.wait_ = WaitUnderWay{std::string(command), std::string(expectedReply),
-                                   std::chrono::steady_clock::now()};
-        if (link_.OnWaitChanged) link_.OnWaitChanged();
-    }
-    ~Waiting() {
-        link_.wait_.reset();
-        if (link_.OnWaitChanged) link_.OnWaitChanged();
-    }
-    Q_DISABLE_COPY_MOVE(Waiting)
-
-  private:
-    Link& link_;
-};
-
 // Characters on their way one at a time. Works from whatever event loop runs, that of a question
 // on the screen too: an instrument that waits for the rest of an upload takes nothing else.
 class Link::Pacing {
@@ -175,7 +155,14 @@ std::string Link::Wait(std::string_view command, std::string_view expectedReply,
     std::string reply;
     {
         const auto busy = ShowBusy(pointer_);
-        const Waiting waiting(*this, command, expectedReply);
+        endWait_ = awake_ = false;
+        wait_ = WaitUnderWay{std::string(command), std::string(expectedReply),
+                             std::chrono::steady_clock::now()};
+        if (OnWaitChanged) OnWaitChanged();
+        const auto ended = qScopeGuard([this] {
+            wait_.reset();
+            if (OnWaitChanged) OnWaitChanged();
+        });
         if (!command.empty()) port_.Output(command);
         reply = await();
     }

@@ -137,7 +137,6 @@ class Link {
     static QString LostMessage();
 
   private:
-    class Waiting;
     class Pacing;
 
     void PortEvent(CommEvent event);

@@ -86,10 +86,9 @@ void LiveCurve::ReadText() {
 
 void LiveCurve::AddReading(CurvePoint reading) {
     if (readings_.size() >= kMostLiveReadings) {
-        std::vector<CurvePoint> thinned;
-        for (std::size_t i = 0; i < readings_.size(); i += 2)
-            thinned.push_back(readings_[i]);
-        readings_ = std::move(thinned);
+        for (std::size_t i = 0; 2 * i < readings_.size(); ++i)
+            readings_[i] = readings_[2 * i];
+        readings_.resize((readings_.size() + 1) / 2);
         rebuild_ = true;
     }
     readings_.push_back(reading);
