@@ -7,7 +7,6 @@
 #include <QSignalBlocker>
 #include <QStringList>
 #include <algorithm>
-#include <array>
 
 #include "common/text.h"
 #include "reports/record_texts.h"
@@ -20,8 +19,6 @@ namespace {
 constexpr int kCellRoom = 5;
 constexpr double kResultGrowth = 1.1;
 constexpr int kLeastRows = 3;
-
-constexpr std::array kResultRows = {"Ratio", "Nameplate", "Error", "Polarity", "Phase"};
 
 // With all columns in sight.
 int WholeWidth(const QTableWidget& table) {
@@ -41,9 +38,8 @@ ResultsTable::ResultsTable(QWidget* parent) : QTableWidget(parent) {
     Enlarge(this, kResultGrowth);
     for (QHeaderView* header : {horizontalHeader(), verticalHeader()})
         header->setFont(font());
-    QStringList rows;
-    for (const char* row : kResultRows)
-        rows += QLatin1String(row);
+    QStringList rows{QStringLiteral("Ratio"), QStringLiteral("Nameplate"), QStringLiteral("Error"),
+                     QStringLiteral("Polarity"), QStringLiteral("Phase")};
     // Those of the chosen test are on the chart, too.
     for (const KneeRule rule : kRuleRows)
         rows << KneeWord(rule) << QStringLiteral("smooth");

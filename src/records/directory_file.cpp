@@ -119,22 +119,17 @@ FolderSummary SummariseFolder(const QString& dataPath, const std::vector<QString
     return folder;
 }
 
-void WriteDirectoryFile(const QString& path, const std::vector<std::string>& entries) {
-    const std::string bytes = DirectoryFileText(entries);
-    // Most rebuilds find the folder as it was; waiting for the disk would be their longest part.
-    if (FileExists(path) && ReadWholeFile(path) == bytes) return;
-    ReplaceFile(path, bytes);
-}
-
 // Why "DIRDNLD.DNL" does not say what is listed; empty when it does.
 QString SaveEntries(const QString& dataPath, const std::vector<std::string>& entries) {
     const QString path = DirectoryFilePath(dataPath);
+    const std::string bytes = DirectoryFileText(entries);
     try {
-        if (!entries.empty()) {
-            WriteDirectoryFile(path, entries);
-        } else if (FileExists(path)) {
-            DeleteFile(path);
-        }
+        const bool isThere = FileExists(path);
+        // Most rebuilds find the folder as it was; waiting for the disk would be their longest
+        // part.
+        const bool saysSo = isThere && !entries.empty() && ReadWholeFile(path) == bytes;
+        if (!entries.empty() && !saysSo) ReplaceFile(path, bytes);
+        if (entries.empty() && isThere) DeleteFile(path);
     } catch (const RunTimeError& error) {
         return Words(error);
     }

@@ -110,26 +110,6 @@ void PutTest(std::string& lines, int number, std::string_view block) {
     PutRecordLine(lines, kKneeTypeKey, KneePointTypeText(image.kneeTypeCode));
 }
 
-// The values of an entry's keys, asked in the order in which the entry has them, so that a key's
-// name inside an earlier value is passed over.
-class EntryValues {
-  public:
-    explicit EntryValues(std::string_view entry) : entry_(entry) {}
-
-    std::string_view After(std::string_view key, std::size_t width) {
-        std::size_t found = entry_.find(key, at_);
-        // A short value before it: the key stands closer.
-        if (found == std::string_view::npos) found = entry_.find(key);
-        if (found == std::string_view::npos) return {};
-        at_ = std::min(found + key.size() + width, entry_.size());
-        return Middle(entry_, found + key.size(), width);
-    }
-
-  private:
-    std::string_view entry_;
-    std::size_t at_ = 0;
-};
-
 }  // namespace
 
 std::string RecordHeaderLines(std::string_view entry, std::string_view testName) {
@@ -139,13 +119,22 @@ std::string RecordHeaderLines(std::string_view entry, std::string_view testName)
     PutRecordLine(lines, kTestNumberKey, testName);
     PutRecordLine(lines, kDateKey, Middle(entry, mark + 1, 8));
     PutRecordLine(lines, kTimeKey, Middle(entry, mark + 10, 5));
-    EntryValues values(entry.substr(mark));
-    PutRecordLine(lines, kShotsKey, values.After("TESTS=", 2));
+    // The keys are asked in the order in which the entry has them, so that a key's name inside an
+    // earlier value is passed over; behind a short value the key stands closer.
+    std::size_t at = mark;
+    const auto after = [&](std::string_view key, std::size_t width) {
+        std::size_t found = entry.find(key, at);
+        if (found == std::string_view::npos) found = entry.find(key, mark);
+        if (found == std::string_view::npos) return std::string_view();
+        at = std::min(found + key.size() + width, entry.size());
+        return Middle(entry, found + key.size(), width);
+    };
+    PutRecordLine(lines, kShotsKey, after("TESTS=", 2));
     // An entry has the operator before the comments.
     constexpr std::array<std::size_t, kHeaderFieldCount> kOrder = {0, 1, 2, 3, 4, 5, 7, 6};
     std::array<std::string_view, kHeaderFieldCount> fields;
     for (const std::size_t i : kOrder)
-        fields.at(i) = values.After(std::string(kHeaderKeys.at(i)) + "=", kWidth);
+        fields.at(i) = after(std::string(kHeaderKeys.at(i)) + "=", kWidth);
     for (std::size_t i = 0; i < fields.size(); ++i)
         PutRecordLine(lines, std::string(kHeaderKeys.at(i)) + ":", fields.at(i));
     return lines;
