@@ -154,8 +154,10 @@ std::vector<int> RecordList::SelectedRows() const {
 
 std::vector<QString> RecordList::SelectedFiles() const {
     std::vector<QString> files;
-    for (const int row : SelectedRows())
-        files.push_back(files_.at(static_cast<std::size_t>(row)));
+    for (const int row : SelectedRows()) {
+        if (std::cmp_less(row, files_.size()))
+            files.push_back(files_[static_cast<std::size_t>(row)]);
+    }
     return files;
 }
 

@@ -32,7 +32,7 @@ class RecordList : public QTreeWidget {
     // The indices of the selected rows among those filled in, from 0 and upwards.
     std::vector<int> SelectedRows() const;
     QTreeWidgetItem* ItemOf(int row) const;
-    // The files of the selected rows.
+    // The files of the selected rows; none for those that have no file.
     std::vector<QString> SelectedFiles() const;
     // Selects the rows of these files, as far as they are there, and no other.
     void SelectFiles(const std::vector<QString>& files);

@@ -175,5 +175,29 @@ TEST_F(Lists, AreNotSortedWhereTheWindowHasOptionsForIt) {
     EXPECT_THAT(Names(), ElementsAre("beta", "Alpha", "gamma"));
 }
 
+TEST_F(Lists, KnowTheFilesOfTheirRowsInEveryOrder) {
+    DirectoryTables tables;
+    tables.dirEntries = {"b!03/01/24", "a!02/01/24", "c!01/01/24"};
+    tables.dirFileNames = {u"b.txt"_s, u"a.b.txt"_s, u"c.TXT"_s};
+    records->SortByHeadings();
+    records->Fill(tables, 3);
+    Show();
+    ClickHeading(0);
+    EXPECT_THAT(Names(), ElementsAre("a", "b", "c"));
+    records->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    records->SelectFiles({u"c.TXT"_s, u"gone.txt"_s, u"a.b.txt"_s});
+    EXPECT_THAT(records->SelectedRows(), ElementsAre(1, 2));
+    EXPECT_THAT(records->SelectedFiles(), ElementsAre(u"a.b.txt"_s, u"c.TXT"_s));
+    records->SelectFiles({});
+    EXPECT_THAT(records->SelectedFiles(), IsEmpty());
+    // Those of an instrument's memory have none.
+    tables.recordsFromInstrument = true;
+    tables.dirEntriesNew = {"m!03/01/24"};
+    records->Fill(tables, 1);
+    records->topLevelItem(0)->setSelected(true);
+    EXPECT_THAT(records->SelectedRows(), ElementsAre(0));
+    EXPECT_THAT(records->SelectedFiles(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace davo::test
