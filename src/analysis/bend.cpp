@@ -8,25 +8,32 @@ namespace davo {
 
 namespace {
 
-// The logistic function, its integral and its derivative.
+// A function that turns from 0 to 1, its integral and its derivative.
 struct Turn {
-    explicit Turn(double t) {
-        const double e = std::exp(-std::abs(t));
-        share = (t > 0 ? 1 : e) / (1 + e);
-        sum = std::max(t, 0.0) + std::log1p(e);
-        rise = share * (1 - share);
-    }
     double share = 0;
     double sum = 0;
     double rise = 0;
 };
+
+Turn LogisticTurn(double t) {
+    const double e = std::exp(-std::abs(t));
+    const double share = (t > 0 ? 1 : e) / (1 + e);
+    return {share, std::max(t, 0.0) + std::log1p(e), share * (1 - share)};
+}
+
+// 1 - l(-t)^4, of the logistic function l: at its end four times as fast as at its beginning.
+Turn AbruptTurn(double t) {
+    const auto [share, sum, rise] = LogisticTurn(-t);
+    const double cube = share * share * share;
+    return {1 - cube * share, t + sum - share - share * share / 2 - cube / 3, 4 * cube * rise};
+}
 
 // x is ln I from the first point on.
 BendTerm PlainAt(const Bend& bend, double x, double lnI) {
     const auto& [level, steep, flat, place, lnWidth] = bend.part;
     const double width = std::exp(lnWidth);
     const double t = (lnI - place) / width;
-    const Turn turn(t);
+    const Turn turn = bend.shape == Bend::Shape::Abrupt ? AbruptTurn(t) : LogisticTurn(t);
     const double change = steep - flat;
     const double sum = width * turn.sum;
     const double rise = change * turn.rise;
@@ -46,7 +53,7 @@ BendTerm TurnedAt(const Bend& bend, double x) {
     const double change = high - low;
     double v = level + x / low;
     if (change > 0) v = std::min(v, (x + level * low + change * place) / high);
-    Turn turn((v - place) / width);
+    Turn turn = LogisticTurn((v - place) / width);
     constexpr int kMostSteps = 30;
     constexpr double kNear = 1e-4;  // the next step is its third power
     for (int step = 0; step < kMostSteps; ++step) {
@@ -55,7 +62,7 @@ BendTerm TurnedAt(const Bend& bend, double x) {
         const double curved = newton * change * turn.rise / width / by / 2;
         const double off = newton / std::max(1 - curved, 0.5);
         v -= off;
-        turn = Turn((v - place) / width);
+        turn = LogisticTurn((v - place) / width);
         if (std::abs(off) < kNear * width) break;
     }
     const double t = (v - place) / width;
@@ -74,25 +81,26 @@ BendTerm TurnedAt(const Bend& bend, double x) {
 
 }  // namespace
 
-Bend ExpectedBend(bool isTurned, const std::vector<LogPoint>& points) {
+Bend ExpectedBend(Bend::Shape shape, const std::vector<LogPoint>& points) {
     const LogPoint& first = points.front();
     const LogPoint& last = points.back();
-    if (isTurned) {
+    if (shape == Bend::Shape::Turned) {
         const double place = (first.v + 2 * last.v) / 3;
-        return {true, {first.v, -0.18, 2.6, place, -1.9}};
+        return {shape, {first.v, -0.18, 2.6, place, -1.9}};
     }
-    return {false, {first.v, 1.2, 0.07, first.i + 0.6 * (last.i - first.i), -0.7}};
+    return {shape, {first.v, 1.2, 0.07, first.i + 0.6 * (last.i - first.i), -0.7}};
 }
 
-const Bend::Parts& OpenParts(bool isTurned) {
+const Bend::Parts& OpenParts(Bend::Shape shape) {
     // Above and below, what iron cores have: a rise by 0.02 to 0.3 behind one by 0.9 to 1.7.
     static constexpr Bend::Parts kPlain = {10, 0.5, 0.15, 3, 1};
     static constexpr Bend::Parts kTurned = {10, 0.5, 1, 3, 1};
-    return isTurned ? kTurned : kPlain;
+    return shape == Bend::Shape::Turned ? kTurned : kPlain;
 }
 
 BendTerm BendAt(const Bend& bend, double first, double lnI) {
-    return bend.isTurned ? TurnedAt(bend, lnI - first) : PlainAt(bend, lnI - first, lnI);
+    return bend.shape == Bend::Shape::Turned ? TurnedAt(bend, lnI - first)
+                                             : PlainAt(bend, lnI - first, lnI);
 }
 
 }  // namespace davo

@@ -16,8 +16,7 @@ struct LogPoint {
 };
 
 // The shape that an excitation curve has as a rule: straight below, straight above, and between the
-// two its slope turns from one to the other by a logistic function: that of ln V over ln I, or,
-// turned, that of ln I over ln V, where the current is the sum of two powers of the voltage.
+// two its slope turns from one to the other.
 struct Bend {
     enum Part : std::size_t {
         Level,    // ln V of the lower straight line at the first point
@@ -29,14 +28,20 @@ struct Bend {
     };
     using Parts = std::array<double, kParts>;
 
-    bool isTurned = false;
+    enum class Shape {
+        Logistic,  // by the logistic function: d(ln V) / d(ln I) over ln I
+        Abrupt,    // by one that ends four times as fast as it begins
+        Turned,    // by the logistic function: d(ln I) / d(ln V) over ln V, as the current is where
+                   // it is the sum of two powers of the voltage
+    };
+    Shape shape = Shape::Logistic;
     Parts part{};
 };
 
 // The bend that is expected of points before any is looked at closely, and the standard deviations
 // by which its parts may be others.
-Bend ExpectedBend(bool isTurned, const std::vector<LogPoint>& points);
-const Bend::Parts& OpenParts(bool isTurned);
+Bend ExpectedBend(Bend::Shape shape, const std::vector<LogPoint>& points);
+const Bend::Parts& OpenParts(Bend::Shape shape);
 
 // A bend at one place: ln V and the slope there, and their derivatives by the bend's parts.
 struct BendTerm {

@@ -76,8 +76,8 @@ FittedCurve::BentOff::BentOff(const std::vector<LogPoint>& points, const Bend& i
 FittedCurve::Trial FittedCurve::Try(BentOff left) const {
     Trial trial{std::move(left)};
     const Bend& bend = trial.left.bend;
-    const Bend expected = ExpectedBend(bend.isTurned, points_);
-    const Bend::Parts& open = OpenParts(bend.isTurned);
+    const Bend expected = ExpectedBend(bend.shape, points_);
+    const Bend::Parts& open = OpenParts(bend.shape);
     for (std::size_t k = 0; k < open.size(); ++k)
         trial.misfit += Square((bend.part[k] - expected.part[k]) / open[k]) / 2;
     std::vector<Sides>& sides = trial.left.sides;
@@ -95,8 +95,8 @@ FittedCurve::Trial FittedCurve::Try(BentOff left) const {
 }
 
 FittedCurve::Step FittedCurve::StepFrom(const Trial& trial, double damping) const {
-    const Bend expected = ExpectedBend(trial.left.bend.isTurned, points_);
-    const Bend::Parts& open = OpenParts(trial.left.bend.isTurned);
+    const Bend expected = ExpectedBend(trial.left.bend.shape, points_);
+    const Bend::Parts& open = OpenParts(trial.left.bend.shape);
     Step step;
     auto& lower = step.lower;
     for (std::size_t a = 0; a < Bend::kParts; ++a) {

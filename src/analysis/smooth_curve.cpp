@@ -27,7 +27,7 @@ constexpr double kCoarseAbove = 6.5535;
 // deviation. Curves without scatter are told as well by it, and scatter is not taken for bends.
 constexpr double kUsualScatter = 0.003;
 constexpr std::array kScatters = {0.001, 0.003, 0.006, 0.016};
-constexpr std::array kRoughnesses = {0.0001, 0.001, 0.01, 0.1};
+constexpr std::array kRoughnesses = {0.0003, 0.005, 0.08};
 constexpr CurveKind kFirstKind = {0, 0.002};  // of the search for a bend
 
 // Of how many curves the mean is, at most, and by how much less likely than the likeliest, as a
@@ -49,13 +49,14 @@ struct Found {
     Bend bend;
     double likelihood = std::numeric_limits<double>::lowest();
 };
-Found FirstBend(const std::vector<LogPoint>& points, bool isTurned) {
+Found FirstBend(const std::vector<LogPoint>& points, Bend::Shape shape) {
     const FittedCurve plain(points, kFirstKind);
+    const bool isTurned = shape == Bend::Shape::Turned;
     const double low = isTurned ? points.front().v : points.front().i;
     const double high = isTurned ? points.back().v : points.back().i;
     Found found;
     for (const double place : {0.4, 0.7, 1.0}) {
-        Bend start = ExpectedBend(isTurned, points);
+        Bend start = ExpectedBend(shape, points);
         start.part[Bend::Place] = low + place * (high - low);
         FittedCurve fit = plain;
         constexpr int kSteps = 5;
@@ -95,7 +96,7 @@ void SmoothCurve::LeaveAWrongPointOut() {
     Found best;
     std::size_t wrong = 0;
     for (std::size_t k = 0; k < points_.size(); ++k) {
-        const Found found = FirstBend(Without(points_, k), false);
+        const Found found = FirstBend(Without(points_, k), Bend::Shape::Logistic);
         if (found.likelihood <= best.likelihood) continue;
         best = found;
         wrong = k;
@@ -143,8 +144,10 @@ std::vector<LogPoint> SmoothCurve::RisingPoints(const std::vector<CurvePoint>& p
 }
 
 void SmoothCurve::FitTheLikeliest() {
-    const std::array bends = {FittedCurve::BentOff(points_, FirstBend(points_, false).bend),
-                              FittedCurve::BentOff(points_, FirstBend(points_, true).bend)};
+    std::vector<FittedCurve::BentOff> bends;
+    for (const Bend::Shape shape :
+         {Bend::Shape::Logistic, Bend::Shape::Abrupt, Bend::Shape::Turned})
+        bends.emplace_back(points_, FirstBend(points_, shape).bend);
     struct Candidate {
         CurveKind kind;
         const Bend* bend = nullptr;

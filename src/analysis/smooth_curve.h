@@ -15,7 +15,7 @@ namespace davo {
 //
 // It is the mean of the likeliest curves of several kinds, each by how likely it makes the points
 // (J. A. Hoeting and others, "Bayesian model averaging: a tutorial", Statistical Science 14 (1999),
-// 382-417): bends of two shapes, and more or less rough departures from them (FittedCurve), with
+// 382-417): bends of three shapes, and more or less rough departures from them (FittedCurve), with
 // points that scatter more or less about them. What they leave open, and where they differ from
 // each other, is its standard deviation.
 class SmoothCurve {

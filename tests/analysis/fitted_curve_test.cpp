@@ -3,6 +3,7 @@
 
 #include "analysis/fitted_curve.h"
 
+#include <array>
 #include <cmath>
 #include <random>
 
@@ -19,13 +20,15 @@ double Between(Random& random, double low, double high) {
     return std::uniform_real_distribution<double>(low, high)(random);
 }
 
-Bend AnyBend(bool isTurned, Random& random) {
-    if (isTurned) {
-        return {true,
+constexpr std::array kShapes = {Bend::Shape::Logistic, Bend::Shape::Abrupt, Bend::Shape::Turned};
+
+Bend AnyBend(Bend::Shape shape, Random& random) {
+    if (shape == Bend::Shape::Turned) {
+        return {shape,
                 {Between(random, 0, 3), Between(random, -0.6, 0.2), Between(random, 1, 3.5),
                  Between(random, 2, 6), Between(random, -3, 0)}};
     }
-    return {false,
+    return {shape,
             {Between(random, 0, 3), Between(random, 0.8, 1.8), Between(random, 0, 0.3),
              Between(random, -5, -1), Between(random, -2, 0.5)}};
 }
@@ -35,7 +38,7 @@ TEST(Bend, ItsSlopeAndDerivativesAreThoseOfItsVoltage) {
     constexpr double kFirst = -6;
     constexpr double kStep = 1e-5;
     for (int n = 0; n < 400; ++n) {
-        const Bend bend = AnyBend(n % 2 == 0, random);
+        const Bend bend = AnyBend(kShapes.at(n % 3), random);
         const double i = Between(random, kFirst, 1);
         const BendTerm term = BendAt(bend, kFirst, i);
         const auto derivative = [&](auto&& value) {
@@ -63,7 +66,8 @@ TEST(Bend, ATurnedOneIsTheSumOfTwoPowers) {
     const double low = 0.7;
     const double high = 14;
     const double first = -3;
-    Bend bend{true, {first / low, std::log(low), std::log(high), 0, -std::log(high - low)}};
+    Bend bend{Bend::Shape::Turned,
+              {first / low, std::log(low), std::log(high), 0, -std::log(high - low)}};
     for (const double v : {-3.0, -1.0, -0.1, 0.0, 0.05, 0.3}) {
         const double i = std::log(std::exp(low * v) + std::exp(high * v));
         EXPECT_NEAR(BendAt(bend, first, i).v, v, 1e-9) << v;
@@ -84,13 +88,14 @@ std::vector<LogPoint> PointsOf(const Bend& bend, double scatter, Random& random)
 TEST(FittedCurve, FindsTheBendThatThePointsHave) {
     Random random(test::RandomSeed(20261302));
     for (int n = 0; n < 20; ++n) {
-        const bool isTurned = n % 2 == 0;
-        Bend bend = AnyBend(isTurned, random);
+        const Bend::Shape shape = kShapes.at(n % 3);
+        const bool isTurned = shape == Bend::Shape::Turned;
+        Bend bend = AnyBend(shape, random);
         bend.part[Bend::Place] = isTurned ? 3.5 : -2.5;
         bend.part[Bend::LnWidth] = isTurned ? -1.5 : -0.7;
         const std::vector<LogPoint> points = PointsOf(bend, 0, random);
         FittedCurve curve(points, {0, 0.0005});
-        Bend start = ExpectedBend(isTurned, points);
+        Bend start = ExpectedBend(shape, points);
         start.part[Bend::Place] = bend.part[Bend::Place] + 0.3;
         curve.Fit(start, 30);
         for (const LogPoint& point : points)
@@ -106,7 +111,7 @@ TEST(FittedCurve, SlopesAndVariancesAreThoseOfDifferences) {
     Random random(test::RandomSeed(20261303));
     constexpr double kStep = 1e-4;
     for (int n = 0; n < 40; ++n) {
-        const Bend bend = AnyBend(n % 2 == 0, random);
+        const Bend bend = AnyBend(kShapes.at(n % 3), random);
         const std::vector<LogPoint> points = PointsOf(bend, 0.003, random);
         FittedCurve curve(points, {n % 4 < 2 ? 0.0 : 0.01, 0.003});
         curve.Fit(bend, 8);
@@ -131,7 +136,7 @@ TEST(FittedCurve, ItsDeviationIsThatOfItsErrors) {
     double sum = 0;
     constexpr int kCurves = 400;
     for (int n = 0; n < kCurves; ++n) {
-        Bend bend = AnyBend(false, random);
+        Bend bend = AnyBend(kShapes.at(n % 2), random);
         bend.part[Bend::Place] = -2;
         const std::vector<LogPoint> points = PointsOf(bend, 0.003, random);
         FittedCurve curve(points, {0, 0.003});

@@ -104,11 +104,15 @@ TEST(SmoothKnee, NeedsFourPoints) {
 }
 
 TEST(SmoothKnee, FallingPointsAreScatter) {
-    Points points = Bent(1.2, 0.02, 14);
+    Points points;
+    for (int k = 0; k < 26; ++k) {
+        const double current = 0.003 * std::pow(1.3, k);
+        points.push_back({current, 200 * current / (0.04 + current)});
+    }
     const auto smooth = SmoothOf(KneeRule::Ieee30, points);
     for (std::size_t k = 0; k < points.size(); ++k)
         points[k].voltage *= 1 + (k % 2 == 0 ? 0.004 : -0.004);
-    ASSERT_LT(points[21].voltage, points[20].voltage);
+    ASSERT_LT(points[25].voltage, points[24].voltage);
     const auto scattered = SmoothOf(KneeRule::Ieee30, points);
     ASSERT_TRUE(smooth.has_value());
     ASSERT_TRUE(scattered.has_value());

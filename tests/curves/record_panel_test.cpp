@@ -28,15 +28,15 @@ TEST_F(Panel, ShowsTheFactsOfARecord) {
                       HasSubstr("Operator:"), HasSubstr("Doe")));
     EXPECT_THAT(ColumnOf(panel, 0),
                 ElementsAre("241.20", "240 (1200:5)", "0.50%", "IN PHASE", "IN PHASE, 1.5\u00b0",
-                            "29.9 V, 0.090 A (?)", "31.7 \u00b1 1.1 V", "26.8 V, 0.082 A (?)",
-                            "28.5 \u00b1 1.2 V", "24.1 V, 0.075 A (?)", "34.1 \u00b1 1.7 V"));
+                            "29.9 V, 0.090 A (?)", "31.7 \u00b1 1.2 V", "26.8 V, 0.082 A (?)",
+                            "28.5 \u00b1 1.3 V", "24.1 V, 0.075 A (?)", "34.2 \u00b1 1.8 V"));
     EXPECT_EQ(Doubts(panel),
               "IEEE 30: 29.9 V, 0.090 A. The points are too few or too uneven for this rule: a "
-              "smooth curve through them has its kneepoint at 31.7 \u00b1 1.1 V, 0.0963 A.\n"
+              "smooth curve through them has its kneepoint at 31.7 \u00b1 1.2 V, 0.0964 A.\n"
               "IEEE 45: 26.8 V, 0.082 A. The points are too few or too uneven for this rule: a "
-              "smooth curve through them has its kneepoint at 28.5 \u00b1 1.2 V, 0.0836 A.\n"
+              "smooth curve through them has its kneepoint at 28.5 \u00b1 1.3 V, 0.0835 A.\n"
               "ASA 10/50: 24.1 V, 0.075 A. The points are too few or too uneven for this rule: a "
-              "smooth curve through them has its kneepoint at 34.1 \u00b1 1.7 V, 0.1145 A.");
+              "smooth curve through them has its kneepoint at 34.2 \u00b1 1.8 V, 0.1156 A.");
 }
 
 // The points leave the smooth kneepoint open by more than 10 %.
