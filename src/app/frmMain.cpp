@@ -12,7 +12,6 @@
 #include <QStatusBar>
 #include <QTimer>
 #include <chrono>
-#include <future>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -23,7 +22,6 @@
 #include "app/load_stored.h"
 #include "app/session_cards.h"
 #include "app/window_geometry.h"
-#include "common/files.h"
 #include "common/version.h"
 #include "reports/report_hooks.h"
 #include "retrieval/memory_directory.h"
