@@ -17,6 +17,8 @@
 #include "curves/curve_chart.h"
 #include "curves/results_table.h"
 #include "records/record_name.h"
+#include "reports/page/html.h"
+#include "reports/page/pdf.h"
 #include "reports/record_csv.h"
 #include "reports/record_texts.h"
 #include "ui/form_parts.h"
@@ -154,7 +156,7 @@ QLayout* RecordPanel::BuildButtons() {
         return QStringList();
     });
     add("cmdSavePdf", "Save &as PDF...", ".pdf", [this](const QString& path) {
-        chart_->SavePdf(path);
+        SaveCertificate(path);
         return QStringList();
     });
     add("cmdSaveCsv", "Save CSV &Table...", ".csv",
@@ -360,10 +362,15 @@ QSize RecordPanel::minimumSizeHint() const {
 
 QString RecordPanel::AskForFile(const QString& ending) {
     if (saveFolder_.isEmpty()) saveFolder_ = QFileInfo(wanted_.front().file).absolutePath();
-    QString path = prompts_.SaveFile(saveFolder_, QLatin1Char('*') + ending,
-                                     RecordNameOf(wanted_.front().file) + ending);
+    QString filter = QLatin1Char('*') + ending;
+    // A certificate is also for who reads it on a telephone.
+    const bool isPage = ending == QLatin1String(".pdf");
+    if (isPage) filter += QStringLiteral(";;*.html");
+    QString path =
+        prompts_.SaveFile(saveFolder_, filter, RecordNameOf(wanted_.front().file) + ending);
     if (path.isEmpty()) return {};
-    if (!path.endsWith(ending, Qt::CaseInsensitive)) path += ending;
+    const bool isHtml = isPage && path.endsWith(QLatin1String(".html"), Qt::CaseInsensitive);
+    if (!isHtml && !path.endsWith(ending, Qt::CaseInsensitive)) path += ending;
     saveFolder_ = QFileInfo(path).absolutePath();
     if (!FileExists(path)) return path;
     const QString question =
@@ -387,6 +394,18 @@ void RecordPanel::Save(const QString& ending, const Write& write) {
     } catch (const RunTimeError& error) {
         prompts_.Message(QStringLiteral("The file was not saved. ") +
                          QString::fromUtf8(error.what()));
+    }
+}
+
+void RecordPanel::SaveCertificate(const QString& path) const {
+    std::vector<CertifiedTest> tests;
+    for (const ShownTest& shown : shown_.Tests())
+        tests.push_back({shown_.Records().at(shown.record), shown.test});
+    const Certificate certificate = CertificateOf(tests, KneeRuleOf(marker_));
+    if (path.endsWith(QLatin1String(".html"), Qt::CaseInsensitive)) {
+        ReplaceFile(path, CertificateAsHtml(certificate, UsualPaper()));
+    } else {
+        WriteCertificatePdf(certificate, UsualPaper(), path);
     }
 }
 

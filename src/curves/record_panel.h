@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "common/prompts.h"
@@ -41,6 +42,9 @@ class RecordPanel : public QWidget {
     // Chooses the test of that place among those that are shown, also of records that come a moment
     // later. The choice stays as long as the same records are shown.
     void ChooseTest(std::size_t test);
+
+    // The marker whose kneepoints a certificate marks, as in Settings::kneepointType.
+    void SetMarker(const QString& kneepointType) { marker_ = kneepointType.toStdString(); }
 
     // Whether a button, and Escape, lead back to the list of records.
     void OfferBack(bool on);
@@ -80,6 +84,8 @@ class RecordPanel : public QWidget {
     QString AskForFile(const QString& ending);
     void ShowSaved(const QStringList& said);
     void Save(const QString& ending, const Write& write);
+    // As HTML where path ends so, else as PDF.
+    void SaveCertificate(const QString& path) const;
     QStringList SaveCsv(const QString& path);
 
     Prompts& prompts_;
@@ -92,6 +98,7 @@ class RecordPanel : public QWidget {
     QStringList header_;  // its fields
     bool more_ = false;   // whether all of them are shown
     QString saveFolder_;
+    std::string marker_;
 
     QLabel* lblRecord_ = nullptr;
     QLabel* lblHeader_ = nullptr;

@@ -73,6 +73,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     const double listShare = IsOverlay() ? 1.0 * kListShare / (kListShare + kTestShare) : 1;
     beside_ = new BesideRecords(controls, *lvTest_, listShare, *cmdRecord,
                                 around_.settings.dataPath, around_.prompts, this);
+    beside_->Panel().SetMarker(around_.settings.kneepointType);
     page->Body()->addWidget(beside_);
     Connect();
 }

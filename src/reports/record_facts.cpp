@@ -31,6 +31,13 @@ RecordTest TestOf(const TestRecord& record, std::string_view recordName) {
     test.polarity = TrimBlanks(record.polarity);
     test.phase = PhaseText(record.phaseAngle);
     test.phaseAngle = PhaseDegrees(record.phaseAngle);
+    const auto withoutUnit = [](const std::string& text, std::string_view unit) {
+        return TrimBlanks(std::string_view(text).substr(0, text.find(unit)));
+    };
+    test.excitationVoltage = withoutUnit(record.excitationVoltage, "VOLTS");
+    test.excitationCurrent = withoutUnit(record.excitationCurrent, " AMP");
+    test.description = TrimBlanks(record.testDescription);
+    test.notes = TrimBlanks(record.testNotes);
     return test;
 }
 
@@ -57,6 +64,10 @@ RecordFacts ParseRecordFacts(std::string_view bytes, std::string_view name, std:
         facts.headers.push_back(header.Trimmed());
     for (const TestRecord& record : file.records)
         facts.tests.push_back(TestOf(record, name));
+    for (const std::string& notes : file.notes) {
+        const std::vector<std::string> lines = SplitLines(notes);
+        facts.notes.insert(facts.notes.end(), lines.begin(), lines.end());
+    }
     JudgeTests(facts, 0, judged);
     return facts;
 }

@@ -26,6 +26,10 @@ struct RecordTest {
     std::string polarity;
     std::string phase;
     std::string phaseAngle;  // in degrees, as the record has it: "1.5"; empty where it has none
+    std::string excitationVoltage;  // without its unit
+    std::string excitationCurrent;
+    std::string description;  // what was added to the record later
+    std::string notes;
 };
 
 // A record file: its headers, one as a rule, without padding, and its tests.
@@ -33,8 +37,9 @@ struct RecordFacts {
     std::string name;
     std::vector<RecordFileHeader> headers;
     std::vector<RecordTest> tests;
-    std::size_t testsLeft = 0;  // of the file, beyond kMostFactTests
-    std::size_t controls = 0;   // TestRecordFile::controls
+    std::vector<std::string> notes;  // lines behind "NOTES:"
+    std::size_t testsLeft = 0;       // of the file, beyond kMostFactTests
+    std::size_t controls = 0;        // TestRecordFile::controls
 };
 
 // So many tests of a file are read: more would keep a window from answering.

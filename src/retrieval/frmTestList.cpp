@@ -87,8 +87,10 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     BuildList(column);
     BuildBottom(column);
     if (mode_ == ListMode::Folder) {
-        page->Body()->addWidget(new BesideRecords(
-            controls, *lvTest_, 1, *cmdRecord, around_.settings.dataPath, around_.prompts, this));
+        auto* beside = new BesideRecords(controls, *lvTest_, 1, *cmdRecord,
+                                         around_.settings.dataPath, around_.prompts, this);
+        beside->Panel().SetMarker(around_.settings.kneepointType);
+        page->Body()->addWidget(beside);
     } else {
         cmdRecord->hide();
         page->Body()->addWidget(controls);

@@ -237,6 +237,10 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, co
     dialog->setNameFilter(filter);
     dialog->setDirectory(folder);
     dialog->selectFile(name);
+    QObject::connect(dialog, &QFileDialog::filterSelected, dialog, [dialog](const QString& chosen) {
+        for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
+            line->setText(QFileInfo(line->text()).completeBaseName() + chosen.mid(1));
+    });
     // What is typed takes the place of the name.
     for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
         line->selectAll();

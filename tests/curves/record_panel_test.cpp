@@ -356,7 +356,7 @@ TEST_F(Panel, SavesPictureAndPageAndTable) {
     Press("cmdSavePdf");
     Press("cmdSaveCsv");
     EXPECT_EQ(prompts.shown.at(0), QDir::cleanPath(settings.dataPath) + u"|*.png"_s);
-    EXPECT_TRUE(prompts.shown.at(1).endsWith(u"|*.pdf"_s));
+    EXPECT_TRUE(prompts.shown.at(1).endsWith(u"|*.pdf;;*.html"_s));
     EXPECT_TRUE(prompts.shown.at(2).endsWith(u"|*.csv"_s));
     EXPECT_THAT(prompts.proposed, ElementsAre(u"ONE.png"_s, u"ONE.pdf"_s, u"ONE.csv"_s));
     EXPECT_EQ(QImage(folder.Path("curves.png")).size(), QSize(1600, 1100));
@@ -364,6 +364,19 @@ TEST_F(Panel, SavesPictureAndPageAndTable) {
     const std::string csv = ReadWholeFile(folder.Path("curves.csv"));
     // Names of columns, seven points, three times sixteen.
     EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 1 + 7 + 48);
+}
+
+TEST_F(Panel, SavesTheCertificateByTheEndingOfItsName) {
+    panel.SetMarker(u"IEEE 30 Degree Marker"_s);
+    ShowFiles({"THREE"});
+    prompts.files = {folder.Path("page.html"), folder.Path("page.pdf")};
+    Press("cmdSavePdf");
+    Press("cmdSavePdf");
+    const std::string page = ReadWholeFile(folder.Path("page.html"));
+    EXPECT_THAT(page, HasSubstr("<title>THREE - Test Certificate</title>"));
+    EXPECT_THAT(page, HasSubstr("Kneepoint by IEEE 30"));
+    EXPECT_FALSE(QFileInfo::exists(folder.Path("page.html.pdf")));
+    EXPECT_THAT(ReadWholeFile(folder.Path("page.pdf")), StartsWith("%PDF-"));
 }
 
 TEST_F(Panel, SaysWhereAFileWasSaved) {

@@ -25,7 +25,7 @@ FLOORS = [
     ["common"],
 ]
 FLOOR_OF = {room: floor for floor, rooms in enumerate(FLOORS) for room in rooms}
-SUBFOLDERS = {"reports/calc", "reports/excel", "reports/xlsx"}
+SUBFOLDERS = {"reports/calc", "reports/excel", "reports/page", "reports/xlsx"}
 WITHOUT_WINDOWS = {"batch", "reports", *FLOORS[4], *FLOORS[5]}
 
 SPDX = "// SPDX-License-Identifier: GPL-3.0-or-later"
@@ -226,7 +226,7 @@ class House:
                 yield f"{above} is built after {below}, which is above it"
         for room in FLOOR_OF:
             made = {library for library, rooms in rooms_of_library.items() if room in rooms}
-            usual = {f"davo_{room}", f"davo_{room}_ui", "davo_reports_calc", "davo", "davo-report"}
+            usual = {f"davo_{room}", f"davo_{room}_ui", "davo_reports_calc", "davo_reports_page", "davo", "davo-report"}
             for library in sorted(made - usual):
                 yield f"{library}: {room} has the libraries davo_{room} and davo_{room}_ui"
 

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <vector>
+
+#include "reports/chart_curve.h"
+#include "reports/page/drawing.h"
+
+namespace davo {
+
+// Curves on logarithmic axes, amperes across and volts up, a decade as long across as up, with
+// their marked kneepoints and a legend below. Size in mm.
+Drawing ChartOf(const std::vector<ChartCurve>& curves, QSizeF size);
+
+}  // namespace davo

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Writes records, and the certificate and the workbook of each, into a folder, for a program that
+// reads them back: write_certificates FOLDER.
+
+#include <QGuiApplication>
+#include <cstdio>
+#include <exception>
+
+#include "common/files.h"
+#include "reports/page/html.h"
+#include "reports/page/pdf.h"
+#include "reports/report_writer.h"
+#include "reports/xlsx/renderer.h"
+#include "tests/curves/panel_records.h"
+#include "tests/reports/workbook_view.h"
+
+namespace davo::test {
+namespace {
+
+std::string Tests(int count) {
+    std::string text;
+    for (int i = 1; i <= count; ++i) {
+        RecordParts parts;
+        parts.number = " " + std::to_string(i);
+        parts.optionalLines = "TEST DESCRIPTION: X" + std::to_string(i) + "-X" +
+                              std::to_string(i + 1) + "\r\nTEST NOTES: tap <" + std::to_string(i) +
+                              ">\r\n";
+        parts.points = i % 4 == 3 ? KneeCurve() : SmoothCurve(60 * i + 90);
+        parts.measuredRatio = std::to_string(20 * i) + (i % 2 == 0 ? ".13" : ".9");
+        parts.percentError = i % 5 == 4 ? "N/A" : "-0." + std::to_string(10 + i) + "%";
+        text += RecordText(parts);
+    }
+    return text;
+}
+
+std::string RatioTests(int count) {
+    std::string text;
+    for (int i = 1; i <= count; ++i) {
+        RecordParts parts;
+        parts.number = " " + std::to_string(i);
+        parts.points = {};
+        text += RecordText(parts);
+    }
+    return text;
+}
+
+void WriteAll(const QString& folder, const std::string& name, const std::string& tests) {
+    const std::string bytes = HeaderText(name, "K\xF6ln <&\"'>") + tests;
+    const QString path = folder + QLatin1Char('/') + QString::fromStdString(name);
+    ReplaceFile(path + QStringLiteral(".txt"), bytes);
+    const Certificate certificate = CertificateOf(ParseRecordFacts(bytes, name), KneeRule::Ieee30);
+    for (const Paper paper : {Paper::A4, Paper::Letter}) {
+        const QString size = paper == Paper::A4 ? QString() : QStringLiteral("-letter");
+        WriteCertificatePdf(certificate, paper, path + size + QStringLiteral(".pdf"));
+        ReplaceFile(path + size + QStringLiteral(".html"), CertificateAsHtml(certificate, paper));
+    }
+    const ReportTables tables = ParseReportTables(bytes, name, RecordSource::RecordFile);
+    if (tables.TestCount() <= 31)
+        XlsxRenderer().Render(BuildReport(tables, {"IEEE 30 Degree Marker", true}), {},
+                              path + QStringLiteral(".xlsx"), {}, {});
+}
+
+void WriteRecords(const QString& folder) {
+    for (const int count : {1, 3, 10, 31})
+        WriteAll(folder, "T" + std::to_string(count), Tests(count));
+    WriteAll(folder, "RATIO", RatioTests(3));
+    std::string notes = "NOTES:\r\n";
+    for (int i = 1; i <= 150; ++i)
+        notes += "Line " + std::to_string(i) + " of <long> & \"quoted\" notes \xFC\r\n";
+    WriteAll(folder, "NOTES", Tests(1) + notes);
+    const std::string hundred = HeaderText("T100") + Tests(100);
+    const Certificate certificate =
+        CertificateOf(ParseRecordFacts(hundred, "T100"), KneeRule::Ieee30);
+    WriteCertificatePdf(certificate, Paper::A4, folder + QStringLiteral("/T100.pdf"));
+    ReplaceFile(folder + QStringLiteral("/T100.html"), CertificateAsHtml(certificate, Paper::A4));
+}
+
+}  // namespace
+}  // namespace davo::test
+
+int main(int argc, char** argv) {
+    const QGuiApplication application(argc, argv);
+    if (QGuiApplication::arguments().size() != 2) return 2;
+    try {
+        davo::test::WriteRecords(QGuiApplication::arguments().at(1));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+    return 0;
+}
