@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/record_lines.h"
 
-#include <ranges>
+#include <iterator>
 
 #include "common/text.h"
 #include "records/record_keys.h"
@@ -26,12 +26,12 @@ void PutPointLines(std::string& file, const RecordImage& image) {
     constexpr int kCurrentDecimals = 4;
     constexpr int kVoltageDecimals = 1;
     int points = 0;
-    for (const auto& [current, voltage] : std::views::reverse(image.slots)) {
-        if (current <= 0 || voltage <= 0) continue;
+    for (auto slot = std::rbegin(image.slots); slot != std::rend(image.slots); ++slot) {
+        if (slot->current <= 0 || slot->voltage <= 0) continue;
         ++points;
         file.append(kCurrentKey).append(" ");
-        file += FixedText(image.CurrentSteps(current), kCurrentDecimals);
-        PutRecordLine(file, kVoltageKey, FixedText(voltage, kVoltageDecimals));
+        file += FixedText(image.CurrentSteps(slot->current), kCurrentDecimals);
+        PutRecordLine(file, kVoltageKey, FixedText(slot->voltage, kVoltageDecimals));
     }
     PutRecordLine(file, kPointCountKey, std::to_string(points));
 }

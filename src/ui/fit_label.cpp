@@ -11,7 +11,7 @@
 #include <QTextOption>
 #include <algorithm>
 #include <cmath>
-#include <ranges>
+#include <numeric>
 #include <utility>
 
 #include "ui/form_parts.h"
@@ -125,8 +125,13 @@ int FitLabel::FittedPixelSize() const {
     const auto fits = [this, room = TextRect().size()](int size) {
         return Fits(text(), size, room);
     };
-    const auto larger = std::views::iota(kSmallestPixelSize + 1, most + 1);
-    return *std::ranges::partition_point(larger, fits) - 1;
+    int low = kSmallestPixelSize;
+    int high = most + 1;
+    while (high - low > 1) {
+        const int middle = std::midpoint(low, high);
+        (fits(middle) ? low : high) = middle;
+    }
+    return low;
 }
 
 QSize FitLabel::sizeHint() const {
