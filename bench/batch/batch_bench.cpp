@@ -107,7 +107,7 @@ void Measure(int records) {
     constexpr int kMostPages = 500;
     const std::string some =
         " $(ls -d " + folder + "/* | head -n " + std::to_string(kMostPages / 100) + ")";
-    for (const std::string format : {"--csv - --judge", "--csv", "--xlsx"}) {
+    for (const std::string format : {"--csv - --judge", "--csv", "--xlsx", "--html", "--pdf"}) {
         const int made = std::min(records, kMostPages);
         Print(format.c_str(),
               RunOf(one + program + " " + format + " --force --out " + out + some + " >/dev/null"),

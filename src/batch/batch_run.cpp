@@ -19,6 +19,8 @@
 #include "common/settings.h"
 #include "records/record_name.h"
 #include "reports/choose_renderer.h"
+#include "reports/page/html.h"
+#include "reports/page/pdf.h"
 #include "reports/record_csv.h"
 #include "reports/record_facts.h"
 #include "reports/record_texts.h"
@@ -64,13 +66,14 @@ class BatchRun {
     void Do(const FoundRecord& found);
     std::optional<OpenRecord> Open(const FoundRecord& found);
     void MakeFiles(OpenRecord& record);
-    void MakeWorkbooks(OpenRecord& record);
+    void MakeCertificates(OpenRecord& record);
     void MakeOfRecord(OpenRecord& record, const char* extension, const Write& write);
     bool Make(const QString& target, const Write& write);
     void Render(ReportRenderer& renderer, const OpenRecord& record, const QString& target);
 
     const BatchOptions& options_;
     const bool needsJudgement_;
+    const Paper paper_ = UsualPaper();
     StandardError said_;
     RowOutput rows_;
     SummaryPage summary_;
@@ -82,7 +85,8 @@ class BatchRun {
 
 BatchRun::BatchRun(const BatchOptions& options)
     : options_(options),
-      needsJudgement_(options.csv || options.summary || (options.rows && options.judge)),
+      needsJudgement_(options.csv || options.pdf || options.html || options.summary ||
+                      (options.rows && options.judge)),
       said_(options.rows && OutputIsTerminal()),
       summary_(options.rule, options.out) {}
 
@@ -200,6 +204,21 @@ void BatchRun::MakeFiles(OpenRecord& record) {
     }
     if (xls_) {
         MakeOfRecord(record, ".xls", [&](const QString& target) { Render(*xls_, record, target); });
+    }
+    if (options_.pdf || options_.html) MakeCertificates(record);
+}
+
+void BatchRun::MakeCertificates(OpenRecord& record) {
+    const Certificate certificate = CertificateOf(record.facts, options_.rule);
+    if (options_.pdf) {
+        MakeOfRecord(record, ".pdf", [&](const QString& target) {
+            WriteCertificatePdf(certificate, paper_, target);
+        });
+    }
+    if (options_.html) {
+        MakeOfRecord(record, ".html", [&](const QString& target) {
+            ReplaceFile(target, CertificateAsHtml(certificate, paper_));
+        });
     }
 }
 

@@ -16,6 +16,8 @@ struct Flag {
     const char* description;
 };
 constexpr std::array kFormats = {
+    Flag{"pdf", &BatchOptions::pdf, "Make a certificate of each record."},
+    Flag{"html", &BatchOptions::html, "Make the certificate as a web page, all in one file."},
     Flag{"xlsx", &BatchOptions::xlsx, "Make the report of each record as a workbook."},
     Flag{"xls", &BatchOptions::xls,
          "Make it as .xls, which needs LibreOffice Calc or Microsoft Excel."},
@@ -58,7 +60,7 @@ QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
     const auto rule = rules.indexOf(parser.value(QStringLiteral("rule")));
     if (rule < 0) return QStringLiteral("The rule is asa, 45 or 30.");
     options.rule = kKneeRules.at(static_cast<std::size_t>(rule));
-    if (!makes) return QStringLiteral("Nothing to make: give --csv or another format.");
+    if (!makes) return QStringLiteral("Nothing to make: give --pdf or another format.");
     if (options.records.isEmpty()) return QStringLiteral("No record is given.");
     return {};
 }

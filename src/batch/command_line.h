@@ -15,6 +15,8 @@ struct BatchOptions {
     QString out;          // empty: beside each record
 
     // Of each record.
+    bool pdf = false;
+    bool html = false;
     bool xlsx = false;
     bool xls = false;
     bool csv = false;

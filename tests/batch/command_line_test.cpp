@@ -27,6 +27,8 @@ TEST(CommandLine, TakesOptionsAndRecordsInAnyOrder) {
 
 TEST(CommandLine, HasAFlagForEachThing) {
     const std::vector<std::pair<QString, bool BatchOptions::*>> flags = {
+        {u"--pdf"_s, &BatchOptions::pdf},
+        {u"--html"_s, &BatchOptions::html},
         {u"--xlsx"_s, &BatchOptions::xlsx},
         {u"--xls"_s, &BatchOptions::xls},
         {u"--csv"_s, &BatchOptions::csv},
@@ -66,10 +68,10 @@ TEST(CommandLine, SaysWhatIsWrongAndEndsWith2) {
     wrong({u"--pfd"_s, u"a"_s}, "Unknown option 'pfd'.");
     wrong({u"--csv"_s, u"a"_s, u"--out"_s}, "Missing value after '--out'.");
     wrong({u"--csv"_s, u"a"_s, u"--rule"_s, u"46"_s}, "The rule is asa, 45 or 30.");
-    wrong({u"a"_s}, "Nothing to make: give --csv or another format.");
+    wrong({u"a"_s}, "Nothing to make: give --pdf or another format.");
     wrong({u"--csv"_s}, "No record is given.");
     wrong({u"--csv"_s, u"-"_s}, "No record is given.");
-    wrong({}, "Nothing to make: give --csv or another format.");
+    wrong({}, "Nothing to make: give --pdf or another format.");
 }
 
 TEST(CommandLine, ShowsHelpAndVersion) {
@@ -77,8 +79,8 @@ TEST(CommandLine, ShowsHelpAndVersion) {
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.err, "");
     for (const char* const option :
-         {"--xlsx", "--xls", "--csv", "--summary", "--rule", "--impedance", "--judge",
-          "--no-heading", "--out", "--force", "--help", "--version"}) {
+         {"--pdf", "--html", "--xlsx", "--xls", "--csv", "--summary", "--rule", "--impedance",
+          "--judge", "--no-heading", "--out", "--force", "--help", "--version"}) {
         EXPECT_THAT(help.out, HasSubstr(std::string("\n  ") + option + " "));
     }
     for (const std::string& line : SplitLines(help.out))

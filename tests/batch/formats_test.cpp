@@ -5,6 +5,7 @@
 
 #include <QFile>
 
+#include "reports/page/html.h"
 #include "reports/record_csv.h"
 #include "tests/batch/report_program.h"
 #include "tests/reports/random_record.h"
@@ -23,11 +24,17 @@ using test::Shell;
 TEST(ReportFiles, AreAllMadeByOneCall) {
     const test::TemporaryFolder folder;
     PutRecord(folder, u"T1.txt"_s, test::FileText(2));
-    const Ended run = Report({u"--csv"_s, u"--xlsx"_s, u"--summary"_s, u"T1.txt"_s}, folder.Path());
+    const Ended run = Report({u"--csv"_s, u"--xlsx"_s, u"--summary"_s, u"--pdf"_s, u"--html"_s,
+                              u"--rule"_s, u"30"_s, u"T1.txt"_s},
+                             folder.Path());
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out + run.err, "");
-    EXPECT_EQ(NamesIn(folder),
-              QStringList({u"T1.csv"_s, u"T1.txt"_s, u"T1.xlsx"_s, u"summary.html"_s}));
+    EXPECT_EQ(NamesIn(folder), QStringList({u"T1.csv"_s, u"T1.html"_s, u"T1.pdf"_s, u"T1.txt"_s,
+                                            u"T1.xlsx"_s, u"summary.html"_s}));
+    const RecordFacts facts = ReadRecordFacts(folder.Path("T1.txt"));
+    EXPECT_EQ(ReadWholeFile(folder.Path("T1.html")),
+              CertificateAsHtml(CertificateOf(facts, KneeRule::Ieee30), UsualPaper()));
+    EXPECT_THAT(ReadWholeFile(folder.Path("T1.pdf")), StartsWith("%PDF"));
     EXPECT_EQ(ReadWholeFile(folder.Path("T1.csv")),
               RecordsAsCsv({ReadRecordFacts(folder.Path("T1.txt"))}));
     EXPECT_THAT(ReadWholeFile(folder.Path("T1.xlsx")), StartsWith("PK"));

@@ -165,14 +165,14 @@ TEST(Trouble, OfAFullDiskIsSaidAndNoHalfFileIsLeft) {
     PutRecord(folder, u"T1.txt"_s, test::FileText(31));
     ASSERT_TRUE(QDir().mkpath(folder.Path("disk")));
     test::SmallDisk disk(folder.Path("disk"));
-    const QStringList arguments = {u"--csv"_s, u"--xlsx"_s, u"--summary"_s,
-                                   u"--out"_s, u"disk"_s,   u"T1.txt"_s};
+    const QStringList arguments = {u"--csv"_s,     u"--xlsx"_s, u"--pdf"_s, u"--html"_s,
+                                   u"--summary"_s, u"--out"_s,  u"disk"_s,  u"T1.txt"_s};
     disk.Fill();
     Ended run = Report(arguments, folder.Path());
     EXPECT_EQ(run.status, 1);
     const auto said = [](const std::string& why) {
         std::string text;
-        for (const std::string name : {"T1.csv", "T1.xlsx", "summary.html"})
+        for (const std::string name : {"T1.csv", "T1.xlsx", "T1.pdf", "T1.html", "summary.html"})
             text += Said("disk/" + name + " is not made: " + why + "disk/" + name);
         return text;
     };
