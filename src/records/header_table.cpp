@@ -57,6 +57,7 @@ void LoadHeaderFile(HeaderTable& table, const QString& dataPath) {
 
 void SaveHeaderFile(const HeaderTable& table, const QString& dataPath) {
     std::vector<std::string> lines;
+    lines.reserve(kHeaderFieldCount);
     for (int i = 0; i < kHeaderFieldCount; ++i)
         lines.push_back(KeyOf(i) + table.Field(i));
     ReplaceFile(HeaderFilePath(dataPath), JoinLines(lines));
