@@ -67,6 +67,12 @@ class Row {
     bool first_ = true;
 };
 
+// A record's texts have no control characters, but a file's name may.
+std::string NameText(std::string name) {
+    ReplaceControls(name);
+    return name;
+}
+
 void PutPoint(Row& row, std::size_t number, const CurvePoint& point) {
     row.Put(std::to_string(number));
     row.Put(GeneralNumber(point.current));
@@ -74,7 +80,7 @@ void PutPoint(Row& row, std::size_t number, const CurvePoint& point) {
 }
 
 void PutHeader(Row& row, const RecordFacts& record, const RecordTest& test) {
-    row.Put(record.name);
+    row.Put(NameText(record.name));
     const RecordFileHeader& header = record.headers.at(test.header);
     row.Put(header.date);
     row.Put(header.time);
@@ -150,7 +156,7 @@ std::string TestRowsHeading(bool judged) {
 std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged) {
     Row name;
     // What is quoted are signs that the page and UTF-8 have alike.
-    name.Put(file.toStdString());
+    name.Put(NameText(file.toStdString()));
     std::string rows;
     for (const RecordTest& test : record.tests) {
         Row row;

@@ -54,6 +54,15 @@ TEST(Rows, HaveOneHeadingAndARowForEachTest) {
     EXPECT_EQ(NamesIn(folder, "a"), QStringList(u"T1.txt"_s));
 }
 
+TEST(Rows, AreOneLineWhateverTheNameOfTheRecord) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"a\nb/T\r\n\x1b.txt"_s, test::FileText(1));
+    const Ended run = Report({u"--csv"_s, u"-"_s, u"--no-heading"_s, u"."_s}, folder.Path());
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.out, StartsWith("./a?b/T???.txt,T???,03/07/24,"));
+    EXPECT_EQ(SplitLines(run.out).size(), 1U);
+}
+
 TEST(Rows, HaveWhatTheTableOfTheRecordHas) {
     const test::TemporaryFolder folder;
     PutArchive(folder, 60, 20261126);
