@@ -61,7 +61,10 @@ QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
     if (rule < 0) return QStringLiteral("The rule is asa, 45 or 30.");
     options.rule = kKneeRules.at(static_cast<std::size_t>(rule));
     if (!makes) return QStringLiteral("Nothing to make: give --pdf or another format.");
-    if (options.records.isEmpty()) return QStringLiteral("No record is given.");
+    if (parser.isSet(QStringLiteral("out")) && options.out.isEmpty())
+        return QStringLiteral("No folder is given for --out.");
+    if (options.records.isEmpty() || options.records.contains(QString()))
+        return QStringLiteral("No record is given.");
     return {};
 }
 
@@ -73,7 +76,7 @@ BatchOptions ParseCommandLine(const QStringList& arguments, std::optional<Comman
     for (const Flag& flag : kFormats)
         parser.addOption({QLatin1String(flag.name), QLatin1String(flag.description)});
     parser.addOption({QStringLiteral("rule"),
-                      QStringLiteral("Mark the kneepoint by asa, 45 or 30."),
+                      QStringLiteral("Mark the kneepoint by asa, 45 or 30; asa when not given."),
                       QStringLiteral("rule"), QStringLiteral("asa")});
     parser.addOption(
         {QStringLiteral("out"),

@@ -2,6 +2,8 @@
 
 #include "batch/command_line.h"
 
+#include <QRegularExpression>
+
 #include "common/version.h"
 #include "tests/batch/report_program.h"
 
@@ -69,8 +71,12 @@ TEST(CommandLine, SaysWhatIsWrongAndEndsWith2) {
     wrong({u"--csv"_s, u"a"_s, u"--out"_s}, "Missing value after '--out'.");
     wrong({u"--csv"_s, u"a"_s, u"--rule"_s, u"46"_s}, "The rule is asa, 45 or 30.");
     wrong({u"a"_s}, "Nothing to make: give --pdf or another format.");
+    wrong({u"--pdf"_s, u"-platform"_s, u"none"_s, u"a"_s},
+          "Unknown options: p, l, a, t, f, o, r, m.");
     wrong({u"--csv"_s}, "No record is given.");
     wrong({u"--csv"_s, u"-"_s}, "No record is given.");
+    wrong({u"--csv"_s, u"a"_s, u""_s}, "No record is given.");
+    wrong({u"--csv"_s, u"--out="_s, u"a"_s}, "No folder is given for --out.");
     wrong({}, "Nothing to make: give --pdf or another format.");
 }
 
@@ -88,6 +94,30 @@ TEST(CommandLine, ShowsHelpAndVersion) {
     const test::Ended version = test::Report({u"--version"_s});
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.out, std::string("davo-report ") + kVersion + "\n");
+}
+
+// Each option of text that pattern finds, once.
+QStringList OptionsIn(const QString& text, const QString& pattern) {
+    QStringList options;
+    const QRegularExpression option(pattern, QRegularExpression::MultilineOption);
+    for (const QRegularExpressionMatch& match : option.globalMatch(text))
+        options += match.captured(1);
+    options.removeDuplicates();
+    options.sort();
+    return options;
+}
+
+TEST(CommandLine, HasTheSameOptionsInItsHelpItsManualPageAndTheGuide) {
+    const auto text = [](const char* name) {
+        return QString::fromStdString(
+            ReadWholeFile(QStringLiteral(DAVO_TESTS_FOLDER "/../") + QLatin1String(name)));
+    };
+    const QStringList help =
+        OptionsIn(QString::fromStdString(test::Report({u"--help"_s}).out), u"^  (--[a-z-]+)"_s);
+    EXPECT_GT(help.size(), 10);
+    const QString manual = text("packaging/debian/davo-report.1.in").replace(u"\\-"_s, u"-"_s);
+    EXPECT_EQ(OptionsIn(manual, u"^\\.TP\\n\\.B[IR]? (--[a-z-]+)"_s), help);
+    EXPECT_EQ(OptionsIn(text("docs/guide/batch.md"), u"`(--[a-z-]+)"_s), help);
 }
 
 // What bash proposes for the last of these words.
