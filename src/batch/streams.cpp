@@ -63,8 +63,10 @@ void StandardError::Say(const QString& text) {
 void StandardError::ShowProgress(int records, const QString& path) {
     constexpr qint64 kPause = 100;  // milliseconds
     if (!showsProgress_ || (since_.isValid() && since_.elapsed() < kPause)) return;
-    const QString text = WithoutControls(QStringLiteral("Record %1: %2").arg(records).arg(path));
-    WriteError(QLatin1Char('\r') + text.leftJustified(kLineWidth, QLatin1Char(' '), true));
+    const QString before = QStringLiteral("Record %1: ").arg(records);
+    // The end of a long path is what changes.
+    const QString text = before + WithoutControls(path.right(kLineWidth - before.size()));
+    WriteError(QLatin1Char('\r') + text.leftJustified(kLineWidth));
     isShown_ = true;
     since_.start();
 }

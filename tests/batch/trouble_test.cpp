@@ -279,5 +279,14 @@ TEST(Progress, IsShownOnATerminalAndNowhereElse) {
     EXPECT_THAT(ShownOnTerminal(arguments, folder.Path(), true), Not(HasSubstr("Record 1: ")));
 }
 
+TEST(Progress, ShowsTheEndOfALongPath) {
+    const test::TemporaryFolder folder;
+    const QString name = u"in/"_s + QString(90, u'x') + u"/T1.txt"_s;
+    PutRecord(folder, name, test::FileText(1));
+    const QString shown = u"Record 1: "_s + name.right(69);
+    EXPECT_THAT(ShownOnTerminal({u"--csv"_s, u"-"_s, u"in"_s}, folder.Path(), false),
+                StartsWith("\r" + shown.toStdString() + "\r"));
+}
+
 }  // namespace
 }  // namespace davo
