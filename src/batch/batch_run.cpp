@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
+#include <csignal>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -32,11 +33,31 @@ namespace davo {
 
 namespace {
 
+// The signal that ends the run as soon as the file in hand is whole; 0 while there is none.
+volatile std::sig_atomic_t end_signal = 0;
+
+// The next one ends the program at once.
+extern "C" void EndRun(int signal) {
+    end_signal = signal;
+    std::signal(signal, SIG_DFL);
+}
+
+struct RunEnded {};
+
+void ThrowIfEnded() {
+    if (end_signal != 0) throw RunEnded{};
+}
+
 std::string KneepointType(KneeRule rule) {
     for (const char* const type : {kKneeIeee30, kKneeIeee45}) {
         if (KneeRuleOf(type) == rule) return type;
     }
     return kKneeAsa;
+}
+
+// A name that is no UTF-8 cannot be said to the system, nor what it is the name of.
+bool HasForeignName(const QString& name) {
+    return name.contains(QChar(QChar::ReplacementCharacter));
 }
 
 struct FoundRecord {
@@ -78,7 +99,7 @@ class BatchRun {
     RowOutput rows_;
     SummaryPage summary_;
     std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
-    std::set<QString> made_;               // in this run
+    std::set<QString> targets_;            // of this run, made or kept
     int records_ = 0;
     bool failed_ = false;
 };
@@ -120,16 +141,18 @@ int BatchRun::Run() {
             }
         }
         rows_.Flush();
+        if (options_.summary) {
+            const QString target =
+                QDir::cleanPath(QDir(options_.out).filePath(QStringLiteral("summary.html")));
+            Make(target, [this](const QString& path) { ReplaceFile(path, summary_.Html()); });
+        }
     } catch (const RowOutput::ReaderGone&) {
+        return 1;
+    } catch (const RunEnded&) {
         return 1;
     } catch (const RunTimeError& error) {
         Fail(QString::fromUtf8(error.what()));
         return 1;
-    }
-    if (options_.summary) {
-        const QString target =
-            QDir::cleanPath(QDir(options_.out).filePath(QStringLiteral("summary.html")));
-        Make(target, [this](const QString& path) { ReplaceFile(path, summary_.Html()); });
     }
     return failed_ ? 1 : 0;
 }
@@ -140,6 +163,9 @@ void BatchRun::Walk(const QString& folder, const QString& below) {
     std::vector<QString> names;
     try {
         names = NamesInFolder(folder);
+        // Of a folder that may be listed and not entered, the folders in it would be overlooked.
+        if (!FolderExists(folder + QLatin1Char('.')))
+            throw RunTimeError(ErrorNumber::PermissionDenied, ShownPath(folder).toStdString());
     } catch (const RunTimeError& error) {
         FailRecord(TroubleText(ShownPath(folder), error));
         return;
@@ -150,7 +176,7 @@ void BatchRun::Walk(const QString& folder, const QString& below) {
         if (info.isDir()) {
             const QString inside = name + QLatin1Char('/');
             if (!info.isSymLink()) Walk(folder + inside, below + inside);
-        } else if (IsRecordFileName(name)) {
+        } else if (IsRecordFileName(name) || (HasForeignName(name) && !info.exists())) {
             Do({folder + name, below});
         }
     }
@@ -159,6 +185,10 @@ void BatchRun::Walk(const QString& folder, const QString& below) {
 std::optional<OpenRecord> BatchRun::Open(const FoundRecord& found) {
     const QString path = ShownPath(found.path);
     const QFileInfo info(found.path);
+    if (HasForeignName(found.path) && !info.exists()) {
+        FailRecord(QStringLiteral("%1 cannot be shown: its name is not in UTF-8.").arg(path));
+        return std::nullopt;
+    }
     if (info.exists() && !info.isFile()) {
         // Opening a named pipe would wait for its writer.
         FailRecord(QStringLiteral("%1 cannot be shown: it is not a file.").arg(path));
@@ -180,11 +210,15 @@ std::optional<OpenRecord> BatchRun::Open(const FoundRecord& found) {
 }
 
 void BatchRun::Do(const FoundRecord& found) {
+    ThrowIfEnded();
     said_.ShowProgress(++records_, found.path);
     std::optional<OpenRecord> record = Open(found);
     if (!record) return;
     const bool isCut = record->facts.testsLeft > 0;
-    if (isCut) Fail(NotWritten({&record->facts}, 1).join(QLatin1Char(' ')));
+    if (isCut) {
+        Fail(ShownPath(found.path) + QLatin1String(": ") +
+             NotWritten({&record->facts}, 1).join(QLatin1Char(' ')));
+    }
     if (options_.rows) rows_.Put(TestRowsOf(record->facts, ShownPath(found.path), options_.judge));
     MakeFiles(*record);
     if (options_.summary) summary_.Add(record->facts, ShownPath(found.path), record->made);
@@ -245,20 +279,22 @@ void BatchRun::MakeOfRecord(OpenRecord& record, const char* extension, const Wri
 
 // Whether the file is there at the end.
 bool BatchRun::Make(const QString& target, const Write& write) {
+    ThrowIfEnded();
     const QString path = ShownPath(target);
-    if (made_.contains(target)) {
-        Fail(QStringLiteral("%1 was made of another record of this run.").arg(path));
+    if (targets_.contains(target)) {
+        Fail(QStringLiteral("%1 is that of an earlier record of this run.").arg(path));
         return false;
     }
     if (!options_.force && QFileInfo::exists(target)) {
         Fail(QStringLiteral("%1 is kept. --force replaces it.").arg(path));
+        targets_.insert(target);
         return true;
     }
     try {
         const QString folder = QFileInfo(target).path();
         if (!FolderExists(folder)) CreateFolder(folder);
         write(target);
-        made_.insert(target);
+        targets_.insert(target);
         return true;
     } catch (const std::exception& error) {
         Fail(QStringLiteral("%1 is not made: %2").arg(path, QString::fromUtf8(error.what())));
@@ -269,7 +305,13 @@ bool BatchRun::Make(const QString& target, const Write& write) {
 }  // namespace
 
 int RunBatch(const BatchOptions& options) {
-    return BatchRun(options).Run();
+    for (const int signal : {SIGINT, SIGTERM}) {
+        if (std::signal(signal, EndRun) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
+    const int status = BatchRun(options).Run();
+    // Whoever started the program sees what ended it.
+    if (end_signal != 0) std::raise(end_signal);
+    return status;
 }
 
 }  // namespace davo

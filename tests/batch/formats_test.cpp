@@ -102,9 +102,23 @@ TEST(ReportFiles, AreNotMadeTwiceInARun) {
     PutRecord(folder, u"T1.TXT"_s, test::FileText(2));
     const Ended run = Report({u"--csv"_s, u"--force"_s, u"T1.TXT"_s, u"T1.txt"_s}, folder.Path());
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, Said("T1.csv was made of another record of this run."));
+    EXPECT_EQ(run.err, Said("T1.csv is that of an earlier record of this run."));
     EXPECT_EQ(ReadWholeFile(folder.Path("T1.csv")),
               RecordsAsCsv({ReadRecordFacts(folder.Path("T1.TXT"))}));
+}
+
+TEST(ReportFiles, AreLinkedFromTheirOwnRecordOnly) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"a/T1.txt"_s, test::FileText(1));
+    PutRecord(folder, u"b/T1.txt"_s, test::FileText(2));
+    PutRecord(folder, u"out/T1.csv"_s, "of a/T1.txt");
+    const Ended run =
+        Report({u"--csv"_s, u"--summary"_s, u"--out"_s, u"out"_s, u"a"_s, u"b"_s}, folder.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, Said("out/T1.csv is kept. --force replaces it.") +
+                           Said("out/T1.csv is that of an earlier record of this run."));
+    const QString page = QString::fromStdString(ReadWholeFile(folder.Path("out/summary.html")));
+    EXPECT_EQ(page.count(u"href=\"T1.csv\""_s), 1);
 }
 
 // What Python prints of a workbook, which is $1.

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <array>
+#include <csignal>
 
 #include "common/run_time_error.h"
 #include "reports/record_csv.h"
@@ -71,7 +72,7 @@ TEST(Trouble, OfMoreTestsThanAreReadIsSaid) {
     PutRecord(folder, u"T1.txt"_s, test::FileText(201));
     const Ended run = Report({u"--csv"_s, u"-"_s, u"T1.txt"_s}, folder.Path());
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, Said("T1 has 201 tests; the first 200 are written."));
+    EXPECT_EQ(run.err, Said("T1.txt: T1 has 201 tests; the first 200 are written."));
     EXPECT_EQ(SplitLines(run.out).size(), 201U);
 }
 
@@ -190,9 +191,11 @@ TEST(Trouble, OfMissingRightsIsSaid) {
     PutRecord(folder, u"in/closed/T1.txt"_s, test::FileText(1));
     PutRecord(folder, u"in/T2.txt"_s, test::FileText(1));
     PutRecord(folder, u"in/T3.txt"_s, test::FileText(1));
+    PutRecord(folder, u"in/listed/folder/T4.txt"_s, test::FileText(1));
     for (const auto& [name, mode] : {std::pair{"", 0755},
                                      {"in", 0755},
                                      {"in/closed", 0700},
+                                     {"in/listed", 0744},
                                      {"in/T2.txt", 0600},
                                      {"in/T3.txt", 0644}})
         ::chmod(QFile::encodeName(folder.Path(name)).constData(), static_cast<mode_t>(mode));
@@ -203,8 +206,56 @@ TEST(Trouble, OfMissingRightsIsSaid) {
         run.err,
         Said("in/T2.txt cannot be shown: Run-time error '70': Permission denied: in/T2.txt") +
             Said("in/T3.csv is not made: Run-time error '70': Permission denied: in/T3.csv") +
-            Said("in/closed/ cannot be shown: Run-time error '70': Permission denied: in/closed/"));
-    EXPECT_EQ(NamesIn(folder, "in"), QStringList({u"T2.txt"_s, u"T3.txt"_s, u"closed"_s}));
+            Said("in/closed/ cannot be shown: Run-time error '70': Permission denied: in/closed/") +
+            Said("in/listed/ cannot be shown: Run-time error '70': Permission denied: in/listed/"));
+    EXPECT_EQ(NamesIn(folder, "in"),
+              QStringList({u"T2.txt"_s, u"T3.txt"_s, u"closed"_s, u"listed"_s}));
+}
+
+TEST(Trouble, OfANameThatIsNoUtf8IsSaid) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    // What is so named the folder's end could not remove.
+    const Ended run = Shell(
+        u"mkdir -p in/S$'\\xFC'd && cp T1.txt in/S$'\\xFC'd && cp T1.txt in/$'\\xFC'.txt && "
+        "cp T1.txt in/$'\\xFC' && LC_ALL=C.UTF-8 $DAVO_REPORT --csv - --no-heading in; status=$?; "
+        "rm -r in; exit $status"_s,
+        folder.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    const std::string unknown = "\xEF\xBF\xBD";
+    const std::string said = " cannot be shown: its name is not in UTF-8.";
+    EXPECT_THAT(SplitLines(run.err),
+                UnorderedElementsAre("davo-report: in/S" + unknown + "d" + said,
+                                     "davo-report: in/" + unknown + ".txt" + said,
+                                     "davo-report: in/" + unknown + said));
+}
+
+TEST(Trouble, OfARunThatIsEndedLeavesNoHalfFile) {
+    const test::TemporaryFolder folder;
+    for (int i = 0; i < 500; ++i)
+        PutRecord(folder, u"in/%1.txt"_s.arg(i), test::FileText(1));
+    for (int round = 0; round < 20; ++round) {
+        const int signal = round % 2 == 0 ? SIGINT : SIGTERM;
+        const QString out = u"out%1"_s.arg(round);
+        QProcess process;
+        process.setWorkingDirectory(folder.Path());
+        process.start(QStringLiteral(DAVO_REPORT),
+                      {u"--csv"_s, u"--summary"_s, u"--out"_s, out, u"in"_s});
+        ASSERT_TRUE(process.waitForStarted());
+        while (NamesIn(folder, out.toUtf8()).size() < 10 + round)
+            ASSERT_FALSE(process.waitForFinished(1))
+                << process.readAllStandardError().toStdString();
+        ::kill(static_cast<pid_t>(process.processId()), signal);
+        ASSERT_TRUE(process.waitForFinished());
+        EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);
+        EXPECT_EQ(process.exitCode(), signal);
+        EXPECT_EQ(process.readAllStandardError(), "");
+        const QStringList made = NamesIn(folder, out.toUtf8());
+        EXPECT_LT(made.size(), 500);
+        for (const QString& name : made)
+            EXPECT_TRUE(name.endsWith(u".csv"_s)) << name.toStdString();
+    }
 }
 
 TEST(Trouble, OfStandardOutputIsSaidOnce) {
