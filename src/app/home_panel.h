@@ -18,7 +18,6 @@ class QStackedLayout;
 namespace davo {
 
 class RecordList;
-class RecordPreview;
 class SessionCards;
 
 // A menu item with a button in the second row, and what that says.
@@ -54,6 +53,8 @@ class HomePanel : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    class RecordPreview;
+
     QWidget* BuildLink();
     QWidget* BuildRecords(QWidget* lastButton);
     QLayout* BuildSecondRow(const std::vector<SecondItem>& second);
