@@ -5,11 +5,16 @@
 #include <QObject>
 #include <QTimer>
 #include <QWinEventNotifier>
+#include <array>
 #include <utility>
 
 #include "common/run_time_error.h"
-#include "link/overlapped_windows.h"
 #include "link/serial_port.h"
+
+// Windows 10, version 1803; older headers do not know it, older systems refuse it.
+#ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION
+#define CREATE_WAITABLE_TIMER_HIGH_RESOLUTION 0x00000002
+#endif
 
 namespace davo {
 
@@ -22,6 +27,106 @@ constexpr auto kLongestDrain = std::chrono::milliseconds(200);
 constexpr auto kLongestTake = std::chrono::milliseconds(200);
 // There are drivers that leave a read waiting when their adapter is pulled out.
 constexpr auto kPresencePeriod = std::chrono::milliseconds(1000);
+
+// What Windows says about an error of its own, in UTF-8.
+std::string SystemText(DWORD error) {
+    return qt_error_string(static_cast<int>(error)).trimmed().toStdString();
+}
+
+// A timer as fine as the system has it; where it has no fine one, an ordinary one.
+class FineTimer {
+  public:
+    FineTimer()
+        : timer_(::CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
+                                          TIMER_ALL_ACCESS)) {
+        if (timer_ == nullptr) timer_ = ::CreateWaitableTimerW(nullptr, FALSE, nullptr);
+    }
+    Q_DISABLE_COPY_MOVE(FineTimer)
+    ~FineTimer() { ::CloseHandle(timer_); }
+
+    HANDLE Handle() const { return timer_; }
+
+  private:
+    HANDLE timer_;
+};
+
+// One overlapped operation of a handle at a time, with its event. The handle must be cancelled
+// before it is closed: the system writes into what lies here.
+class Overlapped {
+  public:
+    Overlapped() { state_.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr); }
+    Q_DISABLE_COPY_MOVE(Overlapped)
+    ~Overlapped() { ::CloseHandle(state_.hEvent); }
+
+    // Begin an operation; bytes must stay where they are until it has ended. 0 or a system error.
+    DWORD Read(HANDLE file, char* bytes, DWORD size) {
+        return Begun(::ReadFile(file, bytes, size, nullptr, &state_));
+    }
+    DWORD Write(HANDLE file, const char* bytes, DWORD size) {
+        return Begun(::WriteFile(file, bytes, size, nullptr, &state_));
+    }
+
+    // One was begun and its result was not taken.
+    bool Pending() const { return pending_; }
+
+    // Its result: 0 and the bytes moved, ERROR_IO_INCOMPLETE while it goes on, or its error.
+    DWORD Result(HANDLE file, DWORD& size) {
+        // The event decides, not the state: where the state is written first, the event of this
+        // operation would end the wait for the next one.
+        if (::WaitForSingleObject(state_.hEvent, 0) != WAIT_OBJECT_0) return ERROR_IO_INCOMPLETE;
+        if (::GetOverlappedResult(file, &state_, &size, FALSE) != 0) {
+            pending_ = false;
+            ::ResetEvent(state_.hEvent);
+            return ERROR_SUCCESS;
+        }
+        const DWORD error = ::GetLastError();
+        if (error != ERROR_IO_INCOMPLETE) pending_ = false;
+        return error;
+    }
+
+    // The same, and waits for its end; ends it after longest, with what was moved until then.
+    DWORD Finish(HANDLE file, DWORD& size, std::chrono::milliseconds longest, HANDLE timer) {
+        if (Wait(steady_clock::now() + longest, timer)) return Result(file, size);
+        size = Cancel(file);
+        return ERROR_SUCCESS;
+    }
+
+    // Sleeps until it ends (true) or the time has come; timer is free to be used.
+    bool Wait(steady_clock::time_point until, HANDLE timer) {
+        using Ticks = std::chrono::duration<LONGLONG, std::ratio<1, 10'000'000>>;
+        const auto left = std::chrono::duration_cast<Ticks>(until - steady_clock::now()).count();
+        if (left <= 0) return ::WaitForSingleObject(state_.hEvent, 0) == WAIT_OBJECT_0;
+        LARGE_INTEGER due{};
+        due.QuadPart = -left;  // negative: from now
+        ::SetWaitableTimer(timer, &due, 0, nullptr, nullptr, FALSE);
+        const std::array<HANDLE, 2> either = {state_.hEvent, timer};
+        return ::WaitForMultipleObjects(2, either.data(), FALSE, INFINITE) == WAIT_OBJECT_0;
+    }
+
+    // Ends it and waits for that; the bytes moved until then.
+    DWORD Cancel(HANDLE file) {
+        if (!pending_) return 0;
+        ::CancelIoEx(file, &state_);
+        DWORD size = 0;
+        ::GetOverlappedResult(file, &state_, &size, TRUE);
+        pending_ = false;
+        ::ResetEvent(state_.hEvent);
+        return size;
+    }
+
+    HANDLE Event() const { return state_.hEvent; }
+
+  private:
+    // An operation that was done at once signals the event, too: one way for both.
+    DWORD Begun(BOOL done) {
+        const DWORD error = done != 0 ? ERROR_SUCCESS : ::GetLastError();
+        pending_ = done != 0 || error == ERROR_IO_PENDING;
+        return pending_ ? ERROR_SUCCESS : error;
+    }
+
+    OVERLAPPED state_{};
+    bool pending_ = false;
+};
 
 // Reads one character without a time limit, and with it whatever has arrived behind it: that wakes
 // at the first character and costs nothing while the line is quiet, whatever the driver makes of
