@@ -10,11 +10,9 @@
 #include <QScopeGuard>
 #include <QStackedWidget>
 #include <QStatusBar>
-#include <QTimer>
 #include <chrono>
 #include <memory>
 #include <thread>
-#include <utility>
 
 #include "app/frmAbout.h"
 #include "app/frmConfig.h"

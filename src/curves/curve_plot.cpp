@@ -5,7 +5,6 @@
 #include <array>
 #include <cmath>
 #include <functional>
-#include <utility>
 
 namespace davo {
 
@@ -303,9 +302,8 @@ void CurvePlot::updateLayout() {
 // The table of the kneepoints and the legend where they hide little of the curves.
 void CurvePlot::PlaceInside() {
     knees_.clear();
-    if (legend->itemCount() == 0 && std::ranges::all_of(lines_, [](const Line& line) {
-            return line.curve.knees.empty();
-        }))
+    if (legend->itemCount() == 0 &&
+        std::ranges::all_of(lines_, [](const Line& line) { return line.curve.knees.empty(); }))
         return;
     const QRectF area =
         QRectF(axisRect()->rect()).adjusted(kInsideRoom, kInsideRoom, -kInsideRoom, -kInsideRoom);

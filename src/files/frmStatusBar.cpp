@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "common/run_time_error.h"
-#include "files/copy_records.h"
 #include "files/record_names.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"

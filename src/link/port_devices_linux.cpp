@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QFileInfo>
 
-#include "link/port_choice.h"
 #include "link/port_devices.h"
 #include "link/port_list_linux.h"
 

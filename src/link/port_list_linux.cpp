@@ -6,8 +6,6 @@
 #include <QFileInfo>
 #include <algorithm>
 
-#include "link/port_choice.h"
-
 namespace davo {
 
 namespace {

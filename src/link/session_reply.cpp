@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "link/session_reply.h"
 
-#include <utility>
-
 #include "common/text.h"
 
 namespace davo {

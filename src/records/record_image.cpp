@@ -5,7 +5,6 @@
 #include <array>
 
 #include "common/numbers.h"
-#include "common/text.h"
 
 namespace davo {
 

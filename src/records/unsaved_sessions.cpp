@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/unsaved_sessions.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -11,7 +10,6 @@
 
 #include "common/files.h"
 #include "common/places.h"
-#include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/capture_file.h"
 

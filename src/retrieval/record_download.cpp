@@ -10,7 +10,6 @@
 #include "common/run_time_error.h"
 #include "common/text.h"
 #include "records/directory_entry.h"
-#include "records/directory_file.h"
 #include "records/record_name.h"
 
 namespace davo {

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "common/text.h"
 #include "records/record_image.h"
 
 namespace davo {
