@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/session_journal.h"
 
+#include <algorithm>
+#include <array>
 #include <random>
 
 #include "tests/records/captures.h"
@@ -60,6 +62,40 @@ TEST_F(SessionJournalTest, GivesAnyBytesBack) {
     ExpectSame(SessionJournal::Read(path), FullJournal());
     SessionJournal().Write(path);
     ExpectSame(SessionJournal::Read(path), SessionJournal());
+}
+
+// Earlier releases escape "%" and what is no printable ASCII character, and nothing else.
+TEST_F(SessionJournalTest, ThatOfAnEarlierReleaseIsReadWhole) {
+    PutFile(path,
+            "DAVO SESSION 1\r\n"
+            "DATE: 11/21/26\r\n"
+            "TIME: 09:32\r\n"
+            "COMPANY: Power & Light, Ltd. \r\n"
+            "STATION: Hilltop (bay 4)     \r\n"
+            "CIRCUIT: Feeder 4; \"B\"\r\n"
+            "MFR: M%FCller\r\n"
+            "MODEL: CT-600/5+1\r\n"
+            "SN: #00012345\r\n"
+            "COMMENTS: 100%25 ~ ok? {a|b}\r\n"
+            "OPERATOR: J. O'Neill\r\n"
+            "NOTES: one%0D%0ACHECK: 50 %25 @ 2 %B5s%0D%0A%09two\r\n"
+            "PENDING: DATA%0D%0A0A0B%0D%0ADONE%0D%0AMEASURED RATIO: 241.2%0D%0A%0D%0A\r\n"
+            "SHOTS: 2\r\n"
+            "SAVED: 0\r\n"
+            "CHECK: 9a4851aaf6c16229e04937ae872720b9c7e71082\r\n");
+    SessionJournal earlier;
+    earlier.header.headerFields[kHeaderDate] = "11/21/26";
+    earlier.header.headerFields[kHeaderTime] = "09:32";
+    const std::array<const char*, kHeaderFieldCount> fields = {
+        "Power & Light, Ltd. ", "Hilltop (bay 4)     ",
+        "Feeder 4; \"B\"",      "M\xFCller",
+        "CT-600/5+1",           "#00012345",
+        "100% ~ ok? {a|b}",     "J. O'Neill"};
+    std::ranges::copy(fields, earlier.header.Fields().begin());
+    earlier.testNotes = "one\r\nCHECK: 50 % @ 2 \xB5s\r\n\ttwo";
+    earlier.pendingShot = "DATA\r\n0A0B\r\nDONE\r\nMEASURED RATIO: 241.2\r\n\r\n";
+    earlier.shotsInCapture = 2;
+    ExpectSame(SessionJournal::Read(path), earlier);
 }
 
 TEST_F(SessionJournalTest, IsPlainText) {
