@@ -116,7 +116,10 @@ void frmMain::ConnectMenu() {
     on(menu_.mnuSetHeaderFile, [this] {
         WithFileDisabled([this] { ShowChild(forms_.headerSetup, *menu_.mnuSetHeaderFile, home_); });
     });
-    on(menu_.mnuSetDescr, [this] { mnuSetDescr_Click(); });
+    on(menu_.mnuSetDescr, [this] {
+        state_.directory.recordsFromInstrument = false;
+        ShowRecords(forms_.recordHeaders, *menu_.mnuSetDescr);
+    });
     on(menu_.mnuFileUtil,
        [this] { ShowFileWindow(ListCaller::FileUtilities, *menu_.mnuFileUtil); });
     on(menu_.mnuConfig, [this] { mnuConfig_Click(); });
@@ -164,10 +167,6 @@ void frmMain::Form_Load() {
     ShowFacts();
     factsTimer_.start();
     home_->findChild<QWidget*>(QStringLiteral("cmdBoth"))->setFocus();
-}
-
-bool frmMain::HasRecords() const {
-    return listedRecords_ > 0;
 }
 
 // --- Menu ---------------------------------------------------------------------------------------
@@ -220,11 +219,6 @@ void frmMain::ShowFileWindow(ListCaller caller, const QAction& item) {
         if (!listing.unread.isEmpty())
             services_.prompts.Message(UnreadText(listing, state_.settings.dataPath));
     });
-}
-
-void frmMain::mnuSetDescr_Click() {
-    state_.directory.recordsFromInstrument = false;
-    ShowRecords(forms_.recordHeaders, *menu_.mnuSetDescr);
 }
 
 void frmMain::mnuConfig_Click() {
@@ -411,7 +405,7 @@ void frmMain::EnableWorking(bool enabled) {
     if (enabled == menu_.working->isEnabled()) return;
     // A button that is disabled hands the focus on.
     if (!enabled) focusBefore_ = focusWidget();
-    menu_.EnableWorking(enabled);
+    menu_.working->setEnabled(enabled);
     home_->Sessions().setEnabled(enabled);
     if (enabled && focusBefore_ != nullptr && focusBefore_->isVisible()) focusBefore_->setFocus();
 }

@@ -58,7 +58,6 @@ class frmMain : public QMainWindow {
 
     void mnuRecall_Click();
     void mnuDownload_Click();
-    void mnuSetDescr_Click();
     void mnuConfig_Click();
     void mnuExit_Click();
     void mnuAbout_Click();
@@ -71,7 +70,7 @@ class frmMain : public QMainWindow {
     void ListRecords();
     // The same, and enables the items that need records.
     void ListAgain();
-    bool HasRecords() const;
+    bool HasRecords() const { return listedRecords_ > 0; }
     // Sets a session that was never saved aside, and shows all of them on the start page.
     void OfferSessions();
     void SaveSession(const UnsavedSession& session);

@@ -86,10 +86,6 @@ bool MainMenu::FileEnabled() const {
     return mnuFile->menuAction()->isEnabled();
 }
 
-void MainMenu::EnableWorking(bool enabled) {
-    working->setEnabled(enabled);
-}
-
 void MainMenu::EnableRecordItems(bool enabled) {
     for (QAction* item : {mnuFileUtil, mnuOverlay, mnuSetDescr})
         item->setEnabled(enabled);

@@ -32,15 +32,13 @@ struct MainMenu {
     QAction* mnuExit;
     QAction* mnuAbout;
 
-    QActionGroup* working;  // the items that do nothing while one of them waits
+    // A waiting item keeps all from working but Exit and the markers: these are in the group. Each
+    // that was disabled before stays so.
+    QActionGroup* working;
 
     // Disabled, the menu also closes: under its open items a window opens.
     void EnableFile(bool enabled);
     bool FileEnabled() const;
-
-    // A waiting item keeps all from working but Exit and the markers. Each that was disabled
-    // before stays so.
-    void EnableWorking(bool enabled);
 
     // The items that work on saved records: File Utilities, Overlay 2 Tests and Test Record Header
     // Information.

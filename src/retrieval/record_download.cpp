@@ -215,7 +215,10 @@ DownloadEnd RecordDownload::DownloadRecord(std::size_t index, DownloadResult& re
             link_.OnReplyGrows, [&](std::size_t bytes) { TellProgress(index, bytes); });
         if (const auto ended = Exchange("R", kReplyEnd, reply)) return *ended;
     }
-    WriteRecord(entry, *target, ByScratchFile(reply), result);
+    // By way of the scratch file, where it can be looked at when a record seems odd.
+    const QString scratch = scratchFolder_ + QLatin1String(kRecordScratchFileName);
+    ReplaceFile(scratch, reply);
+    WriteRecord(entry, *target, ReadWholeFile(scratch), result);
     next_ = index + 1;
     return DownloadEnd::Complete;
 }
@@ -273,13 +276,6 @@ std::optional<DownloadEnd> RecordDownload::WhyEnded() const {
     if (!link_.State().portOpen) return DownloadEnd::Lost;
     if (leaving_) return DownloadEnd::Left;
     return std::nullopt;
-}
-
-// The reply by way of the scratch file, where it can be looked at when a record seems odd.
-std::string RecordDownload::ByScratchFile(const std::string& reply) const {
-    const QString path = scratchFolder_ + QLatin1String(kRecordScratchFileName);
-    ReplaceFile(path, reply);
-    return ReadWholeFile(path);
 }
 
 bool RecordDownload::MayWriteInPart(const std::string& name, const QString& remark) {

@@ -76,7 +76,6 @@ class RecordDownload {
     std::optional<DownloadEnd> Exchange(std::string_view command, std::string_view expectedReply,
                                         std::string& reply);
     std::optional<DownloadEnd> WhyEnded() const;
-    std::string ByScratchFile(const std::string& reply) const;
     void WriteRecord(const std::string& entry, const std::string& name, const std::string& reply,
                      DownloadResult& result);
     // Whether what came of a record, which remark says is not whole, may be written under name.

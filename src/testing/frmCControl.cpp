@@ -94,8 +94,14 @@ void frmCControl::ConnectEvents() {
         connect(&timer, &QTimer::timeout, this, act);
     };
     every(kPollInterval, Timer1_, [this] { Timer1_Timer(); });
-    every(kClockInterval, timDateTime_, [this] { timDateTime_Timer(); });
-    every(kLookInterval, lookAround_, [this] { LookAround(); });
+    every(kClockInterval, timDateTime_, [this] {
+        handlers_.RunAlone([this] { sequence_.timDateTime_Timer(); });
+        if (painted_.lblTime != sequence_.Screen().lblTime) Refresh();
+    });
+    every(kLookInterval, lookAround_, [this] {
+        handlers_.RunAlone([this] { sequence_.LookAround(); });
+        Refresh();
+    });
     every(kBeepInterval, timBeep_, [this] {
         handlers_.RunAlone([this] { sequence_.timBeep_Timer(); });
         Refresh();
@@ -115,7 +121,11 @@ void frmCControl::ListenToLink(bool listens) {
     link.OnLost = nullptr;
     if (!listens) return;
     link.OnTextWaiting = [this] { Timer1_Timer(); };
-    link.OnLost = [this] { PortLost(); };
+    link.OnLost = [this] {
+        handlers_.Run([this] { sequence_.PortLost(); });
+        ShowCurve();
+        Refresh();
+    };
 }
 
 void frmCControl::Form_Load() {
@@ -131,13 +141,11 @@ void frmCControl::showEvent(QShowEvent* event) {
     shown_ = true;
     // Esc is to work wherever the focus is, on the menu bar too.
     window()->installEventFilter(this);
-    QTimer::singleShot(0, this, [this] { ResetTestWindow(); });
-}
-
-void frmCControl::ResetTestWindow() {
-    handlers_.RunAlone([this] { sequence_.ResetTestWindow(); });
-    Refresh();
-    if (!closing_) controls_.cmdStart->setFocus();
+    QTimer::singleShot(0, this, [this] {
+        handlers_.RunAlone([this] { sequence_.ResetTestWindow(); });
+        Refresh();
+        if (!closing_) controls_.cmdStart->setFocus();
+    });
 }
 
 void frmCControl::TakeTyped() {
@@ -205,16 +213,6 @@ void frmCControl::Timer1_Timer() {
         sequence_.Timer1_Timer();
     });
     ShowCurve();
-    Refresh();
-}
-
-void frmCControl::timDateTime_Timer() {
-    handlers_.RunAlone([this] { sequence_.timDateTime_Timer(); });
-    if (painted_.lblTime != sequence_.Screen().lblTime) Refresh();
-}
-
-void frmCControl::LookAround() {
-    handlers_.RunAlone([this] { sequence_.LookAround(); });
     Refresh();
 }
 
@@ -322,12 +320,6 @@ bool frmCControl::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
-void frmCControl::PortLost() {
-    handlers_.Run([this] { sequence_.PortLost(); });
-    ShowCurve();
-    Refresh();
-}
-
 void frmCControl::Refresh() {
     Paint();
     const auto run = [this](QTimer& timer, bool wanted) {
@@ -343,7 +335,9 @@ void frmCControl::Refresh() {
     run(lookAround_, true);
     if (closing_ || handlers_.Running()) return;
     if (closeWanted_) {
-        CloseNow();
+        closing_ = true;
+        Refresh();
+        CloseForm(*this);
     } else if (lostFocusDue_ != nullptr) {
         Act(std::exchange(lostFocusDue_, nullptr));
     }
@@ -409,12 +403,6 @@ void frmCControl::closeEvent(QCloseEvent* event) {
     // Closing by the window's frame is the exit button; questions are asked outside this event.
     event->ignore();
     QTimer::singleShot(0, this, [this] { Exit(); });
-}
-
-void frmCControl::CloseNow() {
-    closing_ = true;
-    Refresh();
-    CloseForm(*this);
 }
 
 void frmCControl::Form_Unload() {

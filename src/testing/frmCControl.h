@@ -56,12 +56,8 @@ class frmCControl : public QWidget {
     void ViewResults(const QString& savedFile);
     void cmdHeader_Click();
     void Timer1_Timer();
-    void timDateTime_Timer();
-    void LookAround();
     void Form_KeyDown();
     void Form_Unload();
-    void ResetTestWindow();
-    void PortLost();
 
     void TakeTyped();
     // Shows the sequence's screen, runs the timers that it wants, and does what had to wait for
@@ -74,7 +70,6 @@ class frmCControl : public QWidget {
     void ShowCurve();
     void LeaveFocusSafely(const ShotScreen& next);
     void FocusControl(const char* name);
-    void CloseNow();
 
     ShotSequence sequence_;
     Settings& settings_;
