@@ -447,10 +447,6 @@ void frmConfig::LookAround() {
     handlers_.Run([this] { ShowPort(); });
 }
 
-void frmConfig::ShowPort() {
-    ListPorts(ChosenRow());
-}
-
 void frmConfig::ShowNumber() {
     const QString device = ChosenDevice();
     const bool named = !devices_.NeedsAssignment();

@@ -36,7 +36,7 @@ class frmConfig : public QDialog {
     void Form_Load();
 
     // What has become of the port, and what is plugged in.
-    void ShowPort();
+    void ShowPort() { ListPorts(ChosenRow()); }
 
     // A port is open for a test of its connection, in the place of the one in use.
     bool Trying() const { return trying_; }

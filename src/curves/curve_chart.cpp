@@ -45,8 +45,6 @@ CurveChart::CurveChart(QWidget* parent) : QWidget(parent) {
     plot_->TakeColours(ColoursOn(palette()));
 }
 
-CurveChart::~CurveChart() = default;
-
 // What the keys do, for hands.
 QWidget* CurveChart::BuildTools() {
     struct Tool {

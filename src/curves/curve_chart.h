@@ -20,7 +20,6 @@ class HandsOnPlot;
 class CurveChart : public QWidget {
   public:
     explicit CurveChart(QWidget* parent = nullptr);
-    ~CurveChart() override;
 
     // Replaces everything that is drawn; the axes hold all points. A decade of amperes is as long
     // as one of volts; in a chart that is only looked at the axes have whole decades. Paints later,

@@ -311,14 +311,6 @@ void Link::EndWait() {
     Wake();
 }
 
-void Link::Output(std::string_view bytes) {
-    if (state_.portOpen) port_.Output(bytes);
-}
-
-std::string Link::Input() {
-    return state_.portOpen ? port_.Input() : std::string();
-}
-
 void Link::PortEvent(CommEvent event) {
     if (event == CommEvent::Received) {
         state_.receiveChunk = port_.Input();

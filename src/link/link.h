@@ -116,8 +116,10 @@ class Link {
 
     // For the test session, which polls by itself: what is sent and what is waiting. An Output
     // while an exchange waits is sent all the same.
-    void Output(std::string_view bytes);
-    std::string Input();
+    void Output(std::string_view bytes) {
+        if (state_.portOpen) port_.Output(bytes);
+    }
+    std::string Input() { return state_.portOpen ? port_.Input() : std::string(); }
 
     LinkState& State() { return state_; }
     const LinkState& State() const { return state_; }

@@ -141,10 +141,6 @@ void LiveCurve::LoseShot() {
     ShowAllAgain();
 }
 
-bool LiveCurve::Wanted() const {
-    return !ratioOnly_ && (saturation_ || complete_ || !earlier_.empty());
-}
-
 void LiveCurve::ShowSoon() {
     if (!soon_.isActive()) soon_.start();
 }

@@ -44,7 +44,7 @@ class LiveCurve {
     void LoseShot();
 
     // Whether there is something to show, had the window room for it.
-    bool Wanted() const;
+    bool Wanted() const { return !ratioOnly_ && (saturation_ || complete_ || !earlier_.empty()); }
 
     // Those of the shot that is complete, "N/A" where its record cannot be read; none without a
     // saturation test.

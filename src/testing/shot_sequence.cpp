@@ -36,8 +36,6 @@ QString NotSafeText(const QString& refused) {
 
 }  // namespace
 
-ShotSequence::ShotSequence(const TestSurroundings& around) : around_(around) {}
-
 void ShotSequence::Form_Load() {
     around_.session.firstShot = true;
     around_.session.testNotes.clear();
@@ -209,10 +207,6 @@ void ShotSequence::cmdCancel_Click() {
     }
 }
 
-bool ShotSequence::RepeatOffered() const {
-    return shot_.screen.cmdContinue.text == kCaptionRepeat;
-}
-
 void ShotSequence::EscapePressed() {
     shot_.polling = false;
     around_.link.Output(kEscape);
@@ -236,14 +230,6 @@ void ShotSequence::PortLost() {
     shot_.screen.cmdExit.enabled = true;
     shot_.screen.cmdHeader.enabled = true;
     shot_.screen.cmdStart.enabled = true;
-}
-
-void ShotSequence::txtHVolt_LostFocus() {
-    UpdateNameplateRatio();
-}
-
-void ShotSequence::txtXVolt_LostFocus() {
-    UpdateNameplateRatio();
 }
 
 void ShotSequence::timDateTime_Timer() {

@@ -24,7 +24,7 @@ inline constexpr std::size_t kMostExaminedAtOnce = 256 * kSessionBlock;
 // prompts. Operations throw RunTimeError; the window catches it once.
 class ShotSequence : public ShotHooks {
   public:
-    explicit ShotSequence(const TestSurroundings& around);
+    explicit ShotSequence(const TestSurroundings& around) : around_(around) {}
 
     // Events of the window, by their own names.
     void Form_Load();
@@ -37,8 +37,8 @@ class ShotSequence : public ShotHooks {
     // start it again. What the shot showed goes, the session's shots stay. The window says so until
     // the port is open again, which is tried once a second.
     void PortLost();
-    void txtHVolt_LostFocus();
-    void txtXVolt_LostFocus();
+    void txtHVolt_LostFocus() { UpdateNameplateRatio(); }
+    void txtXVolt_LostFocus() { UpdateNameplateRatio(); }
     void timDateTime_Timer();
     void timBeep_Timer();
     // Once a second, whether or not the timers run: whether a lost port is back, and the capture
@@ -79,7 +79,7 @@ class ShotSequence : public ShotHooks {
     int TestState() const { return shot_.testState; }
     bool Saturating() const { return shot_.saturating; }
     // cmdContinue would drop the shot that is complete.
-    bool RepeatOffered() const;
+    bool RepeatOffered() const { return shot_.screen.cmdContinue.text == kCaptionRepeat; }
     // What has happened since this was called last.
     std::vector<ShotEvent> TakeEvents() { return std::exchange(shot_.events, {}); }
     SessionReply& Reply() { return shot_.reply; }

@@ -88,10 +88,6 @@ void FitLabel::mouseReleaseEvent(QMouseEvent* event) {
     if (call_ && event->button() == Qt::LeftButton && rect().contains(event->pos())) call_();
 }
 
-int FitLabel::LeastPixelSize() const {
-    return PixelSizeForCapitals(font(), leastCapitals_, *this);
-}
-
 int FitLabel::Margin() const {
     return kMargin + (alert_ ? kAlertFrame : 0);
 }
@@ -132,10 +128,6 @@ int FitLabel::FittedPixelSize() const {
         (fits(middle) ? low : high) = middle;
     }
     return low;
-}
-
-QSize FitLabel::sizeHint() const {
-    return minimumSizeHint();
 }
 
 QSize FitLabel::minimumSizeHint() const {

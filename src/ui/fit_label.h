@@ -30,11 +30,11 @@ class FitLabel : public QLabel {
 
     // The pixel size that the text is written in now.
     int FittedPixelSize() const;
-    int LeastPixelSize() const;
+    int LeastPixelSize() const { return PixelSizeForCapitals(font(), leastCapitals_, *this); }
     // Whether text can be written in the least size in a label of this size.
     bool HasRoomFor(const QString& text, QSize size) const;
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const override { return minimumSizeHint(); }
     QSize minimumSizeHint() const override;
 
   protected:
