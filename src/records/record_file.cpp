@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <optional>
 
-#include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
@@ -239,10 +238,6 @@ RecordFileHeader RecordFileHeader::Trimmed() const {
 TestRecordFile ParseTestRecordFile(std::string_view bytes, RecordSource source,
                                    std::size_t mostRecords) {
     return RecordFileReader(bytes, source, mostRecords).Read();
-}
-
-TestRecordFile ReadTestRecordFile(const QString& path, RecordSource source) {
-    return ParseTestRecordFile(ReadWholeFile(path), source);
 }
 
 void RequireHeader(const TestRecordFile& file) {

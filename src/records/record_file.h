@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QString>
 #include <array>
 #include <cstdint>
 #include <limits>
@@ -84,10 +83,6 @@ enum class RecordSource {
 TestRecordFile ParseTestRecordFile(
     std::string_view bytes, RecordSource source = RecordSource::RecordFile,
     std::size_t mostRecords = std::numeric_limits<std::size_t>::max());
-
-// ParseTestRecordFile of a file; throws the errors of ReadWholeFile too.
-TestRecordFile ReadTestRecordFile(const QString& path,
-                                  RecordSource source = RecordSource::RecordFile);
 
 // What shows tests has nothing to show of a file without a header: throws RunTimeError 62 for it.
 void RequireHeader(const TestRecordFile& file);

@@ -7,8 +7,8 @@
 #include <atomic>
 #include <future>
 
-#include "records/record_file.h"
 #include "tests/app/main_window.h"
+#include "tests/support/read_record.h"
 
 namespace davo::test {
 namespace {

@@ -2,10 +2,10 @@
 // Sessions that were never saved, as the start page offers them.
 #include <QStatusBar>
 
-#include "records/record_file.h"
 #include "records/unsaved_sessions.h"
 #include "tests/app/main_window.h"
 #include "tests/records/captures.h"
+#include "tests/support/read_record.h"
 
 namespace davo::test {
 namespace {

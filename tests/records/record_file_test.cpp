@@ -6,6 +6,7 @@
 #include "records/record_file_writer.h"
 #include "records/record_name.h"
 #include "tests/records/captures.h"
+#include "tests/support/read_record.h"
 #include "tests/support/result_number.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
@@ -254,11 +255,11 @@ TEST(ReadTestRecordFile, ReadsWhatWasWritten) {
     const QString capture = folder.Path("TESTFILE.txt");
     test::PutFile(capture, test::CaptureBlock(test::ImageWithPoints(4)));
     WriteTestRecordFile(u"T1.txt"_s, folder.Path(), capture, HeaderTable(), 1, "n");
-    const TestRecordFile file = ReadTestRecordFile(folder.Path("T1.txt"));
+    const TestRecordFile file = test::ReadTestRecordFile(folder.Path("T1.txt"));
     EXPECT_EQ(file.headers.at(0).testNumber, "T1");
     EXPECT_EQ(file.records.at(0).points.size(), 4U);
     EXPECT_THAT(file.notes, ElementsAre("n\r\n"));
-    EXPECT_EQ(test::NumberThrownBy([&] { ReadTestRecordFile(folder.Path("T2.txt")); }),
+    EXPECT_EQ(test::NumberThrownBy([&] { test::ReadTestRecordFile(folder.Path("T2.txt")); }),
               ErrorNumber::FileNotFound);
 }
 

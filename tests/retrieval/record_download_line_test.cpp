@@ -7,13 +7,13 @@
 #include <QTimer>
 
 #include "instrument/transformer.h"
-#include "records/record_file.h"
 #include "records/record_file_writer.h"
 #include "tests/records/captures.h"
 #include "tests/retrieval/record_download_rig.h"
 #include "tests/support/file_size_limit.h"
 #include "tests/support/instrument_link.h"
 #include "tests/support/random_seed.h"
+#include "tests/support/read_record.h"
 #include "tests/support/result_number.h"
 
 namespace davo::test {

@@ -5,8 +5,8 @@
 #include <QFileInfo>
 #include <algorithm>
 
-#include "records/record_file.h"
 #include "records/unsaved_sessions.h"
+#include "tests/support/read_record.h"
 #include "tests/testing/test_window.h"
 
 namespace davo::test {

@@ -5,8 +5,8 @@
 
 #include "common/places.h"
 #include "common/text.h"
-#include "records/record_file.h"
 #include "records/unsaved_sessions.h"
+#include "tests/support/read_record.h"
 #include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"
 
