@@ -69,10 +69,9 @@ QStringList NotesOn(const std::vector<const RecordFacts*>& records, std::size_t 
     for (const RecordFacts* record : records) {
         const std::size_t tests = record->tests.size() + record->testsLeft;
         if (tests > share && records.size() == 1) {
-            notes += QStringLiteral("%1 has %2 tests; the first %3 are shown.")
-                         .arg(FromPage(record->name))
-                         .arg(tests)
-                         .arg(share);
+            notes +=
+                QStringLiteral("%1 has %2 tests; the first %3 are shown.")
+                    .arg(FromPage(record->name), QString::number(tests), QString::number(share));
         }
         isCut = isCut || tests > share;
         if (record->controls == 0) continue;
@@ -105,9 +104,9 @@ QStringList NotWritten(const std::vector<const RecordFacts*>& records, std::size
     for (const RecordFacts* record : records) {
         if (record->testsLeft == 0) continue;
         said += QStringLiteral("%1 has %2 tests; the first %3 are written.")
-                    .arg(FromPage(record->name))
-                    .arg(record->tests.size() + record->testsLeft)
-                    .arg(record->tests.size());
+                    .arg(FromPage(record->name),
+                         QString::number(record->tests.size() + record->testsLeft),
+                         QString::number(record->tests.size()));
     }
     return said;
 }

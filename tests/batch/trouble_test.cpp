@@ -69,10 +69,10 @@ TEST(Trouble, OfARecordIsSaidAndTheOthersAreMade) {
 
 TEST(Trouble, OfMoreTestsThanAreReadIsSaid) {
     const test::TemporaryFolder folder;
-    PutRecord(folder, u"T1.txt"_s, test::FileText(201));
-    const Ended run = Report({u"--csv"_s, u"-"_s, u"T1.txt"_s}, folder.Path());
+    PutRecord(folder, u"T%2.txt"_s, test::FileText(201));
+    const Ended run = Report({u"--csv"_s, u"-"_s, u"T%2.txt"_s}, folder.Path());
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, Said("T1.txt: T1 has 201 tests; the first 200 are written."));
+    EXPECT_EQ(run.err, Said("T%2.txt: T%2 has 201 tests; the first 200 are written."));
     EXPECT_EQ(SplitLines(run.out).size(), 201U);
 }
 
