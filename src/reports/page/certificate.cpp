@@ -151,7 +151,15 @@ Certificate CertificateOf(const RecordFacts& record, std::optional<KneeRule> mar
     std::vector<CertifiedTest> tests;
     for (const RecordTest& test : record.tests)
         tests.push_back({&record, &test});
-    return CertificateOf(tests, marked);
+    Certificate page = CertificateOf(tests, marked);
+    if (!tests.empty()) return page;
+    page.subject = FromPage(record.name);
+    for (const RecordFileHeader& header : record.headers)
+        page.headers.push_back(FieldsOf(record, header));
+    page.notes += QStringLiteral("There is no test in it.");
+    for (const std::string& line : record.notes)
+        page.notes += FromPage(line);
+    return page;
 }
 
 }  // namespace davo

@@ -59,6 +59,16 @@ TEST(Certificate, HasTheTextsOfItsRecord) {
     EXPECT_EQ(page.curves[0].knees[0].text, u"29.9 V, 0.090 A"_s);
 }
 
+TEST(Certificate, OfARecordWithoutTestsNamesItAndSaysSo) {
+    const Certificate page = CertificateOfText(HeaderText() + "NOTES:\r\nfree, text\r\n");
+    EXPECT_EQ(page.Title(), u"T0012 - Test Certificate"_s);
+    ASSERT_EQ(page.headers.size(), 1U);
+    EXPECT_EQ(page.headers[0].at(3).text, u"Hilltop"_s);
+    EXPECT_EQ(page.notes, (QStringList{u"There is no test in it."_s, u"free, text"_s}));
+    EXPECT_EQ(PagesOf(page, Paper::A4).size(), 1U);
+    EXPECT_THAT(CertificateAsHtml(page, Paper::A4), HasSubstr("There is no test in it."));
+}
+
 TEST(Certificate, SaysADoubtOnce) {
     const Certificate page = CertificateOfText(FileText(3));
     ASSERT_FALSE(page.explained.isEmpty());
