@@ -25,6 +25,7 @@ constexpr int kMargin = 8;
 constexpr int kNumberPadding = 6;
 constexpr int kTitlePadding = 2;
 constexpr int kLegendIcon = 28;
+constexpr int kLegendPadding = 4;    // around the icons and the names
 constexpr int kLegendRows = 5;       // beside each other are more
 constexpr int kInsideRoom = 6;       // between the frame and what is inside of it
 constexpr double kMarkSlack = 1e-9;  // a mark at the axis' end is on it
@@ -148,6 +149,8 @@ CurvePlot::CurvePlot(QWidget* parent) : QCustomPlot(parent) {
         QMargins(kInsideRoom, kInsideRoom, kInsideRoom, kInsideRoom));
     axisRect()->insetLayout()->setInsetPlacement(0, QCPLayoutInset::ipFree);
     legend->setIconSize(kLegendIcon, legend->iconSize().height());
+    legend->setIconTextPadding(kLegendPadding);
+    legend->setMargins(QMargins(kLegendPadding, kLegendPadding, kLegendPadding, kLegendPadding));
     new Drawn(*axisRect(), QStringLiteral("axes"), 0, [this](QCPPainter& p) {
         p.setFont(font());
         DrawKneeMarks(p, knees_, colours_);

@@ -130,8 +130,13 @@ QRectF LegendPlace(QSizeF size, const QRectF& area, const std::vector<PlacedKnee
     constexpr int kSteps = 7;  // each way
     constexpr int kOnTable = 100;
     constexpr int kOfTheChosen = 4;
+    constexpr int kPointRoom = 6;  // for half of a point's marker
     const auto badness = [&](const QRectF& place) {
-        int bad = PointsIn(place, curves);
+        // To hide a point is worse than to touch its marker, and so is to hide a line between two.
+        const QRectF around = place.adjusted(-kPointRoom, -kPointRoom, kPointRoom, kPointRoom);
+        int bad = PointsIn(place, curves) + PointsIn(around, curves);
+        bad += CrossingsOf({place.topLeft(), place.bottomRight()}, curves);
+        bad += CrossingsOf({place.topRight(), place.bottomLeft()}, curves);
         if (!knees.empty()) bad += kOfTheChosen * PointsIn(place, {curves.front()});
         for (const PlacedKnee& knee : knees) {
             if (place.intersects(knee.row) || place.intersects(MarkerOf(knee))) bad += kOnTable;

@@ -81,6 +81,15 @@ TEST(Legend, IsWhereItHidesNoPoint) {
     EXPECT_EQ(LegendPlace(size, area, {}, {}).topLeft(), area.topLeft());
 }
 
+// A point's marker is larger than the point.
+TEST(Legend, IsWhereItTouchesNoMarker) {
+    const QRectF area(10, 10, 600, 400);
+    const QPolygonF curve({{213, 60}, {100, 114}, {600, 300}});
+    const QRectF place = LegendPlace({200, 100}, area, {}, {curve});
+    for (const QPointF& point : curve)
+        EXPECT_FALSE(place.adjusted(-5, -5, 5, 5).contains(point)) << point.x();
+}
+
 TEST(KneeMarks, HaveNoLineAcrossTheCurve) {
     // Falls back after its kneepoint: no corner can be reached from there.
     const QPolygonF around(
