@@ -6,13 +6,11 @@
 #include <QUrl>
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <iterator>
 
 #include "common/text.h"
 #include "records/directory_entry.h"
 #include "reports/chart_curve.h"
-#include "reports/log_axes.h"
+#include "reports/page/chart.h"
 #include "reports/record_texts.h"
 
 // Outside the namespace, because it names a function that the resource compiler makes there.
@@ -46,75 +44,15 @@ std::string NumberCell(const QString& text, const std::string& attributes = {}) 
     return TextCell(text, " class=\"n\"" + attributes);
 }
 
-std::string Number(double value) {
-    return QByteArray::number(value, 'f', 1).toStdString();
-}
-
-std::vector<double> Inside(std::vector<double> marks, LogSpan span) {
-    std::erase_if(marks, [span](double mark) {
-        return std::log10(mark) < span.low || std::log10(mark) > span.high;
-    });
-    return marks;
-}
-
-// The plane of the chart, with its axes.
-class Plane {
-  public:
-    Plane(LogSpan across, LogSpan up) : across_(across), up_(up) {}
-
-    std::string At(double current, double voltage) const {
-        return Number(X(current)) + ' ' + Number(Y(voltage));
+// The colours of the chart.
+std::string Inks() {
+    QString rules;
+    for (int i = 0; i < kInks; ++i) {
+        rules += QStringLiteral("svg .i%1{stroke:#%2}svg text.i%1,svg .f.i%1{fill:#%2}\n")
+                     .arg(i)
+                     .arg(PaperColour(i), 6, 16, QLatin1Char('0'));
     }
-    double X(double current) const {
-        return kLeft + (std::log10(current) - across_.low) / across_.Length() * (kRight - kLeft);
-    }
-    double Y(double voltage) const {
-        return kBottom - (std::log10(voltage) - up_.low) / up_.Length() * (kBottom - kTop);
-    }
-    std::string Axes() const;
-
-  private:
-    static constexpr double kLeft = 70;
-    static constexpr double kRight = 985;
-    static constexpr double kTop = 20;
-    static constexpr double kBottom = 520;
-
-    static std::string Text(double x, double y, const char* anchor, const QString& text) {
-        return "<text x=\"" + Number(x) + "\" y=\"" + Number(y) + "\" text-anchor=\"" + anchor +
-               "\">" + Escaped(text) + "</text>\n";
-    }
-    std::string Lines(const char* kind, const std::vector<double>& across,
-                      const std::vector<double>& up) const;
-
-    LogSpan across_;
-    LogSpan up_;
-};
-
-std::string Plane::Lines(const char* kind, const std::vector<double>& across,
-                         const std::vector<double>& up) const {
-    std::string path = std::string("<path class=\"") + kind + "\" d=\"";
-    for (const double at : across)
-        path += 'M' + Number(X(at)) + ' ' + Number(kTop) + 'V' + Number(kBottom);
-    for (const double at : up)
-        path += 'M' + Number(kLeft) + ' ' + Number(Y(at)) + 'H' + Number(kRight);
-    return path + "\"/>\n";
-}
-
-std::string Plane::Axes() const {
-    constexpr double kGap = 8;
-    constexpr double kHeight = 20;
-    const std::vector<double> across = Inside(AxisMarks(across_), across_);
-    const std::vector<double> up = Inside(AxisMarks(up_), up_);
-    std::string axes =
-        "<g class=\"grid\">\n" +
-        Lines("fine", Inside(FineMarks(across_), across_), Inside(FineMarks(up_), up_)) +
-        Lines("mark", across, up) + "</g>\n";
-    for (const double at : across)
-        axes += Text(X(at), kBottom + kHeight, "middle", ValueText(at));
-    for (const double at : up)
-        axes += Text(kLeft - kGap, Y(at) + kGap / 2, "end", ValueText(at));
-    return axes + Text(kRight, kBottom + 2 * kHeight, "end", QStringLiteral("Current (A)")) +
-           Text(kGap, kTop - kGap / 2, "start", QStringLiteral("Voltage (V)"));
+    return rules.toStdString();
 }
 
 }  // namespace
@@ -160,12 +98,13 @@ void SummaryPage::AddTest(const RecordFacts& record, const RecordTest& test,
         put(*text);
     rows_ += "</tr>\n";
 
-    Curve curve{tests_, record.name + " Test " + test.testNumber, {}, {}};
-    std::copy_if(test.points.begin(), test.points.end(), std::back_inserter(curve.points),
-                 CanBeDrawn);
-    if (curve.points.empty() || ++withCurve_ > kMostCurves) return;
-    const std::optional<CurvePoint> knee = FactOf(test, rule_).At();
-    if (knee && CanBeDrawn(*knee)) curve.knee.push_back(*knee);
+    if (std::none_of(test.points.begin(), test.points.end(), CanBeDrawn)) return;
+    if (++withCurve_ > kMostCurves) return;
+    ChartCurve curve{FromPage(record.name + " Test " + test.testNumber), test.points, {}};
+    curve.link = QStringLiteral("#t%1").arg(tests_);
+    const KneeFact& fact = FactOf(test, rule_);
+    if (const std::optional<CurvePoint> knee = fact.At())
+        curve.knees.push_back({rule_, *knee, PrintedText(fact)});
     curves_.push_back(std::move(curve));
 }
 
@@ -187,33 +126,8 @@ std::string SummaryPage::Counts() const {
 
 std::string SummaryPage::Chart() const {
     if (curves_.empty()) return {};
-    std::vector<double> currents;
-    std::vector<double> voltages;
-    for (const Curve& curve : curves_) {
-        for (const auto* points : {&curve.points, &curve.knee}) {
-            for (const CurvePoint& point : *points) {
-                currents.push_back(point.current);
-                voltages.push_back(point.voltage);
-            }
-        }
-    }
-    const Plane plane(SpanAround(currents), SpanAround(voltages));
-    std::string svg =
-        "<svg viewBox=\"0 0 1000 570\" role=\"img\" aria-label=\"Excitation curves\">\n" +
-        plane.Axes();
-    for (const Curve& curve : curves_) {
-        std::string path;
-        for (const CurvePoint& point : curve.points)
-            path += (path.empty() ? 'M' : 'L') + plane.At(point.current, point.voltage);
-        svg += "<a class=\"curve\" href=\"#t" + std::to_string(curve.row) + "\"><title>" +
-               Escaped(FromPage(curve.name)) + "</title><path d=\"" + path + "\"/>";
-        for (const CurvePoint& knee : curve.knee) {
-            svg += "<circle r=\"3\" cx=\"" + Number(plane.X(knee.current)) + "\" cy=\"" +
-                   Number(plane.Y(knee.voltage)) + "\"/>";
-        }
-        svg += "</a>\n";
-    }
-    return svg + "</svg>";
+    constexpr QSizeF kSize(200, 120);
+    return SvgOf(ChartOf(curves_, kSize), QStringLiteral("Excitation curves")).toStdString();
 }
 
 std::string SummaryPage::Html() const {
@@ -225,7 +139,7 @@ std::string SummaryPage::Html() const {
         unread_.empty() ? std::string() : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
     // No part has such a place in it: what a record says is escaped.
     constexpr std::string_view kPlace = "<!-- % -->";
-    for (const std::string& part : {Counts(), Chart(), rows_, unread})
+    for (const std::string& part : {Inks(), Counts(), Chart(), rows_, unread})
         page.replace(page.find(kPlace), kPlace.size(), part);
     return page;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "reports/chart_curve.h"
 #include "reports/record_facts.h"
 
 namespace davo {
@@ -26,13 +27,6 @@ class SummaryPage {
     std::string Html() const;
 
   private:
-    struct Curve {
-        std::size_t row;
-        std::string name;
-        std::vector<CurvePoint> points;
-        std::vector<CurvePoint> knee;  // one or none
-    };
-
     void AddTest(const RecordFacts& record, const RecordTest& test, const std::string& before,
                  const std::string& behind);
     std::string Counts() const;
@@ -42,7 +36,7 @@ class SummaryPage {
     const QDir folder_;
     std::string rows_;
     std::string unread_;
-    std::vector<Curve> curves_;  // of the first tests that have one
+    std::vector<ChartCurve> curves_;  // of the first tests that have one
     std::size_t records_ = 0;
     std::size_t tests_ = 0;
     std::size_t withCurve_ = 0;

@@ -41,6 +41,7 @@ struct ChartCurve {
     std::vector<CurvePoint> points;
     std::vector<KneeMark> knees;
     CurveLook look = CurveLook::Normal;
+    QString link = {};  // on a page, where a press on it leads
 };
 
 // The point of a curve that the pointer or the keys are at.

@@ -64,7 +64,10 @@ TEST(SummaryPage, DrawsTheFirstCurvesAndSaysIt) {
     EXPECT_THAT(html,
                 HasSubstr("<p>Records: 3. Tests: 450. The chart marks the kneepoints by IEEE 30; "
                           "it has the first 400 of 450 curves.</p>"));
+    EXPECT_THAT(html, HasSubstr("<a href=\"#t1\"><title>T1 Test 1</title><polyline "));
     EXPECT_THAT(html, HasSubstr("href=\"#t400\""));
+    // So many are thin.
+    EXPECT_THAT(html, Not(HasSubstr("stroke-width=\"0.45\"")));
     EXPECT_THAT(html, Not(HasSubstr("href=\"#t401\"")));
     EXPECT_THAT(html, HasSubstr("<tr id=\"t450\">"));
 }

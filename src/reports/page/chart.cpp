@@ -71,7 +71,9 @@ class ChartWriter {
     }
 
   private:
-    std::size_t LegendCurves() const { return curves_.size() > kMostInLegend ? 0 : curves_.size(); }
+    // Nobody follows one of so many by its colour.
+    bool IsCrowded() const { return curves_.size() > kMostInLegend; }
+    std::size_t LegendCurves() const { return IsCrowded() ? 0 : curves_.size(); }
     QString KneeLegend() const {
         for (const ChartCurve& curve : curves_) {
             if (!curve.knees.empty())
@@ -160,13 +162,16 @@ class ChartWriter {
                 Line(OutlineAt(at, 0.75, kCorners.at(index % kCorners.size())), InkOf(index), 0.1,
                      0, true);
         }
-        Line(std::move(line), InkOf(index), 0.45, DashOf(index));
+        Line(std::move(line), InkOf(index), IsCrowded() ? 0.15 : 0.45,
+             IsCrowded() ? 0 : DashOf(index));
+        drawing_.lines.back().name = curves_[index].name;
+        drawing_.lines.back().link = curves_[index].link;
     }
 
     void DrawKnee(const KneeMark& knee) {
         if (!CanBeDrawn(knee.at)) return;
         const QPointF at = At(knee.at);
-        Line(OutlineAt(at, 2, 4), kMarkInk, 0.5);
+        Line(OutlineAt(at, IsCrowded() ? 0.7 : 2, 4), kMarkInk, IsCrowded() ? 0.2 : 0.5);
         if (curves_.size() > 1) return;
         Text(at + QPointF(3, 4.5), knee.text, Anchor::Start, true, false, kMarkInk);
     }

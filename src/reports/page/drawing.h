@@ -26,6 +26,8 @@ struct DrawnLine {
     double width = 0.2;  // mm
     int dash = 0;        // 0 solid, 1 dashed, 2 dotted
     bool filled = false;
+    QString name = {};  // shown where the pointer is on it
+    QString link = {};  // where a press on it leads; empty: nowhere
 };
 
 struct DrawnText {
