@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStackedLayout>
+#include <QStringList>
 #include <QVBoxLayout>
 #include <algorithm>
 
