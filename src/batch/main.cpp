@@ -19,10 +19,11 @@ int main(int argc, char** argv) {
     }
     int onlyName = 1;
     if (options.pdf) {
-        // A certificate needs fonts, and those an application that could have windows. Options such
-        // as -platform are not for it.
+        // A certificate needs fonts, and those an application that could have windows, on a system
+        // whose fonts need a display by a plugin that has none. Options such as -platform are not
+        // for it.
         application.reset();
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", DAVO_FONT_PLATFORM);
         application = std::make_unique<QGuiApplication>(onlyName, argv);
     }
     return davo::RunBatch(options);
