@@ -180,10 +180,9 @@ class ChartWriter {
         const double top = area_.bottom() + kBelow - 1;
         int entry = 0;
         const auto place = [&] {
-            const QPointF at(area_.left() + entry % inRow_ * legendWidth_,
-                             top + entry / inRow_ * kLegendRow);
-            ++entry;
-            return at;
+            const int row = entry / inRow_;
+            const int column = entry++ % inRow_;
+            return QPointF(area_.left() + column * legendWidth_, top + row * kLegendRow);
         };
         const QPointF name(kLegendLine + 1, 1);
         if (curves_.size() > 1) {

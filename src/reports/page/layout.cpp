@@ -43,8 +43,8 @@ class Deal {
 
     std::vector<PageParts> Pages() {
         for (std::size_t i = 0; i < page_.headers.size(); ++i) {
-            const double height =
-                static_cast<double>((page_.headers[i].size() + 1) / 2) * kRowHeight + kGap;
+            const std::size_t rows = (page_.headers[i].size() + 1) / 2;
+            const double height = static_cast<double>(rows) * kRowHeight + kGap;
             Need(height);
             Put({Kind::Header, i, 0, 1, height});
         }
@@ -209,8 +209,10 @@ class PageWriter {
         constexpr double kCaptionWidth = 27;
         const std::size_t half = (fields.size() + 1) / 2;
         for (std::size_t i = 0; i < fields.size(); ++i) {
-            const double x = kPageMargin + (i < half ? 0 : width_ / 2);
-            const double y = y_ + static_cast<double>(i % half) * kRowHeight + 1;
+            const bool isRight = i >= half;
+            const std::size_t row = isRight ? i - half : i;
+            const double x = kPageMargin + (isRight ? width_ / 2 : 0);
+            const double y = y_ + static_cast<double>(row) * kRowHeight + 1;
             Text(x, y, fields[i].caption, kBodySize, Anchor::Start, false, kQuietInk);
             // The fields of a record are short; one that is not is made smaller.
             const double room = width_ / 2 - kCaptionWidth - 2;

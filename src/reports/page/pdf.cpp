@@ -51,6 +51,14 @@ void DrawText(QPainter& painter, const DrawnText& text) {
     painter.restore();
 }
 
+// Who made the certificate is its author; QPdfWriter knows a creator only. No byte may move,
+// because the file says where its parts are. The document's facts are before its text.
+void NameAuthor(QByteArray& bytes) {
+    const QByteArray creator = QByteArrayLiteral("\n/Creator ");
+    const qsizetype at = bytes.indexOf(creator);
+    if (at >= 0) bytes.replace(at, creator.size(), QByteArrayLiteral("\n/Author  "));
+}
+
 }  // namespace
 
 void WriteCertificatePdf(const Certificate& certificate, Paper paper, const QString& path) {
@@ -78,6 +86,7 @@ void WriteCertificatePdf(const Certificate& certificate, Paper paper, const QStr
                 DrawText(painter, text);
         }
     }
+    NameAuthor(bytes);
     ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
