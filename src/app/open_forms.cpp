@@ -88,7 +88,7 @@ OpenChild TestList(ProgramState& state, const ProgramServices& services, ListMod
 OpenChild RecordHeaderEditor(ProgramState& state, const ProgramServices& services) {
     return [&state, services](QMdiArea& area, const std::function<void()>& closed) {
         auto window = std::make_unique<frmSetDescr>(state.directory, state.settings.dataPath,
-                                                    services.prompts);
+                                                    state.settings.kneepointType, services.prompts);
         window->OnSaved = [main = area.window()](const QString& text) {
             constexpr int kShown = 8000;  // ms
             if (auto* frame = qobject_cast<QMainWindow*>(main))

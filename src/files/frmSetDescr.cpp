@@ -77,7 +77,8 @@ QString CutText(const QStringList& captions) {
 
 }  // namespace
 
-frmSetDescr::frmSetDescr(DirectoryTables& directory, const QString& dataPath, Prompts& prompts)
+frmSetDescr::frmSetDescr(DirectoryTables& directory, const QString& dataPath,
+                         const QString& kneepointType, Prompts& prompts)
     : directory_(directory), dataPath_(dataPath), prompts_(prompts), handlers_(prompts) {
     setObjectName(QStringLiteral("frmSetDescr"));
     setWindowTitle(QStringLiteral("TEST Directory"));
@@ -91,6 +92,7 @@ frmSetDescr::frmSetDescr(DirectoryTables& directory, const QString& dataPath, Pr
     column->addWidget(BuildLists(), 1);
     column->addWidget(BuildFrame());
     beside_ = new BesideRecords(controls, *lvTest_, 0.5, *cmdRecord, dataPath_, prompts_, this);
+    beside_->Panel().SetMarker(kneepointType);
     page->Body()->addWidget(beside_);
     Connect();
     ShowStates();

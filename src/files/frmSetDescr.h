@@ -31,8 +31,10 @@ class RecordList;
 // "TEST Directory": the header, the tests' texts and the notes of saved records.
 class frmSetDescr : public QWidget {
   public:
-    // directory is loaded already; dataPath ends with the separator. All must outlive the window.
-    frmSetDescr(DirectoryTables& directory, const QString& dataPath, Prompts& prompts);
+    // directory is loaded already; dataPath ends with the separator; kneepointType is the marker
+    // that a certificate has. directory, dataPath and prompts must outlive the window.
+    frmSetDescr(DirectoryTables& directory, const QString& dataPath, const QString& kneepointType,
+                Prompts& prompts);
     // Writes changes back that are unsaved still: the program ends.
     ~frmSetDescr() override;
 

@@ -41,7 +41,7 @@ class PanelInWindow : public PanelTest {
     }
     void ShowHeaders(QSize size) {
         Load();
-        Show(new frmSetDescr(directory, settings.dataPath, prompts), size);
+        Show(new frmSetDescr(directory, settings.dataPath, settings.kneepointType, prompts), size);
     }
     bool HasPanel() const { return FindIn<QWidget>(*window, "RecordPanel")->isVisible(); }
     void ExpectMnemonicsAreUnique() const {

@@ -46,7 +46,7 @@ class SetDescrWindow : public ::testing::Test, public DataFolder, public Control
 
     void Open() {
         ListRecords();
-        window = new frmSetDescr(directory, settings.dataPath, prompts);
+        window = new frmSetDescr(directory, settings.dataPath, settings.kneepointType, prompts);
         window->setAttribute(Qt::WA_DeleteOnClose);
         window->OnUnload = [this] { ++unloads; };
         window->Form_Load();
@@ -89,6 +89,18 @@ class SetDescrWindow : public ::testing::Test, public DataFolder, public Control
     QPointer<frmSetDescr> window;
     QPointer<QDialog> notepad;
 };
+
+TEST_F(SetDescrWindow, MarksTheChosenKneepointsInACertificate) {
+    settings.kneepointType = QLatin1String(kKneeIeee30);
+    Put("T3", FileText(1));
+    OpenAt("T3");
+    window->resize(1300, 700);  // room for the panel
+    const QString page = settings.dataPath + u"page.html"_s;
+    prompts.files = {page};
+    ASSERT_TRUE(QTest::qWaitFor([this] { return Find<QPushButton>("cmdSavePdf")->isEnabled(); }));
+    Click("cmdSavePdf");
+    EXPECT_THAT(ReadWholeFile(page), HasSubstr("Kneepoint by IEEE 30"));
+}
 
 TEST_F(SetDescrWindow, ShowsItsCaptionsAndTheRecords) {
     Open();

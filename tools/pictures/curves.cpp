@@ -70,7 +70,8 @@ class CurvePictures : public DataFolder {
         for (const auto& [name, mode] : {std::pair("utilities", FileUtilMode::FileUtilities),
                                          std::pair("overlay", FileUtilMode::Overlay)})
             Window(name, frmFileUtilOverlay(mode, {settings, directory, prompts, nullptr}));
-        Window("headers", frmSetDescr(directory, settings.dataPath, prompts));
+        Window("headers",
+               frmSetDescr(directory, settings.dataPath, settings.kneepointType, prompts));
     }
 
   private:

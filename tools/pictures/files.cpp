@@ -141,7 +141,8 @@ class RecordHeaderPictures : public FilesFolder {
     }
 
     void Take(const Album& album) {
-        auto* window = new frmSetDescr(directory, settings.dataPath, prompts);
+        auto* window =
+            new frmSetDescr(directory, settings.dataPath, settings.kneepointType, prompts);
         Show(window, [&](QWidget& main) {
             album.Grab(main, u"records"_s);
             auto* records = FindIn<QTreeWidget>(*window, "lvTest");
