@@ -37,11 +37,10 @@ QString SvgLine(const DrawnLine& line) {
     }
     QString style = line.filled ? QStringLiteral(" f") : QString();
     if (line.dash > 0) style += QStringLiteral(" d%1").arg(line.dash);
-    const QString svg =
-        QStringLiteral("<poly%1 class=\"i%2%3\" stroke-width=\"%4\" points=\"%5\"/>\n")
-            .arg(line.filled ? QStringLiteral("gon") : QStringLiteral("line"))
-            .arg(line.ink)
-            .arg(style, Short(line.width), points);
+    QString svg = QStringLiteral("<poly%1 class=\"i%2%3\" stroke-width=\"%4\" points=\"%5\"/>\n")
+                      .arg(line.filled ? QStringLiteral("gon") : QStringLiteral("line"))
+                      .arg(line.ink)
+                      .arg(style, Short(line.width), points);
     if (line.link.isEmpty()) return svg;
     return QStringLiteral("<a href=\"%1\"><title>%2</title>%3</a>\n")
         .arg(line.link.toHtmlEscaped(), line.name.toHtmlEscaped(), svg);
