@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <algorithm>
+#include <functional>
 #include <chrono>
 #include <cstdint>
 #include <utility>
@@ -402,7 +403,7 @@ void frmConfig::ListPorts(const std::optional<QString>& chosen) {
         return row;
     };
     std::vector<PresentPort> shown = present_;
-    std::ranges::stable_partition(shown, &PresentPort::usb);
+    std::stable_partition(shown.begin(), shown.end(), std::mem_fn(&PresentPort::usb));
     for (const PresentPort& port : shown) {
         const bool builtIn = !port.usb && !named;
         if (builtIn && !chkBuiltIn_->isChecked() && chosen != port.device) continue;
