@@ -15,9 +15,9 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <algorithm>
-#include <functional>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <utility>
 
 #include "app/port_labels.h"
