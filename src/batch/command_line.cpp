@@ -93,7 +93,7 @@ BatchOptions ParseCommandLine(const QStringList& arguments, std::optional<Comman
     BatchOptions options;
     QString wrong = parser.parse(arguments) ? QString() : parser.errorText();
     if (wrong.isEmpty() && parser.isSet(QStringLiteral("help"))) {
-        end = {0, parser.helpText()};
+        end = {0, parser.helpText().replace(arguments.front(), QStringLiteral("davo-report"))};
     } else if (wrong.isEmpty() && parser.isSet(QStringLiteral("version"))) {
         end = {0, QStringLiteral("davo-report %1\n").arg(QLatin1String(kVersion))};
     } else {

@@ -89,6 +89,7 @@ TEST(CommandLine, ShowsHelpAndVersion) {
           "--judge", "--no-heading", "--out", "--force", "--help", "--version"}) {
         EXPECT_THAT(help.out, HasSubstr(std::string("\n  ") + option + " "));
     }
+    EXPECT_THAT(help.out, StartsWith("Usage: davo-report [options] record-or-folder...\n"));
     for (const std::string& line : SplitLines(help.out))
         EXPECT_LE(line.size(), 80U) << line;
     const test::Ended version = test::Report({u"--version"_s});
