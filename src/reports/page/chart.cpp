@@ -171,7 +171,8 @@ class ChartWriter {
     void DrawKnee(const KneeMark& knee) {
         if (!CanBeDrawn(knee.at)) return;
         const QPointF at = At(knee.at);
-        Line(OutlineAt(at, IsCrowded() ? 0.7 : 2, 4), kMarkInk, IsCrowded() ? 0.2 : 0.5);
+        const bool isOneOfMany = curves_.size() > kMostWithMarkers;
+        Line(OutlineAt(at, isOneOfMany ? 0.7 : 2, 4), kMarkInk, isOneOfMany ? 0.2 : 0.5);
         if (curves_.size() > 1) return;
         Text(at + QPointF(3, 4.5), knee.text, Anchor::Start, true, false, kMarkInk);
     }

@@ -264,17 +264,20 @@ class PageWriter {
                   QPointF at, double width) {
         const QStringList lines = WrappedTo(cell.text, width - kCellRoom, kBodySize);
         const bool isNumber = table.columns[column].isNumber;
-        const double end = at.x() + width - kCellRoom;
+        const auto endOf = [&](const QString& line) {
+            return at.x() + width - kCellRoom -
+                   DecimalRoom(table, column, line) * kBodySize * kMillimetresPerPoint;
+        };
         double y = at.y();
         for (const QString& line : lines) {
-            const double room = DecimalRoom(table, column, line) * kBodySize * kMillimetresPerPoint;
-            Text(isNumber ? end - room : at.x(), y, line, kBodySize,
+            Text(isNumber ? endOf(line) : at.x(), y, line, kBodySize,
                  isNumber ? Anchor::End : Anchor::Start, column == 0);
             y += kRowHeight;
         }
+        // Marks are of numbers only.
         if (cell.mark > 0)
-            Text(end + 0.4, at.y() - 1.1, QString::number(cell.mark), 6, Anchor::Start, true,
-                 kMarkInk);
+            Text(endOf(lines.front()) + 0.4, at.y() - 1.1, QString::number(cell.mark), 6,
+                 Anchor::Start, true, kMarkInk);
     }
 
     void DrawLines(const QStringList& lines, const PagePart& part, double y, bool marked) {
