@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QDir>
 #include <QProcess>
 #include <QStringList>
 #include <string>
@@ -36,12 +37,15 @@ inline Ended Report(const QStringList& arguments, const QString& folder = {}) {
     return RunProgram(QStringLiteral(DAVO_REPORT), arguments, folder);
 }
 
-// A line of a shell in which $DAVO_REPORT is the program.
+// A line of a shell in which $DAVO_REPORT is the program. GNU parallel wants a home and a shell in
+// the environment, which a service does not have.
 inline Ended Shell(const QString& line, const QString& folder = {}) {
-    return RunProgram(QStringLiteral("/usr/bin/env"),
-                      {QStringLiteral("DAVO_REPORT=" DAVO_REPORT), QStringLiteral("bash"),
-                       QStringLiteral("-c"), line},
-                      folder);
+    return RunProgram(
+        QStringLiteral("/usr/bin/env"),
+        {QStringLiteral("DAVO_REPORT=" DAVO_REPORT),
+         QStringLiteral("HOME=") + QDir(folder).absolutePath(), QStringLiteral("SHELL=/bin/bash"),
+         QStringLiteral("bash"), QStringLiteral("-c"), line},
+        folder);
 }
 
 // Puts a record, with the folders that it is in. Nothing waits for the disk.

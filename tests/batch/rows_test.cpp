@@ -127,10 +127,11 @@ TEST(Rows, OfRunsOnSeveralMachinesAreThoseOfOne) {
     const std::string whole =
         Report({u"--csv"_s, u"-"_s, u"--no-heading"_s, u"in"_s}, folder.Path()).out;
     const Ended run = Shell(
-        u"chmod +x shell; find in -iname '*.txt' -print0 | "
-        "parallel --will-cite -0 -n 20 --ssh \"$PWD/shell\" -S 1/north,1/south "
-        "--workdir . $DAVO_REPORT --csv - --no-heading"_s,
+        u"chmod +x shell; "
+        "find in -iname '*.txt' -print0 | parallel --will-cite -0 -n 20 "
+        "--ssh \"$PWD/shell\" -S 1/north,1/south --workdir . $DAVO_REPORT --csv - --no-heading"_s,
         folder.Path());
+    EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(SortedLines(run.out), SortedLines(whole));
     EXPECT_THAT(SortedLines(ReadWholeFile(folder.Path("machines"))),
