@@ -6,8 +6,6 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPageSize>
-#include <QPdfWriter>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -22,10 +20,6 @@ namespace davo {
 
 namespace {
 
-constexpr int kPageDots = 96;
-constexpr double kPointsPerInch = 72;
-constexpr QSize kPage(1123, 794);      // A4 across at kPageDots
-constexpr int kPageMargin = 38;        // 10 mm: a printer does not reach the edge
 constexpr double kPictureWidth = 800;  // up to it a pixel of a picture is one of the screen
 constexpr QSize kToolSize(36, 34);
 constexpr int kToolRoom = 4;
@@ -127,26 +121,6 @@ void CurveChart::SavePng(const QString& path, QSize size) {
     const QSize drawn = (QSizeF(size) / scale).toSize();
     plot_->OnPaper([&] {
         plot_->toPixmap(drawn.width(), drawn.height(), scale).scaled(size).save(&buffer, "PNG");
-    });
-    ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
-}
-
-void CurveChart::SavePdf(const QString& path) {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QPdfWriter writer(&buffer);
-    writer.setResolution(kPageDots);
-    writer.setPageSize(QPageSize(QSizeF(kPage) * kPointsPerInch / kPageDots, QPageSize::Point));
-    writer.setPageMargins({});
-    constexpr QSize kDrawn = kPage - QSize(2 * kPageMargin, 2 * kPageMargin);
-    plot_->OnPaper([&] {
-        QCPPainter painter;
-        if (!painter.begin(&writer)) return;
-        painter.setMode(QCPPainter::pmVectorized);
-        painter.setMode(QCPPainter::pmNoCaching);
-        painter.translate(kPageMargin, kPageMargin);
-        plot_->toPainter(&painter, kDrawn.width(), kDrawn.height());
     });
     ReplaceFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }

@@ -45,11 +45,9 @@ class CurveChart : public QWidget {
     // The point nearest to the pointer, as it is shown; nothing when the pointer is away.
     std::optional<Crosshair> AtCrosshair() const;
 
-    // Writes what is shown, dark on white whatever the palette, without the crosshair. Size
-    // in pixels; the PDF is one page of vectors. Throws what ReplaceFile throws; a file that was
-    // there is then as it was.
+    // Writes what is shown, dark on white whatever the palette, without the crosshair. Size in
+    // pixels. Throws what ReplaceFile throws; a file that was there is then as it was.
     void SavePng(const QString& path, QSize size);
-    void SavePdf(const QString& path);
 
     // How often it was painted since it was made.
     int Paints() const;

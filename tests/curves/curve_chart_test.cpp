@@ -5,7 +5,6 @@
 #include <QFontMetrics>
 #include <QImage>
 #include <QLabel>
-#include <QRegularExpression>
 #include <QTest>
 #include <QWheelEvent>
 #include <cmath>
@@ -135,11 +134,6 @@ class Chart : public ::testing::Test {
             }
         }
         return false;
-    }
-    QByteArray WordsOfPdf(const char* how) {
-        const QString path = folder.Path("chart.pdf");
-        chart.SavePdf(path);
-        return OutputOf(u"pdftotext"_s, {QLatin1String(how), path, u"-"_s});
     }
 
     CurveChart chart;
@@ -354,45 +348,8 @@ TEST_F(Chart, DrawsALargerPictureLarger) {
     EXPECT_EQ(QImage(large).size(), QSize(1601, 1103));
 }
 
-// Where its words stand from the edges, in points: a printer does not reach the edge.
-TEST_F(Chart, LeavesThePageAMargin) {
-    const QString words = QString::fromUtf8(WordsOfPdf("-bbox"));
-    const auto number = [](const QString& text) { return text.toDouble(); };
-    static const QRegularExpression kPageSize(
-        QStringLiteral(R"re(<page width="([\d.]+)" height="([\d.]+)")re"));
-    const QRegularExpressionMatch page = kPageSize.match(words);
-    ASSERT_TRUE(page.hasMatch()) << words.toStdString();
-    static const QRegularExpression kWord(QStringLiteral(
-        R"re(<word xMin="([\d.]+)" yMin="([\d.]+)" xMax="([\d.]+)" yMax="([\d.]+)">)re"));
-    constexpr double kMargin = 28;
-    int count = 0;
-    for (auto word = kWord.globalMatch(words); word.hasNext(); ++count) {
-        const QRegularExpressionMatch at = word.next();
-        EXPECT_GE(number(at.captured(1)), kMargin);
-        EXPECT_GE(number(at.captured(2)), kMargin);
-        EXPECT_LE(number(at.captured(3)), number(page.captured(1)) - kMargin);
-        EXPECT_LE(number(at.captured(4)), number(page.captured(2)) - kMargin);
-    }
-    EXPECT_GT(count, 8);
-}
-
-TEST_F(Chart, SavesAPageOfWords) {
-    ChartCurve faint = One();
-    faint.name = u"Earlier"_s;
-    faint.look = CurveLook::Faint;
-    faint.knees.clear();
-    chart.SetCurves({One(), faint});
-    const std::string text = WordsOfPdf("-layout").toStdString();
-    for (const char* word :
-         {"Amperes", "Volts", "IEEE 30", "ASA 10/50", "105.0 V, 0.110 A", "Test 1", "0.1", "100"})
-        EXPECT_THAT(text, HasSubstr(word));
-    EXPECT_THAT(text, Not(HasSubstr("Earlier")));
-    EXPECT_THAT(ReadWholeFile(folder.Path("chart.pdf")), HasSubstr("/Count 1"));
-}
-
 TEST_F(Chart, SaysWhenItCannotBeWritten) {
     EXPECT_THROW(chart.SavePng(folder.Path("none/chart.png"), {100, 100}), RunTimeError);
-    EXPECT_THROW(chart.SavePdf(folder.Path("none/chart.pdf")), RunTimeError);
 }
 
 }  // namespace

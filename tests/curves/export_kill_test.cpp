@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Kills the saving of charts at every single change of the disk, before it, in the middle of a
-// write and after it.
+// Kills the saving of a chart and a certificate at every single change of the disk, before it, in
+// the middle of a write and after it.
 
 #include "common/files.h"
 #include "tests/support/in_the_way.h"
@@ -23,12 +23,12 @@ TEST(KilledExport, LeavesTheOldOrTheNewFile) {
         DAVO_KILL_EXPORT,
         [](const TemporaryFolder& folder) {
             ReplaceFile(folder.Path("chart.png"), "old");
-            ReplaceFile(folder.Path("chart.pdf"), "old");
+            ReplaceFile(folder.Path("page.pdf"), "old");
             return QStringList(folder.Path());
         },
         [](const TemporaryFolder& folder, const KilledRun& run) {
             const QString picture = folder.Path("chart.png");
-            const QString page = folder.Path("chart.pdf");
+            const QString page = folder.Path("page.pdf");
             ExpectOldOrWhole(picture, run.killed, "\x89PNG", std::string("IEND\xAE\x42\x60\x82"));
             ExpectOldOrWhole(page, run.killed, "%PDF", "%%EOF\n");
             QStringList left = AllNamesIn(folder.Path());

@@ -124,6 +124,22 @@ class Certificate(unittest.TestCase):
                     source = (FOLDER / f"{name}{paper}.html").read_text(encoding="utf-8")
                     self.assertEqual(source.count("<section>"), count)
 
+    def test_a_page_has_the_words_of_its_chart_and_a_margin(self):
+        for paper in ("", "-letter"):
+            path = self.path(f"T3{paper}.pdf")
+            words = output("pdftotext", "-layout", path, "-")
+            for word in ("Current in amperes", "Voltage in volts", "Kneepoint by", "Test 3", "0.1"):
+                self.assertIn(word, words)
+            boxes = output("pdftotext", "-bbox", path, "-")
+            for page in boxes.split("<page ")[1:]:
+                width, height = map(float, re.match(r'width="(.*?)" height="(.*?)"', page).groups())
+                found = re.findall(r'<word xMin="(.*?)" yMin="(.*?)" xMax="(.*?)" yMax="(.*?)"', page)
+                self.assertGreater(len(found), 8)
+                for box in found:
+                    left, top, right, bottom = map(float, box)
+                    # A printer does not reach the edge.
+                    self.assertGreaterEqual(min(left, top, width - right, height - bottom), 25, box)
+
     def test_fonts_are_embedded(self):
         for path in FOLDER.glob("*.pdf"):
             fonts = output("pdffonts", str(path)).splitlines()[2:]
