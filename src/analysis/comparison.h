@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "analysis/curve_point.h"
+#include "analysis/kneepoint.h"
+#include "analysis/smooth_knee.h"
+
+namespace davo {
+
+// A curve that is compared, with its kneepoint by a smooth curve: a number, a range or neither.
+struct ComparedCurve {
+    std::vector<CurvePoint> points;  // in any order; those that are not above zero do not count
+    std::optional<SmoothKnee> knee;
+    std::optional<KneeRange> range;
+};
+
+// The curve of points with its smooth kneepoint by a rule. Takes some milliseconds.
+ComparedCurve CurveToCompare(KneeRule rule, const std::vector<CurvePoint>& points);
+
+// How far a value of the measured curve is from the reference's, at one place of both.
+struct Deviation {
+    double at = 0;  // amperes where voltages are compared, volts where currents are
+    double ln = 0;  // ln(measured / reference)
+
+    double Percent() const;  // (measured - reference) / reference
+    bool operator==(const Deviation&) const = default;
+};
+
+// The two ends of a list of deviations.
+struct Extremes {
+    Deviation lowest;
+    Deviation highest;
+
+    // The one that is farther from the reference, in percent.
+    const Deviation& Worst() const;
+};
+
+// One of the two values over the whole common range of the other. Between its points a curve is a
+// straight line of ln V over ln I, so that no place in the range deviates more than the worst here.
+struct ComparedValue {
+    std::vector<Deviation> places;  // wherever a curve has a point, and at the knee; rising
+    Extremes all;
+    // Below and above the reference's kneepoint; nothing where it has none or none is there.
+    std::optional<Extremes> below;
+    std::optional<Extremes> above;
+};
+
+enum class NotCompared {
+    No,         // they are compared
+    FewPoints,  // fewer than three points of each in the common range
+    ShortRange  // the common currents span less than a quarter of a decade
+};
+
+// The smooth kneepoints of two curves.
+struct KneeDifference {
+    bool measuredHas = false;  // a number; false for a range and for none
+    bool referenceHas = false;
+    bool measuredIsRange = false;
+    bool referenceIsRange = false;
+    // Nothing unless both are numbers, in percent of the reference's.
+    std::optional<double> voltagePercent;
+    std::optional<double> currentPercent;
+    double uncertainPercent = 0;  // of the voltage, of both together; 19 of 20 are nearer
+};
+
+struct CurveComparison {
+    NotCompared reason = NotCompared::No;
+    double from = 0;  // common currents, amperes; 0 and 0 where there are none
+    double to = 0;
+    ComparedValue voltage;                 // at equal current; empty unless they are compared
+    std::optional<ComparedValue> current;  // at equal voltage; nothing where no voltages are common
+    KneeDifference knee;                   // also where the curves are not compared
+};
+
+// Compares a measured curve with a reference. Points of one current are one, their mean. For the
+// current at equal voltage, neighbours whose voltage does not rise are drawn together to their
+// mean, until the curve rises: which of them is wrong cannot be known.
+CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference);
+
+// The judgement of the voltage at equal current over the whole common range.
+enum class Verdict {
+    None,  // without a limit, or not compared
+    Within,
+    Beyond
+};
+Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent);
+
+// One sentence: the worst place with its number and the limit, or why the curves are not compared.
+std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent);
+
+// One sentence: how far the kneepoints are apart, or why that is not known. It has no verdict.
+std::string KneeSentenceOf(const KneeDifference& knee);
+
+// "3.1": a percentage without its sign, with as many decimals, one at least and four at most, as
+// tell it from the limit.
+std::string PercentText(double percent, std::optional<double> limitPercent = std::nullopt);
+
+// "below" or "above".
+std::string SideOf(double percent);
+
+// "0.20 A": a current with four decimals below 10 mA, three below 100 mA, two above.
+std::string AmperesText(double amperes);
+
+// "820 V": a voltage, with a decimal below 100 V.
+std::string VoltsText(double volts);
+
+// The voltage of a curve at a current, straight in ln V over ln I between its points; and the
+// current at a voltage. Nothing outside its points.
+std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes);
+std::optional<double> CurrentAt(const std::vector<CurvePoint>& points, double volts);
+
+}  // namespace davo

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Two curves beside each other: published pairs, places that can be told by hand, and sentences.
+
+#include "analysis/comparison.h"
+
+#include <array>
+#include <cmath>
+
+#include "tests/analysis/published_curves.h"
+#include "tests/support/testing.h"
+
+namespace davo {
+namespace {
+
+using Points = std::vector<CurvePoint>;
+
+CurveComparison ComparePoints(const Points& measured, const Points& reference) {
+    return CompareCurves({measured, {}, {}}, {reference, {}, {}});
+}
+
+Points PublishedPoints(const std::string& name) {
+    for (const test::PublishedCurve& curve : test::PublishedCurves())
+        if (curve.name == name) return curve.points;
+    return {};
+}
+
+// V = 100 I^0.5 at currents in equal ratios, times a and over b.
+Points Root(double from, double to, int count, double a = 1, double b = 1) {
+    Points points;
+    for (int k = 0; k < count; ++k) {
+        const double current = from * std::pow(to / from, k / (count - 1.0));
+        points.push_back({current * b, 100 * a * std::sqrt(current)});
+    }
+    return points;
+}
+
+TEST(Comparison, HasTheDeviationsThatWerePublished) {
+    const CurveComparison comparison = ComparePoints(PublishedPoints("B"), PublishedPoints("A"));
+    constexpr std::array kAmperes = {0.01, 0.02, 0.04, 0.08, 0.2, 0.5, 1.0, 2.0};
+    constexpr std::array kPercent = {-14.29, -22.73, 0.00, 0.00, 0.52, 1.01, 0.00, -0.95};
+    ASSERT_EQ(comparison.reason, NotCompared::No);
+    ASSERT_EQ(comparison.voltage.places.size(), kPercent.size());
+    for (std::size_t k = 0; k < kPercent.size(); ++k) {
+        EXPECT_NEAR(comparison.voltage.places[k].at, kAmperes.at(k), 1e-12);
+        EXPECT_NEAR(comparison.voltage.places[k].Percent(), kPercent.at(k), 0.01);
+    }
+    EXPECT_NEAR(comparison.from, 0.01, 1e-12);
+    EXPECT_NEAR(comparison.to, 2, 1e-12);
+    EXPECT_EQ(SentenceOf(comparison, 5),
+              "At 0.020 A the voltage is 22.7 % below the reference, beyond the limit of 5 %.");
+    EXPECT_EQ(SentenceOf(comparison, 25),
+              "At 0.020 A the voltage is 22.7 % below the reference; the limit is 25 %.");
+    EXPECT_EQ(SentenceOf(comparison, std::nullopt),
+              "At 0.020 A the voltage is 22.7 % below the reference.");
+}
+
+// Both have points where the other has none: at 0.02 and 0.05 A the line between the neighbours.
+TEST(Comparison, IsStraightBetweenThePointsOfBoth) {
+    const Points measured = {{0.01, 100}, {0.04, 400}, {0.16, 800}};
+    const Points reference = {{0.01, 100}, {0.02, 200}, {0.05, 480}, {0.2, 900}};
+    const CurveComparison comparison = ComparePoints(measured, reference);
+    ASSERT_EQ(comparison.voltage.places.size(), 5U);
+    EXPECT_NEAR(comparison.voltage.places[1].Percent(), 0, 1e-9);
+    const double at = 400 * std::pow(2, std::log(0.05 / 0.04) / std::log(4));
+    EXPECT_NEAR(comparison.voltage.places[3].Percent(), 100 * (at / 480 - 1), 1e-9);
+    EXPECT_NEAR(comparison.to, 0.16, 1e-12);
+    EXPECT_DOUBLE_EQ(VoltageAt(measured, 0.05).value_or(0), at);
+    EXPECT_NEAR(CurrentAt(measured, at).value_or(0), 0.05, 1e-12);
+    EXPECT_EQ(VoltageAt(measured, 0.2), std::nullopt);
+    EXPECT_EQ(VoltageAt(measured, 0), std::nullopt);
+    EXPECT_EQ(CurrentAt(measured, 99), std::nullopt);
+    EXPECT_EQ(CurrentAt({}, 99), std::nullopt);
+}
+
+TEST(Comparison, HasTheWorstBelowAndAboveTheKneeOfTheReference) {
+    Points reference = Root(0.01, 1, 9);
+    Points measured = reference;
+    measured[1].voltage *= 1.03;
+    measured[6].voltage *= 0.98;
+    measured[7].voltage *= 1.01;
+    const SmoothKnee knee{{0.1, 100 * std::sqrt(0.1)}, 0.5};
+    const CurveComparison comparison =
+        CompareCurves({measured, {}, {}}, {reference, knee, std::nullopt});
+    ASSERT_TRUE(comparison.voltage.below.has_value());
+    ASSERT_TRUE(comparison.voltage.above.has_value());
+    EXPECT_NEAR(comparison.voltage.below.value_or(Extremes()).Worst().Percent(), 3, 1e-9);
+    const Extremes above = comparison.voltage.above.value_or(Extremes());
+    EXPECT_NEAR(above.lowest.Percent(), -2, 1e-9);
+    EXPECT_NEAR(above.highest.Percent(), 1, 1e-9);
+    EXPECT_NEAR(above.Worst().at, measured[6].current, 1e-12);
+    // 3 % more voltage of V ~ I^0.5 is 5.7 % less current.
+    ASSERT_TRUE(comparison.current.has_value());
+    const ComparedValue current = comparison.current.value_or(ComparedValue());
+    EXPECT_NEAR(current.below.value_or(Extremes()).Worst().Percent(), 100 * (1 / (1.03 * 1.03) - 1),
+                0.5);
+    // Without a kneepoint there is no below and no above.
+    const CurveComparison without = ComparePoints(measured, reference);
+    EXPECT_EQ(without.voltage.below, std::nullopt);
+    EXPECT_EQ(without.voltage.above, std::nullopt);
+    EXPECT_NEAR(without.voltage.all.Worst().Percent(), 3, 1e-9);
+}
+
+TEST(Comparison, OrderZerosAndRepeatedCurrentsDoNotMatter) {
+    const Points reference = Root(0.01, 1, 9);
+    Points mixed = {{0, 10}, {0.5, 0}, {-1, -1}, {0.3, std::nan("")}, {INFINITY, 100}};
+    mixed.insert(mixed.begin(), reference.rbegin(), reference.rend());
+    mixed.push_back(reference[4]);
+    const CurveComparison comparison = ComparePoints(mixed, reference);
+    ASSERT_EQ(comparison.reason, NotCompared::No);
+    EXPECT_NEAR(comparison.voltage.all.Worst().Percent(), 0, 1e-9);
+    EXPECT_EQ(comparison.voltage.places.size(), reference.size());
+    // Two readings of one current are one, their mean.
+    Points twice = reference;
+    twice[4].voltage *= 1.02;
+    twice.push_back({reference[4].current, reference[4].voltage / 1.02});
+    EXPECT_NEAR(ComparePoints(twice, reference).voltage.all.Worst().Percent(), 0, 1e-9);
+}
+
+// The pair that falls is drawn together for the current at equal voltage only.
+TEST(Comparison, AFallingPairIsOnePlaceForTheCurrent) {
+    const Points falling = {{0.01, 100}, {0.04, 402}, {0.05, 400}, {0.2, 800}};
+    EXPECT_DOUBLE_EQ(VoltageAt(falling, 0.04).value_or(0), 402);
+    EXPECT_NEAR(CurrentAt(falling, std::sqrt(402.0 * 400)).value_or(0), std::sqrt(0.04 * 0.05),
+                1e-12);
+    double last = 0;
+    for (double volts = 100; volts < 800; volts += 0.5) {
+        const double current = CurrentAt(falling, volts).value_or(0);
+        EXPECT_GT(current, last) << volts;
+        last = current;
+    }
+    // One that falls all the way has no current at a voltage.
+    const Points down = {{0.1, 3}, {0.2, 2}, {0.4, 1}, {0.8, 0.5}};
+    const CurveComparison comparison = ComparePoints(down, down);
+    EXPECT_EQ(comparison.reason, NotCompared::No);
+    EXPECT_EQ(comparison.current, std::nullopt);
+}
+
+TEST(Comparison, CurvesWithTooLittleInCommonAreNotCompared) {
+    const Points reference = Root(0.1, 10, 21);
+    const auto reason = [&](const Points& measured) {
+        const CurveComparison comparison = ComparePoints(measured, reference);
+        EXPECT_EQ(ComparePoints(reference, measured).reason, comparison.reason);
+        EXPECT_EQ(VerdictOf(comparison, 5) == Verdict::None, comparison.reason != NotCompared::No);
+        return comparison.reason;
+    };
+    EXPECT_EQ(reason({}), NotCompared::FewPoints);
+    EXPECT_EQ(reason({{0.2, 50}, {0.9, 90}}), NotCompared::FewPoints);
+    EXPECT_EQ(reason({{0.2, 50}, {0.5, 70}, {0.9, 90}}), NotCompared::No);
+    EXPECT_EQ(reason(Root(0.001, 0.09, 20)), NotCompared::FewPoints);
+    EXPECT_EQ(reason(Root(0.001, 0.11, 20)), NotCompared::FewPoints);
+    // A quarter of a decade is a factor of 1.778.
+    EXPECT_EQ(reason(Root(1, 1.77, 9)), NotCompared::ShortRange);
+    EXPECT_EQ(reason(Root(1, 1.79, 9)), NotCompared::No);
+    EXPECT_EQ(reason(Root(1, std::pow(10, 0.25), 9)), NotCompared::No);
+    EXPECT_EQ(SentenceOf(ComparePoints({}, reference), 5),
+              "The curves are not compared: fewer than three points of each are at common "
+              "currents.");
+    EXPECT_EQ(SentenceOf(ComparePoints(Root(1, 1.7, 9), reference), 5),
+              "The curves are not compared: their common currents, 1.00 A to 1.70 A, are less "
+              "than a quarter of a decade.");
+}
+
+TEST(Comparison, TheVerdictGoesByTheUnroundedNumber) {
+    const Points reference = Root(0.01, 1, 9);
+    const auto of = [&](double factor) {
+        return ComparePoints(Root(0.01, 1, 9, factor), reference);
+    };
+    EXPECT_EQ(VerdictOf(of(1.05), 5), Verdict::Within);
+    EXPECT_EQ(VerdictOf(of(1.0500001), 5), Verdict::Beyond);
+    EXPECT_EQ(VerdictOf(of(0.95), 5), Verdict::Within);
+    EXPECT_EQ(VerdictOf(of(0.9499), 5), Verdict::Beyond);
+    EXPECT_EQ(VerdictOf(of(0.5), std::nullopt), Verdict::None);
+    // The number never contradicts the verdict.
+    EXPECT_THAT(
+        SentenceOf(of(1.0504), 5),
+        testing::EndsWith("the voltage is 5.04 % above the reference, beyond the limit of 5 %."));
+    EXPECT_THAT(
+        SentenceOf(of(1.0496), 4.98),
+        testing::EndsWith("the voltage is 4.96 % above the reference; the limit is 4.98 %."));
+    EXPECT_EQ(SentenceOf(of(1.0001), 5),
+              "At all common currents the voltage is the reference's to 0.1 %; the limit is 5 %.");
+    EXPECT_EQ(SentenceOf(of(1), std::nullopt),
+              "At all common currents the voltage is the reference's to 0.1 %.");
+    EXPECT_THAT(SentenceOf(of(1.0004), 0.01),
+                testing::EndsWith(
+                    "the voltage is 0.04 % above the reference, beyond the limit of 0.01 %."));
+}
+
+TEST(Comparison, SaysHowFarTheKneepointsAreApart) {
+    const SmoothKnee knee{{0.1, 400}, 4};
+    const SmoothKnee other{{0.12, 380}, 3.8};
+    const KneeRange range{300, 420};
+    const auto sentence = [](const ComparedCurve& measured, const ComparedCurve& reference) {
+        return KneeSentenceOf(CompareCurves(measured, reference).knee);
+    };
+    EXPECT_EQ(sentence({{}, other, {}}, {{}, knee, {}}),
+              "The kneepoint is 5.0 % below the reference's, give or take 1.4 %.");
+    EXPECT_EQ(sentence({{}, knee, {}}, {{}, {}, range}),
+              "The kneepoints are not compared: the reference has only a range.");
+    EXPECT_EQ(sentence({{}, {}, range}, {{}, knee, {}}),
+              "The kneepoints are not compared: the curve has only a range.");
+    EXPECT_EQ(sentence({{}, {}, {}}, {{}, knee, {}}),
+              "The kneepoints are not compared: the curve has none for certain.");
+    EXPECT_EQ(sentence({{}, knee, {}}, {{}, {}, {}}),
+              "The kneepoints are not compared: the reference has none for certain.");
+    const KneeDifference difference = CompareCurves({{}, other, {}}, {{}, knee, {}}).knee;
+    EXPECT_NEAR(difference.voltagePercent.value_or(0), -5, 1e-9);
+    EXPECT_NEAR(difference.currentPercent.value_or(0), 20, 1e-9);
+    EXPECT_NEAR(difference.uncertainPercent, std::sqrt(2), 1e-9);
+}
+
+TEST(Comparison, TakesTheSmoothKneepointNotTheRules) {
+    const ComparedCurve curve = CurveToCompare(KneeRule::Asa1050, PublishedPoints("D"));
+    ASSERT_TRUE(curve.knee.has_value());
+    const SmoothKnee knee = curve.knee.value_or(SmoothKnee());
+    EXPECT_NEAR(knee.at.voltage, 397, 4);  // the rule has 363.2 V
+    const ComparedCurve open = CurveToCompare(KneeRule::Ieee45, PublishedPoints("B"));
+    EXPECT_EQ(open.knee, std::nullopt);
+    EXPECT_TRUE(open.range.has_value());
+    EXPECT_EQ(CompareCurves(curve, curve).knee.voltagePercent, 0);
+}
+
+TEST(Comparison, NumbersThatAreFarTooLargeHaveASentence) {
+    const Points wild = {{1e-300, 1e-300}, {1e-200, 1e300}, {1, 1e308}, {1e300, 1e308}};
+    const Points tiny = {{1e-300, 1e-300}, {1e-200, 1e-300}, {1, 1e-308}, {1e300, 5e-324}};
+    EXPECT_NO_THROW(SentenceOf(ComparePoints(wild, tiny), 5));
+    EXPECT_NO_THROW(SentenceOf(ComparePoints(tiny, wild), 5));
+}
+
+TEST(Comparison, TextsOfValues) {
+    EXPECT_EQ(AmperesText(0.0012), "0.0012 A");
+    EXPECT_EQ(AmperesText(0.02), "0.020 A");
+    EXPECT_EQ(AmperesText(0.2), "0.20 A");
+    EXPECT_EQ(AmperesText(12.345), "12.35 A");
+    EXPECT_EQ(VoltsText(99.94), "99.9 V");
+    EXPECT_EQ(VoltsText(824.6), "825 V");
+    EXPECT_EQ(PercentText(-3.14), "3.1");
+}
+
+}  // namespace
+}  // namespace davo
