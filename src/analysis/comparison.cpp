@@ -2,12 +2,9 @@
 #include "analysis/comparison.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <utility>
-
-#include "common/numbers.h"
 
 namespace davo {
 
@@ -15,7 +12,7 @@ namespace {
 
 constexpr std::size_t kCommonPoints = 3;
 const double kQuarterDecade = std::log(10) / 4;
-constexpr double kRounding = 1e-9;  // of sums of logarithms, of a limit in percent
+constexpr double kRounding = 1e-9;  // of sums of logarithms
 
 // A curve in logarithms, rising in x: ln V over ln I, or ln I over ln V.
 struct Line {
@@ -217,9 +214,8 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
 }
 
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
-    if (!limitPercent || comparison.reason != NotCompared::No) return Verdict::None;
-    const double worst = std::abs(comparison.voltage.all.Worst().Percent());
-    return worst <= *limitPercent + kRounding ? Verdict::Within : Verdict::Beyond;
+    if (comparison.reason != NotCompared::No) return Verdict::None;
+    return VerdictOf(comparison.voltage.all.Worst().Percent(), limitPercent);
 }
 
 std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
@@ -237,60 +233,24 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
     const Deviation& worst = comparison.voltage.all.Worst();
     const double percent = worst.Percent();
     constexpr double kEqual = 0.05;  // percent; less is 0.0
-    std::string sentence = std::abs(percent) < kEqual && limitPercent.value_or(1) >= kEqual
-                               ? "At all common currents the voltage is the reference's to 0.1 %"
-                               : "At " + AmperesText(worst.at) + " the voltage is " +
-                                     PercentText(percent, limitPercent) + " % " + SideOf(percent) +
-                                     " the reference";
-    switch (VerdictOf(comparison, limitPercent)) {
-        case Verdict::None:
-            break;
-        case Verdict::Within:
-            sentence += "; the limit is " + GeneralNumber(limitPercent.value_or(0)) + " %";
-            break;
-        case Verdict::Beyond:
-            sentence += ", beyond the limit of " + GeneralNumber(limitPercent.value_or(0)) + " %";
-            break;
-    }
-    return sentence + ".";
+    const bool isEqual = std::abs(percent) < kEqual && limitPercent.value_or(1) >= kEqual;
+    const std::string end = LimitEnd(percent, limitPercent);
+    if (isEqual) return "At all common currents the voltage is the reference's to 0.1 %" + end;
+    return "At " + AmperesText(worst.at) + " the voltage is " + PercentText(percent, limitPercent) +
+           " " + SideOf(percent) + " the reference" + end;
 }
 
 std::string KneeSentenceOf(const KneeDifference& knee) {
     if (knee.voltagePercent) {
-        return "The kneepoint is " + PercentText(*knee.voltagePercent) + " % " +
+        return "The kneepoint is " + PercentText(*knee.voltagePercent) + " " +
                SideOf(*knee.voltagePercent) + " the reference's, give or take " +
-               PercentText(knee.uncertainPercent) + " %.";
+               PercentText(knee.uncertainPercent) + ".";
     }
     const bool isReference = !knee.referenceHas;
     const std::string whose = isReference ? "the reference" : "the curve";
     if (isReference ? knee.referenceIsRange : knee.measuredIsRange)
         return "The kneepoints are not compared: " + whose + " has only a range.";
     return "The kneepoints are not compared: " + whose + " has none for certain.";
-}
-
-std::string PercentText(double percent, std::optional<double> limitPercent) {
-    constexpr std::array kPictures = {"##0.0", "##0.00", "##0.000", "##0.0000"};
-    constexpr double kMost = 1e6;
-    const double size = std::min(std::abs(percent), kMost);
-    for (const char* picture : kPictures) {
-        const double shown = RoundByPicture(size, picture);
-        if (!limitPercent || (size > *limitPercent + kRounding) == (shown > *limitPercent))
-            return Picture(size, picture);
-    }
-    return Picture(size, kPictures.back());
-}
-
-std::string SideOf(double percent) {
-    return percent < 0 ? "below" : "above";
-}
-
-std::string AmperesText(double amperes) {
-    const char* picture = amperes < 0.01 ? "##0.0000" : amperes < 0.1 ? "##0.000" : "##0.00";
-    return Picture(amperes, picture) + " A";
-}
-
-std::string VoltsText(double volts) {
-    return Picture(volts, volts < 100 ? "##0.0" : "##0") + " V";
 }
 
 std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes) {

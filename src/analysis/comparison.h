@@ -7,6 +7,7 @@
 
 #include "analysis/curve_point.h"
 #include "analysis/kneepoint.h"
+#include "analysis/limits.h"
 #include "analysis/smooth_knee.h"
 
 namespace davo {
@@ -81,12 +82,8 @@ struct CurveComparison {
 // mean, until the curve rises: which of them is wrong cannot be known.
 CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference);
 
-// The judgement of the voltage at equal current over the whole common range.
-enum class Verdict {
-    None,  // without a limit, or not compared
-    Within,
-    Beyond
-};
+// The judgement of the voltage at equal current over the whole common range; None where the curves
+// are not compared.
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent);
 
 // One sentence: the worst place with its number and the limit, or why the curves are not compared.
@@ -94,19 +91,6 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
 
 // One sentence: how far the kneepoints are apart, or why that is not known. It has no verdict.
 std::string KneeSentenceOf(const KneeDifference& knee);
-
-// "3.1": a percentage without its sign, with as many decimals, one at least and four at most, as
-// tell it from the limit.
-std::string PercentText(double percent, std::optional<double> limitPercent = std::nullopt);
-
-// "below" or "above".
-std::string SideOf(double percent);
-
-// "0.20 A": a current with four decimals below 10 mA, three below 100 mA, two above.
-std::string AmperesText(double amperes);
-
-// "820 V": a voltage, with a decimal below 100 V.
-std::string VoltsText(double volts);
 
 // The voltage of a curve at a current, straight in ln V over ln I between its points; and the
 // current at a voltage. Nothing outside its points.

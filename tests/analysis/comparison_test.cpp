@@ -227,15 +227,5 @@ TEST(Comparison, NumbersThatAreFarTooLargeHaveASentence) {
     EXPECT_NO_THROW(SentenceOf(ComparePoints(tiny, wild), 5));
 }
 
-TEST(Comparison, TextsOfValues) {
-    EXPECT_EQ(AmperesText(0.0012), "0.0012 A");
-    EXPECT_EQ(AmperesText(0.02), "0.020 A");
-    EXPECT_EQ(AmperesText(0.2), "0.20 A");
-    EXPECT_EQ(AmperesText(12.345), "12.35 A");
-    EXPECT_EQ(VoltsText(99.94), "99.9 V");
-    EXPECT_EQ(VoltsText(824.6), "825 V");
-    EXPECT_EQ(PercentText(-3.14), "3.1");
-}
-
 }  // namespace
 }  // namespace davo
