@@ -4,95 +4,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
+
+#include "analysis/log_line.h"
 
 namespace davo {
 
 namespace {
 
 constexpr std::size_t kCommonPoints = 3;
-const double kQuarterDecade = std::log(10) / 4;
-constexpr double kRounding = 1e-9;  // of sums of logarithms
-
-// A curve in logarithms, rising in x: ln V over ln I, or ln I over ln V.
-struct Line {
-    struct Node {
-        double x = 0;
-        double y = 0;
-    };
-    std::vector<Node> nodes;
-
-    bool Empty() const { return nodes.empty(); }
-    double First() const { return nodes.front().x; }
-    double Last() const { return nodes.back().x; }
-    // x must be within the nodes.
-    double At(double x) const;
-    std::size_t Within(double from, double to) const;
-};
-
-double Line::At(double x) const {
-    const auto next =
-        std::lower_bound(nodes.begin(), nodes.end(), x,
-                         [](const Node& node, double value) { return node.x < value; });
-    if (next == nodes.end()) return nodes.back().y;
-    if (next == nodes.begin() || next->x == x) return next->y;
-    const Node& last = *(next - 1);
-    return last.y + (x - last.x) / (next->x - last.x) * (next->y - last.y);
-}
-
-std::size_t Line::Within(double from, double to) const {
-    return static_cast<std::size_t>(std::count_if(
-        nodes.begin(), nodes.end(),
-        [=](const Node& node) { return node.x >= from - kRounding && node.x <= to + kRounding; }));
-}
-
-// ln V over ln I, one node a current.
-Line VoltageLine(const std::vector<CurvePoint>& points) {
-    Line line;
-    for (const CurvePoint& point : points) {
-        if (!(point.current > 0 && point.voltage > 0)) continue;
-        if (!std::isfinite(point.current) || !std::isfinite(point.voltage)) continue;
-        line.nodes.push_back({std::log(point.current), std::log(point.voltage)});
-    }
-    std::sort(line.nodes.begin(), line.nodes.end(), [](const Line::Node& a, const Line::Node& b) {
-        return std::pair(a.x, a.y) < std::pair(b.x, b.y);
-    });
-    std::vector<Line::Node> merged;
-    std::size_t count = 0;  // of the points that the last node is the mean of
-    for (const Line::Node& node : line.nodes) {
-        const bool same = !merged.empty() && node.x - merged.back().x < kRounding;
-        count = same ? count + 1 : 1;
-        if (!same) merged.push_back(node);
-        if (same) merged.back().y += (node.y - merged.back().y) / static_cast<double>(count);
-    }
-    line.nodes = std::move(merged);
-    return line;
-}
-
-// ln I over ln V of the nearest curve that rises.
-Line CurrentLine(const Line& voltage) {
-    struct Pool {
-        Line::Node mean;
-        double count = 1;
-    };
-    std::vector<Pool> pools;
-    for (const Line::Node& node : voltage.nodes) {
-        Pool pool{{node.y, node.x}};
-        while (!pools.empty() && pool.mean.x - pools.back().mean.x < kRounding) {
-            const Pool& last = pools.back();
-            const double part = last.count / (last.count + pool.count);
-            pool.mean.x += part * (last.mean.x - pool.mean.x);
-            pool.mean.y += part * (last.mean.y - pool.mean.y);
-            pool.count += last.count;
-            pools.pop_back();
-        }
-        pools.push_back(pool);
-    }
-    Line line;
-    for (const Pool& pool : pools)
-        line.nodes.push_back(pool.mean);
-    return line;
-}
 
 void Widen(std::optional<Extremes>& extremes, const Deviation& place) {
     if (!extremes) extremes = {place, place};
@@ -101,11 +20,11 @@ void Widen(std::optional<Extremes>& extremes, const Deviation& place) {
 }
 
 // knee: the place of the reference's kneepoint on x.
-ComparedValue CompareLines(const Line& measured, const Line& reference, double from, double to,
-                           std::optional<double> knee) {
+ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, double from,
+                           double to, std::optional<double> knee) {
     std::vector<double> at = {from, to};
-    for (const Line* line : {&measured, &reference}) {
-        for (const Line::Node& node : line->nodes)
+    for (const LogLine* line : {&measured, &reference}) {
+        for (const LogLine::Node& node : line->nodes)
             if (node.x > from && node.x < to) at.push_back(node.x);
     }
     if (knee && *knee > from && *knee < to) at.push_back(*knee);
@@ -130,7 +49,7 @@ struct CommonRange {
     bool hasPoints = false;  // enough of both
 };
 
-CommonRange CommonOf(const Line& a, const Line& b) {
+CommonRange CommonOf(const LogLine& a, const LogLine& b) {
     if (a.Empty() || b.Empty()) return {};
     const double from = std::max(a.First(), b.First());
     const double to = std::min(a.Last(), b.Last());
@@ -181,8 +100,8 @@ const Deviation& Extremes::Worst() const {
 CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference) {
     CurveComparison comparison;
     comparison.knee = KneesApart(measured, reference);
-    const Line a = VoltageLine(measured.points);
-    const Line b = VoltageLine(reference.points);
+    const LogLine a = VoltageLine(measured.points);
+    const LogLine b = VoltageLine(reference.points);
     const CommonRange currents = CommonOf(a, b);
     if (currents.to > currents.from) {
         comparison.from = std::exp(currents.from);
@@ -192,7 +111,7 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
         comparison.reason = NotCompared::FewPoints;
         return comparison;
     }
-    if (currents.to - currents.from < kQuarterDecade - kRounding) {
+    if (currents.to - currents.from < kQuarterDecade - kLogRounding) {
         comparison.reason = NotCompared::ShortRange;
         return comparison;
     }
@@ -203,8 +122,8 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
         kneeVoltage = std::log(reference.knee->at.voltage);
     }
     comparison.voltage = CompareLines(a, b, currents.from, currents.to, kneeCurrent);
-    const Line rising = CurrentLine(a);
-    const Line risingReference = CurrentLine(b);
+    const LogLine rising = CurrentLine(a);
+    const LogLine risingReference = CurrentLine(b);
     const CommonRange voltages = CommonOf(rising, risingReference);
     if (voltages.hasPoints) {
         comparison.current =
@@ -251,22 +170,6 @@ std::string KneeSentenceOf(const KneeDifference& knee) {
     if (isReference ? knee.referenceIsRange : knee.measuredIsRange)
         return "The kneepoints are not compared: " + whose + " has only a range.";
     return "The kneepoints are not compared: " + whose + " has none for certain.";
-}
-
-std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes) {
-    const Line line = VoltageLine(points);
-    if (line.Empty() || !(amperes > 0)) return std::nullopt;
-    const double x = std::log(amperes);
-    if (x < line.First() - kRounding || x > line.Last() + kRounding) return std::nullopt;
-    return std::exp(line.At(x));
-}
-
-std::optional<double> CurrentAt(const std::vector<CurvePoint>& points, double volts) {
-    const Line line = CurrentLine(VoltageLine(points));
-    if (line.Empty() || !(volts > 0)) return std::nullopt;
-    const double x = std::log(volts);
-    if (x < line.First() - kRounding || x > line.Last() + kRounding) return std::nullopt;
-    return std::exp(line.At(x));
 }
 
 }  // namespace davo

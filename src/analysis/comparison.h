@@ -77,9 +77,8 @@ struct CurveComparison {
     KneeDifference knee;                   // also where the curves are not compared
 };
 
-// Compares a measured curve with a reference. Points of one current are one, their mean. For the
-// current at equal voltage, neighbours whose voltage does not rise are drawn together to their
-// mean, until the curve rises: which of them is wrong cannot be known.
+// Compares a measured curve with a reference (VoltageLine and CurrentLine say how points that are
+// not in order are taken).
 CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference);
 
 // The judgement of the voltage at equal current over the whole common range; None where the curves
@@ -91,10 +90,5 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
 
 // One sentence: how far the kneepoints are apart, or why that is not known. It has no verdict.
 std::string KneeSentenceOf(const KneeDifference& knee);
-
-// The voltage of a curve at a current, straight in ln V over ln I between its points; and the
-// current at a voltage. Nothing outside its points.
-std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes);
-std::optional<double> CurrentAt(const std::vector<CurvePoint>& points, double volts);
 
 }  // namespace davo

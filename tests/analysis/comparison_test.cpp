@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 
+#include "analysis/log_line.h"
 #include "tests/analysis/published_curves.h"
 #include "tests/support/testing.h"
 

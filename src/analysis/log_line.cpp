@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "analysis/log_line.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace davo {
+
+namespace {
+
+std::optional<double> ValueAt(const LogLine& line, double at) {
+    if (line.Empty() || !(at > 0)) return std::nullopt;
+    const double x = std::log(at);
+    if (x < line.First() - kLogRounding || x > line.Last() + kLogRounding) return std::nullopt;
+    return std::exp(line.At(x));
+}
+
+}  // namespace
+
+double LogLine::At(double x) const {
+    const auto next =
+        std::lower_bound(nodes.begin(), nodes.end(), x,
+                         [](const Node& node, double value) { return node.x < value; });
+    if (next == nodes.end()) return nodes.back().y;
+    if (next == nodes.begin() || next->x == x) return next->y;
+    const Node& last = *(next - 1);
+    return last.y + (x - last.x) / (next->x - last.x) * (next->y - last.y);
+}
+
+std::size_t LogLine::Within(double from, double to) const {
+    return static_cast<std::size_t>(
+        std::count_if(nodes.begin(), nodes.end(), [=](const Node& node) {
+            return node.x >= from - kLogRounding && node.x <= to + kLogRounding;
+        }));
+}
+
+LogLine VoltageLine(const std::vector<CurvePoint>& points) {
+    LogLine line;
+    for (const CurvePoint& point : points) {
+        if (!(point.current > 0 && point.voltage > 0)) continue;
+        if (!std::isfinite(point.current) || !std::isfinite(point.voltage)) continue;
+        line.nodes.push_back({std::log(point.current), std::log(point.voltage)});
+    }
+    std::sort(line.nodes.begin(), line.nodes.end(),
+              [](const LogLine::Node& a, const LogLine::Node& b) {
+                  return std::pair(a.x, a.y) < std::pair(b.x, b.y);
+              });
+    std::vector<LogLine::Node> merged;
+    std::size_t count = 0;  // of the points that the last node is the mean of
+    for (const LogLine::Node& node : line.nodes) {
+        const bool same = !merged.empty() && node.x - merged.back().x < kLogRounding;
+        count = same ? count + 1 : 1;
+        if (!same) merged.push_back(node);
+        if (same) merged.back().y += (node.y - merged.back().y) / static_cast<double>(count);
+    }
+    line.nodes = std::move(merged);
+    return line;
+}
+
+LogLine CurrentLine(const LogLine& voltage) {
+    struct Pool {
+        LogLine::Node mean;
+        double count = 1;
+    };
+    std::vector<Pool> pools;
+    for (const LogLine::Node& node : voltage.nodes) {
+        Pool pool{{node.y, node.x}};
+        while (!pools.empty() && pool.mean.x - pools.back().mean.x < kLogRounding) {
+            const Pool& last = pools.back();
+            const double part = last.count / (last.count + pool.count);
+            pool.mean.x += part * (last.mean.x - pool.mean.x);
+            pool.mean.y += part * (last.mean.y - pool.mean.y);
+            pool.count += last.count;
+            pools.pop_back();
+        }
+        pools.push_back(pool);
+    }
+    LogLine line;
+    for (const Pool& pool : pools)
+        line.nodes.push_back(pool.mean);
+    return line;
+}
+
+std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes) {
+    return ValueAt(VoltageLine(points), amperes);
+}
+
+std::optional<double> CurrentAt(const std::vector<CurvePoint>& points, double volts) {
+    return ValueAt(CurrentLine(VoltageLine(points)), volts);
+}
+
+}  // namespace davo

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "analysis/curve_point.h"
+
+namespace davo {
+
+inline constexpr double kLogRounding = 1e-9;  // of sums of logarithms
+inline constexpr double kQuarterDecade = 0.57564627324851;  // ln 10 / 4
+
+// A curve in logarithms, rising in x and straight between its nodes: ln V over ln I, or ln I over
+// ln V.
+struct LogLine {
+    struct Node {
+        double x = 0;
+        double y = 0;
+    };
+    std::vector<Node> nodes;
+
+    bool Empty() const { return nodes.empty(); }
+    double First() const { return nodes.front().x; }
+    double Last() const { return nodes.back().x; }
+    // x must be within the nodes.
+    double At(double x) const;
+    // How many nodes are from one place to another, both included.
+    std::size_t Within(double from, double to) const;
+};
+
+// ln V over ln I of points in any order. Those that are not above zero or not finite are left out;
+// those of one current are one, their mean.
+LogLine VoltageLine(const std::vector<CurvePoint>& points);
+
+// ln I over ln V of a voltage line: neighbours whose voltage does not rise are drawn together to
+// their mean, until the curve rises. Which of them is wrong cannot be known.
+LogLine CurrentLine(const LogLine& voltage);
+
+// The voltage of a curve at a current, and the current at a voltage; nothing outside its points.
+std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes);
+std::optional<double> CurrentAt(const std::vector<CurvePoint>& points, double volts);
+
+}  // namespace davo

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Taps of one core: what was published, and what a wrong connection looks like.
+
+#include "analysis/taps.h"
+
+#include <cmath>
+#include <sstream>
+
+#include "common/files.h"
+#include "tests/analysis/published_curves.h"
+#include "tests/support/testing.h"
+
+namespace davo {
+namespace {
+
+using Points = std::vector<CurvePoint>;
+
+struct PublishedTap {
+    double turns = 0;
+    CurvePoint knee;
+};
+
+// The first is the full winding.
+std::vector<PublishedTap> PublishedTaps() {
+    std::vector<PublishedTap> taps;
+    const QString folder = QString::fromUtf8(DAVO_TESTS_FOLDER);
+    for (const std::string& line :
+         ReadLines(folder + QStringLiteral("/analysis/data/published_taps.csv"))) {
+        std::istringstream in(line);
+        PublishedTap tap;
+        char comma = 0;
+        if (in >> tap.turns >> comma >> tap.knee.voltage >> comma >> tap.knee.current)
+            taps.push_back(tap);
+    }
+    return taps;
+}
+
+Points CurveD() {
+    for (const test::PublishedCurve& curve : test::PublishedCurves())
+        if (curve.name == "D") return curve.points;
+    return {};
+}
+
+ComparedCurve KneeAt(double amperes, double volts) {
+    return {{}, SmoothKnee{{amperes, volts}, 1}, {}};
+}
+
+TEST(Taps, ThePublishedOnesFollowFromTheFullWinding) {
+    const std::vector<PublishedTap> taps = PublishedTaps();
+    ASSERT_EQ(taps.size(), 5U);
+    const ComparedCurve full = KneeAt(taps[0].knee.current, taps[0].knee.voltage);
+    for (const PublishedTap& tap : taps) {
+        const SmoothKnee knee =
+            ScaledToTurns(full, taps[0].turns, tap.turns).knee.value_or(SmoothKnee());
+        EXPECT_NEAR(knee.at.voltage / tap.knee.voltage, 1, 0.006) << tap.turns;
+        EXPECT_NEAR(knee.at.current / tap.knee.current, 1, 0.006) << tap.turns;
+    }
+}
+
+// 400 V on 1200:5 of a 1500:5.
+TEST(Taps, ATapTellsTheFullWinding) {
+    const ComparedCurve tap = KneeAt(0.05, 400);
+    const ComparedCurve full = ScaledToTurns(tap, 240, 300);
+    EXPECT_NEAR(full.knee.value_or(SmoothKnee()).at.voltage, 500, 1e-9);
+    EXPECT_NEAR(full.knee.value_or(SmoothKnee()).at.current, 0.04, 1e-12);
+    const ComparedCurve range{{{0.1, 10}}, {}, KneeRange{100, 120}};
+    const ComparedCurve scaled = ScaledToTurns(range, 100, 50);
+    EXPECT_EQ(scaled.range, (KneeRange{50, 60}));
+    EXPECT_EQ(scaled.points, (Points{{0.2, 5}}));
+}
+
+TEST(Taps, AreTypedAsNameplateCurrents) {
+    const auto taps = ParseTaps(" 1200:5, 600 : 5;300:1\r\n");
+    ASSERT_TRUE(taps.has_value());
+    EXPECT_EQ(taps.value_or(std::vector<Tap>()), (std::vector<Tap>{{1200, 5}, {600, 5}, {300, 1}}));
+    EXPECT_EQ((Tap{1200, 5}).Turns(), 240);
+    EXPECT_EQ((Tap{0.5, 5}).Name(), "0.5:5");
+    for (const char* text : {"", " , ", "1200", "1200:", ":5", "1200:0", "-1200:5", "1200:5, x",
+                             "1200:5:5", "1200/5", "1e400:5"})
+        EXPECT_EQ(ParseTaps(text), std::nullopt) << text;
+}
+
+TEST(Taps, SomeTakeMoreThanTheInstrumentGives) {
+    EXPECT_EQ(SaturationOf(KneeAt(0.05, 909)), Saturation::Reached);
+    EXPECT_EQ(SaturationOf(KneeAt(0.05, 910)), Saturation::NeedsMoreVoltage);
+    EXPECT_EQ(SaturationOf(KneeAt(8.7, 20)), Saturation::Reached);
+    EXPECT_EQ(SaturationOf(KneeAt(8.8, 20)), Saturation::NeedsMoreCurrent);
+    EXPECT_EQ(SaturationOf({}), Saturation::Unknown);
+    EXPECT_EQ(SaturationOf({{}, {}, KneeRange{800, 905}}), Saturation::Reached);
+    EXPECT_EQ(SaturationOf({{}, {}, KneeRange{800, 915}}), Saturation::NeedsMoreVoltage);
+    EXPECT_EQ(SaturationSentenceOf("2000:5", KneeAt(0.05, 1131)),
+              "This instrument cannot saturate 2000:5: it takes 1244 V, and there are 1000 V.");
+    EXPECT_EQ(
+        SaturationSentenceOf("50:5", KneeAt(9, 14)),
+        "This instrument cannot saturate 50:5: it takes 13.50 A, and a record holds 13.11 A.");
+    EXPECT_EQ(SaturationSentenceOf("600:5", KneeAt(0.05, 300)),
+              "This instrument can saturate 600:5: it takes 330 V.");
+    EXPECT_EQ(
+        SaturationSentenceOf("600:5", {}),
+        "Whether this instrument can saturate 600:5 is not known: the measured winding has no "
+        "kneepoint for certain.");
+}
+
+// 120 of 240 turns, measured as each mistake gives it.
+TEST(Taps, AWrongProportionIsSaid) {
+    const Tap tap{600, 5};
+    const Points full = CurveD();
+    const Points expected = ScaledToTurns(full, 240, 120);
+    const auto with = [&](double voltage, double current) {
+        Points points = full;
+        for (CurvePoint& point : points) {
+            point.voltage *= voltage;
+            point.current *= current;
+        }
+        return ShiftBetween(points, expected);
+    };
+    const auto sentence = [&](double voltage, double current) {
+        return ProportionSentenceOf(tap, with(voltage, current));
+    };
+    const std::optional<Shift> right = with(0.5, 2);
+    ASSERT_TRUE(right.has_value());
+    EXPECT_NEAR(right.value_or(Shift()).lnVoltage, 0, 1e-9);
+    EXPECT_NEAR(right.value_or(Shift()).lnCurrent, 0, 1e-9);
+    EXPECT_EQ(ProportionOf(right), Proportion::Holds);
+    // I ~ N in the place of 1 / N.
+    EXPECT_EQ(ProportionOf(with(0.5, 0.5)), Proportion::CurrentOff);
+    EXPECT_EQ(sentence(0.5, 0.5),
+              "The current of 600:5 is not in proportion to 1 / turns: it is 75.0 % below what the "
+              "full winding gives.");
+    // The current was not scaled at all.
+    EXPECT_EQ(ProportionOf(with(0.5, 1)), Proportion::CurrentOff);
+    EXPECT_EQ(ProportionOf(with(1, 2)), Proportion::VoltageOff);
+    EXPECT_EQ(sentence(0.45, 2),
+              "The voltage of 600:5 is not in proportion to the turns: it is 10.0 % below what the "
+              "full winding gives.");
+    // The full winding was measured again, or half of the tap.
+    EXPECT_EQ(ProportionOf(with(1, 1)), Proportion::OtherTurns);
+    EXPECT_EQ(sentence(1, 1), "The curve of 600:5 is that of about 240 turns, not 120.");
+    EXPECT_EQ(sentence(0.25, 4), "The curve of 600:5 is that of about 60 turns, not 120.");
+    EXPECT_EQ(ProportionOf(with(1, 3)), Proportion::Both);
+    EXPECT_EQ(sentence(1, 3),
+              "Neither voltage nor current of 600:5 is in proportion to its turns.");
+    EXPECT_EQ(
+        sentence(0.51, 1.98),
+        "The curve of 600:5 is in proportion to its turns: the voltage is 2.0 % above and the "
+        "current 1.0 % below what the full winding gives.");
+}
+
+TEST(Taps, WhatCannotBeToldIsSaidToBeUnknown) {
+    Points straight;
+    for (int k = 0; k < 20; ++k)
+        straight.push_back({0.01 * std::pow(1.3, k), 10 * std::pow(1.3, 0.8 * k)});
+    EXPECT_EQ(ShiftBetween(straight, straight), std::nullopt);
+    EXPECT_EQ(ShiftBetween({}, straight), std::nullopt);
+    EXPECT_EQ(ShiftBetween(CurveD(), {{0.01, 10}, {0.02, 20}}), std::nullopt);
+    // Another core: a slow bend against a sharp one.
+    EXPECT_EQ(ProportionOf(ShiftBetween(straight, CurveD())), Proportion::Unknown);
+    EXPECT_EQ(
+        ProportionSentenceOf({600, 5}, std::nullopt),
+        "Whether 600:5 is in proportion to its turns cannot be told: the curves are too short, "
+        "too straight or too different.");
+}
+
+}  // namespace
+}  // namespace davo
