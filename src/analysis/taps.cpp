@@ -50,26 +50,12 @@ Fit FitAt(const LogLine& measured, const LogLine& expected, double lnCurrent) {
     return fit;
 }
 
-// 0 without a kneepoint. Of a range the high end.
-double VoltsToSaturate(const ComparedCurve& curve) {
-    if (curve.knee) return curve.knee->at.voltage * kVoltageBeyondKnee;
-    return curve.range ? curve.range->high * kVoltageBeyondKnee : 0;
-}
-
-// 0 without a kneepoint; a range has no current.
-double AmperesToSaturate(const ComparedCurve& curve) {
-    return curve.knee ? curve.knee->at.current * kCurrentBeyondKnee : 0;
-}
-
 double PercentOfLn(double ln) {
     return 100 * std::expm1(ln);
 }
 
-std::string OffSentence(const Tap& tap, const std::string& what, double ln,
-                        const std::string& proportion) {
-    return "The " + what + " of " + tap.Name() + " is not in proportion to " + proportion +
-           ": it is " + PercentText(PercentOfLn(ln)) + " " + SideOf(ln) +
-           " what the full winding gives.";
+double WorstPercent(const Shift& shift) {
+    return std::max(std::abs(PercentOfLn(shift.lnVoltage)), std::abs(PercentOfLn(shift.lnCurrent)));
 }
 
 }  // namespace
@@ -118,31 +104,16 @@ ComparedCurve ScaledToTurns(const ComparedCurve& curve, double fromTurns, double
     return scaled;
 }
 
-Saturation SaturationOf(const ComparedCurve& curve) {
-    if (!curve.knee && !curve.range) return Saturation::Unknown;
-    if (VoltsToSaturate(curve) > kHighestVoltage) return Saturation::NeedsMoreVoltage;
-    if (AmperesToSaturate(curve) > kHighestCurrent) return Saturation::NeedsMoreCurrent;
-    return Saturation::Reached;
-}
-
-std::string SaturationSentenceOf(const std::string& name, const ComparedCurve& curve) {
-    switch (SaturationOf(curve)) {
-        case Saturation::Reached:
-            return "This instrument can saturate " + name + ": it takes " +
-                   VoltsText(VoltsToSaturate(curve)) + ".";
-        case Saturation::NeedsMoreVoltage:
-            return "This instrument cannot saturate " + name + ": it takes " +
-                   VoltsText(VoltsToSaturate(curve)) + ", and there are " +
-                   VoltsText(kHighestVoltage) + ".";
-        case Saturation::NeedsMoreCurrent:
-            return "This instrument cannot saturate " + name + ": it takes " +
-                   AmperesText(AmperesToSaturate(curve)) + ", and a record holds " +
-                   AmperesText(kHighestCurrent) + ".";
-        case Saturation::Unknown:
-            break;
-    }
-    return "Whether this instrument can saturate " + name +
-           " is not known: the measured winding has no kneepoint for certain.";
+std::string TooMuchSentenceOf(const std::string& name, const ComparedCurve& curve) {
+    const std::string cannot = "This instrument cannot saturate " + name + ": it takes ";
+    const double highest = curve.range ? curve.range->high : 0;
+    const double volts = (curve.knee ? curve.knee->at.voltage : highest) * kVoltageBeyondKnee;
+    const double amperes = curve.knee ? curve.knee->at.current * kCurrentBeyondKnee : 0;
+    if (volts > kHighestVoltage)
+        return cannot + VoltsText(volts) + ", and there are " + VoltsText(kHighestVoltage) + ".";
+    if (amperes <= kHighestCurrent) return {};
+    return cannot + AmperesText(amperes) + ", and a record holds " + AmperesText(kHighestCurrent) +
+           ".";
 }
 
 std::optional<Shift> ShiftBetween(const std::vector<CurvePoint>& measured,
@@ -174,45 +145,23 @@ std::optional<Shift> ShiftBetween(const std::vector<CurvePoint>& measured,
     return Shift{best.lnVoltage, best.lnCurrent};
 }
 
-Proportion ProportionOf(const std::optional<Shift>& shift) {
-    if (!shift) return Proportion::Unknown;
-    const double trusted = std::log1p(kProportionPercent / 100);
-    const bool voltage = std::abs(shift->lnVoltage) > trusted;
-    const bool current = std::abs(shift->lnCurrent) > trusted;
-    if (voltage && current) {
-        const bool opposite = std::abs(shift->lnVoltage + shift->lnCurrent) <= trusted;
-        return opposite ? Proportion::OtherTurns : Proportion::Both;
-    }
-    if (voltage) return Proportion::VoltageOff;
-    return current ? Proportion::CurrentOff : Proportion::Holds;
+Verdict VerdictOf(const std::optional<Shift>& shift) {
+    if (!shift) return Verdict::None;
+    return VerdictOf(WorstPercent(*shift), kProportionPercent);
 }
 
-std::string ProportionSentenceOf(const Tap& tap, const std::optional<Shift>& shift) {
-    const Shift by = shift.value_or(Shift());
-    switch (ProportionOf(shift)) {
-        case Proportion::Holds:
-            return "The curve of " + tap.Name() +
-                   " is in proportion to its turns: the voltage is " +
-                   PercentText(PercentOfLn(by.lnVoltage)) + " " + SideOf(by.lnVoltage) +
-                   " and the current " + PercentText(PercentOfLn(by.lnCurrent)) + " " +
-                   SideOf(by.lnCurrent) + " what the full winding gives.";
-        case Proportion::OtherTurns:
-            return "The curve of " + tap.Name() + " is that of about " +
-                   Picture(tap.Turns() * std::exp(by.lnVoltage), "##0") + " turns, not " +
-                   Picture(tap.Turns(), "##0") + ".";
-        case Proportion::VoltageOff:
-            return OffSentence(tap, "voltage", by.lnVoltage, "the turns");
-        case Proportion::CurrentOff:
-            return OffSentence(tap, "current", by.lnCurrent, "1 / turns");
-        case Proportion::Both:
-            return "Neither voltage nor current of " + tap.Name() +
-                   " is in proportion to its turns.";
-        case Proportion::Unknown:
-            break;
+std::string ShiftSentenceOf(const std::string& name, const std::optional<Shift>& shift) {
+    if (!shift) {
+        return "Whether the curve of " + name +
+               " is what its turns give cannot be told: the curves are too short, too straight or "
+               "too different.";
     }
-    return "Whether " + tap.Name() +
-           " is in proportion to its turns cannot be told: the curves are too short, too straight "
-           "or too different.";
+    const auto part = [](double ln) {
+        return PercentText(PercentOfLn(ln), kProportionPercent) + " " + SideOf(ln);
+    };
+    return "The voltage of " + name + " is " + part(shift->lnVoltage) + " and its current " +
+           part(shift->lnCurrent) + " what its turns give" +
+           LimitEnd(WorstPercent(*shift), kProportionPercent);
 }
 
 }  // namespace davo

@@ -40,18 +40,9 @@ inline constexpr double kHighestCurrent = 65535 * 0.0002;
 inline constexpr double kVoltageBeyondKnee = 1.1;
 inline constexpr double kCurrentBeyondKnee = 1.5;
 
-enum class Saturation {
-    Reached,
-    NeedsMoreVoltage,
-    NeedsMoreCurrent,
-    Unknown  // the curve has no kneepoint for certain
-};
-
-// Whether this instrument can saturate the winding of a curve. Of a range the high end counts.
-Saturation SaturationOf(const ComparedCurve& curve);
-
-// One sentence about it, of a tap or another winding by its name.
-std::string SaturationSentenceOf(const std::string& name, const ComparedCurve& curve);
+// Why this instrument cannot saturate a tap or another winding, by its name, in one sentence; empty
+// where it can, and where the curve has no kneepoint for certain. Of a range the high end counts.
+std::string TooMuchSentenceOf(const std::string& name, const ComparedCurve& curve);
 
 // What moves an expected curve onto a measured one: all its voltages times one factor, all its
 // currents times another.
@@ -65,21 +56,11 @@ struct Shift {
 std::optional<Shift> ShiftBetween(const std::vector<CurvePoint>& measured,
                                   const std::vector<CurvePoint>& expected);
 
-enum class Proportion {
-    Holds,
-    OtherTurns,  // V ~ N and I ~ 1/N, of another number of turns
-    VoltageOff,  // V not ~ N
-    CurrentOff,  // I not ~ 1/N
-    Both,
-    Unknown
-};
-
-// How far a curve may be from the proportion; what the points and their steps explain is less.
+// How far both may be from the proportion; what the steps of points and taps explain is less.
 inline constexpr double kProportionPercent = 5;
 
-Proportion ProportionOf(const std::optional<Shift>& shift);
-
-// One sentence about a measured tap against what the full winding's curve is at its turns.
-std::string ProportionSentenceOf(const Tap& tap, const std::optional<Shift>& shift);
+// Whether voltage and current of a measured tap are what its turns give, and one sentence about it.
+Verdict VerdictOf(const std::optional<Shift>& shift);
+std::string ShiftSentenceOf(const std::string& name, const std::optional<Shift>& shift);
 
 }  // namespace davo

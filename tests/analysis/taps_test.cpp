@@ -81,29 +81,25 @@ TEST(Taps, AreTypedAsNameplateCurrents) {
 }
 
 TEST(Taps, SomeTakeMoreThanTheInstrumentGives) {
-    EXPECT_EQ(SaturationOf(KneeAt(0.05, 909)), Saturation::Reached);
-    EXPECT_EQ(SaturationOf(KneeAt(0.05, 910)), Saturation::NeedsMoreVoltage);
-    EXPECT_EQ(SaturationOf(KneeAt(8.7, 20)), Saturation::Reached);
-    EXPECT_EQ(SaturationOf(KneeAt(8.8, 20)), Saturation::NeedsMoreCurrent);
-    EXPECT_EQ(SaturationOf({}), Saturation::Unknown);
-    EXPECT_EQ(SaturationOf({{}, {}, KneeRange{800, 905}}), Saturation::Reached);
-    EXPECT_EQ(SaturationOf({{}, {}, KneeRange{800, 915}}), Saturation::NeedsMoreVoltage);
-    EXPECT_EQ(SaturationSentenceOf("2000:5", KneeAt(0.05, 1131)),
+    const auto sentence = [](const ComparedCurve& curve) {
+        return TooMuchSentenceOf("2000:5", curve);
+    };
+    EXPECT_EQ(sentence(KneeAt(0.05, 909)), "");
+    EXPECT_NE(sentence(KneeAt(0.05, 910)), "");
+    EXPECT_EQ(sentence(KneeAt(8.7, 20)), "");
+    EXPECT_NE(sentence(KneeAt(8.8, 20)), "");
+    EXPECT_EQ(sentence({}), "");
+    EXPECT_EQ(sentence({{}, {}, KneeRange{800, 905}}), "");
+    EXPECT_NE(sentence({{}, {}, KneeRange{800, 915}}), "");
+    EXPECT_EQ(sentence(KneeAt(0.05, 1131)),
               "This instrument cannot saturate 2000:5: it takes 1244 V, and there are 1000 V.");
-    EXPECT_EQ(
-        SaturationSentenceOf("50:5", KneeAt(9, 14)),
-        "This instrument cannot saturate 50:5: it takes 13.50 A, and a record holds 13.11 A.");
-    EXPECT_EQ(SaturationSentenceOf("600:5", KneeAt(0.05, 300)),
-              "This instrument can saturate 600:5: it takes 330 V.");
-    EXPECT_EQ(
-        SaturationSentenceOf("600:5", {}),
-        "Whether this instrument can saturate 600:5 is not known: the measured winding has no "
-        "kneepoint for certain.");
+    EXPECT_EQ(sentence(KneeAt(9, 14)),
+              "This instrument cannot saturate 2000:5: it takes 13.50 A, and a record holds 13.11 "
+              "A.");
 }
 
 // 120 of 240 turns, measured as each mistake gives it.
 TEST(Taps, AWrongProportionIsSaid) {
-    const Tap tap{600, 5};
     const Points full = CurveD();
     const Points expected = ScaledToTurns(full, 240, 120);
     const auto with = [&](double voltage, double current) {
@@ -115,35 +111,31 @@ TEST(Taps, AWrongProportionIsSaid) {
         return ShiftBetween(points, expected);
     };
     const auto sentence = [&](double voltage, double current) {
-        return ProportionSentenceOf(tap, with(voltage, current));
+        return ShiftSentenceOf("600:5", with(voltage, current));
     };
     const std::optional<Shift> right = with(0.5, 2);
     ASSERT_TRUE(right.has_value());
-    EXPECT_NEAR(right.value_or(Shift()).lnVoltage, 0, 1e-9);
-    EXPECT_NEAR(right.value_or(Shift()).lnCurrent, 0, 1e-9);
-    EXPECT_EQ(ProportionOf(right), Proportion::Holds);
+    EXPECT_NEAR(right.value_or(Shift{1, 1}).lnVoltage, 0, 1e-9);
+    EXPECT_NEAR(right.value_or(Shift{1, 1}).lnCurrent, 0, 1e-9);
+    EXPECT_EQ(VerdictOf(right), Verdict::Within);
     // I ~ N in the place of 1 / N.
-    EXPECT_EQ(ProportionOf(with(0.5, 0.5)), Proportion::CurrentOff);
-    EXPECT_EQ(sentence(0.5, 0.5),
-              "The current of 600:5 is not in proportion to 1 / turns: it is 75.0 % below what the "
-              "full winding gives.");
-    // The current was not scaled at all.
-    EXPECT_EQ(ProportionOf(with(0.5, 1)), Proportion::CurrentOff);
-    EXPECT_EQ(ProportionOf(with(1, 2)), Proportion::VoltageOff);
-    EXPECT_EQ(sentence(0.45, 2),
-              "The voltage of 600:5 is not in proportion to the turns: it is 10.0 % below what the "
-              "full winding gives.");
-    // The full winding was measured again, or half of the tap.
-    EXPECT_EQ(ProportionOf(with(1, 1)), Proportion::OtherTurns);
-    EXPECT_EQ(sentence(1, 1), "The curve of 600:5 is that of about 240 turns, not 120.");
-    EXPECT_EQ(sentence(0.25, 4), "The curve of 600:5 is that of about 60 turns, not 120.");
-    EXPECT_EQ(ProportionOf(with(1, 3)), Proportion::Both);
-    EXPECT_EQ(sentence(1, 3),
-              "Neither voltage nor current of 600:5 is in proportion to its turns.");
+    EXPECT_EQ(VerdictOf(with(0.5, 0.5)), Verdict::Beyond);
+    EXPECT_THAT(sentence(0.5, 0.5),
+                testing::EndsWith("and its current 75.0 % below what its turns give, beyond the "
+                                  "limit of 5 %."));
+    // The current was not scaled at all, or the voltage was not.
+    EXPECT_EQ(VerdictOf(with(0.5, 1)), Verdict::Beyond);
+    EXPECT_EQ(VerdictOf(with(1, 2)), Verdict::Beyond);
+    // The full winding was measured again.
+    EXPECT_EQ(sentence(1, 1),
+              "The voltage of 600:5 is 100.0 % above and its current 50.0 % below what its turns "
+              "give, beyond the limit of 5 %.");
     EXPECT_EQ(
         sentence(0.51, 1.98),
-        "The curve of 600:5 is in proportion to its turns: the voltage is 2.0 % above and the "
-        "current 1.0 % below what the full winding gives.");
+        "The voltage of 600:5 is 2.0 % above and its current 1.0 % below what its turns give; "
+        "the limit is 5 %.");
+    EXPECT_EQ(VerdictOf(with(0.5 * 1.049, 2 / 1.05)), Verdict::Within);
+    EXPECT_EQ(VerdictOf(with(0.5 * 1.051, 2)), Verdict::Beyond);
 }
 
 TEST(Taps, WhatCannotBeToldIsSaidToBeUnknown) {
@@ -154,11 +146,11 @@ TEST(Taps, WhatCannotBeToldIsSaidToBeUnknown) {
     EXPECT_EQ(ShiftBetween({}, straight), std::nullopt);
     EXPECT_EQ(ShiftBetween(CurveD(), {{0.01, 10}, {0.02, 20}}), std::nullopt);
     // Another core: a slow bend against a sharp one.
-    EXPECT_EQ(ProportionOf(ShiftBetween(straight, CurveD())), Proportion::Unknown);
+    EXPECT_EQ(VerdictOf(ShiftBetween(straight, CurveD())), Verdict::None);
     EXPECT_EQ(
-        ProportionSentenceOf({600, 5}, std::nullopt),
-        "Whether 600:5 is in proportion to its turns cannot be told: the curves are too short, "
-        "too straight or too different.");
+        ShiftSentenceOf("600:5", std::nullopt),
+        "Whether the curve of 600:5 is what its turns give cannot be told: the curves are too "
+        "short, too straight or too different.");
 }
 
 }  // namespace

@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A winding against its nameplate: published examples, and what is never passed.
+
+#include "analysis/nameplate.h"
+
+#include <cmath>
+
+#include "analysis/log_line.h"
+#include "tests/support/testing.h"
+
+namespace davo {
+namespace {
+
+using Points = std::vector<CurvePoint>;
+using testing::ElementsAre;
+
+std::vector<std::string> Sentences(const Nameplate& nameplate, const ComparedCurve& curve,
+                                   std::optional<double> ratio = std::nullopt) {
+    std::vector<std::string> sentences;
+    for (const NameplateFinding& finding : JudgeNameplate(nameplate, curve, ratio))
+        sentences.push_back(finding.sentence);
+    return sentences;
+}
+
+// I = a (V / 400) + b (V / 400)^10, 1 V to 500 V: 400 V at 0.05 A.
+Points Iron() {
+    Points points;
+    for (double volts = 1; volts <= 500.001; volts += 1)
+        points.push_back({0.03 * volts / 400 + 0.02 * std::pow(volts / 400, 10), volts});
+    return points;
+}
+
+TEST(Nameplate, HasTheNumbersOfThePublishedExamples) {
+    // Required 20 at 0.6 ohm, rated 5 ohm, Rct 3 ohm: the factor at the rated burden.
+    EXPECT_DOUBLE_EQ(AlfAtBurden(20, 3, 0.6, 5), 9.0);
+    EXPECT_DOUBLE_EQ(AlfAtBurden(9, 3, 5, 0.6), 20);
+    EXPECT_DOUBLE_EQ(CVoltageOf(1, 5), 100);
+    EXPECT_DOUBLE_EQ(BurdenVoltage(10, 15, 5), 30);
+}
+
+// What the kneepoint of 60 V and 50 mA means: 75 mA at 66 V.
+TEST(Nameplate, TenPercentMoreVoltageDrivesFiftyPercentMoreCurrent) {
+    // I = a (V / 60) + b (V / 60)^10 with I(66) = 1.5 I(60) and I(60) = 0.05.
+    const double steep = std::pow(1.1, 10);
+    const double b = 0.05 * (1.5 - 1.1) / (steep - 1.1);
+    const double a = 0.05 - b;
+    Points points;
+    for (double volts = 2; volts <= 90; volts *= 1.02)
+        points.push_back({a * volts / 60 + b * std::pow(volts / 60, 10), volts});
+    const ComparedCurve curve = CurveToCompare(KneeRule::Asa1050, points);
+    ASSERT_TRUE(curve.knee.has_value());
+    EXPECT_NEAR(curve.knee.value_or(SmoothKnee()).at.voltage, 60, 0.6);
+    EXPECT_NEAR(CurrentAt(points, 60).value_or(0), 0.050, 0.0005);
+    EXPECT_NEAR(CurrentAt(points, 66).value_or(0), 0.075, 0.00075);
+}
+
+TEST(Nameplate, PxIsHeldAgainstWhatIsMeasured) {
+    Nameplate px;
+    px.kneeVoltage = 400;
+    px.kneeCurrent = 0.05;
+    px.turnsRatio = 240;
+    const ComparedCurve curve{Iron(), SmoothKnee{{0.06, 410}, 4}, {}};
+    const std::vector<NameplateFinding> findings = JudgeNameplate(px, curve, 240.24);
+    ASSERT_EQ(findings.size(), 4U);
+    EXPECT_EQ(findings[0].verdict, Verdict::Within);
+    EXPECT_EQ(findings[1].verdict, Verdict::Within);
+    EXPECT_EQ(findings[2].verdict, Verdict::Within);
+    EXPECT_EQ(findings[3].verdict, Verdict::None);
+    EXPECT_THAT(Sentences(px, curve, 240.24),
+                ElementsAre("The knee point e.m.f. (10 % / 50 %) is between 406.0 and 414.0 V, "
+                            "not less than the nameplate's 400 V.",
+                            "The exciting current at the nameplate's 400 V is 0.0500 A; the limit "
+                            "is 0.05 A.",
+                            "The turns ratio is 0.10 % above the nameplate's; the limit is 0.25 %.",
+                            "The class PX is not passed as a whole: this instrument does not "
+                            "measure Rct."));
+}
+
+TEST(Nameplate, PxThatIsNotMetIsSaid) {
+    Nameplate px;
+    px.kneeVoltage = 420;
+    px.kneeCurrent = 0.05;
+    px.turnsRatio = 240;
+    const auto verdicts = [&](const ComparedCurve& curve, std::optional<double> ratio) {
+        std::vector<Verdict> all;
+        for (const NameplateFinding& finding : JudgeNameplate(px, curve, ratio))
+            all.push_back(finding.verdict);
+        return all;
+    };
+    const ComparedCurve curve{Iron(), SmoothKnee{{0.06, 410}, 4}, {}};
+    EXPECT_THAT(verdicts(curve, 239.3),
+                ElementsAre(Verdict::Beyond, Verdict::Beyond, Verdict::Beyond, Verdict::None));
+    EXPECT_EQ(Sentences(px, curve)[0],
+              "The knee point e.m.f. (10 % / 50 %) is between 406.0 and 414.0 V, less than the "
+              "nameplate's 420 V.");
+    // The uncertainty decides nothing; neither does a range that has the number in it.
+    px.kneeVoltage = 412;
+    EXPECT_THAT(verdicts(curve, {}), ElementsAre(Verdict::None, Verdict::Beyond, Verdict::None));
+    EXPECT_EQ(Sentences(px, curve)[0],
+              "The knee point e.m.f. (10 % / 50 %) is between 406.0 and 414.0 V, which leaves the "
+              "nameplate's 412 V open.");
+    EXPECT_EQ(Sentences(px, {Iron(), {}, KneeRange{430, 520}})[0],
+              "The knee point e.m.f. (10 % / 50 %) is between 430.0 and 520.0 V, not less than "
+              "the nameplate's 412 V.");
+    EXPECT_EQ(Sentences(px, {Iron(), {}, {}})[0],
+              "The knee point e.m.f. (10 % / 50 %) is not known: the curve has none for certain.");
+    px.kneeVoltage = 600;
+    px.kneeCurrent.reset();
+    EXPECT_EQ(
+        Sentences(px, curve)[1],
+        "The exciting current at the nameplate's 600 V is not known: it is not on the curve.");
+    px.kneeVoltage = 400;
+    EXPECT_EQ(Sentences(px, curve)[1],
+              "The exciting current at the nameplate's 400 V is 0.0500 A.");
+    // Nothing was typed.
+    EXPECT_EQ(Sentences({}, curve, 240).size(), 1U);
+}
+
+// The factor at which the curve meets the straight line of the burden, by bisection on the formula.
+TEST(Nameplate, TheFactorIsWhereTheCurveMeetsTheBurden) {
+    Nameplate p;
+    p.kind = AccuracyClass::P10;
+    p.alf = 10;
+    p.burdenVa = 15;
+    p.rct = 0.4;
+    const double ohms = 0.4 + 0.6;
+    const auto current = [](double volts) {
+        return 0.03 * volts / 400 + 0.02 * std::pow(volts / 400, 10);
+    };
+    double low = 1;
+    double high = 1000;
+    while (high - low > 1e-9) {
+        const double factor = (low + high) / 2;
+        const double error = current(factor * 5 * ohms) / (factor * 5);
+        (error > 0.1 ? high : low) = factor;
+    }
+    Points whole;
+    for (double volts = 1; volts <= 1000; volts += 0.5)
+        whole.push_back({current(volts), volts});
+    const std::optional<Estimate> expected = ExpectedAlf(whole, 0.1, 5, ohms);
+    ASSERT_TRUE(expected.has_value());
+    EXPECT_NEAR(expected.value_or(Estimate()).value / low, 1, 1e-4);
+    EXPECT_FALSE(expected.value_or(Estimate()).isAtLeast);
+    // The curve that ends at 500 V and 0.22 A tells a lower bound.
+    const std::optional<Estimate> bound = ExpectedAlf(Iron(), 0.1, 5, ohms);
+    ASSERT_TRUE(bound.has_value());
+    EXPECT_TRUE(bound.value_or(Estimate()).isAtLeast);
+    EXPECT_LT(bound.value_or(Estimate()).value, low);
+    EXPECT_EQ(ExpectedAlf({}, 0.1, 5, ohms), std::nullopt);
+    EXPECT_EQ(ExpectedAlf({{5, 1}, {10, 2}}, 0.1, 5, ohms), std::nullopt);
+    EXPECT_EQ(ExpectedAlf(whole, 0.1, 5, 0), std::nullopt);
+}
+
+TEST(Nameplate, OfAPClassThereAreEstimatesOnly) {
+    Nameplate p;
+    p.kind = AccuracyClass::P5;
+    p.alf = 9;
+    p.burdenVa = 125;  // 5 ohm
+    p.rct = 3;
+    p.connectedOhm = 0.6;
+    const ComparedCurve curve{{{0.1, 100}, {1, 200}, {5, 220}}, {}, {}};
+    // 8 ohm / 0.05 = 160 ohm: V = 160 I between 1 A, 200 V and 5 A, 220 V.
+    const double slope = std::log(220.0 / 200) / std::log(5.0);
+    const double amperes = std::exp(std::log(200.0 / 160) / (1 - slope));
+    EXPECT_NEAR(ExpectedAlf(curve.points, 0.05, 5, 8).value_or(Estimate()).value, amperes / 0.25,
+                1e-9);
+    EXPECT_THAT(Sentences(p, curve),
+                ElementsAre("The accuracy limit factor at the rated burden is about 5.1, from the "
+                            "secondary excitation curve; leakage flux is not seen.",
+                            "At the connected burden the nameplate's accuracy limit factor of 9 "
+                            "becomes 20.0.",
+                            "The class 5P9 is not judged: this instrument measures the turns ratio "
+                            "by voltage, not the error of the current."));
+    for (const NameplateFinding& finding : JudgeNameplate(p, curve, 240))
+        EXPECT_EQ(finding.verdict, Verdict::None);
+    EXPECT_EQ(Sentences(p, {})[0],
+              "The accuracy limit factor at the rated burden is not estimated: it is not on the "
+              "curve.");
+    // What was typed makes no number.
+    p.secondary = 0;
+    EXPECT_EQ(Sentences(p, curve).size(), 2U);
+    p.secondary = 5;
+    p.rct.reset();
+    EXPECT_EQ(
+        Sentences(p, curve)[0],
+        "The accuracy limit factor is not estimated: it takes Rct, which this instrument does "
+        "not measure.");
+    p.burdenVa.reset();
+    EXPECT_EQ(Sentences(p, curve).size(), 1U);
+}
+
+TEST(Nameplate, OfACClassThereIsAnEstimateOnly) {
+    Nameplate c;
+    c.kind = AccuracyClass::C;
+    c.cVoltage = 400;
+    c.rct = 0.5;
+    const Points points = {{0.1, 300}, {1, 450}, {10, 500}, {20, 510}};
+    EXPECT_THAT(
+        Sentences(c, {points, {}, {}}),
+        ElementsAre("The C voltage is about 450.0 V, from the secondary excitation curve; "
+                    "leakage flux is not seen.",
+                    "The class C400 is not judged: this instrument measures the turns ratio "
+                    "by voltage, not the error of the current."));
+    EXPECT_EQ(
+        Sentences(c, {{{0.1, 300}, {1, 450}, {5, 480}}, {}, {}})[0],
+        "The C voltage is at least 430.0 V, from the secondary excitation curve; leakage flux "
+        "is not seen.");
+    EXPECT_EQ(ExpectedCVoltage({{11, 500}, {20, 510}}, 5, 0.5), std::nullopt);
+    EXPECT_EQ(ExpectedCVoltage({{1, 5}, {20, 51}}, 5, 5).value_or(Estimate{1, false}).value, 0);
+    // 1 A secondary: at 2 A, less 20 A times Rct.
+    EXPECT_NEAR(
+        ExpectedCVoltage({{0.1, 300}, {2, 450}, {5, 480}}, 1, 0.5).value_or(Estimate()).value, 440,
+        1e-9);
+    c.rct.reset();
+    EXPECT_EQ(Sentences(c, {points, {}, {}})[0],
+              "The C voltage is not estimated: it takes Rct, which this instrument does not "
+              "measure.");
+    for (const NameplateFinding& finding : JudgeNameplate(c, {points, {}, {}}, 240))
+        EXPECT_EQ(finding.verdict, Verdict::None);
+}
+
+TEST(Nameplate, AClassHasItsName) {
+    Nameplate nameplate;
+    EXPECT_EQ(ClassName(nameplate), "PX");
+    nameplate.kind = AccuracyClass::P10;
+    EXPECT_EQ(ClassName(nameplate), "10P");
+    nameplate.alf = 10;
+    EXPECT_EQ(ClassName(nameplate), "10P10");
+    nameplate.kind = AccuracyClass::C;
+    nameplate.cVoltage = 100;
+    EXPECT_EQ(ClassName(nameplate), "C100");
+}
+
+}  // namespace
+}  // namespace davo
