@@ -60,6 +60,8 @@ bool HasForeignName(const QString& name) {
     return name.contains(QChar(QChar::ReplacementCharacter));
 }
 
+constexpr std::size_t kBlock = 65536;
+
 struct FoundRecord {
     QString path;
     QString below = {};  // the folders that it is in below the one that was given: "north/2026/"
@@ -96,7 +98,7 @@ class BatchRun {
     const bool needsJudgement_;
     const Paper paper_ = UsualPaper();
     StandardError said_;
-    RowOutput rows_;
+    std::string rows_;  // not written yet
     SummaryPage summary_;
     std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
     std::set<QString> targets_;            // of this run, made or kept
@@ -108,7 +110,7 @@ BatchRun::BatchRun(const BatchOptions& options)
     : options_(options),
       needsJudgement_(options.csv || options.pdf || options.html || options.summary ||
                       (options.rows && options.judge)),
-      said_(options.rows && OutputIsTerminal()),
+      said_(options.rows),
       summary_(options.rule, options.out) {}
 
 void BatchRun::Fail(const QString& said) {
@@ -132,7 +134,7 @@ int BatchRun::Run() {
         }
     }
     try {
-        if (options_.rows && !options_.noHeading) rows_.Put(TestRowsHeading(options_.judge));
+        if (options_.rows && !options_.noHeading) rows_ = TestRowsHeading(options_.judge);
         for (const QString& given : options_.records) {
             if (QFileInfo(given).isDir()) {
                 Walk(given.endsWith(QLatin1Char('/')) ? given : given + QLatin1Char('/'), {});
@@ -140,13 +142,13 @@ int BatchRun::Run() {
                 Do({given});
             }
         }
-        rows_.Flush();
+        WriteOutput(rows_);
         if (options_.summary) {
             const QString target =
                 QDir::cleanPath(QDir(options_.out).filePath(QStringLiteral("summary.html")));
             Make(target, [this](const QString& path) { ReplaceFile(path, summary_.Html()); });
         }
-    } catch (const RowOutput::ReaderGone&) {
+    } catch (const ReaderGone&) {
         return 1;
     } catch (const RunEnded&) {
         return 1;
@@ -219,7 +221,11 @@ void BatchRun::Do(const FoundRecord& found) {
         Fail(ShownPath(found.path) + QLatin1String(": ") +
              NotWritten({&record->facts}, 1).join(QLatin1Char(' ')));
     }
-    if (options_.rows) rows_.Put(TestRowsOf(record->facts, ShownPath(found.path), options_.judge));
+    if (options_.rows) rows_ += TestRowsOf(record->facts, ShownPath(found.path), options_.judge);
+    if (rows_.size() >= kBlock) {
+        WriteOutput(rows_);
+        rows_.clear();
+    }
     MakeFiles(*record);
     if (options_.summary) summary_.Add(record->facts, ShownPath(found.path), record->made);
 }

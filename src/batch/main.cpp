@@ -10,6 +10,7 @@
 int main(int argc, char** argv) {
     // Standard error has what the program says and nothing else.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
     auto application = std::make_unique<QCoreApplication>(argc, argv);
     std::optional<davo::CommandLineEnd> end;
     const davo::BatchOptions options = davo::ParseCommandLine(QCoreApplication::arguments(), end);

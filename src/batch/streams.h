@@ -3,34 +3,23 @@
 
 #include <QElapsedTimer>
 #include <QString>
-#include <string>
 #include <string_view>
 
 namespace davo {
 
-// Standard output for rows. It is written in whole rows, many at a time, so that those of several
-// runs that append to one file do not mix.
-class RowOutput {
-  public:
-    RowOutput();
+// The reader of standard output is gone, as "head" once it has its lines.
+struct ReaderGone {};
 
-    // The reader is gone, as "head" once it has its lines.
-    struct ReaderGone {};
-
-    // Each throws RunTimeError 61 when the disk is full, 57 for what else the system says, and
-    // ReaderGone.
-    void Put(std::string_view rows);
-    void Flush();
-
-  private:
-    std::string waiting_;
-};
+// Writes text to standard output, which has no buffer, in one go, so that rows of several runs that
+// append to one file do not mix. Throws RunTimeError 61 when the disk is full, 57 for what else the
+// system says, and ReaderGone.
+void WriteOutput(std::string_view text);
 
 // What a run says on standard error: a line for each trouble and, on a terminal, how far it is.
 class StandardError {
   public:
-    // isQuiet: no progress on a terminal either, where rows are shown on it.
-    explicit StandardError(bool isQuiet);
+    // hasRows: there is no progress on a terminal that shows rows.
+    explicit StandardError(bool hasRows);
     ~StandardError() { Clear(); }
     Q_DISABLE_COPY_MOVE(StandardError)
 
@@ -46,8 +35,5 @@ class StandardError {
     bool isShown_ = false;
     QElapsedTimer since_;
 };
-
-// Whether standard output is a terminal.
-bool OutputIsTerminal();
 
 }  // namespace davo
