@@ -27,10 +27,8 @@ class SummaryPage {
     std::string Html() const;
 
   private:
-    void AddTest(const RecordFacts& record, const RecordTest& test, const std::string& before,
-                 const std::string& behind);
-    std::string Counts() const;
-    std::string Chart() const;
+    void AddCurve(const RecordFacts& record, const RecordTest& test);
+    QString Counts() const;
 
     const KneeRule rule_;
     const QDir folder_;
