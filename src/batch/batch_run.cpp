@@ -8,9 +8,7 @@
 #include <csignal>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <set>
-#include <stop_token>
 
 #include "batch/streams.h"
 #include "batch/summary_page.h"
@@ -44,9 +42,7 @@ extern "C" void EndRun(int signal) {
 
 struct RunEnded {};
 
-void ThrowIfEnded() {
-    if (end_signal != 0) throw RunEnded{};
-}
+constexpr std::size_t kBlock = 65536;  // of rows, at least, but for the last one
 
 std::string KneepointType(KneeRule rule) {
     for (const char* const type : {kKneeIeee30, kKneeIeee45}) {
@@ -60,70 +56,67 @@ bool HasForeignName(const QString& name) {
     return name.contains(QChar(QChar::ReplacementCharacter));
 }
 
-constexpr std::size_t kBlock = 65536;
-
-struct FoundRecord {
-    QString path;
-    QString below = {};  // the folders that it is in below the one that was given: "north/2026/"
-};
-
-// A record in hand, read once whatever is made of it.
-struct OpenRecord {
-    FoundRecord found;
-    std::string bytes;
-    RecordFacts facts;
-    QStringList made = {};  // its files that are there
-};
+// Why what is at path is not read; empty where it may be a record.
+QString WhyNotRead(const QString& path) {
+    const QFileInfo info(path);
+    if (!info.exists())
+        return HasForeignName(path) ? QStringLiteral("its name is not in UTF-8.") : QString();
+    // Opening a named pipe would wait for its writer.
+    return info.isFile() ? QString() : QStringLiteral("it is not a file.");
+}
 
 class BatchRun {
   public:
-    explicit BatchRun(const BatchOptions& options);
+    explicit BatchRun(const BatchOptions& options) : options_(options) {}
     int Run();
 
   private:
     using Write = std::function<void(const QString& target)>;
 
-    void Fail(const QString& said);
-    void FailRecord(const QString& said);
+    void Fail(const QString& said) {
+        failed_ = true;
+        said_.Say(said);
+    }
+    void FailRecord(const QString& said) {
+        Fail(said);
+        if (options_.summary) summary_.AddUnread(said);
+    }
+    void WriteRows() {
+        WriteOutput(rows_);
+        rows_.clear();
+    }
+    void DoAll();
     void Walk(const QString& folder, const QString& below);
-    void Do(const FoundRecord& found);
-    std::optional<OpenRecord> Open(const FoundRecord& found);
-    void MakeFiles(OpenRecord& record);
-    void MakeCertificates(OpenRecord& record);
-    void MakeOfRecord(OpenRecord& record, const char* extension, const Write& write);
+    void Do(const QString& path, const QString& below);
+    QStringList MakeFiles(const std::string& bytes, const RecordFacts& facts, const QString& path,
+                          const QString& below);
     bool Make(const QString& target, const Write& write);
-    void Render(ReportRenderer& renderer, const OpenRecord& record, const QString& target);
 
     const BatchOptions& options_;
-    const bool needsJudgement_;
     const Paper paper_ = UsualPaper();
-    StandardError said_;
+    StandardError said_{options_.rows};
     std::string rows_;  // not written yet
-    SummaryPage summary_;
+    SummaryPage summary_{options_.rule, options_.out};
     std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
     std::set<QString> targets_;            // of this run, made or kept
     int records_ = 0;
     bool failed_ = false;
 };
 
-BatchRun::BatchRun(const BatchOptions& options)
-    : options_(options),
-      needsJudgement_(options.csv || options.pdf || options.html || options.summary ||
-                      (options.rows && options.judge)),
-      said_(options.rows),
-      summary_(options.rule, options.out) {}
-
-void BatchRun::Fail(const QString& said) {
-    failed_ = true;
-    said_.Say(said);
-}
-
-void BatchRun::FailRecord(const QString& said) {
-    Fail(said);
-    if (options_.summary) summary_.AddUnread(said);
-}
-
 int BatchRun::Run() {
+    try {
+        DoAll();
+    } catch (const ReaderGone&) {
+        return 1;
+    } catch (const RunEnded&) {
+        return 1;
+    } catch (const RunTimeError& error) {
+        Fail(QString::fromUtf8(error.what()));
+    }
+    return failed_ ? 1 : 0;
+}
+
+void BatchRun::DoAll() {
     if (options_.xls) {
         ChosenRenderer chosen = ChooseRenderer();
         if (chosen.isBuiltIn) {
@@ -133,34 +126,23 @@ int BatchRun::Run() {
             xls_ = std::move(chosen.renderer);
         }
     }
-    try {
-        if (options_.rows && !options_.noHeading) rows_ = TestRowsHeading(options_.judge);
-        for (const QString& given : options_.records) {
-            if (QFileInfo(given).isDir()) {
-                Walk(given.endsWith(QLatin1Char('/')) ? given : given + QLatin1Char('/'), {});
-            } else {
-                Do({given});
-            }
+    if (options_.rows && !options_.noHeading) rows_ = TestRowsHeading(options_.judge);
+    for (const QString& given : options_.records) {
+        if (QFileInfo(given).isDir()) {
+            Walk(given.endsWith(QLatin1Char('/')) ? given : given + QLatin1Char('/'), {});
+        } else {
+            Do(given, {});
         }
-        WriteOutput(rows_);
-        if (options_.summary) {
-            const QString target =
-                QDir::cleanPath(QDir(options_.out).filePath(QStringLiteral("summary.html")));
-            Make(target, [this](const QString& path) { ReplaceFile(path, summary_.Html()); });
-        }
-    } catch (const ReaderGone&) {
-        return 1;
-    } catch (const RunEnded&) {
-        return 1;
-    } catch (const RunTimeError& error) {
-        Fail(QString::fromUtf8(error.what()));
-        return 1;
     }
-    return failed_ ? 1 : 0;
+    WriteRows();
+    if (!options_.summary) return;
+    Make(QDir::cleanPath(QDir(options_.out).filePath(QStringLiteral("summary.html"))),
+         [this](const QString& target) { ReplaceFile(target, summary_.Html()); });
 }
 
 // In the order of a record list. Links to folders are followed only where they were given, so that
-// a walk ends. folder and below end with a separator.
+// a walk ends. folder and below, which is its part under the one that was given, end with a
+// separator.
 void BatchRun::Walk(const QString& folder, const QString& below) {
     std::vector<QString> names;
     try {
@@ -179,113 +161,80 @@ void BatchRun::Walk(const QString& folder, const QString& below) {
             const QString inside = name + QLatin1Char('/');
             if (!info.isSymLink()) Walk(folder + inside, below + inside);
         } else if (IsRecordFileName(name) || (HasForeignName(name) && !info.exists())) {
-            Do({folder + name, below});
+            Do(folder + name, below);
         }
     }
 }
 
-std::optional<OpenRecord> BatchRun::Open(const FoundRecord& found) {
-    const QString path = ShownPath(found.path);
-    const QFileInfo info(found.path);
-    if (HasForeignName(found.path) && !info.exists()) {
-        FailRecord(QStringLiteral("%1 cannot be shown: its name is not in UTF-8.").arg(path));
-        return std::nullopt;
-    }
-    if (info.exists() && !info.isFile()) {
-        // Opening a named pipe would wait for its writer.
-        FailRecord(QStringLiteral("%1 cannot be shown: it is not a file.").arg(path));
-        return std::nullopt;
-    }
+// Reads the record once, whatever is made of it.
+void BatchRun::Do(const QString& path, const QString& below) {
+    if (end_signal != 0) throw RunEnded{};
+    if (rows_.size() >= kBlock) WriteRows();
+    said_.ShowProgress(++records_, path);
+    const QString shown = ShownPath(path);
+    const bool isJudged = options_.csv || options_.pdf || options_.html || options_.summary ||
+                          (options_.rows && options_.judge);
     try {
-        std::string bytes = ReadWholeFile(found.path);
-        RecordFacts facts = ParseRecordFacts(bytes, PageRecordNameOf(found.path),
-                                             needsJudgement_ ? kMostFactTests : 0);
-        if (!needsJudgement_ && options_.rows) FindPrintedKneepoints(facts);
-        return OpenRecord{found, std::move(bytes), std::move(facts)};
+        if (const QString why = WhyNotRead(path); !why.isEmpty())
+            throw std::runtime_error(why.toStdString());
+        const std::string bytes = ReadWholeFile(path);
+        RecordFacts facts =
+            ParseRecordFacts(bytes, PageRecordNameOf(path), isJudged ? kMostFactTests : 0);
+        if (!isJudged && options_.rows) FindPrintedKneepoints(facts);
+        if (facts.testsLeft > 0)
+            Fail(shown + QLatin1String(": ") + NotWritten({&facts}, 1).join(QLatin1Char(' ')));
+        if (options_.rows) rows_ += TestRowsOf(facts, shown, options_.judge);
+        const QStringList made = MakeFiles(bytes, facts, path, below);
+        if (options_.summary) summary_.Add(facts, shown, made);
     } catch (const RunTimeError& error) {
-        FailRecord(TroubleText(path, error));
+        FailRecord(TroubleText(shown, error));
     } catch (const std::exception& error) {
         FailRecord(
-            QStringLiteral("%1 cannot be shown: %2").arg(path, QString::fromUtf8(error.what())));
-    }
-    return std::nullopt;
-}
-
-void BatchRun::Do(const FoundRecord& found) {
-    ThrowIfEnded();
-    said_.ShowProgress(++records_, found.path);
-    std::optional<OpenRecord> record = Open(found);
-    if (!record) return;
-    const bool isCut = record->facts.testsLeft > 0;
-    if (isCut) {
-        Fail(ShownPath(found.path) + QLatin1String(": ") +
-             NotWritten({&record->facts}, 1).join(QLatin1Char(' ')));
-    }
-    if (options_.rows) rows_ += TestRowsOf(record->facts, ShownPath(found.path), options_.judge);
-    if (rows_.size() >= kBlock) {
-        WriteOutput(rows_);
-        rows_.clear();
-    }
-    MakeFiles(*record);
-    if (options_.summary) summary_.Add(record->facts, ShownPath(found.path), record->made);
-}
-
-void BatchRun::MakeFiles(OpenRecord& record) {
-    if (options_.csv) {
-        MakeOfRecord(record, ".csv", [&record](const QString& target) {
-            ReplaceFile(target, RecordsAsCsv({record.facts}));
-        });
-    }
-    if (options_.xlsx) {
-        MakeOfRecord(record, ".xlsx", [&](const QString& target) {
-            XlsxRenderer renderer;
-            Render(renderer, record, target);
-        });
-    }
-    if (xls_) {
-        MakeOfRecord(record, ".xls", [&](const QString& target) { Render(*xls_, record, target); });
-    }
-    if (options_.pdf || options_.html) MakeCertificates(record);
-}
-
-void BatchRun::MakeCertificates(OpenRecord& record) {
-    const Certificate certificate = CertificateOf(record.facts, options_.rule);
-    if (options_.pdf) {
-        MakeOfRecord(record, ".pdf", [&](const QString& target) {
-            WriteCertificatePdf(certificate, paper_, target);
-        });
-    }
-    if (options_.html) {
-        MakeOfRecord(record, ".html", [&](const QString& target) {
-            ReplaceFile(target, CertificateAsHtml(certificate, paper_));
-        });
+            QStringLiteral("%1 cannot be shown: %2").arg(shown, QString::fromUtf8(error.what())));
     }
 }
 
-void BatchRun::Render(ReportRenderer& renderer, const OpenRecord& record, const QString& target) {
-    const ReportTables tables =
-        ParseReportTables(record.bytes, record.facts.name, RecordSource::RecordFile);
-    // One of the user's own, as in the folder of the program's reports.
-    const QString own = QDir(options_.out).filePath(QLatin1String(kTemplateFileName));
-    const QString model =
-        FileExists(own) ? own : InstalledTemplate(QCoreApplication::applicationDirPath());
-    renderer.Render(BuildReport(tables, {KneepointType(options_.rule), options_.impedance}), model,
-                    target, {}, {});
-}
-
-void BatchRun::MakeOfRecord(OpenRecord& record, const char* extension, const Write& write) {
-    const FoundRecord& found = record.found;
-    const QString name = RecordNameOf(found.path) + QLatin1String(extension);
-    const QDir folder = options_.out.isEmpty()
-                            ? QFileInfo(found.path).dir()
-                            : QDir(options_.out + QLatin1Char('/') + found.below);
-    const QString target = QDir::cleanPath(folder.filePath(name));
-    if (Make(target, write)) record.made += target;
+// Those that are there then.
+QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& facts,
+                                const QString& path, const QString& below) {
+    QStringList made;
+    const auto make = [&](bool isAsked, const char* extension, const Write& write) {
+        if (!isAsked) return;
+        const QDir folder(options_.out.isEmpty() ? QFileInfo(path).path()
+                                                 : options_.out + QLatin1Char('/') + below);
+        const QString name = RecordNameOf(path) + QLatin1String(extension);
+        const QString target = QDir::cleanPath(folder.filePath(name));
+        if (Make(target, write)) made += target;
+    };
+    const auto render = [&](ReportRenderer& renderer, const QString& target) {
+        const ReportTables tables = ParseReportTables(bytes, facts.name, RecordSource::RecordFile);
+        // One of the user's own, as in the folder of the program's reports.
+        const QString own = QDir(options_.out).filePath(QLatin1String(kTemplateFileName));
+        const QString model =
+            FileExists(own) ? own : InstalledTemplate(QCoreApplication::applicationDirPath());
+        renderer.Render(BuildReport(tables, {KneepointType(options_.rule), options_.impedance}),
+                        model, target, {}, {});
+    };
+    make(options_.csv, ".csv",
+         [&](const QString& target) { ReplaceFile(target, RecordsAsCsv({facts})); });
+    make(options_.xlsx, ".xlsx", [&](const QString& target) {
+        XlsxRenderer xlsx;
+        render(xlsx, target);
+    });
+    make(xls_ != nullptr, ".xls", [&](const QString& target) { render(*xls_, target); });
+    if (!options_.pdf && !options_.html) return made;
+    const Certificate certificate = CertificateOf(facts, options_.rule);
+    make(options_.pdf, ".pdf",
+         [&](const QString& target) { WriteCertificatePdf(certificate, paper_, target); });
+    make(options_.html, ".html", [&](const QString& target) {
+        ReplaceFile(target, CertificateAsHtml(certificate, paper_));
+    });
+    return made;
 }
 
 // Whether the file is there at the end.
 bool BatchRun::Make(const QString& target, const Write& write) {
-    ThrowIfEnded();
+    if (end_signal != 0) throw RunEnded{};
     const QString path = ShownPath(target);
     if (targets_.contains(target)) {
         Fail(QStringLiteral("%1 is that of an earlier record of this run.").arg(path));

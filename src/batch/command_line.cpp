@@ -2,6 +2,7 @@
 #include "batch/command_line.h"
 
 #include <QCommandLineParser>
+#include <algorithm>
 #include <array>
 
 #include "common/version.h"
@@ -15,19 +16,19 @@ struct Flag {
     bool BatchOptions::*set;
     const char* description;
 };
-constexpr std::array kFormats = {
+// The first ones make something.
+constexpr std::size_t kFormats = 6;
+constexpr std::array kFlags = {
     Flag{"pdf", &BatchOptions::pdf, "Make a certificate of each record."},
     Flag{"html", &BatchOptions::html, "Make the certificate as a web page, all in one file."},
     Flag{"xlsx", &BatchOptions::xlsx, "Make the report of each record as a workbook."},
     Flag{"xls", &BatchOptions::xls,
          "Make it as .xls, which needs LibreOffice Calc or Microsoft Excel."},
-    Flag{
-        "csv", &BatchOptions::csv,
-        "Make a table of the points of each record. \"--csv -\" writes to standard output instead: "
-        "a row for each test of all records."},
+    Flag{"csv", &BatchOptions::csv,
+         "Make a table of the points of each record. \"--csv -\" writes to standard output "
+         "instead: a row for each test of all records."},
     Flag{"summary", &BatchOptions::summary,
-         "Make summary.html of all records: a table of all tests and a chart."}};
-constexpr std::array kFlags = {
+         "Make summary.html of all records: a table of all tests and a chart."},
     Flag{"impedance", &BatchOptions::impedance, "Workbooks have a column V/I."},
     Flag{"judge", &BatchOptions::judge,
          "The rows of \"--csv -\" have the smooth kneepoints and the doubts, too. This is slow."},
@@ -43,19 +44,14 @@ constexpr const char* kAbout =
 
 // What is wrong with the options; empty where nothing is.
 QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
-    bool makes = false;
-    for (const Flag& flag : kFormats) {
-        options.*flag.set = parser.isSet(QLatin1String(flag.name));
-        makes = makes || options.*flag.set;
-    }
     for (const Flag& flag : kFlags)
         options.*flag.set = parser.isSet(QLatin1String(flag.name));
+    const bool makes = std::any_of(kFlags.begin(), kFlags.begin() + kFormats,
+                                   [&](const Flag& flag) { return options.*flag.set; });
     options.out = parser.value(QStringLiteral("out"));
     options.records = parser.positionalArguments();
-    if (options.csv && options.records.removeAll(QStringLiteral("-")) > 0) {
-        options.rows = true;
-        options.csv = false;
-    }
+    options.rows = options.csv && options.records.removeAll(QStringLiteral("-")) > 0;
+    options.csv = options.csv && !options.rows;
     const QStringList rules = {QStringLiteral("asa"), QStringLiteral("45"), QStringLiteral("30")};
     const auto rule = rules.indexOf(parser.value(QStringLiteral("rule")));
     if (rule < 0) return QStringLiteral("The rule is asa, 45 or 30.");
@@ -73,21 +69,19 @@ QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
 BatchOptions ParseCommandLine(const QStringList& arguments, std::optional<CommandLineEnd>& end) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(kAbout));
-    for (const Flag& flag : kFormats)
-        parser.addOption({QLatin1String(flag.name), QLatin1String(flag.description)});
-    parser.addOption({QStringLiteral("rule"),
-                      QStringLiteral("Mark the kneepoint by asa, 45 or 30; asa when not given."),
-                      QStringLiteral("rule"), QStringLiteral("asa")});
-    parser.addOption(
-        {QStringLiteral("out"),
-         QStringLiteral("Put files into this folder, and into folders in it as those of "
-                        "the records. Without it each file is beside its record, and "
-                        "summary.html in the current folder."),
-         QStringLiteral("folder")});
     for (const Flag& flag : kFlags)
         parser.addOption({QLatin1String(flag.name), QLatin1String(flag.description)});
-    parser.addOption({QStringLiteral("help"), QStringLiteral("Show this text.")});
-    parser.addOption({QStringLiteral("version"), QStringLiteral("Show the version.")});
+    parser.addOptions(
+        {{QStringLiteral("rule"),
+          QStringLiteral("Mark the kneepoint by asa, 45 or 30; asa when not given."),
+          QStringLiteral("rule"), QStringLiteral("asa")},
+         {QStringLiteral("out"),
+          QStringLiteral("Put files into this folder, and into folders in it as those of "
+                         "the records. Without it each file is beside its record, and "
+                         "summary.html in the current folder."),
+          QStringLiteral("folder")},
+         {QStringLiteral("help"), QStringLiteral("Show this text.")},
+         {QStringLiteral("version"), QStringLiteral("Show the version.")}});
     parser.addPositionalArgument(QStringLiteral("records"), QStringLiteral("Records and folders."),
                                  QStringLiteral("record-or-folder..."));
     BatchOptions options;
