@@ -104,6 +104,10 @@ class BatchRun {
 };
 
 int BatchRun::Run() {
+    if (!options_.wrong.isEmpty()) {
+        Fail(options_.wrong + QStringLiteral(" Try \"davo-report --help\"."));
+        return 2;
+    }
     try {
         DoAll();
     } catch (const ReaderGone&) {
@@ -126,6 +130,7 @@ void BatchRun::DoAll() {
             xls_ = std::move(chosen.renderer);
         }
     }
+    rows_ = options_.shown.toStdString();
     if (options_.rows && !options_.noHeading) rows_ = TestRowsHeading(options_.judge);
     for (const QString& given : options_.records) {
         if (QFileInfo(given).isDir()) {

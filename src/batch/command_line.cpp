@@ -66,7 +66,7 @@ QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
 
 }  // namespace
 
-BatchOptions ParseCommandLine(const QStringList& arguments, std::optional<CommandLineEnd>& end) {
+BatchOptions ParseCommandLine(const QStringList& arguments) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(kAbout));
     for (const Flag& flag : kFlags)
@@ -85,15 +85,14 @@ BatchOptions ParseCommandLine(const QStringList& arguments, std::optional<Comman
     parser.addPositionalArgument(QStringLiteral("records"), QStringLiteral("Records and folders."),
                                  QStringLiteral("record-or-folder..."));
     BatchOptions options;
-    QString wrong = parser.parse(arguments) ? QString() : parser.errorText();
-    if (wrong.isEmpty() && parser.isSet(QStringLiteral("help"))) {
-        end = {0, parser.helpText().replace(arguments.front(), QStringLiteral("davo-report"))};
-    } else if (wrong.isEmpty() && parser.isSet(QStringLiteral("version"))) {
-        end = {0, QStringLiteral("davo-report %1\n").arg(QLatin1String(kVersion))};
+    if (!parser.parse(arguments)) {
+        options.wrong = parser.errorText();
+    } else if (parser.isSet(QStringLiteral("help"))) {
+        options.shown = parser.helpText().replace(arguments.front(), QStringLiteral("davo-report"));
+    } else if (parser.isSet(QStringLiteral("version"))) {
+        options.shown = QStringLiteral("davo-report %1\n").arg(QLatin1String(kVersion));
     } else {
-        if (wrong.isEmpty()) wrong = TakeOptions(parser, options);
-        if (!wrong.isEmpty())
-            end = {2, QStringLiteral("davo-report: %1 Try \"davo-report --help\".\n").arg(wrong)};
+        options.wrong = TakeOptions(parser, options);
     }
     return options;
 }

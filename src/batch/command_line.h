@@ -3,7 +3,6 @@
 
 #include <QString>
 #include <QStringList>
-#include <optional>
 
 #include "analysis/kneepoint.h"
 
@@ -11,6 +10,8 @@ namespace davo {
 
 // What a run of davo-report is to do.
 struct BatchOptions {
+    QString wrong;        // what is wrong with the command line; nothing is done then
+    QString shown;        // the help or the version, which is all that is done then
     QStringList records;  // and folders
     QString out;          // empty: beside each record
 
@@ -31,14 +32,7 @@ struct BatchOptions {
     bool force = false;
 };
 
-// What there is to print instead, and the exit status.
-struct CommandLineEnd {
-    int status = 0;
-    QString text;
-};
-
-// Reads the command line, the program's name first. Where nothing is to be made of records, end has
-// why.
-BatchOptions ParseCommandLine(const QStringList& arguments, std::optional<CommandLineEnd>& end);
+// Reads the command line, the program's name first.
+BatchOptions ParseCommandLine(const QStringList& arguments);
 
 }  // namespace davo

@@ -2,7 +2,6 @@
 #include <QGuiApplication>
 #include <cstdio>
 #include <memory>
-#include <optional>
 
 #include "batch/batch_run.h"
 #include "batch/command_line.h"
@@ -12,12 +11,7 @@ int main(int argc, char** argv) {
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     auto application = std::make_unique<QCoreApplication>(argc, argv);
-    std::optional<davo::CommandLineEnd> end;
-    const davo::BatchOptions options = davo::ParseCommandLine(QCoreApplication::arguments(), end);
-    if (end) {
-        std::fputs(end->text.toLocal8Bit().constData(), end->status == 0 ? stdout : stderr);
-        return end->status;
-    }
+    const davo::BatchOptions options = davo::ParseCommandLine(QCoreApplication::arguments());
     int onlyName = 1;
     if (options.pdf) {
         // A certificate needs fonts, and those an application that could have windows, on a system
