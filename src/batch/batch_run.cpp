@@ -4,12 +4,15 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QMultiHash>
 #include <algorithm>
+#include <array>
 #include <csignal>
+#include <filesystem>
 #include <functional>
 #include <memory>
-#include <set>
 
+#include "analysis/result_tables.h"
 #include "batch/streams.h"
 #include "batch/summary_page.h"
 #include "common/files.h"
@@ -62,7 +65,18 @@ QString WhyNotRead(const QString& path) {
     if (!info.exists())
         return HasForeignName(path) ? QStringLiteral("its name is not in UTF-8.") : QString();
     // Opening a named pipe would wait for its writer.
-    return info.isFile() ? QString() : QStringLiteral("it is not a file.");
+    if (!info.isFile()) return QStringLiteral("it is not a file.");
+    // The tests that are read, of as many points as there can be, have less than 1 MB.
+    constexpr qint64 kMostBytes = 16 * 1024 * 1024;
+    if (info.size() <= kMostBytes) return {};
+    return QStringLiteral("it has more than 16 MB, and no record has.");
+}
+
+// "a.txt.csv" of the record "a.txt.txt" is none.
+bool IsMadeOfRecord(const QString& name) {
+    const QString suffix = QFileInfo(name).suffix();
+    return std::ranges::any_of(std::array{"csv", "xlsx", "xls", "pdf", "html"},
+                               [&](const char* made) { return suffix == QLatin1String(made); });
 }
 
 class BatchRun {
@@ -98,7 +112,8 @@ class BatchRun {
     std::string rows_;  // not written yet
     SummaryPage summary_{options_.rule, options_.out};
     std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
-    std::set<QString> targets_;            // of this run, made or kept
+    // Those of this run, made or kept, by what they are to a disk that knows no capitals.
+    QMultiHash<QString, QString> targets_;
     int records_ = 0;
     bool failed_ = false;
 };
@@ -165,7 +180,8 @@ void BatchRun::Walk(const QString& folder, const QString& below) {
         if (info.isDir()) {
             const QString inside = name + QLatin1Char('/');
             if (!info.isSymLink()) Walk(folder + inside, below + inside);
-        } else if (IsRecordFileName(name) || (HasForeignName(name) && !info.exists())) {
+        } else if ((IsRecordFileName(name) && !IsMadeOfRecord(name)) ||
+                   (HasForeignName(name) && !info.exists())) {
             Do(folder + name, below);
         }
     }
@@ -212,6 +228,10 @@ QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& fac
         if (Make(target, write)) made += target;
     };
     const auto render = [&](ReportRenderer& renderer, const QString& target) {
+        if (const std::size_t tests = facts.tests.size() + facts.testsLeft; tests > kKneeSlots) {
+            throw std::runtime_error("a workbook has at most 31 tests, and the record has " +
+                                     std::to_string(tests) + ". The other formats have them.");
+        }
         const ReportTables tables = ParseReportTables(bytes, facts.name, RecordSource::RecordFile);
         // One of the user's own, as in the folder of the program's reports.
         const QString own = QDir(options_.out).filePath(QLatin1String(kTemplateFileName));
@@ -241,20 +261,25 @@ QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& fac
 bool BatchRun::Make(const QString& target, const Write& write) {
     if (end_signal != 0) throw RunEnded{};
     const QString path = ShownPath(target);
-    if (targets_.contains(target)) {
+    const std::filesystem::path file = QFileInfo(target).filesystemFilePath();
+    const auto isThat = [&file](const QString& made) {
+        std::error_code none;
+        return std::filesystem::equivalent(file, QFileInfo(made).filesystemFilePath(), none);
+    };
+    if (std::ranges::any_of(targets_.values(target.toCaseFolded()), isThat)) {
         Fail(QStringLiteral("%1 is that of an earlier record of this run.").arg(path));
         return false;
     }
     if (!options_.force && QFileInfo::exists(target)) {
         Fail(QStringLiteral("%1 is kept. --force replaces it.").arg(path));
-        targets_.insert(target);
+        targets_.insert(target.toCaseFolded(), target);
         return true;
     }
     try {
         const QString folder = QFileInfo(target).path();
         if (!FolderExists(folder)) CreateFolder(folder);
         write(target);
-        targets_.insert(target);
+        targets_.insert(target.toCaseFolded(), target);
         return true;
     } catch (const std::exception& error) {
         Fail(QStringLiteral("%1 is not made: %2").arg(path, QString::fromUtf8(error.what())));

@@ -67,6 +67,35 @@ TEST(Trouble, OfARecordIsSaidAndTheOthersAreMade) {
     EXPECT_FALSE(FileExists(folder.Path("in/2.csv")));
 }
 
+TEST(Trouble, OfAFileThatIsTooLargeIsSaidBeforeItIsRead) {
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(1));
+    PutRecord(folder, u"T2.txt"_s, test::FileText(1));
+    // Most of it is in no block of the disk.
+    ASSERT_TRUE(QFile::resize(folder.Path("T1.txt"), 16 * 1024 * 1024 + 1));
+    ASSERT_TRUE(QFile::resize(folder.Path("T2.txt"), 1 << 30));
+    const Ended run = Report({u"--csv"_s, u"-"_s, u"--no-heading"_s, u"."_s}, folder.Path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    const std::string why = " cannot be shown: it has more than 16 MB, and no record has.";
+    EXPECT_EQ(run.err, Said("./T1.txt" + why) + Said("./T2.txt" + why));
+}
+
+// Fifteen times the tests that are read, of as many points as there can be.
+TEST(Trouble, OfALargeRecordIsNotItsSize) {
+    const test::TemporaryFolder folder;
+    test::RecordParts parts;
+    parts.points.resize(101, {"9.876", "1234.5"});
+    std::string text = test::HeaderText();
+    for (int i = 0; i < 3000; ++i)
+        text += test::RecordText(parts);
+    EXPECT_GT(text.size(), 9U * 1024 * 1024);
+    PutRecord(folder, u"T1.txt"_s, text);
+    const Ended run = Report({u"--csv"_s, u"-"_s, u"--no-heading"_s, u"."_s}, folder.Path());
+    EXPECT_EQ(run.err, Said("./T1.txt: T1 has 3000 tests; the first 200 are written."));
+    EXPECT_EQ(SplitLines(run.out).size(), 200U);
+}
+
 TEST(Trouble, OfMoreTestsThanAreReadIsSaid) {
     const test::TemporaryFolder folder;
     PutRecord(folder, u"T%2.txt"_s, test::FileText(201));
@@ -185,6 +214,44 @@ TEST(Trouble, OfAFullDiskIsSaidAndNoHalfFileIsLeft) {
     EXPECT_EQ(run.err, said("Run-time error '70': Permission denied: "));
 }
 
+TEST(Trouble, OfADiskThatIsFullInTheMiddleOfAFileIsSaidAndNoHalfFileIsLeft) {
+    if (!test::SmallDisk::Can()) GTEST_SKIP() << "only root can have a small disk";
+    const test::TemporaryFolder folder;
+    PutRecord(folder, u"T1.txt"_s, test::FileText(5));
+    ASSERT_TRUE(QDir().mkpath(folder.Path("disk")));
+    const test::SmallDisk disk(folder.Path("disk"));
+    for (const QString& format : {u"csv"_s, u"html"_s, u"pdf"_s, u"xlsx"_s}) {
+        SCOPED_TRACE(format.toStdString());
+        const QString name = u"disk/T1."_s + format;
+        int refused = 0;
+        Ended run;
+        for (int room = 0; room < 16 && run.status != 0; ++room, ++refused) {
+            QFile rest(folder.Path("disk/rest"));
+            ASSERT_TRUE(rest.open(QIODevice::WriteOnly));
+            ASSERT_EQ(rest.write(QByteArray((15 - room) * 4096, 'x')), (15 - room) * 4096);
+            rest.close();
+            run = Report({u"--"_s + format, u"--out"_s, u"disk"_s, u"T1.txt"_s}, folder.Path());
+            const bool isMade = run.status == 0;
+            EXPECT_EQ(run.err, isMade ? ""
+                                      : Said(name.toStdString() +
+                                             " is not made: Run-time error '61': Disk full: " +
+                                             name.toStdString()));
+            QStringList names = {u"rest"_s};
+            if (isMade) names.prepend(u"T1."_s + format);
+            EXPECT_EQ(NamesIn(folder, "disk"), names);
+        }
+        EXPECT_EQ(run.status, 0);
+        EXPECT_GT(refused, 1);
+        EXPECT_EQ(Report({u"--"_s + format, u"T1.txt"_s}, folder.Path()).status, 0);
+        // The other two have the time in them.
+        if (format == u"csv"_s || format == u"html"_s) {
+            EXPECT_EQ(ReadWholeFile(folder.Path() + name),
+                      ReadWholeFile(folder.Path("T1.") + format));
+        }
+        DeleteFile(folder.Path() + name);
+    }
+}
+
 TEST(Trouble, OfMissingRightsIsSaid) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can be another";
     const test::TemporaryFolder folder;
@@ -265,6 +332,17 @@ TEST(Trouble, OfStandardOutputIsSaidOnce) {
     const Ended run = Shell(u"$DAVO_REPORT --csv - in >/dev/full"_s, folder.Path());
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, Said("Run-time error '61': Disk full: standard output"));
+}
+
+TEST(Trouble, OfStandardOutputIsThatOfHelpAndVersionToo) {
+    for (const QString& option : {u"--help"_s, u"--version"_s}) {
+        const Ended full = Shell(u"$DAVO_REPORT %1 >/dev/full"_s.arg(option), QDir::tempPath());
+        EXPECT_EQ(full.status, 1);
+        EXPECT_EQ(full.err, Said("Run-time error '61': Disk full: standard output"));
+        const Ended closed = Shell(u"$DAVO_REPORT %1 >&-"_s.arg(option), QDir::tempPath());
+        EXPECT_EQ(closed.status, 1);
+        EXPECT_EQ(closed.err, Said("Run-time error '57': Device I/O error: standard output"));
+    }
 }
 
 TEST(Trouble, OfAReaderThatIsGoneEndsQuietly) {
