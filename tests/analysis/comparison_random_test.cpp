@@ -1,0 +1,303 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Comparisons over random curves: the laws that hold for all of them, and the interpolation of the
+// GNU Scientific Library, which knows nothing of ours.
+
+#include <algorithm>
+#include <cmath>
+
+#include "analysis/comparison.h"
+#include "analysis/taps.h"
+#include "tests/analysis/curve_source.h"
+#include "tests/analysis/true_curves.h"
+#include "tests/support/random_rounds.h"
+#include "tests/support/random_seed.h"
+#include "tests/support/testing.h"
+
+#if DAVO_HAS_GSL
+#include <gsl/gsl_interp.h>
+#endif
+
+namespace davo {
+namespace {
+
+using Points = std::vector<CurvePoint>;
+
+constexpr double kExact = 1e-9;
+
+Points RecordOfAnyCore(std::mt19937_64& random, int fewest = 4) {
+    std::uniform_int_distribution<std::size_t> family(0, test::kFamilies.size() - 1);
+    std::uniform_int_distribution<int> count(fewest, 32);
+    std::uniform_real_distribution<double> noise(0, 0.005);
+    const test::TrueCurve curve = test::RandomTrueCurve(test::kFamilies.at(family(random)), random);
+    return test::TakeRecord(curve, {count(random), noise(random), 20}, random);
+}
+
+// Records, and curves that no core has: falling, flat, with zeros and repeated currents.
+class AnyPoints {
+  public:
+    explicit AnyPoints(std::uint64_t seed) : random_(seed), wild_(seed) {}
+
+    Points Next() {
+        if (std::uniform_int_distribution(0, 2)(random_) != 0) return RecordOfAnyCore(random_);
+        const test::RandomCurve curve = wild_.Next();
+        Points points;
+        for (std::size_t k = 0; k < curve.current.size(); ++k) {
+            // What is no reading of an instrument has no law to 1e-9.
+            const bool isReading = std::abs(curve.current[k]) < 1e6 &&
+                                   std::abs(curve.voltage[k]) < 1e6 &&
+                                   (curve.current[k] <= 0 || curve.current[k] > 1e-6) &&
+                                   (curve.voltage[k] <= 0 || curve.voltage[k] > 1e-6);
+            if (isReading) points.push_back({curve.current[k], curve.voltage[k]});
+        }
+        return points;
+    }
+    double Factor() { return std::exp(std::uniform_real_distribution(-3.0, 3.0)(random_)); }
+
+  private:
+    std::mt19937_64 random_;
+    test::CurveSource wild_;
+};
+
+CurveComparison ComparePlain(const Points& measured, const Points& reference) {
+    return CompareCurves({measured, {}, {}}, {reference, {}, {}});
+}
+
+Points Times(Points points, double voltage, double current) {
+    for (CurvePoint& point : points) {
+        point.voltage *= voltage;
+        point.current *= current;
+    }
+    return points;
+}
+
+// The farthest that any deviation is from what it should be.
+double Farthest(const std::vector<Deviation>& places, double ln) {
+    double farthest = 0;
+    for (const Deviation& place : places)
+        farthest = std::max(farthest, std::abs(place.ln - ln));
+    return farthest;
+}
+
+TEST(ComparisonRandom, ACurveWithItselfIsZeroAndFactorsComeOut) {
+    const int rounds = test::RandomRounds(20000);
+    AnyPoints any(test::RandomSeed(20261122));
+    int compared = 0;
+    int currents = 0;
+    for (int n = 0; n < rounds; ++n) {
+        const Points points = any.Next();
+        const double a = any.Factor();
+        const CurveComparison self = ComparePlain(points, points);
+        const CurveComparison higher = ComparePlain(Times(points, a, 1), points);
+        ASSERT_EQ(higher.reason, self.reason) << n;
+        if (self.reason != NotCompared::No) continue;
+        ++compared;
+        EXPECT_EQ(Farthest(self.voltage.places, 0), 0) << n;
+        EXPECT_EQ(VerdictOf(self, 0), Verdict::Within) << n;
+        EXPECT_LE(Farthest(higher.voltage.places, std::log(a)), kExact) << n;
+        EXPECT_NEAR(higher.voltage.all.Worst().Percent(), 100 * (a - 1), 100 * a * kExact);
+        if (!self.current) continue;
+        ++currents;
+        EXPECT_EQ(Farthest(self.current.value_or(ComparedValue()).places, 0), 0) << n;
+        const CurveComparison wider = ComparePlain(Times(points, 1, a), points);
+        if (wider.reason != NotCompared::No) continue;  // the common range is shorter
+        const ComparedValue current = wider.current.value_or(ComparedValue());
+        EXPECT_LE(Farthest(current.places, std::log(a)), kExact) << n;
+        EXPECT_GE(current.places.size(), 3U) << n;
+        ASSERT_FALSE(testing::Test::HasFailure()) << n;
+    }
+    EXPECT_GT(compared, rounds / 2);
+    EXPECT_GT(currents, rounds / 2);
+}
+
+TEST(ComparisonRandom, ExchangedCurvesMirror) {
+    const int rounds = test::RandomRounds(20000);
+    AnyPoints any(test::RandomSeed(20261123));
+    int compared = 0;
+    const auto mirrors = [](const std::vector<Deviation>& places,
+                            const std::vector<Deviation>& back) {
+        ASSERT_EQ(places.size(), back.size());
+        for (std::size_t k = 0; k < places.size(); ++k) {
+            EXPECT_EQ(places[k].at, back[k].at);
+            EXPECT_EQ(places[k].ln, -back[k].ln);
+        }
+    };
+    for (int n = 0; n < rounds; ++n) {
+        const Points a = any.Next();
+        const Points b = any.Next();
+        const CurveComparison there = ComparePlain(a, b);
+        const CurveComparison back = ComparePlain(b, a);
+        ASSERT_EQ(there.reason, back.reason);
+        if (there.reason != NotCompared::No) continue;
+        ++compared;
+        mirrors(there.voltage.places, back.voltage.places);
+        EXPECT_EQ(there.voltage.all.lowest.ln, -back.voltage.all.highest.ln);
+        ASSERT_EQ(there.current.has_value(), back.current.has_value());
+        mirrors(there.current.value_or(ComparedValue()).places,
+                back.current.value_or(ComparedValue()).places);
+        ASSERT_FALSE(testing::Test::HasFailure()) << n;
+    }
+    EXPECT_GT(compared, rounds / 4);
+}
+
+TEST(ComparisonRandom, ATapAndBackIsTheSameCurve) {
+    const int rounds = test::RandomRounds(20000);
+    AnyPoints any(test::RandomSeed(20261124));
+    for (int n = 0; n < rounds; ++n) {
+        ComparedCurve curve{any.Next(), SmoothKnee{{any.Factor(), any.Factor()}, 0.1},
+                            KneeRange{any.Factor(), any.Factor()}};
+        const double from = 100 * any.Factor();
+        const double to = 100 * any.Factor();
+        const ComparedCurve tap = ScaledToTurns(curve, from, to);
+        const ComparedCurve back = ScaledToTurns(tap, to, from);
+        for (std::size_t k = 0; k < curve.points.size(); ++k) {
+            const CurvePoint& point = curve.points[k];
+            EXPECT_NEAR(back.points[k].voltage, point.voltage, kExact * std::abs(point.voltage));
+            EXPECT_NEAR(back.points[k].current, point.current, kExact * std::abs(point.current));
+            // The power of a point is that of every tap.
+            EXPECT_NEAR(tap.points[k].voltage * tap.points[k].current,
+                        point.voltage * point.current,
+                        kExact * std::abs(point.voltage * point.current));
+        }
+        const SmoothKnee knee = back.knee.value_or(SmoothKnee());
+        EXPECT_NEAR(knee.at.voltage / curve.knee->at.voltage, 1, kExact);
+        EXPECT_NEAR(knee.at.current / curve.knee->at.current, 1, kExact);
+        EXPECT_NEAR(knee.uncertainty / curve.knee->uncertainty, 1, kExact);
+        EXPECT_NEAR(back.range.value_or(KneeRange()).low / curve.range->low, 1, kExact);
+        ASSERT_FALSE(testing::Test::HasFailure()) << n;
+    }
+}
+
+// A tap whose current or voltage has another factor than its turns give: both come out, or nothing.
+TEST(ComparisonRandom, TheFactorsOfAShiftComeOut) {
+    const int rounds = test::RandomRounds(3000);
+    std::mt19937_64 random(test::RandomSeed(20261125));
+    std::uniform_real_distribution<double> ln(-2.5, 2.5);
+    int told = 0;
+    for (int n = 0; n < rounds; ++n) {
+        const Points expected = RecordOfAnyCore(random, 8);
+        const double voltage = ln(random);
+        const double current = ln(random);
+        const std::optional<Shift> shift =
+            ShiftBetween(Times(expected, std::exp(voltage), std::exp(current)), expected);
+        if (!shift) continue;
+        ++told;
+        EXPECT_NEAR(shift->lnVoltage, voltage, 1e-6) << n;
+        EXPECT_NEAR(shift->lnCurrent, current, 1e-6) << n;
+        ASSERT_FALSE(testing::Test::HasFailure()) << n;
+    }
+    EXPECT_GT(told, rounds / 2);
+}
+
+#if DAVO_HAS_GSL
+// A curve as the library takes it: strictly rising, in logarithms.
+struct GslCurve {
+    std::vector<double> lnI;
+    std::vector<double> lnV;
+    gsl_interp* interp = nullptr;
+
+    GslCurve(const Points& rising, const gsl_interp_type* type, bool isInverse) {
+        for (const CurvePoint& point : rising) {
+            lnI.push_back(std::log(isInverse ? point.voltage : point.current));
+            lnV.push_back(std::log(isInverse ? point.current : point.voltage));
+        }
+        interp = gsl_interp_alloc(type, lnI.size());
+        gsl_interp_init(interp, lnI.data(), lnV.data(), lnI.size());
+    }
+    ~GslCurve() { gsl_interp_free(interp); }
+    GslCurve(const GslCurve&) = delete;
+    GslCurve& operator=(const GslCurve&) = delete;
+
+    double At(double x) const {
+        const double within = std::clamp(x, lnI.front(), lnI.back());
+        return gsl_interp_eval(interp, lnI.data(), lnV.data(), within, nullptr);
+    }
+};
+
+Points RisingRecord(std::mt19937_64& random, int fewest) {
+    Points rising;
+    while (static_cast<int>(rising.size()) < fewest) {
+        rising.clear();
+        for (const CurvePoint& point : RecordOfAnyCore(random, fewest)) {
+            if (rising.empty() ||
+                (point.current > rising.back().current && point.voltage > rising.back().voltage))
+                rising.push_back(point);
+        }
+    }
+    return rising;
+}
+
+// Every place of a comparison against the library's straight lines, and the worst against 200 more.
+void ExpectAsStraightLines(const ComparedValue& value, const GslCurve& a, const GslCurve& b) {
+    for (const Deviation& place : value.places) {
+        const double x = std::log(place.at);
+        EXPECT_NEAR(place.ln, a.At(x) - b.At(x), kExact);
+    }
+    const double from = std::log(value.places.front().at);
+    const double to = std::log(value.places.back().at);
+    for (int k = 0; k <= 200; ++k) {
+        const double x = from + (to - from) * k / 200;
+        const double ln = a.At(x) - b.At(x);
+        EXPECT_GE(ln, value.all.lowest.ln - kExact);
+        EXPECT_LE(ln, value.all.highest.ln + kExact);
+    }
+}
+
+TEST(ComparisonRandom, AgreesWithTheStraightLinesOfAnotherLibrary) {
+    const int rounds = test::RandomRounds(20000);
+    std::mt19937_64 random(test::RandomSeed(20261126));
+    int compared = 0;
+    for (int n = 0; n < rounds; ++n) {
+        const Points a = RisingRecord(random, 4);
+        const Points b = RisingRecord(random, 4);
+        const CurveComparison comparison = ComparePlain(a, b);
+        if (comparison.reason != NotCompared::No) continue;
+        ++compared;
+        ExpectAsStraightLines(comparison.voltage, {a, gsl_interp_linear, false},
+                              {b, gsl_interp_linear, false});
+        if (comparison.current) {
+            ExpectAsStraightLines(comparison.current.value_or(ComparedValue()),
+                                  {a, gsl_interp_linear, true}, {b, gsl_interp_linear, true});
+        }
+        ASSERT_FALSE(testing::Test::HasFailure()) << n;
+    }
+    EXPECT_GT(compared, rounds / 4);
+}
+
+// A spline that does not overshoot (M. Steffen, Astronomy and Astrophysics 239 (1990), 443-450)
+// rises above the straight lines at the bend; of two curves of 20 points or more the difference is
+// little of it.
+TEST(ComparisonRandom, ASplineDiffersByLittle) {
+    const int rounds = test::RandomRounds(20000);
+    std::mt19937_64 random(test::RandomSeed(20261127));
+    std::vector<double> apart;
+    for (int n = 0; n < rounds; ++n) {
+        const Points a = RisingRecord(random, 20);
+        const Points b = RisingRecord(random, 20);
+        const CurveComparison comparison = ComparePlain(a, b);
+        if (comparison.reason != NotCompared::No) continue;
+        const GslCurve splineA(a, gsl_interp_steffen, false);
+        const GslCurve splineB(b, gsl_interp_steffen, false);
+        for (const Deviation& place : comparison.voltage.places) {
+            const double x = std::log(place.at);
+            apart.push_back(std::abs(std::expm1(splineA.At(x) - splineB.At(x) - place.ln)));
+        }
+    }
+    std::sort(apart.begin(), apart.end());
+    ASSERT_GT(apart.size(), 1000U);
+    const auto share = [&](double part) {
+        return apart[static_cast<std::size_t>(part * static_cast<double>(apart.size() - 1))];
+    };
+    std::cout << "median " << share(0.5) << ", 95th percentile " << share(0.95) << ", most "
+              << share(1) << std::endl;
+    EXPECT_LT(share(0.5), 0.002);
+    EXPECT_LT(share(0.95), 0.01);
+    EXPECT_LT(share(1), 0.07);
+}
+#else
+TEST(ComparisonRandom, AgreesWithTheStraightLinesOfAnotherLibrary) {
+    GTEST_SKIP() << "no GNU Scientific Library (libgsl-dev)";
+}
+#endif
+
+}  // namespace
+}  // namespace davo
