@@ -12,13 +12,9 @@
 #include <utility>
 
 #include "common/files.h"
-#include "common/run_time_error.h"
 #include "common/text.h"
 #include "curves/curve_chart.h"
 #include "curves/results_table.h"
-#include "records/record_name.h"
-#include "reports/page/html.h"
-#include "reports/page/pdf.h"
 #include "reports/record_csv.h"
 #include "reports/record_texts.h"
 #include "ui/form_parts.h"
@@ -56,7 +52,7 @@ QString CurveName(const ShownTest& shown) {
 
 }  // namespace
 
-RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), prompts_(prompts) {
+RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), saver_(prompts) {
     setObjectName(QStringLiteral("RecordPanel"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(kRoom, 0, 0, 0);
@@ -141,26 +137,28 @@ QLayout* RecordPanel::BuildButtons() {
     connect(cmdBack_, &QPushButton::clicked, this, [this] { OnBack(); });
     saves_ = new QWidget(this);
     auto* row = WithMargin(new QHBoxLayout(saves_), 0);
-    const auto add = [&](const char* name, const char* caption, const char* ending,
-                         const Write& write) {
+    const auto add = [&](const char* name, const char* caption, auto save) {
         auto* button = Named(new QPushButton(QLatin1String(caption), saves_), name);
         button->setMinimumHeight(kButtonHeight);
         button->setAutoDefault(true);
         row->addWidget(button);
-        connect(button, &QPushButton::clicked, this,
-                [this, ending, write] { Save(QLatin1String(ending), write); });
+        connect(button, &QPushButton::clicked, this, [this, save] {
+            ShowSaved({});
+            ShowSaved(save());
+        });
     };
     // Letters that no window with a list of records uses.
-    add("cmdSavePng", "Save as PN&G...", ".png", [this](const QString& path) {
-        chart_->SavePng(path, kPicture);
-        return QStringList();
+    add("cmdSavePng", "Save as PN&G...", [this] {
+        return SaveAs(QStringLiteral(".png"), [this](const QString& path) {
+            chart_->SavePng(path, kPicture);
+            return QStringList();
+        });
     });
-    add("cmdSavePdf", "Save &as PDF...", ".pdf", [this](const QString& path) {
-        SaveCertificate(path);
-        return QStringList();
+    add("cmdSavePdf", "Save &as PDF...", [this] { return SaveCertificate(); });
+    add("cmdSaveCsv", "Save CSV &Table...", [this] {
+        return SaveAs(QStringLiteral(".csv"),
+                      [this](const QString& path) { return SaveCsv(path); });
     });
-    add("cmdSaveCsv", "Save CSV &Table...", ".csv",
-        [this](const QString& path) { return SaveCsv(path); });
     buttons->addWidget(saves_, 3);
     return buttons;
 }
@@ -360,53 +358,21 @@ QSize RecordPanel::minimumSizeHint() const {
 
 // --- Saving -------------------------------------------------------------------------------------
 
-QString RecordPanel::AskForFile(const QString& ending) {
-    if (saveFolder_.isEmpty()) saveFolder_ = QFileInfo(wanted_.front().file).absolutePath();
-    QString filter = QLatin1Char('*') + ending;
-    // A certificate is also for who reads it on a telephone.
-    const bool isPage = ending == QLatin1String(".pdf");
-    if (isPage) filter += QStringLiteral(";;*.html");
-    QString path =
-        prompts_.SaveFile(saveFolder_, filter, RecordNameOf(wanted_.front().file) + ending);
-    if (path.isEmpty()) return {};
-    const bool isHtml = isPage && path.endsWith(QLatin1String(".html"), Qt::CaseInsensitive);
-    if (!isHtml && !path.endsWith(ending, Qt::CaseInsensitive)) path += ending;
-    saveFolder_ = QFileInfo(path).absolutePath();
-    if (!FileExists(path)) return path;
-    const QString question =
-        QStringLiteral("The file '%1' exists already. Do you want to replace it?")
-            .arg(QFileInfo(path).fileName());
-    return prompts_.Agrees(question) ? path : QString();
-}
-
 void RecordPanel::ShowSaved(const QStringList& said) {
     lblSaved_->setText(said.join(QLatin1Char('\n')));
     lblSaved_->setVisible(!said.isEmpty());
 }
 
-void RecordPanel::Save(const QString& ending, const Write& write) {
-    ShowSaved({});
-    try {
-        const QString path = AskForFile(ending);
-        if (path.isEmpty()) return;
-        const QStringList notWritten = write(path);
-        ShowSaved(QStringList{SavedText(path)} + notWritten);
-    } catch (const RunTimeError& error) {
-        prompts_.Message(QStringLiteral("The file was not saved. ") +
-                         QString::fromUtf8(error.what()));
-    }
+QStringList RecordPanel::SaveAs(const QString& ending, const RecordSaver::Write& write) {
+    return saver_.Save(wanted_.front().file, ending, write);
 }
 
-void RecordPanel::SaveCertificate(const QString& path) const {
+QStringList RecordPanel::SaveCertificate() {
     std::vector<CertifiedTest> tests;
     for (const ShownTest& shown : shown_.Tests())
         tests.push_back({shown_.Records().at(shown.record), shown.test});
-    const Certificate certificate = CertificateOf(tests, KneeRuleOf(marker_));
-    if (path.endsWith(QLatin1String(".html"), Qt::CaseInsensitive)) {
-        ReplaceFile(path, CertificateAsHtml(certificate, UsualPaper()));
-    } else {
-        WriteCertificatePdf(certificate, UsualPaper(), path);
-    }
+    return saver_.SaveCertificate(wanted_.front().file, tests,
+                                  marker_ == nullptr ? QString() : *marker_);
 }
 
 QStringList RecordPanel::SaveCsv(const QString& path) {

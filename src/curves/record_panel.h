@@ -7,10 +7,10 @@
 #include <QWidget>
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "common/prompts.h"
+#include "curves/record_saver.h"
 #include "curves/shown_records.h"
 
 class QBoxLayout;
@@ -43,8 +43,10 @@ class RecordPanel : public QWidget {
     // later. The choice stays as long as the same records are shown.
     void ChooseTest(std::size_t test);
 
-    // The marker whose kneepoints a certificate marks, as in Settings::kneepointType.
-    void SetMarker(const QString& kneepointType) { marker_ = kneepointType.toStdString(); }
+    // The marker whose kneepoints a certificate marks, as in Settings::kneepointType: as it is when
+    // the certificate is made. It must outlive the panel.
+    void SetMarker(const QString& kneepointType) { marker_ = &kneepointType; }
+    void SetMarker(const QString&&) = delete;
 
     // Whether a button, and Escape, lead back to the list of records.
     void OfferBack(bool on);
@@ -61,9 +63,6 @@ class RecordPanel : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
-    // Writes a file; what it does not have, in words.
-    using Write = std::function<QStringList(const QString& path)>;
-
     void BuildTop(QBoxLayout* column);
     void BuildFacts();
     QLayout* BuildButtons();
@@ -80,15 +79,12 @@ class RecordPanel : public QWidget {
     // The test that stands out; nothing without a test.
     std::optional<std::size_t> Chosen() const;
 
-    // A file to write to that the operator has chosen; empty when he would rather not.
-    QString AskForFile(const QString& ending);
     void ShowSaved(const QStringList& said);
-    void Save(const QString& ending, const Write& write);
-    // As HTML where path ends so, else as PDF.
-    void SaveCertificate(const QString& path) const;
+    QStringList SaveAs(const QString& ending, const RecordSaver::Write& write);
+    QStringList SaveCertificate();
     QStringList SaveCsv(const QString& path);
 
-    Prompts& prompts_;
+    RecordSaver saver_;
     QTimer soon_;
     QBoxLayout* body_ = nullptr;   // chart and facts, below or beside each other
     QBoxLayout* facts_ = nullptr;  // results and doubts, the same
@@ -97,8 +93,7 @@ class RecordPanel : public QWidget {
     std::size_t chosen_ = 0;
     QStringList header_;  // its fields
     bool more_ = false;   // whether all of them are shown
-    QString saveFolder_;
-    std::string marker_;
+    const QString* marker_ = nullptr;
 
     QLabel* lblRecord_ = nullptr;
     QLabel* lblHeader_ = nullptr;

@@ -32,7 +32,7 @@ class RecordList;
 class frmSetDescr : public QWidget {
   public:
     // directory is loaded already; dataPath ends with the separator; kneepointType is the marker
-    // that a certificate has. directory, dataPath and prompts must outlive the window.
+    // that a certificate has. All of them must outlive the window.
     frmSetDescr(DirectoryTables& directory, const QString& dataPath, const QString& kneepointType,
                 Prompts& prompts);
     // Writes changes back that are unsaved still: the program ends.

@@ -367,7 +367,8 @@ TEST_F(Panel, SavesPictureAndPageAndTable) {
 }
 
 TEST_F(Panel, SavesTheCertificateByTheEndingOfItsName) {
-    panel.SetMarker(u"IEEE 30 Degree Marker"_s);
+    const QString marker = QLatin1String(kKneeIeee30);
+    panel.SetMarker(marker);
     ShowFiles({"THREE"});
     prompts.files = {folder.Path("page.html"), folder.Path("page.pdf")};
     Press("cmdSavePdf");
@@ -377,6 +378,16 @@ TEST_F(Panel, SavesTheCertificateByTheEndingOfItsName) {
     EXPECT_THAT(page, HasSubstr("Kneepoint by IEEE 30"));
     EXPECT_FALSE(QFileInfo::exists(folder.Path("page.html.pdf")));
     EXPECT_THAT(ReadWholeFile(folder.Path("page.pdf")), StartsWith("%PDF-"));
+}
+
+TEST_F(Panel, TheCertificateHasTheMarkerThatIsChosenByThen) {
+    QString marker = QLatin1String(kKneeIeee30);
+    panel.SetMarker(marker);
+    ShowFiles({"THREE"});
+    marker = QLatin1String(kKneeAsa);
+    prompts.files = {folder.Path("page.html")};
+    Press("cmdSavePdf");
+    EXPECT_THAT(ReadWholeFile(folder.Path("page.html")), HasSubstr("Kneepoint by ASA 10/50"));
 }
 
 TEST_F(Panel, SaysWhereAFileWasSaved) {

@@ -90,10 +90,11 @@ class SetDescrWindow : public ::testing::Test, public DataFolder, public Control
     QPointer<QDialog> notepad;
 };
 
-TEST_F(SetDescrWindow, MarksTheChosenKneepointsInACertificate) {
-    settings.kneepointType = QLatin1String(kKneeIeee30);
+TEST_F(SetDescrWindow, MarksTheKneepointsThatAreChosenByThenInACertificate) {
+    settings.kneepointType = QLatin1String(kKneeIeee45);
     Put("T3", FileText(1));
     OpenAt("T3");
+    settings.kneepointType = QLatin1String(kKneeIeee30);
     window->resize(1300, 700);  // room for the panel
     const QString page = settings.dataPath + u"page.html"_s;
     prompts.files = {page};
