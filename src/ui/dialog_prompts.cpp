@@ -149,6 +149,16 @@ QString Chosen(const QPointer<QFileDialog>& dialog) {
     return accepted && !chosen.isEmpty() ? ShownPath(chosen.first()) : QString();
 }
 
+// name with the ending of the filter chosen, such as "*.html", in place of that of another one.
+QString WithEndingOf(const QString& chosen, const QString& name, const QStringList& filters) {
+    for (const QString& filter : filters) {
+        const QString ending = filter.mid(1);
+        if (name.endsWith(ending, Qt::CaseInsensitive))
+            return name.chopped(ending.size()) + chosen.mid(1);
+    }
+    return name + chosen.mid(1);
+}
+
 }  // namespace
 
 // A dialog is open for as long as it lives; then what is due is shown.
@@ -239,7 +249,7 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, co
     dialog->selectFile(name);
     QObject::connect(dialog, &QFileDialog::filterSelected, dialog, [dialog](const QString& chosen) {
         for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
-            line->setText(QFileInfo(line->text()).completeBaseName() + chosen.mid(1));
+            line->setText(WithEndingOf(chosen, line->text(), dialog->nameFilters()));
     });
     // What is typed takes the place of the name.
     for (QLineEdit* line : dialog->findChildren<QLineEdit*>())

@@ -2,6 +2,7 @@
 #include "ui/dialog_prompts.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QFileDialog>
@@ -487,6 +488,41 @@ TEST(SaveFilePrompt, TypingReplacesTheProposal) {
     });
     EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.txt"_s, u"NORTH"_s),
               ShownPath(folder.Path("T3")));
+}
+
+// Goes on to another kind of file in the box.
+void ChooseKind(QFileDialog& dialog, Qt::Key key) {
+    QTest::keyClick(dialog.findChild<QComboBox*>(u"fileTypeCombo"_s), key);
+}
+
+TEST(SaveFilePrompt, AnotherKindOfFileHasItsEndingAtOnce) {
+    const test::TemporaryFolder folder;
+    const QString kinds = u"*.pdf;;*.html"_s;
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) {
+        const auto* line = dialog.findChild<QLineEdit*>(u"fileNameEdit"_s);
+        ChooseKind(dialog, Qt::Key_Down);
+        EXPECT_EQ(line->text(), u"NORTH 11.21.html"_s);
+        ChooseKind(dialog, Qt::Key_Up);
+        EXPECT_EQ(line->text(), u"NORTH 11.21.pdf"_s);
+        ChooseKind(dialog, Qt::Key_Down);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), kinds, u"NORTH 11.21.pdf"_s),
+              ShownPath(folder.Path("NORTH 11.21.html")));
+}
+
+TEST(SaveFilePrompt, AnotherKindOfFileLeavesTheFolderThatWasTyped) {
+    const test::TemporaryFolder folder;
+    QDir().mkpath(folder.Path("bay"));
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) {
+        auto* line = dialog.findChild<QLineEdit*>(u"fileNameEdit"_s);
+        line->setText(u"bay/CT 4"_s);
+        ChooseKind(dialog, Qt::Key_Down);
+        EXPECT_EQ(line->text(), u"bay/CT 4.html"_s);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    EXPECT_EQ(DialogPrompts().SaveFile(folder.Path(), u"*.pdf;;*.html"_s, u"T3.pdf"_s),
+              ShownPath(folder.Path("bay/CT 4.html")));
 }
 
 TEST(SaveFilePrompt, AddsNothingToANewName) {
