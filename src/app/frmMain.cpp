@@ -5,6 +5,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QScopeGuard>
@@ -42,6 +43,7 @@ frmMain::frmMain(ProgramState& state, const ProgramServices& services, ChildForm
       services_(services),
       forms_(std::move(forms)),
       handlers_(services.prompts),
+      saver_(services.prompts),
       dateGuard_(services.shortDate),
       menu_(*menuBar()),
       statusLine_(new StatusLine(services.link, services.prompts, this)),
@@ -79,6 +81,9 @@ void frmMain::BuildCentre() {
     if (forms_.fileUtilities) second.emplace_back(menu_.mnuFileUtil, "File Utilities");
     home_ = new HomePanel(items, second, pages_);
     home_->OnView = [this](const QString& file) { Start([this, file] { ViewRecord(file); }); };
+    home_->OnCertificate = [this](const QString& file) {
+        Start([this, file] { SaveCertificate(file); });
+    };
     // Nothing happens without a report.
     OnKey(home_, Qt::Key_Escape, [this] {
         if (services_.reports != nullptr) services_.reports->Cancel();
@@ -269,8 +274,16 @@ void frmMain::SaveSession(const UnsavedSession& session) {
     if (saved.isEmpty()) return;
     statusBar()->showMessage(QStringLiteral("The session is saved as %1").arg(ShownPath(saved)),
                              kMessageDuration);
+    savedRecord_ = saved;
     OfferSessions();
     ListAgain();
+}
+
+void frmMain::SaveCertificate(const QString& file) {
+    home_->Say(
+        saver_.SaveCertificate(state_.settings.dataPath + file, state_.settings.kneepointType));
+    // It may have gone, or be damaged, since it was listed.
+    home_->Preview();
 }
 
 void frmMain::ViewRecord(const QString& file) {
@@ -307,6 +320,7 @@ void frmMain::RunTest(bool ratioOnly) {
 void frmMain::ShowTestWindow() {
     std::unique_ptr<frmCControl> window = LoadTestWindow(state_, services_);
     testWindow_ = window.get();
+    testWindow_->OnSaved = [this](const QString& record) { savedRecord_ = record; };
     testWindow_->OnUnload = [this] {
         testWindow_ = nullptr;
         ChildClosed();
@@ -399,6 +413,10 @@ void frmMain::ShowFacts() {
         facts.link.portOpen = facts.link.openFailed = false;
     statusLine_->ShowFacts(facts);
     home_->ShowFacts(facts);
+    if (savedRecord_.isEmpty() || children_ > 0) return;
+    const QString record = std::exchange(savedRecord_, {});
+    const QString file = QFileInfo(record).fileName();
+    if (state_.settings.dataPath + file == record) home_->ShowSavedSession(file);
 }
 
 void frmMain::EnableWorking(bool enabled) {
@@ -406,7 +424,7 @@ void frmMain::EnableWorking(bool enabled) {
     // A button that is disabled hands the focus on.
     if (!enabled) focusBefore_ = focusWidget();
     menu_.working->setEnabled(enabled);
-    home_->Sessions().setEnabled(enabled);
+    home_->EnableWorking(enabled);
     if (enabled && focusBefore_ != nullptr && focusBefore_->isVisible()) focusBefore_->setFocus();
 }
 

@@ -13,6 +13,7 @@
 #include "app/open_forms.h"
 #include "app/program_state.h"
 #include "app/status_line.h"
+#include "curves/record_saver.h"
 #include "ui/event_handlers.h"
 
 class QMdiArea;
@@ -74,6 +75,8 @@ class frmMain : public QMainWindow {
     // Sets a session that was never saved aside, and shows all of them on the start page.
     void OfferSessions();
     void SaveSession(const UnsavedSession& session);
+    // Of a record of the data folder.
+    void SaveCertificate(const QString& file);
     // Makes the report of a record of the data folder; Esc leaves it.
     void ViewRecord(const QString& file);
 
@@ -108,6 +111,7 @@ class frmMain : public QMainWindow {
     ProgramServices services_;
     ChildForms forms_;
     EventHandlers handlers_;
+    RecordSaver saver_;
     DateGuard dateGuard_;
     MainMenu menu_;
     StatusLine* statusLine_;
@@ -121,6 +125,7 @@ class frmMain : public QMainWindow {
     frmCControl* testWindow_ = nullptr;
     int children_ = 0;  // that are open
     QTimer factsTimer_;
+    QString savedRecord_;           // by a session that has ended; the start page says so
     int listedRecords_ = 0;         // as the directory file says
     std::vector<Notice> troubles_;  // of the load and of the sessions
     bool loaded_ = false;

@@ -36,6 +36,7 @@ constexpr int kPanelPicture = 56;
 constexpr int kLeastButtonHeight = 48;
 constexpr int kMostButtonHeight = 140;
 constexpr int kSecondButtonHeight = 44;
+constexpr int kCertificateHeight = 36;
 // Of a panel that has room for the preview; more, in lines, with sessions that were not saved.
 constexpr int kPreviewHeight = 500;
 constexpr int kSessionsLines = 8;
@@ -101,6 +102,16 @@ BigButton* MakeLargeButton(QAction* item, QWidget* parent) {
     button->setMaximumHeight(kMostButtonHeight);
     Enlarge(button, kButtonGrowth);
     MakeBold(button);
+    return button;
+}
+
+QPushButton* MakeCertificateButton(QWidget* parent) {
+    auto* button = new BigButton(parent, "cmdCertificate", "&Certificate...");
+    button->setFont(parent->font());
+    Enlarge(button, kPreviewGrowth);
+    button->setMinimumHeight(kCertificateHeight);
+    button->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    button->setEnabled(false);
     return button;
 }
 
@@ -184,20 +195,24 @@ class HomePanel::RecordPreview : public QWidget {
     }
 
     // Reads and shows the record file at path; says why it cannot be read. kneepointType is the
-    // marker whose kneepoints are shown.
-    void ShowRecord(const QString& path, const QString& kneepointType) {
+    // marker whose kneepoints are shown. Whether there is a test in it.
+    bool ShowRecord(const QString& path, const QString& kneepointType) {
+        bool any = false;
         try {
             const RecordFacts record = ReadRecordFacts(path, kMostPreviewTests);
             const auto rule = KneeRuleOf(kneepointType.toStdString()).value_or(KneeRule::Asa1050);
             texts_.clear();
             for (std::size_t tests = kMostPreviewTests + 1; tests > 0; --tests)
                 texts_ << RecordText(record, rule, tests - 1);
+            texts_ << texts_.back().section(QStringLiteral("<br>"), 0, 0);
             chart_->SetCurves(CurvesOf(record));
+            any = !record.tests.empty();
         } catch (const RunTimeError& error) {
             texts_ = {TroubleText(QFileInfo(path).completeBaseName(), error).toHtmlEscaped()};
             chart_->SetCurves({});
         }
         FitText();
+        return any;
     }
 
   protected:
@@ -292,7 +307,14 @@ QWidget* HomePanel::BuildRecords(QWidget* lastButton) {
     column->addWidget(sessions_);
     QLabel* heading = MakeParagraph(frame, "lblNewest", QStringLiteral("Newest test records"));
     MakeBold(heading);
-    column->addWidget(heading);
+    auto* top = new QHBoxLayout;
+    top->addWidget(heading, 1);
+    cmdCertificate_ = MakeCertificateButton(frame);
+    top->addWidget(cmdCertificate_);
+    column->addLayout(top);
+    lblSaved_ = MakeParagraph(frame, "lblSaved", {}, kPreviewGrowth);
+    lblSaved_->hide();
+    column->addWidget(lblSaved_);
     recordPages_ = new QStackedLayout;
     column->addLayout(recordPages_, 1);
     lvNewest_ = Named(new RecordList(RecordColumns::UpToStation, frame), "lvNewest");
@@ -305,7 +327,13 @@ QWidget* HomePanel::BuildRecords(QWidget* lastButton) {
     connect(lvNewest_, &QTreeWidget::itemDoubleClicked, this, view);
     OnKey(lvNewest_, Qt::Key_Return, view);
     OnKey(lvNewest_, Qt::Key_Enter, view);
-    connect(lvNewest_, &QTreeWidget::itemSelectionChanged, this, [this] { Preview(); });
+    connect(cmdCertificate_, &QPushButton::clicked, this, [this] {
+        if (OnCertificate) OnCertificate(SelectedFile());
+    });
+    connect(lvNewest_, &QTreeWidget::itemSelectionChanged, this, [this] {
+        Say({});
+        Preview();
+    });
     // The cards of many sessions leave room for some of them.
     lvNewest_->setMinimumHeight(kLeastRows * lvNewest_->fontMetrics().lineSpacing());
     recordPages_->addWidget(lvNewest_);
@@ -338,7 +366,10 @@ void HomePanel::ShowRecords(const ShellFacts& facts) {
         const QSignalBlocker quiet(lvNewest_);
         lvNewest_->Fill(facts_.records, facts_.files);
         lvNewest_->SelectFiles({selected});
-        if (SelectedFile().isEmpty()) lvNewest_->setCurrentItem(lvNewest_->topLevelItem(0));
+        if (SelectedFile().isEmpty()) {
+            lvNewest_->setCurrentItem(lvNewest_->topLevelItem(0));
+            Say({});
+        }
     } else if (facts_.dataPath == before.dataPath && facts_.kneepointType == before.kneepointType &&
                preview_->isHidden() != HasRoom()) {
         return;
@@ -359,7 +390,32 @@ bool HomePanel::HasRoom() const {
 void HomePanel::Preview() {
     const QString file = SelectedFile();
     preview_->setVisible(HasRoom() && !file.isEmpty());
-    if (preview_->isVisible()) preview_->ShowRecord(facts_.dataPath + file, facts_.kneepointType);
+    // Also where there is no room to show it: a certificate can be made of what can be read.
+    readable_ = isVisible() && !file.isEmpty() &&
+                preview_->ShowRecord(facts_.dataPath + file, facts_.kneepointType);
+    EnableCertificate();
+}
+
+void HomePanel::EnableCertificate() {
+    cmdCertificate_->setEnabled(working_ && readable_);
+}
+
+void HomePanel::EnableWorking(bool enabled) {
+    working_ = enabled;
+    sessions_->setEnabled(enabled);
+    EnableCertificate();
+}
+
+void HomePanel::Say(const QStringList& lines) {
+    lblSaved_->setText(lines.join(QLatin1Char('\n')));
+    lblSaved_->setVisible(!lines.isEmpty());
+}
+
+void HomePanel::ShowSavedSession(const QString& file) {
+    lvNewest_->SelectFiles({file});
+    if (SelectedFile() != file) return;
+    Say({QStringLiteral("%1 is saved. With Certificate... you make a page of it for the customer.")
+             .arg(QFileInfo(file).completeBaseName())});
 }
 
 void HomePanel::FocusButtonOf(const QAction* item) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 #include <functional>
 #include <utility>
@@ -45,6 +46,15 @@ class HomePanel : public QWidget {
 
     // Enter or a double click on a record.
     std::function<void(const QString& file)> OnView;
+    // A certificate of the selected record is wanted.
+    std::function<void(const QString& file)> OnCertificate;
+
+    // Below the list's heading, until another record is selected: in lines, none hides it.
+    void Say(const QStringList& lines);
+    // Selects the record that a session was saved as, and says what can be made of it.
+    void ShowSavedSession(const QString& file);
+    // While one waits nothing else can be begun.
+    void EnableWorking(bool enabled);
 
     SessionCards& Sessions() { return *sessions_; }
 
@@ -62,6 +72,7 @@ class HomePanel : public QWidget {
     // Of the selected row; nothing without one.
     QString SelectedFile() const;
     bool HasRoom() const;  // for the preview
+    void EnableCertificate();
 
     std::vector<QPushButton*> buttons_;
     ShellFacts facts_;
@@ -73,6 +84,10 @@ class HomePanel : public QWidget {
     QStackedLayout* recordPages_ = nullptr;
     RecordList* lvNewest_ = nullptr;
     QLabel* lblNoRecords_ = nullptr;
+    QLabel* lblSaved_ = nullptr;
+    QPushButton* cmdCertificate_ = nullptr;
+    bool working_ = true;
+    bool readable_ = false;  // the selected record
     RecordPreview* preview_ = nullptr;
 };
 

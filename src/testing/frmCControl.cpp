@@ -246,6 +246,7 @@ void frmCControl::cmdExit_Click() {
         const SaveOutcome outcome =
             ExitAndSave(sequence_, settings_, static_cast<bool>(Reports.make));
         closeWanted_ = outcome.closeWindow;
+        if (OnSaved && !outcome.savedFile.isEmpty()) OnSaved(outcome.savedFile);
         if (outcome.viewResults) ViewResults(outcome.savedFile);
     });
     Refresh();

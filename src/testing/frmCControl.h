@@ -31,6 +31,8 @@ class frmCControl : public QWidget {
     // The window closes when the handler under way has come to its end.
     bool CloseWanted() const { return closeWanted_; }
 
+    // The session is saved as the record file of that path.
+    std::function<void(const QString& record)> OnSaved;
     // The window has closed: Form_Unload is done.
     std::function<void()> OnUnload;
     // Opens the header window over this one; changed is to be called when the header or the notes

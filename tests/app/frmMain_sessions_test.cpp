@@ -90,6 +90,18 @@ TEST_F(SessionsOnTheStartPage, SaveMakesARecordThatIsListed) {
     EXPECT_TRUE(port.sent.empty());
 }
 
+TEST_F(SessionsOnTheStartPage, OfOneThatIsSavedACertificateIsOffered) {
+    AddRecord("Newer.txt", "11/22/26");
+    LeaveSession("NORTH");
+    Open();
+    prompts.files = {DataFolder() + u"Old.txt"_s};
+    Click("cmdSaveSession0");
+    EXPECT_EQ(Text("lblSaved"),
+              "Old is saved. With Certificate... you make a page of it for the customer.");
+    EXPECT_EQ(Find<QTreeWidget>("lvNewest")->selectedItems().value(0)->text(0), u"Old"_s);
+    EXPECT_TRUE(Find<QPushButton>("cmdCertificate")->isEnabled());
+}
+
 TEST_F(SessionsOnTheStartPage, WithoutANameItsCardStays) {
     LeaveSession("NORTH");
     Open();
@@ -121,6 +133,60 @@ TEST_F(SessionsOnTheStartPage, ATestBeginsWithoutAQuestionAndLosesNone) {
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_TRUE(CardShown());
+}
+
+// From the last shot to the page in the customer's hands.
+TEST_F(SessionsOnTheStartPage, ACertificateIsMadeOfTheSessionThatWasJustSaved) {
+    AddRecord("Newer.txt", "11/22/26");
+    Open();
+    CompleteAShot();
+    prompts.answers = {Answer::Yes};
+    prompts.files = {DataFolder() + u"T9.txt"_s};
+    Click("cmdExit");
+    ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
+    EXPECT_EQ(Find<QTreeWidget>("lvNewest")->selectedItems().value(0)->text(0), u"T9"_s);
+    EXPECT_EQ(Text("lblSaved"),
+              "T9 is saved. With Certificate... you make a page of it for the customer.");
+    prompts.shown.clear();
+    prompts.proposed.clear();
+    prompts.files = {folder.Path("T9")};
+    Click("cmdCertificate");
+    EXPECT_EQ(prompts.shown.at(0), QDir::cleanPath(DataFolder()) + u"|*.pdf;;*.html"_s);
+    EXPECT_THAT(prompts.proposed, ElementsAre(u"T9.pdf"_s));
+    EXPECT_THAT(ReadWholeFile(folder.Path("T9.pdf")), StartsWith("%PDF-"));
+    EXPECT_EQ(QString::fromStdString(Text("lblSaved")).remove(QChar(0x200B)),
+              u"Saved: "_s + ShownPath(folder.Path("T9.pdf")));
+    prompts.files = {folder.Path("T9.html")};
+    Click("cmdCertificate");
+    EXPECT_THAT(ReadWholeFile(folder.Path("T9.html")),
+                HasSubstr("<title>T9 - Test Certificate</title>"));
+}
+
+TEST_F(SessionsOnTheStartPage, WhyThereIsNoCertificateIsSaid) {
+    const QString record = DataFolder() + u"Old.txt"_s;
+    QDir().mkpath(DataFolder());
+    ReplaceFile(record, RecordFileText("Old") + RecordText());
+    Open();
+    const auto said = [this](const QString& file) {
+        prompts.shown.clear();
+        prompts.files = {file};
+        Click("cmdCertificate");
+        EXPECT_EQ(Text("lblSaved"), "");
+        return prompts.Texts().empty() ? std::string() : prompts.Texts().back();
+    };
+    EXPECT_THAT(said({}), EndsWith("|*.pdf;;*.html")) << "rather not";
+    EXPECT_THAT(said(folder.Path("none/page.pdf")),
+                StartsWith("The file was not saved. Run-time error '"));
+    ReplaceFile(folder.Path("page.html"), "before");
+    prompts.answers = {Answer::No};
+    EXPECT_EQ(said(folder.Path("page.html")),
+              "The file 'page.html' exists already. Do you want to replace it?");
+    EXPECT_EQ(ReadWholeFile(folder.Path("page.html")), "before");
+    ASSERT_TRUE(QFile::remove(record));
+    EXPECT_THAT(said(folder.Path("gone.pdf")),
+                StartsWith("The file was not saved. Run-time error '53': File not found"));
+    EXPECT_FALSE(QFileInfo::exists(folder.Path("gone.pdf")));
+    EXPECT_FALSE(Find<QPushButton>("cmdCertificate")->isEnabled()) << "it has gone";
 }
 
 TEST_F(SessionsOnTheStartPage, ASessionThatIsLeftUnsavedIsOfferedAtOnce) {

@@ -123,7 +123,9 @@ TEST_F(Home, TheButtonsBearTheItemsCaptionsWithoutMnemonics) {
     EXPECT_EQ(Text("cmdRecall"), "Recall Test");
     EXPECT_EQ(Text("cmdDownload"), "Download Test Record");
     Open();
-    EXPECT_THAT(MnemonicsOf(*panel), IsEmpty()) << "they would clash with the menu bar's";
+    for (const char* letter : {"Alt+F", "Alt+A"})  // the menu bar's
+        EXPECT_THAT(MnemonicsOf(*panel), Not(Contains(letter)));
+    EXPECT_TRUE(MnemonicsAreUnique(*panel));
 }
 
 TEST_F(Home, TheButtonsDoWhatTheItemsDo) {
@@ -346,6 +348,61 @@ TEST_F(HomeWithRecords, ARecordThatWasWrittenAnewIsReadWhenThePageIsShownAgain) 
     panel->hide();
     panel->show();
     EXPECT_THAT(Shown().toStdString(), HasSubstr("Elsewhere"));
+}
+
+TEST_F(HomeWithRecords, ACertificateIsOfferedOfARecordThatCanBeRead) {
+    ReplaceFile(folder.Path("B19.txt"), "nothing");
+    ReplaceFile(folder.Path("B18.txt"), HeaderText("B18"));
+    std::vector<std::string> wanted;
+    panel->OnCertificate = [&wanted](const QString& name) { wanted.push_back(name.toStdString()); };
+    OpenLarge();
+    for (const QSize size : {QSize(1024, 600), QSize(911, 480)}) {  // with a preview and without
+        window.resize(size);
+        wanted.clear();
+        for (const auto& [row, offered] : {std::pair(0, true), {1, false}, {2, false}, {3, true}}) {
+            ClickItem(*Newest(), Newest()->topLevelItem(row));
+            EXPECT_EQ(Enabled("cmdCertificate"), offered) << row;
+            QTest::mouseClick(Find<QPushButton>("cmdCertificate"), Qt::LeftButton);
+        }
+        EXPECT_THAT(wanted, ElementsAre("B20.txt", "B17.txt"));
+    }
+    panel->EnableWorking(false);
+    EXPECT_FALSE(Enabled("cmdCertificate"));
+    panel->EnableWorking(true);
+    EXPECT_TRUE(Enabled("cmdCertificate"));
+    facts.records.clear();
+    facts.files.clear();
+    panel->ShowFacts(facts);
+    EXPECT_FALSE(Enabled("cmdCertificate"));
+}
+
+TEST_F(HomeWithRecords, TheCertificateIsAtHandByKey) {
+    int wanted = 0;
+    panel->OnCertificate = [&wanted](const QString&) { ++wanted; };
+    OpenLarge();
+    const std::vector<std::string> order = TabOrderOf(*panel);
+    const auto list = std::ranges::find(order, "lvNewest");
+    ASSERT_NE(list, order.begin());
+    EXPECT_EQ(*(list - 1), "cmdCertificate");
+    EXPECT_THAT(MnemonicsOf(*panel), ElementsAre("Alt+C"));
+    QTest::keyClick(window.windowHandle(), Qt::Key_C, Qt::AltModifier);
+    EXPECT_TRUE(Until([&wanted] { return wanted == 1; }));
+}
+
+TEST_F(HomeWithRecords, WhatWasSavedIsSaidUntilAnotherRecordIsSelected) {
+    OpenLarge();
+    panel->ShowSavedSession(u"B18.txt"_s);
+    EXPECT_THAT(Shown().toStdString(), StartsWith("B18\n"));
+    EXPECT_EQ(Text("lblSaved"),
+              "B18 is saved. With Certificate... you make a page of it for the customer.");
+    EXPECT_TRUE(Find<QLabel>("lblSaved")->isVisible());
+    EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
+    panel->ShowFacts(facts);
+    EXPECT_TRUE(Find<QLabel>("lblSaved")->isVisible());
+    ClickItem(*Newest(), Newest()->topLevelItem(1));
+    EXPECT_FALSE(Find<QLabel>("lblSaved")->isVisible());
+    panel->ShowSavedSession(u"elsewhere.txt"_s);
+    EXPECT_FALSE(Find<QLabel>("lblSaved")->isVisible()) << "it is not in the list";
 }
 
 TEST_F(Home, ShowsTheTenNewestRecords) {

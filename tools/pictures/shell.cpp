@@ -184,6 +184,9 @@ class ShellPictures {
         status->ShowFacts(facts);
         home->ShowFacts(homeFacts);
         Grab(window, "main");
+        home->ShowSavedSession(homeFacts.files.at(1));
+        Grab(window, "main-saved");
+        home->Say({});
         TakeSessions(window, *home, homeFacts);
 
         QTimer::singleShot(2100, &window, [&] {
