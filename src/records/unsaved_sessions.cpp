@@ -57,7 +57,9 @@ std::string WithPendingShot(std::string capture, const SessionJournal& journal) 
     if (shots.size() > before && shots[before].trailerWhole) return capture;
     const std::size_t kept = std::min(shots.size(), before);
     capture.resize(kept == 0 ? 0 : shots[kept - 1].end);
-    if (!capture.empty() && !capture.ends_with('\n')) capture += kLineEnd;
+    // A shot that a bad disk has cut must not take the pending one's lines for its own.
+    while (kept > 0 && !CapturedShots(capture).back().trailerWhole)
+        capture += kLineEnd;
     return capture + journal.pendingShot;
 }
 

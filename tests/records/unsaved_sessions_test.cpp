@@ -180,6 +180,20 @@ TEST_F(UnsavedSessionsTest, TornTextBeforeThePendingShotGivesWay) {
     ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
 }
 
+TEST_F(UnsavedSessionsTest, PendingShotIsNotTakenForTheLinesOfADamagedOne) {
+    const std::string damaged = Shot(1).substr(0, Shot(1).find("NAMEPLATE"));
+    for (const std::string& capture : {damaged, damaged + "NAME", damaged + "\r\n"}) {
+        PutCapture(capture);
+        Journal(1, Shot(2)).Write(journal_);
+        const std::vector<UnsavedSession> sessions = SetAside();
+        ASSERT_EQ(sessions.size(), 1U);
+        EXPECT_EQ(sessions[0].shots, 2) << capture;
+        const std::string bytes = FileBytes(sessions[0].capturePath);
+        EXPECT_TRUE(bytes.starts_with(capture) && bytes.ends_with(Shot(2))) << bytes;
+        DeleteSavedSession(sessions[0]);
+    }
+}
+
 TEST_F(UnsavedSessionsTest, SecondTimeListsTheSame) {
     PutCapture(Shot(1));
     Journal(1, Shot(2)).Write(journal_);
