@@ -3,8 +3,8 @@
 # names.
 _davo_report() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local options="--pdf --html --xlsx --xls --csv --summary --rule --out --impedance --judge --no-heading --force
-    --help --version"
+  local options="--pdf --html --xlsx --xls --csv --summary --rule --compare --limit --out --impedance --judge
+    --no-heading --force --help --version"
   if [[ $before == --rule ]]; then
     mapfile -t COMPREPLY < <(compgen -W "asa 45 30" -- "$word")
   elif [[ $before == --out ]]; then

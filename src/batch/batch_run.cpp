@@ -11,14 +11,17 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "analysis/result_tables.h"
+#include "batch/reference.h"
 #include "batch/streams.h"
 #include "batch/summary_page.h"
 #include "common/files.h"
 #include "common/places.h"
 #include "common/run_time_error.h"
 #include "common/settings.h"
+#include "common/text.h"
 #include "records/record_name.h"
 #include "reports/choose_renderer.h"
 #include "reports/page/html.h"
@@ -111,6 +114,7 @@ class BatchRun {
     StandardError said_{options_.rows};
     std::string rows_;  // not written yet
     SummaryPage summary_{options_.rule, options_.out};
+    std::optional<Reference> reference_;
     std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
     // Those of this run, made or kept, by what they are to a disk that knows no capitals.
     QMultiHash<QString, QString> targets_;
@@ -146,7 +150,14 @@ void BatchRun::DoAll() {
         }
     }
     rows_ = options_.shown.toStdString();
-    if (options_.rows && !options_.noHeading) rows_ = TestRowsHeading(options_.judge);
+    try {
+        if (!options_.reference.isEmpty())
+            reference_.emplace(options_.reference, options_.rule, options_.limit);
+    } catch (const RunTimeError& error) {
+        return Fail(TroubleText(ShownPath(options_.reference), error));
+    }
+    if (options_.rows && !options_.noHeading)
+        rows_ = TestRowsHeading(options_.judge, reference_ ? Reference::Columns() : "");
     for (const QString& given : options_.records) {
         if (QFileInfo(given).isDir()) {
             Walk(given.endsWith(QLatin1Char('/')) ? given : given + QLatin1Char('/'), {});
@@ -204,7 +215,16 @@ void BatchRun::Do(const QString& path, const QString& below) {
         if (!isJudged && options_.rows) FindPrintedKneepoints(facts);
         if (facts.testsLeft > 0)
             Fail(shown + QLatin1String(": ") + NotWritten({&facts}, 1).join(QLatin1Char(' ')));
-        if (options_.rows) rows_ += TestRowsOf(facts, shown, options_.judge);
+        std::vector<std::vector<std::string>> compared;
+        for (const RecordTest& test : facts.tests) {
+            if (!reference_) break;
+            compared.push_back(reference_->TextsOf(test));
+            if (options_.rows) continue;
+            std::string line = shown.toStdString() + " Test " + test.testNumber + ": ";
+            ReplaceControls(line);
+            rows_ += line + compared.back().back() + '\n';
+        }
+        if (options_.rows) rows_ += TestRowsOf(facts, shown, options_.judge, compared);
         const QStringList made = MakeFiles(bytes, facts, path, below);
         if (options_.summary) summary_.Add(facts, shown, made);
     } catch (const RunTimeError& error) {
@@ -219,7 +239,7 @@ void BatchRun::Do(const QString& path, const QString& below) {
 QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& facts,
                                 const QString& path, const QString& below) {
     QStringList made;
-    const auto make = [&](bool isAsked, const char* extension, const Write& write) {
+    const auto make = [&](bool isAsked, const char* extension, const auto& write) {
         if (!isAsked) return;
         const QDir folder(options_.out.isEmpty() ? QFileInfo(path).path()
                                                  : options_.out + QLatin1Char('/') + below);

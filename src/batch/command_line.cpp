@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "common/numbers.h"
 #include "common/version.h"
 
 namespace davo {
@@ -56,7 +57,18 @@ QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
     const auto rule = rules.indexOf(parser.value(QStringLiteral("rule")));
     if (rule < 0) return QStringLiteral("The rule is asa, 45 or 30.");
     options.rule = kKneeRules.at(static_cast<std::size_t>(rule));
-    if (!makes) return QStringLiteral("Nothing to make: give --pdf or another format.");
+    options.reference = parser.value(QStringLiteral("compare"));
+    if (parser.isSet(QStringLiteral("limit"))) {
+        options.limit = WholeNumericValue(parser.value(QStringLiteral("limit")).toStdString());
+        if (options.limit.value_or(0) <= 0)
+            return QStringLiteral("The limit is a number of percent above 0.");
+        if (!parser.isSet(QStringLiteral("compare")))
+            return QStringLiteral("--limit needs --compare.");
+    }
+    if (parser.isSet(QStringLiteral("compare")) && options.reference.isEmpty())
+        return QStringLiteral("No reference is given for --compare.");
+    if (!makes && options.reference.isEmpty())
+        return QStringLiteral("Nothing to make: give --pdf or another format.");
     if (parser.isSet(QStringLiteral("out")) && options.out.isEmpty())
         return QStringLiteral("No folder is given for --out.");
     if (options.records.isEmpty() || options.records.contains(QString()))
@@ -75,6 +87,13 @@ BatchOptions ParseCommandLine(const QStringList& arguments) {
         {{QStringLiteral("rule"),
           QStringLiteral("Mark the kneepoint by asa, 45 or 30; asa when not given."),
           QStringLiteral("rule"), QStringLiteral("asa")},
+         {QStringLiteral("compare"),
+          QStringLiteral("Compare each test with the test of the same number of this record, or "
+                         "with its only curve: in sentences, or in columns of \"--csv -\"."),
+          QStringLiteral("reference")},
+         {QStringLiteral("limit"),
+          QStringLiteral("Say whether the voltages are so near to the reference's."),
+          QStringLiteral("percent")},
          {QStringLiteral("out"),
           QStringLiteral("Put files into this folder, and into folders in it as those of "
                          "the records. Without it each file is beside its record, and "

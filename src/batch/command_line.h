@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 #include "analysis/kneepoint.h"
 
@@ -24,6 +25,9 @@ struct BatchOptions {
     // Of all records.
     bool rows = false;  // to standard output
     bool summary = false;
+
+    QString reference;            // of a comparison; empty without one
+    std::optional<double> limit;  // in percent
 
     KneeRule rule = KneeRule::Asa1050;
     bool impedance = false;

@@ -147,18 +147,21 @@ std::string RecordsAsCsv(const std::vector<RecordFacts>& records) {
     return csv;
 }
 
-std::string TestRowsHeading(bool judged) {
+std::string TestRowsHeading(bool judged, std::string_view further) {
     std::string heading(kTestColumns);
     if (judged) heading += kJudgedColumns;
+    heading += further;
     return heading + '\n';
 }
 
-std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged) {
+std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged,
+                       const std::vector<std::vector<std::string>>& further) {
     Row name;
     // What is quoted are signs that the page and UTF-8 have alike.
     name.Put(NameText(file.toStdString()));
     std::string rows;
-    for (const RecordTest& test : record.tests) {
+    for (std::size_t i = 0; i < record.tests.size(); ++i) {
+        const RecordTest& test = record.tests[i];
         Row row;
         PutHeader(row, record, test);
         row.Put(std::to_string(test.points.size()));
@@ -167,6 +170,10 @@ std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judg
             PutSmooth(row, test);
             for (const KneeFact& knee : test.knees)
                 row.Put(knee.reason.empty() ? knee.doubt : knee.reason);
+        }
+        if (i < further.size()) {
+            for (const std::string& text : further[i])
+                row.Put(text);
         }
         rows += name.Text() + ',' + FromPage(row.Text()).toStdString() + '\n';
     }

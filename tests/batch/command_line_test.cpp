@@ -76,6 +76,12 @@ TEST(CommandLine, SaysWhatIsWrongAndEndsWith2) {
     wrong({u"--csv"_s, u"-"_s}, "No record is given.");
     wrong({u"--csv"_s, u"a"_s, u""_s}, "No record is given.");
     wrong({u"--csv"_s, u"--out="_s, u"a"_s}, "No folder is given for --out.");
+    wrong({u"--csv"_s, u"--limit"_s, u"5"_s, u"a"_s}, "--limit needs --compare.");
+    for (const QString& limit : {u""_s, u"0"_s, u"-5"_s, u"5%"_s, u"nan"_s}) {
+        wrong({u"--compare"_s, u"r.txt"_s, u"--limit="_s + limit, u"a"_s},
+              "The limit is a number of percent above 0.");
+    }
+    wrong({u"--compare="_s, u"a"_s}, "No reference is given for --compare.");
     wrong({}, "Nothing to make: give --pdf or another format.");
 }
 
@@ -85,7 +91,8 @@ TEST(CommandLine, ShowsHelpAndVersion) {
     EXPECT_EQ(help.err, "");
     for (const char* const option :
          {"--pdf", "--html", "--xlsx", "--xls", "--csv", "--summary", "--rule", "--impedance",
-          "--judge", "--no-heading", "--out", "--force", "--help", "--version"}) {
+          "--judge", "--no-heading", "--compare", "--limit", "--out", "--force", "--help",
+          "--version"}) {
         EXPECT_THAT(help.out, HasSubstr(std::string("\n  ") + option + " "));
     }
     EXPECT_THAT(help.out, StartsWith("Usage: davo-report [options] record-or-folder...\n"));
