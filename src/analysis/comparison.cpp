@@ -4,44 +4,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "analysis/log_line.h"
+#include "common/numbers.h"
 
 namespace davo {
 
 namespace {
 
 constexpr std::size_t kCommonPoints = 3;
-
-void Widen(std::optional<Extremes>& extremes, const Deviation& place) {
-    if (!extremes) extremes = {place, place};
-    if (place.ln < extremes->lowest.ln) extremes->lowest = place;
-    if (place.ln > extremes->highest.ln) extremes->highest = place;
-}
-
-// knee: the place of the reference's kneepoint on x.
-ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, double from,
-                           double to, std::optional<double> knee) {
-    std::vector<double> at = {from, to};
-    for (const LogLine* line : {&measured, &reference}) {
-        for (const LogLine::Node& node : line->nodes)
-            if (node.x > from && node.x < to) at.push_back(node.x);
-    }
-    if (knee && *knee > from && *knee < to) at.push_back(*knee);
-    std::sort(at.begin(), at.end());
-    at.erase(std::unique(at.begin(), at.end()), at.end());
-    ComparedValue value;
-    std::optional<Extremes> all;
-    for (const double x : at) {
-        const Deviation place{std::exp(x), measured.At(x) - reference.At(x)};
-        value.places.push_back(place);
-        Widen(all, place);
-        if (knee && x <= *knee) Widen(value.below, place);
-        if (knee && x >= *knee) Widen(value.above, place);
-    }
-    value.all = all.value_or(Extremes());
-    return value;
-}
 
 struct CommonRange {
     double from = 0;
@@ -57,18 +29,55 @@ CommonRange CommonOf(const LogLine& a, const LogLine& b) {
     return {from, to, std::min(a.Within(from, to), b.Within(from, to)) >= kCommonPoints};
 }
 
+// Half a step of the instrument, in amperes and volts.
+constexpr double kHalfCurrent = 0.00005;
+constexpr double kHalfVoltage = 0.05;
+
+void Widen(std::optional<Extremes>& extremes, const Deviation& place) {
+    if (!extremes) extremes = {place, place};
+    const auto order = [](const Deviation& of) { return std::pair(of.BeyondSteps(), of.ln); };
+    if (order(place) < order(extremes->lowest)) extremes->lowest = place;
+    if (order(place) > order(extremes->highest)) extremes->highest = place;
+}
+
+// halfX and halfY are those of the two values; knee is the place of the reference's kneepoint on x.
+ComparedValue CompareLines(const LogLine& measured, const LogLine& reference,
+                           const CommonRange& range, double halfX, double halfY,
+                           std::optional<double> knee) {
+    const double from = range.from;
+    const double to = range.to;
+    std::vector<double> at = {from, to};
+    for (const LogLine* line : {&measured, &reference}) {
+        for (const LogLine::Node& node : line->nodes)
+            if (node.x > from && node.x < to) at.push_back(node.x);
+    }
+    if (knee && *knee > from && *knee < to) at.push_back(*knee);
+    std::sort(at.begin(), at.end());
+    at.erase(std::unique(at.begin(), at.end()), at.end());
+    ComparedValue value;
+    std::optional<Extremes> all;
+    for (const double x : at) {
+        const double a = measured.At(x);
+        const double b = reference.At(x);
+        const double steps = 2 * halfX * std::exp(-x) + halfY * (std::exp(-a) + std::exp(-b));
+        const Deviation place{std::exp(x), a - b, steps};
+        value.places.push_back(place);
+        Widen(all, place);
+        if (knee && x <= *knee) Widen(value.below, place);
+        if (knee && x >= *knee) Widen(value.above, place);
+    }
+    value.all = all.value_or(Extremes());
+    return value;
+}
+
 double PercentOf(double ln) {
     return 100 * std::expm1(ln);
 }
 
 KneeDifference KneesApart(const ComparedCurve& measured, const ComparedCurve& reference) {
-    KneeDifference knee{measured.knee.has_value(),
-                        reference.knee.has_value(),
-                        measured.range.has_value(),
-                        reference.range.has_value(),
-                        std::nullopt,
-                        std::nullopt,
-                        0};
+    KneeDifference knee;
+    knee.isReferenceMissing = !reference.knee;
+    knee.missingIsRange = (reference.knee ? measured : reference).range.has_value();
     if (!measured.knee || !reference.knee) return knee;
     const SmoothKnee& a = *measured.knee;
     const SmoothKnee& b = *reference.knee;
@@ -93,8 +102,15 @@ double Deviation::Percent() const {
     return PercentOf(ln);
 }
 
+double Deviation::BeyondSteps() const {
+    return std::copysign(std::max(std::abs(ln) - steps, 0.0), ln);
+}
+
 const Deviation& Extremes::Worst() const {
-    return std::abs(lowest.Percent()) > std::abs(highest.Percent()) ? lowest : highest;
+    const auto size = [](const Deviation& place) {
+        return std::pair(std::abs(PercentOf(place.BeyondSteps())), std::abs(place.Percent()));
+    };
+    return size(lowest) > size(highest) ? lowest : highest;
 }
 
 CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference) {
@@ -121,20 +137,20 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
         kneeCurrent = std::log(reference.knee->at.current);
         kneeVoltage = std::log(reference.knee->at.voltage);
     }
-    comparison.voltage = CompareLines(a, b, currents.from, currents.to, kneeCurrent);
+    comparison.voltage = CompareLines(a, b, currents, kHalfCurrent, kHalfVoltage, kneeCurrent);
     const LogLine rising = CurrentLine(a);
     const LogLine risingReference = CurrentLine(b);
     const CommonRange voltages = CommonOf(rising, risingReference);
     if (voltages.hasPoints) {
-        comparison.current =
-            CompareLines(rising, risingReference, voltages.from, voltages.to, kneeVoltage);
+        comparison.current = CompareLines(rising, risingReference, voltages, kHalfVoltage,
+                                          kHalfCurrent, kneeVoltage);
     }
     return comparison;
 }
 
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
     if (comparison.reason != NotCompared::No) return Verdict::None;
-    return VerdictOf(comparison.voltage.all.Worst().Percent(), limitPercent);
+    return VerdictOf(PercentOf(comparison.voltage.all.Worst().BeyondSteps()), limitPercent);
 }
 
 std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
@@ -151,12 +167,21 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
     }
     const Deviation& worst = comparison.voltage.all.Worst();
     const double percent = worst.Percent();
-    constexpr double kEqual = 0.05;  // percent; less is 0.0
-    const bool isEqual = std::abs(percent) < kEqual && limitPercent.value_or(1) >= kEqual;
     const std::string end = LimitEnd(percent, limitPercent);
-    if (isEqual) return "At all common currents the voltage is the reference's to 0.1 %" + end;
+    const auto isEqual = [&](const Deviation& place) {
+        constexpr double kEqual = 0.05;  // percent; less is 0.0
+        return std::abs(place.Percent()) < std::min(kEqual, limitPercent.value_or(kEqual));
+    };
+    const std::vector<Deviation>& places = comparison.voltage.places;
+    if (std::all_of(places.begin(), places.end(), isEqual))
+        return "At all common currents the voltage is the reference's to 0.1 %" + end;
+    const bool isExplained = VerdictOf(comparison, limitPercent) == Verdict::Within &&
+                             VerdictOf(percent, limitPercent) == Verdict::Beyond;
     return "At " + AmperesText(worst.at) + " the voltage is " + PercentText(percent, limitPercent) +
-           " " + SideOf(percent) + " the reference" + end;
+           " " + SideOf(percent) + " the reference" +
+           (isExplained ? "; the limit is " + GeneralNumber(limitPercent.value_or(0)) +
+                              " %, and the steps of the readings can explain the rest."
+                        : end);
 }
 
 std::string KneeSentenceOf(const KneeDifference& knee) {
@@ -165,11 +190,9 @@ std::string KneeSentenceOf(const KneeDifference& knee) {
                SideOf(*knee.voltagePercent) + " the reference's, give or take " +
                PercentText(knee.uncertainPercent) + ".";
     }
-    const bool isReference = !knee.referenceHas;
-    const std::string whose = isReference ? "the reference" : "the curve";
-    if (isReference ? knee.referenceIsRange : knee.measuredIsRange)
-        return "The kneepoints are not compared: " + whose + " has only a range.";
-    return "The kneepoints are not compared: " + whose + " has none for certain.";
+    return std::string("The kneepoints are not compared: ") +
+           (knee.isReferenceMissing ? "the reference" : "the curve") +
+           (knee.missingIsRange ? " has only a range." : " has none for certain.");
 }
 
 }  // namespace davo

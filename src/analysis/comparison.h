@@ -26,12 +26,15 @@ ComparedCurve CurveToCompare(KneeRule rule, const std::vector<CurvePoint>& point
 struct Deviation {
     double at = 0;  // amperes where voltages are compared, volts where currents are
     double ln = 0;  // ln(measured / reference)
+    // As much of it as half a step of the readings, 0.1 V and 0.1 mA, explains; never below zero.
+    double steps = 0;
 
-    double Percent() const;  // (measured - reference) / reference
+    double Percent() const;      // (measured - reference) / reference
+    double BeyondSteps() const;  // ln without what the steps explain, of its sign or zero
     bool operator==(const Deviation&) const = default;
 };
 
-// The two ends of a list of deviations.
+// The two ends of a list of deviations, beyond what the steps explain.
 struct Extremes {
     Deviation lowest;
     Deviation highest;
@@ -41,7 +44,7 @@ struct Extremes {
 };
 
 // One of the two values over the whole common range of the other. Between its points a curve is a
-// straight line of ln V over ln I, so that no place in the range deviates more than the worst here.
+// straight line of ln V over ln I, so that no place between these deviates more.
 struct ComparedValue {
     std::vector<Deviation> places;  // wherever a curve has a point, and at the knee; rising
     Extremes all;
@@ -56,16 +59,14 @@ enum class NotCompared {
     ShortRange  // the common currents span less than a quarter of a decade
 };
 
-// The smooth kneepoints of two curves.
+// The smooth kneepoints of two curves, in percent of the reference's; nothing unless both have one.
 struct KneeDifference {
-    bool measuredHas = false;  // a number; false for a range and for none
-    bool referenceHas = false;
-    bool measuredIsRange = false;
-    bool referenceIsRange = false;
-    // Nothing unless both are numbers, in percent of the reference's.
     std::optional<double> voltagePercent;
     std::optional<double> currentPercent;
     double uncertainPercent = 0;  // of the voltage, of both together; 19 of 20 are nearer
+    // Where there is no difference: which of them has none, and whether it has a range.
+    bool isReferenceMissing = false;
+    bool missingIsRange = false;
 };
 
 struct CurveComparison {
@@ -81,8 +82,8 @@ struct CurveComparison {
 // not in order are taken).
 CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference);
 
-// The judgement of the voltage at equal current over the whole common range; None where the curves
-// are not compared.
+// The judgement of the voltage at equal current over the whole common range, by what the steps of
+// the readings do not explain; None where the curves are not compared.
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent);
 
 // One sentence: the worst place with its number and the limit, or why the curves are not compared.
