@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/page/certificate.h"
 
+#include <QRegularExpression>
 #include <algorithm>
 #include <array>
 
+#include "common/numbers.h"
 #include "common/text.h"
 #include "reports/record_texts.h"
 
@@ -46,9 +48,8 @@ CertificateTable EmptyKnees() {
     CertificateTable table{QStringLiteral("Kneepoints"), {{{}, QStringLiteral("Test"), {}}}, {}};
     for (const KneeRule rule : kCertifiedRules) {
         const QString group = KneeWord(rule);
-        table.columns.push_back({group, QStringLiteral("Voltage"), QStringLiteral("V"), true});
-        table.columns.push_back({group, QStringLiteral("Current"), QStringLiteral("A"), true});
-        table.columns.push_back({group, QStringLiteral("Smooth curve"), QStringLiteral("V"), true});
+        for (const char* heading : {"V", "A", "Smooth V", "Smooth A"})
+            table.columns.push_back({group, QLatin1String(heading), {}, true});
     }
     return table;
 }
@@ -58,16 +59,87 @@ QString WithoutEnd(QString text, const QString& end) {
     return text.trimmed();
 }
 
-// The same sentence has one mark, wherever it is said.
-int MarkFor(QStringList& explained, const KneeFact& fact) {
-    const std::string& said = fact.reason.empty() ? fact.doubt : fact.reason;
-    if (said.empty()) return 0;
-    const QString sentence = FromPage(said);
-    if (!explained.contains(sentence)) explained += sentence;
-    return static_cast<int>(explained.indexOf(sentence)) + 1;
+const QRegularExpression& Numbers() {
+    static const QRegularExpression kNumbers(QStringLiteral("\\d+(\\.\\d+)?|\u2026"));
+    return kNumbers;
 }
 
-void AddRows(Certificate& page, const QString& name, const RecordTest& test) {
+// Sentences of one kind differ in their numbers.
+QString KindOf(QString sentence) {
+    return sentence.replace(Numbers(), QStringLiteral("\u2026"));
+}
+
+// What two sentences of one kind both say, with "\u2026" for the numbers that differ.
+QString CommonText(const QString& one, const QString& other) {
+    QString common;
+    qsizetype end = 0;
+    QRegularExpressionMatchIterator others = Numbers().globalMatch(other);
+    for (const QRegularExpressionMatch& number : Numbers().globalMatch(one)) {
+        common += one.mid(end, number.capturedStart() - end);
+        const bool isSame = others.hasNext() && others.next().captured() == number.captured();
+        common += isSame ? number.captured() : QStringLiteral("\u2026");
+        end = number.capturedEnd();
+    }
+    return common + one.mid(end);
+}
+
+// What is said of the kneepoints of several tests. The same kind of doubt has one mark.
+class Doubts {
+  public:
+    // 0 where there is nothing to say.
+    int MarkFor(const KneeFact& fact, std::size_t row) {
+        // The table has the smooth kneepoint.
+        static const QRegularExpression kPlace(
+            QStringLiteral("its kneepoint (only )?(at|between) .*[VA]\\.(?= [A-Z]|$)"));
+        QString said = FromPage(fact.reason.empty() ? fact.doubt : fact.reason);
+        if (said.isEmpty()) return 0;
+        said.replace(kPlace, QStringLiteral("its kneepoint \\1as \"Smooth\" has it."));
+        const auto isSameKind = [&said](const Doubt& other) {
+            return KindOf(other.text) == KindOf(said);
+        };
+        auto place = std::find_if(doubts_.begin(), doubts_.end(), isSameKind);
+        if (place == doubts_.end()) place = doubts_.insert(place, {said, {}});
+        place->text = CommonText(said, place->text);
+        if (place->rows.empty() || place->rows.back() != row) place->rows.push_back(row);
+        return static_cast<int>(place - doubts_.begin()) + 1;
+    }
+
+    // The sentences, with the tests of whose rows they are.
+    QStringList Explained(const CertificateTable& table) const {
+        QStringList explained;
+        for (const Doubt& doubt : doubts_) {
+            explained += doubt.text;
+            if (table.rows.size() > 1)
+                explained.back() += QStringLiteral(" (Test %1)").arg(NamesOf(table, doubt.rows));
+        }
+        return explained;
+    }
+
+  private:
+    struct Doubt {
+        QString text;
+        std::vector<std::size_t> rows;  // rising
+    };
+
+    // "1 to 4, 7"
+    static QString NamesOf(const CertificateTable& table, const std::vector<std::size_t>& rows) {
+        QStringList names;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const std::size_t first = i;
+            while (i + 1 < rows.size() && rows[i + 1] == rows[i] + 1)
+                ++i;
+            const auto name = [&](std::size_t of) { return table.rows[rows[of]].front().text; };
+            names += i > first + 1 ? name(first) + QStringLiteral(" to ") + name(i)
+                     : i > first   ? name(first) + QStringLiteral(", ") + name(i)
+                                   : name(i);
+        }
+        return names.join(QStringLiteral(", "));
+    }
+
+    std::vector<Doubt> doubts_;
+};
+
+void AddRows(Certificate& page, Doubts& doubts, const QString& name, const RecordTest& test) {
     const auto cell = [](const std::string& text) { return CertificateCell{FromPage(text)}; };
     page.tables[0].rows.push_back({{name},
                                    cell(test.description),
@@ -83,9 +155,13 @@ void AddRows(Certificate& page, const QString& name, const RecordTest& test) {
     std::vector<CertificateCell> knees = {{name}};
     for (const KneeRule rule : kCertifiedRules) {
         const KneeFact& fact = FactOf(test, rule);
-        knees.push_back({FromPage(fact.printed.voltage), MarkFor(page.explained, fact)});
+        knees.push_back(
+            {FromPage(fact.printed.voltage), doubts.MarkFor(fact, page.tables[1].rows.size())});
         knees.push_back(cell(fact.printed.current));
         knees.push_back({WithoutEnd(SmoothText(fact), QStringLiteral(" V"))});
+        knees.push_back(cell(fact.smooth && !fact.range
+                                 ? Picture(fact.smooth->at.current, kPointPicture)
+                                 : std::string()));
     }
     page.tables[1].rows.push_back(std::move(knees));
 }
@@ -102,12 +178,12 @@ void AddCurve(Certificate& page, const QString& name, const RecordTest& test,
 }
 
 // A record's name is in front of a test's number where there are several headers.
-void AddTest(Certificate& page, const CertifiedTest& one, bool named,
+void AddTest(Certificate& page, Doubts& doubts, const CertifiedTest& one, bool named,
              std::optional<KneeRule> marked) {
     const RecordTest& test = *one.test;
     QString name = FromPage(test.testNumber);
     if (named) name.prepend(FromPage(one.record->name) + QLatin1Char(' '));
-    AddRows(page, name, test);
+    AddRows(page, doubts, name, test);
     QString curve = QStringLiteral("Test ") + FromPage(test.testNumber);
     if (named) curve.prepend(FromPage(one.record->name) + QLatin1Char(' '));
     AddCurve(page, curve, test, marked);
@@ -130,8 +206,10 @@ Certificate CertificateOf(std::span<const CertifiedTest> tests, std::optional<Kn
         headers.push_back(&header);
         page.headers.push_back(FieldsOf(*one.record, header));
     }
+    Doubts doubts;
     for (const CertifiedTest& one : tests)
-        AddTest(page, one, records.size() > 1, marked);
+        AddTest(page, doubts, one, records.size() > 1, marked);
+    page.explained = doubts.Explained(page.tables[1]);
     QStringList names;
     for (const RecordFacts* record : records) {
         names += FromPage(record->name);

@@ -18,10 +18,10 @@ constexpr double kLegendRow = 4.4;
 constexpr double kLegendLine = 9;
 constexpr std::size_t kMostInLegend = 40;
 constexpr std::size_t kMostWithMarkers = 10;
-constexpr double kLeft = 17;
-constexpr double kRight = 4;
-constexpr double kTop = 3;
-constexpr double kBelow = 13;
+constexpr double kLeft = 13;
+constexpr double kTop = 2;
+constexpr double kBelow = kChartAround.height() - kTop;
+constexpr double kNames = 9.2;  // of the axis across and of the mark, below the frame
 
 // The outline of a marker: a many-sided figure, or a diamond with four corners.
 std::vector<QPointF> OutlineAt(QPointF at, double radius, int corners) {
@@ -38,19 +38,18 @@ class ChartWriter {
   public:
     ChartWriter(const std::vector<ChartCurve>& curves, QSizeF size) : curves_(curves) {
         drawing_.size = size;
-        double widest = curves.size() > 1 ? 0 : WidthOf(KneeLegend(), kTextSize);
         for (const ChartCurve& curve : curves)
-            widest = std::max(widest, WidthOf(curve.name, kTextSize));
-        legendWidth_ = widest + kLegendLine + 5;
-        const double wide = size.width() - kLeft - kRight;
-        inRow_ = std::max(1, static_cast<int>(wide / legendWidth_));
-        // The last entry may be wider than the others.
-        const double last = WidthOf(KneeLegend(), kTextSize) + kLegendLine + 5;
-        const int entries =
-            static_cast<int>(LegendCurves()) +
-            (KneeLegend().isEmpty() ? 0 : static_cast<int>(std::ceil(last / legendWidth_)));
-        const int rows = curves.size() == 1 && entries < 2 ? 0 : (entries + inRow_ - 1) / inRow_;
-        area_ = QRectF(kLeft, kTop, wide, size.height() - kTop - kBelow - rows * kLegendRow);
+            legendWidth_ = std::max(legendWidth_, WidthOf(curve.name, kTextSize));
+        legendWidth_ += kLegendLine + 5;
+        const double wide = size.width() - kChartAround.width();
+        inRow_ = std::max<std::size_t>(1, static_cast<std::size_t>(wide / legendWidth_));
+        const auto entries = static_cast<double>(LegendCurves());
+        // A short one is beside the axis's name.
+        const bool isShort = entries * legendWidth_ < wide / 2 - 16;
+        const double high =
+            isShort ? 0 : kLegendRow * std::ceil(entries / static_cast<double>(inRow_));
+        area_ = QRectF(kLeft, kTop, wide, size.height() - kChartAround.height() - high);
+        legendTop_ = area_.bottom() + (isShort ? kNames - 1 : kBelow + 2);
         TakeSpans();
     }
 
@@ -73,7 +72,9 @@ class ChartWriter {
   private:
     // Nobody follows one of so many by its colour.
     bool IsCrowded() const { return curves_.size() > kMostInLegend; }
-    std::size_t LegendCurves() const { return IsCrowded() ? 0 : curves_.size(); }
+    std::size_t LegendCurves() const {
+        return curves_.size() == 1 || IsCrowded() ? 0 : curves_.size();
+    }
     QString KneeLegend() const {
         for (const ChartCurve& curve : curves_) {
             if (!curve.knees.empty())
@@ -140,10 +141,10 @@ class ChartWriter {
             }
         }
         if (across) {
-            Text({area_.center().x(), area_.bottom() + 8.6}, QStringLiteral("Current in amperes"),
-                 Anchor::Middle, true);
+            Text({area_.center().x(), area_.bottom() + kNames},
+                 QStringLiteral("Current in amperes"), Anchor::Middle, true);
         } else {
-            Text({4, area_.center().y()}, QStringLiteral("Voltage in volts"), Anchor::Middle, true,
+            Text({3, area_.center().y()}, QStringLiteral("Voltage in volts"), Anchor::Middle, true,
                  true);
         }
     }
@@ -178,28 +179,22 @@ class ChartWriter {
     }
 
     void DrawLegend() {
-        const double top = area_.bottom() + kBelow - 1;
-        int entry = 0;
-        const auto place = [&] {
-            const int row = entry / inRow_;
-            const int column = entry++ % inRow_;
-            return QPointF(area_.left() + column * legendWidth_, top + row * kLegendRow);
-        };
-        const QPointF name(kLegendLine + 1, 1);
-        if (curves_.size() > 1) {
-            for (std::size_t i = 0; i < LegendCurves(); ++i) {
-                const QPointF at = place();
-                Line({at, at + QPointF(kLegendLine, 0)}, InkOf(i), 0.6, DashOf(i));
-                Text(at + name, curves_[i].name, Anchor::Start);
-            }
+        const double names = area_.bottom() + kNames;
+        if (IsCrowded())
+            Text({area_.left(), names},
+                 QStringLiteral("%1 curves: too many for a legend").arg(curves_.size()),
+                 Anchor::Start);
+        if (!KneeLegend().isEmpty()) {
+            const double left = area_.right() - WidthOf(KneeLegend(), kTextSize);
+            Line(OutlineAt({left - 3.5, names - 1}, 1.6, 4), kMarkInk, 0.5);
+            Text({area_.right(), names}, KneeLegend(), Anchor::End);
         }
-        if (KneeLegend().isEmpty()) return;
-        // Not cut off at the end of a row.
-        const double wide = WidthOf(KneeLegend(), kTextSize) + kLegendLine;
-        if (entry % inRow_ * legendWidth_ + wide > area_.width()) entry += inRow_ - entry % inRow_;
-        const QPointF at = place();
-        Line(OutlineAt(at + QPointF(kLegendLine / 2, 0), 1.6, 4), kMarkInk, 0.5);
-        Text(at + name, KneeLegend(), Anchor::Start);
+        for (std::size_t i = 0; i < LegendCurves(); ++i) {
+            const QPointF at(area_.left() + static_cast<double>(i % inRow_) * legendWidth_,
+                             legendTop_ + static_cast<double>(i / inRow_) * kLegendRow);
+            Line({at, at + QPointF(kLegendLine, 0)}, InkOf(i), 0.6, DashOf(i));
+            Text(at + QPointF(kLegendLine + 1, 1), curves_[i].name, Anchor::Start);
+        }
     }
 
     const std::vector<ChartCurve>& curves_;
@@ -208,7 +203,8 @@ class ChartWriter {
     LogSpan across_;
     LogSpan up_;
     double legendWidth_ = 0;
-    int inRow_ = 1;
+    double legendTop_ = 0;
+    std::size_t inRow_ = 1;
 };
 
 }  // namespace

@@ -15,7 +15,6 @@ constexpr std::array<int, 95> kWidths = {
     667, 611, 278, 278, 278, 469, 556, 333, 556, 556, 500, 556, 556, 278,  556, 556, 222, 222, 500,
     222, 833, 556, 556, 556, 556, 333, 500, 278, 556, 500, 722, 500, 500,  500, 334, 260, 334, 584};
 constexpr int kOtherWidth = 722;
-constexpr double kBoldGrowth = 1.08;
 
 constexpr std::array<std::uint32_t, kInks> kColours = {
     0x16202a, 0x4a5a68, 0x8a98a4, 0xdde3e8, 0xb3141e, 0x1a2f42, 0x0060a8, 0xc24a00,
@@ -68,29 +67,14 @@ std::uint32_t PaperColour(int ink) {
     return kColours.at(static_cast<std::size_t>(ink));
 }
 
-double WidthOf(const QString& text, double points, bool bold) {
+double WidthOf(const QString& text, double points) {
     double width = 0;
     for (const QChar c : text) {
         const int place = c.unicode() - ' ';
         const bool known = place >= 0 && place < static_cast<int>(kWidths.size());
         width += known ? kWidths.at(static_cast<std::size_t>(place)) : kOtherWidth;
     }
-    return width / 1000 * points * kMillimetresPerPoint * (bold ? kBoldGrowth : 1);
-}
-
-QStringList WrappedTo(const QString& text, double width, double points) {
-    QStringList lines;
-    QString rest = text;
-    while (WidthOf(rest, points) > width && rest.size() > 1) {
-        qsizetype fits = 1;
-        while (fits < rest.size() && WidthOf(rest.left(fits + 1), points) <= width)
-            ++fits;
-        const qsizetype blank = rest.lastIndexOf(QLatin1Char(' '), fits);
-        const qsizetype cut = blank > 0 ? blank : fits;
-        lines += rest.left(cut);
-        rest = rest.mid(blank > 0 ? cut + 1 : cut);
-    }
-    return lines << rest;
+    return width / 1000 * points * kMillimetresPerPoint;
 }
 
 QString SvgOf(const Drawing& drawing, const QString& title) {
@@ -104,6 +88,16 @@ QString SvgOf(const Drawing& drawing, const QString& title) {
     for (const DrawnText& text : drawing.texts)
         svg += SvgText(text);
     return svg + QStringLiteral("</svg>\n");
+}
+
+QString InkRules() {
+    QString rules;
+    for (int i = 0; i < kInks; ++i) {
+        rules +=
+            QStringLiteral("svg .i%1{stroke:var(--i%1)}svg text.i%1,svg .f.i%1{fill:var(--i%1)}\n")
+                .arg(i);
+    }
+    return rules;
 }
 
 }  // namespace davo

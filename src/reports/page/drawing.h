@@ -4,7 +4,6 @@
 #include <QPointF>
 #include <QSizeF>
 #include <QString>
-#include <QStringList>
 #include <cstdint>
 #include <vector>
 
@@ -50,12 +49,11 @@ struct Drawing {
 inline constexpr double kMillimetresPerPoint = 25.4 / 72;
 
 // About as wide as text is in Arial or a font of its widths, in mm.
-double WidthOf(const QString& text, double points, bool bold = false);
+double WidthOf(const QString& text, double points);
 
-// text in lines that are not wider than width (mm), one at least; cut between words where it can.
-QStringList WrappedTo(const QString& text, double width, double points);
-
-// The drawing as SVG for the inside of a page; colours are those of the classes "i0", "i1" ...
+// The drawing as SVG for the inside of a page whose style has InkRules: its colours are the page's
+// variables "--i0", "--i1" ...
 QString SvgOf(const Drawing& drawing, const QString& title);
+QString InkRules();
 
 }  // namespace davo

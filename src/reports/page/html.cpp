@@ -2,167 +2,233 @@
 #include "reports/page/html.h"
 
 #include <QFile>
+#include <QRegularExpression>
+#include <algorithm>
 
 #include "reports/page/chart.h"
 
-// Outside the namespace, because it names a function that the resource compiler makes there.
-static void LoadStyle() {
+// Outside the namespace, because they name functions that the resource compiler makes there.
+static void LoadParts() {
     Q_INIT_RESOURCE(certificate);
+    Q_INIT_RESOURCE(letterhead);
 }
 
 namespace davo {
 
 namespace {
 
-using Kind = PagePart::Kind;
-
 // On a dark screen: the inks of paper in the same order, each 4.5 to 1 at least where it is read.
 constexpr const char* kDarkInks[kInks] = {
     "#eceff2", "#b4c0ca", "#75828e", "#343d46", "#ff8a80", "#a9cbe8", "#6db8ff", "#ff9a5c",
     "#4fd0a5", "#e08cd9", "#d6bf4a", "#ff7d98", "#4fcbdc", "#a3a3ff", "#a6d04a", "#e2a27e"};
 
-QString Style() {
-    LoadStyle();
-    QFile file(QStringLiteral(":/davo/page/certificate.css"));
-    if (!file.open(QIODevice::ReadOnly)) return {};
-    return QString::fromUtf8(file.readAll());
-}
-
 QString Inks() {
     QString light = QStringLiteral(":root{--paper:#ffffff;");
     QString dark =
         QStringLiteral("@media screen and (prefers-color-scheme:dark){:root{--paper:#15191e;");
-    QString rules;
     for (int i = 0; i < kInks; ++i) {
         light += QStringLiteral("--i%1:#%2;").arg(i).arg(PaperColour(i), 6, 16, QLatin1Char('0'));
         dark += QStringLiteral("--i%1:%2;").arg(i).arg(QLatin1String(kDarkInks[i]));
-        rules +=
-            QStringLiteral("svg .i%1{stroke:var(--i%1)}svg text.i%1,svg .f.i%1{fill:var(--i%1)}\n")
-                .arg(i);
     }
-    return light + QStringLiteral("}\n") + rules + dark + QStringLiteral("}}\n");
+    return light + QStringLiteral("}\n") + dark + QStringLiteral("}}\n");
 }
 
-QString Escaped(const QString& text) {
-    return text.toHtmlEscaped();
+// <name class="style">inside</name>
+QString Element(const char* name, const char* style, const QString& inside) {
+    const QString classes =
+        *style ? QStringLiteral(" class=\"%1\"").arg(QLatin1String(style)) : QString();
+    return QStringLiteral("<%1%2>%3</%1>").arg(QLatin1String(name), classes, inside);
+}
+
+QString Row(const QString& cells) {
+    return QStringLiteral("<tr>%1</tr>\n").arg(cells);
+}
+
+QString Table(const char* style, const QString& rows) {
+    return Element("table", style, QLatin1Char('\n') + rows) + QLatin1Char('\n');
 }
 
 QString HeaderHtml(const std::vector<CertificateField>& fields) {
-    QString html = QStringLiteral("<div class=\"head\">\n<dl>\n");
+    QString rows;
+    QString row;
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        if (i == (fields.size() + 1) / 2) html += QStringLiteral("</dl>\n<dl>\n");
-        html += QStringLiteral("<dt>%1</dt><dd>%2</dd>\n")
-                    .arg(Escaped(fields[i].caption), Escaped(fields[i].text));
+        row += Element("th", "", fields[i].caption.toHtmlEscaped()) +
+               Element("td", "", fields[i].text.toHtmlEscaped());
+        if (i % 2 == 0 && i + 1 < fields.size()) continue;
+        rows += Row(row);
+        row.clear();
     }
-    return html + QStringLiteral("</dl>\n</div>\n");
+    return Table("head", rows);
+}
+
+// Whether a group of columns begins, between which and the one before it is some room.
+bool BeginsGroup(const CertificateTable& table, std::size_t column) {
+    const QString& group = table.columns[column].group;
+    return column > 0 && !group.isEmpty() && table.columns[column - 1].group != group;
+}
+
+QString Gap(const char* style) {
+    return Element("td", style, {});
 }
 
 QString HeadsHtml(const CertificateTable& table) {
     QString groups;
     QString heads;
+    std::size_t from = 0;
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const CertificateColumn& column = table.columns[i];
-        heads += QStringLiteral("<th%1>%2</th>")
-                     .arg(column.isNumber ? QStringLiteral(" class=\"n\"") : QString(),
-                          Escaped(column.Caption()));
-        if (i > 0 && !column.group.isEmpty() && table.columns[i - 1].group == column.group)
-            continue;
-        std::size_t end = i + 1;
-        while (!column.group.isEmpty() && end < table.columns.size() &&
-               table.columns[end].group == column.group)
-            ++end;
-        groups += column.group.isEmpty() ? QStringLiteral("<td></td>")
-                                         : QStringLiteral("<th colspan=\"%1\">%2</th>")
-                                               .arg(end - i)
-                                               .arg(Escaped(column.group));
+        if (BeginsGroup(table, i)) {
+            groups += Gap("gap");
+            heads += Gap("heads");
+            from = i;
+        }
+        heads += Element("th",
+                         column.isNumber ? "heads n"
+                         : i > 0         ? "heads w"
+                                         : "heads",
+                         column.Caption().toHtmlEscaped());
+        if (i + 1 < table.columns.size() && table.columns[i + 1].group == column.group) continue;
+        const bool isTitle = column.group.isEmpty();
+        groups += QStringLiteral("<th colspan=\"%1\" class=\"%2\">%3</th>")
+                      .arg(i + 1 - from)
+                      .arg(isTitle ? QStringLiteral("title") : QStringLiteral("group"),
+                           (isTitle ? table.title : column.group).toHtmlEscaped());
     }
-    return QStringLiteral("<thead>\n<tr>%1</tr>\n<tr>%2</tr>\n</thead>\n").arg(groups, heads);
+    return Element("thead", "", Row(groups) + Row(heads));
 }
 
-QString CellHtml(const CertificateTable& table, std::size_t column, const CertificateCell& cell) {
-    QString style;
-    if (table.columns[column].isNumber) {
-        style = QStringLiteral(" class=\"n\"");
-        if (const double room = DecimalRoom(table, column, cell.text); room > 0)
-            style += QStringLiteral(" style=\"padding-right:%1em\"").arg(0.9 + room, 0, 'f', 3);
+// The blanks behind a number that others of its column have decimals in the place of: in the fonts
+// of the page a blank is half as wide as a digit, and as wide as a point.
+QString DecimalRoom(const CertificateTable& table, std::size_t column, const QString& text) {
+    static const QRegularExpression kNumber(QStringLiteral("^(?!0$)-?\\d+(\\.\\d+)?$"));
+    const auto blanks = [](const QString& number) {
+        const qsizetype point = number.indexOf(QLatin1Char('.'));
+        return point < 0 ? 0 : 2 * (number.size() - point - 1) + 1;
+    };
+    if (!table.columns[column].isNumber || !kNumber.match(text).hasMatch()) return {};
+    qsizetype most = 0;
+    for (const auto& row : table.rows) {
+        const QString& other = row[column].text;
+        if (kNumber.match(other).hasMatch()) most = std::max(most, blanks(other));
     }
-    const QString mark = cell.mark > 0 ? QStringLiteral("<sup>%1</sup>").arg(cell.mark) : QString();
-    return QStringLiteral("<td%1>%2%3</td>").arg(style, Escaped(cell.text), mark);
+    return QString(most - blanks(text), QChar::Nbsp);
 }
 
-QString TableHtml(const CertificateTable& table, const PagePart& part, double width) {
-    QString html = QStringLiteral("<h2>%1</h2>\n<div class=\"wide\"><table>\n<colgroup>")
-                       .arg(Escaped(table.title));
-    for (const double one : ColumnWidths(table, width))
-        html += QStringLiteral("<col style=\"width:%1%\">").arg(100 * one / width, 0, 'f', 2);
-    html += QStringLiteral("</colgroup>\n") + HeadsHtml(table) + QStringLiteral("<tbody>\n");
-    for (std::size_t row = part.from; row < part.to; ++row) {
-        html += QStringLiteral("<tr>");
-        for (std::size_t i = 0; i < table.columns.size(); ++i)
-            html += CellHtml(table, i, table.rows[row][i]);
-        html += QStringLiteral("</tr>\n");
+QString RowHtml(const CertificateTable& table, const std::vector<CertificateCell>& row) {
+    QString cells;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        const auto isMarked = [i](const auto& other) { return other[i].mark > 0; };
+        QString text = row[i].text.toHtmlEscaped() + DecimalRoom(table, i, row[i].text);
+        if (row[i].mark > 0) {
+            text += QStringLiteral("<sup>%1</sup>").arg(row[i].mark);
+        } else if (std::any_of(table.rows.begin(), table.rows.end(), isMarked)) {
+            text += QStringLiteral("<sup>\u00a0\u00a0</sup>");
+        }
+        if (BeginsGroup(table, i)) cells += Gap("cell");
+        cells += i == 0 ? Element("th", "cell test", text)
+                        : Element("td", table.columns[i].isNumber ? "cell n" : "cell w", text);
     }
-    return html + QStringLiteral("</tbody>\n</table></div>\n");
+    return Row(cells);
 }
 
-QString ExplainedHtml(const QStringList& lines, const PagePart& part) {
-    QString html = QStringLiteral("<ol start=\"%1\">\n").arg(part.from + 1);
-    for (std::size_t i = part.from; i < part.to; ++i)
-        html += QStringLiteral("<li>%1</li>\n").arg(Escaped(lines.at(static_cast<qsizetype>(i))));
-    return html + QStringLiteral("</ol>\n");
+QString TableHtml(const CertificateTable& table) {
+    if (table.rows.empty()) return {};
+    QString rows;
+    for (const auto& row : table.rows)
+        rows += RowHtml(table, row);
+    const char* const style = table.rows.size() <= kUnbroken ? "results short" : "results";
+    return Table(style, HeadsHtml(table) + Element("tbody", "", rows));
 }
 
-QString PartHtml(const Certificate& page, const PagePart& part, double width) {
-    if (part.kind == Kind::Header) return HeaderHtml(page.headers.at(part.index));
-    if (part.kind == Kind::Table) return TableHtml(page.tables.at(part.index), part, width);
-    if (part.kind == Kind::Explained) return ExplainedHtml(page.explained, part);
-    if (part.kind == Kind::Chart) {
-        const Drawing chart = ChartOf(page.curves, {width, part.height - 2.5});
-        return QStringLiteral("<div class=\"wide\">\n") +
-               SvgOf(chart, QStringLiteral("Excitation curves")) + QStringLiteral("</div>\n");
-    }
-    if (part.kind == Kind::Notes) {
-        const QStringList lines = page.notes.mid(static_cast<qsizetype>(part.from),
-                                                 static_cast<qsizetype>(part.to - part.from));
-        return QStringLiteral("<h2>Notes</h2>\n<div class=\"notes\">%1</div>\n")
-            .arg(Escaped(lines.join(QLatin1Char('\n'))));
-    }
+// Two columns of which the first is narrow.
+QString ListHtml(const QStringList& first, const QStringList& second) {
+    QString rows;
+    for (qsizetype i = 0; i < second.size(); ++i)
+        rows +=
+            Row(Element("th", "", first.value(i)) + Element("td", "", second[i].toHtmlEscaped()));
+    return rows.isEmpty() ? QString() : Table("list", rows);
+}
+
+// As the inside of a string in CSS.
+QString InStyle(const QString& text) {
+    QString safe;
+    for (const QChar c : text)
+        safe += c.isLetterOrNumber() || c == QLatin1Char(' ')
+                    ? QString(c)
+                    : QStringLiteral("\\%1 ").arg(c.unicode(), 0, 16);
+    return safe;
+}
+
+QString PrintedPage(const Certificate& certificate, Paper paper) {
+    const QSizeF size = SizeOf(paper);
     return QStringLiteral(
-               "<div class=\"sign\"><div><b>%1</b><span>Tested by</span></div>"
-               "<div><b>%2</b><span>Date</span></div>"
-               "<div><b>&nbsp;</b><span>Signature</span></div></div>\n")
-        .arg(Escaped(page.tester), Escaped(page.date));
+               "@page{size:%1mm %2mm;margin:%3mm %3mm %4mm;"
+               "font:7.5pt \"Liberation Sans\",Arial,Helvetica,sans-serif;color:#4a5a68;"
+               "@bottom-left{content:\"%5\"}"
+               "@bottom-right{content:\"Page \" counter(page) \" of \" counter(pages)}}\n")
+        .arg(size.width())
+        .arg(size.height())
+        .arg(kPageMargin)
+        .arg(kPageMargin + kFooterHeight)
+        .arg(InStyle(certificate.subject));
 }
 
 }  // namespace
 
+QByteArray PageResource(const char* name) {
+    LoadParts();
+    QFile file(QStringLiteral(":/davo/") + QLatin1String(name));
+    file.open(QIODevice::ReadOnly);  // it is part of the program
+    return file.readAll();
+}
+
+QString AboveChart(const Certificate& certificate, const QString& letterhead) {
+    QString html =
+        Table("top", Row(Element("th", "", Element("h1", "", QLatin1String(kCertificateTitle))) +
+                         Gap("") + Element("td", "", letterhead)));
+    for (const auto& header : certificate.headers)
+        html += HeaderHtml(header);
+    return html;
+}
+
+QString BelowChart(const Certificate& certificate) {
+    QString html;
+    for (const CertificateTable& table : certificate.tables)
+        html += TableHtml(table);
+    QStringList marks;
+    for (qsizetype i = 1; i <= certificate.explained.size(); ++i)
+        marks += QStringLiteral("<sup>%1</sup>").arg(i);
+    html += ListHtml(marks, certificate.explained);
+    html += ListHtml({QStringLiteral("Notes")}, certificate.notes);
+    const QString gap = Gap("");
+    return html +
+           Table("sign",
+                 Row(Element("th", "", certificate.tester.toHtmlEscaped()) + gap +
+                     Element("th", "", certificate.date.toHtmlEscaped()) + gap +
+                     Element("th", "", QStringLiteral("&nbsp;"))) +
+                     Row(QStringLiteral(
+                         "<td>Tested by</td><td></td><td>Date</td><td></td><td>Signature</td>")));
+}
+
 std::string CertificateAsHtml(const Certificate& certificate, Paper paper) {
-    const QSizeF size = SizeOf(paper);
-    const double width = size.width() - 2 * kPageMargin;
-    const QString title = Escaped(certificate.Title());
-    QString html = QStringLiteral(
-                       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-                       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-                       "<title>%1</title>\n<style>\n")
-                       .arg(title) +
-                   QStringLiteral("@page{size:%1mm %2mm;margin:%3mm}:root{--high:%4mm}\n")
-                       .arg(size.width())
-                       .arg(size.height())
-                       .arg(kPageMargin)
-                       .arg(size.height() - 2 * kPageMargin - 0.5) +
-                   Style() + Inks() + QStringLiteral("</style>\n</head>\n<body>\n");
-    const std::vector<PageParts> pages = PagesOf(certificate, paper);
-    for (std::size_t i = 0; i < pages.size(); ++i) {
-        html += QStringLiteral(
-                    "<section>\n<header><h1>%1</h1><div class=\"maker\">DAVO<br>"
-                    "<small>Current-Transformer Test Sets</small></div></header>\n")
-                    .arg(QLatin1String(kCertificateTitle));
-        for (const PagePart& part : pages[i])
-            html += PartHtml(certificate, part, width);
-        html += QStringLiteral("<footer><span>%1</span><span>%2</span></footer>\n</section>\n")
-                    .arg(Escaped(certificate.subject), PageNumberText(i, pages.size()));
-    }
-    return (html + QStringLiteral("</body>\n</html>\n")).toStdString();
+    const QString letterhead =
+        QStringLiteral("<img alt=\"DAVO\" src=\"data:image/png;base64,%1\">")
+            .arg(QLatin1String(PageResource("report/letterhead.png").toBase64()));
+    QString html =
+        QStringLiteral(
+            "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+            "<title>%1</title>\n<style>\n")
+            .arg(certificate.Title().toHtmlEscaped()) +
+        PrintedPage(certificate, paper) + QString::fromUtf8(PageResource("page/certificate.css")) +
+        Inks() + InkRules() + QString::fromUtf8(PageResource("page/browser.css")) +
+        QStringLiteral("</style>\n</head>\n<body>\n") + AboveChart(certificate, letterhead);
+    if (!certificate.curves.empty())
+        html +=
+            Element("div", "chart",
+                    SvgOf(ChartOf(certificate.curves, ChartSize(paper, certificate.curves.size())),
+                          QStringLiteral("Excitation curves")));
+    return (html + BelowChart(certificate) + QStringLiteral("</body>\n</html>\n")).toStdString();
 }
 
 }  // namespace davo

@@ -3,7 +3,8 @@
 
 #include <QString>
 
-#include "reports/page/layout.h"
+#include "reports/page/certificate.h"
+#include "reports/page/paper.h"
 
 namespace davo {
 

@@ -6,7 +6,8 @@
 #include "common/files.h"
 #include "reports/page/html.h"
 #include "reports/page/pdf.h"
-#include "tests/support/record_text.h"
+#include "reports/record_texts.h"
+#include "tests/curves/panel_records.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
 #include "tests/support/thrown.h"
@@ -19,24 +20,6 @@ namespace {
 
 Certificate CertificateOfText(const std::string& bytes) {
     return CertificateOf(ParseRecordFacts(bytes, "T0012"), KneeRule::Ieee30);
-}
-
-std::size_t PagesOfTests(int count, Paper paper) {
-    return PagesOf(CertificateOfText(FileText(count)), paper).size();
-}
-
-// Every row and sentence is on one page, in order.
-std::size_t RowsOnPages(const std::vector<PageParts>& pages, PagePart::Kind kind,
-                        std::size_t index) {
-    std::size_t next = 0;
-    for (const PageParts& parts : pages) {
-        for (const PagePart& part : parts) {
-            if (part.kind != kind || part.index != index) continue;
-            EXPECT_EQ(part.from, next);
-            next = part.to;
-        }
-    }
-    return next;
 }
 
 TEST(Certificate, HasTheTextsOfItsRecord) {
@@ -65,8 +48,24 @@ TEST(Certificate, OfARecordWithoutTestsNamesItAndSaysSo) {
     ASSERT_EQ(page.headers.size(), 1U);
     EXPECT_EQ(page.headers[0].at(3).text, u"Hilltop"_s);
     EXPECT_EQ(page.notes, (QStringList{u"There is no test in it."_s, u"free, text"_s}));
-    EXPECT_EQ(PagesOf(page, Paper::A4).size(), 1U);
     EXPECT_THAT(CertificateAsHtml(page, Paper::A4), HasSubstr("There is no test in it."));
+}
+
+TEST(Certificate, HasTheCurrentOfTheSmoothKneepointBesideItsVoltage) {
+    RecordParts parts;
+    parts.points = SmoothCurve(150);
+    const RecordFacts record = ParseRecordFacts(HeaderText() + RecordText(parts), "T0012");
+    const KneeFact& fact = FactOf(record.tests.at(0), KneeRule::Ieee30);
+    ASSERT_TRUE(fact.smooth);
+    const Certificate page = CertificateOf(record, {});
+    const auto& columns = page.tables[1].columns;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].group != u"IEEE 30"_s || columns[i].heading != u"Smooth A"_s) continue;
+        EXPECT_NEAR(page.tables[1].rows.at(0)[i].text.toDouble(), fact.smooth->at.current, 1e-9);
+        EXPECT_EQ(page.tables[1].rows.at(0)[i - 1].text + u" V"_s, SmoothText(fact));
+        return;
+    }
+    FAIL();
 }
 
 TEST(Certificate, SaysADoubtOnce) {
@@ -81,63 +80,59 @@ TEST(Certificate, SaysADoubtOnce) {
               QSet<QString>(page.explained.begin(), page.explained.end()).size());
 }
 
+// A session of equal tests but for their voltages, which are in the doubts' sentences.
+TEST(Certificate, SaysDoubtsThatDifferInNumbersOnceWithTheirTests) {
+    std::string text = HeaderText();
+    for (int i = 1; i <= 10; ++i) {
+        RecordParts parts;
+        parts.number = " " + std::to_string(i);
+        parts.points = SmoothCurve(60 * i + 90);
+        if (i == 5) parts.points.resize(3);
+        text += RecordText(parts);
+    }
+    const Certificate page = CertificateOfText(text);
+    EXPECT_LE(page.explained.size(), 3);
+    EXPECT_THAT(page.explained.join(u'\n').toStdString(), HasSubstr("(Test 1 to 4, 6 to 10)"));
+    EXPECT_THAT(page.explained.join(u'\n').toStdString(), HasSubstr("(Test 5)"));
+    for (const auto& row : page.tables[1].rows) {
+        for (const CertificateCell& cell : row)
+            EXPECT_LE(cell.mark, page.explained.size());
+    }
+}
+
+TEST(Certificate, LeavesOutTheNumbersInWhichDoubtsDiffer) {
+    std::string text = HeaderText();
+    for (const char* fallen : {"35.1", "35.2"}) {
+        RecordParts parts;
+        parts.points = KneeCurve();
+        parts.points[5].second = fallen;
+        text += RecordText(parts);
+    }
+    const Certificate page = CertificateOfText(text);
+    EXPECT_THAT(page.explained.join(u'\n').toStdString(),
+                HasSubstr("From point 5 (37.0 V, 0.1500 A) to point 6 (\u2026 V, 0.6000 A)"));
+}
+
 TEST(Certificate, OfRatioTestsHasNoKneepointsAndNoCurves) {
     RecordParts parts;
     parts.points = {};
     const Certificate page = CertificateOfText(HeaderText() + RecordText(parts));
     EXPECT_TRUE(page.tables[1].rows.empty());
     EXPECT_TRUE(page.curves.empty());
-    const std::vector<PageParts> pages = PagesOf(page, Paper::A4);
-    for (const PagePart& part : pages.at(0))
-        EXPECT_NE(part.kind, PagePart::Kind::Chart);
 }
 
-TEST(Certificate, NumbersAreAlignedByTheirPoint) {
-    CertificateTable table{{}, {{{}, u"Ratio"_s, {}, true}}, {{{u"240"_s}}, {{u"1.25"_s}}}};
-    EXPECT_NEAR(DecimalRoom(table, 0, u"240"_s), 2 * 0.556 + 0.278, 1e-9);
-    EXPECT_NEAR(DecimalRoom(table, 0, u"1.5"_s), 0.556, 1e-9);
-    EXPECT_EQ(DecimalRoom(table, 0, u"1.25"_s), 0);
-    EXPECT_EQ(DecimalRoom(table, 0, u"N/A"_s), 0);
-}
-
-TEST(CertificatePages, OneTestIsOnOnePageAndTenAreOnThreeAtMost) {
-    for (const Paper paper : {Paper::A4, Paper::Letter}) {
-        EXPECT_EQ(PagesOfTests(1, paper), 1U);
-        EXPECT_LE(PagesOfTests(10, paper), 3U);
+TEST(CertificateHtml, HasNumbersAlignedByTheirPoint) {
+    std::string text = HeaderText();
+    for (const char* ratio : {"240", "1.5", "1.25", "N/A"}) {
+        RecordParts parts;
+        parts.measuredRatio = ratio;
+        text += RecordText(parts);
     }
-}
-
-TEST(CertificatePages, HaveEveryRowOnceAndTheChartOnTheFirst) {
-    for (const Paper paper : {Paper::A4, Paper::Letter}) {
-        for (const int count : {1, 3, 10, 31, 100}) {
-            std::string notes = "NOTES:\r\n";
-            for (int i = 0; i < 5 * count; ++i)
-                notes += "a line\r\n";
-            const Certificate page = CertificateOfText(FileText(count) + notes);
-            const std::vector<PageParts> pages = PagesOf(page, paper);
-            EXPECT_EQ(RowsOnPages(pages, PagePart::Kind::Table, 0), page.tables[0].rows.size());
-            EXPECT_EQ(RowsOnPages(pages, PagePart::Kind::Table, 1), page.tables[1].rows.size());
-            EXPECT_EQ(RowsOnPages(pages, PagePart::Kind::Explained, 0),
-                      static_cast<std::size_t>(page.explained.size()));
-            EXPECT_EQ(RowsOnPages(pages, PagePart::Kind::Notes, 0),
-                      static_cast<std::size_t>(page.notes.size()));
-            double chart = 0;
-            for (std::size_t i = 0; i < pages.size(); ++i) {
-                double height = 0;
-                for (const PagePart& part : pages[i]) {
-                    height += part.height;
-                    if (part.kind == PagePart::Kind::Chart) {
-                        EXPECT_EQ(i, 0U);
-                        EXPECT_EQ(chart, 0);
-                        chart = part.height;
-                    }
-                }
-                EXPECT_LE(height, SizeOf(paper).height() - 2 * kPageMargin);
-            }
-            const QSizeF size = SizeOf(paper);
-            EXPECT_GE(chart * (size.width() - 2 * kPageMargin), 0.4 * size.width() * size.height());
-        }
-    }
+    // A blank is half as wide as a digit.
+    const std::string html = CertificateAsHtml(CertificateOfText(text), Paper::A4);
+    for (const char* cell :
+         {">240\u00a0\u00a0\u00a0\u00a0\u00a0<", ">1.5\u00a0\u00a0<", ">1.25<", ">N/A<"})
+        EXPECT_THAT(html, HasSubstr(cell));
 }
 
 TEST(CertificatePages, AreOnThePaperOfTheCountry) {

@@ -9,6 +9,7 @@
 #include "common/files.h"
 #include "reports/page/html.h"
 #include "reports/page/pdf.h"
+#include "reports/record_csv.h"
 #include "reports/report_writer.h"
 #include "reports/xlsx/renderer.h"
 #include "tests/curves/panel_records.h"
@@ -48,16 +49,19 @@ void WriteAll(const QString& folder, const std::string& name, const std::string&
     const std::string bytes = HeaderText(name, "K\xF6ln <&\"'>") + tests;
     const QString path = folder + QLatin1Char('/') + QString::fromStdString(name);
     ReplaceFile(path + QStringLiteral(".txt"), bytes);
-    const Certificate certificate = CertificateOf(ParseRecordFacts(bytes, name), KneeRule::Ieee30);
+    const RecordFacts record = ParseRecordFacts(bytes, name);
+    ReplaceFile(path + QStringLiteral(".csv"), RecordsAsCsv({record}));
+    const Certificate certificate = CertificateOf(record, KneeRule::Ieee30);
     for (const Paper paper : {Paper::A4, Paper::Letter}) {
         const QString size = paper == Paper::A4 ? QString() : QStringLiteral("-letter");
         WriteCertificatePdf(certificate, paper, path + size + QStringLiteral(".pdf"));
         ReplaceFile(path + size + QStringLiteral(".html"), CertificateAsHtml(certificate, paper));
     }
+    constexpr std::size_t kMostInWorkbook = 31;
+    if (tests.empty() || record.tests.size() > kMostInWorkbook) return;
     const ReportTables tables = ParseReportTables(bytes, name, RecordSource::RecordFile);
-    if (tables.TestCount() <= 31)
-        XlsxRenderer().Render(BuildReport(tables, {"IEEE 30 Degree Marker", true}), {},
-                              path + QStringLiteral(".xlsx"), {}, {});
+    XlsxRenderer().Render(BuildReport(tables, {"IEEE 30 Degree Marker", true}), {},
+                          path + QStringLiteral(".xlsx"), {}, {});
 }
 
 void WriteRecords(const QString& folder) {
@@ -68,11 +72,8 @@ void WriteRecords(const QString& folder) {
     for (int i = 1; i <= 150; ++i)
         notes += "Line " + std::to_string(i) + " of <long> & \"quoted\" notes \xFC\r\n";
     WriteAll(folder, "NOTES", Tests(1) + notes);
-    const std::string hundred = HeaderText("T100") + Tests(100);
-    const Certificate certificate =
-        CertificateOf(ParseRecordFacts(hundred, "T100"), KneeRule::Ieee30);
-    WriteCertificatePdf(certificate, Paper::A4, folder + QStringLiteral("/T100.pdf"));
-    ReplaceFile(folder + QStringLiteral("/T100.html"), CertificateAsHtml(certificate, Paper::A4));
+    WriteAll(folder, "T100", Tests(100));
+    WriteAll(folder, "EMPTY", {});
 }
 
 }  // namespace
