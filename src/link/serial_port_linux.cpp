@@ -194,7 +194,12 @@ class QtSerialPort : public SerialPort {
         }
         // Text that Input took between the event loop's look and QSerialPort's read leaves that
         // read without any, which QSerialPort takes for the device's end: so the device is asked.
-        if (error == QSerialPort::WriteError || Gone()) PostLost(port_.errorString());
+        // QSerialPort has stopped reading then; asked for more than it holds, it begins again.
+        if (error == QSerialPort::WriteError || Gone()) {
+            PostLost(port_.errorString());
+        } else {
+            port_.peek(port_.bytesAvailable() + 1);
+        }
     }
 
     void PostLost(const QString& reason) {
