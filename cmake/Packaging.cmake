@@ -9,7 +9,7 @@ set(debian "${CMAKE_SOURCE_DIR}/packaging/debian")
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-install(TARGETS davo davo-report davo-instrument RUNTIME DESTINATION bin)
+install(TARGETS davo davo-report davo-instrument davo-line RUNTIME DESTINATION bin)
 if(TARGET davo_reports_calc)
   # A module that only the program loads: it is nobody's library and nothing runs it.
   install(TARGETS davo_reports_calc LIBRARY DESTINATION lib/davo
@@ -29,11 +29,11 @@ install(FILES "${debian}/lintian-overrides" DESTINATION share/lintian/overrides 
 
 # Without the time of packing in them: the same sources make the same files.
 set(packed)
-foreach(name davo.1 davo-report.1 davo-instrument.1)
+foreach(name davo.1 davo-report.1 davo-instrument.1 davo-line.1)
   configure_file("${debian}/${name}.in" "${CMAKE_BINARY_DIR}/packed/${name}" @ONLY)
 endforeach()
 configure_file("${debian}/changelog" "${CMAKE_BINARY_DIR}/packed/changelog" COPYONLY)
-foreach(name davo.1 davo-report.1 davo-instrument.1 changelog)
+foreach(name davo.1 davo-report.1 davo-instrument.1 davo-line.1 changelog)
   set(file "${CMAKE_BINARY_DIR}/packed/${name}")
   add_custom_command(OUTPUT "${file}.gz"
     COMMAND gzip -9nc "${file}" > "${file}.gz"
@@ -41,7 +41,7 @@ foreach(name davo.1 davo-report.1 davo-instrument.1 changelog)
   list(APPEND packed "${file}.gz")
 endforeach()
 install(FILES "${CMAKE_BINARY_DIR}/packed/davo.1.gz" "${CMAKE_BINARY_DIR}/packed/davo-report.1.gz"
-  "${CMAKE_BINARY_DIR}/packed/davo-instrument.1.gz"
+  "${CMAKE_BINARY_DIR}/packed/davo-instrument.1.gz" "${CMAKE_BINARY_DIR}/packed/davo-line.1.gz"
   DESTINATION share/man/man1)
 install(FILES "${debian}/davo-report.bash"
   DESTINATION share/bash-completion/completions RENAME davo-report)
@@ -50,7 +50,7 @@ install(FILES "${CMAKE_BINARY_DIR}/packed/changelog.gz" DESTINATION share/doc/da
 # All that is installed, and nothing else: packing builds no more than this.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 add_custom_target(davo_shipped DEPENDS ${packed})
-add_dependencies(davo_shipped davo davo-report davo-instrument davo_guide)
+add_dependencies(davo_shipped davo davo-report davo-instrument davo-line davo_guide)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME davo)

@@ -36,7 +36,7 @@ foreach(plugin IN LISTS plugins ITEMS platforms/qoffscreen.dll)
   file(COPY "${DAVO_WINDOWS_LIBRARIES}/plugins/${plugin}" DESTINATION "${CMAKE_BINARY_DIR}/plugins/${kind}")
 endforeach()
 
-install(TARGETS davo davo-report RUNTIME DESTINATION . COMPONENT windows)
+install(TARGETS davo davo-report davo-line RUNTIME DESTINATION . COMPONENT windows)
 install(FILES ${libraries} DESTINATION . COMPONENT windows)
 foreach(plugin IN LISTS plugins)
   get_filename_component(kind "${plugin}" DIRECTORY)

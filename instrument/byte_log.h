@@ -20,6 +20,9 @@ class ByteLog {
     void ToPc(std::string_view bytes, Micros at) { Write('>', bytes, at, toPc_); }
     void FromPc(std::string_view bytes, Micros at) { Write('<', bytes, at, fromPc_); }
 
+    // Whether the file has all of it; a log in memory always has.
+    bool IsWhole() const { return !file_.is_open() || file_.good(); }
+
     const std::string& AllToPc() const { return toPc_; }
     const std::string& AllFromPc() const { return fromPc_; }
 

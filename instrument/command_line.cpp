@@ -66,6 +66,16 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::uin
              if (fault) line.options.faults.push_back(*fault);
              return fault.has_value();
          }},
+        {"--replay",
+         [&](const std::string& text) {
+             line.replayPath = text;
+             return !text.empty();
+         }},
+        {"--check",
+         [&](const std::string& text) {
+             line.checkPath = text;
+             return !text.empty();
+         }},
         {"--log",
          [&](const std::string& text) {
              line.options.logPath = text;
@@ -93,7 +103,8 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::uin
         }
         if (!line.error.empty()) return line;
     }
-    if (line.options.linkPath.empty() && !line.help) line.error = "--link is missing";
+    if (line.options.linkPath.empty() && line.checkPath.empty() && !line.help)
+        line.error = "--link is missing";
     conversation.memory = MakeMemory(memory, conversation.seed);
     return line;
 }
@@ -111,6 +122,11 @@ std::string Usage() {
            "                          wrong-lengths:n, unplugged:n, cut:k, stall:k,ms, double:k,\n"
            "                          flip:k,bit (may be given several times)\n"
            "  --log FILE              every byte with its direction and time\n"
+           "  --replay LOG            answers as a log has it, of --log or davo-line, and ends at "
+           "the first\n"
+           "                          byte of the program that departs from it\n"
+           "  --check LOG             needs no --link: what a log has that the program does not "
+           "expect\n"
            "  --model TEXT            what it says it is (DAVO-E R3.15)\n"
            "  --memory N              records in its memory, 0 to 999 (12)\n"
            "  --readings-per-second R during a test, 0.1 to 50 (4)\n"

@@ -13,7 +13,9 @@ struct CommandLine {
     InstrumentOptions options;
     bool dieWithParent = false;
     bool help = false;
-    std::string error;  // what is wrong, in words; empty when all is well
+    std::string replayPath;  // a log to answer as; empty: none
+    std::string checkPath;   // a log to hold against the protocol; empty: none
+    std::string error;       // what is wrong, in words; empty when all is well
 };
 
 // How short the pauses are with --quick.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <sys/prctl.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -8,30 +7,36 @@
 #include <random>
 
 #include "instrument/command_line.h"
+#include "instrument/log_check.h"
+#include "instrument/replay_device.h"
+#include "instrument/stop_signals.h"
 
 using namespace davo::instrument;
 
 namespace {
 
-// Signals that end the program are read from a descriptor, so that the loop ends between two bytes
-// and the link is taken away.
-int StopDescriptor() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGHUP);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+int CheckOf(const std::string& path) {
+    const LogReport report = CheckLog(ReadConversationLog(path));
+    std::cout << report.Text();
+    return report.departures.empty() ? 0 : 1;
 }
 
 int RunProgram(const CommandLine& line) {
+    if (!line.checkPath.empty()) return CheckOf(line.checkPath);
     const int stop = StopDescriptor();
     if (line.dieWithParent) {
         const pid_t parent = getppid();
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         // A parent that ended before the call sends no signal.
         if (getppid() != parent || parent == 1) return 0;
+    }
+    if (!line.replayPath.empty()) {
+        ReplayDevice device(ReadConversationLog(line.replayPath), line.options.linkPath);
+        std::cout << "ready " << line.options.linkPath << std::endl;
+        device.Run(stop);
+        close(stop);
+        std::cout << device.State() << std::endl;
+        return device.IsWhole() ? 0 : 1;
     }
     Instrument instrument(line.options);
     std::cout << "ready " << line.options.linkPath << " seed " << line.options.conversation.seed

@@ -49,6 +49,7 @@ SectionEnd
 Section "un.Remove"
   Delete "$INSTDIR\davo.exe"
   Delete "$INSTDIR\davo-report.exe"
+  Delete "$INSTDIR\davo-line.exe"
   Delete "$INSTDIR\*.dll"
   Delete "$INSTDIR\DAVO_Header.xls"
   Delete "$INSTDIR\read-me.txt"

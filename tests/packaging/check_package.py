@@ -12,7 +12,8 @@ import tempfile
 
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 ICON_SIZES = (16, 24, 32, 48, 64, 128, 256)
-PROGRAMS = ("usr/bin/davo", "usr/bin/davo-report", "usr/bin/davo-instrument")
+PROGRAMS = ("usr/bin/davo", "usr/bin/davo-report", "usr/bin/davo-instrument",
+            "usr/bin/davo-line")
 COMPLETION = "usr/share/bash-completion/completions/davo-report"
 MODULE = "usr/lib/davo/libdavo_reports_calc.so"
 DESKTOP = "usr/share/applications/davo.desktop"
@@ -35,6 +36,7 @@ FILES = {
     "usr/share/lintian/overrides/davo",
     "usr/share/man/man1/davo.1.gz",
     "usr/share/man/man1/davo-instrument.1.gz",
+    "usr/share/man/man1/davo-line.1.gz",
     "usr/share/man/man1/davo-report.1.gz",
 }
 LIBRARIES = {
@@ -85,7 +87,7 @@ def check_fields(package):
 def check_version(root, version):
     """What is written by hand, and what is shown, has the program's version."""
     shown = version.rpartition(".")[0]
-    for page in ("davo", "davo-report", "davo-instrument"):
+    for page in ("davo", "davo-report", "davo-instrument", "davo-line"):
         text = gzip.decompress((root / f"usr/share/man/man1/{page}.1.gz").read_bytes()).decode()
         expect(f'"DAVO {shown}"' in text.splitlines()[0], f"the manual page of {page} has another version")
     release = re.search(r'<release version="([^"]*)"', (root / METAINFO).read_text("utf-8"))[1]
