@@ -35,7 +35,7 @@ constexpr double kHalfVoltage = 0.05;
 
 void Widen(std::optional<Extremes>& extremes, const Deviation& place) {
     if (!extremes) extremes = {place, place};
-    const auto order = [](const Deviation& of) { return std::pair(of.BeyondSteps(), of.ln); };
+    const auto order = [](const Deviation& of) { return std::pair(of.CertainLn(), of.ln); };
     if (order(place) < order(extremes->lowest)) extremes->lowest = place;
     if (order(place) > order(extremes->highest)) extremes->highest = place;
 }
@@ -60,7 +60,8 @@ ComparedValue CompareLines(const LogLine& measured, const LogLine& reference,
         const double a = measured.At(x);
         const double b = reference.At(x);
         const double steps = 2 * halfX * std::exp(-x) + halfY * (std::exp(-a) + std::exp(-b));
-        const Deviation place{std::exp(x), a - b, steps};
+        const double gaps = measured.OpenAt(x) + reference.OpenAt(x);
+        const Deviation place{std::exp(x), a - b, steps + gaps};
         value.places.push_back(place);
         Widen(all, place);
         if (knee && x <= *knee) Widen(value.below, place);
@@ -102,13 +103,13 @@ double Deviation::Percent() const {
     return PercentOf(ln);
 }
 
-double Deviation::BeyondSteps() const {
-    return std::copysign(std::max(std::abs(ln) - steps, 0.0), ln);
+double Deviation::CertainLn() const {
+    return std::copysign(std::max(std::abs(ln) - open, 0.0), ln);
 }
 
 const Deviation& Extremes::Worst() const {
     const auto size = [](const Deviation& place) {
-        return std::pair(std::abs(PercentOf(place.BeyondSteps())), std::abs(place.Percent()));
+        return std::pair(std::abs(PercentOf(place.CertainLn())), std::abs(place.Percent()));
     };
     return size(lowest) > size(highest) ? lowest : highest;
 }
@@ -150,7 +151,7 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
 
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
     if (comparison.reason != NotCompared::No) return Verdict::None;
-    return VerdictOf(PercentOf(comparison.voltage.all.Worst().BeyondSteps()), limitPercent);
+    return VerdictOf(PercentOf(comparison.voltage.all.Worst().CertainLn()), limitPercent);
 }
 
 std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
@@ -180,7 +181,7 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
     return "At " + AmperesText(worst.at) + " the voltage is " + PercentText(percent, limitPercent) +
            " " + SideOf(percent) + " the reference" +
            (isExplained ? "; the limit is " + GeneralNumber(limitPercent.value_or(0)) +
-                              " %, and the steps of the readings can explain the rest."
+                              " %, and the readings leave the rest open."
                         : end);
 }
 

@@ -26,15 +26,16 @@ ComparedCurve CurveToCompare(KneeRule rule, const std::vector<CurvePoint>& point
 struct Deviation {
     double at = 0;  // amperes where voltages are compared, volts where currents are
     double ln = 0;  // ln(measured / reference)
-    // As much of it as half a step of the readings, 0.1 V and 0.1 mA, explains; never below zero.
-    double steps = 0;
+    // As much of it as is open: half a step of each reading, 0.1 V or 0.1 mA, and the bend that a
+    // smooth curve can have between two points; never below zero.
+    double open = 0;
 
-    double Percent() const;      // (measured - reference) / reference
-    double BeyondSteps() const;  // ln without what the steps explain, of its sign or zero
+    double Percent() const;    // (measured - reference) / reference
+    double CertainLn() const;  // ln without what is open, of its sign or zero
     bool operator==(const Deviation&) const = default;
 };
 
-// The two ends of a list of deviations, beyond what the steps explain.
+// The two ends of a list of deviations, by what is certain of them.
 struct Extremes {
     Deviation lowest;
     Deviation highest;
@@ -82,8 +83,8 @@ struct CurveComparison {
 // not in order are taken).
 CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference);
 
-// The judgement of the voltage at equal current over the whole common range, by what the steps of
-// the readings do not explain; None where the curves are not compared.
+// The judgement of the voltage at equal current over the whole common range, by what is
+// certain; None where the curves are not compared.
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent);
 
 // One sentence: the worst place with its number and the limit, or why the curves are not compared.

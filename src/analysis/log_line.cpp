@@ -18,14 +18,34 @@ std::optional<double> ValueAt(const LogLine& line, double at) {
 
 }  // namespace
 
-double LogLine::At(double x) const {
+std::size_t LogLine::NextOf(double x) const {
     const auto next =
         std::lower_bound(nodes.begin(), nodes.end(), x,
                          [](const Node& node, double value) { return node.x < value; });
-    if (next == nodes.end()) return nodes.back().y;
-    if (next == nodes.begin() || next->x == x) return next->y;
-    const Node& last = *(next - 1);
-    return last.y + (x - last.x) / (next->x - last.x) * (next->y - last.y);
+    return static_cast<std::size_t>(next - nodes.begin());
+}
+
+double LogLine::Slope(std::size_t upper) const {
+    const Node& to = nodes[upper];
+    const Node& from = nodes[upper - 1];
+    return (to.y - from.y) / (to.x - from.x);
+}
+
+double LogLine::At(double x) const {
+    const std::size_t next = NextOf(x);
+    if (next == nodes.size()) return nodes.back().y;
+    if (next == 0 || nodes[next].x == x) return nodes[next].y;
+    return nodes[next - 1].y + (x - nodes[next - 1].x) * Slope(next);
+}
+
+double LogLine::OpenAt(double x) const {
+    const std::size_t next = NextOf(x);
+    if (next == 0 || next == nodes.size() || nodes.size() < 3) return 0;
+    const auto bend = [&](std::size_t upper) { return std::abs(Slope(upper) - Slope(next)); };
+    const double before = bend(next > 1 ? next - 1 : next + 1);
+    const double after = bend(next + 1 < nodes.size() ? next + 1 : next - 1);
+    return std::min({before * (x - nodes[next - 1].x), after * (nodes[next].x - x),
+                     std::abs(nodes[next].y - nodes[next - 1].y)});
 }
 
 std::size_t LogLine::Within(double from, double to) const {

@@ -9,7 +9,7 @@
 
 namespace davo {
 
-inline constexpr double kLogRounding = 1e-9;  // of sums of logarithms
+inline constexpr double kLogRounding = 1e-9;                // of sums of logarithms
 inline constexpr double kQuarterDecade = 0.57564627324851;  // ln 10 / 4
 
 // A curve in logarithms, rising in x and straight between its nodes: ln V over ln I, or ln I over
@@ -26,8 +26,15 @@ struct LogLine {
     double Last() const { return nodes.back().x; }
     // x must be within the nodes.
     double At(double x) const;
+    // How far a smooth curve that rises through the nodes can be from the line at x: no farther
+    // than the straight lines of the next segments, continued, nor above or below both nodes.
+    double OpenAt(double x) const;
     // How many nodes are from one place to another, both included.
     std::size_t Within(double from, double to) const;
+
+  private:
+    std::size_t NextOf(double x) const;     // the first node at x or above
+    double Slope(std::size_t upper) const;  // of the segment that ends at a node
 };
 
 // ln V over ln I of points in any order. Those that are not above zero or not finite are left out;

@@ -188,6 +188,45 @@ TEST(ComparisonRandom, TheFactorsOfAShiftComeOut) {
     EXPECT_GT(told, rounds / 2);
 }
 
+// A record of 32 points against few points of the same core, as a maker's curve has them. Percent.
+TEST(ComparisonRandom, FewPointsOfTheSameCoreAreNoDifference) {
+    const int rounds = test::RandomRounds(20000);
+    std::mt19937_64 random(test::RandomSeed(20261128));
+    std::uniform_int_distribution<std::size_t> family(0, test::kFamilies.size() - 1);
+    for (const int few : {8, 12, 20}) {
+        int compared = 0;
+        int wrong = 0;   // of sound ones, by a limit of 5 %
+        int missed = 0;  // of those that are 7 % lower
+        int plain = 0;   // sound ones that the straight lines alone would call wrong
+        for (int n = 0; n < rounds / 10; ++n) {
+            const test::TrueCurve core =
+                test::RandomTrueCurve(test::kFamilies.at(family(random)), random);
+            const Points record = test::TakeRecord(core, {32, 0.002, 20}, random);
+            const Points makers = test::TakeRecord(core, {few, 0, 20}, random);
+            const CurveComparison sound = ComparePlain(record, makers);
+            if (sound.reason != NotCompared::No) continue;
+            ++compared;
+            wrong += VerdictOf(sound, 5) == Verdict::Beyond ? 1 : 0;
+            missed += VerdictOf(ComparePlain(Times(record, 0.93, 1), makers), 5) == Verdict::Beyond
+                          ? 0
+                          : 1;
+            const std::vector<Deviation>& places = sound.voltage.places;
+            plain += std::any_of(places.begin(), places.end(),
+                                 [](const Deviation& at) { return std::abs(at.Percent()) > 5; })
+                         ? 1
+                         : 0;
+        }
+        std::cout << few << " points: of " << compared << " wrong " << wrong << ", missed "
+                  << missed << ", by straight lines alone wrong " << plain << std::endl;
+        EXPECT_GT(compared, rounds / 20);
+        EXPECT_LE(wrong, compared / 100);
+        EXPECT_LE(missed, compared / 50);
+        if (few == 8) {
+            EXPECT_GT(plain, compared / 3);
+        }
+    }
+}
+
 #if DAVO_HAS_GSL
 // A curve as the library takes it: strictly rising, in logarithms.
 struct GslCurve {

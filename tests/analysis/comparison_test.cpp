@@ -194,8 +194,8 @@ TEST(Comparison, TheStepsOfTheReadingsAreNoDifference) {
     const Points measured = {{0.001, 54}, {0.01, 200}, {0.1, 400}, {1, 505}};
     const CurveComparison comparison = ComparePoints(measured, reference);
     EXPECT_NEAR(comparison.voltage.places[0].Percent(), 8, 1e-9);
-    EXPECT_NEAR(comparison.voltage.places[0].steps, 0.1 + 0.05 / 50 + 0.05 / 54, 1e-12);
-    EXPECT_EQ(comparison.voltage.places[0].BeyondSteps(), 0);
+    EXPECT_NEAR(comparison.voltage.places[0].open, 0.1 + 0.05 / 50 + 0.05 / 54, 1e-12);
+    EXPECT_EQ(comparison.voltage.places[0].CertainLn(), 0);
     EXPECT_EQ(SentenceOf(comparison, 5),
               "At 1.00 A the voltage is 1.0 % above the reference; the limit is 5 %.");
     EXPECT_EQ(VerdictOf(comparison, 5), Verdict::Within);
@@ -205,13 +205,35 @@ TEST(Comparison, TheStepsOfTheReadingsAreNoDifference) {
     EXPECT_EQ(VerdictOf(ComparePoints(only, reference), 5), Verdict::Within);
     EXPECT_EQ(SentenceOf(ComparePoints(only, reference), 5),
               "At 0.0010 A the voltage is 10.0 % below the reference; the limit is 5 %, and the "
-              "steps of the readings can explain the rest.");
+              "readings leave the rest open.");
     only[0].voltage = 40;
     EXPECT_EQ(VerdictOf(ComparePoints(only, reference), 5), Verdict::Beyond);
     // A difference that cannot be told from a step is a difference, not none.
     EXPECT_EQ(
         SentenceOf(ComparePoints({{0.001, 52}, {0.01, 200}, {0.1, 400}, {1, 500}}, reference), 5),
         "At 0.0010 A the voltage is 4.0 % above the reference; the limit is 5 %.");
+}
+
+// Between two points of the reference lies its bend: the line is no more than a lower bound there.
+TEST(Comparison, ABendBetweenTwoPointsIsOpen) {
+    const Points reference = {{0.01, 1e5}, {0.1, 1e6}, {1, 2e6}, {10, 2.2e6}};
+    Points measured = reference;
+    measured.insert(measured.begin() + 2, {std::sqrt(0.1), 1.6e6});  // sqrt(2) * 1e6 by the line
+    const CurveComparison comparison = ComparePoints(measured, reference);
+    ASSERT_EQ(comparison.voltage.places.size(), 5U);
+    const Deviation& bend = comparison.voltage.places[2];
+    EXPECT_NEAR(bend.Percent(), 100 * (1.6 / std::sqrt(2) - 1), 1e-9);
+    // By the lines from below and from above, 1 against log10 2, log10 2 against log10 1.1.
+    const double slope = std::log10(2);
+    EXPECT_NEAR(bend.open, (slope - std::log10(1.1)) * std::log(10) / 2, 1e-3);
+    EXPECT_EQ(VerdictOf(comparison, 5), Verdict::Within);
+    EXPECT_EQ(SentenceOf(comparison, 5),
+              "At 0.32 A the voltage is 13.1 % above the reference; the limit is 5 %, and the "
+              "readings leave the rest open.");
+    // At the points themselves nothing is open but their steps.
+    measured[1].voltage *= 0.9;
+    EXPECT_EQ(SentenceOf(ComparePoints(measured, reference), 5),
+              "At 0.10 A the voltage is 10.0 % below the reference, beyond the limit of 5 %.");
 }
 
 TEST(Comparison, SaysHowFarTheKneepointsAreApart) {
