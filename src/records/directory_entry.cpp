@@ -133,6 +133,7 @@ std::vector<ListRow> RowsOfEntries(const std::vector<std::string>& entries, int 
         row.circuit = FieldBetweenKeys(entry, "CIRCUIT=", "MFR=");
         row.mfr = FieldBetweenKeys(entry, "MFR=", "MODEL=");
         row.model = FieldBetweenKeys(entry, "MODEL=", "SN=");
+        row.serial = FieldBetweenKeys(entry, "SN=", "OPERATOR=");
         rows.push_back(std::move(row));
     }
     return rows;

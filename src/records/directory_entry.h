@@ -52,7 +52,8 @@ std::vector<std::string> PlaceByDate(const std::vector<std::string>& entries,
 // The part of entry before its first "!"; nothing when there is none.
 std::optional<std::string> EntryName(std::string_view entry);
 
-// One row of the list view: the seven columns as shown.
+// One row of the list view: the seven columns as shown, and the serial number, by which a row is
+// found.
 struct ListRow {
     std::string filename;
     std::string date;
@@ -61,12 +62,13 @@ struct ListRow {
     std::string circuit;
     std::string mfr;
     std::string model;
+    std::string serial = {};
 
     bool operator==(const ListRow&) const = default;
 };
 
 // The rows of the first count entries; ends before the first entry without "!". Station, circuit,
-// manufacturer and model are filled with blanks to 20.
+// manufacturer, model and serial number are filled with blanks to 20.
 std::vector<ListRow> RowsOfEntries(const std::vector<std::string>& entries, int count);
 
 }  // namespace davo

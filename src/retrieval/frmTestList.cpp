@@ -29,6 +29,7 @@
 #include "retrieval/record_download.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
+#include "ui/record_filter.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -146,13 +147,16 @@ void frmTestList::BuildList(QBoxLayout* column) {
     flat.setColor(QPalette::Base, palette().color(QPalette::Window));
     txtFolder_->setPalette(flat);
     Enlarge(txtFolder_);
-    column->addWidget(txtFolder_);
-
     lvTest_ = Named(new RecordList(RecordColumns::All, this), "lvTest");
     lvTest_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     lvTest_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     lvTest_->setTabKeyNavigation(false);
     lvTest_->setMinimumHeight(lvTest_->fontMetrics().height() * 2 * kLeastListRows);
+    filter_ = new RecordFilter(*lvTest_, this);
+    auto* row = new QHBoxLayout;
+    row->addWidget(txtFolder_, 3);
+    row->addWidget(filter_, 2);
+    column->addLayout(row);
     column->addWidget(lvTest_, 1);
 }
 
@@ -396,7 +400,8 @@ void frmTestList::View(const std::vector<QString>& files) {
 
 template <class Work>
 void frmTestList::While(Activity activity, const Work& work) {
-    const std::array<QWidget*, 5> idle{frameDisplaySort_, cmdRefresh_, cmdDir_, lvTest_, cmdSave_};
+    const std::array<QWidget*, 6> idle{frameDisplaySort_, cmdRefresh_, cmdDir_,
+                                       filter_,           lvTest_,     cmdSave_};
     cmdExit_->setFocus();
     for (QWidget* widget : idle)
         widget->setEnabled(false);

@@ -4,6 +4,7 @@
 #include <QFocusEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QSignalBlocker>
 #include <QStyledItemDelegate>
 #include <algorithm>
 #include <utility>
@@ -93,6 +94,15 @@ QString Shown(std::string_view field) {
     return FromPage(TrimBlanks(field));
 }
 
+bool HasWords(const QStringList& cells, const QStringList& words) {
+    const auto isThere = [&](const QString& word) {
+        return std::any_of(cells.begin(), cells.end(), [&](const QString& cell) {
+            return cell.contains(word, Qt::CaseInsensitive);
+        });
+    };
+    return std::all_of(words.begin(), words.end(), isThere);
+}
+
 }  // namespace
 
 void MakeRows(QAbstractItemView* list) {
@@ -120,21 +130,45 @@ void RecordList::SortByHeadings() {
 }
 
 void RecordList::Fill(const std::vector<ListRow>& rows, std::vector<QString> files) {
+    rows_ = rows;
     files_ = std::move(files);
+    ShowRows();
+}
+
+void RecordList::ShowRows() {
     clear();
     QList<QTreeWidgetItem*> items;
-    for (const ListRow& row : rows) {
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        const ListRow& row = rows_[i];
         // Cells beyond the columns of this list are kept and not shown.
-        items.append(new RecordRow({Shown(row.filename), Shown(row.date), Shown(row.tests),
-                                    Shown(row.station), Shown(row.circuit), Shown(row.mfr),
-                                    Shown(row.model)}));
-        items.back()->setData(0, kRowRole, items.size() - 1);
+        const QStringList cells{Shown(row.filename), Shown(row.date),    Shown(row.tests),
+                                Shown(row.station),  Shown(row.circuit), Shown(row.mfr),
+                                Shown(row.model)};
+        if (!HasWords(cells + QStringList(Shown(row.serial)), words_)) continue;
+        items.append(new RecordRow(cells));
+        items.back()->setData(0, kRowRole, static_cast<int>(i));
     }
     // A list that is sorted by no heading would put each row before the others.
     const bool sorts = isSortingEnabled();
     setSortingEnabled(false);
     addTopLevelItems(items);
     setSortingEnabled(sorts);
+}
+
+void RecordList::Filter(const QString& text) {
+    const QStringList words = text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (words == words_) return;
+    words_ = words;
+    const std::vector<int> selected = SelectedRows();
+    {
+        const QSignalBlocker quiet(this);
+        ShowRows();
+        for (const int row : selected) {
+            if (QTreeWidgetItem* item = ItemOf(row)) item->setSelected(true);
+        }
+    }
+    // Also where the same rows are selected: they are so many of others.
+    itemSelectionChanged();
 }
 
 void RecordList::Fill(const DirectoryTables& tables, int count) {
@@ -164,9 +198,9 @@ std::vector<QString> RecordList::SelectedFiles() const {
 void RecordList::SelectFiles(const std::vector<QString>& files) {
     clearSelection();
     for (std::size_t i = 0; i < files_.size(); ++i) {
-        if (std::ranges::find(files, files_[i]) != files.end())
-            setCurrentItem(ItemOf(static_cast<int>(i)), 0,
-                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        QTreeWidgetItem* item = ItemOf(static_cast<int>(i));
+        if (item != nullptr && std::ranges::find(files, files_[i]) != files.end())
+            setCurrentItem(item, 0, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     }
 }
 

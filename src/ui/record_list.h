@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QStringList>
 #include <QTreeWidget>
 #include <vector>
 
@@ -29,8 +30,16 @@ class RecordList : public QTreeWidget {
     // The same with the first count records of tables; each row of a folder has its file.
     void Fill(const DirectoryTables& tables, int count);
 
+    // Shows only the rows that have every word of text in a column, also in one that this list does
+    // not show, or in the serial number; upper and lower case are the same. It holds for what is
+    // filled in later, too. A row that goes is selected no longer.
+    void Filter(const QString& text);
+    // How many were filled in.
+    std::size_t Filled() const { return rows_.size(); }
+
     // The indices of the selected rows among those filled in, from 0 and upwards.
     std::vector<int> SelectedRows() const;
+    // Nothing for a row that the filter hides.
     QTreeWidgetItem* ItemOf(int row) const;
     // The files of the selected rows; none for those that have no file.
     std::vector<QString> SelectedFiles() const;
@@ -38,7 +47,11 @@ class RecordList : public QTreeWidget {
     void SelectFiles(const std::vector<QString>& files);
 
   private:
-    std::vector<QString> files_;  // of the rows that were filled in
+    void ShowRows();
+
+    std::vector<ListRow> rows_;   // as they were filled in
+    std::vector<QString> files_;  // theirs
+    QStringList words_;           // that every shown row has
 };
 
 }  // namespace davo

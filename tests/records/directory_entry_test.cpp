@@ -154,6 +154,7 @@ TEST(RowsOfEntries, CutsTheColumnsByKey) {
     EXPECT_EQ(rows[0].circuit, "C12                 ");
     EXPECT_EQ(rows[0].mfr, "ABB                 ");
     EXPECT_EQ(rows[0].model, "M-1                 ");
+    EXPECT_EQ(rows[0].serial, "12345               ");
 }
 
 TEST(RowsOfEntries, ShortValuesAreFilledToTwenty) {

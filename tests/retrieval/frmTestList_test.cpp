@@ -2,6 +2,7 @@
 // The test list over the data folder, by its real controls.
 #include "retrieval/frmTestList.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QTimer>
 #include <algorithm>
@@ -433,6 +434,95 @@ TEST_F(FolderList, F5Refreshes) {
     EXPECT_THAT(Column(0), ElementsAre("gamma", "beta", "Alpha"));
 }
 
+class FilteredList : public FolderList {
+  protected:
+    void SetUp() override {
+        Add("beta", "02/01/24", "North");
+        Add("Alpha", "01/01/24", "East");
+        AddRecord(u"gamma"_s, {"03/01/24", "Northend", {}});
+        std::string bytes = ReadWholeFile(DataFile(u"gamma"_s));
+        const std::string line = "SN: ";
+        bytes.insert(bytes.find(line) + line.size(), "XQ-7");
+        ReplaceFile(DataFile(u"gamma"_s), bytes);
+        ShowFolder();
+    }
+    // Keys go to what has the focus, as those of a keyboard do.
+    static void Press(Qt::Key key, Qt::KeyboardModifiers keys = {}) {
+        QTest::keyClick(QApplication::focusWidget(), key, keys);
+    }
+    void Search(const char* text) {
+        Press(Qt::Key_F, Qt::ControlModifier);
+        QTest::keyClicks(QApplication::focusWidget(), QLatin1String(text));
+    }
+};
+
+TEST_F(FilteredList, ShowsWhatHasTheWordsInAColumnOrAsSerialNumber) {
+    EXPECT_FALSE(Find<QLabel>("lblFiltered")->isVisible());
+    Search("north");
+    EXPECT_TRUE(Box("txtFilter")->hasFocus());
+    EXPECT_THAT(Column(0), ElementsAre("gamma", "beta"));
+    EXPECT_EQ(Text("lblFiltered"), "2 of 3 records");
+    EXPECT_TRUE(Find<QLabel>("lblFiltered")->isVisible());
+    EXPECT_EQ(Text("lblStatus"), "Total Records: 3");
+    Search("BET 02/01");
+    EXPECT_THAT(Column(0), ElementsAre("beta"));
+    Search("xq-7");
+    EXPECT_THAT(Column(0), ElementsAre("gamma"));
+    Search("north east");
+    EXPECT_THAT(Column(0), IsEmpty()) << "each word must be there";
+    EXPECT_EQ(Text("lblFiltered"), "0 of 3 records");
+}
+
+TEST_F(FilteredList, IsEnteredByDownAndLeftByEscape) {
+    Search("north");
+    Press(Qt::Key_Down);
+    EXPECT_TRUE(List()->hasFocus());
+    EXPECT_EQ(Text("lblSelect"), "Select: 1 of 2");
+    Press(Qt::Key_Escape);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_THAT(Column(0), ElementsAre("gamma", "beta", "Alpha"));
+    EXPECT_EQ(Text("lblSelect"), "Select: 1 of 3") << "what was selected stays so";
+    EXPECT_TRUE(List()->hasFocus());
+    Search("east");
+    Press(Qt::Key_Escape);
+    EXPECT_EQ(Text("txtFilter"), "");
+    EXPECT_TRUE(List()->hasFocus());
+    EXPECT_TRUE(window->isVisible());
+    Press(Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible()) << "with nothing to clear it is the window's";
+}
+
+TEST_F(FilteredList, SelectsNothingThatIsOutOfSight) {
+    ChooseAll();
+    EXPECT_EQ(Text("lblSelect"), "Select: 3 of 3");
+    Search("north");
+    EXPECT_EQ(Text("lblSelect"), "Select: 2 of 2");
+    Search("east");
+    EXPECT_EQ(Text("lblSelect"), "Select: 0 of 1");
+    Press(Qt::Key_Down);
+    ChooseAll();
+    EXPECT_EQ(Text("lblSelect"), "Select: 1 of 1");
+    Press(Qt::Key_Escape);
+    EXPECT_EQ(Text("lblSelect"), "Select: 1 of 3");
+}
+
+TEST_F(FilteredList, StaysOverARefresh) {
+    Search("north");
+    Add("delta", "04/01/24", "North");
+    Choose("optSort0");
+    Click("cmdRefresh");
+    EXPECT_THAT(Column(0), ElementsAre("beta", "gamma", "delta"));
+    EXPECT_EQ(Text("lblFiltered"), "3 of 4 records");
+}
+
+TEST_F(FilteredList, ViewsTheRecordThatIsShown) {
+    Search("east");
+    Press(Qt::Key_Return);
+    EXPECT_TRUE(List()->hasFocus());
+    Press(Qt::Key_Return);
+    EXPECT_THAT(reports.targets, ElementsAre(settings.excelPath + u"Alpha.xls"_s));
+}
+
 // The options choose the order.
 TEST_F(FolderList, HeadingsDoNotSort) {
     ShowThree();
@@ -509,12 +599,12 @@ TEST_F(FolderList, TabFollowsTheEye) {
     List()->setFocus();
     ASSERT_TRUE(Until([&] { return List()->hasFocus(); }));
     std::vector<std::string> order;
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < 8; ++i) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         order.push_back(QApplication::focusWidget()->objectName().toStdString());
     }
     EXPECT_THAT(order, ElementsAre("cmdSave", "cmdExit", "optDisplay1", "optSort1", "cmdRefresh",
-                                   "cmdDir"));
+                                   "cmdDir", "txtFilter", "lvTest"));
 }
 
 }  // namespace

@@ -155,7 +155,7 @@ TEST(BuildEntries, GivesTheListItsColumns) {
     const auto rows = RowsForList(tables, 1);
     ASSERT_THAT(rows, SizeIs(1));
     EXPECT_EQ(rows[0], (ListRow{"TST_012", "03/14/24", "03", Filled("NORTH"), Filled("LINE 1"),
-                                Filled("TORUS"), Filled("CT-1")}));
+                                Filled("TORUS"), Filled("CT-1"), Filled("SN77")}));
 }
 
 TEST(BuildEntries, PutsTheNewestFirstAndKeepsTheReplyOrderOfADay) {
