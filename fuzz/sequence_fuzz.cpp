@@ -77,7 +77,7 @@ class Session {
     }
 
   private:
-    static constexpr unsigned kActs = 14;
+    static constexpr unsigned kActs = 16;
 
     ShotScreen& Screen() { return rig_.Screen(); }
     bool Pending() { return rig_.sequence.ShotPending(); }
@@ -115,6 +115,11 @@ class Session {
                 rig_.sequence.txtXVolt_LostFocus();
                 return true;
             case 7:
+                // Somebody cleans up; the window looks once a second.
+                rig_.DeleteFolder();
+                rig_.sequence.LookAround();
+                return true;
+            case 8:
                 return !Usable(Screen().cmdExit) || !Exit();
             default:
                 Say(Said(input_.Below(11), input_));
