@@ -58,8 +58,10 @@ std::size_t LogLine::Within(double from, double to) const {
 LogLine VoltageLine(const std::vector<CurvePoint>& points) {
     LogLine line;
     for (const CurvePoint& point : points) {
-        if (!(point.current > 0 && point.voltage > 0)) continue;
-        if (!std::isfinite(point.current) || !std::isfinite(point.voltage)) continue;
+        constexpr double kMost = 1e12;  // of amperes and volts; no curve has more
+        const bool isReading = point.current > 0 && point.current < kMost && point.voltage > 0 &&
+                               point.voltage < kMost;
+        if (!isReading) continue;
         line.nodes.push_back({std::log(point.current), std::log(point.voltage)});
     }
     std::sort(line.nodes.begin(), line.nodes.end(),

@@ -37,7 +37,7 @@ struct LogLine {
     double Slope(std::size_t upper) const;  // of the segment that ends at a node
 };
 
-// ln V over ln I of points in any order. Those that are not above zero or not finite are left out;
+// ln V over ln I of points in any order. Those that are not above zero or above 1e12 are left out;
 // those of one current are one, their mean.
 LogLine VoltageLine(const std::vector<CurvePoint>& points);
 

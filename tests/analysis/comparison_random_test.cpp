@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "analysis/comparison.h"
+#include "analysis/nameplate.h"
 #include "analysis/taps.h"
 #include "tests/analysis/curve_source.h"
 #include "tests/analysis/true_curves.h"
@@ -139,12 +140,47 @@ TEST(ComparisonRandom, ExchangedCurvesMirror) {
     EXPECT_GT(compared, rounds / 4);
 }
 
+// What a damaged record may hold: nothing throws, and nothing is said that is no sentence.
+TEST(ComparisonRandom, AnythingHasASentence) {
+    const int rounds = test::RandomRounds(20000);
+    test::CurveSource wild(test::RandomSeed(20261130));
+    const auto next = [&wild] {
+        const test::RandomCurve curve = wild.Next();
+        Points points;
+        for (std::size_t k = 0; k < curve.current.size(); ++k)
+            points.push_back({curve.current[k], curve.voltage[k]});
+        return points;
+    };
+    Nameplate p;
+    p.kind = AccuracyClass::P10;
+    p.rct = 1;
+    p.burdenVa = 10;
+    Nameplate px;
+    px.kneeVoltage = 2;
+    for (int n = 0; n < rounds; ++n) {
+        const ComparedCurve a{next(), SmoothKnee{{0.1, 1}, 0.1}, {}};
+        const ComparedCurve b{next(), {}, KneeRange{1, 2}};
+        const CurveComparison comparison = CompareCurves(a, b);
+        std::vector<std::string> sentences = {
+            SentenceOf(comparison, 5), SentenceOf(comparison, std::nullopt),
+            KneeSentenceOf(comparison.knee),
+            ShiftSentenceOf("600:5", ShiftBetween(a.points, b.points))};
+        for (const Nameplate& nameplate : {p, px})
+            for (const NameplateFinding& finding : JudgeNameplate(nameplate, a, 1e300))
+                sentences.push_back(finding.sentence);
+        for (const std::string& sentence : sentences)
+            EXPECT_THAT(sentence, testing::MatchesRegex("[A-Z].*[a-z0-9%].* .*[.]"));
+        ASSERT_FALSE(testing::Test::HasFailure()) << n;
+    }
+}
+
 TEST(ComparisonRandom, ATapAndBackIsTheSameCurve) {
     const int rounds = test::RandomRounds(20000);
     AnyPoints any(test::RandomSeed(20261124));
     for (int n = 0; n < rounds; ++n) {
-        ComparedCurve curve{any.Next(), SmoothKnee{{any.Factor(), any.Factor()}, 0.1},
-                            KneeRange{any.Factor(), any.Factor()}};
+        const SmoothKnee knee{{any.Factor(), any.Factor()}, 0.1};
+        const KneeRange range{any.Factor(), any.Factor()};
+        const ComparedCurve curve{any.Next(), knee, range};
         const double from = 100 * any.Factor();
         const double to = 100 * any.Factor();
         const ComparedCurve tap = ScaledToTurns(curve, from, to);
@@ -158,11 +194,12 @@ TEST(ComparisonRandom, ATapAndBackIsTheSameCurve) {
                         point.voltage * point.current,
                         kExact * std::abs(point.voltage * point.current));
         }
-        const SmoothKnee knee = back.knee.value_or(SmoothKnee());
-        EXPECT_NEAR(knee.at.voltage / curve.knee->at.voltage, 1, kExact);
-        EXPECT_NEAR(knee.at.current / curve.knee->at.current, 1, kExact);
-        EXPECT_NEAR(knee.uncertainty / curve.knee->uncertainty, 1, kExact);
-        EXPECT_NEAR(back.range.value_or(KneeRange()).low / curve.range->low, 1, kExact);
+        const SmoothKnee same = back.knee.value_or(SmoothKnee());
+        EXPECT_NEAR(same.at.voltage / knee.at.voltage, 1, kExact);
+        EXPECT_NEAR(same.at.current / knee.at.current, 1, kExact);
+        EXPECT_NEAR(same.uncertainty / knee.uncertainty, 1, kExact);
+        EXPECT_NEAR(back.range.value_or(KneeRange()).low / range.low, 1, kExact);
+        EXPECT_NEAR(back.range.value_or(KneeRange()).high / range.high, 1, kExact);
         ASSERT_FALSE(testing::Test::HasFailure()) << n;
     }
 }
@@ -225,6 +262,46 @@ TEST(ComparisonRandom, FewPointsOfTheSameCoreAreNoDifference) {
             EXPECT_GT(plain, compared / 3);
         }
     }
+}
+
+// The curve of so many of the turns.
+test::TrueCurve TapOf(const test::TrueCurve& core, double part) {
+    const double ln = std::log(part);
+    test::TrueCurve tap = core;
+    tap.voltageAt = [=](double lnI) { return core.voltageAt(lnI + ln) + ln; };
+    tap.slopeAt = [=](double lnI) { return core.slopeAt(lnI + ln); };
+    tap.bend = core.bend - ln;
+    return tap;
+}
+
+// Two records of one core with noise: a tap that follows, and one whose current is 12 % off.
+TEST(ComparisonRandom, ATapThatDoesNotFollowIsFound) {
+    const int rounds = test::RandomRounds(5000);
+    std::mt19937_64 random(test::RandomSeed(20261129));
+    std::uniform_int_distribution<std::size_t> family(0, test::kFamilies.size() - 1);
+    std::uniform_int_distribution<int> count(10, 32);
+    std::uniform_real_distribution<double> turns(0.2, 0.9);
+    int told = 0;
+    int wrong = 0;
+    int found = 0;
+    for (int n = 0; n < rounds; ++n) {
+        const test::TrueCurve core =
+            test::RandomTrueCurve(test::kFamilies.at(family(random)), random);
+        const double part = turns(random);
+        const Points full = test::TakeRecord(core, {count(random), 0.003, 20}, random);
+        const Points measured =
+            test::TakeRecord(TapOf(core, part), {count(random), 0.003, 15}, random);
+        const std::optional<Shift> shift = ShiftBetween(measured, ScaledToTurns(full, 1, part));
+        if (!shift) continue;
+        ++told;
+        wrong += VerdictOf(shift) == Verdict::Beyond ? 1 : 0;
+        const Points other = ScaledToTurns(Times(full, 1, 1.12), 1, part);
+        found += VerdictOf(ShiftBetween(measured, other)) == Verdict::Beyond ? 1 : 0;
+    }
+    std::cout << "of " << told << " wrong " << wrong << ", found " << found << std::endl;
+    EXPECT_GT(told, rounds * 4 / 5);
+    EXPECT_LE(wrong, told / 100);
+    EXPECT_GE(found, told - told / 100);
 }
 
 #if DAVO_HAS_GSL
