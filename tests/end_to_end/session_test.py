@@ -2,6 +2,7 @@
 """Whole sessions: what lies in the record file is what went over the line."""
 
 import datetime
+import html
 import os
 import random
 import sys
@@ -111,6 +112,26 @@ class QuickSessions(Session):
             program.do("key Return")
             harness.finish_save(program)
             self.assertTrue((rig.data / "k1.txt").exists())
+
+    def test_a_certificate_is_made_of_the_session_that_was_just_saved(self):
+        with harness.started("--unpaced", "--quick", "--seed", "23") as (rig, program):
+            harness.open_test_window(program)
+            fill_header(program, HEADER, NOTES)
+            harness.full_shot(program, first=True)
+            harness.save_session(program, "T23.txt")
+            self.assertIn("T23 is saved.", program.text("lblSaved"))
+            program.do("click cmdCertificate", "wait cdFile")
+            self.assertEqual(program.text("fileNameEdit"), "T23.pdf")
+            program.do('chooseFile "T23.pdf"', 'waitContains lblSaved "T23.pdf"')
+            self.assertTrue((rig.data / "T23.pdf").read_bytes().startswith(b"%PDF-"))
+            program.do("click cmdCertificate", 'chooseFile "T23.html"')
+            program.do('waitContains lblSaved "T23.html"')
+            page = (rig.data / "T23.html").read_text("utf-8")
+            self.assertIn("<title>T23 - Test Certificate</title>", page)
+            shot, = expected_record.shots_of(rig.byte_log)
+            for text in (shot.ratio.strip(), "0815-4711", NOTES[0]):
+                self.assertIn(html.escape(text), page)
+            self.assertEqual(harness.leave(program), 0)
 
 
 class PacedSession(Session):
