@@ -63,12 +63,15 @@ QString ErrorCell(const ShotScreen& screen, QString limit) {
                 above ? QStringLiteral("ABOVE LIMIT") : QString());
 }
 
-QString PolarityCell(const ShotScreen& screen, const std::string& polarity) {
-    const std::string& said = screen.txtPolarity.text.empty() ? polarity : screen.txtPolarity.text;
+// What the instrument said. The record has a polarity of its own, and one without a phase angle
+// reads as in phase: where the two differ, or nothing was said, both are named.
+QString PolarityCell(const ShotScreen& screen, const std::string& ofRecord) {
+    const std::string& said = screen.txtPolarity.text;
     QString word = said == "IN PHASE" ? QString() : QStringLiteral("CHECK");
-    if (said != polarity && !polarity.empty() && said != "UNDETERMINED")
-        word = QStringLiteral("RECORD %1").arg(FromPage(polarity));
-    return Cell(QStringLiteral("Polarity"), FromPage(said), word);
+    if (said != ofRecord && !ofRecord.empty() && said != "UNDETERMINED")
+        word = QStringLiteral("RECORD %1").arg(FromPage(ofRecord));
+    return Cell(QStringLiteral("Polarity"), said.empty() ? QStringLiteral("NONE") : FromPage(said),
+                word);
 }
 
 }  // namespace

@@ -198,6 +198,25 @@ TEST_F(ResultCard, APolarityThatIsNotTheRecordsIsAmberWithAWord) {
     EXPECT_GT(AmberPoints(), 1000);
 }
 
+// A record without a phase angle reads as in phase.
+TEST_F(ResultCard, APolarityThatWasNotSaidIsAmberAndTheRecordsIsNamed) {
+    OpenAndStart();
+    Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+    Say("RATIO=241.2");
+    Say(RecordOf(EncodeRecordImage(SaturatedImage())));
+    CardHas(u"Polarity: RECORD IN PHASE\nNONE"_s);
+    EXPECT_GT(AmberPoints(), 1000);
+    prompts.answers = {Answer::No, Answer::No};
+    StartFullShot();
+    EndShotWith(SaturatedImage(), " ");
+    CardHas(u"Polarity: CHECK\nUNDETERMINED"_s);
+    EXPECT_GT(AmberPoints(), 1000);
+    StartFullShot();
+    EndShotWith(SaturatedImage());
+    CardHas(u"Polarity\nIN PHASE"_s);
+    EXPECT_EQ(AmberPoints(), 0);
+}
+
 TEST_F(ResultCard, ALongWordIsBrokenAndShrinksNoLetters) {
     header.Field(1) = std::string(20, 'W');
     header.Field(2) = std::string(20, 'M');
