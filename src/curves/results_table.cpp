@@ -3,6 +3,7 @@
 
 #include <QFontMetrics>
 #include <QHeaderView>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStringList>
@@ -48,6 +49,9 @@ ResultsTable::ResultsTable(QWidget* parent) : QTableWidget(parent) {
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kCellRoom);
     verticalHeader()->setMinimumSectionSize(1);
+    // Also below the last whole row.
+    setBackgroundRole(QPalette::Base);
+    setAutoFillBackground(true);
     // It takes as much of its room as its rows need.
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     KeepToRows();
@@ -106,6 +110,18 @@ void ResultsTable::KeepToColumns(bool keeps) {
 void ResultsTable::resizeEvent(QResizeEvent* event) {
     QTableWidget::resizeEvent(event);
     KeepToRows();
+}
+
+// Only whole rows: one that is cut through its middle reads as another value.
+void ResultsTable::updateGeometries() {
+    if (placing_) return;
+    const QScopedValueRollback placing(placing_, true);
+    QTableWidget::updateGeometries();
+    const int row = verticalHeader()->defaultSectionSize();
+    QMargins around = viewportMargins();
+    around.setBottom(viewport()->height() % row);
+    setViewportMargins(around);
+    verticalHeader()->resize(verticalHeader()->width(), viewport()->height());
 }
 
 void ResultsTable::KeepToRows() {

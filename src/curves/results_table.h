@@ -22,10 +22,13 @@ class ResultsTable : public QTableWidget {
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
+    void updateGeometries() override;
 
   private:
     // No more height than its rows need, and no less than that of a few.
     void KeepToRows();
+
+    bool placing_ = false;  // the rows, while updateGeometries runs
 };
 
 }  // namespace davo

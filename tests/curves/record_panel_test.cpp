@@ -2,6 +2,7 @@
 #include "curves/record_panel.h"
 
 #include <QApplication>
+#include <QHeaderView>
 #include <QImage>
 #include <algorithm>
 #include <cstdio>
@@ -347,6 +348,26 @@ TEST_F(Panel, ShowsTheLastOfManySelectionsOnly) {
     QTest::qWait(100);
     EXPECT_EQ(TextOf(panel, "lblRecord"), "THREE   03/07/24 14:05");
     EXPECT_LE(TheChart()->Paints(), before + 4);
+}
+
+TEST_F(Panel, OnlyWholeRowsOfTheResultsAreShown) {
+    ShowFiles({"ONE", "THREE"});
+    auto* table = FindIn<QTableWidget>(panel, "tblTests");
+    bool scrolled = false;
+    for (int height = 560; height <= 800; height += 7) {
+        panel.resize(420, height);
+        QTest::qWait(10);
+        const int shown = table->viewport()->height();
+        const int row = table->rowHeight(0);
+        EXPECT_EQ(shown % row, 0) << height;
+        EXPECT_EQ(table->verticalHeader()->height(), shown) << height;
+        scrolled = scrolled || shown / row < table->rowCount();
+        table->scrollToBottom();
+        EXPECT_EQ(table->rowViewportPosition(table->rowCount() - 1) + row, shown) << height;
+        table->scrollToTop();
+        EXPECT_EQ(table->rowAt(0), 0) << height;
+    }
+    EXPECT_TRUE(scrolled) << "none of them is too low for all rows";
 }
 
 TEST_F(Panel, SavesPictureAndPageAndTable) {
