@@ -13,7 +13,7 @@ namespace davo {
 namespace {
 
 std::optional<Tap> ParseTap(std::string_view text) {
-    const std::size_t colon = text.find(':');
+    const std::size_t colon = text.find_first_of(":/");
     if (colon == std::string_view::npos) return std::nullopt;
     const Tap tap{WholeNumericValue(text.substr(0, colon)).value_or(0),
                   WholeNumericValue(text.substr(colon + 1)).value_or(0)};

@@ -21,7 +21,7 @@ struct Tap {
     bool operator==(const Tap&) const = default;
 };
 
-// Taps as they are typed, "1200:5, 600:5"; a comma, a semicolon or a line end between them, blanks
+// Taps as they are typed, "1200:5, 600/5"; a comma, a semicolon or a line end between them, blanks
 // ignored. Nothing when one of them is not two numbers above zero, or when there is none.
 std::optional<std::vector<Tap>> ParseTaps(std::string_view text);
 

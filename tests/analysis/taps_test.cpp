@@ -70,13 +70,13 @@ TEST(Taps, ATapTellsTheFullWinding) {
 }
 
 TEST(Taps, AreTypedAsNameplateCurrents) {
-    const auto taps = ParseTaps(" 1200:5, 600 : 5;300:1\r\n");
+    const auto taps = ParseTaps(" 1200:5, 600 / 5;300:1\r\n");
     ASSERT_TRUE(taps.has_value());
     EXPECT_EQ(taps.value_or(std::vector<Tap>()), (std::vector<Tap>{{1200, 5}, {600, 5}, {300, 1}}));
     EXPECT_EQ((Tap{1200, 5}).Turns(), 240);
     EXPECT_EQ((Tap{0.5, 5}).Name(), "0.5:5");
     for (const char* text : {"", " , ", "1200", "1200:", ":5", "1200:0", "-1200:5", "1200:5, x",
-                             "1200:5:5", "1200/5", "1e400:5"})
+                             "1200:5:5", "1200/5/5", "1e400:5"})
         EXPECT_EQ(ParseTaps(text), std::nullopt) << text;
 }
 
