@@ -46,16 +46,7 @@ extern "C" void EndRun(int signal) {
     std::signal(signal, SIG_DFL);
 }
 
-struct RunEnded {};
-
 constexpr std::size_t kBlock = 65536;  // of rows, at least, but for the last one
-
-std::string KneepointType(KneeRule rule) {
-    for (const char* const type : {kKneeIeee30, kKneeIeee45}) {
-        if (KneeRuleOf(type) == rule) return type;
-    }
-    return kKneeAsa;
-}
 
 // A name that is no UTF-8 cannot be said to the system, nor what it is the name of.
 bool HasForeignName(const QString& name) {
@@ -129,10 +120,8 @@ int BatchRun::Run() {
     }
     try {
         DoAll();
-    } catch (const ReaderGone&) {
-        return 1;
     } catch (const RunEnded&) {
-        return 1;
+        failed_ = true;
     } catch (const RunTimeError& error) {
         Fail(QString::fromUtf8(error.what()));
     }
@@ -157,7 +146,8 @@ void BatchRun::DoAll() {
         return Fail(TroubleText(ShownPath(options_.reference), error));
     }
     if (options_.rows && !options_.noHeading)
-        rows_ = TestRowsHeading(options_.judge, reference_ ? Reference::Columns() : "");
+        rows_ =
+            TestRowsHeading(options_.judge, reference_ ? Reference::kColumns : std::string_view());
     for (const QString& given : options_.records) {
         if (QFileInfo(given).isDir()) {
             Walk(given.endsWith(QLatin1Char('/')) ? given : given + QLatin1Char('/'), {});
@@ -257,8 +247,9 @@ QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& fac
         const QString own = QDir(options_.out).filePath(QLatin1String(kTemplateFileName));
         const QString model =
             FileExists(own) ? own : InstalledTemplate(QCoreApplication::applicationDirPath());
-        renderer.Render(BuildReport(tables, {KneepointType(options_.rule), options_.impedance}),
-                        model, target, {}, {});
+        const auto rule = std::ranges::find(kKneeRules, options_.rule) - kKneeRules.begin();
+        const std::string marked = std::array{kKneeAsa, kKneeIeee45, kKneeIeee30}.at(rule);
+        renderer.Render(BuildReport(tables, {marked, options_.impedance}), model, target, {}, {});
     };
     make(options_.csv, ".csv",
          [&](const QString& target) { ReplaceFile(target, RecordsAsCsv({facts})); });
@@ -281,24 +272,22 @@ QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& fac
 bool BatchRun::Make(const QString& target, const Write& write) {
     if (end_signal != 0) throw RunEnded{};
     const QString path = ShownPath(target);
-    const std::filesystem::path file = QFileInfo(target).filesystemFilePath();
-    const auto isThat = [&file](const QString& made) {
+    const QFileInfo file(target);
+    for (const QString& made : targets_.values(target.toCaseFolded())) {
         std::error_code none;
-        return std::filesystem::equivalent(file, QFileInfo(made).filesystemFilePath(), none);
-    };
-    if (std::ranges::any_of(targets_.values(target.toCaseFolded()), isThat)) {
+        if (!std::filesystem::equivalent(file.filesystemFilePath(),
+                                         QFileInfo(made).filesystemFilePath(), none))
+            continue;
         Fail(QStringLiteral("%1 is that of an earlier record of this run.").arg(path));
         return false;
     }
-    if (!options_.force && QFileInfo::exists(target)) {
-        Fail(QStringLiteral("%1 is kept. --force replaces it.").arg(path));
-        targets_.insert(target.toCaseFolded(), target);
-        return true;
-    }
     try {
-        const QString folder = QFileInfo(target).path();
-        if (!FolderExists(folder)) CreateFolder(folder);
-        write(target);
+        if (!options_.force && file.exists()) {
+            Fail(QStringLiteral("%1 is kept. --force replaces it.").arg(path));
+        } else {
+            if (!FolderExists(file.path())) CreateFolder(file.path());
+            write(target);
+        }
         targets_.insert(target.toCaseFolded(), target);
         return true;
     } catch (const std::exception& error) {

@@ -29,7 +29,7 @@ void WriteError(const char* before, QString text, const char* behind) {
 
 void WriteOutput(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size()) return;
-    if (errno == EPIPE) throw ReaderGone{};
+    if (errno == EPIPE) throw RunEnded{};
     throw RunTimeError(errno == ENOSPC ? ErrorNumber::DiskFull : ErrorNumber::DeviceInputOutput,
                        "standard output");
 }

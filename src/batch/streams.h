@@ -7,12 +7,12 @@
 
 namespace davo {
 
-// The reader of standard output is gone, as "head" once it has its lines.
-struct ReaderGone {};
+// The run is ended, by a signal or because its reader is gone, as "head" once it has its lines.
+struct RunEnded {};
 
 // Writes text to standard output, which has no buffer, in one go, so that rows of several runs that
 // append to one file do not mix. Throws RunTimeError 61 when the disk is full, 57 for what else the
-// system says, and ReaderGone.
+// system says, and RunEnded.
 void WriteOutput(std::string_view text);
 
 // What a run says on standard error: a line for each trouble and, on a terminal, how far it is.

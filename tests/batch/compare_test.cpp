@@ -87,6 +87,13 @@ TEST(Compare, HasThePublishedDeviationsInColumns) {
     EXPECT_NEAR(number("current_worst_at_V"), expected.current->all.Worst().at, 1e-9);
     EXPECT_NEAR(number("current_below_knee_percent"), expected.current->below->Worst().Percent(),
                 1e-9);
+    EXPECT_NEAR(number("voltage_below_knee_at_A"), 0.02, 1e-9);
+    EXPECT_NEAR(number("voltage_above_knee_at_A"), expected.voltage.above->Worst().at, 1e-9);
+    EXPECT_NEAR(number("current_below_knee_at_V"), expected.current->below->Worst().at, 1e-9);
+    ASSERT_TRUE(expected.current->above);
+    EXPECT_NEAR(number("current_above_knee_percent"), expected.current->above->Worst().Percent(),
+                1e-9);
+    EXPECT_NEAR(number("current_above_knee_at_V"), expected.current->above->Worst().at, 1e-9);
     EXPECT_NEAR(number("knee_percent"), *expected.knee.voltagePercent, 1e-9);
     EXPECT_NEAR(number("knee_pm_percent"), expected.knee.uncertainPercent, 1e-9);
     EXPECT_EQ(fields["within_limit"], "no");
@@ -125,8 +132,9 @@ TEST(Compare, TakesTheTestOfTheSameNumberOrTheOnlyOne) {
     ASSERT_EQ(lines.size(), 3U);
     EXPECT_THAT(lines[0], HasSubstr(",BA,2,0,"));
     EXPECT_THAT(lines[0], HasSubstr(",yes,"));
-    EXPECT_THAT(lines[1], EndsWith(",BA,,,,,,,,,,,,,The test has no curve."));
-    EXPECT_THAT(lines[2], EndsWith(",BA,,,,,,,,,,,,,The reference has no curve for this test."));
+    EXPECT_THAT(lines[1], EndsWith(",BA,,,,,,,,,,,,,,,,,The test has no curve."));
+    EXPECT_THAT(lines[2],
+                EndsWith(",BA,,,,,,,,,,,,,,,,,The reference has no curve for this test."));
     EXPECT_THAT(Report({u"--compare=A.txt"_s, u"three.txt"_s}, folder.Path()).out,
                 HasSubstr("three.txt Test 4: At 0.020 A the voltage is 22.7 % below"));
 }
@@ -153,7 +161,7 @@ TEST(Compare, SaysWhyCurvesAreNotCompared) {
     const Ended rows = Report(
         {u"--compare=A.txt"_s, u"two.txt"_s, u"--csv"_s, u"-"_s, u"--no-heading"_s, u"--limit=5"_s},
         folder.Path());
-    EXPECT_THAT(rows.out, HasSubstr(",A,1,,,,,,,,,,,,The curves are not compared: "));
+    EXPECT_THAT(rows.out, HasSubstr(",A,1,,,,,,,,,,,,,,,,The curves are not compared: "));
 }
 
 }  // namespace
