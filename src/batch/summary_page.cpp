@@ -77,51 +77,44 @@ void SummaryPage::Add(const RecordFacts& record, const QString& path, const QStr
         }
         rows_ += "<td>" + links.toStdString() + "</td>" +
                  TextCells({&company, &maker, &model, &comments, &op}) + "</tr>\n";
-        AddCurve(record, test);
+        const CertifiedTest one{&record, &test};
+        for (ChartCurve& curve : CertificateOf(std::span(&one, 1), rule_).curves) {
+            if (++withCurve_ > kMostCurves) continue;
+            curve.name.prepend(FromPage(record.name) + QLatin1Char(' '));
+            curve.link = QStringLiteral("#t%1").arg(tests_);
+            curves_.push_back(std::move(curve));
+        }
     }
     if (!record.tests.empty()) return;
     rows_ += "<tr>" + name + "<td colspan=\"18\">There is no test in it.</td></tr>\n";
-}
-
-void SummaryPage::AddCurve(const RecordFacts& record, const RecordTest& test) {
-    const CertifiedTest one{&record, &test};
-    for (ChartCurve& curve : CertificateOf(std::span(&one, 1), rule_).curves) {
-        if (++withCurve_ > kMostCurves) return;
-        curve.name.prepend(FromPage(record.name) + QLatin1Char(' '));
-        curve.link = QStringLiteral("#t%1").arg(tests_);
-        curves_.push_back(std::move(curve));
-    }
 }
 
 void SummaryPage::AddUnread(const QString& sentence) {
     unread_ += "<li>" + sentence.toHtmlEscaped().toStdString() + "</li>\n";
 }
 
-QString SummaryPage::Counts() const {
-    QString text = QStringLiteral("Records: %1. Tests: %2.").arg(records_).arg(tests_);
-    if (curves_.empty()) return text;
-    text += QStringLiteral(" The chart marks the kneepoints by %1").arg(KneeWord(rule_));
-    if (withCurve_ > curves_.size()) {
-        text += QStringLiteral("; it has the first %1 of %2 curves")
-                    .arg(curves_.size())
-                    .arg(withCurve_);
-    }
-    return text + QLatin1Char('.');
-}
-
 std::string SummaryPage::Html() const {
     QFile file(QStringLiteral(":/davo/batch/summary_page.html"));
     if (!file.open(QIODevice::ReadOnly)) return {};
     std::string page = file.readAll().toStdString();
-    const QString chart =
-        curves_.empty() ? QString()
-                        : SvgOf(ChartOf(curves_, {200, 120}), QStringLiteral("Excitation curves"));
+    QString counts = QStringLiteral("Records: %1. Tests: %2.").arg(records_).arg(tests_);
+    QString chart;
+    if (!curves_.empty()) {
+        counts += QStringLiteral(" The chart marks the kneepoints by %1").arg(KneeWord(rule_));
+        if (withCurve_ > curves_.size()) {
+            counts += QStringLiteral("; it has the first %1 of %2 curves")
+                          .arg(curves_.size())
+                          .arg(withCurve_);
+        }
+        counts += QLatin1Char('.');
+        chart = SvgOf(ChartOf(curves_, {200, 120}), QStringLiteral("Excitation curves"));
+    }
     const std::string unread =
-        unread_.empty() ? std::string() : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
+        unread_.empty() ? "" : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
     // No part has such a place in it: what a record says is escaped.
     constexpr std::string_view kPlace = "<!-- % -->";
     for (const std::string& part :
-         {Inks().toStdString(), Counts().toStdString(), chart.toStdString(), rows_, unread})
+         {Inks().toStdString(), counts.toStdString(), chart.toStdString(), rows_, unread})
         page.replace(page.find(kPlace), kPlace.size(), part);
     return page;
 }

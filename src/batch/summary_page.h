@@ -27,9 +27,6 @@ class SummaryPage {
     std::string Html() const;
 
   private:
-    void AddCurve(const RecordFacts& record, const RecordTest& test);
-    QString Counts() const;
-
     const KneeRule rule_;
     const QDir folder_;
     std::string rows_;
