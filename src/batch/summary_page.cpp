@@ -10,6 +10,7 @@
 #include "records/directory_entry.h"
 #include "reports/page/certificate.h"
 #include "reports/page/chart.h"
+#include "reports/page/html.h"
 #include "reports/record_texts.h"
 
 namespace davo {
@@ -33,17 +34,6 @@ std::string TextCells(std::initializer_list<const std::string*> texts,
     for (const std::string* text : texts)
         cells += TextCell(FromPage(*text), attributes);
     return cells;
-}
-
-// The colours of the chart.
-QString Inks() {
-    QString rules;
-    for (int i = 0; i < kInks; ++i) {
-        rules += QStringLiteral("svg .i%1{stroke:#%2}svg text.i%1,svg .f.i%1{fill:#%2}\n")
-                     .arg(i)
-                     .arg(PaperColour(i), 6, 16, QLatin1Char('0'));
-    }
-    return rules;
 }
 
 }  // namespace
@@ -113,8 +103,8 @@ std::string SummaryPage::Html() const {
         unread_.empty() ? "" : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
     // No part has such a place in it: what a record says is escaped.
     constexpr std::string_view kPlace = "<!-- % -->";
-    for (const std::string& part :
-         {Inks().toStdString(), counts.toStdString(), chart.toStdString(), rows_, unread})
+    for (const std::string& part : {(Inks() + InkRules()).toStdString(), counts.toStdString(),
+                                    chart.toStdString(), rows_, unread})
         page.replace(page.find(kPlace), kPlace.size(), part);
     return page;
 }

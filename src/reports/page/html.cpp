@@ -22,17 +22,6 @@ constexpr const char* kDarkInks[kInks] = {
     "#eceff2", "#b4c0ca", "#75828e", "#343d46", "#ff8a80", "#a9cbe8", "#6db8ff", "#ff9a5c",
     "#4fd0a5", "#e08cd9", "#d6bf4a", "#ff7d98", "#4fcbdc", "#a3a3ff", "#a6d04a", "#e2a27e"};
 
-QString Inks() {
-    QString light = QStringLiteral(":root{--paper:#ffffff;");
-    QString dark =
-        QStringLiteral("@media screen and (prefers-color-scheme:dark){:root{--paper:#15191e;");
-    for (int i = 0; i < kInks; ++i) {
-        light += QStringLiteral("--i%1:#%2;").arg(i).arg(PaperColour(i), 6, 16, QLatin1Char('0'));
-        dark += QStringLiteral("--i%1:%2;").arg(i).arg(QLatin1String(kDarkInks[i]));
-    }
-    return light + QStringLiteral("}\n") + dark + QStringLiteral("}}\n");
-}
-
 // <name class="style">inside</name>
 QString Element(const char* name, const char* style, const QString& inside) {
     const QString classes =
@@ -174,6 +163,17 @@ QString PrintedPage(const Certificate& certificate, Paper paper) {
 }
 
 }  // namespace
+
+QString Inks() {
+    QString light = QStringLiteral(":root{--paper:#ffffff;");
+    QString dark =
+        QStringLiteral("@media screen and (prefers-color-scheme:dark){:root{--paper:#15191e;");
+    for (int i = 0; i < kInks; ++i) {
+        light += QStringLiteral("--i%1:#%2;").arg(i).arg(PaperColour(i), 6, 16, QLatin1Char('0'));
+        dark += QStringLiteral("--i%1:%2;").arg(i).arg(QLatin1String(kDarkInks[i]));
+    }
+    return light + QStringLiteral("}\n") + dark + QStringLiteral("}}\n");
+}
 
 QByteArray PageResource(const char* name) {
     LoadParts();

@@ -24,6 +24,9 @@ inline constexpr int kUnbroken = 12;
 // A file of the certificate's parts that are the same in each.
 QByteArray PageResource(const char* name);
 
+// The inks of a page as the variables of InkRules, and "--paper": those of a dark screen, too.
+QString Inks();
+
 // The certificate as one file of HTML in UTF-8, with the chart in it and without a script: light or
 // dark on the screen, with the pages of the PDF on paper. The same certificate gives the same
 // bytes.
