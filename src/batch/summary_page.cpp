@@ -10,7 +10,6 @@
 #include "records/directory_entry.h"
 #include "reports/page/certificate.h"
 #include "reports/page/chart.h"
-#include "reports/page/html.h"
 #include "reports/record_texts.h"
 
 namespace davo {
@@ -103,8 +102,8 @@ std::string SummaryPage::Html() const {
         unread_.empty() ? "" : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
     // No part has such a place in it: what a record says is escaped.
     constexpr std::string_view kPlace = "<!-- % -->";
-    for (const std::string& part : {(Inks() + InkRules()).toStdString(), counts.toStdString(),
-                                    chart.toStdString(), rows_, unread})
+    for (const std::string& part : {PageResource("page/chart.css").toStdString(),
+                                    counts.toStdString(), chart.toStdString(), rows_, unread})
         page.replace(page.find(kPlace), kPlace.size(), part);
     return page;
 }

@@ -67,7 +67,7 @@ TEST(SummaryPage, DrawsTheFirstCurvesAndSaysIt) {
     EXPECT_THAT(html, HasSubstr("<a href=\"#t1\"><title>T1 Test 1</title><polyline "));
     EXPECT_THAT(html, HasSubstr("href=\"#t400\""));
     // Each ink of the chart has a colour for a bright screen and one for a dark screen.
-    EXPECT_THAT(html, HasSubstr("svg .i15{stroke:var(--i15)}"));
+    EXPECT_THAT(html, HasSubstr(".i15{--ink:var(--i15)}"));
     EXPECT_EQ(QString::fromStdString(html).count(u"--i15:#"_s), 2);
     // So many are thin.
     EXPECT_THAT(html, Not(HasSubstr("stroke-width=\"0.45\"")));

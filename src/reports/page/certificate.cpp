@@ -27,31 +27,28 @@ std::vector<CertificateField> FieldsOf(const RecordFacts& record, const RecordFi
     return fields;
 }
 
-CertificateTable EmptyResults() {
+std::array<CertificateTable, 2> EmptyTables() {
     const auto text = [](const char* heading) {
-        return CertificateColumn{{}, QLatin1String(heading), {}, false};
+        return CertificateColumn{QLatin1String(heading), false};
     };
-    const auto number = [](const char* group, const char* heading, QString unit) {
-        return CertificateColumn{QLatin1String(group), QLatin1String(heading), std::move(unit),
-                                 true};
-    };
-    return {QStringLiteral("Ratio and polarity"),
-            {text("Test"), text("Description"), text("Nameplate"), number("", "Ratio", {}),
-             number("", "Error", QStringLiteral("%")), text("Polarity"), text("Phase"),
-             number("", "Angle", QStringLiteral("\u00b0")),
-             number("Excitation", "Voltage", QStringLiteral("V")),
-             number("Excitation", "Current", QStringLiteral("A"))},
-            {}};
-}
-
-CertificateTable EmptyKnees() {
-    CertificateTable table{QStringLiteral("Kneepoints"), {{{}, QStringLiteral("Test"), {}}}, {}};
+    CertificateTable results{QStringLiteral("Ratio and polarity"),
+                             {text("Test"),
+                              text("Description"),
+                              text("Nameplate"),
+                              {QStringLiteral("Ratio")},
+                              {QStringLiteral("Error, %")},
+                              text("Polarity"),
+                              text("Phase"),
+                              {QStringLiteral("Angle, \u00b0")}},
+                             {}};
+    for (const char* heading : {"Voltage, V", "Current, A"})
+        results.columns.push_back({QLatin1String(heading), true, QStringLiteral("Excitation")});
+    CertificateTable knees{QStringLiteral("Kneepoints"), {{QStringLiteral("Test"), false}}, {}};
     for (const KneeRule rule : kCertifiedRules) {
-        const QString group = KneeWord(rule);
         for (const char* heading : {"V", "A", "Smooth V", "Smooth A"})
-            table.columns.push_back({group, QLatin1String(heading), {}, true});
+            knees.columns.push_back({QLatin1String(heading), true, KneeWord(rule)});
     }
-    return table;
+    return {results, knees};
 }
 
 QString WithoutEnd(QString text, const QString& end) {
@@ -195,7 +192,7 @@ void AddTest(Certificate& page, Doubts& doubts, const CertifiedTest& one, bool n
 
 Certificate CertificateOf(std::span<const CertifiedTest> tests, std::optional<KneeRule> marked) {
     Certificate page;
-    page.tables = {EmptyResults(), EmptyKnees()};
+    page.tables = EmptyTables();
     std::vector<const RecordFacts*> records;
     std::vector<const RecordFileHeader*> headers;
     for (const CertifiedTest& one : tests) {

@@ -19,15 +19,9 @@ struct CertificateField {
 };
 
 struct CertificateColumn {
-    QString group;  // over the headings of several columns; may be empty
     QString heading;
-    QString unit;
-    bool isNumber = false;  // aligned by the decimal point
-
-    // "Voltage, V"
-    QString Caption() const {
-        return unit.isEmpty() ? heading : heading + QStringLiteral(", ") + unit;
-    }
+    bool isNumber = true;  // aligned by the decimal point
+    QString group = {};    // over the headings of several columns; may be empty
 };
 
 struct CertificateCell {

@@ -1,61 +1,88 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/page/chart.h"
 
+#include <QFile>
 #include <QRectF>
+#include <QStringList>
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
+#include <utility>
 
 #include "reports/log_axes.h"
 #include "reports/record_texts.h"
+
+// Outside the namespace, because they name functions that the resource compiler makes there.
+static void LoadParts() {
+    Q_INIT_RESOURCE(certificate);
+    Q_INIT_RESOURCE(letterhead);
+}
 
 namespace davo {
 
 namespace {
 
-constexpr double kTextSize = 8;
 constexpr double kLegendRow = 4.4;
 constexpr double kLegendLine = 9;
 constexpr std::size_t kMostInLegend = 40;
 constexpr std::size_t kMostWithMarkers = 10;
 constexpr double kLeft = 13;
 constexpr double kTop = 2;
-constexpr double kBelow = kChartAround.height() - kTop;
 constexpr double kNames = 9.2;  // of the axis across and of the mark, below the frame
 
 // The outline of a marker: a many-sided figure, or a diamond with four corners.
 std::vector<QPointF> OutlineAt(QPointF at, double radius, int corners) {
     std::vector<QPointF> outline;
-    constexpr double kTurn = 6.283185307179586;
-    for (int i = 0; i <= corners; ++i) {
-        const double angle = kTurn * i / corners;
-        outline.emplace_back(at.x() + radius * std::sin(angle), at.y() - radius * std::cos(angle));
-    }
+    for (int i = 0; i <= corners; ++i)
+        outline.push_back(at + radius * QPointF(std::sin(2 * std::numbers::pi * i / corners),
+                                                -std::cos(2 * std::numbers::pi * i / corners)));
     return outline;
+}
+
+// About as wide as text is, in mm.
+double WidthOf(const QString& text) {
+    constexpr double kOfCharacter = 0.54;
+    return static_cast<double>(text.size()) * kOfCharacter * kChartText * kMillimetresPerPoint;
 }
 
 class ChartWriter {
   public:
     ChartWriter(const std::vector<ChartCurve>& curves, QSizeF size) : curves_(curves) {
         drawing_.size = size;
-        for (const ChartCurve& curve : curves)
-            legendWidth_ = std::max(legendWidth_, WidthOf(curve.name, kTextSize));
-        legendWidth_ += kLegendLine + 5;
-        const double wide = size.width() - kChartAround.width();
-        inRow_ = std::max<std::size_t>(1, static_cast<std::size_t>(wide / legendWidth_));
-        const auto entries = static_cast<double>(LegendCurves());
+        std::vector<double> amperes;
+        std::vector<double> volts;
+        for (const ChartCurve& curve : curves) {
+            legendWidth_ = std::max(legendWidth_, WidthOf(curve.name) + kLegendLine + 5);
+            for (const CurvePoint& point : curve.points) {
+                if (!CanBeDrawn(point)) continue;
+                amperes.push_back(point.current);
+                volts.push_back(point.voltage);
+            }
+        }
+        const QSizeF most = size - kChartAround;
+        inRow_ = std::max<std::size_t>(1, static_cast<std::size_t>(most.width() / legendWidth_));
+        const std::size_t rows = (LegendCurves() + inRow_ - 1) / inRow_;
         // A short one is beside the axis's name.
-        const bool isShort = entries * legendWidth_ < wide / 2 - 16;
-        const double high =
-            isShort ? 0 : kLegendRow * std::ceil(entries / static_cast<double>(inRow_));
-        area_ = QRectF(kLeft, kTop, wide, size.height() - kChartAround.height() - high);
-        legendTop_ = area_.bottom() + (isShort ? kNames - 1 : kBelow + 2);
-        TakeSpans();
+        const bool isShort =
+            static_cast<double>(LegendCurves()) * legendWidth_ < most.width() / 2 - 16;
+        const double below = isShort ? 0 : kLegendRow * static_cast<double>(rows);
+        area_ = QRectF({kLeft, kTop}, most - QSizeF(0, below));
+        legendTop_ = area_.bottom() + kNames + (isShort ? -1 : 3.3);
+        across_ = SpanAround(amperes);
+        up_ = SpanAround(volts);
+        EqualDecades(across_, up_, area_.width(), area_.height(), false);
     }
 
     Drawing Write() {
-        DrawAxis(true);
-        DrawAxis(false);
+        DrawGrid(across_, [this](double value) {
+            const double x = At({value, 1}).x();
+            return std::pair(QPointF(x, area_.bottom()), QPointF(x, area_.top()));
+        });
+        DrawGrid(up_, [this](double value) {
+            const double y = At({1, value}).y();
+            return std::pair(QPointF(area_.left(), y), QPointF(area_.right(), y));
+        });
         const QRectF& a = area_;
         Line({a.topLeft(), a.topRight(), a.bottomRight(), a.bottomLeft(), a.topLeft()}, kLineInk,
              0.3);
@@ -75,37 +102,12 @@ class ChartWriter {
     std::size_t LegendCurves() const {
         return curves_.size() == 1 || IsCrowded() ? 0 : curves_.size();
     }
-    QString KneeLegend() const {
-        for (const ChartCurve& curve : curves_) {
-            if (!curve.knees.empty())
-                return QStringLiteral("Kneepoint by ") + KneeWord(curve.knees.front().rule);
-        }
-        return {};
-    }
 
-    void TakeSpans() {
-        std::vector<double> amperes;
-        std::vector<double> volts;
-        for (const ChartCurve& curve : curves_) {
-            for (const CurvePoint& point : curve.points) {
-                if (!CanBeDrawn(point)) continue;
-                amperes.push_back(point.current);
-                volts.push_back(point.voltage);
-            }
-        }
-        across_ = SpanAround(amperes);
-        up_ = SpanAround(volts);
-        EqualDecades(across_, up_, area_.width(), area_.height(), false);
+    QPointF At(const CurvePoint& point) const {
+        const double x = (std::log10(point.current) - across_.low) / across_.Length();
+        const double y = (std::log10(point.voltage) - up_.low) / up_.Length();
+        return {area_.left() + area_.width() * x, area_.bottom() - area_.height() * y};
     }
-
-    double Across(double amperes) const {
-        return area_.left() +
-               area_.width() * (std::log10(amperes) - across_.low) / across_.Length();
-    }
-    double Up(double volts) const {
-        return area_.bottom() - area_.height() * (std::log10(volts) - up_.low) / up_.Length();
-    }
-    QPointF At(const CurvePoint& point) const { return {Across(point.current), Up(point.voltage)}; }
 
     void Line(std::vector<QPointF> points, int ink, double width, int dash = 0,
               bool filled = false) {
@@ -113,39 +115,26 @@ class ChartWriter {
     }
     void Text(QPointF at, const QString& text, Anchor anchor, bool bold = false,
               bool upward = false, int ink = kTextInk) {
-        drawing_.texts.push_back({at, text, kTextSize, anchor, bold, ink, upward});
+        drawing_.texts.push_back({at, text, anchor, bold, ink, upward});
     }
 
-    void DrawAxis(bool across) {
-        const LogSpan span = across ? across_ : up_;
-        const auto gridLine = [&](double value, int ink, double width) {
+    // lineAt has the ends of the line at a value, first the one with its number.
+    template <class LineAt>
+    void DrawGrid(LogSpan span, const LineAt& lineAt) {
+        const auto draw = [&](double value, int ink, double width) {
             const double exponent = std::log10(value);
             if (exponent < span.low || exponent > span.high) return false;
-            if (across) {
-                const double x = Across(value);
-                Line({{x, area_.top()}, {x, area_.bottom()}}, ink, width);
-            } else {
-                const double y = Up(value);
-                Line({{area_.left(), y}, {area_.right(), y}}, ink, width);
-            }
+            Line({lineAt(value).first, lineAt(value).second}, ink, width);
             return true;
         };
         for (const double value : FineMarks(span))
-            gridLine(value, kFineInk, 0.15);
+            draw(value, kFineInk, 0.15);
         for (const double value : AxisMarks(span)) {
-            if (!gridLine(value, kLineInk, 0.2)) continue;
-            if (across) {
-                Text({Across(value), area_.bottom() + 4}, ValueText(value), Anchor::Middle);
-            } else {
-                Text({area_.left() - 1.5, Up(value) + 1}, ValueText(value), Anchor::End);
-            }
-        }
-        if (across) {
-            Text({area_.center().x(), area_.bottom() + kNames},
-                 QStringLiteral("Current in amperes"), Anchor::Middle, true);
-        } else {
-            Text({3, area_.center().y()}, QStringLiteral("Voltage in volts"), Anchor::Middle, true,
-                 true);
+            if (!draw(value, kLineInk, 0.2)) continue;
+            const QPointF at = lineAt(value).first;
+            const bool isBelow = at.y() == area_.bottom();
+            Text(at + (isBelow ? QPointF(0, 4) : QPointF(-1.5, 1)), ValueText(value),
+                 isBelow ? Anchor::Middle : Anchor::End);
         }
     }
 
@@ -153,42 +142,48 @@ class ChartWriter {
     static int DashOf(std::size_t curve) { return static_cast<int>(curve / kCurveInks % 3); }
 
     void DrawCurve(std::size_t index) {
+        constexpr std::array kCorners = {12, 4, 3, 5};
+        const ChartCurve& curve = curves_[index];
         std::vector<QPointF> line;
-        for (const CurvePoint& point : curves_[index].points) {
-            if (CanBeDrawn(point)) line.push_back(At(point));
-        }
-        if (curves_.size() <= kMostWithMarkers) {
-            constexpr std::array kCorners = {12, 4, 3, 5};
-            for (const QPointF& at : line)
-                Line(OutlineAt(at, 0.75, kCorners.at(index % kCorners.size())), InkOf(index), 0.1,
-                     0, true);
+        for (const CurvePoint& point : curve.points) {
+            if (!CanBeDrawn(point)) continue;
+            line.push_back(At(point));
+            if (curves_.size() <= kMostWithMarkers)
+                Line(OutlineAt(line.back(), 0.75, kCorners.at(index % kCorners.size())),
+                     InkOf(index), 0.1, 0, true);
         }
         Line(std::move(line), InkOf(index), IsCrowded() ? 0.15 : 0.45,
              IsCrowded() ? 0 : DashOf(index));
-        drawing_.lines.back().name = curves_[index].name;
-        drawing_.lines.back().link = curves_[index].link;
+        drawing_.lines.back().name = curve.name;
+        drawing_.lines.back().link = curve.link;
     }
 
     void DrawKnee(const KneeMark& knee) {
         if (!CanBeDrawn(knee.at)) return;
+        rule_ = KneeWord(knee.rule);
         const QPointF at = At(knee.at);
         const bool isOneOfMany = curves_.size() > kMostWithMarkers;
         Line(OutlineAt(at, isOneOfMany ? 0.7 : 2, 4), kMarkInk, isOneOfMany ? 0.2 : 0.5);
-        if (curves_.size() > 1) return;
-        Text(at + QPointF(3, 4.5), knee.text, Anchor::Start, true, false, kMarkInk);
+        if (curves_.size() == 1)
+            Text(at + QPointF(3, 4.5), knee.text, Anchor::Start, true, false, kMarkInk);
     }
 
     void DrawLegend() {
-        const double names = area_.bottom() + kNames;
+        const QPointF names(0, kNames);
+        Text({area_.center().x(), area_.bottom() + kNames}, QStringLiteral("Current in amperes"),
+             Anchor::Middle, true);
+        Text({3, area_.center().y()}, QStringLiteral("Voltage in volts"), Anchor::Middle, true,
+             true);
+        if (!rule_.isEmpty()) {
+            const QString mark = QStringLiteral("Kneepoint by ") + rule_;
+            const QPointF at = area_.bottomRight() + names;
+            Text(at, mark, Anchor::End);
+            Line(OutlineAt(at - QPointF(WidthOf(mark) + 3.5, 1), 1.6, 4), kMarkInk, 0.5);
+        }
         if (IsCrowded())
-            Text({area_.left(), names},
+            Text(area_.bottomLeft() + names,
                  QStringLiteral("%1 curves: too many for a legend").arg(curves_.size()),
                  Anchor::Start);
-        if (!KneeLegend().isEmpty()) {
-            const double left = area_.right() - WidthOf(KneeLegend(), kTextSize);
-            Line(OutlineAt({left - 3.5, names - 1}, 1.6, 4), kMarkInk, 0.5);
-            Text({area_.right(), names}, KneeLegend(), Anchor::End);
-        }
         for (std::size_t i = 0; i < LegendCurves(); ++i) {
             const QPointF at(area_.left() + static_cast<double>(i % inRow_) * legendWidth_,
                              legendTop_ + static_cast<double>(i / inRow_) * kLegendRow);
@@ -202,15 +197,67 @@ class ChartWriter {
     QRectF area_;
     LogSpan across_;
     LogSpan up_;
+    QString rule_;  // whose kneepoints are marked
     double legendWidth_ = 0;
     double legendTop_ = 0;
     std::size_t inRow_ = 1;
 };
 
+QString Short(double value) {
+    return QString::number(std::round(value * 100) / 100 + 0.0, 'g', 7);
+}
+
+QString SvgLine(const DrawnLine& line) {
+    QStringList points;
+    for (const QPointF& point : line.points)
+        points += Short(point.x()) + QLatin1Char(',') + Short(point.y());
+    QString style = QStringLiteral("i%1").arg(line.ink);
+    if (line.filled) style += QStringLiteral(" f");
+    if (line.dash > 0) style += QStringLiteral(" d%1").arg(line.dash);
+    const QString svg = QStringLiteral("<poly%1 class=\"%2\" stroke-width=\"%3\" points=\"%4\"/>\n")
+                            .arg(line.filled ? QStringLiteral("gon") : QStringLiteral("line"),
+                                 style, Short(line.width), points.join(QLatin1Char(' ')));
+    if (line.link.isEmpty()) return svg;
+    return QStringLiteral("<a href=\"%1\"><title>%2</title>%3</a>\n")
+        .arg(line.link.toHtmlEscaped(), line.name.toHtmlEscaped(), svg);
+}
+
+QString SvgText(const DrawnText& text) {
+    constexpr std::array kAnchors = {"start", "middle", "end"};
+    return QStringLiteral(
+               "<text class=\"i%1%2\" text-anchor=\"%3\" font-size=\"%4\" "
+               "transform=\"translate(%5 %6)%7\">%8</text>\n")
+        .arg(text.ink)
+        .arg(text.bold ? QStringLiteral(" b") : QString(),
+             QLatin1String(kAnchors.at(static_cast<std::size_t>(text.anchor))),
+             Short(kChartText * kMillimetresPerPoint), Short(text.at.x()), Short(text.at.y()),
+             text.upward ? QStringLiteral(" rotate(-90)") : QString(), text.text.toHtmlEscaped());
+}
+
 }  // namespace
 
 Drawing ChartOf(const std::vector<ChartCurve>& curves, QSizeF size) {
     return ChartWriter(curves, size).Write();
+}
+
+QString SvgOf(const Drawing& drawing, const QString& title) {
+    QString svg =
+        QStringLiteral(
+            "<svg viewBox=\"0 0 %1 %2\" role=\"img\" aria-label=\"%3\" "
+            "xmlns=\"http://www.w3.org/2000/svg\">\n")
+            .arg(Short(drawing.size.width()), Short(drawing.size.height()), title.toHtmlEscaped());
+    for (const DrawnLine& line : drawing.lines)
+        svg += SvgLine(line);
+    for (const DrawnText& text : drawing.texts)
+        svg += SvgText(text);
+    return svg + QStringLiteral("</svg>\n");
+}
+
+QByteArray PageResource(const char* name) {
+    LoadParts();
+    QFile file(QStringLiteral(":/davo/") + QLatin1String(name));
+    file.open(QIODevice::ReadOnly);  // it is part of the program
+    return file.readAll();
 }
 
 }  // namespace davo

@@ -1,26 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/page/html.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <algorithm>
+#include <array>
 
 #include "reports/page/chart.h"
-
-// Outside the namespace, because they name functions that the resource compiler makes there.
-static void LoadParts() {
-    Q_INIT_RESOURCE(certificate);
-    Q_INIT_RESOURCE(letterhead);
-}
 
 namespace davo {
 
 namespace {
-
-// On a dark screen: the inks of paper in the same order, each 4.5 to 1 at least where it is read.
-constexpr const char* kDarkInks[kInks] = {
-    "#eceff2", "#b4c0ca", "#75828e", "#343d46", "#ff8a80", "#a9cbe8", "#6db8ff", "#ff9a5c",
-    "#4fd0a5", "#e08cd9", "#d6bf4a", "#ff7d98", "#4fcbdc", "#a3a3ff", "#a6d04a", "#e2a27e"};
 
 // <name class="style">inside</name>
 QString Element(const char* name, const char* style, const QString& inside) {
@@ -75,7 +64,7 @@ QString HeadsHtml(const CertificateTable& table) {
                          column.isNumber ? "heads n"
                          : i > 0         ? "heads w"
                                          : "heads",
-                         column.Caption().toHtmlEscaped());
+                         column.heading.toHtmlEscaped());
         if (i + 1 < table.columns.size() && table.columns[i + 1].group == column.group) continue;
         const bool isTitle = column.group.isEmpty();
         groups += QStringLiteral("<th colspan=\"%1\" class=\"%2\">%3</th>")
@@ -164,28 +153,43 @@ QString PrintedPage(const Certificate& certificate, Paper paper) {
 
 }  // namespace
 
-QString Inks() {
-    QString light = QStringLiteral(":root{--paper:#ffffff;");
-    QString dark =
-        QStringLiteral("@media screen and (prefers-color-scheme:dark){:root{--paper:#15191e;");
-    for (int i = 0; i < kInks; ++i) {
-        light += QStringLiteral("--i%1:#%2;").arg(i).arg(PaperColour(i), 6, 16, QLatin1Char('0'));
-        dark += QStringLiteral("--i%1:%2;").arg(i).arg(QLatin1String(kDarkInks[i]));
-    }
-    return light + QStringLiteral("}\n") + dark + QStringLiteral("}}\n");
+Paper PaperOf(const QLocale& locale) {
+    using L = QLocale;
+    // Those of CLDR's supplemental data whose paper is "US-Letter".
+    constexpr std::array kLetter = {L::UnitedStates, L::Canada,    L::Mexico,   L::Philippines,
+                                    L::PuertoRico,   L::Chile,     L::Colombia, L::CostaRica,
+                                    L::Guatemala,    L::Nicaragua, L::Panama,   L::ElSalvador,
+                                    L::Venezuela,    L::Belize};
+    const bool letter =
+        std::find(kLetter.begin(), kLetter.end(), locale.territory()) != kLetter.end();
+    return letter && locale.language() != QLocale::C ? Paper::Letter : Paper::A4;
 }
 
-QByteArray PageResource(const char* name) {
-    LoadParts();
-    QFile file(QStringLiteral(":/davo/") + QLatin1String(name));
-    file.open(QIODevice::ReadOnly);  // it is part of the program
-    return file.readAll();
+Paper UsualPaper() {
+    for (const char* name : {"LC_ALL", "LC_PAPER"}) {
+        const QString value = qEnvironmentVariable(name);
+        if (!value.isEmpty()) return PaperOf(QLocale(value));
+    }
+    return PaperOf(QLocale::system());
+}
+
+QSizeF SizeOf(Paper paper) {
+    return paper == Paper::A4 ? QSizeF(210, 297) : QSizeF(215.9, 279.4);
+}
+
+QSizeF ChartSize(Paper paper, std::size_t curves) {
+    constexpr double kFrameShare = 0.401;
+    constexpr double kOfNumbers = 10;
+    const QSizeF page = SizeOf(paper);
+    const double wide = page.width() - 2 * kPageMargin;
+    const double high = kFrameShare * page.width() * page.height() / (wide - kChartAround.width());
+    return {wide, high + kChartAround.height() - (curves > 1 ? kOfNumbers : 0)};
 }
 
 QString AboveChart(const Certificate& certificate, const QString& letterhead) {
     QString html =
-        Table("top", Row(Element("th", "", Element("h1", "", QLatin1String(kCertificateTitle))) +
-                         Gap("") + Element("td", "", letterhead)));
+        Table("top", Row(QStringLiteral("<th><h1>Test Certificate</h1></th><td></td><td>%1</td>")
+                             .arg(letterhead)));
     for (const auto& header : certificate.headers)
         html += HeaderHtml(header);
     return html;
@@ -200,35 +204,34 @@ QString BelowChart(const Certificate& certificate) {
         marks += QStringLiteral("<sup>%1</sup>").arg(i);
     html += ListHtml(marks, certificate.explained);
     html += ListHtml({QStringLiteral("Notes")}, certificate.notes);
-    const QString gap = Gap("");
-    return html +
-           Table("sign",
-                 Row(Element("th", "", certificate.tester.toHtmlEscaped()) + gap +
-                     Element("th", "", certificate.date.toHtmlEscaped()) + gap +
-                     Element("th", "", QStringLiteral("&nbsp;"))) +
-                     Row(QStringLiteral(
-                         "<td>Tested by</td><td></td><td>Date</td><td></td><td>Signature</td>")));
+    const QString signs =
+        QStringLiteral("<th>%1</th><td></td><th>%2</th><td></td><th>&nbsp;</th>")
+            .arg(certificate.tester.toHtmlEscaped(), certificate.date.toHtmlEscaped());
+    const QString captions =
+        QStringLiteral("<td>Tested by</td><td></td><td>Date</td><td></td><td>Signature</td>");
+    return html + Table("sign", Row(signs) + Row(captions));
 }
 
 std::string CertificateAsHtml(const Certificate& certificate, Paper paper) {
+    QString styles = PrintedPage(certificate, paper);
+    for (const char* name : {"page/certificate.css", "page/chart.css", "page/browser.css"})
+        styles += QString::fromUtf8(PageResource(name));
     const QString letterhead =
         QStringLiteral("<img alt=\"DAVO\" src=\"data:image/png;base64,%1\">")
             .arg(QLatin1String(PageResource("report/letterhead.png").toBase64()));
-    QString html =
-        QStringLiteral(
-            "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-            "<title>%1</title>\n<style>\n")
-            .arg(certificate.Title().toHtmlEscaped()) +
-        PrintedPage(certificate, paper) + QString::fromUtf8(PageResource("page/certificate.css")) +
-        Inks() + InkRules() + QString::fromUtf8(PageResource("page/browser.css")) +
-        QStringLiteral("</style>\n</head>\n<body>\n") + AboveChart(certificate, letterhead);
-    if (!certificate.curves.empty())
-        html +=
-            Element("div", "chart",
-                    SvgOf(ChartOf(certificate.curves, ChartSize(paper, certificate.curves.size())),
-                          QStringLiteral("Excitation curves")));
-    return (html + BelowChart(certificate) + QStringLiteral("</body>\n</html>\n")).toStdString();
+    QString chart;
+    if (const auto& curves = certificate.curves; !curves.empty())
+        chart = Element("div", "chart",
+                        SvgOf(ChartOf(curves, ChartSize(paper, curves.size())),
+                              QStringLiteral("Excitation curves")));
+    return (QStringLiteral("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+                           "<meta name=\"viewport\" content=\"width=device-width, "
+                           "initial-scale=1\">\n<title>") +
+            certificate.Title().toHtmlEscaped() + QStringLiteral("</title>\n<style>\n") + styles +
+            QStringLiteral("</style>\n</head>\n<body>\n") +
+            AboveChart(certificate, letterhead) + chart + BelowChart(certificate) +
+            QStringLiteral("</body>\n</html>\n"))
+        .toStdString();
 }
 
 }  // namespace davo

@@ -1,16 +1,28 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QByteArray>
+#include <QLocale>
+#include <QSizeF>
 #include <QString>
 #include <string>
 
 #include "reports/page/certificate.h"
-#include "reports/page/paper.h"
 
 namespace davo {
 
-inline constexpr const char* kCertificateTitle = "Test Certificate";
+enum class Paper { A4, Letter };
+
+// By the locale's country; on Linux that of LC_ALL or LC_PAPER comes first.
+Paper PaperOf(const QLocale& locale);
+Paper UsualPaper();
+
+QSizeF SizeOf(Paper paper);  // mm
+inline constexpr double kPageMargin = 10;
+inline constexpr double kFooterHeight = 6;
+
+// What a chart of so many curves has of the first page: its frame is two fifths of that page, of
+// several curves with the numbers of the axes.
+QSizeF ChartSize(Paper paper, std::size_t curves);
 
 // The certificate as HTML that a browser and Qt's rich text understand: what is above the chart,
 // with letterhead for its picture, and what is below. Numbers of a column are filled up with blanks
@@ -20,12 +32,6 @@ QString BelowChart(const Certificate& certificate);
 
 // A table of so many rows is on one page.
 inline constexpr int kUnbroken = 12;
-
-// A file of the certificate's parts that are the same in each.
-QByteArray PageResource(const char* name);
-
-// The inks of a page as the variables of InkRules, and "--paper": those of a dark screen, too.
-QString Inks();
 
 // The certificate as one file of HTML in UTF-8, with the chart in it and without a script: light or
 // dark on the screen, with the pages of the PDF on paper. The same certificate gives the same

@@ -3,7 +3,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QBuffer>
-#include <QFontMetricsF>
+#include <QFontMetrics>
 #include <QImage>
 #include <QPageSize>
 #include <QPainter>
@@ -15,6 +15,7 @@
 #include <QTextTable>
 #include <QUrl>
 #include <cmath>
+#include <map>
 
 #include "common/files.h"
 #include "reports/page/chart.h"
@@ -27,21 +28,14 @@ namespace {
 constexpr int kDotsPerInch = 1200;
 constexpr double kDot = 25.4 / kDotsPerInch;  // mm
 
-void DrawLine(QPainter& painter, const DrawnLine& line) {
-    const QColor colour(QRgb(PaperColour(line.ink)));
-    QPen pen(colour, line.width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    if (line.dash == 1) pen.setDashPattern({4, 3});
-    if (line.dash == 2) pen.setDashPattern({1, 2.5});
-    painter.setPen(pen);
-    painter.setBrush(line.filled ? QBrush(colour) : QBrush(Qt::NoBrush));
-    if (line.filled) {
-        painter.drawPolygon(line.points.data(), static_cast<int>(line.points.size()));
-    } else {
-        painter.drawPolyline(line.points.data(), static_cast<int>(line.points.size()));
-    }
+// Those on white are the first in the style.
+QColor PaperInk(int ink) {
+    static const QString kStyle = QString::fromUtf8(PageResource("page/chart.css"));
+    const QString name = QStringLiteral("--i%1:").arg(ink);
+    return QColor(kStyle.mid(kStyle.indexOf(name) + name.size(), 7));
 }
 
-QFont PageFont(double points, bool bold) {
+QFont PageFont(double points, bool bold = false) {
     QFont font;
     font.setFamilies({QStringLiteral("Liberation Sans"), QStringLiteral("Arial"),
                       QStringLiteral("Helvetica"), QStringLiteral("DejaVu Sans")});
@@ -50,29 +44,54 @@ QFont PageFont(double points, bool bold) {
     return font;
 }
 
-// at in dots: a font of a few millimetres would be one of a few dots.
-void DrawText(QPainter& painter, QPointF at, const DrawnText& text) {
-    const QFont font = PageFont(text.size, text.bold);
-    painter.setFont(font);
-    painter.setPen(QColor(QRgb(PaperColour(text.ink))));
-    const double wide = QFontMetricsF(font, painter.device()).horizontalAdvance(text.text);
+void DrawLine(QPainter& painter, const DrawnLine& line) {
+    const QColor colour = PaperInk(line.ink);
+    QPen pen(colour, line.width / kDot, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    if (line.dash == 1) pen.setDashPattern({4, 3});
+    if (line.dash == 2) pen.setDashPattern({1, 2.5});
+    painter.setPen(pen);
+    painter.setBrush(line.filled ? QBrush(colour) : QBrush(Qt::NoBrush));
+    QPolygonF points;
+    for (const QPointF& point : line.points)
+        points += point / kDot;
+    if (line.filled) {
+        painter.drawPolygon(points);
+    } else {
+        painter.drawPolyline(points);
+    }
+}
+
+void DrawText(QPainter& painter, const DrawnText& text) {
+    painter.setFont(PageFont(kChartText, text.bold));
+    painter.setPen(PaperInk(text.ink));
+    const double wide = painter.fontMetrics().horizontalAdvance(text.text);
     painter.save();
-    painter.translate(at);
+    painter.translate(text.at / kDot);
     if (text.upward) painter.rotate(-90);
     painter.drawText(QPointF(-wide * static_cast<int>(text.anchor) / 2, 0), text.text);
     painter.restore();
 }
 
-// at in dots.
-void DrawDrawing(QPainter& painter, QPointF at, const Drawing& drawing) {
-    painter.save();
-    painter.translate(at);
-    painter.scale(1 / kDot, 1 / kDot);
-    for (const DrawnLine& line : drawing.lines)
-        DrawLine(painter, line);
-    painter.restore();
-    for (const DrawnText& text : drawing.texts)
-        DrawText(painter, at + text.at / kDot, text);
+QTextLength Percent(double part) {
+    return QTextLength(QTextLength::PercentageLength, part);
+}
+
+// As browser.css has them, too.
+void Form(QTextTable& table) {
+    static const std::map<int, QList<QTextLength>> kWidths = {
+        {2, {Percent(6), Percent(94)}},
+        {4, {Percent(13), Percent(37), Percent(13), Percent(37)}},
+        {5, {Percent(30), Percent(3), Percent(15), Percent(3), Percent(49)}}};
+    QTextTableFormat format = table.format();
+    format.setWidth(Percent(100));
+    format.setCellSpacing(0);
+    format.setCellPadding(0);
+    format.setBorder(0);
+    format.setBorderCollapse(true);
+    format.setTopMargin(table.columns() == 3 ? 0 : table.columns() == 4 ? 2 : 7);
+    if (const auto own = kWidths.find(table.columns()); own != kWidths.end())
+        format.setColumnWidthConstraints(own->second);
+    table.setFormat(format);
 }
 
 // A certificate laid out for a device, with room for its chart.
@@ -80,124 +99,89 @@ class Pages {
   public:
     Pages(const Certificate& certificate, Paper paper, QPaintDevice* device)
         : certificate_(certificate),
-          paper_(paper),
-          size_((SizeOf(paper).width() - 2 * kPageMargin) / kDot,
-                (SizeOf(paper).height() - 2 * kPageMargin - kFooterHeight) / kDot) {
+          chartSize_(ChartSize(paper, certificate.curves.size())),
+          size_((SizeOf(paper) - QSizeF(2, 2) * kPageMargin - QSizeF(0, kFooterHeight)) / kDot) {
         document_.documentLayout()->setPaintDevice(device);
         document_.setDocumentMargin(0);
-        document_.setDefaultFont(PageFont(8.5, false));
+        document_.setDefaultFont(PageFont(8.5));
         QString style = QString::fromUtf8(PageResource("page/certificate.css"));
-        for (int ink = kInks - 1; ink >= 0; --ink)
-            style.replace(QStringLiteral("var(--i%1)").arg(ink),
-                          QColor(QRgb(PaperColour(ink))).name());
+        for (int ink = 0; ink < kCurveInk; ++ink)
+            style.replace(QStringLiteral("var(--i%1)").arg(ink), PaperInk(ink).name());
         document_.setDefaultStyleSheet(style);
         document_.addResource(
             QTextDocument::ImageResource, QUrl(QStringLiteral("letterhead")),
             QImage::fromData(PageResource("report/letterhead.png")).copy(0, 0, 592, 160));
         document_.setPageSize(size_);
         QTextCursor cursor(&document_);
-        cursor.beginEditBlock();
         cursor.insertHtml(AboveChart(
             certificate, QStringLiteral("<img src=\"letterhead\" width=\"133\" height=\"36\">")));
         if (!certificate.curves.empty()) {
             QTextFrameFormat room;
-            room.setTopMargin(4);
-            room.setHeight(ChartSize(paper, certificate.curves.size()).height() / kDot);
+            room.setHeight(chartSize_.height() / kDot);
             chart_ = cursor.insertFrame(room);
             cursor.movePosition(QTextCursor::End);
         }
         cursor.insertHtml(BelowChart(certificate));
-        cursor.endEditBlock();
-        std::vector<QTextTable*> tables;
-        for (QTextFrame* frame : document_.rootFrame()->childFrames()) {
-            if (auto* table = qobject_cast<QTextTable*>(frame)) tables.push_back(table);
-        }
         cursor.beginEditBlock();
-        for (QTextTable* table : tables)
+        for (QTextTable* table : Tables())
             Form(*table);
         cursor.endEditBlock();
-        for (QTextTable* table : tables)
+        for (QTextTable* table : Tables())
             KeepTogether(*table);
     }
 
     int Count() const { return document_.pageCount(); }
 
     void Draw(QPainter& painter, int number) const {
-        painter.save();
-        painter.translate(kPageMargin / kDot, kPageMargin / kDot - number * size_.height());
+        painter.resetTransform();
+        painter.translate(QPointF(kPageMargin, kPageMargin) / kDot);
+        painter.setFont(PageFont(7.5));
+        painter.setPen(PaperInk(kQuietInk));
+        const QRectF foot({0, 0}, size_ + QSizeF(0, kFooterHeight / kDot));
+        painter.drawText(foot, Qt::AlignLeft | Qt::AlignBottom, certificate_.subject);
+        painter.drawText(foot, Qt::AlignRight | Qt::AlignBottom,
+                         QStringLiteral("Page %1 of %2").arg(number + 1).arg(Count()));
         QAbstractTextDocumentLayout::PaintContext context;
         context.clip = QRectF({0, number * size_.height()}, size_);
+        painter.translate(-context.clip.topLeft());
         painter.setClipRect(context.clip);
         document_.documentLayout()->draw(&painter, context);
         painter.setClipping(false);
-        if (number == 0 && chart_) {
-            const QRectF room = document_.documentLayout()->frameBoundingRect(chart_);
-            DrawDrawing(
-                painter, room.topLeft(),
-                ChartOf(certificate_.curves, ChartSize(paper_, certificate_.curves.size())));
-        }
-        painter.restore();
-        DrawFooter(painter, number);
+        if (number > 0 || !chart_) return;
+        painter.translate(document_.documentLayout()->frameBoundingRect(chart_).topLeft());
+        const Drawing chart = ChartOf(certificate_.curves, chartSize_);
+        for (const DrawnLine& line : chart.lines)
+            DrawLine(painter, line);
+        for (const DrawnText& text : chart.texts)
+            DrawText(painter, text);
     }
 
   private:
-    // Of the tables that are not as wide as their texts want.
-    static std::vector<double> WidthsOf(int columns) {
-        if (columns == 2) return {6, 94};
-        if (columns == 4) return {13, 37, 13, 37};
-        if (columns == 5) return {30, 3, 15, 3, 49};
-        return {};
+    QList<QTextTable*> Tables() const {
+        QList<QTextTable*> tables;
+        for (QTextFrame* frame : document_.rootFrame()->childFrames()) {
+            if (auto* table = qobject_cast<QTextTable*>(frame)) tables += table;
+        }
+        return tables;
     }
 
-    // What browser.css says, too.
-    static void Form(QTextTable& table) {
-        QTextTableFormat format = table.format();
-        format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
-        format.setCellSpacing(0);
-        format.setCellPadding(0);
-        format.setBorder(0);
-        format.setBorderCollapse(true);
-        format.setTopMargin(table.columns() == 3 ? 0 : table.columns() == 4 ? 2 : 7);
-        QList<QTextLength> widths;
-        for (const double percent : WidthsOf(table.columns()))
-            widths += QTextLength(QTextLength::PercentageLength, percent);
-        format.setColumnWidthConstraints(widths);
-        table.setFormat(format);
-    }
-
+    // A short table is on one page.
     void KeepTogether(QTextTable& table) const {
         if (table.rows() > kUnbroken + 2 || table.columns() == 2) return;
-        const auto at = [this](const QTextCursor& cursor) {
-            return document_.documentLayout()->blockBoundingRect(cursor.block());
+        const auto pageOf = [this](const QTextCursor& cursor) {
+            return std::floor(
+                document_.documentLayout()->blockBoundingRect(cursor.block()).bottom() /
+                size_.height());
         };
-        const double top = at(table.firstCursorPosition()).top();
-        const double bottom = at(table.lastCursorPosition()).bottom();
-        if (std::floor(top / size_.height()) == std::floor(bottom / size_.height())) return;
+        if (pageOf(table.firstCursorPosition()) == pageOf(table.lastCursorPosition())) return;
         QTextTableFormat format = table.format();
         format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
         table.setFormat(format);
     }
 
-    void DrawFooter(QPainter& painter, int number) const {
-        const QSizeF size = SizeOf(paper_);
-        const double foot = size.height() - kPageMargin;
-        const double right = size.width() - kPageMargin;
-        Drawing footer;
-        footer.lines = {{{{kPageMargin, foot - 4.5}, {right, foot - 4.5}}, kLineInk}};
-        footer.texts = {
-            {{kPageMargin, foot}, certificate_.subject, 7.5, Anchor::Start, false, kQuietInk},
-            {{right, foot},
-             QStringLiteral("Page %1 of %2").arg(number + 1).arg(Count()),
-             7.5,
-             Anchor::End,
-             false,
-             kQuietInk}};
-        DrawDrawing(painter, {}, footer);
-    }
-
     const Certificate& certificate_;
-    const Paper paper_;
-    const QSizeF size_;
+    const QSizeF chartSize_;  // mm
+    const QSizeF size_;       // of a page's text, in dots
     QTextDocument document_;
     QTextFrame* chart_ = nullptr;
 };

@@ -3,8 +3,7 @@
 
 #include <QString>
 
-#include "reports/page/certificate.h"
-#include "reports/page/paper.h"
+#include "reports/page/html.h"
 
 namespace davo {
 
