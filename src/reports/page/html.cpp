@@ -209,6 +209,8 @@ QString BelowChart(const Certificate& certificate) {
             .arg(certificate.tester.toHtmlEscaped(), certificate.date.toHtmlEscaped());
     const QString captions =
         QStringLiteral("<td>Tested by</td><td></td><td>Date</td><td></td><td>Signature</td>");
+    // A page without a chart has room enough.
+    if (certificate.curves.empty()) html += QStringLiteral("<p class=\"room\">&nbsp;</p>\n");
     return html + Table("sign", Row(signs) + Row(captions));
 }
 
@@ -228,9 +230,8 @@ std::string CertificateAsHtml(const Certificate& certificate, Paper paper) {
                            "<meta name=\"viewport\" content=\"width=device-width, "
                            "initial-scale=1\">\n<title>") +
             certificate.Title().toHtmlEscaped() + QStringLiteral("</title>\n<style>\n") + styles +
-            QStringLiteral("</style>\n</head>\n<body>\n") +
-            AboveChart(certificate, letterhead) + chart + BelowChart(certificate) +
-            QStringLiteral("</body>\n</html>\n"))
+            QStringLiteral("</style>\n</head>\n<body>\n") + AboveChart(certificate, letterhead) +
+            chart + BelowChart(certificate) + QStringLiteral("</body>\n</html>\n"))
         .toStdString();
 }
 

@@ -23,7 +23,16 @@ RULES = ("asa_10_50", "ieee_30", "ieee_45")
 
 
 def output(*command):
-    return subprocess.run(command, check=True, capture_output=True).stdout.decode("utf-8")
+    done = subprocess.run(command, check=True, capture_output=True)
+    return done.stdout.decode("utf-8")
+
+
+NEEDS_CHROMIUM = unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
+
+
+def chromium(*options):
+    return output("chromium", "--headless", "--no-sandbox", "--disable-gpu",
+                  f"--user-data-dir={FOLDER}/chromium", *map(str, options))
 
 
 class Tables(html.parser.HTMLParser):
@@ -146,15 +155,26 @@ class Certificate(unittest.TestCase):
                     for number in range(1, count + 1):
                         self.assertIn(f"Page {number} of {count}", text)
 
-    @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
+    @NEEDS_CHROMIUM
+    def test_a_phone_shows_the_page_without_moving_it_aside(self):
+        for name in ("T1", "T10", "RATIO"):
+            frame = FOLDER / f"phone-{name}.htm"
+            frame.write_text(f"""<iframe width="390" height="844" src="{name}.html" onload="
+                const page = contentDocument, cell = page.querySelector('.results td.w');
+                document.title = [page.documentElement.scrollWidth, cell.clientWidth,
+                                  cell.scrollWidth]"></iframe>""", encoding="utf-8")
+            shown = chromium("--allow-file-access-from-files", "--dump-dom", frame)
+            page, cell, text = map(int, re.search(r"<title>(.*?)</title>", shown)[1].split(","))
+            self.assertLessEqual(page, 390)
+            self.assertLessEqual(text, cell)
+
+    @NEEDS_CHROMIUM
     def test_printed_html_has_the_pages_of_the_pdf(self):
         for name in ("T1", "T3", "T10"):
             for paper in ("", "-letter"):
                 printed = self.path(f"printed-{name}{paper}")
-                subprocess.run(["chromium", "--headless", "--no-sandbox", "--disable-gpu",
-                                f"--user-data-dir={FOLDER}/chromium", "--no-pdf-header-footer",
-                                f"--print-to-pdf={printed}", self.path(f"{name}{paper}.html")],
-                               check=True, capture_output=True)
+                chromium("--no-pdf-header-footer", f"--print-to-pdf={printed}",
+                         self.path(f"{name}{paper}.html"))
                 with self.subTest(name + paper):
                     pages = lambda path: output("pdftotext", "-layout", path, "-").split("\f")
                     wanted, got = pages(self.path(f"{name}{paper}.pdf")), pages(printed)
