@@ -28,32 +28,28 @@ std::vector<CertificateField> FieldsOf(const RecordFacts& record, const RecordFi
 }
 
 std::array<CertificateTable, 2> EmptyTables() {
-    const auto text = [](const char* heading) {
-        return CertificateColumn{QLatin1String(heading), false};
+    std::array<CertificateTable, 2> tables;
+    tables[0].title = QStringLiteral("Ratio and polarity");
+    tables[1].title = QStringLiteral("Kneepoints");
+    const auto add = [&tables](std::size_t table, const char* heading, bool isNumber = true,
+                               const QString& group = {}) {
+        tables.at(table).columns.push_back({QString::fromUtf8(heading), isNumber, group});
     };
-    CertificateTable results{QStringLiteral("Ratio and polarity"),
-                             {text("Test"),
-                              text("Description"),
-                              text("Nameplate"),
-                              {QStringLiteral("Ratio")},
-                              {QStringLiteral("Error, %")},
-                              text("Polarity"),
-                              text("Phase"),
-                              {QStringLiteral("Angle, \u00b0")}},
-                             {}};
+    for (const char* heading : {"Test", "Description", "Nameplate"})
+        add(0, heading, false);
+    add(0, "Ratio");
+    add(0, "Error, %");
+    add(0, "Polarity", false);
+    add(0, "Phase", false);
+    add(0, "Angle, \u00b0");
     for (const char* heading : {"Voltage, V", "Current, A"})
-        results.columns.push_back({QLatin1String(heading), true, QStringLiteral("Excitation")});
-    CertificateTable knees{QStringLiteral("Kneepoints"), {{QStringLiteral("Test"), false}}, {}};
+        add(0, heading, true, QStringLiteral("Excitation"));
+    add(1, "Test", false);
     for (const KneeRule rule : kCertifiedRules) {
         for (const char* heading : {"V", "A", "Smooth V", "Smooth A"})
-            knees.columns.push_back({QLatin1String(heading), true, KneeWord(rule)});
+            add(1, heading, true, KneeWord(rule));
     }
-    return {results, knees};
-}
-
-QString WithoutEnd(QString text, const QString& end) {
-    if (text.endsWith(end)) text.chop(end.size());
-    return text.trimmed();
+    return tables;
 }
 
 const QRegularExpression& Numbers() {
@@ -87,10 +83,10 @@ class Doubts {
     int MarkFor(const KneeFact& fact, std::size_t row) {
         // The table has the smooth kneepoint.
         static const QRegularExpression kPlace(
-            QStringLiteral("its kneepoint (only )?(at|between) .*[VA]\\.(?= [A-Z]|$)"));
+            QStringLiteral("its kneepoint (only )?(at|between) .*?[VA]\\.(?= [A-Z]|$)"));
         QString said = FromPage(fact.reason.empty() ? fact.doubt : fact.reason);
         if (said.isEmpty()) return 0;
-        said.replace(kPlace, QStringLiteral("its kneepoint \\1as \"Smooth\" has it."));
+        said.replace(kPlace, QStringLiteral("its kneepoint \\1as under \"Smooth\"."));
         const auto isSameKind = [&said](const Doubt& other) {
             return KindOf(other.text) == KindOf(said);
         };
@@ -107,7 +103,9 @@ class Doubts {
         for (const Doubt& doubt : doubts_) {
             explained += doubt.text;
             if (table.rows.size() > 1)
-                explained.back() += QStringLiteral(" (Test %1)").arg(NamesOf(table, doubt.rows));
+                explained.back() += (doubt.rows.size() > 1 ? QStringLiteral(" (Tests %1)")
+                                                           : QStringLiteral(" (Test %1)"))
+                                        .arg(NamesOf(table, doubt.rows));
         }
         return explained;
     }
@@ -142,7 +140,7 @@ void AddRows(Certificate& page, Doubts& doubts, const QString& name, const Recor
                                    cell(test.description),
                                    cell(test.nameplateRatio),
                                    cell(test.measuredRatio),
-                                   {WithoutEnd(FromPage(test.percentError), QStringLiteral("%"))},
+                                   {FromPage(test.percentError).remove(QLatin1Char('%')).trimmed()},
                                    cell(test.polarity),
                                    cell(test.phase),
                                    cell(test.phaseAngle),
@@ -155,7 +153,7 @@ void AddRows(Certificate& page, Doubts& doubts, const QString& name, const Recor
         knees.push_back(
             {FromPage(fact.printed.voltage), doubts.MarkFor(fact, page.tables[1].rows.size())});
         knees.push_back(cell(fact.printed.current));
-        knees.push_back({WithoutEnd(SmoothText(fact), QStringLiteral(" V"))});
+        knees.push_back({SmoothText(fact).remove(QStringLiteral(" V"))});
         knees.push_back(cell(fact.smooth && !fact.range
                                  ? Picture(fact.smooth->at.current, kPointPicture)
                                  : std::string()));
@@ -163,29 +161,22 @@ void AddRows(Certificate& page, Doubts& doubts, const QString& name, const Recor
     page.tables[1].rows.push_back(std::move(knees));
 }
 
-void AddCurve(Certificate& page, const QString& name, const RecordTest& test,
-              std::optional<KneeRule> marked) {
-    if (std::none_of(test.points.begin(), test.points.end(), CanBeDrawn)) return;
-    ChartCurve curve{name, test.points, {}, CurveLook::Normal};
-    if (marked) {
-        const KneeFact& fact = FactOf(test, *marked);
-        if (fact.At()) curve.knees.push_back({*marked, *fact.At(), PrintedText(fact)});
-    }
-    page.curves.push_back(std::move(curve));
-}
-
-// A record's name is in front of a test's number where there are several headers.
+// A record's name is in front of a test's number where there are several.
 void AddTest(Certificate& page, Doubts& doubts, const CertifiedTest& one, bool named,
              std::optional<KneeRule> marked) {
     const RecordTest& test = *one.test;
-    QString name = FromPage(test.testNumber);
-    if (named) name.prepend(FromPage(one.record->name) + QLatin1Char(' '));
-    AddRows(page, doubts, name, test);
-    QString curve = QStringLiteral("Test ") + FromPage(test.testNumber);
-    if (named) curve.prepend(FromPage(one.record->name) + QLatin1Char(' '));
-    AddCurve(page, curve, test, marked);
+    const QString record = named ? FromPage(one.record->name) + QLatin1Char(' ') : QString();
+    const QString number = FromPage(test.testNumber);
+    AddRows(page, doubts, record + number, test);
     if (!test.notes.empty())
-        page.notes += QStringLiteral("Test %1: %2").arg(name, FromPage(test.notes));
+        page.notes += QStringLiteral("Test %1: %2").arg(record + number, FromPage(test.notes));
+    if (std::none_of(test.points.begin(), test.points.end(), CanBeDrawn)) return;
+    ChartCurve curve{record + QStringLiteral("Test ") + number, test.points, {}};
+    if (marked) {
+        const KneeFact& fact = FactOf(test, *marked);
+        if (const auto at = fact.At()) curve.knees.push_back({*marked, *at, PrintedText(fact)});
+    }
+    page.curves.push_back(std::move(curve));
 }
 
 }  // namespace

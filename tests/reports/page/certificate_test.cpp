@@ -92,7 +92,7 @@ TEST(Certificate, SaysDoubtsThatDifferInNumbersOnceWithTheirTests) {
     }
     const Certificate page = CertificateOfText(text);
     EXPECT_LE(page.explained.size(), 3);
-    EXPECT_THAT(page.explained.join(u'\n').toStdString(), HasSubstr("(Test 1 to 4, 6 to 10)"));
+    EXPECT_THAT(page.explained.join(u'\n').toStdString(), HasSubstr("(Tests 1 to 4, 6 to 10)"));
     EXPECT_THAT(page.explained.join(u'\n').toStdString(), HasSubstr("(Test 5)"));
     for (const auto& row : page.tables[1].rows) {
         for (const CertificateCell& cell : row)
