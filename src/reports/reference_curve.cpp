@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "reports/reference_curve.h"
+
+#include <QRegularExpression>
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+
+#include "common/files.h"
+#include "common/numbers.h"
+#include "common/run_time_error.h"
+#include "common/text.h"
+
+namespace davo {
+
+namespace {
+
+// The two fields of a line; the second one has whatever is behind the first.
+std::array<std::string, 2> FieldsOf(std::string line) {
+    std::size_t end = line.find_first_of(";\t");
+    const bool hasCommas = end != std::string::npos;
+    if (!hasCommas) end = std::min(line.find(','), line.size());
+    std::array<std::string, 2> fields = {line.substr(0, end),
+                                         line.substr(std::min(end + 1, line.size()))};
+    for (std::string& field : fields) {
+        std::erase(field, '"');
+        std::erase(field, '\t');
+        if (hasCommas) std::ranges::replace(field, ',', '.');
+    }
+    return fields;
+}
+
+QString UnitOf(const std::string& heading) {
+    static const QRegularExpression unit(QStringLiteral("(?<![A-Za-z])(mA|A|mV|V|kV)(?![A-Za-z])"));
+    return unit.match(FromPage(heading)).captured(1);
+}
+
+double ScaleOf(const QString& unit) {
+    if (unit.startsWith(QLatin1Char('m'))) return 1e-3;
+    return unit.startsWith(QLatin1Char('k')) ? 1e3 : 1;
+}
+
+}  // namespace
+
+std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes) {
+    constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+    if (bytes.starts_with(kUtf8Mark)) bytes.remove_prefix(kUtf8Mark.size());
+    std::array<QString, 2> units;
+    std::vector<CurvePoint> points;
+    std::size_t number = 0;
+    for (const std::string& line : SplitLines(bytes)) {
+        ++number;
+        if (TrimBlanks(line).empty()) continue;
+        const std::array<std::string, 2> fields = FieldsOf(line);
+        const std::optional<double> first = WholeNumericValue(fields[0]);
+        const std::optional<double> second = WholeNumericValue(fields[1]);
+        if (first && second) {
+            const double left = *first * ScaleOf(units[0]);
+            const double right = *second * ScaleOf(units[1]);
+            const bool isTurned = units[0].endsWith(u'V') && units[1].endsWith(u'A');
+            points.push_back(isTurned ? CurvePoint{right, left} : CurvePoint{left, right});
+        } else if (points.empty() && !first && !second) {
+            units = {UnitOf(fields[0]), UnitOf(fields[1])};
+        } else {
+            throw RunTimeError(ErrorNumber::TypeMismatch, "line " + std::to_string(number));
+        }
+    }
+    if (points.empty()) throw RunTimeError(ErrorNumber::InputPastEnd, "no point in the file");
+    return points;
+}
+
+}  // namespace davo

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "analysis/curve_point.h"
+
+namespace davo {
+
+// The points of a maker's curve from a table of two columns, current and voltage, in amperes and
+// volts unless the heading has "mA" or "kV" for a unit; a heading with volts in front of amperes
+// turns them. Fields end at a semicolon or a tab, and then a decimal comma is understood, or at a
+// comma. Blank lines do not count. Throws RunTimeError 13 with the line that is no point, 62 when
+// there is none.
+std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes);
+
+}  // namespace davo

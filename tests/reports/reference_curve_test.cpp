@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "reports/reference_curve.h"
+
+#include <algorithm>
+
+#include "common/numbers.h"
+#include "common/run_time_error.h"
+#include "tests/analysis/published_curves.h"
+#include "tests/support/testing.h"
+
+namespace davo {
+namespace {
+
+std::string Error(std::string_view bytes) {
+    try {
+        ParseReferenceCurve(bytes);
+    } catch (const RunTimeError& error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(ReferenceCurve, IsReadWithPointsAndWithCommas) {
+    const std::vector<CurvePoint> expected = {{0.01, 175}, {0.02, 440.5}};
+    for (const char* const text :
+         {"0.01,175\n0.02,440.5\n", "0,01;175\r\n0,02;440,5\r\n", "0.01;175\n0.02;440.5",
+          "0,01\t175\n\n0,02\t440,5\n \n", "\xEF\xBB\xBF\"0.01\",\"175\"\n\"0.02\",\"440.5\"\n",
+          " 0.01 , 175 \n1e-2;175\n0.02,440.5"}) {
+        SCOPED_TRACE(text);
+        std::vector<CurvePoint> points = ParseReferenceCurve(text);
+        if (points.size() == 3) points.erase(points.begin() + 1);
+        ASSERT_EQ(points.size(), 2U);
+        for (std::size_t i = 0; i < 2; ++i) {
+            EXPECT_EQ(points[i].current, expected[i].current);
+            EXPECT_EQ(points[i].voltage, expected[i].voltage);
+        }
+    }
+}
+
+TEST(ReferenceCurve, HasTheUnitsOfItsHeading) {
+    for (const char* const text :
+         {"current_A,voltage_V\n0.25,1500", "I in mA;U in kV\n250;1,5",
+          "Voltage [kV],Current [mA]\n1.5,250", "CT 7, core 2\nVOLTAGE (V);CURRENT (A)\n1500;0,25",
+          "no unit;at all\n0,25;1500"}) {
+        SCOPED_TRACE(text);
+        const std::vector<CurvePoint> points = ParseReferenceCurve(text);
+        ASSERT_EQ(points.size(), 1U);
+        EXPECT_DOUBLE_EQ(points[0].current, 0.25);
+        EXPECT_DOUBLE_EQ(points[0].voltage, 1500);
+    }
+}
+
+TEST(ReferenceCurve, IsThePublishedOne) {
+    for (const test::PublishedCurve& curve : test::PublishedCurves()) {
+        std::string text = "A;V\n";
+        for (const CurvePoint& point : curve.points)
+            text += GeneralNumber(point.current) + ";" + GeneralNumber(point.voltage) + "\n";
+        std::replace(text.begin(), text.end(), '.', ',');
+        const std::vector<CurvePoint> points = ParseReferenceCurve(text);
+        ASSERT_EQ(points.size(), curve.points.size());
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            EXPECT_EQ(points[i].current, curve.points[i].current);
+            EXPECT_EQ(points[i].voltage, curve.points[i].voltage);
+        }
+    }
+}
+
+TEST(ReferenceCurve, SaysWhatIsNoPoint) {
+    const std::string mismatch = "Run-time error '13': Type mismatch: line ";
+    EXPECT_EQ(Error("0.01,175\n0.02\n"), mismatch + "2");
+    EXPECT_EQ(Error("A;V\n0,01;175\nend;of it\n"), mismatch + "3");
+    EXPECT_EQ(Error("0.01,175,3\n"), mismatch + "1");
+    EXPECT_EQ(Error("0,01,175\n"), mismatch + "1");
+    const std::string none = "Run-time error '62': Input past end of file: no point in the file";
+    EXPECT_EQ(Error(""), none);
+    EXPECT_EQ(Error("Current in A,Voltage in V\n"), none);
+}
+
+}  // namespace
+}  // namespace davo
