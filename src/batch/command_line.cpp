@@ -33,8 +33,8 @@ constexpr std::array kOptions = {
     Option{"summary", "Make summary.html of all records: a table of all tests and a chart.",
            &BatchOptions::summary},
     Option{"compare",
-           "Compare each test with the test of the same number of this record, or with its only "
-           "curve: in sentences, or in columns of \"--csv -\".",
+           "Compare each test with the test of the same number of this record, or with the only "
+           "curve of it or of a CSV file: in sentences, or in columns of \"--csv -\".",
            nullptr, "reference"},
     Option{"limit", "Say whether the voltages are so near to the reference's.", nullptr, "percent"},
     Option{"rule", "Mark the kneepoint by asa, 45 or 30; asa when not given.", nullptr, "rule"},

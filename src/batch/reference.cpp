@@ -4,13 +4,19 @@
 #include <algorithm>
 #include <array>
 
+#include "common/files.h"
 #include "common/numbers.h"
 #include "records/record_name.h"
+#include "reports/reference_curve.h"
 
 namespace davo {
 
 Reference::Reference(const QString& path, KneeRule rule, std::optional<double> limit)
     : name_(PageRecordNameOf(path)), rule_(rule), limit_(limit) {
+    if (path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
+        curves_.emplace_back("", CurveToCompare(rule, ParseReferenceCurve(ReadWholeFile(path))));
+        return;
+    }
     for (const RecordTest& test : ReadRecordFacts(path, 0).tests) {
         if (!test.points.empty())
             curves_.emplace_back(test.testNumber, CurveToCompare(rule, test.points));

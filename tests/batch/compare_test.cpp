@@ -139,6 +139,29 @@ TEST(Compare, TakesTheTestOfTheSameNumberOrTheOnlyOne) {
                 HasSubstr("three.txt Test 4: At 0.020 A the voltage is 22.7 % below"));
 }
 
+TEST(Compare, TakesAMakersCurveForAReference) {
+    const test::TemporaryFolder folder;
+    PutPublished(folder);
+    std::string table = "Current in mA;Voltage in V\r\n";
+    for (const CurvePoint& point : Published("A"))
+        table += GeneralNumber(1000 * point.current) + ";" + GeneralNumber(point.voltage) + "\r\n";
+    PutRecord(folder, u"maker.CSV"_s, table);
+    const auto compared = [&](const QString& reference) {
+        return Report({u"--compare"_s, reference, u"BA.txt"_s}, folder.Path());
+    };
+    EXPECT_EQ(compared(u"maker.CSV"_s).err, "");
+    EXPECT_EQ(compared(u"maker.CSV"_s).out, compared(u"A.txt"_s).out);
+    const Ended rows =
+        Report({u"--compare=maker.CSV"_s, u"--csv"_s, u"-"_s, u"--no-heading"_s, u"B.txt"_s},
+               folder.Path());
+    EXPECT_THAT(rows.out, HasSubstr(",1.5,maker.CSV,,-22.727"));
+    PutRecord(folder, u"maker.CSV"_s, "1;2\n3\n");
+    EXPECT_EQ(compared(u"maker.CSV"_s).status, 1);
+    EXPECT_EQ(compared(u"maker.CSV"_s).err,
+              Said("maker.CSV cannot be shown: the file is damaged. Run-time error '13': Type "
+                   "mismatch: line 2"));
+}
+
 TEST(Compare, IsNotWithoutAReference) {
     const test::TemporaryFolder folder;
     PutPublished(folder);
