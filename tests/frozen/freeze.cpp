@@ -3,6 +3,7 @@
 // program's own writer, with their readings beside them; see frozen_test.cpp.
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
