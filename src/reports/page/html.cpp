@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "reports/page/html.h"
 
-#include <QRegularExpression>
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "reports/page/chart.h"
 
@@ -75,45 +75,47 @@ QString HeadsHtml(const CertificateTable& table) {
     return Element("thead", "", Row(groups) + Row(heads));
 }
 
-// The blanks behind a number that others of its column have decimals in the place of: in the fonts
-// of the page a blank is half as wide as a digit, and as wide as a point.
-QString DecimalRoom(const CertificateTable& table, std::size_t column, const QString& text) {
-    static const QRegularExpression kNumber(QStringLiteral("^(?!0$)-?\\d+(\\.\\d+)?$"));
-    const auto blanks = [](const QString& number) {
-        const qsizetype point = number.indexOf(QLatin1Char('.'));
-        return point < 0 ? 0 : 2 * (number.size() - point - 1) + 1;
-    };
-    if (!table.columns[column].isNumber || !kNumber.match(text).hasMatch()) return {};
-    qsizetype most = 0;
-    for (const auto& row : table.rows) {
-        const QString& other = row[column].text;
-        if (kNumber.match(other).hasMatch()) most = std::max(most, blanks(other));
-    }
-    return QString(most - blanks(text), QChar::Nbsp);
+// How many blanks are as wide as what is behind a number's whole part: in the fonts of the page one
+// is half as wide as a digit, and as wide as a point. None behind other texts, nor "0" for nothing.
+std::optional<qsizetype> BlanksOf(const QString& text) {
+    bool isNumber = false;
+    if (text.toDouble(&isNumber) == 0 || !isNumber) return std::nullopt;
+    const qsizetype point = text.indexOf(QLatin1Char('.'));
+    return point < 0 ? 0 : 2 * (text.size() - point) - 1;
 }
 
-QString RowHtml(const CertificateTable& table, const std::vector<CertificateCell>& row) {
-    QString cells;
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        const auto isMarked = [i](const auto& other) { return other[i].mark > 0; };
-        QString text = row[i].text.toHtmlEscaped() + DecimalRoom(table, i, row[i].text);
-        if (row[i].mark > 0) {
-            text += QStringLiteral("<sup>%1</sup>").arg(row[i].mark);
-        } else if (std::any_of(table.rows.begin(), table.rows.end(), isMarked)) {
-            text += QStringLiteral("<sup>\u00a0\u00a0</sup>");
-        }
-        if (BeginsGroup(table, i)) cells += Gap("cell");
-        cells += i == 0 ? Element("th", "cell test", text)
-                        : Element("td", table.columns[i].isNumber ? "cell n" : "cell w", text);
-    }
-    return Row(cells);
+QString CellHtml(const CertificateCell& cell, qsizetype most, bool hasMarks) {
+    QString text = cell.text.toHtmlEscaped();
+    if (const auto blanks = BlanksOf(cell.text))
+        text += QString(std::max<qsizetype>(0, most - *blanks), QChar::Nbsp);
+    if (!hasMarks) return text;
+    return text + QStringLiteral("<sup>%1</sup>")
+                      .arg(cell.mark > 0 ? QString::number(cell.mark) : QString(2, QChar::Nbsp));
 }
 
 QString TableHtml(const CertificateTable& table) {
-    if (table.rows.empty()) return {};
+    std::vector<QString> cells(table.rows.size());
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        const bool isNumber = table.columns[i].isNumber;
+        qsizetype most = 0;
+        bool hasMarks = false;
+        for (const auto& row : table.rows) {
+            if (isNumber) most = std::max(most, BlanksOf(row[i].text).value_or(0));
+            hasMarks = hasMarks || row[i].mark > 0;
+        }
+        for (std::size_t row = 0; row < cells.size(); ++row) {
+            if (BeginsGroup(table, i)) cells[row] += Gap("cell");
+            cells[row] += Element(i == 0 ? "th" : "td",
+                                  i == 0     ? "cell test"
+                                  : isNumber ? "cell n"
+                                             : "cell w",
+                                  CellHtml(table.rows[row][i], most, hasMarks));
+        }
+    }
     QString rows;
-    for (const auto& row : table.rows)
-        rows += RowHtml(table, row);
+    for (const QString& row : cells)
+        rows += Row(row);
+    if (rows.isEmpty()) return {};
     const char* const style = table.rows.size() <= kUnbroken ? "results short" : "results";
     return Table(style, HeadsHtml(table) + Element("tbody", "", rows));
 }

@@ -157,7 +157,7 @@ class Certificate(unittest.TestCase):
 
     @NEEDS_CHROMIUM
     def test_a_phone_shows_the_page_without_moving_it_aside(self):
-        for name in ("T1", "T10", "RATIO"):
+        for name in ("T1", "T10", "RATIO", "WIDE"):
             frame = FOLDER / f"phone-{name}.htm"
             frame.write_text(f"""<iframe width="390" height="844" src="{name}.html" onload="
                 const page = contentDocument, cell = page.querySelector('.results td.w');
@@ -184,6 +184,19 @@ class Certificate(unittest.TestCase):
                             self.assertEqual(word in page, word in same, word)
                         self.assertEqual(re.findall(r"Page \d+ of \d+", page),
                                          re.findall(r"Page \d+ of \d+", same))
+
+    @NEEDS_CHROMIUM
+    def test_long_words_are_broken_and_do_not_make_the_page_small(self):
+        chromium("--no-pdf-header-footer", "--print-to-pdf=" + self.path("broken"),
+                 self.path("WIDE.html"))
+        for path in ("broken", "WIDE.pdf"):
+            boxes = output("pdftotext", "-bbox", self.path(path), "-")
+            tops = re.findall(r'yMin="(.*?)" .*yMax="(.*?)">(?:Company|Manufacturer)<', boxes)
+            self.assertAlmostEqual(float(tops[0][1]) - float(tops[0][0]), 8.5 * 1.117, delta=0.6)
+            for word, count in (("D", 70), ("W", 200)):
+                broken = re.findall(rf">({word}{{5,}})<", boxes)
+                self.assertGreater(len(broken), 1)
+                self.assertEqual(sum(map(len, broken)), count)
 
     def test_rows_are_on_one_page_each_and_the_chart_is_on_the_first(self):
         for count in (1, 3, 10, 31, 100):
