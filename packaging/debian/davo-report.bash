@@ -12,7 +12,8 @@ _davo_report() {
   elif [[ $word == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
   else
-    mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.[tT][xX][tT]*' -- "$word")
+    mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.[tT][xX][tT]*' -- "$word"
+      [[ $before != --compare ]] || compgen -f -X '!*.[cC][sS][vV]' -- "$word")
   fi
 }
 complete -o filenames -F _davo_report davo-report

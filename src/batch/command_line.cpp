@@ -32,11 +32,13 @@ constexpr std::array kOptions = {
            &BatchOptions::csv},
     Option{"summary", "Make summary.html of all records: a table of all tests and a chart.",
            &BatchOptions::summary},
-    Option{"compare",
-           "Compare each test with the test of the same number of this record, or with the only "
-           "curve of it or of a CSV file: in sentences, or in columns of \"--csv -\".",
-           nullptr, "reference"},
-    Option{"limit", "Say whether the voltages are so near to the reference's.", nullptr, "percent"},
+    Option{
+        "compare",
+        "Compare each test with that of the same number in a record, or with the only curve of a "
+        "record or a CSV file: in sentences, or in columns of \"--csv -\".",
+        nullptr, "reference"},
+    Option{"limit", "Say whether the voltages differ by no more than this from the reference's.",
+           nullptr, "percent"},
     Option{"rule", "Mark the kneepoint by asa, 45 or 30; asa when not given.", nullptr, "rule"},
     Option{"out",
            "Put files into this folder, and into folders in it as those of the records. Without "

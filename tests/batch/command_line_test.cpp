@@ -155,11 +155,14 @@ TEST(Completion, ProposesEveryOptionThatTheHelpShows) {
 
 TEST(Completion, ProposesRulesFoldersAndRecords) {
     const test::TemporaryFolder folder;
-    for (const QString& name : {u"T 1.txt"_s, u"T2.TXT"_s, u"T3.pdf"_s, u"Tests/T4.txt"_s})
+    for (const QString& name :
+         {u"T 1.txt"_s, u"T2.TXT"_s, u"T3.pdf"_s, u"T5.csv"_s, u"Tests/T4.txt"_s})
         test::PutRecord(folder, name, "");
     EXPECT_EQ(Proposed(u"davo-report --rule ''"_s, folder.Path()),
               QStringList({u"30"_s, u"45"_s, u"asa"_s}));
     EXPECT_EQ(Proposed(u"davo-report --csv --out T"_s, folder.Path()), QStringList(u"Tests"_s));
+    EXPECT_EQ(Proposed(u"davo-report --compare T"_s, folder.Path()),
+              QStringList({u"T 1.txt"_s, u"T2.TXT"_s, u"T5.csv"_s, u"Tests"_s}));
     EXPECT_EQ(Proposed(u"davo-report --csv T"_s, folder.Path()),
               QStringList({u"T 1.txt"_s, u"T2.TXT"_s, u"Tests"_s}));
 }
