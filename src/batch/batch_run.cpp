@@ -53,17 +53,24 @@ bool HasForeignName(const QString& name) {
     return name.contains(QChar(QChar::ReplacementCharacter));
 }
 
-// Why what is at path is not read; empty where it may be a record.
-QString WhyNotRead(const QString& path) {
+// Throws the reason where what is at path is not read; that it is missing is said when it is read.
+void RequireFile(const QString& path) {
     const QFileInfo info(path);
-    if (!info.exists())
-        return HasForeignName(path) ? QStringLiteral("its name is not in UTF-8.") : QString();
+    if (HasForeignName(path) && !info.exists())
+        throw std::runtime_error("its name is not in UTF-8.");
     // Opening a named pipe would wait for its writer.
-    if (!info.isFile()) return QStringLiteral("it is not a file.");
+    if (info.exists() && !info.isFile()) throw std::runtime_error("it is not a file.");
     // The tests that are read, of as many points as there can be, have less than 1 MB.
     constexpr qint64 kMostBytes = 16 * 1024 * 1024;
-    if (info.size() <= kMostBytes) return {};
-    return QStringLiteral("it has more than 16 MB, and no record has.");
+    if (info.size() > kMostBytes)
+        throw std::runtime_error("it has more than 16 MB, and no record has.");
+}
+
+QString TroubleWith(const QString& path, const std::exception& error) {
+    const auto* const known = dynamic_cast<const RunTimeError*>(&error);
+    if (known != nullptr) return TroubleText(ShownPath(path), *known);
+    return QStringLiteral("%1 cannot be shown: %2")
+        .arg(ShownPath(path), QString::fromUtf8(error.what()));
 }
 
 // "a.txt.csv" of the record "a.txt.txt" is none.
@@ -139,11 +146,13 @@ void BatchRun::DoAll() {
         }
     }
     rows_ = options_.shown.toStdString();
-    try {
-        if (!options_.reference.isEmpty())
-            reference_.emplace(options_.reference, options_.rule, options_.limit);
-    } catch (const RunTimeError& error) {
-        return Fail(TroubleText(ShownPath(options_.reference), error));
+    if (const QString& path = options_.reference; !path.isEmpty()) {
+        try {
+            RequireFile(path);
+            reference_.emplace(path, options_.rule, options_.limit);
+        } catch (const std::exception& error) {
+            return Fail(TroubleWith(path, error));
+        }
     }
     if (options_.rows && !options_.noHeading)
         rows_ =
@@ -172,8 +181,7 @@ void BatchRun::Walk(const QString& folder, const QString& below) {
         if (!FolderExists(folder + QLatin1Char('.')))
             throw RunTimeError(ErrorNumber::PermissionDenied, ShownPath(folder).toStdString());
     } catch (const RunTimeError& error) {
-        FailRecord(TroubleText(ShownPath(folder), error));
-        return;
+        return FailRecord(TroubleWith(folder, error));
     }
     std::sort(names.begin(), names.end());
     for (const QString& name : names) {
@@ -197,8 +205,7 @@ void BatchRun::Do(const QString& path, const QString& below) {
     const bool isJudged = options_.csv || options_.pdf || options_.html || options_.summary ||
                           (options_.rows && options_.judge);
     try {
-        if (const QString why = WhyNotRead(path); !why.isEmpty())
-            throw std::runtime_error(why.toStdString());
+        RequireFile(path);
         const std::string bytes = ReadWholeFile(path);
         RecordFacts facts =
             ParseRecordFacts(bytes, PageRecordNameOf(path), isJudged ? kMostFactTests : 0);
@@ -217,11 +224,8 @@ void BatchRun::Do(const QString& path, const QString& below) {
         if (options_.rows) rows_ += TestRowsOf(facts, shown, options_.judge, compared);
         const QStringList made = MakeFiles(bytes, facts, path, below);
         if (options_.summary) summary_.Add(facts, shown, made);
-    } catch (const RunTimeError& error) {
-        FailRecord(TroubleText(shown, error));
     } catch (const std::exception& error) {
-        FailRecord(
-            QStringLiteral("%1 cannot be shown: %2").arg(shown, QString::fromUtf8(error.what())));
+        FailRecord(TroubleWith(path, error));
     }
 }
 

@@ -172,6 +172,11 @@ TEST(Compare, IsNotWithoutAReference) {
     EXPECT_EQ(gone.err, Said("C.txt cannot be shown: Run-time error '53': File not found: C.txt"));
     EXPECT_FALSE(FileExists(folder.Path("A.csv")));
     EXPECT_EQ(Report({u"--compare=damaged.txt"_s, u"A.txt"_s}, folder.Path()).status, 1);
+    EXPECT_EQ(Report({u"--compare=."_s, u"A.txt"_s}, folder.Path()).err,
+              Said(". cannot be shown: it is not a file."));
+    ASSERT_TRUE(QFile::resize(folder.Path("B.txt"), 1 << 30));
+    EXPECT_EQ(Report({u"--compare=B.txt"_s, u"A.txt"_s}, folder.Path()).err,
+              Said("B.txt cannot be shown: it has more than 16 MB, and no record has."));
 }
 
 // A sentence is for three common points at least; why there is none is said instead.
