@@ -40,6 +40,20 @@ TEST_F(Panel, ShowsTheFactsOfARecord) {
               "smooth curve through them has its kneepoint at 34.2 \u00b1 1.8 V, 0.1156 A.");
 }
 
+// IEC has another name for the kneepoint of the ASA rule.
+TEST_F(Panel, NamesTheKneepointAsIecDoes) {
+    ShowFiles({"ONE"});
+    const auto* table = FindIn<QTableWidget>(panel, "tblTests");
+    std::vector<std::string> tips;
+    for (int row = 0; row < table->rowCount(); ++row) {
+        const QString tip = table->verticalHeaderItem(row)->toolTip();
+        if (!tip.isEmpty())
+            tips.push_back((table->verticalHeaderItem(row)->text() + u": "_s + tip).toStdString());
+    }
+    EXPECT_THAT(tips, ElementsAre("ASA 10/50: IEC's knee point e.m.f. (10 % / 50 %): 10 % more "
+                                  "voltage drives 50 % more current"));
+}
+
 // The points leave the smooth kneepoint open by more than 10 %.
 TEST_F(Panel, ShowsARangeForAKneepointThatIsOpen) {
     Add("OPEN", Curve(OpenCurve(), 1));
