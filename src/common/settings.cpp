@@ -21,6 +21,8 @@ constexpr Key kComPort = {"DAVO", "COMPORT", "COMPORTVAL"};
 constexpr Key kImpedance = {"IMPEDANCE", "IMP", "IMPVAL"};
 constexpr Key kSortValues = {"SORTVALUES", "SORT", "SORTVAL"};
 constexpr Key kDataPath = {"DATAPATH", "PATH", "PATHVAL"};
+constexpr Key kCurveLimit = {"COMPARE", "VOLTAGE", "LIMIT"};
+constexpr Key kRatioLimit = {"COMPARE", "RATIO", "LIMIT"};
 
 constexpr const char* kDataRule = R"(\Shots_Data\)";
 constexpr const char* kExcelRule = R"(\Shots_Excel\)";
@@ -108,6 +110,8 @@ SettingsRead ReadSettings(const SettingsStore& store, const Places& places) {
         settings.sortDisplay = SortValueOf(sort.back());
     }
     SetPaths(read, ReadText(store, kDataPath), places);
+    settings.curveLimit = ReadText(store, kCurveLimit);
+    settings.ratioLimit = ReadText(store, kRatioLimit);
     return read;
 }
 
@@ -121,6 +125,11 @@ void WriteSettings(SettingsStore& store, const Settings& settings) {
     write(kImpedance, QLatin1String(settings.showImpedance ? "Y" : "N"));
     write(kSortValues, QStringLiteral("%1 %2").arg(settings.sortOrder).arg(settings.sortDisplay));
     write(kDataPath, settings.dataPath);
+    // Who never compares has no limits in the store.
+    for (const auto& [key, text] : {std::pair(kCurveLimit, settings.curveLimit),
+                                    std::pair(kRatioLimit, settings.ratioLimit)}) {
+        if (text != ReadText(store, key)) write(key, text);
+    }
     if (!errors.empty()) throw errors.front();
 }
 

@@ -25,6 +25,8 @@ struct Settings {
     std::int16_t sortDisplay = -1;  // 1 Date, 2 Filename, 3 Station
     QString dataPath;               // ends with "\Shots_Data\"
     QString excelPath;              // ends with "\Shots_Excel\"
+    QString curveLimit = {};        // of a comparison, in percent, as typed; empty: no verdict
+    QString ratioLimit = {};
 };
 
 // The per-user store of application settings, addressed by application name, section and value
@@ -48,16 +50,16 @@ struct SettingsRead {
     std::vector<RunTimeError> errors;  // in the order of reading
 };
 
-// Reads the five values in their order. A first run (no data path stored) takes the folders from
-// the application folder and creates the two that are missing; a stored path creates nothing.
-// A port's number that is no number (error 13) or does not fit 16 bits (error 6) leaves the
-// default, and a folder that cannot be created is kept as the path; the other values are read all
-// the same. A stored path that is a file, or does not end with "\Shots_Data\", is used and said
-// (error 75); one without a separator at its end gets one.
+// Reads the five values in their order, and the limits of comparisons. A first run (no data path
+// stored) takes the folders from the application folder and creates the two that are missing; a
+// stored path creates nothing. A port's number that is no number (error 13) or does not fit 16 bits
+// (error 6) leaves the default, and a folder that cannot be created is kept as the path; the other
+// values are read all the same. A stored path that is a file, or does not end with "\Shots_Data\",
+// is used and said (error 75); one without a separator at its end gets one.
 SettingsRead ReadSettings(const SettingsStore& store, const Places& places);
 
-// Writes the five values in the order of the key table. One that cannot be written keeps none of
-// the others from it; the first error is thrown at the end.
+// Writes the five values in the order of the key table, then the limits that have changed. One that
+// cannot be written keeps none of the others from it; the first error is thrown at the end.
 void WriteSettings(SettingsStore& store, const Settings& settings);
 
 // excelPath that belongs to dataPath: the part before the first "\Shots_Data\" and

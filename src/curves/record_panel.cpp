@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTabBar>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <span>
@@ -13,6 +14,7 @@
 
 #include "common/files.h"
 #include "common/text.h"
+#include "curves/compare_facts.h"
 #include "curves/curve_chart.h"
 #include "curves/results_table.h"
 #include "reports/record_csv.h"
@@ -43,12 +45,6 @@ constexpr int kShareBeside = 150;
 constexpr int kShareOfOther = 100;
 constexpr int kRoom = 6;
 constexpr QSize kPicture(1600, 1100);
-
-// In the legend and at the crosshair: a saved picture tells whose curve it is.
-QString CurveName(const ShownTest& shown) {
-    const QString record = FromPage(shown.test->recordName) + QLatin1Char(' ');
-    return shown.name.contains(record) ? shown.name : record + shown.name;
-}
 
 }  // namespace
 
@@ -93,14 +89,14 @@ void RecordPanel::BuildTop(QBoxLayout* column) {
         more_ = !more_;
         Arrange();
     });
-    auto* row = new QHBoxLayout;
+    top_ = new QHBoxLayout;
     auto* lines = new QVBoxLayout;
     lines->setSpacing(2);
     lines->addWidget(lblRecord_);
     lines->addWidget(lblHeader_);
-    row->addLayout(lines, 1);
-    row->addWidget(cmdMore_);
-    column->addLayout(row);
+    top_->addLayout(lines, 1);
+    top_->addWidget(cmdMore_);
+    column->addLayout(top_);
     column->addWidget(lblTrouble_);
 }
 
@@ -163,6 +159,26 @@ QLayout* RecordPanel::BuildButtons() {
     return buttons;
 }
 
+void RecordPanel::OfferCompare(Settings& settings) {
+    tabs_ = Named(new QTabBar(this), "tabPanel");
+    tabs_->addTab(QStringLiteral("Record"));
+    tabs_->addTab(QStringLiteral("Compare"));
+    tabs_->setExpanding(false);
+    compare_ = new CompareFacts(settings, this);
+    // The chart keeps its height.
+    top_->addWidget(tabs_, 0, Qt::AlignVCenter);
+    facts_->addWidget(compare_, 1);
+    setTabOrder(cmdMore_, tabs_);
+    QWidget* before = txtDoubts_;
+    for (QWidget* stop : compare_->Stops()) {
+        setTabOrder(before, stop);
+        before = stop;
+    }
+    connect(tabs_, &QTabBar::currentChanged, this, [this] { ReadAndShow(); });
+    compare_->OnChanged = [this] { ShowCurves(); };
+    ReadAndShow();
+}
+
 // --- Showing ------------------------------------------------------------------------------------
 
 void RecordPanel::ShowRecords(const std::vector<QString>& files) {
@@ -194,11 +210,27 @@ void RecordPanel::ReadAndShow() {
     shown_.Read(std::span(wanted_).first(std::min(wanted_.size(), kMostShownRecords)));
     ShowTop();
     tblTests_->Fill(shown_.Tests(), chosen_);
+    Compare();
     ShowCurves();
     const bool any = !shown_.Tests().empty();
-    tblTests_->setVisible(any);
+    tblTests_->setVisible(any && !Compares());
     saves_->setEnabled(any);
+    if (tabs_ != nullptr) {
+        tabs_->setVisible(any);
+        compare_->setVisible(Compares());
+    }
     Arrange();
+}
+
+bool RecordPanel::Compares() const {
+    return tabs_ != nullptr && tabs_->currentIndex() == 1 && !shown_.Tests().empty();
+}
+
+void RecordPanel::Compare() {
+    if (!Compares()) return;
+    const QString folder = QFileInfo(wanted_.front().file).absolutePath() + QLatin1Char('/');
+    const std::string marker = marker_ == nullptr ? std::string() : marker_->toStdString();
+    compare_->Compare(shown_, *Chosen(), folder, KneeRuleOf(marker).value_or(KneeRule::Asa1050));
 }
 
 void RecordPanel::ShowTop() {
@@ -237,6 +269,12 @@ std::optional<std::size_t> RecordPanel::Chosen() const {
 // Of more tests than can be told apart one of every record stands out: the chosen one, else the
 // first.
 void RecordPanel::ShowCurves() {
+    if (Compares()) {
+        chart_->SetInteractive(true);
+        chart_->SetCurves(compare_->Curves());
+        lblNoCurve_->hide();
+        return;
+    }
     const std::optional<std::size_t> chosen = Chosen();
     const std::vector<ShownTest>& tests = shown_.Tests();
     const bool few = tests.size() <= kMostNormalCurves;
@@ -278,7 +316,7 @@ void RecordPanel::ShowDoubts() {
     }
     const QString text = lines.join(QLatin1Char('\n'));
     if (text != txtDoubts_->toPlainText()) txtDoubts_->setPlainText(text);
-    txtDoubts_->setVisible(!text.isEmpty());
+    txtDoubts_->setVisible(!text.isEmpty() && !Compares());
 }
 
 // --- Room ---------------------------------------------------------------------------------------
@@ -289,7 +327,7 @@ void RecordPanel::Arrange() {
     ShowDoubts();
     const bool below = !beside && width() >= kFactsWidth;
     body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    body_->setStretch(0, beside ? kShareBeside : kShareBelow);
+    body_->setStretch(0, beside || Compares() ? kShareBeside : kShareBelow);
     body_->setStretch(1, kShareOfOther);
     facts_->setDirection(below ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     // Above the doubts the results have all that they need.
@@ -302,20 +340,22 @@ void RecordPanel::Arrange() {
 
 // As many of the header's fields as one line has room for, or all of them.
 void RecordPanel::ShowHeader() {
-    const auto show = [this](int room, qsizetype count) {
+    const auto show = [this](int lineRoom, qsizetype count) {
         const int twoLines = 2 * lblHeader_->fontMetrics().height();
         do {
             lblHeader_->setText(header_.mid(0, count).join(QStringLiteral("&nbsp; ")));
-        } while (lblHeader_->heightForWidth(room) >= twoLines && --count > 0);
+        } while (lblHeader_->heightForWidth(lineRoom) >= twoLines && --count > 0);
         return count;
     };
-    const bool cut = show(width() - kRoom, header_.size()) < header_.size();
+    const bool tabs = tabs_ != nullptr && !tabs_->isHidden();
+    const int room = width() - kRoom - (tabs ? tabs_->sizeHint().width() + kRoom : 0);
+    const bool cut = show(room, header_.size()) < header_.size();
     cmdMore_->setVisible(cut);
     cmdMore_->setText(more_ ? QStringLiteral("&Less") : QStringLiteral("&More"));
     if (more_) {
         lblHeader_->setText(header_.join(QStringLiteral("&nbsp; ")));
     } else if (cut) {
-        show(width() - 2 * kRoom - cmdMore_->sizeHint().width(), header_.size());
+        show(room - kRoom - cmdMore_->sizeHint().width(), header_.size());
     }
     lblHeader_->setVisible(!header_.isEmpty());
 }

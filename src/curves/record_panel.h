@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/prompts.h"
+#include "common/settings.h"
 #include "curves/record_saver.h"
 #include "curves/shown_records.h"
 
@@ -18,9 +19,11 @@ class QLabel;
 class QLayout;
 class QPlainTextEdit;
 class QPushButton;
+class QTabBar;
 
 namespace davo {
 
+class CompareFacts;
 class CurveChart;
 class ResultsTable;
 
@@ -47,6 +50,10 @@ class RecordPanel : public QWidget {
     // the certificate is made. It must outlive the panel.
     void SetMarker(const QString& kneepointType) { marker_ = &kneepointType; }
     void SetMarker(const QString&&) = delete;
+
+    // Adds a tab that compares the chosen test with another one, by the limits of settings, which
+    // must outlive the panel.
+    void OfferCompare(Settings& settings);
 
     // Whether a button, and Escape, lead back to the list of records.
     void OfferBack(bool on);
@@ -75,6 +82,9 @@ class RecordPanel : public QWidget {
     void ReadAndShow();
     void ShowTop();
     void ShowCurves();
+    bool Compares() const;
+    // Compares where that tab is chosen.
+    void Compare();
     void ShowDoubts();
     // The test that stands out; nothing without a test.
     std::optional<std::size_t> Chosen() const;
@@ -86,6 +96,7 @@ class RecordPanel : public QWidget {
 
     RecordSaver saver_;
     QTimer soon_;
+    QBoxLayout* top_ = nullptr;    // what the record is
     QBoxLayout* body_ = nullptr;   // chart and facts, below or beside each other
     QBoxLayout* facts_ = nullptr;  // results and doubts, the same
     std::vector<ShownRecord> wanted_;
@@ -105,6 +116,8 @@ class RecordPanel : public QWidget {
     ResultsTable* tblTests_ = nullptr;
     QPlainTextEdit* txtDoubts_ = nullptr;
     QPushButton* cmdBack_ = nullptr;
+    QTabBar* tabs_ = nullptr;  // none where nothing is compared
+    CompareFacts* compare_ = nullptr;
     QWidget* saves_ = nullptr;  // the buttons that save
 };
 

@@ -75,6 +75,11 @@ void ShownRecords::AddTests(const ShownRecord& record, std::size_t share, bool n
     records_.push_back(&facts);
 }
 
+QString CurveName(const ShownTest& shown) {
+    const QString record = FromPage(shown.test->recordName) + QLatin1Char(' ');
+    return shown.name.contains(record) ? shown.name : record + shown.name;
+}
+
 QStringList ShownRecords::Troubles() const {
     QStringList troubles;
     for (const auto& [path, file] : files_) {

@@ -28,6 +28,9 @@ struct ShownTest {
     QString name;
 };
 
+// In the legend and at the crosshair: a saved picture tells whose curve it is.
+QString CurveName(const ShownTest& shown);
+
 // The records that the record panel shows, and which of their tests.
 class ShownRecords {
   public:

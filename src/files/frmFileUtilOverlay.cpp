@@ -76,6 +76,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     beside_ = new BesideRecords(controls, *lvTest_, listShare, *cmdRecord,
                                 around_.settings.dataPath, around_.prompts, this);
     beside_->Panel().SetMarker(around_.settings.kneepointType);
+    beside_->Panel().OfferCompare(around_.settings);
     page->Body()->addWidget(beside_);
     Connect();
 }

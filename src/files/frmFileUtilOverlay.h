@@ -31,7 +31,7 @@ enum class FileUtilMode : std::int16_t { FileUtilities = 2, Overlay = 3 };
 
 // What the window works on; all outlive it.
 struct FileUtilSurroundings {
-    const Settings& settings;
+    Settings& settings;
     DirectoryTables& directory;  // loaded already
     Prompts& prompts;
     ReportRunner* reports = nullptr;  // without it nothing is plotted

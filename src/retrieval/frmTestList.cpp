@@ -91,6 +91,7 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
         auto* beside = new BesideRecords(controls, *lvTest_, 1, *cmdRecord,
                                          around_.settings.dataPath, around_.prompts, this);
         beside->Panel().SetMarker(around_.settings.kneepointType);
+        beside->Panel().OfferCompare(around_.settings);
         page->Body()->addWidget(beside);
     } else {
         cmdRecord->hide();

@@ -106,7 +106,8 @@ TEST(SettingsStoreOfThisPlatform, SurvivesARunAsAWhole) {
     const Settings first = ReadSettings(*MakeSettingsStore(places), places).settings;
     WriteSettings(*MakeSettingsStore(places), {knee, 3, true, 0, 2, first.dataPath, {}});
     EXPECT_THAT(ReadSettings(*MakeSettingsStore(places), places).settings,
-                testing::FieldsAre(knee, 3, true, 0, 2, first.dataPath, first.excelPath));
+                testing::FieldsAre(knee, 3, true, 0, 2, first.dataPath, first.excelPath, QString(),
+                                   QString()));
 }
 
 }  // namespace

@@ -106,9 +106,10 @@ TEST_F(Registry, GivesTheSettingsThatExist) {
     Put(kImpedance, L"Y");
     Put(kSort, L"1 3");
     Put(kPath, LR"(D:\Tests\Shots_Data\)");
-    EXPECT_THAT(Read(), FieldsAre(QStringLiteral("IEEE 30 Degree Marker"), 3, true, 1, 3,
-                                  QStringLiteral(R"(D:\Tests\Shots_Data\)"),
-                                  QStringLiteral(R"(D:\Tests\Shots_Excel\)")));
+    EXPECT_THAT(Read(),
+                FieldsAre(QStringLiteral("IEEE 30 Degree Marker"), 3, true, 1, 3,
+                          QStringLiteral(R"(D:\Tests\Shots_Data\)"),
+                          QStringLiteral(R"(D:\Tests\Shots_Excel\)"), QString(), QString()));
 }
 
 TEST_F(Registry, GivesOddTextsAsTheyStand) {
@@ -119,7 +120,8 @@ TEST_F(Registry, GivesOddTextsAsTheyStand) {
     Put(kPath, LR"(%SystemRoot%\100 %\Shots_Data\)");
     EXPECT_THAT(Read(), FieldsAre(QStringLiteral("ieee 30 degree marker"), -99, false, 0, 1,
                                   QStringLiteral(R"(%SystemRoot%\100 %\Shots_Data\)"),
-                                  QStringLiteral(R"(%SystemRoot%\100 %\Shots_Excel\)")));
+                                  QStringLiteral(R"(%SystemRoot%\100 %\Shots_Excel\)"), QString(),
+                                  QString()));
 }
 
 TEST_F(Registry, CountsWhatIsNoTextAsMissing) {

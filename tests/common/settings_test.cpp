@@ -59,7 +59,8 @@ TEST_F(StoredSettings, FirstRunTakesTheDefaultsAndMakesBothFolders) {
     const Settings settings = Read();
     EXPECT_THAT(settings, FieldsAre(u"ASA 10/50 Marker"_s, 1, false, -1, -1,
                                     places_.applicationFolder + ShownPath(u"Shots_Data/"_s),
-                                    places_.applicationFolder + ShownPath(u"Shots_Excel/"_s)));
+                                    places_.applicationFolder + ShownPath(u"Shots_Excel/"_s),
+                                    QString(), QString()));
     EXPECT_TRUE(FolderExists(settings.dataPath));
     EXPECT_TRUE(FolderExists(settings.excelPath));
     EXPECT_TRUE(store_.written.empty());
@@ -138,7 +139,21 @@ TEST_F(StoredSettings, ADamagedValueDoesNotKeepTheOthersFromBeingRead) {
     EXPECT_EQ(read.errors.front().Number(), ErrorNumber::TypeMismatch);
     EXPECT_THAT(read.settings,
                 FieldsAre(u"IEEE 45 Degree Marker"_s, 1, true, 1, 3, ShownPath(u"/d/Shots_Data/"_s),
-                          ShownPath(u"/d/Shots_Excel/"_s)));
+                          ShownPath(u"/d/Shots_Excel/"_s), QString(), QString()));
+}
+
+TEST_F(StoredSettings, LimitsOfComparisonsAreKeptOnceTheyWereTyped) {
+    SettingsRead read = ReadSettings(store_, places_);
+    WriteSettings(store_, read.settings);
+    EXPECT_FALSE(store_.texts.contains(Key("COMPARE/VOLTAGE/LIMIT")));
+    read.settings.curveLimit = u"7,5"_s;
+    read.settings.ratioLimit = u"0.25"_s;
+    WriteSettings(store_, read.settings);
+    EXPECT_EQ(ReadSettings(store_, places_).settings.curveLimit, u"7,5"_s);
+    EXPECT_EQ(ReadSettings(store_, places_).settings.ratioLimit, u"0.25"_s);
+    read.settings.curveLimit.clear();
+    WriteSettings(store_, read.settings);
+    EXPECT_EQ(ReadSettings(store_, places_).settings.curveLimit, u""_s) << "taken away again";
 }
 
 TEST_F(StoredSettings, ImpedanceIsShownForExactlyY) {
@@ -239,7 +254,7 @@ TEST_F(StoredSettings, AreWrittenAsTheyStand) {
     EXPECT_EQ(store_.texts[Key("IMPEDANCE/IMP/IMPVAL")], u"Y"_s);
     EXPECT_EQ(store_.texts[Key("SORTVALUES/SORT/SORTVAL")], u"1 3"_s);
     EXPECT_THAT(Read(), FieldsAre(unknown, kNoPortChosen, true, 1, 3, dataPath,
-                                  ShownPath(u"/d/Shots_Excel/"_s)));
+                                  ShownPath(u"/d/Shots_Excel/"_s), QString(), QString()));
 }
 
 // The default pair comes back as 0 and 1: one character each is read.

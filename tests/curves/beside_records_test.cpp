@@ -59,6 +59,8 @@ class PanelInWindow : public PanelTest {
     // The Tab key goes through the panel as the eye does, behind the window's other controls.
     void ExpectPanelInOrder(bool alone) const {
         std::vector<std::string> wanted = {"cmdMore", "plotCurves", "tblTests", "txtDoubts"};
+        if (window->findChild<QWidget*>(u"tabPanel"_s) != nullptr)
+            wanted.insert(wanted.begin() + 1, "tabPanel");
         if (alone) wanted.emplace_back("cmdBack");
         wanted.insert(wanted.end(), {"cmdSavePng", "cmdSavePdf", "cmdSaveCsv"});
         std::vector<std::string> order = TabOrderOf(*window);

@@ -83,6 +83,7 @@ def records(program, rig):
     program.do("grab main frmMain")
     program.do("menu mnuRecall", "wait frmTestList", "click lvTest", "key End", "key Home",
                "sleep 1000", "grab recall frmMain", "grab record-panel RecordPanel",
+               "click tabPanel", "key Right", "sleep 1000", "grab compare RecordPanel",
                "click cmdExit", "waitGone frmTestList")
     program.do("menu mnuSetDescr", "wait frmSetDescr", "click lvTest", "key End", "key Home",
                "key Return", "waitEnabled cmdSave", "click lstTest", "key Home", "sleep 1000",

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <QTabBar>
 #include <iostream>
 
 #include "curves/curve_chart.h"
@@ -54,11 +55,28 @@ class CurvePictures : public DataFolder {
             GrabPanel(name, {DataFile(QLatin1String(name))});
         GrabPanel("TEN", FilesOfTen(12));
         GrabPanel("NONE", {});
+        Add("NOW", Curve(SmoothCurve(375), 1));
+        ReplaceFile(
+            DataFile(u"FIRST"_s),
+            HeaderText({"FIRST",
+                        "03/07/15",
+                        "14:05",
+                        "01",
+                        {"C", "Hilltop", "Feeder 4", "Acme", "CT-600", "00012345", "", ""}}) +
+                Curve(SmoothCurve(400), 1));
+        ListRecords();
+        Compared("low", {880, 400});
+        settings.curveLimit = u"5"_s;
+        settings.ratioLimit = u"0.25"_s;
+        Compared("light", {660, 640});
+        Compared("narrow", {430, 520});
+        Compared("few", {660, 640}, "SHORT");
         SmallCharts("light");
         {
             const Colours dark(WithTexts(DarkPalette({28, 28, 30}, {40, 40, 44}), {235, 235, 235}));
             SmallCharts("dark");
             GrabPanel("dark", {DataFile(u"THREE"_s)});
+            Compared("dark", {660, 640});
         }
         {
             const Colours contrast(HighContrastPalette());
@@ -93,6 +111,16 @@ class CurvePictures : public DataFolder {
         RecordPanel panel(prompts);
         ShowPanel(panel, files);
         album_.Grab(panel, u"panel-"_s + QLatin1String(name));
+    }
+    // The tab Compare.
+    void Compared(const char* name, QSize size, const char* record = "NOW") {
+        RecordPanel panel(prompts);
+        panel.OfferCompare(settings);
+        ShowPanel(panel, {DataFile(QLatin1String(record))});
+        panel.resize(size);
+        QTest::qWait(60);
+        FindIn<QTabBar>(panel, "tabPanel")->setCurrentIndex(1);
+        album_.Grab(panel, u"compare-"_s + QLatin1String(name));
     }
     void Chart() {
         CurveChart chart;
