@@ -223,6 +223,34 @@ void StatusLine::ShowFacts(const ShellFacts& facts) {
     cmdNotice_->setText(notice.caption);
     cmdNotice_->setToolTip(notice.detail);
     cmdNotice_->setVisible(!notice.caption.isEmpty());
+    FitLetters();
+}
+
+void StatusLine::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    FitLetters();
+}
+
+void StatusLine::FitLetters() {
+    constexpr double kSmaller = 0.95;
+    constexpr double kLeastPoints = 8;
+    std::pair now(
+        QStringList{lblPort_->text(), lblModel_->text(), lblKneepoint_->text(), cmdNotice_->text()},
+        width());
+    if (now == fitted_) return;
+    fitted_ = std::move(now);
+    QWidget* page = pages_->widget(0);
+    const auto use = [page](double points) {
+        for (auto* fact : page->findChildren<QWidget*>()) {
+            QFont letters = fact->font();
+            letters.setPointSizeF(points);
+            fact->setFont(letters);
+        }
+    };
+    double points = font().pointSizeF();
+    use(points);
+    while (page->minimumSizeHint().width() > width() && points > kLeastPoints)
+        use(points *= kSmaller);
 }
 
 void StatusLine::WaitChanged() {

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 #include <QWidget>
+#include <utility>
 #include <vector>
 
 #include "app/port_labels.h"
@@ -58,12 +60,17 @@ class StatusLine : public QWidget {
     // A wait has begun or ended, see Link::OnWaitChanged.
     void WaitChanged();
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
     class ElidedLabel;
 
     QWidget* BuildFacts();
     QWidget* BuildWait();
     void ShowWait();
+    // Smaller letters where the user's have no room.
+    void FitLetters();
 
     Link& link_;
     Prompts& prompts_;
@@ -77,6 +84,7 @@ class StatusLine : public QWidget {
     QLabel* lblKneepoint_ = nullptr;
     QPushButton* cmdNotice_ = nullptr;
     QLabel* lblWait_ = nullptr;
+    std::pair<QStringList, int> fitted_;  // the texts, and the width that they were given
 };
 
 }  // namespace davo

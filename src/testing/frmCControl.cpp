@@ -47,7 +47,6 @@ frmCControl::frmCControl(const TestSurroundings& around, Settings& settings, QWi
       live_(this) {
     setObjectName(QStringLiteral("frmCControl"));
     controls_.PlaceBesidePrompt(live_.Chart());
-    setWindowTitle(QStringLiteral("Computer Control"));
     ConnectEvents();
     RestoreErrorLimit();
     painted_ = sequence_.Screen();

@@ -10,7 +10,9 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
+#include <QScreen>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "common/text.h"
@@ -45,6 +47,7 @@ constexpr double kCaptionGrowth = 1.2;
 constexpr double kBoxGrowth = 1.4;
 constexpr int kInputHeight = 34;  // a glove meets it
 constexpr QMargins kMargins(8, 5, 8, 6);
+constexpr int kSmallestScreen = 1024;
 constexpr int kIndent = 12;  // between the readings and the results
 constexpr int kSpacing = 4;  // what is saved here is the prompt's on a small screen
 
@@ -194,6 +197,32 @@ constexpr std::pair<const char*, ControlView ShotScreen::*> kMirrored[] = {
 }  // namespace
 
 ShotControls::ShotControls(QWidget* window) {
+    window->setWindowTitle(QStringLiteral("Computer Control"));
+    window->setFont(FittingFont(*window));
+    Build(window);
+}
+
+// Found by trial: what the controls need depends on the system's letters and their shapes.
+QFont ShotControls::FittingFont(const QWidget& window) {
+    constexpr double kSmaller = 0.95;
+    constexpr double kLeastPoints = 8;
+    const int room = std::max(kSmallestScreen, window.screen()->availableSize().width());
+    ShotScreen widest;
+    widest.lblTest.text = "SATURATION TEST";
+    widest.lblTime.text = "00/00/0000 - 00:00:00 PM";
+    for (QFont font = window.font();; font.setPointSizeF(font.pointSizeF() * kSmaller)) {
+        QWidget trial;
+        trial.setWindowTitle(window.windowTitle());
+        trial.setFont(font);
+        ShotControls controls;
+        controls.Build(&trial);
+        controls.Paint(nullptr, widest);
+        const bool fits = trial.minimumSizeHint().width() <= room;
+        if (fits || font.pointSizeF() <= kLeastPoints) return font;
+    }
+}
+
+void ShotControls::Build(QWidget* window) {
     DarkenDisabledText(window);
     auto* column = Tight(BuildButtons(window)->Body());
     column->addLayout(BuildTopRow(window));

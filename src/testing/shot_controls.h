@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QFont>
 #include <QSize>
 #include <QString>
 #include <vector>
@@ -21,6 +22,7 @@ class PageHeader;
 // The test window's controls by their own names, laid out in window: the buttons, what is under
 // way, the prompt, the readings.
 struct ShotControls {
+    // The letters are the user's, or the largest that a small screen has room for.
     explicit ShotControls(QWidget* window);
 
     // Shows what of screen differs from painted, without that all of it. Texts of buttons and
@@ -62,6 +64,9 @@ struct ShotControls {
 
     QSize PromptRoom() const;
     int WidthBeside(QSize room, const QString& notice, bool prompt) const;
+    ShotControls() = default;
+    static QFont FittingFont(const QWidget& window);
+    void Build(QWidget* window);
     PageHeader* BuildButtons(QWidget* window);
     void BuildMessage(QWidget* window);
     void BuildCard();

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/status_line.h"
 
+#include <QApplication>
+#include <QMainWindow>
+#include <QScopeGuard>
+#include <QStatusBar>
 #include <QTimer>
 
 #include "common/places.h"
@@ -274,6 +278,38 @@ TEST_F(StatusLineTest, NoTextIsCutOnASmallScreen) {
     QTest::qWait(20);
     EXPECT_THAT(CutTextsOf(line), IsEmpty());
     EXPECT_EQ(line.width(), kLaptopWidth);
+}
+
+TEST(StatusLineInLargeLetters, NoTextIsCutOnTheSmallestScreen) {
+    const QFont usual = QApplication::font();
+    const auto back = qScopeGuard([&usual] { QApplication::setFont(usual); });
+    QFont large = usual;
+    large.setPointSizeF(14);
+    QApplication::setFont(large);
+    ScriptedLine line;
+    QMainWindow window;
+    auto* status = new StatusLine(line.link, line.prompts, &window);
+    window.statusBar()->setSizeGripEnabled(false);
+    window.statusBar()->addWidget(status, 1);
+    window.resize(1024, 560);
+    window.show();
+    ShellFacts facts;
+    facts.kneepointType = QLatin1String(kKneeIeee30);
+    const auto points = [status] {
+        return FindIn<QLabel>(*status, "lblKneepoint")->font().pointSizeF();
+    };
+    status->ShowFacts(facts);
+    facts.listing.unread = u"Permission denied"_s;
+    facts.listing.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
+    facts.listing.notListed = 13;
+    status->ShowFacts(facts);
+    QTest::qWait(20);
+    EXPECT_EQ(window.width(), 1024);
+    EXPECT_THAT(CutTextsOf(*status), IsEmpty());
+    EXPECT_LT(points(), 14);
+    EXPECT_GE(points(), 8);
+    window.resize(1900, 560);
+    EXPECT_TRUE(Until([&points] { return points() == 14; })) << "there is room again";
 }
 
 }  // namespace

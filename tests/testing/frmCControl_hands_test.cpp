@@ -266,6 +266,7 @@ class LetterSize : public TestWindow, public ::testing::WithParamInterface<doubl
 
 TEST_P(LetterSize, NothingIsCut) {
     Open();
+    EXPECT_LE(window->minimumSizeHint().width(), 1024) << "of the smallest screen";
     CheckNothingIsCut("open");
     Type("txtHVolt", "1200");
     Type("txtXVolt", "5");

@@ -19,7 +19,7 @@ PICTURES = os.environ["DAVO_PICTURES"]
 FEWEST_PICTURES = 60
 # Width and height in pixels, scale, size of the letters in points.
 SCREENS = [(1366, 768, 1, 10), (1024, 600, 1, 10), (1920, 1080, 1.5, 10), (1366, 768, 1, 14),
-           (1920, 1080, 1.5, 14)]
+           (1920, 1080, 1.5, 14), (1024, 600, 1, 14)]
 SEED = int(os.environ.get("DAVO_SEED", random.SystemRandom().getrandbits(32)))
 
 
