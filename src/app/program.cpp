@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QEvent>
 #include <QScreen>
-#include <QStyleFactory>
 
 #include "app/cursor_pointer.h"
 #include "app/end_requests.h"
@@ -59,7 +58,6 @@ void ShowMain(frmMain& window, const Places& places) {
 void DressApplication() {
     QApplication::setApplicationName(QStringLiteral("DAVO PC-Interface"));
     QApplication::setWindowIcon(ProgramIcon());
-    if (QStyleFactory::keys().contains(QStringLiteral("windowsvista"), Qt::CaseInsensitive)) return;
     QApplication::setStyle(MakeOutlineStyle());
 }
 

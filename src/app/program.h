@@ -5,9 +5,8 @@ class QApplication;
 
 namespace davo {
 
-// The name that a window without a title of its own shows, the icon, and the style: the platform's
-// own where it has one that the toolkit draws natively, else one that follows the user's light or
-// dark colours.
+// The name that a window without a title of its own shows, the icon, and the style: on every system
+// the one whose outlines can be seen in the user's light, dark or contrasting colours.
 void DressApplication();
 
 // The whole run: makes the services and the state, loads and shows the main window, and returns

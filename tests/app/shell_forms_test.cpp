@@ -3,7 +3,10 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QImage>
+#include <QLineEdit>
 #include <QTimer>
+#include <algorithm>
 
 #include "app/frmAbout.h"
 #include "app/frmSplash.h"
@@ -11,6 +14,7 @@
 #include "app/program.h"
 #include "app/program_icon.h"
 #include "tests/support/controls.h"
+#include "ui/contrast.h"
 #include "ui/form_parts.h"
 
 namespace davo::test {
@@ -37,6 +41,29 @@ TEST(Application, HasTheNameOfTheProgram) {
     EXPECT_FALSE(QApplication::windowIcon().isNull());
     QCoreApplication::setApplicationName(name);
     QApplication::setStyle(u"fusion"_s);
+}
+
+// Whatever style the system has.
+TEST(Application, FieldsHaveOutlinesThatCanBeSeen) {
+    const QString name = QCoreApplication::applicationName();
+    const QPalette usual = QApplication::palette();
+    DressApplication();
+    for (const QColor& ground : {QColor(239, 239, 239), QColor(45, 45, 48), QColor(Qt::black)}) {
+        QApplication::setPalette(QPalette(ground, ground));
+        QWidget window;
+        QLineEdit field(&window);
+        field.setGeometry(10, 10, 60, 30);
+        field.setFocusPolicy(Qt::NoFocus);
+        window.resize(80, 50);
+        const QImage image = window.grab().toImage();
+        double most = 1;
+        for (int x = 8; x < 14; ++x)
+            most = std::max(most, Contrast(image.pixelColor(x, 25), ground));
+        EXPECT_GE(most, 3) << ground.name().toStdString();
+    }
+    QCoreApplication::setApplicationName(name);
+    QApplication::setStyle(u"fusion"_s);
+    QApplication::setPalette(usual);
 }
 
 // The checks of the other tests can fail.
