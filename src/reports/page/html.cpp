@@ -39,6 +39,16 @@ QString HeaderHtml(const std::vector<CertificateField>& fields) {
     return Table("head", rows);
 }
 
+// More headers than a few are below the chart, which is on the first page.
+QString HeadersHtml(const Certificate& certificate, bool isAboveChart) {
+    constexpr std::size_t kFew = 3;
+    QString html;
+    if (isAboveChart != (certificate.headers.size() <= kFew)) return html;
+    for (const auto& header : certificate.headers)
+        html += HeaderHtml(header);
+    return html;
+}
+
 // Whether a group of columns begins, between which and the one before it is some room.
 bool BeginsGroup(const CertificateTable& table, std::size_t column) {
     const QString& group = table.columns[column].group;
@@ -189,16 +199,14 @@ QSizeF ChartSize(Paper paper, std::size_t curves) {
 }
 
 QString AboveChart(const Certificate& certificate, const QString& letterhead) {
-    QString html =
+    const QString html =
         Table("top", Row(QStringLiteral("<th><h1>Test Certificate</h1></th><td></td><td>%1</td>")
                              .arg(letterhead)));
-    for (const auto& header : certificate.headers)
-        html += HeaderHtml(header);
-    return html;
+    return html + HeadersHtml(certificate, true);
 }
 
 QString BelowChart(const Certificate& certificate) {
-    QString html;
+    QString html = HeadersHtml(certificate, false);
     for (const CertificateTable& table : certificate.tables)
         html += TableHtml(table);
     QStringList marks;

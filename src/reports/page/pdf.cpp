@@ -77,7 +77,7 @@ QTextLength Percent(double part) {
 }
 
 // As browser.css has them, too.
-void Form(QTextTable& table) {
+void Form(QTextTable& table, double above) {
     static const std::map<int, QList<QTextLength>> kWidths = {
         {2, {Percent(6), Percent(94)}},
         {4, {Percent(13), Percent(37), Percent(13), Percent(37)}},
@@ -88,7 +88,7 @@ void Form(QTextTable& table) {
     format.setCellPadding(0);
     format.setBorder(0);
     format.setBorderCollapse(true);
-    format.setTopMargin(table.columns() == 3 ? 0 : table.columns() == 4 ? 2 : 7);
+    format.setTopMargin(above);
     if (const auto own = kWidths.find(table.columns()); own != kWidths.end())
         format.setColumnWidthConstraints(own->second);
     table.setFormat(format);
@@ -123,8 +123,11 @@ class Pages {
         }
         cursor.insertHtml(BelowChart(certificate));
         cursor.beginEditBlock();
-        for (QTextTable* table : Tables())
-            Form(*table);
+        double above = 0;
+        for (QTextTable* table : Tables()) {
+            Form(*table, above);
+            above = above == 0 ? 2 : 7;
+        }
         cursor.endEditBlock();
         for (QTextTable* table : Tables())
             KeepTogether(*table);

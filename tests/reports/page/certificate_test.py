@@ -216,6 +216,13 @@ class Certificate(unittest.TestCase):
                         for heading in ("Ratio and polarity", "Kneepoints"):
                             self.assertEqual(text.count(heading), 1)
 
+    def test_many_headers_leave_the_chart_on_the_first_page(self):
+        for paper in ("", "-letter"):
+            text = output("pdftotext", "-layout", self.path(f"HEADS{paper}.pdf"), "-")
+            pages = text.split("\f")
+            self.assertEqual([i for i, page in enumerate(pages) if "amperes" in page], [0])
+            self.assertEqual(len(re.findall("Manufacturer +Acme", text)), 12)
+
     def test_the_frame_of_one_curve_is_two_fifths_of_the_page(self):
         for name, least in (("T1", 0.4), ("T1-letter", 0.4), ("T3", 0.36), ("T3-letter", 0.36)):
             picture = output("pdftocairo", "-svg", "-l", "1", self.path(name + ".pdf"), "-")

@@ -74,6 +74,10 @@ void WriteRecords(const QString& folder) {
     WriteAll(folder, "NOTES", Tests(1) + notes);
     WriteAll(folder, "T100", Tests(100));
     WriteAll(folder, "EMPTY", {});
+    std::string more = RecordText(1);
+    for (int i = 2; i <= 12; ++i)
+        more += HeaderText("HEADS") + RecordText(i);
+    WriteAll(folder, "HEADS", more);
     RecordParts wide;
     wide.optionalLines = "TEST DESCRIPTION: " + std::string(70, 'D') +
                          "\r\nTEST NOTES: " + std::string(200, 'W') + "\r\n";
