@@ -26,6 +26,7 @@ namespace {
 
 constexpr int kReferenceLetters = 12;
 constexpr int kLeastLines = 4;
+constexpr int kMostDated = 12;
 constexpr std::size_t kSerialField = 5;  // of RecordFileHeader::fields
 
 std::optional<double> LimitOf(const QLineEdit& box) {
@@ -65,6 +66,23 @@ QString TableOf(const CurveComparison& comparison) {
                     [](const ComparedValue& value) { return std::optional(value.all); });
     }
     return QStringLiteral("<table>%1</table>").arg(rows);
+}
+
+// The test of that number, else the first one.
+const RecordTest& TestLike(const RecordFacts& facts, const std::string& number) {
+    if (facts.tests.empty()) throw RunTimeError(ErrorNumber::InputPastEnd);
+    const auto same =
+        std::find_if(facts.tests.begin(), facts.tests.end(), [&](const RecordTest& test) {
+            return NumericValue(test.testNumber) == NumericValue(number);
+        });
+    return same == facts.tests.end() ? facts.tests.front() : *same;
+}
+
+QString KneeTextOf(const ComparedCurve& curve) {
+    KneeFact fact;
+    fact.smooth = curve.knee;
+    fact.range = curve.range;
+    return SmoothText(fact);
 }
 
 QString Paragraph(const QString& text) {
@@ -139,6 +157,7 @@ void CompareFacts::Compare(const ShownRecords& shown, std::size_t test, const QS
     lblCompared_->setText(measured.name + QStringLiteral(" against:"));
     measuredCurve_ = CurveToCompare(rule, measured_.points);
     Offer(shown, test, folder);
+    history_ = HistoryText();
     const QString before = cboReference_->currentText();
     {
         const QSignalBlocker quiet(cboReference_);
@@ -155,6 +174,7 @@ void CompareFacts::Compare(const ShownRecords& shown, std::size_t test, const QS
 
 void CompareFacts::Offer(const ShownRecords& shown, std::size_t test, const QString& folder) {
     choices_.clear();
+    dated_.clear();
     for (std::size_t i = 0; i < shown.Tests().size(); ++i) {
         const ShownTest& other = shown.Tests()[i];
         if (i != test) choices_.push_back({other.name, {}, *other.test});
@@ -176,17 +196,19 @@ void CompareFacts::AddRecords(const RecordFacts& record, const QString& folder) 
     const std::vector<ListRow> rows = RowsForList(tables, tables.recordCount);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const ListRow& row = rows[i];
-        if (row.filename == record.name) continue;
         const QString name = FromPage(row.filename);
-        const QString file = folder + RecordFileOf(tables, i);
         const QString date = FromPage(row.date);
+        const std::optional<QDate> day = ParseRecordDate(row.date);
+        const bool isSame = !serial.empty() && TrimBlanks(row.serial) == serial && day;
+        const bool isOther = row.filename != record.name;
+        const QString file = isOther ? folder + RecordFileOf(tables, i) : QString();
+        if (isSame) dated_.push_back({*day, date, name, file});
+        if (!isOther) continue;
         choices_.push_back(
             {QStringList{name, date, FromPage(TrimBlanks(row.station))}.join(QStringLiteral("   ")),
              file,
              {}});
-        const std::optional<QDate> day = ParseRecordDate(row.date);
-        if (serial.empty() || TrimBlanks(row.serial) != serial || !day || !(*day < oldest))
-            continue;
+        if (!isSame || !(*day < oldest)) continue;
         oldest = *day;
         first = Choice{name + QStringLiteral("   ") + date +
                            QStringLiteral("   the oldest of this serial number"),
@@ -196,18 +218,39 @@ void CompareFacts::AddRecords(const RecordFacts& record, const QString& folder) 
     if (first) choices_.insert(choices_.begin(), *first);
 }
 
+QString CompareFacts::HistoryText() {
+    std::stable_sort(dated_.begin(), dated_.end(),
+                     [](const Dated& a, const Dated& b) { return a.day < b.day; });
+    if (dated_.size() < 2) return {};
+    // The oldest and the newest ones: each has to be read and fitted.
+    if (std::ssize(dated_) > kMostDated)
+        dated_.erase(dated_.begin() + 1, dated_.end() - kMostDated + 1);
+    QString rows;
+    for (const Dated& one : dated_) {
+        QString knee = KneeTextOf(measuredCurve_);
+        try {
+            if (!one.file.isEmpty()) {
+                const RecordFacts facts = ReadRecordFacts(one.file, 0);
+                const RecordTest& test = TestLike(facts, measured_.testNumber);
+                knee = KneeTextOf(CurveToCompare(rule_, test.points));
+            }
+        } catch (const RunTimeError& error) {
+            knee = TroubleText(one.name, error);
+        }
+        rows += Row(one.date, one.name.toHtmlEscaped(), knee.toHtmlEscaped());
+    }
+    return Paragraph(QStringLiteral("Smooth kneepoints of this serial number, ") + KneeWord(rule_) +
+                     QLatin1Char(':')) +
+           QStringLiteral("<table>%1</table>").arg(rows);
+}
+
 void CompareFacts::TakeReference() {
     const Choice& choice = choices_.at(static_cast<std::size_t>(cboReference_->currentIndex()));
     std::optional<RecordTest> test = choice.test;
     referenceName_ = choice.label;
     if (!test) {
         const RecordFacts facts = ReadRecordFacts(choice.file, 0);
-        if (facts.tests.empty()) throw RunTimeError(ErrorNumber::InputPastEnd);
-        const auto same =
-            std::find_if(facts.tests.begin(), facts.tests.end(), [this](const RecordTest& other) {
-                return NumericValue(other.testNumber) == NumericValue(measured_.testNumber);
-            });
-        test = same == facts.tests.end() ? facts.tests.front() : *same;
+        test = TestLike(facts, measured_.testNumber);
         referenceName_ = FromPage(facts.name + " Test " + test->testNumber);
     }
     referenceCurve_ = CurveToCompare(rule_, test->points);
@@ -229,7 +272,7 @@ void CompareFacts::Update() {
             text = Paragraph(TroubleText(cboReference_->currentText(), error));
         }
     }
-    txtCompared_->setHtml(text + Paragraph(RatioText()));
+    txtCompared_->setHtml(text + Paragraph(RatioText()) + history_);
     if (OnChanged) OnChanged();
 }
 

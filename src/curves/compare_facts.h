@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QDate>
 #include <QString>
 #include <QWidget>
 #include <array>
@@ -51,6 +52,8 @@ class CompareFacts : public QWidget {
     QLineEdit* LimitBox(const char* name, const QString& caption, QString& kept);
     void Offer(const ShownRecords& shown, std::size_t test, const QString& folder);
     void AddRecords(const RecordFacts& record, const QString& folder);
+    // The smooth kneepoints of one serial number, the oldest first; empty for a single record.
+    QString HistoryText();
     // Reads the chosen reference; throws what ReadRecordFacts throws.
     void TakeReference();
     void Update();
@@ -58,7 +61,16 @@ class CompareFacts : public QWidget {
     QString RatioText() const;
 
     Settings& settings_;
+    // A record of the serial number; of the measured one there is no file.
+    struct Dated {
+        QDate day;
+        QString date;
+        QString name;
+        QString file;
+    };
     std::vector<Choice> choices_;
+    std::vector<Dated> dated_;
+    QString history_;
     KneeRule rule_ = KneeRule::Asa1050;
     RecordTest measured_;
     QString measuredName_;

@@ -119,6 +119,49 @@ TEST_F(ComparedRecords, ShowsBothCurvesAndTheBandOfTheLimit) {
     EXPECT_EQ(curves[2].look, CurveLook::Faint);
 }
 
+TEST_F(ComparedRecords, ShowsTheKneepointsOfTheSerialNumberOverTheYears) {
+    AddMade("NOW", {});
+    AddMade("FIRST", {"03/07/15", "77", 1.25});
+    AddMade("LATER", {"03/07/19", "77", 0.5});
+    AddMade("STRANGER", {"03/07/05", "78"});
+    ShowCompared("NOW");
+    const std::string said = Said();
+    const std::size_t begin = said.find("Smooth kneepoints of this serial number, ASA 10/50:");
+    ASSERT_NE(begin, std::string::npos) << said;
+    const std::string history = said.substr(begin);
+    EXPECT_THAT(history, AllOf(Not(HasSubstr("STRANGER")), HasSubstr("\u00b1")));
+    std::vector<double> volts;
+    std::size_t at = 0;
+    for (const char* name : {"FIRST", "LATER", "NOW"}) {
+        at = history.find(name, at);
+        ASSERT_NE(at, std::string::npos) << name << " of " << history;
+        volts.push_back(
+            std::strtod(history.c_str() + history.find_first_of("0123456789", at), nullptr));
+    }
+    EXPECT_NEAR(volts[0] / volts[2], 1.25, 0.002);
+    EXPECT_NEAR(volts[1] / volts[2], 0.5, 0.002);
+    DeleteFile(File("LATER"));
+    DeleteFile(File("FIRST"));
+    ListFolder(settings.dataPath, directory);
+    ClickTab(0);
+    ClickTab(1);
+    EXPECT_THAT(Said(), Not(HasSubstr("Smooth kneepoints of"))) << "of one record there are none";
+}
+
+TEST_F(ComparedRecords, KeepsTheOldestOfManyKneepoints) {
+    AddMade("NOW", {});
+    for (int year = 1; year <= 14; ++year) {
+        const std::string date = year < 10 ? "03/07/0" : "03/07/";
+        AddMade("Y" + std::to_string(100 + year), {(date + std::to_string(year)).c_str()});
+    }
+    ShowCompared("NOW");
+    const std::string history = Said().substr(Said().find("Smooth kneepoints"));
+    EXPECT_EQ(std::count(history.begin(), history.end(), '/'), 2 * 12 + 1) << "and ASA 10/50";
+    for (const char* name : {"Y101", "Y105", "Y114", "NOW"})
+        EXPECT_THAT(history, HasSubstr(name));
+    EXPECT_THAT(history, Not(HasSubstr("Y104")));
+}
+
 TEST_F(ComparedRecords, TheOtherPhasesAreOffered) {
     ShowCompared("THREE");
     References()->setFocus();
