@@ -42,7 +42,7 @@ std::vector<QPointF> OutlineAt(QPointF at, double radius, int corners) {
 
 // About as wide as text is, in mm.
 double WidthOf(const QString& text) {
-    constexpr double kOfCharacter = 0.54;
+    constexpr double kOfCharacter = 0.5;
     return static_cast<double>(text.size()) * kOfCharacter * kChartText * kMillimetresPerPoint;
 }
 

@@ -108,6 +108,7 @@ class Pages {
         for (int ink = 0; ink < kCurveInk; ++ink)
             style.replace(QStringLiteral("var(--i%1)").arg(ink), PaperInk(ink).name());
         document_.setDefaultStyleSheet(style);
+        // Without the empty part at its right.
         document_.addResource(
             QTextDocument::ImageResource, QUrl(QStringLiteral("letterhead")),
             QImage::fromData(PageResource("report/letterhead.png")).copy(0, 0, 592, 160));
