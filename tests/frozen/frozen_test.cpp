@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Files that earlier releases have written are read as those releases read them. Each release has
 // a folder here, which nothing changes any more. To add that of a new one, add what it writes newly
-// to freeze.cpp, readings.cpp and read_release.py, and run
+// to freeze.cpp, readings.cpp and readings_test.py, and run
 //   build/release/tests/frozen/davo_freeze tests/frozen/<release>
 // which writes the files and what the program reads from them.
 #include <QDir>
