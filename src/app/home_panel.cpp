@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <QPalette>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QSignalBlocker>
 #include <QStackedLayout>
 #include <QStringList>
@@ -432,6 +433,8 @@ void HomePanel::FocusButtonOf(const QAction* item) {
 
 void HomePanel::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
+    // That was before another window.
+    if (!event->spontaneous()) Say({});
     // It may have been written anew under another window.
     Preview();
 }

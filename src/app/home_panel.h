@@ -49,7 +49,8 @@ class HomePanel : public QWidget {
     // A certificate of the selected record is wanted.
     std::function<void(const QString& file)> OnCertificate;
 
-    // Below the list's heading, until another record is selected: in lines, none hides it.
+    // Below the list's heading, until another record is selected or another window was open: in
+    // lines, none hides it.
     void Say(const QStringList& lines);
     // Selects the record that a session was saved as, and says what can be made of it.
     void ShowSavedSession(const QString& file);

@@ -401,6 +401,10 @@ TEST_F(HomeWithRecords, WhatWasSavedIsSaidUntilAnotherRecordIsSelected) {
     EXPECT_TRUE(Find<QLabel>("lblSaved")->isVisible());
     ClickItem(*Newest(), Newest()->topLevelItem(1));
     EXPECT_FALSE(Find<QLabel>("lblSaved")->isVisible());
+    panel->ShowSavedSession(u"B18.txt"_s);
+    panel->hide();
+    panel->show();
+    EXPECT_FALSE(Find<QLabel>("lblSaved")->isVisible()) << "another window was open";
     panel->ShowSavedSession(u"elsewhere.txt"_s);
     EXPECT_FALSE(Find<QLabel>("lblSaved")->isVisible()) << "it is not in the list";
 }
