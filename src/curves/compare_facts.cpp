@@ -177,7 +177,8 @@ void CompareFacts::Offer(const ShownRecords& shown, std::size_t test, const QStr
     dated_.clear();
     for (std::size_t i = 0; i < shown.Tests().size(); ++i) {
         const ShownTest& other = shown.Tests()[i];
-        if (i != test) choices_.push_back({other.name, {}, *other.test});
+        if (i != test && !other.test->points.empty())
+            choices_.push_back({other.name, {}, *other.test});
     }
     try {
         AddRecords(*shown.Records().at(shown.Tests().at(test).record), folder);

@@ -176,6 +176,13 @@ TEST_F(ComparedRecords, TheOtherPhasesAreOffered) {
     EXPECT_EQ(References()->currentText(), u"ONE   03/07/24   Hilltop"_s);
 }
 
+TEST_F(ComparedRecords, ATestWithoutACurveIsNotOffered) {
+    Add("RATIO", Curve(SmoothCurve(150), 1) + Curve({}, 2) + Curve(SmoothCurve(160), 3));
+    ShowCompared("RATIO");
+    EXPECT_EQ(References()->currentText(), u"Test 3"_s);
+    EXPECT_EQ(References()->findText(u"Test 2"_s), -1);
+}
+
 TEST_F(ComparedRecords, SaysWhyTwoCurvesAreNotCompared) {
     Add("FEW", Curve(ThreePoints(), 1));
     ListFolder(settings.dataPath, directory);
