@@ -200,16 +200,16 @@ void CompareFacts::AddRecords(const RecordFacts& record, const QString& folder) 
         const QString name = FromPage(row.filename);
         const QString date = FromPage(row.date);
         const std::optional<QDate> day = ParseRecordDate(row.date);
-        const bool isSame = !serial.empty() && TrimBlanks(row.serial) == serial && day;
+        const bool isSame = !serial.empty() && TrimBlanks(row.serial) == serial;
         const bool isOther = row.filename != record.name;
         const QString file = isOther ? folder + RecordFileOf(tables, i) : QString();
-        if (isSame) dated_.push_back({*day, date, name, file});
+        if (isSame && day) dated_.push_back({*day, date, name, file});
         if (!isOther) continue;
         choices_.push_back(
             {QStringList{name, date, FromPage(TrimBlanks(row.station))}.join(QStringLiteral("   ")),
              file,
              {}});
-        if (!isSame || !(*day < oldest)) continue;
+        if (!isSame || !day || !(*day < oldest)) continue;
         oldest = *day;
         first = Choice{name + QStringLiteral("   ") + date +
                            QStringLiteral("   the oldest of this serial number"),

@@ -227,10 +227,11 @@ bool RecordPanel::Compares() const {
 }
 
 void RecordPanel::Compare() {
-    if (!Compares()) return;
+    const std::optional<std::size_t> chosen = Chosen();
+    if (!Compares() || !chosen) return;
     const QString folder = QFileInfo(wanted_.front().file).absolutePath() + QLatin1Char('/');
     const std::string marker = marker_ == nullptr ? std::string() : marker_->toStdString();
-    compare_->Compare(shown_, *Chosen(), folder, KneeRuleOf(marker).value_or(KneeRule::Asa1050));
+    compare_->Compare(shown_, *chosen, folder, KneeRuleOf(marker).value_or(KneeRule::Asa1050));
 }
 
 void RecordPanel::ShowTop() {
