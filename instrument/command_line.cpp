@@ -35,6 +35,13 @@ bool ReadScenarios(const std::string& text, std::vector<Scenario>& scenarios) {
 
 using Setter = std::function<bool(const std::string&)>;
 
+Setter Path(std::string& path) {
+    return [&path](const std::string& text) {
+        path = text;
+        return !text.empty();
+    };
+}
+
 }  // namespace
 
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::uint64_t presetSeed) {
@@ -49,11 +56,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::uin
         {"--help", [&] { line.help = true; }},
     };
     const std::map<std::string, Setter> values = {
-        {"--link",
-         [&](const std::string& text) {
-             line.options.linkPath = text;
-             return !text.empty();
-         }},
+        {"--link", Path(line.options.linkPath)},
         {"--seed",
          [&](const std::string& text) {
              return ReadNumber<std::uint64_t>(text, 0, UINT64_MAX, conversation.seed);
@@ -66,16 +69,8 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::uin
              if (fault) line.options.faults.push_back(*fault);
              return fault.has_value();
          }},
-        {"--replay",
-         [&](const std::string& text) {
-             line.replayPath = text;
-             return !text.empty();
-         }},
-        {"--check",
-         [&](const std::string& text) {
-             line.checkPath = text;
-             return !text.empty();
-         }},
+        {"--replay", Path(line.replayPath)},
+        {"--check", Path(line.checkPath)},
         {"--log",
          [&](const std::string& text) {
              line.options.logPath = text;

@@ -128,11 +128,13 @@ std::optional<Shift> ShiftBetween(const std::vector<CurvePoint>& measured,
         const Fit fit = FitAt(a, b, k * kStep);
         if (fit.scatter < best.scatter) best = fit;
     }
-    for (double step = kStep / 2; step > kLogRounding; step /= 2) {
+    double step = kStep / 2;
+    while (step > kLogRounding) {
         for (const double side : {-step, step}) {
             const Fit fit = FitAt(a, b, best.lnCurrent + side);
             if (fit.scatter < best.scatter) best = fit;
         }
+        step /= 2;
     }
     constexpr double kMostScatter = 0.05;    // more is another shape
     constexpr double kLeastScatter = 0.005;  // that 5 % more or less current has to add

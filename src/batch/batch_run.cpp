@@ -61,7 +61,7 @@ void RequireFile(const QString& path) {
     // Opening a named pipe would wait for its writer.
     if (info.exists() && !info.isFile()) throw std::runtime_error("it is not a file.");
     // The tests that are read, of as many points as there can be, have less than 1 MB.
-    constexpr qint64 kMostBytes = 16 * 1024 * 1024;
+    constexpr qint64 kMostBytes = qint64{16} * 1024 * 1024;
     if (info.size() > kMostBytes)
         throw std::runtime_error("it has more than 16 MB, and no record has.");
 }

@@ -16,7 +16,8 @@ namespace davo {
 // The record, or the maker's curve in a CSV file, that the tests of records are compared with.
 class Reference {
   public:
-    // Throws what ReadRecordFacts and ParseReferenceCurve throw. rule is that of the kneepoints; limit is in percent.
+    // Throws what ReadRecordFacts and ParseReferenceCurve throw. rule is that of the kneepoints;
+    // limit is in percent.
     Reference(const QString& path, KneeRule rule, std::optional<double> limit);
 
     // The texts for a test, the last one of which is sentences. It is compared with the test of the

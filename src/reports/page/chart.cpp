@@ -185,8 +185,9 @@ class ChartWriter {
                  QStringLiteral("%1 curves: too many for a legend").arg(curves_.size()),
                  Anchor::Start);
         for (std::size_t i = 0; i < LegendCurves(); ++i) {
+            const std::size_t row = i / inRow_;
             const QPointF at(area_.left() + static_cast<double>(i % inRow_) * legendWidth_,
-                             legendTop_ + static_cast<double>(i / inRow_) * kLegendRow);
+                             legendTop_ + static_cast<double>(row) * kLegendRow);
             Line({at, at + QPointF(kLegendLine, 0)}, InkOf(i), 0.6, DashOf(i));
             Text(at + QPointF(kLegendLine + 1, 1), curves_[i].name, Anchor::Start);
         }
@@ -214,9 +215,9 @@ QString SvgLine(const DrawnLine& line) {
     QString style = QStringLiteral("i%1").arg(line.ink);
     if (line.filled) style += QStringLiteral(" f");
     if (line.dash > 0) style += QStringLiteral(" d%1").arg(line.dash);
-    const QString svg = QStringLiteral("<poly%1 class=\"%2\" stroke-width=\"%3\" points=\"%4\"/>\n")
-                            .arg(line.filled ? QStringLiteral("gon") : QStringLiteral("line"),
-                                 style, Short(line.width), points.join(QLatin1Char(' ')));
+    QString svg = QStringLiteral("<poly%1 class=\"%2\" stroke-width=\"%3\" points=\"%4\"/>\n")
+                      .arg(line.filled ? QStringLiteral("gon") : QStringLiteral("line"), style,
+                           Short(line.width), points.join(QLatin1Char(' ')));
     if (line.link.isEmpty()) return svg;
     return QStringLiteral("<a href=\"%1\"><title>%2</title>%3</a>\n")
         .arg(line.link.toHtmlEscaped(), line.name.toHtmlEscaped(), svg);
