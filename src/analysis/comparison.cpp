@@ -175,7 +175,7 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
     };
     const std::vector<Deviation>& places = comparison.voltage.places;
     if (std::all_of(places.begin(), places.end(), isEqual))
-        return "At all common currents the voltage is the reference's to 0.1 %" + end;
+        return "At all common currents the voltage is within 0.1 % of the reference" + end;
     const bool isExplained = VerdictOf(comparison, limitPercent) == Verdict::Within &&
                              VerdictOf(percent, limitPercent) == Verdict::Beyond;
     return "At " + AmperesText(worst.at) + " the voltage is " + PercentText(percent, limitPercent) +
@@ -186,6 +186,10 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
 }
 
 std::string KneeSentenceOf(const KneeDifference& knee) {
+    constexpr double kNoDifference = 0.05;  // percent; less is 0.0
+    if (knee.voltagePercent && std::abs(*knee.voltagePercent) < kNoDifference)
+        return "The kneepoint is within 0.1 % of the reference's, give or take " +
+               PercentText(knee.uncertainPercent) + ".";
     if (knee.voltagePercent) {
         return "The kneepoint is " + PercentText(*knee.voltagePercent) + " " +
                SideOf(*knee.voltagePercent) + " the reference's, give or take " +

@@ -38,7 +38,12 @@ std::optional<double> LimitOf(const QLineEdit& box) {
 QString Cell(const std::optional<Extremes>& part, std::string (*placeText)(double)) {
     if (!part) return QStringLiteral("-");
     const Deviation& worst = part->Worst();
-    return FromPage(SignedPercentText(worst.Percent()) + " at " + placeText(worst.at));
+    // A number and its unit are on one line.
+    const auto together = [](const std::string& text) {
+        return FromPage(text).replace(QLatin1Char(' '), QChar::Nbsp);
+    };
+    return together(SignedPercentText(worst.Percent())) + QStringLiteral(" at ") +
+           together(placeText(worst.at));
 }
 
 QString Row(const QString& name, const QString& voltage, const QString& current) {

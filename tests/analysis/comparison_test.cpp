@@ -179,10 +179,11 @@ TEST(Comparison, TheVerdictGoesByTheUnroundedNumber) {
     EXPECT_THAT(
         SentenceOf(of(1.0496), 4.98),
         testing::EndsWith("the voltage is 4.96 % above the reference; the limit is 4.98 %."));
-    EXPECT_EQ(SentenceOf(of(1.0001), 5),
-              "At all common currents the voltage is the reference's to 0.1 %; the limit is 5 %.");
+    EXPECT_EQ(
+        SentenceOf(of(1.0001), 5),
+        "At all common currents the voltage is within 0.1 % of the reference; the limit is 5 %.");
     EXPECT_EQ(SentenceOf(of(1), std::nullopt),
-              "At all common currents the voltage is the reference's to 0.1 %.");
+              "At all common currents the voltage is within 0.1 % of the reference.");
     EXPECT_THAT(SentenceOf(of(1.0004), 0.01),
                 testing::EndsWith(
                     "the voltage is 0.04 % above the reference, beyond the limit of 0.01 %."));
@@ -245,6 +246,8 @@ TEST(Comparison, SaysHowFarTheKneepointsAreApart) {
     };
     EXPECT_EQ(sentence({{}, other, {}}, {{}, knee, {}}),
               "The kneepoint is 5.0 % below the reference's, give or take 1.4 %.");
+    EXPECT_EQ(sentence({{}, SmoothKnee{{0.1, 400.1}, 4}, {}}, {{}, knee, {}}),
+              "The kneepoint is within 0.1 % of the reference's, give or take 1.4 %.");
     EXPECT_EQ(sentence({{}, knee, {}}, {{}, {}, range}),
               "The kneepoints are not compared: the reference has only a range.");
     EXPECT_EQ(sentence({{}, {}, range}, {{}, knee, {}}),
