@@ -17,7 +17,7 @@ namespace davo {
 namespace {
 
 // The two fields of a line; the second one has whatever is behind the first.
-std::array<std::string, 2> FieldsOf(std::string line) {
+std::array<std::string, 2> FieldsOf(const std::string& line) {
     std::size_t end = line.find_first_of(";\t");
     const bool hasCommas = end != std::string::npos;
     if (!hasCommas) end = std::min(line.find(','), line.size());
