@@ -35,11 +35,11 @@ std::vector<std::string> Reference::TextsOf(const RecordTest& test) const {
         return texts;
     }
     const CurveComparison found = CompareCurves(CurveToCompare(rule_, test.points), with->second);
+    const bool isCompared = found.reason == NotCompared::No;
     auto next = texts.begin();
     *++next = with->first;
     std::array<std::optional<Extremes>, 6> parts;
-    if (found.reason == NotCompared::No)
-        parts = {found.voltage.all, found.voltage.below, found.voltage.above};
+    if (isCompared) parts = {found.voltage.all, found.voltage.below, found.voltage.above};
     if (found.current) {
         parts[3] = found.current->all;
         parts[4] = found.current->below;
@@ -49,12 +49,12 @@ std::vector<std::string> Reference::TextsOf(const RecordTest& test) const {
         *++next = part ? GeneralNumber(part->Worst().Percent()) : std::string();
         *++next = part ? GeneralNumber(part->Worst().at) : std::string();
     }
-    const std::optional<double> knee = found.knee.voltagePercent;
+    const std::optional<double> knee = isCompared ? found.knee.voltagePercent : std::nullopt;
     *++next = knee ? GeneralNumber(*knee) : std::string();
     *++next = knee ? GeneralNumber(found.knee.uncertainPercent) : std::string();
     const Verdict verdict = VerdictOf(found, limit_);
     *++next = verdict == Verdict::None ? "" : verdict == Verdict::Within ? "yes" : "no";
-    *++next = SentenceOf(found, limit_) + ' ' + KneeSentenceOf(found.knee);
+    *++next = SentenceOf(found, limit_) + (isCompared ? ' ' + KneeSentenceOf(found.knee) : "");
     return texts;
 }
 
