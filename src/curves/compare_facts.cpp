@@ -284,8 +284,8 @@ void CompareFacts::Update() {
 
 QString CompareFacts::Text() const {
     const std::optional<double> limit = LimitOf(*txtLimit_);
-    const QString text = QStringLiteral("<p><b>%1</b></p>")
-                             .arg(FromPage(SentenceOf(comparison_, limit)).toHtmlEscaped());
+    QString text = QStringLiteral("<p><b>%1</b></p>")
+                       .arg(FromPage(SentenceOf(comparison_, limit)).toHtmlEscaped());
     if (comparison_.reason != NotCompared::No) return text;
     return text + TableOf(comparison_) + Paragraph(FromPage(KneeSentenceOf(comparison_.knee)));
 }
