@@ -158,7 +158,6 @@ NumberAtStart ReadNumber(std::string_view text) {
         number.value = 0;
         number.overflow = IsTooLarge(mantissa, exponent);
     }
-    if (std::isinf(number.value)) number.overflow = true;
     if (text[0] == '-' && number.value != 0) number.value = -number.value;
     return number;
 }

@@ -39,9 +39,14 @@ TEST(FieldReader, KeepsWhatStandsInQuotes) {
     EXPECT_THAT(Fields("  \"a\" rest,b"), ElementsAre("a", "b"));
     EXPECT_THAT(Fields("\"a\r\nb\"\r\nc"), ElementsAre("a\r\nb", "c"));
     EXPECT_THAT(Fields("\"\",b"), ElementsAre("", "b"));
+    EXPECT_THAT(Fields("\"a,\",b"), ElementsAre("a,", "b"));
     EXPECT_THAT(Fields("\"open, to the end"), ElementsAre("open, to the end"));
     EXPECT_THAT(Fields("\""), ElementsAre(""));
     EXPECT_THAT(Fields("a\"b\",c"), ElementsAre("a\"b\"", "c"));
+}
+
+TEST(FieldReader, LooksAtNothingBehindTheText) {
+    EXPECT_THAT(Fields(std::string_view("  \"x\"", 2)), ElementsAre(""));
 }
 
 TEST(FieldReader, ThrowsPastTheEnd) {

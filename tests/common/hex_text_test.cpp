@@ -2,6 +2,7 @@
 #include "common/numbers.h"
 
 #include <cstdint>
+#include <limits>
 #include <random>
 
 #include "common/run_time_error.h"
@@ -22,6 +23,7 @@ TEST(ParseHexText, ReadsHexadecimal) {
     EXPECT_EQ(ParseHexText("FF"), 255);
     EXPECT_EQ(ParseHexText("00FF"), 255);
     EXPECT_EQ(ParseHexText("7FFFFFFF"), 2147483647);
+    EXPECT_EQ(ParseHexText("a80000000"), std::numeric_limits<std::int32_t>::min());
 }
 
 TEST(ParseHexText, EmptyTextIsZero) {

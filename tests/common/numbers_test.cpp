@@ -88,6 +88,7 @@ TEST(RoundByPicture, ReadsThePictureBack) {
     EXPECT_EQ(RoundByPicture(1.8149, "####0.00"), 1.81);
     EXPECT_EQ(RoundByPicture(-0.0004, "####0.000"), 0.0);
     EXPECT_FALSE(std::signbit(RoundByPicture(-0.0004, "####0.000")));
+    EXPECT_EQ(RoundByPicture(1.23456785, "0.0000000"), 1.2345679);
 }
 
 TEST(GeneralNumber, IsTheShortestTextOfFifteenDigits) {

@@ -79,6 +79,7 @@ TEST(Page, IsWindows1252) {
 
 TEST(Page, RefusesWhatItCannotHold) {
     EXPECT_FALSE(ToPage(u"ab\u0416"_s).has_value());
+    EXPECT_FALSE(ToPage(u"\u0100"_s).has_value());
     EXPECT_FALSE(ToPage(u"\u0080"_s).has_value());
     EXPECT_FALSE(ToPage(u"\U0001F600"_s).has_value());
     EXPECT_EQ(ToPage(QString()), "");

@@ -2,6 +2,9 @@
 // What a full disk does to the capture file, and links and pipes to it and the journal; by means of
 // Linux.
 
+#include <QDir>
+
+#include "common/files.h"
 #include "common/run_time_error.h"
 #include "records/capture_file.h"
 #include "records/session_journal.h"
@@ -39,6 +42,16 @@ TEST(CaptureFileDisk, PartOfAFailedBlockIsCutOff) {
     }
     capture.Append("B");
     EXPECT_EQ(FileBytes(path), block + "B");
+}
+
+TEST(CaptureFileDisk, AFailureInAFolderThatIsGoneIsError57) {
+    const TemporaryFolder folder;
+    CreateFolder(folder.Path("session"));
+    CaptureFile capture;
+    capture.Create(folder.Path("session/") + QLatin1String(kCaptureFileName));
+    QDir(folder.Path("session")).removeRecursively();
+    const test::FileSizeLimit nothing(0);
+    EXPECT_EQ(test::NumberThrownBy([&] { capture.Append("A"); }), ErrorNumber::DeviceInputOutput);
 }
 
 TEST(CaptureFileDisk, ALinkOrAPipeOfItsNameIsNeitherFollowedNorWaitedFor) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "records/capture_file.h"
 
+#include <QFile>
+
 #include "common/run_time_error.h"
 #include "tests/records/captures.h"
 #include "tests/support/temporary_folder.h"
@@ -61,6 +63,38 @@ TEST(CaptureFile, AFileThatIsBackIsNotEmptied) {
     PutFile(path, "what is back");
     EXPECT_EQ(test::NumberThrownBy([&] { capture.MakeAgain(); }), ErrorNumber::PermissionDenied);
     EXPECT_EQ(FileBytes(path), "what is back");
+}
+
+TEST(CaptureFile, WhatIsBehindItsLastBlockIsCutOff) {
+    const TemporaryFolder folder;
+    const QString path = folder.Path(kCaptureFileName);
+    CaptureFile capture;
+    capture.Create(path);
+    capture.Append("A");
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::Append));
+        file.write(" part");
+    }
+    EXPECT_EQ(FileBytes(path), "A part");
+    capture.Append("B");
+    EXPECT_EQ(FileBytes(path), "AB");
+}
+
+TEST(CaptureFile, IsGoneWhereItHasANameAndIsNotThere) {
+    const TemporaryFolder folder;
+    const QString path = folder.Path(kCaptureFileName);
+    CaptureFile capture;
+    EXPECT_FALSE(capture.IsGone());
+    capture.Create(path);
+    EXPECT_FALSE(capture.IsGone());
+    capture.Append("A");
+    capture.Close();
+    ASSERT_TRUE(QFile::remove(path));
+    EXPECT_TRUE(capture.IsGone());
+    capture.MakeAgain();
+    EXPECT_FALSE(capture.IsGone());
+    EXPECT_EQ(FileBytes(path), "A");
 }
 
 TEST(CaptureFile, AppendNeedsAnOpenFile) {

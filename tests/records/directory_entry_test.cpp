@@ -93,9 +93,9 @@ TEST(ParseRecordDate, TwoDigitYearsTurnAtThirty) {
 }
 
 TEST(ParseRecordDate, OtherTextsAreNoDate) {
-    for (const char* text :
-         {"", "DATE: ", "13/01/20", "00/01/20", "02/30/20", "02/29/21", "31/12/20", "01-02-20",
-          " 1/02/20", "1/02/200", "01/02/2O", "01/02/+1", "01/02/20 ", "ab/cd/ef"}) {
+    for (const char* text : {"", "DATE: ", "13/01/20", "00/01/20", "02/30/20", "02/29/21",
+                             "31/12/20", "01-02-20", " 1/02/20", "1/02/200", "01/02/2O",
+                             "01/02/2:", "01/02/2/", "01/02/+1", "01/02/20 ", "ab/cd/ef"}) {
         EXPECT_FALSE(ParseRecordDate(text)) << text;
     }
 }
@@ -135,6 +135,11 @@ TEST(PlaceByDate, EntriesLeftOverFillThePlacesThatFoundNone) {
     const std::string a = "A!01/02/20COMMENTS=as 03/04/21";
     EXPECT_THAT(PlaceByDate({a, "B!03/04/21", "C!06/07/20"}, {kNew, between, kOld}),
                 ElementsAre(a, "C!06/07/20", "B!03/04/21"));
+}
+
+TEST(PlaceByDate, AnEntryWithoutADateFillsTheLastPlace) {
+    EXPECT_THAT(PlaceByDate({"A!no date", "B!03/04/21"}, {kNew, QDate(1900, 1, 1)}),
+                ElementsAre("B!03/04/21", "A!no date"));
 }
 
 TEST(EntryName, EndsAtTheFirstMark) {

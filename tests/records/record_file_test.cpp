@@ -242,6 +242,52 @@ TEST(ParseTestRecordFile, AGroupFilesLinesAreFields) {
     EXPECT_EQ(NumberFor(file), ErrorNumber::TypeMismatch) << "no record file";
 }
 
+TEST(ParseTestRecordFile, AGroupFileMayEndInsideAHeader) {
+    const TestRecordFile file =
+        ParseTestRecordFile("TEST NUMBER: A\r\nDATE: 03/09/21\r\n", RecordSource::GroupFile);
+    ASSERT_EQ(file.headers.size(), 1U);
+    EXPECT_EQ(file.headers[0].date, "03/09/21");
+    EXPECT_EQ(file.headers[0].time, "");
+}
+
+TEST(ParseTestRecordFile, ALineOfAGroupFilesNotesMayLookLikeAHeaders) {
+    const std::string notes = "TEST NUMBER: of the last time\r\nwas 5\r\n";
+    const TestRecordFile file =
+        ParseTestRecordFile(kHeader + kRecord + "NOTES:\r\n" + notes, RecordSource::GroupFile);
+    EXPECT_EQ(file.headers.size(), 1U);
+    EXPECT_THAT(file.notes, ElementsAre(notes));
+}
+
+TEST(ParseTestRecordFile, TheRecordsThatAreNotWantedAreCounted) {
+    const std::string notes = "NOTES:\r\nREC NUMBER: 9\r\n";
+    const std::string bytes = kHeader + kRecord + kRecord + kRecord;
+    for (const std::string& end : {std::string(), notes}) {
+        const TestRecordFile file = ParseTestRecordFile(bytes + end, RecordSource::RecordFile, 1);
+        EXPECT_EQ(file.records.size(), 1U);
+        EXPECT_EQ(file.recordsLeft, 2U);
+        EXPECT_EQ(ParseTestRecordFile(bytes + end, RecordSource::RecordFile, 3).recordsLeft, 0U);
+    }
+}
+
+TEST(ParseTestRecordFile, ControlCharactersAreCounted) {
+    EXPECT_EQ(ParseTestRecordFile(kHeader + kRecord).controls, 0U);
+    std::string bytes = kHeader + kRecord;
+    bytes.replace(bytes.find("ABB"), 3, "A\1\2");
+    const TestRecordFile file = ParseTestRecordFile(bytes);
+    EXPECT_EQ(file.controls, 2U);
+    EXPECT_EQ(file.headers.at(0).fields.at(3), "A??");
+}
+
+TEST(ParseTestRecordFile, TheColonsOfTwoKeysMayBeMissing) {
+    for (const std::string key : {"NUMBER OF DATA POINTS", "KNEE POINT TYPE"}) {
+        std::string bytes = kHeader + kRecord;
+        bytes.erase(bytes.find(key) + key.size(), 1);
+        EXPECT_EQ(ParseTestRecordFile(bytes).records.at(0).dataPointCount, 2) << key;
+        bytes.erase(bytes.find(key) + key.size() - 1, 1);
+        EXPECT_THROW(ParseTestRecordFile(bytes), RunTimeError) << key;
+    }
+}
+
 TEST(ParseTestRecordFile, ErrorNamesTheLine) {
     EXPECT_EQ(test::MessageThrownBy(
                   [&] { ParseTestRecordFile(kHeader + "REC NUMBER: 1\r\nrubbish\r\n"); }),
@@ -281,6 +327,7 @@ TEST(RecordName, IsTheFilesWithoutFolderAndEnding) {
     EXPECT_EQ(RecordNameOf(u"T0012.txt"_s), u"T0012"_s);
     EXPECT_EQ(RecordNameOf(u"/a.txt/b/T0012.TXT"_s), u"T0012"_s);
     EXPECT_EQ(RecordNameOf(u"noending"_s), u"noending"_s);
+    EXPECT_EQ(RecordNameOf(u"/a/.txt"_s), QString());
     EXPECT_EQ(PageRecordNameOf(u"/a/M\u00FChle.txt"_s), "M\xFChle");
     EXPECT_EQ(PageRecordNameOf(u"\u4e2d.txt"_s), "?");
 }

@@ -122,6 +122,10 @@ TEST(DescribeRecordDamage, SaysWhatIsWrong) {
     EXPECT_EQ(damage(digits + "\t\xE4"), "2 characters that are no digits");
     EXPECT_EQ(damage(digits.substr(2) + "aG"),
               "294 of 296 digits, 2 characters that are no digits");
+    EXPECT_EQ(damage(std::string(kImageDigits, '9')), "");
+    EXPECT_EQ(damage(std::string(kImageDigits, '0')), "");
+    EXPECT_EQ(damage(std::string(kImageDigits, 'F')), "");
+    EXPECT_EQ(damage(digits + "/:@G"), "4 characters that are no digits");
     EXPECT_EQ(DescribeRecordDamage(digits + "DONE"), "no DATA");
     EXPECT_EQ(DescribeRecordDamage("DATA" + digits), "no DONE");
     EXPECT_EQ(DescribeRecordDamage(""), "no DATA");

@@ -157,6 +157,17 @@ TEST_F(UnsavedSessionsTest, AppendedBeforeTheJournalWasRewritten) {
     ExpectSetAside(Shot(1) + Shot(2), 2, stem_);
 }
 
+TEST_F(UnsavedSessionsTest, FirstShotAppendedBeforeTheJournalWasRewritten) {
+    PutCapture(Shot(1));
+    Journal(0, Shot(1)).Write(journal_);
+    ExpectSetAside(Shot(1), 1, stem_);
+}
+
+TEST_F(UnsavedSessionsTest, DatedFileWithoutAShotIsNotListed) {
+    PutFile(folder_.Path("TESTFILE-20240101-000000.txt"), "DATA0102\r\n");
+    EXPECT_TRUE(SetAside().empty());
+}
+
 TEST_F(UnsavedSessionsTest, PendingShotAppendedInPart) {
     const std::string pending = Shot(2);
     const std::size_t done = pending.find("DONE");
