@@ -41,6 +41,7 @@ class YesPrompts : public Prompts {
         return QStringLiteral("renamed");
     }
     QString SaveFile(const QString&, const QString&, const QString&) override { return {}; }
+    QString OpenFile(const QString&, const QString&) override { return {}; }
     QString ChooseFolder(const QString&, const QString&) override { return {}; }
 };
 

@@ -153,6 +153,7 @@ class UnaskedPrompts : public davo::Prompts {
     QString SaveFile(const QString& folder, const QString&, const QString&) override {
         Fail(folder);
     }
+    QString OpenFile(const QString& folder, const QString&) override { Fail(folder); }
     QString ChooseFolder(const QString& prompt, const QString&) override { Fail(prompt); }
 
   private:

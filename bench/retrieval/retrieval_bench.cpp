@@ -43,6 +43,7 @@ class UnaskedPrompts : public Prompts {
     QString SaveFile(const QString& folder, const QString&, const QString&) override {
         Fail(folder);
     }
+    QString OpenFile(const QString& folder, const QString&) override { Fail(folder); }
     QString ChooseFolder(const QString& prompt, const QString&) override { Fail(prompt); }
 
   private:

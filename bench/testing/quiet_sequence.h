@@ -34,6 +34,7 @@ class QuietPrompts : public Prompts {
         return std::nullopt;
     }
     QString SaveFile(const QString&, const QString&, const QString&) override { return {}; }
+    QString OpenFile(const QString&, const QString&) override { return {}; }
     QString ChooseFolder(const QString&, const QString&) override { return {}; }
 };
 

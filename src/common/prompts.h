@@ -45,6 +45,10 @@ class Prompts {
     // does.
     virtual QString SaveFile(const QString& folder, const QString& filter, const QString& name) = 0;
 
+    // A dialog that starts in folder with a filter such as "*.csv"; the full path of the file that
+    // was chosen, empty when cancelled.
+    virtual QString OpenFile(const QString& folder, const QString& filter) = 0;
+
     // A folder-choice dialog that starts in start, or at the user's own folder when that is not
     // there; empty when cancelled.
     virtual QString ChooseFolder(const QString& prompt, const QString& start) = 0;

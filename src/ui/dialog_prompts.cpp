@@ -257,6 +257,14 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, co
     return Chosen(dialog);
 }
 
+QString DialogPrompts::OpenFile(const QString& folder, const QString& filter) {
+    const Open open(*this);
+    const QPointer<QFileDialog> dialog = new QFileDialog(Parent(), {}, folder, filter);
+    SetUp(*dialog, "cdFile", {}, {});
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    return Chosen(dialog);
+}
+
 QString DialogPrompts::ChooseFolder(const QString& prompt, const QString& start) {
     const Open open(*this);
     const QPointer<QFileDialog> dialog = new QFileDialog(Parent());

@@ -25,6 +25,7 @@ class DialogPrompts : public Prompts {
     std::optional<QString> Input(const QString& title, const QString& prompt,
                                  const QString& initial = {}) override;
     QString SaveFile(const QString& folder, const QString& filter, const QString& name) override;
+    QString OpenFile(const QString& folder, const QString& filter) override;
     QString ChooseFolder(const QString& prompt, const QString& start) override;
 
     // One sentence that says what to do about a message; empty where there is nothing to say.

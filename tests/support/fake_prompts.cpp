@@ -76,6 +76,11 @@ QString FakePrompts::SaveFile(const QString& folder, const QString& filter, cons
     return TakeScripted(files, folder);
 }
 
+QString FakePrompts::OpenFile(const QString& folder, const QString& filter) {
+    shown.push_back(folder + QLatin1Char('|') + filter);
+    return TakeScripted(files, folder);
+}
+
 QString FakePrompts::ChooseFolder(const QString& prompt, const QString& start) {
     shown.push_back(prompt + QLatin1Char('|') + start);
     return TakeScripted(folders, prompt);

@@ -24,6 +24,7 @@ class FakePrompts : public Prompts {
     std::optional<QString> Input(const QString& title, const QString& prompt,
                                  const QString& initial = {}) override;
     QString SaveFile(const QString& folder, const QString& filter, const QString& name) override;
+    QString OpenFile(const QString& folder, const QString& filter) override;
     QString ChooseFolder(const QString& prompt, const QString& start) override;
 
     // What was shown, as tests compare it.
@@ -31,7 +32,7 @@ class FakePrompts : public Prompts {
 
     std::deque<Answer> answers;                 // for YesNo and YesNoCancel
     std::deque<std::optional<QString>> inputs;  // for Input
-    std::deque<QString> files;                  // for SaveFile
+    std::deque<QString> files;                  // for SaveFile and OpenFile
     std::deque<QString> folders;                // for ChooseFolder
     std::vector<QString> shown;                 // every text, in order; "folder|filter" of SaveFile
     std::vector<QString> informed;              // of shown, what Inform was given

@@ -533,6 +533,26 @@ TEST(SaveFilePrompt, AddsNothingToANewName) {
               ShownPath(folder.Path("T2")));
 }
 
+TEST(OpenFilePrompt, GivesThePathOfAFileThatIsThere) {
+    const test::TemporaryFolder folder;
+    ReplaceFile(folder.Path("core.csv"), "A;V");
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", [&](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptOpen);
+        EXPECT_EQ(dialog.fileMode(), QFileDialog::ExistingFile);
+        EXPECT_EQ(dialog.nameFilters(), QStringList(u"*.csv"_s));
+        EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
+        Type(dialog, u"core.csv"_s);
+    });
+    EXPECT_EQ(DialogPrompts().OpenFile(folder.Path(), u"*.csv"_s),
+              ShownPath(folder.Path("core.csv")));
+}
+
+TEST(OpenFilePrompt, IsEmptyWhenCancelled) {
+    const test::TemporaryFolder folder;
+    const auto shown = WhenShown::Do<QFileDialog>("cdFile", Press(Qt::Key_Escape));
+    EXPECT_EQ(DialogPrompts().OpenFile(folder.Path(), u"*.csv"_s), QString());
+}
+
 TEST(SaveFilePrompt, IsEmptyWhenCancelled) {
     const test::TemporaryFolder folder;
     const auto shown = WhenShown::Do<QFileDialog>("cdFile", Press(Qt::Key_Escape));
