@@ -41,6 +41,8 @@ void CheckWritten(fuzz::Input& input) {
     settings.kneepointType = QString::fromUtf8(input.Text().c_str());
     settings.dataPath = QStringLiteral("/x") + QString::fromUtf8(input.Text().c_str()) +
                         FolderText(R"(\Shots_Data\)");
+    settings.curveLimit = QString::fromUtf8(input.Text().c_str());
+    settings.ratioLimit = QString::fromUtf8(input.Text().c_str());
     const auto store = MakeSettingsStore(places);
     WriteSettings(*store, settings);
     const auto [read, errors] = ReadFrom(places);
@@ -53,6 +55,8 @@ void CheckWritten(fuzz::Input& input) {
     Require(settings.kneepointType.isEmpty() || read.kneepointType == settings.kneepointType ||
                 settings.kneepointType.endsWith(QLatin1String("Mode")),
             "the kneepoint");
+    Require(read.curveLimit == settings.curveLimit, "the limit of curves");
+    Require(read.ratioLimit == settings.ratioLimit, "the limit of ratios");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 #include <string>
 
@@ -41,12 +42,32 @@ double ScaleOf(const QString& unit) {
     return unit.startsWith(QLatin1Char('k')) ? 1e3 : 1;
 }
 
+// Takes the units that a line of the heading names.
+void TakeUnits(const std::array<std::string, 2>& fields, std::array<QString, 2>& units) {
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const QString unit = UnitOf(fields.at(i));
+        if (!unit.isEmpty()) units.at(i) = unit;
+    }
+}
+
 }  // namespace
 
-std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes) {
+bool NamesUnits(std::string_view bytes) {
+    std::array<QString, 2> units;
+    for (const std::string& line : SplitLines(bytes)) {
+        const std::array<std::string, 2> fields = FieldsOf(line);
+        if (WholeNumericValue(fields[0])) break;
+        TakeUnits(fields, units);
+    }
+    return (units[0].endsWith(u'A') && units[1].endsWith(u'V')) ||
+           (units[0].endsWith(u'V') && units[1].endsWith(u'A'));
+}
+
+std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_view typed) {
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
     if (bytes.starts_with(kUtf8Mark)) bytes.remove_prefix(kUtf8Mark.size());
     std::array<QString, 2> units;
+    TakeUnits(FieldsOf(std::string(typed)), units);
     std::vector<CurvePoint> points;
     std::size_t number = 0;
     for (const std::string& line : SplitLines(bytes)) {
@@ -55,13 +76,13 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes) {
         const std::array<std::string, 2> fields = FieldsOf(line);
         const std::optional<double> first = WholeNumericValue(fields[0]);
         const std::optional<double> second = WholeNumericValue(fields[1]);
-        if (first && second) {
-            const double left = *first * ScaleOf(units[0]);
-            const double right = *second * ScaleOf(units[1]);
+        const double left = first.value_or(0) * ScaleOf(units[0]);
+        const double right = second.value_or(0) * ScaleOf(units[1]);
+        if (first && second && std::isfinite(left) && std::isfinite(right)) {
             const bool isTurned = units[0].endsWith(u'V') && units[1].endsWith(u'A');
             points.push_back(isTurned ? CurvePoint{right, left} : CurvePoint{left, right});
         } else if (points.empty() && !first && !second) {
-            units = {UnitOf(fields[0]), UnitOf(fields[1])};
+            TakeUnits(fields, units);
         } else {
             throw RunTimeError(ErrorNumber::TypeMismatch, "line " + std::to_string(number));
         }

@@ -50,6 +50,24 @@ TEST(ReferenceCurve, HasTheUnitsOfItsHeading) {
     }
 }
 
+TEST(ReferenceCurve, HasTypedUnitsWhereItsHeadingNamesNone) {
+    for (const char* const text : {"250;1,5", "no unit;at all\n250;1,5", "I in mA;U\n250;1,5"}) {
+        SCOPED_TRACE(text);
+        EXPECT_FALSE(NamesUnits(text));
+        const std::vector<CurvePoint> points = ParseReferenceCurve(text, "mA; kV");
+        ASSERT_EQ(points.size(), 1U);
+        EXPECT_DOUBLE_EQ(points[0].current, 0.25);
+        EXPECT_DOUBLE_EQ(points[0].voltage, 1500);
+    }
+    EXPECT_DOUBLE_EQ(ParseReferenceCurve("1,5;250", "kV;mA")[0].voltage, 1500);
+    EXPECT_DOUBLE_EQ(ParseReferenceCurve("A;V\n0,25;1500", "mA;kV")[0].voltage, 1500)
+        << "the file's own count";
+    for (const char* const text : {"A;V", "V,A\n1,2", "core 7\nI/mA\tU/kV\n1\t2"})
+        EXPECT_TRUE(NamesUnits(text)) << text;
+    for (const char* const text : {"", "A;A\n1;2", "V;kV", "1;2\nA;V", "amperes;volts"})
+        EXPECT_FALSE(NamesUnits(text)) << text;
+}
+
 TEST(ReferenceCurve, IsThePublishedOne) {
     for (const test::PublishedCurve& curve : test::PublishedCurves()) {
         std::string text = "A;V\n";
@@ -71,6 +89,7 @@ TEST(ReferenceCurve, SaysWhatIsNoPoint) {
     EXPECT_EQ(Error("A;V\n0,01;175\nend;of it\n"), mismatch + "3");
     EXPECT_EQ(Error("0.01,175,3\n"), mismatch + "1");
     EXPECT_EQ(Error("0,01,175\n"), mismatch + "1");
+    EXPECT_EQ(Error("A;kV\n0,01;0,175\n1;1e308\n"), mismatch + "3");
     const std::string none = "Run-time error '62': Input past end of file: no point in the file";
     EXPECT_EQ(Error(""), none);
     EXPECT_EQ(Error("Current in A,Voltage in V\n"), none);
