@@ -46,8 +46,12 @@ std::array<CertificateTable, 2> EmptyTables() {
         add(0, heading, true, QStringLiteral("Excitation"));
     add(1, "Test", false);
     for (const KneeRule rule : kCertifiedRules) {
+        // Who knows the one name looks for it in vain under the other.
+        const QString group = rule == KneeRule::Asa1050
+                                  ? KneeWord(rule) + QStringLiteral(", IEC knee point e.m.f.")
+                                  : KneeWord(rule);
         for (const char* heading : {"V", "A", "Smooth V", "Smooth A"})
-            add(1, heading, true, KneeWord(rule));
+            add(1, heading, true, group);
     }
     return tables;
 }

@@ -42,6 +42,7 @@ struct Certificate {
     std::array<CertificateTable, 2> tables;  // results, and kneepoints
     QStringList explained;                   // what the marks of doubtful kneepoints mean
     std::vector<ChartCurve> curves;          // none in a session of ratio tests only
+    QStringList compared;  // sentences of a comparison, the reference's name first
     QStringList notes;
     QString tester;
     QString date;

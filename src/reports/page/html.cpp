@@ -139,6 +139,14 @@ QString ListHtml(const QStringList& first, const QStringList& second) {
     return rows.isEmpty() ? QString() : Table("list", rows);
 }
 
+QString ComparisonHtml(const QStringList& sentences) {
+    if (sentences.isEmpty()) return {};
+    QString rows = Row(Element("th", "title", QStringLiteral("Comparison")));
+    for (const QString& sentence : sentences)
+        rows += Row(Element("td", "", sentence.toHtmlEscaped()));
+    return Table(sentences.size() <= kUnbroken ? "short" : "", rows);
+}
+
 // As the inside of a string in CSS.
 QString InStyle(const QString& text) {
     QString safe;
@@ -189,13 +197,14 @@ QSizeF SizeOf(Paper paper) {
     return paper == Paper::A4 ? QSizeF(210, 297) : QSizeF(215.9, 279.4);
 }
 
-QSizeF ChartSize(Paper paper, std::size_t curves) {
+QSizeF ChartSize(const Certificate& certificate, Paper paper) {
     constexpr double kFrameShare = 0.401;
     constexpr double kOfNumbers = 10;
+    const bool isShared = certificate.curves.size() > 1 || !certificate.compared.isEmpty();
     const QSizeF page = SizeOf(paper);
     const double wide = page.width() - 2 * kPageMargin;
     const double high = kFrameShare * page.width() * page.height() / (wide - kChartAround.width());
-    return {wide, high + kChartAround.height() - (curves > 1 ? kOfNumbers : 0)};
+    return {wide, high + kChartAround.height() - (isShared ? kOfNumbers : 0)};
 }
 
 QString AboveChart(const Certificate& certificate, const QString& letterhead) {
@@ -213,6 +222,7 @@ QString BelowChart(const Certificate& certificate) {
     for (qsizetype i = 1; i <= certificate.explained.size(); ++i)
         marks += QStringLiteral("<sup>%1</sup>").arg(i);
     html += ListHtml(marks, certificate.explained);
+    html += ComparisonHtml(certificate.compared);
     html += ListHtml({QStringLiteral("Notes")}, certificate.notes);
     const QString signs =
         QStringLiteral("<th>%1</th><td></td><th>%2</th><td></td><th>&nbsp;</th>")
@@ -234,7 +244,7 @@ std::string CertificateAsHtml(const Certificate& certificate, Paper paper) {
     QString chart;
     if (const auto& curves = certificate.curves; !curves.empty())
         chart = Element("div", "chart",
-                        SvgOf(ChartOf(curves, ChartSize(paper, curves.size())),
+                        SvgOf(ChartOf(curves, ChartSize(certificate, paper)),
                               QStringLiteral("Excitation curves")));
     return (QStringLiteral("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
                            "<meta name=\"viewport\" content=\"width=device-width, "

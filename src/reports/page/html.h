@@ -20,9 +20,9 @@ QSizeF SizeOf(Paper paper);  // mm
 inline constexpr double kPageMargin = 10;
 inline constexpr double kFooterHeight = 6;
 
-// What a chart of so many curves has of the first page: its frame is two fifths of that page, of
-// several curves with the numbers of the axes.
-QSizeF ChartSize(Paper paper, std::size_t curves);
+// What the chart has of the first page: its frame is two fifths of that page, of several curves or
+// beside a comparison with the numbers of the axes.
+QSizeF ChartSize(const Certificate& certificate, Paper paper);
 
 // The certificate as HTML that a browser and Qt's rich text understand: what is above the chart,
 // with letterhead for its picture, and what is below. Numbers of a column are filled up with blanks

@@ -99,7 +99,7 @@ class Pages {
   public:
     Pages(const Certificate& certificate, Paper paper, QPaintDevice* device)
         : certificate_(certificate),
-          chartSize_(ChartSize(paper, certificate.curves.size())),
+          chartSize_(ChartSize(certificate, paper)),
           size_((SizeOf(paper) - QSizeF(2, 2) * kPageMargin - QSizeF(0, kFooterHeight)) / kDot) {
         document_.documentLayout()->setPaintDevice(device);
         document_.setDocumentMargin(0);

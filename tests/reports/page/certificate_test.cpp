@@ -68,6 +68,11 @@ TEST(Certificate, HasTheCurrentOfTheSmoothKneepointBesideItsVoltage) {
     FAIL();
 }
 
+TEST(Certificate, NamesTheKneepointAsIecDoes) {
+    const Certificate page = CertificateOfText(FileText(1));
+    EXPECT_EQ(page.tables[1].columns.at(1).group, u"ASA 10/50, IEC knee point e.m.f."_s);
+}
+
 TEST(Certificate, SaysADoubtOnce) {
     const Certificate page = CertificateOfText(FileText(3));
     ASSERT_FALSE(page.explained.isEmpty());

@@ -142,7 +142,8 @@ class Certificate(unittest.TestCase):
                         self.assertTrue(any(contains_all(line, row) for line in lines), wanted)
 
     def test_pages(self):
-        for name, most in (("T1", 1), ("T3", 1), ("T10", 3), ("RATIO", 1), ("EMPTY", 1)):
+        for name, most in (("T1", 1), ("T3", 1), ("T10", 3), ("RATIO", 1), ("EMPTY", 1),
+                           ("COMPARED1", 1), ("COMPARED3", 2), ("COMPARED10", 3)):
             for paper in ("", "-letter"):
                 with self.subTest(name + paper):
                     info = output("pdfinfo", self.path(f"{name}{paper}.pdf"))
@@ -283,6 +284,16 @@ class Certificate(unittest.TestCase):
     def test_ratio_tests_have_no_chart(self):
         self.assertNotIn("<svg", (FOLDER / "RATIO.html").read_text(encoding="utf-8"))
         self.assertNotIn("amperes", output("pdftotext", self.path("RATIO.pdf"), "-"))
+
+    def test_a_comparison_is_in_one_piece_with_each_sentence(self):
+        for count in (1, 3, 10):
+            for paper in ("", "-letter"):
+                text = output("pdftotext", "-layout", self.path(f"COMPARED{count}{paper}.pdf"), "-")
+                page, = (page for page in text.split("\f") if "Comparison" in page)
+                self.assertIn("Reference: T0001 <first>", page)
+                for i in range(1, count + 1):
+                    self.assertIn(f"Test {i}: At 0.020 A the voltage is 22.7 % below", page)
+            self.assertNotIn("Comparison", output("pdftotext", self.path(f"T{count}.pdf"), "-"))
 
     def test_marks_are_explained(self):
         for name in ("T1", "T3", "T31"):

@@ -45,13 +45,28 @@ std::string RatioTests(int count) {
     return text;
 }
 
-void WriteAll(const QString& folder, const std::string& name, const std::string& tests) {
+QStringList Comparison(int count) {
+    QStringList sentences = {QStringLiteral("Reference: T0001 <first>")};
+    for (int i = 1; i <= count; ++i) {
+        sentences +=
+            QStringLiteral(
+                "Test %1: At 0.020 A the voltage is 22.7 % below the reference, beyond the limit "
+                "of 5 %, which rounded readings move by 0.1 %. The kneepoint is 3.4 % below the "
+                "reference's, give or take 1.2 %.")
+                .arg(i);
+    }
+    return sentences;
+}
+
+void WriteAll(const QString& folder, const std::string& name, const std::string& tests,
+              const QStringList& compared = {}) {
     const std::string bytes = HeaderText(name, "K\xF6ln <&\"'>") + tests;
     const QString path = folder + QLatin1Char('/') + QString::fromStdString(name);
     ReplaceFile(path + QStringLiteral(".txt"), bytes);
     const RecordFacts record = ParseRecordFacts(bytes, name);
     ReplaceFile(path + QStringLiteral(".csv"), RecordsAsCsv({record}));
-    const Certificate certificate = CertificateOf(record, KneeRule::Ieee30);
+    Certificate certificate = CertificateOf(record, KneeRule::Ieee30);
+    certificate.compared = compared;
     for (const Paper paper : {Paper::A4, Paper::Letter}) {
         const QString size = paper == Paper::A4 ? QString() : QStringLiteral("-letter");
         WriteCertificatePdf(certificate, paper, path + size + QStringLiteral(".pdf"));
@@ -68,6 +83,8 @@ void WriteRecords(const QString& folder) {
     for (const int count : {1, 3, 10, 31})
         WriteAll(folder, "T" + std::to_string(count), Tests(count));
     WriteAll(folder, "RATIO", RatioTests(3));
+    for (const int count : {1, 3, 10})
+        WriteAll(folder, "COMPARED" + std::to_string(count), Tests(count), Comparison(count));
     std::string notes = "NOTES:\r\n";
     for (int i = 1; i <= 150; ++i)
         notes += "Line " + std::to_string(i) + " of <long> & \"quoted\" notes \xFC\r\n";
