@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,6 +23,9 @@ struct ComparedCurve {
 // The curve of points with its smooth kneepoint by a rule. Takes some milliseconds.
 ComparedCurve CurveToCompare(KneeRule rule, const std::vector<CurvePoint>& points);
 
+// Where the kneepoint is for certain: the number give or take its uncertainty, or the range.
+std::optional<KneeRange> KneeRangeOf(const ComparedCurve& curve);
+
 // How far a value of the measured curve is from the reference's, at one place of both.
 struct Deviation {
     double at = 0;  // amperes where voltages are compared, volts where currents are
@@ -32,27 +36,21 @@ struct Deviation {
 
     double Percent() const;    // (measured - reference) / reference
     double CertainLn() const;  // ln without what is open, of its sign or zero
-    bool operator==(const Deviation&) const = default;
-};
-
-// The two ends of a list of deviations, by what is certain of them.
-struct Extremes {
-    Deviation lowest;
-    Deviation highest;
-
-    // The one that is farther from the reference, in percent.
-    const Deviation& Worst() const;
 };
 
 // One of the two values over the whole common range of the other. Between its points a curve is a
 // straight line of ln V over ln I, so that no place between these deviates more.
 struct ComparedValue {
     std::vector<Deviation> places;  // wherever a curve has a point, and at the knee; rising
-    Extremes all;
-    // Below and above the reference's kneepoint; nothing where it has none or none is there.
-    std::optional<Extremes> below;
-    std::optional<Extremes> above;
+    // The place that is farthest from the reference, in percent, by what is certain of it.
+    Deviation all;
+    // The same below and above the reference's kneepoint; nothing where it has none or none is
+    // there.
+    std::optional<Deviation> below;
+    std::optional<Deviation> above;
 };
+
+inline constexpr std::size_t kCommonPoints = 3;  // the fewest, of each of two curves
 
 enum class NotCompared {
     No,         // they are compared
@@ -60,19 +58,16 @@ enum class NotCompared {
     ShortRange  // the common currents span less than a quarter of a decade
 };
 
-// The smooth kneepoints of two curves, in percent of the reference's; nothing unless both have one.
+// The voltages of the smooth kneepoints of two curves.
 struct KneeDifference {
-    std::optional<double> voltagePercent;
-    std::optional<double> currentPercent;
-    double uncertainPercent = 0;  // of the voltage, of both together; 19 of 20 are nearer
-    // Where there is no difference: which of them has none, and whether it has a range.
-    bool isReferenceMissing = false;
-    bool missingIsRange = false;
+    std::optional<double> voltagePercent;  // of the reference's; nothing unless both have one
+    double uncertainPercent = 0;           // of both together; 19 of 20 are nearer
+    std::string whyNot;                    // a sentence where there is no difference
 };
 
 struct CurveComparison {
     NotCompared reason = NotCompared::No;
-    double from = 0;  // common currents, amperes; 0 and 0 where there are none
+    double from = 0;  // common currents, amperes; 0 and 0 where the points are too few
     double to = 0;
     ComparedValue voltage;                 // at equal current; empty unless they are compared
     std::optional<ComparedValue> current;  // at equal voltage; nothing where no voltages are common
@@ -87,7 +82,8 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
 // certain; None where the curves are not compared.
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent);
 
-// One sentence: the worst place with its number and the limit, or why the curves are not compared.
+// One sentence: the worst place with its number, the limit and what the readings leave open of it,
+// or why the curves are not compared. Where nothing is certain it is the farthest place.
 std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent);
 
 // One sentence: how far the kneepoints are apart, or why that is not known. It has no verdict.

@@ -70,19 +70,19 @@ std::string ReasonOfNoPair(const SearchPath& path, bool falls, bool saturated) {
     if (path.pairs.empty()) return "No two points can be compared: current or voltage is zero.";
     if (!path.metAbove) {
         // A reading that fell tells nothing of the core.
-        if (falls) return "No pair of points lies above the rule's limit.";
+        if (falls) return "No pair of points is above the rule's limit.";
         if (saturated) {
             return "Too few points for this rule: the core saturated, but every pair of points "
                    "spans too much of the bend.";
         }
-        return "The core did not saturate: no pair of points lies above the rule's limit. Raise "
+        return "The core did not saturate: no pair of points is above the rule's limit. Raise "
                "the voltage further.";
     }
     if (path.metBelow) {
-        return "Only the highest points lie below the rule's limit, all others above it. Check "
+        return "Only the highest points are below the rule's limit, all others above it. Check "
                "the highest points.";
     }
-    return "The curve is bent from its first point on: every pair of points lies above the rule's "
+    return "The curve is bent from its first point on: every pair of points is above the rule's "
            "limit. Take points at lower voltages.";
 }
 
@@ -256,8 +256,12 @@ void AddDoubts(KneeFact& fact, const SearchPath& path, const std::vector<CurvePo
                const SmoothCurve& curve) {
     const std::optional<CurvePoint> printed = fact.At();
     const SmoothVerdict verdict = SmoothKneepoint(fact.rule, curve);
-    fact.smooth = verdict.knee;
-    fact.range = verdict.range;
+    const auto volts = [](double value) { return RoundByPicture(value, kVoltagePicture); };
+    if (const auto& knee = verdict.knee) {
+        fact.smooth = {{RoundByPicture(knee->at.current, kPointPicture), volts(knee->at.voltage)},
+                       volts(knee->uncertainty)};
+    }
+    if (const auto& range = verdict.range) fact.range = {volts(range->low), volts(range->high)};
     const std::vector<Fall> falls = FallsOn(path, points);
     if (!printed) {
         fact.reason = ReasonOf(path, points, !falls.empty(), verdict.isBent);

@@ -19,7 +19,8 @@ struct KneeFact {
     std::string reason;  // why there is none, a sentence or two; empty where there is one
     std::string doubt;   // why the printed one is doubtful; empty where it is not or there is none
     // The kneepoint of a smooth curve through the same points, with its uncertainty, or the range
-    // that the points leave open for it; neither where that curve has none for certain.
+    // that the points leave open for it; neither where that curve has none for certain. Rounded:
+    // currents have four decimals, voltages one.
     std::optional<SmoothKnee> smooth;
     std::optional<KneeRange> range;
 

@@ -2,7 +2,6 @@
 #include "analysis/limits.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "common/numbers.h"
@@ -11,47 +10,62 @@ namespace davo {
 
 namespace {
 
-constexpr double kRoundedPercent = 1e-9;  // of what was computed in doubles
+constexpr double kRounded = 1e-9;  // of what was computed in doubles
+
+// -1 below the other, 0 at it, 1 above.
+int SideOf(double value, double other) {
+    const double apart = value - other;
+    return std::abs(apart) <= kRounded ? 0 : apart < 0 ? -1 : 1;
+}
 
 }  // namespace
 
 Verdict VerdictOf(double percent, std::optional<double> limitPercent) {
-    if (!limitPercent) return Verdict::None;
-    return std::abs(percent) > *limitPercent + kRoundedPercent ? Verdict::Beyond : Verdict::Within;
+    const double limit = limitPercent.value_or(-1);
+    if (!(limit >= 0 && std::isfinite(limit) && std::isfinite(percent))) return Verdict::None;
+    return SideOf(std::abs(percent), limit) > 0 ? Verdict::Beyond : Verdict::Within;
 }
 
-std::string PercentText(double percent, std::optional<double> limitPercent,
-                        std::size_t fewestDecimals) {
-    constexpr std::array kPictures = {"##0", "##0.0", "##0.00", "##0.000", "##0.0000"};
+double PercentOfLn(double ln) {
+    return 100 * std::expm1(ln);
+}
+
+std::string NumberText(double value, std::size_t fewestDecimals, std::optional<double> other) {
+    constexpr std::size_t kMostDecimals = 9;
+    std::string picture = fewestDecimals == 0 ? "##0" : "##0." + std::string(fewestDecimals, '0');
+    for (std::size_t decimals = fewestDecimals; decimals < kMostDecimals; ++decimals) {
+        const double shown = RoundByPicture(value, picture);
+        const auto isTold = [&](double from) { return SideOf(shown, from) == SideOf(value, from); };
+        if (isTold(0) && isTold(other.value_or(0))) break;
+        picture += decimals == 0 ? ".0" : "0";
+    }
+    return Picture(value, picture);
+}
+
+std::string DifferenceText(double percent, const std::string& what,
+                           std::optional<double> limitPercent, std::size_t fewestDecimals) {
     constexpr double kMost = 1e6;
     const double size = std::min(std::abs(percent), kMost);
-    std::size_t decimals = fewestDecimals;
-    while (decimals + 1 < kPictures.size() &&
-           VerdictOf(size, limitPercent) !=
-               VerdictOf(RoundByPicture(size, kPictures.at(decimals)), limitPercent)) {
-        ++decimals;
-    }
-    return Picture(size, kPictures.at(decimals)) + " %";
+    const double step = std::pow(0.1, fewestDecimals);
+    if (size < step / 2 && limitPercent.value_or(step) >= step)
+        return "within " + NumberText(step, fewestDecimals) + " % of " + what;
+    if (SideOf(size, 0) == 0) return "exactly " + what;
+    return NumberText(size, fewestDecimals, limitPercent) + " % " +
+           (percent < 0 ? "below " : "above ") + what;
 }
 
-std::string LimitEnd(double percent, std::optional<double> limitPercent) {
-    if (!limitPercent) return ".";
-    const std::string limit = GeneralNumber(*limitPercent) + " %.";
-    return VerdictOf(percent, limitPercent) == Verdict::Beyond ? ", beyond the limit of " + limit
-                                                               : "; the limit is " + limit;
-}
-
-std::string SideOf(double percent) {
-    return percent < 0 ? "below" : "above";
+std::string LimitEnd(Verdict verdict, std::optional<double> limitPercent) {
+    if (verdict == Verdict::None || !limitPercent) return ".";
+    return (verdict == Verdict::Beyond ? ", beyond the limit of " : "; the limit is ") +
+           GeneralNumber(*limitPercent) + " %.";
 }
 
 std::string AmperesText(double amperes) {
-    const char* picture = amperes < 0.01 ? "##0.0000" : amperes < 0.1 ? "##0.000" : "##0.00";
-    return Picture(amperes, picture) + " A";
+    return NumberText(amperes, amperes < 0.01 ? 4 : amperes < 0.1 ? 3 : 2) + " A";
 }
 
 std::string VoltsText(double volts) {
-    return Picture(volts, volts < 100 ? "##0.0" : "##0") + " V";
+    return NumberText(volts, volts < 100 ? 1 : 0) + " V";
 }
 
 }  // namespace davo

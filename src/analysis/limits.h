@@ -15,19 +15,25 @@ enum class Verdict {
 };
 
 // The difference of a value from its reference against a limit, both in percent; by the unrounded
-// number.
+// number. None where one of them is not finite, and for a limit below zero.
 Verdict VerdictOf(double percent, std::optional<double> limitPercent);
 
-// "3.1 %" of a positive or negative percentage, with as many decimals, from the fewest to four, as
-// tell it from the limit.
-std::string PercentText(double percent, std::optional<double> limitPercent = std::nullopt,
-                        std::size_t fewestDecimals = 1);
+// 100 (e^ln - 1): a difference of logarithms in percent.
+double PercentOfLn(double ln);
 
-// "; the limit is 5 %.", ", beyond the limit of 5 %." or ".": the end of a sentence.
-std::string LimitEnd(double percent, std::optional<double> limitPercent);
+// A value with as many decimals, from the fewest to nine, as tell it from zero and from another
+// number, which it is shown beside. Throws RunTimeError 6 (Overflow) when one is not finite.
+std::string NumberText(double value, std::size_t fewestDecimals,
+                       std::optional<double> other = std::nullopt);
 
-// "below" or "above".
-std::string SideOf(double percent);
+// "3.1 % above the reference" or "3.1 % below the reference" of such a what, with as many decimals
+// as tell the number from the limit. What would be 0.0 % is "within 0.1 % of the reference", or
+// "exactly the reference" by a limit that is lower. The number is at most 1000000.
+std::string DifferenceText(double percent, const std::string& what,
+                           std::optional<double> limitPercent, std::size_t fewestDecimals = 1);
+
+// "; the limit is 5 %." for Within, ", beyond the limit of 5 %." or ".": the end of a sentence.
+std::string LimitEnd(Verdict verdict, std::optional<double> limitPercent);
 
 // "0.20 A": a current with four decimals below 10 mA, three below 100 mA, two above.
 std::string AmperesText(double amperes);

@@ -9,11 +9,24 @@ namespace davo {
 
 namespace {
 
-std::optional<double> ValueAt(const LogLine& line, double at) {
-    if (line.Empty() || !(at > 0)) return std::nullopt;
-    const double x = std::log(at);
-    if (x < line.First() - kLogRounding || x > line.Last() + kLogRounding) return std::nullopt;
-    return std::exp(line.At(x));
+// Draws neighbours together to their mean until x rises.
+LogLine RisingLine(const std::vector<LogLine::Node>& nodes) {
+    LogLine line;
+    std::vector<double> counts;  // of what every node is the mean of
+    for (LogLine::Node mean : nodes) {
+        double count = 1;
+        while (!line.Empty() && mean.x - line.Last() < kLogRounding) {
+            count += counts.back();
+            const double part = counts.back() / count;
+            mean.x += part * (line.nodes.back().x - mean.x);
+            mean.y += part * (line.nodes.back().y - mean.y);
+            line.nodes.pop_back();
+            counts.pop_back();
+        }
+        line.nodes.push_back(mean);
+        counts.push_back(count);
+    }
+    return line;
 }
 
 }  // namespace
@@ -31,6 +44,12 @@ double LogLine::Slope(std::size_t upper) const {
     return (to.y - from.y) / (to.x - from.x);
 }
 
+std::string LogLine::WhyNotAt(double x) const {
+    if (Empty()) return "the curve has no points.";
+    if (x < First() - kLogRounding) return "the curve begins above it.";
+    return x > Last() + kLogRounding ? "the curve ends before it." : "";
+}
+
 double LogLine::At(double x) const {
     const std::size_t next = NextOf(x);
     if (next == nodes.size()) return nodes.back().y;
@@ -38,14 +57,32 @@ double LogLine::At(double x) const {
     return nodes[next - 1].y + (x - nodes[next - 1].x) * Slope(next);
 }
 
-double LogLine::OpenAt(double x) const {
+LogLine::Open LogLine::BendOpen(std::size_t node) const {
+    const auto open = [&](std::size_t upper) {
+        return (nodes[upper - 1].half + nodes[upper].half) / (nodes[upper].x - nodes[upper - 1].x);
+    };
+    const double less = Slope(node) - Slope(node + 1);
+    const double steps = open(node) + open(node + 1);
+    return {steps - less, steps + less};
+}
+
+LogLine::Open LogLine::OpenAt(double x) const {
     const std::size_t next = NextOf(x);
-    if (next == 0 || next == nodes.size() || nodes.size() < 3) return 0;
-    const auto bend = [&](std::size_t upper) { return std::abs(Slope(upper) - Slope(next)); };
-    const double before = bend(next > 1 ? next - 1 : next + 1);
-    const double after = bend(next + 1 < nodes.size() ? next + 1 : next - 1);
-    return std::min({before * (x - nodes[next - 1].x), after * (nodes[next].x - x),
-                     std::abs(nodes[next].y - nodes[next - 1].y)});
+    if (next == 0 || next == nodes.size() || nodes.size() < 3) return {};
+    const std::size_t last = nodes.size() - 1;
+    const Open before = BendOpen(next > 1 ? next - 1 : next);
+    const Open after = BendOpen(next < last ? next : next - 1);
+    const double left = (next > 1 ? 1 : 2) * (x - nodes[next - 1].x);
+    const double right = (next < last ? 1 : 2) * (nodes[next].x - x);
+    const bool turns = (before.below < before.above) != (after.below < after.above);
+    const auto open = [=](double one, double other) {
+        return std::max(turns ? std::max(one, other) * std::min(left, right)
+                              : std::min(one * left, other * right),
+                        0.0);
+    };
+    const auto [low, high] = std::minmax(nodes[next - 1].y, nodes[next].y);
+    return {std::min(open(before.below, after.below), At(x) - low),
+            std::min(open(before.above, after.above), high - At(x))};
 }
 
 std::size_t LogLine::Within(double from, double to) const {
@@ -56,60 +93,26 @@ std::size_t LogLine::Within(double from, double to) const {
 }
 
 LogLine VoltageLine(const std::vector<CurvePoint>& points) {
-    LogLine line;
+    std::vector<LogLine::Node> nodes;
     for (const CurvePoint& point : points) {
         constexpr double kMost = 1e12;  // of amperes and volts; no curve has more
         const bool isReading = point.current > 0 && point.current < kMost && point.voltage > 0 &&
                                point.voltage < kMost;
         if (!isReading) continue;
-        line.nodes.push_back({std::log(point.current), std::log(point.voltage)});
+        nodes.push_back({std::log(point.current), std::log(point.voltage),
+                         kHalfCurrent / point.current + kHalfVoltage / point.voltage});
     }
-    std::sort(line.nodes.begin(), line.nodes.end(),
-              [](const LogLine::Node& a, const LogLine::Node& b) {
-                  return std::pair(a.x, a.y) < std::pair(b.x, b.y);
-              });
-    std::vector<LogLine::Node> merged;
-    std::size_t count = 0;  // of the points that the last node is the mean of
-    for (const LogLine::Node& node : line.nodes) {
-        const bool same = !merged.empty() && node.x - merged.back().x < kLogRounding;
-        count = same ? count + 1 : 1;
-        if (!same) merged.push_back(node);
-        if (same) merged.back().y += (node.y - merged.back().y) / static_cast<double>(count);
-    }
-    line.nodes = std::move(merged);
-    return line;
+    std::sort(nodes.begin(), nodes.end(), [](const LogLine::Node& a, const LogLine::Node& b) {
+        return std::pair(a.x, a.y) < std::pair(b.x, b.y);
+    });
+    return RisingLine(nodes);
 }
 
 LogLine CurrentLine(const LogLine& voltage) {
-    struct Pool {
-        LogLine::Node mean;
-        double count = 1;
-    };
-    std::vector<Pool> pools;
-    for (const LogLine::Node& node : voltage.nodes) {
-        Pool pool{{node.y, node.x}};
-        while (!pools.empty() && pool.mean.x - pools.back().mean.x < kLogRounding) {
-            const Pool& last = pools.back();
-            const double part = last.count / (last.count + pool.count);
-            pool.mean.x += part * (last.mean.x - pool.mean.x);
-            pool.mean.y += part * (last.mean.y - pool.mean.y);
-            pool.count += last.count;
-            pools.pop_back();
-        }
-        pools.push_back(pool);
-    }
-    LogLine line;
-    for (const Pool& pool : pools)
-        line.nodes.push_back(pool.mean);
-    return line;
-}
-
-std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes) {
-    return ValueAt(VoltageLine(points), amperes);
-}
-
-std::optional<double> CurrentAt(const std::vector<CurvePoint>& points, double volts) {
-    return ValueAt(CurrentLine(VoltageLine(points)), volts);
+    std::vector<LogLine::Node> nodes;
+    for (const LogLine::Node& node : voltage.nodes)
+        nodes.push_back({node.y, node.x, node.half});
+    return RisingLine(nodes);
 }
 
 }  // namespace davo

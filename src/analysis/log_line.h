@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
+#include <string>
 #include <vector>
 
 #include "analysis/curve_point.h"
@@ -12,29 +12,44 @@ namespace davo {
 inline constexpr double kLogRounding = 1e-9;                // of sums of logarithms
 inline constexpr double kQuarterDecade = 0.57564627324851;  // ln 10 / 4
 
+// Half a step of the instrument, in amperes and volts.
+inline constexpr double kHalfCurrent = 0.00005;
+inline constexpr double kHalfVoltage = 0.05;
+
 // A curve in logarithms, rising in x and straight between its nodes: ln V over ln I, or ln I over
 // ln V.
 struct LogLine {
     struct Node {
         double x = 0;
         double y = 0;
+        double half = 0;  // half a step of both readings, as a part of them
     };
     std::vector<Node> nodes;
 
     bool Empty() const { return nodes.empty(); }
     double First() const { return nodes.front().x; }
     double Last() const { return nodes.back().x; }
-    // x must be within the nodes.
+    // Why the line has no value at x, "the curve ends before it."; empty where it has one.
+    std::string WhyNotAt(double x) const;
+    // Outside the nodes, of which there must be one, the value of the nearest.
     double At(double x) const;
-    // How far a smooth curve that rises through the nodes can be from the line at x: no farther
-    // than the straight lines of the next segments, continued, nor above or below both nodes.
-    double OpenAt(double x) const;
+    // How far below and above the line a smooth curve through the nodes can be at x: no farther
+    // than the straight lines of the next segments, continued, as far as the steps of the readings
+    // leave these open; the nearer one of both, or each where the bend turns between them. At an
+    // end of the line the bend can be twice that of the next node. Never below or above both nodes.
+    struct Open {
+        double below = 0;
+        double above = 0;
+    };
+    Open OpenAt(double x) const;
     // How many nodes are from one place to another, both included.
     std::size_t Within(double from, double to) const;
 
   private:
     std::size_t NextOf(double x) const;     // the first node at x or above
     double Slope(std::size_t upper) const;  // of the segment that ends at a node
+    // By how much the slope may rise and fall at an inner node.
+    Open BendOpen(std::size_t node) const;
 };
 
 // ln V over ln I of points in any order. Those that are not above zero or above 1e12 are left out;
@@ -44,9 +59,5 @@ LogLine VoltageLine(const std::vector<CurvePoint>& points);
 // ln I over ln V of a voltage line: neighbours whose voltage does not rise are drawn together to
 // their mean, until the curve rises. Which of them is wrong cannot be known.
 LogLine CurrentLine(const LogLine& voltage);
-
-// The voltage of a curve at a current, and the current at a voltage; nothing outside its points.
-std::optional<double> VoltageAt(const std::vector<CurvePoint>& points, double amperes);
-std::optional<double> CurrentAt(const std::vector<CurvePoint>& points, double volts);
 
 }  // namespace davo

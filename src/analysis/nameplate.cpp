@@ -2,6 +2,7 @@
 #include "analysis/nameplate.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -14,60 +15,72 @@ namespace davo {
 namespace {
 
 constexpr double kCErrorPart = 0.1;  // ratio error of a C class at its limit
+constexpr double kMostTyped = 1e9;
 
 using Findings = std::vector<NameplateFinding>;
 
-NameplateFinding EstimateFinding(const std::string& what, const std::optional<Estimate>& estimate,
-                                 const std::string& unit) {
-    if (!estimate || !std::isfinite(estimate->value))
-        return {Verdict::None, "The " + what + " is not estimated: it is not on the curve."};
+// Without what no nameplate has.
+Nameplate Checked(Nameplate nameplate) {
+    for (auto* value : {&nameplate.kneeVoltage, &nameplate.kneeCurrent, &nameplate.turnsRatio,
+                        &nameplate.alf, &nameplate.burdenVa, &nameplate.cVoltage})
+        if (!(value->value_or(0) > 0 && value->value_or(0) <= kMostTyped)) value->reset();
+    for (auto* ohms : {&nameplate.rct, &nameplate.connectedOhm})
+        if (!(ohms->value_or(-1) >= 0 && ohms->value_or(-1) <= kMostTyped)) ohms->reset();
+    return nameplate;
+}
+
+NameplateFinding EstimateFinding(const std::string& what, const std::optional<double>& rct,
+                                 const std::optional<Estimate>& estimate, const std::string& unit,
+                                 const std::vector<CurvePoint>& points) {
+    if (!rct || !estimate) {
+        return {Verdict::None, "The " + what + " is not estimated: " +
+                                   (rct ? VoltageLine(points).WhyNotAt(-HUGE_VAL)
+                                        : "it takes Rct, which this instrument does not measure.")};
+    }
     return {Verdict::None, "The " + what + " is " + (estimate->isAtLeast ? "at least " : "about ") +
-                               Picture(estimate->value, kVoltagePicture) + unit +
+                               NumberText(estimate->value, 1) + unit +
                                ", from the secondary excitation curve; leakage flux is not seen."};
 }
 
-NameplateFinding NoEstimate(const std::string& what) {
-    return {Verdict::None, "The " + what +
-                               " is not estimated: it takes Rct, which this instrument does not "
-                               "measure."};
+// What is between two numbers against the least or the most that the nameplate allows.
+NameplateFinding HeldAgainst(const std::optional<double>& rated, bool isLeast,
+                             const std::string& what, const KneeRange& value, std::size_t decimals,
+                             const std::string& unit) {
+    const std::string between = what + "between " + NumberText(value.low, decimals, rated) +
+                                " and " + NumberText(value.high, decimals, rated) + unit;
+    if (!rated) return {Verdict::None, between + "."};
+    const std::string nameplate = "the nameplate's " + GeneralNumber(*rated) + unit;
+    const bool isAbove = isLeast ? value.low >= *rated : value.low > *rated;
+    const bool isBelow = isLeast ? value.high < *rated : value.high <= *rated;
+    if (!isAbove && !isBelow)
+        return {Verdict::None, between + ", which leaves " + nameplate + " open."};
+    const bool isWithin = isAbove == isLeast;
+    return {isWithin ? Verdict::Within : Verdict::Beyond, between + (isWithin ? ", not " : ", ") +
+                                                              (isLeast ? "less" : "more") +
+                                                              " than " + nameplate + "."};
 }
 
 NameplateFinding KneeFinding(double rated, const ComparedCurve& curve) {
     const std::string what = "The knee point e.m.f. (10 % / 50 %) is ";
-    const std::string nameplate = "the nameplate's " + GeneralNumber(rated) + " V";
-    double low = 0;
-    double high = 0;
-    if (curve.range) {
-        low = curve.range->low;
-        high = curve.range->high;
-    } else if (curve.knee) {
-        low = curve.knee->at.voltage - curve.knee->uncertainty;
-        high = curve.knee->at.voltage + curve.knee->uncertainty;
-    } else {
-        return {Verdict::None, what + "not known: the curve has none for certain."};
-    }
-    const std::string between = what + "between " + Picture(low, kVoltagePicture) + " and " +
-                                Picture(high, kVoltagePicture) + " V";
-    if (low >= rated) return {Verdict::Within, between + ", not less than " + nameplate + "."};
-    if (high < rated) return {Verdict::Beyond, between + ", less than " + nameplate + "."};
-    return {Verdict::None, between + ", which leaves " + nameplate + " open."};
+    const std::optional<KneeRange> knee = KneeRangeOf(curve);
+    if (!knee) return {Verdict::None, what + "not known: the curve has none for certain."};
+    return HeldAgainst(rated, true, what, *knee, 1, " V");
 }
 
-NameplateFinding CurrentFinding(double volts, std::optional<double> limit,
+// Open are half a step of both readings, and the bend between two points.
+NameplateFinding CurrentFinding(double volts, std::optional<double> most,
                                 const ComparedCurve& curve) {
-    const std::string nameplate = "the nameplate's " + GeneralNumber(volts) + " V";
-    const std::optional<double> current = CurrentAt(curve.points, volts);
-    if (!current) {
-        return {Verdict::None,
-                "The exciting current at " + nameplate + " is not known: it is not on the curve."};
-    }
-    const std::string sentence =
-        "The exciting current at " + nameplate + " is " + Picture(*current, kPointPicture) + " A";
-    if (!limit) return {Verdict::None, sentence + "."};
-    const std::string limitText = GeneralNumber(*limit) + " A.";
-    if (*current <= *limit * (1 + kLogRounding))
-        return {Verdict::Within, sentence + "; the limit is " + limitText};
-    return {Verdict::Beyond, sentence + ", beyond the limit of " + limitText};
+    const std::string what =
+        "The exciting current at the nameplate's " + GeneralNumber(volts) + " V is ";
+    const LogLine line = CurrentLine(VoltageLine(curve.points));
+    const double x = std::log(volts);
+    if (const std::string why = line.WhyNotAt(x); !why.empty())
+        return {Verdict::None, what + "not known: " + why};
+    const double step = kHalfVoltage / volts;
+    const LogLine::Open open = line.OpenAt(x);
+    const double low = std::exp(line.At(x - step) - open.below) - kHalfCurrent;
+    const double high = std::exp(line.At(x + step) + open.above) + kHalfCurrent;
+    return HeldAgainst(most, false, what, {std::max(low, 0.0), high}, 4, " A");
 }
 
 void AddPxFindings(Findings& findings, const Nameplate& nameplate, const ComparedCurve& curve,
@@ -83,47 +96,40 @@ void AddPxFindings(Findings& findings, const Nameplate& nameplate, const Compare
                         RatioSentenceOf(*error, nameplate.ratioLimitPercent)});
 }
 
-void AddPFindings(Findings& findings, const Nameplate& nameplate, const ComparedCurve& curve) {
+void AddPFindings(Findings& findings, const Nameplate& nameplate,
+                  const std::vector<CurvePoint>& points) {
     if (!nameplate.burdenVa) return;
-    if (!nameplate.rct) return findings.push_back(NoEstimate("accuracy limit factor"));
-    const double rated = *nameplate.burdenVa / (nameplate.secondary * nameplate.secondary);
+    const double secondary = nameplate.secondary;
+    const double rated = *nameplate.burdenVa / (secondary * secondary);
+    const double rct = nameplate.rct.value_or(0);
+    if (nameplate.alf) {
+        const double volts = BurdenVoltage(*nameplate.alf, *nameplate.burdenVa, secondary);
+        findings.push_back({Verdict::None, "The nameplate asks for " + NumberText(volts, 1) +
+                                               " V at the rated burden."});
+    }
     const double errorPart = nameplate.kind == AccuracyClass::P5 ? 0.05 : 0.1;
-    findings.push_back(EstimateFinding(
-        "accuracy limit factor at the rated burden",
-        ExpectedAlf(curve.points, errorPart, nameplate.secondary, *nameplate.rct + rated), ""));
-    if (!nameplate.alf || !nameplate.connectedOhm) return;
-    const double operating =
-        AlfAtBurden(*nameplate.alf, *nameplate.rct, rated, *nameplate.connectedOhm);
-    if (!std::isfinite(operating)) return;
+    findings.push_back(EstimateFinding("accuracy limit factor at the rated burden", nameplate.rct,
+                                       ExpectedAlf(points, errorPart, secondary, rct + rated), "",
+                                       points));
+    const double connected = nameplate.connectedOhm.value_or(0);
+    if (!nameplate.rct || !nameplate.alf || !nameplate.connectedOhm || rct + connected == 0) return;
     findings.push_back(
         {Verdict::None, "At the connected burden the nameplate's accuracy limit factor of " +
                             GeneralNumber(*nameplate.alf) + " becomes " +
-                            Picture(operating, kVoltagePicture) + "."});
-}
-
-NameplateFinding CFinding(const Nameplate& nameplate, const ComparedCurve& curve) {
-    if (!nameplate.rct) return NoEstimate("C voltage");
-    return EstimateFinding(
-        "C voltage", ExpectedCVoltage(curve.points, nameplate.secondary, *nameplate.rct), " V");
+                            NumberText(AlfAtBurden(*nameplate.alf, rct, rated, connected), 1) +
+                            "."});
 }
 
 }  // namespace
 
 std::string ClassName(const Nameplate& nameplate) {
-    const auto number = [](const std::optional<double>& value) {
-        return value ? GeneralNumber(*value) : std::string();
-    };
-    switch (nameplate.kind) {
-        case AccuracyClass::Px:
-            break;
-        case AccuracyClass::P5:
-            return "5P" + number(nameplate.alf);
-        case AccuracyClass::P10:
-            return "10P" + number(nameplate.alf);
-        case AccuracyClass::C:
-            return "C" + number(nameplate.cVoltage);
-    }
-    return "PX";
+    const Nameplate checked = Checked(nameplate);
+    constexpr std::array kNames = {"PX", "5P", "10P", "C"};
+    std::string name = kNames.at(static_cast<std::size_t>(checked.kind));
+    if (checked.kind == AccuracyClass::Px) return name;
+    const std::optional<double>& number =
+        checked.kind == AccuracyClass::C ? checked.cVoltage : checked.alf;
+    return number ? name + GeneralNumber(*number) : name;
 }
 
 std::optional<Estimate> ExpectedAlf(const std::vector<CurvePoint>& points, double errorPart,
@@ -136,11 +142,11 @@ std::optional<Estimate> ExpectedAlf(const std::vector<CurvePoint>& points, doubl
     const auto factor = [=](double lnCurrent) {
         return std::exp(lnCurrent) / (errorPart * secondary);
     };
-    for (std::size_t k = line.nodes.size(); k-- > 0;) {
+    if (spare(line.nodes.back()) >= 0) return Estimate{factor(line.Last()), true};
+    for (std::size_t k = line.nodes.size() - 1; k-- > 0;) {
         const LogLine::Node& node = line.nodes[k];
-        if (spare(node) < 0) continue;
-        if (k + 1 == line.nodes.size()) return Estimate{factor(node.x), true};
         const LogLine::Node& next = line.nodes[k + 1];
+        if (spare(node) < 0) continue;
         const double part = spare(node) / (spare(node) - spare(next));
         return Estimate{factor(node.x + part * (next.x - node.x)), false};
     }
@@ -152,32 +158,32 @@ std::optional<Estimate> ExpectedCVoltage(const std::vector<CurvePoint>& points, 
     const LogLine line = VoltageLine(points);
     const double current = std::log(kCErrorPart * CVoltageOf(1, secondary));
     if (line.Empty() || !std::isfinite(current) || current < line.First()) return std::nullopt;
-    const double volts =
-        std::exp(line.At(std::min(current, line.Last()))) - CVoltageOf(rct, secondary);
+    const double volts = std::exp(line.At(current)) - CVoltageOf(rct, secondary);
     return Estimate{std::max(volts, 0.0), line.Last() < current - kLogRounding};
 }
 
 std::vector<NameplateFinding> JudgeNameplate(const Nameplate& nameplate, const ComparedCurve& curve,
                                              std::optional<double> turnsRatio) {
+    const Nameplate checked = Checked(nameplate);
+    const bool hasSecondary = checked.secondary > 0 && checked.secondary <= kMostTyped;
     Findings findings;
-    switch (nameplate.kind) {
-        case AccuracyClass::Px:
-            AddPxFindings(findings, nameplate, curve, turnsRatio);
-            findings.push_back({Verdict::None,
-                                "The class PX is not passed as a whole: this "
-                                "instrument does not measure Rct."});
-            return findings;
-        case AccuracyClass::P5:
-        case AccuracyClass::P10:
-            AddPFindings(findings, nameplate, curve);
-            break;
-        case AccuracyClass::C:
-            findings.push_back(CFinding(nameplate, curve));
-            break;
+    if (checked.kind == AccuracyClass::Px) {
+        AddPxFindings(findings, checked, curve, turnsRatio);
+    } else if (hasSecondary && checked.kind == AccuracyClass::C) {
+        findings.push_back(EstimateFinding(
+            "C voltage", checked.rct,
+            ExpectedCVoltage(curve.points, checked.secondary, checked.rct.value_or(0)), " V",
+            curve.points));
+    } else if (hasSecondary) {
+        AddPFindings(findings, checked, curve.points);
     }
-    findings.push_back({Verdict::None, "The class " + ClassName(nameplate) +
-                                           " is not judged: this instrument measures the turns "
-                                           "ratio by voltage, not the error of the current."});
+    findings.push_back(
+        {Verdict::None,
+         "The class " + ClassName(checked) +
+             (checked.kind == AccuracyClass::Px
+                  ? " is not passed as a whole: this instrument does not measure Rct."
+                  : " is not judged: this instrument measures the turns ratio by "
+                    "voltage, not the error of the current.")});
     return findings;
 }
 

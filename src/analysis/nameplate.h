@@ -14,7 +14,8 @@ namespace davo {
 // Accuracy classes of IEC 61869-2 and IEEE C57.13.
 enum class AccuracyClass { Px, P5, P10, C };
 
-// What the nameplate of a transformer says; what was not typed is not judged.
+// What the nameplate of a transformer says; what was not typed is not judged, nor is what is not
+// above zero (a resistance may be zero) or above 1e9.
 struct Nameplate {
     AccuracyClass kind = AccuracyClass::Px;
     double secondary = 5;       // rated secondary current, amperes
@@ -70,12 +71,13 @@ std::optional<Estimate> ExpectedCVoltage(const std::vector<CurvePoint>& points, 
 
 // One thing that was held against the nameplate, in one sentence.
 struct NameplateFinding {
-    Verdict verdict = Verdict::None;  // None for an estimate and for what is not measured
+    Verdict verdict = Verdict::None;  // None for an estimate and for what is open or not measured
     std::string sentence;
 };
 
 // A measured winding against its nameplate; curve has its kneepoint by ASA 10/50, which is IEC's
-// knee point e.m.f. The last finding says why the class as a whole is never passed.
+// knee point e.m.f. What the readings leave open has no verdict. The last finding says why the
+// class as a whole is never passed.
 std::vector<NameplateFinding> JudgeNameplate(const Nameplate& nameplate, const ComparedCurve& curve,
                                              std::optional<double> turnsRatio);
 

@@ -27,15 +27,17 @@ std::string SignedPercentText(double percent) {
 }
 
 std::string RatioSentenceOf(double percent, std::optional<double> limitPercent) {
-    return "The turns ratio is " + PercentText(percent, limitPercent, 2) + " " + SideOf(percent) +
-           " the nameplate's" + LimitEnd(percent, limitPercent);
+    const bool isExact = VerdictOf(percent, 0) == Verdict::Within;
+    return "The turns ratio is " +
+           (isExact ? "exactly the nameplate's"
+                    : DifferenceText(percent, "the nameplate's", limitPercent, 2)) +
+           LimitEnd(VerdictOf(percent, limitPercent), limitPercent);
 }
 
-std::string PolarityWithSign(std::string_view polarity) {
+std::string PolaritySentenceOf(std::string_view polarity) {
     const std::string text = TrimBlanks(polarity);
-    if (text == "IN PHASE") return "in phase (+)";
-    if (text == "OUT OF PHASE") return "out of phase (-)";
-    return {};
+    if (text == "IN PHASE") return "The polarity is in phase (+).";
+    return text == "OUT OF PHASE" ? "The polarity is out of phase (-)." : "";
 }
 
 }  // namespace davo

@@ -20,7 +20,8 @@ std::string SignedPercentText(double percent);
 // One sentence with the limit, where there is one, and whether the error is within it.
 std::string RatioSentenceOf(double percent, std::optional<double> limitPercent);
 
-// A record's polarity with its sign: "in phase (+)", "out of phase (-)"; empty for any other text.
-std::string PolarityWithSign(std::string_view polarity);
+// One sentence of a record's polarity, with its sign; empty unless it is "IN PHASE" or "OUT OF
+// PHASE".
+std::string PolaritySentenceOf(std::string_view polarity);
 
 }  // namespace davo

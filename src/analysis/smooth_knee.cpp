@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "common/numbers.h"
-
 namespace davo {
 
 namespace {
@@ -96,14 +94,12 @@ void RuleOnCurve::PutKnee(SmoothVerdict& verdict, double lnI) const {
     const bool isThere =
         voltage < kAbove * highest && highest < kMostNumber && current < kMostNumber;
     if (!isThere || !std::isfinite(open)) return;
-    const auto rounded = [](double volts) { return RoundByPicture(volts, kVoltagePicture); };
     if (open <= kMostUncertainty) {
-        verdict.knee = {{RoundByPicture(current, kPointPicture), rounded(voltage)},
-                        std::max(rounded(open * voltage), 0.1)};
+        verdict.knee = {{current, voltage}, std::max(open * voltage, 0.1)};
         return;
     }
-    verdict.range = {rounded(std::max(voltage / (1 + open), lowest)),
-                     rounded(std::min(voltage * (1 + open), highest))};
+    verdict.range = {std::max(voltage / (1 + open), lowest),
+                     std::min(voltage * (1 + open), highest)};
 }
 
 SmoothVerdict RuleOnCurve::Verdict() const {

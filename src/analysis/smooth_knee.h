@@ -11,14 +11,14 @@ namespace davo {
 
 // The kneepoint that a rule means, on a smooth curve through the points instead of on their pairs.
 struct SmoothKnee {
-    CurvePoint at;  // current with four decimals, voltage with one
-    // In volts, one decimal, at least 0.1 and at most a tenth of the voltage: nineteen of twenty
-    // kneepoints are not farther away.
+    CurvePoint at;
+    // In volts, at least 0.1 and at most a tenth of the voltage: nineteen of twenty kneepoints are
+    // not farther away.
     double uncertainty = 0;
     bool operator==(const SmoothKnee&) const = default;
 };
 
-// Where the points leave a kneepoint open: nineteen of twenty are within. Volts, one decimal.
+// Where the points leave a kneepoint open: nineteen of twenty are within. Volts.
 struct KneeRange {
     double low = 0;
     double high = 0;

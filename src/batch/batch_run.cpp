@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 
+#include "analysis/ratio_error.h"
 #include "analysis/result_tables.h"
 #include "batch/reference.h"
 #include "batch/streams.h"
@@ -80,6 +81,16 @@ bool IsMadeOfRecord(const QString& name) {
                                [&](const char* made) { return suffix == QLatin1String(made); });
 }
 
+// The error of the ratio and the polarity with their signs, each after a blank; empty where the
+// test has neither.
+std::string SignSentencesOf(const RecordTest& test) {
+    std::string text;
+    if (const auto error = RatioErrorOf(test.measuredRatio, test.nameplateRatio))
+        text += ' ' + RatioSentenceOf(*error, std::nullopt);
+    const std::string polarity = PolaritySentenceOf(test.polarity);
+    return polarity.empty() ? text : text + ' ' + polarity;
+}
+
 class BatchRun {
   public:
     explicit BatchRun(const BatchOptions& options) : options_(options) {}
@@ -104,7 +115,7 @@ class BatchRun {
     void Walk(const QString& folder, const QString& below);
     void Do(const QString& path, const QString& below);
     QStringList MakeFiles(const std::string& bytes, const RecordFacts& facts, const QString& path,
-                          const QString& below);
+                          const QString& below, const QStringList& compared);
     bool Make(const QString& target, const Write& write);
 
     const BatchOptions& options_;
@@ -213,16 +224,22 @@ void BatchRun::Do(const QString& path, const QString& below) {
         if (facts.testsLeft > 0)
             Fail(shown + QLatin1String(": ") + NotWritten({&facts}, 1).join(QLatin1Char(' ')));
         std::vector<std::vector<std::string>> compared;
+        QStringList sentences;
         for (const RecordTest& test : facts.tests) {
             if (!reference_) break;
             compared.push_back(reference_->TextsOf(test));
+            const std::string& sentence = compared.back().back();
+            const std::string number = "Test " + test.testNumber + ": ";
+            if (sentences.isEmpty())
+                sentences += QStringLiteral("Reference: ") + FromPage(compared.back().front());
+            sentences += FromPage(number + sentence + SignSentencesOf(test));
             if (options_.rows) continue;
-            std::string line = shown.toStdString() + " Test " + test.testNumber + ": ";
+            std::string line = shown.toStdString() + ' ' + number;
             ReplaceControls(line);
-            rows_ += line + compared.back().back() + '\n';
+            rows_ += line + sentence + '\n';
         }
         if (options_.rows) rows_ += TestRowsOf(facts, shown, options_.judge, compared);
-        const QStringList made = MakeFiles(bytes, facts, path, below);
+        const QStringList made = MakeFiles(bytes, facts, path, below, sentences);
         if (options_.summary) summary_.Add(facts, shown, made);
     } catch (const std::exception& error) {
         FailRecord(TroubleWith(path, error));
@@ -231,7 +248,8 @@ void BatchRun::Do(const QString& path, const QString& below) {
 
 // Those that are there then.
 QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& facts,
-                                const QString& path, const QString& below) {
+                                const QString& path, const QString& below,
+                                const QStringList& compared) {
     QStringList made;
     const auto make = [&](bool isAsked, const char* extension, const auto& write) {
         if (!isAsked) return;
@@ -263,7 +281,8 @@ QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& fac
     });
     make(xls_ != nullptr, ".xls", [&](const QString& target) { render(*xls_, target); });
     if (!options_.pdf && !options_.html) return made;
-    const Certificate certificate = CertificateOf(facts, options_.rule);
+    Certificate certificate = CertificateOf(facts, options_.rule);
+    certificate.compared = compared;
     make(options_.pdf, ".pdf",
          [&](const QString& target) { WriteCertificatePdf(certificate, paper_, target); });
     make(options_.html, ".html", [&](const QString& target) {

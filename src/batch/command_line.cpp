@@ -42,7 +42,7 @@ constexpr std::array kOptions = {
     Option{"rule", "Mark the kneepoint by asa, 45 or 30; asa when not given.", nullptr, "rule"},
     Option{"out",
            "Put files into this folder, and into folders in it as those of the records. Without "
-           "it each file is beside its record, and summary.html in the current folder.",
+           "it each file is next to its record, and summary.html in the current folder.",
            nullptr, "folder"},
     Option{"impedance", "Workbooks have a column V/I.", &BatchOptions::impedance},
     Option{"judge",

@@ -38,16 +38,16 @@ std::vector<std::string> Reference::TextsOf(const RecordTest& test) const {
     const bool isCompared = found.reason == NotCompared::No;
     auto next = texts.begin();
     *++next = with->first;
-    std::array<std::optional<Extremes>, 6> parts;
+    std::array<std::optional<Deviation>, 6> parts;
     if (isCompared) parts = {found.voltage.all, found.voltage.below, found.voltage.above};
     if (found.current) {
         parts[3] = found.current->all;
         parts[4] = found.current->below;
         parts[5] = found.current->above;
     }
-    for (const std::optional<Extremes>& part : parts) {
-        *++next = part ? GeneralNumber(part->Worst().Percent()) : std::string();
-        *++next = part ? GeneralNumber(part->Worst().at) : std::string();
+    for (const std::optional<Deviation>& part : parts) {
+        *++next = part ? GeneralNumber(part->Percent()) : std::string();
+        *++next = part ? GeneralNumber(part->at) : std::string();
     }
     const std::optional<double> knee = isCompared ? found.knee.voltagePercent : std::nullopt;
     *++next = knee ? GeneralNumber(*knee) : std::string();

@@ -2,9 +2,12 @@
 #include "curves/compare_facts.h"
 
 #include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QSignalBlocker>
 #include <QTextEdit>
@@ -13,11 +16,16 @@
 #include <utility>
 
 #include "analysis/ratio_error.h"
+#include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
 #include "common/text.h"
+#include "curves/frmNameplate.h"
+#include "curves/nameplate_facts.h"
 #include "records/directory_file.h"
 #include "reports/record_texts.h"
+#include "reports/reference_curve.h"
+#include "ui/contrast.h"
 #include "ui/form_parts.h"
 
 namespace davo {
@@ -26,6 +34,9 @@ namespace {
 
 constexpr int kReferenceLetters = 12;
 constexpr int kLeastLines = 4;
+// A maker's curve in the data folder: no list takes it for a record, nor for a table that was
+// saved.
+constexpr QLatin1String kCurveEnding(".reference.csv");
 constexpr int kMostDated = 12;
 constexpr std::size_t kSerialField = 5;  // of RecordFileHeader::fields
 
@@ -35,15 +46,14 @@ std::optional<double> LimitOf(const QLineEdit& box) {
     return limit && *limit > 0 ? limit : std::nullopt;
 }
 
-QString Cell(const std::optional<Extremes>& part, std::string (*placeText)(double)) {
+QString Cell(const std::optional<Deviation>& part, std::string (*placeText)(double)) {
     if (!part) return QStringLiteral("-");
-    const Deviation& worst = part->Worst();
     // A number and its unit are on one line.
     const auto together = [](const std::string& text) {
         return FromPage(text).replace(QLatin1Char(' '), QChar::Nbsp);
     };
-    return together(SignedPercentText(worst.Percent())) + QStringLiteral(" at ") +
-           together(placeText(worst.at));
+    return together(SignedPercentText(part->Percent())) + QStringLiteral(" at ") +
+           together(placeText(part->at));
 }
 
 QString Row(const QString& name, const QString& voltage, const QString& current) {
@@ -96,10 +106,31 @@ QString Paragraph(const QString& text) {
                : QStringLiteral("<p style='margin:6px 0 0 0'>%1</p>").arg(text.toHtmlEscaped());
 }
 
+// A sentence in the colour of its verdict.
+QString Judged(const std::string& sentence, Verdict verdict, const QPalette& palette) {
+    const QString text = FromPage(sentence).toHtmlEscaped();
+    if (verdict == Verdict::None) return text;
+    constexpr double kTextContrast = 4.5;
+    const QColor colour = verdict == Verdict::Within ? QColor(20, 140, 60) : QColor(200, 30, 30);
+    return QStringLiteral("<span style='color:%1'>%2</span>")
+        .arg(Readable(colour, palette.color(QPalette::Base), palette.color(QPalette::Text),
+                      kTextContrast)
+                 .name(),
+             text);
+}
+
+QString MakersLabel(const QString& name) {
+    return name + QStringLiteral("   maker's curve");
+}
+
+bool IsMakersCurve(const QString& file) {
+    return file.endsWith(kCurveEnding, Qt::CaseInsensitive);
+}
+
 }  // namespace
 
-CompareFacts::CompareFacts(Settings& settings, QWidget* parent)
-    : QWidget(parent), settings_(settings) {
+CompareFacts::CompareFacts(Settings& settings, Prompts& prompts, QWidget* parent)
+    : QWidget(parent), settings_(settings), prompts_(prompts) {
     setObjectName(QStringLiteral("CompareFacts"));
     auto* column = WithMargin(new QVBoxLayout(this), 0);
     auto* with = new QHBoxLayout;
@@ -110,6 +141,16 @@ CompareFacts::CompareFacts(Settings& settings, QWidget* parent)
     cboReference_->setMinimumContentsLength(kReferenceLetters);
     with->addWidget(lblCompared_);
     with->addWidget(cboReference_, 1);
+    const auto button = [this](const char* name, const char* caption, const char* tip) {
+        auto* made = Named(new QPushButton(QLatin1String(caption), this), name);
+        made->setToolTip(QLatin1String(tip));
+        made->setAutoDefault(true);
+        return made;
+    };
+    cmdAddCurve_ = button("cmdAddCurve", "Add Curve...",
+                          "Keeps a maker's curve from a CSV file, to compare any record with it");
+    connect(cmdAddCurve_, &QPushButton::clicked, this, [this] { AddCurve(); });
+    with->addWidget(cmdAddCurve_);
     column->addLayout(with);
     txtLimit_ = LimitBox("txtLimit", QStringLiteral("Voltage within (%):"), settings_.curveLimit);
     txtRatioLimit_ =
@@ -121,6 +162,9 @@ CompareFacts::CompareFacts(Settings& settings, QWidget* parent)
         limits->addWidget(box);
     }
     limits->addStretch();
+    cmdNameplate_ = button("cmdNameplate", "Nameplate...", "");
+    connect(cmdNameplate_, &QPushButton::clicked, this, [this] { TypeNameplate(); });
+    limits->addWidget(cmdNameplate_);
     column->addLayout(limits);
     txtCompared_ = Named(new QTextEdit(this), "txtCompared");
     txtCompared_->setAccessibleName(QStringLiteral("What the comparison says"));
@@ -139,7 +183,7 @@ QLineEdit* CompareFacts::LimitBox(const char* name, const QString& caption, QStr
     static const QRegularExpression percent(QStringLiteral("[0-9]{0,2}([.,][0-9]{0,2})?"));
     box->setValidator(new QRegularExpressionValidator(percent, box));
     if (!box->hasAcceptableInput()) box->clear();
-    box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000000")));
+    box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")));
     connect(box, &QLineEdit::textEdited, this, [this, &kept](const QString& text) {
         kept = text;
         Update();
@@ -147,8 +191,8 @@ QLineEdit* CompareFacts::LimitBox(const char* name, const QString& caption, QStr
     return box;
 }
 
-std::array<QWidget*, 4> CompareFacts::Stops() const {
-    return {cboReference_, txtLimit_, txtRatioLimit_, txtCompared_};
+std::array<QWidget*, 6> CompareFacts::Stops() const {
+    return {cboReference_, cmdAddCurve_, txtLimit_, txtRatioLimit_, cmdNameplate_, txtCompared_};
 }
 
 // --- What it is compared with -------------------------------------------------------------------
@@ -157,12 +201,20 @@ void CompareFacts::Compare(const ShownRecords& shown, std::size_t test, const QS
                            KneeRule rule) {
     const ShownTest& measured = shown.Tests().at(test);
     rule_ = rule;
+    folder_ = folder;
     measured_ = *measured.test;
     measuredName_ = CurveName(measured);
     lblCompared_->setText(measured.name + QStringLiteral(" against:"));
     measuredCurve_ = CurveToCompare(rule, measured_.points);
     Offer(shown, test, folder);
     history_ = HistoryText();
+    serial_ =
+        shown.Records().at(measured.record)->headers.at(measured_.header).fields.at(kSerialField);
+    cmdNameplate_->setEnabled(!serial_.empty());
+    cmdNameplate_->setToolTip(serial_.empty()
+                                  ? QStringLiteral("The record has no serial number.")
+                                  : QStringLiteral("What is typed is kept for the serial number"));
+    FindOnNameplate(shown, test);
     const QString before = cboReference_->currentText();
     {
         const QSignalBlocker quiet(cboReference_);
@@ -185,6 +237,10 @@ void CompareFacts::Offer(const ShownRecords& shown, std::size_t test, const QStr
         if (i != test && !other.test->points.empty())
             choices_.push_back({other.name, {}, *other.test});
     }
+    for (const QString& name :
+         QDir(folder).entryList({QLatin1Char('*') + kCurveEnding}, QDir::Files)) {
+        choices_.push_back({MakersLabel(name.chopped(kCurveEnding.size())), folder + name, {}});
+    }
     try {
         AddRecords(*shown.Records().at(shown.Tests().at(test).record), folder);
     } catch (const RunTimeError&) {
@@ -205,7 +261,7 @@ void CompareFacts::AddRecords(const RecordFacts& record, const QString& folder) 
         const QString name = FromPage(row.filename);
         const QString date = FromPage(row.date);
         const std::optional<QDate> day = ParseRecordDate(row.date);
-        const bool isSame = !serial.empty() && TrimBlanks(row.serial) == serial;
+        const bool isSame = IsSameSerial(row.serial, serial);
         const bool isOther = row.filename != record.name;
         const QString file = isOther ? folder + RecordFileOf(tables, i) : QString();
         if (isSame && day) dated_.push_back({*day, date, name, file});
@@ -254,7 +310,10 @@ void CompareFacts::TakeReference() {
     const Choice& choice = choices_.at(static_cast<std::size_t>(cboReference_->currentIndex()));
     std::optional<RecordTest> test = choice.test;
     referenceName_ = choice.label;
-    if (!test) {
+    if (!test && IsMakersCurve(choice.file)) {
+        referenceName_ = QFileInfo(choice.file).fileName().chopped(kCurveEnding.size());
+        test.emplace().points = ParseReferenceCurve(ReadWholeFile(choice.file));
+    } else if (!test) {
         const RecordFacts facts = ReadRecordFacts(choice.file, 0);
         test = TestLike(facts, measured_.testNumber);
         referenceName_ = FromPage(facts.name + " Test " + test->testNumber);
@@ -262,10 +321,98 @@ void CompareFacts::TakeReference() {
     referenceCurve_ = CurveToCompare(rule_, test->points);
 }
 
+// --- What is kept beside the records -----------------------------------------------------------
+
+void CompareFacts::AddCurve() {
+    const QString path =
+        prompts_.OpenFile(QFileInfo(folder_).absolutePath(), QStringLiteral("*.csv"));
+    if (path.isEmpty()) return;
+    QString name;
+    try {
+        name = KeepCurve(path, folder_);
+    } catch (const RunTimeError& error) {
+        prompts_.Message(QStringLiteral("The curve was not added. ") +
+                         QString::fromUtf8(error.what()));
+    }
+    if (name.isEmpty()) return;
+    OnKept();
+    cboReference_->setCurrentIndex(cboReference_->findText(MakersLabel(name)));
+}
+
+// Its name; empty where the operator does not know its units.
+QString CompareFacts::KeepCurve(const QString& path, const QString& folder) {
+    const std::string bytes = ReadWholeFile(path);
+    ParseReferenceCurve(bytes);
+    std::string units;
+    while (!NamesUnits(bytes) && !NamesUnits(units)) {
+        const std::optional<QString> typed =
+            prompts_.Input(QStringLiteral("Units"),
+                           QStringLiteral("The file does not name the units of its two columns. "
+                                          "Type them in their order, such as A; V or kV; mA."),
+                           QStringLiteral("A; V"));
+        if (!typed) return {};
+        units = ToPage(*typed).value_or("");
+    }
+    std::vector<std::string> lines{"A;V"};
+    for (const CurvePoint& point : ParseReferenceCurve(bytes, units))
+        lines.push_back(GeneralNumber(point.current) + ";" + GeneralNumber(point.voltage));
+    // No list of records takes a name without another point for a record.
+    const QString base =
+        QFileInfo(path).completeBaseName().replace(QLatin1Char('.'), QLatin1Char('_'));
+    QString name = base;
+    for (int i = 2; FileExists(folder + name + kCurveEnding); ++i)
+        name = base + QStringLiteral(" %1").arg(i);
+    ReplaceFile(folder + name + kCurveEnding, JoinLines(lines));
+    return name;
+}
+
+void CompareFacts::TypeNameplate() {
+    NameplateTexts texts;
+    try {
+        texts = ReadNameplate(folder_, serial_);
+    } catch (const RunTimeError& error) {
+        prompts_.Message(QString::fromUtf8(error.what()));
+        return;
+    }
+    auto* nameplate = new frmNameplate(FromPage(serial_), texts, prompts_, this);
+    nameplate->OnSave = [this, folder = folder_, serial = serial_](const NameplateTexts& typed) {
+        KeepNameplate(folder, serial, typed);
+        OnKept();
+    };
+    nameplate->open();
+}
+
+void CompareFacts::FindOnNameplate(const ShownRecords& shown, std::size_t test) {
+    nameplate_.clear();
+    nameplateSentences_.clear();
+    const auto add = [&](const QString& heading, const std::vector<NameplateFinding>& findings) {
+        nameplateSentences_ += heading + QLatin1Char(':');
+        nameplate_ += QStringLiteral("<p><b>%1</b></p>").arg(heading) +
+                      Findings(findings, nameplateSentences_);
+    };
+    try {
+        const NameplateTexts texts = ReadNameplate(folder_, serial_);
+        if (!HasNoClass(texts)) {
+            const ComparedCurve curve = rule_ == KneeRule::Asa1050
+                                            ? measuredCurve_
+                                            : CurveToCompare(KneeRule::Asa1050, measured_.points);
+            const Nameplate nameplate = NameplateOf(texts);
+            add(QStringLiteral("Nameplate, class ") + FromPage(ClassName(nameplate)),
+                JudgeNameplate(nameplate, curve, LeadingNumericValue(measured_.measuredRatio)));
+        }
+        if (!texts.back().empty())
+            add(QStringLiteral("Taps, ") + KneeWord(rule_),
+                FindingsOnTaps(texts, shown, test, measuredCurve_));
+    } catch (const RunTimeError& error) {
+        nameplate_ = Paragraph(QString::fromUtf8(error.what()));
+    }
+}
+
 // --- What comes of it ---------------------------------------------------------------------------
 
 void CompareFacts::Update() {
     referenceCurve_ = {};
+    sentences_.clear();
     QString text;
     if (choices_.empty()) {
         text = Paragraph(QStringLiteral("There is no other test to compare it with."));
@@ -278,22 +425,43 @@ void CompareFacts::Update() {
             text = Paragraph(TroubleText(cboReference_->currentText(), error));
         }
     }
-    txtCompared_->setHtml(text + Paragraph(RatioText()) + history_);
+    txtCompared_->setHtml(text + RatioText() + nameplate_ + history_);
+    sentences_ += nameplateSentences_;
     if (OnChanged) OnChanged();
 }
 
-QString CompareFacts::Text() const {
-    const std::optional<double> limit = LimitOf(*txtLimit_);
-    QString text = QStringLiteral("<p><b>%1</b></p>")
-                       .arg(FromPage(SentenceOf(comparison_, limit)).toHtmlEscaped());
-    if (comparison_.reason != NotCompared::No) return text;
-    return text + TableOf(comparison_) + Paragraph(FromPage(KneeSentenceOf(comparison_.knee)));
+QString CompareFacts::Findings(const std::vector<NameplateFinding>& findings,
+                               QStringList& sentences) const {
+    QString text;
+    for (const auto& [verdict, sentence] : findings) {
+        if (sentence.empty()) continue;
+        sentences += FromPage(sentence);
+        text += QStringLiteral("<p style='margin:6px 0 0 0'>%1</p>")
+                    .arg(Judged(sentence, verdict, palette()));
+    }
+    return text;
 }
 
-QString CompareFacts::RatioText() const {
+QString CompareFacts::Text() {
+    const std::optional<double> limit = LimitOf(*txtLimit_);
+    sentences_ += lblCompared_->text() + QLatin1Char(' ') + referenceName_;
+    sentences_ += FromPage(SentenceOf(comparison_, limit));
+    QString text =
+        QStringLiteral("<p><b>%1</b></p>")
+            .arg(Judged(SentenceOf(comparison_, limit), VerdictOf(comparison_, limit), palette()));
+    if (comparison_.reason != NotCompared::No) return text;
+    return text + TableOf(comparison_) +
+           Findings({{Verdict::None, KneeSentenceOf(comparison_.knee)}}, sentences_);
+}
+
+QString CompareFacts::RatioText() {
     const std::optional<double> error =
         RatioErrorOf(measured_.measuredRatio, measured_.nameplateRatio);
-    return error ? FromPage(RatioSentenceOf(*error, LimitOf(*txtRatioLimit_))) : QString();
+    const std::optional<double> limit = LimitOf(*txtRatioLimit_);
+    std::vector<NameplateFinding> findings;
+    if (error) findings.push_back({VerdictOf(*error, limit), RatioSentenceOf(*error, limit)});
+    findings.push_back({Verdict::None, PolaritySentenceOf(measured_.polarity)});
+    return Findings(findings, sentences_);
 }
 
 std::vector<ChartCurve> CompareFacts::Curves() const {

@@ -3,6 +3,7 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 #include <array>
 #include <functional>
@@ -10,13 +11,17 @@
 #include <vector>
 
 #include "analysis/comparison.h"
+#include "analysis/nameplate.h"
+#include "common/prompts.h"
 #include "common/settings.h"
 #include "curves/shown_records.h"
+#include "records/nameplate_file.h"
 #include "reports/chart_curve.h"
 
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QTextEdit;
 
 namespace davo {
@@ -24,25 +29,30 @@ namespace davo {
 // How far a test's curve is from another one: which one, the limits, and what comes of it.
 class CompareFacts : public QWidget {
   public:
-    // The limits are those of settings, which must outlive it.
-    CompareFacts(Settings& settings, QWidget* parent);
+    // The limits are those of settings; both must outlive it.
+    CompareFacts(Settings& settings, Prompts& prompts, QWidget* parent);
 
     // Compares a shown test with what is chosen. That is offered: the oldest record of the same
     // serial number in folder (ends with the separator), the other tests that are shown, and the
-    // other records there, as its list has them. What was chosen stays so where it is still
-    // offered. The kneepoints are those of rule.
+    // maker's curves and other records there, as its list has them. What was chosen stays so where
+    // it is still offered. The kneepoints are those of rule.
     void Compare(const ShownRecords& shown, std::size_t test, const QString& folder, KneeRule rule);
 
     // Both curves, and the reference's with the limit added and taken off.
     std::vector<ChartCurve> Curves() const;
+    // What is said of the test, without tables and the other years; the first names what with.
+    QStringList Sentences() const { return sentences_; }
     // Another reference or limit was chosen.
     std::function<void()> OnChanged;
+    // A curve or a nameplate was kept in the folder: Compare is to be called again.
+    std::function<void()> OnKept;
 
     // In the order of the Tab key.
-    std::array<QWidget*, 4> Stops() const;
+    std::array<QWidget*, 6> Stops() const;
 
   private:
-    // A test that is shown, or a record's file of which the test of the same number is taken.
+    // A test that is shown, a maker's curve, or a record's file of which the test of the same
+    // number is taken.
     struct Choice {
         QString label;
         QString file;
@@ -56,11 +66,20 @@ class CompareFacts : public QWidget {
     QString HistoryText();
     // Reads the chosen reference; throws what ReadRecordFacts throws.
     void TakeReference();
+    // Asks for a maker's curve and keeps it beside the records.
+    void AddCurve();
+    QString KeepCurve(const QString& path, const QString& folder);
+    void TypeNameplate();
+    // What the nameplate of the serial number says of the chosen test.
+    void FindOnNameplate(const ShownRecords& shown, std::size_t test);
     void Update();
-    QString Text() const;
-    QString RatioText() const;
+    QString Text();
+    QString RatioText();
+    // The findings as paragraphs; they are taken into sentences, too.
+    QString Findings(const std::vector<NameplateFinding>& findings, QStringList& sentences) const;
 
     Settings& settings_;
+    Prompts& prompts_;
     // A record of the serial number; of the measured one there is no file.
     struct Dated {
         QDate day;
@@ -70,6 +89,11 @@ class CompareFacts : public QWidget {
     };
     std::vector<Choice> choices_;
     std::vector<Dated> dated_;
+    QString folder_;
+    std::string serial_;  // of the measured test
+    QString nameplate_;
+    QStringList nameplateSentences_;
+    QStringList sentences_;
     QString history_;
     KneeRule rule_ = KneeRule::Asa1050;
     RecordTest measured_;
@@ -81,6 +105,8 @@ class CompareFacts : public QWidget {
 
     QLabel* lblCompared_;
     QComboBox* cboReference_;
+    QPushButton* cmdAddCurve_;
+    QPushButton* cmdNameplate_;
     QLineEdit* txtLimit_;
     QLineEdit* txtRatioLimit_;
     QTextEdit* txtCompared_;

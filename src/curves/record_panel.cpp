@@ -48,7 +48,8 @@ constexpr QSize kPicture(1600, 1100);
 
 }  // namespace
 
-RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent) : QWidget(parent), saver_(prompts) {
+RecordPanel::RecordPanel(Prompts& prompts, QWidget* parent)
+    : QWidget(parent), prompts_(prompts), saver_(prompts) {
     setObjectName(QStringLiteral("RecordPanel"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(kRoom, 0, 0, 0);
@@ -107,6 +108,7 @@ void RecordPanel::BuildFacts() {
             [this](int /*row*/, int test, int /*rowBefore*/, int before) {
                 if (test == before) return;
                 chosen_ = static_cast<std::size_t>(std::max(0, test));
+                Compare();
                 ShowCurves();
                 Arrange();
             });
@@ -164,7 +166,7 @@ void RecordPanel::OfferCompare(Settings& settings) {
     tabs_->addTab(QStringLiteral("Record"));
     tabs_->addTab(QStringLiteral("Compare"));
     tabs_->setExpanding(false);
-    compare_ = new CompareFacts(settings, this);
+    compare_ = new CompareFacts(settings, prompts_, this);
     // The chart keeps its height.
     top_->addWidget(tabs_, 0, Qt::AlignVCenter);
     facts_->addWidget(compare_, 1);
@@ -176,6 +178,7 @@ void RecordPanel::OfferCompare(Settings& settings) {
     }
     connect(tabs_, &QTabBar::currentChanged, this, [this] { ReadAndShow(); });
     compare_->OnChanged = [this] { ShowCurves(); };
+    compare_->OnKept = [this] { ReadAndShow(); };
     ReadAndShow();
 }
 
@@ -413,7 +416,8 @@ QStringList RecordPanel::SaveCertificate() {
     for (const ShownTest& shown : shown_.Tests())
         tests.push_back({shown_.Records().at(shown.record), shown.test});
     return saver_.SaveCertificate(wanted_.front().file, tests,
-                                  marker_ == nullptr ? QString() : *marker_);
+                                  marker_ == nullptr ? QString() : *marker_,
+                                  Compares() ? compare_->Sentences() : QStringList());
 }
 
 QStringList RecordPanel::SaveCsv(const QString& path) {

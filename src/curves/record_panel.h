@@ -94,6 +94,7 @@ class RecordPanel : public QWidget {
     QStringList SaveCertificate();
     QStringList SaveCsv(const QString& path);
 
+    Prompts& prompts_;
     RecordSaver saver_;
     QTimer soon_;
     QBoxLayout* top_ = nullptr;    // what the record is

@@ -65,9 +65,12 @@ QStringList RecordSaver::Save(const QString& record, const QString& ending, cons
 
 QStringList RecordSaver::SaveCertificate(const QString& record,
                                          std::span<const CertifiedTest> tests,
-                                         const QString& kneepointType) {
+                                         const QString& kneepointType,
+                                         const QStringList& compared) {
     return Save(record, kCertificate, [&](const QString& path) {
-        WriteCertificate(CertificateOf(tests, KneeRuleOf(kneepointType.toStdString())), path);
+        Certificate certificate = CertificateOf(tests, KneeRuleOf(kneepointType.toStdString()));
+        certificate.compared = compared;
+        WriteCertificate(certificate, path);
         return QStringList();
     });
 }

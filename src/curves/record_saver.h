@@ -26,9 +26,10 @@ class RecordSaver {
     QStringList Save(const QString& record, const QString& ending, const Write& write);
 
     // The same with the certificate of tests, as PDF or HTML by the name that was chosen.
-    // kneepointType is the marker whose kneepoints its chart marks.
+    // kneepointType is the marker whose kneepoints its chart marks; compared is its section of a
+    // comparison.
     QStringList SaveCertificate(const QString& record, std::span<const CertifiedTest> tests,
-                                const QString& kneepointType);
+                                const QString& kneepointType, const QStringList& compared);
     // Of the tests of a record, which is read.
     QStringList SaveCertificate(const QString& record, const QString& kneepointType);
 

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "analysis/log_line.h"
+#include "common/numbers.h"
 #include "tests/analysis/published_curves.h"
 #include "tests/support/testing.h"
 
@@ -66,12 +67,13 @@ TEST(Comparison, IsStraightBetweenThePointsOfBoth) {
     const double at = 400 * std::pow(2, std::log(0.05 / 0.04) / std::log(4));
     EXPECT_NEAR(comparison.voltage.places[3].Percent(), 100 * (at / 480 - 1), 1e-9);
     EXPECT_NEAR(comparison.to, 0.16, 1e-12);
-    EXPECT_DOUBLE_EQ(VoltageAt(measured, 0.05).value_or(0), at);
-    EXPECT_NEAR(CurrentAt(measured, at).value_or(0), 0.05, 1e-12);
-    EXPECT_EQ(VoltageAt(measured, 0.2), std::nullopt);
-    EXPECT_EQ(VoltageAt(measured, 0), std::nullopt);
-    EXPECT_EQ(CurrentAt(measured, 99), std::nullopt);
-    EXPECT_EQ(CurrentAt({}, 99), std::nullopt);
+    const LogLine line = VoltageLine(measured);
+    EXPECT_NEAR(line.At(std::log(0.05)), std::log(at), 1e-12);
+    EXPECT_NEAR(CurrentLine(line).At(std::log(at)), std::log(0.05), 1e-12);
+    EXPECT_EQ(line.WhyNotAt(std::log(0.16)), "");
+    EXPECT_EQ(line.WhyNotAt(std::log(0.2)), "the curve ends before it.");
+    EXPECT_EQ(line.WhyNotAt(std::log(0)), "the curve begins above it.");
+    EXPECT_EQ(VoltageLine({}).WhyNotAt(0), "the curve has no points.");
 }
 
 TEST(Comparison, HasTheWorstBelowAndAboveTheKneeOfTheReference) {
@@ -85,21 +87,19 @@ TEST(Comparison, HasTheWorstBelowAndAboveTheKneeOfTheReference) {
         CompareCurves({measured, {}, {}}, {reference, knee, std::nullopt});
     ASSERT_TRUE(comparison.voltage.below.has_value());
     ASSERT_TRUE(comparison.voltage.above.has_value());
-    EXPECT_NEAR(comparison.voltage.below.value_or(Extremes()).Worst().Percent(), 3, 1e-9);
-    const Extremes above = comparison.voltage.above.value_or(Extremes());
-    EXPECT_NEAR(above.lowest.Percent(), -2, 1e-9);
-    EXPECT_NEAR(above.highest.Percent(), 1, 1e-9);
-    EXPECT_NEAR(above.Worst().at, measured[6].current, 1e-3);
+    EXPECT_NEAR(comparison.voltage.below.value_or(Deviation()).Percent(), 3, 1e-9);
+    const Deviation above = comparison.voltage.above.value_or(Deviation());
+    EXPECT_NEAR(above.Percent(), -2, 1e-9);
+    EXPECT_NEAR(above.at, measured[6].current, 1e-3);
     // 3 % more voltage of V ~ I^0.5 is 5.7 % less current.
     ASSERT_TRUE(comparison.current.has_value());
     const ComparedValue current = comparison.current.value_or(ComparedValue());
-    EXPECT_NEAR(current.below.value_or(Extremes()).Worst().Percent(), 100 * (1 / (1.03 * 1.03) - 1),
-                0.5);
+    EXPECT_NEAR(current.below.value_or(Deviation()).Percent(), 100 * (1 / (1.03 * 1.03) - 1), 0.5);
     // Without a kneepoint there is no below and no above.
     const CurveComparison without = ComparePoints(measured, reference);
     EXPECT_EQ(without.voltage.below, std::nullopt);
     EXPECT_EQ(without.voltage.above, std::nullopt);
-    EXPECT_NEAR(without.voltage.all.Worst().Percent(), 3, 1e-9);
+    EXPECT_NEAR(without.voltage.all.Percent(), 3, 1e-9);
 }
 
 TEST(Comparison, OrderZerosAndRepeatedCurrentsDoNotMatter) {
@@ -109,24 +109,25 @@ TEST(Comparison, OrderZerosAndRepeatedCurrentsDoNotMatter) {
     mixed.push_back(reference[4]);
     const CurveComparison comparison = ComparePoints(mixed, reference);
     ASSERT_EQ(comparison.reason, NotCompared::No);
-    EXPECT_NEAR(comparison.voltage.all.Worst().Percent(), 0, 1e-9);
+    EXPECT_NEAR(comparison.voltage.all.Percent(), 0, 1e-9);
     EXPECT_EQ(comparison.voltage.places.size(), reference.size());
     // Two readings of one current are one, their mean.
     Points twice = reference;
     twice[4].voltage *= 1.02;
     twice.push_back({reference[4].current, reference[4].voltage / 1.02});
-    EXPECT_NEAR(ComparePoints(twice, reference).voltage.all.Worst().Percent(), 0, 1e-9);
+    EXPECT_NEAR(ComparePoints(twice, reference).voltage.all.Percent(), 0, 1e-9);
 }
 
 // The pair that falls is drawn together for the current at equal voltage only.
 TEST(Comparison, AFallingPairIsOnePlaceForTheCurrent) {
     const Points falling = {{0.01, 100}, {0.04, 402}, {0.05, 400}, {0.2, 800}};
-    EXPECT_DOUBLE_EQ(VoltageAt(falling, 0.04).value_or(0), 402);
-    EXPECT_NEAR(CurrentAt(falling, std::sqrt(402.0 * 400)).value_or(0), std::sqrt(0.04 * 0.05),
-                1e-12);
-    double last = 0;
+    const LogLine line = VoltageLine(falling);
+    EXPECT_DOUBLE_EQ(line.At(std::log(0.04)), std::log(402));
+    const LogLine rising = CurrentLine(line);
+    EXPECT_NEAR(rising.At(std::log(402.0 * 400) / 2), std::log(0.04 * 0.05) / 2, 1e-12);
+    double last = -HUGE_VAL;
     for (double volts = 100; volts < 800; volts += 0.5) {
-        const double current = CurrentAt(falling, volts).value_or(0);
+        const double current = rising.At(std::log(volts));
         EXPECT_GT(current, last) << volts;
         last = current;
     }
@@ -209,10 +210,43 @@ TEST(Comparison, TheStepsOfTheReadingsAreNoDifference) {
               "readings leave the rest open.");
     only[0].voltage = 40;
     EXPECT_EQ(VerdictOf(ComparePoints(only, reference), 5), Verdict::Beyond);
-    // A difference that cannot be told from a step is a difference, not none.
+}
+
+// A difference that cannot be told from a step is not none, and is not passed over for a tiny one
+// that can.
+TEST(Comparison, WhatIsOpenIsSaidAsOpen) {
+    const Points reference = {{0.001, 50}, {0.01, 200}, {0.1, 400}, {1, 5000}};
+    Points measured = reference;
+    measured[0].voltage = 52;
+    measured[3].voltage = 5000.8;
+    const auto sentence = [&](std::optional<double> limit) {
+        const CurveComparison comparison = ComparePoints(measured, reference);
+        EXPECT_NE(VerdictOf(comparison, limit), Verdict::Beyond);
+        return SentenceOf(comparison, limit);
+    };
     EXPECT_EQ(
-        SentenceOf(ComparePoints({{0.001, 52}, {0.01, 200}, {0.1, 400}, {1, 500}}, reference), 5),
-        "At 0.0010 A the voltage is 4.0 % above the reference; the limit is 5 %.");
+        sentence(5),
+        "At 0.0010 A the voltage is 4.0 % above the reference, which the readings leave open; "
+        "the limit is 5 %.");
+    EXPECT_EQ(
+        sentence(3),
+        "At 0.0010 A the voltage is 4.0 % above the reference, which the readings leave open; "
+        "the limit is 3 %.");
+    EXPECT_EQ(sentence(std::nullopt),
+              "At 0.0010 A the voltage is 4.0 % above the reference, which the readings leave "
+              "open.");
+    measured[3].voltage = 5000;
+    EXPECT_EQ(
+        sentence(5),
+        "At 0.0010 A the voltage is 4.0 % above the reference, which the readings leave open; "
+        "the limit is 5 %.");
+    // By a limit that is lower than what is shown of a number.
+    measured = reference;
+    measured[3].voltage = 5001;
+    EXPECT_EQ(sentence(0.05),
+              "At 1.00 A the voltage is 0.02 % above the reference; the limit is 0.05 %.");
+    measured = reference;
+    EXPECT_EQ(sentence(0), "At 0.0010 A the voltage is exactly the reference; the limit is 0 %.");
 }
 
 // Between two points of the reference lies its bend: the line is no more than a lower bound there.
@@ -229,8 +263,13 @@ TEST(Comparison, ABendBetweenTwoPointsIsOpen) {
     EXPECT_NEAR(bend.open, (slope - std::log10(1.1)) * std::log(10) / 2, 1e-3);
     EXPECT_EQ(VerdictOf(comparison, 5), Verdict::Within);
     EXPECT_EQ(SentenceOf(comparison, 5),
-              "At 0.32 A the voltage is 13.1 % above the reference; the limit is 5 %, and the "
-              "readings leave the rest open.");
+              "At 0.32 A the voltage is 13.1 % above the reference, which the readings leave open; "
+              "the limit is 5 %.");
+    // A curve that is bent so is above the line, not below it.
+    measured[2].voltage = 1.3e6;
+    EXPECT_EQ(SentenceOf(ComparePoints(measured, reference), 5),
+              "At 0.32 A the voltage is 8.1 % below the reference, beyond the limit of 5 %.");
+    measured[2].voltage = 1.6e6;
     // At the points themselves nothing is open but their steps.
     measured[1].voltage *= 0.9;
     EXPECT_EQ(SentenceOf(ComparePoints(measured, reference), 5),
@@ -258,7 +297,6 @@ TEST(Comparison, SaysHowFarTheKneepointsAreApart) {
               "The kneepoints are not compared: the reference has none for certain.");
     const KneeDifference difference = CompareCurves({{}, other, {}}, {{}, knee, {}}).knee;
     EXPECT_NEAR(difference.voltagePercent.value_or(0), -5, 1e-9);
-    EXPECT_NEAR(difference.currentPercent.value_or(0), 20, 1e-9);
     EXPECT_NEAR(difference.uncertainPercent, std::sqrt(2), 1e-9);
 }
 
@@ -271,6 +309,14 @@ TEST(Comparison, TakesTheSmoothKneepointNotTheRules) {
     EXPECT_EQ(open.knee, std::nullopt);
     EXPECT_TRUE(open.range.has_value());
     EXPECT_EQ(CompareCurves(curve, curve).knee.voltagePercent, 0);
+    // What is judged by is not what is shown.
+    EXPECT_NE(knee.at.voltage, RoundByPicture(knee.at.voltage, kPointPicture));
+    EXPECT_NE(open.range.value_or(KneeRange()).low,
+              RoundByPicture(open.range.value_or(KneeRange()).low, kPointPicture));
+    EXPECT_EQ(KneeRangeOf(curve),
+              (KneeRange{knee.at.voltage - knee.uncertainty, knee.at.voltage + knee.uncertainty}));
+    EXPECT_EQ(KneeRangeOf(open), open.range);
+    EXPECT_EQ(KneeRangeOf({}), std::nullopt);
 }
 
 TEST(Comparison, NumbersThatAreFarTooLargeHaveASentence) {

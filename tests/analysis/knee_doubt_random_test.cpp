@@ -138,10 +138,10 @@ void ExpectTrueReason(const KneeFact& fact, const Points& points) {
     const std::vector<double> ratios = RatiosOf(points, step);
     const auto above = [limit](double ratio) { return ratio > limit; };
     const auto below = [limit](double ratio) { return ratio < limit; };
-    if (Has(fact.reason, "o pair of points lies above") ||
+    if (Has(fact.reason, "o pair of points is above") ||
         Has(fact.reason, "every pair of points spans too much")) {
         EXPECT_TRUE(std::all_of(ratios.begin(), ratios.end(), below));
-    } else if (Has(fact.reason, "every pair of points lies above")) {
+    } else if (Has(fact.reason, "every pair of points is above")) {
         EXPECT_TRUE(std::all_of(ratios.begin(), ratios.end(), above));
     } else if (Has(fact.reason, "Only the highest points")) {
         EXPECT_TRUE(below(ratios.front()));

@@ -80,7 +80,7 @@ TEST(KneeDoubt, TooFewPoints) {
 TEST(KneeDoubt, NoPairAboveTheLimit) {
     const Points points = Growing({{1.1, 1.3}, {1.1, 1.3}, {1.1, 1.3}});
     ExpectNone(FactOf(KneeRule::Ieee45, points), "0",
-               "The core did not saturate: no pair of points lies above the rule's limit. Raise "
+               "The core did not saturate: no pair of points is above the rule's limit. Raise "
                "the voltage further.");
     EXPECT_EQ(FactOf(KneeRule::Ieee45, points).smooth, std::nullopt);
 }
@@ -91,7 +91,7 @@ TEST(KneeDoubt, ACurveThatIsNowhereBentHasNoSmoothKneepoint) {
                            {0.0016, 140}, {0.0018, 170}, {0.0020, 210}, {0.0023, 260},
                            {0.0026, 320}, {0.0029, 390}};
     ExpectNone(FactOf(KneeRule::Ieee30, points), "0",
-               "The core did not saturate: no pair of points lies above the rule's limit. Raise "
+               "The core did not saturate: no pair of points is above the rule's limit. Raise "
                "the voltage further.");
     EXPECT_EQ(FactOf(KneeRule::Ieee30, points).smooth, std::nullopt);
 }
@@ -100,7 +100,7 @@ TEST(KneeDoubt, EveryPairAboveTheLimit) {
     const Points points = Growing({{2, 1.05}, {2, 1.05}, {2, 1.05}, {2, 1.05}});
     for (const KneeRule rule : kKneeRules) {
         ExpectNone(FactOf(rule, points), "0",
-                   "The curve is bent from its first point on: every pair of points lies above the "
+                   "The curve is bent from its first point on: every pair of points is above the "
                    "rule's limit. Take points at lower voltages.");
     }
 }
@@ -108,7 +108,7 @@ TEST(KneeDoubt, EveryPairAboveTheLimit) {
 TEST(KneeDoubt, OnlyTheHighestPairBelowTheLimit) {
     const Points points = Growing({{2, 1.05}, {2, 1.05}, {2, 1.05}, {1.05, 1.2}});
     ExpectNone(FactOf(KneeRule::Ieee45, points), "0",
-               "Only the highest points lie below the rule's limit, all others above it. Check the "
+               "Only the highest points are below the rule's limit, all others above it. Check the "
                "highest points.");
 }
 
@@ -138,7 +138,7 @@ TEST(KneeDoubt, AFallThatHidesTheKneepointIsNamed) {
     Points points = Growing({{1.2, 1.05}, {1.2, 1.05}, {1.2, 1.05}, {1.2, 1.05}, {1.1, 0.9}});
     ExpectNone(
         FactOf(KneeRule::Ieee45, points), "0",
-        "Only the highest points lie below the rule's limit, all others above it. Check the "
+        "Only the highest points are below the rule's limit, all others above it. Check the "
         "highest points. From point 5 (121.6 V, 2.0736 A) to point 6 (109.4 V, 2.2810 A) the "
         "voltage falls; one wrong point can hide the kneepoint.");
     points.back() = {2, 125};
@@ -198,7 +198,7 @@ TEST(KneeDoubt, ACoreWhoseVoltageFellIsNotSaidToBeUnsaturated) {
     const Points points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100}, {0.1, 99}};
     const KneeFact fact = FactOf(KneeRule::Ieee45, points);
     ExpectNone(fact, "0",
-               "No pair of points lies above the rule's limit. From point 4 (100.0 V, 0.0400 A) "
+               "No pair of points is above the rule's limit. From point 4 (100.0 V, 0.0400 A) "
                "to point 5 (99.0 V, 0.1000 A) the voltage falls; one wrong point can hide the "
                "kneepoint. A smooth curve through the points has its kneepoint " +
                    Shown(fact.range) + ".");
@@ -242,7 +242,8 @@ TEST(KneeDoubt, WhatTheInterpolationExplainsIsTrusted) {
     SearchPath path;
     path.metAbove = true;
     for (const KneeRule rule : kKneeRules) {
-        const double voltage = SmoothKneepoint(rule, curve).knee.value_or(SmoothKnee()).at.voltage;
+        const double voltage = RoundByPicture(
+            SmoothKneepoint(rule, curve).knee.value_or(SmoothKnee()).at.voltage, kVoltagePicture);
         ASSERT_GT(voltage, 0);
         const double trusted = rule == KneeRule::Asa1050 ? 0.035 : 0.06;
         for (const double side : {-1.0, 1.0}) {

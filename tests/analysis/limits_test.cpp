@@ -3,6 +3,8 @@
 
 #include "analysis/limits.h"
 
+#include <cmath>
+
 #include "tests/support/testing.h"
 
 namespace davo {
@@ -14,19 +16,60 @@ TEST(Limits, TheVerdictGoesByTheUnroundedNumber) {
     EXPECT_EQ(VerdictOf(-5.000001, 5.0), Verdict::Beyond);
     EXPECT_EQ(VerdictOf(100 * (1.05 - 1), 5.0), Verdict::Within);  // a hair above 5 in doubles
     EXPECT_EQ(VerdictOf(99, std::nullopt), Verdict::None);
+    EXPECT_EQ(VerdictOf(0, 0), Verdict::Within);
+}
+
+TEST(Limits, WhatIsNoNumberHasNoVerdict) {
+    for (const double none : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+        EXPECT_EQ(VerdictOf(none, 5), Verdict::None) << none;
+        EXPECT_EQ(VerdictOf(3, none), Verdict::None) << none;
+        EXPECT_EQ(VerdictOf(none, none), Verdict::None) << none;
+    }
+    EXPECT_EQ(VerdictOf(0, -1), Verdict::None);
+    EXPECT_EQ(LimitEnd(VerdictOf(3, HUGE_VAL), HUGE_VAL), ".");
 }
 
 TEST(Limits, TheShownNumberIsOnTheSameSideOfTheLimit) {
-    EXPECT_EQ(PercentText(-3.14), "3.1 %");
-    EXPECT_EQ(PercentText(5.04, 5), "5.04 %");
-    EXPECT_EQ(PercentText(5.06, 5), "5.1 %");
-    EXPECT_EQ(PercentText(4.96, 4.98), "4.96 %");
-    EXPECT_EQ(PercentText(4.96, 5), "5.0 %");
-    EXPECT_EQ(PercentText(0.2504, 0.25, 2), "0.2504 %");
-    EXPECT_EQ(PercentText(1e300), "1000000.0 %");
-    EXPECT_EQ(LimitEnd(5.04, 5), ", beyond the limit of 5 %.");
-    EXPECT_EQ(LimitEnd(-4.9, 5.5), "; the limit is 5.5 %.");
-    EXPECT_EQ(LimitEnd(4.9, std::nullopt), ".");
+    const auto text = [](double percent, std::optional<double> limit, std::size_t decimals = 1) {
+        return DifferenceText(percent, "it", limit, decimals);
+    };
+    EXPECT_EQ(text(-3.14, std::nullopt), "3.1 % below it");
+    EXPECT_EQ(text(5.04, 5), "5.04 % above it");
+    EXPECT_EQ(text(5.06, 5), "5.1 % above it");
+    EXPECT_EQ(text(4.96, 4.98), "4.96 % above it");
+    EXPECT_EQ(text(-4.96, 5), "4.96 % below it");
+    EXPECT_EQ(text(5, 5), "5.0 % above it");
+    EXPECT_EQ(text(100 * (1.05 - 1), 5), "5.0 % above it");
+    EXPECT_EQ(text(0.2504, 0.25, 2), "0.2504 % above it");
+    EXPECT_EQ(text(1e300, std::nullopt), "1000000.0 % above it");
+    EXPECT_EQ(LimitEnd(Verdict::Beyond, 5), ", beyond the limit of 5 %.");
+    EXPECT_EQ(LimitEnd(Verdict::Within, 5.5), "; the limit is 5.5 %.");
+    EXPECT_EQ(LimitEnd(Verdict::None, std::nullopt), ".");
+}
+
+TEST(Limits, NothingIsZeroPercentAboveAnything) {
+    const auto text = [](double percent, std::optional<double> limit, std::size_t decimals = 1) {
+        return DifferenceText(percent, "it", limit, decimals);
+    };
+    EXPECT_EQ(text(0.049, std::nullopt), "within 0.1 % of it");
+    EXPECT_EQ(text(-0.049, 0.1), "within 0.1 % of it");
+    EXPECT_EQ(text(0, std::nullopt), "within 0.1 % of it");
+    EXPECT_EQ(text(0.004, 0.25, 2), "within 0.01 % of it");
+    EXPECT_EQ(text(0.05, std::nullopt), "0.1 % above it");
+    // A limit that is lower needs the number.
+    EXPECT_EQ(text(-0.03, 0.05), "0.03 % below it");
+    EXPECT_EQ(text(0, 0.05), "exactly it");
+}
+
+TEST(Limits, TwoNumbersThatDifferAreShownSo) {
+    EXPECT_EQ(NumberText(1000.4, 0, 1000), "1000.4");
+    EXPECT_EQ(NumberText(999.96, 1, 1000), "999.96");
+    EXPECT_EQ(NumberText(1000, 0, 1000), "1000");
+    EXPECT_EQ(NumberText(1244.4, 0, 1000), "1244");
+    EXPECT_EQ(NumberText(0.00003, 4), "0.00003");
+    EXPECT_EQ(NumberText(0, 1), "0.0");
+    EXPECT_EQ(NumberText(5 + 1e-10, 1, 5), "5.0");
+    EXPECT_EQ(NumberText(5 + 4e-9, 1, 5), "5.000000004");
 }
 
 TEST(Limits, TextsOfValues) {
@@ -36,8 +79,6 @@ TEST(Limits, TextsOfValues) {
     EXPECT_EQ(AmperesText(12.345), "12.35 A");
     EXPECT_EQ(VoltsText(99.94), "99.9 V");
     EXPECT_EQ(VoltsText(824.6), "825 V");
-    EXPECT_EQ(SideOf(-1), "below");
-    EXPECT_EQ(SideOf(1), "above");
 }
 
 }  // namespace

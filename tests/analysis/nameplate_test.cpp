@@ -50,14 +50,15 @@ TEST(Nameplate, TenPercentMoreVoltageDrivesFiftyPercentMoreCurrent) {
     const ComparedCurve curve = CurveToCompare(KneeRule::Asa1050, points);
     ASSERT_TRUE(curve.knee.has_value());
     EXPECT_NEAR(curve.knee.value_or(SmoothKnee()).at.voltage, 60, 0.6);
-    EXPECT_NEAR(CurrentAt(points, 60).value_or(0), 0.050, 0.0005);
-    EXPECT_NEAR(CurrentAt(points, 66).value_or(0), 0.075, 0.00075);
+    const LogLine line = CurrentLine(VoltageLine(points));
+    EXPECT_NEAR(std::exp(line.At(std::log(60))), 0.050, 0.0005);
+    EXPECT_NEAR(std::exp(line.At(std::log(66))), 0.075, 0.00075);
 }
 
 TEST(Nameplate, PxIsHeldAgainstWhatIsMeasured) {
     Nameplate px;
     px.kneeVoltage = 400;
-    px.kneeCurrent = 0.05;
+    px.kneeCurrent = 0.051;
     px.turnsRatio = 240;
     const ComparedCurve curve{Iron(), SmoothKnee{{0.06, 410}, 4}, {}};
     const std::vector<NameplateFinding> findings = JudgeNameplate(px, curve, 240.24);
@@ -69,8 +70,8 @@ TEST(Nameplate, PxIsHeldAgainstWhatIsMeasured) {
     EXPECT_THAT(Sentences(px, curve, 240.24),
                 ElementsAre("The knee point e.m.f. (10 % / 50 %) is between 406.0 and 414.0 V, "
                             "not less than the nameplate's 400 V.",
-                            "The exciting current at the nameplate's 400 V is 0.0500 A; the limit "
-                            "is 0.05 A.",
+                            "The exciting current at the nameplate's 400 V is between 0.0499 and "
+                            "0.0501 A, not more than the nameplate's 0.051 A.",
                             "The turns ratio is 0.10 % above the nameplate's; the limit is 0.25 %.",
                             "The class PX is not passed as a whole: this instrument does not "
                             "measure Rct."));
@@ -106,14 +107,107 @@ TEST(Nameplate, PxThatIsNotMetIsSaid) {
               "The knee point e.m.f. (10 % / 50 %) is not known: the curve has none for certain.");
     px.kneeVoltage = 600;
     px.kneeCurrent.reset();
-    EXPECT_EQ(
-        Sentences(px, curve)[1],
-        "The exciting current at the nameplate's 600 V is not known: it is not on the curve.");
+    EXPECT_EQ(Sentences(px, curve)[1],
+              "The exciting current at the nameplate's 600 V is not known: the curve ends before "
+              "it.");
+    px.kneeVoltage = 0.5;
+    EXPECT_EQ(Sentences(px, curve)[1],
+              "The exciting current at the nameplate's 0.5 V is not known: the curve begins above "
+              "it.");
+    EXPECT_EQ(Sentences(px, {{{0, 0}}, {}, {}})[1],
+              "The exciting current at the nameplate's 0.5 V is not known: the curve has no "
+              "points.");
     px.kneeVoltage = 400;
     EXPECT_EQ(Sentences(px, curve)[1],
-              "The exciting current at the nameplate's 400 V is 0.0500 A.");
+              "The exciting current at the nameplate's 400 V is between 0.0499 and 0.0501 A.");
     // Nothing was typed.
     EXPECT_EQ(Sentences({}, curve, 240).size(), 1U);
+}
+
+// Between two points that are far apart the current can be lower than on the straight line: neither
+// passed nor condemned by what the bend leaves open.
+TEST(Nameplate, TheCurrentBetweenTwoPointsIsOpen) {
+    Nameplate px;
+    px.kneeVoltage = 400;
+    const ComparedCurve curve{{{0.01, 100}, {0.03, 300}, {0.5, 500}, {5, 550}}, {}, {}};
+    const auto finding = [&](double most) {
+        px.kneeCurrent = most;
+        return JudgeNameplate(px, curve, {}).at(1);
+    };
+    // By the line of the points 0.146 A; the line from below, continued, has 0.040 A.
+    EXPECT_EQ(finding(0.13).verdict, Verdict::None);
+    EXPECT_EQ(finding(0.13).sentence,
+              "The exciting current at the nameplate's 400 V is between 0.0398 and 0.1464 A, which "
+              "leaves the nameplate's 0.13 A open.");
+    EXPECT_EQ(finding(0.039).verdict, Verdict::Beyond);
+    EXPECT_EQ(finding(0.15).verdict, Verdict::Within);
+    // At a point only the steps of its readings are open.
+    px.kneeVoltage = 500;
+    EXPECT_EQ(finding(0.495).verdict, Verdict::Beyond);
+    EXPECT_EQ(finding(0.505).verdict, Verdict::Within);
+    EXPECT_EQ(finding(0.5).verdict, Verdict::None);
+}
+
+// The verdict has more digits than the picture, and the sentence has as many as it takes.
+TEST(Nameplate, NumbersThatDifferAreShownSo) {
+    Nameplate px;
+    px.kneeVoltage = 400;
+    const auto knee = [&](double low, double high) {
+        return JudgeNameplate(px, {Iron(), {}, KneeRange{low, high}}, {}).at(0);
+    };
+    EXPECT_EQ(knee(390, 399.98).verdict, Verdict::Beyond);
+    EXPECT_EQ(knee(390, 399.98).sentence,
+              "The knee point e.m.f. (10 % / 50 %) is between 390.0 and 399.98 V, less than the "
+              "nameplate's 400 V.");
+    EXPECT_EQ(knee(400, 410).verdict, Verdict::Within);
+    EXPECT_EQ(knee(399.999, 410).verdict, Verdict::None);
+    EXPECT_EQ(knee(399.999, 410).sentence,
+              "The knee point e.m.f. (10 % / 50 %) is between 399.999 and 410.0 V, which leaves "
+              "the nameplate's 400 V open.");
+    px.kneeCurrent = 0.0499;
+    EXPECT_EQ(Sentences(px, {Iron(), {}, {}})[1],
+              "The exciting current at the nameplate's 400 V is between 0.04992 and 0.0501 A, "
+              "more than the nameplate's 0.0499 A.");
+}
+
+TEST(Nameplate, WhatNoNameplateHasIsNotJudged) {
+    const ComparedCurve curve{Iron(), SmoothKnee{{0.06, 410}, 4}, {}};
+    for (const double none : {0.0, -400.0, HUGE_VAL, -HUGE_VAL, std::nan(""), 1e300}) {
+        SCOPED_TRACE(none);
+        Nameplate bad;
+        for (auto* value : {&bad.kneeVoltage, &bad.kneeCurrent, &bad.turnsRatio, &bad.alf,
+                            &bad.burdenVa, &bad.cVoltage})
+            *value = none;
+        for (const AccuracyClass kind :
+             {AccuracyClass::Px, AccuracyClass::P5, AccuracyClass::P10, AccuracyClass::C}) {
+            bad.kind = kind;
+            bad.rct = none > 0 ? none : -1;
+            bad.connectedOhm = bad.rct;
+            EXPECT_THAT(ClassName(bad), testing::AnyOf("PX", "5P", "10P", "C"));
+            for (const NameplateFinding& finding : JudgeNameplate(bad, curve, none)) {
+                EXPECT_EQ(finding.verdict, Verdict::None) << finding.sentence;
+                EXPECT_THAT(finding.sentence, testing::AnyOf(testing::StartsWith("The class "),
+                                                             testing::HasSubstr("takes Rct")));
+            }
+            // Without a rated current there is no estimate either.
+            bad.rct = 1;
+            bad.burdenVa = 10;
+            bad.secondary = none;
+            EXPECT_EQ(JudgeNameplate(bad, curve, 240).size(), 1U);
+            bad.burdenVa = none;
+            bad.secondary = 5;
+        }
+        // A limit that is none is no verdict.
+        Nameplate px;
+        px.turnsRatio = 240;
+        px.ratioLimitPercent = none;
+        if (none != 0 && none != 1e300) {
+            EXPECT_EQ(JudgeNameplate(px, curve, 240.5).at(0).verdict, Verdict::None);
+        }
+        px.kneeVoltage = 400;
+        px.kneeCurrent = none;
+        EXPECT_EQ(JudgeNameplate(px, curve, {}).at(1).verdict, Verdict::None);
+    }
 }
 
 // The factor at which the curve meets the straight line of the burden, by bisection on the formula.
@@ -165,7 +259,8 @@ TEST(Nameplate, OfAPClassThereAreEstimatesOnly) {
     EXPECT_NEAR(ExpectedAlf(curve.points, 0.05, 5, 8).value_or(Estimate()).value, amperes / 0.25,
                 1e-9);
     EXPECT_THAT(Sentences(p, curve),
-                ElementsAre("The accuracy limit factor at the rated burden is about 5.1, from the "
+                ElementsAre("The nameplate asks for 225.0 V at the rated burden.",
+                            "The accuracy limit factor at the rated burden is about 5.1, from the "
                             "secondary excitation curve; leakage flux is not seen.",
                             "At the connected burden the nameplate's accuracy limit factor of 9 "
                             "becomes 20.0.",
@@ -173,18 +268,17 @@ TEST(Nameplate, OfAPClassThereAreEstimatesOnly) {
                             "by voltage, not the error of the current."));
     for (const NameplateFinding& finding : JudgeNameplate(p, curve, 240))
         EXPECT_EQ(finding.verdict, Verdict::None);
-    EXPECT_EQ(Sentences(p, {})[0],
-              "The accuracy limit factor at the rated burden is not estimated: it is not on the "
-              "curve.");
-    // What was typed makes no number.
-    p.secondary = 0;
-    EXPECT_EQ(Sentences(p, curve).size(), 2U);
-    p.secondary = 5;
+    EXPECT_EQ(Sentences(p, {})[1],
+              "The accuracy limit factor at the rated burden is not estimated: the curve has no "
+              "points.");
+    EXPECT_EQ(Sentences(p, {{{5, 1}, {10, 2}}, {}, {}})[1],
+              "The accuracy limit factor at the rated burden is not estimated: the curve begins "
+              "above it.");
     p.rct.reset();
     EXPECT_EQ(
-        Sentences(p, curve)[0],
-        "The accuracy limit factor is not estimated: it takes Rct, which this instrument does "
-        "not measure.");
+        Sentences(p, curve)[1],
+        "The accuracy limit factor at the rated burden is not estimated: it takes Rct, which this "
+        "instrument does not measure.");
     p.burdenVa.reset();
     EXPECT_EQ(Sentences(p, curve).size(), 1U);
 }
@@ -205,6 +299,8 @@ TEST(Nameplate, OfACClassThereIsAnEstimateOnly) {
         Sentences(c, {{{0.1, 300}, {1, 450}, {5, 480}}, {}, {}})[0],
         "The C voltage is at least 430.0 V, from the secondary excitation curve; leakage flux "
         "is not seen.");
+    EXPECT_EQ(Sentences(c, {{{11, 500}, {20, 510}}, {}, {}})[0],
+              "The C voltage is not estimated: the curve begins above it.");
     EXPECT_EQ(ExpectedCVoltage({{11, 500}, {20, 510}}, 5, 0.5), std::nullopt);
     EXPECT_EQ(ExpectedCVoltage({{1, 5}, {20, 51}}, 5, 5).value_or(Estimate{1, false}).value, 0);
     // 1 A secondary: at 2 A, less 20 A times Rct.

@@ -40,13 +40,25 @@ TEST(RatioError, IsShownWithItsSign) {
               "The turns ratio is 0.20 % above the nameplate's; the limit is 0.25 %.");
     EXPECT_EQ(RatioSentenceOf(0.2, std::nullopt),
               "The turns ratio is 0.20 % above the nameplate's.");
+    EXPECT_EQ(RatioSentenceOf(0.2504, 0.25),
+              "The turns ratio is 0.2504 % above the nameplate's, beyond the limit of 0.25 %.");
+}
+
+TEST(RatioError, NoneIsSaidAsNone) {
+    EXPECT_EQ(RatioSentenceOf(0, 0.25),
+              "The turns ratio is exactly the nameplate's; the limit is 0.25 %.");
+    EXPECT_EQ(RatioSentenceOf(0, std::nullopt), "The turns ratio is exactly the nameplate's.");
+    EXPECT_EQ(RatioSentenceOf(-0.004, 0.25),
+              "The turns ratio is within 0.01 % of the nameplate's; the limit is 0.25 %.");
+    EXPECT_EQ(RatioSentenceOf(0.004, 0.001),
+              "The turns ratio is 0.004 % above the nameplate's, beyond the limit of 0.001 %.");
 }
 
 TEST(RatioError, PolarityHasItsSign) {
-    EXPECT_EQ(PolarityWithSign("IN PHASE"), "in phase (+)");
-    EXPECT_EQ(PolarityWithSign("OUT OF PHASE "), "out of phase (-)");
-    EXPECT_EQ(PolarityWithSign("N/A"), "");
-    EXPECT_EQ(PolarityWithSign("UNDETERMINED"), "");
+    EXPECT_EQ(PolaritySentenceOf("IN PHASE"), "The polarity is in phase (+).");
+    EXPECT_EQ(PolaritySentenceOf("OUT OF PHASE "), "The polarity is out of phase (-).");
+    EXPECT_EQ(PolaritySentenceOf("N/A"), "");
+    EXPECT_EQ(PolaritySentenceOf("UNDETERMINED"), "");
 }
 
 }  // namespace

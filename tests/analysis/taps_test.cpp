@@ -75,27 +75,45 @@ TEST(Taps, AreTypedAsNameplateCurrents) {
     EXPECT_EQ(taps.value_or(std::vector<Tap>()), (std::vector<Tap>{{1200, 5}, {600, 5}, {300, 1}}));
     EXPECT_EQ((Tap{1200, 5}).Turns(), 240);
     EXPECT_EQ((Tap{0.5, 5}).Name(), "0.5:5");
-    for (const char* text : {"", " , ", "1200", "1200:", ":5", "1200:0", "-1200:5", "1200:5, x",
-                             "1200:5:5", "1200/5/5", "1e400:5"})
+    for (const char* text : {"",          " , ",     "1200",      "1200:",           ":5",
+                             "1200:0",    "-1200:5", "1200:5, x", "1200:5:5",        "1200/5/5",
+                             "1e400:5",   "1e300:5", "100001:5",  "5:5e-300",        "0.09:5",
+                             "1200:0.09", "1200:21", "5:1200",    "1200:5, 1e300:5", "nan:5",
+                             "inf:5"})
         EXPECT_EQ(ParseTaps(text), std::nullopt) << text;
+    EXPECT_TRUE(ParseTaps("100000:0.1, 0.1:20").has_value());
 }
 
 TEST(Taps, SomeTakeMoreThanTheInstrumentGives) {
     const auto sentence = [](const ComparedCurve& curve) {
         return TooMuchSentenceOf("2000:5", curve);
     };
-    EXPECT_EQ(sentence(KneeAt(0.05, 909)), "");
-    EXPECT_NE(sentence(KneeAt(0.05, 910)), "");
+    EXPECT_EQ(sentence(KneeAt(0.05, 908)), "");
+    EXPECT_NE(sentence(KneeAt(0.05, 911)), "");
     EXPECT_EQ(sentence(KneeAt(8.7, 20)), "");
     EXPECT_NE(sentence(KneeAt(8.8, 20)), "");
     EXPECT_EQ(sentence({}), "");
     EXPECT_EQ(sentence({{}, {}, KneeRange{800, 905}}), "");
-    EXPECT_NE(sentence({{}, {}, KneeRange{800, 915}}), "");
     EXPECT_EQ(sentence(KneeAt(0.05, 1131)),
-              "This instrument cannot saturate 2000:5: it takes 1244 V, and there are 1000 V.");
+              "This instrument cannot saturate 2000:5: it takes at least 1243 V, and there are "
+              "1000 V.");
     EXPECT_EQ(sentence(KneeAt(9, 14)),
-              "This instrument cannot saturate 2000:5: it takes 13.50 A, and a record holds 13.11 "
+              "This instrument cannot saturate 2000:5: it takes 13.50 A, and a record holds 13.107 "
               "A.");
+    // Two numbers of which one is higher are shown so.
+    EXPECT_EQ(sentence({{}, {}, KneeRange{909.4, 950}}),
+              "This instrument cannot saturate 2000:5: it takes at least 1000.3 V, and there are "
+              "1000 V.");
+    EXPECT_EQ(sentence(KneeAt(8.7382, 14)),
+              "This instrument cannot saturate 2000:5: it takes 13.11 A, and a record holds "
+              "13.107 A.");
+    // What the kneepoint leaves open is no certainty.
+    EXPECT_EQ(sentence({{}, {}, KneeRange{800, 915}}),
+              "Whether this instrument saturates 2000:5 is open: it takes 880 to 1007 V, and there "
+              "are 1000 V.");
+    EXPECT_EQ(sentence({{}, {}, KneeRange{800, 909.2}}),
+              "Whether this instrument saturates 2000:5 is open: it takes 880 to 1000.1 V, and "
+              "there are 1000 V.");
 }
 
 // 120 of 240 turns, measured as each mistake gives it.
@@ -121,19 +139,22 @@ TEST(Taps, AWrongProportionIsSaid) {
     // I ~ N in the place of 1 / N.
     EXPECT_EQ(VerdictOf(with(0.5, 0.5)), Verdict::Beyond);
     EXPECT_THAT(sentence(0.5, 0.5),
-                testing::EndsWith("and its current 75.0 % below what its turns give, beyond the "
-                                  "limit of 5 %."));
+                testing::EndsWith(", its current 75.0 % below what they give, beyond the limit of "
+                                  "5 %."));
+    EXPECT_EQ(sentence(0.5, 2),
+              "The voltage of 600:5 is within 0.1 % of what its turns give, its current within "
+              "0.1 % of what they give; the limit is 5 %.");
     // The current was not scaled at all, or the voltage was not.
     EXPECT_EQ(VerdictOf(with(0.5, 1)), Verdict::Beyond);
     EXPECT_EQ(VerdictOf(with(1, 2)), Verdict::Beyond);
     // The full winding was measured again.
     EXPECT_EQ(sentence(1, 1),
-              "The voltage of 600:5 is 100.0 % above and its current 50.0 % below what its turns "
-              "give, beyond the limit of 5 %.");
+              "The voltage of 600:5 is 100.0 % above what its turns give, its current 50.0 % below "
+              "what they give, beyond the limit of 5 %.");
     EXPECT_EQ(
         sentence(0.51, 1.98),
-        "The voltage of 600:5 is 2.0 % above and its current 1.0 % below what its turns give; "
-        "the limit is 5 %.");
+        "The voltage of 600:5 is 2.0 % above what its turns give, its current 1.0 % below what "
+        "they give; the limit is 5 %.");
     EXPECT_EQ(VerdictOf(with(0.5 * 1.049, 2 / 1.05)), Verdict::Within);
     EXPECT_EQ(VerdictOf(with(0.5 * 1.051, 2)), Verdict::Beyond);
 }
@@ -147,10 +168,9 @@ TEST(Taps, WhatCannotBeToldIsSaidToBeUnknown) {
     EXPECT_EQ(ShiftBetween(CurveD(), {{0.01, 10}, {0.02, 20}}), std::nullopt);
     // Another core: a slow bend against a sharp one.
     EXPECT_EQ(VerdictOf(ShiftBetween(straight, CurveD())), Verdict::None);
-    EXPECT_EQ(
-        ShiftSentenceOf("600:5", std::nullopt),
-        "Whether the curve of 600:5 is what its turns give cannot be told: the curves are too "
-        "short, too straight or too different.");
+    EXPECT_EQ(ShiftSentenceOf("600:5", std::nullopt),
+              "Whether the curve of 600:5 is what its turns give cannot be told: the curves have "
+              "too few points, or are too short, too straight or too different.");
 }
 
 }  // namespace

@@ -81,19 +81,16 @@ TEST(Compare, HasThePublishedDeviationsInColumns) {
     EXPECT_EQ(fields["reference"], "A");
     EXPECT_EQ(fields["reference_test"], "1");
     EXPECT_NEAR(number("voltage_below_knee_percent"), 100 * (340.0 / 440 - 1), 1e-9);
-    EXPECT_NEAR(number("voltage_above_knee_percent"), expected.voltage.above->Worst().Percent(),
-                1e-9);
-    EXPECT_NEAR(number("current_worst_percent"), expected.current->all.Worst().Percent(), 1e-9);
-    EXPECT_NEAR(number("current_worst_at_V"), expected.current->all.Worst().at, 1e-9);
-    EXPECT_NEAR(number("current_below_knee_percent"), expected.current->below->Worst().Percent(),
-                1e-9);
+    EXPECT_NEAR(number("voltage_above_knee_percent"), expected.voltage.above->Percent(), 1e-9);
+    EXPECT_NEAR(number("current_worst_percent"), expected.current->all.Percent(), 1e-9);
+    EXPECT_NEAR(number("current_worst_at_V"), expected.current->all.at, 1e-9);
+    EXPECT_NEAR(number("current_below_knee_percent"), expected.current->below->Percent(), 1e-9);
     EXPECT_NEAR(number("voltage_below_knee_at_A"), 0.02, 1e-9);
-    EXPECT_NEAR(number("voltage_above_knee_at_A"), expected.voltage.above->Worst().at, 1e-9);
-    EXPECT_NEAR(number("current_below_knee_at_V"), expected.current->below->Worst().at, 1e-9);
+    EXPECT_NEAR(number("voltage_above_knee_at_A"), expected.voltage.above->at, 1e-9);
+    EXPECT_NEAR(number("current_below_knee_at_V"), expected.current->below->at, 1e-9);
     ASSERT_TRUE(expected.current->above);
-    EXPECT_NEAR(number("current_above_knee_percent"), expected.current->above->Worst().Percent(),
-                1e-9);
-    EXPECT_NEAR(number("current_above_knee_at_V"), expected.current->above->Worst().at, 1e-9);
+    EXPECT_NEAR(number("current_above_knee_percent"), expected.current->above->Percent(), 1e-9);
+    EXPECT_NEAR(number("current_above_knee_at_V"), expected.current->above->at, 1e-9);
     EXPECT_NEAR(number("knee_percent"), *expected.knee.voltagePercent, 1e-9);
     EXPECT_NEAR(number("knee_pm_percent"), expected.knee.uncertainPercent, 1e-9);
     EXPECT_EQ(fields["within_limit"], "no");
@@ -115,6 +112,30 @@ TEST(Compare, SaysASentenceForEachTest) {
     EXPECT_THAT(lines[1], StartsWith("BA.txt Test 2: At all common currents the voltage is "
                                      "within 0.1 % of the reference. The kneepoint is within 0.1 % "
                                      "of the reference's, give or take "));
+}
+
+TEST(Compare, PutsTheSentencesIntoTheCertificate) {
+    const test::TemporaryFolder folder;
+    PutPublished(folder);
+    const Ended run = Report({u"--compare=A.txt"_s, u"--limit=5"_s, u"--html"_s, u"--pdf"_s,
+                              u"--csv"_s, u"-"_s, u"BA.txt"_s},
+                             folder.Path());
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    const std::string page = ReadWholeFile(folder.Path("BA.html"));
+    EXPECT_THAT(page, HasSubstr(">Comparison</th></tr>\n<tr><td>Reference: A</td></tr>\n"
+                                "<tr><td>Test 1: At 0.020 A the voltage is 22.7 % below the "
+                                "reference, beyond the limit of 5 %. The kneepoint is "));
+    EXPECT_THAT(page, HasSubstr("<tr><td>Test 2: At all common currents the voltage is within "));
+    const std::string text =
+        test::RunProgram(u"pdftotext"_s, {u"-layout"_s, u"BA.pdf"_s, u"-"_s}, folder.Path()).out;
+    EXPECT_THAT(text, HasSubstr("Reference: A\n"));
+    EXPECT_THAT(page, HasSubstr(" The turns ratio is "));
+    EXPECT_THAT(page, HasSubstr(" The polarity is "));
+    EXPECT_THAT(text, HasSubstr("Test 1: At 0.020 A the voltage is 22.7 % below the reference, "
+                                "beyond the limit of 5 %. The kneepoint is "));
+    Report({u"--html"_s, u"--force"_s, u"BA.txt"_s}, folder.Path());
+    EXPECT_THAT(ReadWholeFile(folder.Path("BA.html")), Not(HasSubstr("Comparison")));
 }
 
 TEST(Compare, TakesTheTestOfTheSameNumberOrTheOnlyOne) {

@@ -254,7 +254,7 @@ TEST_F(Panel, SaysWhereThereIsNoSmoothKneepoint) {
 TEST_F(Panel, SaysInWordsWhyThereIsNoKneepoint) {
     ShowFiles({"STRAIGHT"});
     EXPECT_THAT(Doubts(panel), HasSubstr("IEEE 30: 0. The core did not saturate: no pair of points "
-                                         "lies above the rule's limit. Raise the voltage "
+                                         "is above the rule's limit. Raise the voltage "
                                          "further."));
 }
 

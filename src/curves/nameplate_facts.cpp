@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "curves/nameplate_facts.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "analysis/taps.h"
+#include "common/numbers.h"
+#include "common/text.h"
+#include "reports/record_texts.h"
+
+namespace davo {
+
+namespace {
+
+double NameplateTurns(const RecordTest& test) {
+    return LeadingNumericValue(test.nameplateRatio).value_or(0);
+}
+
+// A nameplate ratio is written with some digits only.
+bool IsTurns(double turns, double other) {
+    constexpr double kRoundedPart = 1e-3;
+    return std::abs(turns - other) <= kRoundedPart * other;
+}
+
+}  // namespace
+
+Nameplate NameplateOf(const NameplateTexts& texts) {
+    const auto number = [&](std::size_t field) { return WholeNumericValue(texts.at(field)); };
+    Nameplate nameplate;
+    const std::string& kind = texts.front();
+    if (kind == "5P") nameplate.kind = AccuracyClass::P5;
+    if (kind == "10P") nameplate.kind = AccuracyClass::P10;
+    if (kind == "C") nameplate.kind = AccuracyClass::C;
+    nameplate.secondary = number(1).value_or(nameplate.secondary);
+    nameplate.rct = number(2);
+    nameplate.kneeVoltage = number(3);
+    nameplate.kneeCurrent = number(4);
+    nameplate.turnsRatio = number(5);
+    nameplate.ratioLimitPercent = number(6).value_or(nameplate.ratioLimitPercent);
+    nameplate.alf = number(7);
+    nameplate.burdenVa = number(8);
+    nameplate.connectedOhm = number(9);
+    nameplate.cVoltage = number(10);
+    return nameplate;
+}
+
+bool HasNoClass(const NameplateTexts& texts) {
+    return std::all_of(texts.begin() + 1, texts.end() - 1,
+                       [](const std::string& text) { return text.empty(); });
+}
+
+std::vector<NameplateFinding> FindingsOnTaps(const NameplateTexts& texts, const ShownRecords& shown,
+                                             std::size_t test, const ComparedCurve& curve) {
+    const std::optional<std::vector<Tap>> taps = ParseTaps(texts.back());
+    if (!taps) return {};
+    const ShownTest& measured = shown.Tests().at(test);
+    const double own = NameplateTurns(*measured.test);
+    if (!(own > 0) || curve.points.empty()) {
+        return {{Verdict::None,
+                 "The kneepoints of the taps are not known: this test has no nameplate ratio or no "
+                 "curve."}};
+    }
+    std::vector<NameplateFinding> findings;
+    for (const Tap& tap : *taps) {
+        if (IsTurns(own, tap.Turns())) continue;
+        const ComparedCurve expected = ScaledToTurns(curve, own, tap.Turns());
+        KneeFact knee;
+        knee.smooth = expected.knee;
+        knee.range = expected.range;
+        findings.push_back({Verdict::None, "The kneepoint of " + tap.Name() + " by its turns: " +
+                                               ToPage(SmoothText(knee)).value_or("") + "."});
+        const std::string tooMuch = TooMuchSentenceOf(tap.Name(), expected);
+        if (!tooMuch.empty()) findings.push_back({Verdict::None, tooMuch});
+        for (const ShownTest& other : shown.Tests()) {
+            if (other.record != measured.record || other.test->points.empty() ||
+                !IsTurns(NameplateTurns(*other.test), tap.Turns()))
+                continue;
+            const auto shift = ShiftBetween(other.test->points, expected.points);
+            findings.push_back(
+                {VerdictOf(shift),
+                 ShiftSentenceOf(tap.Name() + " (Test " + other.test->testNumber + ")", shift)});
+        }
+    }
+    return findings;
+}
+
+}  // namespace davo
