@@ -242,7 +242,7 @@ void frmConfig::cmdSave_Click() {
         return;
     }
     lblAnswer_->setText(lblAnswer_->text() +
-                        QStringLiteral(" To leave all the same, press Leave without a port."));
+                        QStringLiteral(" To leave anyway, press Leave without a port."));
     ShowPort();
 }
 
@@ -327,12 +327,14 @@ std::optional<QString> frmConfig::ChosenRow() const {
 QString frmConfig::ChosenDevice() const {
     const std::optional<QString> row = ChosenRow();
     if (!row) return devices_.DeviceOf(ChosenPort());
-    return row->isEmpty() ? NthUsbAdapter(devices_.Present(), ChosenPort()) : *row;
+    if (!row->isEmpty()) return *row;
+    return devices_.NeedsAssignment() ? NthUsbAdapter(devices_.Present(), ChosenPort())
+                                      : PortCaption(ChosenPort());
 }
 
 bool frmConfig::IsReassigned(std::int16_t port) const {
     const std::optional<QString> row = ChosenRow();
-    if (!devices_.NeedsAssignment() || !row) return false;
+    if (!row) return false;
     return row->isEmpty() || *row != devices_.DeviceOf(port);
 }
 
@@ -356,7 +358,7 @@ bool frmConfig::OpenChosen(std::int16_t port, bool keep) {
     if (reassign && !(opened && keep)) {
         Assign(port, before);
     } else if (!notStored.isEmpty()) {
-        prompts_.Message(QStringLiteral("COM%1 stands for the chosen device until the program "
+        prompts_.Message(QStringLiteral("COM%1 is the chosen device until the program "
                                         "ends: the setting cannot be stored.\r\n%2")
                              .arg(port)
                              .arg(notStored));
@@ -367,16 +369,13 @@ bool frmConfig::OpenChosen(std::int16_t port, bool keep) {
 // --- What is shown ------------------------------------------------------------------------------
 
 QTreeWidgetItem* frmConfig::AddRow(const PresentPort& port, const QString& name) {
-    const bool named = !devices_.NeedsAssignment();
-    const bool nameless = named && NumberOf(port.device) == 0;
     const auto isOf = [&](std::int16_t number) {
         return !port.device.isEmpty() && port.device == devices_.DeviceOf(number);
     };
     const bool inUse = settings_.comPort != kNoPortChosen && isOf(settings_.comPort);
     QStringList use;
-    for (std::int16_t number = 1; number <= kPorts && !named; ++number)
-        if (isOf(number)) use << PortCaption(number);
-    if (nameless) use << QStringLiteral("not COM1 to COM4");
+    for (std::int16_t number = 1; number <= kPorts; ++number)
+        if (isOf(number) && port.device != PortCaption(number)) use << PortCaption(number);
     if (inUse)
         use << (link_.State().portOpen ? QStringLiteral("in use") : QStringLiteral("chosen"));
     auto* row = new QTreeWidgetItem(lstPorts_, {name, port.maker, port.serialNumber, port.device,
@@ -384,7 +383,6 @@ QTreeWidgetItem* frmConfig::AddRow(const PresentPort& port, const QString& name)
     row->setData(kName, Qt::UserRole, port.device);
     row->setToolTip(kName, name);
     row->setSizeHint(kName, QSize(0, kInputHeight));
-    row->setDisabled(nameless);
     QFont font = lstPorts_->font();
     font.setBold(inUse);
     for (int column = 0; column < kColumns; ++column)
@@ -417,7 +415,9 @@ void frmConfig::ListPorts(const std::optional<QString>& chosen) {
     }
     const std::int16_t port = ChosenPort();
     if (chosen == QString() || !devices_.Assigned(port).isEmpty())
-        add({}, QStringLiteral("Automatic: USB adapter no. %1").arg(port))
+        add({}, (named ? QStringLiteral("Automatic: COM%1")
+                       : QStringLiteral("Automatic: USB adapter no. %1"))
+                    .arg(port))
             ->setFirstColumnSpanned(true);
     if (lstPorts_->topLevelItemCount() == 0) {
         auto* none = new QTreeWidgetItem(
@@ -451,7 +451,8 @@ void frmConfig::LookAround() {
 void frmConfig::ShowNumber() {
     const QString device = ChosenDevice();
     const bool named = !devices_.NeedsAssignment();
-    QString words = named ? QString() : QStringLiteral("is %1").arg(device);
+    QString words =
+        device == PortCaption(ChosenPort()) ? QString() : QStringLiteral("is %1").arg(device);
     if (!devices_.IsPresent(device)) words = QStringLiteral("is not plugged in");
     if (device.isEmpty()) words = QStringLiteral("has no adapter yet");
     lblDevice_->setText(words);

@@ -8,10 +8,6 @@ namespace davo {
 
 namespace {
 
-QString ValueName(std::int16_t port) {
-    return QStringLiteral("COM%1").arg(port);
-}
-
 class LinuxPortDevices : public PortDevices {
   public:
     explicit LinuxPortDevices(SettingsStore& store) : store_(store) {}
@@ -29,19 +25,14 @@ class LinuxPortDevices : public PortDevices {
     bool IsPresent(const QString& device) const override { return QFileInfo::exists(device); }
 
     void Assign(std::int16_t port, const QString& device) override {
-        store_.Write(kApplication, kSection, ValueName(port), device);
+        KeepForPort(store_, port, device);
     }
 
-    QString Assigned(std::int16_t port) const override {
-        return store_.Read(kApplication, kSection, ValueName(port));
-    }
+    QString Assigned(std::int16_t port) const override { return KeptForPort(store_, port); }
 
     bool NeedsAssignment() const override { return true; }
 
   private:
-    const QString kApplication = QStringLiteral("DAVO");
-    const QString kSection = QStringLiteral("PORTDEVICES");
-
     SettingsStore& store_;
 };
 

@@ -70,7 +70,7 @@ class DeviceSet {
             const QString path = FromWide(id.data());
             port.usb = path.contains(QLatin1String("USB"), Qt::CaseInsensitive) ||
                        path.contains(QLatin1String("VID_"), Qt::CaseInsensitive);
-            if (port.usb) port.serialNumber = path.section(QLatin1Char('\\'), -1);
+            if (port.usb) port.serialNumber = SerialNumberOfInstance(path);
             if (!port.device.isEmpty()) ports.push_back(port);
         }
         return ports;
@@ -101,8 +101,13 @@ class DeviceSet {
 
 class WindowsPortDevices : public PortDevices {
   public:
+    explicit WindowsPortDevices(SettingsStore& store) : store_(store) {}
+
     QString DeviceOf(std::int16_t port) const override {
-        return port > 0 ? QStringLiteral("COM%1").arg(port) : QString();
+        if (port <= 0) return {};
+        const QString assigned = KeptForPort(store_, port);
+        return assigned.isEmpty() ? QStringLiteral("COM%1").arg(port)
+                                  : FindRemembered(assigned, Present());
     }
 
     std::vector<PresentPort> Present() const override {
@@ -127,15 +132,22 @@ class WindowsPortDevices : public PortDevices {
 
     bool IsPresent(const QString& device) const override { return PortNames().contains(device); }
 
-    void Assign(std::int16_t, const QString&) override {}
+    void Assign(std::int16_t port, const QString& device) override {
+        KeepForPort(store_, port, RememberedAdapter(device, Present()));
+    }
+
+    QString Assigned(std::int16_t port) const override { return KeptForPort(store_, port); }
 
     bool NeedsAssignment() const override { return false; }
+
+  private:
+    SettingsStore& store_;
 };
 
 }  // namespace
 
-std::unique_ptr<PortDevices> MakePortDevices(SettingsStore&) {
-    return std::make_unique<WindowsPortDevices>();
+std::unique_ptr<PortDevices> MakePortDevices(SettingsStore& store) {
+    return std::make_unique<WindowsPortDevices>(store);
 }
 
 }  // namespace davo

@@ -139,7 +139,7 @@ TEST_F(ConfigureSystem, AFailedSaveStaysOpenAndSaysSoOnlyOnExit) {
     EXPECT_EQ(
         Text("lblAnswer"),
         "/dev/ttyUSB1 does not open: Invalid port number. Another program uses it, or you may "
-        "not open it. To leave all the same, press Leave without a port.");
+        "not open it. To leave anyway, press Leave without a port.");
     Click("cmdExit");
     EXPECT_TRUE(window->isVisible());
     EXPECT_THAT(prompts.shown, ElementsAre(u"Please choose a valid COM port."_s));
@@ -179,7 +179,7 @@ TEST_F(ConfigureSystem, ThereIsAWayOutWithNoAdapterPluggedIn) {
     EXPECT_EQ(
         Text("lblAnswer"),
         "No adapter is plugged in. Plug in the DAVO's adapter: it is listed at once. To leave "
-        "all the same, press Leave without a port.");
+        "anyway, press Leave without a port.");
     QTest::keyClick(window.get(), Qt::Key_W, Qt::AltModifier);
     ASSERT_TRUE(Until([this] { return !window->isVisible(); }));
     EXPECT_EQ(settings.comPort, kNoPortChosen) << "as through its frame";
@@ -312,19 +312,15 @@ TEST_F(ConfigureSystem, TheWheelChoosesNoNumber) {
     EXPECT_EQ(list->currentIndex(), before);
 }
 
-TEST_F(ConfigureSystem, WithComNamesARowIsANumber) {
+TEST_F(ConfigureSystem, WithComNamesARowOfSuchANameIsThatNumber) {
     devices.needsAssignment = false;
-    devices.present = {BuiltInPort("COM2"), UsbAdapter("COM3", "USB Serial Port", "FTDI", "7"),
-                       UsbAdapter("COM11", "Other", "Maker", "")};
+    devices.present = {BuiltInPort("COM2"), UsbAdapter("COM3", "USB Serial Port", "FTDI", "7")};
     Open();
     EXPECT_FALSE(Find<QCheckBox>("chkBuiltIn")->isVisible());
     EXPECT_THAT(Rows(),
-                ElementsAre("USB Serial Port|FTDI|7|COM3|", "Other|Maker||COM11|not COM1 to COM4",
-                            "built into the computer|||COM2|",
+                ElementsAre("USB Serial Port|FTDI|7|COM3|", "built into the computer|||COM2|",
                             "not among the ports plugged in|||COM1|chosen"));
     EXPECT_EQ(Text("lblDevice"), "is not plugged in");
-    ChooseDevice(u"COM11"_s);
-    EXPECT_EQ(Chosen(), u"COM1"_s) << "the program has no number for it";
     ChooseDevice(u"COM3"_s);
     EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), u"COM3"_s);
     EXPECT_EQ(Text("lblDevice"), "");
@@ -334,6 +330,28 @@ TEST_F(ConfigureSystem, WithComNamesARowIsANumber) {
     Click("cmdSave");
     EXPECT_EQ(settings.comPort, 2);
     EXPECT_TRUE(devices.assignments.empty());
+}
+
+TEST_F(ConfigureSystem, WithComNamesANumberStandsForAnAdapterWithAHigherOneUntilItIsTakenBack) {
+    devices.needsAssignment = false;
+    devices.present = {BuiltInPort("COM1"), UsbAdapter("COM11", "Other", "Maker", "")};
+    Open();
+    EXPECT_EQ(Chosen(), u"COM1"_s);
+    ChooseDevice(u"COM11"_s);
+    EXPECT_EQ(Find<QComboBox>("cboComPort")->currentText(), u"COM1"_s);
+    EXPECT_EQ(Text("lblDevice"), "is COM11");
+    Click("cmdSave");
+    EXPECT_THAT(devices.assignments, ElementsAre(Pair(1, u"COM11"_s)));
+    Open();
+    EXPECT_THAT(Rows(), ElementsAre("Other|Maker||COM11|COM1, in use",
+                                    "built into the computer|||COM1|", "Automatic: COM1||||"));
+    ClickItem(*Ports(), Ports()->topLevelItem(2));
+    EXPECT_EQ(Text("lblDevice"), "");
+    Click("cmdSave");
+    EXPECT_EQ(devices.Assigned(1), QString());
+    Open();
+    EXPECT_THAT(Rows(),
+                ElementsAre("Other|Maker||COM11|", "built into the computer|||COM1|in use"));
 }
 
 TEST_F(ConfigureSystem, AnErrorOfTheStoreIsShownAndThePortStaysUnchosen) {
@@ -378,7 +396,7 @@ TEST_F(ConfigureSystem, ADeviceThatIsNotStoredIsUsedAtTheFirstSaveAndItIsSaid) {
     EXPECT_EQ(settings.comPort, 2);
     EXPECT_THAT(port.properties, Contains("CommPort=2"));
     EXPECT_THAT(prompts.shown,
-                ElementsAre(u"COM2 stands for the chosen device until the program ends: the "
+                ElementsAre(u"COM2 is the chosen device until the program ends: the "
                             "setting cannot be stored.\r\n"
                             "Run-time error '75': Path/File access error: davo.ini"_s));
 }

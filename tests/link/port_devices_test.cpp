@@ -34,6 +34,61 @@ TEST(PortChoice, NeverABuiltInPort) {
     EXPECT_EQ(NthUsbAdapter({}, 1), QString());
 }
 
+TEST(PortChoice, ASerialNumberIsReadFromTheInstanceOfTheDevice) {
+    EXPECT_EQ(SerialNumberOfInstance(uR"(FTDIBUS\VID_0403+PID_6001+A10K4XYZA\0000)"_s),
+              u"A10K4XYZ"_s);
+    EXPECT_EQ(SerialNumberOfInstance(uR"(FTDIBUS\VID_0403+PID_6010+FT123B\0000)"_s), u"FT123B"_s)
+        << "the other port of the same chip";
+    EXPECT_EQ(SerialNumberOfInstance(uR"(USB\VID_067B&PID_23A3\CMA>B103Y23)"_s), u"CMA>B103Y23"_s);
+}
+
+TEST(PortChoice, WhatWindowsMadeUpOfTheSocketIsNoSerialNumber) {
+    EXPECT_EQ(SerialNumberOfInstance(uR"(USB\VID_1A86&PID_7523\5&2A8D4F1&0&3)"_s), QString());
+    EXPECT_EQ(SerialNumberOfInstance(uR"(FTDIBUS\VID_0403+PID_6001+5&2A8D4F1&0&3\0000)"_s),
+              QString());
+    EXPECT_EQ(SerialNumberOfInstance(u"USB"_s), QString());
+    EXPECT_EQ(SerialNumberOfInstance(QString()), QString());
+}
+
+PresentPort Ftdi(const char* device, const char* serialNumber) {
+    return UsbAdapter(device, "USB Serial Port", "FTDI", serialNumber);
+}
+
+TEST(PortChoice, AnAdapterThatMovedIsFoundByItsMakerAndSerialNumber) {
+    const QString remembered =
+        RememberedAdapter(u"COM5"_s, {Ftdi("COM5", "A1"), Ftdi("COM6", "B2")});
+    EXPECT_EQ(remembered, u"COM5|FTDI|A1"_s);
+    EXPECT_EQ(FindRemembered(remembered, {Ftdi("COM5", "A1")}), u"COM5"_s);
+    EXPECT_EQ(FindRemembered(remembered, {Ftdi("COM6", "B2"), Ftdi("COM7", "A1")}), u"COM7"_s);
+    EXPECT_EQ(FindRemembered(remembered, {Ftdi("COM5", "B2"), Ftdi("COM7", "A1")}), u"COM7"_s)
+        << "another one has its name";
+    EXPECT_EQ(RememberedAdapter(remembered, {Ftdi("COM7", "A1")}), remembered)
+        << "given back as it was";
+}
+
+TEST(PortChoice, AnotherAdapterIsNeverTakenForARememberedOne) {
+    const QString remembered = u"COM5|FTDI|A1"_s;
+    EXPECT_EQ(FindRemembered(remembered, {}), u"COM5"_s) << "the name says what is missing";
+    EXPECT_EQ(FindRemembered(remembered, {Ftdi("COM6", "B2")}), u"COM5"_s);
+    EXPECT_EQ(FindRemembered(remembered, {Ftdi("COM5", "B2")}), QString());
+    EXPECT_EQ(FindRemembered(remembered, {UsbAdapter("COM5", "Other", "Maker", "A1")}), QString());
+    EXPECT_EQ(FindRemembered(remembered, {BuiltInPort("COM5")}), QString());
+    EXPECT_EQ(FindRemembered(remembered, {Ftdi("COM7", "A1"), Ftdi("COM8", "A1")}), QString())
+        << "two that give out the same number";
+    EXPECT_EQ(FindRemembered(remembered, {Ftdi("COM5", "A1"), Ftdi("COM8", "A1")}), u"COM5"_s);
+}
+
+TEST(PortChoice, WithoutASerialNumberTheNameIsAllThatIsRemembered) {
+    const std::vector<PresentPort> present = {UsbAdapter("COM5", "Clone", "Maker", ""),
+                                              BuiltInPort("COM1")};
+    EXPECT_EQ(RememberedAdapter(u"COM5"_s, present), u"COM5"_s);
+    EXPECT_EQ(RememberedAdapter(u"COM1"_s, present), u"COM1"_s);
+    EXPECT_EQ(RememberedAdapter(u"COM9"_s, present), u"COM9"_s);
+    EXPECT_EQ(RememberedAdapter(QString(), present), QString());
+    EXPECT_EQ(FindRemembered(u"COM5"_s, {UsbAdapter("COM7", "Clone", "Maker", "")}), u"COM5"_s);
+    EXPECT_EQ(FindRemembered(u"COM5"_s, {Ftdi("COM5", "A1")}), u"COM5"_s);
+}
+
 // The kernel's folders: a built-in port, one that the driver lists although there is none, a
 // console without a device, and two adapters.
 class PortListTest : public testing::Test {

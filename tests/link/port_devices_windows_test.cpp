@@ -12,7 +12,7 @@
 namespace davo::test {
 namespace {
 
-TEST(WindowsPortDevices, TheNumbersAreThePortsOfThatName) {
+TEST(WindowsPortDevices, TheNumbersAreThePortsOfThatNameUntilTheyAreGivenOthers) {
     MemorySettingsStore store;
     const auto devices = MakePortDevices(store);
     EXPECT_FALSE(devices->NeedsAssignment());
@@ -21,8 +21,15 @@ TEST(WindowsPortDevices, TheNumbersAreThePortsOfThatName) {
     EXPECT_EQ(devices->DeviceOf(0), QString());
     EXPECT_EQ(devices->DeviceOf(-99), QString());
     devices->Assign(1, QStringLiteral("COM3"));
+    EXPECT_EQ(devices->DeviceOf(1), QStringLiteral("COM3"));
+    EXPECT_EQ(MakePortDevices(store)->DeviceOf(1), QStringLiteral("COM3"));
+    EXPECT_EQ(devices->DeviceOf(2), QStringLiteral("COM2"));
+    devices->Assign(1, QString());
     EXPECT_EQ(devices->DeviceOf(1), QStringLiteral("COM1"));
     EXPECT_EQ(devices->Assigned(1), QString());
+    devices->Assign(1, QStringLiteral("COM5|FTDI|A1"));
+    EXPECT_EQ(devices->Assigned(1), QStringLiteral("COM5|FTDI|A1"));
+    EXPECT_EQ(devices->DeviceOf(1), QStringLiteral("COM5")) << "not plugged in";
 }
 
 // Ports that a driver has listed: values of the key where all drivers list theirs.

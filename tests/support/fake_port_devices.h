@@ -21,14 +21,14 @@ inline PresentPort BuiltInPort(const char* device) {
     return {QString::fromLatin1(device), {}, {}, {}, false};
 }
 
-// What is plugged in is what the test says. Without COM names it chooses as a platform that has
-// none: the assigned device, else the n-th USB adapter.
+// What is plugged in is what the test says. A number is the assigned device, else the port of that
+// name or, as on a platform without COM names, the n-th USB adapter.
 class FakePortDevices : public PortDevices {
   public:
     QString DeviceOf(std::int16_t port) const override {
-        if (!needsAssignment) return QStringLiteral("COM%1").arg(port);
         const QString given = Assigned(port);
-        return given.isEmpty() ? NthUsbAdapter(present, port) : given;
+        if (!given.isEmpty()) return given;
+        return needsAssignment ? NthUsbAdapter(present, port) : QStringLiteral("COM%1").arg(port);
     }
     std::vector<PresentPort> Present() const override { return present; }
     bool IsPresent(const QString& device) const override {
