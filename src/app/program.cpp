@@ -4,7 +4,9 @@
 #include <QApplication>
 #include <QEvent>
 #include <QScreen>
+#include <QTimer>
 
+#include "app/crash_trace.h"
 #include "app/cursor_pointer.h"
 #include "app/end_requests.h"
 #include "app/frmMain.h"
@@ -53,6 +55,17 @@ void ShowMain(frmMain& window, const Places& places) {
     window.showMaximized();
 }
 
+// Says once what a crash has left.
+void TellOfCrash(Prompts& prompts, const Places& places) {
+    const QString trace = TakeCrashTrace(places.scratchFolder);
+    if (trace.isEmpty()) return;
+    prompts.Message(
+        QStringLiteral("The program crashed last time. Each shot that it showed as on the disk is "
+                       "there: a session that was not saved is on the start page.\r\nWhat helps to "
+                       "find the fault is in %1. It is sent to nobody.")
+            .arg(trace));
+}
+
 }  // namespace
 
 void DressApplication() {
@@ -85,7 +98,12 @@ int RunProgram(QApplication& application) {
                                    link,    *devices, *shortDate, [] { QApplication::beep(); },
                                    &reports};
     frmMain window(state, services, OpenForms(state, services));
-    frmSplash splash(pointer, [&] { ShowMain(window, places); });
+    LeaveCrashTraces(places.scratchFolder);
+    frmSplash splash(pointer, [&] {
+        ShowMain(window, places);
+        // Once the splash has gone.
+        QTimer::singleShot(0, &window, [&] { TellOfCrash(prompts, places); });
+    });
     QuitFilter quitFilter(window);
     application.installEventFilter(&quitFilter);
     GuideKey guideKey(GuideFolders(), prompts, ShowDocument);

@@ -102,6 +102,7 @@ class Program:
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
             stderr=self.log,
+            cwd=rig.folder,  # where a file dialog begins when the data folder has gone
             start_new_session=True,
         )
         self._reader = threading.Thread(target=self._read, daemon=True)
