@@ -126,6 +126,9 @@ void LiveCurve::CompleteShot(const std::string& capture) {
         }
         complete_ = std::move(curve);
         ForgetReadings();
+        // At once: whoever reads that the shot is complete looks at its own curve.
+        soon_.stop();
+        Flush();
     } catch (const RunTimeError&) {
         // The window says what is wrong with the record.
     }

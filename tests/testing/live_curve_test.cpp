@@ -55,6 +55,16 @@ TEST_F(LiveCurveWindow, ReadingsAppearAndTheShotReplacesThem) {
     EXPECT_TRUE(Until([this] { return Chart()->Across() == LogSpan{-2, 0}; }));
 }
 
+TEST_F(LiveCurveWindow, TheShotsOwnCurveComesWithTheWordsThatItIsComplete) {
+    OpenAndStart();
+    Say("I=2.5 V=800");
+    ASSERT_TRUE(Until([this] { return Chart()->Across() == LogSpan{0, 1}; }));
+    EndShot(EncodeRecordImage(ImageWithPoints(12)));
+    ASSERT_TRUE(Until([this] { return Label("lblTest")->text() == u"TEST COMPLETE."_s; }));
+    // Whoever looks, or takes a picture, at these words sees no readings any more.
+    EXPECT_EQ(Chart()->Across(), (LogSpan{-2, 0}));
+}
+
 TEST_F(LiveCurveWindow, ABurstIsPaintedTenTimesASecondAtMost) {
     OpenAndStart();
     Say("I=0.0100 V=10");
