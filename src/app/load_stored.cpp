@@ -3,9 +3,13 @@
 
 #include <algorithm>
 #include <exception>
+#include <numeric>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "common/files.h"
+#include "common/text.h"
 #include "reports/template_file.h"
 
 namespace davo {
@@ -22,6 +26,27 @@ void Attempt(std::vector<Notice>& troubles, const QString& caption, const Step& 
     }
 }
 
+// The first count entries, which are in the order of their days, with the latest time of a day
+// first: what was just saved is among the first ones also on a day of many.
+std::vector<std::size_t> NewestFirst(const std::vector<std::string>& entries, int count) {
+    const auto textAt = [&](std::size_t entry, std::size_t begin, std::size_t length) {
+        return Middle(entries[entry], entries[entry].find('!') + begin, length);
+    };
+    std::vector<std::size_t> order(
+        std::min(entries.size(), static_cast<std::size_t>(std::max(count, 0))));
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    for (auto day = order.begin(); day != order.end();) {
+        const auto next = std::find_if(day, order.end(), [&](std::size_t entry) {
+            return textAt(entry, 1, 8) != textAt(*day, 1, 8);
+        });
+        std::stable_sort(day, next, [&](std::size_t one, std::size_t other) {
+            return textAt(one, 10, 5) > textAt(other, 10, 5);
+        });
+        day = next;
+    }
+    return order;
+}
+
 }  // namespace
 
 std::vector<Notice> LoadStored(ProgramState& state, const ProgramServices& services) {
@@ -35,15 +60,15 @@ std::vector<Notice> LoadStored(ProgramState& state, const ProgramServices& servi
     Attempt(troubles, notUsable, [&] {
         const QString line = services.store.UnreadableLine();
         if (line.isEmpty()) return;
-        troubles.push_back({notUsable, QStringLiteral("%1 cannot be read. The program goes on "
-                                                      "with the lines that it can read.")
+        troubles.push_back({notUsable, QStringLiteral("%1 cannot be read. The program uses the "
+                                                      "other lines.")
                                            .arg(line)});
     });
     state.settings = read.settings;
     for (const RunTimeError& error : read.errors) {
         troubles.push_back(
             {notUsable, QStringLiteral("A stored setting or its folder cannot be used. The "
-                                       "program goes on with what is usual.\r\n") +
+                                       "program uses the defaults.\r\n") +
                             QString::fromUtf8(error.what())});
     }
     if (services.reports != nullptr && FolderExists(state.settings.excelPath)) {
@@ -72,9 +97,14 @@ ShellFacts FactsOf(const ProgramState& state, const PortDevices& devices, int li
     ShellFacts facts{GlanceAtLink(state.settings, state.linkState, devices),
                      state.settings.dataPath, state.settings.kneepointType,
                      state.directory.listing};
-    facts.records = RowsOfEntries(state.directory.dirEntries, listedRecords);
-    for (std::size_t i = 0; i < std::min(facts.records.size(), kNewestRecords); ++i)
-        facts.files.push_back(RecordFileOf(state.directory, i));
+    const std::vector<std::string>& entries = state.directory.dirEntries;
+    std::vector<std::string> newest;
+    for (const std::size_t entry : NewestFirst(entries, listedRecords)) {
+        newest.push_back(entries[entry]);
+        facts.files.push_back(RecordFileOf(state.directory, entry));
+    }
+    facts.records = RowsOfEntries(newest, listedRecords);
+    facts.files.resize(std::min(facts.records.size(), kNewestRecords));
     return facts;
 }
 

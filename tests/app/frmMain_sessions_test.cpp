@@ -102,6 +102,21 @@ TEST_F(SessionsOnTheStartPage, OfOneThatIsSavedACertificateIsOffered) {
     EXPECT_TRUE(Find<QPushButton>("cmdCertificate")->isEnabled());
 }
 
+TEST_F(SessionsOnTheStartPage, ADayOfManyRecordsStillShowsTheOneThatWasJustSaved) {
+    for (std::size_t i = 0; i < kNewestRecords; ++i)
+        AddRecord(u"T%1.txt"_s.arg(i).toLatin1().constData(), "11/20/26");
+    LeaveSession("NORTH", "16:40");
+    Open();
+    prompts.files = {DataFolder() + u"Z.txt"_s};
+    Click("cmdSaveSession0");
+    EXPECT_THAT(Text("lblSaved"), ::testing::StartsWith("Z is saved."));
+    const auto* list = Find<QTreeWidget>("lvNewest");
+    EXPECT_EQ(list->topLevelItem(0)->text(0), u"Z"_s) << "the latest of the day";
+    EXPECT_EQ(list->topLevelItem(1)->text(0), u"T0"_s) << "those of one minute keep their order";
+    EXPECT_EQ(list->topLevelItemCount(), static_cast<int>(kNewestRecords));
+    EXPECT_TRUE(Find<QPushButton>("cmdCertificate")->isEnabled());
+}
+
 TEST_F(SessionsOnTheStartPage, WithoutANameItsCardStays) {
     LeaveSession("NORTH");
     Open();

@@ -123,7 +123,7 @@ TEST_F(MainWindow, ASettingThatCannotBeReadIsSaidOnceAndTheOthersAreRead) {
     EXPECT_EQ(notice->text(), u"Setting not usable"_s);
     notice->click();
     EXPECT_THAT(prompts.shown, ElementsAre(u"A stored setting or its folder cannot be used. The "
-                                           "program goes on with what is usual.\r\n"
+                                           "program uses the defaults.\r\n"
                                            "Run-time error '13': Type mismatch: abc"_s));
 }
 
@@ -143,8 +143,8 @@ TEST_F(MainWindow, ALineOfTheSettingsFileThatCannotBeReadIsSaidByItsNumber) {
     EXPECT_EQ(notice->text(), u"Setting not usable"_s);
     notice->click();
     EXPECT_THAT(prompts.shown, ElementsAre(u"Line 6 of "_s + file +
-                                           u" cannot be read. The program goes on with the lines "
-                                           "that it can read."_s));
+                                           u" cannot be read. The program uses the "
+                                           "other lines."_s));
 }
 
 TEST_F(MainWindow, FoldersThatCannotBeMadeAreSaid) {
