@@ -27,9 +27,14 @@ class LineShot:
 
 def read_byte_log(path):
     """The instrument's byte log as a list of (to_pc, bytes)."""
+    return entries_of(pathlib.Path(path).read_text("latin-1"))
+
+
+def entries_of(log):
+    """The same for the text of a byte log."""
     line = re.compile(r"\s*\d+\.\d+ ([<>])((?: [0-9A-F]{2})+)  ")
     entries = []
-    for text in pathlib.Path(path).read_text("latin-1").split("\n"):
+    for text in log.split("\n"):
         found = line.match(text)
         if found:
             entries.append((found[1] == ">", bytes.fromhex(found[2])))
