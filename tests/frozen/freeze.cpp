@@ -2,19 +2,23 @@
 // davo_freeze FOLDER: the files of this release as the program writes them, each made by the
 // program's own writer, with their readings beside them; see frozen_test.cpp.
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QSettings>
 #include <QTemporaryDir>
+#include <QWidget>
 #include <cstdio>
 
+#include "app/window_geometry.h"
 #include "common/files.h"
 #include "common/places.h"
 #include "common/settings_store.h"
 #include "common/text.h"
 #include "files/group_file.h"
 #include "files/record_headers.h"
+#include "instrument/byte_log.h"
 #include "instrument/memory.h"
 #include "records/capture_file.h"
 #include "records/directory_file.h"
@@ -266,6 +270,37 @@ void WriteSettingsFiles(const QString& settings) {
                 -1,
                 FromPage("/srv/M\xFCller, \"B\xFCro\"; 100% \\ \x80/[x]=y/Shots_Data/"),
                 {}});
+    WriteStore(Made(settings + u"compared"_s), {QLatin1String(kKneeAsa),
+                                                1,
+                                                false,
+                                                0,
+                                                3,
+                                                u"/home/anna/Shots_Data/"_s,
+                                                {},
+                                                u"7.5"_s,
+                                                u"0.2"_s});
+}
+
+// The main window's place, and the limit that the test window keeps beside it.
+void WriteWindows(const QString& windows) {
+    const Places places{windows, windows, windows};
+    QWidget main;
+    main.setObjectName(u"frmMain"_s);
+    main.setGeometry(40, 60, 700, 500);
+    main.setWindowState(Qt::WindowMaximized);
+    SaveWindowGeometry(main, places);
+    QSettings(WindowFile(places), QSettings::IniFormat)
+        .setValue(u"frmCControl/errorLimit"_s, u"0.35"_s);
+}
+
+// A conversation: a byte, lines that are longer than one of the log's, and what no text has.
+void WriteLog(const QString& line) {
+    instrument::ByteLog log((line + u"conversation.log"_s).toStdString());
+    log.FromPc("B", instrument::Micros{0});
+    log.ToPc("RDY\r\n", instrument::Micros{10'250});
+    log.FromPc("F", instrument::Micros{1'000'000});
+    log.ToPc(OrdinaryCapture().substr(0, 100), instrument::Micros{59'999'999});
+    log.ToPc(std::string("\x00\xFF\x7F end", 7), instrument::Micros{3'600'000'001});
 }
 
 void WriteReadings(const QString& release) {
@@ -287,7 +322,7 @@ void WriteReadings(const QString& release) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
+    const QApplication application(argc, argv);
     if (argc != 2 || FolderExists(QString::fromLocal8Bit(argv[1]))) {
         std::puts("usage: davo_freeze FOLDER, which is not there yet");
         return 2;
@@ -298,6 +333,8 @@ int main(int argc, char** argv) {
     WriteUndated(Made(release + u"/undated"_s));
     WriteUnsaved(Made(release + u"/unsaved"_s));
     WriteSettingsFiles(Made(release + u"/settings"_s));
+    WriteWindows(Made(release + u"/windows"_s));
+    WriteLog(Made(release + u"/line"_s));
     WriteReadings(release);
     return 0;
 }

@@ -9,9 +9,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "app/window_geometry.h"
 #include "common/files.h"
 #include "tests/frozen/readings.h"
-#include "tests/support/testing.h"
+#include "tests/testing/test_window.h"
 
 namespace davo::test {
 namespace {
@@ -41,7 +42,7 @@ TEST(FrozenFiles, AreReadAsTheirReleaseReadThem) {
             ++read;
         }
     }
-    EXPECT_GE(read, 25);
+    EXPECT_GE(read, 28);
 }
 
 TEST(FrozenFiles, UnsavedSessionsAreRecovered) {
@@ -57,6 +58,30 @@ TEST(FrozenFiles, UnsavedSessionsAreRecovered) {
         }
     }
     EXPECT_GE(recovered, 7);
+}
+
+// The windows take what the release has kept of them.
+class FrozenWindows : public TestWindow {};
+
+TEST_F(FrozenWindows, AreAsTheirReleaseLeftThem) {
+    int taken = 0;
+    for (const QString& release : Releases()) {
+        const QString kept = release + u"/windows/davo-window.ini"_s;
+        if (!QFile::exists(kept)) continue;
+        SCOPED_TRACE(kept.toStdString());
+        ReplaceFile(WindowFile(places), ReadWholeFile(kept));
+        QWidget frame;
+        frame.setObjectName(u"frmMain"_s);
+        EXPECT_TRUE(RestoreWindowGeometry(frame, places));
+        Open();
+        EXPECT_EQ(WindowsReading(frame.geometry(), frame.isMaximized(),
+                                 QString::fromStdString(Text("txtErrorLimit"))),
+                  ReadWholeFile(ReadingPath(kept)));
+        Click("cmdExit");
+        EXPECT_TRUE(Closed());
+        ++taken;
+    }
+    EXPECT_GE(taken, 1);
 }
 
 TEST(FrozenFiles, EachReadingIsOfAFile) {

@@ -6,6 +6,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cstdio>
@@ -14,6 +15,7 @@
 #include "common/numbers.h"
 #include "common/places.h"
 #include "common/settings_store.h"
+#include "instrument/conversation_log.h"
 #include "records/capture_file.h"
 #include "records/directory_file.h"
 #include "records/header_table.h"
@@ -185,8 +187,23 @@ std::string SettingsReading(const QString& folder) {
     lines.PutNumber("sorted by:", settings.sortDisplay);
     lines.PutText("data:", settings.dataPath.toStdString());
     lines.PutText("reports:", settings.excelPath.toStdString());
+    // Who never compares has none.
+    if (!settings.curveLimit.isEmpty() || !settings.ratioLimit.isEmpty()) {
+        lines.PutText("limit of curves:", settings.curveLimit.toStdString());
+        lines.PutText("limit of ratios:", settings.ratioLimit.toStdString());
+    }
     for (const RunTimeError& error : errors)
         lines.PutNumber("error:", static_cast<int>(error.Number()));
+    return lines.Take();
+}
+
+// What crossed the line between a PC and an instrument.
+std::string LogReading(const QString& path) {
+    Lines lines;
+    for (const instrument::LoggedBytes& logged :
+         instrument::ReadConversationLog(path.toStdString()))
+        lines.Put(std::to_string(logged.line), std::to_string(logged.at.count()),
+                  logged.toPc ? ">" : "<", Quoted(logged.bytes));
     return lines.Take();
 }
 
@@ -198,7 +215,24 @@ void SetTime(const QString& path) {
                      QFileDevice::FileModificationTime);
 }
 
+// The window's settings as they are in the file; that the windows take them is another matter.
+std::string WindowFileReading(const QString& path) {
+    const QSettings file(path, QSettings::IniFormat);
+    return WindowsReading(file.value(QStringLiteral("frmMain/normalGeometry")).toRect(),
+                          file.value(QStringLiteral("frmMain/maximized")).toBool(),
+                          file.value(QStringLiteral("frmCControl/errorLimit")).toString());
+}
+
 }  // namespace
+
+std::string WindowsReading(const QRect& geometry, bool isMaximized, const QString& errorLimit) {
+    Lines lines;
+    lines.Put("main window:", std::to_string(geometry.x()), std::to_string(geometry.y()),
+              std::to_string(geometry.width()), std::to_string(geometry.height()));
+    lines.Put("maximized:", isMaximized ? "yes" : "no");
+    lines.PutText("error limit:", errorLimit.toStdString());
+    return lines.Take();
+}
 
 QString ReadingPath(const QString& file) {
     const QFileInfo info(file);
@@ -225,6 +259,8 @@ std::string Reading(const QString& file) {
     if (name == QLatin1String(kDirectoryFileName)) return DirectoryReading(folder);
     if (name == QLatin1String("Davo.ini")) return HeaderReading(folder);
     if (name == QLatin1String("davo.ini")) return SettingsReading(folder);
+    if (name == QLatin1String("davo-window.ini")) return WindowFileReading(file);
+    if (name.endsWith(QLatin1String(".log"))) return LogReading(file);
     if (name.endsWith(QLatin1String(".jnl"))) return JournalReading(file);
     const std::string bytes = ReadWholeFile(file);
     if (name.startsWith(QLatin1String("TESTFILE"))) return CaptureReading(bytes);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QRect>
 #include <QString>
 #include <string>
 #include <vector>
@@ -18,6 +19,9 @@ std::vector<QString> FrozenFiles(const QString& release);
 // directory file is read together with its folder. Texts are in quotes, each byte that is no plain
 // ASCII as "\xE4". Throws what reading the file throws.
 std::string Reading(const QString& file);
+
+// The reading of the windows' settings.
+std::string WindowsReading(const QRect& geometry, bool isMaximized, const QString& errorLimit);
 
 // The sessions that the program finds in a copy of the scratch folder, each saved as a record file
 // by the program's own dialogue, and the readings of these. The last line has what is left in the
