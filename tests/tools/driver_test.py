@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Drives a small program through the driver, to know that the driver itself can be trusted."""
 
+import json
 import os
 import pathlib
 import subprocess
@@ -12,21 +13,24 @@ SAMPLE = os.environ["DAVO_DRIVER_SAMPLE"]
 PLUGINS = os.environ["DAVO_PLUGINS"]
 
 
-def drive(script, pictures, by_input=False):
-    """The exit code and the driver's lines of a run of script."""
-    file = pathlib.Path(pictures) / "script.txt"
-    file.write_text(script)
-    environment = dict(
+def environment(script, pictures):
+    return dict(
         os.environ,
         QT_QPA_PLATFORM="offscreen",
         QT_PLUGIN_PATH=PLUGINS,
         QT_QPA_GENERIC_PLUGINS="davodriver",
-        DAVO_DRIVER_SCRIPT="-" if by_input else str(file),
+        DAVO_DRIVER_SCRIPT=script,
         DAVO_DRIVER_PICTURES=str(pictures),
     )
+
+
+def drive(script, pictures, by_input=False):
+    """The exit code and the driver's lines of a run of script."""
+    file = pathlib.Path(pictures) / "script.txt"
+    file.write_text(script)
     result = subprocess.run(
         [SAMPLE],
-        env=environment,
+        env=environment("-" if by_input else str(file), pictures),
         input=script if by_input else "",
         capture_output=True,
         text=True,
@@ -78,10 +82,66 @@ close frmSample
         code, output = drive(self.SESSION, self.pictures, by_input=True)
         self.assertEqual(code, 0, output)
 
+    def test_no_thread_reads_on_when_the_program_has_no_driver_any_more(self):
+        # The input stays open, and commands that come while the program ends harm nobody.
+        script = "waitText lblMessage ready\nclose frmSample\n" + "state\n" * 3000
+        for _ in range(5):
+            with subprocess.Popen(
+                [SAMPLE],
+                env=environment("-", self.pictures),
+                stdin=subprocess.PIPE,
+                stdout=subprocess.PIPE,
+                text=True,
+            ) as program:
+                program.stdin.write(script)
+                program.stdin.flush()
+                output = program.stdout.read()
+                self.assertEqual(program.wait(60), 0, output[-2000:])
+                self.assertIn("threads left: 1\n", output)
+
     def test_the_end_of_the_standard_input_ends_the_program(self):
         code, output = drive("waitText lblMessage ready\n", self.pictures, by_input=True)
         self.assertEqual(code, 4, output)
         self.assertIn("driver: do waitText lblMessage ready", output)
+
+    def look(self, script):
+        """What the driver's last look of a run of script found, and all its lines."""
+        code, output = drive(script + "\nlook\nclose frmSample", self.pictures)
+        self.assertEqual(code, 0, output)
+        looks = [line for line in output.splitlines() if line.startswith("driver: look ")]
+        return json.loads(looks[-1].removeprefix("driver: look ")), output
+
+    def test_a_look_has_what_can_be_done_now(self):
+        seen, _ = self.look("waitText lblMessage ready")
+        acts = [act["do"] for act in seen["acts"]]
+        self.assertEqual(
+            acts, ["type frmSample/txtBox", "menu mnuBoth", "menu mnuSave", "close frmSample"]
+        )
+        self.assertEqual(seen["dialogs"], [])
+        self.assertTrue(seen["file"])
+        seen, _ = self.look("waitEnabled cmdLater")
+        self.assertIn({"do": "click frmSample/cmdLater", "text": "&Later"}, seen["acts"])
+
+    def test_a_look_at_a_question_has_its_answers_only(self):
+        _, output = self.look("menu mnuBoth\nwait msgBox\nlook\nanswer No")
+        line = next(line for line in output.splitlines() if line.startswith("driver: look "))
+        seen = json.loads(line.removeprefix("driver: look "))
+        self.assertEqual(seen["dialogs"], [{"name": "msgBox", "text": "First? "}])
+        acts = [act["do"] for act in seen["acts"]]
+        self.assertEqual(acts, ["close msgBox", "answer Yes", "answer No"])
+
+    def test_a_lenient_driver_leaves_out_what_cannot_be_done(self):
+        _, output = self.look("lenient\nclick cmdLater 0\nclick cmdNone 0\nclose txtBox2 0")
+        self.assertIn("driver: left out click cmdLater 0: cmdLater is disabled", output)
+        self.assertIn("driver: left out click cmdNone 0: cmdNone is not visible", output)
+        self.assertNotIn("FAILED", output)
+
+    def test_a_watched_control_says_each_text_it_is_painted_with(self):
+        script = "watch lblMessage\nwaitText lblMessage ready\nsleep 50\nclick cmdLater\nsleep 50"
+        _, output = self.look(script)
+        painted = [line for line in output.splitlines() if line.startswith("driver: painted")]
+        self.assertEqual(painted, ["driver: painted lblMessage ready",
+                                   "driver: painted lblMessage pressed"])
 
     def assert_fails(self, script, reason):
         code, output = drive(script, self.pictures)

@@ -13,7 +13,11 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <cstddef>
 #include <cstdio>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
 
 namespace {
 
@@ -55,9 +59,14 @@ void AddMenus(QMainWindow& window, QLabel* label) {
                      [&window, label] { ChooseAndShow(&window, label); });
 }
 
-}  // namespace
+// Of this process; 0 where the system has no such list.
+std::ptrdiff_t Threads() {
+    std::error_code none;
+    const std::filesystem::directory_iterator threads("/proc/self/task", none);
+    return std::distance(threads, {});
+}
 
-int main(int argc, char** argv) {
+int RunSample(int argc, char** argv) {
     QApplication application(argc, argv);
     QMainWindow window;
     window.setObjectName(QStringLiteral("frmSample"));
@@ -79,4 +88,12 @@ int main(int argc, char** argv) {
     QTimer::singleShot(300, button, [button] { button->setEnabled(true); });
     window.show();
     return QApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int code = RunSample(argc, argv);
+    std::printf("threads left: %td\n", Threads());
+    return code;
 }

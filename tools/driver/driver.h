@@ -6,6 +6,11 @@
 #include <QString>
 #include <deque>
 #include <functional>
+#include <memory>
+#include <vector>
+
+#include "command_input.h"
+#include "look.h"
 
 namespace davo::test {
 
@@ -35,9 +40,15 @@ struct Step {
 //   key NAME                 one key, by its portable name, to the widget with the focus
 //   answer BUTTON [TEXT] [ms]  a button of the prompt "msgBox", once it shows exactly TEXT
 //   chooseFile NAME [ms]     in the save dialog "cdFile"
-//   grab NAME [W]            NAME.png of W or of the window in front, in DAVO_DRIVER_PICTURES
+//   grab NAME [W [C...]]     NAME.png of W or of the window in front, in DAVO_DRIVER_PICTURES, with
+//                            a number at each control C in it
 //   colours dark             all windows go to dark colours; any other word: back
 //   close W                  closes the window as its frame does
+//   row W N [double]         a click on row N (from 0) of a list
+//   look                     writes what could be done now, as one line of JSON (see look.h)
+//   watch W                  from now on writes each text that W is painted with
+//   lenient                  from now on a limit passed does not end the process: that line is
+//                            left out; what a click or a key presses is said with its text
 //   state                    writes what all windows show, as one line of JSON
 //   sleep MS   log TEXT   quit
 class Driver : public QObject {
@@ -45,9 +56,11 @@ class Driver : public QObject {
     explicit Driver(const QString& script);
 
   private:
-    void ReadStandardInput();
+    void EndWithInput();
     void AddLine(const QString& line);
     void Schedule(int ms);
+    void GiveUp(const QString& missing);
+    void SayPressed(const QWidget* pressed);
     void Tick();
     [[noreturn]] void Fail(const QString& reason);
 
@@ -62,12 +75,16 @@ class Driver : public QObject {
     Step BuildChooseFile(const QString& name);
     Step BuildGrab(const QStringList& args);
     Step BuildClose(const QString& widget);
+    Step BuildRow(const QStringList& args);
     Step BuildColours(const QString& name);
 
     std::deque<Step> steps_;
     QElapsedTimer sinceStep_;
     bool timing_ = false;
     bool scheduled_ = false;
+    bool lenient_ = false;
+    std::vector<std::unique_ptr<Watch>> watches_;
+    std::unique_ptr<CommandInput> input_;
 };
 
 }  // namespace davo::test

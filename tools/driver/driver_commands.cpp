@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QDialogButtonBox>
@@ -10,9 +11,13 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPainter>
 #include <QPalette>
+#include <QPixmap>
 #include <QPushButton>
 #include <QTest>
+#include <QWindow>
+#include <algorithm>
 
 #include "driver.h"
 #include "widgets.h"
@@ -33,16 +38,39 @@ QString Plain(QString text) {
 
 // The standard button of a prompt by its name ("Yes"); null when it has none such.
 QAbstractButton* PromptButton(const QMessageBox* prompt, const QString& name) {
-    static const QHash<QString, QMessageBox::StandardButton> kButtons{
-        {QStringLiteral("Ok"), QMessageBox::Ok},
-        {QStringLiteral("Yes"), QMessageBox::Yes},
-        {QStringLiteral("No"), QMessageBox::No},
-        {QStringLiteral("Cancel"), QMessageBox::Cancel}};
-    return prompt->button(kButtons.value(name, QMessageBox::NoButton));
+    return prompt->button(Answers().value(name, QMessageBox::NoButton));
 }
 
 QString WhyNoPress(QWidget* widget, const QString& name) {
     return widget == nullptr ? NotVisible(name) : WhyNotPressable(widget);
+}
+
+// The picture of target with numbers, from 1, at the controls of these names.
+QPixmap NumberedPicture(QWidget* target, const QStringList& names) {
+    constexpr int kSize = 26;
+    QPixmap picture = target->grab();
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QFont font = target->font();
+    font.setBold(true);
+    font.setPixelSize(kSize * 2 / 3);
+    painter.setFont(font);
+    const QRect inside(QPoint(0, 0), target->size() - QSize(kSize, kSize));
+    int number = 0;
+    for (const QString& name : names) {
+        // At the right of what is wide, where no caption begins.
+        const auto* control = target->findChild<QWidget*>(name);
+        const int across = control->width() > 2 * kSize ? control->width() - kSize : -kSize / 2;
+        QPoint place = control->mapTo(target, QPoint(across, -kSize / 2));
+        place.setX(std::clamp(place.x(), inside.left(), inside.right()));
+        place.setY(std::clamp(place.y(), inside.top(), inside.bottom()));
+        const QRect circle(place, QSize(kSize, kSize));
+        painter.setPen(QPen(Qt::white, 2));
+        painter.setBrush(QColor(179, 30, 80));
+        painter.drawEllipse(circle);
+        painter.drawText(circle, Qt::AlignCenter, QString::number(++number));
+    }
+    return picture;
 }
 
 }  // namespace
@@ -91,8 +119,9 @@ Step Driver::BuildWait(const QString& command, const QStringList& args) {
 Step Driver::BuildClick(const QString& widget) {
     Step step;
     step.missing = [widget] { return WhyNoPress(FindWidget(widget), widget); };
-    step.act = [widget] {
+    step.act = [this, widget] {
         QWidget* found = FindWidget(widget);
+        SayPressed(found);
         ClickAt(found, found->rect().center());
     };
     return step;
@@ -106,12 +135,13 @@ Step Driver::BuildKey(const QString& key) {
                    ? QStringLiteral("no window is active")
                    : QString();
     };
-    step.act = [key] {
+    step.act = [this, key] {
         const QKeyCombination keys = QKeySequence(key, QKeySequence::PortableText)[0];
         QWidget* target = QApplication::focusWidget();
         if (target == nullptr) {
             target = FrontWindow();
         }
+        SayPressed(target);
         QTest::keyClick(target->window()->windowHandle(), keys.key(), keys.keyboardModifiers());
     };
     return step;
@@ -183,7 +213,7 @@ Step Driver::BuildMenu(const QString& action) {
             QAction* pressed = path.actions.at(i);
             Step step;
             step.line = QStringLiteral("menu ") + action;
-            step.limitMs = 5000;
+            step.limitMs = lenient_ ? 300 : 5000;
             step.logged = false;
             step.missing = [menu] {
                 return menu->isVisible() ? QString() : QStringLiteral("a menu did not open");
@@ -213,7 +243,7 @@ Step Driver::BuildChooseFile(const QString& name) {
         dialog()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(name);
         Step press;
         press.line = QStringLiteral("chooseFile ") + name;
-        press.limitMs = 5000;
+        press.limitMs = lenient_ ? 300 : 5000;
         press.logged = false;
         press.missing = [dialog, save] {
             return dialog() == nullptr ? QStringLiteral("the file dialog has gone")
@@ -230,15 +260,51 @@ Step Driver::BuildGrab(const QStringList& args) {
     Step step;
     step.missing = [args] {
         const QWidget* target = args.size() > 1 ? FindWidget(args.at(1)) : FrontWindow();
-        return target == nullptr ? QStringLiteral("there is nothing to take a picture of")
-                                 : QString();
+        if (target == nullptr) {
+            return QStringLiteral("there is nothing to take a picture of");
+        }
+        for (const QString& name : args.mid(2)) {
+            const auto* control = target->findChild<QWidget*>(name);
+            if (control == nullptr || !control->isVisible()) {
+                return NotVisible(name);
+            }
+        }
+        return QString();
     };
     step.act = [this, args] {
         QWidget* target = args.size() > 1 ? FindWidget(args.at(1)) : FrontWindow();
         const QDir folder(qEnvironmentVariable("DAVO_DRIVER_PICTURES"));
         const QString path = folder.filePath(args.value(0) + QStringLiteral(".png"));
-        if (!target->grab().save(path)) {
+        if (!NumberedPicture(target, args.mid(2)).save(path)) {
             Fail(QStringLiteral("cannot write ") + path);
+        }
+    };
+    return step;
+}
+
+Step Driver::BuildRow(const QStringList& args) {
+    const auto view = [name = args.value(0)] {
+        return qobject_cast<QAbstractItemView*>(FindWidget(name));
+    };
+    const auto index = [view, row = args.value(1).toInt()] {
+        return view()->model()->index(row, 0, view()->rootIndex());
+    };
+    Step step;
+    step.missing = [view, index, name = args.value(0)] {
+        if (view() == nullptr) {
+            return NotVisible(name);
+        }
+        return index().isValid() ? WhyNotPressable(view())
+                                 : name + QStringLiteral(" has no such row");
+    };
+    step.act = [view, index, twice = args.value(2) == QLatin1String("double")] {
+        view()->scrollTo(index());
+        QWidget* viewport = view()->viewport();
+        const QPoint at = view()->visualRect(index()).center();
+        ClickAt(viewport, at);
+        if (twice) {
+            QWindow* window = viewport->window()->windowHandle();
+            QTest::mouseDClick(window, Qt::LeftButton, {}, viewport->mapTo(viewport->window(), at));
         }
     };
     return step;

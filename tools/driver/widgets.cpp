@@ -132,6 +132,15 @@ QMessageBox* VisiblePrompt() {
     return qobject_cast<QMessageBox*>(FindWidget(QStringLiteral("msgBox")));
 }
 
+const QHash<QString, QMessageBox::StandardButton>& Answers() {
+    static const QHash<QString, QMessageBox::StandardButton> kAnswers{
+        {QStringLiteral("Ok"), QMessageBox::Ok},
+        {QStringLiteral("Yes"), QMessageBox::Yes},
+        {QStringLiteral("No"), QMessageBox::No},
+        {QStringLiteral("Cancel"), QMessageBox::Cancel}};
+    return kAnswers;
+}
+
 QString WhyNotPressable(QWidget* widget) {
     const QString name = widget->objectName();
     if (!widget->isEnabled()) {

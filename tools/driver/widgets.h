@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QHash>
 #include <QJsonObject>
+#include <QMessageBox>
 #include <QString>
 #include <QWidget>
 
 class QAction;
 class QMenuBar;
-class QMessageBox;
 
 namespace davo::test {
 
@@ -27,6 +28,9 @@ void ActivateSomeWindow();
 
 // The visible prompt "msgBox" in front; null without one.
 QMessageBox* VisiblePrompt();
+
+// The standard buttons of a prompt by their names.
+const QHash<QString, QMessageBox::StandardButton>& Answers();
 
 // Empty when the operator could press widget now, else the reason.
 QString WhyNotPressable(QWidget* widget);

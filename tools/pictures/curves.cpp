@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QTabBar>
+#include <cstdlib>
 #include <iostream>
 
 #include "curves/curve_chart.h"
+#include "curves/frmNameplate.h"
 #include "curves/record_panel.h"
 #include "files/frmFileUtilOverlay.h"
 #include "files/frmSetDescr.h"
+#include "records/nameplate_file.h"
 #include "tests/curves/panel_records.h"
 #include "tests/curves/small_chart.h"
 #include "tests/support/controls.h"
@@ -66,6 +69,7 @@ class CurvePictures : public DataFolder {
                 Curve(SmoothCurve(400), 1));
         ListRecords();
         Compared("low", {880, 400});
+        Nameplates();
         settings.curveLimit = u"5"_s;
         settings.ratioLimit = u"0.25"_s;
         Compared("light", {660, 640});
@@ -121,6 +125,38 @@ class CurvePictures : public DataFolder {
         QTest::qWait(60);
         FindIn<QTabBar>(panel, "tabPanel")->setCurrentIndex(1);
         album_.Grab(panel, u"compare-"_s + QLatin1String(name));
+    }
+    // The dialog in each class, and the tab with a nameplate, taps and a maker's curve.
+    void Nameplates() {
+        std::string table = "A;V\r\n";
+        for (const auto& [current, voltage] : SmoothCurve(390))
+            table += current + ";" + voltage + "\r\n";
+        ReplaceFile(settings.dataPath + u"Acme CT-600.reference.csv"_s, table);
+        RecordParts half;
+        half.number = " 2";
+        half.points = SmoothCurve(188);
+        for (auto& [current, voltage] : half.points)
+            current = std::to_string(2 * std::strtod(current.c_str(), nullptr)).substr(0, 6);
+        half.nameplate = "120 (600:5)";
+        Add("FILLED", Curve(SmoothCurve(375), 1) + RecordText(half));
+        NameplateTexts texts{"PX", "5", "2.4", "300", "0.12", "240", "0.25"};
+        texts.back() = "1200:5, 600:5, 4000:5";
+        KeepNameplate(settings.dataPath, "00012345", texts);
+        settings.curveLimit = u"5"_s;
+        for (const auto& [name, size] :
+             {std::pair("filled", QSize(660, 640)), std::pair("filled-narrow", QSize(430, 520)),
+              std::pair("filled-low", QSize(880, 400)), std::pair("filled-tall", QSize(660, 1100))})
+            Compared(name, size, "FILLED");
+        for (const char* kind : {"PX", "5P", "C"}) {
+            texts.front() = kind;
+            frmNameplate dialog(u"00012345"_s, texts, prompts, nullptr);
+            dialog.setAttribute(Qt::WA_DeleteOnClose, false);
+            album_.ShowAndGrab(dialog, u"nameplate-"_s + QLatin1String(kind));
+        }
+        KeepNameplate(settings.dataPath, "00012345", {});
+        DeleteFile(DataFile(u"FILLED"_s));
+        DeleteFile(settings.dataPath + u"Acme CT-600.reference.csv"_s);
+        settings.curveLimit.clear();
     }
     void Chart() {
         CurveChart chart;

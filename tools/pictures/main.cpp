@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// davo_pictures FOLDER [SET...]: grabs the windows, each set into a folder of its own in FOLDER, to
-// look at what a change shows and to compare it with what was before. Without SET: all sets.
+// davo_pictures [--like KEPT] FOLDER [SET...]: grabs the windows, each set into a
+// folder of its own in FOLDER, to look at what a change shows and to compare it with what was
+// before. Without SET: all sets.
 //   curves          the record panel, its chart and what it saves, the windows that have it
 //   files           the file utilities, overlaying, copying, progress
 //   headers         the header windows and their chooser
@@ -11,12 +12,31 @@
 // Scale: QT_SCALE_FACTOR; screen:
 // QT_QPA_PLATFORM=offscreen:configfile=tools/driver/laptop_screen.json; letters: DAVO_POINTS=14.
 // Says which texts are cut off, and ends with 1 then.
+// With --like it takes only the pictures that KEPT has. --compare KEPT FOLDER says which of FOLDER
+// differ, and ends with 1 then; --renew KEPT FOLDER keeps those. tools/golden-pictures does it all.
 
 #include <iostream>
 #include <map>
 
+#include "tools/pictures/golden.h"
 #include "tools/pictures/pictures.h"
 #include "ui/contrast.h"
+
+namespace {
+
+constexpr QLatin1String kLike("--like");
+constexpr QLatin1String kCompare("--compare");
+constexpr QLatin1String kRenew("--renew");
+
+int Compare(const QDir& kept, const QDir& made, bool renews) {
+    const QStringList different = davo::test::DifferentPictures(kept, made);
+    for (const QString& name : different)
+        std::cout << "differs: " << name.toStdString() << '\n';
+    if (renews) davo::test::RenewPictures(kept, made, different);
+    return different.isEmpty() || renews ? 0 : 1;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     using namespace davo::test;
@@ -24,6 +44,7 @@ int main(int argc, char** argv) {
     GTEST_FLAG_SET(throw_on_failure, true);
     const QApplication application(argc, argv);
     QApplication::setStyle(davo::MakeOutlineStyle());
+    QApplication::setCursorFlashTime(0);
     if (const int points = qEnvironmentVariableIntValue("DAVO_POINTS"); points > 0) {
         QFont font = QApplication::font();
         font.setPointSize(points);
@@ -37,20 +58,33 @@ int main(int argc, char** argv) {
         {QStringLiteral("shell"), TakeShell},
         {QStringLiteral("test_list"), TakeTestList},
         {QStringLiteral("test_window"), TakeTestWindow}};
-    const QStringList arguments = QApplication::arguments();
-    const QStringList wanted = arguments.mid(2);
+    QStringList arguments = QApplication::arguments().mid(1);
+    QString option;
+    QDir kept;
+    if (arguments.value(0).startsWith(QLatin1String("--"))) {
+        option = arguments.takeFirst();
+        kept.setPath(arguments.isEmpty() ? QString() : arguments.takeFirst());
+    }
+    const QStringList wanted = arguments.mid(1);
     const bool known = std::all_of(wanted.begin(), wanted.end(),
                                    [&](const QString& set) { return sets.contains(set); });
-    if (arguments.size() < 2 || !known) {
-        std::cerr << "usage: " << argv[0] << " FOLDER [SET...], with the sets";
+    const QStringList options{QString(), kLike, kCompare, kRenew};
+    if (arguments.isEmpty() || !known || !options.contains(option)) {
+        std::cerr << "usage: " << argv[0]
+                  << " [--like | --compare | --renew KEPT] FOLDER [SET...], with the sets";
         for (const auto& [name, take] : sets)
             std::cerr << ' ' << name.toStdString();
         std::cerr << '\n';
         return 2;
     }
-    for (const auto& [name, take] : sets)
-        if (wanted.isEmpty() || wanted.contains(name))
-            take(Album(QDir(arguments.at(1)).filePath(name)));
+    const QDir folder(arguments.front());
+    if (option == kCompare || option == kRenew) return Compare(kept, folder, option == kRenew);
+    for (const auto& [name, take] : sets) {
+        if (!wanted.isEmpty() && !wanted.contains(name)) continue;
+        const QStringList pictures = option == kLike ? KeptPictures(kept, name) : QStringList();
+        take(Album(folder.filePath(name), pictures));
+    }
+    if (option == kLike) return 0;
     for (const QString& cut : Album::cutTexts)
         std::cout << "cut off: " << cut.toStdString() << '\n';
     return Album::cutTexts.isEmpty() ? 0 : 1;

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QPalette>
 #include <QTest>
+#include <algorithm>
 #include <stdexcept>
 
 #include "tests/support/testing.h"
@@ -15,12 +16,21 @@ namespace davo::test {
 // Where the pictures of a set go. Throws what cannot be written.
 class Album {
   public:
-    explicit Album(const QString& folder) : folder_(folder) {
+    // Takes only the pictures that are wanted; all of them without a name.
+    explicit Album(const QString& folder, QStringList wanted = {})
+        : folder_(folder), wanted_(std::move(wanted)) {
         if (!folder_.mkpath(u"."_s)) throw std::runtime_error(folder.toStdString());
     }
 
     QString Path(const QString& fileName) const { return folder_.filePath(fileName); }
+    // Whether a picture whose name ends so is wanted.
+    bool Wants(const QString& end) const {
+        return wanted_.isEmpty() ||
+               std::any_of(wanted_.begin(), wanted_.end(),
+                           [&](const QString& name) { return name.endsWith(end); });
+    }
     void Save(QWidget& window, const QString& name) const {
+        if (!wanted_.isEmpty() && !wanted_.contains(name)) return;
         const QString path = Path(name + u".png"_s);
         if (!window.grab().save(path)) throw std::runtime_error(path.toStdString());
         for (const QString& cut : CutTexts(window))
@@ -32,7 +42,7 @@ class Album {
 
     // When what is on its way has come. On a busy machine the panel needs 100 ms for sixty tests.
     void Grab(QWidget& window, const QString& name) const {
-        QTest::qWait(250);
+        QTest::qWait(wanted_.isEmpty() || wanted_.contains(name) ? 250 : 20);
         Save(window, name);
     }
     void ShowAndGrab(QWidget& window, const QString& name) const {
@@ -42,6 +52,7 @@ class Album {
 
   private:
     QDir folder_;
+    QStringList wanted_;
 };
 
 // The colours of all windows as long as it lasts, so that no set has those of another.

@@ -37,6 +37,7 @@ class ShellPictures {
     }
 
     void Take() {
+        if (!album_.Wants(colours_)) return;
         TakeConfig();
         frmAbout about(nullptr);
         about.setAttribute(Qt::WA_DeleteOnClose, false);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <QLineEdit>
 #include <QTimer>
 
 #include "tests/retrieval/record_download_rig.h"
@@ -19,7 +20,7 @@ class ListPictures : public TestListWindow {
         for (const int count : {5, 135}) {
             const auto memory = instrument::MakeMemory(count, 4);
             Show(ListMode::Instrument, line_.link, instrument::DirectoryReply(memory));
-            album_.Grab(*window, u"memory-%1"_s.arg(count));
+            Grab(u"memory-%1"_s.arg(count));
         }
         TakeDownload();
     }
@@ -49,6 +50,13 @@ class ListPictures : public TestListWindow {
         ListRecords();
         Show(ListMode::Folder, line_.link);
         if (count > 0) ClickRow(1);
+        Grab(name);
+    }
+    // The folder has another name each time.
+    void Grab(const QString& name) {
+        QTest::qWait(20);
+        FindIn<QLineEdit>(*window, "txtFolder")
+            ->setText(u"/home/technician/Documents/DAVO/Shots_Data/"_s);
         album_.Grab(*window, name);
     }
 

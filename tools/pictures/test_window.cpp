@@ -110,7 +110,9 @@ void TakeTestWindow(const Album& album) {
     const auto take = [&album](const char* colours) {
         for (const QSize size : {QSize(1024, 600), QSize(1366, 728), QSize(1920, 1040)}) {
             const QSize screen = QApplication::primaryScreen()->availableSize();
-            if (size.width() <= screen.width() || size.width() <= 1366)
+            const bool fits = size.width() <= screen.width() || size.width() <= 1366;
+            const int width = std::min(size.width(), screen.width());
+            if (fits && album.Wants(u"%1-%2"_s.arg(QLatin1String(colours)).arg(width)))
                 TestWindowPictures(album, QLatin1String(colours), size.boundedTo(screen)).Take();
         }
     };
