@@ -39,9 +39,15 @@ if(DAVO_FUZZ)
   add_link_options(-fsanitize=address,undefined)
 endif()
 if(DAVO_COVERAGE)
-  add_compile_options(--coverage)
   add_link_options(--coverage)
 endif()
+
+# davo_count_lines(<target>): what is shipped counts which of its lines run; tools/coverage.py reads that.
+function(davo_count_lines target)
+  if(DAVO_COVERAGE AND CMAKE_CURRENT_SOURCE_DIR MATCHES "^${CMAKE_SOURCE_DIR}/src/")
+    target_compile_options(${target} PRIVATE --coverage)
+  endif()
+endfunction()
 
 # davo_join(<target>): compiles its sources of one folder as one, since most of the time goes
 # into what they include. Nobody has tried it elsewhere.
@@ -68,6 +74,7 @@ function(davo_library name)
   endforeach()
   add_library(${name} STATIC ${ARG_SOURCES})
   davo_join(${name})
+  davo_count_lines(${name})
   target_link_libraries(${name} PUBLIC davo_flags ${ARG_LINKS})
   if("Qt6::Widgets" IN_LIST ARG_LINKS)
     davo_use_headers(${name} ui)
