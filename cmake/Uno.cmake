@@ -12,6 +12,10 @@ if(NOT WIN32
   set(DAVO_UNO ON CACHE INTERNAL "LibreOffice can be driven")
 endif()
 
+if(NOT DAVO_UNO AND NOT WIN32)
+  message(STATUS "Reports will be .xlsx: no libreoffice-dev in ${DAVO_LIBREOFFICE}")
+endif()
+
 if(DAVO_UNO)
   set(headers "${CMAKE_BINARY_DIR}/uno")
   file(MAKE_DIRECTORY "${headers}")
