@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Makes the guide's pages of HTML from Markdown.
 
-usage: make_guide.py PLATFORM OUTPUT PAGE.md...
+usage: make_guide.py PLATFORM OUTPUT PAGE.md... [-- PAGE.md...]
 
-The pages stand in the table of contents in the order given; each begins with its title, a heading
-of the first level. A link to another page is written to its Markdown file ("records.md#format").
+The table of contents has the pages in the order given, those after "--" below the word Reference;
+each begins with its title, a heading of the first level. A link to another page is written to its Markdown file ("records.md#format").
 A heading may say which windows of the program it is about:
 
     ## The test window {#window f1="frmCControl"}
@@ -21,7 +21,7 @@ reader's PLATFORM comes first:
 
     ## Windows {#windows platform="windows"}
 
-Every page is whole by itself: style within, nothing from the network. The pictures lie in
+Every page is whole by itself: style within, nothing from the network. The pictures are in
 OUTPUT/pictures and are made by a test; one that is not there is not shown. search.html has every
 place of the guide with its text: the template's script shows those that have what was searched for.
 """
@@ -53,12 +53,31 @@ REDIRECT = """<!DOCTYPE html>
 
 
 MESSAGES = "msgBox"
-LEAST_PART = 9  # characters of a message by which it may be found
+LEAST_PART = 8  # characters of a message by which it may be found
 BLOCK = re.compile(r"<pre><code>([^<]*)</code></pre>")
 # What follows a block, or several in a row.
 BELOW = re.compile(r"\s*(?:<pre><code>[^<]*</code></pre>\s*)*<p>(.*?)</p>", re.S)
 SENTENCE = re.compile(r".+?[.?!](?= |$)")
 ERROR_ROW = re.compile(r"<tr>\n<td>(\d+)</td>\n<td>(.*?)</td>\n<td>(.*?)</td>")
+
+
+INDEX = '<ul class="a-to-z"></ul>'
+
+
+def index_of(body):
+    """The lines of the messages of a page, from A to Z, each a link to its message."""
+    lines = {}
+    for place, block in re.findall(r'<pre id="([^"]+)"><code>([^<]*)</code></pre>', body):
+        for line in html.unescape(block).splitlines():
+            # A name that it begins with is another one each time.
+            words = re.sub(r"‹[^›]*›", "", line).strip(" ,:;.'\"")
+            if line[:1].isupper() or (line[:1] in "‹'\"" and " " in words):
+                lines.setdefault((words.lower(), line.strip()), place)
+    rows = [
+        f'<li><a href="#{lines[words, line]}">{html.escape(line)}</a></li>'
+        for words, line in sorted(lines)
+    ]
+    return '<ul class="a-to-z">\n' + "\n".join(rows) + "\n</ul>"
 
 
 def first_sentence(below):
@@ -148,11 +167,12 @@ class Places(html.parser.HTMLParser):
 
     def __init__(self, body):
         super().__init__()
-        self.found, self.heading = [], None
+        self.found, self.heading, self.index = [], None, False
         self.feed(body)
 
     def handle_starttag(self, tag, attributes):
         anchor = dict(attributes).get("id")
+        self.index = self.index or dict(attributes).get("class") == "a-to-z"
         if anchor and tag in (*HEADINGS, "pre"):
             self.found.append([anchor, "", ""])
             self.heading = tag
@@ -160,15 +180,19 @@ class Places(html.parser.HTMLParser):
     def handle_endtag(self, tag):
         if tag == self.heading:
             self.heading = None
+        if tag == "ul":
+            self.index = False
 
     def handle_data(self, data):
-        if self.found:
+        # What is searched for is to be found at its message, not in the index of messages.
+        if self.found and not self.index:
             self.found[-1][1 if self.heading else 2] += data
 
 
 class Page:
-    def __init__(self, path, platform):
+    def __init__(self, path, platform, reference=False):
         self.name = path.stem
+        self.reference = reference
         text = path.read_text("utf-8")
         parts = Parts(platform)
         converter = markdown.Markdown(
@@ -180,6 +204,7 @@ class Page:
         if MESSAGES in self.windows:
             self.body = BLOCK.sub(self.message, self.body)
             self.body = ERROR_ROW.sub(self.error, self.body)
+            self.body = self.body.replace(INDEX, index_of(self.body))
         self.sections = parts.processor.sections
         title = re.match(r"# (.+?)(?: *\{.*\})?\n", text)
         if not title:
@@ -205,7 +230,9 @@ class Page:
 def contents(pages, current):
     """The table of contents, with the sections of the page that is shown; of none it is the index."""
     lines = ["<ul>"]
-    for page in pages:
+    for page, before in zip(pages, [None, *pages]):
+        if before and page.reference > before.reference:
+            lines.append('</ul>\n<p class="part">Reference</p>\n<ul>')
         mark = ' aria-current="page"' if page is current else ""
         lines.append(f'<li><a href="{page.name}.html"{mark}>{html.escape(page.title)}</a>')
         if page is current and page.sections:
@@ -249,8 +276,13 @@ def neighbours(pages, index):
     return "\n".join(links)
 
 
-def main(platform, output, sources):
-    pages = [Page(source, platform) for source in sources]
+def main(platform, output, names):
+    end = names.index("--") if "--" in names else len(names)
+    pages = [
+        Page(pathlib.Path(name), platform, reference=i > end)
+        for i, name in enumerate(names)
+        if i != end
+    ]
     template = string.Template(TEMPLATE.read_text("utf-8"))
     redirects = output / "f1"
     redirects.mkdir(parents=True, exist_ok=True)
@@ -293,4 +325,4 @@ def main(platform, output, sources):
 
 
 if __name__ == "__main__":
-    main(sys.argv[1], pathlib.Path(sys.argv[2]), [pathlib.Path(name) for name in sys.argv[3:]])
+    main(sys.argv[1], pathlib.Path(sys.argv[2]), sys.argv[3:])

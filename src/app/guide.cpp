@@ -39,6 +39,12 @@ QStringList Known(const QString& folder, const QString& message) {
     return found;
 }
 
+// The name of a widget's place in the guide: a window that serves two purposes has one for each.
+QString PlaceOf(const QWidget& widget) {
+    const QString place = widget.property("guidePlace").toString();
+    return place.isEmpty() ? widget.objectName() : place;
+}
+
 // The window that is open in the area of this one; null without.
 const QWidget* OpenWithin(const QWidget* widget) {
     const auto* area = widget->findChild<QMdiArea*>();
@@ -57,10 +63,10 @@ QStringList GuideFolders() {
 QString GuidePage(const QString& folder, const QWidget* widget) {
     for (; widget != nullptr; widget = widget->parentWidget()) {
         const QWidget* within = OpenWithin(widget);
-        QString page = within == nullptr ? QString() : PageOf(folder, within->objectName());
+        QString page = within == nullptr ? QString() : PageOf(folder, PlaceOf(*within));
         if (page.isEmpty())
             page = PageOf(folder, Known(folder, widget->property("exactText").toString())[0]);
-        if (page.isEmpty()) page = PageOf(folder, widget->objectName());
+        if (page.isEmpty()) page = PageOf(folder, PlaceOf(*widget));
         if (!page.isEmpty()) return page;
     }
     const QString first = QDir(folder).filePath(QStringLiteral("index.html"));

@@ -16,8 +16,9 @@ namespace davo {
 // Where the guide of this program may lie: beside the executable, or where a package puts it.
 QStringList GuideFolders();
 
-// The file of the guide in folder that fits the place of widget: "f1/<object name>.html" of the
-// nearest widget upwards that has such a file, else the first page. In the main window's own parts
+// The file of the guide in folder that fits the place of widget: "f1/<name>.html" of the nearest
+// widget upwards that has such a file, else the first page. The name is the widget's property
+// "guidePlace", or without one its object name. In the main window's own parts
 // (menu, status bar) it is the window that is open in its area, in a message box the place of its
 // message: the line of "f1/messages.txt", "<file>\t<part of a message>\t<advice>", with the longest
 // part that stands in its "exactText". Empty when folder has no guide.

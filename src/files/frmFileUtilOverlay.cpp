@@ -48,6 +48,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     : mode_(mode), around_(around), handlers_(around.prompts) {
     setObjectName(QStringLiteral("frmFileUtilOverlay"));
     setWindowTitle(IsOverlay() ? QLatin1String(kOverlayCaption) : QLatin1String("File Utilities"));
+    if (IsOverlay()) setProperty("guidePlace", QStringLiteral("frmFileUtilOverlay-overlay"));
     auto* cmdRecord = new BigButton(this, "cmdRecord", "S&how Record");
     PageHeader* page = BuildButtons(cmdRecord);
     auto* controls = new QWidget(this);

@@ -23,6 +23,7 @@
 #include "ui/frmNotepad.h"
 #include "ui/page_header.h"
 #include "ui/page_input.h"
+#include "ui/record_filter.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -39,9 +40,9 @@ constexpr const char* kChangedMeanwhile =
     "information into the changed file?";
 constexpr const char* kLineTaken =
     "A line of the file '%1' would be taken for another one, and what belongs there would be lost. "
-    "Do you want to save all the same?";
+    "Do you want to save anyway?";
 constexpr const char* kKeyInText =
-    "What belongs there would be lost. Do you want to save '%1' all the same?";
+    "What belongs there would be lost. Do you want to save '%1' anyway?";
 constexpr const char* kNotSaved =
     "The changes to the file '%1' are not saved. Do you want to leave without them?";
 
@@ -121,7 +122,10 @@ QWidget* frmSetDescr::BuildLists() {
     lvTest_ = Named(new RecordList(RecordColumns::UpToTests, lists), "lvTest");
     lvTest_->setSelectionMode(QAbstractItemView::SingleSelection);
     lvTest_->SortByHeadings();
-    row->addWidget(lvTest_, 1);
+    auto* records = new QVBoxLayout;
+    records->addWidget(new RecordFilter(*lvTest_, this));
+    records->addWidget(lvTest_, 1);
+    row->addLayout(records, 1);
 
     auto* tests = new QVBoxLayout;
     lblFilename_ = Named(new QLabel(lists), "lblFilename");

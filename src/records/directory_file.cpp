@@ -172,7 +172,7 @@ QString CleanedText(const RebuildResult& result) {
 
 QString NotSavedText(const RebuildResult& result) {
     if (result.notSaved.isEmpty()) return {};
-    return QStringLiteral("%1 cannot be written (%2). The records are listed all the same.")
+    return QStringLiteral("%1 cannot be written (%2). The records are listed anyway.")
         .arg(QLatin1String(kDirectoryFileName), result.notSaved);
 }
 

@@ -43,11 +43,11 @@ constexpr std::array kNotYet = {"Not used yet. Press Use Header.", "Not saved ye
 constexpr const char* kLeaveQuestion =
     "The DAVO has erased its headers and does not have all of the new ones yet.\r\n"
     "The headers that are not sent stay empty.\r\n"
-    "Do you want to leave all the same?";
+    "Do you want to leave anyway?";
 constexpr const char* kUnreadQuestion =
     "The headers of the DAVO were not read.\r\n"
     "All ten are replaced by those of this window, empty ones too.\r\n"
-    "Do you want to save them to the DAVO all the same?";
+    "Do you want to save them to the DAVO anyway?";
 constexpr const char* kNotReadBackMessage =
     "The headers were sent to the DAVO but could not be read back.\r\n"
     "Please save them to the DAVO again.";
@@ -83,6 +83,8 @@ frmHeader::frmHeader(HeaderMode mode, HeaderTable& header, Prompts& prompts, QWi
     : QDialog(parent), mode_(mode), header_(header), prompts_(prompts), handlers_(prompts) {
     setObjectName(QStringLiteral("frmHeader"));
     setWindowTitle(QStringLiteral("Test Record Header Information"));
+    if (mode_ == HeaderMode::Pc) setProperty("guidePlace", QStringLiteral("frmHeader-pc"));
+    if (mode_ == HeaderMode::Davo) setProperty("guidePlace", QStringLiteral("frmHeader-davo"));
     setAttribute(Qt::WA_DeleteOnClose);
     Enlarge(this, kLetterGrowth);
     auto* column = WithMargin(new QVBoxLayout(this), kFormMargin);
@@ -279,8 +281,7 @@ bool frmHeader::MaySave(const HeaderBoxes& fields) {
             ReadBackText(fields.at(i), key, kHeaderKeys.at(static_cast<std::size_t>(*readBack)));
     }
     return question.isEmpty() ||
-           prompts_.Agrees(question +
-                           QStringLiteral("Do you want to save the header all the same?"));
+           prompts_.Agrees(question + QStringLiteral("Do you want to save the header anyway?"));
 }
 
 void frmHeader::cmdSave_Click() {

@@ -78,6 +78,8 @@ frmTestList::frmTestList(ListMode mode, TestListSurroundings around, QWidget* pa
     : QWidget(parent), mode_(mode), around_(std::move(around)), handlers_(around_.prompts) {
     setObjectName(QStringLiteral("frmTestList"));
     setWindowTitle(QStringLiteral("DAVO Memory Content"));
+    if (mode_ == ListMode::Instrument)
+        setProperty("guidePlace", QStringLiteral("frmTestList-memory"));
     auto* cmdRecord = new BigButton(this, "cmdRecord", "S&how Record");
     cmdSave_ = new BigButton(this, "cmdSave", "&Save");
     cmdExit_ = new BigButton(this, "cmdExit", "&Exit");
@@ -246,7 +248,7 @@ void frmTestList::EntriesFromFolder() {
     const RebuildResult& listing = tables.listing;
     QStringList notes{UnreadText(listing, around_.settings.dataPath), NotListedText(listing)};
     if (!listing.unread.isEmpty())
-        notes += QStringLiteral("Refresh reads it anew, Change DIR chooses another one.");
+        notes += QStringLiteral("Refresh reads it again, Change DIR chooses another one.");
     if (damaged > 0)
         notes += QStringLiteral("Not listed: %1 damaged lines of the directory.").arg(damaged);
     notes += {CleanedText(listing), NotSavedText(listing)};

@@ -21,8 +21,8 @@ constexpr std::string_view kNotFound = "Record Not Found";
 constexpr std::string_view kReplyEnd = "\r\nDONE\r\n";
 constexpr qsizetype kMostRemarks = 12;
 constexpr const char* kNotWholeQuestion =
-    "This record did not come whole.\r\n%1\r\nDo you want to replace the existing file all the "
-    "same?";
+    "This record did not arrive complete.\r\n%1\r\nDo you want to replace the existing file "
+    "anyway?";
 
 QString Extension() {
     return QStringLiteral(".txt");
@@ -329,7 +329,7 @@ void RecordDownload::Tell(const DownloadResult& result, const QString& error) {
     }
     lines += remarks_.mid(0, kMostRemarks);
     if (remarks_.size() > kMostRemarks) {
-        lines += QStringLiteral("Not whole either: ") + NameList(notWhole_.mid(kMostRemarks));
+        lines += QStringLiteral("Not complete either: ") + NameList(notWhole_.mid(kMostRemarks));
     }
     if (!lines.isEmpty()) prompts_.Message(lines.join(QStringLiteral("\r\n")));
 }

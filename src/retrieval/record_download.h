@@ -34,8 +34,8 @@ struct DownloadResult {
     std::vector<std::string> missing;  // record names not fetched because the download ended early
 };
 
-// What is told of a record that did not come whole, by the entry it was chosen from: tests that are
-// missing or doubtful. Empty when it did.
+// What is told of a record that did not arrive complete, by the entry it was chosen from: tests
+// that are missing or doubtful. Empty when it did.
 QString NotWholeText(std::string_view entry, const ConvertedRecord& record);
 
 // Fetches the selected records from the instrument into the data folder. A record file appears
@@ -94,7 +94,7 @@ class RecordDownload {
     QString dataPath_;
     QString scratchFolder_;
     std::vector<std::string> listed_;  // the directory's entries so far
-    QStringList notWhole_;             // the names of the records that did not come whole
+    QStringList notWhole_;             // the names of the records that did not arrive complete
     QStringList remarks_;              // and what is told of each
     std::size_t next_ = 0;             // the first entry that has not been gone through
     bool running_ = false;

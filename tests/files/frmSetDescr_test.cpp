@@ -23,7 +23,7 @@ const char* const kChangedMeanwhile =
     "The file 'T1' has been changed since it was chosen. Do you want to write the header "
     "information into the changed file?";
 const std::string kSaveAllTheSame =
-    "What belongs there would be lost. Do you want to save 'T1' all the same?";
+    "What belongs there would be lost. Do you want to save 'T1' anyway?";
 
 // The editor over a folder with the records T1 (three tests, with texts and notes) and T2 (one
 // test, without); its real lists, boxes and buttons are used.
@@ -589,7 +589,7 @@ TEST_F(SetDescrWindow, ALineOfTheFileThatIsTakenForAnotherIsAskedAbout) {
     Click("cmdSave");
     EXPECT_THAT(Shown(),
                 ElementsAre("A line of the file 'T1' would be taken for another one, and what "
-                            "belongs there would be lost. Do you want to save all the same?"));
+                            "belongs there would be lost. Do you want to save anyway?"));
 }
 
 TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {
@@ -657,7 +657,7 @@ TEST_F(SetDescrWindow, TheKeysReachEverythingInTheOrderOfTheEye) {
     OpenAt("T1", 0);
     EXPECT_THAT(
         TabOrderOf(*window),
-        ElementsAre("cmdRecord", "cmdNotes", "cmdSave", "cmdExit", "lvTest", "lstTest",
+        ElementsAre("cmdRecord", "cmdNotes", "cmdSave", "cmdExit", "txtFilter", "lvTest", "lstTest",
                     "txtTestDescr", "txtTestNotes", "txtHeader0", "txtHeader1", "txtHeader2",
                     "txtHeader3", "txtHeader4", "txtHeader5", "txtHeader6", "txtHeader7"));
     EXPECT_THAT(MnemonicsOf(*window), UnorderedElementsAre("Alt+N", "Alt+S", "Alt+E", "Alt+H"));
@@ -669,6 +669,8 @@ TEST_F(SetDescrWindow, EverythingIsChosenByTheKeyboard) {
     auto* lstTest = Find<QListWidget>("lstTest");
     Find<QWidget>("cmdExit")->setFocus();
     QTest::keyClick(Find<QWidget>("cmdExit"), Qt::Key_Tab);
+    EXPECT_TRUE(Box("txtFilter")->hasFocus());
+    QTest::keyClick(Box("txtFilter"), Qt::Key_Tab);
     EXPECT_TRUE(lvTest->hasFocus());
     QApplication::processEvents();
     EXPECT_THAT(Text("lblFilename"), StartsWith("T1 **"));
@@ -770,6 +772,26 @@ TEST_F(SetDescrWindow, NothingIsCut) {
     // Beside the main window's own bars there is room for it on a laptop's screen at 150 %.
     EXPECT_LE(window->minimumSizeHint().width(), 1366 / 1.5);
     EXPECT_LE(window->minimumSizeHint().height(), 768 / 1.5 - 60);
+}
+
+TEST_F(SetDescrWindow, FiltersTheRecordsAndKeepsTheFileInHand) {
+    OpenAt("T1");
+    Type("txtHeader1", "Westend");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_F, Qt::ControlModifier);
+    ASSERT_TRUE(Box("txtFilter")->hasFocus());
+    QTest::keyClicks(Box("txtFilter"), u"south"_s);
+    QApplication::processEvents();
+    EXPECT_THAT(Column(0), ElementsAre("T2"));
+    EXPECT_EQ(Text("lblFiltered"), "1 of 2 records");
+    EXPECT_TRUE(prompts.shown.empty());
+    EXPECT_THAT(Bytes("T1"), HasSubstr("North")) << "to hide a record is not to leave it";
+    EXPECT_EQ(Text("txtHeader1"), "Westend");
+    QTest::keyClick(Box("txtFilter"), Qt::Key_Escape);
+    QApplication::processEvents();
+    ASSERT_THAT(List()->selectedItems(), SizeIs(1));
+    EXPECT_EQ(List()->selectedItems().front()->text(0), u"T1"_s);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(Text("txtHeader1"), "Westend");
 }
 
 }  // namespace

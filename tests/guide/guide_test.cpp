@@ -124,13 +124,29 @@ INSTANTIATE_TEST_SUITE_P(Windows, EveryWindow,
                                            "frmHeader", "frmHeaderOptn", "frmFileUtilOverlay",
                                            "frmCopyFile", "frmSetDescr", "frmConfig", "frmAbout",
                                            "frmNotepad", "frmProgress", "frmStatusBar", "inputBox",
-                                           "msgBox", "cdFile", "folderBrowser"));
+                                           "msgBox", "cdFile", "folderBrowser",
+                                           "frmTestList-memory", "frmFileUtilOverlay-overlay",
+                                           "frmHeader-pc", "frmHeader-davo"));
 
 TEST_F(Guide, PlacesLeadToWhatTheWindowIsAbout) {
     EXPECT_EQ(TargetOf(Place("frmCControl")), u"../test.html#window"_s);
-    EXPECT_EQ(TargetOf(Place("frmTestList")), u"../retrieval.html#recall"_s);
+    EXPECT_EQ(TargetOf(Place("frmTestList")), u"../curves.html#recall"_s);
     EXPECT_EQ(TargetOf(Place("msgBox")), u"../messages.html#messages"_s);
     EXPECT_EQ(TargetOf(Place("frmConfig")), u"../ports.html#configure"_s);
+}
+
+TEST_F(Guide, AWindowThatServesTwoPurposesHasAPlaceForEach) {
+    EXPECT_EQ(TargetOf(Place("frmTestList-memory")), u"../retrieval.html#memory"_s);
+    EXPECT_EQ(TargetOf(Place("frmFileUtilOverlay")), u"../files.html#utilities"_s);
+    EXPECT_EQ(TargetOf(Place("frmFileUtilOverlay-overlay")), u"../curves.html#overlay"_s);
+    EXPECT_EQ(TargetOf(Place("frmHeader")), u"../headers.html#header"_s);
+    EXPECT_EQ(TargetOf(Place("frmHeader-pc")), u"../headers.html#pc"_s);
+    EXPECT_EQ(TargetOf(Place("frmHeader-davo")), u"../headers.html#davo"_s);
+    QWidget window;
+    window.setObjectName(u"frmTestList"_s);
+    EXPECT_EQ(GuidePage(kGuide, &window), Place("frmTestList"));
+    window.setProperty("guidePlace", u"frmTestList-memory"_s);
+    EXPECT_EQ(GuidePage(kGuide, &window), Place("frmTestList-memory"));
 }
 
 TEST_F(Guide, AWindowWithoutAPlaceTakesThatOfTheOneAboveIt) {

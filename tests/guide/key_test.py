@@ -65,7 +65,11 @@ class Key(unittest.TestCase):
             press(program, "frmHeaderOptn")
             program.do("click cmdHeader1", "wait frmHeader", 'waitText txtHeader0 "CENTRAL POWER"',
                        "waitEnabled frmHeader/cmdSave")
-            press(program, "frmHeader")
+            press(program, "frmHeader-davo")
+            program.do("click frmHeader/cmdExit", "waitGone frmHeader")
+            program.do("menu mnuSetHeaderFile", "wait frmHeaderOptn", "click cmdHeader0",
+                       "wait frmHeader")
+            press(program, "frmHeader-pc")
             program.do("click frmHeader/cmdExit", "waitGone frmHeader")
             program.do("menu mnuExit", f'waitText msgBox "{harness.LEAVE}"')
             press_in_message(program)
@@ -76,7 +80,7 @@ class Key(unittest.TestCase):
         with harness.session("--unpaced", "--quick", "--seed", "3", "--memory", "3") as (rig, program):
             program.do("menu mnuDownload", "wait frmTestList",
                        "waitText cmdSave Save")
-            press(program, "frmTestList")
+            press(program, "frmTestList-memory")
             first_record(program)
             program.do("key Shift+Down", "click cmdSave", 'waitContains lblMessage "were saved."',
                        "waitEnabled cmdSave", "click cmdExit", "waitGone frmTestList")
@@ -96,7 +100,7 @@ class Key(unittest.TestCase):
             program.do("click cmdExit", "waitGone frmSetDescr")
 
             program.do("menu mnuOverlay", "wait frmFileUtilOverlay")
-            press(program, "frmFileUtilOverlay")
+            press(program, "frmFileUtilOverlay-overlay")
             program.do("click cmdExit", "waitGone frmFileUtilOverlay")
 
             program.do("menu mnuFileUtil", "wait frmFileUtilOverlay")

@@ -118,6 +118,33 @@ class Links(unittest.TestCase):
         twice = sorted(part for part, places in found.items() if len(places) > 1)
         self.assertEqual(twice, [])
 
+    def test_a_message_of_three_words_or_fewer_is_found_too(self):
+        lines = (GUIDE / "f1" / "messages.txt").read_text("utf-8").splitlines()
+        found = {line.split("\t")[1] for line in lines}
+        page = (GUIDE / "messages.html").read_text("utf-8")
+        blocks = re.findall(r'<pre id="message-\d+"><code>([^<]*)</code>', page)
+        short = {
+            line
+            for block in blocks
+            for line in html.unescape(block).splitlines()
+            if 0 < len(line.split()) <= 3 and "‹" not in line
+        }
+        self.assertLessEqual({"Data Lost", "Receive buffer overflow", "Buffer to big!"}, short)
+        # A word within a message, and what the status line says of two things.
+        self.assertEqual(sorted(short - found), ["Setting not usable", "or"])
+
+    def test_the_index_of_messages_leads_to_each(self):
+        page = (GUIDE / "messages.html").read_text("utf-8")
+        index = page.split('<ul class="a-to-z">')[1].split("</ul>")[0]
+        leads = set(re.findall(r'href="#(message-[^"]+)"', index))
+        blocks = re.findall(r'<pre id="(message-\d+)"><code>([^<]*)</code>', page)
+        texts = {place: html.unescape(text) for place, text in blocks}
+        self.assertGreater(len(leads), 150)
+        # Those that begin with a name have no letter to be found by.
+        left = {place: text for place, text in texts.items() if place not in leads}
+        self.assertEqual({p: t for p, t in left.items() if re.match(r"[A-Z]", t)}, {})
+        self.assertLess(len(left), 12)
+
 
 if __name__ == "__main__":
     sys.exit(unittest.main())

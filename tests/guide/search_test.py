@@ -20,6 +20,33 @@ PYTHON = os.environ["DAVO_GUIDE_PYTHON"]
 PLATFORM = os.environ["DAVO_PLATFORM"]
 
 
+# What somebody asks who has never seen the program, and the place that answers it.
+QUESTIONS = {
+    "how do I install the program": "index.html#install-windows",
+    "which com port should I choose": "ports.html#configure",
+    "adapter has COM7, number too high": "ports.html#windows",
+    "DAVO does not answer": "trouble.html#silent",
+    "permission denied ttyUSB0 dialout": "ports.html#linux",
+    "how do I start a test": "test.html#before",
+    "what happens to my shots when I press Esc": "test.html#leave",
+    "repeat a bad shot": "test.html#leave",
+    "power failed, where is my test": "trouble.html#kept",
+    "percent error has no sign": "test.html#complete",
+    "how many tests fit in a report": "limits.html#limits",
+    "get records from the memory of the instrument": "retrieval.html#memory",
+    "find an old record by serial number": "curves.html#recall",
+    "compare with an older test": "curves.html#compare",
+    "send the curve by mail as a picture": "curves.html#save",
+    "certificate for the customer as PDF": "reports.html#certificate",
+    "change the letterhead of the report": "reports.html#letterhead",
+    "which kneepoint rule for class PX": "which_kneepoint.html#which",
+    "copy records to a USB stick": "files.html#copy",
+    "Windows date format changed": "ports.html#date",
+    "where are the files saved": "files.html#where",
+    "try without an instrument": "try.html#try",
+}
+
+
 # As much of a browser's page as the script of the guide uses.
 PAGE = """
 const items = %s.map(([link, title, text]) => {
@@ -35,10 +62,15 @@ globalThis.document = {
 };
 """
 SAY = """
-console.log(JSON.stringify({
+({
   links: places.children.map(item => item.link), line: line.textContent, field: field.value,
   piece: places.children.length ? places.children[0].parts.p.textContent : "",
-}));
+});
+"""
+# Each page has surroundings of its own.
+RUN = """
+const vm = require("vm"), pages = JSON.parse(require("fs").readFileSync(0, "utf8"));
+console.log(JSON.stringify(pages.map(page => vm.runInNewContext(page, {URLSearchParams}))));
 """
 
 
@@ -94,15 +126,21 @@ class Search(unittest.TestCase):
             self.assertIn('role="search" action="search.html"', text, page.name)
             self.assertIn('<input type="search" name="q"', text, page.name)
 
-    def shown(self, query):
-        """What the page's own script shows of query: links, the line above them, the field, a piece."""
+    def all_shown(self, queries):
+        """What the page's own script shows of each query: links, the line above them, the field, a piece."""
         if not shutil.which("node"):
             self.skipTest("the script of the page needs node to be tried")
         script = re.search(r"<script>(.*?)</script>", (GUIDE / "search.html").read_text("utf-8"), re.S)[1]
-        address = "?" + urllib.parse.urlencode({"q": query})
-        page = PAGE % (json.dumps(self.entries), json.dumps(address))
-        run = subprocess.run(["node", "-e", page + script + SAY], capture_output=True, text=True, check=True)
-        return json.loads(run.stdout)
+        entries = json.dumps(self.entries)
+        addresses = [json.dumps("?" + urllib.parse.urlencode({"q": query})) for query in queries]
+        pages = [PAGE % (entries, address) + script + SAY for address in addresses]
+        run = subprocess.run(
+            ["node", "-e", RUN], input=json.dumps(pages), capture_output=True, text=True, check=True
+        )
+        return dict(zip(queries, json.loads(run.stdout)))
+
+    def shown(self, query):
+        return self.all_shown([query])[query]
 
     def found(self, query):
         return self.shown(query)["links"]
@@ -119,6 +157,21 @@ class Search(unittest.TestCase):
         shown = self.shown("")
         self.assertEqual(len(shown["links"]), len(self.entries), "nothing was asked: the whole index")
         self.assertEqual(shown["line"], "")
+
+    def test_a_question_finds_the_place_that_answers_it(self):
+        self.assertGreaterEqual(len(QUESTIONS), 20)
+        shown = self.all_shown(list(QUESTIONS))
+        missed = {
+            question: shown[question]["links"][:4]
+            for question, place in QUESTIONS.items()
+            if place not in shown[question]["links"][:4]
+        }
+        self.assertEqual(missed, {})
+
+    def test_where_no_place_has_all_words_those_with_most_are_shown(self):
+        shown = self.shown("udev symlink xyzzy")
+        self.assertEqual(shown["line"], "1 place has most of: udev symlink xyzzy")
+        self.assertEqual(shown["links"], ["ports.html#name"])
 
     def test_words_of_a_title_come_first(self):
         self.assertEqual(self.found("configure SYSTEM")[0], "ports.html#configure")
@@ -158,7 +211,7 @@ class Platforms(unittest.TestCase):
 
     def test_this_build_begins_with_its_own(self):
         first = (GUIDE / "index.html").read_text("utf-8")
-        self.assertLess(first.index('id="install"'), first.index('id="try"'))
+        self.assertLess(first.index('id="install-'), first.index('id="main"'))
         order = re.findall(r'id="(install-\w+)"', first)
         self.assertEqual(order[0], {"linux": "install-debian", "windows": "install-windows"}[PLATFORM])
 

@@ -84,7 +84,7 @@ TEST_F(HeaderModes, Mode1AsksAboutATextThatWouldBeReadBackAsAnotherField) {
     const QString question =
         u"The text \"SEE SN: 5\" of COMMENTS would be read back as SN.\r\n"
         "The text \"MODEL:X COMPANY:Y\" of OPERATOR would be read back as COMPANY.\r\n"
-        "Do you want to save the header all the same?"_s;
+        "Do you want to save the header anyway?"_s;
     line.prompts.answers = {Answer::No, Answer::Yes};
     Save();
     EXPECT_THAT(line.prompts.shown, ElementsAre(question));
@@ -230,7 +230,7 @@ TEST_F(HeaderModes, SavingSlotsThatWereNotReadAsksFirst) {
     EXPECT_THAT(line.prompts.shown,
                 ElementsAre(u"The headers of the DAVO were not read.\r\n"
                             "All ten are replaced by those of this window, empty ones too.\r\n"
-                            "Do you want to save them to the DAVO all the same?"_s));
+                            "Do you want to save them to the DAVO anyway?"_s));
     EXPECT_THAT(line.prompts.presets, ElementsAre(Answer::No));
     EXPECT_THAT(line.port.sent, ElementsAre("B"));
     EXPECT_EQ(Text(0), "ACME");

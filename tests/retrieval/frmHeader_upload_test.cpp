@@ -14,7 +14,7 @@ using std::chrono::milliseconds;
 const QString kLeaveQuestion =
     u"The DAVO has erased its headers and does not have all of the new ones yet.\r\n"
     "The headers that are not sent stay empty.\r\n"
-    "Do you want to leave all the same?"_s;
+    "Do you want to leave anyway?"_s;
 // What the instrument says before the first echo: twice "RDY" and a line end, the slots and one,
 // "ERASING...", "H:" and a line end.
 constexpr double kBeforeEchoes = 5 + 1602 + 5 + 10 + 4;

@@ -323,7 +323,7 @@ TEST_F(FolderList, AFolderThatIsGoneIsNoEmptyOne) {
     EXPECT_THAT(Column(0), IsEmpty());
     EXPECT_EQ(Text("lblMessage"), "The folder " + settings.dataPath.toStdString() +
                                       " cannot be read: Path not found. "
-                                      "Refresh reads it anew, Change DIR chooses another one.");
+                                      "Refresh reads it again, Change DIR chooses another one.");
     EXPECT_THAT(Shown(), IsEmpty());
     QDir().mkpath(settings.dataPath);
     Click("cmdRefresh");
@@ -346,8 +346,8 @@ TEST_F(FolderList, AFolderWhoseDirectoryCannotBeWrittenIsListedAllTheSame) {
     Click("cmdDir");
     EXPECT_THAT(Shown(), SizeIs(1)) << "a notice, no message";
     EXPECT_EQ(Text("lblMessage"),
-              "DIRDNLD.DNL cannot be written (Permission denied). The records are listed all the "
-              "same.");
+              "DIRDNLD.DNL cannot be written (Permission denied). The records are listed "
+              "anyway.");
     EXPECT_EQ(settings.dataPath, folder.Path("Barred/Shots_Data/"));
     EXPECT_THAT(Column(0), ElementsAre("one"));
     EXPECT_EQ(Text("lblStatus"), "Total Records: 1");
@@ -379,8 +379,8 @@ TEST_F(ListOnADisk, ThatIsWriteProtectedIsReadAllTheSame) {
     Click("cmdDir");
     ExpectListed();
     EXPECT_EQ(Text("lblMessage"),
-              "DIRDNLD.DNL cannot be written (Permission denied). The records are listed all the "
-              "same.");
+              "DIRDNLD.DNL cannot be written (Permission denied). The records are listed "
+              "anyway.");
     EXPECT_THAT(Shown(), ElementsAre(StartsWith("&Select a directory:"),
                                      StartsWith("Run-time error '70': Permission denied")))
         << "the second one is of the folder for reports";
@@ -393,7 +393,7 @@ TEST_F(ListOnADisk, ThatIsFullIsReadAllTheSame) {
     Click("cmdDir");
     ExpectListed();
     EXPECT_EQ(Text("lblMessage"),
-              "DIRDNLD.DNL cannot be written (Disk full). The records are listed all the same.");
+              "DIRDNLD.DNL cannot be written (Disk full). The records are listed anyway.");
     EXPECT_THAT(Shown(), SizeIs(1));
 }
 

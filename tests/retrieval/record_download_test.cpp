@@ -280,8 +280,8 @@ TEST_F(RecordDownloadTest, TellsOfACountThatIsNotThatOfTheEntry) {
 TEST_F(RecordDownloadTest, ARecordThatIsNotWholeReplacesAFileAfterASecondQuestionOnly) {
     const std::string reply = "\r\nDONE\r\n";
     const char* const question =
-        "This record did not come whole.\r\nTST_012: no tests were received.\r\n"
-        "Do you want to replace the existing file all the same?";
+        "This record did not arrive complete.\r\nTST_012: no tests were received.\r\n"
+        "Do you want to replace the existing file anyway?";
     for (const Answer answer : {Answer::No, Answer::Yes}) {
         SelectBesideOld({twelve});
         prompts.answers = {Answer::Yes, answer};
@@ -309,9 +309,9 @@ TEST_F(RecordDownloadTest, ARecordThatIsNotFoundReplacesAFileAfterASecondQuestio
         EXPECT_EQ(download.Run().end, DownloadEnd::NotFound);
         EXPECT_EQ(File("TST_012.txt"), answer == Answer::No ? "old" : Header(0, "TST_012"));
         EXPECT_EQ(Shown().at(2),
-                  "This record did not come whole.\r\n"
+                  "This record did not arrive complete.\r\n"
                   "Record Not Found: the DAVO does not have the record TST_012.\r\n"
-                  "Do you want to replace the existing file all the same?");
+                  "Do you want to replace the existing file anyway?");
     }
 }
 
@@ -325,7 +325,7 @@ TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreNotWhole) {
     download.Run();
     EXPECT_THAT(Shown(), ElementsAre(AllOf(HasSubstr("TST_112: no tests were received."),
                                            Not(HasSubstr("TST_113: ")),
-                                           EndsWith("\r\nNot whole either: TST_113, TST_114"))));
+                                           EndsWith("\r\nNot complete either: TST_113, TST_114"))));
 }
 
 TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
