@@ -33,6 +33,7 @@ namespace davo {
 namespace {
 
 constexpr int kReferenceLetters = 12;
+constexpr int kControlHeight = 40;  // a glove meets it
 constexpr int kLeastLines = 4;
 // A maker's curve in the data folder: no list takes it for a record, nor for a table that was
 // saved.
@@ -136,49 +137,49 @@ CompareFacts::CompareFacts(Settings& settings, Prompts& prompts, QWidget* parent
     auto* with = new QHBoxLayout;
     lblCompared_ = MakeLabel(this, "lblCompared", {}, 1);
     cboReference_ = Named(new QComboBox(this), "cboReference");
+    lblCompared_->setBuddy(cboReference_);
     cboReference_->setAccessibleName(QStringLiteral("Reference"));
     cboReference_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     cboReference_->setMinimumContentsLength(kReferenceLetters);
     with->addWidget(lblCompared_);
     with->addWidget(cboReference_, 1);
-    const auto button = [this](const char* name, const char* caption, const char* tip) {
-        auto* made = Named(new QPushButton(QLatin1String(caption), this), name);
-        made->setToolTip(QLatin1String(tip));
-        made->setAutoDefault(true);
-        return made;
-    };
-    cmdAddCurve_ = button("cmdAddCurve", "Add Curve...",
-                          "Keeps a maker's curve from a CSV file, to compare any record with it");
+    // Letters that no window with this tab uses.
+    cmdAddCurve_ = Named(new QPushButton(QStringLiteral("Add C&urve..."), this), "cmdAddCurve");
+    cmdAddCurve_->setToolTip(
+        QStringLiteral("Keeps a maker's curve from a CSV file, to compare any record with it"));
     connect(cmdAddCurve_, &QPushButton::clicked, this, [this] { AddCurve(); });
     with->addWidget(cmdAddCurve_);
     column->addLayout(with);
-    txtLimit_ = LimitBox("txtLimit", QStringLiteral("Voltage within (%):"), settings_.curveLimit);
-    txtRatioLimit_ =
-        LimitBox("txtRatioLimit", QStringLiteral("Ratio within (%):"), settings_.ratioLimit);
     auto* limits = new QHBoxLayout;
-    for (QLineEdit* box : {txtLimit_, txtRatioLimit_}) {
-        limits->addWidget(MakeLabel(this, QLatin1String("lbl") + box->objectName().mid(3),
-                                    box->accessibleName(), 1));
-        limits->addWidget(box);
-    }
+    txtLimit_ = AddLimit(limits, "Limit", "&Voltage within (%):", settings_.curveLimit);
+    txtRatioLimit_ = AddLimit(limits, "RatioLimit", "Rati&o within (%):", settings_.ratioLimit);
     limits->addStretch();
-    cmdNameplate_ = button("cmdNameplate", "Nameplate...", "");
+    cmdNameplate_ = Named(new QPushButton(QStringLiteral("&Nameplate..."), this), "cmdNameplate");
     connect(cmdNameplate_, &QPushButton::clicked, this, [this] { TypeNameplate(); });
     limits->addWidget(cmdNameplate_);
     column->addLayout(limits);
+    for (QPushButton* button : {cmdAddCurve_, cmdNameplate_})
+        button->setAutoDefault(true);
     txtCompared_ = Named(new QTextEdit(this), "txtCompared");
     txtCompared_->setAccessibleName(QStringLiteral("What the comparison says"));
     txtCompared_->setReadOnly(true);
     txtCompared_->setTabChangesFocus(true);
     txtCompared_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    for (QWidget* stop : Stops())
+        stop->setMinimumHeight(kControlHeight);
     txtCompared_->setMinimumHeight(kLeastLines * txtCompared_->fontMetrics().lineSpacing());
     column->addWidget(txtCompared_, 1);
     connect(cboReference_, &QComboBox::currentIndexChanged, this, [this] { Update(); });
 }
 
-QLineEdit* CompareFacts::LimitBox(const char* name, const QString& caption, QString& kept) {
-    auto* box = Named(new QLineEdit(kept, this), name);
-    box->setAccessibleName(caption);
+QLineEdit* CompareFacts::AddLimit(QLayout* row, const char* name, const char* caption,
+                                  QString& kept) {
+    auto* box = Named(new QLineEdit(kept, this), QStringLiteral("txt") + QLatin1String(name));
+    QLabel* label =
+        MakeLabel(this, QStringLiteral("lbl") + QLatin1String(name), QLatin1String(caption), 1);
+    label->setBuddy(box);
+    row->addWidget(label);
+    row->addWidget(box);
     box->setPlaceholderText(QStringLiteral("off"));
     static const QRegularExpression percent(QStringLiteral("[0-9]{0,2}([.,][0-9]{0,2})?"));
     box->setValidator(new QRegularExpressionValidator(percent, box));
@@ -204,7 +205,9 @@ void CompareFacts::Compare(const ShownRecords& shown, std::size_t test, const QS
     folder_ = folder;
     measured_ = *measured.test;
     measuredName_ = CurveName(measured);
-    lblCompared_->setText(measured.name + QStringLiteral(" against:"));
+    against_ = measured.name + QStringLiteral(" against:");
+    lblCompared_->setText(QString(measured.name).replace(QLatin1Char('&'), QStringLiteral("&&")) +
+                          QStringLiteral(" aga&inst:"));
     measuredCurve_ = CurveToCompare(rule, measured_.points);
     Offer(shown, test, folder);
     history_ = HistoryText();
@@ -444,7 +447,7 @@ QString CompareFacts::Findings(const std::vector<NameplateFinding>& findings,
 
 QString CompareFacts::Text() {
     const std::optional<double> limit = LimitOf(*txtLimit_);
-    sentences_ += lblCompared_->text() + QLatin1Char(' ') + referenceName_;
+    sentences_ += against_ + QLatin1Char(' ') + referenceName_;
     sentences_ += FromPage(SentenceOf(comparison_, limit));
     QString text =
         QStringLiteral("<p><b>%1</b></p>")

@@ -20,6 +20,7 @@
 
 class QComboBox;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QPushButton;
 class QTextEdit;
@@ -59,7 +60,7 @@ class CompareFacts : public QWidget {
         std::optional<RecordTest> test;
     };
 
-    QLineEdit* LimitBox(const char* name, const QString& caption, QString& kept);
+    QLineEdit* AddLimit(QLayout* row, const char* name, const char* caption, QString& kept);
     void Offer(const ShownRecords& shown, std::size_t test, const QString& folder);
     void AddRecords(const RecordFacts& record, const QString& folder);
     // The smooth kneepoints of one serial number, the oldest first; empty for a single record.
@@ -98,6 +99,7 @@ class CompareFacts : public QWidget {
     KneeRule rule_ = KneeRule::Asa1050;
     RecordTest measured_;
     QString measuredName_;
+    QString against_;  // what the sentences begin with
     ComparedCurve measuredCurve_;
     QString referenceName_;
     ComparedCurve referenceCurve_;

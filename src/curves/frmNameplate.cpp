@@ -16,7 +16,7 @@ namespace davo {
 namespace {
 
 constexpr int kMargin = 16;
-constexpr int kBoxLeast = 30;  // pixels, for a glove
+constexpr int kBoxHeight = 36;  // a glove meets it
 constexpr double kGreatest = 1e9;
 constexpr std::size_t kTapsField = kNameplateFields.size() - 1;
 
@@ -65,7 +65,8 @@ frmNameplate::frmNameplate(const QString& serial, const NameplateTexts& texts, P
             boxes_.at(i)->setPlaceholderText(QLatin1String(box.hint));
             field = boxes_.at(i);
         }
-        field->setMinimumHeight(kBoxLeast);
+        field->setMinimumHeight(kBoxHeight);
+        captions_.at(i)->setBuddy(field);
         field->setAccessibleName(captions_.at(i)->text().chopped(1));
     }
     const int below = static_cast<int>(kBoxes.size());

@@ -331,7 +331,7 @@ void RecordPanel::Arrange() {
     ShowDoubts();
     const bool below = !beside && width() >= kFactsWidth;
     body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    body_->setStretch(0, beside || Compares() ? kShareBeside : kShareBelow);
+    body_->setStretch(0, beside ? kShareBeside : Compares() ? kShareOfOther : kShareBelow);
     body_->setStretch(1, kShareOfOther);
     facts_->setDirection(below ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     // Above the doubts the results have all that they need.

@@ -5,6 +5,7 @@
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QSplitter>
+#include <QTabBar>
 #include <algorithm>
 
 #include "files/frmFileUtilOverlay.h"
@@ -56,6 +57,17 @@ class PanelInWindow : public PanelTest {
                 << command;
         }
     }
+    // Beside the letters of the window itself.
+    void ExpectMnemonicsOfCompare() {
+        auto* tabs = window->findChild<QTabBar*>(u"tabPanel"_s);
+        if (tabs == nullptr) return;
+        tabs->setCurrentIndex(1);
+        ExpectMnemonicsAreUnique();
+        EXPECT_THAT(MnemonicsOf(*window),
+                    IsSupersetOf({"Alt+I", "Alt+U", "Alt+V", "Alt+O", "Alt+N"}));
+        EXPECT_THAT(CutTextsOf(*window), IsEmpty());
+        tabs->setCurrentIndex(0);
+    }
     // The Tab key goes through the panel as the eye does, behind the window's other controls.
     void ExpectPanelInOrder(bool alone) const {
         std::vector<std::string> wanted = {"cmdMore", "plotCurves", "tblTests", "txtDoubts"};
@@ -90,6 +102,7 @@ class PanelInWindow : public PanelTest {
         EXPECT_TRUE(list->hasFocus());
         EXPECT_THAT(CutTextsOf(*window), IsEmpty());
         ExpectMnemonicsAreUnique();
+        ExpectMnemonicsOfCompare();
         ExpectPanelInOrder(false);
         EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
         EXPECT_TRUE(Until([this] {
@@ -174,6 +187,7 @@ TEST_F(PanelInWindow, IsShownInPlaceOfTheListInASmallWindow) {
         QTest::qWait(20);
         EXPECT_THAT(CutTextsOf(*window), IsEmpty());
         ExpectMnemonicsAreUnique();
+        ExpectMnemonicsOfCompare();
         ExpectPanelInOrder(true);
         // The curve and the results, beside each other and large enough to be read.
         const auto* chart = FindIn<QWidget>(*window, "chtCurves");

@@ -70,7 +70,7 @@ TEST_F(ComparedRecords, OffersTheOldestOfTheSerialNumberByItself) {
     EXPECT_THAT(Said(), AllOf(StartsWith("At "), HasSubstr("the voltage is 5.0 % below the"),
                               HasSubstr("Below the knee"), HasSubstr("Above the knee"),
                               HasSubstr("The kneepoint is 5.0 % below the reference's")));
-    EXPECT_EQ(TextOf(panel, "lblCompared"), "Test 1 against:");
+    EXPECT_EQ(TextOf(panel, "lblCompared"), "Test 1 aga&inst:");
     // Back on the record's own tab everything is as it was.
     ClickTab(0);
     EXPECT_FALSE(References()->isVisible());
@@ -231,8 +231,38 @@ TEST_F(ComparedRecords, IsReachedByTheTabKeyFromTopToBottom) {
         EXPECT_LT(place(before), place(name)) << name;
         before = name;
     }
-    EXPECT_TRUE(MnemonicsAreUnique(panel));
     EXPECT_THAT(CutTextsOf(panel), IsEmpty());
+}
+
+TEST_F(ComparedRecords, IsForGlovesAndForTheKeyboard) {
+    AddMade("A & B", {});
+    ShowCompared("A & B");
+    panel.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&panel));
+    for (const char* name :
+         {"cboReference", "cmdAddCurve", "txtLimit", "txtRatioLimit", "cmdNameplate", "cmdSavePng"})
+        EXPECT_GE(FindIn<QWidget>(panel, name)->height(), 40) << name;
+    EXPECT_TRUE(MnemonicsAreUnique(panel)) << ::testing::PrintToString(MnemonicsOf(panel));
+    for (const auto& [key, name] :
+         {std::pair(Qt::Key_I, "cboReference"), std::pair(Qt::Key_V, "txtLimit"),
+          std::pair(Qt::Key_O, "txtRatioLimit")}) {
+        QTest::keyClick(&panel, key, Qt::AltModifier);
+        EXPECT_TRUE(FindIn<QWidget>(panel, name)->hasFocus()) << name;
+    }
+    prompts.files = {QString()};
+    QTest::keyClick(&panel, Qt::Key_U, Qt::AltModifier);
+    EXPECT_TRUE(Until([this] { return prompts.shown.size() == 1; })) << "a curve is asked for";
+    QTest::keyClick(&panel, Qt::Key_N, Qt::AltModifier);
+    EXPECT_TRUE(Until([this] { return panel.findChild<QDialog*>(u"frmNameplate"_s) != nullptr; }));
+}
+
+TEST_F(ComparedRecords, ShowsAnAmpersandOfARecord) {
+    AddMade("A & B", {});
+    AddMade("OTHER", {});
+    ListFolder(settings.dataPath, directory);
+    ShowFiles({"A & B", "OTHER"});
+    ClickTab(1);
+    EXPECT_EQ(TextOf(panel, "lblCompared"), "A && B Test 1 aga&inst:") << "one ampersand is shown";
 }
 
 // --- A maker's curve ----------------------------------------------------------------------------
@@ -372,6 +402,14 @@ TEST_F(NameplateWindow, IsTypedOnceForASerialNumber) {
     EXPECT_EQ(dialog.windowTitle(), u"Nameplate of Serial # AB 7"_s);
     EXPECT_THAT(CutTextsOf(dialog), IsEmpty());
     EXPECT_TRUE(MnemonicsAreUnique(dialog));
+    for (const char* name : {"cmdKeep", "cmdCancel"}) {
+        const auto* button = FindIn<QPushButton>(dialog, name);
+        EXPECT_FALSE(QKeySequence::mnemonic(button->text()).isEmpty()) << name;
+        EXPECT_GE(button->height(), 40) << name;
+    }
+    EXPECT_THAT(TabOrderOf(dialog),
+                ElementsAre("cboClass", "txtSecondary", "txtRct", "txtEk", "txtIe", "txtTurnsRatio",
+                            "txtRatioWithin", "txtTaps", "cmdKeep", "cmdCancel"));
     Fill(dialog, "txtEk", "250,5");
     Fill(dialog, "txtIe", "0.5");
     Fill(dialog, "txtTurnsRatio", "240");
@@ -560,9 +598,9 @@ TEST_F(NameplateWindow, SaysWhyTapsAreNotKnown) {
 
 TEST_F(ComparedRecords, FollowsTheTestThatAWindowChooses) {
     ShowCompared("THREE");
-    EXPECT_EQ(TextOf(panel, "lblCompared"), "Test 1 against:");
+    EXPECT_EQ(TextOf(panel, "lblCompared"), "Test 1 aga&inst:");
     panel.ChooseTest(1);
-    EXPECT_EQ(TextOf(panel, "lblCompared"), "Test 2 against:");
+    EXPECT_EQ(TextOf(panel, "lblCompared"), "Test 2 aga&inst:");
     EXPECT_EQ(References()->currentText(), u"Test 1"_s);
 }
 
