@@ -78,6 +78,13 @@ close frmSample
         self.assertTrue(light.startswith(b"\x89PNG"))
         self.assertNotEqual((self.pictures / "sample-dark.png").read_bytes(), light)
 
+    def test_chooses_a_file_that_is_opened(self):
+        file = self.pictures / "a file.csv"
+        file.touch()
+        script = f'menu mnuOpen\nchooseFile "{file}"\nwaitText lblMessage "a file.csv"\nclose frmSample\n'
+        code, output = drive(script, self.pictures)
+        self.assertEqual(code, 0, output)
+
     def test_plays_commands_from_the_standard_input(self):
         code, output = drive(self.SESSION, self.pictures, by_input=True)
         self.assertEqual(code, 0, output)
@@ -115,7 +122,9 @@ close frmSample
         seen, _ = self.look("waitText lblMessage ready")
         acts = [act["do"] for act in seen["acts"]]
         self.assertEqual(
-            acts, ["type frmSample/txtBox", "menu mnuBoth", "menu mnuSave", "close frmSample"]
+            acts,
+            ["type frmSample/txtBox", "menu mnuBoth", "menu mnuSave", "menu mnuOpen",
+             "close frmSample"],
         )
         self.assertEqual(seen["dialogs"], [])
         self.assertTrue(seen["file"])

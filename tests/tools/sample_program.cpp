@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A small program that the driver's own test drives: a menu in a menu, a disabled button, a text
-// box, prompts that open from prompts, and a save dialog.
+// box, prompts that open from prompts, and dialogs that save and
+// open a file.
 
 #include <QAction>
 #include <QApplication>
@@ -33,10 +34,10 @@ bool Ask(QWidget* parent, const QString& text) {
     return box.exec() == QMessageBox::Yes;
 }
 
-void ChooseAndShow(QWidget* window, QLabel* label) {
+void ChooseAndShow(QWidget* window, QFileDialog::AcceptMode mode, QLabel* label) {
     QFileDialog dialog(window);
     dialog.setObjectName(QStringLiteral("cdFile"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setAcceptMode(mode);
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     if (dialog.exec() == QDialog::Accepted) {
         label->setText(QFileInfo(dialog.selectedFiles().constFirst()).fileName());
@@ -56,7 +57,10 @@ void AddMenus(QMainWindow& window, QLabel* label) {
     });
     QAction* save = Named(file->addAction(QStringLiteral("&Save")), QStringLiteral("mnuSave"));
     QObject::connect(save, &QAction::triggered, &window,
-                     [&window, label] { ChooseAndShow(&window, label); });
+                     [&window, label] { ChooseAndShow(&window, QFileDialog::AcceptSave, label); });
+    QAction* open = Named(file->addAction(QStringLiteral("&Open")), QStringLiteral("mnuOpen"));
+    QObject::connect(open, &QAction::triggered, &window,
+                     [&window, label] { ChooseAndShow(&window, QFileDialog::AcceptOpen, label); });
 }
 
 // Of this process; 0 where the system has no such list.

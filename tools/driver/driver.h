@@ -39,7 +39,7 @@ struct Step {
 //   focusOut                 the Tab key
 //   key NAME                 one key, by its portable name, to the widget with the focus
 //   answer BUTTON [TEXT] [ms]  a button of the prompt "msgBox", once it shows exactly TEXT
-//   chooseFile NAME [ms]     in the save dialog "cdFile"
+//   chooseFile NAME [ms]     in the dialog "cdFile", to save or to open
 //   grab NAME [W [C...]]     NAME.png of W or of the window in front, in DAVO_DRIVER_PICTURES, with
 //                            a number at each control C in it
 //   colours dark             all windows go to dark colours; any other word: back

@@ -231,25 +231,27 @@ Step Driver::BuildChooseFile(const QString& name) {
     const auto dialog = [] {
         return qobject_cast<QFileDialog*>(FindWidget(QStringLiteral("cdFile")));
     };
-    const auto save = [dialog] {
+    const auto accept = [dialog] {
         const auto* box = dialog()->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
-        return box->button(QDialogButtonBox::Save);
+        return box->button(dialog()->acceptMode() == QFileDialog::AcceptOpen
+                               ? QDialogButtonBox::Open
+                               : QDialogButtonBox::Save);
     };
     Step step;
     step.missing = [dialog] {
         return dialog() == nullptr ? QStringLiteral("the file dialog is not shown") : QString();
     };
-    step.act = [this, dialog, save, name] {
+    step.act = [this, dialog, accept, name] {
         dialog()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(name);
         Step press;
         press.line = QStringLiteral("chooseFile ") + name;
         press.limitMs = lenient_ ? 300 : 5000;
         press.logged = false;
-        press.missing = [dialog, save] {
+        press.missing = [dialog, accept] {
             return dialog() == nullptr ? QStringLiteral("the file dialog has gone")
-                                       : WhyNotPressable(save());
+                                       : WhyNotPressable(accept());
         };
-        press.act = [save] { ClickAt(save(), save()->rect().center()); };
+        press.act = [accept] { ClickAt(accept(), accept()->rect().center()); };
         steps_.push_front(std::move(press));
         Schedule(0);
     };
