@@ -331,7 +331,6 @@ void ShotSequence::AcceptShot() {
     ComputePercentError(shot_.screen);
     shotPending_ = true;
     shot_.screen.shotShown = around_.session.shotCount;
-    shot_.screen.shotOnDisk = false;
     // They are of before.
     shot_.screen.txtCur.enabled = shot_.screen.txtVolt.enabled = false;
     shot_.events.push_back(ShotEvent::Complete);
