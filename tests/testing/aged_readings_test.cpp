@@ -142,6 +142,16 @@ TEST_F(AgedReadings, CancelMakesThemGreyAtOnce) {
     EXPECT_EQ(Screen().txtVolt.text, "491.2");
 }
 
+TEST_F(AgedReadings, TheEndOfTheShotMakesThemGreyAtOnce) {
+    OpenFor(false);
+    StartFullShot();
+    SayLine("I=0.0123 V=491.2");
+    EndShot();
+    ASSERT_EQ(Screen().shotShown, 1);
+    EXPECT_TRUE(BoxesAreGrey());
+    EXPECT_EQ(Screen().txtVolt.text, "491.2");
+}
+
 TEST_F(AgedReadings, AShotOfWhichNothingComesIsSaidUntilItsFirstPrompt) {
     OpenFor(false);
     clock.Advance(1h);

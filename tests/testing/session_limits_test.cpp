@@ -59,6 +59,8 @@ TEST_F(SessionLimits, ARefusedShotLeavesExitAlone) {
     FillSession();
     EXPECT_TRUE(sequence.ShotRefused());
     EXPECT_EQ(Notice(), "NO MORE SHOTS.\nPRESS EXIT TO SAVE.");
+    EXPECT_FALSE(Screen().noticeWarns);
+    EXPECT_EQ(Screen().lblTest, (ControlView{"TEST COMPLETE.", true, true}));
     EXPECT_FALSE(Screen().lblConfirm.visible);
     EXPECT_FALSE(Screen().cmdContinue.enabled);
     EXPECT_FALSE(Screen().cmdCancel.enabled);
@@ -69,7 +71,11 @@ TEST_F(SessionLimits, StartIsDisabledDuringTheReadinessCheck) {
     OpenFor(false);
     for (const bool answered : {true, false}) {
         bool painted = true;
-        sequence.OnShow = [&] { painted = Screen().cmdStart.enabled; };
+        bool saidToAsk = false;
+        sequence.OnShow = [&] {
+            painted = Screen().cmdStart.enabled;
+            saidToAsk = Screen().asking;
+        };
         bool during = true;
         port.OnOutputDo("B", [&] {
             during = Screen().cmdStart.enabled;
@@ -78,6 +84,8 @@ TEST_F(SessionLimits, StartIsDisabledDuringTheReadinessCheck) {
         sequence.ResetTestWindow();
         EXPECT_FALSE(during) << answered;
         EXPECT_FALSE(painted) << answered;
+        EXPECT_TRUE(saidToAsk) << answered;
+        EXPECT_FALSE(Screen().asking) << answered;
         EXPECT_TRUE(Screen().cmdStart.enabled) << answered;
     }
 }
@@ -103,9 +111,13 @@ TEST_F(SessionLimits, AFloodIsExaminedInParts) {
     OpenFor(false);
     StartFullShot();
     constexpr std::size_t kFlood = 4 << 20;
+    // No reading is cut by the end of a block.
+    const std::string reading = "I=0.0123 V=1.2\r\n";
+    static_assert(kSessionBlock % 16 == 0);
+    ASSERT_EQ(reading.size(), 16U);
     std::string flood;
     while (flood.size() < kFlood)
-        flood += "I=0.0123 V=491.2\r\n";
+        flood += reading;
     port.waiting = flood;
     std::size_t left = flood.size();
     int passes = 0;
@@ -113,7 +125,7 @@ TEST_F(SessionLimits, AFloodIsExaminedInParts) {
         sequence.Timer1_Timer();
         ++passes;
         const std::size_t now = sequence.Reply().sessionPending.size();
-        ASSERT_LE(left - now, kMostExaminedAtOnce) << passes;
+        ASSERT_EQ(left - now, std::min(left, kMostExaminedAtOnce)) << passes;
         if (!sequence.Unexamined()) break;
         ASSERT_LT(now, left) << passes;
         left = now;

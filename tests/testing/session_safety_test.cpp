@@ -104,6 +104,28 @@ TEST_F(SafetyTest, AJournalThatIsDeletedOrChangedIsWrittenAgain) {
     EXPECT_TRUE(Screen().shotOnDisk);
 }
 
+// Once a second would be a flush of the disk a second.
+TEST_F(SafetyTest, AJournalThatIsRightIsNotWrittenAgain) {
+    const QDateTime earlier(QDate(2026, 11, 20), QTime(8, 0));
+    const auto isWritten = [&] {
+        QFile file(JournalPath());
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite));
+        EXPECT_TRUE(file.setFileTime(earlier, QFileDevice::FileModificationTime));
+        file.close();
+        sequence.LookAround();
+        return QFileInfo(JournalPath()).lastModified() != earlier;
+    };
+    OpenFor(false);
+    EXPECT_FALSE(isWritten());
+    RunFullShot();
+    EXPECT_FALSE(isWritten());
+    SessionJournal other = Journal();
+    other.pendingShot = "of another";
+    other.Write(JournalPath());
+    EXPECT_TRUE(isWritten());
+    EXPECT_EQ(Journal().pendingShot, sequence.ShotTrailer());
+}
+
 TEST_F(SafetyTest, AShotWhoseFolderIsGoneIsNotOnTheDisk) {
     OpenFor(false);
     RunFullShot();
@@ -198,7 +220,9 @@ TEST_F(SafetyTest, LosingThePortEndsTheShotAndItCanBeStartedAgain) {
     EXPECT_TRUE(Screen().noticeWarns);
     EXPECT_FALSE(Screen().lblConfirm.visible);
     EXPECT_FALSE(Screen().cmdContinue.enabled);
+    EXPECT_FALSE(Screen().cmdCancel.enabled);
     EXPECT_TRUE(Screen().cmdExit.enabled);
+    EXPECT_TRUE(Screen().cmdHeader.enabled);
     EXPECT_TRUE(Screen().cmdStart.enabled);
     EXPECT_EQ(session.shotCount, 1);
 
@@ -238,6 +262,25 @@ TEST_F(SafetyTest, TheLossStaysUntilThePortIsBack) {
     EXPECT_TRUE(port.sent.empty());
     sequence.LookAround();
     EXPECT_EQ(reopenings, 4) << "a port that is open is not opened again";
+    link.CloseComPort();
+    sequence.LookAround();
+    EXPECT_EQ(reopenings, 4) << "nor one that was not lost";
+}
+
+TEST_F(SafetyTest, APortThatWasNeverOpenIsNotLost) {
+    OpenFor(false);
+    link.CloseComPort();
+    sequence.LookAround();
+    EXPECT_EQ(reopenings, 0);
+}
+
+TEST_F(SafetyTest, TheLossEndsTheBeepOfThePrompt) {
+    OpenFor(false);
+    StartFullShot();
+    SayLine("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
+    EXPECT_TRUE(sequence.Beeping());
+    sequence.PortLost();
+    EXPECT_FALSE(sequence.Beeping());
 }
 
 TEST_F(SafetyTest, LosingThePortBetweenShotsChangesNothing) {
@@ -258,6 +301,31 @@ TEST_F(SafetyTest, LosingThePortKeepsTheSlowLoweringOfTheNextShotInTime) {
     StartFullShot();  // the same one again
     SayLine("I=0.1 V=1.0");
     EXPECT_EQ(Screen().lblMessage.text, "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+}
+
+// The instrument goes on by itself, and the range switch is never confirmed.
+TEST_F(SafetyTest, OneConfirmationIsNotTakenForTwo) {
+    OpenFor(false);
+    RunFullShot();
+    for (const bool lost : {false, true}) {
+        prompts.answers = {Answer::No};
+        if (lost) {
+            StartFullShot();
+            SayLine("I=0.1 V=1.0");
+            Confirm();
+            sequence.PortLost();
+        }
+        sequence.cmdStart_Click();
+        SayLine("MESSAGE=SET THE VOLTAGE RANGE SELECTOR SWITCH");
+        SayLine("MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)");
+        SayLine("I=0.1 V=1.0");
+        Confirm();
+        SayLine("I=0.2 V=2.0");
+        EXPECT_EQ(Screen().lblMessage.text,
+                  "TURN VOLTAGE CONTROL UP UNTIL CT SATURATES (MAX 1000V)")
+            << lost;
+        EndShot();
+    }
 }
 
 TEST_F(SafetyTest, NotesAndHeaderReachTheJournal) {

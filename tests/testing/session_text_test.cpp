@@ -38,6 +38,7 @@ INSTANTIATE_TEST_SUITE_P(
         CutCase{"RecordBegunBehindReading", "I=1 V=2\r\nDATA01\r\n", false, "DATA01\r\n"},
         CutCase{"RecordBehindCutReading", "I=1 V=2DATA01", false, "DATA01"},
         CutCase{"OneLetterOfData", "I=1 V=2\r\nD", false, "D"},
+        CutCase{"OneLetterOfDataBehindReading", "I=1 V=2D", false, "D"},
         CutCase{"TwoLettersOfData", "I=1 V=2\r\nDA", false, "DA"},
         CutCase{"ThreeLettersOfDataBehindReading", "I=1 V=2DAT", false, "DAT"},
         CutCase{"WholeRecord", "DATA01\r\nDONE\r\n", false, ""},
@@ -67,6 +68,7 @@ TEST(CompleteReadingsTest, AreThoseUpToTheirLineEnd) {
 TEST(CompleteReadingsTest, TakeTheVoltageOfTheNextLine) {
     EXPECT_EQ(Shown("I=0.01\r\nV=2\r\n"), "[0.01|2]");
     EXPECT_EQ(Shown("I=V=2\r\n"), "[|2]");
+    EXPECT_EQ(Shown("I=1 V=\r\nI=2 V=3\r\n"), "[1|][2|3]");
 }
 
 TEST(CompleteReadingsTest, PassOverAReadingThatNoiseCut) {

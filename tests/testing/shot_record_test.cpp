@@ -76,6 +76,7 @@ TEST_F(RecordTest, ARatioThatIsNoPlainNumberIsSaidOnTheWindow) {
                      "0.1"));
     for (const char* odd : {"x40.1", "2x40.1", "240.1.5", "240.1:", "2 40.1"})
         EXPECT_EQ(said(odd), notice(odd));
+    EXPECT_EQ(said("x" + std::string(23, '1')), notice("x" + std::string(23, '1')));
     EXPECT_EQ(said("x" + std::string(40, '1')), notice("x" + std::string(23, '1') + "..."));
     for (const char* plain : {"240.1", " 240.1 ", "240.7:1", "0", "", "\r240.1"})
         EXPECT_EQ(said(plain), "") << plain;
@@ -92,6 +93,14 @@ TEST_F(RecordTest, ARecordWithoutAnyLineEndCompletesTheShot) {
     StartFullShot();
     Say("DATA" + Digits() + "DONE");
     EXPECT_EQ(sequence.TestState(), 99);
+}
+
+TEST_F(RecordTest, TheSaturationTestIsOverWithTheShot) {
+    StartFullShot();
+    EXPECT_TRUE(sequence.Saturating());
+    Say(RecordOf(Digits()));
+    ASSERT_EQ(sequence.TestState(), 99);
+    EXPECT_FALSE(sequence.Saturating());
 }
 
 TEST_F(RecordTest, DoneWithoutDataDoesNotCompleteAShot) {
@@ -134,6 +143,15 @@ TEST_F(RecordTest, ARecordCutByABlockIsKept) {
         rig.Say(std::string(before - 2, 'x') + "\r\n" + record + "\r\n");
         EXPECT_EQ(rig.sequence.TestState(), 99) << before;
     }
+}
+
+// As long as a block, and a character too late for the first one.
+TEST_F(RecordTest, ARecordThatFillsABlockIsKept) {
+    StartFullShot();
+    const std::string record = "DATA" + std::string(kSessionBlock - 10, '0') + "\r\nDONE";
+    Say("x" + record);
+    EXPECT_EQ(sequence.TestState(), 99);
+    EXPECT_EQ(sequence.ShotTrailer().find(record + "\r\n"), 0U);
 }
 
 TEST_F(RecordTest, ALineCutByABlockIsKept) {

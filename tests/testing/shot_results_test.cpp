@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Ratio, percent error, polarity, counters and the capture block.
 
-#include "tests/testing/sequence_rig.h"
+#include "testing/shot_results.h"
 
 #include "tests/support/testing.h"
+#include "tests/testing/sequence_rig.h"
 
 namespace davo::test {
 namespace {
@@ -113,6 +114,17 @@ TEST_F(ResultsTest, MeasuredRatioThatIsNoNumberShowsAnEmptyPercentError) {
     EXPECT_EQ(Screen().txtPE.text, "");
 }
 
+TEST(ComputePercentErrorTest, LeavesTheErrorWhileARatioIsEmpty) {
+    for (const auto& [measured, nameplate] : {std::pair("", "240"), std::pair("241.2", "")}) {
+        ShotScreen screen;
+        screen.txtRatio.text = measured;
+        screen.txtCRatio.text = nameplate;
+        screen.txtPE.text = "0.50";
+        ComputePercentError(screen);
+        EXPECT_EQ(screen.txtPE.text, "0.50");
+    }
+}
+
 TEST_F(ResultsTest, PolarityCharacters) {
     sequence.cmdStart_Click();
     Screen().txtPolarity.text = "before";
@@ -177,6 +189,9 @@ TEST_F(ResultsTest, RatioOnlyLeavesTheSaturationCount) {
     EXPECT_EQ(session.shotCount, 1);
     EXPECT_EQ(Screen().lblSatCount.text, "Sat. - 1");
     EXPECT_EQ(Screen().lblRatioCount.text, "Ratio - 1");
+    prompts.answers = {Answer::No};
+    RunFullShot();
+    EXPECT_EQ(Screen().lblSatCount.text, "Sat. - 2");
 }
 
 TEST_F(ResultsTest, RepeatTakesBackAllCountsAndTheShotNeverReachesTheFile) {

@@ -37,6 +37,8 @@ TEST_F(NewSequenceTest, FormLoad) {
     EXPECT_FALSE(Screen().lblTest.visible);
     EXPECT_TRUE(sequence.Clocking());
     EXPECT_FALSE(sequence.Polling());
+    EXPECT_FALSE(sequence.Saturating());
+    EXPECT_FALSE(sequence.Aborted());
     EXPECT_TRUE(sequence.Capture().IsOpen());
     EXPECT_EQ(CaptureBytes(), "");
     EXPECT_EQ(Journal().shotsInCapture, 0);
@@ -117,6 +119,13 @@ TEST_F(SequenceTest, ResetKeepsTheShotsThatAreThere) {
     EXPECT_EQ(CaptureBytes(), bytes);
 }
 
+TEST_F(SequenceTest, ResetWithoutAShotBeginsANewCaptureFile) {
+    DeleteFile(sequence.Capture().Path());
+    port.OnOutput("B", "RDY\r\n");
+    sequence.ResetTestWindow();
+    EXPECT_TRUE(FileExists(sequence.Capture().Path()));
+}
+
 TEST_F(SequenceTest, FirstStart) {
     for (ControlView* view :
          {&Screen().txtVolt, &Screen().txtCur, &Screen().txtPolarity, &Screen().txtRatio,
@@ -130,6 +139,7 @@ TEST_F(SequenceTest, FirstStart) {
     EXPECT_EQ(TakeSent(), Sent{"T"});
     EXPECT_EQ(sequence.TestState(), 0);
     EXPECT_TRUE(sequence.Polling());
+    EXPECT_FALSE(sequence.Unexamined());
     EXPECT_FALSE(Screen().cmdExit.enabled);
     EXPECT_FALSE(Screen().cmdHeader.enabled);
     EXPECT_FALSE(Screen().lblPE.enabled);
@@ -278,6 +288,7 @@ TEST_F(SequenceTest, RepeatDropsTheShot) {
     EXPECT_TRUE(port.sent.empty());
     EXPECT_EQ(sequence.TestState(), 99);
     EXPECT_FALSE(sequence.ShotPending());
+    EXPECT_TRUE(Screen().shotDropped);
     EXPECT_FALSE(Screen().cmdContinue.enabled);
     EXPECT_EQ(Screen().cmdContinue.text, "&Continue");
     EXPECT_EQ(Screen().lblCRCount.text, "(1)");
@@ -286,6 +297,7 @@ TEST_F(SequenceTest, RepeatDropsTheShot) {
     // The next shot takes its place.
     prompts.answers = {Answer::No};
     RunFullShot("222.2");
+    EXPECT_FALSE(Screen().shotDropped);
     EXPECT_EQ(session.shotCount, 1);
     EXPECT_EQ(CaptureBytes(), "");
     EXPECT_NE(sequence.ShotTrailer().find("222.2"), std::string::npos);

@@ -111,6 +111,18 @@ TEST_F(StepsTest, SaturationShowsItsBracket) {
     EXPECT_FALSE(Screen().lblConfirm.visible);
     EXPECT_FALSE(Screen().cmdContinue.enabled);
     EXPECT_TRUE(Screen().cmdCancel.enabled);
+    EXPECT_TRUE(sequence.Saturating());
+    SayLine(kRatio);
+    EXPECT_FALSE(sequence.Saturating());
+}
+
+TEST_F(StepsTest, WhatNobodyConfirmedIsNotAnswered) {
+    sequence.cmdStart_Click();
+    SayLine(kRange);
+    TakeSent();
+    SayLine(kSaturate);
+    EXPECT_TRUE(TakeSent().empty());
+    EXPECT_TRUE(Screen().cmdCancel.enabled);
 }
 
 TEST_F(StepsTest, SaturationWaitsForItsWholeLine) {
@@ -182,6 +194,13 @@ TEST_F(StepsTest, RatioTestStart) {
     EXPECT_TRUE(sequence.Beeping());
 }
 
+TEST_F(StepsTest, AReadingRightBehindTheRatioPromptIsShown) {
+    StartFullShot();
+    SayLine(kRatio + "I=0.1 V=50.0");
+    EXPECT_EQ(Message(), kRatioShown);
+    EXPECT_EQ(Screen().txtVolt.text, "50.0");
+}
+
 TEST_F(StepsTest, RatioPromptBeepsTwiceHoweverTheLineIsCut) {
     StartFullShot();
     Say("\r\n" + kRatio);
@@ -207,6 +226,9 @@ TEST_F(StepsTest, RatioTestStartDisablesCmdStartInRatioOnlyMode) {
     SayLine(kRatio);
     EXPECT_FALSE(Screen().cmdStart.enabled);
     EXPECT_EQ(State(), 0) << "the message does not change the state";
+    const int before = shows;
+    SayLine("I=0.1 V=1.0");
+    EXPECT_EQ(shows, before + 1) << "readings are painted from the prompt on";
 }
 
 TEST_F(StepsTest, Reading) {
@@ -228,10 +250,14 @@ TEST_F(StepsTest, ReadingsOpenAConfirmationOnce) {
     SayLine("I=0.1 V=1.0");
     EXPECT_TRUE(Screen().cmdContinue.enabled);
     EXPECT_TRUE(Screen().lblConfirm.visible);
+    EXPECT_EQ(focused.size(), 1U);
     SayLine("I=0.2 V=2.0");
     EXPECT_EQ(focused.size(), 1U) << "the operator may type a nameplate current meanwhile";
     EXPECT_EQ(shows, before + 2);
     EXPECT_TRUE(sequence.Polling());
+    Screen().lblConfirm.visible = false;
+    SayLine("I=0.3 V=3.0");
+    EXPECT_EQ(focused.size(), 2U);
 }
 
 TEST_F(StepsTest, ReadingsActInAnyState) {
@@ -242,6 +268,29 @@ TEST_F(StepsTest, ReadingsActInAnyState) {
     EXPECT_EQ(Screen().txtVolt.text, "1.0");
     EXPECT_TRUE(Screen().cmdCancel.enabled);
     EXPECT_FALSE(Screen().lblConfirm.visible) << "nothing to confirm yet";
+}
+
+TEST_F(StepsTest, APartOfAReadingLetsTheTestBeCancelled) {
+    for (const char* part : {"I=0.1", "V=1.0"}) {
+        sequence.cmdStart_Click();
+        Screen().cmdCancel.enabled = false;
+        SayLine(part);
+        EXPECT_TRUE(Screen().cmdCancel.enabled) << part;
+        EXPECT_EQ(Screen().txtVolt.text, "") << part;
+    }
+}
+
+TEST_F(StepsTest, BeforeItRunsEveryReadingOfAFloodIsThere) {
+    sequence.cmdStart_Click();
+    std::string flood;
+    std::string wanted;
+    for (int i = 100; i < 400; ++i) {
+        flood += "I=0.012 V=" + std::to_string(i) + "\r\n";
+        wanted += "[0.012|" + std::to_string(i) + "]";
+    }
+    static_assert(kSessionBlock % 15 != 0, "blocks cut readings");
+    Say(flood);
+    EXPECT_EQ(readings, wanted);
 }
 
 TEST_F(StepsTest, AReadingCutOffIsLeftForTheNextPass) {
@@ -402,6 +451,7 @@ TEST_F(StepsTest, OverVoltage) {
     StartFullShot();
     SayLine("MESSAGE=VOLTAGE TOO HIGH!");
     EXPECT_EQ(Message(), "VOLTAGE TOO HIGH! TURN VOLTAGE DOWN!");
+    EXPECT_TRUE(Screen().messageWarns);
     EXPECT_EQ(State(), 2);
     EXPECT_TRUE(sequence.Polling()) << "the test goes on";
 }
