@@ -2,8 +2,9 @@
 #include "curves/frmNameplate.h"
 
 #include <QComboBox>
-#include <QGridLayout>
+#include <QFormLayout>
 #include <QLineEdit>
+#include <QVBoxLayout>
 #include <algorithm>
 
 #include "analysis/taps.h"
@@ -17,6 +18,7 @@ namespace {
 
 constexpr int kMargin = 16;
 constexpr int kBoxHeight = 36;  // a glove meets it
+constexpr int kTapLetters = 30;
 constexpr double kGreatest = 1e9;
 constexpr std::size_t kTapsField = kNameplateFields.size() - 1;
 
@@ -51,30 +53,36 @@ frmNameplate::frmNameplate(const QString& serial, const NameplateTexts& texts, P
     setObjectName(QStringLiteral("frmNameplate"));
     setWindowTitle(QStringLiteral("Nameplate of Serial # %1").arg(serial));
     setAttribute(Qt::WA_DeleteOnClose);
-    grid_ = WithMargin(new QGridLayout(this), kMargin);
-    cboClass_ = Named(new QComboBox(this), kBoxes.front().name);
+    auto* column = WithMargin(new QVBoxLayout(this), kMargin);
+    column->setSpacing(kFormSpacing);
+    form_ = new QFormLayout;
+    column->addLayout(form_);
+    cboClass_ = new QComboBox(this);
     cboClass_->addItems(
         {QStringLiteral("PX"), QStringLiteral("5P"), QStringLiteral("10P"), QStringLiteral("C")});
     cboClass_->setCurrentText(FromPage(texts.front()));
     for (std::size_t i = 0; i < kBoxes.size(); ++i) {
         const NameplateBox& box = kBoxes.at(i);
-        captions_.at(i) = new QLabel(QLatin1String(box.caption), this);
         QWidget* field = cboClass_;
         if (i > 0) {
-            boxes_.at(i) = Named(new QLineEdit(FromPage(texts.at(i)), this), box.name);
+            field = boxes_.at(i) = new QLineEdit(FromPage(texts.at(i)), this);
             boxes_.at(i)->setPlaceholderText(QLatin1String(box.hint));
-            field = boxes_.at(i);
+            boxes_.at(i)->setCursorPosition(0);
         }
-        field->setMinimumHeight(kBoxHeight);
-        captions_.at(i)->setBuddy(field);
-        field->setAccessibleName(captions_.at(i)->text().chopped(1));
+        Named(field, box.name)->setMinimumHeight(kBoxHeight);
+        auto* caption = new QLabel(QLatin1String(box.caption), this);
+        caption->setMinimumHeight(kBoxHeight);
+        caption->setBuddy(field);
+        form_->addRow(caption, field);
     }
-    const int below = static_cast<int>(kBoxes.size());
+    boxes_.back()->setMinimumWidth(kTapLetters * fontMetrics().averageCharWidth());
+    auto* buttons = new QHBoxLayout;
     auto* cmdSave = new BigButton(this, "cmdKeep", "&Save");
     cmdSave->setDefault(true);
-    grid_->addWidget(cmdSave, below, 0, 1, 2);
+    buttons->addWidget(cmdSave);
     auto* cmdCancel = new BigButton(this, "cmdCancel", "&Cancel");
-    grid_->addWidget(cmdCancel, below, 2, 1, 2);
+    buttons->addWidget(cmdCancel);
+    column->addLayout(buttons);
     connect(cboClass_, &QComboBox::currentIndexChanged, this, [this] { ShowFields(); });
     connect(cmdSave, &QPushButton::clicked, this,
             [this] { handlers_.RunAlone([this] { Save(); }); });
@@ -82,22 +90,11 @@ frmNameplate::frmNameplate(const QString& serial, const NameplateTexts& texts, P
     ShowFields();
 }
 
-// The fields of the class, two in a row.
+// The fields of the class.
 void frmNameplate::ShowFields() {
-    int place = 0;
-    for (std::size_t i = 0; i < kBoxes.size(); ++i) {
-        QWidget* field = i == 0 ? static_cast<QWidget*>(cboClass_) : boxes_.at(i);
-        const QString index = QString::number(cboClass_->currentIndex());
-        const bool has = QLatin1String(kBoxes.at(i).classes).contains(index);
-        captions_.at(i)->setVisible(has);
-        field->setVisible(has);
-        if (!has) continue;
-        // The taps have a row of their own.
-        if (i == kTapsField) place += place % 2;
-        grid_->addWidget(captions_.at(i), place / 2, 2 * (place % 2));
-        grid_->addWidget(field, place / 2, 2 * (place % 2) + 1, 1, i == kTapsField ? 3 : 1);
-        ++place;
-    }
+    const QString index = QString::number(cboClass_->currentIndex());
+    for (std::size_t i = 1; i < kBoxes.size(); ++i)
+        form_->setRowVisible(boxes_.at(i), QLatin1String(kBoxes.at(i).classes).contains(index));
     adjustSize();
 }
 
@@ -115,7 +112,7 @@ bool frmNameplate::Take(std::size_t field, NameplateTexts& texts) {
         const double value = WholeNumericValue(texts.at(field)).value_or(0);
         if (!(value > 0 && value <= kGreatest))
             wrong = QStringLiteral("%1 Type a number above zero, or nothing.")
-                        .arg(captions_.at(field)->text());
+                        .arg(QLatin1String(kBoxes.at(field).caption));
     }
     if (wrong.isEmpty()) return true;
     prompts_.Message(wrong);

@@ -11,7 +11,7 @@
 #include "ui/event_handlers.h"
 
 class QComboBox;
-class QGridLayout;
+class QFormLayout;
 class QLineEdit;
 
 namespace davo {
@@ -35,9 +35,8 @@ class frmNameplate : public QDialog {
     Prompts& prompts_;
     EventHandlers handlers_;
     QComboBox* cboClass_;
-    QGridLayout* grid_;
+    QFormLayout* form_;
     std::array<QLineEdit*, kNameplateFields.size()> boxes_{};  // none for the class
-    std::array<QLabel*, kNameplateFields.size()> captions_{};
 };
 
 }  // namespace davo
