@@ -2,7 +2,6 @@
 #include "batch/reference.h"
 
 #include <algorithm>
-#include <array>
 
 #include "common/files.h"
 #include "common/numbers.h"
@@ -27,34 +26,38 @@ std::vector<std::string> Reference::TextsOf(const RecordTest& test) const {
     const auto same =
         std::ranges::find(curves_, test.testNumber, &std::pair<std::string, ComparedCurve>::first);
     const auto with = curves_.size() == 1 ? curves_.begin() : same;
-    std::vector<std::string> texts(static_cast<std::size_t>(std::ranges::count(kColumns, ',')));
-    texts.front() = name_;
-    if (test.points.empty() || with == curves_.end()) {
-        texts.back() = test.points.empty() ? "The test has no curve."
-                                           : "The reference has no curve for this test.";
-        return texts;
+    std::vector<std::string> texts{name_};
+    std::string sentence = test.points.empty() ? "The test has no curve."
+                                               : "The reference has no curve for this test.";
+    if (!test.points.empty() && with != curves_.end()) {
+        const CurveComparison found =
+            CompareCurves(CurveToCompare(rule_, test.points), with->second);
+        texts.push_back(with->first);
+        sentence = SentenceOf(found, limit_);
+        const auto add = [&](const std::optional<Deviation>& part) {
+            texts.push_back(part ? GeneralNumber(part->Percent()) : "");
+            texts.push_back(part ? GeneralNumber(part->at) : "");
+        };
+        if (found.reason == NotCompared::No) {
+            sentence += ' ' + KneeSentenceOf(found.knee);
+            add(found.voltage.all);
+            add(found.voltage.below);
+            add(found.voltage.above);
+            const ComparedValue current = found.current.value_or(ComparedValue());
+            add(found.current ? std::optional(current.all) : std::nullopt);
+            add(current.below);
+            add(current.above);
+            const std::optional<double>& knee = found.knee.voltagePercent;
+            texts.push_back(knee ? GeneralNumber(*knee) : "");
+            texts.push_back(knee ? GeneralNumber(found.knee.uncertainPercent) : "");
+            const Verdict verdict = VerdictOf(found, limit_);
+            texts.push_back(verdict == Verdict::None     ? ""
+                            : verdict == Verdict::Within ? "yes"
+                                                         : "no");
+        }
     }
-    const CurveComparison found = CompareCurves(CurveToCompare(rule_, test.points), with->second);
-    const bool isCompared = found.reason == NotCompared::No;
-    auto next = texts.begin();
-    *++next = with->first;
-    std::array<std::optional<Deviation>, 6> parts;
-    if (isCompared) parts = {found.voltage.all, found.voltage.below, found.voltage.above};
-    if (found.current) {
-        parts[3] = found.current->all;
-        parts[4] = found.current->below;
-        parts[5] = found.current->above;
-    }
-    for (const std::optional<Deviation>& part : parts) {
-        *++next = part ? GeneralNumber(part->Percent()) : std::string();
-        *++next = part ? GeneralNumber(part->at) : std::string();
-    }
-    const std::optional<double> knee = isCompared ? found.knee.voltagePercent : std::nullopt;
-    *++next = knee ? GeneralNumber(*knee) : std::string();
-    *++next = knee ? GeneralNumber(found.knee.uncertainPercent) : std::string();
-    const Verdict verdict = VerdictOf(found, limit_);
-    *++next = verdict == Verdict::None ? "" : verdict == Verdict::Within ? "yes" : "no";
-    *++next = SentenceOf(found, limit_) + (isCompared ? ' ' + KneeSentenceOf(found.knee) : "");
+    texts.resize(static_cast<std::size_t>(std::ranges::count(kColumns, ',')) - 1);
+    texts.push_back(sentence);
     return texts;
 }
 

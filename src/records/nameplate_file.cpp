@@ -2,7 +2,9 @@
 #include "records/nameplate_file.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
+#include <sstream>
 #include <vector>
 
 #include "common/files.h"
@@ -49,13 +51,10 @@ NameplateTexts ReadNameplate(const QString& folder, std::string_view serial) {
     NameplateTexts texts;
     std::vector<std::string> lines = NameplateLines(folder);
     const auto line = LineOf(lines, serial);
-    if (line == lines.end()) return texts;
-    std::size_t at = line->find('\t');
-    for (std::string& text : texts) {
-        const std::size_t end = std::min(line->find('\t', at + 1), line->size());
-        text = line->substr(at + 1, end - at - 1);
-        at = end;
-    }
+    std::istringstream fields(line == lines.end() ? std::string() : *line);
+    fields.ignore(std::numeric_limits<std::streamsize>::max(), '\t');
+    for (std::string& text : texts)
+        std::getline(fields, text, '\t');
     return texts;
 }
 
@@ -65,9 +64,7 @@ void KeepNameplate(const QString& folder, std::string_view serial, const Namepla
     std::string line = ToPage(FromPage(serial).simplified()).value_or("");
     for (const std::string& text : texts)
         line.append("\t").append(text);
-    const bool isEmpty = std::all_of(texts.begin(), texts.end(),
-                                     [](const std::string& text) { return text.empty(); });
-    if (!isEmpty) lines.push_back(line);
+    if (texts != NameplateTexts()) lines.push_back(line);
     ReplaceFile(folder + QLatin1String(kNameplateFileName), JoinLines(lines));
 }
 

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "common/files.h"
 #include "common/numbers.h"
@@ -42,32 +43,36 @@ double ScaleOf(const QString& unit) {
     return unit.startsWith(QLatin1Char('k')) ? 1e3 : 1;
 }
 
-// Takes the units that a line of the heading names.
-void TakeUnits(const std::array<std::string, 2>& fields, std::array<QString, 2>& units) {
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        const QString unit = UnitOf(fields.at(i));
-        if (!unit.isEmpty()) units.at(i) = unit;
+// Takes the units that the lines in front of the first number name.
+void TakeUnits(std::string_view text, std::array<QString, 2>& units) {
+    for (const std::string& line : SplitLines(text)) {
+        const std::array<std::string, 2> fields = FieldsOf(line);
+        if (WholeNumericValue(fields[0])) return;
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            const QString unit = UnitOf(fields.at(i));
+            if (!unit.isEmpty()) units.at(i) = unit;
+        }
     }
+}
+
+bool AreAmperesAndVolts(const QString& one, const QString& other) {
+    return one.endsWith(QLatin1Char('A')) && other.endsWith(QLatin1Char('V'));
 }
 
 }  // namespace
 
 bool NamesUnits(std::string_view bytes) {
     std::array<QString, 2> units;
-    for (const std::string& line : SplitLines(bytes)) {
-        const std::array<std::string, 2> fields = FieldsOf(line);
-        if (WholeNumericValue(fields[0])) break;
-        TakeUnits(fields, units);
-    }
-    return (units[0].endsWith(u'A') && units[1].endsWith(u'V')) ||
-           (units[0].endsWith(u'V') && units[1].endsWith(u'A'));
+    TakeUnits(bytes, units);
+    return AreAmperesAndVolts(units[0], units[1]) || AreAmperesAndVolts(units[1], units[0]);
 }
 
 std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_view typed) {
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
     if (bytes.starts_with(kUtf8Mark)) bytes.remove_prefix(kUtf8Mark.size());
     std::array<QString, 2> units;
-    TakeUnits(FieldsOf(std::string(typed)), units);
+    TakeUnits(typed, units);
+    TakeUnits(bytes, units);
     std::vector<CurvePoint> points;
     std::size_t number = 0;
     for (const std::string& line : SplitLines(bytes)) {
@@ -76,16 +81,13 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
         const std::array<std::string, 2> fields = FieldsOf(line);
         const std::optional<double> first = WholeNumericValue(fields[0]);
         const std::optional<double> second = WholeNumericValue(fields[1]);
-        const double left = first.value_or(0) * ScaleOf(units[0]);
-        const double right = second.value_or(0) * ScaleOf(units[1]);
-        if (first && second && std::isfinite(left) && std::isfinite(right)) {
-            const bool isTurned = units[0].endsWith(u'V') && units[1].endsWith(u'A');
-            points.push_back(isTurned ? CurvePoint{right, left} : CurvePoint{left, right});
-        } else if (points.empty() && !first && !second) {
-            TakeUnits(fields, units);
-        } else {
+        if (points.empty() && !first && !second) continue;  // the heading
+        CurvePoint point{first.value_or(NAN) * ScaleOf(units[0]),
+                         second.value_or(NAN) * ScaleOf(units[1])};
+        if (!std::isfinite(point.current) || !std::isfinite(point.voltage))
             throw RunTimeError(ErrorNumber::TypeMismatch, "line " + std::to_string(number));
-        }
+        if (AreAmperesAndVolts(units[1], units[0])) std::swap(point.current, point.voltage);
+        points.push_back(point);
     }
     if (points.empty()) throw RunTimeError(ErrorNumber::InputPastEnd, "no point in the file");
     return points;
