@@ -98,7 +98,7 @@ void CheckNameplate(fuzz::Input& input, const ComparedCurve& curve) {
         *value = number();
     }
     CheckSentence(ClassName(nameplate));
-    for (const NameplateFinding& finding : JudgeNameplate(nameplate, curve, number()))
+    for (const Finding& finding : JudgeNameplate(nameplate, curve, number()))
         CheckSentence(finding.sentence);
 }
 

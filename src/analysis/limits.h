@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace davo {
 
@@ -12,6 +14,12 @@ enum class Verdict {
     None,  // without a limit, or where there is no number
     Within,
     Beyond
+};
+
+// One thing that was held against what it should be, in one sentence.
+struct Finding {
+    Verdict verdict = Verdict::None;  // None for an estimate, and for what is open or not measured
+    std::string sentence;
 };
 
 // The difference of a value from its reference against a limit, both in percent; by the unrounded
@@ -40,5 +48,26 @@ std::string AmperesText(double amperes);
 
 // "820 V": a voltage, with a decimal below 100 V.
 std::string VoltsText(double volts);
+
+// "+0.50 %", "-0.50 %" or "0.00 %".
+std::string SignedPercentText(double percent);
+
+// The error of a turns ratio with its sign, (measured - nameplate) / nameplate in percent; nothing
+// unless both are above zero. A record's own percent error has no sign.
+std::optional<double> RatioErrorOf(double measured, double nameplate);
+
+// The same of a record's texts such as "241.2" and "240 (1200:5)"; nothing for "N/A".
+std::optional<double> RatioErrorOf(std::string_view measured, std::string_view nameplate);
+
+// That error with the limit, where there is one, and whether it is within.
+Finding RatioFinding(double percent, std::optional<double> limitPercent);
+
+// One sentence of a record's polarity, with its sign; empty unless it is "IN PHASE" or "OUT OF
+// PHASE".
+std::string PolaritySentenceOf(std::string_view polarity);
+
+// What a record's texts say of ratio and polarity; of what is missing there is nothing.
+std::vector<Finding> RatioFindings(std::string_view measured, std::string_view nameplate,
+                                   std::string_view polarity, std::optional<double> limitPercent);
 
 }  // namespace davo

@@ -7,7 +7,6 @@
 #include <cstddef>
 
 #include "analysis/log_line.h"
-#include "analysis/ratio_error.h"
 #include "common/numbers.h"
 
 namespace davo {
@@ -16,8 +15,6 @@ namespace {
 
 constexpr double kCErrorPart = 0.1;  // ratio error of a C class at its limit
 constexpr double kMostTyped = 1e9;
-
-using Findings = std::vector<NameplateFinding>;
 
 // Without what no nameplate has.
 Nameplate Checked(Nameplate nameplate) {
@@ -29,9 +26,9 @@ Nameplate Checked(Nameplate nameplate) {
     return nameplate;
 }
 
-NameplateFinding EstimateFinding(const std::string& what, const std::optional<double>& rct,
-                                 const std::optional<Estimate>& estimate, const std::string& unit,
-                                 const std::vector<CurvePoint>& points) {
+Finding EstimateFinding(const std::string& what, const std::optional<double>& rct,
+                        const std::optional<Estimate>& estimate, const std::string& unit,
+                        const std::vector<CurvePoint>& points) {
     if (!rct || !estimate) {
         return {Verdict::None, "The " + what + " is not estimated: " +
                                    (rct ? VoltageLine(points).WhyNotAt(-HUGE_VAL)
@@ -43,9 +40,8 @@ NameplateFinding EstimateFinding(const std::string& what, const std::optional<do
 }
 
 // What is between two numbers against the least or the most that the nameplate allows.
-NameplateFinding HeldAgainst(const std::optional<double>& rated, bool isLeast,
-                             const std::string& what, const KneeRange& value, std::size_t decimals,
-                             const std::string& unit) {
+Finding HeldAgainst(const std::optional<double>& rated, bool isLeast, const std::string& what,
+                    const KneeRange& value, std::size_t decimals, const std::string& unit) {
     const std::string between = what + "between " + NumberText(value.low, decimals, rated) +
                                 " and " + NumberText(value.high, decimals, rated) + unit;
     if (!rated) return {Verdict::None, between + "."};
@@ -60,7 +56,7 @@ NameplateFinding HeldAgainst(const std::optional<double>& rated, bool isLeast,
                                                               " than " + nameplate + "."};
 }
 
-NameplateFinding KneeFinding(double rated, const ComparedCurve& curve) {
+Finding KneeFinding(double rated, const ComparedCurve& curve) {
     const std::string what = "The knee point e.m.f. (10 % / 50 %) is ";
     const std::optional<KneeRange> knee = KneeRangeOf(curve);
     if (!knee) return {Verdict::None, what + "not known: the curve has none for certain."};
@@ -68,8 +64,7 @@ NameplateFinding KneeFinding(double rated, const ComparedCurve& curve) {
 }
 
 // Open are half a step of both readings, and the bend between two points.
-NameplateFinding CurrentFinding(double volts, std::optional<double> most,
-                                const ComparedCurve& curve) {
+Finding CurrentFinding(double volts, std::optional<double> most, const ComparedCurve& curve) {
     const std::string what =
         "The exciting current at the nameplate's " + GeneralNumber(volts) + " V is ";
     const LogLine line = CurrentLine(VoltageLine(curve.points));
@@ -83,20 +78,18 @@ NameplateFinding CurrentFinding(double volts, std::optional<double> most,
     return HeldAgainst(most, false, what, {std::max(low, 0.0), high}, 4, " A");
 }
 
-void AddPxFindings(Findings& findings, const Nameplate& nameplate, const ComparedCurve& curve,
-                   std::optional<double> turnsRatio) {
+void AddPxFindings(std::vector<Finding>& findings, const Nameplate& nameplate,
+                   const ComparedCurve& curve, std::optional<double> turnsRatio) {
     if (nameplate.kneeVoltage) {
         findings.push_back(KneeFinding(*nameplate.kneeVoltage, curve));
         findings.push_back(CurrentFinding(*nameplate.kneeVoltage, nameplate.kneeCurrent, curve));
     }
     const std::optional<double> error =
         RatioErrorOf(turnsRatio.value_or(0), nameplate.turnsRatio.value_or(0));
-    if (!error) return;
-    findings.push_back({VerdictOf(*error, nameplate.ratioLimitPercent),
-                        RatioSentenceOf(*error, nameplate.ratioLimitPercent)});
+    if (error) findings.push_back(RatioFinding(*error, nameplate.ratioLimitPercent));
 }
 
-void AddPFindings(Findings& findings, const Nameplate& nameplate,
+void AddPFindings(std::vector<Finding>& findings, const Nameplate& nameplate,
                   const std::vector<CurvePoint>& points) {
     if (!nameplate.burdenVa) return;
     const double secondary = nameplate.secondary;
@@ -162,11 +155,11 @@ std::optional<Estimate> ExpectedCVoltage(const std::vector<CurvePoint>& points, 
     return Estimate{std::max(volts, 0.0), line.Last() < current - kLogRounding};
 }
 
-std::vector<NameplateFinding> JudgeNameplate(const Nameplate& nameplate, const ComparedCurve& curve,
-                                             std::optional<double> turnsRatio) {
+std::vector<Finding> JudgeNameplate(const Nameplate& nameplate, const ComparedCurve& curve,
+                                    std::optional<double> turnsRatio) {
     const Nameplate checked = Checked(nameplate);
     const bool hasSecondary = checked.secondary > 0 && checked.secondary <= kMostTyped;
-    Findings findings;
+    std::vector<Finding> findings;
     if (checked.kind == AccuracyClass::Px) {
         AddPxFindings(findings, checked, curve, turnsRatio);
     } else if (hasSecondary && checked.kind == AccuracyClass::C) {

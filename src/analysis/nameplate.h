@@ -69,16 +69,10 @@ std::optional<Estimate> ExpectedAlf(const std::vector<CurvePoint>& points, doubl
 std::optional<Estimate> ExpectedCVoltage(const std::vector<CurvePoint>& points, double secondary,
                                          double rct);
 
-// One thing that was held against the nameplate, in one sentence.
-struct NameplateFinding {
-    Verdict verdict = Verdict::None;  // None for an estimate and for what is open or not measured
-    std::string sentence;
-};
-
 // A measured winding against its nameplate; curve has its kneepoint by ASA 10/50, which is IEC's
 // knee point e.m.f. What the readings leave open has no verdict. The last finding says why the
 // class as a whole is never passed.
-std::vector<NameplateFinding> JudgeNameplate(const Nameplate& nameplate, const ComparedCurve& curve,
-                                             std::optional<double> turnsRatio);
+std::vector<Finding> JudgeNameplate(const Nameplate& nameplate, const ComparedCurve& curve,
+                                    std::optional<double> turnsRatio);
 
 }  // namespace davo

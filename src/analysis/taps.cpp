@@ -89,11 +89,6 @@ std::optional<std::vector<Tap>> ParseTaps(std::string_view text) {
     return taps.empty() ? std::nullopt : std::optional(taps);
 }
 
-std::vector<CurvePoint> ScaledToTurns(const std::vector<CurvePoint>& points, double fromTurns,
-                                      double toTurns) {
-    return ScaledToTurns(ComparedCurve{points, {}, {}}, fromTurns, toTurns).points;
-}
-
 ComparedCurve ScaledToTurns(const ComparedCurve& curve, double fromTurns, double toTurns) {
     ComparedCurve scaled = curve;
     const double part = toTurns / fromTurns;

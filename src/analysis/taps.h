@@ -28,8 +28,6 @@ std::optional<std::vector<Tap>> ParseTaps(std::string_view text);
 
 // The curve of another tap of the same core: the voltage is in proportion to the turns, the current
 // in proportion to 1 / turns. Its kneepoint, with its uncertainty or its range, goes with it.
-std::vector<CurvePoint> ScaledToTurns(const std::vector<CurvePoint>& points, double fromTurns,
-                                      double toTurns);
 ComparedCurve ScaledToTurns(const ComparedCurve& curve, double fromTurns, double toTurns);
 
 // Why this instrument cannot saturate a tap or another winding, by its name, in one sentence; empty

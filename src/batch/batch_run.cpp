@@ -13,7 +13,7 @@
 #include <memory>
 #include <optional>
 
-#include "analysis/ratio_error.h"
+#include "analysis/limits.h"
 #include "analysis/result_tables.h"
 #include "batch/reference.h"
 #include "batch/streams.h"
@@ -79,16 +79,6 @@ bool IsMadeOfRecord(const QString& name) {
     const QString suffix = QFileInfo(name).suffix();
     return std::ranges::any_of(std::array{"csv", "xlsx", "xls", "pdf", "html"},
                                [&](const char* made) { return suffix == QLatin1String(made); });
-}
-
-// The error of the ratio and the polarity with their signs, each after a blank; empty where the
-// test has neither.
-std::string SignSentencesOf(const RecordTest& test) {
-    std::string text;
-    if (const auto error = RatioErrorOf(test.measuredRatio, test.nameplateRatio))
-        text += ' ' + RatioSentenceOf(*error, std::nullopt);
-    const std::string polarity = PolaritySentenceOf(test.polarity);
-    return polarity.empty() ? text : text + ' ' + polarity;
 }
 
 class BatchRun {
@@ -232,7 +222,11 @@ void BatchRun::Do(const QString& path, const QString& below) {
             const std::string number = "Test " + test.testNumber + ": ";
             if (sentences.isEmpty())
                 sentences += QStringLiteral("Reference: ") + FromPage(compared.back().front());
-            sentences += FromPage(number + sentence + SignSentencesOf(test));
+            std::string said = number + sentence;
+            for (const Finding& finding : RatioFindings(test.measuredRatio, test.nameplateRatio,
+                                                        test.polarity, std::nullopt))
+                said += ' ' + finding.sentence;
+            sentences += FromPage(said);
             if (options_.rows) continue;
             std::string line = shown.toStdString() + ' ' + number;
             ReplaceControls(line);

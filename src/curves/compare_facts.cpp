@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "analysis/ratio_error.h"
 #include "common/files.h"
 #include "common/numbers.h"
 #include "common/run_time_error.h"
@@ -38,7 +37,7 @@ constexpr int kLeastLines = 4;
 // A maker's curve in the data folder: no list takes it for a record, nor for a table that was
 // saved.
 constexpr QLatin1String kCurveEnding(".reference.csv");
-constexpr int kMostDated = 12;
+constexpr std::size_t kMostDated = 12;
 constexpr std::size_t kSerialField = 5;  // of RecordFileHeader::fields
 
 std::optional<double> LimitOf(const QLineEdit& box) {
@@ -66,53 +65,46 @@ QString Row(const QString& name, const QString& voltage, const QString& current)
 QString TableOf(const CurveComparison& comparison) {
     const ComparedValue& voltage = comparison.voltage;
     const ComparedValue current = comparison.current.value_or(ComparedValue());
-    const auto row = [&](const QString& name, const auto& part) {
-        return Row(name, Cell(part(voltage), AmperesText),
-                   comparison.current ? Cell(part(current), VoltsText) : QStringLiteral("-"));
-    };
     QString rows = Row(QStringLiteral("<b>Worst</b>"), QStringLiteral("<b>Voltage</b>"),
                        QStringLiteral("<b>Current</b>"));
+    const auto add = [&](const char* name, const auto& volts, const auto& amperes) {
+        rows += Row(QLatin1String(name), Cell(volts, AmperesText), Cell(amperes, VoltsText));
+    };
     if (voltage.below || voltage.above) {
-        rows += row(QStringLiteral("Below the knee"),
-                    [](const ComparedValue& value) { return value.below; });
-        rows += row(QStringLiteral("Above the knee"),
-                    [](const ComparedValue& value) { return value.above; });
+        add("Below the knee", voltage.below, current.below);
+        add("Above the knee", voltage.above, current.above);
     } else {
-        rows += row(QStringLiteral("Anywhere"),
-                    [](const ComparedValue& value) { return std::optional(value.all); });
+        add("Anywhere", voltage.all,
+            comparison.current ? std::optional(current.all) : std::nullopt);
     }
     return QStringLiteral("<table>%1</table>").arg(rows);
 }
 
-// The test of that number, else the first one.
-const RecordTest& TestLike(const RecordFacts& facts, const std::string& number) {
+// The test of that number in a record's file, else its first one.
+RecordTest ReadTest(const QString& file, const std::string& number) {
+    RecordFacts facts = ReadRecordFacts(file, 0);
     if (facts.tests.empty()) throw RunTimeError(ErrorNumber::InputPastEnd);
     const auto same =
-        std::find_if(facts.tests.begin(), facts.tests.end(), [&](const RecordTest& test) {
-            return NumericValue(test.testNumber) == NumericValue(number);
-        });
+        std::ranges::find(facts.tests, NumericValue(number),
+                          [](const RecordTest& test) { return NumericValue(test.testNumber); });
     return same == facts.tests.end() ? facts.tests.front() : *same;
 }
 
-QString KneeTextOf(const ComparedCurve& curve) {
-    KneeFact fact;
-    fact.smooth = curve.knee;
-    fact.range = curve.range;
-    return SmoothText(fact);
+QString Paragraph(const QString& html) {
+    return QStringLiteral("<p style='margin:6px 0 0 0'>%1</p>").arg(html);
 }
 
-QString Paragraph(const QString& text) {
-    return text.isEmpty()
-               ? QString()
-               : QStringLiteral("<p style='margin:6px 0 0 0'>%1</p>").arg(text.toHtmlEscaped());
+QString Heading(const QString& html) {
+    return QStringLiteral("<p><b>%1</b></p>").arg(html);
 }
 
-// A sentence in the colour of its verdict.
-QString Judged(const std::string& sentence, Verdict verdict, const QPalette& palette) {
-    const QString text = FromPage(sentence).toHtmlEscaped();
-    if (verdict == Verdict::None) return text;
+// The sentence in the colour of its verdict.
+QString Judged(const Finding& finding, const QPalette& palette) {
+    const QString text = FromPage(finding.sentence).toHtmlEscaped();
+    if (finding.verdict == Verdict::None) return text;
     constexpr double kTextContrast = 4.5;
-    const QColor colour = verdict == Verdict::Within ? QColor(20, 140, 60) : QColor(200, 30, 30);
+    const QColor colour =
+        finding.verdict == Verdict::Within ? QColor(20, 140, 60) : QColor(200, 30, 30);
     return QStringLiteral("<span style='color:%1'>%2</span>")
         .arg(Readable(colour, palette.color(QPalette::Base), palette.color(QPalette::Text),
                       kTextContrast)
@@ -122,10 +114,6 @@ QString Judged(const std::string& sentence, Verdict verdict, const QPalette& pal
 
 QString MakersLabel(const QString& name) {
     return name + QStringLiteral("   maker's curve");
-}
-
-bool IsMakersCurve(const QString& file) {
-    return file.endsWith(kCurveEnding, Qt::CaseInsensitive);
 }
 
 }  // namespace
@@ -209,14 +197,14 @@ void CompareFacts::Compare(const ShownRecords& shown, std::size_t test, const QS
     lblCompared_->setText(QString(measured.name).replace(QLatin1Char('&'), QStringLiteral("&&")) +
                           QStringLiteral(" aga&inst:"));
     measuredCurve_ = CurveToCompare(rule, measured_.points);
-    Offer(shown, test, folder);
-    history_ = HistoryText();
     serial_ =
         shown.Records().at(measured.record)->headers.at(measured_.header).fields.at(kSerialField);
     cmdNameplate_->setEnabled(!serial_.empty());
     cmdNameplate_->setToolTip(serial_.empty()
                                   ? QStringLiteral("The record has no serial number.")
                                   : QStringLiteral("What is typed is kept for the serial number"));
+    Offer(shown, test);
+    history_ = HistoryText();
     FindOnNameplate(shown, test);
     const QString before = cboReference_->currentText();
     {
@@ -224,81 +212,68 @@ void CompareFacts::Compare(const ShownRecords& shown, std::size_t test, const QS
         cboReference_->clear();
         for (const Choice& choice : choices_)
             cboReference_->addItem(choice.label);
-        if (!choices_.empty()) cboReference_->setCurrentIndex(0);
-        if (const int known = cboReference_->findText(before); known >= 0)
-            cboReference_->setCurrentIndex(known);
+        cboReference_->setCurrentIndex(std::max(0, cboReference_->findText(before)));
     }
     cboReference_->setEnabled(!choices_.empty());
     Update();
 }
 
-void CompareFacts::Offer(const ShownRecords& shown, std::size_t test, const QString& folder) {
+void CompareFacts::Offer(const ShownRecords& shown, std::size_t test) {
     choices_.clear();
     dated_.clear();
     for (std::size_t i = 0; i < shown.Tests().size(); ++i) {
         const ShownTest& other = shown.Tests()[i];
         if (i != test && !other.test->points.empty())
-            choices_.push_back({other.name, {}, *other.test});
+            choices_.push_back({other.name, {}, other.test->points});
     }
     for (const QString& name :
-         QDir(folder).entryList({QLatin1Char('*') + kCurveEnding}, QDir::Files)) {
-        choices_.push_back({MakersLabel(name.chopped(kCurveEnding.size())), folder + name, {}});
-    }
+         QDir(folder_).entryList({QLatin1Char('*') + kCurveEnding}, QDir::Files))
+        choices_.push_back({MakersLabel(name.chopped(kCurveEnding.size())), folder_ + name, {}});
     try {
-        AddRecords(*shown.Records().at(shown.Tests().at(test).record), folder);
+        AddRecords(*shown.Records().at(shown.Tests().at(test).record));
     } catch (const RunTimeError&) {
         return;  // a folder without its list offers no other records
     }
 }
 
-void CompareFacts::AddRecords(const RecordFacts& record, const QString& folder) {
+void CompareFacts::AddRecords(const RecordFacts& record) {
     DirectoryTables tables;
-    LoadDirectoryFile(folder, tables);
-    const RecordFileHeader& header = record.headers.at(measured_.header);
-    const std::string& serial = header.fields.at(kSerialField);
-    QDate oldest = ParseRecordDate(header.date).value_or(QDate());
-    std::optional<Choice> first;
+    LoadDirectoryFile(folder_, tables);
     const std::vector<ListRow> rows = RowsForList(tables, tables.recordCount);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const ListRow& row = rows[i];
         const QString name = FromPage(row.filename);
         const QString date = FromPage(row.date);
-        const std::optional<QDate> day = ParseRecordDate(row.date);
-        const bool isSame = IsSameSerial(row.serial, serial);
         const bool isOther = row.filename != record.name;
-        const QString file = isOther ? folder + RecordFileOf(tables, i) : QString();
-        if (isSame && day) dated_.push_back({*day, date, name, file});
-        if (!isOther) continue;
-        choices_.push_back(
-            {QStringList{name, date, FromPage(TrimBlanks(row.station))}.join(QStringLiteral("   ")),
-             file,
-             {}});
-        if (!isSame || !day || !(*day < oldest)) continue;
-        oldest = *day;
-        first = Choice{name + QStringLiteral("   ") + date +
-                           QStringLiteral("   the oldest of this serial number"),
-                       file,
-                       {}};
+        const QString file = isOther ? folder_ + RecordFileOf(tables, i) : QString();
+        const std::optional<QDate> day = ParseRecordDate(row.date);
+        if (day && IsSameSerial(row.serial, serial_)) dated_.push_back({*day, date, name, file});
+        const QStringList label{name, date, FromPage(TrimBlanks(row.station))};
+        if (isOther) choices_.push_back({label.join(QStringLiteral("   ")), file, {}});
     }
-    if (first) choices_.insert(choices_.begin(), *first);
+    std::ranges::stable_sort(dated_, {}, &Dated::day);
+    const auto own = ParseRecordDate(record.headers.at(measured_.header).date);
+    if (dated_.empty() || !own || dated_.front().day >= *own) return;
+    const Dated& oldest = dated_.front();
+    choices_.insert(choices_.begin(), {oldest.name + QStringLiteral("   ") + oldest.date +
+                                           QStringLiteral("   the oldest of this serial number"),
+                                       oldest.file,
+                                       {}});
 }
 
-QString CompareFacts::HistoryText() {
-    std::stable_sort(dated_.begin(), dated_.end(),
-                     [](const Dated& a, const Dated& b) { return a.day < b.day; });
+QString CompareFacts::HistoryText() const {
     if (dated_.size() < 2) return {};
-    // The oldest and the newest ones: each has to be read and fitted.
-    if (std::ssize(dated_) > kMostDated)
-        dated_.erase(dated_.begin() + 1, dated_.end() - kMostDated + 1);
     QString rows;
-    for (const Dated& one : dated_) {
-        QString knee = KneeTextOf(measuredCurve_);
+    for (std::size_t i = 0; i < dated_.size(); ++i) {
+        // The oldest and the newest ones: each has to be read and fitted.
+        if (i > 0 && dated_.size() - i >= kMostDated) continue;
+        const Dated& one = dated_[i];
+        QString knee;
         try {
-            if (!one.file.isEmpty()) {
-                const RecordFacts facts = ReadRecordFacts(one.file, 0);
-                const RecordTest& test = TestLike(facts, measured_.testNumber);
-                knee = KneeTextOf(CurveToCompare(rule_, test.points));
-            }
+            knee = FromPage(KneeTextOf(
+                one.file.isEmpty()
+                    ? measuredCurve_
+                    : CurveToCompare(rule_, ReadTest(one.file, measured_.testNumber).points)));
         } catch (const RunTimeError& error) {
             knee = TroubleText(one.name, error);
         }
@@ -309,19 +284,30 @@ QString CompareFacts::HistoryText() {
            QStringLiteral("<table>%1</table>").arg(rows);
 }
 
+void CompareFacts::FindOnNameplate(const ShownRecords& shown, std::size_t test) {
+    nameplate_.clear();
+    nameplateTrouble_.clear();
+    try {
+        nameplate_ =
+            NameplateFindings(ReadNameplate(folder_, serial_), shown, test, rule_, measuredCurve_);
+    } catch (const RunTimeError& error) {
+        nameplateTrouble_ = Paragraph(QString::fromUtf8(error.what()).toHtmlEscaped());
+    }
+}
+
 void CompareFacts::TakeReference() {
     const Choice& choice = choices_.at(static_cast<std::size_t>(cboReference_->currentIndex()));
-    std::optional<RecordTest> test = choice.test;
+    std::vector<CurvePoint> points = choice.points;
     referenceName_ = choice.label;
-    if (!test && IsMakersCurve(choice.file)) {
+    if (choice.file.endsWith(kCurveEnding, Qt::CaseInsensitive)) {
         referenceName_ = QFileInfo(choice.file).fileName().chopped(kCurveEnding.size());
-        test.emplace().points = ParseReferenceCurve(ReadWholeFile(choice.file));
-    } else if (!test) {
-        const RecordFacts facts = ReadRecordFacts(choice.file, 0);
-        test = TestLike(facts, measured_.testNumber);
-        referenceName_ = FromPage(facts.name + " Test " + test->testNumber);
+        points = ParseReferenceCurve(ReadWholeFile(choice.file));
+    } else if (!choice.file.isEmpty()) {
+        const RecordTest test = ReadTest(choice.file, measured_.testNumber);
+        points = test.points;
+        referenceName_ = FromPage(test.recordName + " Test " + test.testNumber);
     }
-    referenceCurve_ = CurveToCompare(rule_, test->points);
+    referenceCurve_ = CurveToCompare(rule_, points);
 }
 
 // --- What is kept beside the records -----------------------------------------------------------
@@ -332,7 +318,7 @@ void CompareFacts::AddCurve() {
     if (path.isEmpty()) return;
     QString name;
     try {
-        name = KeepCurve(path, folder_);
+        name = KeepCurve(path);
     } catch (const RunTimeError& error) {
         prompts_.Message(QStringLiteral("The curve was not added. ") +
                          QString::fromUtf8(error.what()));
@@ -343,7 +329,7 @@ void CompareFacts::AddCurve() {
 }
 
 // Its name; empty where the operator does not know its units.
-QString CompareFacts::KeepCurve(const QString& path, const QString& folder) {
+QString CompareFacts::KeepCurve(const QString& path) {
     const std::string bytes = ReadWholeFile(path);
     ParseReferenceCurve(bytes);
     std::string units;
@@ -363,9 +349,9 @@ QString CompareFacts::KeepCurve(const QString& path, const QString& folder) {
     const QString base =
         QFileInfo(path).completeBaseName().replace(QLatin1Char('.'), QLatin1Char('_'));
     QString name = base;
-    for (int i = 2; FileExists(folder + name + kCurveEnding); ++i)
+    for (int i = 2; FileExists(folder_ + name + kCurveEnding); ++i)
         name = base + QStringLiteral(" %1").arg(i);
-    ReplaceFile(folder + name + kCurveEnding, JoinLines(lines));
+    ReplaceFile(folder_ + name + kCurveEnding, JoinLines(lines));
     return name;
 }
 
@@ -385,86 +371,51 @@ void CompareFacts::TypeNameplate() {
     nameplate->open();
 }
 
-void CompareFacts::FindOnNameplate(const ShownRecords& shown, std::size_t test) {
-    nameplate_.clear();
-    nameplateSentences_.clear();
-    const auto add = [&](const QString& heading, const std::vector<NameplateFinding>& findings) {
-        nameplateSentences_ += heading + QLatin1Char(':');
-        nameplate_ += QStringLiteral("<p><b>%1</b></p>").arg(heading) +
-                      Findings(findings, nameplateSentences_);
-    };
-    try {
-        const NameplateTexts texts = ReadNameplate(folder_, serial_);
-        if (!HasNoClass(texts)) {
-            const ComparedCurve curve = rule_ == KneeRule::Asa1050
-                                            ? measuredCurve_
-                                            : CurveToCompare(KneeRule::Asa1050, measured_.points);
-            const Nameplate nameplate = NameplateOf(texts);
-            add(QStringLiteral("Nameplate, class ") + FromPage(ClassName(nameplate)),
-                JudgeNameplate(nameplate, curve, LeadingNumericValue(measured_.measuredRatio)));
-        }
-        if (!texts.back().empty())
-            add(QStringLiteral("Taps, ") + KneeWord(rule_),
-                FindingsOnTaps(texts, shown, test, measuredCurve_));
-    } catch (const RunTimeError& error) {
-        nameplate_ = Paragraph(QString::fromUtf8(error.what()));
-    }
-}
-
 // --- What comes of it ---------------------------------------------------------------------------
 
 void CompareFacts::Update() {
     referenceCurve_ = {};
     sentences_.clear();
-    QString text;
+    QString html;
     if (choices_.empty()) {
-        text = Paragraph(QStringLiteral("There is no other test to compare it with."));
+        html = Paragraph(QStringLiteral("There is no other test to compare it with."));
     } else {
         try {
             TakeReference();
-            comparison_ = CompareCurves(measuredCurve_, referenceCurve_);
-            text = Text();
+            html = Text();
         } catch (const RunTimeError& error) {
-            text = Paragraph(TroubleText(cboReference_->currentText(), error));
+            html = Paragraph(TroubleText(cboReference_->currentText(), error).toHtmlEscaped());
         }
     }
-    txtCompared_->setHtml(text + RatioText() + nameplate_ + history_);
-    sentences_ += nameplateSentences_;
+    html += Paragraphs(RatioFindings(measured_.measuredRatio, measured_.nameplateRatio,
+                                     measured_.polarity, LimitOf(*txtRatioLimit_)));
+    for (const auto& [heading, findings] : nameplate_) {
+        sentences_ += FromPage(heading + ":");
+        html += Heading(FromPage(heading)) + Paragraphs(findings);
+    }
+    txtCompared_->setHtml(html + nameplateTrouble_ + history_);
     if (OnChanged) OnChanged();
 }
 
-QString CompareFacts::Findings(const std::vector<NameplateFinding>& findings,
-                               QStringList& sentences) const {
-    QString text;
-    for (const auto& [verdict, sentence] : findings) {
-        if (sentence.empty()) continue;
-        sentences += FromPage(sentence);
-        text += QStringLiteral("<p style='margin:6px 0 0 0'>%1</p>")
-                    .arg(Judged(sentence, verdict, palette()));
+QString CompareFacts::Paragraphs(const std::vector<Finding>& findings) {
+    QString html;
+    for (const Finding& finding : findings) {
+        sentences_ += FromPage(finding.sentence);
+        html += Paragraph(Judged(finding, palette()));
     }
-    return text;
+    return html;
 }
 
 QString CompareFacts::Text() {
     const std::optional<double> limit = LimitOf(*txtLimit_);
+    const CurveComparison comparison = CompareCurves(measuredCurve_, referenceCurve_);
+    const Finding worst{VerdictOf(comparison, limit), SentenceOf(comparison, limit)};
     sentences_ += against_ + QLatin1Char(' ') + referenceName_;
-    sentences_ += FromPage(SentenceOf(comparison_, limit));
-    QString text =
-        QStringLiteral("<p><b>%1</b></p>")
-            .arg(Judged(SentenceOf(comparison_, limit), VerdictOf(comparison_, limit), palette()));
-    if (comparison_.reason != NotCompared::No) return text;
-    return text + TableOf(comparison_) +
-           Findings({{Verdict::None, KneeSentenceOf(comparison_.knee)}}, sentences_);
-}
-
-QString CompareFacts::RatioText() {
-    const std::optional<double> error =
-        RatioErrorOf(measured_.measuredRatio, measured_.nameplateRatio);
-    const std::optional<double> limit = LimitOf(*txtRatioLimit_);
-    std::vector<NameplateFinding> findings;
-    if (error) findings.push_back({VerdictOf(*error, limit), RatioSentenceOf(*error, limit)});
-    findings.push_back({Verdict::None, PolaritySentenceOf(measured_.polarity)});
-    return Findings(findings, sentences_);
+    sentences_ += FromPage(worst.sentence);
+    const QString html = Heading(Judged(worst, palette()));
+    if (comparison.reason != NotCompared::No) return html;
+    return html + TableOf(comparison) +
+           Paragraphs({{Verdict::None, KneeSentenceOf(comparison.knee)}});
 }
 
 std::vector<ChartCurve> CompareFacts::Curves() const {

@@ -7,15 +7,13 @@
 #include <QWidget>
 #include <array>
 #include <functional>
-#include <optional>
+#include <utility>
 #include <vector>
 
 #include "analysis/comparison.h"
-#include "analysis/nameplate.h"
 #include "common/prompts.h"
 #include "common/settings.h"
 #include "curves/shown_records.h"
-#include "records/nameplate_file.h"
 #include "reports/chart_curve.h"
 
 class QComboBox;
@@ -57,30 +55,8 @@ class CompareFacts : public QWidget {
     struct Choice {
         QString label;
         QString file;
-        std::optional<RecordTest> test;
+        std::vector<CurvePoint> points;
     };
-
-    QLineEdit* AddLimit(QLayout* row, const char* name, const char* caption, QString& kept);
-    void Offer(const ShownRecords& shown, std::size_t test, const QString& folder);
-    void AddRecords(const RecordFacts& record, const QString& folder);
-    // The smooth kneepoints of one serial number, the oldest first; empty for a single record.
-    QString HistoryText();
-    // Reads the chosen reference; throws what ReadRecordFacts throws.
-    void TakeReference();
-    // Asks for a maker's curve and keeps it beside the records.
-    void AddCurve();
-    QString KeepCurve(const QString& path, const QString& folder);
-    void TypeNameplate();
-    // What the nameplate of the serial number says of the chosen test.
-    void FindOnNameplate(const ShownRecords& shown, std::size_t test);
-    void Update();
-    QString Text();
-    QString RatioText();
-    // The findings as paragraphs; they are taken into sentences, too.
-    QString Findings(const std::vector<NameplateFinding>& findings, QStringList& sentences) const;
-
-    Settings& settings_;
-    Prompts& prompts_;
     // A record of the serial number; of the measured one there is no file.
     struct Dated {
         QDate day;
@@ -88,14 +64,35 @@ class CompareFacts : public QWidget {
         QString name;
         QString file;
     };
+
+    QLineEdit* AddLimit(QLayout* row, const char* name, const char* caption, QString& kept);
+    void Offer(const ShownRecords& shown, std::size_t test);
+    void AddRecords(const RecordFacts& record);
+    // The smooth kneepoints of one serial number, the oldest first; empty for a single record.
+    QString HistoryText() const;
+    // What the nameplate of the serial number says of the chosen test.
+    void FindOnNameplate(const ShownRecords& shown, std::size_t test);
+    // Reads the chosen reference; throws what ReadRecordFacts throws.
+    void TakeReference();
+    // Asks for a maker's curve and keeps it beside the records.
+    void AddCurve();
+    QString KeepCurve(const QString& path);
+    void TypeNameplate();
+    void Update();
+    QString Text();
+    // As paragraphs; they are taken into the sentences, too.
+    QString Paragraphs(const std::vector<Finding>& findings);
+
+    Settings& settings_;
+    Prompts& prompts_;
     std::vector<Choice> choices_;
     std::vector<Dated> dated_;
     QString folder_;
     std::string serial_;  // of the measured test
-    QString nameplate_;
-    QStringList nameplateSentences_;
-    QStringList sentences_;
+    std::vector<std::pair<std::string, std::vector<Finding>>> nameplate_;
+    QString nameplateTrouble_;
     QString history_;
+    QStringList sentences_;
     KneeRule rule_ = KneeRule::Asa1050;
     RecordTest measured_;
     QString measuredName_;
@@ -103,7 +100,6 @@ class CompareFacts : public QWidget {
     ComparedCurve measuredCurve_;
     QString referenceName_;
     ComparedCurve referenceCurve_;
-    CurveComparison comparison_;
 
     QLabel* lblCompared_;
     QComboBox* cboReference_;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "analysis/nameplate.h"
 #include "analysis/taps.h"
 #include "common/numbers.h"
 #include "common/text.h"
@@ -23,8 +24,7 @@ bool IsTurns(double turns, double other) {
     return std::abs(turns - other) <= kRoundedPart * other;
 }
 
-}  // namespace
-
+// What was typed, as numbers; what is none, and what is missing, is not judged.
 Nameplate NameplateOf(const NameplateTexts& texts) {
     const auto number = [&](std::size_t field) { return WholeNumericValue(texts.at(field)); };
     Nameplate nameplate;
@@ -45,15 +45,8 @@ Nameplate NameplateOf(const NameplateTexts& texts) {
     return nameplate;
 }
 
-bool HasNoClass(const NameplateTexts& texts) {
-    return std::all_of(texts.begin() + 1, texts.end() - 1,
-                       [](const std::string& text) { return text.empty(); });
-}
-
-std::vector<NameplateFinding> FindingsOnTaps(const NameplateTexts& texts, const ShownRecords& shown,
-                                             std::size_t test, const ComparedCurve& curve) {
-    const std::optional<std::vector<Tap>> taps = ParseTaps(texts.back());
-    if (!taps) return {};
+std::vector<Finding> FindingsOnTaps(const std::vector<Tap>& taps, const ShownRecords& shown,
+                                    std::size_t test, const ComparedCurve& curve) {
     const ShownTest& measured = shown.Tests().at(test);
     const double own = NameplateTurns(*measured.test);
     if (!(own > 0) || curve.points.empty()) {
@@ -61,17 +54,13 @@ std::vector<NameplateFinding> FindingsOnTaps(const NameplateTexts& texts, const 
                  "The kneepoints of the taps are not known: this test has no nameplate ratio or no "
                  "curve."}};
     }
-    std::vector<NameplateFinding> findings;
-    for (const Tap& tap : *taps) {
+    std::vector<Finding> findings;
+    for (const Tap& tap : taps) {
         if (IsTurns(own, tap.Turns())) continue;
         const ComparedCurve expected = ScaledToTurns(curve, own, tap.Turns());
-        KneeFact knee;
-        knee.smooth = expected.knee;
-        knee.range = expected.range;
-        findings.push_back({Verdict::None, "The kneepoint of " + tap.Name() + " by its turns: " +
-                                               ToPage(SmoothText(knee)).value_or("") + "."});
-        const std::string tooMuch = TooMuchSentenceOf(tap.Name(), expected);
-        if (!tooMuch.empty()) findings.push_back({Verdict::None, tooMuch});
+        findings.push_back({Verdict::None, "The kneepoint of " + tap.Name() +
+                                               " by its turns: " + KneeTextOf(expected) + "."});
+        findings.push_back({Verdict::None, TooMuchSentenceOf(tap.Name(), expected)});
         for (const ShownTest& other : shown.Tests()) {
             if (other.record != measured.record || other.test->points.empty() ||
                 !IsTurns(NameplateTurns(*other.test), tap.Turns()))
@@ -82,7 +71,39 @@ std::vector<NameplateFinding> FindingsOnTaps(const NameplateTexts& texts, const 
                  ShiftSentenceOf(tap.Name() + " (Test " + other.test->testNumber + ")", shift)});
         }
     }
+    std::erase_if(findings, [](const Finding& finding) { return finding.sentence.empty(); });
     return findings;
+}
+
+}  // namespace
+
+std::string KneeTextOf(const ComparedCurve& curve) {
+    KneeFact fact;
+    fact.smooth = curve.knee;
+    fact.range = curve.range;
+    return ToPage(SmoothText(fact)).value_or("");
+}
+
+std::vector<std::pair<std::string, std::vector<Finding>>> NameplateFindings(
+    const NameplateTexts& texts, const ShownRecords& shown, std::size_t test, KneeRule rule,
+    const ComparedCurve& curve) {
+    std::vector<std::pair<std::string, std::vector<Finding>>> found;
+    const bool hasClass = std::any_of(texts.begin() + 1, texts.end() - 1,
+                                      [](const std::string& text) { return !text.empty(); });
+    if (hasClass) {
+        const RecordTest& measured = *shown.Tests().at(test).test;
+        const Nameplate nameplate = NameplateOf(texts);
+        found.emplace_back("Nameplate, class " + ClassName(nameplate),
+                           JudgeNameplate(nameplate,
+                                          rule == KneeRule::Asa1050
+                                              ? curve
+                                              : CurveToCompare(KneeRule::Asa1050, measured.points),
+                                          LeadingNumericValue(measured.measuredRatio)));
+    }
+    if (const std::optional<std::vector<Tap>> taps = ParseTaps(texts.back()))
+        found.emplace_back("Taps, " + KneeWord(rule).toStdString(),
+                           FindingsOnTaps(*taps, shown, test, curve));
+    return found;
 }
 
 }  // namespace davo

@@ -167,7 +167,7 @@ TEST(ComparisonRandom, AnythingHasASentence) {
             KneeSentenceOf(comparison.knee),
             ShiftSentenceOf("600:5", ShiftBetween(a.points, b.points))};
         for (const Nameplate& nameplate : {p, px})
-            for (const NameplateFinding& finding : JudgeNameplate(nameplate, a, 1e300))
+            for (const Finding& finding : JudgeNameplate(nameplate, a, 1e300))
                 sentences.push_back(finding.sentence);
         for (const std::string& sentence : sentences)
             EXPECT_THAT(sentence, testing::MatchesRegex("[A-Z].*[a-z0-9%].* .*[.]"));
@@ -398,11 +398,12 @@ TEST(ComparisonRandom, ATapThatDoesNotFollowIsFound) {
         const Points full = test::TakeRecord(core, {count(random), 0.003, 20}, random);
         const Points measured =
             test::TakeRecord(TapOf(core, part), {count(random), 0.003, 15}, random);
-        const std::optional<Shift> shift = ShiftBetween(measured, ScaledToTurns(full, 1, part));
+        const std::optional<Shift> shift =
+            ShiftBetween(measured, ScaledToTurns({full, {}, {}}, 1, part).points);
         if (!shift) continue;
         ++told;
         wrong += VerdictOf(shift) == Verdict::Beyond ? 1 : 0;
-        const Points other = ScaledToTurns(Times(full, 1, 1.12), 1, part);
+        const Points other = ScaledToTurns({Times(full, 1, 1.12), {}, {}}, 1, part).points;
         found += VerdictOf(ShiftBetween(measured, other)) == Verdict::Beyond ? 1 : 0;
     }
     std::cout << "of " << told << " wrong " << wrong << ", found " << found << std::endl;
@@ -430,7 +431,7 @@ TEST(ComparisonRandom, FewPointsOfATapAreNoWrongProportion) {
         const Points full = test::TakeRecord(core, {count(random), 0.003, past(random)}, random);
         const Points measured =
             test::TakeRecord(TapOf(core, part), {count(random), 0.003, past(random)}, random);
-        const Points expected = ScaledToTurns(full, 1, part);
+        const Points expected = ScaledToTurns({full, {}, {}}, 1, part).points;
         const std::optional<Shift> shift = ShiftBetween(measured, expected);
         if (!shift) continue;
         ++told;

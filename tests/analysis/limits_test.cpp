@@ -81,5 +81,70 @@ TEST(Limits, TextsOfValues) {
     EXPECT_EQ(VoltsText(824.6), "825 V");
 }
 
+TEST(RatioError, HasASign) {
+    EXPECT_NEAR(RatioErrorOf(241.2, 240).value_or(0), 0.5, 1e-12);
+    EXPECT_NEAR(RatioErrorOf(238.8, 240).value_or(0), -0.5, 1e-12);
+    EXPECT_EQ(RatioErrorOf(0, 240), std::nullopt);
+    EXPECT_EQ(RatioErrorOf(240, 0), std::nullopt);
+    EXPECT_EQ(RatioErrorOf(240, -240), std::nullopt);
+    EXPECT_EQ(RatioErrorOf(std::nan(""), 240), std::nullopt);
+    EXPECT_EQ(RatioErrorOf(1e308, 1e-308), std::nullopt);
+}
+
+TEST(RatioError, IsReadFromARecordsTexts) {
+    EXPECT_NEAR(RatioErrorOf("238.8:1", "240 (1200:5)").value_or(0), -0.5, 1e-12);
+    EXPECT_NEAR(RatioErrorOf(" 241.200", "240.000").value_or(0), 0.5, 1e-12);
+    EXPECT_EQ(RatioErrorOf("241.2", "N/A"), std::nullopt);
+    EXPECT_EQ(RatioErrorOf("", "240"), std::nullopt);
+}
+
+TEST(RatioError, IsShownWithItsSign) {
+    EXPECT_EQ(SignedPercentText(0.5), "+0.50 %");
+    EXPECT_EQ(SignedPercentText(-0.5), "-0.50 %");
+    EXPECT_EQ(SignedPercentText(0.004), "0.00 %");
+    EXPECT_EQ(SignedPercentText(-0.004), "0.00 %");
+    EXPECT_EQ(RatioFinding(-0.5, 0.25).sentence,
+              "The turns ratio is 0.50 % below the nameplate's, beyond the limit of 0.25 %.");
+    EXPECT_EQ(RatioFinding(0.2512, 0.25).sentence,
+              "The turns ratio is 0.251 % above the nameplate's, beyond the limit of 0.25 %.");
+    EXPECT_EQ(RatioFinding(0.2, 0.25).sentence,
+              "The turns ratio is 0.20 % above the nameplate's; the limit is 0.25 %.");
+    EXPECT_EQ(RatioFinding(0.2, std::nullopt).sentence,
+              "The turns ratio is 0.20 % above the nameplate's.");
+    EXPECT_EQ(RatioFinding(0.2504, 0.25).sentence,
+              "The turns ratio is 0.2504 % above the nameplate's, beyond the limit of 0.25 %.");
+}
+
+TEST(RatioError, NoneIsSaidAsNone) {
+    EXPECT_EQ(RatioFinding(0, 0.25).sentence,
+              "The turns ratio is exactly the nameplate's; the limit is 0.25 %.");
+    EXPECT_EQ(RatioFinding(0, std::nullopt).sentence,
+              "The turns ratio is exactly the nameplate's.");
+    EXPECT_EQ(RatioFinding(-0.004, 0.25).sentence,
+              "The turns ratio is within 0.01 % of the nameplate's; the limit is 0.25 %.");
+    EXPECT_EQ(RatioFinding(0.004, 0.001).sentence,
+              "The turns ratio is 0.004 % above the nameplate's, beyond the limit of 0.001 %.");
+}
+
+TEST(RatioError, HasTheVerdictThatItsSentenceSays) {
+    EXPECT_EQ(RatioFinding(0.2504, 0.25).verdict, Verdict::Beyond);
+    EXPECT_EQ(RatioFinding(-0.25, 0.25).verdict, Verdict::Within);
+    EXPECT_EQ(RatioFinding(-0.25, std::nullopt).verdict, Verdict::None);
+    const std::vector<Finding> both = RatioFindings("239.4", "240 (1200:5)", "IN PHASE", 0.2);
+    ASSERT_EQ(both.size(), 2U);
+    EXPECT_EQ(both[0].verdict, Verdict::Beyond);
+    EXPECT_EQ(both[0].sentence, RatioFinding(-0.25, 0.2).sentence);
+    EXPECT_EQ(both[1].verdict, Verdict::None);
+    EXPECT_EQ(both[1].sentence, "The polarity is in phase (+).");
+    EXPECT_TRUE(RatioFindings("N/A", "240", "UNDETERMINED", 1).empty());
+}
+
+TEST(RatioError, PolarityHasItsSign) {
+    EXPECT_EQ(PolaritySentenceOf("IN PHASE"), "The polarity is in phase (+).");
+    EXPECT_EQ(PolaritySentenceOf("OUT OF PHASE "), "The polarity is out of phase (-).");
+    EXPECT_EQ(PolaritySentenceOf("N/A"), "");
+    EXPECT_EQ(PolaritySentenceOf("UNDETERMINED"), "");
+}
+
 }  // namespace
 }  // namespace davo

@@ -100,7 +100,7 @@ void PutCase(std::ostream& file, const Nameplate& plate, const ComparedCurve& cu
         list({curve.points[k].current, curve.points[k].voltage});
     }
     file << "],\"findings\":[";
-    const std::vector<NameplateFinding> findings = JudgeNameplate(plate, curve, ratio);
+    const std::vector<Finding> findings = JudgeNameplate(plate, curve, ratio);
     for (std::size_t k = 0; k < findings.size(); ++k) {
         file << (k == 0 ? "[" : ",[") << static_cast<int>(findings[k].verdict) << ",\""
              << findings[k].sentence << "\"]";

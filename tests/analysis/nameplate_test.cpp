@@ -17,7 +17,7 @@ using testing::ElementsAre;
 std::vector<std::string> Sentences(const Nameplate& nameplate, const ComparedCurve& curve,
                                    std::optional<double> ratio = std::nullopt) {
     std::vector<std::string> sentences;
-    for (const NameplateFinding& finding : JudgeNameplate(nameplate, curve, ratio))
+    for (const Finding& finding : JudgeNameplate(nameplate, curve, ratio))
         sentences.push_back(finding.sentence);
     return sentences;
 }
@@ -61,7 +61,7 @@ TEST(Nameplate, PxIsHeldAgainstWhatIsMeasured) {
     px.kneeCurrent = 0.051;
     px.turnsRatio = 240;
     const ComparedCurve curve{Iron(), SmoothKnee{{0.06, 410}, 4}, {}};
-    const std::vector<NameplateFinding> findings = JudgeNameplate(px, curve, 240.24);
+    const std::vector<Finding> findings = JudgeNameplate(px, curve, 240.24);
     ASSERT_EQ(findings.size(), 4U);
     EXPECT_EQ(findings[0].verdict, Verdict::Within);
     EXPECT_EQ(findings[1].verdict, Verdict::Within);
@@ -84,7 +84,7 @@ TEST(Nameplate, PxThatIsNotMetIsSaid) {
     px.turnsRatio = 240;
     const auto verdicts = [&](const ComparedCurve& curve, std::optional<double> ratio) {
         std::vector<Verdict> all;
-        for (const NameplateFinding& finding : JudgeNameplate(px, curve, ratio))
+        for (const Finding& finding : JudgeNameplate(px, curve, ratio))
             all.push_back(finding.verdict);
         return all;
     };
@@ -184,7 +184,7 @@ TEST(Nameplate, WhatNoNameplateHasIsNotJudged) {
             bad.rct = none > 0 ? none : -1;
             bad.connectedOhm = bad.rct;
             EXPECT_THAT(ClassName(bad), testing::AnyOf("PX", "5P", "10P", "C"));
-            for (const NameplateFinding& finding : JudgeNameplate(bad, curve, none)) {
+            for (const Finding& finding : JudgeNameplate(bad, curve, none)) {
                 EXPECT_EQ(finding.verdict, Verdict::None) << finding.sentence;
                 EXPECT_THAT(finding.sentence, testing::AnyOf(testing::StartsWith("The class "),
                                                              testing::HasSubstr("takes Rct")));
@@ -266,7 +266,7 @@ TEST(Nameplate, OfAPClassThereAreEstimatesOnly) {
                             "becomes 20.0.",
                             "The class 5P9 is not judged: this instrument measures the turns ratio "
                             "by voltage, not the error of the current."));
-    for (const NameplateFinding& finding : JudgeNameplate(p, curve, 240))
+    for (const Finding& finding : JudgeNameplate(p, curve, 240))
         EXPECT_EQ(finding.verdict, Verdict::None);
     EXPECT_EQ(Sentences(p, {})[1],
               "The accuracy limit factor at the rated burden is not estimated: the curve has no "
@@ -311,7 +311,7 @@ TEST(Nameplate, OfACClassThereIsAnEstimateOnly) {
     EXPECT_EQ(Sentences(c, {points, {}, {}})[0],
               "The C voltage is not estimated: it takes Rct, which this instrument does not "
               "measure.");
-    for (const NameplateFinding& finding : JudgeNameplate(c, {points, {}, {}}, 240))
+    for (const Finding& finding : JudgeNameplate(c, {points, {}, {}}, 240))
         EXPECT_EQ(finding.verdict, Verdict::None);
 }
 

@@ -119,7 +119,7 @@ TEST(Taps, SomeTakeMoreThanTheInstrumentGives) {
 // 120 of 240 turns, measured as each mistake gives it.
 TEST(Taps, AWrongProportionIsSaid) {
     const Points full = CurveD();
-    const Points expected = ScaledToTurns(full, 240, 120);
+    const Points expected = ScaledToTurns({full, {}, {}}, 240, 120).points;
     const auto with = [&](double voltage, double current) {
         Points points = full;
         for (CurvePoint& point : points) {
