@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "retrieval/header_upload.h"
 
+#include <algorithm>
+
 #include "common/text.h"
 #include "tests/support/scripted_link.h"
 #include "tests/support/testing.h"
@@ -134,6 +136,53 @@ TEST_F(HeaderUploadTest, AnEchoOfTheQuestionSendsNothingUnlessTheOperatorAgrees)
     port.OnOutput("\xFF", "").OnOutput("B", "RDY\r\n").OnOutput("Fr", Stored() + "\r\n");
     EXPECT_TRUE(exchange.Read(slots));
     EXPECT_THAT(port.sent, ElementsAre("B", "\xFF", "\xFF", "\xFF", "\xFF", "B", "Fr"));
+    prompts.shown.clear();
+    prompts.answers = {Answer::No};
+    port.OnOutput("B", "B");
+    EXPECT_FALSE(exchange.Read(slots));
+    EXPECT_THAT(prompts.shown, SizeIs(1)) << "the upload that was finished is over";
+}
+
+TEST_F(HeaderUploadTest, LeavingWhileTheRestIsSentSendsNothingElse) {
+    port.OnOutput("B", "B").OnOutputDo("\xFF", [this] { exchange.Leave(); });
+    prompts.answers = {Answer::Yes};
+    EXPECT_FALSE(exchange.Read(slots));
+    EXPECT_THAT(port.sent, ElementsAre("B", "\xFF"));
+    EXPECT_THAT(prompts.shown, SizeIs(1)) << "the question";
+}
+
+TEST_F(HeaderUploadTest, AReadyAnswerMayHoldTheLetterOfTheQuestion) {
+    port.OnOutput("B", "B\r\nRDY\r\n").OnOutput("Fr", Stored() + "\r\n");
+    EXPECT_TRUE(exchange.Read(slots));
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+// The instrument has erased its slots and waits for the new ones.
+TEST_F(HeaderUploadTest, WhatBrokeOffAfterTheEraseIsFinishedWithoutAQuestion) {
+    Erases("ERASING...\r\nH:");  // and no more
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+    port.sent.clear();
+    prompts.shown.clear();
+    port.OnOutput("B", "B").OnOutput("\xFF", " ").OnOutput("\xFF", "");
+    port.OnOutput("B", "RDY\r\n").OnOutput("Fr", Stored() + "\r\n");
+    EXPECT_TRUE(exchange.Read(slots));
+    EXPECT_THAT(port.sent, ElementsAre("B", "\xFF", "\xFF", "B", "Fr"));
+    EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(HeaderUploadTest, LeavingWhileItErasesWaitsForThePromptAndSendsEmptySlots) {
+    port.OnOutput("B", "RDY\r\n").OnOutputDo("Fh", [this] {
+        exchange.Leave();
+        port.Deliver("ERASING...H:\r\n");
+    });
+    port.Always("\xFF", " ");
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::Ended);
+    EXPECT_EQ(std::ranges::count(port.sent, "\xFF"), 1600);
+    EXPECT_EQ(port.sent.size(), 2U + 1600U);
+    prompts.answers = {Answer::No};
+    port.OnOutput("B", "B");
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+    EXPECT_THAT(prompts.shown, SizeIs(1)) << "the question: this upload came to its end";
 }
 
 // An instrument that was ready meanwhile waits for no rest of headers any more.
@@ -180,6 +229,7 @@ TEST_F(HeaderUploadTest, SendsEveryCharacterOnItsOwnAndReadsBack) {
     EXPECT_EQ(port.sent[1603], "Fr");
     EXPECT_EQ(progress.size(), 1600U);
     EXPECT_EQ(progress.back(), 1600U);
+    EXPECT_FALSE(exchange.Sending());
     EXPECT_THAT(
         statuses,
         ElementsAre("Preparing the DAVO for the headers...", "The DAVO is erasing its headers...",
@@ -187,6 +237,24 @@ TEST_F(HeaderUploadTest, SendsEveryCharacterOnItsOwnAndReadsBack) {
                     "slot 6 of 10", "slot 7 of 10", "slot 8 of 10", "slot 9 of 10", "slot 10 of 10",
                     "Reading the headers back..."));
     EXPECT_THAT(prompts.shown, IsEmpty());
+}
+
+TEST_F(HeaderUploadTest, AnUploadThatWasSentWholeIsNotFinishedAgain) {
+    EXPECT_FALSE(exchange.Sending());
+    EXPECT_FALSE(exchange.Unfinished());
+    bool sending = false;
+    exchange.OnProgress = [&](std::size_t) { sending = exchange.Sending(); };
+    Erases();
+    EchoAll();
+    port.Always("Fr", Stored() + "\r\n");
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::Stored);
+    EXPECT_TRUE(sending);
+    port.sent.clear();
+    prompts.answers = {Answer::No};
+    port.OnOutput("B", "B");
+    EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
+    EXPECT_THAT(port.sent, ElementsAre("B"));
+    EXPECT_THAT(prompts.shown, SizeIs(1)) << "the question";
 }
 
 TEST_F(HeaderUploadTest, ThePromptMayComeInPieces) {
@@ -217,6 +285,7 @@ TEST_F(HeaderUploadTest, SlotsThatComeBackOtherwiseAreNamed) {
     stored[0] = PadRight("XB x", 160);
     stored[4] = PadRight("?", 160);
     stored[5] = std::string(160, ' ');
+    stored[9] = PadRight("LOST", 160);
     Erases();
     EchoAll();
     std::string back;
@@ -225,7 +294,7 @@ TEST_F(HeaderUploadTest, SlotsThatComeBackOtherwiseAreNamed) {
     port.Always("Fr", back + "\r\n");
     const UploadResult result = exchange.Upload(slots);
     EXPECT_EQ(result.end, UploadEnd::Differs);
-    EXPECT_THAT(result.differing, ElementsAre(1, 5)) << "blanks are as empty as code 255";
+    EXPECT_THAT(result.differing, ElementsAre(1, 5, 10)) << "blanks are as empty as code 255";
 }
 
 TEST(DifferingMessage, NamesTheSlots) {

@@ -187,6 +187,9 @@ TEST(BuildEntries, SaysWhatIsNotListed) {
               "1 of the test records arrived damaged and cannot be listed.\r\n"
               "Please download the list again.");
     EXPECT_EQ(NotListedText(BuildEntries(RecordText("001") + "DONE")), QString());
+    MemoryDirectory one;
+    one.beyond = 1;
+    EXPECT_EQ(NotListedText(one), u"The list holds 135 test records. The DAVO has 1 more."_s);
 }
 
 TEST(BuildEntries, ControlCharactersAreToldAndReplaced) {
@@ -206,6 +209,9 @@ TEST(BuildEntries, ControlCharactersAreToldAndReplaced) {
               u"1 of the test records have control characters in the header, shown as \"?\"."_s);
     // What is saved of it has none, either.
     EXPECT_THAT(RecordHeaderLines(entry, "T"), HasSubstr("STATION: ?"));
+    std::string single = RecordText("003");
+    single[single.find("SN77")] = '\x01';
+    EXPECT_EQ(BuildEntries(single + "\r\nDONE").cleaned, 1);
 }
 
 TEST(BuildEntries, ListsTheWholeMemoryOfTheInstrument) {

@@ -74,6 +74,18 @@ TEST(RecordHeaderLines, LeavesOutWhatTheEntryLacks) {
     EXPECT_THAT(RecordHeaderLines("", "A"), StartsWith("TEST NUMBER: A\r\nDATE: \r\n"));
 }
 
+TEST(RecordHeaderLines, TakesAKeyInsideAnEarlierValueAsPartOfIt) {
+    std::string entry = kEntry;
+    entry.replace(entry.find("ACME"), 20, "SN=1 STATION=X SN=2 ");
+    entry.replace(entry.find("NORTH"), 20, "A CIRCUIT=B MODEL=C ");
+    const std::string lines = RecordHeaderLines(entry, "A");
+    for (const char* line :
+         {"COMPANY: SN=1 STATION=X SN=2 \r\n", "STATION: A CIRCUIT=B MODEL=C \r\n",
+          "CIRCUIT: LINE 1              \r\n", "MODEL: CT-1                \r\n",
+          "SN: SN77                \r\n"})
+        EXPECT_THAT(lines, HasSubstr(line));
+}
+
 TEST(ConvertRecordReply, WritesTheLinesOfATest) {
     const ConvertedRecord record = ConvertRecordReply(RecordReply(RecordOf({UsualImage()})));
     EXPECT_EQ(record.tests, 1);
@@ -204,6 +216,7 @@ TEST(ConvertRecordReply, HasNoLinesForAnEmptyReply) {
     }
     // A count that is none.
     EXPECT_EQ(ConvertRecordReply("00 1 2 3 4 5 6 7 8 9 10 11 12 13").tests, 0);
+    EXPECT_FALSE(ConvertRecordReply("00 1 2 3 4 5 6 7 8 9 10 11 12 13").fieldsMissing);
     EXPECT_EQ(ConvertRecordReply("zz 1 2 3 4 5 6 7 8 9 10 11 12 13").tests, 0);
 }
 
