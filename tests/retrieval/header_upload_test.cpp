@@ -136,11 +136,11 @@ TEST_F(HeaderUploadTest, AnEchoOfTheQuestionSendsNothingUnlessTheOperatorAgrees)
     port.OnOutput("\xFF", "").OnOutput("B", "RDY\r\n").OnOutput("Fr", Stored() + "\r\n");
     EXPECT_TRUE(exchange.Read(slots));
     EXPECT_THAT(port.sent, ElementsAre("B", "\xFF", "\xFF", "\xFF", "\xFF", "B", "Fr"));
-    prompts.shown.clear();
+    port.sent.clear();
     prompts.answers = {Answer::No};
     port.OnOutput("B", "B");
     EXPECT_FALSE(exchange.Read(slots));
-    EXPECT_THAT(prompts.shown, SizeIs(1)) << "the upload that was finished is over";
+    EXPECT_THAT(port.sent, ElementsAre("B")) << "the upload that was finished is over";
 }
 
 TEST_F(HeaderUploadTest, LeavingWhileTheRestIsSentSendsNothingElse) {
@@ -179,10 +179,11 @@ TEST_F(HeaderUploadTest, LeavingWhileItErasesWaitsForThePromptAndSendsEmptySlots
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::Ended);
     EXPECT_EQ(std::ranges::count(port.sent, "\xFF"), 1600);
     EXPECT_EQ(port.sent.size(), 2U + 1600U);
+    port.sent.clear();
     prompts.answers = {Answer::No};
     port.OnOutput("B", "B");
     EXPECT_EQ(exchange.Upload(slots).end, UploadEnd::NotReady);
-    EXPECT_THAT(prompts.shown, SizeIs(1)) << "the question: this upload came to its end";
+    EXPECT_THAT(port.sent, ElementsAre("B")) << "the upload that was left came to its end";
 }
 
 // An instrument that was ready meanwhile waits for no rest of headers any more.

@@ -187,9 +187,8 @@ TEST(BuildEntries, SaysWhatIsNotListed) {
               "1 of the test records arrived damaged and cannot be listed.\r\n"
               "Please download the list again.");
     EXPECT_EQ(NotListedText(BuildEntries(RecordText("001") + "DONE")), QString());
-    MemoryDirectory one;
-    one.beyond = 1;
-    EXPECT_EQ(NotListedText(one), u"The list holds 135 test records. The DAVO has 1 more."_s);
+    EXPECT_EQ(NotListedText(MemoryDirectory{{}, {}, 0, 1, 0}),
+              u"The list holds 135 test records. The DAVO has 1 more."_s);
 }
 
 TEST(BuildEntries, ControlCharactersAreToldAndReplaced) {
