@@ -41,7 +41,8 @@ KEPT = ROOT / "tools" / "mutants" / "kept"
 # folder: its sources without the ending, all when none is named; its tests.
 FOLDERS = {
     "common": (["numbers", "text"], ["common_test"]),
-    "records": ([], ["records_test", "records_directory_test", "records_random_test"]),
+    "records": ([], ["records_test", "records_directory_test", "records_random_test",
+                     "records_kill_test"]),
     "retrieval": (["header_slots", "list_order", "memory_directory", "record_reply", "header_upload"],
                   ["retrieval_header_slots_test", "retrieval_list_order_test",
                    "retrieval_memory_directory_test", "retrieval_header_upload_test"]),

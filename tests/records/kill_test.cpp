@@ -25,7 +25,8 @@ std::string Shot(int number) {
 
 // What: what the program does in a folder that prepare fills.
 int KillEverywhere(const char* what, const std::function<void(const TemporaryFolder&)>& prepare,
-                   const std::function<void(const TemporaryFolder&, const KilledRun&)>& look) {
+                   const std::function<void(const TemporaryFolder&, const KilledRun&)>& look,
+                   int every = 10) {
     SCOPED_TRACE(what);
     return test::KillEverywhere(
         DAVO_KILL_SESSION,
@@ -33,7 +34,7 @@ int KillEverywhere(const char* what, const std::function<void(const TemporaryFol
             prepare(folder);
             return QStringList{QString::fromLatin1(what), folder.Path()};
         },
-        look, 10);
+        look, every);
 }
 
 // The next start lists one session of the given bytes, and so does the one after it.
@@ -112,6 +113,19 @@ TEST(Kill, SettingAsideNeitherLosesNorDoubles) {
             });
         EXPECT_TRUE(kills >= 10 || !test::TakesLong()) << kills;
     }
+}
+
+// The case in which a repetition that forgets what was done doubles the session: no kill is left
+// out.
+TEST(Kill, SettingAsideAPendingShotIsNeverRepeated) {
+    const int kills = KillEverywhere(
+        "set-aside",
+        [](const TemporaryFolder& folder) { PrepareSession(folder, Shot(1), 1, Shot(2)); },
+        [](const TemporaryFolder& folder, const KilledRun&) {
+            ExpectRecovered(folder, Shot(1) + Shot(2));
+        },
+        1);
+    EXPECT_GE(kills, 10);
 }
 
 TEST(Kill, SettingAsideAPendingShotWithoutACapture) {

@@ -241,6 +241,19 @@ TEST_F(UnsavedSessionsTest, WhatAnEarlierVersionTookForAnsweredIsListed) {
     EXPECT_EQ(sessions[0].journal.testNotes, "notes");
 }
 
+TEST_F(UnsavedSessionsTest, OneThatCannotBeReadHidesNoOther) {
+    PutCapture(Shot(1));
+    // A file that every user may open, and none can read.
+    const QString unreadable = folder_.Path("TESTFILE-20201121-093215.txt");
+    if (!QFile::link(u"/proc/self/mem"_s, unreadable) || !QFileInfo(unreadable).isFile())
+        GTEST_SKIP() << "no such file on this platform";
+    EXPECT_EQ(SetAside().size(), 1U);
+    std::vector<RunTimeError> told;
+    EXPECT_EQ(SetAsideUnsavedSessions(folder_.Path(), &told).size(), 1U);
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_THAT(told[0].what(), testing::EndsWith(unreadable.toStdString()));
+}
+
 TEST_F(UnsavedSessionsTest, HaveTheTimeOfTheirLastChange) {
     PutCapture(Shot(1));
     SetAside();
