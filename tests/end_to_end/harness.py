@@ -25,7 +25,7 @@ INSTRUMENT = os.environ["DAVO_INSTRUMENT"]
 PLUGINS = os.environ["DAVO_PLUGINS"]
 KILL_AT = os.environ.get("DAVO_KILL_AT_LIBRARY", "")
 SCREEN = pathlib.Path(__file__).parents[2] / "tools" / "driver" / "laptop_screen.json"
-PATIENCE = 60  # seconds for anything that has no limit of its own
+PATIENCE = 120  # seconds for anything that has no limit of its own
 SEED = int(os.environ.get("DAVO_SEED", random.SystemRandom().getrandbits(32)))
 
 SAVE = "Do you want to save the test record? "

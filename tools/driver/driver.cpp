@@ -5,10 +5,12 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
+#include <QThread>
 #include <QTimer>
 #include <QWidget>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "look.h"
 #include "script_line.h"
@@ -76,9 +78,22 @@ void Driver::Schedule(int ms) {
     }
 }
 
+// What is done in parts is not interrupted by the next act, but in a loop that it has opened, as a
+// modal dialog does. After an act the loop that it may have ended is left first.
+bool Driver::MayGoOn() {
+    if (QThread::currentThread()->loopLevel() <= actingIn_) {
+        return false;
+    }
+    return !std::exchange(acted_, false);
+}
+
 void Driver::Tick() {
     scheduled_ = false;
     if (steps_.empty()) {
+        return;
+    }
+    if (!MayGoOn()) {
+        Schedule(kPollMs);
         return;
     }
     if (!timing_) {
@@ -102,7 +117,11 @@ void Driver::Tick() {
     }
     Schedule(kPollMs);
     if (step.act) {
+        const int level = step.inParts ? QThread::currentThread()->loopLevel() : actingIn_;
+        const int outer = std::exchange(actingIn_, level);
         step.act();
+        actingIn_ = outer;
+        acted_ = true;
     }
 }
 
@@ -149,7 +168,7 @@ Step Driver::Build(const QString& line, const QStringList& words) {
         {QStringLiteral("type"), 2},        {QStringLiteral("answer"), 1},
         {QStringLiteral("chooseFile"), 1},  {QStringLiteral("key"), 1},
         {QStringLiteral("close"), 1},       {QStringLiteral("row"), 2}};
-    constexpr int kLimitMs = 15000;
+    constexpr int kLimitMs = 60000;
 
     const QString& command = words.front();
     QStringList args = words.mid(1);
@@ -178,9 +197,6 @@ Step Driver::Build(const QString& line, const QStringList& words) {
 
 Step Driver::BuildAct(const QString& command, const QStringList& args) {
     const auto at = [&](qsizetype i) { return args.value(i); };
-    const auto atOnce = [](std::function<void()> act) {
-        return Step{{}, [] { return QString(); }, std::move(act)};
-    };
     if (command == QLatin1String("click")) {
         return BuildClick(at(0));
     }
@@ -211,6 +227,13 @@ Step Driver::BuildAct(const QString& command, const QStringList& args) {
     if (command == QLatin1String("close")) {
         return BuildClose(at(0));
     }
+    return BuildSaying(command, at(0));
+}
+
+Step Driver::BuildSaying(const QString& command, const QString& word) {
+    const auto atOnce = [](std::function<void()> act) {
+        return Step{{}, [] { return QString(); }, std::move(act)};
+    };
     if (command == QLatin1String("state")) {
         return atOnce([] {
             Say(QStringLiteral("state ") +
@@ -224,7 +247,7 @@ Step Driver::BuildAct(const QString& command, const QStringList& args) {
         });
     }
     if (command == QLatin1String("watch")) {
-        return atOnce([this, name = at(0)] {
+        return atOnce([this, name = word] {
             watches_.push_back(std::make_unique<Watch>(name));
             QCoreApplication::instance()->installEventFilter(watches_.back().get());
         });
@@ -233,14 +256,14 @@ Step Driver::BuildAct(const QString& command, const QStringList& args) {
         return atOnce([this] { lenient_ = true; });
     }
     if (command == QLatin1String("log")) {
-        return atOnce([text = at(0)] { Say(QStringLiteral("log ") + text); });
+        return atOnce([text = word] { Say(QStringLiteral("log ") + text); });
     }
     if (command == QLatin1String("quit")) {
         return atOnce([] { QCoreApplication::quit(); });
     }
     if (command == QLatin1String("sleep")) {
         Step step;
-        step.missing = [this, ms = at(0).toInt()] {
+        step.missing = [this, ms = word.toInt()] {
             return sinceStep_.elapsed() < ms ? QStringLiteral("asleep") : QString();
         };
         return step;

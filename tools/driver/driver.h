@@ -22,6 +22,7 @@ struct Step {
     std::function<void()> act;
     int limitMs = 0;
     bool logged = true;
+    bool inParts = false;  // several events, of which each lets the program work
 };
 
 // Plays a script of operator's acts inside a running program: the file named by
@@ -61,12 +62,14 @@ class Driver : public QObject {
     void Schedule(int ms);
     void GiveUp(const QString& missing);
     void SayPressed(const QWidget* pressed);
+    bool MayGoOn();
     void Tick();
     [[noreturn]] void Fail(const QString& reason);
 
     Step Build(const QString& line, const QStringList& words);
     Step BuildWait(const QString& command, const QStringList& args);
     Step BuildAct(const QString& command, const QStringList& args);
+    Step BuildSaying(const QString& command, const QString& word);
     Step BuildClick(const QString& widget);
     Step BuildKey(const QString& key);
     Step BuildType(const QString& widget, const QString& text);
@@ -83,6 +86,8 @@ class Driver : public QObject {
     bool timing_ = false;
     bool scheduled_ = false;
     bool lenient_ = false;
+    bool acted_ = false;
+    int actingIn_ = 0;  // the level of the event loop in which something is done in parts
     std::vector<std::unique_ptr<Watch>> watches_;
     std::unique_ptr<CommandInput> input_;
 };

@@ -149,6 +149,7 @@ Step Driver::BuildKey(const QString& key) {
 
 Step Driver::BuildType(const QString& widget, const QString& text) {
     Step step;
+    step.inParts = true;
     step.missing = [widget] { return WhyNoPress(FindWidget(widget), widget); };
     step.act = [widget, text] {
         QWidget* found = FindWidget(widget);
@@ -168,6 +169,7 @@ Step Driver::BuildType(const QString& widget, const QString& text) {
 
 Step Driver::BuildAnswer(const QStringList& args) {
     Step step;
+    step.inParts = true;
     const QString button = args.value(0);
     step.missing = [button, expected = args.value(1), checked = args.size() > 1] {
         const QMessageBox* prompt = VisiblePrompt();
@@ -247,6 +249,7 @@ Step Driver::BuildChooseFile(const QString& name) {
         press.line = QStringLiteral("chooseFile ") + name;
         press.limitMs = lenient_ ? 300 : 5000;
         press.logged = false;
+        press.inParts = true;
         press.missing = [dialog, accept] {
             return dialog() == nullptr ? QStringLiteral("the file dialog has gone")
                                        : WhyNotPressable(accept());
@@ -292,6 +295,7 @@ Step Driver::BuildRow(const QStringList& args) {
         return view()->model()->index(row, 0, view()->rootIndex());
     };
     Step step;
+    step.inParts = true;
     step.missing = [view, index, name = args.value(0)] {
         if (view() == nullptr) {
             return NotVisible(name);
