@@ -59,7 +59,7 @@ QString RememberedAdapter(const QString& device, const std::vector<PresentPort>&
 }
 
 QString FindRemembered(const QString& remembered, const std::vector<PresentPort>& present) {
-    const QString device = remembered.section(kBetween, 0, 0);
+    QString device = remembered.section(kBetween, 0, 0);
     if (!remembered.contains(kBetween)) return device;
     QStringList itself;
     bool named = false;
