@@ -49,7 +49,7 @@ FOLDERS = {
     "testing": (["session_text", "shot_results", "shot_sequence", "shot_steps"],
                 ["testing_session_text_test", "testing_sequence_test", "testing_session_save_test",
                  "testing_random_chunks_test"]),
-    "analysis": ([], ["analysis_test", "analysis_random_test"]),
+    "analysis": ([], ["analysis_test", "analysis_random_test", "analysis_comparison_random_test"]),
 }
 QUICK = 0.3  # seconds: cases up to this run together
 
