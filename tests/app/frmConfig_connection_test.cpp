@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tests/app/config_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -21,7 +22,7 @@ class TestConnection : public ConfigureSystem {
 TEST_F(TestConnection, SendsNothingBeforeItIsPressedAndShowsTheModel) {
     Answer("DAVO-E R3.10");
     Open();
-    QTest::qWait(1200);
+    test::Pause(1200);
     EXPECT_THAT(port.sent, IsEmpty());
     port.properties.clear();
     Click("cmdTest");

@@ -429,8 +429,8 @@ TEST_F(ConfigureSystem, IsWorkedByTheKeyboard) {
     QTest::keyClick(Ports(), Qt::Key_Down);
     EXPECT_EQ(Chosen(), kUsb1);
     QTest::keyClick(window.get(), Qt::Key_Y, Qt::AltModifier);
-    EXPECT_TRUE(
-        QTest::qWaitFor([this] { return Find<QRadioButton>("optImpedance1")->isChecked(); }, 1000));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return Find<QRadioButton>("optImpedance1")->isChecked(); },
+                                test::kPatience));
     QTest::keyClick(window->focusWidget(), Qt::Key_Return);
     EXPECT_FALSE(window->isVisible());
     EXPECT_TRUE(settings.showImpedance);

@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include "tests/app/main_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -93,7 +94,7 @@ TEST_F(ClosingWithAChild, WhereTheChildStaysTheMainWindowStays) {
     EXPECT_THAT(store.written, IsEmpty());
     child->mayClose = true;
     child->parentWidget()->close();
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(unloads, 1);
     EXPECT_TRUE(window->isVisible()) << "closing was refused, it is not done later";
 }

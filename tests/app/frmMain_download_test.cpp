@@ -6,6 +6,7 @@
 
 #include "retrieval/memory_directory.h"
 #include "tests/app/main_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -62,7 +63,7 @@ TEST_F(Download, TheItemIsDisabledWhileTheInstrumentIsAsked) {
 TEST_F(Download, WhatWaitsInThePortIsNotTakenForTheReply) {
     port.Always("d", "#002\r\n11/21/26\r\nDONE\r\n");
     port.Deliver("RDY\r\nDATA of an earlier wait\r\nDONE\r\n");
-    QTest::qWait(20);
+    test::Pause(20);
     Choose("mnuDownload");
     EXPECT_EQ(state.dirReply, "#002\r\n11/21/26\r\nDONE\r\n");
 }

@@ -9,6 +9,7 @@
 
 #include "reports/template_file.h"
 #include "tests/app/main_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -132,10 +133,10 @@ TEST_F(MainWindowWithReports, AWindowThatWasLeftSoonStartsNoEngine) {
     OpenWithReports();
     Choose("mnuRatio");
     ASSERT_NE(TestWindow(), nullptr);
-    QTest::qWait(100);
+    test::Pause(100);
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
-    QTest::qWait(static_cast<int>(kPrepareDelay.count()) + 500);
+    test::Pause(static_cast<int>(kPrepareDelay.count()) + 500);
     EXPECT_EQ(prepared, 0);
 }
 

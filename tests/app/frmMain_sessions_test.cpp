@@ -5,6 +5,7 @@
 #include "records/unsaved_sessions.h"
 #include "tests/app/main_window.h"
 #include "tests/records/captures.h"
+#include "tests/support/pause.h"
 #include "tests/support/read_record.h"
 
 namespace davo::test {
@@ -144,7 +145,7 @@ TEST_F(SessionsOnTheStartPage, ATestBeginsWithoutAQuestionAndLosesNone) {
     ASSERT_NE(TestWindow(), nullptr);
     EXPECT_TRUE(prompts.shown.empty());
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
+    test::Pause(50);
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_TRUE(CardShown());
@@ -208,7 +209,7 @@ TEST_F(SessionsOnTheStartPage, ASessionThatIsLeftUnsavedIsOfferedAtOnce) {
     Open();
     Choose("mnuRatio");
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
+    test::Pause(50);
     Click("cmdStart");
     port.Deliver("DATA" + std::string(296, '0') + "\r\nDONE\r\n");
     ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdExit")->isEnabled(); }));

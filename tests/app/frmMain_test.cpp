@@ -13,6 +13,7 @@
 #include "common/settings_store.h"
 #include "records/record_file.h"
 #include "tests/app/main_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -263,7 +264,7 @@ TEST_F(MainWindow, CannotBeMadeSoSmallThatAButtonOfTheTestWindowIsHidden) {
     Choose("mnuBoth");
     ASSERT_NE(TestWindow(), nullptr);
     window->resize(10, 10);
-    QTest::qWait(20);
+    test::Pause(20);
     for (const char* name : {"cmdStart", "cmdContinue", "cmdCancel", "cmdHeader", "cmdExit"}) {
         auto* button = Find<QPushButton>(name);
         const QRect place(button->mapTo(window.get(), QPoint(0, 0)), button->size());
@@ -287,7 +288,7 @@ TEST_F(MainWindow, TheHomePanelStandsWhileNoOtherWindowIsOpen) {
     ASSERT_NE(TestWindow(), nullptr);
     EXPECT_FALSE(home->isVisible());
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
+    test::Pause(50);
     Click("cmdExit");
     ASSERT_TRUE(Until([home] { return home->isVisible(); }));
 }

@@ -7,6 +7,7 @@
 
 #include "app/home_panel.h"
 #include "tests/app/main_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -92,7 +93,7 @@ TEST_F(WaitingMainWindow, ItemsThatDoNothingAreDisabledWhileItWaits) {
     Choose("mnuBoth");
     EXPECT_THAT(enabled, ElementsAre("mnuSetup", "mnuExit"));
     EXPECT_THAT(buttons, IsEmpty());
-    QTest::qWait(50);
+    test::Pause(50);
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     for (const char* item : {"mnuRecall", "mnuBoth", "mnuFileUtil", "mnuConfig", "mnuAbout"})
@@ -164,7 +165,7 @@ TEST_F(WaitingMainWindow, APortThatATestHasClosedIsNoFaultUntilItIsUnplugged) {
     Open();
     Choose("mnuBoth");
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
+    test::Pause(50);
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_FALSE(state.linkState.portOpen);
@@ -237,7 +238,7 @@ TEST_F(WaitingMainWindow, TheFocusGoesBackAfterATest) {
     QTest::keyClick(window->focusWidget(), Qt::Key_Return);
     ASSERT_NE(TestWindow(), nullptr);
     ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));
-    QTest::qWait(50);
+    test::Pause(50);
     Click("cmdExit");
     ASSERT_TRUE(Until([this] { return TestWindow() == nullptr; }));
     EXPECT_EQ(window->focusWidget(), Find<QPushButton>("cmdRatio"));

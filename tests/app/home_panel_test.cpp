@@ -14,6 +14,7 @@
 #include "common/places.h"
 #include "common/settings.h"
 #include "tests/support/controls.h"
+#include "tests/support/pause.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 #include "ui/contrast.h"
@@ -478,7 +479,7 @@ TEST_F(Home, WithSessionsItIsNoHigherThanASmallScreen) {
     panel->Sessions().Show(sessions);
     Open();
     Click("cmdLater0");
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_LE(window.minimumSizeHint().height(), 480);
     EXPECT_EQ(window.height(), 480);
     EXPECT_TRUE(Find<QWidget>("lvNewest")->isVisible());
@@ -495,7 +496,7 @@ TEST_F(Home, NoTextIsCutOnASmallScreen) {
     facts.link.present = true;
     facts.records.clear();
     panel->ShowFacts(facts);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
 }
 
@@ -523,7 +524,7 @@ TEST_F(HomeInLargeLetters, FitsTheSmallestScreen) {
     EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
     panel->Sessions().Show({UnsavedSession{}, UnsavedSession{}});
     panel->ShowFacts(facts);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(window.size(), kSmallest);
     EXPECT_THAT(CutTextsOf(*panel), IsEmpty());
     EXPECT_TRUE(Find<QWidget>("lvNewest")->isVisible());

@@ -14,6 +14,7 @@
 #include "tests/support/fake_prompts.h"
 #include "tests/support/fake_serial_port.h"
 #include "tests/support/memory_settings_store.h"
+#include "tests/support/pause.h"
 #include "tests/support/record_text.h"
 #include "tests/support/temporary_folder.h"
 
@@ -77,7 +78,7 @@ class MainWindow : public ::testing::Test, public Controls {
     void OpenTestWindow(const char* item) {
         Choose(item);
         ASSERT_TRUE(Until([this] { return port.sent.size() == 3; }));  // ready
-        QTest::qWait(50);
+        test::Pause(50);
     }
     // A test window whose shot is complete and not saved.
     void CompleteAShot() {

@@ -9,6 +9,7 @@
 #include "app/open_forms.h"
 #include "files/frmCopyFile.h"
 #include "tests/app/main_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -33,7 +34,7 @@ class Pages : public MainWindow {
         Choose(item);
         if (!Until([this] { return Frame() != nullptr && Frame()->isVisible(); }))
             throw std::logic_error(std::string("nothing is opened by ") + item);
-        QTest::qWait(50);
+        test::Pause(50);
         return *Frame()->widget();
     }
     QRect PlaceOf(const QWidget& control) {
@@ -106,7 +107,7 @@ TEST_F(Pages, FillTheFrameAndCannotBeMadeSmaller) {
         QTest::keyClick(Frame(), Qt::Key_Minus, Qt::AltModifier);
         EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
         window->resize(1300, 690);
-        QTest::qWait(20);
+        test::Pause(20);
         EXPECT_EQ(PlaceOf(page), PlaceOf(*area->viewport()));
         EXPECT_EQ(window->windowTitle(), u"DAVO PC-Interface V.3.15"_s);
         Leave();
@@ -153,7 +154,7 @@ TEST_F(PagesInLargeLetters, OfRecordsCutNothingOnASmallScreen) {
         window->resize(screen);
         QWidget& page = Open(item);
         QTest::keyClick(FindIn<QTreeWidget>(page, "lvTest"), Qt::Key_Down);
-        QTest::qWait(150);
+        test::Pause(150);
         EXPECT_LE(window->width(), screen.width()) << item;
         EXPECT_LE(window->height(), screen.height()) << item;
         EXPECT_THAT(CutTextsOf(page), IsEmpty()) << item;
@@ -189,7 +190,7 @@ TEST_F(Pages, HaveMnemonicsThatNothingElseInSightHas) {
             QWidget& page = Open(item);
             if (auto* list = page.findChild<QTreeWidget*>(u"lvTest"_s))
                 QTest::keyClick(list, Qt::Key_Down);
-            QTest::qWait(150);
+            test::Pause(150);
             EXPECT_FALSE(Enabled("mnuFile")) << "its mnemonic would count";
             EXPECT_TRUE(MnemonicsAreUnique(*window))
                 << item << ::testing::PrintToString(MnemonicsOf(*window));
@@ -202,7 +203,7 @@ TEST_F(Pages, ThatLoseNothingAreLeftByEscape) {
     for (const char* item : {"mnuRecall", "mnuOverlay", "mnuSetDescr", "mnuFileUtil"}) {
         QWidget& page = Open(item);
         QTest::keyClick(FindIn<QTreeWidget>(page, "lvTest"), Qt::Key_Down);
-        QTest::qWait(20);
+        test::Pause(20);
         QTest::keyClick(window->focusWidget(), Qt::Key_Escape);
         EXPECT_TRUE(NonePages()) << item;
         EXPECT_TRUE(Enabled("mnuFile")) << item;
@@ -224,7 +225,7 @@ TEST_F(Pages, CopyingIsABoxOfItsOwnSizeOverTheStartPage) {
     Leave();
     const QPointer<frmCopyFile> box = OpenCopyBox();
     ASSERT_TRUE(QTest::qWaitForWindowActive(box));
-    QTest::qWait(50);
+    test::Pause(50);
     EXPECT_TRUE(box->isAncestorOf(QApplication::focusWidget()));
     EXPECT_TRUE(box->isWindow());
     EXPECT_TRUE(box->isModal());

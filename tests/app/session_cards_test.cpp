@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 
 #include "tests/support/controls.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -157,7 +158,7 @@ TEST_F(Cards, WhereThereIsNoRoomForAllTheyScroll) {
         many.push_back(Session("09:00", QTime(9, 30, i)));
     Open(many);
     window.resize(500, 260);
-    QTest::qWait(20);
+    test::Pause(20);
     auto* last = Find<QPushButton>("cmdSaveSession5");
     EXPECT_TRUE(last->visibleRegion().isEmpty());
     Find<QPushButton>("cmdLater4")->setFocus();
@@ -173,7 +174,7 @@ TEST_F(Cards, NoTextIsCut) {
     wide.journal.header.Field(5) = "WWWWWWWWWWWWWWWWWWWW";
     Open({older, wide});
     window.resize(500, 600);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_THAT(CutTextsOf(window), IsEmpty());
 }
 

@@ -10,6 +10,7 @@
 #include "common/places.h"
 #include "tests/support/controls.h"
 #include "tests/support/fake_port_devices.h"
+#include "tests/support/pause.h"
 #include "tests/support/scripted_link.h"
 
 namespace davo::test {
@@ -275,7 +276,7 @@ TEST_F(StatusLineTest, NoTextIsCutOnASmallScreen) {
     facts.listing.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
     facts.listing.notListed = 13;
     line.ShowFacts(facts);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_THAT(CutTextsOf(line), IsEmpty());
     EXPECT_EQ(line.width(), kLaptopWidth);
 }
@@ -303,7 +304,7 @@ TEST(StatusLineInLargeLetters, NoTextIsCutOnTheSmallestScreen) {
     facts.listing.skipped = {{u"Notes.txt"_s, SkipReason::TooFewLines}};
     facts.listing.notListed = 13;
     status->ShowFacts(facts);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(window.width(), 1024);
     EXPECT_THAT(CutTextsOf(*status), IsEmpty());
     EXPECT_LT(points(), 14);

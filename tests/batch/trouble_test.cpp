@@ -314,7 +314,7 @@ TEST(Trouble, OfARunThatIsEndedLeavesNoHalfFile) {
             ASSERT_FALSE(process.waitForFinished(1))
                 << process.readAllStandardError().toStdString();
         ::kill(static_cast<pid_t>(process.processId()), signal);
-        ASSERT_TRUE(process.waitForFinished());
+        ASSERT_TRUE(process.waitForFinished(60'000));
         EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);
         EXPECT_EQ(process.exitCode(), signal);
         EXPECT_EQ(process.readAllStandardError(), "");

@@ -13,6 +13,7 @@
 #include "retrieval/frmTestList.h"
 #include "tests/curves/panel_test.h"
 #include "tests/support/fake_serial_port.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -184,7 +185,7 @@ TEST_F(PanelInWindow, IsShownInPlaceOfTheListInASmallWindow) {
         ASSERT_TRUE(QTest::qWaitFor([this] { return HasPanel(); }, kPatience));
         EXPECT_FALSE(list->isVisible());
         EXPECT_TRUE(Comes(*window, "ONE   03/07/24 14:05"));
-        QTest::qWait(20);
+        test::Pause(20);
         EXPECT_THAT(CutTextsOf(*window), IsEmpty());
         ExpectMnemonicsAreUnique();
         ExpectMnemonicsOfCompare();

@@ -11,6 +11,7 @@
 
 #include "records/nameplate_file.h"
 #include "tests/curves/panel_test.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -380,7 +381,7 @@ class NameplateWindow : public ComparedRecords {
     }
     void Save(QDialog& dialog) {
         ClickIn(dialog, "cmdKeep");
-        QTest::qWait(1);
+        test::Pause(1);
     }
     bool IsOpen() { return panel.findChild<QDialog*>(u"frmNameplate"_s) != nullptr; }
     std::vector<std::string> BoxesOf(const QDialog& dialog) {
@@ -506,7 +507,7 @@ TEST_F(NameplateWindow, TakesNoTextThatIsNoNumber) {
     EXPECT_EQ(prompts.shown.back(), u"Type the taps as currents, such as 1200:5, 600:5."_s);
     EXPECT_EQ(ReadNameplate(settings.dataPath, "77"), NameplateTexts());
     ClickIn(dialog, "cmdCancel");
-    QTest::qWait(1);
+    test::Pause(1);
     EXPECT_FALSE(IsOpen());
     EXPECT_EQ(ReadNameplate(settings.dataPath, "77"), NameplateTexts());
 }

@@ -14,6 +14,7 @@
 #include "curves/chart_look.h"
 #include "curves/knee_marks.h"
 #include "tests/support/controls.h"
+#include "tests/support/pause.h"
 #include "tests/support/program_output.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
@@ -106,7 +107,7 @@ class Chart : public ::testing::Test {
         chart.SetCurves({One()});
         chart.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&chart));
-        QTest::qWait(20);
+        test::Pause(20);
     }
     static ChartCurve One() {
         return {u"Test 1"_s,
@@ -149,7 +150,7 @@ TEST_F(Chart, ShowsEveryPoint) {
 
 TEST_F(Chart, ThatIsOnlyLookedAtShowsWholeDecades) {
     chart.SetInteractive(false);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(chart.Across(), (LogSpan{-2, 1}));
     EXPECT_EQ(chart.Up(), (LogSpan{1, 3}));
 }
@@ -161,7 +162,7 @@ TEST_F(Chart, PaintsOnceForManyChanges) {
     for (int i = 0; i < 200; ++i)
         chart.AppendPoint(0, {2 + i * 0.01, 251});
     EXPECT_EQ(chart.Paints(), before);
-    QTest::qWait(100);
+    test::Pause(100);
     EXPECT_GT(chart.Paints(), before);
     EXPECT_LE(chart.Paints(), before + 3);
 }
@@ -296,7 +297,7 @@ TEST_F(Chart, GrowsByDecadesWithItsReadings) {
 
 TEST_F(Chart, ThatIsOnlyLookedAtTakesNoInput) {
     chart.SetInteractive(false);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(Plot()->focusPolicy(), Qt::NoFocus);
     Key(Qt::Key_Plus);
     Wheel({200, 200}, 120);
@@ -322,7 +323,7 @@ TEST_F(Chart, SavesAPictureOnWhite) {
     }
     EXPECT_GT(inked, 2000);
     // The screen keeps the colours of its palette.
-    QTest::qWait(50);
+    test::Pause(50);
     EXPECT_EQ(Plot()->grab().toImage().pixelColor(5, 5), QColor(Qt::black));
 }
 

@@ -14,6 +14,7 @@
 #include "tests/curves/panel_records.h"
 #include "tests/support/controls.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/pause.h"
 #include "tests/support/temporary_folder.h"
 
 namespace davo::test {
@@ -78,7 +79,7 @@ class Panel : public PanelTest {
         for (const std::string& name : names)
             files.push_back(File(name));
         panel.ShowRecords(files);
-        QTest::qWait(60);
+        test::Pause(60);
     }
     CurveChart* TheChart() {
         return dynamic_cast<CurveChart*>(FindIn<QWidget>(panel, "chtCurves"));

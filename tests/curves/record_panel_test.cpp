@@ -9,6 +9,7 @@
 
 #include "common/numbers.h"
 #include "tests/curves/panel_test.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -153,7 +154,7 @@ TEST_F(PanelTest, CutsNoLargeLetters) {
         for (const QSize size : {QSize(700, 620), QSize(500, 620), QSize(1000, 480)}) {
             panel.resize(size);
             panel.ShowRecords({File("THREE")});
-            QTest::qWait(60);
+            test::Pause(60);
             QTest::keyClick(FindIn<QWidget>(panel, "plotCurves"), Qt::Key_Right,
                             Qt::ControlModifier);
             EXPECT_TRUE(Until([&] {
@@ -215,7 +216,7 @@ TEST_F(Panel, JudgesOnlyTheTestThatIsChosenForAnOverlay) {
     Add("ODD", Curve({{"1", "-1E308"}, {"2", "1E308"}, {"3", "-1E308"}, {"4", "1E308"}}, 1) +
                    Curve(KneeCurve(), 2));
     panel.Show({{File("ODD"), u"Graph #1"_s, 2}, {File("ONE"), u"Graph #2"_s, 1}});
-    QTest::qWait(60);
+    test::Pause(60);
     EXPECT_EQ(TextOf(panel, "lblTrouble"), "");
     EXPECT_EQ(ColumnOf(panel, 0).at(5), "29.9 V, 0.090 A (?)");
     EXPECT_EQ(ColumnOf(panel, 1).at(5), "29.9 V, 0.090 A (?)");
@@ -224,7 +225,7 @@ TEST_F(Panel, JudgesOnlyTheTestThatIsChosenForAnOverlay) {
 TEST_F(Panel, ATestChosenElsewhereStaysChosen) {
     panel.ShowRecords({File("THREE")});
     panel.ChooseTest(2);
-    QTest::qWait(60);
+    test::Pause(60);
     const auto* table = FindIn<QTableWidget>(panel, "tblTests");
     EXPECT_EQ(table->currentColumn(), 2);
     panel.ChooseTest(1);
@@ -359,7 +360,7 @@ TEST_F(Panel, ShowsTheLastOfManySelectionsOnly) {
     const int before = TheChart()->Paints();
     for (int i = 0; i < 250; ++i)
         panel.ShowRecords({File(i % 2 == 0 ? "ONE" : "THREE")});
-    QTest::qWait(100);
+    test::Pause(100);
     EXPECT_EQ(TextOf(panel, "lblRecord"), "THREE   03/07/24 14:05");
     EXPECT_LE(TheChart()->Paints(), before + 4);
 }
@@ -370,7 +371,7 @@ TEST_F(Panel, OnlyWholeRowsOfTheResultsAreShown) {
     bool scrolled = false;
     for (int height = 560; height <= 800; height += 7) {
         panel.resize(420, height);
-        QTest::qWait(10);
+        test::Pause(10);
         const int shown = table->viewport()->height();
         const int row = table->rowHeight(0);
         EXPECT_EQ(shown % row, 0) << height;

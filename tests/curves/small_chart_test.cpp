@@ -13,6 +13,7 @@
 #include "curves/chart_look.h"
 #include "curves/knee_marks.h"
 #include "tests/curves/small_chart.h"
+#include "tests/support/pause.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/testing.h"
 
@@ -43,7 +44,7 @@ class SmallChart : public ::testing::TestWithParam<Look> {
     }
     void Show(Moment moment, double knee = 152) {
         ShowMoment(chart, moment, knee);
-        QTest::qWait(60);
+        test::Pause(60);
     }
     QCustomPlot& Plot() { return *chart.findChild<QCustomPlot*>(u"plotCurves"_s); }
     QImage Grabbed() { return Plot().grab().toImage().convertToFormat(QImage::Format_RGB32); }
@@ -228,12 +229,12 @@ TEST_P(SmallChart, HasEarlierCurvesPaleBehindTheOthersAndWithoutAName) {
     const ChartColours colours = ColoursOn(chart.palette());
     chart.SetInteractive(false);
     chart.SetCurves({faint});
-    QTest::qWait(60);
+    test::Pause(60);
     EXPECT_EQ(Plot().legend->itemCount(), 0);
     EXPECT_TRUE(Painted(colours.faint, Between(points[1], points[2])));
     // The last in the list, and yet behind.
     chart.SetCurves({normal, faint});
-    QTest::qWait(60);
+    test::Pause(60);
     ASSERT_EQ(Plot().legend->itemCount(), 1);
     const QPoint at = Between(points[1], points[2]);
     EXPECT_TRUE(Painted(colours.curves.front(), at));
@@ -250,11 +251,11 @@ TEST_P(SmallChart, HasWholeMarkersOnTheFrame) {
     };
     chart.SetInteractive(false);
     chart.SetCurves({{{}, points, {}, CurveLook::Readings}});
-    QTest::qWait(60);
+    test::Pause(60);
     EXPECT_TRUE(paintedOutside());
     // A part of the curve ends at the frame.
     chart.ZoomBy(2);
-    QTest::qWait(60);
+    test::Pause(60);
     const QRect frame = Plot().axisRect()->rect();
     const QImage picture = Grabbed();
     const double dense = picture.devicePixelRatio();
@@ -271,7 +272,7 @@ TEST(LargeChart, HasDecadesOfOneLength) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
     const auto& plot = *chart.findChild<QCustomPlot*>(u"plotCurves"_s);
     const auto expectEqual = [&](const char* when) {
-        QTest::qWait(30);
+        test::Pause(30);
         const double across = plot.xAxis->coordToPixel(0.1) - plot.xAxis->coordToPixel(0.01);
         const double up = plot.yAxis->coordToPixel(10) - plot.yAxis->coordToPixel(100);
         EXPECT_NEAR(across, up, 0.01 * across) << when << ' ' << chart.width();
@@ -301,12 +302,12 @@ TEST(LargeChart, ShowsTheSamePartWhenItsOldSizeIsBack) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
     chart.SetCurves({{u"This one"_s, ReadingsOf(152), {}, {}}});
     chart.ZoomBy(3);
-    QTest::qWait(30);
+    test::Pause(30);
     const LogSpan across = chart.Across();
     const LogSpan up = chart.Up();
     for (const QSize size : {QSize(900, 300), QSize(480, 700), QSize(900, 300), QSize(480, 300)}) {
         chart.resize(size);
-        QTest::qWait(30);
+        test::Pause(30);
     }
     EXPECT_NEAR(chart.Across().Length(), across.Length(), 0.01);
     EXPECT_NEAR(chart.Up().Length(), up.Length(), 0.01);
@@ -322,7 +323,7 @@ TEST(LargeChart, HasItsLegendAndKneepointsInsideTheFrame) {
                      {u"Test 2"_s, ReadingsOf(300), {}, {}}});
     chart.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&chart));
-    QTest::qWait(30);
+    test::Pause(30);
     const auto& plot = *chart.findChild<QCustomPlot*>(u"plotCurves"_s);
     EXPECT_EQ(plot.legend->itemCount(), 2);
     EXPECT_TRUE(plot.axisRect()->rect().contains(plot.legend->outerRect()));
@@ -343,7 +344,7 @@ TEST(LargeChart, HasRoomForTheNamesOfTenCurves) {
     const auto& plot = *chart.findChild<QCustomPlot*>(u"plotCurves"_s);
     for (const QSize size : {QSize(650, 410), QSize(600, 360), QSize(900, 600), QSize(580, 430)}) {
         chart.resize(size);
-        QTest::qWait(30);
+        test::Pause(30);
         ASSERT_EQ(plot.legend->itemCount(), 10);
         const QRectF legend = plot.legend->outerRect();
         EXPECT_TRUE(QRectF(plot.axisRect()->rect()).contains(legend)) << size.width();
@@ -372,7 +373,7 @@ TEST(LargeChart, HasNoLegendThatItHasNoRoomFor) {
                                      {QSize(340, 220), false},
                                      {QSize(900, 600), true}}) {
         chart.resize(size);
-        QTest::qWait(30);
+        test::Pause(30);
         EXPECT_EQ(plot.legend->visible(), seen) << size.width();
         EXPECT_TRUE(!seen || plot.axisRect()->rect().contains(plot.legend->outerRect()));
     }

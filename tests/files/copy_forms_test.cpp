@@ -13,6 +13,7 @@
 #include "files/frmProgress.h"
 #include "files/frmStatusBar.h"
 #include "tests/files/file_window.h"
+#include "tests/support/pause.h"
 
 namespace davo::test {
 namespace {
@@ -106,7 +107,7 @@ TEST_F(CopyWindow, SticksComeAndGo) {
     auto* first = Find<QPushButton>("cmdDrive0");
     first->setFocus();
     drives[0].free -= 4096;
-    QTest::qWait(1200);
+    test::Pause(1200);
     EXPECT_TRUE(first->hasFocus()) << "what another program writes takes no button away";
     drives.pop_back();
     ASSERT_TRUE(Until([this] { return Sticks().size() == 1; }));
@@ -443,7 +444,7 @@ TEST_F(StatusBarWindow, CancelClosesAtOnce) {
     EXPECT_EQ(unloaded, 1);
     const std::size_t copied = NamesIn(target).size();
     EXPECT_LT(copied, kFiles);
-    QTest::qWait(50);
+    test::Pause(50);
     EXPECT_EQ(NamesIn(target).size(), copied);
 }
 
@@ -462,8 +463,8 @@ TEST(ProgressWindow, FillsInFourSteps) {
     std::vector<int> values{bar->value()};
     QObject::connect(bar, &QProgressBar::valueChanged, &window,
                      [&](int value) { values.push_back(value); });
-    EXPECT_TRUE(QTest::qWaitFor([&] { return values.size() == 5; }));
-    QTest::qWait(400);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return values.size() == 5; }, test::kPatience));
+    test::Pause(400);
     EXPECT_THAT(values, ElementsAre(0, 25, 50, 75, 100));
     window.Form_Load();
     EXPECT_EQ(bar->value(), 0);

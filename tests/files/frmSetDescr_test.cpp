@@ -12,6 +12,7 @@
 #include "tests/support/controls.h"
 #include "tests/support/data_folder.h"
 #include "tests/support/file_size_limit.h"
+#include "tests/support/pause.h"
 #include "ui/page_input.h"
 
 namespace davo::test {
@@ -98,7 +99,7 @@ TEST_F(SetDescrWindow, MarksTheKneepointsThatAreChosenByThenInACertificate) {
     window->resize(1300, 700);  // room for the panel
     const QString page = settings.dataPath + u"page.html"_s;
     prompts.files = {page};
-    ASSERT_TRUE(QTest::qWaitFor([this] { return Find<QPushButton>("cmdSavePdf")->isEnabled(); }));
+    ASSERT_TRUE(Until([this] { return Find<QPushButton>("cmdSavePdf")->isEnabled(); }));
     Click("cmdSavePdf");
     EXPECT_THAT(ReadWholeFile(page), HasSubstr("Kneepoint by IEEE 30"));
 }
@@ -699,7 +700,7 @@ TEST_F(SetDescrWindow, EscapeNeitherDropsNorSavesWhatWasTyped) {
     const std::string before = Bytes("T1");
     Type("txtHeader0", "typed");
     QTest::keyClick(Box("txtHeader0"), Qt::Key_Escape);
-    QTest::qWait(20);
+    test::Pause(20);
     ASSERT_FALSE(window.isNull());
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(Box("txtHeader0")->text(), u"typed"_s);
@@ -716,7 +717,7 @@ TEST_F(SetDescrWindow, F5ReadsTheFolderAgainAndKeepsTheFileInHand) {
     Type("txtHeader0", "typed");
     Put("T0", HeaderOfT1("East", "1") + ShotText(1));
     QTest::keyClick(Box("txtHeader0"), Qt::Key_F5);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_THAT(Column(0), UnorderedElementsAre("T0", "T1", "T2"));
     EXPECT_THAT(Text("lblFilename"), StartsWith("T1 **"));
     EXPECT_EQ(Text("txtTestNumData"), "2");
@@ -726,7 +727,7 @@ TEST_F(SetDescrWindow, F5ReadsTheFolderAgainAndKeepsTheFileInHand) {
     EXPECT_EQ(List()->selectedItems().front()->text(0), u"T1"_s);
     DeleteFile(PathOf("T1"));
     QTest::keyClick(Box("txtHeader0"), Qt::Key_F5);
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(Text("lblFilename"), "");
     EXPECT_FALSE(Enabled("cmdSave"));
     EXPECT_THAT(prompts.shown, IsEmpty());

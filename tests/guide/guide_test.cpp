@@ -18,6 +18,7 @@
 
 #include "tests/support/controls.h"
 #include "tests/support/fake_prompts.h"
+#include "tests/support/pause.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
 #include "ui/dialog_prompts.h"
@@ -270,7 +271,7 @@ TEST_F(Guide, OtherKeysGoOn) {
     QTest::keyClick(window.windowHandle(), Qt::Key_A);
     QTest::keyClick(window.windowHandle(), Qt::Key_F2);
     QTest::keyClick(window.windowHandle(), Qt::Key_F1, Qt::ControlModifier);
-    QTest::qWait(50);
+    test::Pause(50);
     EXPECT_EQ(window.line->text(), u"a"_s);
     EXPECT_THAT(opened.Paths(), IsEmpty());
 }
@@ -280,7 +281,7 @@ TEST_F(Guide, AKeyThatIsHeldDownOpensItOnce) {
     Shown window("frmConfig");
     QKeyEvent held(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier, {}, true);
     QApplication::sendEvent(window.line, &held);
-    QTest::qWait(50);
+    test::Pause(50);
     EXPECT_THAT(opened.Paths(), IsEmpty());
 }
 

@@ -15,7 +15,7 @@
 
 namespace davo::test {
 
-inline constexpr std::chrono::seconds kPatience{20};
+inline constexpr std::chrono::seconds kPatience{60};
 
 inline bool LinkExists(const std::string& path) {
     struct stat info {};

@@ -13,7 +13,7 @@ namespace {
 
 using namespace instrument;
 
-constexpr int kLinePatienceMs = 20000;
+constexpr int kLinePatienceMs = 60000;
 
 std::string StartProgram(QProcess& process, const char* program, const QStringList& arguments) {
     process.start(QString::fromUtf8(program), arguments);

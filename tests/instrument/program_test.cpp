@@ -15,7 +15,7 @@ namespace {
 
 using namespace instrument;
 
-constexpr int kPatienceMs = 20000;
+constexpr int kPatienceMs = 60000;
 
 CommandLine Parse(const std::vector<std::string>& arguments) {
     return ParseCommandLine(arguments, 99);

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "tests/retrieval/header_window.h"
+#include "tests/support/pause.h"
 #include "tests/support/processor_share.h"
 #include "tests/support/scripted_link.h"
 
@@ -326,7 +327,7 @@ TEST_F(HeaderModes, NoStatusIsCut) {
                              "Not in the DAVO yet. Press Save to DAVO.\n"
                              "8 fields were cut to 20 characters."}) {
         Find<QLabel>("lblUsed")->setText(QLatin1String(text));
-        QTest::qWait(20);
+        test::Pause(20);
         EXPECT_THAT(CutTextsOf(*window), IsEmpty()) << text;
     }
 }

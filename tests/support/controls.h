@@ -19,7 +19,7 @@
 
 namespace davo::test {
 
-inline constexpr int kPatience = 10000;  // ms until a condition must have come true
+inline constexpr int kPatience = 60000;  // ms until a condition must have come true
 
 inline bool Until(const std::function<bool()>& condition) {
     return QTest::qWaitFor(condition, kPatience);

@@ -32,7 +32,7 @@ inline KilledRun RunKilled(const char* program, const QStringList& arguments, co
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("verify_asan_link_order=0"));
     process.setProcessEnvironment(environment);
     process.start(QString::fromLocal8Bit(program), arguments);
-    EXPECT_TRUE(process.waitForFinished());
+    EXPECT_TRUE(process.waitForFinished(60'000));
     const bool killed = process.exitStatus() == QProcess::CrashExit;
     if (!killed) {
         EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "records/unsaved_sessions.h"
+#include "tests/support/pause.h"
 #include "tests/support/read_record.h"
 #include "tests/testing/test_window.h"
 
@@ -178,12 +179,12 @@ TEST_F(TestWindow, ExitAfterRepeatStays) {
     OpenAndRun();
     Click("cmdContinue");
     Click("cmdExit");
-    QTest::qWait(50);
+    test::Pause(50);
     ASSERT_FALSE(window.isNull());
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(prompts.shown.empty());
     clock.Set(clock.Now().addSecs(60));
-    QTest::qWait(100);
+    test::Pause(100);
     EXPECT_EQ(Text("lblTime"), "11/21/2026 - 02:05:09 PM") << "its timers are stopped";
 }
 

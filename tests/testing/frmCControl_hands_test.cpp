@@ -6,6 +6,7 @@
 #include <chrono>
 #include <set>
 
+#include "tests/support/pause.h"
 #include "tests/testing/test_window.h"
 #include "ui/fit_label.h"
 #include "ui/page_input.h"
@@ -208,12 +209,12 @@ TEST_F(TestWindow, TheButtonsKeepTheirPlacesInAShot) {
         EXPECT_GT(before[i].left(), before[i - 1].right());
     StartToRange();
     EXPECT_EQ(Text("cmdContinue"), "&OK");
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(placesNow(), before);
     Click("cmdContinue");
     EndShot();
     EXPECT_EQ(Text("cmdContinue"), "&Repeat Test");
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_EQ(placesNow(), before);
 }
 
@@ -273,7 +274,7 @@ TEST_P(LetterSize, NothingIsCut) {
     Click("cmdStart");
     clock.Advance(std::chrono::seconds(1000));
     ASSERT_TRUE(Until([this] { return Label("lblNotice")->isVisible(); }));
-    QTest::qWait(20);
+    test::Pause(20);
     CheckNothingIsCut("silent");
     Say("MESSAGE=TURN VOLTAGE DRIVE TO ZERO...");
     CheckNothingIsCut("zero");
@@ -285,7 +286,7 @@ TEST_P(LetterSize, NothingIsCut) {
     CheckNothingIsCut("saturation");
     clock.Advance(std::chrono::seconds(1000));
     ASSERT_TRUE(Until([this] { return Label("lblNotice")->isVisible(); }));
-    QTest::qWait(20);
+    test::Pause(20);
     CheckNothingIsCut("aged");
     Say("MESSAGE=VOLTAGE TOO HIGH!");
     EXPECT_EQ(Text("lblMessage"), "VOLTAGE TOO HIGH! TURN VOLTAGE DOWN!");
@@ -302,13 +303,13 @@ TEST_P(LetterSize, NothingIsCut) {
     Click("cmdContinue");
     Click("cmdExit");
     ASSERT_TRUE(Label("lblNotice")->isVisible());
-    QTest::qWait(20);
+    test::Pause(20);
     CheckNothingIsCut("dropped");
     StartFullShot();
     port.Unplug();
     ASSERT_TRUE(Until([this] { return !state.portOpen; }));
     ASSERT_TRUE(Label("lblNotice")->isVisible());
-    QTest::qWait(20);
+    test::Pause(20);
     CheckNothingIsCut("lost");
 }
 

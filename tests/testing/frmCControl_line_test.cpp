@@ -4,6 +4,7 @@
 #include <QPalette>
 #include <chrono>
 
+#include "tests/support/pause.h"
 #include "tests/testing/test_window.h"
 #include "ui/fit_label.h"
 
@@ -72,7 +73,7 @@ TEST_F(TestWindowLine, ALossStaysOnTheWindowUntilThePortIsBack) {
     EXPECT_TRUE(Shows("CONNECTION LOST"));
     EXPECT_FALSE(Label("lblMessage")->isVisible());
     EXPECT_EQ(Text("txtVolt"), "");
-    QTest::qWait(1100);
+    test::Pause(1100);
     EXPECT_TRUE(Shows("CONNECTION LOST"));
     pluggedIn = true;
     port.sent.clear();
@@ -138,7 +139,7 @@ TEST_F(TestWindowLine, ADeletedFolderLeavesTheRunningPromptReadable) {
     ASSERT_TRUE(Until([this] { return Label("lblDamage")->isVisible(); }));
     clock.Advance(3s);
     ASSERT_TRUE(Until([this] { return Label("lblNotice")->isVisible(); }));
-    QTest::qWait(20);
+    test::Pause(20);
     for (const char* name : {"lblMessage", "lblNotice"}) {
         const auto* label = dynamic_cast<FitLabel*>(Label(name));
         ASSERT_NE(label, nullptr);

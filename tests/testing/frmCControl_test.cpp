@@ -5,6 +5,7 @@
 
 #include <QDialog>
 
+#include "tests/support/pause.h"
 #include "tests/testing/test_window.h"
 
 namespace davo::test {
@@ -146,7 +147,7 @@ TEST_F(TestWindow, TheRatioPromptBeepsTwice) {
     beeps = 0;
     Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
     ASSERT_TRUE(Until([this] { return beeps == 2; }));
-    QTest::qWait(1200);
+    test::Pause(1200);
     EXPECT_EQ(beeps, 2);
 }
 

@@ -9,6 +9,7 @@
 
 #include "curves/chart_look.h"
 #include "tests/records/captures.h"
+#include "tests/support/pause.h"
 #include "tests/testing/test_window.h"
 #include "ui/fit_label.h"
 
@@ -69,7 +70,7 @@ TEST_F(LiveCurveWindow, ABurstIsPaintedTenTimesASecondAtMost) {
     OpenAndStart();
     Say("I=0.0100 V=10");
     ASSERT_TRUE(Until([this] { return Chart()->isVisible() && Chart()->Paints() > 0; }));
-    QTest::qWait(300);
+    test::Pause(300);
     const int before = Chart()->Paints();
     QElapsedTimer time;
     time.start();
@@ -182,7 +183,7 @@ TEST_F(LiveCurveWindow, ALostPortLeavesTheChartOnALaptopsScreen) {
     ASSERT_TRUE(Chart()->isVisible());
     Unplug();
     EXPECT_TRUE(Chart()->isVisible()) << "at once, before anything is laid out again";
-    QTest::qWait(20);
+    test::Pause(20);
     EXPECT_TRUE(Chart()->isVisible());
     const auto* notice = dynamic_cast<FitLabel*>(Label("lblNotice"));
     ASSERT_NE(notice, nullptr);
@@ -205,7 +206,7 @@ TEST_F(LiveCurveWindow, OfADamagedRecordTheReadingsStay) {
     EXPECT_TRUE(prompts.shown.back().startsWith(
         u"The record of this shot is damaged: 290 of 296 digits."_s));
     EXPECT_TRUE(Chart()->isVisible());
-    QTest::qWait(150);
+    test::Pause(150);
     EXPECT_EQ(Chart()->Across(), (LogSpan{-2, -1}));
     const auto* damage = dynamic_cast<FitLabel*>(Label("lblDamage"));
     ASSERT_NE(damage, nullptr);
@@ -248,7 +249,7 @@ TEST_F(LiveCurveWindow, TheRatioTestAddsNoReadings) {
     Say("I=0.0123 V=152.4");
     Say("MESSAGE=RATIO TEST, 100V MAX (LESS IF RATIO LESS THAN 10:1)");
     Say("I=5 V=52.4");
-    QTest::qWait(150);
+    test::Pause(150);
     EXPECT_EQ(Chart()->Across(), (LogSpan{-2, -1}));
 }
 
@@ -274,15 +275,15 @@ TEST(LiveCurve, EarlierShotsAreFaintAndWithoutKneepoints) {
         return Painted(*live.Chart(), colour) > kOfACurve;
     };
     live.StartShot(false);
-    QTest::qWait(150);
+    test::Pause(150);
     EXPECT_FALSE(shows(colours.faint));
     live.CompleteShot(CaptureBlock(ImageWithPoints(12)));
-    QTest::qWait(150);
+    test::Pause(150);
     EXPECT_TRUE(shows(colours.curves[0]));
     EXPECT_FALSE(shows(colours.faint));
     const int withKnees = Painted(*live.Chart(), colours.text);
     live.StartShot(false);
-    QTest::qWait(150);
+    test::Pause(150);
     EXPECT_FALSE(shows(colours.curves[0]));
     EXPECT_TRUE(shows(colours.faint));
     EXPECT_LT(Painted(*live.Chart(), colours.text), withKnees);

@@ -12,6 +12,7 @@
 #include "curves/chart_look.h"
 #include "reports/record_texts.h"
 #include "tests/records/captures.h"
+#include "tests/support/pause.h"
 #include "tests/testing/test_window.h"
 #include "ui/fit_label.h"
 
@@ -302,7 +303,7 @@ TEST_F(ResultCard, WhatIsBeingTypedIsNotSaidToBeOnTheDisk) {
     OpenAndRun();
     Type("txtHVolt", "1200");
     EXPECT_EQ(Text("lblDisk"), "Shot 1 is on the disk, but not yet what you type.");
-    QTest::qWait(1200);  // the window has looked around
+    test::Pause(1200);  // the window has looked around
     EXPECT_EQ(Text("lblDisk"), "Shot 1 is on the disk, but not yet what you type.");
     Type("txtXVolt", "5");
     Button("cmdStart")->setFocus();
@@ -377,10 +378,10 @@ TEST_F(ResultCard, NothingMovesWhenAShotEnds) {
     ASSERT_TRUE(Find<QWidget>("chtLive")->isVisible());
     const auto before = whereAll();
     EndShotWith(SaturatedImage(), "-");
-    QTest::qWait(50);
+    test::Pause(50);
     EXPECT_EQ(whereAll(), before);
     Click("cmdContinue");  // "&Repeat Test"
-    QTest::qWait(50);
+    test::Pause(50);
     auto frames = whereAll();
     frames[0] = before[0];  // the chart goes with the shot
     frames[1] = before[1];
@@ -393,7 +394,7 @@ TEST_F(ResultCard, ItKeepsItsSizeOnASmallScreen) {
     EndShotWith(SaturatedImage(), " ");
     EXPECT_EQ(main.size(), QSize(1024, 600));
     EXPECT_TRUE(Until([this] { return Find<QWidget>("chtLive")->isVisible(); }));
-    QTest::qWait(50);
+    test::Pause(50);
     EXPECT_GE(CardPoints(), kLeastPoints);
     EXPECT_GE(Fit("lblDisk").FittedPixelSize(), Fit("lblDisk").LeastPixelSize());
     CardHas(u"UNDETERMINED"_s);

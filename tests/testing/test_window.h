@@ -11,6 +11,7 @@
 #include "retrieval/frmHeader.h"
 #include "testing/frmCControl.h"
 #include "tests/support/controls.h"
+#include "tests/support/pause.h"
 #include "tests/testing/sequence_rig.h"
 #include "ui/page_header.h"
 
@@ -72,7 +73,7 @@ class TestWindow : public ::testing::Test, public SessionParts<RealTimePort>, pu
     // What the instrument says arrives.
     void Say(const std::string& line) {
         port.Deliver(line + "\r\n");
-        QTest::qWait(20);
+        test::Pause(20);
     }
     void Unplug() {
         port.Unplug();

@@ -21,6 +21,7 @@
 #include "common/files.h"
 #include "common/run_time_error.h"
 #include "tests/support/controls.h"
+#include "tests/support/pause.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/testing.h"
 #include "ui/contrast.h"
@@ -481,7 +482,7 @@ TEST(SaveFilePrompt, TypingReplacesTheProposal) {
     QWidget above;  // as the program has it
     ASSERT_TRUE(test::ShowActive(above));
     const auto shown = WhenShown::Do<QFileDialog>("cdFile", [](QFileDialog& dialog) {
-        QTest::qWait(300);
+        test::Pause(300);
         EXPECT_EQ(dialog.findChild<QLineEdit*>(u"fileNameEdit"_s)->selectedText(), u"NORTH"_s);
         QTest::keyClicks(dialog.focusWidget(), u"T3"_s);
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);

@@ -13,6 +13,7 @@
 #include "tests/curves/small_chart.h"
 #include "tests/support/controls.h"
 #include "tests/support/data_folder.h"
+#include "tests/support/pause.h"
 #include "tools/pictures/pictures.h"
 
 namespace davo::test {
@@ -122,7 +123,7 @@ class CurvePictures : public DataFolder {
         panel.OfferCompare(settings);
         ShowPanel(panel, {DataFile(QLatin1String(record))});
         panel.resize(size);
-        QTest::qWait(60);
+        test::Pause(60);
         FindIn<QTabBar>(panel, "tabPanel")->setCurrentIndex(1);
         album_.Grab(panel, u"compare-"_s + QLatin1String(name));
     }
@@ -166,7 +167,7 @@ class CurvePictures : public DataFolder {
         for (double current = 0.003; current < 2; current *= 1.3)
             chart.AppendPoint(1, {current, 300 * current / (current + 0.05)});
         chart.show();
-        QTest::qWait(50);
+        test::Pause(50);
         for (int i = 0; i < 2; ++i)
             QTest::keyClick(chart.focusProxy(), Qt::Key_Right, Qt::ControlModifier);
         album_.Grab(chart, u"chart-readings"_s);
@@ -183,7 +184,7 @@ class CurvePictures : public DataFolder {
              {std::pair("cmdSavePng", "png"), std::pair("cmdSavePdf", "pdf")}) {
             prompts.files = {album_.Path(u"saved-%1.%2"_s.arg(records).arg(QLatin1String(kind)))};
             prompts.answers = {Answer::Yes};
-            QTest::qWait(80);
+            test::Pause(80);
             FindIn<QAbstractButton>(panel, button)->click();
         }
     }
@@ -209,7 +210,7 @@ class CurvePictures : public DataFolder {
         album_.Grab(window, u"window-"_s + QLatin1String(name));
         if (auto* tests = window.template findChild<QListWidget*>(u"lstTest"_s);
             tests != nullptr && tests->isVisible()) {
-            QTest::qWait(50);
+            test::Pause(50);
             tests->setCurrentRow(0);
         }
         for (const char* graph : {"cmdOp0", "cmdOp1"}) {
@@ -218,7 +219,7 @@ class CurvePictures : public DataFolder {
             album_.Grab(window, u"window-"_s + QLatin1String(graph));
             auto* list = FindIn<QTreeWidget>(window, "lvTest");
             list->setCurrentItem(list->findItems(u"THREE"_s, Qt::MatchExactly).front());
-            QTest::qWait(50);
+            test::Pause(50);
         }
         window.resize(1000, 560);
         album_.Grab(window, u"window-small-"_s + QLatin1String(name));

@@ -14,6 +14,7 @@
 #include "files/frmStatusBar.h"
 #include "tests/support/controls.h"
 #include "tests/support/data_folder.h"
+#include "tests/support/pause.h"
 #include "tools/pictures/pictures.h"
 #include "ui/page_header.h"
 
@@ -70,7 +71,7 @@ class FilePictures : public FilesFolder {
         progress.resize(400, 80);
         progress.Form_Load();
         progress.show();
-        QTest::qWait(600);
+        test::Pause(600);
         album_.Save(progress, u"progress"_s);
     }
 
@@ -113,7 +114,7 @@ class FilePictures : public FilesFolder {
         path->setText(folder.Path("USB-Stick"));
         // The copying goes no further meanwhile.
         QTimer::singleShot(0, &window, [&] {
-            QTest::qWait(80);
+            test::Pause(80);
             album_.Save(window, u"copying"_s);
         });
         FindIn<QPushButton>(window, "cmdOK")->click();
@@ -161,7 +162,7 @@ class RecordHeaderPictures : public FilesFolder {
             ClickIn(*window, "cmdSave");
             album.Grab(main, u"saved"_s);
             records->setCurrentItem(records->topLevelItem(0));
-            QTest::qWait(50);
+            test::Pause(50);
             tests->setCurrentRow(30);
             album.Grab(main, u"long"_s);
         });

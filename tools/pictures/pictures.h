@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tests/support/pause.h"
 #include "tests/support/testing.h"
 #include "tools/pictures/cut_texts.h"
 
@@ -42,7 +43,7 @@ class Album {
 
     // When what is on its way has come. On a busy machine the panel needs 100 ms for sixty tests.
     void Grab(QWidget& window, const QString& name) const {
-        QTest::qWait(wanted_.isEmpty() || wanted_.contains(name) ? 250 : 20);
+        test::Pause(wanted_.isEmpty() || wanted_.contains(name) ? 250 : 20);
         Save(window, name);
     }
     void ShowAndGrab(QWidget& window, const QString& name) const {

@@ -5,6 +5,7 @@
 #include "tests/retrieval/record_download_rig.h"
 #include "tests/retrieval/test_list_window.h"
 #include "tests/support/instrument_link.h"
+#include "tests/support/pause.h"
 #include "tools/pictures/pictures.h"
 
 namespace davo::test {
@@ -54,7 +55,7 @@ class ListPictures : public TestListWindow {
     }
     // The folder has another name each time.
     void Grab(const QString& name) {
-        QTest::qWait(20);
+        test::Pause(20);
         FindIn<QLineEdit>(*window, "txtFolder")
             ->setText(u"/home/technician/Documents/DAVO/Shots_Data/"_s);
         album_.Grab(*window, name);

@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "tests/records/captures.h"
+#include "tests/support/pause.h"
 #include "tests/testing/test_window.h"
 #include "tools/pictures/pictures.h"
 
@@ -39,7 +40,7 @@ class TestWindowPictures : public TestWindow {
         Unplug();
         Grab("lost");
         pluggedIn = true;
-        QTest::qWait(1100);
+        test::Pause(1100);
         Grab("port-back");
 
         StartFullShot();
@@ -61,7 +62,7 @@ class TestWindowPictures : public TestWindow {
         RunFullShot();
         Grab("refused");
         QDir(places.scratchFolder).removeRecursively();
-        QTest::qWait(1100);
+        test::Pause(1100);
         Grab("folder-deleted");
     }
 
