@@ -76,6 +76,8 @@ LogLine::Open LogLine::OpenAt(double x) const {
     const double right = (next < last ? 1 : 2) * (nodes[next].x - x);
     const bool turns = (before.below < before.above) != (after.below < after.above);
     const auto open = [=](double one, double other) {
+        // At a node nothing is open; the slope beside it may be infinite.
+        if (left <= 0 || right <= 0) return 0.0;
         return std::max(turns ? std::max(one, other) * std::min(left, right)
                               : std::min(one * left, other * right),
                         0.0);
