@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 class QLabel;
@@ -24,7 +25,7 @@ class RecordFilter : public QWidget {
     void Count();
     void EnterList();
 
-    RecordList& list_;
+    QPointer<RecordList> list_;
     QLineEdit* txtFilter_;
     QLabel* lblFiltered_;
 };
