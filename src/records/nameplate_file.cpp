@@ -64,7 +64,8 @@ void KeepNameplate(const QString& folder, std::string_view serial, const Namepla
     std::string line = ToPage(FromPage(serial).simplified()).value_or("");
     for (const std::string& text : texts)
         line.append("\t").append(text);
-    if (texts != NameplateTexts()) lines.push_back(line);
+    const auto isTyped = [](const std::string& text) { return !text.empty(); };
+    if (std::ranges::any_of(texts, isTyped)) lines.push_back(line);
     ReplaceFile(folder + QLatin1String(kNameplateFileName), JoinLines(lines));
 }
 
