@@ -89,7 +89,11 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
         if (AreAmperesAndVolts(units[1], units[0])) std::swap(point.current, point.voltage);
         points.push_back(point);
     }
-    if (points.empty()) throw RunTimeError(ErrorNumber::InputPastEnd, "no point in the file");
+    const auto isAboveZero = [](const CurvePoint& point) {
+        return point.current > 0 && point.voltage > 0;
+    };
+    if (std::ranges::none_of(points, isAboveZero))
+        throw RunTimeError(ErrorNumber::InputPastEnd, "no point above zero in the file");
     return points;
 }
 

@@ -90,9 +90,13 @@ TEST(ReferenceCurve, SaysWhatIsNoPoint) {
     EXPECT_EQ(Error("0.01,175,3\n"), mismatch + "1");
     EXPECT_EQ(Error("0,01,175\n"), mismatch + "1");
     EXPECT_EQ(Error("A;kV\n0,01;0,175\n1;1e308\n"), mismatch + "3");
-    const std::string none = "Run-time error '62': Input past end of file: no point in the file";
+    const std::string none =
+        "Run-time error '62': Input past end of file: no point above zero in the file";
     EXPECT_EQ(Error(""), none);
     EXPECT_EQ(Error("Current in A,Voltage in V\n"), none);
+    // One column with a decimal comma.
+    EXPECT_EQ(Error("V\n0,1\n0,2\n0,3\n"), none);
+    EXPECT_EQ(Error("A;V\n0;0\n-1;5\n"), none);
 }
 
 }  // namespace
