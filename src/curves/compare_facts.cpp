@@ -100,7 +100,7 @@ QString Heading(const QString& html) {
 
 // The sentence in the colour of its verdict.
 QString Judged(const Finding& finding, const QPalette& palette) {
-    const QString text = FromPage(finding.sentence).toHtmlEscaped();
+    QString text = FromPage(finding.sentence).toHtmlEscaped();
     if (finding.verdict == Verdict::None) return text;
     constexpr double kTextContrast = 4.5;
     const QColor colour =
@@ -412,7 +412,7 @@ QString CompareFacts::Text() {
     const Finding worst{VerdictOf(comparison, limit), SentenceOf(comparison, limit)};
     sentences_ += against_ + QLatin1Char(' ') + referenceName_;
     sentences_ += FromPage(worst.sentence);
-    const QString html = Heading(Judged(worst, palette()));
+    QString html = Heading(Judged(worst, palette()));
     if (comparison.reason != NotCompared::No) return html;
     return html + TableOf(comparison) +
            Paragraphs({{Verdict::None, KneeSentenceOf(comparison.knee)}});
@@ -424,12 +424,11 @@ std::vector<ChartCurve> CompareFacts::Curves() const {
     if (points.empty()) return curves;
     curves.push_back({referenceName_, points, {}, CurveLook::Normal});
     if (const std::optional<double> limit = LimitOf(*txtLimit_)) {
-        for (const double part : {-*limit / 100, *limit / 100}) {
-            ChartCurve edge{{}, points, {}, CurveLook::Faint};
-            for (CurvePoint& point : edge.points)
-                point.voltage *= 1 + part;
-            curves.push_back(std::move(edge));
-        }
+        ChartCurve band{{}, points, {}, CurveLook::Band};
+        band.points.insert(band.points.end(), points.rbegin(), points.rend());
+        for (std::size_t i = 0; i < band.points.size(); ++i)
+            band.points[i].voltage *= 1 + (i < points.size() ? *limit : -*limit) / 100;
+        curves.push_back(std::move(band));
     }
     return curves;
 }

@@ -37,7 +37,7 @@ class CompareFacts : public QWidget {
     // it is still offered. The kneepoints are those of rule.
     void Compare(const ShownRecords& shown, std::size_t test, const QString& folder, KneeRule rule);
 
-    // Both curves, and the reference's with the limit added and taken off.
+    // Both curves, and the band of the limit around the reference's.
     std::vector<ChartCurve> Curves() const;
     // What is said of the test, without tables and the other years; the first names what with.
     QStringList Sentences() const { return sentences_; }

@@ -200,7 +200,7 @@ QCPCurve* CurvePlot::CurveOf(const ChartCurve& curve) {
         return showsWhole_ ? static_cast<int>(kMarkerSize) : 0;
     });
     // Behind the others, and behind the lines of none.
-    if (curve.look == CurveLook::Faint) drawn->setLayer(QStringLiteral("grid"));
+    if (IsBehind(curve.look)) drawn->setLayer(QStringLiteral("grid"));
     drawn->setName(curve.name);
     QVector<QCPCurveData> shown;
     for (const CurvePoint& point : curve.points) {
@@ -208,7 +208,7 @@ QCPCurve* CurvePlot::CurveOf(const ChartCurve& curve) {
             shown.append({static_cast<double>(shown.size()), point.current, point.voltage});
     }
     drawn->data()->set(shown, true);
-    if (curve.look != CurveLook::Faint && !curve.name.isEmpty()) drawn->addToLegend();
+    if (!IsBehind(curve.look) && !curve.name.isEmpty()) drawn->addToLegend();
     return drawn;
 }
 
@@ -312,7 +312,7 @@ void CurvePlot::PlaceInside() {
         QRectF(axisRect()->rect()).adjusted(kInsideRoom, kInsideRoom, -kInsideRoom, -kInsideRoom);
     std::vector<QPolygonF> curves;
     for (const Line& line : lines_) {
-        if (line.curve.look == CurveLook::Faint) continue;
+        if (IsBehind(line.curve.look)) continue;
         QPolygonF curve;
         for (const QCPCurveData& point : *line.drawn->data())
             curve += PixelOf({point.key, point.value});
@@ -414,19 +414,23 @@ void CurvePlot::TakeColours(const ChartColours& colours) {
 void CurvePlot::StyleLine(const Line& line, std::size_t look) const {
     if (line.curve.look == CurveLook::Faint) {
         line.drawn->setPen(QPen(colours_.faint, kCurveWidth));
-        line.drawn->setScatterStyle(QCPScatterStyle::ssNone);
         return;
     }
-    const QColor colour = colours_.curves.at(look % kCurveLooks);
+    const bool isBand = line.curve.look == CurveLook::Band;
+    QColor colour = colours_.curves.at((isBand ? look - 1 : look) % kCurveLooks);
+    if (isBand) {
+        colour.setAlphaF(0.25F);  // the grid is seen through it
+        line.drawn->setPen(Qt::NoPen);
+        line.drawn->setBrush(colour);
+        return;
+    }
     QPen marker(colour, kCurveWidth);
     if (line.curve.look == CurveLook::Readings) {
         line.drawn->setPen(QPen(colour, 1));
         line.drawn->setScatterStyle({Shape::ssDisc, marker, colour, kMarkerSize});
         return;
     }
-    QPen pen(colour, kCurveWidth);
-    pen.setStyle(kDashes.at(look % kDashes.size()));
-    line.drawn->setPen(pen);
+    line.drawn->setPen(QPen(colour, kCurveWidth, kDashes.at(look % kDashes.size())));
     const Shape shape = kMarkers.at(look % kMarkers.size());
     line.drawn->setScatterStyle({shape, marker, colours_.base, kMarkerSize});
 }

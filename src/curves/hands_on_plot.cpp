@@ -58,7 +58,8 @@ std::vector<Crosshair> HandsOnPlot::Places() const {
     std::vector<Crosshair> places;
     for (const Line& line : Lines()) {
         for (const CurvePoint& point : line.curve.points) {
-            if (CanBeDrawn(point)) places.push_back({line.curve.name, point});
+            if (CanBeDrawn(point) && line.curve.look != CurveLook::Band)
+                places.push_back({line.curve.name, point});
         }
     }
     return places;

@@ -39,9 +39,11 @@ constexpr int kWideWidth = 680;
 constexpr double kWideShape = 1.4;
 // One that is as wide as that has the doubts beside the results.
 constexpr int kFactsWidth = 560;
-// What the chart has of the room, of a hundred that the facts have: below each other, beside.
+// What the chart has of the room, of a hundred that the facts have: below each other, beside, and
+// above a comparison.
 constexpr int kShareBelow = 275;
 constexpr int kShareBeside = 150;
+constexpr int kShareCompared = 125;
 constexpr int kShareOfOther = 100;
 constexpr int kRoom = 6;
 constexpr QSize kPicture(1600, 1100);
@@ -166,6 +168,7 @@ void RecordPanel::OfferCompare(Settings& settings) {
     tabs_->addTab(QStringLiteral("Record"));
     tabs_->addTab(QStringLiteral("Compare"));
     tabs_->setExpanding(false);
+    tabs_->setFocusPolicy(Qt::StrongFocus);
     compare_ = new CompareFacts(settings, prompts_, this);
     // The chart keeps its height.
     top_->addWidget(tabs_, 0, Qt::AlignVCenter);
@@ -331,7 +334,7 @@ void RecordPanel::Arrange() {
     ShowDoubts();
     const bool below = !beside && width() >= kFactsWidth;
     body_->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    body_->setStretch(0, beside ? kShareBeside : Compares() ? kShareOfOther : kShareBelow);
+    body_->setStretch(0, beside ? kShareBeside : Compares() ? kShareCompared : kShareBelow);
     body_->setStretch(1, kShareOfOther);
     facts_->setDirection(below ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     // Above the doubts the results have all that they need.

@@ -33,8 +33,15 @@ struct KneeMark {
 enum class CurveLook {
     Normal,    // line with markers; dash and marker by the curve's place in the list
     Faint,     // pale, behind the others, not in the legend
+    Band,      // the area that the points go around, in the colour of the curve in front of it in
+               // the list; behind the others, not in the legend, and nothing to point at
     Readings,  // points as they arrive, the last one marked
 };
+
+// Of which the legend has nothing.
+inline bool IsBehind(CurveLook look) {
+    return look == CurveLook::Faint || look == CurveLook::Band;
+}
 
 struct ChartCurve {
     QString name;  // for the legend and the crosshair

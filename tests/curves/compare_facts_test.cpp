@@ -111,16 +111,22 @@ TEST_F(ComparedRecords, ShowsBothCurvesAndTheBandOfTheLimit) {
     CompareFacts facts(settings, prompts, nullptr);
     facts.Compare(shown, 0, settings.dataPath, KneeRule::Asa1050);
     const std::vector<ChartCurve> curves = facts.Curves();
-    ASSERT_THAT(curves, SizeIs(4));
+    ASSERT_THAT(curves, SizeIs(3));
+    const std::size_t count = curves[1].points.size();
+    ASSERT_THAT(curves[2].points, SizeIs(2 * count)) << "there and back";
     EXPECT_EQ(curves[0].points, shown.Tests()[0].test->points);
     EXPECT_EQ(curves[1].name, u"FIRST Test 1"_s);
     for (std::size_t i = 0; i < curves[1].points.size(); ++i) {
         const double volts = curves[1].points[i].voltage;
         EXPECT_NEAR(volts, 1.25 * curves[0].points[i].voltage, 0.13);
-        EXPECT_DOUBLE_EQ(curves[2].points[i].voltage, 0.9 * volts);
-        EXPECT_DOUBLE_EQ(curves[3].points[i].voltage, 1.1 * volts);
+        const CurvePoint& above = curves[2].points[i];
+        const CurvePoint& below = curves[2].points[2 * count - 1 - i];
+        EXPECT_DOUBLE_EQ(above.voltage, 1.1 * volts);
+        EXPECT_DOUBLE_EQ(below.voltage, 0.9 * volts);
+        EXPECT_EQ(above.current, curves[1].points[i].current);
+        EXPECT_EQ(below.current, curves[1].points[i].current);
     }
-    EXPECT_EQ(curves[2].look, CurveLook::Faint);
+    EXPECT_EQ(curves[2].look, CurveLook::Band);
 }
 
 TEST_F(ComparedRecords, ShowsTheKneepointsOfTheSerialNumberOverTheYears) {

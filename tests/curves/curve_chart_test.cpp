@@ -210,6 +210,18 @@ TEST_F(Chart, TheWheelZoomsAtThePointer) {
     EXPECT_EQ(chart.Across(), across);
 }
 
+TEST_F(Chart, ABandIsNothingToPointAt) {
+    const ChartCurve band{{}, {{0.02, 28}, {2, 230}, {2, 270}, {0.02, 32}}, {}, CurveLook::Band};
+    chart.SetCurves({One(), band});
+    QTest::qWait(20);
+    EXPECT_LT(chart.Up().low, std::log10(28)) << "and yet the axes hold it";
+    for (const char* said : {"Test 1: 0.02 A, 30 V", "Test 1: 0.1 A, 100 V", "Test 1: 2 A, 250 V",
+                             "Test 1: 2 A, 250 V"}) {
+        ClickIn(chart, "cmdPointAfter");
+        EXPECT_EQ(Said(), QLatin1String(said));
+    }
+}
+
 // For gloves, and for who does not know the keys.
 TEST_F(Chart, HasButtonsForZoomAndPoints) {
     const LogSpan across = chart.Across();

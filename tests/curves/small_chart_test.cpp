@@ -241,6 +241,31 @@ TEST_P(SmallChart, HasEarlierCurvesPaleBehindTheOthersAndWithoutAName) {
     EXPECT_FALSE(Painted(colours.faint, at));
 }
 
+TEST_P(SmallChart, HasABandInTheColourOfItsCurveBehindTheOthers) {
+    const std::vector<CurvePoint> points = {{0.02, 20}, {0.05, 300}, {0.9, 800}};
+    const ChartCurve curve{u"This one"_s, points, {}, CurveLook::Normal};
+    ChartCurve band{{}, {}, {}, CurveLook::Band};
+    band.points = {{0.02, 40}, {0.05, 600}, {0.9, 1600}, {0.9, 400}, {0.05, 150}, {0.02, 10}};
+    chart.SetInteractive(false);
+    chart.SetCurves({curve, curve, band});
+    QTest::qWait(60);
+    EXPECT_EQ(Plot().legend->itemCount(), 2);
+    // On the base, between the curve and the band's edge, where no line of the grid is.
+    const ChartColours colours = ColoursOn(chart.palette());
+    const QImage picture = Grabbed();
+    const CurvePoint inside{0.31, 800};
+    const CurvePoint outside{0.31, 1500};
+    const auto at = [&](const CurvePoint& point) {
+        const QPointF place(Plot().xAxis->coordToPixel(point.current),
+                            Plot().yAxis->coordToPixel(point.voltage));
+        return picture.pixelColor((place * picture.devicePixelRatio()).toPoint());
+    };
+    const QColor mixed = Mixed(colours.base, colours.curves.at(1), 0.25);
+    EXPECT_NEAR(at(inside).red(), mixed.red(), 2);
+    EXPECT_NEAR(at(inside).blue(), mixed.blue(), 2);
+    EXPECT_EQ(at(outside), colours.base);
+}
+
 TEST_P(SmallChart, HasWholeMarkersOnTheFrame) {
     const std::vector<CurvePoint> points = {{0.01, 10}, {0.05, 30}, {0.2, 50}};
     const QColor colour = ColoursOn(chart.palette()).curves.front();
