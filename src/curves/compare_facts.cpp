@@ -157,7 +157,10 @@ CompareFacts::CompareFacts(Settings& settings, Prompts& prompts, QWidget* parent
         stop->setMinimumHeight(kControlHeight);
     txtCompared_->setMinimumHeight(kLeastLines * txtCompared_->fontMetrics().lineSpacing());
     column->addWidget(txtCompared_, 1);
-    connect(cboReference_, &QComboBox::currentIndexChanged, this, [this] { Update(); });
+    connect(cboReference_, &QComboBox::currentIndexChanged, this, [this] {
+        picked_ = cboReference_->currentText();
+        Update();
+    });
 }
 
 QLineEdit* CompareFacts::AddLimit(QLayout* row, const char* name, const char* caption,
@@ -206,13 +209,12 @@ void CompareFacts::Compare(const ShownRecords& shown, std::size_t test, const QS
     Offer(shown, test);
     history_ = HistoryText();
     FindOnNameplate(shown, test);
-    const QString before = cboReference_->currentText();
     {
         const QSignalBlocker quiet(cboReference_);
         cboReference_->clear();
         for (const Choice& choice : choices_)
             cboReference_->addItem(choice.label);
-        cboReference_->setCurrentIndex(std::max(0, cboReference_->findText(before)));
+        cboReference_->setCurrentIndex(std::max(0, cboReference_->findText(picked_)));
     }
     cboReference_->setEnabled(!choices_.empty());
     Update();
@@ -377,7 +379,9 @@ void CompareFacts::Update() {
     referenceCurve_ = {};
     sentences_.clear();
     QString html;
-    if (choices_.empty()) {
+    if (measured_.points.empty()) {
+        html = Paragraphs({{Verdict::None, "The test has no curve."}});
+    } else if (choices_.empty()) {
         html = Paragraph(QStringLiteral("There is no other test to compare it with."));
     } else {
         try {
@@ -419,8 +423,10 @@ QString CompareFacts::Text() {
 }
 
 std::vector<ChartCurve> CompareFacts::Curves() const {
-    std::vector<ChartCurve> curves{{measuredName_, measured_.points, {}, CurveLook::Normal}};
     const std::vector<CurvePoint>& points = referenceCurve_.points;
+    std::vector<ChartCurve> curves;
+    if (measured_.points.empty()) return curves;
+    curves.push_back({measuredName_, measured_.points, {}, CurveLook::Normal});
     if (points.empty()) return curves;
     curves.push_back({referenceName_, points, {}, CurveLook::Normal});
     if (const std::optional<double> limit = LimitOf(*txtLimit_)) {

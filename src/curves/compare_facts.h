@@ -33,8 +33,8 @@ class CompareFacts : public QWidget {
 
     // Compares a shown test with what is chosen. That is offered: the oldest record of the same
     // serial number in folder (ends with the separator), the other tests that are shown, and the
-    // maker's curves and other records there, as its list has them. What was chosen stays so where
-    // it is still offered. The kneepoints are those of rule.
+    // maker's curves and other records there, as its list has them. What the operator chose stays
+    // so where it is still offered. The kneepoints are those of rule.
     void Compare(const ShownRecords& shown, std::size_t test, const QString& folder, KneeRule rule);
 
     // Both curves, and the band of the limit around the reference's.
@@ -98,6 +98,7 @@ class CompareFacts : public QWidget {
     QString measuredName_;
     QString against_;  // what the sentences begin with
     ComparedCurve measuredCurve_;
+    QString picked_;  // the reference that the operator chose, also for other records
     QString referenceName_;
     ComparedCurve referenceCurve_;
 

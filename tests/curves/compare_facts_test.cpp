@@ -193,6 +193,32 @@ TEST_F(ComparedRecords, ATestWithoutACurveIsNotOffered) {
     EXPECT_EQ(References()->findText(u"Test 2"_s), -1);
 }
 
+TEST_F(ComparedRecords, ATestWithoutACurveHasItsRatioOnly) {
+    AddMade("FIRST", {"03/07/15", "00012345"});
+    Add("RATIO", Curve({}, 1));
+    ShowCompared("RATIO");
+    EXPECT_THAT(Said(), StartsWith("The test has no curve.\nThe turns ratio is 0.50 % above"));
+    EXPECT_THAT(Said(), HasSubstr("Smooth kneepoints of this serial number"));
+    TypeIn("txtLimit", "5");
+    EXPECT_THAT(Said(), Not(HasSubstr("reference")));
+    prompts.files = {folder.Path("ratio.html")};
+    Press("cmdSavePdf");
+    EXPECT_THAT(ReadWholeFile(folder.Path("ratio.html")),
+                HasSubstr(">Comparison</th></tr>\n<tr><td>The test has no curve.<"));
+}
+
+TEST_F(ComparedRecords, WhatNobodyChoseDoesNotStay) {
+    AddMade("A", {"03/07/23", "78"});
+    AddMade("FIRST", {"03/07/15", "77", 1 / 0.95});
+    AddMade("LATER", {"03/07/19"});
+    AddMade("NOW", {});
+    ShowCompared("A");
+    EXPECT_EQ(References()->currentText(), u"NOW   03/07/24   Hilltop"_s) << "the newest";
+    ShowFiles({"LATER"});
+    EXPECT_THAT(References()->currentText().toStdString(),
+                EndsWith("oldest of this serial number"));
+}
+
 TEST_F(ComparedRecords, SaysWhyTwoCurvesAreNotCompared) {
     Add("FEW", Curve(ThreePoints(), 1));
     ListFolder(settings.dataPath, directory);
