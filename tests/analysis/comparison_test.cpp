@@ -74,6 +74,7 @@ TEST(Comparison, IsStraightBetweenThePointsOfBoth) {
     EXPECT_EQ(line.WhyNotAt(std::log(0.2)), "the curve ends before it.");
     EXPECT_EQ(line.WhyNotAt(std::log(0)), "the curve begins above it.");
     EXPECT_EQ(VoltageLine({}).WhyNotAt(0), "the curve has no points.");
+    EXPECT_EQ(VoltageLine({{9e11, 1}, {1.05e12, 1}, {1, 9e11}, {1, 1.05e12}}).nodes.size(), 2U);
 }
 
 TEST(Comparison, HasTheWorstBelowAndAboveTheKneeOfTheReference) {
@@ -147,6 +148,8 @@ TEST(Comparison, CurvesWithTooLittleInCommonAreNotCompared) {
         return comparison.reason;
     };
     EXPECT_EQ(reason({}), NotCompared::FewPoints);
+    EXPECT_EQ(ComparePoints({}, reference).from, 0);
+    EXPECT_EQ(ComparePoints({}, reference).to, 0);
     EXPECT_EQ(reason({{0.2, 50}, {0.9, 90}}), NotCompared::FewPoints);
     EXPECT_EQ(reason({{0.2, 50}, {0.5, 70}, {0.9, 90}}), NotCompared::No);
     EXPECT_EQ(reason(Root(0.001, 0.09, 20)), NotCompared::FewPoints);
@@ -183,6 +186,9 @@ TEST(Comparison, TheVerdictGoesByTheUnroundedNumber) {
     EXPECT_EQ(
         SentenceOf(of(1.0001), 5),
         "At all common currents the voltage is within 0.1 % of the reference; the limit is 5 %.");
+    EXPECT_EQ(SentenceOf(of(1.0001), 0.12),
+              "At all common currents the voltage is within 0.1 % of the reference; the limit is "
+              "0.12 %.");
     EXPECT_EQ(SentenceOf(of(1), std::nullopt),
               "At all common currents the voltage is within 0.1 % of the reference.");
     EXPECT_THAT(SentenceOf(of(1.0004), 0.01),
@@ -298,6 +304,8 @@ TEST(Comparison, SaysHowFarTheKneepointsAreApart) {
     const KneeDifference difference = CompareCurves({{}, other, {}}, {{}, knee, {}}).knee;
     EXPECT_NEAR(difference.voltagePercent.value_or(0), -5, 1e-9);
     EXPECT_NEAR(difference.uncertainPercent, std::sqrt(2), 1e-9);
+    EXPECT_EQ(CompareCurves({{}, {}, range}, {{}, knee, {}}).knee.uncertainPercent, 0);
+    EXPECT_EQ(CompareCurves({{}, knee, {}}, {{}, {}, range}).knee.uncertainPercent, 0);
 }
 
 TEST(Comparison, TakesTheSmoothKneepointNotTheRules) {

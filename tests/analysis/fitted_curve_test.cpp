@@ -107,6 +107,26 @@ TEST(FittedCurve, FindsTheBendThatThePointsHave) {
     }
 }
 
+// Points so near to each other, or so far from each other, that they tell it.
+TEST(FittedCurve, ItsBendIsNoCornerAndNotBentAllAlong) {
+    struct Case {
+        double lnWidth, start, distance, end;
+    };
+    for (const Case& bent : {Case{-6, -4.5, 0.004, -5}, Case{3, 1.5, 1, 2}}) {
+        Bend bend{Bend::Shape::Logistic, {1, 1.2, 0.1, 0, bent.lnWidth}};
+        std::vector<LogPoint> points;
+        constexpr double kMiddle = 23.5;
+        for (int k = 0; k < 48; ++k) {
+            const double i = (k - kMiddle) * bent.distance;
+            points.push_back({i, BendAt(bend, -kMiddle * bent.distance, i).v, 1e-6, 1e-6});
+        }
+        FittedCurve curve(points, {0, 1e-5});
+        bend.part[Bend::LnWidth] = bent.start;
+        curve.Fit(bend, 60);
+        EXPECT_EQ(curve.ItsBend().part[Bend::LnWidth], bent.end);
+    }
+}
+
 TEST(FittedCurve, SlopesAndVariancesAreThoseOfDifferences) {
     Random random(test::RandomSeed(20261303));
     constexpr double kStep = 1e-4;

@@ -167,6 +167,13 @@ TEST(KneeDoubt, AFallThatMovesTheKneepointIsNamed) {
     // Right again, nothing falls.
     points[6].voltage = 115.5;
     ExpectNoFall(FactOf(KneeRule::Ieee45, points));
+    // It is the point before the fall that is wrong.
+    points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100},
+              {0.1, 110}, {0.2, 140}, {0.4, 117}, {0.8, 119}};
+    EXPECT_TRUE(
+        FactOf(KneeRule::Ieee45, points)
+            .doubt.starts_with("From point 6 (140.0 V, 0.2000 A) to point 7 (117.0 V, 0.4000 A) "
+                               "the voltage falls; one wrong point can move the kneepoint."));
 }
 
 TEST(KneeDoubt, AFallThatMovesNothingIsNotNamed) {
@@ -210,6 +217,50 @@ TEST(KneeDoubt, ACoreWhoseVoltageFellIsNotSaidToBeUnsaturated) {
 TEST(KneeDoubt, PointsThatARecordOnlyCountsAreNotABend) {
     EXPECT_TRUE(FactOf(KneeRule::Ieee30, {{0.1, 10}, {0.2, 20}, {0, 0}, {0, 0}})
                     .reason.starts_with("Only 2 points: a kneepoint needs at least 4."));
+    EXPECT_TRUE(FactOf(KneeRule::Ieee30, {{0.1, 10}, {0.2, 20}, {0.3, 0}, {0, 40}})
+                    .reason.starts_with("Only 2 points: a kneepoint needs at least 4."));
+}
+
+TEST(KneeDoubt, ThePrintedKneepointsAloneAreThose) {
+    std::vector<Points> records = {{}, {{0.1, 10}, {0.2, 20}, {0.3, 30}}};
+    for (const test::PublishedCurve& curve : test::PublishedCurves())
+        records.push_back(curve.points);
+    for (const Points& points : records) {
+        const auto facts = KneesOf(points);
+        const auto printed = PrintedKneesOf(points);
+        for (std::size_t k = 0; k < facts.size(); ++k) {
+            EXPECT_EQ(printed.at(k).rule, facts.at(k).rule);
+            EXPECT_EQ(printed.at(k).printed, facts.at(k).printed);
+        }
+    }
+}
+
+// By less than the rules see: 0.04 %.
+TEST(KneeDoubt, AFallThatTheRulesRoundAwayIsNone) {
+    const Points points =
+        Growing({{1.2, 1.05}, {1.2, 1.05}, {1.2, 1.05}, {1.2, 1.05}, {1.1, 0.9996}});
+    ExpectNone(FactOf(KneeRule::Ieee45, points), "0",
+               "Only the highest points are below the rule's limit, all others above it. Check the "
+               "highest points.");
+}
+
+// Without point 4, point 3 is held against the second, whose current is next to none: a number that
+// is too large for the rule.
+TEST(KneeDoubt, APointWithoutWhichTheRuleHasNoNumberMovesTheKneepoint) {
+    const Points points = {{1e-310, 10}, {1e-310, 20}, {0.04, 100}, {0.1, 99}, {0.2, 101}};
+    std::vector<double> current;
+    std::vector<double> voltage;
+    for (const CurvePoint& point : points) {
+        current.push_back(point.current);
+        voltage.push_back(point.voltage);
+    }
+    KneeFact fact;
+    fact.rule = KneeRule::Ieee45;
+    SearchPath path;
+    fact.printed = ComputeKneepoint(fact.rule, current, voltage, &path);
+    ASSERT_TRUE(fact.At().has_value());
+    AddDoubts(fact, path, points, SmoothCurve(points));
+    EXPECT_THAT(fact.doubt, testing::HasSubstr("one wrong point can move the kneepoint."));
 }
 
 TEST(KneeDoubt, AFallBelowTheKneepointIsNotNamed) {
@@ -413,6 +464,20 @@ TEST(KneeDoubt, TheMiddleOfARangeThatIsNotTooWideConfirms) {
     EXPECT_EQ(Judged(KneeRule::Ieee45, middle / 1.05, points).doubt, "");
     EXPECT_NE(Judged(KneeRule::Ieee45, middle * 1.08, points).doubt, "");
     EXPECT_NE(Judged(KneeRule::Ieee45, middle / 1.08, points).doubt, "");
+}
+
+// Low and high belong to it.
+TEST(KneeDoubt, TheEndsOfARangeAreWithinIt) {
+    const Points points = {{0.01, 10}, {0.1, 120}, {1, 400}, {3, 410}, {9, 415}};
+    const KneeRange range = Judged(KneeRule::Ieee30, 300, points).range.value_or(KneeRange());
+    const auto isWithin = [&](double volts) {
+        return Judged(KneeRule::Ieee30, volts, points).doubt.find("even a smooth curve") !=
+               std::string::npos;
+    };
+    EXPECT_TRUE(isWithin(range.low));
+    EXPECT_TRUE(isWithin(range.high));
+    EXPECT_FALSE(isWithin(range.low - 0.1));
+    EXPECT_FALSE(isWithin(range.high + 0.1));
 }
 
 TEST(KneeDoubt, WhereTheCurveCannotTellNothingIsDenied) {

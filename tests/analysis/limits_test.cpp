@@ -74,10 +74,13 @@ TEST(Limits, TwoNumbersThatDifferAreShownSo) {
 
 TEST(Limits, TextsOfValues) {
     EXPECT_EQ(AmperesText(0.0012), "0.0012 A");
+    EXPECT_EQ(AmperesText(0.01), "0.010 A");
     EXPECT_EQ(AmperesText(0.02), "0.020 A");
+    EXPECT_EQ(AmperesText(0.1), "0.10 A");
     EXPECT_EQ(AmperesText(0.2), "0.20 A");
     EXPECT_EQ(AmperesText(12.345), "12.35 A");
     EXPECT_EQ(VoltsText(99.94), "99.9 V");
+    EXPECT_EQ(VoltsText(100), "100 V");
     EXPECT_EQ(VoltsText(824.6), "825 V");
 }
 

@@ -210,6 +210,19 @@ TEST(Nameplate, WhatNoNameplateHasIsNotJudged) {
     }
 }
 
+// Read at 10 A, ten percent of twenty times 5 A; the curve's ends belong to it.
+TEST(Nameplate, ACVoltageIsToldFromEndToEndOfTheCurve) {
+    const auto told = [](const Points& points) {
+        return ExpectedCVoltage(points, 5, 0.5).value_or(Estimate{-1, false});
+    };
+    EXPECT_NEAR(told({{10, 100}, {20, 120}}).value, 50, 1e-9);
+    EXPECT_FALSE(told({{10, 100}, {20, 120}}).isAtLeast);
+    EXPECT_NEAR(told({{5, 80}, {10, 100}}).value, 50, 1e-9);
+    EXPECT_FALSE(told({{5, 80}, {10, 100}}).isAtLeast);
+    EXPECT_TRUE(told({{5, 80}, {9.9, 100}}).isAtLeast);
+    EXPECT_EQ(told({{10.1, 100}, {20, 120}}).value, -1);
+}
+
 // The factor at which the curve meets the straight line of the burden, by bisection on the formula.
 TEST(Nameplate, TheFactorIsWhereTheCurveMeetsTheBurden) {
     Nameplate p;
@@ -241,6 +254,14 @@ TEST(Nameplate, TheFactorIsWhereTheCurveMeetsTheBurden) {
     EXPECT_TRUE(bound.value_or(Estimate()).isAtLeast);
     EXPECT_LT(bound.value_or(Estimate()).value, low);
     EXPECT_EQ(ExpectedAlf({}, 0.1, 5, ohms), std::nullopt);
+    // Rct is as large as the connected burden, then both are zero.
+    p.connectedOhm = p.rct;
+    EXPECT_THAT(Sentences(p, {whole, {}, {}}),
+                testing::Contains("At the connected burden the nameplate's accuracy limit factor "
+                                  "of 10 becomes 12.5."));
+    p.connectedOhm = p.rct = 0;
+    EXPECT_THAT(Sentences(p, {whole, {}, {}}),
+                testing::Not(testing::Contains(testing::HasSubstr("connected burden"))));
     EXPECT_EQ(ExpectedAlf({{5, 1}, {10, 2}}, 0.1, 5, ohms), std::nullopt);
     EXPECT_EQ(ExpectedAlf(whole, 0.1, 5, 0), std::nullopt);
 }

@@ -80,6 +80,7 @@ TEST(SmoothKnee, WhatIsTooUncertainForANumberIsARange) {
     EXPECT_EQ(sure.range, std::nullopt);
     ASSERT_TRUE(sure.knee.has_value());
     EXPECT_LE(sure.knee->uncertainty, 0.1 * sure.knee->at.voltage + 0.05);
+    EXPECT_GT(sure.reach, 0);
 }
 
 // Three steep points and one far above them: a curve through them can rise anywhere between.
@@ -96,6 +97,9 @@ TEST(SmoothKnee, NeedsFourPoints) {
     const Points whole = {{0.1, 10}, {0.2, 30}, {0.3, 50}, {3, 52}, {9, 53}};
     EXPECT_NE(SmoothOf(KneeRule::Ieee30, whole), std::nullopt);
     EXPECT_EQ(SmoothOf(KneeRule::Ieee30, {}), std::nullopt);
+    EXPECT_FALSE(SmoothKneepoint(KneeRule::Ieee30, SmoothCurve(Points())).isBent);
+    EXPECT_TRUE(SmoothCurve(Points(whole.begin(), whole.begin() + 4)).Exists());
+    EXPECT_FALSE(SmoothCurve(Points(whole.begin(), whole.begin() + 3)).Exists());
     EXPECT_EQ(SmoothOf(KneeRule::Ieee30, {whole[0], whole[1], whole[3]}), std::nullopt);
     Points zero = whole;
     zero[1] = {0, 30};
@@ -146,11 +150,122 @@ TEST(SmoothKnee, OneWrongPointMovesItLittle) {
     EXPECT_GT(numbers, 50);  // of 56
 }
 
+// Whether it was left out shows in the highest voltage: it is above all others.
+TEST(SmoothKnee, APointIsLeftOutThatIsFartherOffThanPointsScatter) {
+    const auto isLeftOut = [](int count, double off, bool isStraight) {
+        Points points;
+        for (int k = 0; k < count; ++k) {
+            const double current = 0.01 * std::pow(1000, k / (count - 1.0));
+            const double bent = std::tanh(std::pow(current / 0.3, 0.9)) * std::pow(current, 0.03);
+            points.push_back({current, 5000 * (isStraight ? std::pow(current, 0.8) : bent)});
+        }
+        CurvePoint& wrong = points[points.size() - (isStraight ? 4 : 3)];
+        if (isStraight) wrong.voltage = points.back().voltage;
+        wrong.voltage *= off;
+        EXPECT_GT(wrong.voltage, points.back().voltage);
+        return SmoothCurve(points).HighestLnVoltage() < std::log(wrong.voltage) - 1e-9;
+    };
+    EXPECT_FALSE(isLeftOut(16, 1.034, false));
+    EXPECT_TRUE(isLeftOut(16, 1.05, false));
+    // Of seven none tells which of them is wrong.
+    EXPECT_FALSE(isLeftOut(7, 3, true));
+    EXPECT_TRUE(isLeftOut(8, 3, true));
+}
+
 TEST(SmoothKnee, PointsOfOneCurrentAreOne) {
     const Points once = {{0.1, 10}, {0.2, 25}, {0.3, 50}, {3, 52}, {9, 53}};
     Points twice = once;
     twice.insert(twice.begin() + 1, {0.2, 25});
     EXPECT_EQ(SmoothOf(KneeRule::Ieee30, twice), SmoothOf(KneeRule::Ieee30, once));
+}
+
+// In logarithms, as all of the curve.
+TEST(SmoothKnee, TwoReadingsOfOneCurrentAreTheirMean) {
+    const Points once = {{0.1, 10}, {0.2, 25}, {0.3, 50}, {3, 52}, {9, 53}};
+    for (const double factor : {1.02, 0.98}) {
+        Points twice = once;
+        twice[1].voltage *= factor;
+        twice.insert(twice.begin() + 1, {0.2, 25 / factor});
+        const SmoothCurve mean(once);
+        const SmoothCurve curve(twice);
+        for (const CurvePoint& point : once) {
+            const double lnI = std::log(point.current);
+            EXPECT_NEAR(curve.LnVoltage(lnI), mean.LnVoltage(lnI), 1e-4) << point.current;
+        }
+    }
+}
+
+TEST(SmoothKnee, WildPointsHaveACurve) {
+    Points points;
+    for (int k = 0; k < 48; ++k)
+        points.push_back({0.01 * std::pow(1.2, k), k % 2 == 0 ? 1.0 : 1000.0});
+    const SmoothCurve curve(points);
+    for (const CurvePoint& point : points) {
+        EXPECT_TRUE(std::isfinite(curve.LnVoltage(std::log(point.current))));
+        EXPECT_TRUE(std::isfinite(curve.Slope(std::log(point.current))));
+    }
+}
+
+Points LineOf(double slope, double volts, int count = 13) {
+    Points points;
+    for (int k = 0; k < count; ++k)
+        points.push_back({std::exp(k), volts * std::exp(slope * k)});
+    return points;
+}
+
+// Exact points over 12 of ln I: what is left open is a step of 0.1 V at 1 V, and at 1000 V the
+// little by which such points may scatter.
+TEST(SmoothKnee, WhatIsSurelySteepOrFlatIsNotExplainedByTheSteps) {
+    const SmoothCurve low(LineOf(0.5, 1));
+    EXPECT_TRUE(low.IsSurelySteeper(0.4975, 12));
+    EXPECT_TRUE(low.IsSurelyFlatter(0.5025, 0));
+    EXPECT_FALSE(low.IsSurelySteeper(0.4995, 12));
+    EXPECT_FALSE(low.IsSurelyFlatter(0.5005, 0));
+    const SmoothCurve high(LineOf(0.5, 1000));
+    EXPECT_TRUE(high.IsSurelySteeper(0.4995, 12));
+    EXPECT_TRUE(high.IsSurelyFlatter(0.5005, 0));
+    EXPECT_FALSE(high.IsSurelySteeper(0.4997, 12));
+    EXPECT_FALSE(high.IsSurelyFlatter(0.5003, 0));
+    // Falling to 2.5 V the step is at the upper point.
+    const SmoothCurve falling(LineOf(-0.5, 1000));
+    EXPECT_FALSE(falling.IsSurelySteeper(-0.5, 12));
+    EXPECT_FALSE(falling.IsSurelyFlatter(-0.5, 0));
+}
+
+TEST(SmoothKnee, TwoPointsCountOnTheSideOfTheirMiddle) {
+    const Points points = LineOf(0.5, 1000);
+    const SmoothCurve curve(points);
+    const auto middle = [&](std::size_t k) {
+        return (std::log(points[k].current) + std::log(points[k + 1].current)) / 2;
+    };
+    for (const double place : {1.0, 4.0, 11.0}) {
+        EXPECT_TRUE(curve.IsSurelySteeper(0.4, place)) << place;
+        EXPECT_TRUE(curve.IsSurelyFlatter(0.6, place)) << place;
+    }
+    EXPECT_FALSE(curve.IsSurelySteeper(0.4, middle(0)));
+    EXPECT_TRUE(curve.IsSurelySteeper(0.4, middle(0) + 0.01));
+    EXPECT_FALSE(curve.IsSurelyFlatter(0.6, middle(11)));
+    EXPECT_TRUE(curve.IsSurelyFlatter(0.6, middle(11) - 0.01));
+    // The first two points alone are steeper, or flatter, than the others.
+    for (const double off : {0.5, 1.5}) {
+        Points first = points;
+        first[0].voltage *= off;
+        EXPECT_EQ(SmoothCurve(first).IsSurelySteeper(0.8, 1), off < 1);
+        EXPECT_EQ(SmoothCurve(first).IsSurelyFlatter(0.3, 0), off > 1);
+    }
+}
+
+TEST(SmoothKnee, NoVoltageIsKnownBetterThanAStep) {
+    Points points;
+    for (int k = 0; k < 48; ++k) {
+        const double current = 0.05 * std::pow(1.12, k);
+        points.push_back({current, 6 * std::tanh(std::pow(current / 0.5, 1.4))});
+    }
+    for (const KneeRule rule : kKneeRules) {
+        const auto found = SmoothOf(rule, points);
+        ASSERT_TRUE(found.has_value());
+        EXPECT_EQ(found->uncertainty, 0.1) << static_cast<int>(rule);
+    }
 }
 
 TEST(SmoothKnee, ManyPointsAreThinned) {

@@ -63,6 +63,7 @@ TEST(Taps, ATapTellsTheFullWinding) {
     const ComparedCurve full = ScaledToTurns(tap, 240, 300);
     EXPECT_NEAR(full.knee.value_or(SmoothKnee()).at.voltage, 500, 1e-9);
     EXPECT_NEAR(full.knee.value_or(SmoothKnee()).at.current, 0.04, 1e-12);
+    EXPECT_NEAR(full.knee.value_or(SmoothKnee()).uncertainty, 1.25, 1e-12);
     const ComparedCurve range{{{0.1, 10}}, {}, KneeRange{100, 120}};
     const ComparedCurve scaled = ScaledToTurns(range, 100, 50);
     EXPECT_EQ(scaled.range, (KneeRange{50, 60}));
@@ -114,6 +115,25 @@ TEST(Taps, SomeTakeMoreThanTheInstrumentGives) {
     EXPECT_EQ(sentence({{}, {}, KneeRange{800, 909.2}}),
               "Whether this instrument saturates 2000:5 is open: it takes 880 to 1000.1 V, and "
               "there are 1000 V.");
+}
+
+// Two parts of one curve, from its lower end and to its upper end.
+TEST(Taps, TheProportionIsToldWhereSixTenthsOfTheShorterOneAreCommon) {
+    const auto part = [](double from, double to) {
+        Points points;
+        for (int k = 0; k <= 60; ++k) {
+            const double i = from + (to - from) * k / 60;
+            points.push_back({std::exp(i), 1e5 * std::exp(i - std::log1p(std::exp(3 * i)) / 3)});
+        }
+        return points;
+    };
+    constexpr double kLength = 4;
+    for (const double common : {0.58, 0.59, 0.61, 0.65}) {
+        const double from = kLength * (common / 2 - 1);
+        const auto shift = ShiftBetween(part(from, from + kLength), part(-from - kLength, -from));
+        const bool isTold = shift && std::abs(shift->lnCurrent) < 0.01;
+        EXPECT_EQ(isTold, common > 0.6) << common;
+    }
 }
 
 // 120 of 240 turns, measured as each mistake gives it.
