@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <algorithm>
 
 #include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"

@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 
 #include "tests/support/testing.h"
 #include "tests/testing/sequence_rig.h"
