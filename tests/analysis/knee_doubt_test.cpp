@@ -167,9 +167,9 @@ TEST(KneeDoubt, AFallThatMovesTheKneepointIsNamed) {
     // Right again, nothing falls.
     points[6].voltage = 115.5;
     ExpectNoFall(FactOf(KneeRule::Ieee45, points));
-    // It is the point before the fall that is wrong.
-    points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100},
-              {0.1, 110}, {0.2, 140}, {0.4, 117}, {0.8, 119}};
+    // It is the point before the fall that is wrong: without the one behind it nothing moves.
+    points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100}, {0.1, 110},
+              {0.2, 140}, {0.4, 117}, {0.6, 118}, {0.8, 119}};
     EXPECT_TRUE(
         FactOf(KneeRule::Ieee45, points)
             .doubt.starts_with("From point 6 (140.0 V, 0.2000 A) to point 7 (117.0 V, 0.4000 A) "
@@ -464,6 +464,15 @@ TEST(KneeDoubt, TheMiddleOfARangeThatIsNotTooWideConfirms) {
     EXPECT_EQ(Judged(KneeRule::Ieee45, middle / 1.05, points).doubt, "");
     EXPECT_NE(Judged(KneeRule::Ieee45, middle * 1.08, points).doubt, "");
     EXPECT_NE(Judged(KneeRule::Ieee45, middle / 1.08, points).doubt, "");
+}
+
+// From 386 V to 554 V.
+TEST(KneeDoubt, TheMiddleOfARangeThatIsTooWideConfirmsNothing) {
+    const Points points = {{0.01, 10}, {0.1, 120}, {0.5, 553.6}, {1, 400}, {3, 410}, {9, 415}};
+    const KneeRange range = Judged(KneeRule::Ieee30, 100, points).range.value_or(KneeRange());
+    ASSERT_GT(range.high, 1.4 * range.low);
+    ASSERT_LT(range.high, 1.5 * range.low);
+    EXPECT_NE(Judged(KneeRule::Ieee30, std::sqrt(range.low * range.high), points).doubt, "");
 }
 
 // Low and high belong to it.

@@ -49,6 +49,7 @@ TEST(NameplateFile, ADamagedOrForeignOneIsLeftAlone) {
     const std::pair<std::string, const char*> damaged[] = {
         {"", "line 1"},
         {"a table of somebody\r\n", "line 1"},
+        {"number" + whole.substr(whole.find('\t')), "line 1"},
         {whole + "78\tPX\r\n", "line 3"},
         {whole + "\r\n", "line 3"},
         {whole.substr(0, whole.size() - 20), "line 2"}};
@@ -60,6 +61,17 @@ TEST(NameplateFile, ADamagedOrForeignOneIsLeftAlone) {
         EXPECT_NE(MessageThrownBy([&] { KeepNameplate(folder.Path(), "77", Texts("C", "")); }), "");
         EXPECT_EQ(FileBytes(path), bytes);
     }
+}
+
+TEST(NameplateFile, OneWithItsHeadingOnlyHasNone) {
+    const TemporaryFolder folder;
+    KeepNameplate(folder.Path(), "77", Texts("PX", "400"));
+    const QString path = folder.Path(kNameplateFileName);
+    const std::string whole = FileBytes(path);
+    PutFile(path, whole.substr(0, whole.find('\n') + 1));
+    EXPECT_EQ(ReadNameplate(folder.Path(), "77"), NameplateTexts());
+    KeepNameplate(folder.Path(), "77", Texts("PX", "400"));
+    EXPECT_EQ(FileBytes(path), whole);
 }
 
 TEST(NameplateFile, ATabInASerialNumberIsABlank) {
