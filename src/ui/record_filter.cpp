@@ -11,7 +11,7 @@
 
 namespace davo {
 
-RecordFilter::RecordFilter(RecordList& list, QWidget* window) : QWidget(window), list_(&list) {
+RecordFilter::RecordFilter(RecordList& list, QWidget* window) : QWidget(window), list_(list) {
     setObjectName(QStringLiteral("RecordFilter"));
     auto* row = WithMargin(new QHBoxLayout(this), 0);
     txtFilter_ = Named(new QLineEdit(this), "txtFilter");
@@ -25,32 +25,29 @@ RecordFilter::RecordFilter(RecordList& list, QWidget* window) : QWidget(window),
     lblFiltered_ = MakeLabel(this, "lblFiltered");
     row->addWidget(lblFiltered_);
     connect(txtFilter_, &QLineEdit::textChanged, this, [this](const QString& text) {
-        list_->Filter(text);
+        list_.Filter(text);
         Count();
     });
     connect(txtFilter_, &QLineEdit::returnPressed, this, [this] { EnterList(); });
-    connect(list_->model(), &QAbstractItemModel::modelReset, this, [this] { Count(); });
-    connect(list_->model(), &QAbstractItemModel::rowsInserted, this, [this] { Count(); });
+    list_.OnShown = [this] { Count(); };
     OnKey(window, QKeySequence::Find, [this] {
         txtFilter_->setFocus(Qt::ShortcutFocusReason);
         txtFilter_->selectAll();
     });
     txtFilter_->installEventFilter(this);
-    list_->installEventFilter(this);
+    list_.installEventFilter(this);
     setTabOrder(txtFilter_, &list);
     Count();
 }
 
 void RecordFilter::Count() {
-    // The list empties itself when it goes.
-    if (list_.isNull()) return;
     lblFiltered_->setVisible(!txtFilter_->text().trimmed().isEmpty());
     lblFiltered_->setText(
-        QStringLiteral("%1 of %2 records").arg(list_->topLevelItemCount()).arg(list_->Filled()));
+        QStringLiteral("%1 of %2 records").arg(list_.topLevelItemCount()).arg(list_.Filled()));
 }
 
 void RecordFilter::EnterList() {
-    list_->setFocus(Qt::TabFocusReason);
+    list_.setFocus(Qt::TabFocusReason);
 }
 
 // Escape is taken before a shortcut of the window has it: who sees half of the records wants all of

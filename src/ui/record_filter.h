@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QPointer>
 #include <QWidget>
 
 class QLabel;
@@ -25,7 +24,7 @@ class RecordFilter : public QWidget {
     void Count();
     void EnterList();
 
-    QPointer<RecordList> list_;
+    RecordList& list_;
     QLineEdit* txtFilter_;
     QLabel* lblFiltered_;
 };

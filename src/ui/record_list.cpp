@@ -153,6 +153,7 @@ void RecordList::ShowRows() {
     setSortingEnabled(false);
     addTopLevelItems(items);
     setSortingEnabled(sorts);
+    if (OnShown) OnShown();
 }
 
 void RecordList::Filter(const QString& text) {

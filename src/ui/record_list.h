@@ -3,6 +3,7 @@
 
 #include <QStringList>
 #include <QTreeWidget>
+#include <functional>
 #include <vector>
 
 #include "records/directory_file.h"
@@ -34,6 +35,8 @@ class RecordList : public QTreeWidget {
     // not show, or in the serial number; upper and lower case are the same. It holds for what is
     // filled in later, too. A row that goes is selected no longer.
     void Filter(const QString& text);
+    // After the rows that it shows have become others.
+    std::function<void()> OnShown;
     // How many were filled in.
     std::size_t Filled() const { return rows_.size(); }
 
