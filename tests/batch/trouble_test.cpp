@@ -259,15 +259,20 @@ TEST(Trouble, OfMissingRightsIsSaid) {
     PutRecord(folder, u"in/T2.txt"_s, test::FileText(1));
     PutRecord(folder, u"in/T3.txt"_s, test::FileText(1));
     PutRecord(folder, u"in/listed/folder/T4.txt"_s, test::FileText(1));
+    // Where a build that counts its lines writes them.
+    ASSERT_TRUE(QDir().mkpath(folder.Path("counts")));
     for (const auto& [name, mode] : {std::pair{"", 0755},
                                      {"in", 0755},
                                      {"in/closed", 0700},
                                      {"in/listed", 0744},
                                      {"in/T2.txt", 0600},
-                                     {"in/T3.txt", 0644}})
+                                     {"in/T3.txt", 0644},
+                                     {"counts", 0777}})
         ::chmod(QFile::encodeName(folder.Path(name)).constData(), static_cast<mode_t>(mode));
-    const Ended run =
-        Shell(u"exec setpriv --reuid=65534 --clear-groups $DAVO_REPORT --csv in"_s, folder.Path());
+    const Ended run = Shell(
+        u"GCOV_PREFIX=$PWD/counts exec setpriv --reuid=65534 --clear-groups $DAVO_REPORT "
+        "--csv in"_s,
+        folder.Path());
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(
         run.err,
