@@ -51,9 +51,9 @@ std::vector<std::string> Reference::TextsOf(const RecordTest& test) const {
             texts.push_back(knee ? GeneralNumber(*knee) : "");
             texts.push_back(knee ? GeneralNumber(found.knee.uncertainPercent) : "");
             const Verdict verdict = VerdictOf(found, limit_);
-            texts.push_back(verdict == Verdict::None     ? ""
-                            : verdict == Verdict::Within ? "yes"
-                                                         : "no");
+            texts.emplace_back(verdict == Verdict::None     ? ""
+                               : verdict == Verdict::Within ? "yes"
+                                                            : "no");
         }
     }
     texts.resize(static_cast<std::size_t>(std::ranges::count(kColumns, ',')) - 1);
