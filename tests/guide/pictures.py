@@ -129,6 +129,9 @@ def records(program, rig):
                "sleep 1000", f"grab recall frmMain {RECALL}",
                f"grab record-panel RecordPanel {PANEL}",
                "click tabPanel", "key Right", "type txtLimit 5", "sleep 1000", f"grab compare RecordPanel {COMPARE}",
+               "click cmdNameplate", "wait frmNameplate", "type txtRct 0.35", "type txtEk 300", "type txtIe 0.1",
+               "type txtTurnsRatio 240", "type txtRatioWithin 0.25", 'type txtTaps "600:5, 300:5"',
+               "grab nameplate frmNameplate", "click cmdCancel", "waitGone frmNameplate",
                "click cmdExit", "waitGone frmTestList")
     program.do("menu mnuSetDescr", "wait frmSetDescr", "click lvTest", "key End", "key Home",
                "key Return", "waitEnabled cmdSave", "click lstTest", "key Home", "sleep 1000",
