@@ -46,14 +46,15 @@ std::optional<double> LimitOf(const QLineEdit& box) {
     return limit && *limit > 0 ? limit : std::nullopt;
 }
 
+// A number and its unit are on one line.
+QString Together(const std::string& sentence) {
+    static const QRegularExpression between(QStringLiteral("(?<=[0-9]) (?=[%AV])"));
+    return FromPage(sentence).replace(between, QString(QChar::Nbsp));
+}
+
 QString Cell(const std::optional<Deviation>& part, std::string (*placeText)(double)) {
     if (!part) return QStringLiteral("-");
-    // A number and its unit are on one line.
-    const auto together = [](const std::string& text) {
-        return FromPage(text).replace(QLatin1Char(' '), QChar::Nbsp);
-    };
-    return together(SignedPercentText(part->Percent())) + QStringLiteral(" at ") +
-           together(placeText(part->at));
+    return Together(SignedPercentText(part->Percent()) + " at " + placeText(part->at));
 }
 
 QString Row(const QString& name, const QString& voltage, const QString& current) {
@@ -100,7 +101,7 @@ QString Heading(const QString& html) {
 
 // The sentence in the colour of its verdict.
 QString Judged(const Finding& finding, const QPalette& palette) {
-    QString text = FromPage(finding.sentence).toHtmlEscaped();
+    QString text = Together(finding.sentence).toHtmlEscaped();
     if (finding.verdict == Verdict::None) return text;
     constexpr double kTextContrast = 4.5;
     const QColor colour =
@@ -175,7 +176,7 @@ QLineEdit* CompareFacts::AddLimit(QLayout* row, const char* name, const char* ca
     static const QRegularExpression percent(QStringLiteral("[0-9]{0,2}([.,][0-9]{0,2})?"));
     box->setValidator(new QRegularExpressionValidator(percent, box));
     if (!box->hasAcceptableInput()) box->clear();
-    box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")));
+    box->setFixedWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")));
     connect(box, &QLineEdit::textEdited, this, [this, &kept](const QString& text) {
         kept = text;
         Update();
@@ -272,7 +273,7 @@ QString CompareFacts::HistoryText() const {
         const Dated& one = dated_[i];
         QString knee;
         try {
-            knee = FromPage(KneeTextOf(
+            knee = Together(KneeTextOf(
                 one.file.isEmpty()
                     ? measuredCurve_
                     : CurveToCompare(rule_, ReadTest(one.file, measured_.testNumber).points)));

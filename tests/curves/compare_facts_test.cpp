@@ -207,6 +207,18 @@ TEST_F(ComparedRecords, ATestWithoutACurveHasItsRatioOnly) {
                 HasSubstr(">Comparison</th></tr>\n<tr><td>The test has no curve.<"));
 }
 
+TEST_F(ComparedRecords, ANumberAndItsUnitAreOnOneLine) {
+    AddMade("NOW", {});
+    AddMade("FIRST", {"03/07/15", "77", 1 / 0.95});
+    ShowCompared("NOW");
+    const QString html = FindIn<QTextEdit>(panel, "txtCompared")->toHtml();
+    static const QRegularExpression number(u"[0-9](.)[%AV]"_s);
+    int found = 0;
+    for (auto match = number.globalMatch(html); match.hasNext(); ++found)
+        EXPECT_EQ(match.next().captured(1), QString(QChar::Nbsp));
+    EXPECT_GE(found, 10);
+}
+
 TEST_F(ComparedRecords, WhatNobodyChoseDoesNotStay) {
     AddMade("A", {"03/07/23", "78"});
     AddMade("FIRST", {"03/07/15", "77", 1 / 0.95});

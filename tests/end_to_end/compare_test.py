@@ -76,7 +76,8 @@ class Compare(unittest.TestCase):
         self.program.do(*(f'waitContains txtCompared "{sentence}"' for sentence in sentences))
 
     def open_compare(self):
-        self.program.do("menu mnuRecall", "wait frmTestList", "type txtFilter NOW", "row lvTest 0")
+        self.program.do("menu mnuRecall", "wait frmTestList", "type txtFilter NOW")
+        self.program.do("key Return", "key End", 'waitText lblSelect "Select: 1 of 1"')
         self.program.do('waitContains lblRecord "NOW   11/21/26"', "click tabPanel", "key Right")
         self.program.do("wait CompareFacts", 'waitContains cboReference "FIRST   06/14/15"')
 
