@@ -11,6 +11,7 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextDocumentFragment>
 #include <QTextFrame>
 #include <QTextTable>
 #include <QUrl>
@@ -85,8 +86,6 @@ void Form(QTextTable& table, double above) {
     QTextTableFormat format = table.format();
     format.setWidth(Percent(100));
     format.setCellSpacing(0);
-    format.setCellPadding(0);
-    format.setBorder(0);
     format.setBorderCollapse(true);
     format.setTopMargin(above);
     if (const auto own = kWidths.find(table.columns()); own != kWidths.end())
@@ -104,34 +103,22 @@ class Pages {
         document_.documentLayout()->setPaintDevice(device);
         document_.setDocumentMargin(0);
         document_.setDefaultFont(PageFont(8.5));
-        QString style = QString::fromUtf8(PageResource("page/certificate.css"));
-        for (int ink = 0; ink < kCurveInk; ++ink)
-            style.replace(QStringLiteral("var(--i%1)").arg(ink), PaperInk(ink).name());
-        document_.setDefaultStyleSheet(style);
         // Without the empty part at its right.
-        document_.addResource(
-            QTextDocument::ImageResource, QUrl(QStringLiteral("letterhead")),
-            QImage::fromData(PageResource("report/letterhead.png")).copy(0, 0, 592, 160));
+        static const QImage kLetterhead =
+            QImage::fromData(PageResource("report/letterhead.png")).copy(0, 0, 592, 160);
+        document_.addResource(QTextDocument::ImageResource, QUrl(QStringLiteral("letterhead")),
+                              kLetterhead);
         document_.setPageSize(size_);
-        QTextCursor cursor(&document_);
-        cursor.insertHtml(AboveChart(
-            certificate, QStringLiteral("<img src=\"letterhead\" width=\"133\" height=\"36\">")));
-        if (!certificate.curves.empty()) {
-            QTextFrameFormat room;
-            room.setHeight(chartSize_.height() / kDot);
-            chart_ = cursor.insertFrame(room);
-            cursor.movePosition(QTextCursor::End);
+        QTextDocument draft;
+        Fill(draft);
+        QTextCursor(&document_).insertFragment(QTextDocumentFragment(&draft));
+        for (QTextFrame* frame : document_.rootFrame()->childFrames()) {
+            if (auto* table = qobject_cast<QTextTable*>(frame)) {
+                KeepTogether(*table);
+            } else {
+                chart_ = frame;
+            }
         }
-        cursor.insertHtml(BelowChart(certificate));
-        cursor.beginEditBlock();
-        double above = 0;
-        for (QTextTable* table : Tables()) {
-            Form(*table, above);
-            above = above == 0 ? 2 : 7;
-        }
-        cursor.endEditBlock();
-        for (QTextTable* table : Tables())
-            KeepTogether(*table);
     }
 
     int Count() const { return document_.pageCount(); }
@@ -161,12 +148,30 @@ class Pages {
     }
 
   private:
-    QList<QTextTable*> Tables() const {
-        QList<QTextTable*> tables;
-        for (QTextFrame* frame : document_.rootFrame()->childFrames()) {
-            if (auto* table = qobject_cast<QTextTable*>(frame)) tables += table;
+    // A document that has a layout is laid out at each change; a draft has none.
+    void Fill(QTextDocument& draft) const {
+        QString style = QString::fromUtf8(PageResource("page/certificate.css"));
+        for (int ink = 0; ink < kCurveInk; ++ink)
+            style.replace(QStringLiteral("var(--i%1)").arg(ink), PaperInk(ink).name());
+        draft.setDefaultFont(PageFont(8.5));
+        draft.setDefaultStyleSheet(style);
+        QTextCursor cursor(&draft);
+        cursor.insertHtml(AboveChart(
+            certificate_, QStringLiteral("<img src=\"letterhead\" width=\"133\" height=\"36\">")));
+        if (!certificate_.curves.empty()) {
+            QTextFrameFormat room;
+            room.setHeight(chartSize_.height() / kDot);
+            cursor.insertFrame(room);
+            cursor.movePosition(QTextCursor::End);
         }
-        return tables;
+        cursor.insertHtml(BelowChart(certificate_));
+        double above = 0;
+        for (QTextFrame* frame : draft.rootFrame()->childFrames()) {
+            auto* table = qobject_cast<QTextTable*>(frame);
+            if (!table) continue;
+            Form(*table, above);
+            above = above == 0 ? 2 : 7;
+        }
     }
 
     // A short table is on one page.
