@@ -55,10 +55,6 @@ bool BeginsGroup(const CertificateTable& table, std::size_t column) {
     return column > 0 && !group.isEmpty() && table.columns[column - 1].group != group;
 }
 
-QString Gap(const char* style) {
-    return Element("td", style, {});
-}
-
 QString HeadsHtml(const CertificateTable& table) {
     QString groups;
     QString heads;
@@ -66,8 +62,8 @@ QString HeadsHtml(const CertificateTable& table) {
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const CertificateColumn& column = table.columns[i];
         if (BeginsGroup(table, i)) {
-            groups += Gap("gap");
-            heads += Gap("heads");
+            groups += Element("td", "gap", {});
+            heads += Element("td", "heads", {});
             from = i;
         }
         heads += Element("th",
@@ -114,7 +110,7 @@ QString TableHtml(const CertificateTable& table) {
             hasMarks = hasMarks || row[i].mark > 0;
         }
         for (std::size_t row = 0; row < cells.size(); ++row) {
-            if (BeginsGroup(table, i)) cells[row] += Gap("cell");
+            if (BeginsGroup(table, i)) cells[row] += Element("td", "cell", {});
             cells[row] += Element(i == 0 ? "th" : "td",
                                   i == 0     ? "cell test"
                                   : isNumber ? "cell n"
