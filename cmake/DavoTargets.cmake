@@ -50,9 +50,9 @@ function(davo_count_lines target)
 endfunction()
 
 # davo_join(<target>): compiles its sources of one folder as one, since most of the time goes
-# into what they include. Nobody has tried it elsewhere.
+# into what they include.
 function(davo_join target)
-  if(NOT DAVO_UNITY OR WIN32)
+  if(NOT DAVO_UNITY)
     return()
   endif()
   set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
@@ -112,7 +112,7 @@ function(davo_test name)
     set(main davo_test_main_core)
     davo_use_headers(${name} test_core)
   endif()
-  if(DAVO_UNITY AND NOT WIN32)
+  if(DAVO_UNITY)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 0)
     if(ARG_ALONE)
       set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)

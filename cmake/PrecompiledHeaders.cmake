@@ -30,8 +30,8 @@ function(davo_use_headers target kind)
   endif()
 endfunction()
 
-# Elsewhere nobody has tried it.
-if(NOT DAVO_PRECOMPILED_HEADERS OR WIN32 OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+# With another compiler nobody has tried it.
+if(NOT DAVO_PRECOMPILED_HEADERS OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   return()
 endif()
 davo_make_headers(davo_headers_core HEADERS ${davo_headers_core} LINKS Qt6::Core)
