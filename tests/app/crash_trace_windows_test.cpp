@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 #include <cstdlib>
 
 #include "app/crash_trace.h"
@@ -18,9 +18,15 @@ bool IsDump(const QString& folder) {
     return file.open(QIODevice::ReadOnly) && file.read(4) == "MDMP";
 }
 
+// The copy runs the test from its beginning: the folder must be the same one in both.
+QString EmptyFolder() {
+    QDir folder(QDir::tempPath() + QStringLiteral("/davo-crash-trace-test"));
+    folder.removeRecursively();
+    return folder.path() + QLatin1Char('/');
+}
+
 TEST(Crashes, ABadAccessLeavesADump) {
-    const QTemporaryDir root;
-    const QString folder = root.path() + QStringLiteral("/traces/");
+    const QString folder = EmptyFolder();
     const auto any = [](int code) { return code != 0; };
     EXPECT_EXIT(
         {
@@ -32,8 +38,7 @@ TEST(Crashes, ABadAccessLeavesADump) {
 }
 
 TEST(Crashes, AnAbortLeavesADump) {
-    const QTemporaryDir root;
-    const QString folder = root.path() + QStringLiteral("/traces/");
+    const QString folder = EmptyFolder();
     const auto any = [](int code) { return code != 0; };
     EXPECT_EXIT(
         {
