@@ -70,7 +70,7 @@ TEST(FreeRecordName, IsOneThatNoFileHas) {
 
 TEST(FreeRecordName, IsAlwaysOneThatARecordCanHave) {
     const TemporaryFolder folder;
-    std::mt19937 random(RandomSeed(171));
+    std::mt19937_64 random(RandomSeed(171));
     for (int round = 0; round < 2000; ++round) {
         QString wanted;
         for (std::size_t length = random() % 130; length > 0; --length)
