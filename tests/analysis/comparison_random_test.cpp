@@ -141,6 +141,13 @@ TEST(ComparisonRandom, ExchangedCurvesMirror) {
     EXPECT_GT(compared, rounds / 4);
 }
 
+// A capital letter, two words at least, and a full stop.
+bool IsSentence(const std::string& text) {
+    const std::size_t word = text.find_first_of("abcdefghijklmnopqrstuvwxyz0123456789%", 1);
+    return word != std::string::npos && text.front() >= 'A' && text.front() <= 'Z' &&
+           text.find(' ', word + 1) != std::string::npos && text.back() == '.';
+}
+
 // What a damaged record may hold: nothing throws, and nothing is said that is no sentence.
 TEST(ComparisonRandom, AnythingHasASentence) {
     const int rounds = test::RandomRounds(20000);
@@ -170,7 +177,7 @@ TEST(ComparisonRandom, AnythingHasASentence) {
             for (const Finding& finding : JudgeNameplate(nameplate, a, 1e300))
                 sentences.push_back(finding.sentence);
         for (const std::string& sentence : sentences)
-            EXPECT_THAT(sentence, testing::MatchesRegex("[A-Z].*[a-z0-9%].* .*[.]"));
+            EXPECT_TRUE(IsSentence(sentence)) << sentence;
         ASSERT_FALSE(testing::Test::HasFailure()) << n;
     }
 }
