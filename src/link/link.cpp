@@ -6,6 +6,7 @@
 #include <QScopeGuard>
 #include <QScopedValueRollback>
 #include <QTimer>
+#include <utility>
 
 #include "common/run_time_error.h"
 #include "common/text.h"
@@ -22,6 +23,9 @@ constexpr std::chrono::microseconds kPollPeriod{100};
 constexpr std::chrono::milliseconds kModelQuiet{100};
 // A line that paused that long has no more of an earlier reply.
 constexpr std::chrono::milliseconds kQuietLine{30};
+// The rest of one that was left has longer pauses: adapters hand it over in packets, and a busy
+// machine takes its time.
+constexpr std::chrono::milliseconds kQuietRest{300};
 
 // The hourglass for as long as what it returns lives.
 auto ShowBusy(BusyPointer& pointer) {
@@ -170,6 +174,7 @@ std::string Link::Wait(std::string_view command, std::string_view expectedReply,
     // Said only now, with the pointer restored: a box inside the wait would keep the wait alive.
     if (lostMessageDue_) ShowLostMessage();
     lastWaitEnded_ = endWait_;
+    isReplyLeft_ |= endWait_;
     return reply;
 }
 
@@ -230,8 +235,9 @@ std::string Link::AwaitText(std::string_view expectedReply) {
     std::string reply;
     QCoreApplication::processEvents();
     while (!endWait_) {
-        reply += port_.Input();
-        ReplyGrew(reply.size());
+        const std::string text = port_.Input();
+        reply += text;
+        if (!text.empty()) ReplyGrew(reply.size());
         if (Contains(reply, expectedReply)) break;
         SleepUntilText();
     }
@@ -293,7 +299,7 @@ bool Link::AskReady(const char* message) {
 
 void Link::ClearLine() {
     Input();
-    ReadOn({}, kQuietLine);
+    ReadOn({}, std::exchange(isReplyLeft_, false) ? kQuietRest : kQuietLine);
 }
 
 bool Link::ReadInstrumentModel(std::string& model, const char* message) {

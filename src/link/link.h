@@ -170,6 +170,7 @@ class Link {
     std::optional<WaitUnderWay> wait_;
     bool endWait_ = false;
     bool lastWaitEnded_ = false;
+    bool isReplyLeft_ = false;  // since the line was cleared
     bool lostMessageDue_ = false;
     bool awake_ = false;  // something happened since the wait last looked
     QEventLoop* loop_ = nullptr;

@@ -52,6 +52,23 @@ TEST_F(ReadOnTest, IsEmptyWhenItIsEnded) {
     EXPECT_TRUE(link.LastWaitEnded());
 }
 
+// Packets of adapters, which are further apart than the characters on the line.
+TEST_F(ReadOnTest, ClearLineTakesTheRestOfAReplyThatWasLeft) {
+    QTimer::singleShot(5, qApp, [&] { link.EndWait(); });
+    EXPECT_EQ(link.ReadOn({}, milliseconds(5000)), "");
+    port.waiting = "the ";
+    port.Deliver("rest ", milliseconds(100));
+    port.Deliver("DONE", milliseconds(200));
+    link.ClearLine();
+    EXPECT_EQ(link.ReadOn({}, milliseconds(400)), "");
+}
+
+TEST_F(ReadOnTest, ClearLineDoesNotWaitLongForNothing) {
+    port.Deliver("answer", milliseconds(1000));
+    link.ClearLine();
+    EXPECT_EQ(link.ReadOn("answer", milliseconds(5000)), "answer");
+}
+
 TEST_F(ReadOnTest, IsEmptyWhenThePortIsLostOrClosed) {
     port.Unplug(milliseconds(5));
     EXPECT_EQ(link.ReadOn({}, milliseconds(5000)), "");
