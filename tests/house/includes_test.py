@@ -285,6 +285,34 @@ class TheHouse(unittest.TestCase):
         self.assertFalse(problems, "\n" + "\n".join(problems))
 
 
+def sources_of_no_program(tests):
+    """The sources below the folder tests that no CMakeLists.txt beside or above them names."""
+    texts = {path.parent: path.read_text(encoding="utf-8")
+             for path in tests.rglob("CMakeLists.txt")}
+
+    def is_named(path):
+        stem = PLATFORM.sub("", path.stem.removesuffix("_test"))
+        name = re.compile(rf"\b{re.escape(stem)}(_test|_linux|_windows|\b)")
+        return any(name.search(texts.get(folder, "")) for folder in path.parents)
+
+    return sorted(str(path.relative_to(tests)) for path in tests.rglob("*.cpp")
+                  if not is_named(path))
+
+
+class TheTests(unittest.TestCase):
+    def test_are_all_built(self):
+        self.assertEqual(sources_of_no_program(SRC.parent / "tests"), [])
+
+    def test_that_nobody_builds_are_found(self):
+        with tempfile.TemporaryDirectory() as folder:
+            tests = pathlib.Path(folder)
+            (tests / "link").mkdir()
+            (tests / "link/CMakeLists.txt").write_text("davo_test(link_test SOURCES line_test.cpp)")
+            for name in ("line", "line_linux", "read_on"):
+                (tests / f"link/{name}_test.cpp").touch()
+            self.assertEqual(sources_of_no_program(tests), ["link/read_on_test.cpp"])
+
+
 # A tree that keeps to the plan, and what is put into it or changed in it to break one rule each.
 SOUND = {
     "../CMakeLists.txt": "".join(f"add_subdirectory(src/{room})\n" for room in
