@@ -15,10 +15,6 @@ namespace {
 
 constexpr int kLineWidth = 79;
 
-bool IsTerminal(std::FILE* stream) {
-    return ::isatty(::fileno(stream)) != 0;
-}
-
 void WriteError(const char* before, QString text, const char* behind) {
     text.replace(QRegularExpression(QStringLiteral("\\p{Cc}")), QStringLiteral("?"));
     std::fprintf(stderr, "%s%s%s", before, text.toLocal8Bit().constData(), behind);
@@ -35,7 +31,7 @@ void WriteOutput(std::string_view text) {
 }
 
 StandardError::StandardError(bool hasRows)
-    : showsProgress_(IsTerminal(stderr) && !(hasRows && IsTerminal(stdout))) {}
+    : showsProgress_(::isatty(STDERR_FILENO) != 0 && !(hasRows && ::isatty(STDOUT_FILENO) != 0)) {}
 
 void StandardError::Say(const QString& text) {
     Clear();

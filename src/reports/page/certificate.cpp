@@ -27,33 +27,32 @@ std::vector<CertificateField> FieldsOf(const RecordFacts& record, const RecordFi
     return fields;
 }
 
-std::array<CertificateTable, 2> EmptyTables() {
-    std::array<CertificateTable, 2> tables;
-    tables[0].title = QStringLiteral("Ratio and polarity");
-    tables[1].title = QStringLiteral("Kneepoints");
-    const auto add = [&tables](std::size_t table, const char* heading, bool isNumber = true,
-                               const QString& group = {}) {
-        tables.at(table).columns.push_back({QString::fromUtf8(heading), isNumber, group});
-    };
-    for (const char* heading : {"Test", "Description", "Nameplate"})
-        add(0, heading, false);
-    add(0, "Ratio");
-    add(0, "Error, %");
-    add(0, "Polarity", false);
-    add(0, "Phase", false);
-    add(0, "Angle, \u00b0");
-    for (const char* heading : {"Voltage, V", "Current, A"})
-        add(0, heading, true, QStringLiteral("Excitation"));
-    add(1, "Test", false);
+CertificateTable RatioTable() {
+    const QString excitation = QStringLiteral("Excitation");
+    return {QStringLiteral("Ratio and polarity"),
+            {{"Test", false},
+             {"Description", false},
+             {"Nameplate", false},
+             {"Ratio"},
+             {"Error, %"},
+             {"Polarity", false},
+             {"Phase", false},
+             {"Angle, \u00b0"},
+             {"Voltage, V", true, excitation},
+             {"Current, A", true, excitation}},
+            {}};
+}
+
+CertificateTable KneeTable() {
+    CertificateTable table{QStringLiteral("Kneepoints"), {{"Test", false}}, {}};
     for (const KneeRule rule : kCertifiedRules) {
+        QString group = KneeWord(rule);
         // Who knows the one name looks for it in vain under the other.
-        const QString group = rule == KneeRule::Asa1050
-                                  ? KneeWord(rule) + QStringLiteral(", IEC knee point e.m.f.")
-                                  : KneeWord(rule);
+        if (rule == KneeRule::Asa1050) group += QStringLiteral(", IEC knee point e.m.f.");
         for (const char* heading : {"V", "A", "Smooth V", "Smooth A"})
-            add(1, heading, true, group);
+            table.columns.push_back({heading, true, group});
     }
-    return tables;
+    return table;
 }
 
 const QRegularExpression& Numbers() {
@@ -187,7 +186,7 @@ void AddTest(Certificate& page, Doubts& doubts, const CertifiedTest& one, bool n
 
 Certificate CertificateOf(std::span<const CertifiedTest> tests, std::optional<KneeRule> marked) {
     Certificate page;
-    page.tables = EmptyTables();
+    page.tables = {RatioTable(), KneeTable()};
     std::vector<const RecordFacts*> records;
     std::vector<const RecordFileHeader*> headers;
     for (const CertifiedTest& one : tests) {

@@ -6,6 +6,7 @@
 #include <array>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "reports/chart_curve.h"
@@ -19,9 +20,9 @@ struct CertificateField {
 };
 
 struct CertificateColumn {
-    QString heading;
-    bool isNumber = true;  // aligned by the decimal point
-    QString group = {};    // over the headings of several columns; may be empty
+    std::string_view heading;  // in UTF-8
+    bool isNumber = true;      // aligned by the decimal point
+    QString group = {};        // over the headings of several columns; may be empty
 };
 
 struct CertificateCell {

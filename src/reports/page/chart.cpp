@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <numbers>
 #include <utility>
 
@@ -48,14 +49,14 @@ double WidthOf(const QString& text) {
 
 class ChartWriter {
   public:
-    ChartWriter(const std::vector<ChartCurve>& curves, QSizeF size) : curves_(curves) {
+    ChartWriter(std::vector<ChartCurve> curves, QSizeF size) : curves_(std::move(curves)) {
         drawing_.size = size;
         std::vector<double> amperes;
         std::vector<double> volts;
-        for (const ChartCurve& curve : curves) {
+        for (ChartCurve& curve : curves_) {
             legendWidth_ = std::max(legendWidth_, WidthOf(curve.name) + kLegendLine + 5);
+            std::erase_if(curve.points, std::not_fn(CanBeDrawn));
             for (const CurvePoint& point : curve.points) {
-                if (!CanBeDrawn(point)) continue;
                 amperes.push_back(point.current);
                 volts.push_back(point.voltage);
             }
@@ -146,16 +147,15 @@ class ChartWriter {
         const ChartCurve& curve = curves_[index];
         std::vector<QPointF> line;
         for (const CurvePoint& point : curve.points) {
-            if (!CanBeDrawn(point)) continue;
             line.push_back(At(point));
             if (curves_.size() <= kMostWithMarkers)
                 Line(OutlineAt(line.back(), 0.75, kCorners.at(index % kCorners.size())),
                      InkOf(index), 0.1, 0, true);
         }
-        Line(std::move(line), InkOf(index), IsCrowded() ? 0.15 : 0.45,
-             IsCrowded() ? 0 : DashOf(index));
-        drawing_.lines.back().name = curve.name;
-        drawing_.lines.back().link = curve.link;
+        const auto [width, dash] =
+            IsCrowded() ? std::pair(0.15, 0) : std::pair(0.45, DashOf(index));
+        drawing_.lines.push_back(
+            {std::move(line), InkOf(index), width, dash, false, curve.name, curve.link});
     }
 
     void DrawKnee(const KneeMark& knee) {
@@ -193,7 +193,7 @@ class ChartWriter {
         }
     }
 
-    const std::vector<ChartCurve>& curves_;
+    std::vector<ChartCurve> curves_;  // with the points that can be drawn
     Drawing drawing_;
     QRectF area_;
     LogSpan across_;

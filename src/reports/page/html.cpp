@@ -70,7 +70,7 @@ QString HeadsHtml(const CertificateTable& table) {
                          column.isNumber ? "heads n"
                          : i > 0         ? "heads w"
                                          : "heads",
-                         column.heading.toHtmlEscaped());
+                         QString::fromUtf8(column.heading));
         if (i + 1 < table.columns.size() && table.columns[i + 1].group == column.group) continue;
         const bool isTitle = column.group.isEmpty();
         groups += QStringLiteral("<th colspan=\"%1\" class=\"%2\">%3</th>")

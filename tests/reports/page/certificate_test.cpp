@@ -60,7 +60,7 @@ TEST(Certificate, HasTheCurrentOfTheSmoothKneepointBesideItsVoltage) {
     const Certificate page = CertificateOf(record, {});
     const auto& columns = page.tables[1].columns;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (columns[i].group != u"IEEE 30"_s || columns[i].heading != u"Smooth A"_s) continue;
+        if (columns[i].group != u"IEEE 30"_s || columns[i].heading != "Smooth A") continue;
         EXPECT_NEAR(page.tables[1].rows.at(0)[i].text.toDouble(), fact.smooth->at.current, 1e-9);
         EXPECT_EQ(page.tables[1].rows.at(0)[i - 1].text + u" V"_s, SmoothText(fact));
         return;
