@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/text.h"
 
+#include <QStringList>
 #include <algorithm>
 #include <array>
 
@@ -82,6 +83,20 @@ std::optional<std::string> ToPage(const QString& text) {
         bytes.push_back(static_cast<char>(0x80 + (found - kUpperControls.begin())));
     }
     return bytes;
+}
+
+QString RunsText(const std::vector<int>& rising, const std::function<QString(int)>& nameOf) {
+    QStringList runs;
+    for (std::size_t first = 0, last = 0; first < rising.size(); first = last + 1) {
+        last = first;
+        while (last + 1 < rising.size() && rising[last + 1] == rising[last] + 1)
+            ++last;
+        QString run = nameOf(rising[first]);
+        if (last > first)
+            run += QLatin1String(last > first + 1 ? " to " : ", ") + nameOf(rising[last]);
+        runs += run;
+    }
+    return runs.join(QStringLiteral(", "));
 }
 
 std::string FieldReader::Next() {

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace davo {
 
@@ -44,6 +46,9 @@ QString FromPage(std::string_view bytes);
 
 // The Windows-1252 bytes of text; nothing when a character cannot be written in that page.
 std::optional<std::string> ToPage(const QString& text);
+
+// "1 to 4, 7, 8": the names of rising numbers; of three and more that follow each other the ends.
+QString RunsText(const std::vector<int>& rising, const std::function<QString(int)>& nameOf);
 
 // Reads text as comma-delimited fields: a field ends at a comma or a line end (CR LF, LF or CR);
 // blanks around it are dropped; a field that starts with a double quote runs to the next double

@@ -47,19 +47,6 @@ int TestsOf(std::string_view entry) {
     return static_cast<int>(WholeNumericValue(TestsText(entry)).value_or(0));
 }
 
-// "1, 3 to 5".
-QString NumberList(const std::vector<int>& numbers) {
-    QStringList list;
-    for (std::size_t first = 0, last = 0; first < numbers.size(); first = last + 1) {
-        last = first;
-        while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1)
-            ++last;
-        list += last == first ? QString::number(numbers[first])
-                              : QStringLiteral("%1 to %2").arg(numbers[first]).arg(numbers[last]);
-    }
-    return list.join(QStringLiteral(", "));
-}
-
 // What is wrong with the number of tests that came; empty when it is that of the entry.
 QString CountRemark(std::string_view entry, const ConvertedRecord& record) {
     const int listed = TestsOf(entry);
@@ -117,8 +104,9 @@ QString NotWholeText(std::string_view entry, const ConvertedRecord& record) {
         remarks += QStringLiteral("a part of the record is missing: all values may be wrong.");
     }
     if (!record.doubtful.empty()) {
-        remarks += QStringLiteral("the values of these tests arrived damaged: %1.")
-                       .arg(NumberList(record.doubtful));
+        remarks +=
+            QStringLiteral("the values of these tests arrived damaged: %1.")
+                .arg(RunsText(record.doubtful, [](int test) { return QString::number(test); }));
     }
     remarks.removeAll(QString());
     return remarks.join(QLatin1Char(' '));

@@ -85,5 +85,13 @@ TEST(Page, RefusesWhatItCannotHold) {
     EXPECT_EQ(ToPage(QString()), "");
 }
 
+TEST(RunsText, NamesTheEndsOfThreeAndMore) {
+    const auto name = [](int number) { return u"T%1"_s.arg(number); };
+    EXPECT_EQ(RunsText({}, name), u""_s);
+    EXPECT_EQ(RunsText({3}, name), u"T3"_s);
+    EXPECT_EQ(RunsText({3, 4}, name), u"T3, T4"_s);
+    EXPECT_EQ(RunsText({1, 2, 3, 5, 7, 8}, name), u"T1 to T3, T5, T7, T8"_s);
+}
+
 }  // namespace
 }  // namespace davo

@@ -270,7 +270,7 @@ TEST_F(RecordDownloadTest, TellsOfACountThatIsNotThatOfTheEntry) {
               "damaged: 1.");
     EXPECT_EQ(told("02"),
               "TST_013: only 2 of 3 tests were received. the values of these tests arrived "
-              "damaged: 1 to 2.");
+              "damaged: 1, 2.");
     EXPECT_EQ(told("07"),
               "TST_013: the list says 03 tests, the record itself 7. a part of the record is "
               "missing: all values may be wrong.");

@@ -83,7 +83,7 @@ QString CommonText(const QString& one, const QString& other) {
 class Doubts {
   public:
     // 0 where there is nothing to say.
-    int MarkFor(const KneeFact& fact, std::size_t row) {
+    int MarkFor(const KneeFact& fact, int row) {
         // The table has the smooth kneepoint.
         static const QRegularExpression kPlace(
             QStringLiteral("its kneepoint (only )?(at|between) .*?[VA]\\.(?= [A-Z]|$)"));
@@ -102,13 +102,14 @@ class Doubts {
 
     // The sentences, with the tests of whose rows they are.
     QStringList Explained(const CertificateTable& table) const {
+        const auto nameOf = [&table](int row) { return table.rows.at(row).front().text; };
         QStringList explained;
         for (const Doubt& doubt : doubts_) {
             explained += doubt.text;
-            if (table.rows.size() > 1)
-                explained.back() += (doubt.rows.size() > 1 ? QStringLiteral(" (Tests %1)")
-                                                           : QStringLiteral(" (Test %1)"))
-                                        .arg(NamesOf(table, doubt.rows));
+            if (table.rows.size() == 1) continue;
+            const QString tests =
+                QLatin1String(doubt.rows.size() > 1 ? " (Tests %1)" : " (Test %1)");
+            explained.back() += tests.arg(RunsText(doubt.rows, nameOf));
         }
         return explained;
     }
@@ -116,23 +117,8 @@ class Doubts {
   private:
     struct Doubt {
         QString text;
-        std::vector<std::size_t> rows;  // rising
+        std::vector<int> rows;  // rising
     };
-
-    // "1 to 4, 7"
-    static QString NamesOf(const CertificateTable& table, const std::vector<std::size_t>& rows) {
-        QStringList names;
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            const std::size_t first = i;
-            while (i + 1 < rows.size() && rows[i + 1] == rows[i] + 1)
-                ++i;
-            const auto name = [&](std::size_t of) { return table.rows[rows[of]].front().text; };
-            names += i > first + 1 ? name(first) + QStringLiteral(" to ") + name(i)
-                     : i > first   ? name(first) + QStringLiteral(", ") + name(i)
-                                   : name(i);
-        }
-        return names.join(QStringLiteral(", "));
-    }
 
     std::vector<Doubt> doubts_;
 };
@@ -150,11 +136,11 @@ void AddRows(Certificate& page, Doubts& doubts, const QString& name, const Recor
                                    cell(test.excitationVoltage),
                                    cell(test.excitationCurrent)});
     if (test.points.empty()) return;
+    const int row = static_cast<int>(page.tables[1].rows.size());
     std::vector<CertificateCell> knees = {{name}};
     for (const KneeRule rule : kCertifiedRules) {
         const KneeFact& fact = FactOf(test, rule);
-        knees.push_back(
-            {FromPage(fact.printed.voltage), doubts.MarkFor(fact, page.tables[1].rows.size())});
+        knees.push_back({FromPage(fact.printed.voltage), doubts.MarkFor(fact, row)});
         knees.push_back(cell(fact.printed.current));
         knees.push_back({SmoothText(fact).remove(QStringLiteral(" V"))});
         knees.push_back(cell(fact.smooth && !fact.range
@@ -167,6 +153,10 @@ void AddRows(Certificate& page, Doubts& doubts, const QString& name, const Recor
 // A record's name is in front of a test's number where there are several.
 void AddTest(Certificate& page, Doubts& doubts, const CertifiedTest& one, bool named,
              std::optional<KneeRule> marked) {
+    if (!one.test) {
+        page.notes += QStringLiteral("There is no test in it.");
+        return;
+    }
     const RecordTest& test = *one.test;
     const QString record = named ? FromPage(one.record->name) + QLatin1Char(' ') : QString();
     const QString number = FromPage(test.testNumber);
@@ -190,7 +180,7 @@ Certificate CertificateOf(std::span<const CertifiedTest> tests, std::optional<Kn
     std::vector<const RecordFacts*> records;
     std::vector<const RecordFileHeader*> headers;
     for (const CertifiedTest& one : tests) {
-        const RecordFileHeader& header = one.record->headers.at(one.test->header);
+        const RecordFileHeader& header = one.record->headers.at(one.test ? one.test->header : 0);
         if (std::find(records.begin(), records.end(), one.record) == records.end())
             records.push_back(one.record);
         if (std::find(headers.begin(), headers.end(), &header) != headers.end()) continue;
@@ -220,15 +210,8 @@ Certificate CertificateOf(const RecordFacts& record, std::optional<KneeRule> mar
     std::vector<CertifiedTest> tests;
     for (const RecordTest& test : record.tests)
         tests.push_back({&record, &test});
-    Certificate page = CertificateOf(tests, marked);
-    if (!tests.empty()) return page;
-    page.subject = FromPage(record.name);
-    for (const RecordFileHeader& header : record.headers)
-        page.headers.push_back(FieldsOf(record, header));
-    page.notes += QStringLiteral("There is no test in it.");
-    for (const std::string& line : record.notes)
-        page.notes += FromPage(line);
-    return page;
+    if (tests.empty()) tests.push_back({&record});
+    return CertificateOf(tests, marked);
 }
 
 }  // namespace davo

@@ -51,7 +51,7 @@ struct Certificate {
     QString Title() const { return subject + QStringLiteral(" - Test Certificate"); }
 };
 
-// A test of a record; its kneepoints are found.
+// A test of a record, whose kneepoints are found; null for a record without one.
 struct CertifiedTest {
     const RecordFacts* record = nullptr;
     const RecordTest* test = nullptr;

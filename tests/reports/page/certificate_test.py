@@ -151,7 +151,8 @@ class Certificate(unittest.TestCase):
                     self.assertLessEqual(count, most)
                     self.assertIn("letter" if paper else "A4", info)
                     self.assertIn(f"Title:           {name} - Test Certificate", info)
-                    self.assertRegex(info, r"(?m)^Author: +" + ("DAVO" if name == "EMPTY" else r"J\. Doe$"))
+                    self.assertRegex(info,
+                        r"(?m)^Author: +" + ("DAVO$" if name == "EMPTY" else r"J\. Doe$"))
                     text = output("pdftotext", self.path(f"{name}{paper}.pdf"), "-")
                     for number in range(1, count + 1):
                         self.assertIn(f"Page {number} of {count}", text)

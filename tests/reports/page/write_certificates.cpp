@@ -60,7 +60,9 @@ QStringList Comparison(int count) {
 
 void WriteAll(const QString& folder, const std::string& name, const std::string& tests,
               const QStringList& compared = {}) {
-    const std::string bytes = HeaderText(name, "K\xF6ln <&\"'>") + tests;
+    std::string bytes = HeaderText(name, "K\xF6ln <&\"'>") + tests;
+    constexpr std::string_view kTester = "J. Doe";
+    if (tests.empty()) bytes.replace(bytes.find(kTester), kTester.size(), kTester.size(), ' ');
     const QString path = folder + QLatin1Char('/') + QString::fromStdString(name);
     ReplaceFile(path + QStringLiteral(".txt"), bytes);
     const RecordFacts record = ParseRecordFacts(bytes, name);
