@@ -76,9 +76,9 @@ QString TroubleWith(const QString& path, const std::exception& error) {
 
 // "a.txt.csv" of the record "a.txt.txt" is none.
 bool IsMadeOfRecord(const QString& name) {
-    const QString suffix = QFileInfo(name).suffix();
-    return std::ranges::any_of(std::array{"csv", "xlsx", "xls", "pdf", "html"},
-                               [&](const char* made) { return suffix == QLatin1String(made); });
+    static const QStringList kMade =
+        QStringLiteral("csv xlsx xls pdf html").split(QLatin1Char(' '));
+    return kMade.contains(QFileInfo(name).suffix());
 }
 
 class BatchRun {
@@ -114,6 +114,7 @@ class BatchRun {
     std::string rows_;  // not written yet
     SummaryPage summary_{options_.rule, options_.out};
     std::optional<Reference> reference_;
+    XlsxRenderer xlsx_;
     std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
     // Those of this run, made or kept, by what they are to a disk that knows no capitals.
     QMultiHash<QString, QString> targets_;
@@ -269,10 +270,7 @@ QStringList BatchRun::MakeFiles(const std::string& bytes, const RecordFacts& fac
     };
     make(options_.csv, ".csv",
          [&](const QString& target) { ReplaceFile(target, RecordsAsCsv({facts})); });
-    make(options_.xlsx, ".xlsx", [&](const QString& target) {
-        XlsxRenderer xlsx;
-        render(xlsx, target);
-    });
+    make(options_.xlsx, ".xlsx", [&](const QString& target) { render(xlsx_, target); });
     make(xls_ != nullptr, ".xls", [&](const QString& target) { render(*xls_, target); });
     if (!options_.pdf && !options_.html) return made;
     Certificate certificate = CertificateOf(facts, options_.rule);

@@ -2,7 +2,6 @@
 #include "batch/command_line.h"
 
 #include <QCommandLineParser>
-#include <algorithm>
 #include <array>
 
 #include "common/numbers.h"
@@ -18,8 +17,6 @@ struct Option {
     bool BatchOptions::*flag = nullptr;
     const char* value = nullptr;  // of one that has a value: its name
 };
-// The first ones make something.
-constexpr std::size_t kFormats = 6;
 constexpr std::array kOptions = {
     Option{"pdf", "Make a certificate of each record.", &BatchOptions::pdf},
     Option{"html", "Make the certificate as a web page, all in one file.", &BatchOptions::html},
@@ -68,16 +65,15 @@ QString TakeOptions(const QCommandLineParser& parser, BatchOptions& options) {
     for (const Option& option : kOptions) {
         if (option.flag != nullptr) options.*option.flag = isSet(option.name);
     }
-    const bool makes = std::any_of(kOptions.begin(), kOptions.begin() + kFormats,
-                                   [&](const Option& option) { return isSet(option.name); });
+    const bool makes = options.pdf || options.html || options.xlsx || options.xls || options.csv ||
+                       options.summary;
     options.out = valueOf("out");
     options.reference = valueOf("compare");
     options.records = parser.positionalArguments();
     options.rows = options.csv && options.records.removeAll(QStringLiteral("-")) > 0;
     options.csv = options.csv && !options.rows;
     if (isSet("rule")) {
-        const QStringList rules = {QStringLiteral("asa"), QStringLiteral("45"),
-                                   QStringLiteral("30")};
+        const QStringList rules = QStringLiteral("asa 45 30").split(QLatin1Char(' '));
         const auto rule = rules.indexOf(valueOf("rule"));
         if (rule < 0) return QStringLiteral("The rule is asa, 45 or 30.");
         options.rule = kKneeRules.at(static_cast<std::size_t>(rule));

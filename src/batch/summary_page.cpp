@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "batch/summary_page.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QUrl>
 #include <span>
@@ -83,29 +82,20 @@ void SummaryPage::AddUnread(const QString& sentence) {
 }
 
 std::string SummaryPage::Html() const {
-    QFile file(QStringLiteral(":/davo/batch/summary_page.html"));
-    if (!file.open(QIODevice::ReadOnly)) return {};
-    std::string page = file.readAll().toStdString();
     QString counts = QStringLiteral("Records: %1. Tests: %2.").arg(records_).arg(tests_);
     QString chart;
     if (!curves_.empty()) {
-        counts += QStringLiteral(" The chart marks the kneepoints by %1").arg(KneeWord(rule_));
-        if (withCurve_ > curves_.size()) {
-            counts += QStringLiteral("; it has the first %1 of %2 curves")
-                          .arg(curves_.size())
-                          .arg(withCurve_);
-        }
-        counts += QLatin1Char('.');
+        counts += QStringLiteral(" The chart has %1 of %2 curves and marks the kneepoints by %3.")
+                      .arg(curves_.size())
+                      .arg(withCurve_)
+                      .arg(KneeWord(rule_));
         chart = SvgOf(ChartOf(curves_, {200, 120}), QStringLiteral("Excitation curves"));
     }
     const std::string unread =
         unread_.empty() ? "" : "<h2>Not in the table</h2>\n<ul>\n" + unread_ + "</ul>";
-    // No part has such a place in it: what a record says is escaped.
-    constexpr std::string_view kPlace = "<!-- % -->";
-    for (const std::string& part : {PageResource("page/chart.css").toStdString(),
-                                    counts.toStdString(), chart.toStdString(), rows_, unread})
-        page.replace(page.find(kPlace), kPlace.size(), part);
-    return page;
+    return FilledPage("batch/summary_page.html",
+                      {PageResource("page/chart.css").toStdString(), counts.toStdString(),
+                       chart.toStdString(), rows_, unread});
 }
 
 }  // namespace davo

@@ -57,13 +57,13 @@ TEST(SummaryPage, DrawsTheFirstCurvesAndSaysIt) {
     for (int i = 0; i < 2; ++i)
         page.Add(record, {}, {});
     EXPECT_THAT(page.Html(),
-                HasSubstr("<p>Records: 2. Tests: 300. The chart marks the kneepoints by "
-                          "IEEE 30.</p>"));
+                HasSubstr("<p>Records: 2. Tests: 300. The chart has 300 of 300 curves and marks "
+                          "the kneepoints by IEEE 30.</p>"));
     page.Add(record, {}, {});
     const std::string html = page.Html();
     EXPECT_THAT(html,
-                HasSubstr("<p>Records: 3. Tests: 450. The chart marks the kneepoints by IEEE 30; "
-                          "it has the first 400 of 450 curves.</p>"));
+                HasSubstr("<p>Records: 3. Tests: 450. The chart has 400 of 450 curves and marks "
+                          "the kneepoints by IEEE 30.</p>"));
     EXPECT_THAT(html, HasSubstr("<a href=\"#t1\"><title>T1 Test 1</title><polyline "));
     EXPECT_THAT(html, HasSubstr("href=\"#t400\""));
     // Each ink of the chart has a colour for a bright screen and one for a dark screen.

@@ -14,12 +14,6 @@
 #include "reports/log_axes.h"
 #include "reports/record_texts.h"
 
-// Outside the namespace, because they name functions that the resource compiler makes there.
-static void LoadParts() {
-    Q_INIT_RESOURCE(certificate);
-    Q_INIT_RESOURCE(letterhead);
-}
-
 namespace davo {
 
 namespace {
@@ -28,8 +22,7 @@ constexpr double kLegendRow = 4.4;
 constexpr double kLegendLine = 9;
 constexpr std::size_t kMostInLegend = 40;
 constexpr std::size_t kMostWithMarkers = 10;
-constexpr double kLeft = 13;
-constexpr double kTop = 2;
+constexpr QPointF kFrameAt(13, 2);
 constexpr double kNames = 9.2;  // of the axis across and of the mark, below the frame
 
 // The outline of a marker: a many-sided figure, or a diamond with four corners.
@@ -68,7 +61,7 @@ class ChartWriter {
         const bool isShort =
             static_cast<double>(LegendCurves()) * legendWidth_ < most.width() / 2 - 16;
         const double below = isShort ? 0 : kLegendRow * static_cast<double>(rows);
-        area_ = QRectF({kLeft, kTop}, most - QSizeF(0, below));
+        area_ = QRectF(kFrameAt, most - QSizeF(0, below));
         legendTop_ = area_.bottom() + kNames + (isShort ? -1 : 3.3);
         across_ = SpanAround(amperes);
         up_ = SpanAround(volts);
@@ -76,14 +69,9 @@ class ChartWriter {
     }
 
     Drawing Write() {
-        DrawGrid(across_, [this](double value) {
-            const double x = At({value, 1}).x();
-            return std::pair(QPointF(x, area_.bottom()), QPointF(x, area_.top()));
-        });
-        DrawGrid(up_, [this](double value) {
-            const double y = At({1, value}).y();
-            return std::pair(QPointF(area_.left(), y), QPointF(area_.right(), y));
-        });
+        DrawGrid(across_, [this](double x) { return std::pair(At(x, up_.low), At(x, up_.high)); });
+        DrawGrid(up_,
+                 [this](double y) { return std::pair(At(across_.low, y), At(across_.high, y)); });
         const QRectF& a = area_;
         Line({a.topLeft(), a.topRight(), a.bottomRight(), a.bottomLeft(), a.topLeft()}, kLineInk,
              0.3);
@@ -104,10 +92,13 @@ class ChartWriter {
         return curves_.size() == 1 || IsCrowded() ? 0 : curves_.size();
     }
 
+    // Of powers of ten.
+    QPointF At(double x, double y) const {
+        return {area_.left() + area_.width() * (x - across_.low) / across_.Length(),
+                area_.bottom() - area_.height() * (y - up_.low) / up_.Length()};
+    }
     QPointF At(const CurvePoint& point) const {
-        const double x = (std::log10(point.current) - across_.low) / across_.Length();
-        const double y = (std::log10(point.voltage) - up_.low) / up_.Length();
-        return {area_.left() + area_.width() * x, area_.bottom() - area_.height() * y};
+        return At(std::log10(point.current), std::log10(point.voltage));
     }
 
     void Line(std::vector<QPointF> points, int ink, double width, int dash = 0,
@@ -119,20 +110,21 @@ class ChartWriter {
         drawing_.texts.push_back({at, text, anchor, bold, ink, upward});
     }
 
-    // lineAt has the ends of the line at a value, first the one with its number.
+    // lineAt has the ends of the line at a power of ten, first the one with its number.
     template <class LineAt>
     void DrawGrid(LogSpan span, const LineAt& lineAt) {
         const auto draw = [&](double value, int ink, double width) {
             const double exponent = std::log10(value);
             if (exponent < span.low || exponent > span.high) return false;
-            Line({lineAt(value).first, lineAt(value).second}, ink, width);
+            const auto [from, to] = lineAt(exponent);
+            Line({from, to}, ink, width);
             return true;
         };
         for (const double value : FineMarks(span))
             draw(value, kFineInk, 0.15);
         for (const double value : AxisMarks(span)) {
             if (!draw(value, kLineInk, 0.2)) continue;
-            const QPointF at = lineAt(value).first;
+            const QPointF at = lineAt(std::log10(value)).first;
             const bool isBelow = at.y() == area_.bottom();
             Text(at + (isBelow ? QPointF(0, 4) : QPointF(-1.5, 1)), ValueText(value),
                  isBelow ? Anchor::Middle : Anchor::End);
@@ -255,10 +247,21 @@ QString SvgOf(const Drawing& drawing, const QString& title) {
 }
 
 QByteArray PageResource(const char* name) {
-    LoadParts();
     QFile file(QStringLiteral(":/davo/") + QLatin1String(name));
     file.open(QIODevice::ReadOnly);  // it is part of the program
     return file.readAll();
+}
+
+std::string FilledPage(const char* name, std::initializer_list<std::string> parts) {
+    constexpr std::string_view kPlace = "<!-- % -->";
+    std::string page = PageResource(name).toStdString();
+    std::size_t from = 0;
+    for (const std::string& part : parts) {
+        from = page.find(kPlace, from);
+        page.replace(from, kPlace.size(), part);
+        from += part.size();
+    }
+    return page;
 }
 
 }  // namespace davo

@@ -5,6 +5,8 @@
 #include <QPointF>
 #include <QSizeF>
 #include <QString>
+#include <initializer_list>
+#include <string>
 #include <vector>
 
 #include "reports/chart_curve.h"
@@ -58,7 +60,10 @@ Drawing ChartOf(const std::vector<ChartCurve>& curves, QSizeF size);
 // The drawing as SVG for the inside of a page that has the style "page/chart.css".
 QString SvgOf(const Drawing& drawing, const QString& title);
 
-// A part that is the same in each certificate.
+// A part that is the same in each page.
 QByteArray PageResource(const char* name);
+
+// The page of that name with parts in its places, one after the other.
+std::string FilledPage(const char* name, std::initializer_list<std::string> parts);
 
 }  // namespace davo

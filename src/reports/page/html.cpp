@@ -143,18 +143,11 @@ QString ComparisonHtml(const QStringList& sentences) {
     return Table(sentences.size() <= kUnbroken ? "short" : "", rows);
 }
 
-// As the inside of a string in CSS.
-QString InStyle(const QString& text) {
-    QString safe;
-    for (const QChar c : text)
-        safe += c.isLetterOrNumber() || c == QLatin1Char(' ')
-                    ? QString(c)
-                    : QStringLiteral("\\%1 ").arg(c.unicode(), 0, 16);
-    return safe;
-}
-
 QString PrintedPage(const Certificate& certificate, Paper paper) {
     const QSizeF size = SizeOf(paper);
+    QString foot = certificate.subject;
+    for (const char c : {'\\', '"', '<', '\n', '\f', '\r'})  // in a string of a style
+        foot.replace(QLatin1Char(c), QStringLiteral("\\%1 ").arg(int{c}, 0, 16));
     return QStringLiteral(
                "@page{size:%1mm %2mm;margin:%3mm %3mm %4mm;"
                "font:7.5pt \"Liberation Sans\",Arial,Helvetica,sans-serif;color:#4a5a68;"
@@ -164,7 +157,7 @@ QString PrintedPage(const Certificate& certificate, Paper paper) {
         .arg(size.height())
         .arg(kPageMargin)
         .arg(kPageMargin + kFooterHeight)
-        .arg(InStyle(certificate.subject));
+        .arg(foot);
 }
 
 }  // namespace
@@ -242,13 +235,10 @@ std::string CertificateAsHtml(const Certificate& certificate, Paper paper) {
         chart = Element("div", "chart",
                         SvgOf(ChartOf(curves, ChartSize(certificate, paper)),
                               QStringLiteral("Excitation curves")));
-    return (QStringLiteral("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-                           "<meta name=\"viewport\" content=\"width=device-width, "
-                           "initial-scale=1\">\n<title>") +
-            certificate.Title().toHtmlEscaped() + QStringLiteral("</title>\n<style>\n") + styles +
-            QStringLiteral("</style>\n</head>\n<body>\n") + AboveChart(certificate, letterhead) +
-            chart + BelowChart(certificate) + QStringLiteral("</body>\n</html>\n"))
-        .toStdString();
+    return FilledPage("page/certificate.html",
+                      {certificate.Title().toHtmlEscaped().toStdString(), styles.toStdString(),
+                       AboveChart(certificate, letterhead).toStdString(), chart.toStdString(),
+                       BelowChart(certificate).toStdString()});
 }
 
 }  // namespace davo

@@ -7,11 +7,6 @@
 
 #include "reports/xlsx/text.h"
 
-// Outside the namespace, because it names a function that the resource compiler makes there.
-static void LoadResource() {
-    Q_INIT_RESOURCE(letterhead);
-}
-
 namespace davo {
 
 namespace {
@@ -37,7 +32,6 @@ std::vector<LetterheadLine> LetterheadLines(const Sheet& sheet) {
 }
 
 QByteArray LetterheadPicture() {
-    LoadResource();
     QFile file(QStringLiteral(":/davo/report/letterhead.png"));
     file.open(QIODevice::ReadOnly);  // it is part of the program
     return file.readAll();
