@@ -138,6 +138,9 @@ class PageParts(Treeprocessor):
             elif element.tag == "pre":
                 for code in element:
                     code.text = AtomicString(textwrap.dedent(code.text))
+            elif element.tag == "code" and (element.text or "").startswith("-"):
+                # A browser would break "--summary" behind its hyphens.
+                element.set("class", "option")
             elif element.tag == "table":
                 # A wide table scrolls by itself on a narrow screen.
                 element.set("tabindex", "0")
