@@ -61,6 +61,27 @@ TEST(SmoothKnee, LiesWhereTheSlopeOfAParabolaIsTheRules) {
          1 - std::log10(1.5) / 2 - std::log10(1.1) / std::log10(1.5));
 }
 
+// The parabola again, from before and after the place of its slope on: a kneepoint that is at the
+// first point, or hardly above it, is open, and none is below it.
+TEST(SmoothKnee, IsLookedForDownToTheFirstPoint) {
+    int justAbove = 0;
+    for (int start = -60; start <= 60; ++start) {
+        const double first = start / 2000.0;
+        Points points;
+        for (int k = 0; k <= 24; ++k) {
+            const double i = first + k / 12.0;
+            points.push_back({std::pow(10, i), std::pow(10, 2 - (i - 1) * (i - 1) / 2)});
+        }
+        const SmoothCurve curve(points);
+        const SmoothVerdict verdict = SmoothKneepoint(KneeRule::Ieee45, curve);
+        const double excess = curve.Slope(curve.First()) - 1;
+        EXPECT_EQ(verdict.isOpen || verdict.knee || verdict.range, excess >= 0) << start;
+        // The slope falls by 1 where the current is ten times as high.
+        if (excess >= 0 && excess < 1 / 100.0) ++justAbove;
+    }
+    EXPECT_GT(justAbove, 5);
+}
+
 // Two points below the bend, far from each other.
 TEST(SmoothKnee, WhatIsTooUncertainForANumberIsARange) {
     const Points points = {{0.01, 10}, {0.1, 120}, {1, 400}, {3, 410}, {9, 415}};
@@ -165,8 +186,10 @@ TEST(SmoothKnee, APointIsLeftOutThatIsFartherOffThanPointsScatter) {
         EXPECT_GT(wrong.voltage, points.back().voltage);
         return SmoothCurve(points).HighestLnVoltage() < std::log(wrong.voltage) - 1e-9;
     };
-    EXPECT_FALSE(isLeftOut(16, 1.034, false));
-    EXPECT_TRUE(isLeftOut(16, 1.05, false));
+    EXPECT_FALSE(isLeftOut(16, 1.039, false));
+    EXPECT_TRUE(isLeftOut(16, 1.042, false));
+    EXPECT_FALSE(isLeftOut(32, 1.053, false));
+    EXPECT_TRUE(isLeftOut(32, 1.056, false));
     // Of seven none tells which of them is wrong.
     EXPECT_FALSE(isLeftOut(7, 3, true));
     EXPECT_TRUE(isLeftOut(8, 3, true));
@@ -285,6 +308,19 @@ TEST(SmoothKnee, ThinnedPointsKeepTheirEnds) {
         EXPECT_DOUBLE_EQ(curve.First(), std::log(points.front().current)) << count;
         EXPECT_DOUBLE_EQ(curve.Last(), std::log(points.back().current)) << count;
     }
+}
+
+// The highest voltage is that of the last point but one.
+TEST(SmoothKnee, OneOfFortyNinePointsIsLeftOut) {
+    const auto highest = [](int count) {
+        Points points;
+        for (int k = 0; k < count; ++k)
+            points.push_back({0.05 * std::pow(1.12, k), 600 * std::tanh(std::pow(1.12, k) / 10)});
+        points[points.size() - 2].voltage = 601;
+        return std::exp(SmoothCurve(points).HighestLnVoltage());
+    };
+    EXPECT_NEAR(highest(48), 601, 1e-6);
+    EXPECT_NEAR(highest(49), 600, 0.01);
 }
 
 TEST(SmoothKnee, ACurveThatEndsTooSoonHasNoneByAsa) {
