@@ -70,6 +70,8 @@ TEST(Limits, TwoNumbersThatDifferAreShownSo) {
     EXPECT_EQ(NumberText(0, 1), "0.0");
     EXPECT_EQ(NumberText(5 + 1e-10, 1, 5), "5.0");
     EXPECT_EQ(NumberText(5 + 4e-9, 1, 5), "5.000000004");
+    // Nine decimals are the most, whatever they tell.
+    EXPECT_EQ(NumberText(33 + 1.3e-9, 1, 33), "33.000000001");
 }
 
 TEST(Limits, TextsOfValues) {

@@ -264,6 +264,10 @@ TEST(Nameplate, TheFactorIsWhereTheCurveMeetsTheBurden) {
                 testing::Not(testing::Contains(testing::HasSubstr("connected burden"))));
     EXPECT_EQ(ExpectedAlf({{5, 1}, {10, 2}}, 0.1, 5, ohms), std::nullopt);
     EXPECT_EQ(ExpectedAlf(whole, 0.1, 5, 0), std::nullopt);
+    // One reading alone is as high as it must be, 1 V at 1 A.
+    const std::optional<Estimate> touched =
+        ExpectedAlf({{0.5, 0.1}, {1, 1}, {2, 1.5}}, 0.1, 1, 0.1);
+    EXPECT_NEAR(touched.value_or(Estimate()).value, 10, 1e-9);
 }
 
 TEST(Nameplate, OfAPClassThereAreEstimatesOnly) {

@@ -136,6 +136,46 @@ TEST(Taps, TheProportionIsToldWhereSixTenthsOfTheShorterOneAreCommon) {
     }
 }
 
+// ln V = x - bend x^2 / 2 + turn x^3 / 6, x being ln I, from one end to the other.
+Points CubicOf(double bend, double turn, double end) {
+    Points points;
+    constexpr int kEach = 400;  // from 0 to 1
+    for (int k = static_cast<int>(-end * kEach); k <= end * kEach; ++k) {
+        const double x = static_cast<double>(k) / kEach;
+        points.push_back(
+            {std::exp(x), 100 * std::exp(x - bend * x * x / 2 + turn * x * x * x / 6)});
+    }
+    return points;
+}
+
+// With 5 % more current the distance from a parabola rises as bend ln 1.05 x, over what both have
+// in common: its standard deviation at 41 places must be 0.005.
+TEST(Taps, TheProportionIsToldWhereFivePercentWouldShow) {
+    const double more = std::log(1.05);
+    const double least = 0.005 / (more * (2 - more) * std::sqrt(42.0 / 40 / 12));
+    for (const double part : {0.9, 0.996, 1.004, 1.1}) {
+        const Points points = CubicOf(part * least, 0, 1);
+        EXPECT_EQ(ShiftBetween(points, points).has_value(), part > 1) << part;
+    }
+}
+
+// The bend grows, or falls, to where one end of the shorter curve goes with 5 % more current.
+TEST(Taps, FivePercentMoreCurrentAndLessMustBothShow) {
+    int told = 0;
+    constexpr int kBends = 40;
+    for (int k = 0; k < kBends; ++k) {
+        const double bend = 0.16 + k * 0.001;
+        const auto isTold = [&](double turn) {
+            return ShiftBetween(CubicOf(bend, turn * bend, 1.5), CubicOf(bend, turn * bend, 1))
+                .has_value();
+        };
+        EXPECT_EQ(isTold(0.5), isTold(-0.5)) << bend;
+        told += isTold(0.5) ? 1 : 0;
+    }
+    EXPECT_GT(told, 5);
+    EXPECT_LT(told, kBends - 5);
+}
+
 // 120 of 240 turns, measured as each mistake gives it.
 TEST(Taps, AWrongProportionIsSaid) {
     const Points full = CurveD();
