@@ -15,7 +15,9 @@ endif()
 # All compiler flags of our own code. The presets make warnings errors.
 add_library(davo_flags INTERFACE)
 target_compile_options(davo_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+  # What is compiled once for libraries and programs fits both; Qt 6.4 asks for it itself, 6.8 does not.
+  $<$<NOT:$<BOOL:${WIN32}>>:-fPIC>)
 target_compile_definitions(davo_flags INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 target_include_directories(davo_flags INTERFACE "${CMAKE_SOURCE_DIR}/src")
