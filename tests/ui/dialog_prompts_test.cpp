@@ -384,7 +384,7 @@ TEST(YesNoPrompt, AnswersTheLetters) {
 TEST(YesNoPrompt, AnswersThePresetWhenItsWindowGoes) {
     auto window = std::make_unique<QWidget>();
     window->show();
-    QApplication::setActiveWindow(window.get());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     EXPECT_EQ(YesNoBy(Answer::No,
                       [&](QMessageBox& box) {
                           EXPECT_EQ(box.parentWidget(), window.get());
