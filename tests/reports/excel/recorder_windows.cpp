@@ -40,11 +40,14 @@ struct Server {
     QFile log;
     std::vector<std::wstring> members;  // an id counts from 1
     int rejections = 2;
+    bool ends = false;
     DWORD thread = ::GetCurrentThreadId();
 };
 
-void EndLoop(const Server& server) {
-    if (!server.settings.stays) ::PostThreadMessageW(server.thread, WM_QUIT, 0, 0);
+void EndLoop(Server& server) {
+    if (server.settings.stays) return;
+    server.ends = true;  // COM may take the message in a loop of its own
+    ::PostThreadMessageW(server.thread, WM_QUIT, 0, 0);
 }
 
 // A recorded object as COM knows it. The identity that only this program asks for tells its own
@@ -218,11 +221,12 @@ int Run(const Settings& settings) {
                                        &registration)))
         return 1;
     MSG message{};
-    while (::GetMessageW(&message, nullptr, 0, 0) > 0) {
+    while (!server.ends && ::GetMessageW(&message, nullptr, 0, 0) > 0) {
         ::TranslateMessage(&message);
         ::DispatchMessageW(&message);
     }
-    ::CoUninitialize();
+    // All is written; COM's own end has waited for ever in Wine.
+    ::TerminateProcess(::GetCurrentProcess(), 0);
     return 0;
 }
 
