@@ -34,6 +34,18 @@ class OutlineStyle : public QProxyStyle {
   public:
     OutlineStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
 
+    using QProxyStyle::polish;
+    // Qt's palette for the dark mode of Windows has light grey buttons with white text.
+    void polish(QPalette& palette) override {
+        constexpr double kContrast = 7;
+        QProxyStyle::polish(palette);
+        for (const auto group : {QPalette::Active, QPalette::Inactive})
+            palette.setColor(group, QPalette::Button,
+                             Readable(palette.color(group, QPalette::Button),
+                                      palette.color(group, QPalette::ButtonText),
+                                      palette.color(group, QPalette::Window), kContrast));
+    }
+
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override {
         QProxyStyle::drawPrimitive(element, option, painter, widget);

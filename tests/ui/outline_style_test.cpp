@@ -177,5 +177,19 @@ TEST(Inks, StandOutFromEveryWindow) {
     }
 }
 
+TEST(Buttons, HaveATextThatCanBeReadInEveryPalette) {
+    const std::unique_ptr<QStyle> style(MakeOutlineStyle());
+    QPalette dark(QColor(0x80, 0x80, 0x80), QColor(0x1e, 0x1e, 0x1e));
+    dark.setColor(QPalette::ButtonText, Qt::white);
+    ASSERT_LT(Contrast(dark.color(QPalette::Button), Qt::white), 4.5);
+    style->polish(dark);
+    EXPECT_GE(Contrast(dark.color(QPalette::Button), Qt::white), 7);
+    EXPECT_GE(Contrast(dark.color(QPalette::Inactive, QPalette::Button), Qt::white), 7);
+    const QColor light(0xef, 0xef, 0xef);
+    QPalette usual(light, light);
+    style->polish(usual);
+    EXPECT_EQ(usual.color(QPalette::Button), light);
+}
+
 }  // namespace
 }  // namespace davo
