@@ -337,9 +337,9 @@ TEST_F(MainMenuItems, AboutShowsTheModel) {
     EXPECT_EQ(Find<QLabel>("lblDavoVer")->text(), u"DAVO-E R3.10"_s);
     EXPECT_THAT(port.sent, ElementsAre("B", "W"));
     Press("mnuAbout");
-    EXPECT_EQ(window->findChildren<frmAbout*>().size(), 1);
+    EXPECT_EQ(window->findChildren<QWidget*>(u"frmAbout"_s).size(), 1);
     about->close();
-    ASSERT_TRUE(Until([this] { return window->findChildren<frmAbout*>().empty(); }));
+    ASSERT_TRUE(Until([this] { return window->findChildren<QWidget*>(u"frmAbout"_s).empty(); }));
     Press("mnuAbout");
     EXPECT_TRUE(Find<frmAbout>("frmAbout")->isVisible());
 }
@@ -358,7 +358,7 @@ TEST_F(MainMenuItems, AboutWithoutAPortShowsNothing) {
     port.failOpen = ErrorNumber::InvalidPortNumber;
     Open();
     Press("mnuAbout");
-    EXPECT_EQ(window->findChild<frmAbout*>(), nullptr);
+    EXPECT_EQ(window->findChild<QWidget*>(u"frmAbout"_s), nullptr);
     EXPECT_TRUE(prompts.shown.empty());
 }
 
