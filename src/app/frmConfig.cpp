@@ -234,10 +234,12 @@ void frmConfig::cmdSave_Click() {
     settings_.showImpedance = optImpedance_[1]->isChecked();
     const std::int16_t port = ChosenPort();
     const bool another = IsReassigned(port) || port != settings_.comPort;
+    const bool isTested = !testedModel_.empty() && answered_ == ChosenDevice();
     settings_.comPort = kNoPortChosen;
     if (OpenChosen(port, true)) {
         settings_.comPort = port;
-        if (another) link_.State().instrumentModel.clear();
+        if (another || isTested)
+            link_.State().instrumentModel = isTested ? testedModel_ : std::string();
         accept();
         return;
     }
@@ -288,7 +290,10 @@ void frmConfig::AskModel() {
     lblAnswer_->setText(QStringLiteral("The DAVO is asked for its model..."));
     std::string model;
     const bool answered = link_.ReadInstrumentModel(model, nullptr);
+    testedModel_.clear();
     if (answered) {
+        answered_ = ChosenDevice();
+        testedModel_ = model;
         lblAnswer_->setText(QStringLiteral("%1 answers.").arg(ModelText(model)));
     } else if (!model.empty()) {
         lblAnswer_->setText(QStringLiteral("What answers is no DAVO: %1").arg(ModelText(model)));

@@ -93,6 +93,8 @@ class frmConfig : public QDialog {
     bool testing_ = false;
     bool trying_ = false;
     bool leave_ = false;  // once the test has ended
+    QString answered_;    // the device at which a test has found testedModel_
+    std::string testedModel_;
     QTreeWidget* lstPorts_ = nullptr;
     QComboBox* cboComPort_ = nullptr;
     QCheckBox* chkBuiltIn_ = nullptr;

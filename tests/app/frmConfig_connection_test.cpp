@@ -34,6 +34,24 @@ TEST_F(TestConnection, SendsNothingBeforeItIsPressedAndShowsTheModel) {
     EXPECT_TRUE(prompts.shown.empty());
 }
 
+TEST_F(TestConnection, TheModelThatAnsweredIsThatOfTheSavedPort) {
+    Answer("DAVO-E R3.10");
+    Open();
+    Click("cmdTest");
+    EXPECT_EQ(state.instrumentModel, "") << "the port may still be another one";
+    Click("cmdSave");
+    EXPECT_EQ(state.instrumentModel, "DAVO-E R3.10");
+}
+
+TEST_F(TestConnection, TheModelThatAnsweredIsNotThatOfAnotherDevice) {
+    Answer("DAVO-E R3.10");
+    Open();
+    Click("cmdTest");
+    ChooseDevice(kUsb1);
+    Click("cmdSave");
+    EXPECT_EQ(state.instrumentModel, "");
+}
+
 TEST_F(TestConnection, SaysThatNothingAnswers) {
     Open();
     Click("cmdTest");
