@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/contrast.h"
 
+#include <QApplication>
 #include <QGroupBox>
 #include <QPainter>
 #include <QProxyStyle>
@@ -30,20 +31,35 @@ QColor PartOfInk(const QPalette& palette, double part, double contrast) {
     return Readable(Mixed(ground, ink, part), ground, ink, contrast);
 }
 
+// Qt's palette for the dark mode of Windows has white texts on light grey buttons, and Fusion draws
+// a button's face lighter than its colour.
+QPalette ReadableButton(QPalette palette) {
+    constexpr double kContrast = 9;
+    const QColor ink = palette.color(QPalette::Active, QPalette::ButtonText);
+    const QColor face = palette.color(QPalette::Active, QPalette::Button);
+    if (Contrast(face, ink) >= kContrast) return palette;
+    const QColor darker =
+        Readable(face, ink, palette.color(QPalette::Active, QPalette::Window), kContrast);
+    palette.setColor(QPalette::Button, darker);
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, Mixed(darker, ink, 0.5));
+    return palette;
+}
+
 class OutlineStyle : public QProxyStyle {
   public:
     OutlineStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
 
-    using QProxyStyle::polish;
-    // Qt's palette for the dark mode of Windows has light grey buttons with white text.
-    void polish(QPalette& palette) override {
-        constexpr double kContrast = 7;
-        QProxyStyle::polish(palette);
-        for (const auto group : {QPalette::Active, QPalette::Inactive})
-            palette.setColor(group, QPalette::Button,
-                             Readable(palette.color(group, QPalette::Button),
-                                      palette.color(group, QPalette::ButtonText),
-                                      palette.color(group, QPalette::Window), kContrast));
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+        const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+        if (button == nullptr || element == CE_PushButtonLabel || element == CE_PushButtonBevel)
+            return QProxyStyle::drawControl(element, option, painter, widget);
+        QStyleOptionButton own(*button);
+        if (element == CE_PushButton) own.palette = ReadableButton(own.palette);
+        // Qt fills each of them with the accent in the dark mode of Windows, chosen or not.
+        if (element == CE_RadioButton || element == CE_CheckBox)
+            own.palette.setBrush(QPalette::Base, QApplication::palette().base());
+        QProxyStyle::drawControl(element, &own, painter, widget);
     }
 
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
