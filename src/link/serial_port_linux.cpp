@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QScopedValueRollback>
 #include <QSerialPort>
+#include <QTimer>
 #include <cerrno>
 #include <ctime>
 
@@ -34,6 +35,8 @@ short PollUntil(int handle, short events, steady_clock::time_point until) {
     return result > 0 ? entry.revents : short{0};
 }
 
+constexpr std::chrono::milliseconds kWatch{250};
+
 constexpr short kGone = POLLHUP | POLLERR | POLLNVAL;
 
 constexpr qint64 kMostGathered = qint64{64} * 1024;  // bytes; the rest has its own event
@@ -46,6 +49,11 @@ class QtSerialPort : public SerialPort {
         });
         QObject::connect(&port_, &QSerialPort::errorOccurred, &context_,
                          [this](QSerialPort::SerialPortError error) { PortError(error); });
+        // QSerialPort of Qt 6.8 says nothing of a device that has gone.
+        watch_.setInterval(kWatch);
+        QObject::connect(&watch_, &QTimer::timeout, &context_, [this] {
+            if (port_.isOpen() && Gone()) PostLost(qt_error_string(EIO));
+        });
     }
 
     void SetCommPort(std::int16_t port) override { commPort_ = port; }
@@ -79,7 +87,10 @@ class QtSerialPort : public SerialPort {
         const std::string what = "COM" + std::to_string(commPort_) + " " + device.toStdString();
         if (device.isEmpty()) throw RunTimeError(ErrorNumber::InvalidPortNumber, what);
         port_.setPortName(device);
-        if (port_.open(QIODevice::ReadWrite)) return;
+        if (port_.open(QIODevice::ReadWrite)) {
+            watch_.start();
+            return;
+        }
         throw RunTimeError(port_.error() == QSerialPort::DeviceNotFoundError
                                ? ErrorNumber::InvalidPortNumber
                                : ErrorNumber::PortAlreadyOpen,
@@ -110,6 +121,7 @@ class QtSerialPort : public SerialPort {
         if (!port_.isOpen()) return false;
         if (port_.bytesAvailable() > 0) return true;
         const short state = PollUntil(Handle(), POLLIN, until);
+        if ((state & kGone) != 0) PostLost(qt_error_string(EIO));
         return (state & (POLLIN | kGone)) == POLLIN;
     }
 
@@ -121,6 +133,7 @@ class QtSerialPort : public SerialPort {
     }
 
     void Close() {
+        watch_.stop();
         if (port_.isOpen()) {
             Drain();
             port_.close();
@@ -218,6 +231,7 @@ class QtSerialPort : public SerialPort {
     const PortDevices& devices_;
     QObject context_;  // what the posted calls belong to
     QSerialPort port_;
+    QTimer watch_;
     std::int16_t commPort_ = 1;
     int rThreshold_ = 0;
     bool gathering_ = false;
