@@ -253,6 +253,25 @@ TEST_F(RecordDownloadTest, TellsOfTestsThatAreMissingOrDamaged) {
                 AllOf(HasSubstr("REC NUMBER:  2\r\n"), Not(HasSubstr("REC NUMBER:  3\r\n"))));
 }
 
+// An entry tells no number of tests when it has none, and two stars when they are a hundred.
+TEST(NotWholeText, IsByTheNumberOfTheEntryElseByThatOfTheRecord) {
+    const auto text = [](const char* entry, int tests, int converted, bool missing = false) {
+        return NotWholeText(entry, {{}, tests, converted, {}, missing}).toStdString();
+    };
+    EXPECT_EQ(text("TST_012!TESTS=03", 3, 3), "");
+    EXPECT_EQ(text("TST_012!TESTS=**", 100, 100), "");
+    EXPECT_EQ(text("TST_012!TESTS=99", 100, 100), "the list says 99 tests, the record itself 100.");
+    EXPECT_EQ(text("TST_012!TESTS=01", 2, 1), "the list says 01 tests, the record itself 2.");
+    EXPECT_EQ(text("TST_012!TESTS=03", 3, 2), "only 2 of 3 tests were received.");
+    for (const char* entry : {"TST_012!TESTS=**", "TST_012!"}) {
+        EXPECT_EQ(text(entry, 3, 2), "only 2 of 3 tests were received.") << entry;
+        EXPECT_THAT(text(entry, 5, 5), EndsWith(" tests, the record itself 5.")) << entry;
+    }
+    EXPECT_EQ(text("TST_012!TESTS=01", 1, 0, true), "no tests were received.");
+    EXPECT_EQ(text("TST_012!TESTS=01", 1, 1, true),
+              "a part of the record is missing: all values may be wrong.");
+}
+
 TEST_F(RecordDownloadTest, TellsOfACountThatIsNotThatOfTheEntry) {
     const auto told = [this](const char* count) {
         directory = {};
@@ -443,14 +462,19 @@ TEST_F(RecordDownloadTest, SaysWhichFileCannotBeWritten) {
 }
 
 TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreMissing) {
-    std::vector<MemoryRecord> memory;
-    for (int i = 101; i <= 130; ++i)
-        memory.push_back(MemoryRecordOf(i, 1));
-    Select(memory);
     link.CloseComPort();
-    const DownloadResult result = download.Run();
-    EXPECT_EQ(result.missing.size(), 30U);
-    EXPECT_THAT(Shown().back(), HasSubstr("TST_119, TST_120 and 10 more"));
+    const auto told = [this](int count) {
+        directory = {};
+        std::vector<MemoryRecord> memory;
+        for (int i = 1; i <= count; ++i)
+            memory.push_back(MemoryRecordOf(100 + i, 1));
+        Select(memory);
+        EXPECT_EQ(download.Run().missing.size(), memory.size());
+        return Shown().back();
+    };
+    EXPECT_THAT(told(20), EndsWith("TST_119, TST_120"));
+    EXPECT_THAT(told(21), EndsWith("TST_119, TST_120 and 1 more"));
+    EXPECT_THAT(told(30), EndsWith("TST_119, TST_120 and 10 more"));
 }
 
 TEST_F(RecordDownloadTest, DownloadsNothingOfAnEmptySelection) {
