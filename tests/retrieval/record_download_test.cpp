@@ -87,6 +87,14 @@ TEST_F(RecordDownloadTest, TellsWhatItDoes) {
     EXPECT_THAT(progress, Contains(RecordReply(twelve).size()));
 }
 
+TEST_F(RecordDownloadTest, OneTestHasASize) {
+    const MemoryRecord one = MemoryRecordOf(14, 1);
+    Select({one});
+    Replies(one);
+    download.Run();
+    EXPECT_EQ(progressTotal, RecordReply(one).size());
+}
+
 TEST_F(RecordDownloadTest, CountsRecordsWhenASizeIsNotKnown) {
     // A hundred tests do not fit the two columns of the count.
     const MemoryRecord hundred = MemoryRecordOf(14, 100);
@@ -335,16 +343,23 @@ TEST_F(RecordDownloadTest, ARecordThatIsNotFoundReplacesAFileAfterASecondQuestio
 }
 
 TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreNotWhole) {
-    std::vector<MemoryRecord> memory;
-    for (int i = 101; i <= 114; ++i) {
-        memory.push_back(MemoryRecordOf(i, 1));
-        Replies(memory.back(), "\r\nDONE\r\n");
+    for (const int count : {12, 14}) {
+        directory = {};
+        prompts.shown.clear();
+        progress.clear();
+        std::vector<MemoryRecord> memory;
+        for (int i = 0; i < count; ++i) {
+            memory.push_back(MemoryRecordOf(100 * (count - 11) + i + 1, 1));
+            Replies(memory.back(), "\r\nDONE\r\n");
+        }
+        Select(memory);
+        download.Run();
+        const auto end = count == 12 ? EndsWith("\r\nTST_112: no tests were received.")
+                                     : EndsWith(
+                                           "\r\nTST_312: no tests were received.\r\n"
+                                           "Not complete either: TST_313, TST_314");
+        EXPECT_THAT(Shown(), ElementsAre(end));
     }
-    Select(memory);
-    download.Run();
-    EXPECT_THAT(Shown(), ElementsAre(AllOf(HasSubstr("TST_112: no tests were received."),
-                                           Not(HasSubstr("TST_113: ")),
-                                           EndsWith("\r\nNot complete either: TST_113, TST_114"))));
 }
 
 TEST_F(RecordDownloadTest, KeepsTheOldFileWhenTheLineIsLostInARecord) {
@@ -478,9 +493,24 @@ TEST_F(RecordDownloadTest, NamesTheFirstOfManyThatAreMissing) {
 }
 
 TEST_F(RecordDownloadTest, DownloadsNothingOfAnEmptySelection) {
+    for (const std::int16_t count : {std::int16_t{0}, std::int16_t{-1}}) {
+        directory = {};
+        Select({twelve});
+        directory.recordCount = count;
+        EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
+        EXPECT_THAT(port.sent, IsEmpty());
+        EXPECT_EQ(Listing(), "REC==000\r\n");
+    }
+}
+
+TEST_F(RecordDownloadTest, GoesOnWithoutAnAnswerToTheReadyCommand) {
+    Select({twelve});
+    port.always.clear();
+    port.OnOutput("L012", "Record Found\r\n");
+    port.OnOutputDo("B", [] {});
+    port.OnOutput("R", RecordReply(twelve));
     EXPECT_EQ(download.Run().end, DownloadEnd::Complete);
-    EXPECT_THAT(port.sent, IsEmpty());
-    EXPECT_EQ(Listing(), "REC==000\r\n");
+    EXPECT_EQ(File("TST_012.txt"), Whole(0, twelve, "TST_012"));
 }
 
 }  // namespace
