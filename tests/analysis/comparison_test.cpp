@@ -57,6 +57,35 @@ TEST(Comparison, HasTheDeviationsThatWerePublished) {
               "At 0.020 A the voltage is 22.7 % below the reference.");
 }
 
+TEST(Comparison, TheReferencesKneepointIsAPlaceBelowAndAboveItself) {
+    const Points reference = Root(0.1, 10, 3);  // 0.1, 1 and 10 A
+    const auto at = [&](double knee) {
+        Points measured = reference;
+        measured.insert(measured.begin() + 2, {2, 1.1e6 * std::sqrt(2)});
+        return CompareCurves({measured, {}, {}},
+                             {reference, SmoothKnee{{knee, 1e6 * std::sqrt(knee)}, 1}, {}})
+            .voltage;
+    };
+    const auto places = [&](double knee) {
+        std::vector<double> found;
+        for (const Deviation& place : at(knee).places)
+            found.push_back(std::round(place.at * 1e6) / 1e6);
+        return found;
+    };
+    EXPECT_EQ(places(3), (std::vector<double>{0.1, 1, 2, 3, 10}));
+    EXPECT_EQ(places(20), (std::vector<double>{0.1, 1, 2, 10}));
+    const ComparedValue there = at(2);
+    EXPECT_NEAR(there.below.value_or(Deviation()).at, 2, 1e-9);
+    EXPECT_NEAR(there.above.value_or(Deviation()).at, 2, 1e-9);
+}
+
+TEST(Comparison, TheWorstPlaceCanBeAtOneAmpere) {
+    Points measured = Root(0.1, 10, 3);
+    measured[1].voltage *= 1.1;
+    measured[2].voltage *= 1.02;
+    EXPECT_EQ(ComparePoints(measured, Root(0.1, 10, 3)).voltage.all.at, 1);
+}
+
 // Both have points where the other has none: at 0.02 and 0.05 A the line between the neighbours.
 TEST(Comparison, IsStraightBetweenThePointsOfBoth) {
     const Points measured = {{0.01, 100}, {0.04, 400}, {0.16, 800}};

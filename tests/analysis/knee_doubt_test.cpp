@@ -217,8 +217,36 @@ TEST(KneeDoubt, ACoreWhoseVoltageFellIsNotSaidToBeUnsaturated) {
 TEST(KneeDoubt, PointsThatARecordOnlyCountsAreNotABend) {
     EXPECT_TRUE(FactOf(KneeRule::Ieee30, {{0.1, 10}, {0.2, 20}, {0, 0}, {0, 0}})
                     .reason.starts_with("Only 2 points: a kneepoint needs at least 4."));
+    EXPECT_TRUE(FactOf(KneeRule::Ieee30, {{0.1, 0.4}, {0.2, 0.8}, {0, 0}, {0, 0}})
+                    .reason.starts_with("Only 2 points: a kneepoint needs at least 4."));
     EXPECT_TRUE(FactOf(KneeRule::Ieee30, {{0.1, 10}, {0.2, 20}, {0.3, 0}, {0, 40}})
                     .reason.starts_with("Only 2 points: a kneepoint needs at least 4."));
+}
+
+// All pairs are below the limit, whatever falls.
+TEST(KneeDoubt, WhatFallsWhereNoKneepointIs) {
+    Points rising;
+    for (int k = 0; k < 10; ++k)
+        rising.push_back({0.01 * std::pow(1.2, k), 0.1 * std::pow(1.4, k)});
+    const auto reason = [](const Points& points) {
+        return FactOf(KneeRule::Ieee45, points).reason;
+    };
+    EXPECT_THAT(reason(rising), testing::Not(testing::HasSubstr("fall")));
+    // Nor does a current that comes twice, or a voltage by less than the rules take.
+    Points twice = rising;
+    twice[5].current = twice[4].current;
+    EXPECT_THAT(reason(twice), testing::Not(testing::HasSubstr("fall")));
+    Points level = rising;
+    level[5].voltage = level[4].voltage - 0.0001;
+    ASSERT_LT(level[4].voltage, 0.5);
+    EXPECT_THAT(reason(level), testing::Not(testing::HasSubstr("fall")));
+    Points first = rising;
+    first[0].voltage = 0.15;
+    EXPECT_THAT(reason(first), testing::HasSubstr("From point 1 (0.2 V, 0.0100 A) to point 2 "));
+    // Two in a row that are zero: the first of them falls.
+    Points zeros = rising;
+    zeros[5].voltage = zeros[6].voltage = 0;
+    EXPECT_THAT(reason(zeros), testing::HasSubstr("From point 5 (0.4 V, 0.0207 A) to point 6 "));
 }
 
 TEST(KneeDoubt, ThePrintedKneepointsAloneAreThose) {

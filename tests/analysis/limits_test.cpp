@@ -89,6 +89,7 @@ TEST(Limits, TextsOfValues) {
 TEST(RatioError, HasASign) {
     EXPECT_NEAR(RatioErrorOf(241.2, 240).value_or(0), 0.5, 1e-12);
     EXPECT_NEAR(RatioErrorOf(238.8, 240).value_or(0), -0.5, 1e-12);
+    EXPECT_NEAR(RatioErrorOf(0.505, 0.5).value_or(0), 1, 1e-12);
     EXPECT_EQ(RatioErrorOf(0, 240), std::nullopt);
     EXPECT_EQ(RatioErrorOf(240, 0), std::nullopt);
     EXPECT_EQ(RatioErrorOf(240, -240), std::nullopt);

@@ -170,6 +170,28 @@ TEST(Nameplate, NumbersThatDifferAreShownSo) {
               "more than the nameplate's 0.0499 A.");
 }
 
+TEST(Nameplate, NoNumberIsAboveABillion) {
+    const auto sentences = [](double number) {
+        Nameplate px;
+        px.kneeVoltage = number;
+        Nameplate p;
+        p.kind = AccuracyClass::P5;
+        p.burdenVa = 10;
+        p.rct = number;
+        Nameplate secondary = p;
+        secondary.rct = 1;
+        secondary.secondary = number;
+        std::size_t count = 0;
+        for (const Nameplate& one : {px, p, secondary}) {
+            for (const std::string& sentence : Sentences(one, {Iron(), {}, {}}))
+                count += sentence.find("takes Rct") == std::string::npos ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_GT(sentences(1e9), sentences(1.01e9) + 3);
+    EXPECT_EQ(sentences(1.01e9), 3U);
+}
+
 TEST(Nameplate, WhatNoNameplateHasIsNotJudged) {
     const ComparedCurve curve{Iron(), SmoothKnee{{0.06, 410}, 4}, {}};
     for (const double none : {0.0, -400.0, HUGE_VAL, -HUGE_VAL, std::nan(""), 1e300}) {

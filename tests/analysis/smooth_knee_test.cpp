@@ -76,6 +76,7 @@ TEST(SmoothKnee, IsLookedForDownToTheFirstPoint) {
         const SmoothVerdict verdict = SmoothKneepoint(KneeRule::Ieee45, curve);
         const double excess = curve.Slope(curve.First()) - 1;
         EXPECT_EQ(verdict.isOpen || verdict.knee || verdict.range, excess >= 0) << start;
+        EXPECT_NEAR(verdict.reach, points.back().current, 1e-9) << start;
         // The slope falls by 1 where the current is ten times as high.
         if (excess >= 0 && excess < 1 / 100.0) ++justAbove;
     }
@@ -111,7 +112,35 @@ TEST(SmoothKnee, NoneIsAboveThePoints) {
         const SmoothVerdict verdict = SmoothKneepoint(rule, SmoothCurve(points));
         EXPECT_EQ(verdict.knee, std::nullopt);
         EXPECT_LE(verdict.range.value_or(KneeRange()).high, 170.7);
+        // Then the curve does not reach far enough.
+        EXPECT_EQ(verdict.reach, 0);
     }
+    for (double far = 1.4; far < 9; far *= 1.01) {
+        for (const KneeRule rule : kKneeRules) {
+            const Points last = {points[0], points[1], points[2], {far, 170.7}};
+            const SmoothVerdict verdict = SmoothKneepoint(rule, SmoothCurve(last));
+            EXPECT_LT(verdict.knee.value_or(SmoothKnee()).at.voltage, 1.05 * 170.7) << far;
+        }
+    }
+}
+
+// One point between two that are far from each other, nearer to one or to the other.
+TEST(SmoothKnee, ANumberIsUncertainByATenthAtMost) {
+    int numbers = 0;
+    int ranges = 0;
+    for (double current = 0.12; current < 1; current *= 1.005) {
+        const double voltage = 400 * std::tanh(current / 0.3);
+        const Points points = {{0.01, 10}, {0.1, 120}, {current, voltage},
+                               {1, 400},   {3, 410},   {9, 415}};
+        const SmoothVerdict verdict = SmoothKneepoint(KneeRule::Ieee30, SmoothCurve(points));
+        if (verdict.knee) {
+            ++numbers;
+            EXPECT_LE(verdict.knee->uncertainty, 0.1 * verdict.knee->at.voltage) << current;
+        }
+        ranges += verdict.range ? 1 : 0;
+    }
+    EXPECT_GT(numbers, 100);
+    EXPECT_GT(ranges, 100);
 }
 
 TEST(SmoothKnee, NeedsFourPoints) {
@@ -190,9 +219,22 @@ TEST(SmoothKnee, APointIsLeftOutThatIsFartherOffThanPointsScatter) {
     EXPECT_TRUE(isLeftOut(16, 1.042, false));
     EXPECT_FALSE(isLeftOut(32, 1.053, false));
     EXPECT_TRUE(isLeftOut(32, 1.056, false));
+    // One curve less a point is hardly likelier than the whole of ten.
+    EXPECT_FALSE(isLeftOut(10, 1.055, false));
     // Of seven none tells which of them is wrong.
     EXPECT_FALSE(isLeftOut(7, 3, true));
     EXPECT_TRUE(isLeftOut(8, 3, true));
+}
+
+TEST(SmoothKnee, TheFirstPointCanBeTheWrongOne) {
+    Points points;
+    for (int k = 0; k < 12; ++k) {
+        const double current = 0.01 * std::pow(1000, k / 11.0);
+        points.push_back(
+            {current, 5000 * std::tanh(std::pow(current / 0.3, 0.9)) * std::pow(current, 0.03)});
+    }
+    points[0].voltage *= 2.5;
+    EXPECT_DOUBLE_EQ(SmoothCurve(points).First(), std::log(points[1].current));
 }
 
 TEST(SmoothKnee, PointsOfOneCurrentAreOne) {
@@ -253,6 +295,29 @@ TEST(SmoothKnee, WhatIsSurelySteepOrFlatIsNotExplainedByTheSteps) {
     const SmoothCurve falling(LineOf(-0.5, 1000));
     EXPECT_FALSE(falling.IsSurelySteeper(-0.5, 12));
     EXPECT_FALSE(falling.IsSurelyFlatter(-0.5, 0));
+}
+
+// Four points at 1 mA and one at the other end: a step of the current is a tenth or a fifth of
+// what the slope is taken from.
+TEST(SmoothKnee, TheStepsAreTwiceAsLargeWhereSixteenBitsWouldNotDo) {
+    for (const double last : {6.0, 6.55, 6.56, 7.0}) {
+        Points points;
+        for (const double current : {0.001, 0.0011, 0.0012, 0.0013, last})
+            points.push_back({current, 1000 * std::sqrt(1000 * current)});
+        const SmoothCurve curve(points);
+        EXPECT_EQ(curve.IsSurelySteeper(0.4953, 9), last < 6.5535) << last;
+        EXPECT_EQ(curve.IsSurelyFlatter(0.5048, -9), last < 6.5535) << last;
+    }
+}
+
+TEST(SmoothKnee, BeyondItsEndsACurveIsAsAtThem) {
+    const SmoothCurve curve(Bent(1.2, 0.1, 12));
+    for (const double off : {0.01, 1.0}) {
+        EXPECT_EQ(curve.Slope(curve.Last() + off), curve.Slope(curve.Last()));
+        EXPECT_EQ(curve.LnVoltage(curve.Last() + off), curve.LnVoltage(curve.Last()));
+        EXPECT_EQ(curve.Slope(curve.First() - off), curve.Slope(curve.First()));
+        EXPECT_EQ(curve.LnVoltage(curve.First() - off), curve.LnVoltage(curve.First()));
+    }
 }
 
 TEST(SmoothKnee, TwoPointsCountOnTheSideOfTheirMiddle) {

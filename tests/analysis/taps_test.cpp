@@ -224,6 +224,10 @@ TEST(Taps, WhatCannotBeToldIsSaidToBeUnknown) {
     for (int k = 0; k < 20; ++k)
         straight.push_back({0.01 * std::pow(1.3, k), 10 * std::pow(1.3, 0.8 * k)});
     EXPECT_EQ(ShiftBetween(straight, straight), std::nullopt);
+    Points scattered = straight;
+    for (std::size_t k = 0; k < scattered.size(); ++k)
+        scattered[k].voltage *= k % 2 == 0 ? 1.01 : 0.99;
+    EXPECT_EQ(ShiftBetween(scattered, straight), std::nullopt);
     EXPECT_EQ(ShiftBetween({}, straight), std::nullopt);
     EXPECT_EQ(ShiftBetween(CurveD(), {{0.01, 10}, {0.02, 20}}), std::nullopt);
     // Another core: a slow bend against a sharp one.
