@@ -44,6 +44,14 @@ QUESTIONS = {
     "Windows date format changed": "ports.html#date",
     "where are the files saved": "files.html#where",
     "try without an instrument": "try.html#try",
+    "uninstall": "ports.html#update",
+    "silent install": "ports.html#update",
+    "dark mode": "index.html#main",
+    "polarity wrong": "trouble.html#symptoms",
+    "excel not installed": "trouble.html#symptoms",
+    "deleted a record by mistake": "trouble.html#symptoms",
+    "why is there a question mark after the kneepoint": "curves.html#doubt",
+    "change the station of an old record": "headers.html#saved",
 }
 
 
