@@ -22,6 +22,7 @@
 #include "instrument/memory.h"
 #include "records/capture_file.h"
 #include "records/directory_file.h"
+#include "records/nameplate_file.h"
 #include "records/record_file_writer.h"
 #include "records/unsaved_sessions.h"
 #include "retrieval/memory_directory.h"
@@ -293,6 +294,17 @@ void WriteWindows(const QString& windows) {
         .setValue(u"frmCControl/errorLimit"_s, u"0.35"_s);
 }
 
+// A full one, one of a few texts, and letters beyond ASCII; the last took an earlier one's place.
+void WriteNameplates(const QString& data) {
+    KeepNameplate(
+        data, "00012345",
+        {"5P20", "5", "0.32", "410", "0.08", "240", "0.5", "20", "30", "1.2", "150", "2"});
+    KeepNameplate(data, " M\xFC 7 / \x80 ",
+                  {"PX", "", "1,5", "", "", "", "", "", "", "", "", "S1-S2; 80 %"});
+    KeepNameplate(data, "ab 12", {"C200"});
+    KeepNameplate(data, "AB  12", {"C400", "5", "", "", "", "", "", "", "", "", "400"});
+}
+
 // A conversation: a byte, lines that are longer than one of the log's, and what no text has.
 void WriteLog(const QString& line) {
     instrument::ByteLog log((line + u"conversation.log"_s).toStdString());
@@ -335,6 +347,7 @@ int main(int argc, char** argv) {
     WriteSettingsFiles(Made(release + u"/settings"_s));
     WriteWindows(Made(release + u"/windows"_s));
     WriteLog(Made(release + u"/line"_s));
+    WriteNameplates(Made(release + u"/nameplates"_s));
     WriteReadings(release);
     return 0;
 }

@@ -42,7 +42,7 @@ TEST(FrozenFiles, AreReadAsTheirReleaseReadThem) {
             ++read;
         }
     }
-    EXPECT_GE(read, 28);
+    EXPECT_GE(read, 38);
 }
 
 TEST(FrozenFiles, UnsavedSessionsAreRecovered) {

@@ -19,6 +19,7 @@
 #include "records/capture_file.h"
 #include "records/directory_file.h"
 #include "records/header_table.h"
+#include "records/nameplate_file.h"
 #include "records/record_file.h"
 #include "records/record_file_writer.h"
 #include "records/session_journal.h"
@@ -207,6 +208,21 @@ std::string LogReading(const QString& path) {
     return lines.Take();
 }
 
+// The nameplate of each serial number in the file; texts that nobody typed have no line.
+std::string NameplatesReading(const QString& path) {
+    Lines lines;
+    const std::vector<std::string> kept = ReadLines(path);
+    for (std::size_t i = 1; i < kept.size(); ++i) {
+        const std::string serial = kept[i].substr(0, kept[i].find('\t'));
+        lines.PutText("nameplate of:", serial);
+        const NameplateTexts texts = ReadNameplate(QFileInfo(path).path() + u'/', serial);
+        for (std::size_t k = 0; k < texts.size(); ++k) {
+            if (!texts[k].empty()) lines.PutText(std::string(kNameplateFields[k]) + ':', texts[k]);
+        }
+    }
+    return lines.Take();
+}
+
 // The time of a session under the names of the running one is that of its files.
 void SetTime(const QString& path) {
     QFile file(path);
@@ -260,6 +276,7 @@ std::string Reading(const QString& file) {
     if (name == QLatin1String("Davo.ini")) return HeaderReading(folder);
     if (name == QLatin1String("davo.ini")) return SettingsReading(folder);
     if (name == QLatin1String("davo-window.ini")) return WindowFileReading(file);
+    if (name == QLatin1String(kNameplateFileName)) return NameplatesReading(file);
     if (name.endsWith(QLatin1String(".log"))) return LogReading(file);
     if (name.endsWith(QLatin1String(".jnl"))) return JournalReading(file);
     const std::string bytes = ReadWholeFile(file);
