@@ -328,8 +328,10 @@ def report(folder, changes, survivors, sampled, seconds):
         if (path, name) not in alive and not sampled:
             print(f"kept without need: {path}\n  {name}")
     killed = len(changes) - len(survivors)
+    matter = killed + len(new)
     print(f"{folder}: {len(changes)} changes, {killed} noticed ({100 * killed / max(1, len(changes)):.1f} %), "
-          f"{len(survivors) - len(new)} kept with a reason, {len(new)} survivors; {seconds:.0f} s")
+          f"{len(survivors) - len(new)} kept with a reason, {len(new)} survivors: "
+          f"{100 * killed / max(1, matter):.1f} % of those that make a difference; {seconds:.0f} s")
     return not new
 
 
