@@ -79,6 +79,14 @@ TEST(Comparison, TheReferencesKneepointIsAPlaceBelowAndAboveItself) {
     EXPECT_NEAR(there.above.value_or(Deviation()).at, 2, 1e-9);
 }
 
+TEST(Comparison, AtItsEndsALineHasAValue) {
+    const LogLine line = VoltageLine({{0.1, 10}, {0.2, 20}, {0.3, 25}});
+    EXPECT_EQ(line.WhyNotAt(line.First()), "");
+    EXPECT_EQ(line.WhyNotAt(line.Last()), "");
+    EXPECT_EQ(line.WhyNotAt(line.First() - 1e-6), "the curve begins above it.");
+    EXPECT_EQ(line.WhyNotAt(line.Last() + 1e-6), "the curve ends before it.");
+}
+
 TEST(Comparison, TheWorstPlaceCanBeAtOneAmpere) {
     Points measured = Root(0.1, 10, 3);
     measured[1].voltage *= 1.1;

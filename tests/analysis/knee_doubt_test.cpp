@@ -250,7 +250,8 @@ TEST(KneeDoubt, WhatFallsWhereNoKneepointIs) {
 }
 
 TEST(KneeDoubt, ThePrintedKneepointsAloneAreThose) {
-    std::vector<Points> records = {{}, {{0.1, 10}, {0.2, 20}, {0.3, 30}}};
+    std::vector<Points> records = {
+        {}, {{0.1, 10}, {0.2, 20}, {0.3, 30}}, {{0.1, 10}, {0.2, 40}, {0.5, 60}, {2, 62}}};
     for (const test::PublishedCurve& curve : test::PublishedCurves())
         records.push_back(curve.points);
     for (const Points& points : records) {

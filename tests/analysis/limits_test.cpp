@@ -68,6 +68,7 @@ TEST(Limits, TwoNumbersThatDifferAreShownSo) {
     EXPECT_EQ(NumberText(1244.4, 0, 1000), "1244");
     EXPECT_EQ(NumberText(0.00003, 4), "0.00003");
     EXPECT_EQ(NumberText(0, 1), "0.0");
+    EXPECT_EQ(NumberText(1.0004, 1), "1.0");
     EXPECT_EQ(NumberText(5 + 1e-10, 1, 5), "5.0");
     EXPECT_EQ(NumberText(5 + 4e-9, 1, 5), "5.000000004");
     // Nine decimals are the most, whatever they tell.

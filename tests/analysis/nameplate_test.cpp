@@ -290,6 +290,9 @@ TEST(Nameplate, TheFactorIsWhereTheCurveMeetsTheBurden) {
     const std::optional<Estimate> touched =
         ExpectedAlf({{0.5, 0.1}, {1, 1}, {2, 1.5}}, 0.1, 1, 0.1);
     EXPECT_NEAR(touched.value_or(Estimate()).value, 10, 1e-9);
+    const std::optional<Estimate> last = ExpectedAlf({{0.5, 0.8}, {1, 1}}, 0.1, 1, 0.1);
+    EXPECT_NEAR(last.value_or(Estimate()).value, 10, 1e-9);
+    EXPECT_TRUE(last.value_or(Estimate()).isAtLeast);
 }
 
 TEST(Nameplate, OfAPClassThereAreEstimatesOnly) {

@@ -300,14 +300,21 @@ TEST(SmoothKnee, WhatIsSurelySteepOrFlatIsNotExplainedByTheSteps) {
 // Four points at 1 mA and one at the other end: a step of the current is a tenth or a fifth of
 // what the slope is taken from.
 TEST(SmoothKnee, TheStepsAreTwiceAsLargeWhereSixteenBitsWouldNotDo) {
-    for (const double last : {6.0, 6.55, 6.56, 7.0}) {
+    for (const double last : {6.0, 6.5535, 6.56, 7.0}) {
         Points points;
         for (const double current : {0.001, 0.0011, 0.0012, 0.0013, last})
             points.push_back({current, 1000 * std::sqrt(1000 * current)});
         const SmoothCurve curve(points);
-        EXPECT_EQ(curve.IsSurelySteeper(0.4953, 9), last < 6.5535) << last;
-        EXPECT_EQ(curve.IsSurelyFlatter(0.5048, -9), last < 6.5535) << last;
+        EXPECT_EQ(curve.IsSurelySteeper(0.4953, 9), last < 6.554) << last;
+        EXPECT_EQ(curve.IsSurelyFlatter(0.5048, -9), last < 6.554) << last;
     }
+}
+
+// 1.0 and 1.1 mA, one step apart, may both be 1.05 mA.
+TEST(SmoothKnee, TheStepsOfBothPointsAreOpen) {
+    const SmoothCurve curve(Points{{0.001, 1000}, {0.0011, 1000}, {0.01, 10000}, {0.1, 100000}});
+    EXPECT_FALSE(curve.IsSurelyFlatter(0.9, -9));
+    EXPECT_TRUE(curve.IsSurelyFlatter(1.1, -9));
 }
 
 TEST(SmoothKnee, BeyondItsEndsACurveIsAsAtThem) {
