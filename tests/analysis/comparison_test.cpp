@@ -79,6 +79,20 @@ TEST(Comparison, TheReferencesKneepointIsAPlaceBelowAndAboveItself) {
     EXPECT_NEAR(there.above.value_or(Deviation()).at, 2, 1e-9);
 }
 
+TEST(Comparison, AllCurrentsAreNamedWhereNoneDiffersByATwentiethOfAPercent) {
+    const auto sentence = [](double percent, std::optional<double> limit) {
+        return SentenceOf(ComparePoints(Root(0.1, 10, 9, 1 + percent / 100), Root(0.1, 10, 9)),
+                          limit);
+    };
+    for (const double percent : {0.0, 0.049}) {
+        EXPECT_THAT(sentence(percent, {}), testing::StartsWith("At all common currents "))
+            << percent;
+        EXPECT_THAT(sentence(percent, 0.11), testing::StartsWith("At all common currents "));
+        EXPECT_THAT(sentence(percent, 0.1), testing::Not(testing::StartsWith("At all ")));
+    }
+    EXPECT_THAT(sentence(0.051, {}), testing::Not(testing::StartsWith("At all ")));
+}
+
 TEST(Comparison, AtItsEndsALineHasAValue) {
     const LogLine line = VoltageLine({{0.1, 10}, {0.2, 20}, {0.3, 25}});
     EXPECT_EQ(line.WhyNotAt(line.First()), "");
