@@ -52,6 +52,8 @@ QUESTIONS = {
     "deleted a record by mistake": "trouble.html#symptoms",
     "why is there a question mark after the kneepoint": "curves.html#doubt",
     "change the station of an old record": "headers.html#saved",
+    "TEST Directory": "headers.html#saved",
+    "Choose Test Header": "headers.html#choose",
 }
 
 
