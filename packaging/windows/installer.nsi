@@ -1,6 +1,6 @@
 ; SPDX-License-Identifier: GPL-3.0-or-later
-; Installs the program for the user who runs it: no administrator, nothing outside his own folders.
-; What he measured is in Documents\DAVO or beside the program; removing the program leaves both.
+; Installs the program for the user who runs it: no administrator, nothing outside their own folders.
+; Records are in Documents\DAVO or next to the program; removing the program leaves both.
 ; The program is for 64 bit, and so is what installs it.
 ;
 ; Exit codes: 0 done, 1 cancelled, 3 the program is running, 4 a file is not as it must be.
@@ -206,7 +206,7 @@ SectionEnd
   RMDir "$INSTDIR\${FOLDER}"
 !macroend
 
-; Only what was installed is removed, by name: Shots_Data and Shots_Excel may be beside it, and so
+; Only what was installed is removed, by name: Shots_Data and Shots_Excel may be next to it, and so
 ; may anything else.
 Section "un.Remove"
   Call un.RefuseWhileRunning

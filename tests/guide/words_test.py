@@ -28,7 +28,8 @@ def documents():
     yield from sorted((ROOT / "docs").rglob("*.md"))
     yield from (ROOT / name for name in ("README.md", "ARCHITECTURE.md", "CONTRIBUTING.md"))
     yield from sorted((ROOT / "packaging/debian").glob("*.1.in"))
-    yield ROOT / "packaging/windows/read-me.txt"
+    yield ROOT / "packaging/debian/local.davo.davo.metainfo.xml"
+    yield from (ROOT / "packaging/windows" / name for name in ("read-me.txt", "installer.nsi"))
 
 
 def found(text, known):
