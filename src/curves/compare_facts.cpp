@@ -327,8 +327,8 @@ void CompareFacts::AddCurve() {
                          QString::fromUtf8(error.what()));
     }
     if (name.isEmpty()) return;
+    picked_ = MakersLabel(name);
     OnKept();
-    cboReference_->setCurrentIndex(cboReference_->findText(MakersLabel(name)));
 }
 
 // Its name; empty where the operator does not know its units.

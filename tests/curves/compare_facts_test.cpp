@@ -399,6 +399,20 @@ TEST_F(MakersCurve, NoneIsOverwritten) {
     EXPECT_EQ(References()->findText(u"core 2   maker's curve"_s), -1);
 }
 
+TEST_F(MakersCurve, IsKeptWhereTheRecordIsGoneMeanwhile) {
+    AddMade("OTHER", {});
+    ShowCompared("NOW");
+    DeleteFile(File("NOW"));
+    AddTable(Table("core.csv", "A;V\n"));
+    EXPECT_THAT(TextOf(panel, "lblTrouble"), StartsWith("NOW cannot be shown: "));
+    EXPECT_FALSE(References()->isVisible());
+    EXPECT_EQ(Curves(), QStringList(u"core.reference.csv"_s));
+    ShowFiles({"OTHER"});
+    ClickTab(1);
+    EXPECT_EQ(References()->currentText(), u"core   maker's curve"_s);
+    EXPECT_THAT(Said(), HasSubstr("the voltage is 20.0 % below the reference"));
+}
+
 // --- Ratio and polarity -------------------------------------------------------------------------
 
 TEST_F(ComparedRecords, SaysTheSignOfRatioAndPolarity) {
