@@ -128,8 +128,8 @@ std::optional<Shift> ShiftBetween(const std::vector<CurvePoint>& measured,
                                   const std::vector<CurvePoint>& expected) {
     const LogLine a = VoltageLine(measured);
     const LogLine b = VoltageLine(expected);
-    constexpr std::size_t kFewestPoints = 5;  // that tell a bend
-    if (std::min(a.nodes.size(), b.nodes.size()) < kFewestPoints) return std::nullopt;
+    constexpr std::size_t kBendPoints = 5;  // the fewest that tell a bend
+    if (std::min(a.nodes.size(), b.nodes.size()) < kBendPoints) return std::nullopt;
     constexpr int kFarthest = 175;  // steps to a factor of 33
     double step = 0.02;
     Fit best;
