@@ -168,7 +168,7 @@ class Check {
         if (at == std::string::npos) {
             Depart(exchange.sent, wants + ", which did not come");
         } else if (reply.find_first_not_of("\r\n", at + end.size()) != std::string::npos) {
-            DepartAt(exchange, at + end.size(), wants + ", and more came behind it");
+            DepartAt(exchange, at + end.size(), wants + ", and more came after it");
         }
         return at != std::string::npos;
     }

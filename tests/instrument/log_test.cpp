@@ -195,7 +195,7 @@ TEST(LogCheck, NamesWhatIsWrongInADirectory) {
     EXPECT_THAT(with("\r\nDONE", "\r\n"),
                 ElementsAre("d wants a last line DONE, which did not come"));
     EXPECT_THAT(with("DONE", "DONE\r\nMORE"),
-                ElementsAre("d wants a last line DONE, and more came behind it"));
+                ElementsAre("d wants a last line DONE, and more came after it"));
     EXPECT_THAT(with("STATION=", "Station="), ElementsAre("#001 has no STATION= in its place"));
     EXPECT_THAT(with("CENTRAL POWER", "CENTRAL"),
                 ElementsAre("#001: the value of COMPANY= has 14 characters, not 20"));
