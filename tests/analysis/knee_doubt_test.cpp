@@ -229,7 +229,9 @@ TEST(KneeDoubt, WhatFallsWhereNoKneepointIs) {
     for (int k = 0; k < 10; ++k)
         rising.push_back({0.01 * std::pow(1.2, k), 0.1 * std::pow(1.4, k)});
     const auto reason = [](const Points& points) {
-        return FactOf(KneeRule::Ieee45, points).reason;
+        const KneeFact fact = FactOf(KneeRule::Asa1050, points);
+        EXPECT_EQ(fact.At(), std::nullopt);
+        return fact.reason;
     };
     EXPECT_THAT(reason(rising), testing::Not(testing::HasSubstr("fall")));
     // Nor does a current that comes twice, or a voltage by less than the rules take.
