@@ -105,6 +105,17 @@ void MakeRoomFor(QLineEdit* box, const char* text) {
     box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QLatin1String(text)) + frame);
 }
 
+// As wide as the widest of its captions: the buttons keep their places in a shot.
+BigButton* ButtonOfWidest(QWidget* window, const char* name,
+                          std::initializer_list<const char*> captions) {
+    auto* button = new BigButton(window, name);
+    for (const char* caption : captions) {
+        button->setText(QLatin1String(caption));
+        button->setMinimumWidth(std::max(button->minimumWidth(), button->sizeHint().width()));
+    }
+    return button;
+}
+
 QHBoxLayout* BuildTopRow(QWidget* window) {
     QLabel* test = Caption(window, "lblTest", "");
     EnlargeTo(test, kHeadingCapitals);
@@ -315,10 +326,8 @@ PageHeader* ShotControls::BuildButtons(QWidget* window) {
     cmdCancel = new BigButton(window, "cmdCancel");
     // Between the two that matter in a shot; disabled then, it keeps a hand from the wrong one.
     cmdHeader = new BigButton(window, "cmdHeader");
-    // The longest of its captions: the buttons keep their places in a shot.
-    cmdContinue = new BigButton(window, "cmdContinue", kCaptionContinueTest);
-    cmdContinue->setMinimumWidth(cmdContinue->sizeHint().width());
-    cmdStart = new BigButton(window, "cmdStart");
+    cmdContinue = ButtonOfWidest(window, "cmdContinue", {kCaptionContinueTest, kCaptionRepeat});
+    cmdStart = ButtonOfWidest(window, "cmdStart", {kCaptionStart, kCaptionNext});
     cmdExit = new BigButton(window, "cmdExit");
     return new PageHeader(window, {cmdCancel, cmdHeader, cmdContinue, cmdStart, cmdExit});
 }

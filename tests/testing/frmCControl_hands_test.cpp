@@ -196,28 +196,6 @@ TEST_F(TestWindow, AClickOnTheConfirmTextConfirms) {
     EXPECT_EQ(port.sent.back(), "\r");
 }
 
-TEST_F(TestWindow, TheButtonsKeepTheirPlacesInAShot) {
-    Open();
-    const auto placesNow = [this] {
-        std::vector<QRect> rects;
-        for (const char* name : {"cmdCancel", "cmdHeader", "cmdContinue", "cmdStart", "cmdExit"})
-            rects.push_back(Button(name)->geometry());
-        return rects;
-    };
-    const auto before = placesNow();
-    for (std::size_t i = 1; i < before.size(); ++i)
-        EXPECT_GT(before[i].left(), before[i - 1].right());
-    StartToRange();
-    EXPECT_EQ(Text("cmdContinue"), "&OK");
-    test::Pause(20);
-    EXPECT_EQ(placesNow(), before);
-    Click("cmdContinue");
-    EndShot();
-    EXPECT_EQ(Text("cmdContinue"), "&Repeat Test");
-    test::Pause(20);
-    EXPECT_EQ(placesNow(), before);
-}
-
 // Every prompt, at the sizes of the letters that users choose.
 class LetterSize : public TestWindow, public ::testing::WithParamInterface<double> {
   protected:
@@ -311,6 +289,28 @@ TEST_P(LetterSize, NothingIsCut) {
     ASSERT_TRUE(Label("lblNotice")->isVisible());
     test::Pause(20);
     CheckNothingIsCut("lost");
+}
+
+TEST_P(LetterSize, TheButtonsKeepTheirPlacesInAShot) {
+    Open();
+    const auto placesNow = [this] {
+        std::vector<QRect> rects;
+        for (const char* name : {"cmdCancel", "cmdHeader", "cmdContinue", "cmdStart", "cmdExit"})
+            rects.push_back(Button(name)->geometry());
+        return rects;
+    };
+    const auto before = placesNow();
+    for (std::size_t i = 1; i < before.size(); ++i)
+        EXPECT_GT(before[i].left(), before[i - 1].right());
+    StartToRange();
+    EXPECT_EQ(Text("cmdContinue"), "&OK");
+    test::Pause(20);
+    EXPECT_EQ(placesNow(), before);
+    Click("cmdContinue");
+    EndShot();
+    EXPECT_EQ(Text("cmdContinue"), "&Repeat Test");
+    test::Pause(20);
+    EXPECT_EQ(placesNow(), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, LetterSize, ::testing::Values(1.0, 1.25, 1.5));
