@@ -361,6 +361,7 @@ TEST_F(HomeWithRecords, ACertificateIsOfferedOfARecordThatCanBeRead) {
         window.resize(size);
         wanted.clear();
         for (const auto& [row, offered] : {std::pair(0, true), {1, false}, {2, false}, {3, true}}) {
+            Newest()->scrollToItem(Newest()->topLevelItem(row));
             ClickItem(*Newest(), Newest()->topLevelItem(row));
             EXPECT_EQ(Enabled("cmdCertificate"), offered) << row;
             QTest::mouseClick(Find<QPushButton>("cmdCertificate"), Qt::LeftButton);

@@ -493,6 +493,7 @@ TEST_F(Panel, SharesItsRoomForTestsAmongSeveralRecords) {
 }
 
 TEST_F(Panel, ControlCharactersAreToldAndShownAsQuestionMarks) {
+    panel.resize(2400, 680);  // the whole header in any letters
     std::string text = HeaderText("ODD", "Hill\x02top") + Curve(KneeCurve(), 1);
     text.replace(text.find("241.20"), 6,
                  "241\x1b"
