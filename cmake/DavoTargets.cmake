@@ -89,9 +89,8 @@ endfunction()
 # davo_test(<name> SOURCES ... [LINKS ...] [WIDGETS] [LABELS ...] [TIMEOUT seconds] [SERIAL]
 #           [NOT_IN_WINE pattern ...] [ALONE source ...])
 # ALONE names sources that cannot be compiled as one with the others.
-# NOT_IN_WINE names tests, as --gtest_filter does, that cannot run there: they start programs of this
-# machine, remove files that are open, ask for processor time as POSIX has it, or measure texts, for
-# which Wine has not the interface's font.
+# NOT_IN_WINE names tests, as --gtest_filter does, that cannot run there; docs/maintainers/windows.md
+# has the reasons that count.
 # One executable, one CTest entry. Each runs offscreen with a home and configuration folder of
 # its own, so that no test reads or writes the user's settings.
 function(davo_test name)
