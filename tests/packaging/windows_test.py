@@ -109,6 +109,21 @@ class Windows(unittest.TestCase):
         ran = run(TOOLS / "list-files", self.ship, self.root / "files.nsh")
         self.assertEqual((ran.returncode, ran.stderr), (1, "empty files: ['empty.txt']\n"))
 
+    def test_the_icon_has_a_picture_for_each_scale(self):
+        icon = (SOURCES / "src/app/icon/davo.ico").read_bytes()
+        self.assertEqual(icon[:4], bytes((0, 0, 1, 0)))
+        sizes = []
+        for entry in range(int.from_bytes(icon[4:6], "little")):
+            at = 6 + 16 * entry
+            begin = int.from_bytes(icon[at + 12:at + 16], "little")
+            self.assertEqual(icon[begin + 1:begin + 4], b"PNG")
+            wide, high = (int.from_bytes(icon[begin + n:begin + n + 4], "big") for n in (16, 20))
+            self.assertEqual((wide, high), (icon[at] or 256, icon[at + 1] or 256))
+            sizes.append(wide)
+        # Of 16 and 32 at 100, 150, 200 and 250 %: none is drawn of a smaller one.
+        for wanted in (16, 24, 32, 40, 48, 64, 80):
+            self.assertTrue(any(wanted <= size <= 1.7 * wanted for size in sizes), f"{wanted}: {sizes}")
+
     def test_the_manifest_names_the_installer_and_its_exit_codes(self):
         setup = self.root / "setup.exe"
         setup.write_bytes(b"MZ")
