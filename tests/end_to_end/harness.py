@@ -92,6 +92,7 @@ class Program:
     """The program with the driver in it."""
 
     def __init__(self, rig, environment=None):
+        self.rig = rig
         self.environment = dict(os.environ, **rig.environment, **(environment or {}))
         self.lines = []
         self._new = queue.Queue()
@@ -130,7 +131,7 @@ class Program:
                 raise DriverFailed(f"the program ended, rc {self.process.wait(PATIENCE)}, at {wanted!r}")
             if line.startswith("driver: FAILED"):
                 detail = self._new.get(timeout=PATIENCE)
-                raise DriverFailed(f"{line}\n{detail}")
+                raise DriverFailed(f"{line}\n{self.rig.instrument_state()}\n{detail}")
             if line.startswith(wanted):
                 return line
 
@@ -223,6 +224,10 @@ class Rig:
             start_new_session=True,
         )
         wait_until(self.port.exists, "the instrument's line", 10)
+
+    def instrument_state(self):
+        ended = self.instrument and self.instrument.poll()
+        return "the instrument runs" if ended is None else f"the instrument ended, rc {ended}"
 
     def start_program(self, environment=None):
         program = Program(self, environment)
