@@ -6,7 +6,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../src/app/icon"
 
-sizes=(16 24 32 48 64 128 256)
+sizes=(16 20 24 32 40 48 64 80 128 256)
 for size in "${sizes[@]}"; do
   drawing=davo.svg
   [ "$size" -gt 24 ] || drawing=davo-small.svg

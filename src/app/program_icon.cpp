@@ -13,7 +13,7 @@ namespace davo {
 QIcon ProgramIcon() {
     LoadResource();
     QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int size : {16, 20, 24, 32, 40, 48, 64, 80, 128, 256}) {
         icon.addFile(QStringLiteral(":/davo/icon/davo-%1.png").arg(size), QSize(size, size));
     }
     return icon;

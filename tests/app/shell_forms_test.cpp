@@ -198,7 +198,7 @@ TEST(Splash, NoTextIsCutAndItFitsTheScreen) {
 
 TEST(ProgramIcon, HasAPictureOfItsOwnForEverySize) {
     const QIcon icon = ProgramIcon();
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int size : {16, 20, 24, 32, 40, 48, 64, 80, 128, 256}) {
         const QImage picture = icon.pixmap(QSize(size, size), 1.0).toImage();
         EXPECT_EQ(picture.size(), QSize(size, size));
         const QImage file(u":/davo/icon/davo-%1.png"_s.arg(size));
