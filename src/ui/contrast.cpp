@@ -88,7 +88,9 @@ class OutlineStyle : public QProxyStyle {
                 const bool untitled = group != nullptr && group->title().isEmpty();
                 const int title =
                     std::max(pixelMetric(PM_IndicatorHeight), option->fontMetrics.height());
-                edge.setTop(edge.top() + kTitleRoom + (untitled ? 0 : title));
+                // Since Qt 6.8 the rectangle begins below the title.
+                const double top = group != nullptr ? kHalf : edge.top();
+                edge.setTop(top + kTitleRoom + (untitled ? 0 : title));
                 // One that is as high as its title frames nothing.
                 if (edge.height() <= 0) return;
                 break;
