@@ -90,7 +90,8 @@ void ScrollLongText(QMessageBox& box) {
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
     scroll->setWidget(label);
-    label->setFont(box.font());
+    // Qt 6.8 takes no font for a label that came to another parent below a style sheet.
+    label->setStyleSheet(QStringLiteral("font-size: %1pt").arg(box.font().pointSizeF()));
     scroll->setFixedHeight(most);
     scroll->setMinimumWidth(kWidth);
 }
