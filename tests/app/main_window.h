@@ -58,18 +58,24 @@ class MainWindow : public ::testing::Test, public Controls {
         QAction* item = Find<QAction>(name);
         QMenu* menu = Find<QMenu>("mnuFile");
         QMenuBar* bar = window->menuBar();
-        QTest::mouseClick(bar, Qt::LeftButton, {},
-                          bar->actionGeometry(menu->menuAction()).center());
+        // Through the window, which tells Qt where the mouse is: a menu takes no press of one that
+        // has not moved since it opened.
+        const QPoint place = bar->actionGeometry(menu->menuAction()).center();
+        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {},
+                          bar->mapTo(window.get(), place));
         ASSERT_TRUE(menu->isVisible());
         for (QMenu* inner : menu->findChildren<QMenu*>()) {
             if (!inner->actions().contains(item)) continue;
-            QTest::mouseClick(menu, Qt::LeftButton, {},
-                              menu->actionGeometry(inner->menuAction()).center());
+            ClickItem(*menu, *inner->menuAction());
             ASSERT_TRUE(Until([inner] { return inner->isVisible(); }));
             menu = inner;
             break;
         }
-        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(item).center());
+        ClickItem(*menu, *item);
+    }
+    static void ClickItem(QMenu& menu, QAction& item) {
+        QTest::mouseClick(menu.windowHandle(), Qt::LeftButton, {},
+                          menu.actionGeometry(&item).center());
     }
     bool Enabled(const char* name) { return Find<QAction>(name)->isEnabled(); }
     bool Checked(const char* name) { return Find<QAction>(name)->isChecked(); }
