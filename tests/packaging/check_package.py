@@ -39,15 +39,16 @@ FILES = {
     "usr/share/man/man1/davo-line.1.gz",
     "usr/share/man/man1/davo-report.1.gz",
 }
+# As Debian 12 names them; later releases have other numbers behind two of the names.
 LIBRARIES = {
-    "libc6",
-    "libqcustomplot2.1-qt6",
-    "libqt6core6",
-    "libqt6gui6",
-    "libqt6serialport6",
-    "libqt6widgets6",
-    "libstdc++6",
-    "libxlsxwriter4",
+    r"libc6",
+    r"libqcustomplot2\.1-qt6",
+    r"libqt6core6(t64)?",
+    r"libqt6gui6",
+    r"libqt6serialport6",
+    r"libqt6widgets6",
+    r"libstdc\+\+6",
+    r"libxlsxwriter\d+",
 }
 
 faults = []
@@ -76,7 +77,8 @@ def check_fields(package):
     alternatives = set(re.split(r"\s*\|\s*", fields.get("Recommends", "")))
     expect(alternatives == {"libreoffice-calc", "libreoffice-calc-nogui"}, f"recommends {alternatives}")
     depends = {re.split(r"[ :(]", entry.strip())[0] for entry in fields["Depends"].split(",")}
-    expect(LIBRARIES <= depends, f"no dependency on {sorted(LIBRARIES - depends)}")
+    missing = [name for name in sorted(LIBRARIES) if not any(re.fullmatch(name, each) for each in depends)]
+    expect(not missing, f"no dependency on {missing}")
     needless = sorted(name for name in depends if name.endswith("-dev") or name.startswith("libreoffice"))
     expect(not needless, f"dependency on {needless}")
     kept = output_of("dpkg-parsechangelog", "-l", str(SOURCES / "packaging/debian/changelog"), "-S", "Version")
@@ -148,14 +150,16 @@ def check_links(root):
             expect((page.parent / target).exists(), f"{page.relative_to(root)} leads to {target}")
 
 
-def check_with(tool, *arguments):
-    """What the tool says of the files; skipped, and said, where it is not installed."""
+def check_with(tool, *arguments, known=None):
+    """What the tool says of the files, but for a known warning; skipped, and said, without the tool."""
     if shutil.which(tool) is None:
         print(f"{tool} is not installed")
         return
     run = subprocess.run((tool, *arguments), capture_output=True, text=True)
     said = run.stdout + run.stderr
-    expect(run.returncode == 0, f"{tool} ended with {run.returncode}:\n{said}")
+    found = re.findall(r"^[EW]: .*", said, re.MULTILINE)
+    only_known = bool(known and found) and all(known in line for line in found)
+    expect(run.returncode == 0 or only_known, f"{tool} ended with {run.returncode}:\n{said}")
 
 
 def main():
@@ -169,8 +173,11 @@ def main():
         check_binaries(root)
         check_links(root)
         check_with("desktop-file-validate", "--warn-kde", str(root / DESKTOP))
-        check_with("appstreamcli", "validate", "--no-net", "--no-color", str(root / METAINFO))
-    check_with("lintian", "--allow-root", "--fail-on", "error,warning", package)
+        # The program has no page on the Internet; lintian of Debian 13 says so once more.
+        check_with("appstreamcli", "validate", "--no-net", "--no-color", str(root / METAINFO),
+                   known="url-homepage-missing")
+    check_with("lintian", "--allow-root", "--fail-on", "error,warning", package,
+               known='appstream-metadata-validation-failed Problems reported by "appstreamcli')
     for fault in faults:
         print(f"{package}: {fault}")
     if faults:
