@@ -93,6 +93,12 @@ def chart_lines(chart):
         yield from series_lines(series)
 
 
+def print_area(sheet):
+    """Its addresses; a list before openpyxl 3.1, then a text with the sheet's name before each."""
+    area = sheet.print_area
+    return ",".join(area) if isinstance(area, list) else area.replace(f"'{sheet.title}'!", "")
+
+
 def sheet_lines(sheet):
     yield f"sheet {sheet.title}"
     for column in sorted(sheet.column_dimensions.values(), key=lambda c: c.min):
@@ -117,7 +123,7 @@ def sheet_lines(sheet):
     wide = 1 if page.fitToWidth is None else page.fitToWidth
     tall = 1 if page.fitToHeight is None else page.fitToHeight
     yield f"page {page.orientation} {'fit' if fitted else 'unfitted'} {wide} {tall} paper {page.paperSize}"
-    yield f"print area {sheet.print_area or 'none'} titles {sheet.print_title_rows} {sheet.print_title_cols}"
+    yield f"print area {print_area(sheet) if sheet.print_area else 'none'} titles {sheet.print_title_rows} {sheet.print_title_cols}"
     footer = sheet.oddFooter.center
     if footer.text:
         yield f"footer {footer.font} {footer.size} {footer.text}"

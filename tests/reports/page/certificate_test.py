@@ -230,7 +230,7 @@ class Certificate(unittest.TestCase):
             picture = output("pdftocairo", "-svg", "-l", "1", self.path(name + ".pdf"), "-")
             page = [float(x) for x in re.search(r'viewBox="0 0 (\S+) (\S+)"', picture).groups()]
             frames = []
-            for path, scale in re.findall(r'd="([^"]*)" transform="matrix\(([\d.]+),0,0', picture):
+            for path, scale in re.findall(r'd="([^"]*)" transform="matrix\(([\d.]+), ?0, ?0', picture):
                 corners = re.fullmatch(r"M (\S+) (\S+) L (\S+) \2 L \3 (\S+) L \1 \4 Z M \1 \2 ",
                                        path)
                 if corners:

@@ -161,10 +161,9 @@ inline void AddSheet(const Workbook& workbook, const Sheet& sheet,
     AddCells(sheet, lines);
     lines.emplace_back(std::string("page ") + (sheet.page.landscape ? "landscape" : "portrait") +
                        " fit 1 " + std::to_string(sheet.page.fitPagesTall) + " paper 9");
-    lines.emplace_back(
-        "print area " +
-        (sheet.page.printArea ? "['" + Dollars(*sheet.page.printArea) + "']" : "none") +
-        " titles None None");
+    lines.emplace_back("print area " +
+                       (sheet.page.printArea ? Dollars(*sheet.page.printArea) : "none") +
+                       " titles None None");
     lines.emplace_back("footer Arial,Bold Italic 8 " + sheet.page.footer->text);
     lines.emplace_back("selected A1");
     for (const Chart& chart : sheet.charts)
