@@ -87,14 +87,15 @@ std::optional<std::string> ToPage(const QString& text) {
 
 QString RunsText(const std::vector<int>& rising, const std::function<QString(int)>& nameOf) {
     QStringList runs;
-    for (std::size_t first = 0, last = 0; first < rising.size(); first = last + 1) {
-        last = first;
-        while (last + 1 < rising.size() && rising[last + 1] == rising[last] + 1)
-            ++last;
-        QString run = nameOf(rising[first]);
-        if (last > first)
-            run += QLatin1String(last > first + 1 ? " to " : ", ") + nameOf(rising[last]);
+    auto first = rising.begin();
+    while (first != rising.end()) {
+        const auto gap = std::adjacent_find(first, rising.end(),
+                                            [](int one, int next) { return next != one + 1; });
+        const auto last = gap == rising.end() ? gap - 1 : gap;
+        QString run = nameOf(*first);
+        if (last > first) run += QLatin1String(last > first + 1 ? " to " : ", ") + nameOf(*last);
         runs += run;
+        first = last + 1;
     }
     return runs.join(QStringLiteral(", "));
 }
