@@ -22,7 +22,7 @@ bool IsWorse(const Deviation& place, const std::optional<Deviation>& than) {
     const auto size = [](const Deviation& of) {
         return std::pair(CertainPercent(of), std::abs(of.Percent()));
     };
-    return !than || than->at == 0 || size(place) > size(*than);
+    return !than || size(place) > size(*than);
 }
 
 // Empty where too few points of each are common. halfX and halfY are those of the two values; knee
@@ -41,6 +41,7 @@ ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, do
     }
     std::sort(at.begin(), at.end());
     at.erase(std::unique(at.begin(), at.end()), at.end());
+    std::optional<Deviation> worst;
     for (const double x : at) {
         const double a = measured.At(x);
         const double b = reference.At(x);
@@ -50,10 +51,11 @@ ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, do
         const double bends = a > b ? openA.below + openB.above : openA.above + openB.below;
         const Deviation place{std::exp(x), a - b, steps + bends};
         value.places.push_back(place);
-        if (IsWorse(place, value.all)) value.all = place;
+        if (IsWorse(place, worst)) worst = place;
         if (x <= knee && IsWorse(place, value.below)) value.below = place;
         if (x >= knee && IsWorse(place, value.above)) value.above = place;
     }
+    value.all = worst.value_or(Deviation());
     return value;
 }
 
