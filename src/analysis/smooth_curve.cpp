@@ -121,9 +121,7 @@ std::vector<LogPoint> SmoothCurve::RisingPoints(const std::vector<CurvePoint>& p
     std::vector<CurvePoint> sorted;
     std::copy_if(points.begin(), points.end(), std::back_inserter(sorted),
                  [](const CurvePoint& point) { return point.current > 0 && point.voltage > 0; });
-    std::stable_sort(
-        sorted.begin(), sorted.end(),
-        [](const CurvePoint& one, const CurvePoint& other) { return one.current < other.current; });
+    std::ranges::stable_sort(sorted, {}, &CurvePoint::current);
     if (sorted.empty()) return {};
     const double step = sorted.back().current > kCoarseAbove ? kCoarseCurrentStep : kCurrentStep;
     const std::size_t count = std::min(sorted.size(), kMostPoints);

@@ -260,6 +260,17 @@ TEST(SmoothKnee, TwoReadingsOfOneCurrentAreTheirMean) {
     }
 }
 
+// Over five decades of current, all of the bend is in the last fifth of a step of ln I.
+TEST(SmoothKnee, ItsLastStepIsNotTheOneBeforeContinued) {
+    Points points;
+    for (int k = 0; k <= 30; ++k)
+        points.push_back({8.5 * std::pow(10, (k - 30) / 6.0), 850 * std::pow(10, (k - 30) / 6.0)});
+    for (const double current : {8.8, 9.1, 9.4, 9.7, 10.0})
+        points.push_back({current, 850});
+    const SmoothCurve curve(points);
+    EXPECT_NEAR(curve.LnVoltage(curve.Last()), std::log(850), 0.02);
+}
+
 TEST(SmoothKnee, WildPointsHaveACurve) {
     Points points;
     for (int k = 0; k < 48; ++k)
