@@ -74,7 +74,8 @@ LogLine::Open LogLine::OpenAt(double x) const {
     const Open after = BendOpen(next < last ? next : next - 1);
     const double left = (next > 1 ? 1 : 2) * (x - nodes[next - 1].x);
     const double right = (next < last ? 1 : 2) * (nodes[next].x - x);
-    const bool turns = (before.below < before.above) != (after.below < after.above);
+    // Two straight segments bend neither way.
+    const bool turns = (before.below - before.above) * (after.below - after.above) < 0;
     const auto open = [=](double one, double other) {
         // At a node nothing is open; the slope beside it may be infinite.
         if (left <= 0 || right <= 0) return 0.0;

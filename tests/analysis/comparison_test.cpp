@@ -333,6 +333,37 @@ TEST(Comparison, ABendBetweenTwoPointsIsOpen) {
               "At 0.10 A the voltage is 10.0 % below the reference, beyond the limit of 5 %.");
 }
 
+// Nodes of equal distance; half a step is a tenth of each.
+LogLine LineOf(const std::vector<double>& values) {
+    LogLine line;
+    for (std::size_t k = 0; k < values.size(); ++k)
+        line.nodes.push_back({static_cast<double>(k), values[k], 0.1});
+    return line;
+}
+
+// The bend may turn by 0.4, what four half steps give, beside the middle segment.
+TEST(Comparison, StraightSegmentsAreNoTurn) {
+    const auto openAt = [](const std::vector<double>& values, double x) {
+        return LineOf(values).OpenAt(x);
+    };
+    // Straight, then bent down: above the line by the nearer of 0.4 * 0.25 and 0.9 * 0.75.
+    EXPECT_NEAR(openAt({0, 1, 2, 2.5}, 1.25).above, 0.1, 1e-12);
+    EXPECT_NEAR(openAt({0, 1, 2, 2.5}, 1.25).below, 0, 1e-12);
+    // Then bent up: the same below the line.
+    EXPECT_NEAR(openAt({0, 1, 2, 3.5}, 1.25).below, 0.1, 1e-12);
+    EXPECT_NEAR(openAt({0, 1, 2, 3.5}, 1.25).above, 0, 1e-12);
+    // The straight part behind the bend.
+    EXPECT_NEAR(openAt({-0.5, 1, 2, 3}, 1.75).above, 0.1, 1e-12);
+    EXPECT_NEAR(openAt({-0.5, 1, 2, 3}, 1.75).below, 0, 1e-12);
+    EXPECT_NEAR(openAt({0.5, 1, 2, 3}, 1.75).below, 0.1, 1e-12);
+    EXPECT_NEAR(openAt({0.5, 1, 2, 3}, 1.75).above, 0, 1e-12);
+    EXPECT_NEAR(openAt({0, 1, 2, 3}, 1.25).above, 0.1, 1e-12);
+    EXPECT_NEAR(openAt({0, 1, 2, 3}, 1.25).below, 0.1, 1e-12);
+    // Where it turns, by how far each side may, from the nearer end.
+    EXPECT_NEAR(openAt({0.5, 1, 2, 2.5}, 1.25).above, 0.225, 1e-12);
+    EXPECT_NEAR(openAt({0.5, 1, 2, 2.5}, 1.25).below, 0.225, 1e-12);
+}
+
 TEST(Comparison, SaysHowFarTheKneepointsAreApart) {
     const SmoothKnee knee{{0.1, 400}, 4};
     const SmoothKnee other{{0.12, 380}, 3.8};
