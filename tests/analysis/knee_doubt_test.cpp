@@ -185,6 +185,33 @@ TEST(KneeDoubt, AFallThatMovesNothingIsNotNamed) {
     ExpectNoFall(fact);
 }
 
+// One of the two points, left out, moves it by more or less than 15 %.
+TEST(KneeDoubt, AFallThatMovesTheKneepointLittleIsNotNamed) {
+    const auto kneeOf = [](const Points& points) {
+        return PrintedKneesOf(points).at(1).At().value_or(CurvePoint()).voltage;
+    };
+    int named = 0;
+    constexpr int kLevels = 50;
+    for (int k = 0; k < kLevels; ++k) {
+        const double level = 105.2 + k * 0.05;
+        const Points points = {{0.01, 20},   {0.02, 45},       {0.03, 78},       {0.04, 105},
+                               {0.1, level}, {0.2, level + 4}, {0.4, level + 2}, {0.8, level + 7}};
+        double move = 0;
+        for (const std::ptrdiff_t point : {5, 6}) {
+            Points without = points;
+            without.erase(without.begin() + point);
+            move = std::max(move, std::abs(kneeOf(without) / kneeOf(points) - 1));
+        }
+        const KneeFact fact = FactOf(KneeRule::Ieee45, points);
+        const bool isNamed = fact.doubt.starts_with("From point 6 ");
+        EXPECT_EQ(isNamed, move > 0.15) << level << ", " << move;
+        EXPECT_LT(move, 0.162);
+        named += isNamed ? 1 : 0;
+    }
+    EXPECT_GT(named, 5);
+    EXPECT_LT(named, kLevels - 5);
+}
+
 // Every other point is compared: the fall is between two neighbours.
 TEST(KneeDoubt, AFallBetweenThePointsOfAPairIsNamed) {
     Points points = {{0.01, 20}, {0.02, 45}, {0.03, 70}, {0.04, 100}};

@@ -176,6 +176,50 @@ TEST(Taps, FivePercentMoreCurrentAndLessMustBothShow) {
     EXPECT_LT(told, kBends - 5);
 }
 
+// A curve with a ripple of whole waves, whose peaks are this part of the voltage.
+Points RippledOf(double bend, double part) {
+    Points points = CubicOf(bend, 0, 1);
+    for (CurvePoint& point : points)
+        point.voltage *= std::exp(part * std::cos(10 * std::acos(-1) * std::log(point.current)));
+    return points;
+}
+
+// The standard deviation of a wave is its peak by the root of two.
+TEST(Taps, ACurveThatScattersByMoreThanFivePercentHasAnotherShape) {
+    constexpr double kBend = 2;
+    for (const double deviation : {0.0455, 0.049, 0.051, 0.0545}) {
+        const auto shift =
+            ShiftBetween(RippledOf(kBend, deviation * std::sqrt(2)), CubicOf(kBend, 0, 1));
+        EXPECT_EQ(shift.has_value(), deviation < 0.05) << deviation;
+    }
+}
+
+// However much a curve scatters: what counts is by how much more it does with 5 % more current.
+TEST(Taps, AScatterThatIsTheSameAtEveryCurrentTellsNothing) {
+    for (const double peak : {0.02, 0.03})
+        EXPECT_EQ(ShiftBetween(RippledOf(0, peak), CubicOf(0, 0, 1)), std::nullopt) << peak;
+}
+
+// A curve that is moved along itself, by more than 5 %, until both ends of what is common are this
+// part of the voltage apart.
+TEST(Taps, WhatIsApartByAPercentAtMostIsNoOtherProportion) {
+    constexpr double kBend = 0.19;
+    for (const double part : {0.0097, 0.0102, 0.0107}) {
+        const double move = 1 - std::sqrt(1 - 2 * part / kBend);  // bend (move - move^2 / 2)
+        ASSERT_GT(std::expm1(move), 0.05);
+        Points expected = CubicOf(kBend, 0, 1);
+        for (CurvePoint& point : expected)
+            point.voltage *= 1000;  // of which no step of a reading explains anything
+        Points measured = expected;
+        for (CurvePoint& point : measured) {
+            point.current *= std::exp(move);
+            point.voltage *= std::exp(move);
+        }
+        const auto shift = ShiftBetween(measured, expected);
+        EXPECT_EQ(VerdictOf(shift), part > 0.01 ? Verdict::Beyond : Verdict::None) << part;
+    }
+}
+
 // 120 of 240 turns, measured as each mistake gives it.
 TEST(Taps, AWrongProportionIsSaid) {
     const Points full = CurveD();
