@@ -49,6 +49,15 @@ class OutlineStyle : public QProxyStyle {
   public:
     OutlineStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
 
+    using QProxyStyle::polish;
+    // Qt's palette for Windows has the window's colour for what is selected in a list without the
+    // focus, fainter than that of every other row.
+    void polish(QPalette& palette) override {
+        QProxyStyle::polish(palette);
+        for (const auto role : {QPalette::Highlight, QPalette::HighlightedText})
+            palette.setColor(QPalette::Inactive, role, palette.color(QPalette::Active, role));
+    }
+
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override {
         const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);

@@ -177,6 +177,18 @@ TEST(Inks, StandOutFromEveryWindow) {
     }
 }
 
+// As Qt makes it for Windows.
+TEST(Selections, AreTheSameInAListWithoutTheFocus) {
+    const std::unique_ptr<QStyle> style(MakeOutlineStyle());
+    QPalette palette = PaletteOf(kColours[0]);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Inactive, QPalette::Highlight, kColours[0].window);
+    palette.setColor(QPalette::Inactive, QPalette::HighlightedText, kColours[0].ink);
+    style->polish(palette);
+    EXPECT_EQ(palette.color(QPalette::Inactive, QPalette::Highlight), kColours[0].highlight);
+    EXPECT_EQ(palette.color(QPalette::Inactive, QPalette::HighlightedText), QColor(Qt::white));
+}
+
 // As Qt 6.4 makes it for the dark mode of Windows.
 TEST(Buttons, HaveATextThatCanBeReadOnADarkWindow) {
     const std::unique_ptr<QStyle> style(MakeOutlineStyle());
