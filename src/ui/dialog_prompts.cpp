@@ -150,14 +150,16 @@ QString Chosen(const QPointer<QFileDialog>& dialog) {
     return accepted && !chosen.isEmpty() ? ShownPath(chosen.first()) : QString();
 }
 
+// The ending of one of the filters that name has; empty when it has none.
+QString EndingOf(const QString& name, const QStringList& filters) {
+    for (const QString& filter : filters)
+        if (name.endsWith(filter.mid(1), Qt::CaseInsensitive)) return filter.mid(1);
+    return {};
+}
+
 // name with the ending of the filter chosen, such as "*.html", in place of that of another one.
 QString WithEndingOf(const QString& chosen, const QString& name, const QStringList& filters) {
-    for (const QString& filter : filters) {
-        const QString ending = filter.mid(1);
-        if (name.endsWith(ending, Qt::CaseInsensitive))
-            return name.chopped(ending.size()) + chosen.mid(1);
-    }
-    return name + chosen.mid(1);
+    return name.chopped(EndingOf(name, filters).size()) + chosen.mid(1);
 }
 
 }  // namespace
@@ -255,7 +257,15 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, co
     // What is typed takes the place of the name.
     for (QLineEdit* line : dialog->findChildren<QLineEdit*>())
         line->selectAll();
-    return Chosen(dialog);
+    const QStringList kinds = dialog->nameFilters();
+    QString kind;
+    QObject::connect(dialog, &QDialog::accepted, dialog,
+                     [&] { kind = dialog->selectedNameFilter(); });
+    const QString path = Chosen(dialog);
+    if (path.isEmpty() || kinds.size() < 2) return path;
+    // The dialogs of a system leave the name as it is when another kind is chosen.
+    const bool isProposal = QFileInfo(path).fileName() == name;
+    return isProposal || EndingOf(path, kinds).isEmpty() ? WithEndingOf(kind, path, kinds) : path;
 }
 
 QString DialogPrompts::OpenFile(const QString& folder, const QString& filter) {

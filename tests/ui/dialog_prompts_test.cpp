@@ -526,6 +526,27 @@ TEST(SaveFilePrompt, AnotherKindOfFileLeavesTheFolderThatWasTyped) {
               ShownPath(folder.Path("bay/CT 4.html")));
 }
 
+TEST(SaveFilePrompt, ANameIsOfTheKindThatWasChosen) {
+    const test::TemporaryFolder folder;
+    const auto saved = [&](const QString& typed, bool choose) {
+        const auto shown = WhenShown::Do<QFileDialog>("cdFile", [&](QFileDialog& dialog) {
+            if (choose) ChooseKind(dialog, Qt::Key_Down);
+            Type(dialog, typed);
+        });
+        const QString path =
+            DialogPrompts().SaveFile(folder.Path(), u"*.pdf;;*.html"_s, u"T3.pdf"_s);
+        return QFileInfo(path).fileName();
+    };
+    EXPECT_EQ(saved(u"T4"_s, true), u"T4.html"_s);
+    EXPECT_EQ(saved(u"T4 11.21"_s, true), u"T4 11.21.html"_s);
+    EXPECT_EQ(saved(u"T4"_s, false), u"T4.pdf"_s);
+    // What is typed has the last word.
+    EXPECT_EQ(saved(u"T4.pdf"_s, true), u"T4.pdf"_s);
+    EXPECT_EQ(saved(u"T4.HTML"_s, false), u"T4.HTML"_s);
+    // As the dialog of a system gives it, which leaves the proposal alone.
+    EXPECT_EQ(saved(u"T3.pdf"_s, true), u"T3.html"_s);
+}
+
 TEST(SaveFilePrompt, AddsNothingToANewName) {
     const test::TemporaryFolder folder;
     const auto shown =
