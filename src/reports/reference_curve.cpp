@@ -75,17 +75,26 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
     TakeUnits(bytes, units);
     std::vector<CurvePoint> points;
     std::size_t number = 0;
+    bool hasPoint = false;
+    bool hasComma = false;
     for (const std::string& line : SplitLines(bytes)) {
-        ++number;
+        const std::string place = "line " + std::to_string(++number);
         if (TrimBlanks(line).empty()) continue;
         const std::array<std::string, 2> fields = FieldsOf(line);
         const std::optional<double> first = WholeNumericValue(fields[0]);
         const std::optional<double> second = WholeNumericValue(fields[1]);
         if (points.empty() && !first && !second) continue;  // the heading
+        const bool isParted = line.find_first_of(";\t") != std::string::npos;
+        hasPoint |= isParted && Contains(line, ".");
+        hasComma |= isParted && Contains(line, ",");
+        // Nobody can tell which of them is that of the thousands.
+        if (hasPoint && hasComma)
+            throw RunTimeError(ErrorNumber::TypeMismatch,
+                               place + ": " + "points and commas in the numbers");
         CurvePoint point{first.value_or(NAN) * ScaleOf(units[0]),
                          second.value_or(NAN) * ScaleOf(units[1])};
         if (!std::isfinite(point.current) || !std::isfinite(point.voltage))
-            throw RunTimeError(ErrorNumber::TypeMismatch, "line " + std::to_string(number));
+            throw RunTimeError(ErrorNumber::TypeMismatch, place);
         if (AreAmperesAndVolts(units[1], units[0])) std::swap(point.current, point.voltage);
         points.push_back(point);
     }

@@ -90,6 +90,11 @@ TEST(ReferenceCurve, SaysWhatIsNoPoint) {
     EXPECT_EQ(Error("0.01,175,3\n"), mismatch + "1");
     EXPECT_EQ(Error("0,01,175\n"), mismatch + "1");
     EXPECT_EQ(Error("A;kV\n0,01;0,175\n1;1e308\n"), mismatch + "3");
+    // Of thousands or of decimals?
+    const std::string mixed = ": points and commas in the numbers";
+    EXPECT_EQ(Error("A;V\n0,01;400\n0,02;800\n0,05;1.000\n"), mismatch + "4" + mixed);
+    EXPECT_EQ(Error("Core 1.5, new\nA\tV\n0.01\t400\n0.05\t1,000\n"), mismatch + "4" + mixed);
+    EXPECT_EQ(Error("0,05;1.330,5\n"), mismatch + "1" + mixed);
     const std::string none =
         "Run-time error '62': Input past end of file: no point above zero in the file";
     EXPECT_EQ(Error(""), none);
