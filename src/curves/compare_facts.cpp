@@ -36,7 +36,7 @@ constexpr int kControlHeight = 40;  // a glove meets it
 constexpr int kLeastLines = 4;
 // A maker's curve in the data folder: no list takes it for a record, nor for a table that was
 // saved.
-constexpr QLatin1String kCurveEnding(".reference.csv");
+constexpr QLatin1String kCurveEnding(kReferenceCurveEnding);
 constexpr std::size_t kMostDated = 12;
 constexpr std::size_t kSerialField = 5;  // of RecordFileHeader::fields
 
@@ -345,16 +345,14 @@ QString CompareFacts::KeepCurve(const QString& path) {
         if (!typed) return {};
         units = ToPage(*typed).value_or("");
     }
-    std::vector<std::string> lines{"A;V"};
-    for (const CurvePoint& point : ParseReferenceCurve(bytes, units))
-        lines.push_back(GeneralNumber(point.current) + ";" + GeneralNumber(point.voltage));
+    const std::string text = ReferenceCurveText(ParseReferenceCurve(bytes, units));
     // No list of records takes a name without another point for a record.
     const QString base =
         QFileInfo(path).completeBaseName().replace(QLatin1Char('.'), QLatin1Char('_'));
     QString name = base;
     for (int i = 2; FileExists(folder_ + name + kCurveEnding); ++i)
         name = base + QStringLiteral(" %1").arg(i);
-    ReplaceFile(folder_ + name + kCurveEnding, JoinLines(lines));
+    ReplaceFile(folder_ + name + kCurveEnding, text);
     return name;
 }
 

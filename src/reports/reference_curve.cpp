@@ -106,4 +106,11 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
     return points;
 }
 
+std::string ReferenceCurveText(const std::vector<CurvePoint>& points) {
+    std::vector<std::string> lines{"A;V"};
+    for (const CurvePoint& point : points)
+        lines.push_back(GeneralNumber(point.current) + ";" + GeneralNumber(point.voltage));
+    return JoinLines(lines);
+}
+
 }  // namespace davo

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "analysis/curve_point.h"
 
 namespace davo {
+
+// How the name of a maker's curve ends that is kept beside the records.
+inline constexpr const char* kReferenceCurveEnding = ".reference.csv";
 
 // The points of a maker's curve from a table of two columns, current and voltage, in amperes and
 // volts unless the heading has "mA" or "kV" for a unit; a heading with volts in front of amperes
@@ -18,5 +22,9 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
 
 // Whether the heading names the unit of a current and that of a voltage.
 bool NamesUnits(std::string_view bytes);
+
+// A curve as it is kept: "A;V" and a line for each point, with 15 digits. Throws RunTimeError 6
+// for a number that is not finite.
+std::string ReferenceCurveText(const std::vector<CurvePoint>& points);
 
 }  // namespace davo

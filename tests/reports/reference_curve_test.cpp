@@ -68,6 +68,15 @@ TEST(ReferenceCurve, HasTypedUnitsWhereItsHeadingNamesNone) {
         EXPECT_FALSE(NamesUnits(text)) << text;
 }
 
+TEST(ReferenceCurve, IsKeptInAmperesAndVolts) {
+    const std::vector<CurvePoint> points = {{0.00005, 0}, {-1.5, 1e15}, {0.1 + 0.2, 1.0 / 3}};
+    const std::string text = ReferenceCurveText(points);
+    EXPECT_EQ(text, "A;V\r\n5E-05;0\r\n-1.5;1E+15\r\n0.3;0.333333333333333\r\n");
+    EXPECT_EQ(ReferenceCurveText(ParseReferenceCurve(text)), text);
+    EXPECT_EQ(ParseReferenceCurve(text)[1], points[1]);
+    EXPECT_EQ(ReferenceCurveText({}), "A;V\r\n");
+}
+
 TEST(ReferenceCurve, IsThePublishedOne) {
     for (const test::PublishedCurve& curve : test::PublishedCurves()) {
         std::string text = "A;V\n";
