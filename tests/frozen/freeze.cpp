@@ -25,6 +25,7 @@
 #include "records/nameplate_file.h"
 #include "records/record_file_writer.h"
 #include "records/unsaved_sessions.h"
+#include "reports/reference_curve.h"
 #include "retrieval/memory_directory.h"
 #include "retrieval/record_reply.h"
 #include "tests/frozen/readings.h"
@@ -305,6 +306,29 @@ void WriteNameplates(const QString& data) {
     KeepNameplate(data, "AB  12", {"C400", "5", "", "", "", "", "", "", "", "", "400"});
 }
 
+// Makers' tables as they come, with units or without, and what is kept of each beside the records.
+void WriteCurves(const QString& folder) {
+    struct Table {
+        QString name;
+        std::string text;
+        std::string typed = {};  // units, where the table has none
+    };
+    const std::vector<Table> tables = {
+        {u"points"_s, "current_A,voltage_V\n0.0123,87.5\n0.1,440\n1.25,495.5\n"},
+        {u"commas"_s, "Kern 1\r\nI [mA];U [kV]\r\n12,3;0,0875\r\n100;0,44\r\n1250;0,4955\r\n"},
+        {u"tabs, turned"_s, "U/mV\tI/A\r\n\r\n87500\t0,0123\r\n440000\t0,1\r\n"},
+        {u"without heading"_s, "\xEF\xBB\xBF\"12.3\",\"0.0875\"\n\"100\",\"0.44\"\n", "mA;kV"},
+        {u"without units"_s, "M\xFCller;Strom;\r\nU;I\r\n87,5;12,3\r\n", "V;mA"},
+        // Nothing is left out: what is no place of a curve, what falls, what comes twice.
+        {u"odd"_s,
+         "A;V\r\n0;0\r\n-1;5\r\n1e-5;1.23456789012345678\r\n0.3;2e15\r\n0.3;7\r\n0.2;1e300\r\n"}};
+    for (const Table& table : tables) {
+        ReplaceFile(folder + table.name + u".csv"_s, table.text);
+        ReplaceFile(folder + table.name + QLatin1String(kReferenceCurveEnding),
+                    ReferenceCurveText(ParseReferenceCurve(table.text, table.typed)));
+    }
+}
+
 // A conversation: a byte, lines that are longer than one of the log's, and what no text has.
 void WriteLog(const QString& line) {
     instrument::ByteLog log((line + u"conversation.log"_s).toStdString());
@@ -348,6 +372,7 @@ int main(int argc, char** argv) {
     WriteWindows(Made(release + u"/windows"_s));
     WriteLog(Made(release + u"/line"_s));
     WriteNameplates(Made(release + u"/nameplates"_s));
+    WriteCurves(Made(release + u"/curves"_s));
     WriteReadings(release);
     return 0;
 }

@@ -24,6 +24,7 @@
 #include "records/record_file_writer.h"
 #include "records/session_journal.h"
 #include "records/unsaved_sessions.h"
+#include "reports/reference_curve.h"
 #include "testing/session_save.h"
 #include "tests/support/fake_prompts.h"
 
@@ -223,6 +224,15 @@ std::string NameplatesReading(const QString& path) {
     return lines.Take();
 }
 
+// A maker's curve, in amperes and volts where the table has no units.
+std::string CurveReading(const std::string& bytes) {
+    Lines lines;
+    lines.Put("units:", NamesUnits(bytes) ? "named" : "not named");
+    for (const CurvePoint& point : ParseReferenceCurve(bytes))
+        lines.Put("POINT:", GeneralNumber(point.current), GeneralNumber(point.voltage));
+    return lines.Take();
+}
+
 // The time of a session under the names of the running one is that of its files.
 void SetTime(const QString& path) {
     QFile file(path);
@@ -278,6 +288,7 @@ std::string Reading(const QString& file) {
     if (name == QLatin1String("davo-window.ini")) return WindowFileReading(file);
     if (name == QLatin1String(kNameplateFileName)) return NameplatesReading(file);
     if (name.endsWith(QLatin1String(".log"))) return LogReading(file);
+    if (name.endsWith(QLatin1String(".csv"))) return CurveReading(ReadWholeFile(file));
     if (name.endsWith(QLatin1String(".jnl"))) return JournalReading(file);
     const std::string bytes = ReadWholeFile(file);
     if (name.startsWith(QLatin1String("TESTFILE"))) return CaptureReading(bytes);

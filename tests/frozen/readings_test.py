@@ -241,6 +241,29 @@ def nameplates(data):
     return lines
 
 
+def curve(data):
+    """A maker's curve: two columns of numbers, in whichever order and units the lines above them say."""
+    rows = [row for row in re.split(r"\r\n|\n", data.decode("utf-8" if data[:1] == b"\xEF" else "latin-1")) if row.strip()]
+    rows = [row.removeprefix("\ufeff").replace('"', "") for row in rows]
+    between = next((sign for sign in ";\t" if sign in rows[-1]), ",")
+    fields = [row.split(between, 1) for row in rows]
+    if between != ",":
+        fields = [[text.replace(",", ".") for text in row] for row in fields]
+    headings = [row for row in fields if not re.match(r"[-\d]", row[0])]
+    units = ["", ""]
+    for row in headings:
+        for column, text in enumerate(row):
+            found = re.search(r"(?<![A-Za-z])([mk]?)(A|V)(?![A-Za-z])", text)
+            units[column] = found[0] if found else units[column]
+    named = sorted(unit[-1:] for unit in units) == ["A", "V"]
+    scales = [{"m": 1e-3, "k": 1e3}.get(unit[:1], 1) for unit in units]
+    lines = [f"units: {'named' if named else 'not named'}"]
+    for row in fields[len(headings):]:
+        values = [format(float(text) * scale, ".15g").upper() for text, scale in zip(row, scales)]
+        lines.append("POINT: " + " ".join(reversed(values) if units[0][-1:] == "V" else values))
+    return lines
+
+
 def entry_of(name, rows):
     def cut(row, offset):
         return row.partition(":")[2][offset : offset + 20]
@@ -339,6 +362,8 @@ def reading(path):
         return windows(data)
     if path.name == "nameplates.tsv":
         return nameplates(data)
+    if path.suffix == ".csv":
+        return curve(data)
     if path.suffix == ".log":
         return log(data)
     if path.suffix == ".jnl":
@@ -360,7 +385,7 @@ class Release(unittest.TestCase):
             with self.subTest(path.relative_to(HERE)):
                 self.assertEqual(reading(path), kept.read_text("ascii").splitlines())
             read += 1
-        self.assertGreater(read, 40)
+        self.assertGreater(read, 52)
 
     def test_what_is_recovered_is_what_was_left(self):
         kept = sorted(HERE.glob("*/unsaved/*/recovered.read"))
