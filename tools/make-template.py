@@ -9,6 +9,7 @@ Rows and lines here and in src/reports/xlsx/letterhead.cpp are the same, so that
 alike whatever program makes it.
 """
 
+import argparse
 import base64
 import pathlib
 import subprocess
@@ -163,6 +164,8 @@ def document(picture):
 
 
 def main():
+    argparse.ArgumentParser(description=__doc__,
+                            formatter_class=argparse.RawDescriptionHelpFormatter).parse_args()
     picture = HERE / "letterhead.png"
     subprocess.run(["rsvg-convert", "--width", str(PICTURE_WIDTH * PIXELS_PER_POINT),
                     str(HERE / "letterhead.svg"), "--output", str(picture)], check=True)

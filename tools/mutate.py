@@ -345,6 +345,9 @@ def main():
     parser.add_argument("--verbose", action="store_true", help="show survivors as they are found")
     parser.add_argument("folders", nargs="+", help=f"folders of src/: {', '.join(FOLDERS)}, or any other")
     options = parser.parse_args()
+    for folder in options.folders:
+        if not (ROOT / "src" / folder).is_dir():
+            parser.error(f"no folder src/{folder}")
     return 0 if all([try_all(folder, options) for folder in options.folders]) else 1
 
 

@@ -181,7 +181,7 @@ def check(unit):
 
 def main():
     folders = sys.argv[1:]
-    if not folders:
+    if not folders or not all((ROOT / folder).is_dir() for folder in folders):
         sys.exit(__doc__)
     configure(folders)
     for folder in (STAMPS, JOINED):

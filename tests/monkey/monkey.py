@@ -56,7 +56,10 @@ def seeds_of(text):
         all_ten = list(range(1, 11))
         return all_ten if "DAVO_LONG" in os.environ else [random.Random(harness.SEED).choice(all_ten)]
     first, _, last = text.partition("..")
-    return range(int(first), int(last or first) + 1)
+    seeds = range(int(first), int(last or first) + 1)
+    if not seeds:
+        raise argparse.ArgumentTypeError(f"no seed in {text}")
+    return seeds
 
 
 def main():
