@@ -136,6 +136,8 @@ def check_licence(root):
 def check_binaries(root):
     for name in (*PROGRAMS, MODULE):
         file = root / name
+        if not file.exists():  # check_files says so
+            continue
         run_path = re.findall(r"\((?:RPATH|RUNPATH)\).*\[(.*)\]", output_of("readelf", "-dW", str(file)))
         expect(run_path == ([CALC_FOLDER] if name == MODULE else []), f"{name} searches {run_path}")
         sections = output_of("readelf", "-SW", str(file))
