@@ -364,6 +364,13 @@ TEST(Comparison, StraightSegmentsAreNoTurn) {
     EXPECT_NEAR(openAt({0.5, 1, 2, 2.5}, 1.25).below, 0.225, 1e-12);
 }
 
+// Beside the first and the last node, by twice the bend of the next one: 0.5 above the line.
+TEST(Comparison, AtItsEndsALineIsOpenByTwiceTheNextBend) {
+    const LogLine line = LineOf({0, 2.1, 4.1});
+    EXPECT_NEAR(line.OpenAt(0.1).above, 2 * 0.5 * 0.1, 1e-12);
+    EXPECT_NEAR(line.OpenAt(1.9).above, 2 * 0.5 * 0.1, 1e-12);
+}
+
 TEST(Comparison, SaysHowFarTheKneepointsAreApart) {
     const SmoothKnee knee{{0.1, 400}, 4};
     const SmoothKnee other{{0.12, 380}, 3.8};
