@@ -32,7 +32,8 @@ std::optional<LoggedBytes> BytesOfLine(const std::string& text, std::size_t numb
 
 }  // namespace
 
-std::vector<LoggedBytes> ReadConversationLog(const std::string& path) {
+std::vector<LoggedBytes> ReadConversationLog(const std::string& path, std::size_t* cutLine) {
+    if (cutLine != nullptr) *cutLine = 0;
     if (!std::filesystem::exists(path)) throw RunTimeError(ErrorNumber::FileNotFound, path);
     std::ifstream file(path, std::ios::binary);
     if (!file) throw RunTimeError(ErrorNumber::PathFileAccess, path);
@@ -41,10 +42,14 @@ std::vector<LoggedBytes> ReadConversationLog(const std::string& path) {
     for (std::size_t number = 1; std::getline(file, text); ++number) {
         if (text.empty() || text == "\r") continue;
         const std::optional<LoggedBytes> logged = BytesOfLine(text, number);
-        if (!logged)
+        if (logged) {
+            log.push_back(*logged);
+        } else if (!file.eof()) {
             throw RunTimeError(ErrorNumber::TypeMismatch,
                                "line " + std::to_string(number) + " of " + path);
-        log.push_back(*logged);
+        } else if (cutLine != nullptr) {
+            *cutLine = number;
+        }
     }
     if (log.empty()) throw RunTimeError(ErrorNumber::InputPastEnd, path);
     return log;

@@ -5,6 +5,7 @@
 #include <array>
 #include <map>
 #include <regex>
+#include <string_view>
 
 #include "instrument/exchanges.h"
 #include "instrument/memory.h"
@@ -22,6 +23,8 @@ constexpr Micros kShortestSilence = std::chrono::milliseconds(5);
 constexpr int kMostRecords = 135;
 constexpr std::size_t kValueSize = 20;
 constexpr std::size_t kFieldsBeforeTests = 12;
+// No form is longer; a search in a text without an end would need a stack without one.
+constexpr std::size_t kLongestForm = 500;
 
 std::string Seconds(Micros time) {
     return FixedText(static_cast<double>(time.count()) / 1e6, 3) + " s";
@@ -46,6 +49,10 @@ std::string Shown(const std::string& text) {
 class Check {
   public:
     explicit Check(const std::vector<LoggedBytes>& log) : exchanges_(ExchangesOf(log)) {
+        for (std::size_t i = 1; i < log.size(); ++i) {
+            if (log[i].at < log[i - 1].at)
+                Depart(log[i], "its time is before that of the line above it");
+        }
         for (const Exchange& exchange : exchanges_)
             Look(exchange);
         for (const auto& [command, timing] : timings_) {
@@ -154,7 +161,7 @@ class Check {
 
     void Expect(const Exchange& exchange, const std::string& form, const std::string& inWords) {
         const std::string& reply = exchange.reply.All();
-        if (std::regex_match(reply, std::regex(form))) return;
+        if (reply.size() <= kLongestForm && std::regex_match(reply, std::regex(form))) return;
         const std::string got = reply.empty() ? "no answer" : Shown(reply);
         Depart(reply.empty() ? exchange.sent : exchange.reply.PieceAt(0),
                Named(exchange.command) + " wants " + inWords + ": " + got);
@@ -222,15 +229,16 @@ class Check {
     void LookAtRecord(const Exchange& exchange) {
         const std::string& reply = exchange.reply.All();
         if (!Ends(exchange, "\r\nDONE\r\n")) return;
-        static const std::regex kField("[^\\s,]+");
+        constexpr std::string_view kBetween = " \t\n\v\f\r,";
         std::vector<std::string> fields;
-        const auto digits = static_cast<std::ptrdiff_t>(reply.find("\r\nDONE"));
-        for (std::sregex_iterator it(reply.begin(), reply.begin() + digits, kField), end; it != end;
-             ++it) {
-            fields.push_back(it->str());
+        const std::string digits = reply.substr(0, reply.find("\r\nDONE"));
+        for (std::size_t end = 0, at = digits.find_first_not_of(kBetween); at < digits.size();
+             at = digits.find_first_not_of(kBetween, end)) {
+            end = std::min(digits.find_first_of(kBetween, at), digits.size());
+            fields.push_back(digits.substr(at, end - at));
             if (fields.back().find_first_not_of("0123456789ABCDEF") != std::string::npos)
                 DepartAt(
-                    exchange, static_cast<std::size_t>(it->position()),
+                    exchange, at,
                     "a field of a record that is not all hexadecimal: " + Shown(fields.back()));
         }
         if (fields.empty()) return;
@@ -302,11 +310,12 @@ class Check {
             "RATIO TEST, 100V MAX \\(LESS IF RATIO LESS THAN 10:1\\)|"
             "S-L-O-W-L-Y LOWER CURRENT NOW\\.\\.\\.|VOLTAGE TOO HIGH!)|"
             "RATIO=[^\r\n]+|POLARITY=[-+ ]");
-        if (std::regex_match(line, kReading)) {
+        const bool isForm = line.size() <= kLongestForm;
+        if (isForm && std::regex_match(line, kReading)) {
             readingEnd = at + line.size() + 1;
             return;
         }
-        if (!std::regex_match(line, kKnown))
+        if (!isForm || !std::regex_match(line, kKnown))
             DepartAt(exchange, at, "a line that the program does not know: " + Shown(line));
         if (readingEnd == std::string::npos || line.empty()) return;
         const Micros silence =

@@ -24,7 +24,7 @@ struct LogReport {
 
 // Holds a log against the protocol: bytes that no command asked for, replies without what the
 // program waits for, unknown lines and other spellings, lengths of headers and records, bytes that
-// are no text, and silences that are shorter or longer than the program takes.
+// are no text, silences that are shorter or longer than the program takes, and times that go back.
 LogReport CheckLog(const std::vector<LoggedBytes>& log);
 
 }  // namespace davo::instrument

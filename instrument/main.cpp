@@ -15,8 +15,18 @@ using namespace davo::instrument;
 
 namespace {
 
+std::vector<LoggedBytes> LogAt(const std::string& path) {
+    std::size_t cut = 0;
+    std::vector<LoggedBytes> log = ReadConversationLog(path, &cut);
+    if (cut > 0) {
+        std::cerr << "davo-instrument: line " << cut << " of " << path
+                  << " is cut off; what is before it counts." << std::endl;
+    }
+    return log;
+}
+
 int CheckOf(const std::string& path) {
-    const LogReport report = CheckLog(ReadConversationLog(path));
+    const LogReport report = CheckLog(LogAt(path));
     std::cout << report.Text();
     return report.departures.empty() ? 0 : 1;
 }
@@ -31,7 +41,7 @@ int RunProgram(const CommandLine& line) {
         if (getppid() != parent || parent == 1) return 0;
     }
     if (!line.replayPath.empty()) {
-        ReplayDevice device(ReadConversationLog(line.replayPath), line.options.linkPath);
+        ReplayDevice device(LogAt(line.replayPath), line.options.linkPath);
         std::cout << "ready " << line.options.linkPath << std::endl;
         device.Run(stop);
         close(stop);

@@ -141,6 +141,57 @@ TEST(ConversationLog, SaysWhichLineIsNone) {
                 HasSubstr("File not found"));
 }
 
+TEST(ConversationLog, ALastLineThatIsCutOffIsLeftOut) {
+    const TemporaryFolder folder;
+    const std::string path = folder.Path("log").toStdString();
+    const std::string good = "0.000100 < 42  B\n";
+    const std::string last = "0.000200 > 52 44 59  RDY";
+    std::size_t cut = 9;
+    for (std::size_t length = 1; length < last.size(); ++length) {
+        ReplaceFile(folder.Path("log"), good + last.substr(0, length));
+        // The bytes are complete where some of what follows them for readers is.
+        const bool isWhole = length > last.size() - 3;
+        EXPECT_EQ(ReadConversationLog(path, &cut).size(), isWhole ? 2U : 1U) << length;
+        EXPECT_EQ(cut, isWhole ? 0U : 2U) << length;
+        EXPECT_EQ(ReadConversationLog(path).size(), isWhole ? 2U : 1U) << length;
+    }
+    ReplaceFile(folder.Path("log"), good + std::string(4096, '\0'));
+    EXPECT_EQ(ReadConversationLog(path, &cut).size(), 1U);
+    EXPECT_EQ(cut, 2U);
+    ReplaceFile(folder.Path("log"), last.substr(0, 12));
+    EXPECT_THAT(MessageThrownBy([&] { ReadConversationLog(path, &cut); }),
+                HasSubstr("Input past end of file"));
+}
+
+// What an instrument at another speed sends need not have a line end.
+TEST(LogCheck, TextWithoutAnEndIsLookedAt) {
+    const std::string text(1000000, '1');
+    std::string lines;
+    for (int k = 0; k < 100000; ++k)
+        lines += "\r\n";
+    EXPECT_THAT(Answered("B", lines + "RDY\r\n"), StartsWith("B wants RDY and a line end: "));
+    EXPECT_THAT(Answered("W", "DAVO" + text + "\r\n"), StartsWith("W wants a model that begins "));
+    EXPECT_THAT(Answered("L001", lines + "Record Found\r\n"),
+                StartsWith("L001 wants Record Found "));
+    EXPECT_THAT(Answered("R", text + "\r\nDONE\r\n"),
+                StartsWith("a record of 17 tests has 1 fields"));
+    EXPECT_THAT(Answered("R", "11,1G," + text + "\r\nDONE\r\n"),
+                StartsWith("a field of a record that is not all hexadecimal: \"1G\""));
+    EXPECT_THAT(Answered("d", "#001\r\n" + text + "\r\nDONE\r\n"),
+                StartsWith("#001 has no date and time in its second line"));
+    for (const char* begin :
+         {"RATIO=", "I=0.", "", "MESSAGE=TURN VOLTAGE CONTROL UP UNTIL CT SATURATES ("})
+        EXPECT_THAT(Answered("T", begin + text + "\r\nDATA\r\n"),
+                    StartsWith("a line that the program does not know: \""));
+}
+
+TEST(LogCheck, NamesATimeThatGoesBack) {
+    const std::vector<LoggedBytes> log = {{milliseconds(50), false, "B", 1},
+                                          {milliseconds(49), true, "RDY\r\n", 2},
+                                          {milliseconds(49), false, "X", 3}};
+    EXPECT_THAT(DeparturesOf(log), ElementsAre("its time is before that of the line above it"));
+}
+
 TEST(LogCheck, FindsNothingInWhatTheSimulatedInstrumentSays) {
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
         const LogReport report = CheckLog(WholeTalk(seed));
