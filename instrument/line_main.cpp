@@ -2,6 +2,7 @@
 // Sits between the instrument's port and the program, and writes down what crosses.
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QTextStream>
 #include <chrono>
 
@@ -30,6 +31,11 @@ int PassOn(QCoreApplication& application, const QStringList& names) {
     const auto now = [start] {
         return std::chrono::duration_cast<Micros>(std::chrono::steady_clock::now() - start);
     };
+    // The conversation of an earlier time can be the only one that there is.
+    if (QFileInfo(names[3]).size() > 0) {
+        Say(QStringLiteral("%1 is there already; give another name.").arg(names[3]));
+        return 1;
+    }
     GivenPort port(names[1]);
     const std::unique_ptr<PcEnd> pc = MakePcEnd(names[2]);
     ByteLog log(names[3].toStdString());

@@ -3,6 +3,7 @@
 
 #include <QProcess>
 
+#include "common/files.h"
 #include "instrument/conversation_log.h"
 #include "tests/instrument/device_client.h"
 #include "tests/support/temporary_folder.h"
@@ -204,6 +205,27 @@ TEST_F(Line, SaysThatItsLogIsCutAndGoesOn) {
                              " cannot be written any more; the line is still passed on.\n");
     instrument.terminate();
     EndOf(instrument);
+    // What it could write is looked at.
+    const Ended checked =
+        RunToEnd(DAVO_INSTRUMENT_PROGRAM, {u"--check"_s, folder.Path("near.log")});
+    EXPECT_THAT(checked.err, StartsWith("davo-instrument: line "));
+    EXPECT_THAT(checked.err,
+                EndsWith(" of " + Log("near.log") + " is cut off; what is before it counts.\n"));
+    EXPECT_THAT(checked.out, HasSubstr("B: 1 times, answered 1"));
+}
+
+TEST_F(Line, ReplacesNoLog) {
+    Record();
+    const QStringList names = {folder.Path("port"), folder.Path("pc"), folder.Path("near.log")};
+    const std::string before = ReadWholeFile(folder.Path("near.log"));
+    const Ended ended = RunToEnd(DAVO_LINE_PROGRAM, names);
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.err,
+              "davo-line: " + Log("near.log") + " is there already; give another name.\n");
+    EXPECT_EQ(ReadWholeFile(folder.Path("near.log")), before);
+    EXPECT_FALSE(LinkExists(Log("pc")));
+    ReplaceFile(folder.Path("near.log"), "");
+    EXPECT_THAT(RunToEnd(DAVO_LINE_PROGRAM, names).err, Not(HasSubstr("is there already")));
 }
 
 TEST_F(Line, RefusesWhatItCannotDo) {
