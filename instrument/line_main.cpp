@@ -36,6 +36,12 @@ int PassOn(QCoreApplication& application, const QStringList& names) {
         Say(QStringLiteral("%1 is there already; give another name.").arg(names[3]));
         return 1;
     }
+    // The port's own link would become the pseudo terminal's.
+    if (names[1] == names[2]) {
+        Say(QStringLiteral("%1 is the instrument's port; give the program's another name.")
+                .arg(names[2]));
+        return 1;
+    }
     GivenPort port(names[1]);
     const std::unique_ptr<PcEnd> pc = MakePcEnd(names[2]);
     ByteLog log(names[3].toStdString());

@@ -214,6 +214,20 @@ TEST_F(Line, SaysThatItsLogIsCutAndGoesOn) {
     EXPECT_THAT(checked.out, HasSubstr("B: 1 times, answered 1"));
 }
 
+TEST_F(Line, TakesNotThePortsOwnName) {
+    QProcess instrument;
+    StartProgram(instrument, DAVO_INSTRUMENT_PROGRAM, {u"--link"_s, folder.Path("port")});
+    const Ended ended =
+        RunToEnd(DAVO_LINE_PROGRAM, {folder.Path("port"), folder.Path("port"), folder.Path("log")});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.err, "davo-line: " + Log("port") +
+                             " is the instrument's port; give the program's another name.\n");
+    EXPECT_TRUE(LinkExists(Log("port")));
+    EXPECT_FALSE(QFile::exists(folder.Path("log")));
+    instrument.terminate();
+    EndOf(instrument);
+}
+
 TEST_F(Line, ReplacesNoLog) {
     Record();
     const QStringList names = {folder.Path("port"), folder.Path("pc"), folder.Path("near.log")};
