@@ -33,7 +33,8 @@ INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.M)
 
 
 def configure(folders):
-    with_tests = "ON" if {"tests", "bench"} & set(folders) else "OFF"
+    first = {part for folder in folders for part in pathlib.PurePath(folder).parts[:1]}
+    with_tests = "ON" if {"tests", "bench"} & first else "OFF"
     options = {
         "CMAKE_BUILD_TYPE": "RelWithDebInfo",
         "DAVO_PRECOMPILED_HEADERS": "OFF",
@@ -58,7 +59,7 @@ def configure(folders):
 def own_sources(folders):
     for entry in json.loads((BUILD / "compile_commands.json").read_text()):
         path = pathlib.Path(entry["file"])
-        if path.is_relative_to(ROOT) and path.relative_to(ROOT).parts[0] in folders:
+        if any(path.is_relative_to(ROOT / folder) for folder in folders):
             yield entry
 
 
@@ -188,6 +189,8 @@ def main():
         folder.mkdir(parents=True, exist_ok=True)
     common = common_key()
     found = units(folders)
+    if not found:
+        sys.exit(f"no source below {' '.join(folders)}")
     todo = [unit for unit in found if not unit.stamp(common).exists()]
     todo.sort(key=lambda unit: -len(unit.sources))
     count = sum(len(unit.sources) for unit in todo)
