@@ -25,6 +25,7 @@
 #include "reports/record_texts.h"
 #include "reports/reference_curve.h"
 #include "ui/contrast.h"
+#include "ui/event_handlers.h"
 #include "ui/form_parts.h"
 
 namespace davo {
@@ -357,19 +358,16 @@ QString CompareFacts::KeepCurve(const QString& path) {
 }
 
 void CompareFacts::TypeNameplate() {
-    NameplateTexts texts;
-    try {
-        texts = ReadNameplate(folder_, serial_);
-    } catch (const RunTimeError& error) {
-        prompts_.Message(QString::fromUtf8(error.what()));
-        return;
-    }
-    auto* nameplate = new frmNameplate(FromPage(serial_), texts, prompts_, this);
-    nameplate->OnSave = [this, folder = folder_, serial = serial_](const NameplateTexts& typed) {
-        KeepNameplate(folder, serial, typed);
-        OnKept();
-    };
-    nameplate->open();
+    EventHandlers(prompts_).Run([this] {
+        const NameplateTexts texts = ReadNameplate(folder_, serial_);
+        auto* nameplate = new frmNameplate(FromPage(serial_), texts, prompts_, this);
+        nameplate->OnSave = [this, folder = folder_,
+                             serial = serial_](const NameplateTexts& typed) {
+            KeepNameplate(folder, serial, typed);
+            OnKept();
+        };
+        nameplate->open();
+    });
 }
 
 // --- What comes of it ---------------------------------------------------------------------------
