@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QFileInfo>
+#include <QScrollBar>
 #include <QTabBar>
 #include <QTextEdit>
 #include <cstdio>
@@ -277,6 +278,35 @@ TEST_F(ComparedRecords, IsReachedByTheTabKeyFromTopToBottom) {
         before = name;
     }
     EXPECT_THAT(CutTextsOf(panel), IsEmpty());
+}
+
+// 14 points, on a panel as narrow as it can be: no letter is cut, and nothing is beside the text.
+TEST_F(ComparedRecords, CutsNoLargeLetters) {
+    AddMade("FIRST", {"03/07/15", "77", 1});
+    AddMade("LAST", {"03/07/24", "77", 0.9});
+    ListFolder(settings.dataPath, directory);
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPointSizeF(14);
+    QApplication::setFont(large);
+    {
+        RecordPanel narrow(prompts);
+        narrow.OfferCompare(settings);
+        narrow.show();
+        narrow.ShowRecords({File("LAST")});
+        auto* tabs = FindIn<QTabBar>(narrow, "tabPanel");
+        QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(1).center());
+        FindIn<QLineEdit>(narrow, "txtLimit")->setText(u"99.99"_s);
+        narrow.resize(1, 620);
+        const auto* said = FindIn<QTextEdit>(narrow, "txtCompared");
+        const auto* limit = FindIn<QLineEdit>(narrow, "txtLimit");
+        EXPECT_TRUE(Until([&] { return said->isVisible() && CutTextsOf(narrow).empty(); }))
+            << ::testing::PrintToString(CutTextsOf(narrow));
+        EXPECT_EQ(said->horizontalScrollBar()->maximum(), 0) << narrow.width();
+        EXPECT_GE(said->height(), 2 * said->fontMetrics().lineSpacing());
+        EXPECT_GE(limit->width(), limit->fontMetrics().horizontalAdvance(limit->text()) + 8);
+    }
+    QApplication::setFont(usual);
 }
 
 TEST_F(ComparedRecords, IsForGlovesAndForTheKeyboard) {
