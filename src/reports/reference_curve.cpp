@@ -79,8 +79,8 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
     bool hasComma = false;
     for (const std::string& line : SplitLines(bytes)) {
         const std::string place = "line " + std::to_string(++number);
-        if (TrimBlanks(line).empty()) continue;
         const std::array<std::string, 2> fields = FieldsOf(line);
+        if (TrimBlanks(fields[0] + fields[1]).empty()) continue;
         const std::optional<double> first = WholeNumericValue(fields[0]);
         const std::optional<double> second = WholeNumericValue(fields[1]);
         if (points.empty() && !first && !second) continue;  // the heading

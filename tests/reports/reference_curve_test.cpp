@@ -24,7 +24,8 @@ TEST(ReferenceCurve, IsReadWithPointsAndWithCommas) {
     const std::vector<CurvePoint> expected = {{0.01, 175}, {0.02, 440.5}};
     for (const char* const text :
          {"0.01,175\n0.02,440.5\n", "0,01;175\r\n0,02;440,5\r\n", "0.01;175\n0.02;440.5",
-          "0,01\t175\n\n0,02\t440,5\n \n", "\xEF\xBB\xBF\"0.01\",\"175\"\n\"0.02\",\"440.5\"\n",
+          "0,01\t175\n\n0,02\t440,5\n \n", "A;V\n;\n0,01;175\n;\n0,02;440,5\n;\n \t \n\"\";\"\"\n",
+          "0.01,175\n,\n0.02,440.5\n,\n", "\xEF\xBB\xBF\"0.01\",\"175\"\n\"0.02\",\"440.5\"\n",
           " 0.01 , 175 \n1e-2;175\n0.02,440.5"}) {
         SCOPED_TRACE(text);
         std::vector<CurvePoint> points = ParseReferenceCurve(text);
@@ -98,6 +99,7 @@ TEST(ReferenceCurve, SaysWhatIsNoPoint) {
     EXPECT_EQ(Error("A;V\n0,01;175\nend;of it\n"), mismatch + "3");
     EXPECT_EQ(Error("0.01,175,3\n"), mismatch + "1");
     EXPECT_EQ(Error("0,01,175\n"), mismatch + "1");
+    EXPECT_EQ(Error("0,01;175\n;440,5\n"), mismatch + "2") << "half a point";
     EXPECT_EQ(Error("A;kV\n0,01;0,175\n1;1e308\n"), mismatch + "3");
     // Of thousands or of decimals?
     const std::string mixed = ": points and commas in the numbers";
