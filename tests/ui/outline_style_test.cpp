@@ -198,12 +198,21 @@ TEST(Buttons, HaveATextThatCanBeReadOnADarkWindow) {
     button.setStyle(style.get());
     button.setPalette(dark);
     button.resize(200, 60);
+    QFont large = button.font();
+    large.setPixelSize(40);
+    large.setBold(true);
+    button.setFont(large);
     for (const auto& [isEnabled, least] : {std::pair(true, 4.5), std::pair(false, 2.0)}) {
         button.setText(QString());
         button.setEnabled(isEnabled);
         const QImage face = button.grab().toImage();
-        button.setText(u"\u2588\u2588\u2588"_s);
-        const QColor ink = button.grab().toImage().pixelColor(100, 30);
+        button.setText(u"HHH"_s);
+        const QImage text = button.grab().toImage();
+        QColor ink = face.pixelColor(100, 30);
+        for (int x = 60; x < 140; ++x)
+            if (Contrast(face.pixelColor(x, 30), text.pixelColor(x, 30)) >
+                Contrast(face.pixelColor(x, 30), ink))
+                ink = text.pixelColor(x, 30);
         for (int y = 5; y < 55; ++y)
             EXPECT_GE(Contrast(face.pixelColor(100, y), ink), least) << isEnabled << ' ' << y;
     }
