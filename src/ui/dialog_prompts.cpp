@@ -261,7 +261,7 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, co
     QString kind;
     QObject::connect(dialog, &QDialog::accepted, dialog,
                      [&] { kind = dialog->selectedNameFilter(); });
-    const QString path = Chosen(dialog);
+    QString path = Chosen(dialog);
     if (path.isEmpty() || kinds.size() < 2) return path;
     // The dialogs of a system leave the name as it is when another kind is chosen.
     const bool isProposal = QFileInfo(path).fileName() == name;
