@@ -20,7 +20,13 @@ using Points = std::vector<CurvePoint>;
 
 std::vector<std::string> FilledLines(std::string_view bytes) {
     std::vector<std::string> lines = SplitLines(bytes);
-    std::erase_if(lines, [](const std::string& line) { return TrimBlanks(line).empty(); });
+    // A spreadsheet writes an empty row as separators, perhaps with quotes.
+    std::erase_if(lines, [](std::string line) {
+        std::erase_if(line, [](char sign) {
+            return sign == ';' || sign == ',' || sign == '\t' || sign == '"';
+        });
+        return TrimBlanks(line).empty();
+    });
     return lines;
 }
 
@@ -29,7 +35,9 @@ void CheckRefusal(const std::string& text, std::size_t lines) {
     constexpr std::string_view kLine = ": line ";
     const std::size_t at = text.find(kLine);
     if (at == std::string::npos) {
-        Require(text.ends_with(": no point above zero in the file"), text);
+        Require(text.ends_with(": no point above zero in the file") ||
+                    text.ends_with(": no line with two numbers in the file"),
+                text);
         return;
     }
     const double number = NumericValue(text.substr(at + kLine.size()));
