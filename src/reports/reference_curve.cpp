@@ -98,6 +98,8 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
         if (AreAmperesAndVolts(units[1], units[0])) std::swap(point.current, point.voltage);
         points.push_back(point);
     }
+    if (points.empty())
+        throw RunTimeError(ErrorNumber::InputPastEnd, "no line with two numbers in the file");
     const auto isAboveZero = [](const CurvePoint& point) {
         return point.current > 0 && point.voltage > 0;
     };
