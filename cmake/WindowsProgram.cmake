@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # What a Windows build has beside the program: its icon, version and manifest, and the libraries that
-# must lie in its folder. DAVO_WINDOWS_LIBRARIES is what packaging/windows/make-libraries made.
+# must be in its folder. DAVO_WINDOWS_LIBRARIES is what packaging/windows/make-libraries made.
 enable_language(RC)
 set(DAVO_WINDOWS_LIBRARIES "" CACHE PATH "Qt and the other libraries for Windows")
 
@@ -11,7 +11,7 @@ target_sources(davo PRIVATE "${CMAKE_BINARY_DIR}/davo.rc")
 set_source_files_properties("${CMAKE_BINARY_DIR}/davo.rc" TARGET_DIRECTORY davo PROPERTIES
   OBJECT_DEPENDS "${CMAKE_BINARY_DIR}/davo.manifest;${CMAKE_SOURCE_DIR}/src/app/icon/davo.ico")
 
-# The compiler's own libraries; where they lie, it knows.
+# The compiler's own libraries; where they are, it knows.
 set(libraries)
 foreach(name libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll zlib1.dll)
   execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${name}
@@ -34,6 +34,11 @@ file(COPY ${libraries} "${DAVO_WINDOWS_LIBRARIES}/bin/Qt6Test.dll" DESTINATION "
 foreach(plugin IN LISTS plugins ITEMS platforms/qoffscreen.dll)
   get_filename_component(kind "${plugin}" DIRECTORY)
   file(COPY "${DAVO_WINDOWS_LIBRARIES}/plugins/${plugin}" DESTINATION "${CMAKE_BINARY_DIR}/plugins/${kind}")
+endforeach()
+
+# What tests draw without a screen has these letters.
+foreach(face IN ITEMS DejaVuSans DejaVuSans-Bold)
+  file(COPY "/usr/share/fonts/truetype/dejavu/${face}.ttf" DESTINATION "${CMAKE_BINARY_DIR}/fonts")
 endforeach()
 
 install(TARGETS davo davo-report davo-line RUNTIME DESTINATION . COMPONENT windows)
