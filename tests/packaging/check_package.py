@@ -20,7 +20,7 @@ DESKTOP = "usr/share/applications/davo.desktop"
 METAINFO = "usr/share/metainfo/local.davo.davo.metainfo.xml"
 GUIDE = "usr/share/davo/guide/"
 TEMPLATE = "usr/share/davo/DAVO_Header.xls"
-CALC_FOLDER = "/usr/lib/libreoffice/program"  # where the module's libraries lie, and only there
+CALC_FOLDER = "/usr/lib/libreoffice/program"  # where the module's libraries are, and only there
 
 FILES = {
     *PROGRAMS,
