@@ -243,7 +243,7 @@ std::optional<QString> DialogPrompts::Input(const QString& title, const QString&
 QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, const QString& name) {
     const Open open(*this);
     const QPointer<QFileDialog> dialog = new QFileDialog(Parent());
-    SetUp(*dialog, "cdFile", {}, {});
+    SetUp(*dialog, "cdFile", {}, QStringLiteral("Save As"));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setOption(QFileDialog::DontConfirmOverwrite);
@@ -271,7 +271,7 @@ QString DialogPrompts::SaveFile(const QString& folder, const QString& filter, co
 QString DialogPrompts::OpenFile(const QString& folder, const QString& filter) {
     const Open open(*this);
     const QPointer<QFileDialog> dialog = new QFileDialog(Parent(), {}, folder, filter);
-    SetUp(*dialog, "cdFile", {}, {});
+    SetUp(*dialog, "cdFile", {}, QStringLiteral("Open"));
     dialog->setFileMode(QFileDialog::ExistingFile);
     return Chosen(dialog);
 }

@@ -457,6 +457,7 @@ TEST(SaveFilePrompt, GivesThePathAndAsksNothingAboutAFileThatIsThere) {
     ReplaceFile(folder.Path("T1.txt"), "old");
     const auto shown = WhenShown::Do<QFileDialog>("cdFile", [&](QFileDialog& dialog) {
         EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptSave);
+        EXPECT_EQ(dialog.windowTitle(), u"Save As"_s);
         EXPECT_EQ(dialog.nameFilters(), QStringList(u"*.txt"_s));
         EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
         Type(dialog, u"T1.txt"_s);
@@ -560,6 +561,7 @@ TEST(OpenFilePrompt, GivesThePathOfAFileThatIsThere) {
     ReplaceFile(folder.Path("core.csv"), "A;V");
     const auto shown = WhenShown::Do<QFileDialog>("cdFile", [&](QFileDialog& dialog) {
         EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptOpen);
+        EXPECT_EQ(dialog.windowTitle(), u"Open"_s);
         EXPECT_EQ(dialog.fileMode(), QFileDialog::ExistingFile);
         EXPECT_EQ(dialog.nameFilters(), QStringList(u"*.csv"_s));
         EXPECT_EQ(dialog.directory(), QDir(folder.Path()));
