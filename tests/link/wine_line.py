@@ -12,10 +12,12 @@ started unless that leads to a pseudo terminal: COM1 may otherwise be a port of 
 
 import os
 import pathlib
+import queue
 import select
 import subprocess
 import sys
 import termios
+import threading
 import time
 import tty
 
@@ -35,7 +37,18 @@ def check():
 class FarEnd:
     def __init__(self):
         self.master = self.slave = -1
+        self.later = queue.Queue()
+        threading.Thread(target=self.do_later, daemon=True).start()
         self.plug()
+
+    def do_later(self):
+        """In their order. By itself: a full line is emptied by a test that has its answer."""
+        while True:
+            act = self.later.get()
+            try:
+                act()
+            finally:
+                self.later.task_done()
 
     def plug(self):
         self.master, self.slave = os.openpty()
@@ -57,11 +70,13 @@ class FarEnd:
         return ""
 
     def writelater(self, milliseconds, text):
-        """The bytes, after the answer and a while; the test goes on meanwhile."""
-        return lambda: (time.sleep(int(milliseconds) / 1000), self.write(text))
+        """The bytes, after a while; the test goes on meanwhile."""
+        self.later.put(lambda: (time.sleep(int(milliseconds) / 1000), self.write(text)))
+        return ""
 
     def unpluglater(self, milliseconds):
-        return lambda: (time.sleep(int(milliseconds) / 1000), self.unplug())
+        self.later.put(lambda: (time.sleep(int(milliseconds) / 1000), self.unplug()))
+        return ""
 
     def read(self, size):
         """So many bytes, or what has come when no more does."""
@@ -92,12 +107,10 @@ def serve(command):
                 print(line, flush=True)
                 continue
             name, *arguments = line.split()[1:]
-            answer = getattr(far_end, name)(*arguments)
-            later = answer if callable(answer) else None
-            test.stdin.write(("" if later else answer).encode() + b"\n")
+            if not name.endswith("later"):
+                far_end.later.join()
+            test.stdin.write(getattr(far_end, name)(*arguments).encode() + b"\n")
             test.stdin.flush()
-            if later:
-                later()
         return test.wait()
 
 
