@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Where everything lies when the program is installed, and the Debian package that CPack makes of it
-# (packaging/debian/build). What a Windows build ships stands in WindowsProgram.
+# Where everything is when the program is installed, and the Debian package that CPack makes of it
+# (packaging/debian/build). What a Windows build ships is in WindowsProgram.
 if(WIN32)
   return()
 endif()

@@ -19,7 +19,7 @@ std::size_t MostBytes(const std::string& file) {
     return 2 * file.size() + kLineEnd.size() * 12;
 }
 
-// What stands behind the number that a test's entry names.
+// What is behind the number that a test's entry names.
 void CheckEntries(const std::string& file) {
     for (const std::string& entry : TestEntries(file)) {
         const auto test = OverlayTestOf(QStringLiteral("T1.txt"), FromPage(entry));

@@ -176,8 +176,8 @@ void Conversation::RatioReading() {
     Go(Step::Ratio, std::max(now_ + ReadingInterval(), out_.Last()));
 }
 
-// Digits stand in lines of varying length with blanks here and there. There is always a line end
-// between DATA and DONE, and DATA stands at the beginning of a line.
+// Digits are in lines of varying length with blanks here and there. There is always a line end
+// between DATA and DONE, and DATA is at the beginning of a line.
 std::string Conversation::RecordText() {
     std::string digits = EncodeRecordImage(shot_.image);
     const int wanted = static_cast<int>(digits.size()) + options_.extraDigits;

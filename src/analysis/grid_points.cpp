@@ -39,7 +39,7 @@ class GridWalk {
     std::size_t last_;
     std::size_t i_ = 0;
     std::size_t g_ = 0;
-    bool copied_ = false;  // point i_ stands in the new curve
+    bool copied_ = false;  // point i_ is in the new curve
     std::vector<CurvePoint> points_;
 };
 

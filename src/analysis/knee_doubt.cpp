@@ -109,7 +109,7 @@ std::string ReasonOf(const SearchPath& path, const std::vector<CurvePoint>& poin
     return {};
 }
 
-// A point that lies below the one before it, in current or in voltage.
+// A point that is below the one before it, in current or in voltage.
 struct Fall {
     std::size_t upper = 0;
     bool current = false;
@@ -248,7 +248,7 @@ std::array<KneeFact, 3> PrintedKneesOf(const std::vector<CurvePoint>& points) {
 }
 
 double TrustedDifference(KneeRule rule) {
-    // A kneepoint by ASA lies where the curve is flat: its voltage is sharper.
+    // A kneepoint by ASA is where the curve is flat: its voltage is sharper.
     return rule == KneeRule::Asa1050 ? 0.035 : 0.06;
 }
 

@@ -40,7 +40,7 @@ class SmoothCurve {
     // Standard deviation of a sum of terms, as far as the points leave it open.
     double Deviation(std::initializer_list<CurveTerm> sum) const;
 
-    // Whether two points with their middle below (above) a place surely lie on a line that is
+    // Whether two points with their middle below (above) a place surely are on a line that is
     // steeper (flatter) than slope: neither the rounding of their numbers nor twice their scatter
     // explains it. The curve is then that steep (flat) somewhere between the two.
     bool IsSurelySteeper(double slope, double below) const;

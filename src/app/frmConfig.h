@@ -23,7 +23,7 @@ class QTreeWidgetItem;
 namespace davo {
 
 // "Configure System": the serial port, and whether impedances are shown. What is plugged in is
-// listed; the row that is chosen is what the number of the port stands for. Saving takes the port
+// listed; the row that is chosen is what the number of the port means. Saving takes the port
 // only when it opens. Closed through its frame after a save that failed, it leaves no port chosen
 // (comPort = kNoPortChosen).
 class frmConfig : public QDialog {
@@ -59,9 +59,9 @@ class frmConfig : public QDialog {
     void cmdTest_Click();
 
     std::int16_t ChosenPort() const;
-    // What the row stands for that is chosen: a device, "" for the automatic choice.
+    // What the chosen row means: a device, "" for the automatic choice.
     std::optional<QString> ChosenRow() const;
-    // What the number stands for once that row is taken; empty when there is nothing.
+    // What the number means once that row is taken; empty when there is nothing.
     QString ChosenDevice() const;
     // Whether taking the row gives the number to another device.
     bool IsReassigned(std::int16_t port) const;
@@ -74,7 +74,7 @@ class frmConfig : public QDialog {
     // Asks the instrument at the open port for its model.
     void AskModel();
     void SetTesting(bool testing);
-    // Its last column: which numbers stand for it, and whether it is the one in use.
+    // Its last column: which numbers mean it, and whether it is the one in use.
     QTreeWidgetItem* AddRow(const PresentPort& port, const QString& name);
     // What is plugged in now; the row of chosen is chosen, plugged in or not.
     void ListPorts(const std::optional<QString>& chosen);

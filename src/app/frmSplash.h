@@ -9,7 +9,7 @@
 
 namespace davo {
 
-// "DAVO PC-Interface": stands on the screen while the program starts.
+// "DAVO PC-Interface": is on the screen while the program starts.
 class frmSplash : public QWidget {
   public:
     // pointer must outlive the window. showMain shows the main window, and throws nothing.

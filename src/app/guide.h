@@ -13,7 +13,7 @@ class QWidget;
 
 namespace davo {
 
-// Where the guide of this program may lie: beside the executable, or where a package puts it.
+// Where the guide of this program may be: beside the executable, or where a package puts it.
 QStringList GuideFolders();
 
 // The file of the guide in folder that fits the place of widget: "f1/<name>.html" of the nearest
@@ -21,7 +21,7 @@ QStringList GuideFolders();
 // "guidePlace", or without one its object name. In the main window's own parts
 // (menu, status bar) it is the window that is open in its area, in a message box the place of its
 // message: the line of "f1/messages.txt", "<file>\t<part of a message>\t<advice>", with the longest
-// part that stands in its "exactText". Empty when folder has no guide.
+// part that is in its "exactText". Empty when folder has no guide.
 QString GuidePage(const QString& folder, const QWidget* widget);
 
 // What to do about a message, one sentence: the advice of that line, of the first folder that has

@@ -26,7 +26,7 @@ QAction* AddItem(QMenu* menu, const char* name, const char* caption) {
     return Named(menu->addAction(QLatin1String(caption)), name);
 }
 
-// An item whose data is the kneepoint type that it stands for.
+// An item whose data is the kneepoint type that it means.
 QAction* AddMarker(QMenu* menu, const char* name, const char* caption, const char* type) {
     QAction* item = AddItem(menu, name, caption);
     item->setCheckable(true);

@@ -17,7 +17,7 @@ struct LinkGlance {
     std::int16_t comPort = kNoPortChosen;
     bool portOpen = false;
     bool openFailed = false;
-    QString device;        // that the number stands for; empty when there is none
+    QString device;        // that the number means; empty when there is none
     QString deviceWords;   // DeviceWords of it
     bool present = false;  // it is there to be opened
     std::string instrumentModel;
@@ -42,7 +42,7 @@ QString DeviceWords(const QString& device, const std::vector<PresentPort>& prese
 // "No COM port chosen".
 QString PortState(const LinkGlance& glance);
 
-// What the number stands for, and, of a port that is not open, why.
+// What the number means, and, of a port that is not open, why.
 QString DeviceState(const LinkGlance& glance);
 
 // Why device (empty: there is none) could not be opened, and what to do. openError: see LinkState.

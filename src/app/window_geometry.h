@@ -11,7 +11,7 @@ namespace davo {
 // folder. What cannot be written is forgotten.
 void SaveWindowGeometry(const QWidget& window, const Places& places);
 
-// Puts window where it was. False, and nothing changes, when nothing is kept or what is kept lies
+// Puts window where it was. False, and nothing changes, when nothing is kept or what is kept is
 // on no screen that is there now.
 bool RestoreWindowGeometry(QWidget& window, const Places& places);
 

@@ -24,7 +24,7 @@ bool IsDigit(char c) {
 // The magnitude of a double as d.dddddddddddddd times ten to the exponent.
 struct DecimalText {
     bool negative;
-    std::string digits;  // 15 digits, the point stands after the first
+    std::string digits;  // 15 digits, the point is after the first
     int exponent;
 };
 

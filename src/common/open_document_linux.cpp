@@ -87,7 +87,7 @@ QStringList EntriesFor(const QString& kind) {
     return entries;
 }
 
-// The file of an entry: "a-b.desktop" may stand as "a/b.desktop".
+// The file of an entry: "a-b.desktop" may be "a/b.desktop".
 QString FileOfEntry(const QString& entry) {
     QString found = QStandardPaths::locate(QStandardPaths::ApplicationsLocation, entry);
     if (!found.isEmpty()) return found;

@@ -5,7 +5,7 @@
 
 namespace davo {
 
-// Where the system's fixed places lie on this machine; every path ends with the platform's
+// Where the system's fixed places are on this machine; every path ends with the platform's
 // separator. A plain value: tests and demonstration runs make their own.
 struct Places {
     QString scratchFolder;        // "C:\": capture file and scratch files

@@ -8,7 +8,7 @@ namespace davo {
 
 namespace {
 
-// Where a value stands in the store. Three of the five have an application name of their own:
+// Where a value is in the store. Three of the five have an application name of their own:
 // settings that exist are found only so.
 struct Key {
     const char* application;

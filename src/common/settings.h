@@ -63,7 +63,7 @@ SettingsRead ReadSettings(const SettingsStore& store, const Places& places);
 void WriteSettings(SettingsStore& store, const Settings& settings);
 
 // excelPath that belongs to dataPath: the part before the first "\Shots_Data\" and
-// "\Shots_Excel\". A path without it has no such part; the report folder then lies in it.
+// "\Shots_Excel\". A path without it has no such part; the report folder then is in it.
 QString ExcelPathOf(const QString& dataPath);
 
 }  // namespace davo

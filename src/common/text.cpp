@@ -11,7 +11,7 @@ namespace davo {
 
 namespace {
 
-// The codes 80 to 9F (hexadecimal) of Windows-1252; the five open ones stand for themselves.
+// The codes 80 to 9F (hexadecimal) of Windows-1252; the five open ones mean themselves.
 constexpr std::array<char16_t, 32> kUpperControls = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,

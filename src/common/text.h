@@ -52,7 +52,7 @@ QString RunsText(const std::vector<int>& rising, const std::function<QString(int
 
 // Reads text as comma-delimited fields: a field ends at a comma or a line end (CR LF, LF or CR);
 // blanks around it are dropped; a field that starts with a double quote runs to the next double
-// quote and loses both, and what stands between that quote and the next comma or line end is
+// quote and loses both, and what is between that quote and the next comma or line end is
 // passed over.
 class FieldReader {
   public:

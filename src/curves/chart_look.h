@@ -22,7 +22,7 @@ struct ChartColours {
     std::array<QColor, kCurveLooks> curves;
 };
 
-// Colours on the palette's base: lines stand out from it by a contrast of 4.5 to 1 at least, the
+// Colours on the palette's base: lines differ from it by a contrast of 4.5 to 1 at least, the
 // text has the palette's own.
 ChartColours ColoursOn(const QPalette& palette);
 // Dark on white, for paper.

@@ -25,7 +25,7 @@ class CurveChart : public QWidget {
     // as one of volts; in a chart that is only looked at the axes have whole decades. Paints later,
     // once, however often it is called.
     void SetCurves(std::vector<ChartCurve> curves);
-    // One more point at the end of curve number index; the axes grow by whole decades when it lies
+    // One more point at the end of curve number index; the axes grow by whole decades when it is
     // outside, and never shrink. Costs the same however many there are.
     void AppendPoint(std::size_t index, CurvePoint point);
 

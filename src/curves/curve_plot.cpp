@@ -29,7 +29,7 @@ constexpr int kLegendPadding = 4;    // around the icons and the names
 constexpr int kLegendRows = 5;       // beside each other are more
 constexpr int kInsideRoom = 6;       // between the frame and what is inside of it
 constexpr double kMarkSlack = 1e-9;  // a mark at the axis' end is on it
-constexpr int kRing = 9;             // around the last reading, which may lie at the edge
+constexpr int kRing = 9;             // around the last reading, which may be at the edge
 
 bool IsDecade(double mark) {
     constexpr double kSlack = 1e-6;
@@ -196,7 +196,7 @@ void CurvePlot::Set(std::vector<ChartCurve> curves) {
 
 QCPCurve* CurvePlot::CurveOf(const ChartCurve& curve) {
     auto* drawn = new CurveLine(xAxis, yAxis, [this] {
-        // Of a part, what lies outside is cut off.
+        // Of a part, what is outside is cut off.
         return showsWhole_ ? static_cast<int>(kMarkerSize) : 0;
     });
     // Behind the others, and behind the lines of none.
@@ -339,7 +339,7 @@ void CurvePlot::PlaceInside() {
     axisRect()->insetLayout()->update(QCPLayoutElement::upLayout);
 }
 
-// Half of a number stands out at the ends of the axes; one that would be cut is not drawn at all.
+// Half of a number is outside at the ends of the axes; one that would be cut is not drawn at all.
 void CurvePlot::LeaveMargins() {
     const QFontMetrics metrics(xAxis->tickLabelFont());
     int last = 0;

@@ -273,8 +273,8 @@ std::optional<std::size_t> RecordPanel::Chosen() const {
     return static_cast<std::size_t>(std::max(0, tblTests_->currentColumn()));
 }
 
-// Of more tests than can be told apart one of every record stands out: the chosen one, else the
-// first.
+// Of more tests than can be told apart one of every record is drawn stronger: the chosen one, else
+// the first.
 void RecordPanel::ShowCurves() {
     if (Compares()) {
         chart_->SetInteractive(true);

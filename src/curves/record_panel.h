@@ -86,7 +86,7 @@ class RecordPanel : public QWidget {
     // Compares where that tab is chosen.
     void Compare();
     void ShowDoubts();
-    // The test that stands out; nothing without a test.
+    // The test that is drawn stronger; nothing without a test.
     std::optional<std::size_t> Chosen() const;
 
     void ShowSaved(const QStringList& said);

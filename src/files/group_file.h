@@ -14,7 +14,7 @@ namespace davo {
 
 inline constexpr const char* kGroupFileName = "2Graphs.GRP";
 
-// The tests of a record file as the operator chooses them: "TEST NUMBER:" and what stands behind
+// The tests of a record file as the operator chooses them: "TEST NUMBER:" and what is behind
 // "REC NUMBER: ", one for each line that holds "REC NUMBER:".
 std::vector<std::string> TestEntries(std::string_view recordFile);
 

@@ -26,7 +26,7 @@ struct LineRole {
     std::size_t field = kHeaderFieldCount;  // of a header line
 };
 
-// What the rewrite takes line for. Every key ends with a colon, so what stands before the line's
+// What the rewrite takes line for. Every key ends with a colon, so what is before the line's
 // colons decides: the header's keys in their order, then the others in that of LineKind.
 LineRole RoleOf(std::string_view line) {
     LineRole role;
@@ -56,7 +56,7 @@ std::string Field(std::string_view text) {
     return TrimBlanks(CutToField(text));
 }
 
-// What stands behind the first colon.
+// What is behind the first colon.
 std::string ValueOf(std::string_view line) {
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) return {};

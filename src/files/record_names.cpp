@@ -30,7 +30,7 @@ QString AskNewName(const QString& dataPath, const QString& oldName, Prompts& pro
          .dotted = QStringLiteral("Filename cannot contain ''.''  Please Re-enter.")});
 }
 
-// What stands behind the first line.
+// What is behind the first line.
 std::string_view AfterFirstLine(std::string_view bytes) {
     const std::size_t end = bytes.find('\n');
     return end == std::string_view::npos ? std::string_view() : bytes.substr(end + 1);

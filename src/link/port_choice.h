@@ -21,7 +21,7 @@ struct PresentPort {
 };
 
 // Order of device names: by the text before the trailing number, then by that number, so that
-// ttyUSB2 stands before ttyUSB10.
+// ttyUSB2 is before ttyUSB10.
 bool DeviceNameBefore(const QString& left, const QString& right);
 
 // The device of the port-th (from 1) USB serial adapter in name order; empty when there are fewer.

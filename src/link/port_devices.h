@@ -11,7 +11,7 @@
 
 namespace davo {
 
-// Which device each of COM1 to COM4 stands for.
+// Which device each of COM1 to COM4 means.
 class PortDevices {
   public:
     virtual ~PortDevices() = default;
@@ -36,7 +36,7 @@ class PortDevices {
     // (on Windows RememberedAdapter's); empty when none was.
     virtual QString Assigned(std::int16_t /*port*/) const { return {}; }
 
-    // Whether a number stands for nothing by name: this platform has no COM names.
+    // Whether a number means nothing by name: this platform has no COM names.
     virtual bool NeedsAssignment() const = 0;
 };
 

@@ -51,7 +51,7 @@ class FineTimer {
 };
 
 // One overlapped operation of a handle at a time, with its event. The handle must be cancelled
-// before it is closed: the system writes into what lies here.
+// before it is closed: the system writes into what is here.
 class Overlapped {
   public:
     Overlapped() { state_.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr); }

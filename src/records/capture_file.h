@@ -45,7 +45,7 @@ class CaptureFile {
 // One shot as the capture file holds it.
 struct CapturedShot {
     std::string hexText;         // between DATA and DONE, blanks and line ends removed
-    std::string measuredRatio;   // line after DONE from character 17 on, as it stands
+    std::string measuredRatio;   // line after DONE from character 17 on, as it is
     std::string nameplateRatio;  // next line from character 18 on, trimmed; "N/A" without one
     std::string percentError;    // next line from character 16 on, trimmed; "N/A" without one
     bool trailerWhole = false;   // the three lines are there, each with its line end
@@ -53,7 +53,7 @@ struct CapturedShot {
 };
 
 // The complete shots of a capture file's bytes, by the rules of WriteTestRecordFile: a line that
-// contains "DATA" opens a shot and loses its first four characters, wherever the word stands in
+// contains "DATA" opens a shot and loses its first four characters, wherever the word is in
 // it; "DONE" on that line or a later one ends the record; the three lines that follow are taken by
 // their position. A record without its "DONE" is no shot.
 std::vector<CapturedShot> CapturedShots(std::string_view bytes);

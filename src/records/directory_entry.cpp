@@ -22,7 +22,7 @@ std::string_view Tail(std::string_view text, std::size_t width) {
 }
 
 // The value of a record line from offset bytes after its first ":". A line without ":" is cut as
-// if the colon stood before its first byte.
+// if the colon were before its first byte.
 std::string_view LineValue(std::string_view line, std::size_t offset) {
     const std::size_t colon = line.find(':');
     const std::size_t afterColon = colon == std::string_view::npos ? 0 : colon + 1;

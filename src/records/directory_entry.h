@@ -12,7 +12,7 @@ namespace davo {
 // A directory entry is one line that sums up a record file:
 //   name "!" date(8) " " time(5) "TESTS=" count(2) "COMPANY=" "STATION=" "CIRCUIT=" "MFR="
 //   "MODEL=" "SN=" "OPERATOR=" "COMMENTS=", each key with up to 20 characters.
-// The operator stands before the comments, and these two are cut one character earlier than the
+// The operator is before the comments, and these two are cut one character earlier than the
 // others: they keep the blank after the colon. The comments are always the tail.
 
 // The lines of a record file that an entry is made of.

@@ -35,7 +35,7 @@ struct HeaderTable {
 
 // Fills the eight fields from "Davo.ini" in dataPath (each 20 blanks when the file is missing):
 // the first key found anywhere in a line, in the order of kHeaderKeys, decides the field, and
-// what stands behind that key is its value. A line without a key is passed over, a later line for
+// what is behind that key is its value. A line without a key is passed over, a later line for
 // the same key wins. Every field is filled to 20; a longer one is kept as it is. Throws the errors
 // of ReadLines.
 void LoadHeaderFile(HeaderTable& table, const QString& dataPath);

@@ -10,7 +10,7 @@ namespace davo {
 
 // What a session needs besides its capture file to be saved after the program was killed: header,
 // first shot's date and time, notes, and the shot that is shown as complete but not yet in the
-// capture file. It lies beside the capture file as "TESTFILE.jnl" and is replaced whole
+// capture file. It is beside the capture file as "TESTFILE.jnl" and is replaced whole
 // (atomically) whenever one of these changes.
 struct SessionJournal {
     HeaderTable header;  // slots 1, 2 and 4 to 11

@@ -139,7 +139,7 @@ void SetSessionAside(const QString& scratchFolder) {
         journal.Write(names.journalPath);
     }
     ReplaceFile(names.capturePath, capture);
-    // From here on the session stands under its dated names only: up to this write a repetition
+    // From here on the session is under its dated names only: up to this write a repetition
     // makes the same two files again, after it there is nothing to repeat.
     journal.saved = true;
     journal.Write(journalPath);

@@ -27,7 +27,7 @@ bool FinishRendering(const QString& targetPath, std::string_view bytes,
 }
 
 // The module is apart from the program, which also runs where LibreOffice's libraries are missing.
-// It lies beside the program, or in the folder of its libraries, or where it was built.
+// It is beside the program, or in the folder of its libraries, or where it was built.
 std::unique_ptr<ReportRenderer> MakeCalcRenderer(const CalcSettings& settings) {
     if (!FileExists(settings.programFolder + QStringLiteral("/soffice.bin"))) return nullptr;
     if (!FileExists(settings.programFolder + QStringLiteral("/libsclo.so"))) return nullptr;

@@ -12,7 +12,7 @@
 
 namespace davo {
 
-// Called on the renderer's own thread when sheet n of m that stands for a test is begun.
+// Called on the renderer's own thread when sheet n of m that is of a test is begun.
 using RenderProgress = std::function<void(int n, int m)>;
 
 // Makes a file of a workbook. What can be rendered of it is the renderer's own business; all of

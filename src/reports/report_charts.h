@@ -39,7 +39,7 @@ int SummaryColour(int slot);
 // A chart with its axes, at "G42", without titles and series.
 struct ChartPlace {
     Chart chart;
-    CellPlace last;  // no cell right of it or below it lies under the chart
+    CellPlace last;  // no cell right of it or below it is under the chart
 };
 
 // Down to the table's last row at least, and so wide that table and chart fill a landscape page.

@@ -35,7 +35,7 @@ class ReportRunner {
         Open open = ShowReportInExcel);
 
     // Begins what takes time and can be done ahead, once window, which may ask for a report, has
-    // stood for kPrepareDelay; nothing happens when it is gone by then.
+    // was open for kPrepareDelay; nothing happens when it is gone by then.
     void PrepareSoon(QObject& window);
     void Prepare();
 

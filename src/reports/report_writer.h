@@ -20,7 +20,7 @@ struct ReportOptions {
 //   - for more than one test "SummaryGraph": all curves in one chart, and the kneepoints beside;
 //   - "NOTES", only when there are notes.
 // A test's sheet is called "Test 1-Graph" and so on by the test's place in the file, which is
-// unique and legal whatever the file is called. Where no point was measured, words stand in place
+// unique and legal whatever the file is called. Where no point was measured, words are in place
 // of the curve. Throws RunTimeError 9 for more than 31 tests.
 Workbook BuildReport(const ReportTables& report, const ReportOptions& options);
 

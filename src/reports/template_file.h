@@ -6,7 +6,7 @@
 
 namespace davo {
 
-// The workbook whose sheet every test's sheet is a copy of. It lies in the folder of the reports,
+// The workbook whose sheet every test's sheet is a copy of. It is in the folder of the reports,
 // where its owner may put a letterhead of his own in it.
 inline constexpr const char* kTemplateFileName = "DAVO_Header.xls";
 

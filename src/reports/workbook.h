@@ -137,7 +137,7 @@ struct ChartSeries {
 enum class TickMarks { None, Outside };
 
 // Both axes of a chart are alike. Minimum, maximum, major and minor unit and the crossing are
-// automatic, the direction is not reversed, labels stand at the low end next to the axis.
+// automatic, the direction is not reversed, labels are at the low end next to the axis.
 struct ChartAxes {
     bool logarithmic = true;
     TickMarks majorTickMarks = TickMarks::Outside;

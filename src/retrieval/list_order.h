@@ -51,7 +51,7 @@ struct JobFolders {
 };
 
 // The folders of the one that the operator chose: a folder named "Shots_Data" is taken as it is and
-// the reports lie beside it; else both lie in the chosen one.
+// the reports are beside it; else both are in the chosen one.
 JobFolders FoldersOf(const QString& chosen);
 
 }  // namespace davo

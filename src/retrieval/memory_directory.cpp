@@ -69,7 +69,7 @@ std::optional<std::string> ReadMemoryDirectory(Link& link, Prompts& prompts) {
     if (link.LastWaitEnded() || !link.AskReady(kNotAvailableMessage)) return std::nullopt;
     std::string reply = link.SendCommandAwaitDone("d", kDirectoryEnd);
     if (link.LastWaitEnded()) return std::nullopt;
-    // The word stood in a comment, and the directory goes on.
+    // The word was in a comment, and the directory goes on.
     if (!Contains(reply, kDirectoryEnd)) {
         reply += link.ReadOn(kDirectoryEnd, kReplyOver);
         if (link.LastWaitEnded()) return std::nullopt;
@@ -83,7 +83,7 @@ std::optional<std::string> ReadMemoryDirectory(Link& link, Prompts& prompts) {
 
 CutRecordsResult CutRecords(std::string_view dirReply) {
     const std::size_t end = dirReply.find(kDirectoryEnd);
-    // The line end stays: it is what stands behind the last comment.
+    // The line end stays: it is what is behind the last comment.
     const std::string_view bytes =
         end == std::string_view::npos ? dirReply : dirReply.substr(0, end + kLineEnd.size());
     // A character each.

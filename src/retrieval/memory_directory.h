@@ -26,7 +26,7 @@ std::optional<std::string> ReadMemoryDirectory(Link& link, Prompts& prompts);
 // The records of a directory reply as text, in reply order: "#", three digits, CR LF, date and
 // time, then the keys "TESTS=" (2 characters), "COMPANY=", "STATION=", "CIRCUIT=", "MFR=",
 // "MODEL=", "SN=", "OPERATOR=", "COMMENTS=" (20 characters each), up to one character behind the
-// comment. What stands between records is passed over.
+// comment. What is between records is passed over.
 struct CutRecordsResult {
     std::vector<std::string> records;  // whole ones, at most kMostMemoryRecords
     std::vector<std::string> entries;  // of each: a directory entry

@@ -33,7 +33,7 @@ std::string NameOf(const std::string& entry) {
     return EntryName(entry).value_or(entry);
 }
 
-// The number of tests that an entry tells, as its text; empty when it tells none.
+// The number of tests that an entry has, as its text; empty when it has none.
 std::string_view TestsText(std::string_view entry) {
     constexpr std::string_view kTestsKey = "TESTS=";
     const std::size_t found = entry.find(kTestsKey);
@@ -41,7 +41,7 @@ std::string_view TestsText(std::string_view entry) {
                                            : Middle(entry, found + kTestsKey.size(), 2);
 }
 
-// The number of tests that an entry tells; 0 when it tells none, and when they are a hundred, which
+// The number of tests that an entry has; 0 when it has none, and when they are a hundred, which
 // two columns cannot hold.
 int TestsOf(std::string_view entry) {
     return static_cast<int>(WholeNumericValue(TestsText(entry)).value_or(0));

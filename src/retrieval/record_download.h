@@ -62,7 +62,7 @@ class RecordDownload {
     std::function<void(const QString& text)> OnStatus = [](const QString&) {};
     // "Prepare to download from DAVO, Please Wait..." and the like, what is being done now.
     std::function<void(const QString& text)> OnActivity = [](const QString&) {};
-    // Bytes of the replies when the entries tell their sizes, else records. done never goes back
+    // Bytes of the replies when the entries have their sizes, else records. done never goes back
     // and ends at total when the selection was gone through.
     std::function<void(std::size_t done, std::size_t total)> OnProgress = [](auto, auto) {};
 

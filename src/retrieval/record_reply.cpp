@@ -120,7 +120,7 @@ std::string RecordHeaderLines(std::string_view entry, std::string_view testName)
     PutRecordLine(lines, kDateKey, Middle(entry, mark + 1, 8));
     PutRecordLine(lines, kTimeKey, Middle(entry, mark + 10, 5));
     // The keys are asked in the order in which the entry has them, so that a key's name inside an
-    // earlier value is passed over; behind a short value the key stands closer.
+    // earlier value is passed over; behind a short value the key is closer.
     std::size_t at = mark;
     const auto after = [&](std::string_view key, std::size_t width) {
         std::size_t found = entry.find(key, at);

@@ -27,7 +27,7 @@ struct ConvertedRecord {
 };
 
 // reply holds hexadecimal fields separated by blanks, commas or line ends, up to a field "DONE".
-// Twelve fields stand before the tests, the first begins with their number. A test's image is the
+// Twelve fields are before the tests, the first begins with their number. A test's image is the
 // 16 characters carried over from the test before and nine fields; an odd test takes the first 16
 // characters of a tenth and carries its last 16. Fields are taken as they come: the hexadecimal
 // text parser decides what a character that is no digit counts. An empty reply has no tests.

@@ -20,7 +20,7 @@ bool IsReading(std::string_view line) {
 std::string_view CurrentText(std::string_view text, std::size_t from, std::size_t voltageAt) {
     const std::size_t length = voltageAt > from ? voltageAt - from - 1 : 0;
     const std::string_view current = Middle(text, from, length);
-    // The voltage may stand on a line of its own.
+    // The voltage may be on a line of its own.
     return current.substr(0, current.find('\r'));
 }
 

@@ -26,7 +26,7 @@ struct Reading {
 // "I=" before it; the character just before "V=" is a separator and no part of the current.
 std::vector<Reading> CompleteReadings(std::string_view text);
 
-// The saturation prompt as it is shown: the prompt, a blank, and the bracket that stands behind it
+// The saturation prompt as it is shown: the prompt, a blank, and the bracket that is behind it
 // on its line. Nothing while neither the bracket nor the line end has arrived.
 std::optional<std::string> SaturationPrompt(std::string_view text);
 

@@ -384,7 +384,7 @@ void ShotSequence::WriteShotTrailer() {
     capture_.Append(ShotTrailer());
     shotPending_ = false;
     ++shotsInCapture_;
-    // A journal that is not written calls the shot pending, but also tells how many shots lay
+    // A journal that is not written calls the shot pending, but also says how many shots were
     // before it in the capture file, so it is not taken for a second one.
     NoteInJournal();
     shot_.screen.shotOnDisk = true;

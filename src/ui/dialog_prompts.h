@@ -10,7 +10,7 @@ namespace davo {
 
 // Prompts as real dialogs over the active window. Object names for tests: the message boxes are
 // "msgBox" (buttons by their standard role), the input box "inputBox", the file dialog "cdFile",
-// the folder dialog "folderBrowser". The text of each stands in its property "exactText" as it was
+// the folder dialog "folderBrowser". The text of each is in its property "exactText" as it was
 // given. Escape and the window's close button answer Cancel, or the preset where there is none. A
 // menu or a list that is open is closed: it would be above the dialog. A message box has the icon
 // of its kind; with an advice it has a button "cmdHelp", which does what F1 does.

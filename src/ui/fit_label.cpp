@@ -39,7 +39,7 @@ void SetRich(QTextDocument& document, const QString& text, const QFont& font, in
     document.setTextWidth(width);
 }
 
-// Projectors and virtual screens tell sizes that no screen has.
+// Projectors and virtual screens name sizes that no screen has.
 constexpr double kLeastDotsPerInch = 50;
 constexpr double kMostDotsPerInch = 400;
 constexpr double kMillimetresPerInch = 25.4;

@@ -6,7 +6,7 @@
 
 namespace davo {
 
-// Capital heights that a technician reads from where he stands.
+// Capital heights that a technician reads from some metres away.
 inline constexpr double kPromptCapitals = 12.0;  // mm, from two metres
 inline constexpr double kReadingCapitals = 8.0;  // mm
 

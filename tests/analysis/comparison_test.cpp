@@ -306,7 +306,7 @@ TEST(Comparison, WhatIsOpenIsSaidAsOpen) {
     EXPECT_EQ(sentence(0), "At 0.0010 A the voltage is exactly the reference; the limit is 0 %.");
 }
 
-// Between two points of the reference lies its bend: the line is no more than a lower bound there.
+// Between two points of the reference is its bend: the line is no more than a lower bound there.
 TEST(Comparison, ABendBetweenTwoPointsIsOpen) {
     const Points reference = {{0.01, 1e5}, {0.1, 1e6}, {1, 2e6}, {10, 2.2e6}};
     Points measured = reference;

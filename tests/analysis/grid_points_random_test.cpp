@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The insertion of grid points against the same rules written pair by pair: the part of the grid
-// that lies inside a pair is found by binary search.
+// that is inside a pair is found by binary search.
 
 #include <algorithm>
 #include <map>
@@ -83,7 +83,7 @@ class Reference {
         if (low < 0 && c_.current[pair + 1] >= 0) throw Fault{9};
     }
 
-    // Ten amperes lie in this pair; the zero behind the grid is looked at with the same pair.
+    // Ten amperes are in this pair; the zero behind the grid is looked at with the same pair.
     void AfterTheLastGridCurrent(double low, double high) {
         usedUp_ = true;
         if (low > 0 || (low < 0 && high >= 0)) throw Fault{9};

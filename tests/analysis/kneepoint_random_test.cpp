@@ -31,7 +31,7 @@ std::string Written(double value, int decimals) {
     return test::ReferencePicture(value, 1, decimals);
 }
 
-// A pair of points; held is the point that stands for the upper one in differences.
+// A pair of points; held is the point that counts as the upper one in differences.
 struct Pair {
     int upper = 0;
     int lower = 0;

@@ -107,7 +107,7 @@ TEST(Kneepoint, AnInterpolatedVoltageIsCut) {
 }
 
 // The pair 2 V to 3 V, ratio (1.5-1)/1 : (3-2)/2 = 1, would be an exact hit under the 45 degree
-// rule; under the 30 degree rule it lies below 1.81, and the pair above has 2/1.5 : 0.5/3 = 7.98.
+// rule; under the 30 degree rule it is below 1.81, and the pair above has 2/1.5 : 0.5/3 = 7.98.
 TEST(Kneepoint, The30DegreeKneeLiesFromTheMiddleOfThePairOnward) {
     const Curve curve{{0.5, 0.8, 1, 1.5, 3.5}, {0.9, 1.5, 2, 3, 3.5}};
     // relI 1.333, relV 0.167: 7.98. f = (1.81 - 1) / (7.98 - 1) = 0.11605

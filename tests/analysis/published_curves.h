@@ -11,7 +11,7 @@
 
 namespace davo::test {
 
-// A measured curve as published; its source stands in the file.
+// A measured curve as published; its source is in the file.
 struct PublishedCurve {
     std::string name;
     double bandLow = 0;  // volts, of the 10/50 kneepoint by smooth fits of others

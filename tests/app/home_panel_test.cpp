@@ -22,7 +22,7 @@
 namespace davo::test {
 namespace {
 
-// A main window with the menus that the panel's items stand in.
+// A main window with the menus that the panel's items are in.
 class Home : public ::testing::Test, public Controls {
   protected:
     Home() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How the settings lie in the registry, looked at and written past the store. The tests run with a
+// How the settings are in the registry, looked at and written past the store. The tests run with a
 // registry of their own.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -81,7 +81,7 @@ def differences(record_file, sheets):
         rows = [(sheets[name].get(f"B{row}"), sheets[name].get(f"C{row}")) for row in range(19, 101)]
         if not points and rows[0] != ("N/A", "N/A"):
             wrong.append(f"{name} shows points, but nothing was measured")
-        # Between the measured points stand those of the grid.
+        # Between the measured points are those of the grid.
         for point in points:
             if tuple(map(float, point)) not in rows:
                 wrong.append(f"{name} does not show {point}")

@@ -235,7 +235,7 @@ class Disk(Faults):
         with harness.session(*QUICK) as (rig, program):
             self.one_shot(program)
             program.do("click cmdExit", f'answer Yes "{harness.SAVE}"', "wait cdFile")
-            # The stick is pulled out while the dialog stands; a file bars its folder's place.
+            # The stick is pulled out while the dialog is open; a file bars its folder's place.
             shutil.rmtree(rig.data)
             rig.data.write_text("no folder any more")
             program.do("chooseFile T1.txt")

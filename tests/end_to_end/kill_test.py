@@ -93,7 +93,7 @@ class Run:
         assert not is_offered(program, 0), f"{self}: offered again"
 
     def check(self, rig):
-        """Every shot that was shown stands in a record file, and every record file is right."""
+        """Every shot that was shown is in a record file, and every record file is right."""
         line = expected_record.shots_of(rig.byte_log)
         files = sorted(rig.data.glob("*.txt"))
         held = 0

@@ -38,7 +38,7 @@ class Report(unittest.TestCase):
         return rig.excel / (name + ".xls")
 
     def await_report(self, program, workbook):
-        """Nothing shows a workbook here, which is said with the place where it lies."""
+        """Nothing shows a workbook here, which is said with the place where it is."""
         harness.wait_until(program.prompt, "the end of the report")
         self.assertEqual(program.prompt(), harness.NO_VIEWER + str(workbook))
         program.do(f'answer Ok "{harness.NO_VIEWER}{workbook}"', "waitGone frmCControl")

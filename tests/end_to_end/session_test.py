@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Whole sessions: what lies in the record file is what went over the line."""
+"""Whole sessions: what is in the record file is what went over the line."""
 
 import datetime
 import html

@@ -48,7 +48,7 @@ std::string ReferenceNotes(const std::string& file) {
 std::string ReferenceRewrite(const std::string& file, const RecordHeaders& headers) {
     const std::vector<std::string> labels = {"COMPANY", "STATION", "CIRCUIT",  "MFR",
                                              "MODEL",   "SN",      "COMMENTS", "OPERATOR"};
-    // Each line becomes what stands in its place; the last rule to be applied is the first of the
+    // Each line becomes what is in its place; the last rule to be applied is the first of the
     // list, so that it wins.
     std::string out;
     int tests = 0;

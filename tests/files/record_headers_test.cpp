@@ -128,7 +128,7 @@ TEST(RecordHeaders, NothingBehindTheNotesLineIsCopied) {
     headers.fileNotes = "new NOTES: COMPANY:\r\n";
     EXPECT_EQ(RewriteRecord("a\r\nNOTES:\r\nREC NUMBER: 1\r\nCOMPANY: x\r\n", EveryText(headers)),
               "a\r\nNOTES:\r\nnew NOTES: COMPANY:\r\n\r\n");
-    // The word is enough, wherever it stands in the line.
+    // The word is enough, wherever it is in the line.
     EXPECT_EQ(RewriteRecord("a\r\nmy NOTES: b\r\nc\r\n", EveryText(RecordHeaders())), "a\r\n");
     // The key of a test's notes has a blank.
     EXPECT_EQ(RewriteRecord("a\r\nTEST NOTES:\r\nc\r\n", EveryText(RecordHeaders())), "a\r\n");

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Every message that the program can show stands on the guide's page of messages, word for word.
+"""Every message that the program can show is on the guide's page of messages, word for word.
 
 Each constant of two words or more in the sources is a message, unless no_messages.txt names it."""
 
@@ -52,20 +52,20 @@ class Messages(unittest.TestCase):
         self.texts = program_texts(ROOT / "src")
 
     def missing(self, text, texts):
-        """Those of the program's texts that do not stand in text, each with its file."""
+        """Those of the program's texts that are not in text, each with its file."""
         return sorted(
             f"{self.texts[each][0]}: {each!r}"
             for each in texts
             if any(part not in text for part in parts(each))
         )
 
-    def test_every_message_stands_on_the_page_of_messages(self):
+    def test_every_message_is_on_the_page_of_messages(self):
         left_out = no_messages()[0]
         messages = [text for text in self.texts if written(text) not in left_out]
         self.assertGreater(len(messages), 150)
         self.assertEqual(self.missing(page("messages.md"), messages), [])
 
-    def test_what_other_pages_name_stands_there(self):
+    def test_what_other_pages_name_is_there(self):
         others = "\n".join(page(path.name) for path in sorted(GUIDE.glob("*.md")))
         named = no_messages()[1]
         self.assertEqual(self.missing(others, [t for t in self.texts if written(t) in named]), [])

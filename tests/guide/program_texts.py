@@ -23,7 +23,7 @@ def plain(text):
 
 
 def constants(source):
-    """The string constants of a C++ source; those that stand side by side are one, as in C++."""
+    """The string constants of a C++ source; those that are side by side are one, as in C++."""
     source = re.sub(r"^[ \t]*#[ \t]*(include|pragma)[^\n]*", "", source, flags=re.M)
     found, end, joined = [], None, False
     for token in TOKEN.finditer(source):

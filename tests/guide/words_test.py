@@ -10,6 +10,8 @@ from program_texts import program_texts
 
 ROOT = pathlib.Path(__file__).parents[2]
 LIST = ROOT / "tools/plain_words.txt"
+# Things are, have and show, in comments too.
+THINGS = [(re.compile(r"\b(lies?|lain|stands?|stood|bears?)\b", re.I), "is, has")]
 EXEMPT = "## Texts that the system fixes"
 
 
@@ -32,6 +34,16 @@ def documents():
     yield from (ROOT / "packaging/windows" / name for name in ("read-me.txt", "installer.nsi"))
 
 
+def sources():
+    for folder in ("bench", "cmake", "fuzz", "instrument", "packaging", "src", "tests", "tools"):
+        for path in sorted((ROOT / folder).rglob("*")):
+            ours = path.suffix in (".cmake", ".cpp", ".h", ".py") or path.name == "CMakeLists.txt"
+            script = not path.suffix and folder in ("packaging", "tools") and path.is_file()
+            if (ours or script) and path != pathlib.Path(__file__):
+                yield path
+    yield from (ROOT / name for name in ("CMakeLists.txt", "run", "test"))
+
+
 def found(text, known):
     """What of the list is in a text, with the words around it and what to write."""
     text = " ".join(text.split())
@@ -49,6 +61,15 @@ class Words(unittest.TestCase):
 
     def setUp(self):
         self.known = patterns()
+
+    def test_the_sources_use_plain_words_for_things(self):
+        files = list(sources())
+        self.assertGreater(len(files), 500)
+        self.assertEqual(
+            [f"{path.relative_to(ROOT)}: {one}" for path in files
+             for one in found(path.read_text("utf-8", "replace"), THINGS)],
+            [],
+        )
 
     def test_the_documents_use_plain_words(self):
         pages = list(documents())

@@ -36,7 +36,7 @@ inline void ExpectImage(const std::string& hex, const RecordImage& image) {
     EXPECT_EQ(Field(hex, 147, 1), image.currentRangeCode);
 }
 
-// The digits of a shot's record: what stands between DATA and DONE without blanks and line ends.
+// The digits of a shot's record: what is between DATA and DONE without blanks and line ends.
 inline std::string DigitsOf(const std::string& record) {
     const std::size_t begin = record.find("DATA");
     const std::size_t end = record.find("DONE");

@@ -53,7 +53,7 @@ TEST_F(SessionReplyTest, ExactlyABlockLeavesPendingEmpty) {
     EXPECT_EQ(reply.sessionWindow.size(), 1024U);
 }
 
-// Each start of the awaited text around the block's end: seen when it lies in one block whole.
+// Each start of the awaited text around the block's end: seen when it is in one block whole.
 TEST_F(SessionReplyTest, ATextAcrossTheBlockEndIsNotSeen) {
     for (std::size_t position = 1010; position <= 1030; ++position) {
         reply = {};

@@ -168,7 +168,7 @@ std::string Shortest(int value, int decimals) {
 
 std::string ReferencePolarity(int tenths) {
     if (tenths <= 900 || (tenths >= 2700 && tenths <= 3600)) return "IN PHASE";
-    // 2699 times 0.1 lies a hair above 269.9 and so in the gap.
+    // 2699 times 0.1 is a hair above 269.9 and so in the gap.
     return tenths >= 901 && tenths <= 2698 ? "OUT OF PHASE" : "N/A";
 }
 

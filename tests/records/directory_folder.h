@@ -32,7 +32,7 @@ inline std::string EntryText(const std::string& name, const std::string& date,
            "MODEL=M-1SN=12345OPERATOR= DOECOMMENTS= " + comments;
 }
 
-// A data folder with what stands in it and its tables.
+// A data folder with what is in it and its tables.
 class DirectoryFile : public testing::Test {
   protected:
     DirectoryFile() : dataPath(folder_.path() + "/Shots_Data/"_L1) { QDir().mkpath(dataPath); }

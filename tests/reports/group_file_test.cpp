@@ -21,7 +21,7 @@ ReportTables Parse(const std::string& text) {
     return ParseReportTables(text, kOverlayName, RecordSource::GroupFile);
 }
 
-// A header as it stands in a group file: blanks dropped, the comment cut at its comma.
+// A header as it is in a group file: blanks dropped, the comment cut at its comma.
 std::string CutHeader(const std::string& name, const std::string& station) {
     return Line("TEST NUMBER: " + name) + Line("DATE: 03/07/24") + Line("TIME: 14:05") +
            Line("# OF SHOTS: 02") + Line("COMPANY: Power & Light") + Line("STATION: " + station) +

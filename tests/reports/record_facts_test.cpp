@@ -58,7 +58,7 @@ TEST(RecordFacts, AFileIsReadWhole) {
     }
 }
 
-// As the word of the report, it is there where a number stands before "DEG".
+// As the word of the report, it is there where a number is before "DEG".
 TEST(RecordFacts, ThePhaseHasItsAngleWhereTheRecordHasOne) {
     struct Case {
         const char* line;

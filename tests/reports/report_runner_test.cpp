@@ -252,7 +252,7 @@ TEST_F(ReportRunnerTest, AWindowThatIsGoneStartsNothing) {
     QEventLoop loop;
     QTimer::singleShot(kPrepareDelay + std::chrono::milliseconds(500), &loop, &QEventLoop::quit);
     loop.exec();
-    EXPECT_EQ(asked_.prepared, 1) << "of the window that stands";
+    EXPECT_EQ(asked_.prepared, 1) << "of the window that is open";
 }
 
 TEST_F(ReportRunnerTest, TheRendererIsChosenOnceWhenItIsNeeded) {

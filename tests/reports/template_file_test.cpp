@@ -62,7 +62,7 @@ TEST(Template, HasTheSheetThatTestsAreCopiedFrom) {
         "[20.0, 20.0, 20.0, 20.0, 8.4]\n"
         "48.0 12.75\n"
         "['TEST REPORT', '']\n";
-    // The labels of a report stand in it already.
+    // The labels of a report are in it already.
     const Workbook report = test::ReportOf(1);
     const auto label = [&](int row, int column) {
         for (const Cell& cell : report.sheets.front().cells) {

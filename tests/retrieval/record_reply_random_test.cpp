@@ -38,7 +38,7 @@ std::string Mid(const std::string& text, std::size_t first, std::size_t length) 
     return first > text.size() ? std::string() : text.substr(first - 1, length);
 }
 
-// Where part stands from the first-th character on, counted from 1; 0 when nowhere.
+// Where part is from the first-th character on, counted from 1; 0 when nowhere.
 std::size_t InStr(std::size_t first, const std::string& text, const std::string& part) {
     const auto at = text.find(part, first - 1);
     return at == std::string::npos ? 0 : at + 1;

@@ -47,7 +47,7 @@ class FakePrompts : public Prompts {
     std::deque<QString> due_;  // to be shown after it
 };
 
-// A clock that stands still until it is set.
+// A clock that does not go on until it is set.
 class FakeClock : public Clock {
   public:
     explicit FakeClock(const QDateTime& now) : now_(now) {}

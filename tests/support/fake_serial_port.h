@@ -24,7 +24,7 @@ class FakeSerialPort : public SerialPort {
     // --- the script ---
 
     // The next step: once exactly output has been sent, reply arrives (in one piece) after delay.
-    // Steps are used up in order; an Output that is not the first step's leaves the step standing
+    // Steps are used up in order; an Output that is not the first step's leaves the step as it is
     // and is kept in unexpected.
     FakeSerialPort& OnOutput(std::string output, std::string reply, Delay delay = Delay(0)) {
         steps.push_back({std::move(output),

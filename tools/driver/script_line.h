@@ -7,7 +7,7 @@
 namespace davo::test {
 
 // The words of a script line: separated by blanks, a word in double quotes may hold blanks, and
-// inside quotes \n, \" and \\ stand for a line end, a quote and a backslash. A line that is empty
+// inside quotes \n, \" and \\ mean a line end, a quote and a backslash. A line that is empty
 // or starts with '#' has no words.
 QStringList ScriptWords(const QString& line);
 

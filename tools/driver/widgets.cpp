@@ -157,7 +157,7 @@ QString WhyNotPressable(QWidget* widget) {
     }
     const QWidget* hit = window->childAt(widget->mapTo(window, widget->rect().center()));
     if (widget != window && hit != widget && !widget->isAncestorOf(hit)) {
-        return name + QStringLiteral(" is covered or lies outside its window");
+        return name + QStringLiteral(" is covered or outside its window");
     }
     return {};
 }

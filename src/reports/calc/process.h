@@ -18,7 +18,7 @@ namespace davo {
 // thread.
 class CalcProcess {
   public:
-    // programFolder: where soffice.bin lies.
+    // programFolder: where soffice.bin is.
     explicit CalcProcess(const QString& programFolder);
     // Ends the process at once and deletes its folder.
     ~CalcProcess();

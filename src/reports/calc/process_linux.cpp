@@ -65,7 +65,7 @@ void RemoveTracesOf(const QString& folder) {
     QDir(folder).removeRecursively();
 }
 
-// The folders of programs that were killed: they bear the number of a process that is no more.
+// The folders of programs that were killed: they have the number of a process that is no more.
 void RemoveOldFolders() {
     const QDir cache(CacheFolder());
     const QString prefix = QLatin1String(kFolderPrefix);

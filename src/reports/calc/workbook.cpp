@@ -179,7 +179,7 @@ void WorkbookWriter::Write() {
         beforeStep_(IsTestSheet(workbook_.sheets[index]) ? ++test : 0, tests);
         WriteSheet(index);
     }
-    // Charts last: each begins with the numbers of its cells, on whichever sheet they stand.
+    // Charts last: each begins with the numbers of its cells, on whichever sheet they are.
     for (const Sheet& sheet : workbook_.sheets) {
         for (std::size_t chart = 0; chart < sheet.charts.size(); ++chart) {
             beforeStep_(0, tests);
@@ -190,7 +190,7 @@ void WorkbookWriter::Write() {
     model->unlockControllers();
 }
 
-// Sheets bear their final names from the start: charts refer to them by name.
+// Sheets have their final names from the start: charts refer to them by name.
 void WorkbookWriter::MakeSheets() {
     const auto sheets = document_->getSheets();
     const rtl::OUString model = ToUno(workbook_.templateSheet);
@@ -316,7 +316,7 @@ void WorkbookWriter::SetUpPage(const PageSetup& page, const SheetReference& targ
     areas->setPrintAreas(printed);
 }
 
-// A format without a language of its own: with one, its prefix would stand in the file.
+// A format without a language of its own: with one, its prefix would be in the file.
 sal_Int32 WorkbookWriter::NumberFormat(const std::string& format) {
     const auto known = numberFormats_.find(format);
     if (known != numberFormats_.end()) return known->second;

@@ -14,7 +14,7 @@
 
 namespace davo::calc {
 
-// Called before every step that may take a moment; n from 1 to m counts the sheets that stand for a
+// Called before every step that may take a moment; n from 1 to m counts the sheets that are of a
 // test and is 0 for the other steps. What it throws ends the writing.
 using BeforeStep = std::function<void(int n, int m)>;
 

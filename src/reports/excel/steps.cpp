@@ -67,7 +67,7 @@ bool IsTextCell(const std::vector<StyledRange>& styles, CellPlace place) {
 }
 
 // Excel reads what is written into a cell like typed text, unless the cell is formatted as text or
-// a quote stands in front, which does not become part of the text.
+// a quote is in front, which does not become part of the text.
 std::variant<QString, double> ContentOf(const Sheet& sheet, const Cell& cell) {
     if (const double* number = std::get_if<double>(&cell.value)) return *number;
     const QString text = FromPage(std::get<std::string>(cell.value));

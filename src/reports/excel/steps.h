@@ -11,7 +11,7 @@
 // the reference of Excel's object model (Excel 2002 and later).
 namespace davo::excel {
 
-// Called before every step; n from 1 to m counts the sheets that stand for a test and is 0 for the
+// Called before every step; n from 1 to m counts the sheets that are of a test and is 0 for the
 // other steps. What it throws ends the writing.
 using BeforeStep = std::function<void(int n, int m)>;
 

@@ -15,7 +15,7 @@ constexpr lxw_color_t kBlue = 0x1A2F42;
 constexpr lxw_color_t kSilver = 0xC0C0C0;
 constexpr double kPictureWidth = 160;  // points
 
-// A PNG's width in pixels stands behind its signature and the head of its first part.
+// A PNG's width in pixels is behind its signature and the head of its first part.
 quint32 PngWidth(const QByteArray& png) {
     constexpr qsizetype kWidthAt = 16;
     return qFromBigEndian<quint32>(png.constData() + kWidthAt);

@@ -246,7 +246,7 @@ TEST_F(CalcRefusesTest, RefusesATemplateThatIsMissing) {
 
 TEST_F(CalcRefusesTest, RefusesATemplateThatIsNoWorkbookOrHasNoModel) {
     ASSERT_TRUE(Render());
-    const std::string withoutModel = ReadWholeFile(target_);  // its sheets bear tests' names
+    const std::string withoutModel = ReadWholeFile(target_);  // its sheets have tests' names
     ReplaceFile(target_, "old");
     const std::string whole = ReadWholeFile(QLatin1String(kTemplate));
     template_ = folder_.Path("DAVO_Header.xls");

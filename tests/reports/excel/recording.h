@@ -56,7 +56,7 @@ class RecordedObject : public excel::AutomationObject {
              QStringLiteral(" = ") + TextOf(value));
     }
 
-    // A value as it stands in the conversation.
+    // A value as it is in the conversation.
     static QString TextOf(const excel::Value& value) {
         if (Is<excel::Missing>(value)) return QStringLiteral("missing");
         if (const bool* flag = std::get_if<bool>(&value))
