@@ -128,7 +128,7 @@ Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limit
 std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
     const std::string no = "The curves are not compared: ";
     if (comparison.reason == NotCompared::FewPoints)
-        return no + "fewer than three points of each are at common currents.";
+        return no + "one has fewer than three points of different currents where both are.";
     if (comparison.reason == NotCompared::ShortRange) {
         return no + "their common currents, " + AmperesText(comparison.from) + " to " +
                AmperesText(comparison.to) + ", are less than a quarter of a decade.";

@@ -54,7 +54,7 @@ inline constexpr std::size_t kCommonPoints = 3;  // the fewest, of each of two c
 
 enum class NotCompared {
     No,         // they are compared
-    FewPoints,  // fewer than three points of each in the common range
+    FewPoints,  // fewer than three points of different currents in the common range
     ShortRange  // the common currents span less than a quarter of a decade
 };
 

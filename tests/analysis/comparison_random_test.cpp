@@ -229,10 +229,10 @@ TEST(ComparisonRandom, TooLittleInCommonHasNoNumber) {
         ++found[comparison.reason];
         const std::string sentence = SentenceOf(comparison, 5);
         const std::string none = "The curves are not compared: ";
-        EXPECT_THAT(sentence, testing::StartsWith(
-                                  isCompared  ? "At "
-                                  : hasPoints ? none + "their common currents, "
-                                              : none + "fewer than three points of each are"));
+        EXPECT_THAT(sentence,
+                    testing::StartsWith(isCompared  ? "At "
+                                        : hasPoints ? none + "their common currents, "
+                                                    : none + "one has fewer than three points"));
         EXPECT_EQ(sentence.find('%') != std::string::npos, isCompared) << sentence;
         EXPECT_EQ(VerdictOf(comparison, 5) != Verdict::None, isCompared);
         EXPECT_EQ(!comparison.voltage.places.empty(), isCompared);

@@ -210,8 +210,10 @@ TEST(Comparison, CurvesWithTooLittleInCommonAreNotCompared) {
     EXPECT_EQ(reason(Root(1, 1.79, 9)), NotCompared::No);
     EXPECT_EQ(reason(Root(1, std::pow(10, 0.25), 9)), NotCompared::No);
     EXPECT_EQ(SentenceOf(ComparePoints({}, reference), 5),
-              "The curves are not compared: fewer than three points of each are at common "
-              "currents.");
+              "The curves are not compared: one has fewer than three points of different currents "
+              "where both are.");
+    EXPECT_EQ(reason({{0.2, 50}, {0.2, 51}, {0.2, 52}, {0.9, 90}, {0.9, 91}}),
+              NotCompared::FewPoints);
     EXPECT_EQ(SentenceOf(ComparePoints(Root(1, 1.7, 9), reference), 5),
               "The curves are not compared: their common currents, 1.00 A to 1.70 A, are less "
               "than a quarter of a decade.");
