@@ -2,6 +2,7 @@
 #include "files/record_headers.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "common/run_time_error.h"
@@ -18,6 +19,25 @@ constexpr std::size_t kRecNumberValue = kRecordKey.size() + 1;
 constexpr std::size_t kTestNumberLine = 0;
 constexpr std::size_t kTimeLine = 2;
 constexpr std::size_t kFirstHeaderLine = 4;
+
+// What begins a line that holds a test or when it was, and that no edit changes.
+constexpr std::array kMeasuredKeys = {kTestNumberKey,
+                                      kDateKey,
+                                      kTimeKey,
+                                      kShotsKey,
+                                      kRecordKey,
+                                      kCurrentKey,
+                                      kPointCountKey,
+                                      kKneeVoltageKey,
+                                      kKneeCurrentKey,
+                                      kExcitationCurrentKey,
+                                      kExcitationVoltageKey,
+                                      kMeasuredRatioKey,
+                                      kPolarityKey,
+                                      kPhaseAngleKey,
+                                      kNameplateRatioKey,
+                                      kPercentErrorKey,
+                                      kKneeTypeKey};
 
 enum class LineKind { Header, RecNumber, TestText, Notes, Other };
 
@@ -123,6 +143,19 @@ std::size_t FirstLine(std::string_view file, const Condition& is) {
     return number;
 }
 
+// The lines of what was measured, up to the notes; one that is taken for the notes' own, too.
+std::string MeasuredLines(std::string_view file) {
+    std::string measured;
+    LineCursor lines(file);
+    LineKind kind = LineKind::Other;
+    for (std::string_view line; kind != LineKind::Notes && lines.Next(line);) {
+        kind = RoleOf(line).kind;
+        const auto begins = [line](std::string_view key) { return line.starts_with(key); };
+        if (std::ranges::any_of(kMeasuredKeys, begins)) PutLine(measured, line);
+    }
+    return measured;
+}
+
 // Where headers has the test of that number, which was the one at place; else the number of tests.
 std::size_t PlaceOfTest(const RecordHeaders& headers, std::size_t place,
                         const std::string& number) {
@@ -174,7 +207,8 @@ bool SurvivesRewrite(std::string_view file, const MergedHeaders& merged) {
     if (notesLine != stopLine) return false;
     const std::string written = RewriteRecord(file, merged);
     return ReadRecordHeaders(written) == merged.headers &&
-           RewriteRecord(written, merged) == written;
+           RewriteRecord(written, merged) == written &&
+           MeasuredLines(written) == MeasuredLines(file);
 }
 
 std::string CutToField(std::string_view text) {

@@ -70,9 +70,9 @@ std::string RewriteRecord(std::string_view file, const MergedHeaders& merged);
 // What is told of each text of headers that holds the key of another line; empty when none does.
 QString TextsWithKeys(const RecordHeaders& headers);
 
-// Whether the rewritten file holds what merged says and can be edited again without a change.
-// It does not when a text holds the key of another line, for that line is then taken for the
-// other one.
+// Whether the rewritten file holds what merged says and all that was measured, and can be edited
+// again without a change. It does not when a text or a damaged reading holds the key of another
+// line, for that line is then taken for the other one.
 bool SurvivesRewrite(std::string_view file, const MergedHeaders& merged);
 
 }  // namespace davo

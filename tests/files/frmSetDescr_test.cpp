@@ -583,14 +583,21 @@ TEST_F(SetDescrWindow, EveryTextWithTheKeyOfAnotherLineIsNamed) {
 }
 
 TEST_F(SetDescrWindow, ALineOfTheFileThatIsTakenForAnotherIsAskedAbout) {
-    Put("T1", HeaderOfT1("North", "12") + "NOTES\r\n" + ShotText(1));
-    OpenAt("T1");
-    Type("txtHeader6", "plain");
-    prompts.answers = {Answer::No};
-    Click("cmdSave");
-    EXPECT_THAT(Shown(),
-                ElementsAre("A line of the file 'T1' would be taken for another one, and what "
-                            "belongs there would be lost. Do you want to save anyway?"));
+    std::string reading = ShotText(1);
+    reading.insert(reading.find("VOLTAGE:"), "TEST NOTES: ");
+    for (const std::string& odd : {"NOTES\r\n" + ShotText(1), reading}) {
+        const std::string file = HeaderOfT1("North", "12") + odd;
+        Put("T1", file);
+        OpenAt("T1");
+        Type("txtHeader6", "plain");
+        prompts.shown.clear();
+        prompts.answers = {Answer::No};
+        Click("cmdSave");
+        EXPECT_THAT(Shown(),
+                    ElementsAre("A line of the file 'T1' would be taken for another one, and what "
+                                "belongs there would be lost. Do you want to save anyway?"));
+        EXPECT_EQ(Bytes("T1"), file);
+    }
 }
 
 TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {

@@ -205,6 +205,28 @@ TEST(RecordHeaders, WhatDoesNotSurviveIsKnownBefore) {
     EXPECT_FALSE(SurvivesRewrite(lost, EveryText(ReadRecordHeaders(lost))));
 }
 
+// Two lines that became one, as by a line end that was lost.
+TEST(RecordHeaders, AReadingWithTheKeyOfAnotherLineDoesNotSurvive) {
+    const std::string file = HeaderOfT1("North", "12") + ShotText(1) + "NOTES:\r\nabc\r\n";
+    for (const std::string_view measured :
+         {"CURRENT:", "MEASURED RATIO:", "NAMEPLATE RATIO:", "KNEE VOLTAGE:", "DATE:"}) {
+        for (const char* key : {"TEST DESCRIPTION: x", "TEST NOTES: x", "SN: 5", "NOTES:"}) {
+            std::string damaged = file;
+            const std::size_t at = damaged.find(measured);
+            ASSERT_NE(at, std::string::npos) << measured;
+            damaged.insert(damaged.find('\r', at), key);
+            const RecordHeaders headers = ReadRecordHeaders(damaged);
+            EXPECT_FALSE(SurvivesRewrite(damaged, EveryText(headers))) << measured << key;
+            // Where nothing of its test is written, the line is kept.
+            if (measured == "DATE:") continue;
+            RecordHeaders typed = headers;
+            typed.header[0] = "another";
+            const MergedHeaders merged = MergeHeaders(headers, typed, headers);
+            EXPECT_TRUE(SurvivesRewrite(damaged, merged)) << measured << key;
+        }
+    }
+}
+
 TEST(RecordHeaders, ReadersReadWhatWasRewritten) {
     const std::string file = HeaderOfT1("North", "12") + ShotText(1) + ShotText(2);
     RecordHeaders headers = ReadRecordHeaders(file);
