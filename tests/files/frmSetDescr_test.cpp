@@ -63,6 +63,18 @@ class SetDescrWindow : public ::testing::Test, public DataFolder, public Control
         ClickFile(file);
         if (test) ClickTest(*test);
     }
+    // Of a file with a line that the rewrite takes for another one; No leaves it as it is.
+    void ExpectQuestionBeforeSaving(const std::string& file) {
+        Put("T1", file);
+        OpenAt("T1");
+        Type("txtHeader6", "plain");
+        prompts.answers = {Answer::No};
+        Click("cmdSave");
+        EXPECT_THAT(Shown(),
+                    ElementsAre("A line of the file 'T1' would be taken for another one, and what "
+                                "belongs there would be lost. Do you want to save anyway?"));
+        EXPECT_EQ(Bytes("T1"), file);
+    }
     QTextEdit* OpenNotepad() {
         Click("cmdNotes");
         notepad = Find<QDialog>("frmNotepad");
@@ -583,21 +595,13 @@ TEST_F(SetDescrWindow, EveryTextWithTheKeyOfAnotherLineIsNamed) {
 }
 
 TEST_F(SetDescrWindow, ALineOfTheFileThatIsTakenForAnotherIsAskedAbout) {
+    ExpectQuestionBeforeSaving(HeaderOfT1("North", "12") + "NOTES\r\n" + ShotText(1));
+}
+
+TEST_F(SetDescrWindow, AReadingThatIsTakenForATextIsAskedAbout) {
     std::string reading = ShotText(1);
     reading.insert(reading.find("VOLTAGE:"), "TEST NOTES: ");
-    for (const std::string& odd : {"NOTES\r\n" + ShotText(1), reading}) {
-        const std::string file = HeaderOfT1("North", "12") + odd;
-        Put("T1", file);
-        OpenAt("T1");
-        Type("txtHeader6", "plain");
-        prompts.shown.clear();
-        prompts.answers = {Answer::No};
-        Click("cmdSave");
-        EXPECT_THAT(Shown(),
-                    ElementsAre("A line of the file 'T1' would be taken for another one, and what "
-                                "belongs there would be lost. Do you want to save anyway?"));
-        EXPECT_EQ(Bytes("T1"), file);
-    }
+    ExpectQuestionBeforeSaving(HeaderOfT1("North", "12") + reading);
 }
 
 TEST_F(SetDescrWindow, AFileOfMoreThanAHundredTestsIsRefusedUntouched) {
