@@ -14,13 +14,18 @@ namespace {
 
 constexpr qsizetype kLongestName = 100;
 
+// Windows takes those that are set high for numbers of a port, too.
+bool IsPortNumber(QChar c) {
+    return c.isDigit() || c == u'\u00B9' || c == u'\u00B2' || c == u'\u00B3';
+}
+
 // The names that Windows keeps for devices.
 bool IsDevice(const QString& name) {
     const QString upper = name.toUpper();
     static const QStringList kDevices = {QStringLiteral("CON"), QStringLiteral("PRN"),
                                          QStringLiteral("AUX"), QStringLiteral("NUL")};
     const bool isNumbered =
-        upper.size() == 4 && upper.at(3).isDigit() &&
+        upper.size() == 4 && IsPortNumber(upper.at(3)) &&
         (upper.startsWith(QLatin1String("COM")) || upper.startsWith(QLatin1String("LPT")));
     return kDevices.contains(upper) || isNumbered;
 }

@@ -14,9 +14,11 @@ namespace davo::test {
 namespace {
 
 TEST(RecordNameTrouble, DevicesAreFourNamesAndNumberedPorts) {
-    for (const QString& name : {u"CON"_s, u"nul"_s, u"COM1"_s, u"Lpt9"_s})
+    for (const QString& name :
+         {u"CON"_s, u"nul"_s, u"COM1"_s, u"Lpt9"_s, u"com\u00B9"_s, u"COM\u00B2"_s, u"LPT\u00B3"_s})
         EXPECT_FALSE(RecordNameTrouble(name).isEmpty()) << name.toStdString();
-    for (const QString& name : {u"COM"_s, u"COMA"_s, u"COM12"_s, u"ABC1"_s, u"AB1"_s})
+    for (const QString& name :
+         {u"COM"_s, u"COMA"_s, u"COM12"_s, u"ABC1"_s, u"AB1"_s, u"COM\u00BC"_s, u"ABC\u00B2"_s})
         EXPECT_EQ(RecordNameTrouble(name), QString()) << name.toStdString();
 }
 
