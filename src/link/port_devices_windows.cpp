@@ -39,8 +39,10 @@ QStringList PortNames() {
         DWORD type = 0;
         const LSTATUS result = ::RegEnumValueW(key, i, value.data(), &valueSize, nullptr, &type,
                                                reinterpret_cast<BYTE*>(name.data()), &nameSize);
-        if (result == ERROR_NO_MORE_ITEMS) break;
-        if (result == ERROR_SUCCESS && type == REG_SZ) names.push_back(FromWide(name.data()));
+        // A value that is too long is passed over; any other error would come again without end.
+        if (result == ERROR_MORE_DATA) continue;
+        if (result != ERROR_SUCCESS) break;
+        if (type == REG_SZ) names.push_back(FromWide(name.data()));
     }
     ::RegCloseKey(key);
     return names;
