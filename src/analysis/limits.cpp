@@ -76,11 +76,6 @@ std::optional<double> RatioErrorOf(double measured, double nameplate) {
     return percent;
 }
 
-std::optional<double> RatioErrorOf(std::string_view measured, std::string_view nameplate) {
-    return RatioErrorOf(LeadingNumericValue(measured).value_or(0),
-                        LeadingNumericValue(nameplate).value_or(0));
-}
-
 std::string SignedPercentText(double percent) {
     const std::string text = Picture(percent, "##0.00") + " %";
     return RoundByPicture(percent, "##0.00") > 0 ? "+" + text : text;
@@ -88,27 +83,21 @@ std::string SignedPercentText(double percent) {
 
 Finding RatioFinding(double percent, std::optional<double> limitPercent) {
     const Verdict verdict = VerdictOf(percent, limitPercent);
-    const std::string nameplate = "the nameplate's";
-    return {verdict,
-            "The turns ratio is " +
-                (SideOf(percent, 0) == 0 ? "exactly " + nameplate
-                                         : DifferenceText(percent, nameplate, limitPercent, 2)) +
-                LimitEnd(verdict, limitPercent)};
-}
-
-std::string PolaritySentenceOf(std::string_view polarity) {
-    const std::string text = TrimBlanks(polarity);
-    if (text == "IN PHASE") return "The polarity is in phase (+).";
-    return text == "OUT OF PHASE" ? "The polarity is out of phase (-)." : "";
+    return {verdict, "The turns ratio is " +
+                         DifferenceText(percent, "the nameplate's", limitPercent, 2) +
+                         LimitEnd(verdict, limitPercent)};
 }
 
 std::vector<Finding> RatioFindings(std::string_view measured, std::string_view nameplate,
                                    std::string_view polarity, std::optional<double> limitPercent) {
     std::vector<Finding> findings;
-    if (const std::optional<double> error = RatioErrorOf(measured, nameplate))
-        findings.push_back(RatioFinding(*error, limitPercent));
-    const std::string sentence = PolaritySentenceOf(polarity);
-    if (!sentence.empty()) findings.push_back({Verdict::None, sentence});
+    const auto error = RatioErrorOf(LeadingNumericValue(measured).value_or(0),
+                                    LeadingNumericValue(nameplate).value_or(0));
+    if (error) findings.push_back(RatioFinding(*error, limitPercent));
+    const std::string said = TrimBlanks(polarity);
+    if (said == "IN PHASE") findings.push_back({Verdict::None, "The polarity is in phase (+)."});
+    if (said == "OUT OF PHASE")
+        findings.push_back({Verdict::None, "The polarity is out of phase (-)."});
     return findings;
 }
 

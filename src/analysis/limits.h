@@ -56,17 +56,11 @@ std::string SignedPercentText(double percent);
 // unless both are above zero. A record's own percent error has no sign.
 std::optional<double> RatioErrorOf(double measured, double nameplate);
 
-// The same of a record's texts such as "241.2" and "240 (1200:5)"; nothing for "N/A".
-std::optional<double> RatioErrorOf(std::string_view measured, std::string_view nameplate);
-
 // That error with the limit, where there is one, and whether it is within.
 Finding RatioFinding(double percent, std::optional<double> limitPercent);
 
-// One sentence of a record's polarity, with its sign; empty unless it is "IN PHASE" or "OUT OF
-// PHASE".
-std::string PolaritySentenceOf(std::string_view polarity);
-
-// What a record's texts say of ratio and polarity; of what is missing there is nothing.
+// What a record's texts say of ratio, as "241.2" and "240 (1200:5)", and of polarity, which is "IN
+// PHASE" or "OUT OF PHASE", with its sign; of what is missing or "N/A" there is nothing.
 std::vector<Finding> RatioFindings(std::string_view measured, std::string_view nameplate,
                                    std::string_view polarity, std::optional<double> limitPercent);
 

@@ -107,11 +107,11 @@ def percent_part(error, limit):
     if limit >= 0:
         verdict = BEYOND if size > limit + 1e-9 else WITHIN
         end = {WITHIN: "; the limit is # %.", BEYOND: ", beyond the limit of # %."}[verdict]
-    if size <= 1e-9:
-        return verdict, [limit] if limit >= 0 else [], "The turns ratio is exactly the nameplate's" + end
     numbers = [limit] if limit >= 0 else []
     if size < 0.005 and not limit < 0.01:
         return verdict, [0.01] + numbers, "The turns ratio is within # % of the nameplate's" + end
+    if size <= 1e-9:
+        return verdict, numbers, "The turns ratio is exactly the nameplate's" + end
     side = "above" if error > 0 else "below"
     return verdict, [size] + numbers, f"The turns ratio is # % {side} the nameplate's" + end
 

@@ -99,10 +99,15 @@ TEST(RatioError, HasASign) {
 }
 
 TEST(RatioError, IsReadFromARecordsTexts) {
-    EXPECT_NEAR(RatioErrorOf("238.8:1", "240 (1200:5)").value_or(0), -0.5, 1e-12);
-    EXPECT_NEAR(RatioErrorOf(" 241.200", "240.000").value_or(0), 0.5, 1e-12);
-    EXPECT_EQ(RatioErrorOf("241.2", "N/A"), std::nullopt);
-    EXPECT_EQ(RatioErrorOf("", "240"), std::nullopt);
+    const auto sentence = [](const char* measured, const char* nameplate) {
+        const std::vector<Finding> found = RatioFindings(measured, nameplate, "", std::nullopt);
+        return found.empty() ? "" : found.front().sentence;
+    };
+    EXPECT_EQ(sentence("238.8:1", "240 (1200:5)"),
+              "The turns ratio is 0.50 % below the nameplate's.");
+    EXPECT_EQ(sentence(" 241.200", "240.000"), "The turns ratio is 0.50 % above the nameplate's.");
+    EXPECT_EQ(sentence("241.2", "N/A"), "");
+    EXPECT_EQ(sentence("", "240"), "");
 }
 
 TEST(RatioError, IsShownWithItsSign) {
@@ -124,9 +129,9 @@ TEST(RatioError, IsShownWithItsSign) {
 
 TEST(RatioError, NoneIsSaidAsNone) {
     EXPECT_EQ(RatioFinding(0, 0.25).sentence,
-              "The turns ratio is exactly the nameplate's; the limit is 0.25 %.");
-    EXPECT_EQ(RatioFinding(0, std::nullopt).sentence,
-              "The turns ratio is exactly the nameplate's.");
+              "The turns ratio is within 0.01 % of the nameplate's; the limit is 0.25 %.");
+    EXPECT_EQ(RatioFinding(0, 0.001).sentence,
+              "The turns ratio is exactly the nameplate's; the limit is 0.001 %.");
     EXPECT_EQ(RatioFinding(-0.004, 0.25).sentence,
               "The turns ratio is within 0.01 % of the nameplate's; the limit is 0.25 %.");
     EXPECT_EQ(RatioFinding(0.004, 0.001).sentence,
@@ -147,10 +152,11 @@ TEST(RatioError, HasTheVerdictThatItsSentenceSays) {
 }
 
 TEST(RatioError, PolarityHasItsSign) {
-    EXPECT_EQ(PolaritySentenceOf("IN PHASE"), "The polarity is in phase (+).");
-    EXPECT_EQ(PolaritySentenceOf("OUT OF PHASE "), "The polarity is out of phase (-).");
-    EXPECT_EQ(PolaritySentenceOf("N/A"), "");
-    EXPECT_EQ(PolaritySentenceOf("UNDETERMINED"), "");
+    const std::vector<Finding> out = RatioFindings("", "", "OUT OF PHASE ", 1);
+    ASSERT_EQ(out.size(), 1U);
+    EXPECT_EQ(out[0].verdict, Verdict::None);
+    EXPECT_EQ(out[0].sentence, "The polarity is out of phase (-).");
+    EXPECT_TRUE(RatioFindings("", "", "N/A", 1).empty());
 }
 
 }  // namespace
