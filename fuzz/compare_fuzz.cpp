@@ -47,23 +47,22 @@ void CheckSentence(const std::string& sentence) {
 void CheckComparison(const ComparedCurve& measured, const ComparedCurve& reference) {
     const CurveComparison comparison = CompareCurves(measured, reference);
     const Verdict verdict = VerdictOf(comparison, 5.0);
-    const bool isCompared = comparison.reason == NotCompared::No;
+    const bool isCompared = comparison.whyNot.empty();
     Require(isCompared || verdict == Verdict::None, "what is not compared has no verdict");
     Require(VerdictOf(comparison, std::nullopt) == Verdict::None, "without a limit, too");
     CheckSentence(SentenceOf(comparison, 5.0));
     CheckSentence(KneeSentenceOf(comparison.knee));
-    Require(comparison.from <= comparison.to, "a range has its ends in order");
     if (!isCompared) return;
     for (const Deviation& place : comparison.voltage.places) {
         Require(std::isfinite(place.ln) && place.open >= 0, "a deviation is a number");
-        Require(std::abs(place.CertainLn()) <= std::abs(place.ln), "certain is less");
+        Require(place.CertainPercent() <= std::abs(place.Percent()), "certain is less");
     }
     Require(!comparison.voltage.places.empty(), "what is compared has places");
 }
 
 void CheckItself(const ComparedCurve& curve) {
     const CurveComparison comparison = CompareCurves(curve, curve);
-    if (comparison.reason != NotCompared::No) return;
+    if (!comparison.whyNot.empty()) return;
     Require(VerdictOf(comparison, 0.0) != Verdict::Beyond, "a curve is not beyond itself");
     for (const Deviation& place : comparison.voltage.places)
         Require(std::abs(place.ln) < 1e-9, "a curve is like itself");
@@ -78,9 +77,7 @@ void CheckTaps(const std::string& text, const ComparedCurve& curve, const Compar
         const ComparedCurve scaled = ScaledToTurns(curve, taps->front().Turns(), tap.Turns());
         Require(scaled.points.size() == curve.points.size(), "no point is lost");
         CheckSentence(TooMuchSentenceOf(tap.Name(), scaled));
-        const auto shift = ShiftBetween(other.points, scaled.points);
-        CheckSentence(ShiftSentenceOf(tap.Name(), shift));
-        Require(shift || VerdictOf(shift) == Verdict::None, "without a shift there is no verdict");
+        CheckSentence(TapFinding(tap.Name(), other.points, scaled).sentence);
     }
 }
 

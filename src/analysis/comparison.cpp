@@ -13,16 +13,14 @@ namespace davo {
 
 namespace {
 
-double CertainPercent(const Deviation& place) {
-    return std::abs(PercentOfLn(place.CertainLn()));
+double SizeOf(const Deviation& place) {
+    return std::abs(place.Percent());
 }
 
 // Of two places of one curve; than may be none yet.
 bool IsWorse(const Deviation& place, const std::optional<Deviation>& than) {
-    const auto size = [](const Deviation& of) {
-        return std::pair(CertainPercent(of), std::abs(of.Percent()));
-    };
-    return !than || size(place) > size(*than);
+    return !than || std::pair(place.CertainPercent(), SizeOf(place)) >
+                        std::pair(than->CertainPercent(), SizeOf(*than));
 }
 
 // Empty where too few points of each are common. halfX and halfY are those of the two values; knee
@@ -35,9 +33,13 @@ ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, do
     const double to = std::min(measured.Last(), reference.Last());
     std::vector<double> at = {from, to, knee > from && knee < to ? knee : from};
     for (const LogLine* line : {&measured, &reference}) {
-        if (line->Within(from, to) < kCommonPoints) return value;
-        for (const LogLine::Node& node : line->nodes)
-            if (node.x > from && node.x < to) at.push_back(node.x);
+        std::size_t common = 0;
+        for (const LogLine::Node& node : line->nodes) {
+            if (node.x < from - kLogRounding || node.x > to + kLogRounding) continue;
+            at.push_back(std::clamp(node.x, from, to));
+            ++common;
+        }
+        if (common < kCommonPoints) return value;
     }
     std::sort(at.begin(), at.end());
     at.erase(std::unique(at.begin(), at.end()), at.end());
@@ -92,8 +94,9 @@ double Deviation::Percent() const {
     return PercentOfLn(ln);
 }
 
-double Deviation::CertainLn() const {
-    return std::copysign(std::max(std::abs(ln) - open, 0.0), ln);
+double Deviation::CertainPercent() const {
+    const double certain = std::max(std::abs(ln) - open, 0.0);
+    return std::abs(PercentOfLn(std::copysign(certain, ln)));
 }
 
 CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve& reference) {
@@ -104,13 +107,14 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
     const CurvePoint knee = reference.knee ? reference.knee->at : CurvePoint{NAN, NAN};
     comparison.voltage = CompareLines(a, b, kHalfCurrent, kHalfVoltage, std::log(knee.current));
     if (comparison.voltage.places.empty()) {
-        comparison.reason = NotCompared::FewPoints;
+        comparison.whyNot = "one has fewer than three points of different currents where both are.";
         return comparison;
     }
-    comparison.from = comparison.voltage.places.front().at;
-    comparison.to = comparison.voltage.places.back().at;
-    if (std::log(comparison.to / comparison.from) < kQuarterDecade - kLogRounding) {
-        comparison.reason = NotCompared::ShortRange;
+    const double from = comparison.voltage.places.front().at;
+    const double to = comparison.voltage.places.back().at;
+    if (std::log(to / from) < kQuarterDecade - kLogRounding) {
+        comparison.whyNot = "their common currents, " + AmperesText(from) + " to " +
+                            AmperesText(to) + ", are less than a quarter of a decade.";
         comparison.voltage = {};
         return comparison;
     }
@@ -121,41 +125,31 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
 }
 
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
-    if (comparison.reason != NotCompared::No) return Verdict::None;
-    return VerdictOf(CertainPercent(comparison.voltage.all), limitPercent);
+    if (!comparison.whyNot.empty()) return Verdict::None;
+    return VerdictOf(comparison.voltage.all.CertainPercent(), limitPercent);
 }
 
-std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
-    const std::string no = "The curves are not compared: ";
-    if (comparison.reason == NotCompared::FewPoints)
-        return no + "one has fewer than three points of different currents where both are.";
-    if (comparison.reason == NotCompared::ShortRange) {
-        return no + "their common currents, " + AmperesText(comparison.from) + " to " +
-               AmperesText(comparison.to) + ", are less than a quarter of a decade.";
-    }
+std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent,
+                       const std::string& of, const std::string& reference) {
+    if (!comparison.whyNot.empty())
+        return "The curves" + of + " are not compared: " + comparison.whyNot;
     constexpr double kEqual = 0.05;  // percent; less is 0.0
     const Verdict verdict = VerdictOf(comparison, limitPercent);
-    const std::string end = LimitEnd(verdict, limitPercent);
-    const std::vector<Deviation>& places = comparison.voltage.places;
-    const Deviation& farthest =
-        *std::max_element(places.begin(), places.end(), [](const Deviation& a, const Deviation& b) {
-            return std::abs(a.Percent()) < std::abs(b.Percent());
-        });
-    const Deviation& certain = comparison.voltage.all;
-    const bool isOpen = CertainPercent(certain) < kEqual && verdict != Verdict::Beyond;
-    const Deviation& worst = isOpen ? farthest : certain;
-    const double percent = worst.Percent();
-    const bool isEqual = isOpen && std::abs(percent) < kEqual;
-    const std::string sentence =
-        (isEqual && limitPercent.value_or(1) > 2 * kEqual ? "At all common currents"
-                                                          : "At " + AmperesText(worst.at)) +
-        " the voltage is " + DifferenceText(percent, "the reference", limitPercent);
-    if (isOpen && !isEqual) return sentence + ", which the readings leave open" + end;
+    const ComparedValue& voltage = comparison.voltage;
+    const bool isOpen = verdict != Verdict::Beyond && voltage.all.CertainPercent() < kEqual;
+    const Deviation worst =
+        isOpen ? *std::ranges::max_element(voltage.places, {}, SizeOf) : voltage.all;
+    const std::string difference = DifferenceText(worst.Percent(), reference, limitPercent);
+    const bool isNone = difference.starts_with("within ");
+    std::string sentence = (isNone ? "At all common currents" : "At " + AmperesText(worst.at)) +
+                           " the voltage" + of + " is " + difference;
     const bool isExplained =
-        verdict == Verdict::Within && VerdictOf(percent, limitPercent) == Verdict::Beyond;
-    return sentence +
-           (isExplained ? end.substr(0, end.size() - 1) + ", and the readings leave the rest open."
-                        : end);
+        verdict == Verdict::Within && VerdictOf(worst.Percent(), limitPercent) == Verdict::Beyond;
+    if ((isOpen && SizeOf(worst) >= kEqual) || isExplained) {
+        sentence += ", of which the readings leave " +
+                    NumberText(SizeOf(worst) - worst.CertainPercent(), 1) + " % open";
+    }
+    return sentence + LimitEnd(verdict, limitPercent);
 }
 
 std::string KneeSentenceOf(const KneeDifference& knee) {

@@ -34,8 +34,8 @@ struct Deviation {
     // smooth curve can have between two points; never below zero.
     double open = 0;
 
-    double Percent() const;    // (measured - reference) / reference
-    double CertainLn() const;  // ln without what is open, of its sign or zero
+    double Percent() const;         // (measured - reference) / reference
+    double CertainPercent() const;  // as much of it as is not open, without its sign
 };
 
 // One of the two values over the whole common range of the other. Between its points a curve is a
@@ -52,12 +52,6 @@ struct ComparedValue {
 
 inline constexpr std::size_t kCommonPoints = 3;  // the fewest, of each of two curves
 
-enum class NotCompared {
-    No,         // they are compared
-    FewPoints,  // fewer than three points of different currents in the common range
-    ShortRange  // the common currents span less than a quarter of a decade
-};
-
 // The voltages of the smooth kneepoints of two curves.
 struct KneeDifference {
     std::optional<double> voltagePercent;  // of the reference's; nothing unless both have one
@@ -66,9 +60,9 @@ struct KneeDifference {
 };
 
 struct CurveComparison {
-    NotCompared reason = NotCompared::No;
-    double from = 0;  // common currents, amperes; 0 and 0 where the points are too few
-    double to = 0;
+    // The end of a sentence where the curves are not compared: fewer than three points of different
+    // currents are in the common range, or this is shorter than a quarter of a decade.
+    std::string whyNot;
     ComparedValue voltage;                 // at equal current; empty unless they are compared
     std::optional<ComparedValue> current;  // at equal voltage; nothing where no voltages are common
     KneeDifference knee;                   // also where the curves are not compared
@@ -83,8 +77,10 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent);
 
 // One sentence: the worst place with its number, the limit and what the readings leave open of it,
-// or why the curves are not compared. Where nothing is certain it is the farthest place.
-std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent);
+// or why the curves are not compared. Where nothing is certain it is the farthest place. of is
+// behind what is compared, as " of 600:5".
+std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent,
+                       const std::string& of = {}, const std::string& reference = "the reference");
 
 // One sentence: how far the kneepoints are apart, or why that is not known. It has no verdict.
 std::string KneeSentenceOf(const KneeDifference& knee);

@@ -12,19 +12,16 @@ namespace {
 // Draws neighbours together to their mean until x rises.
 LogLine RisingLine(const std::vector<LogLine::Node>& nodes) {
     LogLine line;
-    std::vector<double> counts;  // of what every node is the mean of
     for (LogLine::Node mean : nodes) {
-        double count = 1;
         while (!line.Empty() && mean.x - line.Last() < kLogRounding) {
-            count += counts.back();
-            const double part = counts.back() / count;
-            mean.x += part * (line.nodes.back().x - mean.x);
-            mean.y += part * (line.nodes.back().y - mean.y);
+            const LogLine::Node& before = line.nodes.back();
+            mean.count += before.count;
+            const double part = before.count / mean.count;
+            mean.x += part * (before.x - mean.x);
+            mean.y += part * (before.y - mean.y);
             line.nodes.pop_back();
-            counts.pop_back();
         }
         line.nodes.push_back(mean);
-        counts.push_back(count);
     }
     return line;
 }
@@ -86,13 +83,6 @@ LogLine::Open LogLine::OpenAt(double x) const {
     const auto [low, high] = std::minmax(nodes[next - 1].y, nodes[next].y);
     return {std::min(open(before.below, after.below), At(x) - low),
             std::min(open(before.above, after.above), high - At(x))};
-}
-
-std::size_t LogLine::Within(double from, double to) const {
-    return static_cast<std::size_t>(
-        std::count_if(nodes.begin(), nodes.end(), [=](const Node& node) {
-            return node.x >= from - kLogRounding && node.x <= to + kLogRounding;
-        }));
 }
 
 LogLine VoltageLine(const std::vector<CurvePoint>& points) {

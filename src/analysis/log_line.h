@@ -22,7 +22,8 @@ struct LogLine {
     struct Node {
         double x = 0;
         double y = 0;
-        double half = 0;  // half a step of both readings, as a part of them
+        double half = 0;   // half a step of both readings, as a part of them
+        double count = 1;  // of the points that it is the mean of
     };
     std::vector<Node> nodes;
 
@@ -42,8 +43,6 @@ struct LogLine {
         double above = 0;
     };
     Open OpenAt(double x) const;
-    // How many nodes are from one place to another, both included.
-    std::size_t Within(double from, double to) const;
 
   private:
     std::size_t NextOf(double x) const;     // the first node at x or above

@@ -2,9 +2,7 @@
 #include "analysis/taps.h"
 
 #include <algorithm>
-#include <cmath>
 
-#include "analysis/log_line.h"
 #include "common/numbers.h"
 #include "common/text.h"
 
@@ -12,12 +10,8 @@ namespace davo {
 
 namespace {
 
-// What the instrument gives, and the highest current that a record has a number for.
-constexpr double kHighestVoltage = 1000;
-constexpr double kHighestCurrent = 65535 * 0.0002;
-
+constexpr double kHighestVoltage = 1000;  // what the instrument gives
 constexpr double kVoltageBeyondKnee = 1.1;
-constexpr double kCurrentBeyondKnee = 1.5;
 constexpr double kProportionPercent = 5;
 
 std::optional<Tap> ParseTap(std::string_view text) {
@@ -31,42 +25,6 @@ std::optional<Tap> ParseTap(std::string_view text) {
     const bool isTap = tap.primary >= kLeast && tap.primary <= kMostPrimary &&
                        tap.secondary >= kLeast && tap.secondary <= kMostSecondary;
     return isTap ? std::optional(tap) : std::nullopt;
-}
-
-// How an expected curve, moved in current, is under a measured one.
-struct Fit {
-    double lnCurrent = 0;
-    double lnVoltage = 0;     // mean distance
-    double variance = 1e198;  // of the distances
-};
-
-Fit FitAt(const LogLine& measured, const LogLine& expected, double lnCurrent) {
-    constexpr int kPlaces = 40;
-    Fit fit{lnCurrent};
-    const double from = std::max(measured.First(), expected.First() + lnCurrent);
-    const double to = std::min(measured.Last(), expected.Last() + lnCurrent);
-    const double shorter =
-        std::min(measured.Last() - measured.First(), expected.Last() - expected.First());
-    constexpr double kOverlap = 0.6;  // of the shorter one, or a straight end fits anywhere
-    if (to - from < std::max(kOverlap * shorter, kQuarterDecade)) return fit;
-    double squares = 0;
-    for (int k = 0; k <= kPlaces; ++k) {
-        const double x = from + (to - from) * k / kPlaces;
-        const double distance = measured.At(x) - expected.At(x - lnCurrent);
-        fit.lnVoltage += distance / (kPlaces + 1);
-        squares += distance * distance / (kPlaces + 1);
-    }
-    fit.variance = squares - fit.lnVoltage * fit.lnVoltage;
-    return fit;
-}
-
-// The better of two fits.
-const Fit& Better(const Fit& one, const Fit& other) {
-    return other.variance < one.variance ? other : one;
-}
-
-double WorstPercent(const Shift& shift) {
-    return std::max(std::abs(PercentOfLn(shift.lnVoltage)), std::abs(PercentOfLn(shift.lnCurrent)));
 }
 
 }  // namespace
@@ -107,73 +65,22 @@ ComparedCurve ScaledToTurns(const ComparedCurve& curve, double fromTurns, double
 
 std::string TooMuchSentenceOf(const std::string& name, const ComparedCurve& curve) {
     const KneeRange knee = KneeRangeOf(curve).value_or(KneeRange());
-    const auto volts = [](double kneeVoltage) {
-        return NumberText(kneeVoltage * kVoltageBeyondKnee, 0, kHighestVoltage);
-    };
-    const std::string cannot = "This instrument cannot saturate " + name + ": it takes ";
-    const std::string there = " V, and there are " + VoltsText(kHighestVoltage) + ".";
-    if (knee.low * kVoltageBeyondKnee > kHighestVoltage)
-        return cannot + "at least " + volts(knee.low) + there;
-    const double amperes = curve.knee ? curve.knee->at.current * kCurrentBeyondKnee : 0;
-    if (amperes > kHighestCurrent) {
-        return cannot + NumberText(amperes, 2, kHighestCurrent) + " A, and a record holds " +
-               GeneralNumber(kHighestCurrent) + " A.";
-    }
-    if (knee.high * kVoltageBeyondKnee <= kHighestVoltage) return {};
-    return "Whether this instrument saturates " + name + " is open: it takes " + volts(knee.low) +
-           " to " + volts(knee.high) + there;
+    const double high = knee.high * kVoltageBeyondKnee;
+    if (high <= kHighestVoltage) return {};
+    const double low = knee.low * kVoltageBeyondKnee;
+    const std::string least = NumberText(low, 0, kHighestVoltage);
+    return (low > kHighestVoltage
+                ? "This instrument cannot saturate " + name + ": it takes at least " + least
+                : "Whether this instrument saturates " + name + " is open: it takes " + least +
+                      " to " + NumberText(high, 0, kHighestVoltage)) +
+           " V, and there are " + VoltsText(kHighestVoltage) + ".";
 }
 
-std::optional<Shift> ShiftBetween(const std::vector<CurvePoint>& measured,
-                                  const std::vector<CurvePoint>& expected) {
-    const LogLine a = VoltageLine(measured);
-    const LogLine b = VoltageLine(expected);
-    constexpr std::size_t kBendPoints = 5;  // the fewest that tell a bend
-    if (std::min(a.nodes.size(), b.nodes.size()) < kBendPoints) return std::nullopt;
-    constexpr int kFarthest = 175;  // steps to a factor of 33
-    double step = 0.02;
-    Fit best;
-    for (int k = -kFarthest; k <= kFarthest; ++k)
-        best = Better(best, FitAt(a, b, k * step));
-    while (step > kLogRounding) {
-        step /= 2;
-        for (const double side : {-step, step})
-            best = Better(best, FitAt(a, b, best.lnCurrent + side));
-    }
-    constexpr double kMostScatter = 0.05;    // standard deviation; more is another shape
-    constexpr double kLeastScatter = 0.005;  // that 5 % more or less current has to add
-    const double near = std::log1p(kProportionPercent / 100);
-    const double beside =
-        Better(FitAt(a, b, best.lnCurrent - near), FitAt(a, b, best.lnCurrent + near)).variance;
-    if (best.variance > kMostScatter * kMostScatter ||
-        beside - best.variance < kLeastScatter * kLeastScatter)
-        return std::nullopt;
-    const Shift shift{best.lnVoltage, best.lnCurrent};
-    // What the readings leave open is no other proportion, nor is what they scatter by.
-    constexpr double kScatterPercent = 1;
-    const bool isOpen = VerdictOf(CompareCurves({measured, {}, {}}, {expected, {}, {}}),
-                                  kScatterPercent) == Verdict::Within;
-    if (isOpen && VerdictOf(shift) == Verdict::Beyond) return std::nullopt;
-    return shift;
-}
-
-Verdict VerdictOf(const std::optional<Shift>& shift) {
-    if (!shift) return Verdict::None;
-    return VerdictOf(WorstPercent(*shift), kProportionPercent);
-}
-
-std::string ShiftSentenceOf(const std::string& name, const std::optional<Shift>& shift) {
-    if (!shift) {
-        return "Whether the curve of " + name +
-               " is what its turns give cannot be told: the curves have too few points, or are too "
-               "short, too straight or too different.";
-    }
-    const auto part = [](double ln, const std::string& what) {
-        return DifferenceText(PercentOfLn(ln), what, kProportionPercent);
-    };
-    return "The voltage of " + name + " is " + part(shift->lnVoltage, "what its turns give") +
-           ", its current " + part(shift->lnCurrent, "what they give") +
-           LimitEnd(VerdictOf(shift), kProportionPercent);
+Finding TapFinding(const std::string& name, const std::vector<CurvePoint>& measured,
+                   const ComparedCurve& expected) {
+    const CurveComparison comparison = CompareCurves({measured, {}, {}}, expected);
+    return {VerdictOf(comparison, kProportionPercent),
+            SentenceOf(comparison, kProportionPercent, " of " + name, "what its turns give")};
 }
 
 }  // namespace davo

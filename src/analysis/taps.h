@@ -8,6 +8,7 @@
 
 #include "analysis/comparison.h"
 #include "analysis/curve_point.h"
+#include "analysis/limits.h"
 
 namespace davo {
 
@@ -32,26 +33,13 @@ ComparedCurve ScaledToTurns(const ComparedCurve& curve, double fromTurns, double
 
 // Why this instrument cannot saturate a tap or another winding, by its name, in one sentence; empty
 // where it can, and where the curve has no kneepoint for certain. To find a kneepoint by ASA 10/50
-// a curve has to go 10 % above its voltage, and so 50 % above its current. What the uncertainty or
-// the range of the kneepoint leaves open is said as open.
+// a curve has to go 10 % above its voltage. What the uncertainty or the range of the kneepoint
+// leaves open is said as open.
 std::string TooMuchSentenceOf(const std::string& name, const ComparedCurve& curve);
 
-// What moves an expected curve onto a measured one: all its voltages times one factor, all its
-// currents times another.
-struct Shift {
-    double lnVoltage = 0;
-    double lnCurrent = 0;
-};
-
-// Nothing for fewer than five points, where the curves have too little in common, are too straight
-// to tell a factor of the voltage from one of the current, or differ by no more than the readings
-// leave open and yet would be beyond the limit.
-std::optional<Shift> ShiftBetween(const std::vector<CurvePoint>& measured,
-                                  const std::vector<CurvePoint>& expected);
-
-// Whether voltage and current of a measured tap are what its turns give within 5 %, and one
-// sentence about it. What the steps of points and taps explain is less.
-Verdict VerdictOf(const std::optional<Shift>& shift);
-std::string ShiftSentenceOf(const std::string& name, const std::optional<Shift>& shift);
+// Whether a measured tap is what its turns give, by the voltage at equal current within 5 %, in one
+// sentence with its name. expected is the full winding's curve, scaled to its turns.
+Finding TapFinding(const std::string& name, const std::vector<CurvePoint>& measured,
+                   const ComparedCurve& expected);
 
 }  // namespace davo

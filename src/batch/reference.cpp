@@ -38,7 +38,7 @@ std::vector<std::string> Reference::TextsOf(const RecordTest& test) const {
             texts.push_back(part ? GeneralNumber(part->Percent()) : "");
             texts.push_back(part ? GeneralNumber(part->at) : "");
         };
-        if (found.reason == NotCompared::No) {
+        if (found.whyNot.empty()) {
             sentence += ' ' + KneeSentenceOf(found.knee);
             add(found.voltage.all);
             add(found.voltage.below);

@@ -414,7 +414,7 @@ QString CompareFacts::Text() {
     sentences_ += against_ + QLatin1Char(' ') + referenceName_;
     sentences_ += FromPage(worst.sentence);
     QString html = Heading(Judged(worst, palette()));
-    if (comparison.reason != NotCompared::No) return html;
+    if (!comparison.whyNot.empty()) return html;
     return html + TableOf(comparison) +
            Paragraphs({{Verdict::None, KneeSentenceOf(comparison.knee)}});
 }

@@ -65,10 +65,8 @@ std::vector<Finding> FindingsOnTaps(const std::vector<Tap>& taps, const ShownRec
             if (other.record != measured.record || other.test->points.empty() ||
                 !IsTurns(NameplateTurns(*other.test), tap.Turns()))
                 continue;
-            const auto shift = ShiftBetween(other.test->points, expected.points);
-            findings.push_back(
-                {VerdictOf(shift),
-                 ShiftSentenceOf(tap.Name() + " (Test " + other.test->testNumber + ")", shift)});
+            findings.push_back(TapFinding(tap.Name() + " (Test " + other.test->testNumber + ")",
+                                          other.test->points, expected));
         }
     }
     std::erase_if(findings, [](const Finding& finding) { return finding.sentence.empty(); });

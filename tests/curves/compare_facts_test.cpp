@@ -662,7 +662,7 @@ TEST_F(NameplateWindow, SaysWhatTheTapsAre) {
         AllOf(HasSubstr("Taps, ASA 10/50"), HasSubstr("The kneepoint of 600:5 by its turns: "),
               HasSubstr("The kneepoint of 6000:5 by its turns: "),
               HasSubstr("This instrument cannot saturate 6000:5"),
-              HasSubstr("The voltage of 600:5 (Test 2) is "), HasSubstr("of 600:5 (Test 3) is ")));
+              HasSubstr("the voltage of 600:5 (Test 2) is "), HasSubstr("of 600:5 (Test 3) is ")));
     EXPECT_THAT(said, Not(HasSubstr("Nameplate, class"))) << "no class was typed";
     EXPECT_THAT(said, Not(HasSubstr("of 1200:5"))) << "that is the test itself";
     const std::string second = said.substr(said.find("(Test 2)"));
