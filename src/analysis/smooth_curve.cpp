@@ -126,6 +126,7 @@ std::vector<LogPoint> SmoothCurve::RisingPoints(const std::vector<CurvePoint>& p
     const double step = sorted.back().current > kCoarseAbove ? kCoarseCurrentStep : kCurrentStep;
     const std::size_t count = std::min(sorted.size(), kMostPoints);
     std::vector<LogPoint> rising;
+    int same = 0;  // points of one current
     for (std::size_t k = 0; k < count; ++k) {
         // The lowest and the highest are among them.
         const CurvePoint& point =
@@ -134,8 +135,9 @@ std::vector<LogPoint> SmoothCurve::RisingPoints(const std::vector<CurvePoint>& p
                             step / point.current / 2, kVoltageStep / point.voltage / 2};
         if (rising.empty() || next.i > rising.back().i) {
             rising.push_back(next);
+            same = 1;
         } else {
-            rising.back().v = (rising.back().v + next.v) / 2;
+            rising.back().v += (next.v - rising.back().v) / ++same;
         }
     }
     return rising;

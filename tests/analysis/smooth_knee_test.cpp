@@ -3,6 +3,7 @@
 
 #include "analysis/smooth_knee.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "tests/support/testing.h"
@@ -37,6 +38,24 @@ TEST(SmoothKnee, LiesAtTheBendOfTwoStraightLines) {
             << static_cast<int>(rule);
         EXPECT_LE(found->uncertainty, 10);
     }
+}
+
+// Whatever their order, each of them counts as much as the others.
+TEST(SmoothKnee, PointsOfOneCurrentAreTheirMean) {
+    Points mean = Bent(1.2, 0.1, 12);
+    const CurvePoint middle = mean[10];
+    std::vector<double> parts = {0.96, 1, 1.08};
+    mean[10].voltage *= std::cbrt(parts[0] * parts[1] * parts[2]);
+    const SmoothCurve expected(mean);
+    do {
+        Points points = Bent(1.2, 0.1, 12);
+        points[10].voltage *= parts[0];
+        for (const std::size_t other : {1U, 2U})
+            points.push_back({middle.current, middle.voltage * parts[other]});
+        const SmoothCurve curve(points);
+        for (const double lnI : {-2.0, std::log(middle.current), 0.0, 2.0})
+            EXPECT_NEAR(curve.LnVoltage(lnI), expected.LnVoltage(lnI), 1e-4) << parts[0];
+    } while (std::next_permutation(parts.begin(), parts.end()));
 }
 
 // log V is a parabola of log I: v = 2 - (i - 1)^2 / 2, whose slope is 1 - i: 1 at 1 A and
