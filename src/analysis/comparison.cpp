@@ -48,9 +48,7 @@ ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, do
         const double a = measured.At(x);
         const double b = reference.At(x);
         const double steps = 2 * halfX * std::exp(-x) + halfY * (std::exp(-a) + std::exp(-b));
-        const LogLine::Open openA = measured.OpenAt(x);
-        const LogLine::Open openB = reference.OpenAt(x);
-        const double bends = a > b ? openA.below + openB.above : openA.above + openB.below;
+        const double bends = measured.OpenAt(x) + reference.OpenAt(x);
         const Deviation place{std::exp(x), a - b, steps + bends};
         value.places.push_back(place);
         if (IsWorse(place, worst)) worst = place;

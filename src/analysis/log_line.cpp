@@ -54,35 +54,16 @@ double LogLine::At(double x) const {
     return nodes[next - 1].y + (x - nodes[next - 1].x) * Slope(next);
 }
 
-LogLine::Open LogLine::BendOpen(std::size_t node) const {
-    const auto open = [&](std::size_t upper) {
-        return (nodes[upper - 1].half + nodes[upper].half) / (nodes[upper].x - nodes[upper - 1].x);
-    };
-    const double less = Slope(node) - Slope(node + 1);
-    const double steps = open(node) + open(node + 1);
-    return {steps - less, steps + less};
-}
-
-LogLine::Open LogLine::OpenAt(double x) const {
+double LogLine::OpenAt(double x) const {
     const std::size_t next = NextOf(x);
-    if (next == 0 || next == nodes.size() || nodes.size() < 3) return {};
-    const std::size_t last = nodes.size() - 1;
-    const Open before = BendOpen(next > 1 ? next - 1 : next);
-    const Open after = BendOpen(next < last ? next : next - 1);
-    const double left = (next > 1 ? 1 : 2) * (x - nodes[next - 1].x);
-    const double right = (next < last ? 1 : 2) * (nodes[next].x - x);
-    // Two straight segments bend neither way.
-    const bool turns = (before.below - before.above) * (after.below - after.above) < 0;
-    const auto open = [=](double one, double other) {
-        // At a node nothing is open; the slope beside it may be infinite.
-        if (left <= 0 || right <= 0) return 0.0;
-        return std::max(turns ? std::max(one, other) * std::min(left, right)
-                              : std::min(one * left, other * right),
-                        0.0);
-    };
-    const auto [low, high] = std::minmax(nodes[next - 1].y, nodes[next].y);
-    return {std::min(open(before.below, after.below), At(x) - low),
-            std::min(open(before.above, after.above), high - At(x))};
+    if (next == 0 || next == nodes.size()) return 0;
+    double bend = 0;
+    for (const std::size_t node : {next - 1, next})
+        if (node > 0 && node + 1 < nodes.size())
+            bend = std::max(bend, std::abs(Slope(node + 1) - Slope(node)));
+    const Node& low = nodes[next - 1];
+    const Node& high = nodes[next];
+    return std::min(bend * std::min(x - low.x, high.x - x), std::abs(high.y - low.y));
 }
 
 LogLine VoltageLine(const std::vector<CurvePoint>& points) {
@@ -92,8 +73,7 @@ LogLine VoltageLine(const std::vector<CurvePoint>& points) {
         const bool isReading = point.current > 0 && point.current < kMost && point.voltage > 0 &&
                                point.voltage < kMost;
         if (!isReading) continue;
-        nodes.push_back({std::log(point.current), std::log(point.voltage),
-                         kHalfCurrent / point.current + kHalfVoltage / point.voltage});
+        nodes.push_back({std::log(point.current), std::log(point.voltage)});
     }
     std::sort(nodes.begin(), nodes.end(), [](const LogLine::Node& a, const LogLine::Node& b) {
         return std::pair(a.x, a.y) < std::pair(b.x, b.y);
@@ -104,7 +84,7 @@ LogLine VoltageLine(const std::vector<CurvePoint>& points) {
 LogLine CurrentLine(const LogLine& voltage) {
     std::vector<LogLine::Node> nodes;
     for (const LogLine::Node& node : voltage.nodes)
-        nodes.push_back({node.y, node.x, node.half});
+        nodes.push_back({node.y, node.x});
     return RisingLine(nodes);
 }
 

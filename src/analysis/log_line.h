@@ -22,7 +22,6 @@ struct LogLine {
     struct Node {
         double x = 0;
         double y = 0;
-        double half = 0;   // half a step of both readings, as a part of them
         double count = 1;  // of the points that it is the mean of
     };
     std::vector<Node> nodes;
@@ -34,21 +33,14 @@ struct LogLine {
     std::string WhyNotAt(double x) const;
     // Outside the nodes, of which there must be one, the value of the nearest.
     double At(double x) const;
-    // How far below and above the line a smooth curve through the nodes can be at x: no farther
-    // than the straight lines of the next segments, continued, as far as the steps of the readings
-    // leave these open; the nearer one of both, or each where the bend turns between them. At an
-    // end of the line the bend can be twice that of the next node. Never below or above both nodes.
-    struct Open {
-        double below = 0;
-        double above = 0;
-    };
-    Open OpenAt(double x) const;
+    // How far a smooth curve through the nodes can be from the line at x: as far as the line of the
+    // next segment, continued, is from it at the nearer node's distance, by the sharper bend of
+    // both nodes; never farther than these are apart.
+    double OpenAt(double x) const;
 
   private:
     std::size_t NextOf(double x) const;     // the first node at x or above
     double Slope(std::size_t upper) const;  // of the segment that ends at a node
-    // By how much the slope may rise and fall at an inner node.
-    Open BendOpen(std::size_t node) const;
 };
 
 // ln V over ln I of points in any order. Those that are not above zero or above 1e12 are left out;

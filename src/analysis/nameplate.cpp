@@ -63,7 +63,8 @@ Finding KneeFinding(double rated, const ComparedCurve& curve) {
     return HeldAgainst(rated, true, what, *knee, 1, " V");
 }
 
-// Open are half a step of both readings, and the bend between two points.
+// Open are half a step of both readings, and the bend between two points: towards saturation a
+// curve has no more current there than the straight line.
 Finding CurrentFinding(double volts, std::optional<double> most, const ComparedCurve& curve) {
     const std::string what =
         "The exciting current at the nameplate's " + GeneralNumber(volts) + " V is ";
@@ -72,9 +73,8 @@ Finding CurrentFinding(double volts, std::optional<double> most, const ComparedC
     if (const std::string why = line.WhyNotAt(x); !why.empty())
         return {Verdict::None, what + "not known: " + why};
     const double step = kHalfVoltage / volts;
-    const LogLine::Open open = line.OpenAt(x);
-    const double low = std::exp(line.At(x - step) - open.below) - kHalfCurrent;
-    const double high = std::exp(line.At(x + step) + open.above) + kHalfCurrent;
+    const double low = std::exp(line.At(x - step) - line.OpenAt(x)) - kHalfCurrent;
+    const double high = std::exp(line.At(x + step)) + kHalfCurrent;
     return HeldAgainst(most, false, what, {std::max(low, 0.0), high}, 4, " A");
 }
 

@@ -305,7 +305,7 @@ TEST(Comparison, WhatIsOpenIsSaidAsOpen) {
     EXPECT_EQ(sentence(0), "At 0.0010 A the voltage is exactly the reference; the limit is 0 %.");
 }
 
-// Between two points of the reference is its bend: the line is no more than a lower bound there.
+// Between two points of the reference is its bend: the straight line is no certain value there.
 TEST(Comparison, ABendBetweenTwoPointsIsOpen) {
     const Points reference = {{0.01, 1e5}, {0.1, 1e6}, {1, 2e6}, {10, 2.2e6}};
     Points measured = reference;
@@ -314,60 +314,44 @@ TEST(Comparison, ABendBetweenTwoPointsIsOpen) {
     ASSERT_EQ(comparison.voltage.places.size(), 5U);
     const Deviation& bend = comparison.voltage.places[2];
     EXPECT_NEAR(bend.Percent(), 100 * (1.6 / std::sqrt(2) - 1), 1e-9);
-    // By the lines from below and from above, 1 against log10 2, log10 2 against log10 1.1.
-    const double slope = std::log10(2);
-    EXPECT_NEAR(bend.open, (slope - std::log10(1.1)) * std::log(10) / 2, 1e-3);
+    // The bend at 0.1 A is the sharper one, and more than what the two points are apart.
+    ASSERT_GT((1 - std::log10(2)) * std::log(10) / 2, std::log(2));
+    EXPECT_NEAR(bend.open, std::log(2), 4e-4);
     EXPECT_EQ(VerdictOf(comparison, 5), Verdict::Within);
     EXPECT_EQ(SentenceOf(comparison, 5),
               "At 0.32 A the voltage is 13.1 % above the reference, of which the readings leave "
               "13.1 % open; the limit is 5 %.");
-    // A curve that is bent so is above the line, not below it.
-    measured[2].voltage = 1.3e6;
-    EXPECT_EQ(SentenceOf(ComparePoints(measured, reference), 5),
-              "At 0.32 A the voltage is 8.1 % below the reference, beyond the limit of 5 %.");
-    measured[2].voltage = 1.6e6;
     // At the points themselves nothing is open but their steps.
     measured[1].voltage *= 0.9;
     EXPECT_EQ(SentenceOf(ComparePoints(measured, reference), 5),
               "At 0.10 A the voltage is 10.0 % below the reference, beyond the limit of 5 %.");
 }
 
-// Nodes of equal distance; half a step is a tenth of each.
+// Nodes of equal distance.
 LogLine LineOf(const std::vector<double>& values) {
     LogLine line;
     for (std::size_t k = 0; k < values.size(); ++k)
-        line.nodes.push_back({static_cast<double>(k), values[k], 0.1});
+        line.nodes.push_back({static_cast<double>(k), values[k]});
     return line;
 }
 
-// The bend may turn by 0.4, what four half steps give, beside the middle segment.
-TEST(Comparison, StraightSegmentsAreNoTurn) {
+TEST(Comparison, TheSharperOfTwoBendsIsOpenToTheNearerNode) {
     const auto openAt = [](const std::vector<double>& values, double x) {
         return LineOf(values).OpenAt(x);
     };
-    // Straight, then bent down: above the line by the nearer of 0.4 * 0.25 and 0.9 * 0.75.
-    EXPECT_NEAR(openAt({0, 1, 2, 2.5}, 1.25).above, 0.1, 1e-12);
-    EXPECT_NEAR(openAt({0, 1, 2, 2.5}, 1.25).below, 0, 1e-12);
-    // Then bent up: the same below the line.
-    EXPECT_NEAR(openAt({0, 1, 2, 3.5}, 1.25).below, 0.1, 1e-12);
-    EXPECT_NEAR(openAt({0, 1, 2, 3.5}, 1.25).above, 0, 1e-12);
-    // The straight part behind the bend.
-    EXPECT_NEAR(openAt({-0.5, 1, 2, 3}, 1.75).above, 0.1, 1e-12);
-    EXPECT_NEAR(openAt({-0.5, 1, 2, 3}, 1.75).below, 0, 1e-12);
-    EXPECT_NEAR(openAt({0.5, 1, 2, 3}, 1.75).below, 0.1, 1e-12);
-    EXPECT_NEAR(openAt({0.5, 1, 2, 3}, 1.75).above, 0, 1e-12);
-    EXPECT_NEAR(openAt({0, 1, 2, 3}, 1.25).above, 0.1, 1e-12);
-    EXPECT_NEAR(openAt({0, 1, 2, 3}, 1.25).below, 0.1, 1e-12);
-    // Where it turns, by how far each side may, from the nearer end.
-    EXPECT_NEAR(openAt({0.5, 1, 2, 2.5}, 1.25).above, 0.225, 1e-12);
-    EXPECT_NEAR(openAt({0.5, 1, 2, 2.5}, 1.25).below, 0.225, 1e-12);
-}
-
-// Beside the first and the last node, by twice the bend of the next one: 0.5 above the line.
-TEST(Comparison, AtItsEndsALineIsOpenByTwiceTheNextBend) {
-    const LogLine line = LineOf({0, 2.1, 4.1});
-    EXPECT_NEAR(line.OpenAt(0.1).above, 2 * 0.5 * 0.1, 1e-12);
-    EXPECT_NEAR(line.OpenAt(1.9).above, 2 * 0.5 * 0.1, 1e-12);
+    EXPECT_NEAR(openAt({0, 1, 2, 2.5}, 1.25), 0.5 * 0.25, 1e-12);
+    EXPECT_NEAR(openAt({0, 1, 2, 2.5}, 1.75), 0.5 * 0.25, 1e-12);
+    EXPECT_NEAR(openAt({0, 1.5, 2.5, 3.25}, 1.5), 0.5 * 0.5, 1e-12);
+    EXPECT_NEAR(openAt({0.5, 1, 2, 2.25}, 1.5), 0.75 * 0.5, 1e-12) << "they turn";
+    EXPECT_NEAR(openAt({0, 1, 2, 3}, 1.25), 0, 1e-12) << "straight";
+    // At an end there is one bend, and of two nodes none.
+    EXPECT_NEAR(openAt({0, 2.5, 4.5}, 0.25), 0.5 * 0.25, 1e-12);
+    EXPECT_NEAR(openAt({0, 2.5, 4.5}, 1.75), 0.5 * 0.25, 1e-12);
+    EXPECT_EQ(openAt({0, 1}, 0.5), 0);
+    // No farther than the nodes are apart; nothing at a node and outside them.
+    EXPECT_NEAR(openAt({0, 9, 9.1, 19}, 1.5), 0.1, 1e-12);
+    for (const double x : {-1.0, 0.0, 1.0, 3.0, 4.0})
+        EXPECT_EQ(openAt({0, 1, 3, 2}, x), 0) << x;
 }
 
 TEST(Comparison, SaysHowFarTheKneepointsAreApart) {

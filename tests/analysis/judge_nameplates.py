@@ -30,28 +30,12 @@ def current_range(curve, volts):
     logs = [(math.log(v), math.log(i)) for i, v in curve]
     x, step = math.log(volts), HALF_VOLTS / volts
     low, high = line_at(logs, x - step), line_at(logs, x + step)
-    inner = [k for k in range(len(logs) - 1) if logs[k][0] < x < logs[k + 1][0]]
-    if inner and len(logs) > 2:
-        k = inner[0]
-        y = line_at(logs, x)
-        steep = [(b[1] - a[1]) / (b[0] - a[0]) for a, b in zip(logs, logs[1:])]
-        half = [HALF_AMPERES / i + HALF_VOLTS / v for i, v in curve]
-        doubt = [(half[n] + half[n + 1]) / (logs[n + 1][0] - logs[n][0]) for n in range(len(steep))]
-        below, above, signs = [], [], set()
-        for node, way in ((k, x - logs[k][0]), (k + 1, logs[k + 1][0] - x)):
-            if node in (0, len(logs) - 1):
-                node, way = (1 if node == 0 else len(logs) - 2), 2 * way
-            turn = steep[node] - steep[node - 1]
-            open_turn = doubt[node] + doubt[node - 1]
-            signs.add(turn >= 0)
-            below.append((turn + open_turn, way))
-            above.append((open_turn - turn, way))
-        def reach(sides):
-            if len(signs) == 1:
-                return max(0, min(turn * way for turn, way in sides))
-            return max(0, max(turn for turn, _ in sides) * min(way for _, way in sides))
-        low -= min(reach(below), y - logs[k][1])
-        high += min(reach(above), logs[k + 1][1] - y)
+    for k in range(len(logs) - 1):
+        if logs[k][0] < x < logs[k + 1][0]:
+            steep = [(b[1] - a[1]) / (b[0] - a[0]) for a, b in zip(logs, logs[1:])]
+            turns = [abs(b - a) for a, b in zip(steep, steep[1:])]
+            sharper = max(turns[max(k - 1, 0):k + 1], default=0)
+            low -= min(sharper * min(x - logs[k][0], logs[k + 1][0] - x), logs[k + 1][1] - logs[k][1])
     return max(0, math.exp(low) - HALF_AMPERES), math.exp(high) + HALF_AMPERES
 
 

@@ -134,12 +134,12 @@ TEST(Nameplate, TheCurrentBetweenTwoPointsIsOpen) {
         px.kneeCurrent = most;
         return JudgeNameplate(px, curve, {}).at(1);
     };
-    // By the line of the points 0.146 A; the line from below, continued, has 0.040 A.
+    // By the line of the points 0.146 A; the bend leaves as much open as they are apart.
     EXPECT_EQ(finding(0.13).verdict, Verdict::None);
     EXPECT_EQ(finding(0.13).sentence,
-              "The exciting current at the nameplate's 400 V is between 0.0398 and 0.1464 A, which "
+              "The exciting current at the nameplate's 400 V is between 0.0087 and 0.1464 A, which "
               "leaves the nameplate's 0.13 A open.");
-    EXPECT_EQ(finding(0.039).verdict, Verdict::Beyond);
+    EXPECT_EQ(finding(0.0086).verdict, Verdict::Beyond);
     EXPECT_EQ(finding(0.15).verdict, Verdict::Within);
     // At a point only the steps of its readings are open.
     px.kneeVoltage = 500;
