@@ -296,6 +296,9 @@ TEST(Comparison, WhatIsOpenIsSaidAsOpen) {
         sentence(5),
         "At 0.0010 A the voltage is 4.0 % above the reference, of which the readings leave 4.0 % "
         "open; the limit is 5 %.");
+    // What is certain is named where it is a twentieth of a percent.
+    measured[3].voltage = 5003.2;
+    EXPECT_EQ(sentence(5), "At 1.00 A the voltage is 0.1 % above the reference; the limit is 5 %.");
     // By a limit that is lower than what is shown of a number.
     measured = reference;
     measured[3].voltage = 5001;
