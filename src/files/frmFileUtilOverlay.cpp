@@ -23,7 +23,6 @@
 #include "records/record_name.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
-#include "ui/record_filter.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -61,7 +60,7 @@ frmFileUtilOverlay::frmFileUtilOverlay(FileUtilMode mode, const FileUtilSurround
     lvTest_->setSelectionMode(IsOverlay() ? QAbstractItemView::SingleSelection
                                           : QAbstractItemView::ExtendedSelection);
     lvTest_->SortByHeadings();
-    column->addWidget(new RecordFilter(*lvTest_, this));
+    column->addWidget(lvTest_->MakeFilter(this));
     lists->addWidget(lvTest_, kListShare);
     lstTest_ = Named(new QListWidget(this), "lstTest");
     lstTest_->setAccessibleName(QStringLiteral("Tests of the chosen file"));

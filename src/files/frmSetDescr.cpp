@@ -23,7 +23,6 @@
 #include "ui/frmNotepad.h"
 #include "ui/page_header.h"
 #include "ui/page_input.h"
-#include "ui/record_filter.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -123,7 +122,7 @@ QWidget* frmSetDescr::BuildLists() {
     lvTest_->setSelectionMode(QAbstractItemView::SingleSelection);
     lvTest_->SortByHeadings();
     auto* records = new QVBoxLayout;
-    records->addWidget(new RecordFilter(*lvTest_, this));
+    records->addWidget(lvTest_->MakeFilter(this));
     records->addWidget(lvTest_, 1);
     row->addLayout(records, 1);
 

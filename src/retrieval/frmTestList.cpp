@@ -29,7 +29,6 @@
 #include "retrieval/record_download.h"
 #include "ui/form_parts.h"
 #include "ui/page_header.h"
-#include "ui/record_filter.h"
 #include "ui/record_list.h"
 
 namespace davo {
@@ -155,7 +154,7 @@ void frmTestList::BuildList(QBoxLayout* column) {
     lvTest_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     lvTest_->setTabKeyNavigation(false);
     lvTest_->setMinimumHeight(lvTest_->fontMetrics().height() * 2 * kLeastListRows);
-    filter_ = new RecordFilter(*lvTest_, this);
+    filter_ = lvTest_->MakeFilter(this);
     auto* row = new QHBoxLayout;
     row->addWidget(txtFolder_, 3);
     row->addWidget(filter_, 2);

@@ -24,7 +24,6 @@ class QPushButton;
 
 namespace davo {
 
-class RecordFilter;
 class RecordList;
 
 // What the test list shows: the record files of the data folder, to be viewed, or the instrument's
@@ -105,7 +104,7 @@ class frmTestList : public QWidget {
     QPushButton* cmdRefresh_ = nullptr;
     QPushButton* cmdDir_ = nullptr;
     QLineEdit* txtFolder_ = nullptr;
-    RecordFilter* filter_ = nullptr;
+    QWidget* filter_ = nullptr;
     RecordList* lvTest_ = nullptr;
     QLabel* lblStatus_ = nullptr;
     QLabel* lblSelect_ = nullptr;

@@ -2,8 +2,10 @@
 #include "ui/record_list.h"
 
 #include <QFocusEvent>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QSignalBlocker>
 #include <QStyledItemDelegate>
 #include <algorithm>
@@ -94,15 +96,6 @@ QString Shown(std::string_view field) {
     return FromPage(TrimBlanks(field));
 }
 
-bool HasWords(const QStringList& cells, const QStringList& words) {
-    const auto isThere = [&](const QString& word) {
-        return std::any_of(cells.begin(), cells.end(), [&](const QString& cell) {
-            return cell.contains(word, Qt::CaseInsensitive);
-        });
-    };
-    return std::all_of(words.begin(), words.end(), isThere);
-}
-
 }  // namespace
 
 void MakeRows(QAbstractItemView* list) {
@@ -129,13 +122,46 @@ void RecordList::SortByHeadings() {
     setSortingEnabled(true);
 }
 
-void RecordList::Fill(const std::vector<ListRow>& rows, std::vector<QString> files) {
-    rows_ = rows;
-    files_ = std::move(files);
-    ShowRows();
+QWidget* RecordList::MakeFilter(QWidget* window) {
+    auto* filter = Named(new QWidget(window), "RecordFilter");
+    txtFilter_ = Named(new QLineEdit(filter), "txtFilter");
+    txtFilter_->setAccessibleName(QStringLiteral("Filter"));
+    txtFilter_->setPlaceholderText(QStringLiteral("Filter (Ctrl+F)"));
+    txtFilter_->setToolTip(
+        QStringLiteral("Shows the records that have these words in a column or as serial number"));
+    txtFilter_->setClearButtonEnabled(true);
+    Enlarge(txtFilter_);
+    lblFiltered_ = MakeLabel(filter, "lblFiltered");
+    auto* row = WithMargin(new QHBoxLayout(filter), 0);
+    row->addWidget(txtFilter_, 1);
+    row->addWidget(lblFiltered_);
+    connect(txtFilter_, &QLineEdit::textChanged, this, &RecordList::Filter);
+    connect(txtFilter_, &QLineEdit::returnPressed, this, [this] { setFocus(Qt::TabFocusReason); });
+    OnKey(window, QKeySequence::Find, [this] {
+        txtFilter_->setFocus(Qt::ShortcutFocusReason);
+        txtFilter_->selectAll();
+    });
+    setTabOrder(txtFilter_, this);
+    txtFilter_->installEventFilter(this);
+    installEventFilter(this);
+    return filter;
 }
 
-void RecordList::ShowRows() {
+// Escape is taken before a shortcut of the window has it: who sees half of the records wants all of
+// them, and not to leave.
+bool RecordList::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::ShortcutOverride || txtFilter_->text().isEmpty() ||
+        static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape)
+        return watched != txtFilter_ && QTreeWidget::eventFilter(watched, event);
+    txtFilter_->clear();
+    setFocus();
+    event->accept();
+    return true;
+}
+
+void RecordList::Fill(std::vector<ListRow> rows, std::vector<QString> files) {
+    rows_ = std::move(rows);
+    files_ = std::move(files);
     clear();
     QList<QTreeWidgetItem*> items;
     for (std::size_t i = 0; i < rows_.size(); ++i) {
@@ -144,7 +170,10 @@ void RecordList::ShowRows() {
         const QStringList cells{Shown(row.filename), Shown(row.date),    Shown(row.tests),
                                 Shown(row.station),  Shown(row.circuit), Shown(row.mfr),
                                 Shown(row.model)};
-        if (!HasWords(cells + QStringList(Shown(row.serial)), words_)) continue;
+        // No word goes on in the next cell.
+        const QString text = cells.join(QLatin1Char('\n')) + QLatin1Char('\n') + Shown(row.serial);
+        const auto has = [&](const auto& word) { return text.contains(word, Qt::CaseInsensitive); };
+        if (!std::ranges::all_of(words_, has)) continue;
         items.append(new RecordRow(cells));
         items.back()->setData(0, kRowRole, static_cast<int>(i));
     }
@@ -153,21 +182,20 @@ void RecordList::ShowRows() {
     setSortingEnabled(false);
     addTopLevelItems(items);
     setSortingEnabled(sorts);
-    if (OnShown) OnShown();
+    if (txtFilter_ == nullptr) return;
+    lblFiltered_->setVisible(!txtFilter_->text().isEmpty());
+    lblFiltered_->setText(QStringLiteral("%1 of %2 records").arg(items.size()).arg(rows_.size()));
 }
 
 void RecordList::Filter(const QString& text) {
-    const QStringList words = text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (words == words_) return;
-    words_ = words;
+    words_ = text.simplified().split(QLatin1Char(' '));
     const std::vector<int> selected = SelectedRows();
-    {
-        const QSignalBlocker quiet(this);
-        ShowRows();
-        for (const int row : selected) {
-            if (QTreeWidgetItem* item = ItemOf(row)) item->setSelected(true);
-        }
+    QSignalBlocker quiet(this);
+    Fill(rows_, files_);
+    for (const int row : selected) {
+        if (QTreeWidgetItem* item = ItemOf(row)) item->setSelected(true);
     }
+    quiet.unblock();
     // Also where the same rows are selected: they are so many of others.
     itemSelectionChanged();
 }

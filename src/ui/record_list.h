@@ -3,10 +3,12 @@
 
 #include <QStringList>
 #include <QTreeWidget>
-#include <functional>
 #include <vector>
 
 #include "records/directory_file.h"
+
+class QLabel;
+class QLineEdit;
 
 namespace davo {
 
@@ -27,18 +29,16 @@ class RecordList : public QTreeWidget {
 
     // Shows rows, whose files are these, and selects none. The columns take the width of their
     // contents.
-    void Fill(const std::vector<ListRow>& rows, std::vector<QString> files = {});
+    void Fill(std::vector<ListRow> rows, std::vector<QString> files = {});
     // The same with the first count records of tables; each row of a folder has its file.
     void Fill(const DirectoryTables& tables, int count);
 
-    // Shows only the rows that have every word of text in a column, also in one that this list does
-    // not show, or in the serial number; upper and lower case are the same. It holds for what is
-    // filled in later, too. A row that goes is selected no longer.
-    void Filter(const QString& text);
-    // After the rows that it shows have become others.
-    std::function<void()> OnShown;
-    // How many were filled in.
-    std::size_t Filled() const { return rows_.size(); }
+    // A box that filters the list, and how many rows it leaves: those that have every word of it in
+    // a column, also in one that this list does not show, or in the serial number; upper and lower
+    // case are the same. It holds for what is filled in later, too. A row that goes is selected no
+    // longer. Ctrl+F in the window goes to the box, Enter from there to the list; Escape, in the
+    // box or in the list, shows all rows again.
+    QWidget* MakeFilter(QWidget* window);
 
     // The indices of the selected rows among those filled in, from 0 and upwards.
     std::vector<int> SelectedRows() const;
@@ -49,9 +49,14 @@ class RecordList : public QTreeWidget {
     // Selects the rows of these files, as far as they are there, and no other.
     void SelectFiles(const std::vector<QString>& files);
 
-  private:
-    void ShowRows();
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
+  private:
+    void Filter(const QString& text);
+
+    QLineEdit* txtFilter_ = nullptr;  // none unless the list is filtered
+    QLabel* lblFiltered_ = nullptr;
     std::vector<ListRow> rows_;   // as they were filled in
     std::vector<QString> files_;  // theirs
     QStringList words_;           // that every shown row has
