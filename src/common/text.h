@@ -16,6 +16,10 @@ namespace davo {
 // The line end of files and of the instrument.
 inline constexpr std::string_view kLineEnd = "\r\n";
 
+// What a file in UTF-8 may begin with. Without it a spreadsheet takes the text for the computer's
+// own page.
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
 // What a record is between, on the wire and in the capture file.
 inline constexpr std::string_view kRecordStart = "DATA";
 inline constexpr std::string_view kRecordEnd = "DONE";

@@ -10,9 +10,6 @@ namespace davo {
 
 namespace {
 
-// Without it a spreadsheet takes the text for the computer's own page.
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-
 constexpr std::string_view kColumns =
     "record,date,time,company,station,circuit,manufacturer,model,serial_number,comments,operator,"
     "test,point,current_A,voltage_V,asa_10_50_V,asa_10_50_A,ieee_45_V,ieee_45_A,ieee_30_V,"

@@ -13,11 +13,11 @@ namespace davo {
 inline constexpr const char* kReferenceCurveEnding = ".reference.csv";
 
 // The points of a maker's curve from a table of two columns, current and voltage, in amperes and
-// volts unless the heading has "mA" or "kV" for a unit; a heading with volts in front of amperes
-// turns them. Fields end at a semicolon or a tab, and then a decimal comma is understood, or at a
-// comma. Lines of empty fields do not count. Where the heading names no unit, that of units counts,
-// which is written as a heading is. Throws RunTimeError 13 with the line that is no point, or when
-// fields end at a semicolon or a tab and numbers have points and commas; 62 when there is none.
+// volts unless the heading has "mA" or "kV" or such; a heading with volts in front of amperes turns
+// them. Fields end at a semicolon or a tab, and then a decimal comma is understood, or at a comma.
+// Lines of empty fields do not count. Where the heading names no unit, that of units counts, which
+// is written as a heading is. Throws RunTimeError 13 with the line that is no point, or when fields
+// end at a semicolon or a tab and numbers have points and commas; 62 when there is none.
 std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_view units = {});
 
 // Whether the heading names the unit of a current and that of a voltage.

@@ -42,7 +42,7 @@ TEST(ReferenceCurve, HasTheUnitsOfItsHeading) {
     for (const char* const text :
          {"current_A,voltage_V\n0.25,1500", "I in mA;U in kV\n250;1,5",
           "Voltage [kV],Current [mA]\n1.5,250", "CT 7, core 2\nVOLTAGE (V);CURRENT (A)\n1500;0,25",
-          "no unit;at all\n0,25;1500"}) {
+          "U/mV\tI/kA\n1500000\t0,00025", "no unit;at all\n0,25;1500"}) {
         SCOPED_TRACE(text);
         const std::vector<CurvePoint> points = ParseReferenceCurve(text);
         ASSERT_EQ(points.size(), 1U);
@@ -99,6 +99,7 @@ TEST(ReferenceCurve, SaysWhatIsNoPoint) {
     EXPECT_EQ(Error("A;V\n0,01;175\nend;of it\n"), mismatch + "3");
     EXPECT_EQ(Error("0.01,175,3\n"), mismatch + "1");
     EXPECT_EQ(Error("0,01,175\n"), mismatch + "1");
+    EXPECT_EQ(Error("0,01\t175\t3\n"), mismatch + "1") << "of three columns none is left out";
     EXPECT_EQ(Error("0,01;175\n;440,5\n"), mismatch + "2") << "half a point";
     EXPECT_EQ(Error("A;kV\n0,01;0,175\n1;1e308\n"), mismatch + "3");
     // Of thousands or of decimals?
