@@ -35,9 +35,7 @@ void CheckRefusal(const std::string& text, std::size_t lines) {
     constexpr std::string_view kLine = ": line ";
     const std::size_t at = text.find(kLine);
     if (at == std::string::npos) {
-        Require(text.ends_with(": no point above zero in the file") ||
-                    text.ends_with(": no line with two numbers in the file"),
-                text);
+        Require(text.ends_with(": no line with two numbers above zero"), text);
         return;
     }
     const double number = NumericValue(text.substr(at + kLine.size()));

@@ -48,8 +48,7 @@ std::array<QString, 2> UnitsOf(std::string_view text) {
 
 // What a field says in amperes or volts; not a number where it has none.
 double ValueOf(const std::string& field, const QString& unit) {
-    const double below = unit.startsWith(QLatin1Char('m')) ? 1e-3 : 1;
-    const double scale = unit.startsWith(QLatin1Char('k')) ? 1e3 : below;
+    const double scale = unit.startsWith(u'm') ? 1e-3 : unit.startsWith(u'k') ? 1e3 : 1;
     return WholeNumericValue(field).value_or(NAN) * scale;
 }
 
@@ -74,9 +73,9 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
         ++number;
         const std::array<std::string, 2> fields = FieldsOf(line);
         CurvePoint point{ValueOf(fields[0], units[0]), ValueOf(fields[1], units[1])};
-        const bool isHeading =
-            points.empty() && std::isnan(point.current) && std::isnan(point.voltage);
-        if (isHeading || TrimBlanks(fields[0] + fields[1]).empty()) continue;
+        // In the heading there is no number, and in an empty line nothing.
+        if (points.empty() && std::isnan(point.current) && std::isnan(point.voltage)) continue;
+        if (TrimBlanks(fields[0] + fields[1]).empty()) continue;
         if (HasDecimalComma(line)) signs.insert(line.begin(), line.end());
         // Nobody can tell which of them is that of the thousands.
         const bool isMixed = signs.contains('.') && signs.contains(',');
@@ -87,9 +86,7 @@ std::vector<CurvePoint> ParseReferenceCurve(std::string_view bytes, std::string_
         points.push_back(point);
     }
     if (std::ranges::none_of(points, CanBeDrawn))
-        throw RunTimeError(ErrorNumber::InputPastEnd, points.empty()
-                                                          ? "no line with two numbers in the file"
-                                                          : "no point above zero in the file");
+        throw RunTimeError(ErrorNumber::InputPastEnd, "no line with two numbers above zero");
     return points;
 }
 
