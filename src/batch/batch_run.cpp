@@ -113,7 +113,7 @@ class BatchRun {
     StandardError said_{options_.rows};
     std::string rows_;  // not written yet
     SummaryPage summary_{options_.rule, options_.out};
-    std::optional<Reference> reference_;
+    Reference reference_;
     XlsxRenderer xlsx_;
     std::unique_ptr<ReportRenderer> xls_;  // null where no .xls is made
     // Those of this run, made or kept, by what they are to a disk that knows no capitals.
@@ -148,17 +148,15 @@ void BatchRun::DoAll() {
         }
     }
     rows_ = options_.shown.toStdString();
-    if (const QString& path = options_.reference; !path.isEmpty()) {
-        try {
-            RequireFile(path);
-            reference_.emplace(path, options_.rule, options_.limit);
-        } catch (const std::exception& error) {
-            return Fail(TroubleWith(path, error));
-        }
+    try {
+        RequireFile(options_.reference);
+        reference_ = ReadReference(options_);
+    } catch (const std::exception& error) {
+        return Fail(TroubleWith(options_.reference, error));
     }
     if (options_.rows && !options_.noHeading)
-        rows_ =
-            TestRowsHeading(options_.judge, reference_ ? Reference::kColumns : std::string_view());
+        rows_ = TestRowsHeading(
+            options_.judge, options_.reference.isEmpty() ? std::string_view() : kComparedColumns);
     for (const QString& given : options_.records) {
         if (QFileInfo(given).isDir()) {
             Walk(given.endsWith(QLatin1Char('/')) ? given : given + QLatin1Char('/'), {});
@@ -214,26 +212,22 @@ void BatchRun::Do(const QString& path, const QString& below) {
         if (!isJudged && options_.rows) FindPrintedKneepoints(facts);
         if (facts.testsLeft > 0)
             Fail(shown + QLatin1String(": ") + NotWritten({&facts}, 1).join(QLatin1Char(' ')));
-        std::vector<std::vector<std::string>> compared;
         QStringList sentences;
-        for (const RecordTest& test : facts.tests) {
-            if (!reference_) break;
-            compared.push_back(reference_->TextsOf(test));
-            const std::string& sentence = compared.back().back();
-            const std::string number = "Test " + test.testNumber + ": ";
+        for (RecordTest& test : facts.tests) {
+            if (options_.reference.isEmpty()) break;
+            test.compared = ComparedTexts(test, reference_, options_);
             if (sentences.isEmpty())
-                sentences += QStringLiteral("Reference: ") + FromPage(compared.back().front());
-            std::string said = number + sentence;
+                sentences += QStringLiteral("Reference: ") + FromPage(test.compared.front());
+            std::string said = "Test " + test.testNumber + ": " + test.compared.back();
             for (const Finding& finding : RatioFindings(test.measuredRatio, test.nameplateRatio,
                                                         test.polarity, std::nullopt))
                 said += ' ' + finding.sentence;
             sentences += FromPage(said);
-            if (options_.rows) continue;
-            std::string line = shown.toStdString() + ' ' + number;
+            std::string line = shown.toStdString() + ' ' + said;
             ReplaceControls(line);
-            rows_ += line + sentence + '\n';
+            if (!options_.rows) rows_ += line + '\n';
         }
-        if (options_.rows) rows_ += TestRowsOf(facts, shown, options_.judge, compared);
+        if (options_.rows) rows_ += TestRowsOf(facts, shown, options_.judge);
         const QStringList made = MakeFiles(bytes, facts, path, below, sentences);
         if (options_.summary) summary_.Add(facts, shown, made);
     } catch (const std::exception& error) {

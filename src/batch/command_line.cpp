@@ -29,11 +29,8 @@ constexpr std::array kOptions = {
            &BatchOptions::csv},
     Option{"summary", "Make summary.html of all records: a table of all tests and a chart.",
            &BatchOptions::summary},
-    Option{
-        "compare",
-        "Compare each test with that of the same number in a record, or with the only curve of a "
-        "record or a CSV file: in sentences, or in columns of \"--csv -\".",
-        nullptr, "reference"},
+    Option{"compare", "Compare each test with a record, or with a maker's curve in a CSV file.",
+           nullptr, "reference"},
     Option{"limit", "Say whether the voltages differ by no more than this from the reference's.",
            nullptr, "percent"},
     Option{"rule", "Mark the kneepoint by asa, 45 or 30; asa when not given.", nullptr, "rule"},

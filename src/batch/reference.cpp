@@ -2,6 +2,7 @@
 #include "batch/reference.h"
 
 #include <algorithm>
+#include <array>
 
 #include "common/files.h"
 #include "common/numbers.h"
@@ -10,53 +11,46 @@
 
 namespace davo {
 
-Reference::Reference(const QString& path, KneeRule rule, std::optional<double> limit)
-    : name_(PageRecordNameOf(path)), rule_(rule), limit_(limit) {
-    if (path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
-        curves_.emplace_back("", CurveToCompare(rule, ParseReferenceCurve(ReadWholeFile(path))));
-        return;
-    }
+Reference ReadReference(const BatchOptions& options) {
+    const QString& path = options.reference;
+    if (path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive))
+        return {{"", CurveToCompare(options.rule, ParseReferenceCurve(ReadWholeFile(path)))}};
+    Reference curves;
+    if (path.isEmpty()) return curves;
     for (const RecordTest& test : ReadRecordFacts(path, 0).tests) {
         if (!test.points.empty())
-            curves_.emplace_back(test.testNumber, CurveToCompare(rule, test.points));
+            curves.emplace(test.testNumber, CurveToCompare(options.rule, test.points));
     }
+    return curves;
 }
 
-std::vector<std::string> Reference::TextsOf(const RecordTest& test) const {
-    const auto same =
-        std::ranges::find(curves_, test.testNumber, &std::pair<std::string, ComparedCurve>::first);
-    const auto with = curves_.size() == 1 ? curves_.begin() : same;
-    std::vector<std::string> texts{name_};
-    std::string sentence = test.points.empty() ? "The test has no curve."
-                                               : "The reference has no curve for this test.";
-    if (!test.points.empty() && with != curves_.end()) {
+std::vector<std::string> ComparedTexts(const RecordTest& test, const Reference& reference,
+                                       const BatchOptions& options) {
+    const auto with = reference.size() == 1 ? reference.begin() : reference.find(test.testNumber);
+    std::vector<std::string> texts{PageRecordNameOf(options.reference)};
+    std::string sentence = "The reference has no curve for this test.";
+    if (test.points.empty()) {
+        sentence = "The test has no curve.";
+    } else if (with != reference.end()) {
         const CurveComparison found =
-            CompareCurves(CurveToCompare(rule_, test.points), with->second);
+            CompareCurves(CurveToCompare(options.rule, test.points), with->second);
         texts.push_back(with->first);
-        sentence = SentenceOf(found, limit_);
-        const auto add = [&](const std::optional<Deviation>& part) {
-            texts.push_back(part ? GeneralNumber(part->Percent()) : "");
-            texts.push_back(part ? GeneralNumber(part->at) : "");
-        };
+        sentence = SentenceOf(found, options.limit);
         if (found.whyNot.empty()) {
             sentence += ' ' + KneeSentenceOf(found.knee);
-            add(found.voltage.all);
-            add(found.voltage.below);
-            add(found.voltage.above);
-            const ComparedValue current = found.current.value_or(ComparedValue());
-            add(found.current ? std::optional(current.all) : std::nullopt);
-            add(current.below);
-            add(current.above);
+            std::optional<Deviation> current;
+            if (found.current) current = found.current->all;
+            for (const auto& worst : {std::optional(found.voltage.all), found.voltage.below,
+                                      found.voltage.above, current})
+                texts.push_back(worst ? GeneralNumber(worst->Percent()) : "");
             const std::optional<double>& knee = found.knee.voltagePercent;
             texts.push_back(knee ? GeneralNumber(*knee) : "");
             texts.push_back(knee ? GeneralNumber(found.knee.uncertainPercent) : "");
-            const Verdict verdict = VerdictOf(found, limit_);
-            texts.emplace_back(verdict == Verdict::None     ? ""
-                               : verdict == Verdict::Within ? "yes"
-                                                            : "no");
+            const auto verdict = static_cast<std::size_t>(VerdictOf(found, options.limit));
+            texts.emplace_back(std::array{"", "yes", "no"}.at(verdict));
         }
     }
-    texts.resize(static_cast<std::size_t>(std::ranges::count(kColumns, ',')) - 1);
+    texts.resize(static_cast<std::size_t>(std::ranges::count(kComparedColumns, ',')) - 1);
     texts.push_back(sentence);
     return texts;
 }

@@ -144,21 +144,19 @@ std::string RecordsAsCsv(const std::vector<RecordFacts>& records) {
     return csv;
 }
 
-std::string TestRowsHeading(bool judged, std::string_view further) {
+std::string TestRowsHeading(bool judged, std::string_view compared) {
     std::string heading(kTestColumns);
     if (judged) heading += kJudgedColumns;
-    heading += further;
+    heading += compared;
     return heading + '\n';
 }
 
-std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged,
-                       const std::vector<std::vector<std::string>>& further) {
+std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged) {
     Row name;
     // What is quoted are signs that the page and UTF-8 have alike.
     name.Put(NameText(file.toStdString()));
     std::string rows;
-    for (std::size_t i = 0; i < record.tests.size(); ++i) {
-        const RecordTest& test = record.tests[i];
+    for (const RecordTest& test : record.tests) {
         Row row;
         PutHeader(row, record, test);
         row.Put(std::to_string(test.points.size()));
@@ -168,10 +166,8 @@ std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judg
             for (const KneeFact& knee : test.knees)
                 row.Put(knee.reason.empty() ? knee.doubt : knee.reason);
         }
-        if (i < further.size()) {
-            for (const std::string& text : further[i])
-                row.Put(text);
-        }
+        for (const std::string& text : test.compared)
+            row.Put(text);
         rows += name.Text() + ',' + FromPage(row.Text()).toStdString() + '\n';
     }
     return rows;

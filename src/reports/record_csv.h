@@ -20,11 +20,9 @@ std::string RecordsAsCsv(const std::vector<RecordFacts>& records);
 // A row for each test of a record, as a program reads it: quoted in the same way, UTF-8 without the
 // mark, lines ended by LF, so that rows of many records can be put one behind the other. file is
 // where the record is. judged: there are also the smooth kneepoints, and what there is to say about
-// the printed ones; the tests are judged then. further: texts behind those of each test, if any.
-// The columns are told in docs/csv.md.
-std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged,
-                       const std::vector<std::vector<std::string>>& further = {});
-// The row with the names of their columns; those of further begin with a comma.
-std::string TestRowsHeading(bool judged, std::string_view further = {});
+// the printed ones; the tests are judged then. The columns are told in docs/csv.md.
+std::string TestRowsOf(const RecordFacts& record, const QString& file, bool judged);
+// The row with the names of their columns; those of RecordTest::compared begin with a comma.
+std::string TestRowsHeading(bool judged, std::string_view compared = {});
 
 }  // namespace davo

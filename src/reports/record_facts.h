@@ -30,6 +30,7 @@ struct RecordTest {
     std::string excitationCurrent;
     std::string description;  // what was added to the record later
     std::string notes;
+    std::vector<std::string> compared;  // what a row of it has of a comparison, if any
 };
 
 // A record file: its headers, one as a rule, without padding, and its tests.
