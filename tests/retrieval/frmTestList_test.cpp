@@ -471,6 +471,8 @@ TEST_F(FilteredList, ShowsWhatHasTheWordsInAColumnOrAsSerialNumber) {
     Search("north east");
     EXPECT_THAT(Column(0), IsEmpty()) << "each word must be there";
     EXPECT_EQ(Text("lblFiltered"), "0 of 3 records");
+    Search("beta02");
+    EXPECT_THAT(Column(0), IsEmpty()) << "no word goes on in the next column";
 }
 
 TEST_F(FilteredList, IsEnteredByEnterAndLeftByEscape) {
