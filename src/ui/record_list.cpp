@@ -150,8 +150,9 @@ QWidget* RecordList::MakeFilter(QWidget* window) {
 // Escape is taken before a shortcut of the window has it: who sees half of the records wants all of
 // them, and not to leave.
 bool RecordList::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() != QEvent::ShortcutOverride || txtFilter_->text().isEmpty() ||
-        static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape)
+    if (event->type() != QEvent::ShortcutOverride ||
+        static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape ||
+        (watched != txtFilter_ && txtFilter_->text().isEmpty()))
         return watched != txtFilter_ && QTreeWidget::eventFilter(watched, event);
     txtFilter_->clear();
     setFocus();

@@ -490,6 +490,10 @@ TEST_F(FilteredList, IsEnteredByEnterAndLeftByEscape) {
     EXPECT_EQ(Text("txtFilter"), "");
     EXPECT_TRUE(List()->hasFocus());
     EXPECT_TRUE(window->isVisible());
+    Search("");
+    Press(Qt::Key_Escape);
+    EXPECT_TRUE(List()->hasFocus()) << "of an empty box, too";
+    EXPECT_TRUE(window->isVisible());
     Press(Qt::Key_Escape);
     EXPECT_FALSE(window->isVisible()) << "with nothing to clear it is the window's";
 }
