@@ -43,7 +43,6 @@ ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, do
     }
     std::sort(at.begin(), at.end());
     at.erase(std::unique(at.begin(), at.end()), at.end());
-    std::optional<Deviation> worst;
     for (const double x : at) {
         const double a = measured.At(x);
         const double b = reference.At(x);
@@ -51,28 +50,21 @@ ComparedValue CompareLines(const LogLine& measured, const LogLine& reference, do
         const double bends = measured.OpenAt(x) + reference.OpenAt(x);
         const Deviation place{std::exp(x), a - b, steps + bends};
         value.places.push_back(place);
-        if (IsWorse(place, worst)) worst = place;
+        if (IsWorse(place, value.all)) value.all = place;
         if (x <= knee && IsWorse(place, value.below)) value.below = place;
         if (x >= knee && IsWorse(place, value.above)) value.above = place;
     }
-    value.all = worst.value_or(Deviation());
     return value;
 }
 
-// Why there is no difference of two kneepoints, by the curve that has none.
-std::string WhyNot(const std::string& which, const ComparedCurve& curve) {
-    return "The kneepoints are not compared: " + which +
-           (curve.range ? " has only a range." : " has none for certain.");
-}
-
-KneeDifference KneesApart(const ComparedCurve& measured, const ComparedCurve& reference) {
-    if (!reference.knee) return {{}, 0, WhyNot("the reference", reference)};
-    if (!measured.knee) return {{}, 0, WhyNot("the curve", measured)};
+std::optional<KneeDifference> KneesApart(const ComparedCurve& measured,
+                                         const ComparedCurve& reference) {
+    if (!reference.knee || !measured.knee) return std::nullopt;
     const double a = measured.knee->at.voltage;
     const double b = reference.knee->at.voltage;
-    return {PercentOfLn(std::log(a) - std::log(b)),
-            100 * std::hypot(measured.knee->uncertainty / a, reference.knee->uncertainty / b),
-            {}};
+    return KneeDifference{
+        PercentOfLn(std::log(a) - std::log(b)),
+        100 * std::hypot(measured.knee->uncertainty / a, reference.knee->uncertainty / b)};
 }
 
 }  // namespace
@@ -116,15 +108,14 @@ CurveComparison CompareCurves(const ComparedCurve& measured, const ComparedCurve
         comparison.voltage = {};
         return comparison;
     }
-    ComparedValue current = CompareLines(CurrentLine(a), CurrentLine(b), kHalfVoltage, kHalfCurrent,
-                                         std::log(knee.voltage));
-    if (!current.places.empty()) comparison.current = std::move(current);
+    comparison.current = CompareLines(CurrentLine(a), CurrentLine(b), kHalfVoltage, kHalfCurrent,
+                                      std::log(knee.voltage));
     return comparison;
 }
 
 Verdict VerdictOf(const CurveComparison& comparison, std::optional<double> limitPercent) {
-    if (!comparison.whyNot.empty()) return Verdict::None;
-    return VerdictOf(comparison.voltage.all.CertainPercent(), limitPercent);
+    if (!comparison.voltage.all) return Verdict::None;
+    return VerdictOf(comparison.voltage.all->CertainPercent(), limitPercent);
 }
 
 std::string SentenceOf(const CurveComparison& comparison, std::optional<double> limitPercent,
@@ -133,10 +124,9 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
         return "The curves" + of + " are not compared: " + comparison.whyNot;
     constexpr double kEqual = 0.05;  // percent; less is 0.0
     const Verdict verdict = VerdictOf(comparison, limitPercent);
-    const ComparedValue& voltage = comparison.voltage;
-    const bool isOpen = verdict != Verdict::Beyond && voltage.all.CertainPercent() < kEqual;
-    const Deviation worst =
-        isOpen ? *std::ranges::max_element(voltage.places, {}, SizeOf) : voltage.all;
+    Deviation worst = comparison.voltage.all.value_or(Deviation());
+    const bool isOpen = verdict != Verdict::Beyond && worst.CertainPercent() < kEqual;
+    if (isOpen) worst = *std::ranges::max_element(comparison.voltage.places, {}, SizeOf);
     const std::string difference = DifferenceText(worst.Percent(), reference, limitPercent);
     const bool isNone = difference.starts_with("within ");
     std::string sentence = (isNone ? "At all common currents" : "At " + AmperesText(worst.at)) +
@@ -150,11 +140,10 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
     return sentence + LimitEnd(verdict, limitPercent);
 }
 
-std::string KneeSentenceOf(const KneeDifference& knee) {
-    if (!knee.voltagePercent) return knee.whyNot;
-    return "The kneepoint is " +
-           DifferenceText(*knee.voltagePercent, "the reference's", std::nullopt) +
-           ", give or take " + NumberText(knee.uncertainPercent, 1) + " %.";
+std::string KneeSentenceOf(const std::optional<KneeDifference>& knee) {
+    if (!knee) return "The kneepoints are not compared: one of them is not certain.";
+    return "The kneepoint is " + DifferenceText(knee->percent, "the reference's", std::nullopt) +
+           ", give or take " + NumberText(knee->uncertainPercent, 1) + " %.";
 }
 
 }  // namespace davo

@@ -42,8 +42,9 @@ struct Deviation {
 // straight line of ln V over ln I, so that no place between these deviates more.
 struct ComparedValue {
     std::vector<Deviation> places;  // wherever a curve has a point, and at the knee; rising
-    // The place that is farthest from the reference, in percent, by what is certain of it.
-    Deviation all;
+    // The place that is farthest from the reference, in percent, by what is certain of it; nothing
+    // where the curves are not compared.
+    std::optional<Deviation> all;
     // The same below and above the reference's kneepoint; nothing where it has none or none is
     // there.
     std::optional<Deviation> below;
@@ -54,18 +55,17 @@ inline constexpr std::size_t kCommonPoints = 3;  // the fewest, of each of two c
 
 // The voltages of the smooth kneepoints of two curves.
 struct KneeDifference {
-    std::optional<double> voltagePercent;  // of the reference's; nothing unless both have one
-    double uncertainPercent = 0;           // of both together; 19 of 20 are nearer
-    std::string whyNot;                    // a sentence where there is no difference
+    double percent = 0;           // of the reference's
+    double uncertainPercent = 0;  // of both together; 19 of 20 are nearer
 };
 
 struct CurveComparison {
     // The end of a sentence where the curves are not compared: fewer than three points of different
     // currents are in the common range, or this is shorter than a quarter of a decade.
     std::string whyNot;
-    ComparedValue voltage;                 // at equal current; empty unless they are compared
-    std::optional<ComparedValue> current;  // at equal voltage; nothing where no voltages are common
-    KneeDifference knee;                   // also where the curves are not compared
+    ComparedValue voltage;               // at equal current; empty unless they are compared
+    ComparedValue current;               // at equal voltage; empty where no voltages are common
+    std::optional<KneeDifference> knee;  // where both curves have one, also if not compared
 };
 
 // Compares a measured curve with a reference (VoltageLine and CurrentLine say how points that are
@@ -83,6 +83,6 @@ std::string SentenceOf(const CurveComparison& comparison, std::optional<double> 
                        const std::string& of = {}, const std::string& reference = "the reference");
 
 // One sentence: how far the kneepoints are apart, or why that is not known. It has no verdict.
-std::string KneeSentenceOf(const KneeDifference& knee);
+std::string KneeSentenceOf(const std::optional<KneeDifference>& knee);
 
 }  // namespace davo

@@ -38,14 +38,11 @@ std::vector<std::string> ComparedTexts(const RecordTest& test, const Reference& 
         sentence = SentenceOf(found, options.limit);
         if (found.whyNot.empty()) {
             sentence += ' ' + KneeSentenceOf(found.knee);
-            std::optional<Deviation> current;
-            if (found.current) current = found.current->all;
-            for (const auto& worst : {std::optional(found.voltage.all), found.voltage.below,
-                                      found.voltage.above, current})
+            for (const auto& worst :
+                 {found.voltage.all, found.voltage.below, found.voltage.above, found.current.all})
                 texts.push_back(worst ? GeneralNumber(worst->Percent()) : "");
-            const std::optional<double>& knee = found.knee.voltagePercent;
-            texts.push_back(knee ? GeneralNumber(*knee) : "");
-            texts.push_back(knee ? GeneralNumber(found.knee.uncertainPercent) : "");
+            texts.push_back(found.knee ? GeneralNumber(found.knee->percent) : "");
+            texts.push_back(found.knee ? GeneralNumber(found.knee->uncertainPercent) : "");
             const auto verdict = static_cast<std::size_t>(VerdictOf(found, options.limit));
             texts.emplace_back(std::array{"", "yes", "no"}.at(verdict));
         }

@@ -66,7 +66,7 @@ QString Row(const QString& name, const QString& voltage, const QString& current)
 // The worst places, below and above the knee.
 QString TableOf(const CurveComparison& comparison) {
     const ComparedValue& voltage = comparison.voltage;
-    const ComparedValue current = comparison.current.value_or(ComparedValue());
+    const ComparedValue& current = comparison.current;
     QString rows = Row(QStringLiteral("<b>Worst</b>"), QStringLiteral("<b>Voltage</b>"),
                        QStringLiteral("<b>Current</b>"));
     const auto add = [&](const char* name, const auto& volts, const auto& amperes) {
@@ -76,8 +76,7 @@ QString TableOf(const CurveComparison& comparison) {
         add("Below the knee", voltage.below, current.below);
         add("Above the knee", voltage.above, current.above);
     } else {
-        add("Anywhere", voltage.all,
-            comparison.current ? std::optional(current.all) : std::nullopt);
+        add("Anywhere", voltage.all, current.all);
     }
     return QStringLiteral("<table>%1</table>").arg(rows);
 }

@@ -75,15 +75,15 @@ TEST(Compare, HasThePublishedDeviationsInColumns) {
     const CurveComparison expected =
         CompareCurves(CurveToCompare(KneeRule::Asa1050, Published("B")),
                       CurveToCompare(KneeRule::Asa1050, Published("A")));
-    ASSERT_TRUE(expected.current);
-    ASSERT_TRUE(expected.voltage.above && expected.knee.voltagePercent);
+    ASSERT_TRUE(expected.current.all);
+    ASSERT_TRUE(expected.voltage.above && expected.knee);
     EXPECT_EQ(fields["reference"], "A");
     EXPECT_EQ(fields["reference_test"], "1");
     EXPECT_NEAR(number("voltage_below_knee_percent"), 100 * (340.0 / 440 - 1), 1e-9);
     EXPECT_NEAR(number("voltage_above_knee_percent"), expected.voltage.above->Percent(), 1e-9);
-    EXPECT_NEAR(number("current_worst_percent"), expected.current->all.Percent(), 1e-9);
-    EXPECT_NEAR(number("knee_percent"), *expected.knee.voltagePercent, 1e-9);
-    EXPECT_NEAR(number("knee_pm_percent"), expected.knee.uncertainPercent, 1e-9);
+    EXPECT_NEAR(number("current_worst_percent"), expected.current.all->Percent(), 1e-9);
+    EXPECT_NEAR(number("knee_percent"), expected.knee->percent, 1e-9);
+    EXPECT_NEAR(number("knee_pm_percent"), expected.knee->uncertainPercent, 1e-9);
     EXPECT_EQ(fields["within_limit"], "no");
     EXPECT_THAT(lines[0], EndsWith(",within_limit,comparison"));
     EXPECT_THAT(lines[1], HasSubstr(",no,\"At 0.020 A the voltage is 22.7 % below the reference, "
