@@ -98,37 +98,29 @@ void frmNameplate::ShowFields() {
     adjustSize();
 }
 
-bool frmNameplate::Take(std::size_t field, NameplateTexts& texts) {
-    QLineEdit* box = boxes_.at(field);
-    const QString typed = box->text().simplified();
-    if (box->isHidden() || typed.isEmpty()) return true;
-    texts.at(field) = typed.toStdString();
-    QString wrong;
-    if (field == kTapsField) {
-        if (!ParseTaps(texts.at(field)))
-            wrong = QStringLiteral("Type the taps as currents, such as 1200:5, 600:5.");
-    } else {
-        std::ranges::replace(texts.at(field), ',', '.');
-        const double value = WholeNumericValue(texts.at(field)).value_or(0);
-        if (!(value > 0 && value <= kGreatest))
-            wrong = QStringLiteral("%1 Type a number above zero, or nothing.")
-                        .arg(QLatin1String(kBoxes.at(field).caption));
-    }
-    if (wrong.isEmpty()) return true;
-    prompts_.Message(wrong);
-    box->setFocus();
-    box->selectAll();
-    return false;
-}
-
 void frmNameplate::Save() {
     NameplateTexts texts;
-    bool any = false;
     for (std::size_t i = 1; i < texts.size(); ++i) {
-        if (!Take(i, texts)) return;
-        any = any || !texts.at(i).empty();
+        QLineEdit* box = boxes_.at(i);
+        if (box->isHidden()) continue;
+        std::string& text = texts.at(i);
+        text = box->text().simplified().toStdString();
+        const bool areTaps = i == kTapsField;
+        if (!areTaps) std::ranges::replace(text, ',', '.');
+        const double value = WholeNumericValue(text).value_or(0);
+        if (text.empty() ||
+            (areTaps ? ParseTaps(text).has_value() : value > 0 && value <= kGreatest))
+            continue;
+        prompts_.Message(areTaps
+                             ? QStringLiteral("Type the taps as currents, such as 1200:5, 600:5.")
+                             : QStringLiteral("%1 Type a number above zero, or nothing.")
+                                   .arg(QLatin1String(kBoxes.at(i).caption)));
+        box->setFocus();
+        box->selectAll();
+        return;
     }
-    if (any) texts.front() = cboClass_->currentText().toStdString();
+    const auto isTyped = [](const std::string& text) { return !text.empty(); };
+    if (std::ranges::any_of(texts, isTyped)) texts.front() = cboClass_->currentText().toStdString();
     OnSave(texts);
     accept();
 }

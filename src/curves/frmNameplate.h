@@ -30,7 +30,6 @@ class frmNameplate : public QDialog {
   private:
     void ShowFields();
     void Save();
-    bool Take(std::size_t field, NameplateTexts& texts);
 
     Prompts& prompts_;
     EventHandlers handlers_;
